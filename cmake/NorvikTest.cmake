@@ -1,0 +1,19 @@
+# norvik_add_tests(NAME [THREADS] SOURCES file...): one GoogleTest program; every test in it is a test of ctest's.
+# THREADS marks the tests that start threads: those also run under the thread sanitizer, where nothing else is built.
+include(GoogleTest)
+
+function(norvik_add_tests name)
+  cmake_parse_arguments(ARG "THREADS" "" "SOURCES;LIBRARIES" ${ARGN})
+  if(NORVIK_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
+    return()
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE NorvikCore::NorvikCore GTest::gmock GTest::gtest_main ${ARG_LIBRARIES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  norvik_private_options(${name})
+  set(labels "")
+  if(ARG_THREADS)
+    set(labels LABELS threads)
+  endif()
+  gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${labels})
+endfunction()

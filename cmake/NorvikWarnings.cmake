@@ -1,0 +1,18 @@
+# norvik_private_options(TARGET): warnings and sanitizers of this repository's own targets. All of it is private, so a
+# user of the library inherits neither.
+function(norvik_private_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+                         -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wundef)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(${target} PRIVATE -Wthread-safety -Wextra-semi)
+  elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -Wduplicated-cond -Wlogical-op -Wextra-semi)
+  endif()
+  if(NORVIK_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(NORVIK_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${NORVIK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${NORVIK_SANITIZE})
+  endif()
+endfunction()
