@@ -16,3 +16,10 @@ file(RELATIVE_PATH NORVIK_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" NORVIK_PREFIX_FROM_PC "${NORVIK_PREFIX_FROM_PC}")
 configure_file(cmake/NorvikCore.pc.in ${PROJECT_BINARY_DIR}/NorvikCore.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The installed headers, one a line as they are included: for the tests that compile each alone and for tools/include-times.
+get_target_property(NORVIK_PUBLIC_HEADERS NorvikCore HEADER_SET)
+list(TRANSFORM NORVIK_PUBLIC_HEADERS REPLACE "^${PROJECT_SOURCE_DIR}/" "")
+list(SORT NORVIK_PUBLIC_HEADERS)
+list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
+file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")

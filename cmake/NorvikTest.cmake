@@ -17,3 +17,14 @@ function(norvik_add_tests name)
   endif()
   gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${labels})
 endfunction()
+
+# norvik_add_compile_fail(FILE MESSAGE): FILE compiles as it stands, and with -DSHOULD_NOT_COMPILE it is refused with an error
+# that MESSAGE (a regular expression) matches. Two tests of ctest's; nothing is linked.
+function(norvik_add_compile_fail file message)
+  get_filename_component(name ${file} NAME_WE)
+  set(compile ${CMAKE_CXX_COMPILER} -std=c++20 -fsyntax-only -Wall -Werror -I${PROJECT_SOURCE_DIR}
+              ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+  add_test(NAME compile_fail.${name}.CompilesAsItStands COMMAND ${compile})
+  add_test(NAME compile_fail.${name}.IsRefused COMMAND ${compile} -DSHOULD_NOT_COMPILE)
+  set_tests_properties(compile_fail.${name}.IsRefused PROPERTIES PASS_REGULAR_EXPRESSION "error: [^\n]*(${message})")
+endfunction()

@@ -1,4 +1,5 @@
-// NorvikCore/platform/runtime/NSException.h - the platform's exception: a name to tell kinds apart and a reason to read.
+// NorvikCore/platform/runtime/NSException.h - the platform's exception: a name to tell kinds apart and a reason to
+// read.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -1,0 +1,11 @@
+# norvik_add_benchmark(CONCEPT [LIBRARIES library...]): benchmarks/<folder>/<Concept>_benchmark.cpp becomes a program of that
+# name. It checks its answers before it times anything, and holds its peers beside it: names are <subject>/ours and
+# <subject>/<peer>, which tools/bench puts into one table.
+function(norvik_add_benchmark concept)
+  cmake_parse_arguments(ARG "" "" "LIBRARIES" ${ARGN})
+  set(name ${concept}_benchmark)
+  add_executable(${name} ${name}.cpp)
+  target_link_libraries(${name} PRIVATE NorvikCore::NorvikCore benchmark::benchmark ${ARG_LIBRARIES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  norvik_private_options(${name})
+endfunction()

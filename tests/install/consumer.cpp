@@ -1,0 +1,13 @@
+// A program outside of the repository that includes everything that is installed, and calls into the shared library.
+#include <cstdio>
+
+#include "every_header.h"
+
+int main() {
+  try {
+    throw norvik::NSException("NSRangeException", "caught across the library's border");
+  } catch (const std::exception& error) {
+    std::printf("%s\n", error.what());
+  }
+  return 0;
+}

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# install_and_consume.sh find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library to a fresh prefix,
+# moves the prefix (so that nothing may depend on where it was), and builds and runs a program that includes every
+# installed header, outside of this repository's build.
+set -eu
+way=$1 build=$2 compiler=$3 work=$4
+here=$(cd "$(dirname "$0")" && pwd)
+
+rm -rf "$work"
+mkdir -p "$work/consumer"
+cmake --install "$build" --prefix "$work/first" >"$work/install.log"
+mv "$work/first" "$work/prefix"
+prefix=$work/prefix
+
+(cd "$prefix/include" && find NorvikCore -name '*.h' | sort) >"$work/headers.txt"
+diff "$build/public_headers.txt" "$work/headers.txt" || { echo "installed headers and the listed ones differ"; exit 1; }
+if grep -E '/internal/' "$work/headers.txt"; then echo "an internal header is installed"; exit 1; fi
+
+sed 's/.*/#include "&"/' "$work/headers.txt" >"$work/consumer/every_header.h"
+cp "$here/consumer.cpp" "$here/consumer.cmake" "$work/consumer/"
+mv "$work/consumer/consumer.cmake" "$work/consumer/CMakeLists.txt"
+
+case $way in
+  find_package)
+    cmake -S "$work/consumer" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+    cmake --build "$work/build"
+    "$work/build/consumer"
+    ;;
+  pkg_config)
+    export PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name NorvikCore.pc)")
+    flags=$(pkg-config --cflags --libs NorvikCore)
+    # shellcheck disable=SC2086 - the flags are words
+    "$compiler" "$work/consumer/consumer.cpp" -o "$work/consumer/consumer" -Wall -Werror $flags -pthread
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir NorvikCore) "$work/consumer/consumer"
+    ;;
+esac
