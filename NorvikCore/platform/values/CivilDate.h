@@ -1,0 +1,230 @@
+// NorvikCore/platform/values/CivilDate.h - years, months, days and weeks of instants, in UTC, by integer arithmetic.
+//
+// One Gregorian calendar for all times, also before 1582. Years are counted through: year 0 is 1 BC, -1 is 2 BC. A
+// reference day counts days from 2001-01-01, a Monday, which is day 0.
+//
+//   CivilDate day = civilDate(*Date::dateWithString("2021-01-31"));         // {2021, 1, 31}
+//   civilDate(addMonths(referenceDay(day.year, day.month, day.day), 1));    // {2021, 2, 28}
+//
+// Every function is pure, takes constant time, allocates nothing and works at compile time. Instants and days beyond
+// maximalReferenceDay (95 million years either way) count as that day; an instant that is not a number counts as day 0.
+// The results of the functions that take a day are exact within that range.
+#pragma once
+
+#include "NorvikCore/platform/values/Date.h"
+
+#include <compare>
+#include <cstdint>
+
+namespace norvik {
+
+struct CivilDate {
+  std::int64_t year = 2001;
+  std::int32_t month = 1;  ///< 1 to 12
+  std::int32_t day = 1;    ///< 1 to 31
+
+  friend constexpr auto operator<=>(const CivilDate&, const CivilDate&) noexcept = default;
+};
+
+struct CivilTime {
+  std::int32_t hour = 0;        ///< 0 to 23
+  std::int32_t minute = 0;      ///< 0 to 59
+  std::int32_t second = 0;      ///< 0 to 59: a day has 86,400 seconds
+  std::int32_t nanosecond = 0;  ///< 0 to 999,999,999
+
+  friend constexpr auto operator<=>(const CivilTime&, const CivilTime&) noexcept = default;
+};
+
+struct CivilDateTime {
+  CivilDate date;
+  CivilTime time;
+
+  friend constexpr auto operator<=>(const CivilDateTime&, const CivilDateTime&) noexcept = default;
+};
+
+struct CivilWeek {
+  std::int64_t year = 2001;  ///< the year that the week belongs to: not always the year of the day
+  std::int32_t week = 1;     ///< 1 to 53
+
+  friend constexpr auto operator<=>(const CivilWeek&, const CivilWeek&) noexcept = default;
+};
+
+/// The last day of the range; its negative is the first.
+inline constexpr std::int64_t maximalReferenceDay = 34'722'222'222;
+
+namespace detail {
+
+inline constexpr std::int64_t secondsPerDay = 86'400;
+inline constexpr std::int64_t daysPerCycle = 146'097;  // 400 years
+inline constexpr double maximalInstant = static_cast<double>(maximalReferenceDay * secondsPerDay);
+
+constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) noexcept { return a / b - (a % b < 0); }
+constexpr std::int64_t floorModulo(std::int64_t a, std::int64_t b) noexcept { return a % b + (a % b < 0 ? b : 0); }
+
+constexpr std::int64_t clamped(std::int64_t value, std::int64_t bound) noexcept {
+  return value > bound ? bound : value < -bound ? -bound : value;
+}
+
+/// The sum, or the end of the type's range that it passed.
+constexpr std::int64_t saturatedSum(std::int64_t a, std::int64_t b) noexcept {
+  if (b > 0 && a > INT64_MAX - b) return INT64_MAX;
+  if (b < 0 && a < INT64_MIN - b) return INT64_MIN;
+  return a + b;
+}
+
+constexpr double instantInRange(double seconds) noexcept {
+  if (seconds >= -maximalInstant && seconds <= maximalInstant) [[likely]]
+    return seconds;
+  return seconds > 0 ? maximalInstant : seconds < 0 ? -maximalInstant : 0.0;
+}
+
+/// Whole seconds since the reference date, rounded towards the past.
+constexpr std::int64_t wholeSeconds(Date date) noexcept {
+  const double seconds = instantInRange(date.timeIntervalSinceReferenceDate());
+  const auto whole = static_cast<std::int64_t>(seconds);
+  return whole - (static_cast<double>(whole) > seconds);
+}
+
+/// The date of a day given as a count from 0000-03-01, below 2^30. Centuries, years and months are found by multiplying
+/// and shifting: the year starts in March, so that the leap day is its last and month lengths follow a straight line.
+constexpr CivilDate dateFromShiftedDay(std::uint32_t shiftedDay, std::int64_t yearOffset) noexcept {
+  const std::uint32_t quarterDays = 4 * shiftedDay + 3;
+  const std::uint32_t century = quarterDays / 146'097;
+  const std::uint32_t quarterDayOfCentury = quarterDays % 146'097 | 3;
+  const std::uint64_t scaled = std::uint64_t{2'939'745} * quarterDayOfCentury;
+  const auto yearOfCentury = static_cast<std::uint32_t>(scaled >> 32);
+  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(scaled) / 2'939'745 / 4;
+  const std::uint32_t scaledMonth = 2'141 * dayOfYear + 197'913;
+  const std::uint32_t month = scaledMonth >> 16;
+  const std::uint32_t day = (scaledMonth & 0xFFFF) / 2'141;
+  const bool isNextYear = dayOfYear >= 306;
+  return {yearOffset + 100 * std::int64_t{century} + yearOfCentury + isNextYear,
+          static_cast<std::int32_t>(isNextYear ? month - 12 : month), static_cast<std::int32_t>(day + 1)};
+}
+
+inline constexpr std::int64_t dayOfYearZeroMarch = -730'791;  // 0000-03-01 as a reference day
+inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million years either way take the short road
+
+}  // namespace detail
+
+[[nodiscard]] constexpr bool isLeapYear(std::int64_t year) noexcept {
+  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+/// 28 to 31; `month` is 1 to 12.
+[[nodiscard]] constexpr std::int32_t daysInMonth(std::int64_t year, std::int32_t month) noexcept {
+  if (month == 2) return isLeapYear(year) ? 29 : 28;
+  return 30 | (month ^ (month >> 3));
+}
+
+[[nodiscard]] constexpr CivilDate civilDate(std::int64_t referenceDay) noexcept {
+  constexpr std::int64_t shift = detail::fastCycles * detail::daysPerCycle - detail::dayOfYearZeroMarch;
+  const std::uint64_t shifted = static_cast<std::uint64_t>(referenceDay) + static_cast<std::uint64_t>(shift);
+  if (shifted < (std::uint64_t{1} << 30)) [[likely]]
+    return detail::dateFromShiftedDay(static_cast<std::uint32_t>(shifted), -400 * detail::fastCycles);
+  const std::int64_t fromMarch = detail::clamped(referenceDay, maximalReferenceDay) - detail::dayOfYearZeroMarch;
+  const std::int64_t cycle = detail::floorDivide(fromMarch, detail::daysPerCycle);
+  return detail::dateFromShiftedDay(static_cast<std::uint32_t>(fromMarch - cycle * detail::daysPerCycle), 400 * cycle);
+}
+
+/// The day that `date` falls on in UTC.
+[[nodiscard]] constexpr std::int64_t referenceDay(Date date) noexcept {
+  return detail::floorDivide(detail::wholeSeconds(date), detail::secondsPerDay);
+}
+
+/// The day of a date that exists, of a year within 95 million.
+[[nodiscard]] constexpr std::int64_t referenceDay(std::int64_t year, std::int32_t month, std::int32_t day) noexcept {
+  constexpr std::int64_t offset = 400 * 250'000;  // makes every year positive, so that division rounds down
+  const bool endsYear = month <= 2;
+  const auto marchYear = static_cast<std::uint64_t>(year + offset - endsYear);
+  const auto marchMonth = static_cast<std::uint32_t>(endsYear ? month + 12 : month);
+  const std::uint64_t century = marchYear / 100;
+  const std::uint64_t days = 1461 * marchYear / 4 - century + century / 4 + (979 * marchMonth - 2919) / 32;
+  return static_cast<std::int64_t>(days) + day - 1 - (offset / 400 * detail::daysPerCycle - detail::dayOfYearZeroMarch);
+}
+
+namespace detail {
+
+/// The first day of a month; months out of range carry into the year, which ends beyond the range of days at the
+/// latest.
+constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexcept {
+  const std::int64_t monthIndex = saturatedSum(month, -1);
+  return {clamped(saturatedSum(year, floorDivide(monthIndex, 12)), 96'000'000),
+          static_cast<std::int32_t>(floorModulo(monthIndex, 12)) + 1, 1};
+}
+
+}  // namespace detail
+
+/// The day of parts out of range, which carry over: month 13 is January of the next year, day 0 the last day of the
+/// month before. A result beyond the range is the end of the range.
+[[nodiscard]] constexpr std::int64_t normalizedReferenceDay(std::int64_t year, std::int64_t month,
+                                                            std::int64_t day) noexcept {
+  const CivilDate first = detail::normalizedMonth(year, month);
+  const std::int64_t dayBefore = referenceDay(first.year, first.month, 1) - 1;
+  return detail::clamped(detail::saturatedSum(dayBefore, day), maximalReferenceDay);
+}
+
+/// 00:00:00 UTC of the day.
+[[nodiscard]] constexpr Date dateFromReferenceDay(std::int64_t referenceDay) noexcept {
+  return Date::fromReferenceSeconds(
+      static_cast<double>(detail::clamped(referenceDay, maximalReferenceDay) * detail::secondsPerDay));
+}
+
+/// The fields of `date` in UTC, without the time.
+[[nodiscard]] constexpr CivilDate civilDate(Date date) noexcept { return civilDate(referenceDay(date)); }
+
+/// The fields of `date` in UTC. The nanosecond is what the double holds, rounded down: about 100 ns apart in this
+/// century.
+[[nodiscard]] constexpr CivilDateTime civilDateTime(Date date) noexcept {
+  const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
+  const std::int64_t seconds = detail::wholeSeconds(date);
+  const std::int64_t day = detail::floorDivide(seconds, detail::secondsPerDay);
+  const auto secondOfDay = static_cast<std::int32_t>(seconds - day * detail::secondsPerDay);
+  const double fraction = (instant - static_cast<double>(seconds)) * 1e9;
+  return {civilDate(day),
+          {secondOfDay / 3600, secondOfDay / 60 % 60, secondOfDay % 60,
+           fraction < 999'999'999.0 ? static_cast<std::int32_t>(fraction) : 999'999'999}};
+}
+
+/// The instant of fields in UTC; fields out of range carry over.
+[[nodiscard]] constexpr Date dateFromCivil(const CivilDateTime& fields) noexcept {
+  const std::int64_t day = normalizedReferenceDay(fields.date.year, fields.date.month, fields.date.day);
+  const std::int64_t seconds = day * detail::secondsPerDay + std::int64_t{fields.time.hour} * 3600 +
+                               std::int64_t{fields.time.minute} * 60 + fields.time.second;
+  return Date::fromReferenceSeconds(static_cast<double>(seconds) + static_cast<double>(fields.time.nanosecond) / 1e9);
+}
+
+/// The day `months` later (earlier when negative), of the same number or the last of a shorter month.
+[[nodiscard]] constexpr std::int64_t addMonths(std::int64_t day, std::int64_t months) noexcept {
+  const CivilDate from = civilDate(day);
+  const CivilDate to = detail::normalizedMonth(from.year, detail::saturatedSum(from.month, months));
+  const std::int32_t length = daysInMonth(to.year, to.month);
+  return detail::clamped(referenceDay(to.year, to.month, from.day < length ? from.day : length), maximalReferenceDay);
+}
+
+/// 1 is Sunday, 2 Monday ... 7 Saturday.
+[[nodiscard]] constexpr std::int32_t weekday(std::int64_t referenceDay) noexcept {
+  return static_cast<std::int32_t>(detail::floorModulo(detail::clamped(referenceDay, maximalReferenceDay) + 1, 7)) + 1;
+}
+
+/// 1 is 1 January; at most 366.
+[[nodiscard]] constexpr std::int32_t dayOfYear(std::int64_t day) noexcept {
+  const CivilDate date = civilDate(day);
+  return static_cast<std::int32_t>(referenceDay(date.year, date.month, date.day) - referenceDay(date.year, 1, 1)) + 1;
+}
+
+/// The week of the year for weeks that start on `firstWeekday` (1 is Sunday), of which the first has at least
+/// `minimumDays` days (1 to 7) in the year.
+[[nodiscard]] constexpr CivilWeek weekOfYear(std::int64_t day, std::int32_t firstWeekday,
+                                             std::int32_t minimumDays) noexcept {
+  const std::int64_t start =
+      detail::clamped(day, maximalReferenceDay) - detail::floorModulo(weekday(day) - firstWeekday, 7);
+  // The week belongs to the year of its first day that no shorter beginning of a year could hold.
+  const std::int64_t year = civilDate(start + 7 - minimumDays).year;
+  return {year, static_cast<std::int32_t>((start + 7 - minimumDays - referenceDay(year, 1, 1)) / 7) + 1};
+}
+
+/// Weeks from Monday, the first with at least four days in the year: ISO 8601's and the British ones.
+[[nodiscard]] constexpr CivilWeek isoWeek(std::int64_t referenceDay) noexcept { return weekOfYear(referenceDay, 2, 4); }
+
+}  // namespace norvik

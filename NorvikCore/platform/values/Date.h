@@ -1,0 +1,119 @@
+// NorvikCore/platform/values/Date.h - an instant: seconds since 2001-01-01 00:00:00 UTC, as one double.
+//
+// The text form is "2021-05-10 00:00:00 +0000", always in UTC, in one Gregorian calendar for all times (also before
+// 1582).
+//
+//   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
+//   payday->dateByAddingTimeInterval(86400).description();      // "2021-05-11 00:00:00 +0000"
+//
+// A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a
+// computation that failed, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h,
+// compile-time literals in Date_literals.h, std::chrono conversions in Date_chrono.h, {fmt} support in Date_fmt.h.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSComparisonResult.h"
+
+#include <compare>
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace norvik {
+
+/// Seconds, fractions included.
+using NSTimeInterval = double;
+
+/// From 1970-01-01 to 2001-01-01, both 00:00:00 UTC, in seconds.
+inline constexpr NSTimeInterval NSTimeIntervalSince1970 = 978307200.0;
+
+class Date {
+ public:
+  /// Gives the current date, or nothing where there is none.
+  using CurrentDateSource = std::optional<Date> (*)();
+
+  /// The reference date, 2001-01-01 00:00:00 UTC.
+  constexpr Date() noexcept = default;
+
+  [[nodiscard]] static constexpr Date fromReferenceSeconds(NSTimeInterval seconds) noexcept { return Date(seconds); }
+  [[nodiscard]] static constexpr Date dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept {
+    return Date(seconds);
+  }
+  [[nodiscard]] static constexpr Date dateWithTimeIntervalSince1970(NSTimeInterval seconds) noexcept {
+    return Date(seconds - NSTimeIntervalSince1970);
+  }
+
+  /// The current date: the system's clock, or what took its place (setCurrentDateSource), which may have none to give.
+  [[nodiscard]] NK_EXPORT static std::optional<Date> date();
+  /// The system's clock, whatever took the place of the current date.
+  [[nodiscard]] NK_EXPORT static Date systemDate() noexcept;
+  /// Replaces what date() asks and returns what it asked before; nullptr puts the system's clock back. Any thread.
+  NK_EXPORT static CurrentDateSource setCurrentDateSource(CurrentDateSource source) noexcept;
+
+  /// 0001-01-01 and 4001-01-01, 00:00:00 UTC: earlier and later than any date of an application.
+  [[nodiscard]] static constexpr Date distantPast() noexcept { return Date(-63113904000.0); }
+  [[nodiscard]] static constexpr Date distantFuture() noexcept { return Date(63113904000.0); }
+
+  /// Reads "2021-05-10 01:00:00 +0100" and the ISO 8601 forms "2021-05-10", "2021-05-10T01:00", "2021-05-10T01:00:00Z",
+  /// "2021-05-10T01:00:00.250+01:00". Where no offset is written, the time is UTC. The whole text must be a date that
+  /// exists; anything else, surrounding spaces too, gives nothing.
+  [[nodiscard]] NK_EXPORT static std::optional<Date> dateWithString(std::string_view text) noexcept;
+
+  [[nodiscard]] constexpr NSTimeInterval timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
+  [[nodiscard]] constexpr NSTimeInterval timeIntervalSince1970() const noexcept {
+    return seconds_ + NSTimeIntervalSince1970;
+  }
+  /// Positive when this date is the later one.
+  [[nodiscard]] constexpr NSTimeInterval timeIntervalSinceDate(Date other) const noexcept {
+    return seconds_ - other.seconds_;
+  }
+  [[nodiscard]] constexpr Date dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept {
+    return Date(seconds_ + seconds);
+  }
+
+  [[nodiscard]] constexpr NSComparisonResult compare(Date other) const noexcept {
+    return comparisonResult(*this <=> other);
+  }
+  [[nodiscard]] constexpr bool isEqualToDate(Date other) const noexcept { return *this == other; }
+  [[nodiscard]] constexpr Date earlierDate(Date other) const noexcept { return other < *this ? other : *this; }
+  [[nodiscard]] constexpr Date laterDate(Date other) const noexcept { return other > *this ? other : *this; }
+
+  /// "2021-05-10 00:00:00 +0000": UTC, fractions of a second dropped. Years have at least four digits; year 0 is 1 BC
+  /// and earlier ones are negative. dateWithString() reads it back. Beyond the range of CivilDate.h, the end of that
+  /// range.
+  [[nodiscard]] NK_EXPORT std::string description() const;
+
+  friend constexpr bool operator==(Date a, Date b) noexcept {
+    return a.seconds_ == b.seconds_ || (a.seconds_ != a.seconds_ && b.seconds_ != b.seconds_);
+  }
+  friend constexpr std::strong_ordering operator<=>(Date a, Date b) noexcept {
+    if (a.seconds_ < b.seconds_) return std::strong_ordering::less;
+    if (a.seconds_ > b.seconds_) return std::strong_ordering::greater;
+    if (a.seconds_ == b.seconds_) [[likely]]
+      return std::strong_ordering::equal;
+    return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
+  }
+
+  /// Writes description().
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, Date date);
+
+  /// Equal dates have equal hashes.
+  [[nodiscard]] NK_EXPORT std::size_t hash() const noexcept;
+
+ private:
+  constexpr explicit Date(NSTimeInterval seconds) noexcept : seconds_(seconds) {}
+
+  NSTimeInterval seconds_ = 0;
+};
+
+using NSDate = Date;
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::Date> {
+  std::size_t operator()(norvik::Date date) const noexcept { return date.hash(); }
+};

@@ -1,0 +1,52 @@
+// NorvikCore/platform/values/Date_chrono.h - dates from and to std::chrono.
+//
+//   Date now = dateFromTimePoint(std::chrono::system_clock::now());
+//   std::chrono::year_month_day day{sysDays(now)};
+//   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
+//
+// A time point of the system clock holds nanoseconds from 1677 to 2262: a date beyond gives the nearest it can hold,
+// and one that is not a number the reference date. A double of this century resolves about 100 ns.
+#pragma once
+
+#include "NorvikCore/platform/values/CivilDate.h"
+#include "NorvikCore/platform/values/Date.h"
+
+#include <chrono>
+#include <cstdint>
+
+namespace norvik {
+
+namespace detail {
+inline constexpr std::chrono::sys_seconds referenceTimePoint{std::chrono::seconds{978'307'200}};
+inline constexpr std::chrono::sys_days referenceSysDays{std::chrono::days{11'323}};
+}  // namespace detail
+
+template <class Duration>
+[[nodiscard]] constexpr Date dateFromTimePoint(std::chrono::sys_time<Duration> point) noexcept {
+  const auto whole = std::chrono::floor<std::chrono::seconds>(point);
+  const std::chrono::duration<double> fraction = point - whole;
+  return Date::fromReferenceSeconds(static_cast<double>((whole - detail::referenceTimePoint).count()) +
+                                    fraction.count());
+}
+
+[[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint(Date date) noexcept {
+  using Clock = std::chrono::system_clock;
+  constexpr std::int64_t latest = Clock::duration::max() / std::chrono::seconds{1} - 1;
+  const std::int64_t seconds = detail::wholeSeconds(date) + 978'307'200;
+  if (seconds >= latest) return Clock::time_point::max();
+  if (seconds <= -latest) return Clock::time_point::min();
+  const std::chrono::nanoseconds fraction{civilDateTime(date).time.nanosecond};
+  return Clock::time_point{std::chrono::seconds{seconds} + fraction};
+}
+
+/// 00:00:00 UTC of the day.
+[[nodiscard]] constexpr Date dateFromSysDays(std::chrono::sys_days day) noexcept {
+  return dateFromReferenceDay((day - detail::referenceSysDays).count());
+}
+
+/// The day that the date falls on in UTC; exact for the years that std::chrono::year holds.
+[[nodiscard]] constexpr std::chrono::sys_days sysDays(Date date) noexcept {
+  return detail::referenceSysDays + std::chrono::days{static_cast<int>(detail::clamped(referenceDay(date), 1 << 30))};
+}
+
+}  // namespace norvik

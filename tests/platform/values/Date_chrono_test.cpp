@@ -1,0 +1,48 @@
+#include "NorvikCore/platform/values/Date_chrono.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "NorvikCore/platform/values/Date_literals.h"
+
+namespace norvik {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::system_clock;
+
+TEST(DateChrono, HeaderExample) {
+  Date now = dateFromTimePoint(std::chrono::system_clock::now());
+  std::chrono::year_month_day day{sysDays(now)};
+  EXPECT_GT(day, std::chrono::January / 1 / 2024);
+  Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
+  EXPECT_EQ(payday, "2021-05-10"_date);
+}
+
+TEST(DateChrono, TimePointsKeepTheirFractions) {
+  const system_clock::time_point point = std::chrono::sys_days{std::chrono::May / 10 / 2021} + 12h + 500ms;
+  EXPECT_EQ(dateFromTimePoint(point), "2021-05-10 12:00:00.5 +0000"_date);
+  EXPECT_EQ(timePoint("2021-05-10 12:00:00.5 +0000"_date), point);
+  EXPECT_EQ(timePoint("1969-12-31 23:59:59.5 +0000"_date), system_clock::time_point{-500ms});
+  EXPECT_EQ(dateFromTimePoint(system_clock::time_point{-500ms}), "1969-12-31 23:59:59.5 +0000"_date);
+}
+
+TEST(DateChrono, DatesBeyondATimePointGiveTheNearestItHolds) {
+  EXPECT_EQ(timePoint(Date::distantFuture()), system_clock::time_point::max());
+  EXPECT_EQ(timePoint(Date::distantPast()), system_clock::time_point::min());
+  EXPECT_EQ(timePoint(Date::fromReferenceSeconds(std::numeric_limits<double>::quiet_NaN())),
+            system_clock::time_point{978'307'200s});
+}
+
+TEST(DateChrono, DaysAgreeForTheYearsOfBoth) {
+  for (int year = -32'000; year <= 32'000; year += 7) {
+    const std::chrono::sys_days day{std::chrono::year{year} / std::chrono::March / 1};
+    const Date date = dateFromReferenceDay(referenceDay(year, 3, 1));
+    ASSERT_EQ(dateFromSysDays(day), date) << year;
+    ASSERT_EQ(sysDays(date.dateByAddingTimeInterval(86'399)), day) << year;
+  }
+}
+
+}  // namespace
+}  // namespace norvik
