@@ -1,0 +1,65 @@
+// NorvikCore/platform/values/NSRange.h - a run of positions: where it begins and how many there are.
+//
+//   NSRange word{6, 5};                              // units 6 to 10
+//   NSMaxRange(word);                                // 11: the first unit after it
+//   NSIntersectionRange(word, NSRange{0, 8});        // {6, 2}
+//
+// In a text the positions are UTF-16 code units. Every function is pure, takes constant time and is safe on any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSInteger.h"
+
+#include <compare>
+#include <cstddef>
+#include <iosfwd>
+#include <string_view>
+
+namespace norvik {
+
+struct NSRange {
+  NSUInteger location = 0;
+  NSUInteger length = 0;
+
+  /// Ordered by location, then by length.
+  friend constexpr auto operator<=>(const NSRange&, const NSRange&) noexcept = default;
+};
+
+[[nodiscard]] constexpr NSRange NSMakeRange(NSUInteger location, NSUInteger length) noexcept {
+  return {location, length};
+}
+
+/// The first position after the range; it wraps around where location + length does.
+[[nodiscard]] constexpr NSUInteger NSMaxRange(NSRange range) noexcept { return range.location + range.length; }
+
+[[nodiscard]] constexpr bool NSLocationInRange(NSUInteger location, NSRange range) noexcept {
+  return location >= range.location && location - range.location < range.length;
+}
+
+[[nodiscard]] constexpr bool NSEqualRanges(NSRange a, NSRange b) noexcept { return a == b; }
+
+/// What both hold; {0, 0} where they share nothing.
+[[nodiscard]] constexpr NSRange NSIntersectionRange(NSRange a, NSRange b) noexcept {
+  const NSUInteger from = a.location > b.location ? a.location : b.location;
+  const NSUInteger to = NSMaxRange(a) < NSMaxRange(b) ? NSMaxRange(a) : NSMaxRange(b);
+  return from < to ? NSRange{from, to - from} : NSRange{};
+}
+
+/// The shortest range that holds both, and what lies between them.
+[[nodiscard]] constexpr NSRange NSUnionRange(NSRange a, NSRange b) noexcept {
+  const NSUInteger from = a.location < b.location ? a.location : b.location;
+  const NSUInteger to = NSMaxRange(a) > NSMaxRange(b) ? NSMaxRange(a) : NSMaxRange(b);
+  return {from, to - from};
+}
+
+/// Writes "{location, length}".
+NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSRange& range);
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::NSRange> {
+  std::size_t operator()(const norvik::NSRange& range) const noexcept {
+    return range.location * 0x9E3779B97F4A7C15u ^ (range.length + (range.location >> 7));
+  }
+};

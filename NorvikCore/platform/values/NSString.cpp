@@ -1,0 +1,276 @@
+#include "NorvikCore/platform/values/NSString.h"
+
+#include "NorvikCore/platform/values/internal/StringHalves.h"
+#include "NorvikCore/platform/values/internal/StringIndex.h"
+#include "NorvikCore/platform/values/internal/StringUnits.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <memory>
+#include <new>
+#include <ostream>
+
+namespace norvik {
+namespace {
+
+constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
+
+/// New counted bytes, a NUL after them; the header lies just before.
+char* newBytes(std::size_t size) {
+  void* memory = ::operator new(sizeof(detail::StringStorage) + size + 1);
+  new (memory) detail::StringStorage;
+  char* bytes = static_cast<char*>(memory) + sizeof(detail::StringStorage);
+  bytes[size] = '\0';
+  return bytes;
+}
+
+void appendHalf(std::string& out, char16_t half) { out += utf8::encode(half).view(); }
+
+}  // namespace
+
+NSString NSString::copying(std::string_view bytes) {
+  if (bytes.empty()) return {};
+  char* copy = newBytes(bytes.size());
+  std::memcpy(copy, bytes.data(), bytes.size());
+  return NSString(copy, bytes.size(), countedBit | flagsOf(bytes));
+}
+
+std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
+  return utf8::isAscii(bytes) ? asciiBit : detail::holdsHalves(bytes) ? halvesBit : 0;
+}
+
+NSString NSString::reading(const char* text) {
+  if (text == nullptr) detail::raise("NSInvalidArgumentException", "NSString: no text, but a null pointer");
+  return fromBytes(text);
+}
+
+void NSString::releaseStorage() noexcept {
+  detail::StringStorage* const header = storage();
+  if (header->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  delete header->index.load(std::memory_order_relaxed);
+  header->~StringStorage();
+  ::operator delete(header);
+}
+
+std::optional<NSString> NSString::fromUtf8(std::string_view text) {
+  if (!utf8::isAscii(text) && !utf8::isValid(text)) return std::nullopt;
+  return copying(text);
+}
+
+NSString NSString::fromBytes(std::string_view bytes) {
+  if (utf8::isAscii(bytes) || utf8::isValid(bytes)) return copying(bytes);
+  std::string text;
+  text.reserve(bytes.size() + 2 * detail::halfSize);
+  while (!bytes.empty()) {
+    const std::size_t size = utf8::validSequence(bytes);
+    if (size == 0) {
+      appendHalf(text, static_cast<char16_t>(0xDC00 + utf8::byteAt(bytes.data())));
+    } else {
+      text += bytes.substr(0, size);
+    }
+    bytes.remove_prefix(size == 0 ? 1 : size);
+  }
+  return copying(text);
+}
+
+NSString NSString::fromUtf16(std::u16string_view units) {
+  std::string text;
+  text.reserve(units.size());
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    char32_t point = units[i];
+    if (utf8::isHighHalf(point) && i + 1 < units.size() && utf8::isLowHalf(units[i + 1])) {
+      point = utf8::joinHalves(point, units[++i]);
+    }
+    text += utf8::encode(point).view();
+  }
+  return copying(text);
+}
+
+NSString NSString::fromCodePoint(char32_t point) {
+  if (point > 0x10FFFF) {
+    detail::raise("NSInvalidArgumentException", "NSString: no character has the number " + std::to_string(point));
+  }
+  return copying(utf8::encode(point).view());
+}
+
+NSString NSString::borrowing(std::string_view permanentText) {
+  if (utf8::isAscii(permanentText)) return NSString(permanentText.data(), permanentText.size(), asciiBit);
+  if (utf8::isValid(permanentText)) return NSString(permanentText.data(), permanentText.size(), 0);
+  return fromBytes(permanentText);
+}
+
+std::string NSString::utf8() const {
+  if (isWellFormed()) return str();
+  std::string text;
+  for (const char32_t point : codePoints()) {
+    text += utf8::isHalf(point) ? replacementCharacter : utf8::encode(point).view();
+  }
+  return text;
+}
+
+std::string NSString::bytes() const {
+  if (isWellFormed()) return str();
+  std::string bytes;
+  for (const char32_t point : codePoints()) {
+    if (point >= 0xDC80 && point <= 0xDCFF) {
+      bytes += static_cast<char>(point - 0xDC00);
+    } else {
+      bytes += utf8::encode(point).view();
+    }
+  }
+  return bytes;
+}
+
+std::u16string NSString::toUtf16() const {
+  std::u16string units;
+  units.reserve(isAscii() ? size() : utf8::unitCount(view()));
+  detail::StringUnits reader(view(), false);
+  for (int unit = reader.next(); unit != reader.end; unit = reader.next()) units += static_cast<char16_t>(unit);
+  return units;
+}
+
+const detail::StringIndex* NSString::index() const {
+  if (isAscii() || size() < detail::StringIndex::smallestIndexed) return nullptr;
+  if ((bits_ & countedBit) == 0) return &detail::permanentIndex(view());
+  std::atomic<const detail::StringIndex*>& kept = storage()->index;
+  const detail::StringIndex* index = kept.load(std::memory_order_acquire);
+  if (index != nullptr) return index;
+  auto made = std::make_unique<const detail::StringIndex>(view());
+  // Another thread may have been faster; then its index stays and this one goes.
+  if (kept.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel)) index = made.release();
+  return index;
+}
+
+detail::StringPlace NSString::place(std::size_t unit) const {
+  if (isAscii()) return {unit, false};
+  const detail::StringIndex* const known = index();
+  return known != nullptr ? known->place(view(), unit) : detail::walkUnits(view(), {}, unit);
+}
+
+NSUInteger NSString::unitAtByte(std::size_t byte) const {
+  if (isAscii()) return byte;
+  const detail::StringIndex* const known = index();
+  return known != nullptr ? known->unit(view(), byte) : utf8::unitCount(view().substr(0, byte));
+}
+
+NSUInteger NSString::length() const {
+  if (isAscii()) return size();
+  const detail::StringIndex* const known = index();
+  return known != nullptr ? known->length() : utf8::unitCount(view());
+}
+
+char16_t NSString::characterAtIndex(NSUInteger index) const {
+  if (index >= length()) raiseBeyondEnd("characterAtIndex", index);
+  const detail::StringPlace at = place(index);
+  const char32_t point = utf8::decode(data_ + at.byte).point;
+  if (at.secondHalf) return utf8::lowHalf(point);
+  return point < 0x10000 ? static_cast<char16_t>(point) : utf8::highHalf(point);
+}
+
+NSString NSString::substringFromIndex(NSUInteger from) const {
+  const NSUInteger units = length();
+  if (from > units) raiseBeyondEnd("substringFromIndex", from);
+  return slice(from, units);
+}
+
+NSString NSString::substringToIndex(NSUInteger to) const {
+  if (to > length()) raiseBeyondEnd("substringToIndex", to);
+  return slice(0, to);
+}
+
+NSString NSString::substringWithRange(NSRange range) const {
+  checkRange("substringWithRange", range);
+  return slice(range.location, NSMaxRange(range));
+}
+
+NSString NSString::slice(std::size_t from, std::size_t to) const {
+  if (from == to) return {};
+  const detail::StringPlace first = place(from), last = place(to);
+  if (first.byte == 0 && !first.secondHalf && last.byte == size()) return *this;
+  if (!first.secondHalf && !last.secondHalf) return sliceBytes(first.byte, last.byte);
+  std::string part;
+  if (first.secondHalf) appendHalf(part, utf8::lowHalf(utf8::decode(data_ + first.byte).point));
+  const std::size_t whole = first.byte + (first.secondHalf ? 4 : 0);
+  part += view().substr(whole, last.byte - whole);
+  if (last.secondHalf) appendHalf(part, utf8::highHalf(utf8::decode(data_ + last.byte).point));
+  return copying(part);
+}
+
+NSString NSString::sliceBytes(std::size_t from, std::size_t to) const {
+  if (from == 0 && to == size()) return *this;
+  const std::string_view part = view().substr(from, to - from);
+  // A part of a constant is borrowed too, unless its index would have to be kept for ever.
+  const bool isBorrowed = (bits_ & countedBit) == 0;
+  if (isBorrowed && (isAscii() || part.size() < detail::StringIndex::smallestIndexed)) return borrowing(part);
+  return copying(part);
+}
+
+void NSString::checkRange(const char* operation, NSRange range) const {
+  const NSUInteger units = length();
+  if (range.location <= units && range.length <= units - range.location) return;
+  detail::raise("NSRangeException", std::string(operation) + ": {" + std::to_string(range.location) + ", " +
+                                        std::to_string(range.length) + "} is beyond the text of " +
+                                        std::to_string(units) + " units");
+}
+
+void NSString::raiseBeyondEnd(const char* operation, NSUInteger index) const {
+  detail::raise("NSRangeException", std::string(operation) + ": " + std::to_string(index) + " is beyond the text of " +
+                                        std::to_string(length()) + " units");
+}
+
+std::strong_ordering NSString::order(const NSString& other) const noexcept {
+  if (!isWellFormed() || !other.isWellFormed()) return detail::compareUnits(view(), other.view(), false);
+  const std::size_t common = size() < other.size() ? size() : other.size();
+  const int bytes = std::memcmp(data_, other.data_, common);
+  if (bytes == 0) return size() <=> other.size();
+  if (isAscii() || other.isAscii()) return bytes <=> 0;
+  // The bytes are in the units' order but for the pairs, 0xF0 and above, whose halves come before U+E000.
+  std::size_t at = 0;
+  while (data_[at] == other.data_[at]) ++at;
+  const unsigned char left = utf8::byteAt(data_ + at), right = utf8::byteAt(other.data_ + at);
+  const bool leftIsPair = left >= 0xF0, rightIsPair = right >= 0xF0;
+  if (leftIsPair == rightIsPair || left < 0xEE || right < 0xEE) return left <=> right;
+  return leftIsPair ? std::strong_ordering::less : std::strong_ordering::greater;
+}
+
+NSComparisonResult NSString::compare(const NSString& other, NSStringCompareOptions options) const noexcept {
+  if ((options & NSCaseInsensitiveSearch) == 0) return comparisonResult(order(other));
+  return comparisonResult(detail::compareUnits(view(), other.view(), true));
+}
+
+NSString NSString::concatenating(std::string_view a, std::string_view b) {
+  const std::optional<utf8::Encoded> pair = detail::meetingHalves(a, b);
+  const std::string_view joined = pair ? pair->view() : std::string_view();
+  if (pair) {
+    a.remove_suffix(detail::halfSize);
+    b.remove_prefix(detail::halfSize);
+  }
+  char* bytes = newBytes(a.size() + joined.size() + b.size());
+  char* end = bytes;
+  for (const std::string_view piece : {a, joined, b}) {
+    if (!piece.empty()) std::memcpy(end, piece.data(), piece.size());
+    end += piece.size();
+  }
+  const std::string_view whole(bytes, static_cast<std::size_t>(end - bytes));
+  return NSString(bytes, whole.size(), countedBit | flagsOf(whole));
+}
+
+NSString operator+(const NSString& a, const NSString& b) {
+  if (a.empty()) return b;
+  return b.empty() ? a : NSString::concatenating(a.view(), b.view());
+}
+
+NSString NSString::withAppended(std::string_view text) const {
+  if (text.empty()) return *this;
+  return utf8::isValid(text) ? concatenating(view(), text) : *this + fromBytes(text);
+}
+
+NSString NSString::withPrepended(std::string_view text) const {
+  if (text.empty()) return *this;
+  return utf8::isValid(text) ? concatenating(text, view()) : fromBytes(text) + *this;
+}
+
+std::ostream& operator<<(std::ostream& out, const NSString& text) {
+  return text.isWellFormed() ? out << text.view() : out << text.utf8();
+}
+
+}  // namespace norvik

@@ -1,0 +1,329 @@
+// NorvikCore/platform/values/NSString.h - text: a small immutable value, indexed in UTF-16 code units, kept in UTF-8.
+//
+//   NSString name = "Zo\u00EB Smith";
+//   name.length();                                   // 9 units, 10 bytes
+//   name.substringFromIndex(4);                      // "Smith"
+//   name.rangeOfString("smith", NSCaseInsensitiveSearch);   // {4, 5}
+//   "Payslip of " + name;                            // "Payslip of Zoë Smith"
+//
+// A text is any sequence of UTF-16 units. A surrogate half that stands alone is kept, and halves that meet become one
+// character again: cutting a text anywhere and joining the pieces gives the text back.
+//
+// Bytes that are not UTF-8 (in file names, say) have a form too: each such byte 0x80 to 0xFF becomes the lone half
+// U+DC80 to U+DCFF, which `bytes()` turns back, so `fromBytes(x).bytes()` is `x` whatever `x` holds.
+//
+// Copies share one counted storage. Text made where a constant is made (`constexpr NSString x = "..."`, or a constant
+// at namespace scope) and `"..."_ns` is borrowed from the literal: no storage, nothing to release, and a constant that
+// is constexpr is never destroyed. A literal that is not UTF-8 does not compile there.
+//
+// Comparison is literal, unit by unit, in the order of the units' numbers; a composed letter and its decomposed form
+// differ. Indexing takes constant time on ASCII; on longer other text the first use of an index makes a table in linear
+// time, and after that every index takes the time of some hundred bytes. Results that are texts copy their part.
+//
+// Threads: a value; distinct objects may be used on distinct threads, also where they share storage.
+// Errors: an index or range beyond the text raises NSRangeException.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSRange.h"
+#include "NorvikCore/platform/values/Utf8.h"
+
+#include <atomic>
+#include <compare>
+#include <cstddef>
+#include <cstring>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace norvik {
+
+class NSString;
+
+/// How a search compares. Every search is literal.
+enum NSStringCompareOptions : NSUInteger {
+  NSCaseInsensitiveSearch = 1,  // Unicode's simple folding, one letter for one: "ß" is not "ss"
+  NSLiteralSearch = 2,
+  NSBackwardsSearch = 4,  // from the end: finds the last one
+  NSAnchoredSearch = 8,   // only at the start of what is searched, or with backwards at its end
+};
+[[nodiscard]] constexpr NSStringCompareOptions operator|(NSStringCompareOptions a, NSStringCompareOptions b) noexcept {
+  return static_cast<NSStringCompareOptions>(static_cast<NSUInteger>(a) | static_cast<NSUInteger>(b));
+}
+
+namespace detail {
+
+class StringIndex;
+struct StringPlace;
+
+/// What stands before the bytes of a counted text, in the same allocation.
+struct StringStorage {
+  std::atomic<std::size_t> references{1};
+  std::atomic<const StringIndex*> index{nullptr};
+};
+
+/// What a comparison with NSString takes as text without making an NSString of it.
+template <class T>
+concept PlainText = std::is_convertible_v<const T&, std::string_view> && !std::is_same_v<T, NSString> &&
+                    !std::is_same_v<T, std::nullptr_t>;
+
+}  // namespace detail
+
+class NK_EXPORT NSString {
+ public:
+  constexpr NSString() noexcept = default;
+
+  /// The text up to the first NUL. A null pointer raises NSInvalidArgumentException; `nullptr` does not compile.
+  constexpr NSString(const char* text);  // NOLINT(google-explicit-constructor): literals are texts
+  NSString(std::nullptr_t) = delete;
+  /// Bytes that are not UTF-8 take the form said above.
+  constexpr NSString(std::string_view text);                               // NOLINT(google-explicit-constructor)
+  NSString(const std::string& text) : NSString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+
+  constexpr NSString(const NSString& other) noexcept : data_(other.data_), bits_(other.bits_) { retain(); }
+  constexpr NSString(NSString&& other) noexcept
+      : data_(std::exchange(other.data_, "")), bits_(std::exchange(other.bits_, asciiBit)) {}
+  constexpr NSString& operator=(const NSString& other) noexcept {
+    other.retain();
+    release();
+    data_ = other.data_;
+    bits_ = other.bits_;
+    return *this;
+  }
+  constexpr NSString& operator=(NSString&& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(bits_, other.bits_);
+    return *this;
+  }
+  constexpr ~NSString() { release(); }
+
+  /// Absent where the bytes are not UTF-8.
+  [[nodiscard]] static std::optional<NSString> fromUtf8(std::string_view text);
+  /// The same as the constructor, for the reader's sake where bytes may be anything.
+  [[nodiscard]] static NSString fromBytes(std::string_view bytes);
+  [[nodiscard]] static NSString fromUtf16(std::u16string_view units);
+  /// One character, or one surrogate half; a number above U+10FFFF raises NSInvalidArgumentException.
+  [[nodiscard]] static NSString fromCodePoint(char32_t point);
+  /// Borrows bytes that stay valid and unchanged until the process ends. What is not UTF-8 is copied.
+  [[nodiscard]] static NSString borrowing(std::string_view permanentText);
+
+  /// The bytes inside: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
+  [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, size()}; }
+  [[nodiscard]] std::string str() const { return std::string(view()); }
+  /// UTF-8 whatever the text holds: each lone half becomes U+FFFD. This is what is printed.
+  [[nodiscard]] std::string utf8() const;
+  /// The bytes this text stands for: U+DC80 to U+DCFF standing alone become the bytes 0x80 to 0xFF again.
+  [[nodiscard]] std::string bytes() const;
+  [[nodiscard]] std::string fileSystemRepresentation() const { return bytes(); }
+  [[nodiscard]] std::u16string toUtf16() const;
+
+  [[nodiscard]] constexpr bool empty() const noexcept { return size() == 0; }
+  [[nodiscard]] constexpr bool isAscii() const noexcept { return (bits_ & asciiBit) != 0; }
+  /// False where a surrogate half stands alone; then `view()` is not UTF-8.
+  [[nodiscard]] constexpr bool isWellFormed() const noexcept { return (bits_ & halvesBit) == 0; }
+  /// True for copies of one text, also for parts of the same constant; two texts made separately differ.
+  [[nodiscard]] constexpr bool isIdenticalTo(const NSString& other) const noexcept {
+    return (data_ == other.data_ || empty()) && size() == other.size();
+  }
+
+  [[nodiscard]] NSUInteger length() const;
+  [[nodiscard]] char16_t characterAtIndex(NSUInteger index) const;
+  [[nodiscard]] NSString substringFromIndex(NSUInteger from) const;
+  [[nodiscard]] NSString substringToIndex(NSUInteger to) const;
+  [[nodiscard]] NSString substringWithRange(NSRange range) const;
+
+  /// The first occurrence, or with NSBackwardsSearch the last; {NSNotFound, 0} where there is none and for empty text.
+  [[nodiscard]] NSRange rangeOfString(const NSString& text, NSStringCompareOptions options = {}) const;
+  /// The same within `range`; the result counts from the start of the whole text.
+  [[nodiscard]] NSRange rangeOfString(const NSString& text, NSStringCompareOptions options, NSRange range) const;
+  [[nodiscard]] bool containsString(const NSString& text) const { return rangeOfString(text).length != 0; }
+  /// False for empty text.
+  [[nodiscard]] bool hasPrefix(const NSString& text) const;
+  [[nodiscard]] bool hasSuffix(const NSString& text) const;
+
+  [[nodiscard]] bool isEqualToString(const NSString& other) const noexcept { return *this == other; }
+  [[nodiscard]] NSComparisonResult compare(const NSString& other, NSStringCompareOptions options = {}) const noexcept;
+  [[nodiscard]] NSComparisonResult caseInsensitiveCompare(const NSString& other) const noexcept {
+    return compare(other, NSCaseInsensitiveSearch);
+  }
+
+  [[nodiscard]] NSString stringByAppendingString(const NSString& text) const { return *this + text; }
+  /// The pieces between the separators, empty ones too: always one more than there are separators. An empty separator
+  /// gives the whole text.
+  [[nodiscard]] std::vector<NSString> componentsSeparatedBy(const NSString& separator) const;
+  /// Occurrences are found from the start and do not overlap. An empty target changes nothing. Of the options only
+  /// NSCaseInsensitiveSearch counts.
+  [[nodiscard]] NSString stringByReplacingOccurrencesOfString(const NSString& target, const NSString& replacement,
+                                                              NSStringCompareOptions options = {}) const;
+  /// Without the white space and line ends (of all Unicode) at both ends.
+  [[nodiscard]] NSString stringByTrimming() const;
+
+  /// The number the text begins with, after white space; 0 where there is none, the nearest limit where it is too
+  /// large.
+  [[nodiscard]] int intValue() const noexcept;
+  [[nodiscard]] NSInteger integerValue() const noexcept { return longLongValue(); }
+  [[nodiscard]] std::int64_t longLongValue() const noexcept;
+  /// With a decimal point whatever the locale, and an exponent: " 1.5e3 GBP" is 1500. Too large gives an infinity.
+  [[nodiscard]] double doubleValue() const noexcept;
+  /// True where the text, after white space, a sign and zeros, begins with Y, y, T, t or a digit 1 to 9.
+  [[nodiscard]] bool boolValue() const noexcept;
+
+  /// "/tmp/pay.csv" gives "pay.csv"; slashes at the end do not count; "/" gives "/".
+  [[nodiscard]] NSString lastPathComponent() const;
+  /// "/tmp/pay.csv" gives "csv"; a name that only begins with a dot has none.
+  [[nodiscard]] NSString pathExtension() const;
+  /// "/tmp/pay.csv" gives "/tmp", "/tmp" gives "/", "pay.csv" gives "".
+  [[nodiscard]] NSString stringByDeletingLastPathComponent() const;
+  /// "/tmp/pay.csv" gives "/tmp/pay"; slashes at the end go too; ".profile" stays.
+  [[nodiscard]] NSString stringByDeletingPathExtension() const;
+  /// Joined by exactly one slash, none at the end. An empty path gives the component.
+  [[nodiscard]] NSString stringByAppendingPathComponent(const NSString& component) const;
+  /// "/tmp/pay" and "csv" give "/tmp/pay.csv"; slashes at the end go first. An empty path or "/" stays as it is.
+  [[nodiscard]] NSString stringByAppendingPathExtension(const NSString& extension) const;
+
+  /// The characters in order, for a range-based for; a lone half is given as its number. The range keeps the text.
+  class CodePoints;
+  [[nodiscard]] CodePoints codePoints() const noexcept;
+
+  NK_EXPORT friend NSString operator+(const NSString& a, const NSString& b);
+  template <detail::PlainText Text>
+  [[nodiscard]] friend NSString operator+(const NSString& a, const Text& b) {
+    return a.withAppended(b);
+  }
+  template <detail::PlainText Text>
+  [[nodiscard]] friend NSString operator+(const Text& a, const NSString& b) {
+    return b.withPrepended(a);
+  }
+
+  friend constexpr bool operator==(const NSString& a, const NSString& b) noexcept { return a.view() == b.view(); }
+  friend std::strong_ordering operator<=>(const NSString& a, const NSString& b) noexcept { return a.order(b); }
+  template <detail::PlainText Text>
+  friend bool operator==(const NSString& a, const Text& b) {
+    return a.isWellFormed() ? a.view() == std::string_view(b) : a == NSString(std::string_view(b));
+  }
+  template <detail::PlainText Text>
+  friend std::strong_ordering operator<=>(const NSString& a, const Text& b) {
+    return a.order(NSString(std::string_view(b)));
+  }
+  /// Writes `utf8()`.
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSString& text);
+
+ private:
+  friend class NSMutableString;
+  friend constexpr NSString operator""_ns(const char* text, std::size_t size);
+  static constexpr std::size_t countedBit = 1, asciiBit = 2, halvesBit = 4;
+  static constexpr int sizeShift = 3;
+
+  constexpr NSString(const char* data, std::size_t size, std::size_t flags) noexcept
+      : data_(data), bits_(size << sizeShift | flags) {}
+
+  [[nodiscard]] constexpr std::size_t size() const noexcept { return bits_ >> sizeShift; }
+  [[nodiscard]] detail::StringStorage* storage() const noexcept {
+    return reinterpret_cast<detail::StringStorage*>(const_cast<char*>(data_) - sizeof(detail::StringStorage));
+  }
+  constexpr void retain() const noexcept {
+    if ((bits_ & countedBit) != 0) storage()->references.fetch_add(1, std::memory_order_relaxed);
+  }
+  constexpr void release() noexcept {
+    if ((bits_ & countedBit) != 0) releaseStorage();
+  }
+  void releaseStorage() noexcept;
+  constexpr void borrowConstant(std::string_view text);
+
+  /// A counted text of these bytes, which are UTF-8 but for lone halves, none of which meet.
+  [[nodiscard]] static NSString copying(std::string_view bytes);
+  [[nodiscard]] static std::size_t flagsOf(std::string_view bytes) noexcept;
+  [[nodiscard]] static NSString reading(const char* text);
+  [[nodiscard]] static NSString concatenating(std::string_view a, std::string_view b);
+  [[nodiscard]] NSString withAppended(std::string_view text) const;
+  [[nodiscard]] NSString withPrepended(std::string_view text) const;
+  [[nodiscard]] NSString slice(std::size_t from, std::size_t to) const;
+  [[nodiscard]] const detail::StringIndex* index() const;
+  [[nodiscard]] std::strong_ordering order(const NSString& other) const noexcept;
+  [[nodiscard]] NSString sliceBytes(std::size_t from, std::size_t to) const;
+  [[nodiscard]] detail::StringPlace place(std::size_t unit) const;
+  [[nodiscard]] std::vector<NSRange> matches(const NSString& text, NSStringCompareOptions options) const;
+  [[nodiscard]] NSUInteger unitAtByte(std::size_t byte) const;
+  void checkRange(const char* operation, NSRange range) const;
+  [[noreturn]] void raiseBeyondEnd(const char* operation, NSUInteger index) const;
+
+  const char* data_ = "";
+  std::size_t bits_ = asciiBit;
+};
+
+class NSString::CodePoints {
+ public:
+  class iterator {
+   public:
+    using value_type = char32_t;
+    using difference_type = std::ptrdiff_t;
+    constexpr iterator() noexcept = default;
+    constexpr explicit iterator(const char* at) noexcept : at_(at) {}
+    constexpr char32_t operator*() const noexcept { return utf8::decode(at_).point; }
+    constexpr iterator& operator++() noexcept {
+      at_ += utf8::decode(at_).size;
+      return *this;
+    }
+    constexpr iterator operator++(int) noexcept {
+      iterator before = *this;
+      ++*this;
+      return before;
+    }
+    friend constexpr bool operator==(iterator, iterator) noexcept = default;
+
+   private:
+    const char* at_ = nullptr;
+  };
+
+  explicit CodePoints(NSString text) noexcept : text_(std::move(text)) {}
+  [[nodiscard]] iterator begin() const noexcept { return iterator(text_.view().data()); }
+  [[nodiscard]] iterator end() const noexcept { return iterator(text_.view().data() + text_.view().size()); }
+
+ private:
+  NSString text_;
+};
+
+inline NSString::CodePoints NSString::codePoints() const noexcept { return CodePoints(*this); }
+
+constexpr void NSString::borrowConstant(std::string_view text) {
+  if (!utf8::isValid(text)) throw "the literal is not UTF-8";
+  data_ = text.data();
+  bits_ = text.size() << sizeShift | (utf8::isAscii(text) ? asciiBit : 0);
+}
+
+constexpr NSString::NSString(std::string_view text) {
+  if (std::is_constant_evaluated()) {
+    borrowConstant(text);
+  } else {
+    *this = fromBytes(text);
+  }
+}
+
+constexpr NSString::NSString(const char* text) {
+  if (std::is_constant_evaluated()) {
+    borrowConstant(text);
+  } else {
+    *this = reading(text);
+  }
+}
+
+/// Borrows the literal, NULs in it included.
+[[nodiscard]] constexpr NSString operator""_ns(const char* text, std::size_t size) {
+  const std::string_view view(text, size);
+  if (utf8::isAscii(view)) return NSString(text, size, NSString::asciiBit);
+  return utf8::isValid(view) ? NSString(text, size, 0) : NSString(view);
+}
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::NSString> {
+  std::size_t operator()(const norvik::NSString& text) const noexcept {
+    return std::hash<std::string_view>{}(text.view());
+  }
+};

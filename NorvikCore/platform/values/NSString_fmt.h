@@ -1,0 +1,17 @@
+// NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt}: formatted as its UTF-8 text, with all of text's
+// options.
+#pragma once
+
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <fmt/format.h>
+
+template <>
+struct fmt::formatter<norvik::NSString> : fmt::formatter<fmt::string_view> {
+  template <class Context>
+  auto format(const norvik::NSString& text, Context& context) const {
+    if (text.isWellFormed()) return fmt::formatter<fmt::string_view>::format(text.view(), context);
+    const std::string printable = text.utf8();
+    return fmt::formatter<fmt::string_view>::format(printable, context);
+  }
+};

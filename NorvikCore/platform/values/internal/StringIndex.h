@@ -1,0 +1,46 @@
+// NorvikCore/platform/values/internal/StringIndex.h - where the UTF-16 units of a text lie among its UTF-8 bytes.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace norvik::detail {
+
+/// The character that holds a unit, and whether the unit is its second half. The end of the text is a place too.
+struct StringPlace {
+  std::size_t byte = 0;
+  bool secondHalf = false;
+};
+
+/// The place `units` further on, by walking. `steps`, where given, is raised by the characters passed.
+[[nodiscard]] NK_EXPORT StringPlace walkUnits(std::string_view text, StringPlace from, std::size_t units,
+                                              std::size_t* steps = nullptr) noexcept;
+
+/// The places of every 128th unit of a text: a look-up walks at most 128 characters from the nearest one before.
+/// It does not keep the text; each call is given the same one again. Immutable once made.
+class NK_EXPORT StringIndex {
+ public:
+  static constexpr std::size_t stride = 128;
+  /// Text of fewer bytes is walked without an index.
+  static constexpr std::size_t smallestIndexed = 257;
+
+  explicit StringIndex(std::string_view text);
+
+  [[nodiscard]] std::size_t length() const noexcept { return length_; }
+  /// `unit` is at most the length.
+  [[nodiscard]] StringPlace place(std::string_view text, std::size_t unit, std::size_t* steps = nullptr) const noexcept;
+  /// The first unit of the character that begins at `byte`.
+  [[nodiscard]] std::size_t unit(std::string_view text, std::size_t byte) const noexcept;
+
+ private:
+  std::vector<StringPlace> marks_;
+  std::size_t length_;
+};
+
+/// The index of text that is never freed; made on first use, kept until the process ends.
+[[nodiscard]] const StringIndex& permanentIndex(std::string_view text);
+
+}  // namespace norvik::detail

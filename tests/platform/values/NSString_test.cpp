@@ -1,0 +1,255 @@
+#include "NorvikCore/platform/values/NSString.h"
+
+#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSString_fmt.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <unordered_set>
+
+namespace norvik {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr NSString constantName = "Zo\u00EB";
+constinit const NSString constantTown = "Leeds";
+
+static_assert(sizeof(NSString) == 16);
+static_assert(std::is_nothrow_copy_constructible_v<NSString> && std::is_nothrow_move_constructible_v<NSString>);
+static_assert(!std::is_constructible_v<NSString, std::nullptr_t>);
+static_assert(!std::is_convertible_v<NSString, bool>);
+static_assert("caf\u00E9"_ns.view().size() == 5);
+
+/// The reason of the NSException of that name that the call raises; "nothing" where it raises none.
+template <class Call>
+std::string raised(const char* name, Call call) {
+  try {
+    call();
+  } catch (const NSException& exception) {
+    EXPECT_EQ(exception.name(), name);
+    return exception.reason();
+  }
+  return "nothing";
+}
+
+TEST(NSString, HeaderExample) {
+  const NSString name = "Zo\u00EB Smith";
+  EXPECT_EQ(name.length(), 9u);
+  EXPECT_EQ(name.view().size(), 10u);
+  EXPECT_EQ(name.substringFromIndex(4), "Smith");
+  EXPECT_EQ(name.rangeOfString("smith", NSCaseInsensitiveSearch), (NSRange{4, 5}));
+  EXPECT_EQ("Payslip of " + name, "Payslip of Zo\u00EB Smith");
+}
+
+TEST(NSString, ConstantsAreBorrowedFromTheirLiterals) {
+  EXPECT_EQ(constantName.length(), 3u);
+  EXPECT_EQ(constantTown.view(), "Leeds");
+  EXPECT_TRUE(constantTown.isAscii());
+  EXPECT_FALSE(constantName.isAscii());
+}
+
+TEST(NSString, IsMadeFromEveryKindOfPlainText) {
+  char buffer[16] = "pay";
+  const char* const pointer = buffer;
+  EXPECT_EQ(NSString(buffer).view(), "pay");
+  EXPECT_EQ(NSString(pointer).view(), "pay");
+  EXPECT_EQ(NSString(std::string("pay")).view(), "pay");
+  EXPECT_EQ(NSString(std::string_view("payday").substr(0, 3)).view(), "pay");
+  EXPECT_EQ("a\0b"_ns.length(), 3u);
+  EXPECT_EQ(NSString("a\0b").length(), 1u);
+}
+
+TEST(NSString, RefusesANullPointer) {
+  const char* const none = nullptr;
+  EXPECT_EQ(raised("NSInvalidArgumentException", [&] { return NSString(none); }),
+            "NSString: no text, but a null pointer");
+}
+
+TEST(NSString, KeepsItsOwnCopyOfWhatItIsMadeFrom) {
+  std::string source = "before";
+  const NSString text = source;
+  source = "after!";
+  EXPECT_EQ(text, "before");
+}
+
+TEST(NSString, CopiesAreIdenticalAndTextsMadeSeparatelyAreNot) {
+  const NSString text = std::string("gross pay");
+  const NSString copy = text, again = std::string("gross pay");
+  EXPECT_TRUE(copy.isIdenticalTo(text));
+  EXPECT_EQ(again, text);
+  EXPECT_FALSE(again.isIdenticalTo(text));
+  EXPECT_TRUE(text.substringFromIndex(0).isIdenticalTo(text));
+  EXPECT_TRUE(NSString().isIdenticalTo(NSString(std::string())));
+}
+
+TEST(NSString, IsEmptyAfterBeingMovedFrom) {
+  NSString from = std::string("moved");
+  const NSString to = std::move(from);
+  EXPECT_EQ(to, "moved");
+  EXPECT_TRUE(from.empty());  // NOLINT(bugprone-use-after-move): that is the subject
+}
+
+TEST(NSString, SurvivesAssignmentToItself) {
+  NSString text = std::string("self");
+  const NSString& same = text;
+  text = same;
+  EXPECT_EQ(text, "self");
+}
+
+TEST(NSString, CountsAndReadsUtf16Units) {
+  const NSString text = "a\u00A3\u20AC\U0001F4B7z";
+  ASSERT_EQ(text.length(), 6u);
+  const char16_t expected[] = {u'a', 0x00A3, 0x20AC, 0xD83D, 0xDCB7, u'z'};
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(text.characterAtIndex(i), expected[i]) << i;
+}
+
+TEST(NSString, RaisesForPositionsBeyondTheText) {
+  const NSString text = "pay\u00E9";
+  EXPECT_EQ(raised("NSRangeException", [&] { (void)text.characterAtIndex(4); }),
+            "characterAtIndex: 4 is beyond the text of 4 units");
+  EXPECT_EQ(raised("NSRangeException", [&] { (void)text.substringFromIndex(5); }),
+            "substringFromIndex: 5 is beyond the text of 4 units");
+  EXPECT_EQ(raised("NSRangeException", [&] { (void)text.substringToIndex(5); }),
+            "substringToIndex: 5 is beyond the text of 4 units");
+  EXPECT_EQ(raised("NSRangeException",
+                   [&] {
+                     (void)text.substringWithRange({2, 3});
+                   }),
+            "substringWithRange: {2, 3} is beyond the text of 4 units");
+  EXPECT_EQ(raised("NSRangeException",
+                   [&] {
+                     (void)text.substringWithRange({NSNotFound, UINT64_MAX});
+                   }),
+            "substringWithRange: {9223372036854775807, 18446744073709551615} is beyond the text of 4 units");
+  EXPECT_EQ(raised("NSRangeException", [&] { (void)NSString().characterAtIndex(0); }),
+            "characterAtIndex: 0 is beyond the text of 0 units");
+}
+
+TEST(NSString, CutsUpToBothEnds) {
+  const NSString text = "pay\u00E9";
+  EXPECT_EQ(text.substringFromIndex(4), "");
+  EXPECT_EQ(text.substringToIndex(0), "");
+  EXPECT_EQ(text.substringToIndex(4), "pay\u00E9");
+  EXPECT_EQ(text.substringWithRange({2, 2}), "y\u00E9");
+  EXPECT_EQ(text.substringWithRange({4, 0}), "");
+}
+
+TEST(NSString, HalvesOfACharacterSurviveCuttingAndRejoin) {
+  const NSString text = "a\U0001F4B7b";
+  const NSString head = text.substringToIndex(2), tail = text.substringFromIndex(2);
+  EXPECT_EQ(head.toUtf16(), (std::u16string{u'a', 0xD83D}));
+  EXPECT_EQ(tail.toUtf16(), (std::u16string{0xDCB7, u'b'}));
+  EXPECT_FALSE(head.isWellFormed());
+  EXPECT_EQ(head + tail, text);
+  EXPECT_EQ((head + tail).view(),
+            "a\xF0\x9F\x92\xB7"
+            "b");
+  EXPECT_NE(tail + head, text);
+}
+
+TEST(NSString, LoneHalvesPrintAsTheReplacementCharacter) {
+  const NSString half = NSString::fromUtf16(std::u16string{u'a', 0xD83D});
+  EXPECT_EQ(half.utf8(), "a\xEF\xBF\xBD");
+  std::ostringstream out;
+  out << half << '|' << NSString("\u00E9");
+  EXPECT_EQ(out.str(), "a\xEF\xBF\xBD|\xC3\xA9");
+  EXPECT_EQ(fmt::format("{:>4}|{}", NSString("ab"), half), "  ab|a\xEF\xBF\xBD");
+}
+
+TEST(NSString, BytesThatAreNotUtf8BecomeLowHalvesAndComeBack) {
+  const struct {
+    const char* why;
+    std::string bytes;
+    std::u16string units;
+  } rows[] = {
+      {"a stray continuation byte", "a\x80z", {u'a', 0xDC80, u'z'}},
+      {"Latin-1 text", "caf\xE9", {u'c', u'a', u'f', 0xDCE9}},
+      {"a character cut short", "\xE2\x82", {0xDCE2, 0xDC82}},
+      {"an overlong form", "\xC0\x80", {0xDCC0, 0xDC80}},
+      {"a surrogate half", "\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80}},
+      {"above U+10FFFF", "\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80}},
+      {"byte FF between good text", "\xC3\xA9\xFFx", {0x00E9, 0xDCFF, u'x'}},
+  };
+  for (const auto& row : rows) {
+    const NSString text = NSString::fromBytes(row.bytes);
+    EXPECT_EQ(text.toUtf16(), row.units) << row.why;
+    EXPECT_EQ(text.bytes(), row.bytes) << row.why;
+    EXPECT_EQ(NSString(row.bytes), text) << row.why;
+    EXPECT_FALSE(NSString::fromUtf8(row.bytes).has_value()) << row.why;
+  }
+}
+
+TEST(NSString, StrictReadingAcceptsUtf8) {
+  EXPECT_EQ(NSString::fromUtf8("\xC2\xA3\x31"), std::optional<NSString>("\u00A31"));
+  EXPECT_EQ(NSString::fromUtf8(""), std::optional<NSString>(""));
+}
+
+TEST(NSString, ComparesWithPlainTextAsIfItWereMadeFromIt) {
+  const NSString text = "pay";
+  EXPECT_TRUE(text == "pay" && "pay" == text && text == std::string("pay") && text == std::string_view("pay"));
+  EXPECT_TRUE(text != "Pay" && text < "payday" && "pax" < text);
+  const NSString escaped = NSString::fromBytes("\xE9");
+  EXPECT_TRUE(escaped == "\xE9");
+  EXPECT_FALSE(escaped == escaped.view());  // those three bytes as text are three escapes
+}
+
+TEST(NSString, OrderIsByUtf16UnitsNotByCharacters) {
+  const NSString high = NSString::fromUtf16(std::u16string{0xD83D});
+  const NSString ordered[] = {"", "a", "ab", "b", "\u00E9", "\uD7FF", high, "\U0001F4B7", "\uE000", "\uFFFD"};
+  for (std::size_t i = 0; i < std::size(ordered); ++i) {
+    for (std::size_t j = 0; j < std::size(ordered); ++j) {
+      EXPECT_EQ(ordered[i] <=> ordered[j], i <=> j) << i << ' ' << j;
+    }
+  }
+  EXPECT_EQ(NSString("a").compare("b"), NSOrderedAscending);
+  EXPECT_EQ(NSString("B").compare("a"), NSOrderedAscending);
+  EXPECT_EQ(NSString("b").compare("b"), NSOrderedSame);
+}
+
+TEST(NSString, CaseInsensitiveComparisonFoldsLettersOneForOne) {
+  EXPECT_EQ(NSString("GROSS").caseInsensitiveCompare("gross"), NSOrderedSame);
+  EXPECT_EQ(NSString("\u00C9t\u00E9").caseInsensitiveCompare("\u00E9T\u00C9"), NSOrderedSame);
+  EXPECT_EQ(NSString("a").caseInsensitiveCompare("B"), NSOrderedAscending);
+  EXPECT_EQ(NSString("stra\u00DFe").caseInsensitiveCompare("strasse"), NSOrderedDescending);
+}
+
+TEST(NSString, EqualTextsHashAlikeHoweverTheyWereMade) {
+  const NSString whole = "a\U0001F4B7";
+  const NSString joined = whole.substringToIndex(2) + whole.substringFromIndex(2);
+  EXPECT_EQ(std::hash<NSString>{}(joined), std::hash<NSString>{}(whole));
+  const std::unordered_set<NSString> names{"Ann", std::string("Ann"), "Bob"};
+  EXPECT_EQ(names.size(), 2u);
+}
+
+TEST(NSString, JoinsWithPlainTextOnEitherSide) {
+  const NSString text = "b";
+  EXPECT_EQ("a" + text + std::string("c") + std::string_view("d"), "abcd");
+  EXPECT_EQ(text.stringByAppendingString("\u00E9"), "b\u00E9");
+  EXPECT_EQ((text + "\xFF").bytes(), "b\xFF");
+  EXPECT_TRUE((text + "").isIdenticalTo(text));
+}
+
+TEST(NSString, CodePointsComeInOrder) {
+  std::vector<char32_t> points;
+  for (const char32_t point : NSString("a\u00E9\U0001F4B7").codePoints()) points.push_back(point);
+  EXPECT_THAT(points, ElementsAre(U'a', U'\u00E9', U'\U0001F4B7'));
+}
+
+TEST(NSString, IsMadeFromOneCharacter) {
+  EXPECT_EQ(NSString::fromCodePoint(0x1F4B7), "\U0001F4B7");
+  EXPECT_EQ(NSString::fromCodePoint(0xD83D) + NSString::fromCodePoint(0xDCB7), "\U0001F4B7");
+  EXPECT_EQ(raised("NSInvalidArgumentException", [] { return NSString::fromCodePoint(0x110000); }),
+            "NSString: no character has the number 1114112");
+}
+
+TEST(NSString, UnitsGoThereAndBack) {
+  const std::u16string units{u'a', 0xDCB7, 0xD83D, 0xD83D, 0xDCB7, 0xFFFF, 0xD83D};
+  EXPECT_EQ(NSString::fromUtf16(units).toUtf16(), units);
+  EXPECT_EQ(NSString::fromUtf16(units).length(), 7u);
+}
+
+}  // namespace
+}  // namespace norvik
