@@ -1,0 +1,10 @@
+// A directive is refused where no argument is left for it.
+#include "NorvikCore/platform/runtime/Format.h"
+
+norvik::NSString line(int count, const norvik::NSString& name) {
+#ifdef SHOULD_NOT_COMPILE
+  return norvik::stringWithFormat("%d of %@ at %f", count, name);
+#else
+  return norvik::stringWithFormat("%d of %@", count, name);
+#endif
+}

@@ -1,0 +1,10 @@
+// A percent sign that starts no directive is refused.
+#include "NorvikCore/platform/runtime/Format.h"
+
+norvik::NSString line(int count, const norvik::NSString& name) {
+#ifdef SHOULD_NOT_COMPILE
+  return norvik::stringWithFormat("%d %y of %@", count, name);
+#else
+  return norvik::stringWithFormat("%d %% of %@", count, name);
+#endif
+}
