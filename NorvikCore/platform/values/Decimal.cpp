@@ -1,0 +1,147 @@
+#include "NorvikCore/platform/values/Decimal.h"
+
+#include "NorvikCore/platform/values/internal/DecimalRounding.h"
+#include "NorvikCore/platform/values/internal/DecimalText.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace norvik {
+namespace {
+
+using detail::DecimalAccess;
+using detail::UInt128;
+
+template <class Floating>
+Decimal fromFloating(Floating value) noexcept {
+  if (!std::isfinite(value)) return Decimal::notANumber();
+  const Floating magnitude = std::fabs(value);
+  if (magnitude < Floating{18446744073709551616.0} && std::trunc(magnitude) == magnitude) {
+    const auto whole = static_cast<std::uint64_t>(magnitude);
+    return DecimalAccess::make(whole, 0, value < 0 && whole != 0);
+  }
+  char text[48];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific).ptr;
+  Decimal result;
+  if (detail::readDecimal(text, end, result).outcome == detail::ReadOutcome::number) return result;
+  return magnitude < 1 ? Decimal::zero() : Decimal::notANumber();
+}
+
+/// The magnitude without its fraction, or the greatest 128-bit number where it is greater than 64 bits hold.
+UInt128 wholePart(const Decimal& value) noexcept {
+  const UInt128 mantissa = DecimalAccess::mantissa(value);
+  const int exponent = value.exponent();
+  if (value.isNaN() || mantissa == 0 || exponent < -38) return 0;
+  if (exponent < 0) {
+    UInt128 remainder;
+    return detail::divide(mantissa, detail::powerOfTen(-exponent), remainder);
+  }
+  if (detail::digitCount(mantissa) + exponent > 20) return ~UInt128{0};
+  return mantissa * detail::powerOfTen(exponent);
+}
+
+}  // namespace
+
+const NSDecimalNumberHandler& NSDecimalNumberHandler::defaultDecimalNumberHandler() noexcept {
+  static constexpr NSDecimalNumberHandler handler(Settings{});
+  return handler;
+}
+
+Decimal::Decimal(double value) noexcept : Decimal(fromFloating(value)) {}
+Decimal::Decimal(float value) noexcept : Decimal(fromFloating(value)) {}
+
+Decimal Decimal::decimalNumberWithMantissa(std::uint64_t mantissa, std::int16_t exponent, bool isNegative) {
+  return detail::settle(mantissa, detail::Tail::none, exponent, isNegative,
+                        NSDecimalNumberHandler::defaultDecimalNumberHandler());
+}
+
+std::optional<Decimal> Decimal::fromParts(const Parts& parts) noexcept {
+  if (parts.isNaN) return notANumber();
+  const UInt128 mantissa = detail::join(parts.mantissaHigh, parts.mantissaLow);
+  if (mantissa >= detail::firstBeyondMantissa || parts.exponent < minimumExponent || parts.exponent > maximumExponent) {
+    return std::nullopt;
+  }
+  return DecimalAccess::make(mantissa, parts.exponent, parts.isNegative && mantissa != 0);
+}
+
+Decimal::Parts Decimal::parts() const noexcept {
+  if (isNaN()) return {.isNaN = true};
+  return {high_, low_, exponent_, negative_, false};
+}
+
+std::int64_t Decimal::longLongValue() const noexcept {
+  const UInt128 whole = wholePart(*this);
+  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  if (negative_) return whole > static_cast<UInt128>(most) ? -most - 1 : -static_cast<std::int64_t>(whole);
+  return whole > static_cast<UInt128>(most) ? most : static_cast<std::int64_t>(whole);
+}
+
+std::uint64_t Decimal::unsignedLongLongValue() const noexcept {
+  if (negative_) return 0;
+  const UInt128 whole = wholePart(*this);
+  return detail::high64(whole) != 0 ? ~std::uint64_t{0} : detail::low64(whole);
+}
+
+double Decimal::doubleValue() const noexcept {
+  if (isNaN()) return std::numeric_limits<double>::quiet_NaN();
+  // A mantissa and a power of ten that doubles hold exactly need one correctly rounded operation.
+  static constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                           1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  if (high_ == 0 && low_ <= std::uint64_t{1} << 53 && exponent_ >= -22 && exponent_ <= 22) {
+    const double magnitude = static_cast<double>(low_);
+    const double value = exponent_ < 0 ? magnitude / exactPowers[-exponent_] : magnitude * exactPowers[exponent_];
+    return negative_ ? -value : value;
+  }
+  char text[48];
+  char* end = detail::writeDigits(text, DecimalAccess::mantissa(*this));
+  *end++ = 'e';
+  end = std::to_chars(end, text + sizeof text, exponent_).ptr;
+  double value = 0;
+  std::from_chars(text, end, value);
+  return negative_ ? -value : value;
+}
+
+std::size_t Decimal::hash() const noexcept {
+  if (isNaN()) return 0x9e3779b97f4a7c15u;
+  UInt128 mantissa = DecimalAccess::mantissa(*this);
+  if (mantissa == 0) return 0;
+  int exponent = exponent_;
+  while (detail::high64(mantissa) != 0) {
+    UInt128 remainder;
+    const UInt128 shorter = detail::divide(mantissa, 10, remainder);
+    if (remainder != 0) break;
+    mantissa = shorter;
+    ++exponent;
+  }
+  std::uint64_t low = detail::low64(mantissa);
+  if (detail::high64(mantissa) == 0) {
+    for (; low % 100 == 0; low /= 100) exponent += 2;
+    if (low % 10 == 0) {
+      low /= 10;
+      ++exponent;
+    }
+  }
+  std::uint64_t mixed = low ^ detail::high64(mantissa) * 0xff51afd7ed558ccdu;
+  mixed ^= static_cast<std::uint64_t>(exponent + 1024) << 1 ^ static_cast<std::uint64_t>(negative_);
+  mixed = (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93u;
+  return (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93u;
+}
+
+std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noexcept {
+  if (a.isNaN() || b.isNaN()) return b.isNaN() <=> a.isNaN();
+  const int signA = a.isZero() ? 0 : a.negative_ ? -1 : 1, signB = b.isZero() ? 0 : b.negative_ ? -1 : 1;
+  if (signA != signB || signA == 0) return signA <=> signB;
+  UInt128 x = DecimalAccess::mantissa(a), y = DecimalAccess::mantissa(b);
+  const int xTop = detail::digitCount(x) + a.exponent_, yTop = detail::digitCount(y) + b.exponent_;
+  std::weak_ordering order = xTop <=> yTop;
+  if (order == 0) {
+    // As many digits before the point: the one with the greater exponent has fewer in all, and room to be aligned.
+    if (a.exponent_ > b.exponent_) x *= detail::powerOfTen(a.exponent_ - b.exponent_);
+    if (b.exponent_ > a.exponent_) y *= detail::powerOfTen(b.exponent_ - a.exponent_);
+    order = x <=> y;
+  }
+  return a.negative_ ? 0 <=> order : order;
+}
+
+}  // namespace norvik

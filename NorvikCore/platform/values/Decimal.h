@@ -1,0 +1,272 @@
+// NorvikCore/platform/values/Decimal.h - exact decimal numbers, for money, rates and quantities.
+//
+// A number is a mantissa of up to 38 digits times a power of ten from -128 to 127, or not a number. It keeps its
+// exponent: 5 and 5.00 are equal, have one hash, and print as they were written.
+//
+//   Decimal gross = 2500.00_dec, rate = 0.20_dec;
+//   Decimal tax = gross * rate;                  // 500.0000
+//   to_string(gross - tax);                      // "2000.0000"
+//   *Decimal::parse("1234.50") + 1;              // 1235.50; parse takes the whole text or nothing
+//
+// A sum, difference or product is exact where 38 digits hold it; its exponent is then the smaller one of the operands,
+// for a product their sum. An exact quotient's exponent is the difference of the operands' exponents, or the nearest
+// below it that holds the quotient. What 38 digits do not hold is rounded once, to 38 digits, a half away from zero.
+// Operators behave as NSDecimalNumberHandler::defaultDecimalNumberHandler() says: they raise
+// NSDecimalNumberOverflowException when the magnitude is above maximumDecimalNumber(),
+// NSDecimalNumberUnderflowException when it is below 1E-128 and not zero, NSDecimalNumberDivideByZeroException.
+// With not-a-number as an operand the result is not-a-number, and nothing raises.
+//
+// Values of 24 bytes: no allocation, constant time, safe on any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSDecimalNumberHandler.h"
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace norvik {
+
+namespace detail {
+__extension__ typedef unsigned __int128 UInt128;
+__extension__ typedef __int128 Int128;
+struct DecimalAccess;
+
+inline constexpr std::uint64_t powersOfTen64[20] = {1u,
+                                                    10u,
+                                                    100u,
+                                                    1000u,
+                                                    10000u,
+                                                    100000u,
+                                                    1000000u,
+                                                    10000000u,
+                                                    100000000u,
+                                                    1000000000u,
+                                                    10000000000u,
+                                                    100000000000u,
+                                                    1000000000000u,
+                                                    10000000000000u,
+                                                    100000000000000u,
+                                                    1000000000000000u,
+                                                    10000000000000000u,
+                                                    100000000000000000u,
+                                                    1000000000000000000u,
+                                                    10000000000000000000u};
+}  // namespace detail
+
+class NK_EXPORT Decimal {
+ public:
+  /// What a number is made of, for code that stores one. The mantissa is mantissaHigh * 2^64 + mantissaLow.
+  struct Parts {
+    std::uint64_t mantissaHigh = 0, mantissaLow = 0;
+    int exponent = 0;
+    bool isNegative = false;
+    bool isNaN = false;
+    friend bool operator==(const Parts&, const Parts&) = default;
+  };
+
+  static constexpr int maximumDigits = 38;
+  static constexpr int minimumExponent = -128, maximumExponent = 127;
+
+  constexpr Decimal() noexcept = default;
+
+  template <std::integral Integer>
+  requires(!std::same_as<Integer, bool>) constexpr Decimal(
+      Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
+      : low_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
+        negative_(value < 0) {}
+
+  /// A whole number below 2^64 exactly; any other number as the shortest digits, 17 at most, that read back as the same
+  /// double: Decimal(0.1) is 0.1. Infinities and magnitudes out of range are not a number; below 1E-128 is zero.
+  explicit Decimal(double value) noexcept;
+  /// The same with the shortest digits, 9 at most, that read back as the same float.
+  explicit Decimal(float value) noexcept;
+  explicit Decimal(long double) = delete;
+  explicit constexpr Decimal(bool value) noexcept : low_(value ? 1 : 0) {}
+
+  [[nodiscard]] static constexpr Decimal zero() noexcept { return Decimal(); }
+  [[nodiscard]] static constexpr Decimal one() noexcept { return Decimal(1); }
+  [[nodiscard]] static constexpr Decimal notANumber() noexcept { return Decimal(notANumberMark, 0, 0, false); }
+  /// (10^38 - 1) * 10^127, and its negative.
+  [[nodiscard]] static constexpr Decimal maximumDecimalNumber() noexcept {
+    return Decimal(powerOf38High, powerOf38Low - 1, maximumExponent, false);
+  }
+  [[nodiscard]] static constexpr Decimal minimumDecimalNumber() noexcept {
+    return Decimal(powerOf38High, powerOf38Low - 1, maximumExponent, true);
+  }
+
+  /// mantissa * 10^exponent, negated where asked. Out of range raises as arithmetic does.
+  [[nodiscard]] static Decimal decimalNumberWithMantissa(std::uint64_t mantissa, std::int16_t exponent,
+                                                         bool isNegative);
+  /// parse(), or not-a-number where the text is no number.
+  [[nodiscard]] static Decimal decimalNumberWithString(std::string_view text) noexcept;
+  /// Reads [+-]digits[.digits][E[+-]digits] ("12", "-0.50", ".5", "5.", "1E6") or "NaN": the whole text, or nothing. No
+  /// spaces, no grouping. More than 38 digits are rounded, a half away from zero. A magnitude above the greatest or,
+  /// other than zero, below 1E-128 reads as nothing.
+  [[nodiscard]] static std::optional<Decimal> parse(std::string_view text) noexcept;
+  /// Empty where the mantissa has more than 38 digits or the exponent is out of range. A negative zero becomes zero.
+  [[nodiscard]] static std::optional<Decimal> fromParts(const Parts& parts) noexcept;
+
+  [[nodiscard]] Parts parts() const noexcept;
+  [[nodiscard]] constexpr bool isNaN() const noexcept { return high_ == notANumberMark; }
+  [[nodiscard]] constexpr bool isZero() const noexcept { return (low_ | high_) == 0; }
+  /// Neither zero nor not-a-number is negative.
+  [[nodiscard]] constexpr bool isNegative() const noexcept { return negative_; }
+  /// 0 for not-a-number.
+  [[nodiscard]] constexpr int exponent() const noexcept { return exponent_; }
+
+  [[nodiscard]] Decimal decimalNumberByAdding(const Decimal& other) const { return *this + other; }
+  [[nodiscard]] Decimal decimalNumberByAdding(const Decimal& other, const NSDecimalNumberHandler& behavior) const;
+  [[nodiscard]] Decimal decimalNumberBySubtracting(const Decimal& other) const { return *this - other; }
+  [[nodiscard]] Decimal decimalNumberBySubtracting(const Decimal& other, const NSDecimalNumberHandler& behavior) const;
+  [[nodiscard]] Decimal decimalNumberByMultiplyingBy(const Decimal& other) const { return *this * other; }
+  [[nodiscard]] Decimal decimalNumberByMultiplyingBy(const Decimal& other,
+                                                     const NSDecimalNumberHandler& behavior) const;
+  [[nodiscard]] Decimal decimalNumberByDividingBy(const Decimal& other) const { return *this / other; }
+  [[nodiscard]] Decimal decimalNumberByDividingBy(const Decimal& other, const NSDecimalNumberHandler& behavior) const;
+  /// The power 0 of any number is 1. Beyond 76 digits the product is carried on in 76, then rounded. Cost: the
+  /// logarithm of the power.
+  [[nodiscard]] Decimal decimalNumberByRaisingToPower(
+      std::uint64_t power,
+      const NSDecimalNumberHandler& behavior = NSDecimalNumberHandler::defaultDecimalNumberHandler()) const;
+  [[nodiscard]] Decimal decimalNumberByMultiplyingByPowerOf10(
+      std::int16_t power,
+      const NSDecimalNumberHandler& behavior = NSDecimalNumberHandler::defaultDecimalNumberHandler()) const;
+  [[nodiscard]] Decimal decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumberHandler& behavior) const;
+
+  /// Not-a-number is the same as itself and less than every number, so that the order is total.
+  [[nodiscard]] NSComparisonResult compare(const Decimal& other) const noexcept {
+    return comparisonResult(*this <=> other);
+  }
+
+  /// Plain digits: no grouping, no power of ten, as many digits after the point as the exponent says; "NaN". 168
+  /// characters at most.
+  [[nodiscard]] std::string stringValue() const;
+  /// The fraction is discarded. Out of range gives the nearest end of the range; not-a-number gives 0.
+  [[nodiscard]] std::int64_t longLongValue() const noexcept;
+  [[nodiscard]] std::uint64_t unsignedLongLongValue() const noexcept;
+  /// The nearest double, a tie going to the even one.
+  [[nodiscard]] double doubleValue() const noexcept;
+  /// True for a number other than zero.
+  [[nodiscard]] constexpr bool boolValue() const noexcept { return !isZero() && !isNaN(); }
+  /// Depends on the numeric value only; NumberHash.h gives integers and doubles the same.
+  [[nodiscard]] std::size_t hash() const noexcept;
+
+  [[nodiscard]] friend Decimal operator+(const Decimal& a, const Decimal& b) {
+    Decimal sum;
+    if (addSmall(a, b, sum)) [[likely]]
+      return sum;
+    return addWide(a, b);
+  }
+  [[nodiscard]] friend Decimal operator-(const Decimal& a, const Decimal& b) { return a + (-b); }
+  [[nodiscard]] friend Decimal operator*(const Decimal& a, const Decimal& b) {
+    Decimal product;
+    if (multiplySmall(a, b, product)) [[likely]]
+      return product;
+    return multiplyWide(a, b);
+  }
+  [[nodiscard]] friend Decimal operator/(const Decimal& a, const Decimal& b) { return divide(a, b); }
+  [[nodiscard]] constexpr Decimal operator-() const noexcept {
+    return Decimal(high_, low_, exponent_, !negative_ && boolValue());
+  }
+  [[nodiscard]] constexpr Decimal operator+() const noexcept { return *this; }
+  Decimal& operator+=(const Decimal& other) { return *this = *this + other; }
+  Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
+  Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
+  Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
+
+  [[nodiscard]] friend bool operator==(const Decimal& a, const Decimal& b) noexcept { return (a <=> b) == 0; }
+  [[nodiscard]] friend std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
+    const int shift = a.exponent_ - b.exponent_;
+    if (bothSmall(a, b, shift)) [[likely]] {
+      const detail::Int128 x = aligned(a, shift), y = aligned(b, -shift);
+      return x < y ? std::weak_ordering::less : x > y ? std::weak_ordering::greater : std::weak_ordering::equivalent;
+    }
+    return compareWide(a, b);
+  }
+
+ private:
+  friend struct detail::DecimalAccess;
+  friend class DecimalSum;
+
+  static constexpr std::uint64_t notANumberMark = ~std::uint64_t{0};  // no mantissa is that large
+  static constexpr std::uint64_t powerOf38High = 5421010862427522170u, powerOf38Low = 687399551400673280u;  // 10^38
+  static constexpr int smallShift = 18;  // 2^64 * 10^18 + 2^64 is below 10^38
+
+  constexpr Decimal(std::uint64_t high, std::uint64_t low, int exponent, bool negative) noexcept
+      : low_(low), high_(high), exponent_(exponent), negative_(negative) {}
+
+  static constexpr bool bothSmall(const Decimal& a, const Decimal& b, int shift) noexcept {
+    return (a.high_ | b.high_) == 0 && static_cast<unsigned>(shift + smallShift) <= 2u * smallShift;
+  }
+  static detail::Int128 withSign(detail::UInt128 magnitude, bool negative) noexcept {
+    const detail::UInt128 mask = 0 - static_cast<detail::UInt128>(negative);
+    return static_cast<detail::Int128>((magnitude ^ mask) - mask);
+  }
+  /// The signed mantissa of a small number in units `shift` powers of ten below its own; a negative shift counts as 0.
+  static detail::Int128 aligned(const Decimal& d, int shift) noexcept {
+    return withSign(static_cast<detail::UInt128>(d.low_) * detail::powersOfTen64[shift > 0 ? shift : 0], d.negative_);
+  }
+  static Decimal fromSigned(detail::Int128 mantissa, int exponent) noexcept {
+    const bool negative = mantissa < 0;
+    const detail::UInt128 magnitude =
+        static_cast<detail::UInt128>(withSign(static_cast<detail::UInt128>(mantissa), negative));
+    return Decimal(static_cast<std::uint64_t>(magnitude >> 64), static_cast<std::uint64_t>(magnitude), exponent,
+                   negative);
+  }
+  static bool addSmall(const Decimal& a, const Decimal& b, Decimal& sum) noexcept {
+    const int shift = a.exponent_ - b.exponent_;
+    if (!bothSmall(a, b, shift)) [[unlikely]]
+      return false;
+    sum = fromSigned(aligned(a, shift) + aligned(b, -shift), shift > 0 ? b.exponent_ : a.exponent_);
+    return true;
+  }
+  static bool multiplySmall(const Decimal& a, const Decimal& b, Decimal& product) noexcept {
+    const auto mantissa = static_cast<detail::UInt128>(a.low_) * b.low_;
+    const auto high = static_cast<std::uint64_t>(mantissa >> 64);
+    const int exponent = a.exponent_ + b.exponent_;
+    if ((a.high_ | b.high_) != 0 || high >= powerOf38High || static_cast<unsigned>(exponent - minimumExponent) > 255u)
+        [[unlikely]]
+      return false;
+    product =
+        Decimal(high, static_cast<std::uint64_t>(mantissa), exponent, (a.negative_ != b.negative_) && mantissa != 0);
+    return true;
+  }
+  static Decimal addWide(const Decimal& a, const Decimal& b);
+  static Decimal multiplyWide(const Decimal& a, const Decimal& b);
+  static Decimal divide(const Decimal& a, const Decimal& b);
+  static std::weak_ordering compareWide(const Decimal& a, const Decimal& b) noexcept;
+
+  std::uint64_t low_ = 0, high_ = 0;
+  std::int32_t exponent_ = 0;
+  bool negative_ = false;
+};
+
+static_assert(sizeof(Decimal) == 24 && alignof(Decimal) == 8);
+
+using NSDecimalNumber = Decimal;
+
+/// stringValue().
+[[nodiscard]] inline std::string to_string(const Decimal& value) { return value.stringValue(); }
+/// Writes stringValue(); the stream's width, fill and adjustment count.
+NK_EXPORT std::ostream& operator<<(std::ostream& stream, const Decimal& value);
+/// Reads one word and sets failbit, leaving `value` as it is, where the word is no number.
+NK_EXPORT std::istream& operator>>(std::istream& stream, Decimal& value);
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::Decimal> {
+  [[nodiscard]] std::size_t operator()(const norvik::Decimal& value) const noexcept { return value.hash(); }
+};
+
+#include "NorvikCore/platform/values/Decimal_limits.h"
+#include "NorvikCore/platform/values/Decimal_literal.h"

@@ -1,0 +1,90 @@
+// NorvikCore/platform/values/Decimal_fmt.h - decimal numbers in {fmt} format strings. Needs {fmt} on the user's side.
+//
+//   fmt::format("{}", 1234.5_dec);             // "1234.5"
+//   fmt::format("{:>10.2f}|", 1234.5_dec);     // "   1234.50|"
+//   fmt::format("{:+08.1}", -2.25_dec);        // "-00002.3"
+//
+// [[fill]align][sign][0][width][.precision][f]: numbers stand right unless told otherwise; a precision rounds plainly
+// and pads with zeros; without one all digits are written.
+#pragma once
+
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/Decimal_charconv.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+template <>
+struct fmt::formatter<norvik::Decimal> {
+  constexpr auto parse(fmt::format_parse_context& context) {
+    auto p = context.begin();
+    const auto end = context.end();
+    const auto isAlign = [](char c) { return c == '<' || c == '>' || c == '^'; };
+    if (end - p >= 2 && isAlign(p[1]) && *p != '{' && *p != '}') {
+      fill_ = *p;
+      align_ = p[1];
+      p += 2;
+    } else if (p != end && isAlign(*p)) {
+      align_ = *p++;
+    }
+    if (p != end && (*p == '+' || *p == '-' || *p == ' ')) sign_ = *p++;
+    if (p != end && *p == '0') {
+      zeros_ = align_ == '\0';
+      ++p;
+    }
+    width_ = static_cast<std::size_t>(std::max(0, number(p, end)));
+    if (p != end && *p == '.') {
+      precision_ = number(++p, end);
+      if (precision_ < 0) throw fmt::format_error("missing precision of a decimal number");
+    }
+    if (p != end && *p == 'f') ++p;
+    if (p != end && *p != '}') throw fmt::format_error("unknown format of a decimal number");
+    return p;
+  }
+
+  template <class Context>
+  auto format(const norvik::Decimal& value, Context& context) const {
+    char text[norvik::longestDecimalText + 2 + mostPlaces];
+    char* const last = text + sizeof text;
+    const auto end =
+        precision_ < 0 ? norvik::to_chars(text, last, value).ptr : norvik::to_chars(text, last, value, precision_).ptr;
+    std::string_view digits(text, static_cast<std::size_t>(end - text));
+    char sign = value.isNaN() || sign_ == '-' ? '\0' : sign_;
+    if (digits.front() == '-') {
+      sign = '-';
+      digits.remove_prefix(1);
+    }
+    const std::size_t length = digits.size() + (sign != '\0' ? 1 : 0);
+    const std::size_t padding = width_ > length ? width_ - length : 0;
+    const bool zeros = zeros_ && !value.isNaN();
+    const std::size_t before = zeros || align_ == '<' ? 0 : align_ == '^' ? padding / 2 : padding;
+    auto out = std::fill_n(context.out(), before, fill_);
+    if (sign != '\0') *out++ = sign;
+    if (zeros) out = std::fill_n(out, padding, '0');
+    out = std::copy(digits.begin(), digits.end(), out);
+    return zeros ? out : std::fill_n(out, padding - before, fill_);
+  }
+
+ private:
+  static constexpr int mostPlaces = 999;
+
+  /// The number at p, or -1 where there is none.
+  template <class Iterator>
+  static constexpr int number(Iterator& p, Iterator end) {
+    if (p == end || *p < '0' || *p > '9') return -1;
+    int n = 0;
+    for (; p != end && *p >= '0' && *p <= '9'; ++p) {
+      n = n * 10 + (*p - '0');
+      if (n > mostPlaces) throw fmt::format_error("width or precision of a decimal number above 999");
+    }
+    return n;
+  }
+
+  char fill_ = ' ', align_ = '\0', sign_ = '-';
+  bool zeros_ = false;
+  std::size_t width_ = 0;
+  int precision_ = -1;
+};

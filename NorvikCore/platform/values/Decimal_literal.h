@@ -1,0 +1,70 @@
+// NorvikCore/platform/values/Decimal_literal.h - decimal literals; Decimal.h includes it.
+//
+//   const Decimal amount = 1'234.50_dec, rate = 2E-1_dec;
+//
+// Made by the compiler, exactly: more than 38 digits, an exponent out of range, or anything but a decimal number
+// (0x10_dec) does not compile.
+#pragma once
+
+#include "NorvikCore/platform/values/Decimal.h"
+
+namespace norvik {
+namespace detail {
+
+struct DecimalAccess {
+  static constexpr Decimal make(UInt128 mantissa, int exponent, bool negative) noexcept {
+    return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,
+                   negative);
+  }
+  static constexpr UInt128 mantissa(const Decimal& d) noexcept { return static_cast<UInt128>(d.high_) << 64 | d.low_; }
+};
+
+// Reached only where a literal is wrong: a function that is not constexpr stops the compilation, and its name says why.
+inline void thisIsNoDecimalLiteral() {}
+inline void thisDecimalLiteralHasMoreThan38Digits() {}
+inline void thisDecimalLiteralHasAnExponentOutOfRange() {}
+
+consteval Decimal decimalLiteral(const char* text) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  UInt128 mantissa = 0;
+  int digits = 0, exponent = 0;
+  bool any = false, point = false;
+  for (; isDigit(*text) || *text == '\'' || *text == '.'; ++text) {
+    if (*text == '\'') continue;
+    if (*text == '.') {
+      if (point) thisIsNoDecimalLiteral();
+      point = true;
+      continue;
+    }
+    any = true;
+    mantissa = mantissa * 10 + static_cast<unsigned>(*text - '0');
+    if (mantissa != 0 && ++digits > Decimal::maximumDigits) thisDecimalLiteralHasMoreThan38Digits();
+    if (point) --exponent;
+  }
+  if (!any) thisIsNoDecimalLiteral();
+  if (*text == 'e' || *text == 'E') {
+    const bool negative = *++text == '-';
+    if (*text == '-' || *text == '+') ++text;
+    if (!isDigit(*text)) thisIsNoDecimalLiteral();
+    int written = 0;
+    for (; isDigit(*text) || *text == '\''; ++text) {
+      if (*text != '\'') written = written * 10 + (*text - '0');
+      if (written > 1000) thisDecimalLiteralHasAnExponentOutOfRange();
+    }
+    exponent += negative ? -written : written;
+  }
+  if (*text != '\0') thisIsNoDecimalLiteral();
+  if (exponent < Decimal::minimumExponent || exponent > Decimal::maximumExponent) {
+    thisDecimalLiteralHasAnExponentOutOfRange();
+  }
+  return DecimalAccess::make(mantissa, exponent, false);
+}
+
+}  // namespace detail
+
+inline namespace literals {
+
+[[nodiscard]] consteval Decimal operator""_dec(const char* text) { return detail::decimalLiteral(text); }
+
+}  // namespace literals
+}  // namespace norvik
