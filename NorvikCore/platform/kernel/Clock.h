@@ -1,0 +1,66 @@
+// NorvikCore/platform/kernel/Clock.h - what time it is: the wall clock, which may jump, and the monotonic clock, which
+// may not.
+//
+//   double now = kernel::wallSeconds();                    // seconds since 2001-01-01 00:00:00 UTC
+//   std::int64_t start = kernel::monotonicNanoseconds();
+//   ...
+//   std::int64_t spent = kernel::monotonicNanoseconds() - start;
+//
+// The functions always read the machine's clocks, whatever date a program mocks, without entering the kernel (20 to 30
+// ns), and are safe on any thread and in a signal handler. Code that must be tested across a jump of the clock takes a
+// ClockSource.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::kernel {
+
+/// 2001-01-01 00:00:00 UTC, where a Date counts from, in seconds since 1970-01-01 00:00:00 UTC.
+inline constexpr std::int64_t referenceDateInUnixSeconds = 978'307'200;
+
+/// The wall clock in nanoseconds since 1970-01-01 00:00:00 UTC; good until the year 2262.
+[[nodiscard]] NK_EXPORT std::int64_t wallNanoseconds() noexcept;
+
+/// The wall clock in seconds since 2001-01-01 00:00:00 UTC, negative before; about 0.1 microseconds fine.
+[[nodiscard]] NK_EXPORT double wallSeconds() noexcept;
+
+/// Nanoseconds since some moment in the past; never goes back and does not count the time the machine sleeps.
+[[nodiscard]] NK_EXPORT std::int64_t monotonicNanoseconds() noexcept;
+
+/// The two clocks as an object that a test can replace. Synchronised.
+class NK_EXPORT ClockSource {
+ public:
+  ClockSource() = default;
+  ClockSource(const ClockSource&) = delete;
+  ClockSource& operator=(const ClockSource&) = delete;
+  virtual ~ClockSource();
+
+  /// In the units of the functions of the same names.
+  [[nodiscard]] virtual std::int64_t wallNanoseconds() const noexcept = 0;
+  [[nodiscard]] virtual std::int64_t monotonicNanoseconds() const noexcept = 0;
+};
+
+/// The machine's clocks. Lives as long as the process.
+[[nodiscard]] NK_EXPORT const ClockSource& systemClock() noexcept;
+
+/// Clocks that stand still until they are moved: time passes on both, and only the wall clock jumps.
+class NK_EXPORT ManualClock final : public ClockSource {
+ public:
+  ManualClock(std::int64_t wall, std::int64_t monotonic) noexcept;
+  ~ManualClock() override;
+
+  [[nodiscard]] std::int64_t wallNanoseconds() const noexcept override;
+  [[nodiscard]] std::int64_t monotonicNanoseconds() const noexcept override;
+
+  void advance(std::int64_t nanoseconds) noexcept;
+  /// As when somebody sets the clock: `nanoseconds` may be negative; the monotonic clock stays.
+  void jumpWallClock(std::int64_t nanoseconds) noexcept;
+
+ private:
+  std::atomic<std::int64_t> wall_, monotonic_;
+};
+
+}  // namespace norvik::kernel

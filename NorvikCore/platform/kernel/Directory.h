@@ -1,0 +1,29 @@
+// NorvikCore/platform/kernel/Directory.h - folders: make, list, remove.
+//
+// Operations answer 0 or an error number (see SystemError.h). Any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <string>
+#include <vector>
+
+namespace norvik::kernel {
+
+/// Makes a folder and the missing ones above it. One that is there, also by a link, or that somebody else makes
+/// meanwhile is success. When it fails, `*failedPath` (if given) is the folder that could not be made; those above it
+/// stay.
+[[nodiscard]] NK_EXPORT int createDirectories(const std::string& path, unsigned mode = 0777,
+                                              std::string* failedPath = nullptr);
+
+/// The names of the entries, in the order of the file system, without "." and "..".
+[[nodiscard]] NK_EXPORT int listDirectory(const std::string& path, std::vector<std::string>& names);
+
+/// Removes a file, a link (not what it points to), or a folder with all that is in it, and the attributes of the thing
+/// itself. Stops at the first thing that cannot be removed, and `*failedPath` (if given) is that.
+[[nodiscard]] NK_EXPORT int removeTree(const std::string& path, std::string* failedPath = nullptr);
+
+/// A new folder in the temporary folder, named `prefix` and six random characters, which only this user may enter.
+[[nodiscard]] NK_EXPORT int makeTemporaryDirectory(const std::string& prefix, std::string& path);
+
+}  // namespace norvik::kernel

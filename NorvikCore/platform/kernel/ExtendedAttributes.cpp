@@ -1,0 +1,139 @@
+#include "NorvikCore/platform/kernel/ExtendedAttributes.h"
+
+#include "NorvikCore/platform/kernel/internal/SideFiles.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+
+namespace norvik::kernel {
+namespace {
+
+constexpr std::string_view prefix = "user.";
+// The creation time that FileStatus keeps on file systems without birth times: a matter between the two of us.
+constexpr std::string_view ownPrefix = "norvik.";
+
+std::atomic<int> disabled{0};
+
+std::string kernelName(std::string_view name) { return std::string(prefix).append(name); }
+
+bool meansNoSupport(int error) noexcept { return error == ENOTSUP || error == ENOSYS; }
+
+int translated(int error) noexcept { return error == ENODATA ? attributeAbsent : error; }
+
+// Calls `native` where the file system may have attributes, else, or when it turns out to have none, `side` with the
+// path of the file behind all links. `native` gives what the system call gives; a text of -1 and errno for failure.
+template <class Native, class Side>
+int withFallback(const std::string& path, const Native& native, const Side& side) {
+  if (disabled.load(std::memory_order_relaxed) == 0) {
+    if (native() >= 0) return 0;
+    if (!meansNoSupport(errno)) return translated(errno);
+  }
+  char* resolved = realpath(path.c_str(), nullptr);
+  if (!resolved) return errno;
+  const std::string file = resolved;
+  free(resolved);
+  return side(file);
+}
+
+// Reads a text whose length is known only by asking: again, where it grew between question and answer.
+template <class Call>
+ssize_t readGrowing(std::string& text, const Call& call) {
+  for (;;) {
+    const ssize_t needed = call(nullptr, std::size_t{0});
+    if (needed <= 0) {
+      text.clear();
+      return needed;
+    }
+    text.resize(static_cast<std::size_t>(needed));
+    const ssize_t length = call(text.data(), text.size());
+    if (length >= 0) text.resize(static_cast<std::size_t>(length));
+    if (length >= 0 || errno != ERANGE) return length;
+  }
+}
+
+// Whether the attributes of this very entry (no link is followed) would be side files.
+bool usesSideFiles(const std::string& path) {
+  if (disabled.load(std::memory_order_relaxed) != 0) return true;
+  return lgetxattr(path.c_str(), "user.norvik.probe", nullptr, 0) < 0 && meansNoSupport(errno);
+}
+
+}  // namespace
+
+int getAttribute(const std::string& path, std::string_view name, std::string& value) {
+  const std::string full = kernelName(name);
+  std::string found;
+  const int error = withFallback(
+      path,
+      [&] {
+        return readGrowing(
+            found, [&](char* buffer, std::size_t size) { return getxattr(path.c_str(), full.c_str(), buffer, size); });
+      },
+      [&](const std::string& file) { return detail::getSideFile(file, name, found); });
+  if (error == 0) value = std::move(found);
+  return error;
+}
+
+bool hasAttribute(const std::string& path, std::string_view name) {
+  std::string value;
+  return getAttribute(path, name, value) == 0;
+}
+
+int setAttribute(const std::string& path, std::string_view name, std::string_view value) {
+  const std::string full = kernelName(name);
+  return withFallback(
+      path, [&] { return setxattr(path.c_str(), full.c_str(), value.data(), value.size(), 0); },
+      [&](const std::string& file) { return detail::setSideFile(file, name, value); });
+}
+
+int removeAttribute(const std::string& path, std::string_view name) {
+  const std::string full = kernelName(name);
+  return withFallback(
+      path, [&] { return removexattr(path.c_str(), full.c_str()); },
+      [&](const std::string& file) { return detail::removeSideFile(file, name); });
+}
+
+int listAttributes(const std::string& path, std::vector<std::string>& names) {
+  names.clear();
+  std::string list;
+  // A file system without attributes may answer the question with an empty list, or with those that are not ours: a
+  // look at one attribute tells.
+  const int error = withFallback(
+      path,
+      [&]() -> ssize_t {
+        if (getxattr(path.c_str(), "user.norvik.probe", nullptr, 0) < 0 && errno != ENODATA) return -1;
+        return readGrowing(list, [&](char* buffer, std::size_t size) { return listxattr(path.c_str(), buffer, size); });
+      },
+      [&](const std::string& file) { return detail::listSideFiles(file, names); });
+  for (std::size_t at = 0; at < list.size();) {
+    const std::string_view name(list.data() + at);
+    if (name.starts_with(prefix)) names.emplace_back(name.substr(prefix.size()));
+    at += name.size() + 1;
+  }
+  std::erase_if(names, [](const std::string& name) { return name.starts_with(ownPrefix); });
+  std::sort(names.begin(), names.end());
+  return error;
+}
+
+int renameWithAttributes(const std::string& from, const std::string& to) {
+  const bool sideFiles = usesSideFiles(from);
+  if (rename(from.c_str(), to.c_str()) != 0) return errno;
+  return sideFiles && from != to ? detail::moveSideFiles(from, to) : 0;
+}
+
+int removeWithAttributes(const std::string& path) {
+  const bool sideFiles = usesSideFiles(path);
+  if (remove(path.c_str()) != 0) return errno;
+  return sideFiles ? detail::removeSideFiles(path) : 0;
+}
+
+WithoutExtendedAttributes::WithoutExtendedAttributes() noexcept { ++disabled; }
+WithoutExtendedAttributes::~WithoutExtendedAttributes() { --disabled; }
+
+}  // namespace norvik::kernel

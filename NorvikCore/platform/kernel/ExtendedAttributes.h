@@ -1,0 +1,63 @@
+// NorvikCore/platform/kernel/ExtendedAttributes.h - named marks on files, beside their content.
+//
+//   kernel::setAttribute(path, "payroll.locked", "");
+//   std::string value;
+//   kernel::getAttribute(path, "payroll.locked", value);      // 0: there, and empty
+//   kernel::getAttribute(path, "payroll.sealed", value);      // attributeAbsent
+//   kernel::renameWithAttributes(path, newPath);              // the mark goes along
+//
+// An attribute "x" is the kernel's extended attribute "user.x". On a file system that has none (ramfs, some network
+// disks) each attribute is a side file in the same folder instead: attribute "payroll.locked" of "pay.csv" is the
+// content of
+// ".pay.csv.attr-payroll.locked" (in the attribute's name '%' is written %25, '/' %2F, and ".attr-" .attr%2D, so that
+// names stay apart). A side file does not follow a file that is renamed or removed by other means than the two
+// operations at the end of this header, and one that stays behind would mark the next file of that name.
+//
+// Paths are followed through symbolic links, except by those two. Operations answer 0 or an error number (see
+// SystemError.h). Any thread; two that change the same attribute leave one of the two values whole.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/SystemError.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace norvik::kernel {
+
+/// attributeAbsent where the file has no attribute of that name; ENOENT where there is no file. `value` is set on
+/// success only.
+[[nodiscard]] NK_EXPORT int getAttribute(const std::string& path, std::string_view name, std::string& value);
+
+/// True where getAttribute() would succeed; any failure counts as no.
+[[nodiscard]] NK_EXPORT bool hasAttribute(const std::string& path, std::string_view name);
+
+/// Adds or replaces. File systems limit names (to about 250 bytes) and values (to some kilobytes): ERANGE,
+/// ENAMETOOLONG, ENOSPC or E2BIG beyond that.
+[[nodiscard]] NK_EXPORT int setAttribute(const std::string& path, std::string_view name, std::string_view value);
+
+/// attributeAbsent where there is nothing to remove.
+[[nodiscard]] NK_EXPORT int removeAttribute(const std::string& path, std::string_view name);
+
+/// The attributes' names in alphabetical order. Those outside "user." are not ours and are left out.
+[[nodiscard]] NK_EXPORT int listAttributes(const std::string& path, std::vector<std::string>& names);
+
+/// rename(2) of a file or folder, with its attributes: a file that stood at `to` is replaced, its attributes too. The
+/// error is that of the file's renaming, else the first of a side file's; then the file has its new name without some
+/// attribute.
+[[nodiscard]] NK_EXPORT int renameWithAttributes(const std::string& from, const std::string& to);
+
+/// Removes a file or an empty folder, with its attributes.
+[[nodiscard]] NK_EXPORT int removeWithAttributes(const std::string& path);
+
+/// Makes every file system look like one without extended attributes while one of these lives; for tests.
+class NK_EXPORT WithoutExtendedAttributes {
+ public:
+  WithoutExtendedAttributes() noexcept;
+  ~WithoutExtendedAttributes();
+  WithoutExtendedAttributes(const WithoutExtendedAttributes&) = delete;
+  WithoutExtendedAttributes& operator=(const WithoutExtendedAttributes&) = delete;
+};
+
+}  // namespace norvik::kernel

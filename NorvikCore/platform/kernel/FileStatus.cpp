@@ -1,0 +1,101 @@
+#include "NorvikCore/platform/kernel/FileStatus.h"
+
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/ExtendedAttributes.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <optional>
+
+namespace norvik::kernel {
+namespace {
+
+constexpr std::string_view creationAttribute = "norvik.created";
+
+std::atomic<int> birthTimesHidden{0};
+
+std::int64_t nanoseconds(const statx_timestamp& time) noexcept {
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+FileKind kindOf(unsigned mode) noexcept {
+  switch (mode & S_IFMT) {
+    case S_IFREG:
+      return FileKind::regular;
+    case S_IFDIR:
+      return FileKind::directory;
+    case S_IFLNK:
+      return FileKind::symbolicLink;
+    case S_IFCHR:
+      return FileKind::characterDevice;
+    case S_IFBLK:
+      return FileKind::blockDevice;
+    case S_IFIFO:
+      return FileKind::pipe;
+    case S_IFSOCK:
+      return FileKind::socket;
+    default:
+      return FileKind::unknown;
+  }
+}
+
+int read(int folder, const char* path, int flags, FileStatus& status) noexcept {
+  struct statx raw {};
+  if (statx(folder, path, flags, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0) return errno;
+  status.kind = kindOf(raw.stx_mode);
+  status.size = raw.stx_size;
+  status.permissions = raw.stx_mode & 07777U;
+  status.owner = raw.stx_uid;
+  status.group = raw.stx_gid;
+  status.device = makedev(raw.stx_dev_major, raw.stx_dev_minor);
+  status.inode = raw.stx_ino;
+  status.links = raw.stx_nlink;
+  status.modification = nanoseconds(raw.stx_mtime);
+  // Some file systems report the birth time as known and leave it at 0.
+  status.hasBirthTime = (raw.stx_mask & STATX_BTIME) != 0 && raw.stx_btime.tv_sec != 0 && birthTimesHidden.load() == 0;
+  status.creation = status.hasBirthTime ? nanoseconds(raw.stx_btime)
+                                        : std::min(nanoseconds(raw.stx_mtime), nanoseconds(raw.stx_ctime));
+  return 0;
+}
+
+std::optional<std::int64_t> keptCreation(const std::string& path) {
+  std::string text;
+  if (getAttribute(path, creationAttribute, text) != 0) return std::nullopt;
+  std::int64_t time = 0;
+  const char* const end = text.data() + text.size();
+  const auto [next, error] = std::from_chars(text.data(), end, time);
+  if (error != std::errc() || next != end) return std::nullopt;
+  return time;
+}
+
+}  // namespace
+
+int readFileStatus(const std::string& path, FileStatus& status, Links links) {
+  FileStatus found;
+  const int flags = links == Links::stay ? AT_SYMLINK_NOFOLLOW : 0;
+  if (const int error = read(AT_FDCWD, path.c_str(), flags, found)) return error;
+  if (!found.hasBirthTime && found.kind != FileKind::symbolicLink) {
+    if (const auto kept = keptCreation(path)) found.creation = *kept;
+  }
+  status = found;
+  return 0;
+}
+
+int readFileStatus(int descriptor, FileStatus& status) { return read(descriptor, "", AT_EMPTY_PATH, status); }
+
+int noteCreation(const std::string& path) {
+  FileStatus status;
+  if (const int error = read(AT_FDCWD, path.c_str(), 0, status)) return error;
+  return status.hasBirthTime ? 0 : setAttribute(path, creationAttribute, std::to_string(wallNanoseconds()));
+}
+
+WithoutBirthTimes::WithoutBirthTimes() noexcept { ++birthTimesHidden; }
+WithoutBirthTimes::~WithoutBirthTimes() { --birthTimesHidden; }
+
+}  // namespace norvik::kernel

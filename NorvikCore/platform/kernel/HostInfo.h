@@ -1,0 +1,58 @@
+// NorvikCore/platform/kernel/HostInfo.h - the machine, its system and this process.
+//
+// Safe on any thread. The texts are read once and kept for the life of the process.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace norvik::kernel {
+
+/// How many processors the machine is configured with, whether or not they are running or this process may use
+/// them; at least 1, also where the system reports none. Some microseconds.
+[[nodiscard]] NK_EXPORT std::uint32_t processorCount() noexcept;
+
+/// Makes processorCount() believe that the system reports `reported` processors, for as long as this object lives; a
+/// test of the single-processor path uses it. The latest one made counts. Synchronised; nested ones end in reverse
+/// order.
+class NK_EXPORT ProcessorCountOverride {
+ public:
+  explicit ProcessorCountOverride(std::int32_t reported) noexcept;
+  ~ProcessorCountOverride();
+  ProcessorCountOverride(const ProcessorCountOverride&) = delete;
+  ProcessorCountOverride& operator=(const ProcessorCountOverride&) = delete;
+
+ private:
+  std::int64_t before_;
+};
+
+/// The process id, asked of the kernel each time, so that it is right in a forked child.
+[[nodiscard]] NK_EXPORT std::int32_t processId() noexcept;
+
+/// The last part of the path the program was started by.
+[[nodiscard]] NK_EXPORT const std::string& processName();
+
+/// A version in up to three numbers; missing ones are 0.
+struct SystemVersion {
+  std::uint64_t major = 0, minor = 0, patch = 0;
+  bool operator==(const SystemVersion&) const = default;
+};
+
+/// The numbers at the beginning of `text`, separated by dots: "10.15.7", "12", "6.1.0-18-amd64". Nothing where it
+/// does not begin with a number or a number needs more than 64 bits.
+[[nodiscard]] NK_EXPORT std::optional<SystemVersion> parseSystemVersion(std::string_view text) noexcept;
+
+/// The distribution's version (VERSION_ID of os-release), or the kernel's where the distribution gives none.
+[[nodiscard]] NK_EXPORT SystemVersion operatingSystemVersion();
+
+/// For people: "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64".
+[[nodiscard]] NK_EXPORT const std::string& operatingSystemVersionString();
+
+/// The machine's model as its firmware gives it; empty where it gives none, as many virtual machines.
+[[nodiscard]] NK_EXPORT const std::string& hardwareModel();
+
+}  // namespace norvik::kernel

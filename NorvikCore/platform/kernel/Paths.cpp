@@ -1,0 +1,127 @@
+#include "NorvikCore/platform/kernel/Paths.h"
+
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
+
+#include <errno.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+namespace norvik::kernel {
+namespace {
+
+std::string withoutSlashAtEnd(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+// Empty where the variable is not set to an absolute path.
+std::string fromEnvironment(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value == '/' ? withoutSlashAtEnd(value) : "";
+}
+
+std::string inHome(std::string_view name) {
+  std::string home = homeDirectory();
+  if (home != "/") home += '/';
+  return home.append(name);
+}
+
+std::string environmentOrHome(const char* variable, std::string_view name) {
+  std::string path = fromEnvironment(variable);
+  return path.empty() ? inHome(name) : path;
+}
+
+// Asks the account database by `ask(entry, buffer, size, &found)`; empty where there is no such account.
+template <class Ask>
+std::string homeOfAccount(const Ask& ask) {
+  std::vector<char> buffer(1024);
+  for (;;) {
+    passwd entry{};
+    passwd* found = nullptr;
+    const int error = ask(&entry, buffer.data(), buffer.size(), &found);
+    if (error == EINTR) continue;
+    if (error != ERANGE) return found && found->pw_dir && *found->pw_dir ? withoutSlashAtEnd(found->pw_dir) : "";
+    buffer.resize(buffer.size() * 2);
+  }
+}
+
+// user-dirs.dirs: lines such as XDG_DOCUMENTS_DIR="$HOME/Papers" or ="/data/papers", with a backslash before special
+// characters; the last line for a name counts.
+std::string fromUserDirectories(std::string_view name) {
+  std::string text;
+  if (readFile(configurationDirectory() + "/user-dirs.dirs", text) != 0) return "";
+  std::string answer;
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+    line.remove_prefix(std::min(line.size(), line.find_first_not_of(" \t")));
+    if (!line.starts_with(name)) continue;
+    line.remove_prefix(name.size());
+    if (!line.starts_with("=\"")) continue;
+    line.remove_prefix(2);
+    std::string value;
+    for (std::size_t i = 0; i < line.size() && line[i] != '"'; ++i) {
+      if (line[i] == '\\' && i + 1 < line.size()) ++i;
+      value += line[i];
+    }
+    if (value.starts_with("$HOME/")) {
+      answer = withoutSlashAtEnd(inHome(std::string_view(value).substr(6)));
+    } else if (value.starts_with('/')) {
+      answer = withoutSlashAtEnd(value);
+    }
+  }
+  return answer;
+}
+
+std::string userDirectory(std::string_view variable, std::string_view usual) {
+  std::string path = fromUserDirectories(variable);
+  return path.empty() ? inHome(usual) : path;
+}
+
+}  // namespace
+
+std::string homeDirectory() {
+  std::string home = fromEnvironment("HOME");
+  if (home.empty()) {
+    home = homeOfAccount([](passwd* entry, char* buffer, std::size_t size, passwd** found) {
+      return getpwuid_r(geteuid(), entry, buffer, size, found);
+    });
+  }
+  return home.empty() ? "/" : home;
+}
+
+std::string homeDirectoryOfUser(const std::string& name) {
+  return homeOfAccount([&](passwd* entry, char* buffer, std::size_t size, passwd** found) {
+    return getpwnam_r(name.c_str(), entry, buffer, size, found);
+  });
+}
+
+std::string libraryDirectory() { return environmentOrHome("XDG_DATA_HOME", ".local/share"); }
+std::string configurationDirectory() { return environmentOrHome("XDG_CONFIG_HOME", ".config"); }
+std::string cachesDirectory() { return environmentOrHome("XDG_CACHE_HOME", ".cache"); }
+std::string stateDirectory() { return environmentOrHome("XDG_STATE_HOME", ".local/state"); }
+std::string documentsDirectory() { return userDirectory("XDG_DOCUMENTS_DIR", "Documents"); }
+std::string downloadsDirectory() { return userDirectory("XDG_DOWNLOAD_DIR", "Downloads"); }
+std::string desktopDirectory() { return userDirectory("XDG_DESKTOP_DIR", "Desktop"); }
+
+std::string temporaryDirectory() {
+  std::string path = fromEnvironment("TMPDIR");
+  return path.empty() ? "/tmp" : path;
+}
+
+std::string expandTilde(std::string_view path) {
+  if (!path.starts_with('~')) return std::string(path);
+  const std::string_view name = path.substr(1, path.find('/') == path.npos ? path.npos : path.find('/') - 1);
+  const std::string_view rest = path.substr(1 + name.size());
+  std::string home = name.empty() ? homeDirectory() : homeDirectoryOfUser(std::string(name));
+  if (home.empty()) return std::string(path);
+  if (home == "/" && !rest.empty()) return std::string(rest);
+  return home.append(rest);
+}
+
+}  // namespace norvik::kernel

@@ -1,0 +1,138 @@
+#include "NorvikCore/platform/kernel/SystemLog.h"
+
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <mutex>
+
+namespace norvik::kernel {
+
+struct SystemLogCapture::State {
+  std::vector<std::string> lines;
+  std::condition_variable changed;
+};
+
+namespace {
+
+// The captures that live, the latest last.
+struct Captures {
+  std::atomic<int> count{0};
+  std::mutex mutex;
+  std::vector<SystemLogCapture*> stack;
+};
+
+Captures& captures() {
+  static auto& all = *new Captures;
+  return all;
+}
+
+using Head = std::array<char, 384>;
+
+// The time by integer arithmetic: the C library's calendar functions take a lock, which a forked child may find taken
+// for ever.
+std::size_t writeHead(Head& head) noexcept {
+  using namespace std::chrono;
+  const std::int64_t now = wallNanoseconds() / 1'000'000;
+  const sys_days day = floor<days>(sys_time<milliseconds>(milliseconds(now)));
+  const year_month_day date(day);
+  const hh_mm_ss time(sys_time<milliseconds>(milliseconds(now)) - day);
+  const int length = std::snprintf(
+      head.data(), head.size(), "%04d-%02u-%02u %02d:%02d:%02d.%03d+0000 %.255s[%d:%u] ", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
+      static_cast<int>(time.subseconds().count()), processName().c_str(), processId(), currentThreadId());
+  return length > 0 ? std::min(static_cast<std::size_t>(length), head.size() - 1) : 0;
+}
+
+// True when standard error takes more within the second that all waiting for one line may last.
+bool awaitStandardError(std::int64_t deadline) noexcept {
+  const std::int64_t left = (deadline - monotonicNanoseconds()) / 1'000'000;
+  if (left <= 0) return false;
+  pollfd wait{STDERR_FILENO, POLLOUT, 0};
+  const int ready = poll(&wait, 1, static_cast<int>(left));
+  return ready > 0 || (ready < 0 && errno == EINTR);
+}
+
+void writeToStandardError(std::string_view text) noexcept {
+  Head head;
+  iovec parts[] = {
+      {head.data(), writeHead(head)},
+      {const_cast<char*>(text.data()), text.size()},  // NOLINT(cppcoreguidelines-pro-type-const-cast): iovec
+      {const_cast<char*>("\n"), text.ends_with('\n') ? 0U : 1U}};
+  const std::int64_t deadline = monotonicNanoseconds() + 1'000'000'000;
+  WriteSignalGuard guard;
+  for (std::size_t part = 0; part < std::size(parts);) {
+    ssize_t count = writev(STDERR_FILENO, parts + part, static_cast<int>(std::size(parts) - part));
+    if (count < 0) {
+      if (errno == EINTR || (errno == EAGAIN && awaitStandardError(deadline))) continue;
+      guard.failed(errno);
+      return;
+    }
+    auto done = static_cast<std::size_t>(count);
+    for (; part < std::size(parts) && done >= parts[part].iov_len; ++part) done -= parts[part].iov_len;
+    if (part < std::size(parts)) {
+      parts[part].iov_base = static_cast<char*>(parts[part].iov_base) + done;
+      parts[part].iov_len -= done;
+    }
+  }
+}
+
+}  // namespace
+
+void writeSystemLog(std::string_view text) noexcept {
+  const int savedErrno = errno;
+  bool captured = false;
+  if (captures().count.load(std::memory_order_acquire) > 0) [[unlikely]] {
+    captured = SystemLogCapture::take(text);
+  }
+  if (!captured) writeToStandardError(text);
+  errno = savedErrno;
+}
+
+SystemLogCapture::SystemLogCapture() : state_(std::make_unique<State>()) {
+  const std::lock_guard lock(captures().mutex);
+  captures().stack.push_back(this);
+  ++captures().count;
+}
+
+SystemLogCapture::~SystemLogCapture() {
+  const std::lock_guard lock(captures().mutex);
+  std::erase(captures().stack, this);
+  --captures().count;
+}
+
+bool SystemLogCapture::take(std::string_view text) {
+  const std::lock_guard lock(captures().mutex);
+  if (captures().stack.empty()) return false;
+  State& state = *captures().stack.back()->state_;
+  if (text.ends_with('\n')) text.remove_suffix(1);
+  state.lines.emplace_back(text);
+  state.changed.notify_all();
+  return true;
+}
+
+std::vector<std::string> SystemLogCapture::lines() const {
+  const std::lock_guard lock(captures().mutex);
+  return state_->lines;
+}
+
+bool SystemLogCapture::waitForLines(std::size_t count, double seconds) const {
+  std::unique_lock lock(captures().mutex);
+  return state_->changed.wait_for(lock, std::chrono::duration<double>(seconds),
+                                  [&] { return state_->lines.size() >= count; });
+}
+
+}  // namespace norvik::kernel

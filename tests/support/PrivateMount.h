@@ -1,0 +1,66 @@
+// tests/support/PrivateMount.h - a file system of a test's own, which no other process sees.
+//
+// It needs the right to mount: root's, or that of an unprivileged user in a user namespace of its own. Where neither is
+// allowed mounted() is false, and the test must say what it then leaves out.
+#pragma once
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/support/TemporaryFolder.h"
+
+namespace norvik::test {
+
+class PrivateMount {
+ public:
+  /// Such as ("ramfs") or ("tmpfs", "size=64k").
+  explicit PrivateMount(const char* type, const char* options = "") {
+    mounted_ = enterNamespace() && mount("none", folder_.path().c_str(), type, 0, options) == 0;
+  }
+  PrivateMount(const PrivateMount&) = delete;
+  PrivateMount& operator=(const PrivateMount&) = delete;
+  ~PrivateMount() {
+    if (mounted_) umount2(folder_.path().c_str(), MNT_DETACH);
+  }
+
+  [[nodiscard]] bool mounted() const { return mounted_; }
+  [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
+
+  /// False where that is not allowed.
+  [[nodiscard]] bool makeReadOnly() const {
+    return mount("none", folder_.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+  }
+
+ private:
+  // Once per process, for all its mounts.
+  static bool enterNamespace() {
+    static const bool entered = [] {
+      const uid_t user = getuid();
+      const gid_t group = getgid();
+      if (unshare(CLONE_NEWNS) != 0) {
+        if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+        put("/proc/self/setgroups", "deny");
+        put("/proc/self/uid_map", std::to_string(user) + " " + std::to_string(user) + " 1");
+        put("/proc/self/gid_map", std::to_string(group) + " " + std::to_string(group) + " 1");
+      }
+      return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    }();
+    return entered;
+  }
+
+  static void put(const char* path, const std::string& text) {
+    const int file = open(path, O_WRONLY | O_CLOEXEC);
+    if (file < 0) return;
+    [[maybe_unused]] const ssize_t written = ::write(file, text.data(), text.size());
+    close(file);
+  }
+
+  TemporaryFolder folder_;
+  bool mounted_ = false;
+};
+
+}  // namespace norvik::test
