@@ -140,6 +140,11 @@ const detail::StringIndex* NSString::index() const {
   return index;
 }
 
+const detail::StringIndex* detail::stringIndexOf(const NSString& text) {
+  const bool isCounted = (text.bits_ & NSString::countedBit) != 0;
+  return isCounted ? text.storage()->index.load(std::memory_order_acquire) : nullptr;
+}
+
 detail::StringPlace NSString::place(std::size_t unit) const {
   if (isAscii()) return {unit, false};
   const detail::StringIndex* const known = index();

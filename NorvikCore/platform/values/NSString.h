@@ -12,9 +12,9 @@
 // Bytes that are not UTF-8 (in file names, say) have a form too: each such byte 0x80 to 0xFF becomes the lone half
 // U+DC80 to U+DCFF, which `bytes()` turns back, so `fromBytes(x).bytes()` is `x` whatever `x` holds.
 //
-// Copies share one counted storage. Text made where a constant is made (`constexpr NSString x = "..."`, or a constant
-// at namespace scope) and `"..."_ns` is borrowed from the literal: no storage, nothing to release, and a constant that
-// is constexpr is never destroyed. A literal that is not UTF-8 does not compile there.
+// Copies share one counted storage. `"..."_ns` and a constant (`constexpr NSString x = "..."`) borrow their literal: no
+// storage, nothing to release, and a literal that is not UTF-8 does not compile; a constexpr text is never destroyed.
+// Elsewhere a literal is copied, as any `const char*` is.
 //
 // Comparison is literal, unit by unit, in the order of the units' numbers; a composed letter and its decomposed form
 // differ. Indexing takes constant time on ASCII; on longer other text the first use of an index makes a table in linear
@@ -60,6 +60,7 @@ namespace detail {
 
 class StringIndex;
 struct StringPlace;
+const StringIndex* stringIndexOf(const NSString& text);
 
 /// What stands before the bytes of a counted text, in the same allocation.
 struct StringStorage {
@@ -215,7 +216,7 @@ class NK_EXPORT NSString {
 
  private:
   friend class NSMutableString;
-  friend constexpr NSString operator""_ns(const char* text, std::size_t size);
+  friend const detail::StringIndex* detail::stringIndexOf(const NSString& text);
   static constexpr std::size_t countedBit = 1, asciiBit = 2, halvesBit = 4;
   static constexpr int sizeShift = 3;
 
@@ -313,10 +314,8 @@ constexpr NSString::NSString(const char* text) {
 }
 
 /// Borrows the literal, NULs in it included.
-[[nodiscard]] constexpr NSString operator""_ns(const char* text, std::size_t size) {
-  const std::string_view view(text, size);
-  if (utf8::isAscii(view)) return NSString(text, size, NSString::asciiBit);
-  return utf8::isValid(view) ? NSString(text, size, 0) : NSString(view);
+[[nodiscard]] consteval NSString operator""_ns(const char* text, std::size_t size) {
+  return NSString(std::string_view(text, size));
 }
 
 }  // namespace norvik

@@ -7,6 +7,10 @@
 #include <string_view>
 #include <vector>
 
+namespace norvik {
+class NSString;
+}
+
 namespace norvik::detail {
 
 /// The character that holds a unit, and whether the unit is its second half. The end of the text is a place too.
@@ -41,6 +45,9 @@ class NK_EXPORT StringIndex {
 };
 
 /// The index of text that is never freed; made on first use, kept until the process ends.
-[[nodiscard]] const StringIndex& permanentIndex(std::string_view text);
+[[nodiscard]] NK_EXPORT const StringIndex& permanentIndex(std::string_view text);
+
+/// The index a counted text has made so far; null where none was needed yet.
+[[nodiscard]] NK_EXPORT const StringIndex* stringIndexOf(const NSString& text);
 
 }  // namespace norvik::detail
