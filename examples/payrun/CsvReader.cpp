@@ -1,0 +1,69 @@
+#include "CsvReader.h"
+
+namespace payrun {
+
+bool CsvReader::atLineEnd() const {
+  return position_ == text_.size() || text_[position_] == '\n' || text_.substr(position_).starts_with("\r\n");
+}
+
+bool CsvReader::next() {
+  fields_.clear();
+  unquoted_.clear();
+  while (position_ < text_.size() && atLineEnd()) position_ += text_[position_] == '\r' ? 2U : 1U;
+  if (position_ == text_.size()) return false;
+
+  recordBegin_ = position_;
+  readField();
+  while (!atLineEnd()) {
+    ++position_;  // the comma, at which every field ends that is not the last
+    readField();
+  }
+  recordEnd_ = position_;
+  if (position_ < text_.size()) position_ += text_[position_] == '\r' ? 2U : 1U;
+  return true;
+}
+
+CsvField CsvReader::record() const { return {text_.substr(recordBegin_, recordEnd_ - recordBegin_), recordBegin_}; }
+
+void CsvReader::readField() {
+  if (position_ < text_.size() && text_[position_] == '"') return readQuotedField();
+  const std::size_t begin = position_;
+  while (position_ < text_.size() && text_[position_] != ',' && !atLineEnd()) {
+    if (text_[position_] == '"') {
+      file_.refuse(begin, quoted(text_.substr(begin, position_ + 1 - begin)) +
+                              " has a quotation mark inside a field that does not begin with one");
+    }
+    ++position_;
+  }
+  fields_.push_back({text_.substr(begin, position_ - begin), begin});
+}
+
+void CsvReader::readQuotedField() {
+  const std::size_t begin = position_++;
+  std::string* unquoted = nullptr;  // only made for a field with doubled quotation marks
+  std::size_t from = position_;
+  while (true) {
+    const std::size_t quote = text_.find('"', position_);
+    if (quote == std::string_view::npos) {
+      const std::size_t line = text_.find('\n', begin);
+      file_.refuse(begin, quoted(text_.substr(begin, line == std::string_view::npos ? line : line - begin)) +
+                              " has a quotation mark that is never closed");
+    }
+    position_ = quote + 1;
+    if (position_ < text_.size() && text_[position_] == '"') {
+      if (unquoted == nullptr) unquoted = &unquoted_.emplace_back();
+      unquoted->append(text_.substr(from, position_ - from));
+      from = ++position_;
+      continue;
+    }
+    if (unquoted != nullptr) unquoted->append(text_.substr(from, quote - from));
+    fields_.push_back({unquoted != nullptr ? std::string_view(*unquoted) : text_.substr(from, quote - from), begin});
+    break;
+  }
+  if (!atLineEnd() && text_[position_] != ',') {
+    file_.refuse(begin,
+                 quoted(text_.substr(begin, position_ + 1 - begin)) + " goes on after its closing quotation mark");
+  }
+}
+
+}  // namespace payrun

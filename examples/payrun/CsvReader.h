@@ -1,0 +1,54 @@
+// examples/payrun/CsvReader.h - records of a CSV file as RFC 4180 has them, with the place of every field.
+//
+//   TextFile file("employees.csv");
+//   for (CsvReader records(file); records.next();) use(records[0].text, records[1].text);
+//
+// Lines end in LF or CRLF; a quoted field may hold commas, line ends and doubled quotation marks; lines that are wholly
+// empty are passed over. A quotation mark anywhere else, or one that is never closed, is refused.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TextFile.h"
+
+namespace payrun {
+
+/// A field without its quotes, and the offset in the file of its first character (the opening quote of a quoted one).
+struct CsvField {
+  std::string_view text;
+  std::size_t offset = 0;
+};
+
+class CsvReader {
+ public:
+  /// The file must outlive the reader.
+  explicit CsvReader(const TextFile& file) : file_(file), text_(file.text()) {}
+
+  /// Reads the next record; false at the end. Fields are valid until the next call. Throws InputError.
+  bool next();
+
+  [[nodiscard]] std::size_t size() const { return fields_.size(); }
+  [[nodiscard]] const CsvField& operator[](std::size_t index) const { return fields_[index]; }
+  /// The record as it stands in the file, without its line end.
+  [[nodiscard]] CsvField record() const;
+  /// How many bytes have been read.
+  [[nodiscard]] std::size_t position() const { return position_; }
+  [[nodiscard]] const TextFile& file() const { return file_; }
+
+ private:
+  void readField();
+  void readQuotedField();
+  [[nodiscard]] bool atLineEnd() const;
+
+  const TextFile& file_;
+  std::string_view text_;
+  std::size_t position_ = 0, recordBegin_ = 0, recordEnd_ = 0;
+  std::vector<CsvField> fields_;
+  std::deque<std::string> unquoted_;  // texts of this record's fields with doubled quotation marks
+};
+
+}  // namespace payrun

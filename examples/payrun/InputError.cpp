@@ -1,0 +1,34 @@
+#include "InputError.h"
+
+#include "NorvikCore/platform/values/Utf8.h"
+
+namespace payrun {
+
+InputError::InputError(const std::string& file, Place place, const std::string& problem)
+    : std::runtime_error(file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column) + ": " +
+                         problem) {}
+
+std::string quoted(std::string_view text) {
+  constexpr std::size_t longest = 60;
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string result = "\"";
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size(); ++characters) {
+    if (characters == longest) {
+      result += "...";
+      break;
+    }
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const std::size_t length = norvik::utf8::validSequence(text.substr(i));
+    if (length == 0 || byte < 0x20 || byte == 0x7F) {
+      result += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+      ++i;
+    } else {
+      result += text.substr(i, length);
+      i += length;
+    }
+  }
+  return result + "\"";
+}
+
+}  // namespace payrun
