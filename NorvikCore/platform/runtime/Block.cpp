@@ -1,0 +1,7 @@
+#include "NorvikCore/platform/runtime/Block.h"
+
+namespace norvik {
+
+NSBlock::~NSBlock() = default;
+
+}  // namespace norvik

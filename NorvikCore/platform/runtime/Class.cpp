@@ -1,0 +1,152 @@
+#include "NorvikCore/platform/runtime/Class.h"
+
+#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+#include <ostream>
+
+namespace norvik {
+namespace detail {
+
+struct ClassRegistry {
+  static ClassRegistry& shared() {
+    static auto& registry = *new ClassRegistry;
+    return registry;
+  }
+
+  const Class* find(const NSString& name) NK_EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const auto found = byName.find(name);
+    return found == byName.end() ? nullptr : found->second;
+  }
+
+  /// Completes the class outside the lock, since describing it may touch other classes.
+  static Class* build(const ClassStatement& statement) {
+    auto* made = new Class;
+    made->name_ = NSString(statement.name);
+    made->superclass_ = statement.superclass;
+    made->makeObject_ = statement.makeObject;
+    ClassBuilder builder(*made);
+    if (statement.describe) statement.describe(builder);
+    if (statement.superclass) {
+      made->propertyByKey_ = statement.superclass->propertyByKey_;
+      made->methodBySelector_ = statement.superclass->methodBySelector_;
+      made->classMethodBySelector_ = statement.superclass->classMethodBySelector_;
+    }
+    for (Property& property : made->properties_) made->propertyByKey_[property.name] = &property;
+    for (Method& method : made->methods_) made->methodBySelector_[method.selector] = &method;
+    for (Method& method : made->classMethods_) made->classMethodBySelector_[method.selector] = &method;
+    return made;
+  }
+
+  const Class& define(const ClassStatement& statement) NK_EXCLUDES(mutex) {
+    if (const Class* known = find(NSString(statement.name))) return *known;
+    Class* made = build(statement);
+    MutexLock lock(mutex);
+    const auto [entry, isNew] = byName.emplace(made->name_, made);
+    if (isNew) {
+      inOrder.push_back(made);
+    } else {
+      delete made;
+    }
+    return *entry->second;
+  }
+
+  Mutex mutex;
+  std::unordered_map<NSString, const Class*> byName NK_GUARDED_BY(mutex);
+  std::vector<const Class*> inOrder NK_GUARDED_BY(mutex);
+};
+
+const Class& defineClass(const ClassStatement& statement) { return ClassRegistry::shared().define(statement); }
+
+namespace {
+
+SEL selectorOf(const char* name, const char* selector, std::size_t argumentCount) {
+  return selector ? SEL(selector) : SEL(std::string(name) + std::string(argumentCount, ':'));
+}
+
+}  // namespace
+
+void ClassBuilder::property(Property property) {
+  property.owner = &class_;
+  class_.properties_.push_back(std::move(property));
+}
+
+void ClassBuilder::method(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
+  class_.methods_.push_back({selectorOf(name, selector, argumentCount), argumentCount, &class_, invoke});
+}
+
+void ClassBuilder::classMethod(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
+  class_.classMethods_.push_back({selectorOf(name, selector, argumentCount), argumentCount, &class_, invoke});
+}
+
+void ClassBuilder::dependency(const char* key, const char* affectedBy) {
+  class_.dependencies_.emplace_back(NSString(key), NSString(affectedBy));
+}
+
+void checkArgumentCount(std::size_t wanted, std::size_t given) {
+  if (wanted == given) return;
+  raise("NSInvalidArgumentException",
+        "an operation takes " + std::to_string(wanted) + " arguments and was given " + std::to_string(given));
+}
+
+void raiseNotCodable(const char* key) {
+  raise("NSUnknownKeyException", std::string("the type of the property \"") + key + "\" has no form as a value");
+}
+
+}  // namespace detail
+
+bool Class::isSubclassOf(const Class& other) const noexcept {
+  for (const Class* c = this; c; c = c->superclass_) {
+    if (c == &other) return true;
+  }
+  return false;
+}
+
+const Property* Class::property(const NSString& key) const noexcept {
+  const auto found = propertyByKey_.find(key);
+  return found == propertyByKey_.end() ? nullptr : found->second;
+}
+
+const Method* Class::instanceMethod(SEL selector) const noexcept {
+  const auto found = methodBySelector_.find(selector);
+  return found == methodBySelector_.end() ? nullptr : found->second;
+}
+
+const Method* Class::classMethod(SEL selector) const noexcept {
+  const auto found = classMethodBySelector_.find(selector);
+  return found == classMethodBySelector_.end() ? nullptr : found->second;
+}
+
+std::vector<NSString> Class::keysAffecting(const NSString& key) const {
+  std::vector<NSString> keys;
+  for (const Class* c = this; c; c = c->superclass_) {
+    for (const auto& [affected, affecting] : c->dependencies_) {
+      if (affected == key) keys.push_back(affecting);
+    }
+  }
+  return keys;
+}
+
+Value Class::performClassOperation(SEL selector, std::span<const Value> arguments) const {
+  const Method* method = classMethod(selector);
+  if (!method) {
+    detail::raise("NSInvalidArgumentException",
+                  "+[" + name_.str() + " " + selector.name().str() + "]: unrecognised selector sent to class");
+  }
+  return method->invoke(nullptr, arguments);
+}
+
+Ref<NSObject> Class::makeObject() const { return makeObject_ ? makeObject_() : nullptr; }
+
+const Class* Class::named(const NSString& name) noexcept { return detail::ClassRegistry::shared().find(name); }
+
+std::vector<const Class*> Class::all() {
+  auto& registry = detail::ClassRegistry::shared();
+  MutexLock lock(registry.mutex);
+  return registry.inOrder;
+}
+
+std::ostream& operator<<(std::ostream& out, const Class& value) { return out << value.name(); }
+
+}  // namespace norvik

@@ -1,0 +1,105 @@
+// NorvikCore/platform/runtime/Class.h - what a class says of itself at run time.
+//
+//   const Class& c = Payslip::staticClass();
+//   c.name();                                   // "Payslip"
+//   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
+//   Class::named("Payslip") == &c;              // one Class per name and process
+//
+// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may be
+// read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/SEL.h"
+#include "NorvikCore/platform/runtime/Value.h"
+
+#include <span>
+#include <typeinfo>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace norvik {
+
+class Class;
+class NSObject;
+
+namespace detail {
+class ClassBuilder;
+struct ClassRegistry;
+}  // namespace detail
+
+/// A stated property. get raises NSUndefinedKeyException where the type has no ValueConversion; set also where the property
+/// is read-only.
+struct NK_EXPORT Property {
+  NSString name;
+  NSString typeName{};    ///< as written in the class
+  NSString setterName{};  ///< empty where the property is read-only
+  const Class* owner = nullptr;
+  bool isReadOnly = false, isComputed = false, isWeak = false, isAtomic = false;
+  Value (*get)(const NSObject& object) = nullptr;
+  void (*set)(NSObject& object, const Value& value) = nullptr;
+};
+
+/// A stated operation. For an operation of the class itself `target` is null.
+struct NK_EXPORT Method {
+  SEL selector;
+  std::size_t argumentCount = 0;
+  const Class* owner = nullptr;
+  Value (*invoke)(NSObject* target, std::span<const Value> arguments) = nullptr;
+};
+
+class NK_EXPORT Class {
+ public:
+  Class(const Class&) = delete;
+  Class& operator=(const Class&) = delete;
+
+  [[nodiscard]] const NSString& name() const noexcept { return name_; }
+  /// Null for a root class.
+  [[nodiscard]] const Class* superclass() const noexcept { return superclass_; }
+  /// True for the class itself too.
+  [[nodiscard]] bool isSubclassOf(const Class& other) const noexcept;
+
+  /// The class's own, in the order in which they are stated.
+  [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
+  [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
+  [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
+
+  /// By name, its own or inherited; null where there is none.
+  [[nodiscard]] const Property* property(const NSString& key) const noexcept;
+  [[nodiscard]] const Method* instanceMethod(SEL selector) const noexcept;
+  [[nodiscard]] const Method* classMethod(SEL selector) const noexcept;
+  /// The keys whose change changes this key too, as the class and its superclasses state them.
+  [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
+
+  /// Calls the class operation of that selector; raises NSInvalidArgumentException where there is none.
+  Value performClassOperation(SEL selector, std::span<const Value> arguments = {}) const;
+
+  /// A new object made without arguments; empty where the class cannot be made so.
+  [[nodiscard]] Ref<NSObject> makeObject() const;
+
+  /// The class of that name, or null.
+  [[nodiscard]] static const Class* named(const NSString& name) noexcept;
+  /// Every class of the process, in the order of their registration.
+  [[nodiscard]] static std::vector<const Class*> all();
+
+  friend bool operator==(const Class& a, const Class& b) noexcept { return &a == &b; }
+
+ private:
+  friend class detail::ClassBuilder;
+  friend struct detail::ClassRegistry;
+  Class() = default;
+
+  NSString name_;
+  const Class* superclass_ = nullptr;
+  std::vector<Property> properties_;
+  std::vector<Method> methods_, classMethods_;
+  std::vector<std::pair<NSString, NSString>> dependencies_;  ///< a key, and a key that changes it
+  std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: inherited ones too
+  std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;
+  Ref<NSObject> (*makeObject_)() = nullptr;
+};
+
+NK_EXPORT std::ostream& operator<<(std::ostream& out, const Class& value);
+
+}  // namespace norvik

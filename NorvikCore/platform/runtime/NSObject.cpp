@@ -1,0 +1,75 @@
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <array>
+#include <cinttypes>
+#include <cstdio>
+#include <ostream>
+
+namespace norvik {
+namespace detail {
+
+void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).fetch_add(1, std::memory_order_relaxed); }
+
+void release(const NSObject* object) noexcept {
+  if (ObjectAccess::count(*object).fetch_sub(1, std::memory_order_acq_rel) == 1) ObjectAccess::destroy(object);
+}
+
+void ObjectAccess::destroy(const NSObject* object) noexcept {
+  // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
+  object->count_.store(dyingCount, std::memory_order_relaxed);
+  const std::uint32_t flags = object->flags_.load(std::memory_order_acquire);
+  if (flags & NSObject::weakFlag) forgetWeak(object);
+  if (flags & NSObject::observedFlag) forgetObservers(const_cast<NSObject&>(*object));
+  if (flags & NSObject::associatedFlag) forgetAssociated(object);
+  delete object;
+}
+
+}  // namespace detail
+
+NSObject::~NSObject() = default;
+
+bool NSObject::init() { return true; }
+
+const Class& NSObject::staticClass() {
+  static const Class& stated = detail::defineClass({"NSObject", &typeid(NSObject), nullptr, nullptr, nullptr});
+  return stated;
+}
+
+const Class& NSObject::classObject() const { return staticClass(); }
+
+bool NSObject::isKindOfClass(const Class& other) const { return classObject().isSubclassOf(other); }
+
+bool NSObject::isEqual(const NSObject& other) const { return this == &other; }
+
+std::size_t NSObject::hash() const { return std::hash<const void*>()(this); }
+
+NSString NSObject::description() const {
+  std::array<char, 24> address{};
+  std::snprintf(address.data(), address.size(), ": 0x%" PRIxPTR ">", reinterpret_cast<std::uintptr_t>(this));
+  return NSString("<" + classObject().name().str() + address.data());
+}
+
+bool NSObject::respondsToSelector(SEL selector) const { return classObject().instanceMethod(selector) != nullptr; }
+
+Value NSObject::performSelector(SEL selector, std::span<const Value> arguments) {
+  const Method* method = classObject().instanceMethod(selector);
+  if (!method) {
+    detail::raise("NSInvalidArgumentException", "-[" + classObject().name().str() + " " + selector.name().str() +
+                                                    "]: unrecognised selector sent to instance");
+  }
+  return method->invoke(this, arguments);
+}
+
+Value NSObject::performSelector(SEL selector, const Value& first) { return performSelector(selector, std::span(&first, 1)); }
+
+Value NSObject::performSelector(SEL selector, const Value& first, const Value& second) {
+  const std::array both{first, second};
+  return performSelector(selector, both);
+}
+
+std::ostream& operator<<(std::ostream& out, const NSObject& object) { return out << object.description(); }
+
+}  // namespace norvik

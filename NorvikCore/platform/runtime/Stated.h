@@ -1,0 +1,223 @@
+// NorvikCore/platform/runtime/Stated.h - what the statement macros of ObjectMacros.h expand to. Users need not read it.
+#pragma once
+
+#include "NorvikCore/platform/runtime/Class.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/Weak.h"
+
+#include <array>
+#include <atomic>
+#include <concepts>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace norvik::detail {
+
+/// Numbers a class's statements in the order in which they are written.
+template <int number>
+struct Slot {};
+
+class NK_EXPORT ClassBuilder {
+ public:
+  explicit ClassBuilder(Class& made) : class_(made) {}
+  void property(Property property);
+  /// The selector text is `selector`, or the name with one colon an argument where that is null.
+  using Invoke = Value (*)(NSObject* target, std::span<const Value> arguments);
+  void method(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke);
+  void classMethod(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke);
+  void dependency(const char* key, const char* affectedBy);
+
+ private:
+  Class& class_;
+};
+
+struct ClassStatement {
+  const char* name;
+  const std::type_info* type;
+  const Class* superclass;
+  Ref<NSObject> (*makeObject)();
+  void (*describe)(ClassBuilder&);
+};
+
+/// The class of that name; the first statement of a name defines it.
+NK_EXPORT const Class& defineClass(const ClassStatement& statement);
+
+/// Makes the class known when its shared object is loaded, used or not.
+struct ClassAtLoad {
+  explicit ClassAtLoad(const Class& (*theClass)()) { theClass(); }
+};
+
+/// Other users of the compiler's counter inside a class leave gaps between its statements; so many are stepped over.
+inline constexpr int greatestGap = 8;
+
+template <class T, int number = 0, int gap = 0>
+void describe(ClassBuilder& builder) {
+  if constexpr (requires { T::nk_state_(Slot<number>{}, builder); }) {
+    T::nk_state_(Slot<number>{}, builder);
+    describe<T, number + 1, 0>(builder);
+  } else if constexpr (gap < greatestGap) {
+    describe<T, number + 1, gap + 1>(builder);
+  }
+}
+
+template <class T>
+Ref<NSObject> makeDefault() {
+  return make<T>();
+}
+
+template <class T, class Superclass>
+const Class& defineClass(const char* name) {
+  Ref<NSObject> (*makeObject)() = nullptr;
+  if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>) makeObject = &makeDefault<T>;
+  return defineClass({name, &typeid(T), &Superclass::staticClass(), makeObject, [](ClassBuilder& b) { describe<T>(b); }});
+}
+
+/// The storage of a property: readable and writable by its class as `*field_` and `field_ = value`, closed to everyone else.
+template <class Owner, class T>
+class Stored {
+ public:
+  Stored() = default;
+
+ private:
+  friend Owner;
+  Stored& operator=(T value) {
+    value_ = std::move(value);
+    return *this;
+  }
+  T& operator*() { return value_; }
+  const T& operator*() const { return value_; }
+  T* operator->() { return &value_; }
+  const T* operator->() const { return &value_; }
+
+  T value_{};
+};
+
+/// Storage that several threads may read and write; a reader gets the whole of one value that was written.
+template <class Owner, class T>
+class AtomicStored {
+ public:
+  AtomicStored() = default;
+
+ private:
+  friend Owner;
+  [[nodiscard]] T load() const {
+    Guard guard(busy_);
+    return value_;
+  }
+  void store(T value) {
+    Guard guard(busy_);
+    std::swap(value_, value);
+  }
+  struct Guard {
+    explicit Guard(std::atomic<bool>& flag) : busy(flag) {
+      while (busy.exchange(true, std::memory_order_acquire)) busy.wait(true, std::memory_order_relaxed);
+    }
+    ~Guard() {
+      busy.store(false, std::memory_order_release);
+      busy.notify_one();
+    }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+    std::atomic<bool>& busy;
+  };
+
+  T value_{};
+  mutable std::atomic<bool> busy_{false};
+};
+
+/// Announces a change to observers around the store; see KeyValueObserving.h.
+NK_EXPORT void willChangeValue(NSObject& object, const char* key);
+NK_EXPORT void didChangeValue(NSObject& object, const char* key);
+
+template <class Store>
+inline void changeProperty(NSObject& object, const char* key, Store&& store) {
+  if (!object.isObserved()) [[likely]] {
+    store();
+    return;
+  }
+  willChangeValue(object, key);
+  store();
+  didChangeValue(object, key);
+}
+
+[[noreturn]] NK_EXPORT void raiseNotCodable(const char* key);
+NK_EXPORT void checkArgumentCount(std::size_t wanted, std::size_t given);
+
+template <class T, auto getter>
+Value getProperty(const NSObject& object, const char* key) {
+  using Result = std::remove_cvref_t<std::invoke_result_t<decltype(getter), const T&>>;
+  if constexpr (ValueConvertible<Result>) {
+    return ValueConversion<Result>::toValue((static_cast<const T&>(object).*getter)());
+  } else {
+    raiseNotCodable(key);
+  }
+}
+
+template <class T, auto setter>
+void setProperty(NSObject& object, const Value& value, const char* key) {
+  using Argument = std::remove_cvref_t<typename decltype([]<class C, class R, class A>(R (C::*)(A)) {
+    return std::type_identity<A>();
+  }(setter))::type>;
+  if constexpr (ValueConvertible<Argument>) {
+    (static_cast<T&>(object).*setter)(ValueConversion<Argument>::fromValue(value));
+  } else {
+    raiseNotCodable(key);
+  }
+}
+
+template <class Signature>
+struct Operation;
+
+template <class R, class C, class... A>
+struct OperationOf {
+  static constexpr std::size_t argumentCount = sizeof...(A);
+
+  template <class Call>
+  static Value invoke(std::span<const Value> arguments, Call&& call) {
+    checkArgumentCount(sizeof...(A), arguments.size());
+    return [&]<std::size_t... i>(std::index_sequence<i...>) {
+      if constexpr (std::is_void_v<R>) {
+        call(ValueConversion<std::remove_cvref_t<A>>::fromValue(arguments[i])...);
+        return Value();
+      } else {
+        return Value(ValueConversion<std::remove_cvref_t<R>>::toValue(
+            call(ValueConversion<std::remove_cvref_t<A>>::fromValue(arguments[i])...)));
+      }
+    }(std::index_sequence_for<A...>());
+  }
+};
+template <class R, class C, class... A>
+struct Operation<R (C::*)(A...)> : OperationOf<R, C, A...> {};
+template <class R, class C, class... A>
+struct Operation<R (C::*)(A...) const> : OperationOf<R, C, A...> {};
+template <class R, class C, class... A>
+struct Operation<R (C::*)(A...) noexcept> : OperationOf<R, C, A...> {};
+template <class R, class C, class... A>
+struct Operation<R (C::*)(A...) const noexcept> : OperationOf<R, C, A...> {};
+template <class R, class... A>
+struct Operation<R (*)(A...)> : OperationOf<R, void, A...> {};
+template <class R, class... A>
+struct Operation<R (*)(A...) noexcept> : OperationOf<R, void, A...> {};
+
+template <class T, auto operation>
+void stateMethod(ClassBuilder& builder, const char* name, const char* selector) {
+  using Stated = Operation<decltype(operation)>;
+  builder.method(name, selector, Stated::argumentCount, [](NSObject* target, std::span<const Value> arguments) {
+    return Stated::invoke(arguments, [&](auto&&... a) -> decltype(auto) {
+      return (static_cast<T&>(*target).*operation)(std::forward<decltype(a)>(a)...);
+    });
+  });
+}
+
+template <auto operation>
+void stateClassMethod(ClassBuilder& builder, const char* name, const char* selector) {
+  using Stated = Operation<decltype(operation)>;
+  builder.classMethod(name, selector, Stated::argumentCount, [](NSObject*, std::span<const Value> arguments) {
+    return Stated::invoke(arguments, [&](auto&&... a) -> decltype(auto) {
+      return operation(std::forward<decltype(a)>(a)...);
+    });
+  });
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,87 @@
+#include "NorvikCore/platform/runtime/Weak.h"
+
+#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+
+#include <array>
+#include <unordered_map>
+
+namespace norvik::detail {
+
+/// What the Weaks to one object share. It outlives the object as long as a Weak refers to it.
+class WeakCell {
+ public:
+  explicit WeakCell(NSObject* object) : object_(object) {}
+
+  void retain() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+  void release() noexcept {
+    if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+  }
+
+  /// Counts the object up unless its count has reached zero. The object's memory is there: going, it waits for this mutex.
+  NSObject* lock() noexcept NK_EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    if (!object_) return nullptr;
+    auto& count = ObjectAccess::count(*object_);
+    std::uint32_t seen = count.load(std::memory_order_relaxed);
+    do {
+      if (seen == 0 || seen >= ObjectAccess::dyingCount / 2) return nullptr;
+    } while (!count.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire, std::memory_order_relaxed));
+    return object_;
+  }
+  void forget() noexcept NK_EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    object_ = nullptr;
+  }
+
+ private:
+  std::atomic<std::uint32_t> count_{1};
+  Mutex mutex_;
+  NSObject* object_ NK_GUARDED_BY(mutex_);
+};
+
+namespace {
+
+/// The cells of living objects. The table holds one count of each cell.
+struct Stripe {
+  Mutex mutex;
+  std::unordered_map<const NSObject*, WeakCell*> cells NK_GUARDED_BY(mutex);
+};
+
+Stripe& stripeOf(const NSObject* object) {
+  static auto& stripes = *new std::array<Stripe, 64>;
+  return stripes[(reinterpret_cast<std::uintptr_t>(object) >> 5) % stripes.size()];
+}
+
+}  // namespace
+
+WeakCell* weakCell(const NSObject* object) noexcept {
+  if (ObjectAccess::isDying(*object)) return new WeakCell(nullptr);
+  Stripe& stripe = stripeOf(object);
+  MutexLock lock(stripe.mutex);
+  WeakCell*& cell = stripe.cells[object];
+  if (!cell) {
+    cell = new WeakCell(const_cast<NSObject*>(object));
+    ObjectAccess::setHasWeak(*object);
+  }
+  cell->retain();
+  return cell;
+}
+
+void forgetWeak(const NSObject* object) noexcept {
+  Stripe& stripe = stripeOf(object);
+  WeakCell* cell = nullptr;
+  {
+    MutexLock lock(stripe.mutex);
+    if (auto node = stripe.cells.extract(object)) cell = node.mapped();
+  }
+  if (!cell) return;
+  cell->forget();
+  cell->release();
+}
+
+void retain(WeakCell* cell) noexcept { cell->retain(); }
+void release(WeakCell* cell) noexcept { cell->release(); }
+NSObject* lock(WeakCell* cell) noexcept { return cell->lock(); }
+
+}  // namespace norvik::detail

@@ -1,0 +1,27 @@
+// tests/support/ExpectRaises.h - expects that a statement raises the platform's exception of a name.
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSException.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace norvik_test {
+
+/// The name of the NSException that the statement raises, "" where it raises none; other exceptions pass.
+template <class Statement>
+std::string nameOfWhatIsRaised(Statement&& statement) {
+  try {
+    statement();
+  } catch (const norvik::NSException& exception) {
+    return std::string(std::string_view(exception.name()));
+  }
+  return "";
+}
+
+}  // namespace norvik_test
+
+/// EXPECT_RAISES(statement, "NSRangeException")
+#define EXPECT_RAISES(statement, exceptionName) \
+  EXPECT_EQ(::norvik_test::nameOfWhatIsRaised([&] { statement; }), exceptionName) << #statement
