@@ -1,11 +1,13 @@
-// NorvikCore/platform/runtime/Block.h - a closure that is kept: counted, shared by its copies, an object like any other.
+// NorvikCore/platform/runtime/Block.h - a closure that is kept: counted, shared by its copies, an object like any
+// other.
 //
 //   Block<bool(const Value&)> positive = [](const Value& v) { return v.as<Decimal>() > 0; };
 //   if (positive) positive(Value(5));
 //   auto same = positive;                // shares the closure: same == positive
 //
-// An operation that only calls a closure takes any callable; a Block is for closures that are stored. An empty Block is the
-// absent closure; calling it raises NSInvalidArgumentException. Calling is as safe on any thread as the closure itself.
+// An operation that only calls a closure takes any callable; a Block is for closures that are stored. An empty Block is
+// the absent closure; calling it raises NSInvalidArgumentException. Calling is as safe on any thread as the closure
+// itself.
 #pragma once
 
 #include "NorvikCore/platform/runtime/NSObject.h"
@@ -52,8 +54,8 @@ class Block<R(A...)> {
   constexpr Block() noexcept = default;
   constexpr Block(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): nullptr is the absent closure
   template <class F>
-    requires(!std::same_as<std::remove_cvref_t<F>, Block> && std::is_invocable_r_v<R, std::decay_t<F>&, A...>)
-  Block(F&& function)  // NOLINT(google-explicit-constructor): a closure is what a Block is given
+  requires(!std::same_as<std::remove_cvref_t<F>, Block> && std::is_invocable_r_v<R, std::decay_t<F>&, A...>)
+      Block(F&& function)  // NOLINT(google-explicit-constructor): a closure is what a Block is given
       : closure_(make<detail::Closure<std::decay_t<F>, R, A...>>(std::forward<F>(function))) {}
 
   R operator()(A... arguments) const {

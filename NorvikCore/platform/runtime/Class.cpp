@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <ostream>
 

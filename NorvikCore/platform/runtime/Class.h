@@ -5,8 +5,8 @@
 //   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
 //   Class::named("Payslip") == &c;              // one Class per name and process
 //
-// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may be
-// read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
+// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may
+// be read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -29,8 +29,8 @@ class ClassBuilder;
 struct ClassRegistry;
 }  // namespace detail
 
-/// A stated property. get raises NSUndefinedKeyException where the type has no ValueConversion; set also where the property
-/// is read-only.
+/// A stated property. get raises NSUndefinedKeyException where the type has no ValueConversion; set also where the
+/// property is read-only.
 struct NK_EXPORT Property {
   NSString name;
   NSString typeName{};    ///< as written in the class
@@ -94,7 +94,7 @@ class NK_EXPORT Class {
   const Class* superclass_ = nullptr;
   std::vector<Property> properties_;
   std::vector<Method> methods_, classMethods_;
-  std::vector<std::pair<NSString, NSString>> dependencies_;  ///< a key, and a key that changes it
+  std::vector<std::pair<NSString, NSString>> dependencies_;      ///< a key, and a key that changes it
   std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: inherited ones too
   std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;
   Ref<NSObject> (*makeObject_)() = nullptr;

@@ -34,13 +34,15 @@ void NSObject::setValue_forKeyPath(const Value& value, const NSString& keyPath) 
   const auto dot = keyPath.rangeOfString(".");
   if (dot.length == 0) return setValue_forKey(value, keyPath);
   const Value next = valueForKey(keyPath.substringToIndex(dot.location));
-  if (NSObject* object = next.object()) object->setValue_forKeyPath(value, keyPath.substringFromIndex(dot.location + 1));
+  if (NSObject* object = next.object())
+    object->setValue_forKeyPath(value, keyPath.substringFromIndex(dot.location + 1));
 }
 
 namespace {
 
 [[noreturn]] void raiseUndefinedKey(const NSObject& object, const NSString& key) {
-  detail::raise("NSUnknownKeyException", object.description().utf8() + ": the class " + object.classObject().name().str() +
+  detail::raise("NSUnknownKeyException", object.description().utf8() + ": the class " +
+                                             object.classObject().name().str() +
                                              " is not key-value coding-compliant for the key \"" + key.utf8() + "\"");
 }
 

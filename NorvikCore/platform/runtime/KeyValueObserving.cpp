@@ -16,10 +16,11 @@ namespace {
 
 /// One observer of one path of one object.
 ///
-/// The registration stands in the table once for each object along the path, under the key that leads on from there. When an
-/// object along the path is exchanged, the entries behind it move to the objects now found there.
+/// The registration stands in the table once for each object along the path, under the key that leads on from there.
+/// When an object along the path is exchanged, the entries behind it move to the objects now found there.
 struct Registration {
-  Registration(NSObject& observed, NSObject& observer, const NSString& path, NSKeyValueObservingOptions wanted, void* tag)
+  Registration(NSObject& observed, NSObject& observer, const NSString& path, NSKeyValueObservingOptions wanted,
+               void* tag)
       : root(&observed),
         observerAddress(&observer),
         observerReference(&observer),
@@ -168,8 +169,8 @@ void removeMatching(NSObject& object, const NSObject& observer, const NSString& 
       // The latest of equal registrations goes first.
       for (const Entry& entry : known->second) {
         const Registration& r = *entry.registration;
-        if (entry.depth == 0 && r.observerAddress == &observer && r.keyPath == keyPath && (!context || r.context == *context) &&
-            r.isActive.load(std::memory_order_relaxed)) {
+        if (entry.depth == 0 && r.observerAddress == &observer && r.keyPath == keyPath &&
+            (!context || r.context == *context) && r.isActive.load(std::memory_order_relaxed)) {
           found = entry.registration;
         }
       }
@@ -179,7 +180,8 @@ void removeMatching(NSObject& object, const NSObject& observer, const NSString& 
   if (!found) {
     detail::raise("NSRangeException", "cannot remove an observer <" + observer.classObject().name().str() +
                                           "> for the key path \"" + keyPath.utf8() + "\" from <" +
-                                          object.classObject().name().str() + "> because it is not registered as an observer");
+                                          object.classObject().name().str() +
+                                          "> because it is not registered as an observer");
   }
   forEachBehind(object, *found, 0,
                 [&](const NSObject& behind, std::size_t depth) { removeEntry(behind, *found, depth); });
@@ -188,7 +190,8 @@ void removeMatching(NSObject& object, const NSObject& observer, const NSString& 
 
 }  // namespace
 
-void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options, void* context) {
+void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
+                           void* context) {
   const auto registration = std::make_shared<Registration>(*this, observer, keyPath, options, context);
   checkPath(*this, *registration);
   addEntry(*this, registration, 0);
@@ -248,9 +251,9 @@ void NSObject::didChangeValueForKey(const NSString& key) {
 }
 
 void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange&, void*) {
-  detail::raise("NSInternalInconsistencyException",
-                "an observer of class " + classObject().name().str() + " heard of a change of \"" + keyPath.utf8() +
-                    "\" of <" + object.classObject().name().str() + "> and does not handle it");
+  detail::raise("NSInternalInconsistencyException", "an observer of class " + classObject().name().str() +
+                                                        " heard of a change of \"" + keyPath.utf8() + "\" of <" +
+                                                        object.classObject().name().str() + "> and does not handle it");
 }
 
 namespace detail {

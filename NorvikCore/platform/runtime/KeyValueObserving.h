@@ -2,20 +2,23 @@
 //
 //   class Watcher : public NSObject {
 //     NK_OBJECT(Watcher, NSObject)
-//     void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change, void*) override;
+//     void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change, void*)
+//     override;
 //   };
 //   slip->addObserver(*watcher, "employee.name", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
 //   slip->employee()->setName("Sian");      // watcher hears of it; so it does when slip gets another employee
 //   slip->removeObserver(*watcher, "employee.name");
 //
-// Every element of the path but the last must be an object's key that holds an object or nothing. A path whose first key the
-// class does not have, or whose later key the object found there does not have, raises NSUndefinedKeyException at once.
+// Every element of the path but the last must be an object's key that holds an object or nothing. A path whose first
+// key the class does not have, or whose later key the object found there does not have, raises NSUndefinedKeyException
+// at once.
 //
 // Ownership: an observer is not kept. One that goes without being removed is simply not told any more; so is the
 //            observer of an object that goes. Removing a registration that does not exist raises NSRangeException.
-// Threads:   any. An observer is called on the thread that makes the change, with no lock held. Adding, removing, or letting go
-//            of the observer or the observed object inside a callback is allowed: who is removed is not called any more,
-//            who is added hears of the next change. After removeObserver returns, a call already running on
+// Threads:   any. An observer is called on the thread that makes the change, with no lock held. Adding, removing, or
+// letting go
+//            of the observer or the observed object inside a callback is allowed: who is removed is not called any
+//            more, who is added hears of the next change. After removeObserver returns, a call already running on
 //            another thread may still finish; the observer lives as long as that call.
 // Cost:      none for objects without observers; a registration costs an entry for each element of its path.
 #pragma once

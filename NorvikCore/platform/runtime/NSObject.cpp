@@ -17,6 +17,8 @@ void release(const NSObject* object) noexcept {
   if (ObjectAccess::count(*object).fetch_sub(1, std::memory_order_acq_rel) == 1) ObjectAccess::destroy(object);
 }
 
+bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
+
 void ObjectAccess::destroy(const NSObject* object) noexcept {
   // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
   object->count_.store(dyingCount, std::memory_order_relaxed);
@@ -63,7 +65,9 @@ Value NSObject::performSelector(SEL selector, std::span<const Value> arguments) 
   return method->invoke(this, arguments);
 }
 
-Value NSObject::performSelector(SEL selector, const Value& first) { return performSelector(selector, std::span(&first, 1)); }
+Value NSObject::performSelector(SEL selector, const Value& first) {
+  return performSelector(selector, std::span(&first, 1));
+}
 
 Value NSObject::performSelector(SEL selector, const Value& first, const Value& second) {
   const std::array both{first, second};

@@ -9,8 +9,8 @@
 //   };
 //   Ref<Payslip> slip = make<Payslip>();
 //
-// Objects are made by make<T>() and counted by Ref<T>; they never stand on the stack. Ref.h, Class.h and ObjectMacros.h tell
-// the rest; this header includes them.
+// Objects are made by make<T>() and counted by Ref<T>; they never stand on the stack. Ref.h, Class.h and ObjectMacros.h
+// tell the rest; this header includes them.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -53,8 +53,8 @@ class NK_EXPORT NSObject {
 
   /// The class has an instance operation of that selector, its own or inherited.
   [[nodiscard]] bool respondsToSelector(SEL selector) const;
-  /// Calls the operation of that selector. An unknown selector, a wrong number of arguments or an argument of the wrong kind
-  /// raises NSInvalidArgumentException.
+  /// Calls the operation of that selector. An unknown selector, a wrong number of arguments or an argument of the wrong
+  /// kind raises NSInvalidArgumentException.
   Value performSelector(SEL selector, std::span<const Value> arguments = {});
   Value performSelector(SEL selector, const Value& first);
   Value performSelector(SEL selector, const Value& first, const Value& second);
@@ -64,18 +64,21 @@ class NK_EXPORT NSObject {
   virtual void setValue_forKey(const Value& value, const NSString& key);
   [[nodiscard]] virtual Value valueForKeyPath(const NSString& keyPath) const;
   virtual void setValue_forKeyPath(const Value& value, const NSString& keyPath);
-  /// What valueForKey and setValue_forKey do about a key the class does not have: NSUndefinedKeyException, unless overridden.
+  /// What valueForKey and setValue_forKey do about a key the class does not have: NSUndefinedKeyException, unless
+  /// overridden.
   [[nodiscard]] virtual Value valueForUndefinedKey(const NSString& key) const;
   virtual void setValue_forUndefinedKey(const Value& value, const NSString& key);
 
   // Key-value observing: who is told of changes, and how. KeyValueObserving.h tells the rules.
-  void addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options, void* context = nullptr);
+  void addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
+                   void* context = nullptr);
   void removeObserver(NSObject& observer, const NSString& keyPath);
   void removeObserver(NSObject& observer, const NSString& keyPath, void* context);
   void willChangeValueForKey(const NSString& key);
   void didChangeValueForKey(const NSString& key);
   /// Called on an observer after (with the prior option also before) each change, on the thread that made the change.
-  virtual void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change, void* context);
+  virtual void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
+                                      void* context);
 
   /// Somebody observes this object through key-value observing. A setter asks this before it announces a change.
   [[nodiscard]] bool isObserved() const noexcept { return flags_.load(std::memory_order_relaxed) & observedFlag; }
@@ -89,8 +92,6 @@ class NK_EXPORT NSObject {
 
  private:
   friend struct detail::ObjectAccess;
-  template <class T, class... Args>
-  friend Ref<T> make(Args&&... args);
 
   static constexpr std::uint32_t observedFlag = 1, weakFlag = 2, associatedFlag = 4;
 

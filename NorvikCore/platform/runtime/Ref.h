@@ -4,8 +4,8 @@
 //   slip->setGrossPay(1234.50_dec);
 //   Ref<NSObject> same = slip;          // shares the object, which goes with its last Ref
 //
-// A Ref is as big as a pointer. Copying it counts; moving it does not. Counts change atomically, so Refs to one object may
-// live on any threads; one Ref itself is a value like any other. An empty Ref is the absent object.
+// A Ref is as big as a pointer. Copying it counts; moving it does not. Counts change atomically, so Refs to one object
+// may live on any threads; one Ref itself is a value like any other. An empty Ref is the absent object.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -23,6 +23,7 @@ class NSObject;
 namespace detail {
 NK_EXPORT void retain(const NSObject* object) noexcept;
 NK_EXPORT void release(const NSObject* object) noexcept;
+NK_EXPORT bool initialise(NSObject* object);
 }  // namespace detail
 
 template <class T>
@@ -38,11 +39,11 @@ class Ref {
   Ref(const Ref& other) noexcept : Ref(other.object_) {}
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(const Ref<U>& other) noexcept : Ref(other.get()) {}
+  requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
+  noexcept : Ref(other.get()) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(Ref<U>&& other) noexcept : object_(other.take()) {}
+  requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
+  noexcept : object_(other.take()) {}
   ~Ref() {
     if (object_) detail::release(object_);
   }
@@ -87,7 +88,7 @@ template <class T>
 template <class T, class... Args>
 [[nodiscard]] Ref<T> make(Args&&... args) {
   auto object = Ref<T>::adopt(new T(std::forward<Args>(args)...));
-  if (!static_cast<NSObject&>(*object).init()) return nullptr;
+  if (!detail::initialise(object.get())) return nullptr;
   return object;
 }
 

@@ -1,4 +1,5 @@
-// NorvikCore/platform/runtime/SEL.h - the name of an operation, such as "ddSetLogLevel:", as big and as cheap as a pointer.
+// NorvikCore/platform/runtime/SEL.h - the name of an operation, such as "ddSetLogLevel:", as big and as cheap as a
+// pointer.
 //
 // Making one from text looks it up in a table of all selectors; comparing, copying and hashing are those of a pointer.
 #pragma once
@@ -10,6 +11,7 @@
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
+#include <string>
 #include <string_view>
 
 namespace norvik {
@@ -18,9 +20,10 @@ class NK_EXPORT SEL {
  public:
   /// No operation at all; its name is empty.
   constexpr SEL() noexcept = default;
-  SEL(std::string_view name);   // NOLINT(google-explicit-constructor): a selector is written as its text
-  SEL(const char* name) : SEL(std::string_view(name)) {}   // NOLINT(google-explicit-constructor)
-  SEL(const NSString& name) : SEL(name.view()) {}          // NOLINT(google-explicit-constructor)
+  SEL(std::string_view name);  // NOLINT(google-explicit-constructor): a selector is written as its text
+  SEL(const char* name) : SEL(std::string_view(name)) {}         // NOLINT(google-explicit-constructor)
+  SEL(const std::string& name) : SEL(std::string_view(name)) {}  // NOLINT(google-explicit-constructor)
+  SEL(const NSString& name) : SEL(name.view()) {}                // NOLINT(google-explicit-constructor)
   SEL(std::nullptr_t) = delete;
 
   [[nodiscard]] NSString name() const noexcept;

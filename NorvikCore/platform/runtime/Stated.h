@@ -70,10 +70,12 @@ template <class T, class Superclass>
 const Class& defineClass(const char* name) {
   Ref<NSObject> (*makeObject)() = nullptr;
   if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>) makeObject = &makeDefault<T>;
-  return defineClass({name, &typeid(T), &Superclass::staticClass(), makeObject, [](ClassBuilder& b) { describe<T>(b); }});
+  return defineClass(
+      {name, &typeid(T), &Superclass::staticClass(), makeObject, [](ClassBuilder& b) { describe<T>(b); }});
 }
 
-/// The storage of a property: readable and writable by its class as `*field_` and `field_ = value`, closed to everyone else.
+/// The storage of a property: readable and writable by its class as `*field_` and `field_ = value`, closed to everyone
+/// else.
 template <class Owner, class T>
 class Stored {
  public:
@@ -156,9 +158,8 @@ Value getProperty(const NSObject& object, const char* key) {
 
 template <class T, auto setter>
 void setProperty(NSObject& object, const Value& value, const char* key) {
-  using Argument = std::remove_cvref_t<typename decltype([]<class C, class R, class A>(R (C::*)(A)) {
-    return std::type_identity<A>();
-  }(setter))::type>;
+  using Argument = std::remove_cvref_t<typename decltype(
+      []<class C, class R, class A>(R (C::*)(A)) { return std::type_identity<A>(); }(setter))::type>;
   if constexpr (ValueConvertible<Argument>) {
     (static_cast<T&>(object).*setter)(ValueConversion<Argument>::fromValue(value));
   } else {
@@ -184,7 +185,8 @@ struct OperationOf {
         return Value(ValueConversion<std::remove_cvref_t<R>>::toValue(
             call(ValueConversion<std::remove_cvref_t<A>>::fromValue(arguments[i])...)));
       }
-    }(std::index_sequence_for<A...>());
+    }
+    (std::index_sequence_for<A...>());
   }
 };
 template <class R, class C, class... A>
@@ -214,9 +216,8 @@ template <auto operation>
 void stateClassMethod(ClassBuilder& builder, const char* name, const char* selector) {
   using Stated = Operation<decltype(operation)>;
   builder.classMethod(name, selector, Stated::argumentCount, [](NSObject*, std::span<const Value> arguments) {
-    return Stated::invoke(arguments, [&](auto&&... a) -> decltype(auto) {
-      return operation(std::forward<decltype(a)>(a)...);
-    });
+    return Stated::invoke(arguments,
+                          [&](auto&&... a) -> decltype(auto) { return operation(std::forward<decltype(a)>(a)...); });
   });
 }
 

@@ -32,7 +32,8 @@ const ValueClasses& valueClasses() {
 [[maybe_unused]] const ValueClasses& atLoad = valueClasses();
 
 [[noreturn]] void raiseRange(const Value& value) {
-  raise("NSInvalidArgumentException", value.description().utf8() + " is out of the range of the integer it should become");
+  raise("NSInvalidArgumentException",
+        value.description().utf8() + " is out of the range of the integer it should become");
 }
 
 }  // namespace
@@ -112,21 +113,36 @@ Ref<NSObject> objectFrom(const Value& value, const char* wanted) {
 
 Value::Value(const NSNumber& number) noexcept : kind_(Kind::Absent) {
   switch (number.kind()) {
-    case NSNumber::Kind::Boolean: *this = Value(number.boolValue()); break;
-    case NSNumber::Kind::Integer: *this = Value(number.longLongValue()); break;
-    case NSNumber::Kind::Unsigned: *this = Value(number.unsignedLongLongValue()); break;
-    case NSNumber::Kind::Double: *this = Value(number.doubleValue()); break;
-    case NSNumber::Kind::Decimal: *this = Value(number.decimalValue()); break;
+    case NSNumber::Kind::Boolean:
+      *this = Value(number.boolValue());
+      break;
+    case NSNumber::Kind::Integer:
+      *this = Value(number.longLongValue());
+      break;
+    case NSNumber::Kind::Unsigned:
+      *this = Value(number.unsignedLongLongValue());
+      break;
+    case NSNumber::Kind::Double:
+      *this = Value(number.doubleValue());
+      break;
+    case NSNumber::Kind::Decimal:
+      *this = Value(number.decimalValue());
+      break;
   }
 }
 
 NSNumber Value::number() const {
   switch (kind_) {
-    case Kind::Boolean: return storage_.boolean;
-    case Kind::Integer: return storage_.integer;
-    case Kind::Double: return storage_.real;
-    case Kind::Decimal: return storage_.decimal;
-    default: detail::raiseConversion(*this, "a number");
+    case Kind::Boolean:
+      return storage_.boolean;
+    case Kind::Integer:
+      return storage_.integer;
+    case Kind::Double:
+      return storage_.real;
+    case Kind::Decimal:
+      return storage_.decimal;
+    default:
+      detail::raiseConversion(*this, "a number");
   }
 }
 
@@ -134,13 +150,19 @@ bool operator==(const Value& a, const Value& b) {
   if (a.kind_ != b.kind_) return a.isNumber() && b.isNumber() && a.number() == b.number();
   switch (a.kind_) {
     case Value::Kind::Absent:
-    case Value::Kind::Null: return true;
-    case Value::Kind::Boolean: return a.storage_.boolean == b.storage_.boolean;
-    case Value::Kind::Integer: return a.storage_.integer == b.storage_.integer;
+    case Value::Kind::Null:
+      return true;
+    case Value::Kind::Boolean:
+      return a.storage_.boolean == b.storage_.boolean;
+    case Value::Kind::Integer:
+      return a.storage_.integer == b.storage_.integer;
     case Value::Kind::Double:
-    case Value::Kind::Decimal: return a.number() == b.number();
-    case Value::Kind::Date: return a.storage_.date == b.storage_.date;
-    case Value::Kind::String: return a.storage_.string == b.storage_.string;
+    case Value::Kind::Decimal:
+      return a.number() == b.number();
+    case Value::Kind::Date:
+      return a.storage_.date == b.storage_.date;
+    case Value::Kind::String:
+      return a.storage_.string == b.storage_.string;
     case Value::Kind::Object:
       return a.storage_.object == b.storage_.object || a.storage_.object->isEqual(*b.storage_.object);
   }
@@ -149,12 +171,18 @@ bool operator==(const Value& a, const Value& b) {
 
 std::size_t Value::hash() const {
   switch (kind_) {
-    case Kind::Absent: return 0;
-    case Kind::Null: return 1;
-    case Kind::Date: return std::hash<norvik::Date>()(storage_.date);
-    case Kind::String: return std::hash<NSString>()(storage_.string);
-    case Kind::Object: return storage_.object->hash();
-    default: return std::hash<NSNumber>()(number());
+    case Kind::Absent:
+      return 0;
+    case Kind::Null:
+      return 1;
+    case Kind::Date:
+      return std::hash<norvik::Date>()(storage_.date);
+    case Kind::String:
+      return std::hash<NSString>()(storage_.string);
+    case Kind::Object:
+      return storage_.object->hash();
+    default:
+      return std::hash<NSNumber>()(number());
   }
 }
 
@@ -172,16 +200,23 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
   if (kind_ != other.kind_) return false;
   switch (kind_) {
     case Kind::Absent:
-    case Kind::Null: return true;
-    case Kind::Boolean: return storage_.boolean == other.storage_.boolean;
-    case Kind::Integer: return storage_.integer == other.storage_.integer;
-    case Kind::Double: return storage_.real == other.storage_.real;
+    case Kind::Null:
+      return true;
+    case Kind::Boolean:
+      return storage_.boolean == other.storage_.boolean;
+    case Kind::Integer:
+      return storage_.integer == other.storage_.integer;
+    case Kind::Double:
+      return storage_.real == other.storage_.real;
     case Kind::Decimal:
       return storage_.decimal == other.storage_.decimal &&
              storage_.decimal.exponent() == other.storage_.decimal.exponent();
-    case Kind::Date: return storage_.date == other.storage_.date;
-    case Kind::String: return storage_.string.isIdenticalTo(other.storage_.string);
-    case Kind::Object: return storage_.object == other.storage_.object;
+    case Kind::Date:
+      return storage_.date == other.storage_.date;
+    case Kind::String:
+      return storage_.string.isIdenticalTo(other.storage_.string);
+    case Kind::Object:
+      return storage_.object == other.storage_.object;
   }
   return false;
 }
@@ -189,27 +224,40 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
 const Class& Value::classObject() const {
   const auto& classes = detail::valueClasses();
   switch (kind_) {
-    case Kind::Null: return classes.null;
+    case Kind::Null:
+      return classes.null;
     case Kind::Boolean:
     case Kind::Integer:
-    case Kind::Double: return classes.number;
-    case Kind::Decimal: return classes.decimal;
-    case Kind::Date: return classes.date;
-    case Kind::String: return classes.string;
-    case Kind::Object: return storage_.object->classObject();
-    case Kind::Absent: break;
+    case Kind::Double:
+      return classes.number;
+    case Kind::Decimal:
+      return classes.decimal;
+    case Kind::Date:
+      return classes.date;
+    case Kind::String:
+      return classes.string;
+    case Kind::Object:
+      return storage_.object->classObject();
+    case Kind::Absent:
+      break;
   }
   detail::raise("NSInvalidArgumentException", "an absent value has no class");
 }
 
 NSString Value::description() const {
   switch (kind_) {
-    case Kind::Absent: return "(null)";
-    case Kind::Null: return "<null>";
-    case Kind::Date: return storage_.date.description();
-    case Kind::String: return storage_.string;
-    case Kind::Object: return storage_.object->description();
-    default: return number().stringValue();
+    case Kind::Absent:
+      return "(null)";
+    case Kind::Null:
+      return "<null>";
+    case Kind::Date:
+      return storage_.date.description();
+    case Kind::String:
+      return storage_.string;
+    case Kind::Object:
+      return storage_.object->description();
+    default:
+      return number().stringValue();
   }
 }
 

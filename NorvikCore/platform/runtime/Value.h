@@ -3,10 +3,11 @@
 //   Value pay = 1234.50_dec;
 //   pay == Value(1234.5);               // true: one equality goes across all numbers
 //   pay.as<Decimal>();                  // raises NSInvalidArgumentException where the value is not a number
-//   Value{}.isAbsent();                 // true: nothing at all; Value::null() is the marker that stands for it in collections
+//   Value{}.isAbsent();                 // true: nothing at all; Value::null() is the marker that stands for it in
+//   collections
 //
-// A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value: copies are
-// independent, distinct values may be used on distinct threads.
+// A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
+// copies are independent, distinct values may be used on distinct threads.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -44,8 +45,8 @@ class NK_EXPORT Value {
   Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) { storage_.boolean = boolean; }
   /// An integer; one above the range of a signed 64-bit integer is kept as a Decimal.
   template <std::integral I>
-    requires(!std::same_as<I, bool>)
-  Value(I integer) noexcept : kind_(Kind::Integer) {
+  requires(!std::same_as<I, bool>) Value(I integer)
+  noexcept : kind_(Kind::Integer) {
     if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
       if (integer > static_cast<std::uint64_t>(INT64_MAX)) {
         emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(integer));
@@ -118,14 +119,15 @@ class NK_EXPORT Value {
   /// Any number; raises NSInvalidArgumentException where the value is none.
   [[nodiscard]] NSNumber number() const;
 
-  /// The value as a T. Numbers convert to one another (a fraction is cut off where T is an integer; out of range raises);
-  /// anything else must be of T's own kind, or NSInvalidArgumentException is raised. An absent or null value becomes an empty
-  /// optional, Ref or Block and raises for every other T.
+  /// The value as a T. Numbers convert to one another (a fraction is cut off where T is an integer; out of range
+  /// raises); anything else must be of T's own kind, or NSInvalidArgumentException is raised. An absent or null value
+  /// becomes an empty optional, Ref or Block and raises for every other T.
   template <class T>
   [[nodiscard]] T as() const;
 
-  /// Equality by content: numbers by their numeric value whatever their kind, texts and dates by value, objects by isEqual.
-  [[nodiscard]] NK_EXPORT friend bool operator==(const Value& a, const Value& b);
+  /// Equality by content: numbers by their numeric value whatever their kind, texts and dates by value, objects by
+  /// isEqual.
+  friend bool operator==(const Value& a, const Value& b);
   /// One hash goes with that equality.
   [[nodiscard]] std::size_t hash() const;
   /// The order of two numbers, two texts (literally, by UTF-16 unit), two dates, or of objects that have a `compare:`
@@ -151,18 +153,34 @@ class NK_EXPORT Value {
   }
   void copyFrom(const Value& other) noexcept {
     switch (other.kind_) {
-      case Kind::String: emplace(Kind::String, storage_.string, NSString(other.storage_.string)); break;
-      case Kind::Object: emplace(Kind::Object, storage_.object, Ref<NSObject>(other.storage_.object)); break;
-      case Kind::Decimal: emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(other.storage_.decimal)); break;
-      case Kind::Date: emplace(Kind::Date, storage_.date, norvik::Date(other.storage_.date)); break;
-      default: storage_.integer = other.storage_.integer; kind_ = other.kind_;
+      case Kind::String:
+        emplace(Kind::String, storage_.string, NSString(other.storage_.string));
+        break;
+      case Kind::Object:
+        emplace(Kind::Object, storage_.object, Ref<NSObject>(other.storage_.object));
+        break;
+      case Kind::Decimal:
+        emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(other.storage_.decimal));
+        break;
+      case Kind::Date:
+        emplace(Kind::Date, storage_.date, norvik::Date(other.storage_.date));
+        break;
+      default:
+        storage_.integer = other.storage_.integer;
+        kind_ = other.kind_;
     }
   }
   void moveFrom(Value& other) noexcept {
     switch (other.kind_) {
-      case Kind::String: emplace(Kind::String, storage_.string, std::move(other.storage_.string)); break;
-      case Kind::Object: emplace(Kind::Object, storage_.object, std::move(other.storage_.object)); break;
-      default: copyFrom(other); return;
+      case Kind::String:
+        emplace(Kind::String, storage_.string, std::move(other.storage_.string));
+        break;
+      case Kind::Object:
+        emplace(Kind::Object, storage_.object, std::move(other.storage_.object));
+        break;
+      default:
+        copyFrom(other);
+        return;
     }
     other.destroy();
     other.kind_ = Kind::Absent;
@@ -191,6 +209,7 @@ class NK_EXPORT Value {
 
 static_assert(sizeof(Value) <= 32);
 
+[[nodiscard]] NK_EXPORT bool operator==(const Value& a, const Value& b);
 NK_EXPORT std::ostream& operator<<(std::ostream& out, const Value& value);
 
 }  // namespace norvik

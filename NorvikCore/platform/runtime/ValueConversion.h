@@ -1,7 +1,8 @@
-// NorvikCore/platform/runtime/ValueConversion.h - how a C++ type becomes a Value and back; the types a property may have.
+// NorvikCore/platform/runtime/ValueConversion.h - how a C++ type becomes a Value and back; the types a property may
+// have.
 //
-// Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, Value itself, Ref, Block and std::optional of
-// these convert. Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
+// Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, Value itself, Ref, Block and
+// std::optional of these convert. Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
 #pragma once
 
 #include "NorvikCore/platform/runtime/Value.h"
@@ -46,12 +47,13 @@ struct ValueConversion<bool> {
   static bool fromValue(const Value& value) { return detail::booleanFrom(value); }
 };
 template <class T>
-  requires std::integral<T> && (!std::same_as<T, bool>)
-struct ValueConversion<T> {
+requires std::integral<T> &&(!std::same_as<T, bool>)struct ValueConversion<T> {
   static Value toValue(T content) { return content; }
   static T fromValue(const Value& value) {
-    if constexpr (std::unsigned_integral<T> && sizeof(T) == 8) return static_cast<T>(detail::unsignedFrom(value));
-    else return static_cast<T>(detail::integerFrom(value, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+    if constexpr (std::unsigned_integral<T> && sizeof(T) == 8)
+      return static_cast<T>(detail::unsignedFrom(value));
+    else
+      return static_cast<T>(detail::integerFrom(value, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
   }
 };
 template <std::floating_point T>
@@ -60,7 +62,7 @@ struct ValueConversion<T> {
   static T fromValue(const Value& value) { return static_cast<T>(detail::doubleFrom(value)); }
 };
 template <class T>
-  requires std::is_enum_v<T>
+requires std::is_enum_v<T>
 struct ValueConversion<T> {
   using Number = std::underlying_type_t<T>;
   static Value toValue(T content) { return static_cast<Number>(content); }

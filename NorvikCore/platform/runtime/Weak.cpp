@@ -18,7 +18,8 @@ class WeakCell {
     if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
   }
 
-  /// Counts the object up unless its count has reached zero. The object's memory is there: going, it waits for this mutex.
+  /// Counts the object up unless its count has reached zero. The object's memory is there: going, it waits for this
+  /// mutex.
   NSObject* lock() noexcept NK_EXCLUDES(mutex_) {
     MutexLock lock(mutex_);
     if (!object_) return nullptr;

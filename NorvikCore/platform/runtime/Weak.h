@@ -1,10 +1,11 @@
-// NorvikCore/platform/runtime/Weak.h - a reference that does not keep its object and reads empty once the object is gone.
+// NorvikCore/platform/runtime/Weak.h - a reference that does not keep its object and reads empty once the object is
+// gone.
 //
 //   Weak<Payslip> watched = slip;
 //   if (Ref<Payslip> alive = watched.lock()) alive->recalculate();
 //
-// The first Weak to an object makes an entry in a side table; objects without one pay nothing. Reading is safe on any thread,
-// also while the object goes on another; one Weak itself is a value like any other.
+// The first Weak to an object makes an entry in a side table; objects without one pay nothing. Reading is safe on any
+// thread, also while the object goes on another; one Weak itself is a value like any other.
 #pragma once
 
 #include "NorvikCore/platform/runtime/Ref.h"
@@ -26,13 +27,14 @@ class Weak {
   constexpr Weak() noexcept = default;
   constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): nullptr is the empty reference
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Weak(const Ref<U>& object) noexcept : Weak(object.get()) {}
+  requires std::is_convertible_v<U*, T*> Weak(const Ref<U>& object)
+  noexcept : Weak(object.get()) {}
   explicit Weak(T* object) noexcept : object_(object), cell_(object ? detail::weakCell(object) : nullptr) {}
   Weak(const Weak& other) noexcept : object_(other.object_), cell_(other.cell_) {
     if (cell_) detail::retain(cell_);
   }
-  Weak(Weak&& other) noexcept : object_(std::exchange(other.object_, nullptr)), cell_(std::exchange(other.cell_, nullptr)) {}
+  Weak(Weak&& other) noexcept
+      : object_(std::exchange(other.object_, nullptr)), cell_(std::exchange(other.cell_, nullptr)) {}
   ~Weak() {
     if (cell_) detail::release(cell_);
   }

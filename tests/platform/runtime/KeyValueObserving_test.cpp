@@ -39,8 +39,8 @@ class Recorder : public NSObject {
 };
 
 using Texts = std::vector<std::string>;
-constexpr auto Old = NSKeyValueObservingOptionOld, New = NSKeyValueObservingOptionNew, Prior = NSKeyValueObservingOptionPrior,
-               Initial = NSKeyValueObservingOptionInitial;
+constexpr auto Old = NSKeyValueObservingOptionOld, New = NSKeyValueObservingOptionNew,
+               Prior = NSKeyValueObservingOptionPrior, Initial = NSKeyValueObservingOptionInitial;
 
 struct KeyValueObserving : testing::Test {
   Ref<Person> person = make<Person>();

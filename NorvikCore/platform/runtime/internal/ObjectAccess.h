@@ -1,4 +1,5 @@
-// NorvikCore/platform/runtime/internal/ObjectAccess.h - the inside of NSObject, for the parts of the runtime that share it.
+// NorvikCore/platform/runtime/internal/ObjectAccess.h - the inside of NSObject, for the parts of the runtime that share
+// it.
 #pragma once
 
 #include "NorvikCore/platform/runtime/NSObject.h"
@@ -10,6 +11,7 @@ struct ObjectAccess {
   static constexpr std::uint32_t dyingCount = 0x80000000;
 
   static std::atomic<std::uint32_t>& count(const NSObject& object) noexcept { return object.count_; }
+  static bool initialise(NSObject& object) { return object.init(); }
   static void destroy(const NSObject* object) noexcept;
 
   static void setObserved(const NSObject& object, bool observed) noexcept {
