@@ -66,7 +66,7 @@ TEST(Weak, TakenInTheDestructorReadsEmpty) {
 }
 
 TEST(Weak, ReadOnOneThreadWhileTheObjectGoesOnAnother) {
-  for (int round = 0; round < 500; ++round) {
+  for (int round = 0; round < 100; ++round) {
     Ref<Thing> thing = make<Thing>();
     const Weak<Thing> weak = thing;
     std::latch start(2);
