@@ -191,9 +191,10 @@ class NK_EXPORT Value {
   }
 
   union Storage {
-    Storage() noexcept : integer(0) {}
+    Storage() noexcept : bytes{} {}
     ~Storage() {}  // NOLINT(modernize-use-equals-default): the members' destructors are Value's business
 
+    unsigned char bytes[24];  ///< the whole, so that nothing is ever unset
     bool boolean;
     std::int64_t integer;
     double real;
