@@ -1,0 +1,105 @@
+#include "NorvikCore/platform/dispatch/Group.h"
+
+#include "NorvikCore/platform/dispatch/internal/GroupCore.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace norvik {
+namespace detail {
+
+void retainCore(GroupCore* group) noexcept { group->retain(); }
+void releaseCore(GroupCore* group) noexcept { group->release(); }
+
+void GroupCore::leave() noexcept {
+  const std::int64_t before = count_.fetch_sub(1, std::memory_order_seq_cst);
+  if (before > 1) return;
+  if (before < 1) {
+    std::fputs("BUG: dispatch_group_leave without dispatch_group_enter\n", stderr);
+    std::abort();
+  }
+  generation_.fetch_add(1, std::memory_order_seq_cst);
+  if (sleepers_.load(std::memory_order_seq_cst) > 0) futexWake(&generation_, INT_MAX);
+  if (hasNotifications_.load(std::memory_order_seq_cst)) notifyIfEmpty();
+}
+
+bool GroupCore::wait(std::uint64_t deadline) noexcept {
+  const int spins = WorkerPool::shared().spinsBeforeSleep();
+  for (int spin = 0; spin < spins; ++spin) {
+    if (count_.load(std::memory_order_acquire) == 0) return true;
+    spinPause();
+  }
+  const std::uint32_t generation = generation_.load(std::memory_order_seq_cst);
+  if (count_.load(std::memory_order_seq_cst) == 0) return true;
+  if (deadline <= monotonicNanoseconds()) return false;
+  const BlockingScope blocking;
+  sleepers_.fetch_add(1, std::memory_order_seq_cst);
+  bool timeLeft = true;
+  while (generation_.load(std::memory_order_seq_cst) == generation && timeLeft)
+    timeLeft = futexWait(generation_, generation, deadline);
+  sleepers_.fetch_sub(1, std::memory_order_relaxed);
+  return generation_.load(std::memory_order_acquire) != generation;
+}
+
+void GroupCore::notify(const dispatch_queue_t& queue, Item* item) {
+  {
+    const QueueLock lock(mutex_);
+    notifications_.push_back({queue, item});
+    hasNotifications_.store(true, std::memory_order_seq_cst);
+  }
+  notifyIfEmpty();
+}
+
+void GroupCore::notifyIfEmpty() {
+  std::vector<Notification> due;
+  {
+    const QueueLock lock(mutex_);
+    if (count_.load(std::memory_order_seq_cst) != 0) return;
+    hasNotifications_.store(false, std::memory_order_relaxed);
+    due.swap(notifications_);
+  }
+  for (const Notification& notification : due)
+    enqueue(notification.queue, notification.item, Delivery::prompt, Order::normal);
+}
+
+void GroupCore::resetAfterFork() noexcept {
+  mutex_.resetAfterFork();
+  count_.store(0, std::memory_order_relaxed);
+  sleepers_.store(0, std::memory_order_relaxed);
+  hasNotifications_.store(false, std::memory_order_relaxed);
+  const QueueLock lock(mutex_);
+  new std::vector<Notification>(std::move(notifications_));  // what it holds is the parent's
+  notifications_.clear();
+}
+
+void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item) {
+  if (!group) raise("NSInvalidArgumentException", "dispatch_group_notify: the group is nil");
+  group.core()->notify(queue, item);
+}
+
+}  // namespace detail
+
+dispatch_group_t dispatch_group_create() { return dispatch_group_t::adopt(new detail::GroupCore); }
+
+void dispatch_group_enter(const dispatch_group_t& group) {
+  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_enter: the group is nil");
+  group.core()->enter();
+}
+
+void dispatch_group_leave(const dispatch_group_t& group) {
+  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_leave: the group is nil");
+  const dispatch_group_t kept = group;  // who waits may let its handle go once the count is 0
+  kept.core()->leave();
+}
+
+std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout) {
+  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_wait: the group is nil");
+  const std::uint64_t deadline = timeout == DISPATCH_TIME_NOW ? 0 : detail::monotonicDeadline(timeout);
+  return group.core()->wait(deadline) ? 0 : 1;
+}
+
+}  // namespace norvik

@@ -1,0 +1,75 @@
+// NorvikCore/platform/dispatch/Group.h - waiting for a number of blocks, on any queues.
+//
+//   auto group = dispatch_group_create();
+//   for (auto& department : departments) dispatch_group_async(group, queue, [&] { department.sumUp(); });
+//   dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
+//
+// A group counts what was entered and not yet left; it is empty at 0, and can be filled again. Synchronised. In a child
+// made by fork() every group is empty.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Queue.h"
+
+#include <cstdint>
+
+namespace norvik {
+
+namespace detail {
+class GroupCore;
+NK_EXPORT void retainCore(GroupCore* group) noexcept;
+NK_EXPORT void releaseCore(GroupCore* group) noexcept;
+}  // namespace detail
+
+using dispatch_group_t = detail::Handle<detail::GroupCore>;
+
+[[nodiscard]] NK_EXPORT dispatch_group_t dispatch_group_create();
+
+/// Counts one more; each call needs a dispatch_group_leave(), from any thread.
+NK_EXPORT void dispatch_group_enter(const dispatch_group_t& group);
+/// Counts one less. Leaving an empty group aborts with a line that begins "BUG".
+NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
+
+/// Waits until the group is empty. 0, or something else when `timeout` came first.
+NK_EXPORT std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout);
+
+namespace detail {
+NK_EXPORT void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
+
+/// Leaves the group once the block that holds it has run and is destroyed.
+class GroupMembership {
+ public:
+  explicit GroupMembership(const dispatch_group_t& group) : group_(group) { dispatch_group_enter(group_); }
+  GroupMembership(GroupMembership&& other) noexcept = default;
+  GroupMembership(const GroupMembership&) = delete;
+  GroupMembership& operator=(const GroupMembership&) = delete;
+  GroupMembership& operator=(GroupMembership&&) = delete;
+  ~GroupMembership() {
+    if (group_) dispatch_group_leave(group_);
+  }
+
+ private:
+  dispatch_group_t group_;
+};
+}  // namespace detail
+
+/// Queues a block that counts in the group until it has run and is destroyed.
+template <class F>
+void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, F&& block) {
+  detail::requireQueue(queue, "dispatch_group_async");
+  struct Member {
+    detail::GroupMembership membership;  // destroyed after the block
+    std::decay_t<F> block;
+    void operator()() && { std::move(block)(); }
+  };
+  detail::enqueue(queue, detail::makeBlock(Member{detail::GroupMembership(group), std::forward<F>(block)}),
+                  detail::Delivery::prompt, detail::Order::normal);
+}
+
+/// Queues a block, once, when the group is empty: at once if it is.
+template <class F>
+void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, F&& block) {
+  detail::requireQueue(queue, "dispatch_group_notify");
+  detail::notifyWhenEmpty(group, queue, detail::makeBlock(std::forward<F>(block)));
+}
+
+}  // namespace norvik

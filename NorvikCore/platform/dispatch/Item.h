@@ -1,0 +1,117 @@
+// NorvikCore/platform/dispatch/Item.h - what a queue is a list of.
+//
+// dispatch_async() makes an item of each block, closure and list node in one allocation. Code inside the library that
+// queues many things of one kind derives them from Item and queues them as they are, without any allocation; its run
+// function then gets a whole run of them at once:
+//
+//   struct Line : detail::Item { std::string text; };
+//   void write(detail::Item* item, detail::Cursor& cursor) {
+//     do { consume(static_cast<Line*>(item)); } while ((item = cursor.next()) != nullptr);
+//   }
+//   line->run = &write;
+//   detail::dispatch_async_run(queue, line, detail::Delivery::relaxed);
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace norvik::detail {
+
+class QueueCore;
+struct Item;
+
+/// Where a drain of a serial queue stands. Good during one call of a run function.
+class NK_EXPORT Cursor {
+ public:
+  /// The following item of the queue, now the caller's, when there is one and its run function is the one that is being
+  /// called; else null. Nothing that was queued in between is passed over.
+  [[nodiscard]] Item* next() noexcept;
+
+ private:
+  friend class SerialQueue;
+  friend void runItem(Item* item, QueueCore* queue) noexcept;
+  Cursor(class SerialQueue* queue, void (*run)(Item*, Cursor&)) noexcept : queue_(queue), run_(run) {}
+  class SerialQueue* queue_;
+  void (*run_)(Item*, Cursor&);
+};
+
+/// An item belongs to the queue from when it is queued to when it is handed to its run function, which disposes of it.
+struct Item {
+  using Run = void (*)(Item* first, Cursor& cursor);
+
+  Item* queueLink = nullptr;  // the queue's
+  Run run = nullptr;
+  std::uint32_t queueFlags = 0;  // the queue's
+};
+
+/// How soon somebody must come to a queue that was idle.
+enum class Delivery : std::uint8_t {
+  prompt,   // a worker that sleeps is woken
+  relaxed,  // about a millisecond later is early enough while any worker is awake: the caller wakes nobody then
+};
+
+/// Memory for an item; small sizes are recycled.
+[[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size);
+NK_EXPORT void freeItem(void* memory, std::size_t size) noexcept;
+
+/// A block: a closure of any movable type that is run once and destroyed, on the thread that runs it, even when it
+/// throws.
+template <class Closure>
+class BlockItem final : public Item {
+ public:
+  template <class F>
+  [[nodiscard]] static Item* make(F&& closure) {
+    constexpr bool plain = alignof(BlockItem) <= alignof(std::max_align_t);
+    void* memory = nullptr;
+    if constexpr (plain) {
+      memory = allocateItem(sizeof(BlockItem));
+    } else {
+      memory = ::operator new (sizeof(BlockItem), std::align_val_t{alignof(BlockItem)});
+    }
+    try {
+      return ::new (memory) BlockItem(std::forward<F>(closure));
+    } catch (...) {
+      free(memory);
+      throw;
+    }
+  }
+
+ private:
+  template <class F>
+  explicit BlockItem(F&& closure) : closure_(std::forward<F>(closure)) {
+    run = [](Item* item, Cursor&) {
+      const Disposal disposal{static_cast<BlockItem*>(item)};
+      static_cast<void>(std::move(disposal.block->closure_)());
+    };
+  }
+
+  struct Disposal {
+    BlockItem* block;
+    ~Disposal() {
+      block->~BlockItem();
+      BlockItem::free(block);
+    }
+  };
+
+  static void free(void* memory) noexcept {
+    if constexpr (alignof(BlockItem) <= alignof(std::max_align_t)) {
+      freeItem(memory, sizeof(BlockItem));
+    } else {
+      ::operator delete (memory, std::align_val_t{alignof(BlockItem)});
+    }
+  }
+
+  Closure closure_;
+};
+
+template <class F>
+[[nodiscard]] Item* makeBlock(F&& closure) {
+  return BlockItem<std::decay_t<F>>::make(std::forward<F>(closure));
+}
+
+}  // namespace norvik::detail

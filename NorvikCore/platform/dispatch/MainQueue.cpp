@@ -1,0 +1,29 @@
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+
+#include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+
+#include <poll.h>
+
+namespace norvik {
+
+using detail::MainThreadQueue;
+
+std::size_t dispatch_main_queue_drain(std::size_t limit) {
+  MainThreadQueue* queue = MainThreadQueue::shared();
+  if (!detail::onMainThread()) detail::reportMisuse("the main queue is drained by another thread", queue);
+  if (detail::isHeld(queue)) detail::reportMisuse("the main queue is drained within one of its blocks", queue);
+  return queue->drainSome(limit);
+}
+
+int dispatch_main_queue_descriptor() { return MainThreadQueue::shared()->descriptor(); }
+
+void dispatch_main() {
+  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
+  for (;;) {
+    dispatch_main_queue_drain();
+    poll(&ready, 1, -1);
+  }
+}
+
+}  // namespace norvik

@@ -1,0 +1,103 @@
+#include "NorvikCore/platform/dispatch/Queue.h"
+
+#include "NorvikCore/platform/dispatch/internal/ConcurrentQueue.h"
+#include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
+#include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <pthread.h>
+
+#include <array>
+#include <string>
+
+namespace norvik {
+
+using detail::QueueCore;
+
+dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attribute,
+                                       const dispatch_queue_t& target) {
+  QueueCore* queue = attribute == DISPATCH_QUEUE_CONCURRENT
+                         ? static_cast<QueueCore*>(new detail::ConcurrentQueue(label))
+                         : static_cast<QueueCore*>(new detail::SerialQueue(label));
+  if (target) {
+    target.core()->retain();
+    queue->exchangeTarget(target.core());
+  }
+  return dispatch_queue_t::adopt(queue);
+}
+
+dispatch_queue_t dispatch_get_global_queue() { return dispatch_queue_t::share(detail::GlobalQueue::shared()); }
+
+dispatch_queue_t dispatch_get_main_queue() { return dispatch_queue_t::share(detail::MainThreadQueue::shared()); }
+
+void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target) {
+  detail::requireQueue(queue, "dispatch_set_target_queue");
+  const auto kind = queue.core()->kind();
+  if (kind == QueueCore::Kind::global || kind == QueueCore::Kind::main)
+    detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: this queue has no target");
+  for (const QueueCore* above = target.core(); above != nullptr; above = above->target()) {
+    if (above == queue.core())
+      detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: the queue would target itself");
+  }
+  // Nobody else is in the queue then, and who enters it later enters the new target.
+  queue.core()->enter(detail::Order::barrier);
+  if (target) target.core()->retain();
+  QueueCore* old = queue.core()->exchangeTarget(target.core());
+  queue.core()->leave(detail::Order::barrier);
+  if (old != nullptr) old->release();
+}
+
+const char* dispatch_queue_get_label(const dispatch_queue_t& queue) {
+  detail::requireQueue(queue, "dispatch_queue_get_label");
+  return queue.core()->label();
+}
+
+const char* dispatch_queue_get_label(dispatch_current_queue_label_t) {
+  if (detail::currentFrame != nullptr) return detail::currentFrame->queue->label();
+  if (detail::onMainThread()) return detail::MainThreadQueue::shared()->label();
+  static thread_local std::array<char, 16> name{};
+  if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) name[0] = '\0';
+  return name.data();
+}
+
+void dispatch_queue_set_specific(const dispatch_queue_t& queue, const void* key, void* value,
+                                 void (*destructor)(void*)) {
+  detail::requireQueue(queue, "dispatch_queue_set_specific");
+  queue.core()->specifics().set(key, value, destructor);
+}
+
+void* dispatch_queue_get_specific(const dispatch_queue_t& queue, const void* key) {
+  detail::requireQueue(queue, "dispatch_queue_get_specific");
+  return queue.core()->specifics().find(key);
+}
+
+void* dispatch_get_specific(const void* key) noexcept {
+  const detail::Frame* frame = detail::currentFrame;
+  for (QueueCore* queue = frame == nullptr ? nullptr : frame->queue; queue != nullptr; queue = queue->target()) {
+    if (void* value = queue->specifics().find(key)) return value;
+  }
+  return nullptr;
+}
+
+bool dispatch_queue_is_held(const dispatch_queue_t& queue) noexcept { return queue && detail::isHeld(queue.core()); }
+
+namespace detail {
+
+void requireQueue(const dispatch_queue_t& queue, const char* function) {
+  if (!queue) [[unlikely]]
+    raise("NSInvalidArgumentException", std::string(function) + ": the queue is nil");
+}
+
+void enqueue(const dispatch_queue_t& queue, Item* item, Delivery delivery, Order order) {
+  queue.core()->push(item, delivery, order);
+}
+
+void dispatch_async_run(const dispatch_queue_t& queue, Item* item, Delivery delivery) {
+  requireQueue(queue, "dispatch_async_run");
+  queue.core()->push(item, delivery, Order::normal);
+}
+
+}  // namespace detail
+}  // namespace norvik

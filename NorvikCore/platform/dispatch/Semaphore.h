@@ -1,0 +1,36 @@
+// NorvikCore/platform/dispatch/Semaphore.h - a counting semaphore.
+//
+//   auto permits = dispatch_semaphore_create(1000);
+//   dispatch_semaphore_wait(permits, DISPATCH_TIME_FOREVER);   // takes one; waits while there is none
+//   dispatch_semaphore_signal(permits);                        // gives one back, from any thread
+//
+// Synchronised. With permits at hand both cost one atomic operation. A worker that waits counts as blocked: others take
+// its place. A child made by fork() goes on with the count as it was.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Handle.h"
+#include "NorvikCore/platform/dispatch/Time.h"
+#include "NorvikCore/platform/export.h"
+
+#include <cstdint>
+
+namespace norvik {
+
+namespace detail {
+class SemaphoreCore;
+NK_EXPORT void retainCore(SemaphoreCore* semaphore) noexcept;
+NK_EXPORT void releaseCore(SemaphoreCore* semaphore) noexcept;
+}  // namespace detail
+
+using dispatch_semaphore_t = detail::Handle<detail::SemaphoreCore>;
+
+/// A semaphore with that many permits, 0 to 2,147,483,647; empty for any other value.
+[[nodiscard]] NK_EXPORT dispatch_semaphore_t dispatch_semaphore_create(std::intptr_t value);
+
+/// Takes a permit. 0, or something else when `timeout` came first.
+NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout);
+
+/// Gives a permit. Not 0 when a thread was asleep for it.
+NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);
+
+}  // namespace norvik

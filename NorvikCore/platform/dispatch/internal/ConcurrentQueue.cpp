@@ -1,0 +1,105 @@
+#include "NorvikCore/platform/dispatch/internal/ConcurrentQueue.h"
+
+#include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+
+namespace norvik::detail {
+namespace {
+
+Order orderOf(const Item* item) { return (item->queueFlags & kItemBarrier) != 0 ? Order::barrier : Order::normal; }
+
+}  // namespace
+
+bool ConcurrentQueue::mayRun(Order order) const { return !barrierRuns_ && (order == Order::normal || running_ == 0); }
+
+void ConcurrentQueue::begin(Order order) {
+  ++running_;
+  barrierRuns_ = order == Order::barrier;
+}
+
+void ConcurrentQueue::admit(Admission& admission) {
+  while (!pending_.empty() && mayRun(orderOf(pending_.first()))) {
+    Item* item = pending_.takeFirst();
+    begin(orderOf(item));
+    if ((item->queueFlags & kItemWaiter) != 0) {
+      admission.waiters.append(item);
+    } else {
+      admitted_.append(item);
+      ++admission.tickets;
+    }
+  }
+}
+
+void ConcurrentQueue::carryOut(Admission& admission, Delivery delivery) {
+  for (; admission.tickets > 0; --admission.tickets) {
+    retain();
+    pushToTarget(makeBlock([this] {
+                   runTicket();
+                   release();
+                 }),
+                 delivery);
+  }
+  while (!admission.waiters.empty()) static_cast<SyncWaiter*>(admission.waiters.takeFirst())->grant();
+}
+
+void ConcurrentQueue::push(Item* item, Delivery delivery, Order order) {
+  item->queueFlags = order == Order::barrier ? kItemBarrier : 0;
+  Admission admission;
+  {
+    const QueueLock lock(mutex_);
+    pending_.append(item);
+    admit(admission);
+  }
+  carryOut(admission, delivery);
+}
+
+void ConcurrentQueue::enter(Order order) {
+  SyncWaiter waiter(order == Order::barrier);
+  {
+    const QueueLock lock(mutex_);
+    if (pending_.empty() && mayRun(order)) {
+      begin(order);
+      return;
+    }
+    // What it waits for waits, in turn, for the block that this thread is in.
+    if (isHeld(this)) reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
+    pending_.append(&waiter);
+  }
+  waiter.wait(this);
+}
+
+void ConcurrentQueue::leave(Order) noexcept {
+  Admission admission;
+  {
+    const QueueLock lock(mutex_);
+    --running_;
+    barrierRuns_ = false;
+    admit(admission);
+  }
+  carryOut(admission, Delivery::prompt);
+}
+
+void ConcurrentQueue::runTicket() {
+  Item* item = nullptr;
+  {
+    const QueueLock lock(mutex_);
+    item = admitted_.takeFirst();
+  }
+  {
+    const FrameScope frame(this);
+    runItem(item, this);
+  }
+  leave(Order::normal);
+}
+
+void ConcurrentQueue::resetAfterFork() noexcept {
+  mutex_.resetAfterFork();
+  specifics().resetAfterFork();
+  const QueueLock lock(mutex_);
+  pending_.forget();
+  admitted_.forget();
+  running_ = framesOnThisThread(this);
+  barrierRuns_ = barrierRuns_ && running_ == 1;
+}
+
+}  // namespace norvik::detail

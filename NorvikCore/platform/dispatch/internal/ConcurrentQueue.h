@@ -1,0 +1,43 @@
+// NorvikCore/platform/dispatch/internal/ConcurrentQueue.h - many blocks at a time, barriers alone.
+//
+// Items are admitted in order: an ordinary one unless a barrier runs, a barrier once nothing runs; what stands behind
+// one that cannot be admitted waits. For each admitted block a ticket goes to the target or to the workers, and whoever
+// gets the ticket runs the admitted block that is longest here. An admitted waiter goes on by itself.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/internal/ItemList.h"
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+
+#include <cstddef>
+
+namespace norvik::detail {
+
+class ConcurrentQueue final : public QueueCore {
+ public:
+  explicit ConcurrentQueue(const char* label) : QueueCore(Kind::concurrent, label) {}
+
+  void push(Item* item, Delivery delivery, Order order) override;
+  void enter(Order order) override;
+  void leave(Order order) noexcept override;
+  void resetAfterFork() noexcept override;
+
+ private:
+  struct Admission {
+    std::size_t tickets = 0;
+    ItemList waiters;
+  };
+
+  bool mayRun(Order order) const NK_REQUIRES(mutex_);
+  void begin(Order order) NK_REQUIRES(mutex_);
+  void admit(Admission& admission) NK_REQUIRES(mutex_);
+  void carryOut(Admission& admission, Delivery delivery);
+  void runTicket();
+
+  QueueMutex mutex_;
+  ItemList pending_ NK_GUARDED_BY(mutex_);
+  ItemList admitted_ NK_GUARDED_BY(mutex_);
+  std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // admitted ones included
+  bool barrierRuns_ NK_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace norvik::detail

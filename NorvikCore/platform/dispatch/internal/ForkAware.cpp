@@ -1,0 +1,48 @@
+#include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+
+#include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
+#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+
+#include <pthread.h>
+
+namespace norvik::detail {
+
+class ForkRegistry {
+ public:
+  static ForkRegistry& shared() {
+    static auto& registry = *new ForkRegistry;
+    return registry;
+  }
+
+  void add(ForkAware* object) {
+    const QueueLock lock(mutex_);
+    object->next_ = first_;
+    if (first_ != nullptr) first_->previous_ = object;
+    first_ = object;
+  }
+
+  void remove(ForkAware* object) {
+    const QueueLock lock(mutex_);
+    (object->previous_ != nullptr ? object->previous_->next_ : first_) = object->next_;
+    if (object->next_ != nullptr) object->next_->previous_ = object->previous_;
+  }
+
+ private:
+  ForkRegistry() { pthread_atfork(&beforeFork, &afterForkInParent, &afterForkInChild); }
+
+  static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.lock(); }
+  static void afterForkInParent() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.unlock(); }
+  static void afterForkInChild() NK_NO_THREAD_SAFETY_ANALYSIS {
+    noteFork();
+    for (ForkAware* object = shared().first_; object != nullptr; object = object->next_) object->resetAfterFork();
+    shared().mutex_.resetAfterFork();
+  }
+
+  QueueMutex mutex_;
+  ForkAware* first_ NK_GUARDED_BY(mutex_) = nullptr;
+};
+
+ForkAware::ForkAware() { ForkRegistry::shared().add(this); }
+ForkAware::~ForkAware() { ForkRegistry::shared().remove(this); }
+
+}  // namespace norvik::detail

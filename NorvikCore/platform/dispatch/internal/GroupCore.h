@@ -1,0 +1,47 @@
+// NorvikCore/platform/dispatch/internal/GroupCore.h - a count, a generation to sleep on, and who is told.
+//
+// The generation changes each time the count reaches 0. Who waits reads the generation before the count: either it sees
+// 0, or the count reaches 0 later, and then the generation is another.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+namespace norvik::detail {
+
+class GroupCore final : public ForkAware {
+ public:
+  void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
+  void release() noexcept {
+    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+  }
+
+  void enter() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+  void leave() noexcept;
+  /// False when the deadline, a point of the monotonic clock, came first.
+  bool wait(std::uint64_t deadline) noexcept;
+  void notify(const dispatch_queue_t& queue, Item* item);
+  void resetAfterFork() noexcept override;
+
+ private:
+  struct Notification {
+    dispatch_queue_t queue;
+    Item* item;
+  };
+  void notifyIfEmpty();
+
+  std::atomic<std::uint32_t> references_{1};
+  std::atomic<std::int64_t> count_{0};
+  std::atomic<std::uint32_t> generation_{0};
+  std::atomic<std::uint32_t> sleepers_{0};
+  std::atomic<bool> hasNotifications_{false};
+  QueueMutex mutex_;
+  std::vector<Notification> notifications_ NK_GUARDED_BY(mutex_);
+};
+
+}  // namespace norvik::detail

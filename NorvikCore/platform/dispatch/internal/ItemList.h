@@ -1,0 +1,34 @@
+// NorvikCore/platform/dispatch/internal/ItemList.h - items in order, first in first out, linked through themselves.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Item.h"
+
+namespace norvik::detail {
+
+// What a queue notes on an item while it holds it.
+inline constexpr std::uint32_t kItemWaiter = 1;   // a SyncWaiter: a thread that waits for its turn
+inline constexpr std::uint32_t kItemBarrier = 2;  // runs alone on a concurrent queue
+inline constexpr std::uint32_t kItemRelaxed = 4;  // queued with Delivery::relaxed
+
+class ItemList {
+ public:
+  [[nodiscard]] bool empty() const noexcept { return first_ == nullptr; }
+  [[nodiscard]] Item* first() const noexcept { return first_; }
+  void append(Item* item) noexcept {
+    item->queueLink = nullptr;
+    (first_ == nullptr ? first_ : last_->queueLink) = item;
+    last_ = item;
+  }
+  Item* takeFirst() noexcept {
+    Item* item = first_;
+    first_ = item->queueLink;
+    return item;
+  }
+  void forget() noexcept { first_ = last_ = nullptr; }
+
+ private:
+  Item* first_ = nullptr;
+  Item* last_ = nullptr;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,57 @@
+// NorvikCore/platform/dispatch/internal/QueueMutex.h - a mutex for sections of a few instructions.
+//
+// One word. Who finds it taken spins for about a microsecond before it sleeps: the holder is rarely longer. It can be
+// made anew in a child made by fork(), where its holder may be gone.
+#pragma once
+
+#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::detail {
+
+class NK_CAPABILITY("mutex") QueueMutex {
+ public:
+  void lock() noexcept NK_ACQUIRE() {
+    std::uint32_t expected = kFree;
+    if (!state_.compare_exchange_strong(expected, kTaken, std::memory_order_acquire, std::memory_order_relaxed))
+      lockSlowly();
+  }
+  void unlock() noexcept NK_RELEASE() {
+    if (state_.exchange(kFree, std::memory_order_release) == kContended) futexWake(&state_, 1);
+  }
+  /// In a child made by fork(), when no other thread is left.
+  void resetAfterFork() noexcept { state_.store(kFree, std::memory_order_relaxed); }
+
+ private:
+  static constexpr std::uint32_t kFree = 0, kTaken = 1, kContended = 2;
+  void lockSlowly() noexcept;
+  std::atomic<std::uint32_t> state_{kFree};
+};
+
+/// Holds the mutex for a scope; may let go of it in between.
+class NK_SCOPED_CAPABILITY QueueLock {
+ public:
+  explicit QueueLock(QueueMutex& mutex) noexcept NK_ACQUIRE(mutex) : mutex_(mutex), held_(true) { mutex_.lock(); }
+  ~QueueLock() NK_RELEASE() {
+    if (held_) mutex_.unlock();
+  }
+  QueueLock(const QueueLock&) = delete;
+  QueueLock& operator=(const QueueLock&) = delete;
+  void unlock() noexcept NK_RELEASE() {
+    held_ = false;
+    mutex_.unlock();
+  }
+  void lock() noexcept NK_ACQUIRE() {
+    mutex_.lock();
+    held_ = true;
+  }
+
+ private:
+  QueueMutex& mutex_;
+  bool held_;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,190 @@
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
+
+#include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+
+#include <utility>
+
+namespace norvik::detail {
+namespace {
+
+// A drain on a worker goes to the end of the pool's list after this many items when others wait there.
+constexpr std::size_t kItemsPerTurn = 256;
+
+std::uintptr_t wordOf(Item* item) { return reinterpret_cast<std::uintptr_t>(item); }
+Item* itemOf(std::uintptr_t word) { return reinterpret_cast<Item*>(word); }
+
+}  // namespace
+
+SerialQueue::SerialQueue(Kind kind, const char* label) : QueueCore(kind, label) {
+  drainItem_.queue = this;
+  drainItem_.run = [](Item* item, Cursor&) {
+    SerialQueue* queue = static_cast<DrainItem*>(item)->queue;
+    queue->drainMayWait_.store(false, std::memory_order_relaxed);
+    queue->drain();
+    queue->release();  // what schedule() retained
+  };
+}
+
+void SerialQueue::push(Item* item, Delivery delivery, Order) {
+  const bool relaxed = delivery == Delivery::relaxed;
+  item->queueFlags = relaxed ? kItemRelaxed : 0;
+  std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
+  do {
+    // Before the item can be seen, so that whoever is in a hurry later sees it too. In vain when another is faster
+    // here: then somebody in a hurry asks the workers once too often.
+    if (relaxed && old == kIdle) drainMayWait_.store(true, std::memory_order_relaxed);
+    item->queueLink = old == kIdle ? nullptr : itemOf(old);
+  } while (!inbox_.compare_exchange_weak(old, wordOf(item), std::memory_order_seq_cst, std::memory_order_relaxed));
+  if (old == kIdle) {
+    schedule(delivery);
+  } else if (!relaxed) {
+    hurry();
+  }
+}
+
+bool SerialQueue::append(Item* item) noexcept {
+  std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
+  do {
+    if (old == kIdle) return false;
+    item->queueLink = itemOf(old);
+  } while (!inbox_.compare_exchange_weak(old, wordOf(item), std::memory_order_seq_cst, std::memory_order_relaxed));
+  return true;
+}
+
+void SerialQueue::schedule(Delivery delivery) {
+  retain();
+  if (QueueCore* above = target()) {
+    above->push(&drainItem_, delivery, Order::normal);
+  } else {
+    WorkerPool::shared().submit(&drainItem_, delivery == Delivery::relaxed ? drainMayWait_ : WorkerPool::prompt());
+  }
+}
+
+void SerialQueue::hurry() noexcept {
+  if (!drainMayWait_.load(std::memory_order_seq_cst)) [[likely]]
+    return;
+  drainMayWait_.store(false, std::memory_order_relaxed);
+  WorkerPool::shared().expedite();
+}
+
+void SerialQueue::enter(Order) {
+  if (tryEnter()) return;
+  if (isHeld(this)) reportMisuse("dispatch_sync for a queue that the calling code holds would never return", this);
+  SyncWaiter waiter(false);
+  while (!append(&waiter)) {
+    if (tryEnter()) return;
+  }
+  hurry();
+  waiter.wait(this);
+}
+
+void SerialQueue::leave(Order) noexcept {
+  if (!tryLeave()) passOn();
+}
+
+/// Takes over what was queued since the last time, oldest first.
+void SerialQueue::collect() noexcept {
+  if (inbox_.load(std::memory_order_relaxed) == kEmpty) return;
+  Item* newest = itemOf(inbox_.exchange(kEmpty, std::memory_order_acquire));
+  readyIsRelaxed_ = true;
+  while (newest != nullptr) {
+    Item* older = newest->queueLink;
+    newest->queueLink = ready_;
+    ready_ = newest;
+    readyIsRelaxed_ = readyIsRelaxed_ && (newest->queueFlags & kItemRelaxed) != 0;
+    newest = older;
+  }
+}
+
+std::size_t SerialQueue::collectAll() noexcept {
+  Item* older = ready_;
+  ready_ = nullptr;
+  const bool olderIsRelaxed = older == nullptr || readyIsRelaxed_;
+  readyIsRelaxed_ = true;
+  collect();
+  readyIsRelaxed_ = readyIsRelaxed_ && olderIsRelaxed;
+  if (older != nullptr) {
+    Item* last = older;
+    while (last->queueLink != nullptr) last = last->queueLink;
+    last->queueLink = std::exchange(ready_, older);
+  }
+  std::size_t count = 0;
+  for (const Item* item = ready_; item != nullptr; item = item->queueLink) ++count;
+  return count;
+}
+
+Item* SerialQueue::peek() noexcept {
+  if (ready_ == nullptr) collect();
+  return ready_;
+}
+
+Item* SerialQueue::takeReady() noexcept {
+  Item* item = ready_;
+  ready_ = item->queueLink;
+  return item;
+}
+
+Item* SerialQueue::takeNextLike(Item::Run run) noexcept {
+  const Item* item = peek();
+  if (item == nullptr || item->run != run || (item->queueFlags & kItemWaiter) != 0) return nullptr;
+  return takeReady();
+}
+
+void SerialQueue::drain() {
+  const FrameScope frame(this);
+  for (std::size_t count = 1;; ++count) {
+    Item* item = peek();
+    if (item == nullptr) {
+      if (tryIdle()) return;
+      item = peek();
+    }
+    if ((item->queueFlags & kItemWaiter) != 0) {
+      takeReady();
+      static_cast<SyncWaiter*>(item)->grant();
+      return;
+    }
+    if (count % kItemsPerTurn == 0 && (target() != nullptr || WorkerPool::shared().hasReadyItems())) {
+      schedule(Delivery::prompt);
+      return;
+    }
+    takeReady();
+    runItem(item, this);
+  }
+}
+
+void SerialQueue::passOn() noexcept {
+  for (;;) {
+    Item* item = peek();
+    if (item == nullptr) {
+      if (tryIdle()) return;
+      continue;
+    }
+    if ((item->queueFlags & kItemWaiter) != 0) {
+      takeReady();
+      static_cast<SyncWaiter*>(item)->grant();
+      return;
+    }
+    // Where everything may wait, so may the drain; what is queued from now on sees drainMayWait_, and what was queued
+    // before it was set is in the inbox.
+    drainMayWait_.store(readyIsRelaxed_, std::memory_order_seq_cst);
+    if (inbox_.load(std::memory_order_seq_cst) != kEmpty) drainMayWait_.store(false, std::memory_order_relaxed);
+    schedule(drainMayWait_.load(std::memory_order_relaxed) ? Delivery::relaxed : Delivery::prompt);
+    return;
+  }
+}
+
+void SerialQueue::resetAfterFork() noexcept {
+  specifics().resetAfterFork();
+  ready_ = nullptr;
+  readyIsRelaxed_ = true;
+  drainMayWait_.store(false, std::memory_order_relaxed);
+  if (framesOnThisThread(this) > 0) {
+    inbox_.store(kEmpty, std::memory_order_relaxed);
+  } else {
+    inbox_.store(kIdle, std::memory_order_relaxed);
+  }
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,87 @@
+// NorvikCore/platform/dispatch/internal/SerialQueue.h - one block at a time, in order.
+//
+// One word says all: `inbox_` is kIdle while nobody owns the queue; else somebody does, and it is the list of what was
+// queued since the owner last looked, newest first. The owner is a drain (on its way to a worker, or at work there) or
+// a thread in a synchronous block.
+//   - To queue is one compare-and-swap. Who finds kIdle has made the queue owned, and sends the drain on its way.
+//   - To own for a synchronous block is kIdle -> empty; to let go is empty -> kIdle, which fails when something was
+//     queued meanwhile: then the owner passes the queue on, to the next waiter or to a drain. So nothing is overlooked.
+//   - Only the owner takes the list (exchange with empty), reverses it into `ready_`, and runs from there.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/internal/ItemList.h"
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace norvik::detail {
+
+class SerialQueue : public QueueCore {
+ public:
+  explicit SerialQueue(const char* label) : SerialQueue(Kind::serial, label) {}
+
+  void push(Item* item, Delivery delivery, Order order) final;
+  void enter(Order order) override;
+  void leave(Order order) noexcept override;
+  void resetAfterFork() noexcept override;
+
+  /// enter(), where it takes no waiting.
+  [[nodiscard]] bool tryEnter() noexcept {
+    std::uintptr_t expected = kIdle;
+    return inbox_.compare_exchange_strong(expected, kEmpty, std::memory_order_acquire, std::memory_order_relaxed);
+  }
+  /// leave(), where nothing waits.
+  [[nodiscard]] bool tryLeave() noexcept { return ready_ == nullptr && tryIdle(); }
+
+  /// The next item if its run function is `run`. For the owner.
+  [[nodiscard]] Item* takeNextLike(Item::Run run) noexcept;
+
+ protected:
+  SerialQueue(Kind kind, const char* label);
+
+  /// Makes somebody call drain(). By the owner, who gives the queue away with it.
+  virtual void schedule(Delivery delivery);
+
+  /// Runs the items; then the queue is idle, or passed on. By the owner.
+  void drain();
+
+  /// Ends ownership: idle, or the next waiter, or another drain.
+  void passOn() noexcept;
+
+  /// Takes over all that was queued; tells how many items there are now.
+  std::size_t collectAll() noexcept;
+  /// The first item, left where it is; null when there is none.
+  [[nodiscard]] Item* peek() noexcept;
+  Item* takeReady() noexcept;
+  [[nodiscard]] bool tryIdle() noexcept {
+    std::uintptr_t expected = kEmpty;
+    return inbox_.compare_exchange_strong(expected, kIdle, std::memory_order_release, std::memory_order_relaxed);
+  }
+  [[nodiscard]] bool isIdle() const noexcept { return inbox_.load(std::memory_order_acquire) == kIdle; }
+  /// Somebody wants an answer soon: a drain that may take its time no longer may.
+  void hurry() noexcept;
+
+  static constexpr std::uintptr_t kEmpty = 0;
+  static constexpr std::uintptr_t kIdle = 1;
+
+ private:
+  struct DrainItem : Item {
+    SerialQueue* queue = nullptr;
+  };
+
+  /// Queues the item unless the queue is idle; tells whether it did.
+  bool append(Item* item) noexcept;
+  void collect() noexcept;
+
+  alignas(64) std::atomic<std::uintptr_t> inbox_{kIdle};
+  std::atomic<bool> drainMayWait_{false};  // a drain is on its way with Delivery::relaxed
+
+  // The owner's.
+  alignas(64) Item* ready_ = nullptr;
+  bool readyIsRelaxed_ = true;  // nothing in ready_ is in a hurry
+  DrainItem drainItem_;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,49 @@
+// NorvikCore/platform/dispatch/internal/SpecificValues.h - the values that a queue keeps under keys.
+//
+// Looking up takes no lock, nor does replacing a value that never had a destructor. Slots are only ever added; one
+// whose value is null is as good as none.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <utility>
+
+namespace norvik::detail {
+
+class SpecificValues {
+ public:
+  SpecificValues() = default;
+  /// Hands the values that have a destructor to it, on the global queue.
+  ~SpecificValues();
+  SpecificValues(const SpecificValues&) = delete;
+  SpecificValues& operator=(const SpecificValues&) = delete;
+
+  [[nodiscard]] void* find(const void* key) const noexcept;
+  void set(const void* key, void* value, void (*destructor)(void*));
+  void resetAfterFork() noexcept { mutex_.resetAfterFork(); }
+
+ private:
+  struct Slot {
+    std::atomic<const void*> key{nullptr};  // null: free, or given up for another slot
+    std::atomic<void*> value{nullptr};
+    void (*destructor)(void*) = nullptr;  // guarded by mutex_
+    std::atomic<bool> plain{false};       // values in it never have a destructor
+  };
+  struct Chunk {
+    std::array<Slot, 4> slots;
+    std::atomic<Chunk*> next{nullptr};
+  };
+
+  [[nodiscard]] const Slot* slotOf(const void* key) const noexcept;
+  [[nodiscard]] Slot* slotOf(const void* key) noexcept { return const_cast<Slot*>(std::as_const(*this).slotOf(key)); }
+  Slot& freeSlot() NK_REQUIRES(mutex_);
+
+  QueueMutex mutex_;
+  std::size_t used_ NK_GUARDED_BY(mutex_) = 0;
+  Chunk first_;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,28 @@
+// NorvikCore/platform/dispatch/internal/SyncWaiter.h - a thread that waits in a queue for its turn.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/internal/ItemList.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::detail {
+
+/// Lives on the stack of the thread that waits. Whoever reaches it in the queue gives the queue to that thread.
+class SyncWaiter : public Item {
+ public:
+  explicit SyncWaiter(bool barrier) noexcept { queueFlags = kItemWaiter | (barrier ? kItemBarrier : 0U); }
+
+  /// Returns once it is this thread's turn on the queue. A worker counts as blocked meanwhile; the main thread goes on
+  /// draining the main queue if that is what the queue's turn takes.
+  void wait(const QueueCore* queue) noexcept;
+  /// From any thread; the waiter may be gone when this returns.
+  void grant() noexcept;
+
+ private:
+  static constexpr std::uint32_t kWaiting = 0, kGranted = 1, kAsleep = 2;
+  void waitDraining() noexcept;
+  std::atomic<std::uint32_t> state_{kWaiting};
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,215 @@
+#include "NorvikCore/platform/dispatch/internal/TimerClock.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/prctl.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace norvik::detail {
+namespace {
+
+constexpr std::size_t kTimersPerRound = 256;
+constexpr std::uint64_t kSecond = 1'000'000'000;
+
+timespec timespecOf(std::uint64_t nanoseconds) {
+  timespec time{};
+  time.tv_sec = static_cast<time_t>(nanoseconds / kSecond);
+  time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+  return time;
+}
+
+void drainDescriptor(int descriptor) {
+  std::uint64_t count = 0;
+  while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {
+  }  // EAGAIN: nothing there; ECANCELED: the wall clock was set, and that is what the caller looks for next
+}
+
+}  // namespace
+
+SystemTimerClock& SystemTimerClock::shared() {
+  static auto& clock = *new SystemTimerClock;
+  return clock;
+}
+
+void SystemTimerClock::arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) {
+  const ClockPoint point = clockPoint(start, start == DISPATCH_TIME_NOW ? monotonicNanoseconds() : 0);
+  const QueueLock lock(mutex_);
+  TimerHeap::remove(entry);
+  TimerHeap& heap = point.clock == ClockKind::wall ? wall_ : monotonic_;
+  const std::uint64_t before = heap.nextDeadline();
+  heap.add(entry, point.nanoseconds, interval, setting);
+  if (!threadRuns_ && !startThread()) return;
+  if (heap.nextDeadline() < before) wakeThread();
+}
+
+void SystemTimerClock::disarm(TimerEntry& entry) noexcept {
+  const QueueLock lock(mutex_);
+  TimerHeap::remove(entry);  // the thread may wake for it once, in vain
+}
+
+void SystemTimerClock::wakeThread() {
+  if (awake_) return;
+  awake_ = true;
+  const std::uint64_t one = 1;
+  while (write(wakeDescriptor_, &one, sizeof one) < 0 && errno == EINTR) {
+  }
+}
+
+bool SystemTimerClock::startThread() {
+  if (wakeDescriptor_ < 0) wakeDescriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (wallDescriptor_ < 0) wallDescriptor_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
+  int failure = wakeDescriptor_ < 0 || wallDescriptor_ < 0 ? errno : 0;
+  if (failure == 0) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    pthread_t thread{};
+    failure = pthread_create(&thread, &attributes, &threadMain, this);
+    pthread_attr_destroy(&attributes);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  }
+  threadRuns_ = failure == 0;
+  awake_ = threadRuns_;
+  if (!threadRuns_)
+    std::fprintf(stderr, "dispatch: timers wait, their thread cannot be started: %s\n", std::strerror(failure));
+  return threadRuns_;
+}
+
+void* SystemTimerClock::threadMain(void* clock) {
+  pthread_setname_np(pthread_self(), "norvik-timers");
+  prctl(PR_SET_TIMERSLACK, 1000UL, 0UL, 0UL, 0UL);
+  static_cast<SystemTimerClock*>(clock)->run();
+  return nullptr;
+}
+
+void SystemTimerClock::run() {
+  mutex_.lock();
+  std::uint64_t idleSince = monotonicNanoseconds();
+  for (;;) {
+    collectDue();
+    if (!due_.empty()) {
+      mutex_.unlock();
+      for (const DueTimer& timer : due_) timer.entry->fired(timer.count, timer.setting);
+      due_.clear();
+      idleSince = monotonicNanoseconds();
+      mutex_.lock();
+      continue;
+    }
+    const bool idle = monotonic_.size() == 0 && wall_.size() == 0;
+    if (!idle) {
+      idleSince = monotonicNanoseconds();
+    } else if (monotonicNanoseconds() - idleSince >= idleTime_) {
+      break;
+    }
+    sleepUntilNext();
+  }
+  threadRuns_ = false;
+  mutex_.unlock();
+}
+
+void SystemTimerClock::collectDue() {
+  if (monotonic_.size() > 0) monotonic_.takeDue(monotonicNanoseconds(), kTimersPerRound, due_);
+  if (wall_.size() > 0) wall_.takeDue(wallNow_(), kTimersPerRound, due_);
+}
+
+void SystemTimerClock::sleepUntilNext() {
+  itimerspec wall{};
+  if (wall_.size() > 0) wall.it_value = timespecOf(std::max<std::uint64_t>(wall_.nextDeadline(), 1));
+  timerfd_settime(wallDescriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &wall, nullptr);
+
+  const std::uint64_t now = monotonicNanoseconds();
+  const std::uint64_t until =
+      std::min(monotonic_.nextDeadline(), wall_.size() > 0 ? TimerHeap::kNever : now + idleTime_);
+  const timespec distance = timespecOf(until <= now ? 0 : until - now);
+  pollfd descriptors[] = {{wakeDescriptor_, POLLIN, 0}, {wallDescriptor_, POLLIN, 0}};
+  awake_ = false;
+  mutex_.unlock();
+  ppoll(descriptors, 2, until == TimerHeap::kNever ? nullptr : &distance, nullptr);
+  mutex_.lock();
+  awake_ = true;
+  for (const pollfd& descriptor : descriptors) {
+    if (descriptor.revents != 0) drainDescriptor(descriptor.fd);
+  }
+}
+
+bool SystemTimerClock::threadRuns() {
+  const QueueLock lock(mutex_);
+  return threadRuns_;
+}
+
+void SystemTimerClock::setIdleTime(std::uint64_t nanoseconds) {
+  const QueueLock lock(mutex_);
+  idleTime_ = nanoseconds;
+  if (threadRuns_) wakeThread();
+}
+
+void SystemTimerClock::setWallClock(std::uint64_t (*wallNow)() noexcept) {
+  const QueueLock lock(mutex_);
+  wallNow_ = wallNow;
+  if (threadRuns_) wakeThread();
+}
+
+void SystemTimerClock::resetAfterFork() noexcept {
+  mutex_.resetAfterFork();
+  const QueueLock lock(mutex_);
+  monotonic_.forgetAll();
+  wall_.forgetAll();
+  new std::vector<DueTimer>(std::move(due_));
+  due_.clear();
+  threadRuns_ = awake_ = false;
+  for (int* descriptor : {&wakeDescriptor_, &wallDescriptor_}) {
+    if (*descriptor >= 0) close(*descriptor);  // the parent's own stay open
+    *descriptor = -1;
+  }
+}
+
+void ManualTimerClock::arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) {
+  const QueueLock lock(mutex_);
+  TimerHeap::remove(entry);
+  heap_.add(entry, clockPoint(start, now_).nanoseconds, interval, setting);
+}
+
+void ManualTimerClock::disarm(TimerEntry& entry) noexcept {
+  const QueueLock lock(mutex_);
+  TimerHeap::remove(entry);
+}
+
+void ManualTimerClock::advance(std::uint64_t nanoseconds) {
+  std::vector<DueTimer> due;
+  mutex_.lock();
+  const std::uint64_t end = now_ + nanoseconds;
+  while (heap_.nextDeadline() <= end) {
+    now_ = std::max(now_, heap_.nextDeadline());
+    heap_.takeDue(now_, heap_.size(), due);
+    mutex_.unlock();
+    for (const DueTimer& timer : due) timer.entry->fired(timer.count, timer.setting);
+    due.clear();
+    mutex_.lock();
+  }
+  now_ = end;
+  mutex_.unlock();
+}
+
+std::uint64_t ManualTimerClock::now() {
+  const QueueLock lock(mutex_);
+  return now_;
+}
+
+std::size_t ManualTimerClock::size() {
+  const QueueLock lock(mutex_);
+  return heap_.size();
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,79 @@
+// NorvikCore/platform/dispatch/internal/TimerClock.h - who watches the time: the system's clocks, or a test.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Time.h"
+#include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+#include "NorvikCore/platform/dispatch/internal/TimerHeap.h"
+#include "NorvikCore/platform/export.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace norvik::detail {
+
+class TimerClock {
+ public:
+  virtual ~TimerClock() = default;
+  /// Sets the entry, in place of what it was set to. `start` is not DISPATCH_TIME_FOREVER.
+  virtual void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) = 0;
+  /// After this the entry is not kept for firing, save that it may be firing right now.
+  virtual void disarm(TimerEntry& entry) noexcept = 0;
+};
+
+/// The monotonic clock and the wall clock. One thread for all timers: it starts with the first and ends when there have
+/// been none for a while. It sleeps until the next deadline, a new first one, or a change of the wall clock.
+class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
+ public:
+  /// Never destroyed.
+  static SystemTimerClock& shared();
+
+  void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) override;
+  void disarm(TimerEntry& entry) noexcept override;
+  void resetAfterFork() noexcept override;
+
+  // For tests.
+  [[nodiscard]] bool threadRuns();
+  void setIdleTime(std::uint64_t nanoseconds);
+  /// Replaces the wall clock that deadlines are compared with, as if it had been set.
+  void setWallClock(std::uint64_t (*wallNanoseconds)() noexcept);
+
+ private:
+  SystemTimerClock() = default;
+  static void* threadMain(void* clock);
+  void run();
+  bool startThread() NK_REQUIRES(mutex_);
+  void collectDue() NK_REQUIRES(mutex_);
+  void sleepUntilNext() NK_REQUIRES(mutex_);
+  void wakeThread() NK_REQUIRES(mutex_);
+
+  QueueMutex mutex_;
+  TimerHeap monotonic_ NK_GUARDED_BY(mutex_);
+  TimerHeap wall_ NK_GUARDED_BY(mutex_);
+  std::vector<DueTimer> due_;  // the thread's
+  bool threadRuns_ NK_GUARDED_BY(mutex_) = false;
+  bool awake_ NK_GUARDED_BY(mutex_) = false;  // the thread will look at the heaps before it sleeps
+  int wakeDescriptor_ NK_GUARDED_BY(mutex_) = -1;
+  int wallDescriptor_ NK_GUARDED_BY(mutex_) = -1;
+  std::uint64_t idleTime_ NK_GUARDED_BY(mutex_) = 10'000'000'000;
+  std::uint64_t (*wallNow_)() noexcept NK_GUARDED_BY(mutex_) = &wallNanoseconds;
+};
+
+/// Stands still until advance().
+class ManualTimerClock final : public TimerClock {
+ public:
+  void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) override;
+  void disarm(TimerEntry& entry) noexcept override;
+  void advance(std::uint64_t nanoseconds);
+  [[nodiscard]] std::uint64_t now();
+  [[nodiscard]] std::size_t size();
+
+ private:
+  QueueMutex mutex_;
+  TimerHeap heap_ NK_GUARDED_BY(mutex_);
+  std::uint64_t now_ NK_GUARDED_BY(mutex_) = 1'000'000'000;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,308 @@
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+
+#include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <pthread.h>
+#include <sched.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace norvik::detail {
+namespace {
+
+constexpr std::uint64_t kLookInterval = 1'000'000;   // a lookout looks once a millisecond
+constexpr std::uint64_t kQuietTime = 60'000'000;     // and sleeps when nothing has come for this long
+constexpr std::uint64_t kSpinTime = 15'000;          // how long it spins after prompt work
+constexpr unsigned kLooksBeforeHelp = 5;             // looks at a list from which nothing is taken
+constexpr std::uint64_t kIdleTime = 10'000'000'000;  // a sleeping worker ends after this
+constexpr unsigned kMostThreads = 4096;
+
+unsigned processorsOfThisProcess() {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  if (sched_getaffinity(0, sizeof set, &set) != 0) return 1;
+  return std::max(1U, static_cast<unsigned>(CPU_COUNT(&set)));
+}
+
+constinit thread_local bool thisThreadIsWorker __attribute__((tls_model("initial-exec"))) = false;
+
+}  // namespace
+
+struct WorkerPool::Worker {
+  std::atomic<std::uint32_t> word{0};  // 1: woken. Changed under the mutex
+  Worker* below = nullptr;             // the worker that fell asleep before this one
+};
+
+WorkerPool& WorkerPool::shared() {
+  static auto& pool = *new WorkerPool;
+  return pool;
+}
+
+WorkerPool::WorkerPool()
+    : processors_(processorsOfThisProcess()), target_(std::max(2U, processors_)), idleTime_(kIdleTime) {}
+
+// --- Those who bring work ---
+
+void WorkerPool::submit(Item* item, const std::atomic<bool>& mayWait) {
+  Wake wake;
+  {
+    const QueueLock lock(mutex_);
+    items_.append(item);
+    readyCount_.store(readyCount_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+    const bool relaxed = mayWait.load(std::memory_order_relaxed);
+    spin_ = !relaxed;
+    if (lookout_ != nullptr && relaxed) return;
+    wake = cover();
+  }
+  carryOut(wake);
+}
+
+const std::atomic<bool>& WorkerPool::prompt() noexcept {
+  static constinit std::atomic<bool> mayNotWait{false};
+  return mayNotWait;
+}
+
+void WorkerPool::expedite() noexcept {
+  Wake wake;
+  {
+    const QueueLock lock(mutex_);
+    if (!items_.empty()) wake = cover();
+  }
+  carryOut(wake);
+}
+
+/// Sees to it that somebody comes soon for what is in the list.
+WorkerPool::Wake WorkerPool::cover() {
+  if (coming_ > 0) return {};
+  return lookout_ != nullptr ? alertLookout() : summon();
+}
+
+WorkerPool::Wake WorkerPool::alertLookout() {
+  // With all processors at work the lookout could only look; it does that anyway.
+  if (lookoutComes_ || running_ >= target_) return {};
+  lookoutComes_ = true;
+  lookout_->word.store(1, std::memory_order_relaxed);
+  return {&lookout_->word, false};
+}
+
+WorkerPool::Wake WorkerPool::summon() {
+  if (Worker* sleeper = sleepers_; sleeper != nullptr) {
+    sleepers_ = sleeper->below;
+    ++coming_;
+    sleeper->word.store(1, std::memory_order_relaxed);
+    return {&sleeper->word, false};
+  }
+  if (threads_ >= kMostThreads) return {};
+  ++threads_;
+  ++coming_;
+  return {nullptr, true};
+}
+
+void WorkerPool::carryOut(const Wake& wake) noexcept {
+  if (wake.word != nullptr) futexWake(wake.word, 1);
+  if (!wake.start) return;
+
+  // Workers take no signals: those are for the application's own threads.
+  sigset_t blocked;
+  sigset_t before;
+  sigfillset(&blocked);
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF})
+    sigdelset(&blocked, fault);
+  pthread_sigmask(SIG_SETMASK, &blocked, &before);
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  pthread_t thread{};
+  const int failure = pthread_create(&thread, &attributes, &threadMain, this);
+  pthread_attr_destroy(&attributes);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  if (failure == 0) return;
+
+  // The work stays in the list for the workers that there are, and the next submit() tries again.
+  bool alone = false;
+  {
+    const QueueLock lock(mutex_);
+    --threads_;
+    --coming_;
+    alone = threads_ == 0;
+  }
+  if (alone) std::fputs("dispatch: no worker thread can be started; queued blocks wait for the next attempt\n", stderr);
+}
+
+// --- Workers ---
+
+void* WorkerPool::threadMain(void* pool) {
+  thisThreadIsWorker = true;
+  pthread_setname_np(pthread_self(), "norvik-worker");
+  const FrameScope frame(GlobalQueue::shared());
+  Worker self;
+  static_cast<WorkerPool*>(pool)->work(self);
+  return nullptr;
+}
+
+void WorkerPool::work(Worker& self) {
+  mutex_.lock();
+  --coming_;
+  bool help = false;
+  for (;;) {
+    if (!items_.empty() && (running_ < target_ || help)) {
+      help = false;
+      runNext();
+      continue;
+    }
+    help = false;
+    if (lookout_ == nullptr) {
+      const Outlook outlook = lookOut(self);
+      help = outlook == Outlook::help;
+      if (outlook != Outlook::quiet) continue;
+    }
+    if (!sleep(self)) break;
+  }
+  mutex_.unlock();
+}
+
+void WorkerPool::runNext() {
+  Item* item = items_.takeFirst();
+  readyCount_.store(readyCount_.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
+  ++running_;
+  ++taken_;
+  const Wake wake = items_.empty() ? Wake{} : cover();
+  mutex_.unlock();
+  carryOut(wake);
+  runItem(item, GlobalQueue::shared());
+  mutex_.lock();
+  --running_;
+}
+
+WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
+  lookout_ = &self;
+  lookoutComes_ = true;
+  if (spin_ && items_.empty()) spinForWork();
+
+  std::uint64_t quietSince = monotonicNanoseconds();
+  std::uint64_t seen = taken_;
+  unsigned looksAtTheSame = 0;
+  Outlook outlook = Outlook::quiet;
+  for (;;) {
+    ++looks_;
+    const std::uint64_t now = monotonicNanoseconds();
+    const bool moved = taken_ != seen;
+    seen = taken_;
+    if (items_.empty()) {
+      looksAtTheSame = 0;
+      if (moved) quietSince = now;
+      if (now - quietSince >= kQuietTime) break;
+    } else {
+      outlook = Outlook::work;
+      if (running_ < target_) break;
+      outlook = Outlook::help;
+      looksAtTheSame = moved ? 0 : looksAtTheSame + 1;
+      if (looksAtTheSame > kLooksBeforeHelp) break;
+      outlook = Outlook::quiet;
+      quietSince = now;
+    }
+    lookoutComes_ = false;
+    self.word.store(0, std::memory_order_relaxed);
+    mutex_.unlock();
+    futexWait(self.word, 0, now + kLookInterval);
+    mutex_.lock();
+    lookoutComes_ = true;
+  }
+  lookout_ = nullptr;
+  lookoutComes_ = false;
+  return outlook;
+}
+
+void WorkerPool::spinForWork() {
+  if (processors_ < 2) return;
+  mutex_.unlock();
+  const std::uint64_t until = monotonicNanoseconds() + kSpinTime;
+  do {
+    for (int spin = 0; spin < 30 && readyCount_.load(std::memory_order_acquire) == 0; ++spin) spinPause();
+  } while (readyCount_.load(std::memory_order_relaxed) == 0 && monotonicNanoseconds() < until);
+  mutex_.lock();
+}
+
+/// False when the worker has slept long enough to end.
+bool WorkerPool::sleep(Worker& self) {
+  self.word.store(0, std::memory_order_relaxed);
+  self.below = sleepers_;
+  sleepers_ = &self;
+  const std::uint64_t deadline = monotonicNanoseconds() + idleTime_;
+  mutex_.unlock();
+  bool timeLeft = true;
+  while (self.word.load(std::memory_order_relaxed) == 0 && timeLeft) timeLeft = futexWait(self.word, 0, deadline);
+  mutex_.lock();
+  if (self.word.load(std::memory_order_relaxed) != 0) {
+    --coming_;
+    return true;
+  }
+  for (Worker** link = &sleepers_; *link != nullptr; link = &(*link)->below) {
+    if (*link == &self) {
+      *link = self.below;
+      break;
+    }
+  }
+  --threads_;
+  return false;
+}
+
+// --- Workers that wait for others ---
+
+void WorkerPool::enterBlocked() noexcept {
+  Wake wake;
+  {
+    const QueueLock lock(mutex_);
+    --running_;
+    if (!items_.empty()) wake = cover();
+  }
+  carryOut(wake);
+}
+
+void WorkerPool::leaveBlocked() noexcept {
+  const QueueLock lock(mutex_);
+  ++running_;
+}
+
+BlockingScope::BlockingScope() noexcept : isWorker_(thisThreadIsWorker) {
+  if (isWorker_) WorkerPool::shared().enterBlocked();
+}
+
+BlockingScope::~BlockingScope() {
+  if (isWorker_) WorkerPool::shared().leaveBlocked();
+}
+
+// --- Tests, fork ---
+
+std::size_t WorkerPool::workerCount() {
+  const QueueLock lock(mutex_);
+  return threads_;
+}
+
+void WorkerPool::setIdleTime(std::uint64_t nanoseconds) {
+  const QueueLock lock(mutex_);
+  idleTime_ = nanoseconds;
+}
+
+std::uint64_t WorkerPool::lookCount() {
+  const QueueLock lock(mutex_);
+  return looks_;
+}
+
+void WorkerPool::resetAfterFork() noexcept {
+  mutex_.resetAfterFork();
+  const QueueLock lock(mutex_);
+  items_.forget();
+  readyCount_.store(0, std::memory_order_relaxed);
+  sleepers_ = lookout_ = nullptr;
+  lookoutComes_ = false;
+  coming_ = 0;
+  // A worker whose block called fork() goes on as the child's first worker.
+  running_ = threads_ = thisThreadIsWorker ? 1 : 0;
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,41 @@
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <ctime>
+
+namespace norvik::detail {
+namespace {
+
+constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
+
+long futex(const void* word, int operation, std::uint32_t value, const timespec* deadline) noexcept {
+  return syscall(SYS_futex, word, operation | FUTEX_PRIVATE_FLAG, value, deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
+}
+
+}  // namespace
+
+std::uint64_t monotonicNanoseconds() noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint64_t deadline) noexcept {
+  timespec until{};
+  until.tv_sec = static_cast<time_t>(deadline / kNanosecondsPerSecond);
+  until.tv_nsec = static_cast<long>(deadline % kNanosecondsPerSecond);
+  // FUTEX_WAIT_BITSET takes an absolute deadline of the monotonic clock.
+  const long result = futex(&word, FUTEX_WAIT_BITSET, expected, deadline == kNoDeadline ? nullptr : &until);
+  return result == 0 || errno != ETIMEDOUT;
+}
+
+void futexWake(const std::atomic<std::uint32_t>* word, int count) noexcept {
+  futex(word, FUTEX_WAKE, static_cast<std::uint32_t>(count), nullptr);
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,32 @@
+// NorvikCore/platform/kernel/internal/Futex.h - sleep until a word changes, and wake who sleeps on it.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::detail {
+
+/// A deadline that never comes, in nanoseconds of the monotonic clock.
+inline constexpr std::uint64_t kNoDeadline = ~std::uint64_t{0};
+
+/// Nanoseconds of the monotonic clock.
+[[nodiscard]] std::uint64_t monotonicNanoseconds() noexcept;
+
+/// Sleeps while `word` is `expected`, until woken, until the deadline, or for no reason at all: the caller looks again.
+/// False when the deadline passed.
+bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected,
+               std::uint64_t monotonicDeadline = kNoDeadline) noexcept;
+
+/// Wakes up to `count` threads that sleep on the word. Only the address counts: the word may be gone already.
+void futexWake(const std::atomic<std::uint32_t>* word, int count) noexcept;
+
+/// Tells the processor that this is a spin loop.
+inline void spinPause() noexcept {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  __asm__ __volatile__("yield");
+#endif
+}
+
+}  // namespace norvik::detail
