@@ -1,120 +1,115 @@
 #include "NorvikCore/platform/values/NSNumber.h"
 
-#include "NorvikCore/platform/values/NumberHash.h"
-
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <ostream>
 
 namespace norvik {
 namespace {
 
+/// `limit` is the power of two just above the range of Integer.
 template <class Integer>
-Integer saturated(double real, double belowLeast, double aboveGreatest) noexcept {
+Integer nearest(double value, double limit) noexcept {
   using Limits = std::numeric_limits<Integer>;
-  if (real != real) return 0;
-  if (real <= belowLeast) return Limits::min();
-  if (real >= aboveGreatest) return Limits::max();
-  return static_cast<Integer>(real);
-}
-
-/// The order of doubles, with not-a-number equal to itself and below all.
-std::weak_ordering orderOfDoubles(double a, double b) noexcept {
-  if (a < b) return std::weak_ordering::less;
-  if (a > b) return std::weak_ordering::greater;
-  return (b != b) <=> (a != a);
+  if (value != value) return 0;
+  if (value >= limit) return Limits::max();
+  return value <= static_cast<double>(Limits::min()) ? Limits::min() : static_cast<Integer>(value);
 }
 
 }  // namespace
 
-bool NSNumber::boolValue() const noexcept {
+/// Calls the function with what the number is made of, in its own type.
+template <class Function>
+auto NSNumber::visit(Function function) const {
   switch (kind_) {
+    case Kind::Boolean:
+      return function(boolean_);
+    case Kind::Integer:
+      return function(integer_);
+    case Kind::Unsigned:
+      return function(static_cast<std::uint64_t>(integer_));
     case Kind::Double:
-      return real_ != 0 && real_ == real_;
+      return function(double_);
     case Kind::Decimal:
-      return decimal_.boolValue();
-    default:
-      return integer_ != 0;
+      break;
   }
+  return function(decimal_);
+}
+
+bool NSNumber::isNaN() const noexcept {
+  return kind_ == Kind::Double ? double_ != double_ : kind_ == Kind::Decimal && decimal_.isNaN();
+}
+
+bool NSNumber::boolValue() const noexcept {
+  if (kind_ == Kind::Decimal) return decimal_.boolValue();
+  if (kind_ == Kind::Double) return double_ < 0 || double_ > 0;
+  return kind_ == Kind::Boolean ? boolean_ : integer_ != 0;
+}
+
+int NSNumber::intValue() const noexcept {
+  constexpr std::int64_t least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
+  return static_cast<int>(std::clamp(longLongValue(), least, most));
 }
 
 std::int64_t NSNumber::longLongValue() const noexcept {
   switch (kind_) {
-    case Kind::Unsigned:
-      return static_cast<std::int64_t>(std::min(unsigned_, static_cast<std::uint64_t>(INT64_MAX)));
-    case Kind::Double:
-      return saturated<std::int64_t>(real_, -0x1p63, 0x1p63);
-    case Kind::Decimal:
-      return decimal_.longLongValue();
-    default:
+    case Kind::Boolean:
+      return boolean_ ? 1 : 0;
+    case Kind::Integer:
       return integer_;
+    case Kind::Unsigned:
+      return std::numeric_limits<std::int64_t>::max();
+    case Kind::Double:
+      return nearest<std::int64_t>(double_, 0x1p63);
+    case Kind::Decimal:
+      break;
   }
-}
-
-int NSNumber::intValue() const noexcept {
-  using Limits = std::numeric_limits<int>;
-  return static_cast<int>(std::clamp<std::int64_t>(longLongValue(), Limits::min(), Limits::max()));
+  return decimal_.longLongValue();
 }
 
 std::uint64_t NSNumber::unsignedLongLongValue() const noexcept {
   switch (kind_) {
+    case Kind::Boolean:
+      return boolean_ ? 1 : 0;
+    case Kind::Integer:
+      return integer_ < 0 ? 0 : static_cast<std::uint64_t>(integer_);
     case Kind::Unsigned:
-      return unsigned_;
+      return static_cast<std::uint64_t>(integer_);
     case Kind::Double:
-      return saturated<std::uint64_t>(real_, 0, 0x1p64);
+      return nearest<std::uint64_t>(double_, 0x1p64);
     case Kind::Decimal:
-      return decimal_.unsignedLongLongValue();
-    default:
-      return static_cast<std::uint64_t>(std::max<std::int64_t>(integer_, 0));
+      break;
   }
+  return decimal_.unsignedLongLongValue();
 }
 
 double NSNumber::doubleValue() const noexcept {
-  switch (kind_) {
-    case Kind::Unsigned:
-      return static_cast<double>(unsigned_);
-    case Kind::Double:
-      return real_;
-    case Kind::Decimal:
-      return decimal_.doubleValue();
-    default:
-      return static_cast<double>(integer_);
-  }
+  if (kind_ == Kind::Decimal) return decimal_.doubleValue();
+  if (kind_ == Kind::Double) return double_;
+  return kind_ == Kind::Unsigned ? static_cast<double>(unsignedLongLongValue()) : static_cast<double>(longLongValue());
 }
 
 Decimal NSNumber::decimalValue() const noexcept {
-  switch (kind_) {
-    case Kind::Unsigned:
-      return unsigned_;
-    case Kind::Double:
-      return norvik::Decimal(real_);
-    case Kind::Decimal:
-      return decimal_;
-    default:
-      return integer_;
-  }
+  return visit([](const auto& value) { return Decimal(value); });
 }
 
 NSString NSNumber::stringValue() const {
-  if (kind_ != Kind::Double) return decimalValue().stringValue();
-  std::array<char, 32> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), real_).ptr;
-  return std::string_view(digits.data(), end);
-}
-
-std::size_t NSNumber::hash() const noexcept {
-  return kind_ == Kind::Double ? numberHash(real_) : numberHash(decimalValue());
+  if (kind_ == Kind::Decimal) return decimal_.stringValue();
+  char digits[32];
+  char* const end = digits + sizeof digits;
+  const std::to_chars_result result = kind_ == Kind::Double     ? std::to_chars(digits, end, double_)
+                                      : kind_ == Kind::Unsigned ? std::to_chars(digits, end, unsignedLongLongValue())
+                                                                : std::to_chars(digits, end, longLongValue());
+  return std::string_view(digits, static_cast<std::size_t>(result.ptr - digits));
 }
 
 std::weak_ordering NSNumber::order(const NSNumber& other) const noexcept {
-  const bool bothIntegers = kind_ <= Kind::Integer && other.kind_ <= Kind::Integer;
-  if (bothIntegers) return integer_ <=> other.integer_;
-  const norvik::Decimal a = decimalValue(), b = other.decimalValue();
-  if (!a.isNaN() && !b.isNaN()) return a <=> b;
-  return orderOfDoubles(doubleValue(), other.doubleValue());
+  return visit([&other](const auto& a) { return other.visit([&a](const auto& b) { return numberCompare(a, b); }); });
+}
+
+std::size_t NSNumber::hash() const noexcept {
+  return visit([](const auto& value) { return numberHash(value); });
 }
 
 std::ostream& operator<<(std::ostream& out, const NSNumber& number) { return out << number.stringValue(); }

@@ -1,26 +1,27 @@
-// NorvikCore/platform/values/NSNumber.h - a number of any kind: boolean, integer, double or decimal.
+// NorvikCore/platform/values/NSNumber.h - a number of any kind: a boolean, an integer, a double or a decimal.
 //
-//   NSNumber pay = 1234.5;
-//   pay.decimalValue();                 // the Decimal 1234.5
-//   pay == NSNumber(Decimal(12345) / 10);   // true: equality goes by the number, not by its kind
+//   NSNumber hours = 37.5, rate = 12.21_dec, staff = 40;
+//   hours.kind();                                    // NSNumber::Kind::Double
+//   hours.decimalValue() * rate.decimalValue();      // 457.875
+//   NSNumber(5) == NSNumber(5.00_dec);               // true, and they have one hash
 //
-// A double equals the decimal that Decimal(double) makes of it, so 0.1 equals the decimal 0.1; one that no decimal can
-// be is compared as a double. Not-a-number equals itself and is less than every number. The order is total and goes
-// with the hash.
+// It keeps what it was made from; equality, order and hash look at the numeric value only, as NumberOrder.h says, so
+// `true` equals 1. Asked for a kind that cannot hold it, it gives the nearest: a fraction is discarded, a number out of
+// range becomes the end of the range, not-a-number becomes 0 where there is no other.
 //
-// A value of 32 bytes at most: copied freely, safe on any thread.
+// Values of 32 bytes: no allocation, constant time, safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/Decimal.h"
-#include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSInteger.h"
 #include "NorvikCore/platform/values/NSString.h"
+#include "NorvikCore/platform/values/NumberOrder.h"
 
 #include <compare>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <iosfwd>
 
 namespace norvik {
@@ -29,69 +30,70 @@ class NK_EXPORT NSNumber {
  public:
   enum class Kind : std::uint8_t { Boolean, Integer, Unsigned, Double, Decimal };
 
-  /// The integer zero.
+  /// The integer 0.
   constexpr NSNumber() noexcept : integer_(0), kind_(Kind::Integer) {}
-  // Every number is an NSNumber, so these convert silently.
-  constexpr NSNumber(std::same_as<bool> auto boolean) noexcept : integer_(boolean ? 1 : 0), kind_(Kind::Boolean) {}
-  template <std::integral I>
-  requires(!std::same_as<I, bool>) constexpr NSNumber(I integer) noexcept : integer_(0), kind_(Kind::Integer) {
-    if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
-      unsigned_ = integer;
-      kind_ = Kind::Unsigned;
-    } else {
-      integer_ = static_cast<std::int64_t>(integer);
-    }
-  }
-  template <std::floating_point F>
-  constexpr NSNumber(F real) noexcept : real_(static_cast<double>(real)), kind_(Kind::Double) {}
-  constexpr NSNumber(const norvik::Decimal& decimal) noexcept : decimal_(decimal), kind_(Kind::Decimal) {}
+  constexpr NSNumber(std::same_as<bool> auto value) noexcept  // NOLINT(google-explicit-constructor): as all below
+      : boolean_(value), kind_(Kind::Boolean) {}
+  /// An integer that fits 64 bits with a sign is of the kind Integer, whatever type it comes from.
+  template <std::integral Integer>
+  requires(!std::same_as<Integer, bool>) constexpr NSNumber(Integer value) noexcept
+      : integer_(static_cast<std::int64_t>(value)),
+        kind_(static_cast<std::uint64_t>(value) > INT64_MAX && value > 0 ? Kind::Unsigned : Kind::Integer) {}
+  template <std::floating_point Float>
+  requires(sizeof(Float) <= sizeof(double)) constexpr NSNumber(Float value) noexcept
+      : double_(static_cast<double>(value)), kind_(Kind::Double) {}
+  constexpr NSNumber(const Decimal& value) noexcept : decimal_(value), kind_(Kind::Decimal) {}
 
   [[nodiscard]] constexpr Kind kind() const noexcept { return kind_; }
   [[nodiscard]] constexpr bool isBool() const noexcept { return kind_ == Kind::Boolean; }
+  [[nodiscard]] bool isNaN() const noexcept;
 
-  /// Zero and not-a-number are false.
+  /// True for every number but 0; not-a-number is false.
   [[nodiscard]] bool boolValue() const noexcept;
-  /// These cut a fraction off and give the nearest limit where the number is out of range; not-a-number gives 0.
   [[nodiscard]] int intValue() const noexcept;
-  [[nodiscard]] std::int64_t integerValue() const noexcept { return longLongValue(); }
+  [[nodiscard]] NSInteger integerValue() const noexcept { return longLongValue(); }
+  [[nodiscard]] NSUInteger unsignedIntegerValue() const noexcept { return unsignedLongLongValue(); }
   [[nodiscard]] std::int64_t longLongValue() const noexcept;
   [[nodiscard]] std::uint64_t unsignedLongLongValue() const noexcept;
+  /// The nearest double.
   [[nodiscard]] double doubleValue() const noexcept;
-  /// Integers exactly, a double as Decimal(double) says.
-  [[nodiscard]] norvik::Decimal decimalValue() const noexcept;
-  /// The digits without grouping, "." before a fraction; a boolean gives "1" or "0", a double the fewest digits that
-  /// read back as the same double.
+  /// Exact for booleans, integers and decimals; a double as Decimal(double) has it: 0.1 is 0.1, infinity not-a-number.
+  [[nodiscard]] Decimal decimalValue() const noexcept;
+
+  /// The digits: "1" or "0" for a boolean, the shortest that read back as it for a double ("0.1", "1e+21", "inf",
+  /// "nan"), a decimal's own digits.
   [[nodiscard]] NSString stringValue() const;
 
   [[nodiscard]] NSComparisonResult compare(const NSNumber& other) const noexcept {
     return comparisonResult(*this <=> other);
   }
   [[nodiscard]] bool isEqualToNumber(const NSNumber& other) const noexcept { return *this == other; }
+  friend std::weak_ordering operator<=>(const NSNumber& a, const NSNumber& b) noexcept { return a.order(b); }
+  friend bool operator==(const NSNumber& a, const NSNumber& b) noexcept { return a.order(b) == 0; }
   [[nodiscard]] std::size_t hash() const noexcept;
 
-  friend bool operator==(const NSNumber& a, const NSNumber& b) noexcept { return (a <=> b) == 0; }
-  friend std::weak_ordering operator<=>(const NSNumber& a, const NSNumber& b) noexcept { return a.order(b); }
+  /// Writes stringValue().
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSNumber& number);
 
  private:
   [[nodiscard]] std::weak_ordering order(const NSNumber& other) const noexcept;
+  template <class Function>
+  auto visit(Function function) const;
 
   union {
-    std::int64_t integer_;
-    std::uint64_t unsigned_;
-    double real_;
-    norvik::Decimal decimal_;
+    bool boolean_;
+    std::int64_t integer_;  // an Unsigned's bits too
+    double double_;
+    Decimal decimal_;
   };
   Kind kind_;
 };
 
-static_assert(sizeof(NSNumber) <= 32);
-
-/// Writes stringValue().
-NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSNumber& number);
+static_assert(sizeof(NSNumber) == 32);
 
 }  // namespace norvik
 
 template <>
 struct std::hash<norvik::NSNumber> {
-  std::size_t operator()(const norvik::NSNumber& number) const noexcept { return number.hash(); }
+  [[nodiscard]] std::size_t operator()(const norvik::NSNumber& number) const noexcept { return number.hash(); }
 };
