@@ -140,17 +140,16 @@ Result round(const Number& exact, Mode mode, long scale) {
 Result divide(const Number& a, const Number& b, Mode mode, long scale) {
   if (b.digits.empty()) return {Outcome::divideByZero, false, {}};
   Number quotient{"", a.exponent - b.exponent, a.negative != b.negative && !a.digits.empty()};
-  std::string remainder;
+  std::string remainder, multiples[10];
+  for (int times = 1; times < 10; ++times) multiples[times] = addDigits(multiples[times - 1], b.digits);
   const auto nextDigit = [&](char digit) {
     remainder += digit;
     trim(remainder);
-    char times = '0';
-    while (compareDigits(remainder, b.digits) >= 0) {
-      subtractDigits(remainder, b.digits);
-      trim(remainder);
-      ++times;
-    }
-    if (!quotient.digits.empty() || times != '0') quotient.digits += times;
+    int times = 9;
+    while (compareDigits(remainder, multiples[times]) < 0) --times;
+    subtractDigits(remainder, multiples[times]);
+    trim(remainder);
+    if (!quotient.digits.empty() || times != 0) quotient.digits += static_cast<char>('0' + times);
   };
   for (const char digit : a.digits) nextDigit(digit);
   while (!remainder.empty() && length(quotient.digits) < mostDigits + 2) {

@@ -122,10 +122,11 @@ std::size_t Decimal::hash() const noexcept {
       ++exponent;
     }
   }
-  std::uint64_t mixed = low ^ detail::high64(mantissa) * 0xff51afd7ed558ccdu;
-  mixed ^= static_cast<std::uint64_t>(exponent + 1024) << 1 ^ static_cast<std::uint64_t>(negative_);
-  mixed = (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93u;
-  return (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93u;
+  std::uint64_t mixed = (low ^ detail::high64(mantissa) * 0xff51afd7ed558ccdu) * 0x9e3779b97f4a7c15u;
+  mixed ^= mixed >> 32;
+  mixed += static_cast<std::uint64_t>(2 * (exponent + 1024) + (negative_ ? 1 : 0)) * 0xc2b2ae3d27d4eb4fu;
+  mixed = (mixed ^ mixed >> 29) * 0xd6e8feb86659fd93u;
+  return mixed ^ mixed >> 32;
 }
 
 std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noexcept {

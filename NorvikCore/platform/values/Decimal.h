@@ -90,7 +90,8 @@ class NK_EXPORT Decimal {
   /// The same with the shortest digits, 9 at most, that read back as the same float.
   explicit Decimal(float value) noexcept;
   explicit Decimal(long double) = delete;
-  explicit constexpr Decimal(bool value) noexcept : low_(value ? 1 : 0) {}
+  template <std::same_as<bool> Boolean>  // a template, so that no pointer becomes a boolean on the way
+  explicit constexpr Decimal(Boolean value) noexcept : low_(value ? 1 : 0) {}
 
   [[nodiscard]] static constexpr Decimal zero() noexcept { return Decimal(); }
   [[nodiscard]] static constexpr Decimal one() noexcept { return Decimal(1); }
@@ -251,6 +252,19 @@ class NK_EXPORT Decimal {
 };
 
 static_assert(sizeof(Decimal) == 24 && alignof(Decimal) == 8);
+
+namespace detail {
+
+/// Unchecked ways in and out, for the library's own sources.
+struct DecimalAccess {
+  static constexpr Decimal make(UInt128 mantissa, int exponent, bool negative) noexcept {
+    return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,
+                   negative);
+  }
+  static constexpr UInt128 mantissa(const Decimal& d) noexcept { return static_cast<UInt128>(d.high_) << 64 | d.low_; }
+};
+
+}  // namespace detail
 
 using NSDecimalNumber = Decimal;
 

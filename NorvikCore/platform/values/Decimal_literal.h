@@ -11,14 +11,6 @@
 namespace norvik {
 namespace detail {
 
-struct DecimalAccess {
-  static constexpr Decimal make(UInt128 mantissa, int exponent, bool negative) noexcept {
-    return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,
-                   negative);
-  }
-  static constexpr UInt128 mantissa(const Decimal& d) noexcept { return static_cast<UInt128>(d.high_) << 64 | d.low_; }
-};
-
 // Reached only where a literal is wrong: a function that is not constexpr stops the compilation, and its name says why.
 inline void thisIsNoDecimalLiteral() {}
 inline void thisDecimalLiteralHasMoreThan38Digits() {}
