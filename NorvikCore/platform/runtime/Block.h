@@ -11,7 +11,6 @@
 #pragma once
 
 #include "NorvikCore/platform/runtime/NSObject.h"
-#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <concepts>
 #include <type_traits>
@@ -43,6 +42,8 @@ class Closure final : public ClosureOf<R, A...> {
   F function_;
 };
 
+[[noreturn]] NK_EXPORT void raiseAbsentClosure();
+
 }  // namespace detail
 
 template <class Signature>
@@ -59,7 +60,7 @@ class Block<R(A...)> {
       : closure_(make<detail::Closure<std::decay_t<F>, R, A...>>(std::forward<F>(function))) {}
 
   R operator()(A... arguments) const {
-    if (!closure_) detail::raise("NSInvalidArgumentException", "an absent closure was called");
+    if (!closure_) detail::raiseAbsentClosure();
     return closure_->invoke(std::forward<A>(arguments)...);
   }
 
