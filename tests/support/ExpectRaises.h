@@ -15,7 +15,7 @@ std::string nameOfWhatIsRaised(Statement&& statement) {
   try {
     statement();
   } catch (const norvik::NSException& exception) {
-    return std::string(std::string_view(exception.name()));
+    return exception.name().utf8();
   }
   return "";
 }

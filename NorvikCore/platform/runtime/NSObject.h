@@ -28,6 +28,9 @@ namespace norvik {
 
 class Class;
 class KeyValueChange;
+class NSArray;
+class NSDictionary;
+class NSError;
 class NSObject;
 class SEL;
 enum NSKeyValueObservingOptions : std::uint64_t;
@@ -68,6 +71,15 @@ class NK_EXPORT NSObject {
   /// overridden.
   [[nodiscard]] virtual Value valueForUndefinedKey(const NSString& key) const;
   virtual void setValue_forUndefinedKey(const Value& value, const NSString& key);
+  /// What setValue_forKey does where a number, a text, a decimal or a date would become absent:
+  /// NSInvalidArgumentException, unless overridden.
+  virtual void setNilValueForKey(const NSString& key);
+  /// Asks the stated operation "validate<Key>:error:", which may change the value; true where there is none.
+  virtual bool validateValue_forKey_error(Value& value, const NSString& key, Ref<NSError>* error);
+  virtual bool validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error);
+  /// The null marker stands for an absent value, in both.
+  [[nodiscard]] Ref<NSDictionary> dictionaryWithValuesForKeys(const NSArray& keys) const;
+  void setValuesForKeysWithDictionary(const NSDictionary& keyedValues);
 
   // Key-value observing: who is told of changes, and how. KeyValueObserving.h tells the rules.
   void addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,

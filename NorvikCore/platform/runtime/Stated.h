@@ -156,10 +156,18 @@ Value getProperty(const NSObject& object, const char* key) {
   }
 }
 
+/// A type without a form for nothing at all.
+template <class T>
+concept NeverAbsent = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::same_as<T, Decimal> ||
+    std::same_as<T, Date> || std::same_as<T, NSString> || std::same_as<T, NSNumber>;
+
 template <class T, auto setter>
 void setProperty(NSObject& object, const Value& value, const char* key) {
   using Argument = std::remove_cvref_t<typename decltype(
       []<class C, class R, class A>(R (C::*)(A)) { return std::type_identity<A>(); }(setter))::type>;
+  if constexpr (NeverAbsent<Argument>) {
+    if (value.isAbsent() || value.isNull()) return object.setNilValueForKey(NSString(key));
+  }
   if constexpr (ValueConvertible<Argument>) {
     (static_cast<T&>(object).*setter)(ValueConversion<Argument>::fromValue(value));
   } else {

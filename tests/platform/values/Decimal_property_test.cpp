@@ -159,7 +159,7 @@ TEST_P(DecimalModelTest, FaultsRaiseWhatTheModelFinds) {
                                              : a.decimal.decimalNumberByDividingBy(b.decimal, all);
       ASSERT_TRUE(value.parts() == expected(result)) << text(a) << " and " << text(b) << ", operation " << operation;
     } catch (const NSException& exception) {
-      raised = exception.name();
+      raised = exception.name().str();
     }
     ASSERT_EQ(raised, name) << text(a) << " and " << text(b) << ", operation " << operation;
   }

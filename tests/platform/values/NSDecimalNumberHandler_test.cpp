@@ -25,7 +25,7 @@ std::string raisedBy(Operation operation) {
   try {
     operation();
   } catch (const NSException& exception) {
-    return exception.name();
+    return exception.name().str();
   }
   return "nothing";
 }

@@ -30,7 +30,7 @@ std::string raised(const char* name, Call call) {
     call();
   } catch (const NSException& exception) {
     EXPECT_EQ(exception.name(), name);
-    return exception.reason();
+    return exception.reason().str();
   }
   return "nothing";
 }

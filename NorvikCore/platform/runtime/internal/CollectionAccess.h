@@ -1,0 +1,32 @@
+// NorvikCore/platform/runtime/internal/CollectionAccess.h - what the collections share: letting go of what they hold,
+// their texts, and filling one that others refer to already.
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/runtime/NSSet.h"
+
+#include <string>
+
+namespace norvik::detail {
+
+/// Puts content into a collection that was just made and that nobody else can change.
+struct CollectionAccess {
+  static std::vector<Value>& elements(NSArray& array) noexcept { return array.elements_; }
+  static OrderedTable<NSDictionary::Entry>& table(NSDictionary& dictionary) noexcept { return dictionary.table_; }
+  static OrderedTable<Value>& table(NSSet& set) noexcept { return set.table_; }
+};
+
+/// Lets go of values. A chain of collections, each of which holds the next, is taken down step by step instead of by
+/// ever deeper calls, so that its length is not limited by the stack.
+void releaseAll(std::vector<Value> values) noexcept;
+void releaseAll(std::vector<NSDictionary::Entry> entries) noexcept;
+
+/// The hash that an element adds to that of its collection. A collection inside a collection adds only its size, so
+/// that one that holds itself has a hash too.
+[[nodiscard]] std::size_t elementHash(const Value& element);
+
+/// The text of a collection, one element a line, indented by its depth.
+[[nodiscard]] NSString describeCollection(const NSObject& collection);
+
+}  // namespace norvik::detail
