@@ -44,6 +44,10 @@ int createDirectories(const std::string& path, unsigned mode, std::string* faile
   return path.ends_with('/') && isDirectory(path) ? 0 : failedAt(path, makeOne(path, mode), failedPath);
 }
 
+int createDirectory(const std::string& path, unsigned mode) noexcept {
+  return mkdir(path.c_str(), mode) == 0 ? 0 : errno;
+}
+
 int listDirectory(const std::string& path, std::vector<std::string>& names) {
   names.clear();
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);

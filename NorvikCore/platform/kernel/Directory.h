@@ -16,6 +16,9 @@ namespace norvik::kernel {
 [[nodiscard]] NK_EXPORT int createDirectories(const std::string& path, unsigned mode = 0777,
                                               std::string* failedPath = nullptr);
 
+/// Makes a folder where nothing is yet and its parent exists.
+[[nodiscard]] NK_EXPORT int createDirectory(const std::string& path, unsigned mode = 0777) noexcept;
+
 /// The names of the entries, in the order of the file system, without "." and "..".
 [[nodiscard]] NK_EXPORT int listDirectory(const std::string& path, std::vector<std::string>& names);
 

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/internal/SideFiles.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -64,6 +65,18 @@ bool usesSideFiles(const std::string& path) {
   return lgetxattr(path.c_str(), "user.norvik.probe", nullptr, 0) < 0 && meansNoSupport(errno);
 }
 
+int renamed(const std::string& from, const std::string& to) noexcept {
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int renamedToFreeName(const std::string& from, const std::string& to) noexcept {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  // The file system cannot do it at once. What somebody puts at `to` between the look and the renaming is replaced.
+  struct stat status {};
+  return lstat(to.c_str(), &status) == 0 ? EEXIST : renamed(from, to);
+}
+
 }  // namespace
 
 int getAttribute(const std::string& path, std::string_view name, std::string& value) {
@@ -121,9 +134,9 @@ int listAttributes(const std::string& path, std::vector<std::string>& names) {
   return error;
 }
 
-int renameWithAttributes(const std::string& from, const std::string& to) {
+int renameWithAttributes(const std::string& from, const std::string& to, Replace replace) {
   const bool sideFiles = usesSideFiles(from);
-  if (rename(from.c_str(), to.c_str()) != 0) return errno;
+  if (const int error = replace == Replace::yes ? renamed(from, to) : renamedToFreeName(from, to)) return error;
   return sideFiles && from != to ? detail::moveSideFiles(from, to) : 0;
 }
 
@@ -131,6 +144,16 @@ int removeWithAttributes(const std::string& path) {
   const bool sideFiles = usesSideFiles(path);
   if (remove(path.c_str()) != 0) return errno;
   return sideFiles ? detail::removeSideFiles(path) : 0;
+}
+
+void leaveOutSideFiles(const std::string& folder, std::vector<std::string>& names) {
+  const auto isCandidate = [](const std::string& name) { return !detail::ownerOfSideFile(name).empty(); };
+  if (std::none_of(names.begin(), names.end(), isCandidate) || !usesSideFiles(folder)) return;
+  std::vector<std::string> all = names;
+  std::sort(all.begin(), all.end());
+  std::erase_if(names, [&](const std::string& name) {
+    return isCandidate(name) && std::binary_search(all.begin(), all.end(), detail::ownerOfSideFile(name));
+  });
 }
 
 WithoutExtendedAttributes::WithoutExtendedAttributes() noexcept { ++disabled; }

@@ -43,13 +43,21 @@ namespace norvik::kernel {
 /// The attributes' names in alphabetical order. Those outside "user." are not ours and are left out.
 [[nodiscard]] NK_EXPORT int listAttributes(const std::string& path, std::vector<std::string>& names);
 
-/// rename(2) of a file or folder, with its attributes: a file that stood at `to` is replaced, its attributes too. The
+enum class Replace { yes, no };
+
+/// rename(2) of a file or folder, with its attributes: a file that stood at `to` is replaced, its attributes too, or
+/// with Replace::no makes the renaming fail (EEXIST). The
 /// error is that of the file's renaming, else the first of a side file's; then the file has its new name without some
 /// attribute.
-[[nodiscard]] NK_EXPORT int renameWithAttributes(const std::string& from, const std::string& to);
+[[nodiscard]] NK_EXPORT int renameWithAttributes(const std::string& from, const std::string& to,
+                                                 Replace replace = Replace::yes);
 
 /// Removes a file or an empty folder, with its attributes.
 [[nodiscard]] NK_EXPORT int removeWithAttributes(const std::string& path);
+
+/// Takes out of the names of a folder's entries those that are side files of others among them, where that is how
+/// the folder's file system keeps attributes.
+NK_EXPORT void leaveOutSideFiles(const std::string& folder, std::vector<std::string>& names);
 
 /// Makes every file system look like one without extended attributes while one of these lives; for tests.
 class NK_EXPORT WithoutExtendedAttributes {

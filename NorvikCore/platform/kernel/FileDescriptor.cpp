@@ -160,6 +160,11 @@ int offsetOf(int descriptor, std::uint64_t& offset) noexcept {
   return 0;
 }
 
+int seekTo(int descriptor, std::uint64_t offset) noexcept {
+  if (offset > static_cast<std::uint64_t>(INT64_MAX)) return EINVAL;
+  return lseek(descriptor, static_cast<off_t>(offset), SEEK_SET) < 0 ? errno : 0;
+}
+
 int seekToEnd(int descriptor, std::uint64_t& offset) noexcept {
   const off_t at = lseek(descriptor, 0, SEEK_END);
   if (at < 0) return errno;

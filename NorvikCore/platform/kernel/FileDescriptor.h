@@ -72,6 +72,7 @@ struct OpenOptions {
 
 /// Where the next read or write takes place.
 [[nodiscard]] NK_EXPORT int offsetOf(int descriptor, std::uint64_t& offset) noexcept;
+[[nodiscard]] NK_EXPORT int seekTo(int descriptor, std::uint64_t offset) noexcept;
 [[nodiscard]] NK_EXPORT int seekToEnd(int descriptor, std::uint64_t& offset) noexcept;
 
 /// Keeps SIGPIPE and SIGXFSZ from ending the process while writes of the calling thread fail. The process's own

@@ -89,6 +89,17 @@ int readFileStatus(const std::string& path, FileStatus& status, Links links) {
 
 int readFileStatus(int descriptor, FileStatus& status) { return read(descriptor, "", AT_EMPTY_PATH, status); }
 
+int setPermissions(const std::string& path, unsigned permissions) noexcept {
+  return chmod(path.c_str(), permissions) == 0 ? 0 : errno;
+}
+
+int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) noexcept {
+  constexpr std::int64_t perSecond = 1'000'000'000;
+  const std::int64_t rest = (unixNanoseconds % perSecond + perSecond) % perSecond;
+  const timespec times[2] = {{0, UTIME_OMIT}, {(unixNanoseconds - rest) / perSecond, rest}};
+  return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 ? 0 : errno;
+}
+
 int noteCreation(const std::string& path) {
   FileStatus status;
   if (const int error = read(AT_FDCWD, path.c_str(), 0, status)) return error;

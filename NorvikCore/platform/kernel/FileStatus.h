@@ -39,6 +39,10 @@ enum class Links { follow, stay };
 /// earlier time.
 [[nodiscard]] NK_EXPORT int readFileStatus(int descriptor, FileStatus& status);
 
+/// The lower twelve bits of the mode.
+[[nodiscard]] NK_EXPORT int setPermissions(const std::string& path, unsigned permissions) noexcept;
+[[nodiscard]] NK_EXPORT int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) noexcept;
+
 /// To be called by who has just made a file: keeps the present time as its creation time where the file system will
 /// not. 0 or the error of keeping it; nothing to do is success.
 [[nodiscard]] NK_EXPORT int noteCreation(const std::string& path);

@@ -80,6 +80,11 @@ std::string sideFilePath(const std::string& path, std::string_view attribute) {
   return location.folder + location.prefix + encoded(attribute);
 }
 
+std::string_view ownerOfSideFile(std::string_view name) noexcept {
+  const std::size_t at = name.rfind(separator);
+  return name.starts_with('.') && at != name.npos && at > 1 ? name.substr(1, at - 1) : std::string_view();
+}
+
 int getSideFile(const std::string& path, std::string_view attribute, std::string& value) {
   std::string content;
   const int error = readFile(sideFilePath(path, attribute), content);

@@ -96,6 +96,13 @@ TEST(Directory, SideFilesOfAttributesGoWithTheFolder) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
+TEST(Directory, OneFolderIsMadeWhereNothingIsYet) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(kernel::createDirectory(folder.path("a"), 0700), 0);
+  EXPECT_EQ(kernel::createDirectory(folder.path("a")), EEXIST);
+  EXPECT_EQ(kernel::createDirectory(folder.path("b/c")), ENOENT);
+}
+
 TEST(Directory, ATemporaryFolderIsNewAndPrivate) {
   std::string first, second;
   ASSERT_EQ(kernel::makeTemporaryDirectory("norvik-", first), 0);

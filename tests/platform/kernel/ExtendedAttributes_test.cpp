@@ -172,6 +172,17 @@ TEST_P(ExtendedAttributes, AReplacedFileTakesItsAttributesWithIt) {
   EXPECT_EQ(namesOf(old), (Names{"payroll.note"}));
 }
 
+TEST_P(ExtendedAttributes, AFileThatMustNotBeReplacedStays) {
+  const std::string path = file("new.csv"), old = folder().write("old.csv", "old");
+  ASSERT_EQ(kernel::setAttribute(path, "payroll.note", "of the new one"), 0);
+  EXPECT_EQ(kernel::renameWithAttributes(path, old, kernel::Replace::no), EEXIST);
+  EXPECT_EQ(folder().read(old), "old");
+  EXPECT_EQ(namesOf(path), (Names{"payroll.note"}));
+  EXPECT_EQ(namesOf(old), Names());
+  EXPECT_EQ(kernel::renameWithAttributes(path, folder().path("free.csv"), kernel::Replace::no), 0);
+  EXPECT_EQ(valueOf(folder().path("free.csv"), "payroll.note"), "of the new one");
+}
+
 TEST_P(ExtendedAttributes, AFileRenamedToItsOwnNameKeepsItsAttributes) {
   const std::string path = file();
   ASSERT_EQ(kernel::setAttribute(path, "payroll.locked", "still"), 0);
@@ -214,6 +225,21 @@ TEST(ExtendedAttributesStorage, AnAttributeIsASideFileWhereThereAreNone) {
   EXPECT_EQ(folder.read(folder.path(".pay.csv.attr-payroll.locked")), "yes");
   ASSERT_EQ(kernel::setAttribute(path, "a/b.attr-c%", ""), 0);
   EXPECT_TRUE(fs::exists(folder.path(".pay.csv.attr-a%2Fb.attr%2Dc%25")));
+}
+
+TEST(ExtendedAttributesStorage, SideFilesAreLeftOutOfAListOnlyBesideTheirFile) {
+  const norvik::test::TemporaryFolder folder;
+  const Names all = {".pay.csv.attr-a", ".gone.csv.attr-a", "pay.csv", ".hidden", ".attr-a"};
+  Names names = all;
+  {
+    const kernel::WithoutExtendedAttributes off;
+    kernel::leaveOutSideFiles(folder.path(), names);
+    EXPECT_EQ(names, (Names{".gone.csv.attr-a", "pay.csv", ".hidden", ".attr-a"}));
+  }
+  if (setxattr(folder.path().c_str(), "user.norvik-test", "", 0, 0) != 0) return;
+  names = all;
+  kernel::leaveOutSideFiles(folder.path(), names);
+  EXPECT_EQ(names, all) << "where attributes are the file system's, such a file is one like any other";
 }
 
 TEST(ExtendedAttributesStorage, ARelativePathHasItsSideFileInTheSameFolder) {

@@ -304,6 +304,10 @@ TEST(FileDescriptor, OffsetsAreThoseOfTheFile) {
   EXPECT_EQ(kernel::writeAll(file.get(), "678"), 0);
   EXPECT_EQ(kernel::offsetOf(file.get(), offset), 0);
   EXPECT_EQ(offset, 8U);
+  EXPECT_EQ(kernel::seekTo(file.get(), 3), 0);
+  EXPECT_EQ(kernel::offsetOf(file.get(), offset), 0);
+  EXPECT_EQ(offset, 3U);
+  EXPECT_EQ(kernel::seekTo(file.get(), UINT64_MAX), EINVAL);
   const Pipe pipe;
   EXPECT_EQ(kernel::offsetOf(pipe.reader.get(), offset), ESPIPE);
   EXPECT_EQ(kernel::seekToEnd(pipe.reader.get(), offset), ESPIPE);

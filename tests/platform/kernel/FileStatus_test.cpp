@@ -93,6 +93,19 @@ TEST(FileStatus, AnOpenFileIsTheSameAsItsPath) {
   EXPECT_EQ(kernel::readFileStatus(-1, status), EBADF);
 }
 
+TEST(FileStatus, PermissionsAndTheTimeOfModificationCanBeSet) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("pay.csv");
+  EXPECT_EQ(kernel::setPermissions(path, 0604), 0);
+  EXPECT_EQ(statusOf(path).permissions, 0604U);
+  for (const std::int64_t time : {1'000'000'000 * second + 123'456'789, std::int64_t{0}, -5 * second + 7}) {
+    EXPECT_EQ(kernel::setModificationTime(path, time), 0);
+    EXPECT_EQ(statusOf(path).modification, time);
+  }
+  EXPECT_EQ(kernel::setPermissions(folder.path("absent"), 0600), ENOENT);
+  EXPECT_EQ(kernel::setModificationTime(folder.path("absent"), 0), ENOENT);
+}
+
 // Where the creation time comes from, and what must not move it.
 enum class Source { birthTime, keptByHand, keptByHandWithoutAttributes, keptOnRamfs };
 

@@ -12,6 +12,9 @@ namespace norvik::kernel::detail {
 /// ".pay.csv.attr-payroll.locked" beside the file.
 [[nodiscard]] std::string sideFilePath(const std::string& path, std::string_view attribute);
 
+/// The name of the file beside it that a side file belongs to; empty where the name is not a side file's.
+[[nodiscard]] std::string_view ownerOfSideFile(std::string_view name) noexcept;
+
 int getSideFile(const std::string& path, std::string_view attribute, std::string& value);
 int setSideFile(const std::string& path, std::string_view attribute, std::string_view value);
 int removeSideFile(const std::string& path, std::string_view attribute);
