@@ -16,7 +16,7 @@ void releaseCore(SemaphoreCore* semaphore) noexcept { semaphore->release(); }
 bool SemaphoreCore::tryTake() noexcept {
   std::uint32_t permits = permits_.load(std::memory_order_seq_cst);
   while (permits > 0) {
-    if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_acquire, std::memory_order_seq_cst))
+    if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst))
       return true;
   }
   return false;
@@ -66,4 +66,9 @@ std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
   return kept.core()->give() ? 1 : 0;
 }
 
+namespace detail {
+
+std::uint32_t availablePermits(const dispatch_semaphore_t& semaphore) noexcept { return semaphore.core()->available(); }
+
+}  // namespace detail
 }  // namespace norvik

@@ -33,4 +33,9 @@ NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& sema
 /// Gives a permit. Not 0 when a thread was asleep for it.
 NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);
 
+namespace detail {
+/// How many permits are free at this moment.
+[[nodiscard]] NK_EXPORT std::uint32_t availablePermits(const dispatch_semaphore_t& semaphore) noexcept;
+}  // namespace detail
+
 }  // namespace norvik

@@ -17,6 +17,7 @@ class SemaphoreCore {
   [[nodiscard]] bool tryTake() noexcept;
   /// False when the deadline, a point of the monotonic clock, came first.
   bool takeBy(std::uint64_t deadline) noexcept;
+  [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
   /// True when a thread slept.
   bool give() noexcept;
 
