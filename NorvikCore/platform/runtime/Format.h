@@ -55,16 +55,29 @@ template <class T> inline constexpr bool isCharacter =
     std::is_same_v<T, char> || std::is_same_v<T, char8_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t> ||
     std::is_same_v<T, wchar_t>;
 template <class T> concept HasDescription = requires(const T& value) { NSString(value.description()); };
-template <class T> concept RefersToDescribed = requires(const T& reference) {
+template <class T> concept HasStringValue = requires(const T& value) { NSString(value.stringValue()); };
+template <class T> concept HasName = requires(const T& value) { NSString(value.name()); };
+template <class T> concept Describable = HasDescription<T> || HasStringValue<T> || HasName<T>;
+template <class T> concept RefersToDescribable = requires(const T& reference) {
   { reference ? 1 : 0 };
   { reference.get() };
-  requires HasDescription<std::remove_cvref_t<decltype(*reference)>>;
+  requires Describable<std::remove_cvref_t<decltype(*reference)>>;
 };
+template <class T> concept HasObject = requires(const T& holder) { requires RefersToDescribable<decltype(holder.object())>; };
 // clang-format on
 
+/// The text that %@ shows: of an object or a value its description, of a number its digits, of a class or selector its
+/// name.
 template <class T>
-NSString describeFormatted(const void* value) {
-  return NSString(static_cast<const T*>(value)->description());
+NSString describeFormatted(const void* content) {
+  const T& value = *static_cast<const T*>(content);
+  if constexpr (HasDescription<T>) {
+    return NSString(value.description());
+  } else if constexpr (HasStringValue<T>) {
+    return NSString(value.stringValue());
+  } else {
+    return NSString(value.name());
+  }
 }
 
 /// The kind of arguments of type T, before it is known whether one is absent.
@@ -101,15 +114,15 @@ consteval FormatKind formatKind() {
       return FormatKind::cText;
     } else if constexpr (std::is_void_v<Pointee> || std::is_function_v<Pointee>) {
       return FormatKind::pointer;
-    } else if constexpr (HasDescription<Pointee>) {
+    } else if constexpr (Describable<Pointee>) {
       return FormatKind::object;
     } else {
       return FormatKind::pointer;
     }
-  } else if constexpr (HasDescription<T>) {
+  } else if constexpr (Describable<T>) {
     return FormatKind::described;
   } else {
-    static_assert(RefersToDescribed<T>, "this type cannot be formatted: it has no description()");
+    static_assert(RefersToDescribable<T> || HasObject<T>, "this type cannot be formatted: it has no description()");
     return FormatKind::object;
   }
 }
@@ -122,6 +135,8 @@ FormatArgument formatArgument(const T& value) {
     return value ? formatArgument(*value) : argument;
   } else if constexpr (std::is_enum_v<T>) {
     return formatArgument(static_cast<std::underlying_type_t<T>>(value));
+  } else if constexpr (kind == FormatKind::object && !std::is_pointer_v<T> && !RefersToDescribable<T>) {
+    return formatArgument(value.object());
   } else if constexpr (kind != FormatKind::absent) {
     argument.kind = kind;
     if constexpr (std::is_integral_v<T>) {
@@ -210,6 +225,10 @@ class FormatArgumentList {
 };
 template <class... Args>
 FormatArgumentList(const Args&...) -> FormatArgumentList<sizeof...(Args)>;
+
+/// What can be an argument of a format, as against a list of arguments.
+template <class T>
+concept FormatArgumentType = !std::is_convertible_v<const T&, FormatArguments>;
 
 /// A format that is known only at run time; made by runtimeFormat(). May be absent.
 struct RuntimeFormat {
