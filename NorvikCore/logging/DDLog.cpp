@@ -1,0 +1,95 @@
+#include "NorvikCore/logging/DDLog.h"
+
+#include "NorvikCore/logging/internal/LogDispatcher.h"
+
+#include <new>
+#include <utility>
+
+namespace norvik {
+
+using detail::LogDispatcher;
+
+void* const GlobalLoggingQueueIdentityKey = const_cast<void**>(&GlobalLoggingQueueIdentityKey);
+
+void DDLog::initialize() { LogDispatcher::shared(); }
+
+dispatch_queue_t DDLog::loggingQueue() { return LogDispatcher::shared().queue(); }
+
+void DDLog::applicationWillTerminate() { flushLog(); }
+
+void DDLog::addLogger(const Ref<DDLogger>& logger) { addLogger(logger, LOG_LEVEL_VERBOSE); }
+
+void DDLog::addLogger(const Ref<DDLogger>& logger, std::uint32_t withLogLevel) {
+  LogDispatcher::shared().addLogger(logger, static_cast<int>(withLogLevel));
+}
+
+void DDLog::removeLogger(const Ref<DDLogger>& logger) { LogDispatcher::shared().removeLogger(logger); }
+
+void DDLog::removeAllLoggers() { LogDispatcher::shared().removeAllLoggers(); }
+
+void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously) {
+  LogDispatcher::shared().queueLogMessage(logMessage, asynchronously);
+}
+
+void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
+                const Value& tag, const RuntimeFormat& format, FormatArguments arguments) {
+  if (!format.text) return;
+  logArguments({asynchronous, level, flag, context, file, function, line}, tag, format.text->view(), arguments);
+}
+
+void DDLog::logArguments(const Site& site, const Value& tag, std::string_view format, FormatArguments arguments) {
+  LogDispatcher::shared().queueNewMessage({.logMsg = stringWithFormatArguments(format, arguments),
+                                           .level = site.level,
+                                           .flag = site.flag,
+                                           .context = site.context,
+                                           .line = site.line,
+                                           .file = site.file,
+                                           .function = site.function,
+                                           .tag = tag,
+                                           .options = 0},
+                                          site.asynchronous);
+}
+
+void DDLog::flushLog() { LogDispatcher::shared().flush(); }
+
+bool DDLog::isRegisteredClass(const Class& aClass) {
+  return aClass.classMethod("ddLogLevel") && aClass.classMethod("ddSetLogLevel:");
+}
+
+std::vector<const Class*> DDLog::registeredClasses() {
+  try {
+    std::vector<const Class*> classes = Class::all();
+    std::erase_if(classes, [](const Class* aClass) { return !isRegisteredClass(*aClass); });
+    return classes;
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+std::vector<NSString> DDLog::registeredClassNames() {
+  std::vector<NSString> names;
+  for (const Class* aClass : registeredClasses()) names.push_back(aClass->name());
+  return names;
+}
+
+std::uint32_t DDLog::logLevelForClass(const Class& aClass) {
+  if (!isRegisteredClass(aClass)) return 0xFFFFFFFF;
+  return static_cast<std::uint32_t>(aClass.performClassOperation("ddLogLevel").as<std::int64_t>());
+}
+
+std::uint32_t DDLog::logLevelForClassWithName(const NSString& aClassName) {
+  const Class* aClass = Class::named(aClassName);
+  return aClass ? logLevelForClass(*aClass) : 0xFFFFFFFF;
+}
+
+void DDLog::setLogLevel_forClass(std::uint32_t level, const Class& aClass) {
+  if (!isRegisteredClass(aClass)) return;
+  const Value argument = static_cast<std::int32_t>(level);
+  aClass.performClassOperation("ddSetLogLevel:", {&argument, 1});
+}
+
+void DDLog::setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName) {
+  if (const Class* aClass = Class::named(aClassName)) setLogLevel_forClass(level, *aClass);
+}
+
+}  // namespace norvik

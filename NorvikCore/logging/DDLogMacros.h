@@ -1,0 +1,31 @@
+// NorvikCore/logging/DDLogMacros.h - one macro for each kind of message.
+//
+//   DDLogWarn("Date time component is non zero : %@", date);
+//   DDLogVerbose("%@", expensiveDescription());      // not evaluated unless the level admits verbose messages
+//
+// Each tests the level, one relaxed load and a branch, before anything else is evaluated; then it logs asynchronously
+// with context 0, the source file, the function and the line. The level is the library's ddLogLevel. A file that has
+// its own defines NK_LOG_LEVEL, anything that reads as an int, before this header or instead of it at any later point:
+//
+//   #undef NK_LOG_LEVEL
+//   #define NK_LOG_LEVEL Submission::ddLogLevel()
+#pragma once
+
+#include "NorvikCore/logging/DDLog.h"
+
+#ifndef NK_LOG_LEVEL
+#define NK_LOG_LEVEL ::norvik::ddLogLevel
+#endif
+
+#define DDLogError(...) NK_LOG(::norvik::LOG_FLAG_ERROR, __VA_ARGS__)
+#define DDLogWarn(...) NK_LOG(::norvik::LOG_FLAG_WARN, __VA_ARGS__)
+#define DDLogInfo(...) NK_LOG(::norvik::LOG_FLAG_INFO, __VA_ARGS__)
+#define DDLogDebug(...) NK_LOG(::norvik::LOG_FLAG_DEBUG, __VA_ARGS__)
+#define DDLogVerbose(...) NK_LOG(::norvik::LOG_FLAG_VERBOSE, __VA_ARGS__)
+
+#define NK_LOG(flag, ...)                                                                                   \
+  do {                                                                                                      \
+    if (const int nk_level = NK_LOG_LEVEL; (nk_level & flag) != 0) [[unlikely]]                             \
+      ::norvik::DDLog::log(true, nk_level, flag, 0, __FILE__, static_cast<const char*>(__func__), __LINE__, \
+                           ::norvik::Value(), __VA_ARGS__);                                                 \
+  } while (false)

@@ -1,0 +1,102 @@
+// NorvikCore/logging/DDLogMessage.h - one log record: what was said, when, where, and by which thread.
+//
+// A message never changes after it is made, so loggers share it across threads.
+//
+//   std::optional<NSString> MyFormatter::formatLogMessage(const DDLogMessage& message) {
+//     return stringWithFormat("%@ %@:%d %@", message.timestamp(), message.fileName(), message.lineNumber(),
+//     message.logMsg());
+//   }
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/values/Date.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace norvik {
+
+namespace detail {
+class LogDispatcher;
+}
+
+/// The name of the file at the end of a path, without its extension: "/a/b/File.m" gives "File". A null path gives
+/// nothing. The last dot of the whole path ends the name; one that lies before the last slash ("dir.d/name") does not
+/// count, and the name goes to the path's end. Without `copy` the result refers to the caller's bytes, which then live
+/// as long as the process.
+[[nodiscard]] NK_EXPORT std::optional<NSString> DDExtractFileNameWithoutExtension(const char* filePath, bool copy);
+
+class NK_EXPORT DDLogMessage : public NSObject {
+  NK_OBJECT(DDLogMessage, NSObject)
+
+  /// Options: which of the caller's texts a message copies rather than borrows.
+  static constexpr std::uint32_t copyFile = 1, copyFunction = 2;
+
+  /// A message of the calling thread, at this moment by the system's clock (also while another current date is mocked).
+  /// `file` and `function` are borrowed, for as long as the message may live, unless `options` say otherwise; either
+  /// may be null.
+  [[nodiscard]] static Ref<DDLogMessage> initWithLogMsg(NSString logMsg, int level, int flag, int context,
+                                                        const char* file, const char* function, int line, Value tag,
+                                                        std::uint32_t options);
+
+  /// The level of the code that logs.
+  [[nodiscard]] int logLevel() const noexcept { return logLevel_; }
+  /// The kind of message; see LogFlag.
+  [[nodiscard]] int logFlag() const noexcept { return logFlag_; }
+  /// A number of the caller's, to group messages.
+  [[nodiscard]] int logContext() const noexcept { return logContext_; }
+  [[nodiscard]] const NSString& logMsg() const noexcept { return logMsg_; }
+  [[nodiscard]] Date timestamp() const noexcept { return timestamp_; }
+  [[nodiscard]] const char* file() const noexcept { return file_; }
+  [[nodiscard]] const char* function() const noexcept { return function_; }
+  [[nodiscard]] int lineNumber() const noexcept { return lineNumber_; }
+  /// The kernel's id of the thread.
+  [[nodiscard]] std::uint32_t machThreadID() const noexcept { return machThreadID_; }
+  /// The label of the queue the caller ran on; off any queue a name of the thread.
+  [[nodiscard]] const char* queueLabel() const noexcept {
+    return longQueueLabel_ ? longQueueLabel_.get() : queueLabel_;
+  }
+  [[nodiscard]] const NSString& threadName() const noexcept { return threadName_; }
+  /// Anything the caller attached; absent where nothing was.
+  [[nodiscard]] const Value& tag() const noexcept { return tag_; }
+  [[nodiscard]] std::uint32_t options() const noexcept { return options_; }
+
+  /// machThreadID in lower-case hexadecimal.
+  [[nodiscard]] NSString threadID() const;
+  /// The name of `file` without folders and extension; absent where there is no file.
+  [[nodiscard]] std::optional<NSString> fileName() const;
+  /// `function` as text; absent where there is none.
+  [[nodiscard]] std::optional<NSString> methodName() const;
+
+ protected:
+  struct Fields {
+    NSString logMsg;
+    int level, flag, context, line;
+    const char *file, *function;
+    Value tag;
+    std::uint32_t options;
+  };
+  explicit DDLogMessage(Fields fields);
+  ~DDLogMessage() override;
+
+ private:
+  friend class detail::LogDispatcher;
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+
+  void keepQueueLabel(const char* label);
+
+  int logLevel_, logFlag_, logContext_, lineNumber_;
+  NSString logMsg_;
+  Date timestamp_;
+  const char *file_, *function_;
+  std::unique_ptr<char[]> ownFile_, ownFunction_, longQueueLabel_;
+  Value tag_;
+  NSString threadName_;
+  std::uint32_t machThreadID_, options_;
+  char queueLabel_[40];
+};
+
+}  // namespace norvik

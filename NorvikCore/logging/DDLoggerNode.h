@@ -1,0 +1,46 @@
+// NorvikCore/logging/DDLoggerNode.h - a logger as the dispatcher keeps it: with its queue and the level it was added
+// with.
+#pragma once
+
+#include "NorvikCore/logging/DDLogger.h"
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+namespace norvik {
+
+namespace detail {
+class MessageRunLogger;
+}
+
+class NK_EXPORT DDLoggerNode : public NSObject {
+  NK_OBJECT(DDLoggerNode, NSObject)
+
+  [[nodiscard]] static Ref<DDLoggerNode> nodeWithLogger(const Ref<DDLogger>& logger,
+                                                        const dispatch_queue_t& loggerQueue, int logLevel);
+  /// Keeps the logger and the queue; an empty queue stays empty.
+  [[nodiscard]] static Ref<DDLoggerNode> initWithLogger(const Ref<DDLogger>& logger,
+                                                        const dispatch_queue_t& loggerQueue, int logLevel);
+
+  [[nodiscard]] const Ref<DDLogger>& logger() const noexcept { return logger_; }
+  [[nodiscard]] const dispatch_queue_t& loggerQueue() const noexcept { return loggerQueue_; }
+  [[nodiscard]] int logLevel() const noexcept { return logLevel_; }
+
+  /// The logger as one that takes several messages at once; null where it takes one at a time.
+  [[nodiscard]] detail::MessageRunLogger* runLogger() const noexcept { return runLogger_; }
+
+ protected:
+  ~DDLoggerNode() override;
+
+ private:
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+  DDLoggerNode(const Ref<DDLogger>& logger, const dispatch_queue_t& loggerQueue, int logLevel);
+
+  Ref<DDLogger> logger_;
+  dispatch_queue_t loggerQueue_;
+  int logLevel_;
+  detail::MessageRunLogger* runLogger_;
+};
+
+}  // namespace norvik

@@ -1,0 +1,7 @@
+#include "NorvikCore/logging/LogLevel.h"
+
+namespace norvik {
+
+constinit AtomicLogLevel ddLogLevel{LOG_LEVEL_WARN};
+
+}  // namespace norvik

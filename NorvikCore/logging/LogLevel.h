@@ -1,0 +1,53 @@
+// NorvikCore/logging/LogLevel.h - the kinds of log messages, the levels that admit them, and the library's own level.
+//
+//   ddLogLevel = LOG_LEVEL_VERBOSE;      // any thread, any time
+//   if (ddLogLevel & LOG_FLAG_INFO) ...  // one relaxed load, one test
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <atomic>
+
+namespace norvik {
+
+/// What a message is: exactly one of these.
+enum LogFlag : int {
+  LOG_FLAG_ERROR = 1,
+  LOG_FLAG_WARN = 2,
+  LOG_FLAG_INFO = 4,
+  LOG_FLAG_DEBUG = 8,
+  LOG_FLAG_VERBOSE = 16,
+};
+
+/// What code or a logger lets through: the sum of the flags.
+enum LogLevel : int {
+  LOG_LEVEL_OFF = 0,
+  LOG_LEVEL_ERROR = 1,
+  LOG_LEVEL_WARN = 3,
+  LOG_LEVEL_INFO = 7,
+  LOG_LEVEL_DEBUG = 15,
+  LOG_LEVEL_VERBOSE = 31,
+};
+
+/// A level that any thread may read and set at any time; reads cost what a plain load costs. Synchronised.
+class AtomicLogLevel {
+ public:
+  constexpr explicit AtomicLogLevel(int level) noexcept : level_(level) {}
+
+  operator int() const noexcept {
+    return level_.load(std::memory_order_relaxed);
+  }  // NOLINT(google-explicit-constructor)
+  AtomicLogLevel& operator=(int level) noexcept {
+    level_.store(level, std::memory_order_relaxed);
+    return *this;
+  }
+
+ private:
+  std::atomic<int> level_;
+};
+
+/// The level of the library's own code, and of the log macros unless a file chooses another (DDLogMacros.h): 3, errors
+/// and warnings.
+extern NK_EXPORT AtomicLogLevel ddLogLevel;
+
+}  // namespace norvik

@@ -1,0 +1,28 @@
+// NorvikCore/logging/internal/LibraryWarning.h - how the library's own code logs: warnings, asynchronously, if its
+// level admits them.
+//
+//   if (detail::libraryWarnings()) [[unlikely]] {
+//     detail::libraryWarning("Categories/NSDate+Norvik", "nk_nearestStartOfDayWithLoggedWarning:", __LINE__,
+//                            "Date time component is non zero : %@", date);
+//   }
+//
+// `file` is the name by which the log knows the source, `operation` the selector text, colons included; both are
+// literals.
+#pragma once
+
+#include "NorvikCore/logging/DDLog.h"
+
+namespace norvik::detail {
+
+/// One relaxed load: worth asking before what is to be logged is made.
+[[nodiscard]] inline bool libraryWarnings() noexcept { return (ddLogLevel & LOG_FLAG_WARN) != 0; }
+
+template <class... Args>
+void libraryWarning(const char* file, const char* operation, int line, FormatStringFor<Args...> format,
+                    const Args&... arguments) {
+  const int level = ddLogLevel;
+  if ((level & LOG_FLAG_WARN) == 0) return;
+  DDLog::log(true, level, LOG_FLAG_WARN, 0, file, operation, line, Value(), format, arguments...);
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,277 @@
+#include "NorvikCore/logging/internal/LogDispatcher.h"
+
+#include "NorvikCore/logging/DDAbstractLogger.h"
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+namespace norvik::detail {
+namespace {
+
+// Messages that one logger alone takes are handed over in runs of at most so many.
+constexpr std::size_t maximumRun = 128;
+
+// How long the end of the process waits for the loggers; how long where the caller stands in their way itself.
+constexpr std::int64_t exitPatience = 10 * NSEC_PER_SEC, exitPatienceWhileHeld = 1 * NSEC_PER_SEC;
+
+// Below so many free permits a message is in a hurry: the writer that looks once a millisecond is asked to come now.
+constexpr std::uint32_t relaxedPermits = LogDispatcher::maximumQueueSize * 9 / 10;
+
+std::atomic<LogDispatcher*> existing{nullptr};
+
+/// One logger's part in the handling of a message. What leaves it ends the process, on whichever thread it runs.
+void hand(DDLoggerNode& node, const DDLogMessage& message) noexcept { node.logger()->logMessage(message); }
+
+}  // namespace
+
+/// A message that is an item of the logging queue itself, so that queueing it allocates nothing more.
+class LogDispatcher::QueuedMessage final : public DDLogMessage, public Item {
+ public:
+  explicit QueuedMessage(Fields&& fields) : DDLogMessage(std::move(fields)) { run = &LogDispatcher::runMessages; }
+
+  static void* operator new(std::size_t size) { return allocateItem(size); }
+  static void operator delete(void* memory, std::size_t size) noexcept { freeItem(memory, size); }
+
+ private:
+  ~QueuedMessage() override = default;
+};
+
+LogDispatcher& LogDispatcher::shared() {
+  static LogDispatcher& dispatcher = *new LogDispatcher;
+  return dispatcher;
+}
+
+LogDispatcher::LogDispatcher()
+    : loggingQueue(dispatch_queue_create("cocoa.quillmarch")),
+      loggingGroup(dispatch_group_create()),
+      queueSemaphore(dispatch_semaphore_create(maximumQueueSize)),
+      numProcessors(std::max<std::uint32_t>(kernel::processorCount(), 1)) {
+  loggers.reserve(4);
+  dispatch_queue_set_specific(loggingQueue, GlobalLoggingQueueIdentityKey, GlobalLoggingQueueIdentityKey);
+  pthread_atfork(nullptr, nullptr, [] {
+    if (LogDispatcher* dispatcher = existing.load()) dispatcher->resetAfterFork();
+  });
+  existing.store(this);
+}
+
+void LogDispatcher::addLogger(const Ref<DDLogger>& logger, int level) {
+  if (!logger) return;
+  dispatch_async(loggingQueue, [this, logger, level] { lt_addLogger(logger, level); });
+}
+
+void LogDispatcher::removeLogger(const Ref<DDLogger>& logger) {
+  if (!logger) return;
+  dispatch_async(loggingQueue, [this, logger] { lt_removeLogger(logger); });
+}
+
+void LogDispatcher::removeAllLoggers() {
+  dispatch_async(loggingQueue, [this] { lt_removeAllLoggers(); });
+}
+
+void LogDispatcher::takePermit() {
+  if (dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_NOW) == 0) [[likely]]
+    return;
+  dispatch_async(loggingQueue, [] {});  // somebody waits from now on: the messages are in a hurry
+  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
+}
+
+void LogDispatcher::queueLogMessage(const Ref<DDLogMessage>& message, bool asynchronously) {
+  if (!message) return;
+  takePermit();
+  const auto log = [this, message] {
+    lt_log(*message);
+    dispatch_semaphore_signal(queueSemaphore);
+  };
+  if (asynchronously) {
+    dispatch_async_relaxed(loggingQueue, log);
+  } else {
+    dispatch_sync(loggingQueue, log);
+  }
+}
+
+void LogDispatcher::queueNewMessage(DDLogMessage::Fields&& fields, bool asynchronously) {
+  Ref<QueuedMessage> message = make<QueuedMessage>(std::move(fields));
+  takePermit();
+  if (asynchronously) {
+    QueuedMessage* item = message.take();
+    const bool hurry = availablePermits(queueSemaphore) < relaxedPermits;
+    dispatch_async_run(loggingQueue, item, hurry ? Delivery::prompt : Delivery::relaxed);
+    return;
+  }
+  dispatch_sync(loggingQueue, [&] {
+    lt_log(*message);
+    dispatch_semaphore_signal(queueSemaphore);
+  });
+}
+
+void LogDispatcher::flush() {
+  dispatch_sync(loggingQueue, [this] { lt_flush(); });
+}
+
+void LogDispatcher::lt_addLogger(const Ref<DDLogger>& logger, int level) {
+  dispatch_queue_t queue = logger->loggerQueue();
+  if (!queue) {
+    const std::optional<NSString> name = logger->loggerName();
+    queue = dispatch_queue_create(name ? name->utf8().c_str() : nullptr);
+  }
+  loggers.push_back(DDLoggerNode::nodeWithLogger(logger, queue, level));
+  rememberLoggers();
+  dispatch_async(queue, [logger] { logger->didAddLogger(); });
+}
+
+void LogDispatcher::lt_removeLogger(const Ref<DDLogger>& logger) {
+  const auto found =
+      std::find_if(loggers.begin(), loggers.end(), [&](const auto& node) { return node->logger() == logger; });
+  if (found == loggers.end()) return;
+  dispatch_async((*found)->loggerQueue(), [logger] { logger->willRemoveLogger(); });
+  loggers.erase(found);
+  rememberLoggers();
+}
+
+void LogDispatcher::lt_removeAllLoggers() {
+  for (const Ref<DDLoggerNode>& node : loggers) {
+    dispatch_async(node->loggerQueue(), [logger = node->logger()] { logger->willRemoveLogger(); });
+  }
+  loggers.clear();
+  rememberLoggers();
+}
+
+void LogDispatcher::lt_log(const DDLogMessage& message) {
+  DDLoggerNode* few[8];
+  std::vector<DDLoggerNode*> many;
+  DDLoggerNode** admitting = few;
+  if (loggers.size() > std::size(few)) {
+    many.resize(loggers.size());
+    admitting = many.data();
+  }
+  std::size_t count = 0;
+  for (const Ref<DDLoggerNode>& node : loggers) {
+    // Numbers, not bits: with the usual flags and levels this admits exactly the flags that a level holds.
+    if (message.logFlag() <= node->logLevel()) admitting[count++] = node.get();
+  }
+  if (numProcessors < 2) {
+    for (std::size_t i = 0; i < count; ++i) {
+      dispatch_sync(admitting[i]->loggerQueue(), [&] { hand(*admitting[i], message); });
+    }
+  } else if (count > 0) {
+    logInParallel(message, admitting, count);
+  }
+}
+
+/// The last logger runs on this thread, where its queue is idle; all others on threads of their own meanwhile.
+void LogDispatcher::logInParallel(const DDLogMessage& message, DDLoggerNode* const* nodes, std::size_t count) {
+  for (std::size_t i = 0; i + 1 < count; ++i) {
+    dispatch_group_async(loggingGroup, nodes[i]->loggerQueue(), [node = nodes[i], &message] { hand(*node, message); });
+  }
+  DDLoggerNode& last = *nodes[count - 1];
+  dispatch_sync(last.loggerQueue(), [&] { hand(last, message); });
+  if (count > 1) dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
+}
+
+DDLoggerNode* LogDispatcher::soleRunLogger(const DDLogMessage& message) const noexcept {
+  DDLoggerNode* sole = nullptr;
+  for (const Ref<DDLoggerNode>& node : loggers) {
+    if (message.logFlag() > node->logLevel()) continue;
+    if (sole || !node->runLogger()) return nullptr;
+    sole = node.get();
+  }
+  return sole;
+}
+
+/// Takes messages from the queue. Where one logger alone admits several in a row and takes them together, it gets them
+/// in one block of its queue: whatever is queued there later came after all of them, so nobody can tell the difference.
+void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
+  LogDispatcher& self = shared();
+  Item* item = first;
+  while (item) {
+    auto message = Ref<QueuedMessage>::adopt(static_cast<QueuedMessage*>(item));
+    DDLoggerNode* sole = self.soleRunLogger(*message);
+    if (!sole) {
+      self.lt_log(*message);
+      message = nullptr;
+      dispatch_semaphore_signal(self.queueSemaphore);
+      item = cursor.next();
+      continue;
+    }
+    const DDLogMessage* run[maximumRun];
+    std::size_t count = 0;
+    run[count++] = message.take();
+    while ((item = cursor.next()) != nullptr) {
+      auto* next = static_cast<QueuedMessage*>(item);
+      if (count == maximumRun || self.soleRunLogger(*next) != sole) break;
+      run[count++] = next;
+    }
+    dispatch_sync(sole->loggerQueue(), [&]() noexcept { sole->runLogger()->logMessages(run, count); });
+    for (std::size_t i = 0; i < count; ++i) {
+      release(run[i]);
+      dispatch_semaphore_signal(self.queueSemaphore);
+    }
+  }
+}
+
+void LogDispatcher::lt_flush() {
+  for (const Ref<DDLoggerNode>& node : loggers) {
+    dispatch_group_async(loggingGroup, node->loggerQueue(), [logger = node->logger()] { logger->flush(); });
+  }
+  dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
+}
+
+void LogDispatcher::rememberLoggers() {
+  std::vector<Ref<DDLoggerNode>> before;  // destroyed without the lock
+  MutexLock lock(knownMutex);
+  before = std::exchange(knownLoggers, loggers);
+}
+
+void LogDispatcher::flushAtExit() noexcept {
+  try {
+    std::vector<Ref<DDLoggerNode>> nodes;
+    {
+      MutexLock lock(knownMutex);
+      nodes = knownLoggers;
+    }
+    const bool isHeld = dispatch_queue_is_held(loggingQueue) ||
+                        std::any_of(nodes.begin(), nodes.end(), [](const Ref<DDLoggerNode>& node) {
+                          return dispatch_queue_is_held(node->loggerQueue());
+                        });
+    if (isHeld) return flushWhileHeld(nodes);
+    const dispatch_group_t done = dispatch_group_create();
+    dispatch_group_async(done, loggingQueue, [this] { lt_flush(); });
+    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, exitPatience)) != 0) {
+      kernel::writeSystemLog("DDLog: a logger did not finish in time; the process ends without it");
+    }
+  } catch (...) {
+    kernel::writeSystemLog("DDLog: the loggers could not be flushed at the end of the process");
+  }
+}
+
+/// The block that ends the process runs on the logging queue or on a logger's queue, which can run nothing more. A
+/// logger whose queue this is flushes here and now, all others on their queues.
+void LogDispatcher::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) {
+  const dispatch_group_t done = dispatch_group_create();
+  for (const Ref<DDLoggerNode>& node : nodes) {
+    if (dispatch_queue_is_held(node->loggerQueue())) {
+      node->logger()->flush();
+    } else {
+      dispatch_group_async(done, node->loggerQueue(), [logger = node->logger()] { logger->flush(); });
+    }
+  }
+  dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, exitPatienceWhileHeld));
+}
+
+void LogDispatcher::resetAfterFork() { queueSemaphore = dispatch_semaphore_create(maximumQueueSize); }
+
+namespace {
+
+/// Runs when the library is taken down, after everything that the program registered for its end: last of all.
+__attribute__((destructor)) void flushLoggersAtExit() {
+  if (LogDispatcher* dispatcher = existing.load()) dispatcher->flushAtExit();
+}
+
+}  // namespace
+}  // namespace norvik::detail
