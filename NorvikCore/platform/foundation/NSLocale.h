@@ -1,0 +1,81 @@
+// NorvikCore/platform/foundation/NSLocale.h - a language and region, and what is customary there.
+//
+//   Ref<NSLocale> british = NSLocale::localeWithLocaleIdentifier("en_GB");
+//   british->objectForKey(NSLocaleCurrencySymbol);        // "£"
+//   british->displayName();                               // "English (United Kingdom)"
+//
+// Identifiers are those of Unicode's locale data: "en_GB", "de_DE", "sr_Latn_RS", "" for no region at all. "en-GB" is
+// read too. A locale that the data does not know falls back to its language, then to the root.
+//
+// Threads: immutable; the class operations are synchronised.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+#include <memory>
+
+namespace norvik {
+
+namespace detail {
+struct LocaleData;
+}
+
+class NK_EXPORT NSLocale : public NSObject {
+  NK_OBJECT(NSLocale, NSObject)
+
+  [[nodiscard]] static Ref<NSLocale> localeWithLocaleIdentifier(const NSString& identifier);
+  [[nodiscard]] static Ref<NSLocale> initWithLocaleIdentifier(const NSString& identifier) {
+    return localeWithLocaleIdentifier(identifier);
+  }
+  /// The user's: the first of the environment variables LC_ALL, LC_TIME and LANG that is set and not empty. "C",
+  /// "POSIX" and none at all count as "en_GB". Read once per process.
+  [[nodiscard]] static Ref<NSLocale> currentLocale();
+  /// The locale of no region, with the identifier "".
+  [[nodiscard]] static Ref<NSLocale> systemLocale();
+
+  /// In the form "en_GB".
+  [[nodiscard]] const NSString& localeIdentifier() const noexcept { return identifier_; }
+  /// The value for one of the keys below; absent where the locale has none (most have no script or variant) and for any
+  /// other key. Texts, but for the metric system (a boolean) and the calendar (an NSCalendar).
+  [[nodiscard]] Value objectForKey(const NSString& key) const;
+  /// The locale's name in its own language.
+  [[nodiscard]] NSString displayName() const;
+
+  /// "<NSLocale: en_GB>"
+  [[nodiscard]] NSString description() const override;
+  /// Locales of one identifier are equal.
+  [[nodiscard]] bool isEqual(const NSObject& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+
+  explicit NSLocale(const NSString& identifier);
+  ~NSLocale() override;
+
+  [[nodiscard]] const detail::LocaleData& data() const noexcept { return *data_; }
+
+ private:
+  const std::unique_ptr<const detail::LocaleData> data_;
+  const NSString identifier_;
+};
+
+NK_EXPORT extern const NSString NSLocaleIdentifier;
+NK_EXPORT extern const NSString NSLocaleLanguageCode;  ///< "en"
+NK_EXPORT extern const NSString NSLocaleCountryCode;   ///< "GB"
+NK_EXPORT extern const NSString NSLocaleScriptCode;    ///< "Latn", where the identifier has it
+NK_EXPORT extern const NSString NSLocaleVariantCode;
+NK_EXPORT extern const NSString NSLocaleExemplarCharacterSet;  ///< the letters of the language as a set: "[abc...]"
+NK_EXPORT extern const NSString NSLocaleCalendar;              ///< a Gregorian NSCalendar with this locale
+NK_EXPORT extern const NSString NSLocaleCollationIdentifier;  ///< where the identifier has it: "de@collation=phonebook"
+NK_EXPORT extern const NSString NSLocaleUsesMetricSystem;     ///< a boolean; true in the United Kingdom
+NK_EXPORT extern const NSString NSLocaleMeasurementSystem;    ///< "Metric", "U.S." or "U.K."
+NK_EXPORT extern const NSString NSLocaleDecimalSeparator;
+NK_EXPORT extern const NSString NSLocaleGroupingSeparator;
+NK_EXPORT extern const NSString NSLocaleCurrencySymbol;
+NK_EXPORT extern const NSString NSLocaleCurrencyCode;        ///< "GBP", where the region is known
+NK_EXPORT extern const NSString NSLocaleCollatorIdentifier;  ///< the locale whose sorting order holds: "en-GB"
+NK_EXPORT extern const NSString NSLocaleQuotationBeginDelimiterKey;
+NK_EXPORT extern const NSString NSLocaleQuotationEndDelimiterKey;
+NK_EXPORT extern const NSString NSLocaleAlternateQuotationBeginDelimiterKey;
+NK_EXPORT extern const NSString NSLocaleAlternateQuotationEndDelimiterKey;
+
+}  // namespace norvik

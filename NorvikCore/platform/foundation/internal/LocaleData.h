@@ -1,0 +1,29 @@
+// NorvikCore/platform/foundation/internal/LocaleData.h - the ICU side of a locale, and text between ICU and the
+// library.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+#include <string>
+
+namespace norvik::detail {
+
+struct LocaleData {
+  icu::Locale locale;
+};
+
+[[nodiscard]] inline const icu::Locale& icuLocale(const NSLocale& locale) { return locale.data().locale; }
+
+[[nodiscard]] NSString stringFromIcu(const icu::UnicodeString& text);
+[[nodiscard]] icu::UnicodeString icuString(const NSString& text);
+
+/// The identifier that these values of environment variables mean, null where one is not set: the first that is not
+/// empty.
+[[nodiscard]] NK_EXPORT std::string localeIdentifierFromEnvironment(const char* all, const char* time,
+                                                                    const char* language);
+
+}  // namespace norvik::detail
