@@ -68,6 +68,9 @@ struct StringStorage {
   std::atomic<const StringIndex*> index{nullptr};
 };
 
+/// Not constexpr: a constant that calls it does not compile, and the compiler names it.
+inline void thisLiteralIsNotUtf8() noexcept {}
+
 /// What a comparison with NSString takes as text without making an NSString of it.
 template <class T>
 concept PlainText = std::is_convertible_v<const T&, std::string_view> && !std::is_same_v<T, NSString> &&
@@ -97,8 +100,9 @@ class NK_EXPORT NSString {
     return *this;
   }
   constexpr NSString& operator=(NSString&& other) noexcept {
-    std::swap(data_, other.data_);
-    std::swap(bits_, other.bits_);
+    NSString taken(std::move(other));
+    std::swap(data_, taken.data_);
+    std::swap(bits_, taken.bits_);
     return *this;
   }
   constexpr ~NSString() { release(); }
@@ -292,7 +296,7 @@ class NSString::CodePoints {
 inline NSString::CodePoints NSString::codePoints() const noexcept { return CodePoints(*this); }
 
 constexpr void NSString::borrowConstant(std::string_view text) {
-  if (!utf8::isValid(text)) throw "the literal is not UTF-8";
+  if (!utf8::isValid(text)) detail::thisLiteralIsNotUtf8();
   data_ = text.data();
   bits_ = text.size() << sizeShift | (utf8::isAscii(text) ? asciiBit : 0);
 }
@@ -313,10 +317,14 @@ constexpr NSString::NSString(const char* text) {
   }
 }
 
+inline namespace literals {
+
 /// Borrows the literal, NULs in it included.
 [[nodiscard]] consteval NSString operator""_ns(const char* text, std::size_t size) {
   return NSString(std::string_view(text, size));
 }
+
+}  // namespace literals
 
 }  // namespace norvik
 

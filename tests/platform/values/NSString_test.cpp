@@ -90,6 +90,10 @@ TEST(NSString, IsEmptyAfterBeingMovedFrom) {
   const NSString to = std::move(from);
   EXPECT_EQ(to, "moved");
   EXPECT_TRUE(from.empty());  // NOLINT(bugprone-use-after-move): that is the subject
+  NSString target = std::string("old"), source = std::string("new");
+  target = std::move(source);
+  EXPECT_EQ(target, "new");
+  EXPECT_TRUE(source.empty());  // NOLINT(bugprone-use-after-move)
 }
 
 TEST(NSString, SurvivesAssignmentToItself) {
