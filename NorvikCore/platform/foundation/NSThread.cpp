@@ -1,0 +1,70 @@
+#include "NorvikCore/platform/foundation/NSThread.h"
+
+#include "NorvikCore/platform/kernel/CallStack.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSException.h"
+
+#include <pthread.h>
+
+#include <utility>
+
+namespace norvik {
+namespace {
+
+// Released by a thread-specific-data destructor, after all thread-local objects of the program are gone.
+thread_local constinit NSThread* current = nullptr;
+
+void releaseCurrent(void*) {
+  const auto last = Ref<NSThread>::adopt(std::exchange(current, nullptr));
+}
+
+void releaseAtThreadEnd() {
+  struct Key {
+    pthread_key_t key{};
+    bool made = pthread_key_create(&key, releaseCurrent) == 0;
+  };
+  static const auto& end = *new Key;
+  if (end.made) pthread_setspecific(end.key, &current);
+}
+
+}  // namespace
+
+NSThread::NSThread() : id_(kernel::currentThreadId()) {}
+NSThread::~NSThread() = default;
+
+Ref<NSThread> NSThread::currentThread() {
+  // The thread that a fork() carried into the child is another one there.
+  if (current && current->id_ != kernel::currentThreadId()) releaseCurrent(nullptr);
+  if (!current) {
+    current = make<NSThread>().take();
+    releaseAtThreadEnd();
+  }
+  return ref(*current);
+}
+
+bool NSThread::isMainThread() { return kernel::isMainThread(); }
+
+// Never inlined, since it leaves its own frame out.
+[[gnu::noinline]] Ref<NSArray> NSThread::callStackSymbols() { return NSArray::arrayFrom(kernel::callStackSymbols(1)); }
+
+NSString NSThread::name() const {
+  if (id_ == kernel::currentThreadId()) return NSString::fromBytes(kernel::currentThreadName());
+  const MutexLock lock(mutex_);
+  return name_;
+}
+
+void NSThread::setName(const NSString& name) {
+  if (id_ != kernel::currentThreadId()) {
+    throw NSException(NSInvalidArgumentException, "NSThread setName: called on another thread than its own");
+  }
+  kernel::setCurrentThreadName(name.utf8());
+  const MutexLock lock(mutex_);
+  name_ = name;
+}
+
+NSString NSThread::description() const {
+  return stringWithFormat("<NSThread: %p>{number = %u, name = %@}", static_cast<const void*>(this), id_, name());
+}
+
+}  // namespace norvik

@@ -1,0 +1,27 @@
+#include "NorvikCore/platform/foundation/NSUUID.h"
+
+#include <functional>
+
+namespace norvik {
+
+NSUUID::~NSUUID() = default;
+
+Ref<NSUUID> NSUUID::UUID() { return make<NSUUID>(kernel::makeUUID()); }
+
+Ref<NSUUID> NSUUID::initWithUUIDString(const NSString& text) {
+  const auto uuid = kernel::parseUUID(text.view());
+  return uuid ? make<NSUUID>(*uuid) : nullptr;
+}
+
+NSString NSUUID::UUIDString() const { return uuid_.text(); }
+
+bool NSUUID::isEqual(const NSObject& other) const {
+  const auto* uuid = dynamic_cast<const NSUUID*>(&other);
+  return uuid && uuid->uuid_ == uuid_;
+}
+
+std::size_t NSUUID::hash() const { return std::hash<std::string>()(uuid_.text()); }
+
+NSString NSUUID::description() const { return UUIDString(); }
+
+}  // namespace norvik
