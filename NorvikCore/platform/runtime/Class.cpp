@@ -29,11 +29,6 @@ struct ClassRegistry {
     made->makeObject_ = statement.makeObject;
     ClassBuilder builder(*made);
     if (statement.describe) statement.describe(builder);
-    if (statement.superclass) {
-      made->propertyByKey_ = statement.superclass->propertyByKey_;
-      made->methodBySelector_ = statement.superclass->methodBySelector_;
-      made->classMethodBySelector_ = statement.superclass->classMethodBySelector_;
-    }
     for (Property& property : made->properties_) made->propertyByKey_[property.name] = &property;
     for (Method& method : made->methods_) made->methodBySelector_[method.selector] = &method;
     for (Method& method : made->classMethods_) made->classMethodBySelector_[method.selector] = &method;
@@ -85,6 +80,14 @@ void ClassBuilder::dependency(const char* key, const char* affectedBy) {
   class_.dependencies_.emplace_back(NSString(key), NSString(affectedBy));
 }
 
+CategoryProperty::CategoryProperty(const Class& extended, Property property) {
+  auto& c = const_cast<Class&>(extended);
+  property.owner = &extended;
+  // Kept apart from the class's own list, whose elements must not move.
+  const auto* kept = new Property(std::move(property));
+  c.propertyByKey_[kept->name] = kept;
+}
+
 void checkArgumentCount(std::size_t wanted, std::size_t given) {
   if (wanted == given) return;
   raise("NSInvalidArgumentException",
@@ -104,20 +107,21 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
   return false;
 }
 
-const Property* Class::property(const NSString& key) const noexcept {
-  const auto found = propertyByKey_.find(key);
-  return found == propertyByKey_.end() ? nullptr : found->second;
+/// Looks in the class's own table, then in its superclasses'.
+template <class Table>
+auto Class::find(Table Class::*table, const typename Table::key_type& key) const noexcept ->
+    typename Table::mapped_type {
+  for (const Class* c = this; c; c = c->superclass_) {
+    if (const auto found = (c->*table).find(key); found != (c->*table).end()) return found->second;
+  }
+  return nullptr;
 }
 
-const Method* Class::instanceMethod(SEL selector) const noexcept {
-  const auto found = methodBySelector_.find(selector);
-  return found == methodBySelector_.end() ? nullptr : found->second;
-}
+const Property* Class::property(const NSString& key) const noexcept { return find(&Class::propertyByKey_, key); }
 
-const Method* Class::classMethod(SEL selector) const noexcept {
-  const auto found = classMethodBySelector_.find(selector);
-  return found == classMethodBySelector_.end() ? nullptr : found->second;
-}
+const Method* Class::instanceMethod(SEL selector) const noexcept { return find(&Class::methodBySelector_, selector); }
+
+const Method* Class::classMethod(SEL selector) const noexcept { return find(&Class::classMethodBySelector_, selector); }
 
 std::vector<NSString> Class::keysAffecting(const NSString& key) const {
   std::vector<NSString> keys;

@@ -26,6 +26,7 @@ class NSObject;
 
 namespace detail {
 class ClassBuilder;
+struct CategoryProperty;
 struct ClassRegistry;
 }  // namespace detail
 
@@ -87,15 +88,18 @@ class NK_EXPORT Class {
 
  private:
   friend class detail::ClassBuilder;
+  friend struct detail::CategoryProperty;
   friend struct detail::ClassRegistry;
   Class() = default;
+  template <class Table>
+  auto find(Table Class::*table, const typename Table::key_type& key) const noexcept -> typename Table::mapped_type;
 
   NSString name_;
   const Class* superclass_ = nullptr;
   std::vector<Property> properties_;
   std::vector<Method> methods_, classMethods_;
   std::vector<std::pair<NSString, NSString>> dependencies_;      ///< a key, and a key that changes it
-  std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: inherited ones too
+  std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: the class's own
   std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;
   Ref<NSObject> (*makeObject_)() = nullptr;
 };

@@ -51,6 +51,12 @@ struct ClassAtLoad {
 /// Other users of the compiler's counter inside a class leave gaps between its statements; so many are stepped over.
 inline constexpr int greatestGap = 8;
 
+/// Adds a property to a class that stands elsewhere, when its shared object is loaded: what a category's accessor pair
+/// is for key paths and observers.
+struct NK_EXPORT CategoryProperty {
+  CategoryProperty(const Class& extended, Property property);
+};
+
 template <class T, int number = 0, int gap = 0>
 void describe(ClassBuilder& builder) {
   if constexpr (requires { T::nk_state_(Slot<number>{}, builder); }) {
