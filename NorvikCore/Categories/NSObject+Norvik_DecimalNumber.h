@@ -1,0 +1,18 @@
+// NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h - the sum of several of an object's values.
+//
+//   nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"}));     // gross pay plus
+//   bonus
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/runtime/NSSet.h"
+
+namespace norvik {
+
+/// The object's own values for all the keys, added in the keys' order by the default behaviour. The name says one key
+/// where a collection of them is meant. No keys give 0. A key that the object does not have raises
+/// NSUndefinedKeyException, a value that is no number NSInvalidArgumentException.
+[[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySummingValueForKey(const NSObject& object, const NSArray& keys);
+[[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySummingValueForKey(const NSObject& object, const NSSet& keys);
+
+}  // namespace norvik

@@ -1,0 +1,11 @@
+#include "NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h"
+
+#include "NorvikCore/Categories/internal/DecimalSumming.h"
+
+#include <functional>
+
+namespace norvik {
+
+Decimal nk_decimalNumberBySumming(const NSSet& numbers) { return detail::sumOf(numbers, std::identity()); }
+
+}  // namespace norvik

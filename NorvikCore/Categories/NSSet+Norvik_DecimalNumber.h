@@ -1,0 +1,15 @@
+// NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h - the sum of a set of numbers.
+//
+//   nk_decimalNumberBySumming(*NSSet::setWith({100_dec, 20_dec}));      // 120
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSSet.h"
+
+namespace norvik {
+
+/// The members added in the set's order by the default behaviour: nothing is rounded to a scale, not-a-number makes the
+/// sum not-a-number, overflow raises. An empty set gives 0; a member that is no number raises
+/// NSInvalidArgumentException.
+[[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySumming(const NSSet& numbers);
+
+}  // namespace norvik
