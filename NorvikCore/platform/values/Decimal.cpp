@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/values/Decimal.h"
 
+#include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
 #include "NorvikCore/platform/values/internal/DecimalText.h"
 
@@ -35,7 +36,7 @@ UInt128 wholePart(const Decimal& value) noexcept {
   if (value.isNaN() || mantissa == 0 || exponent < -38) return 0;
   if (exponent < 0) {
     UInt128 remainder;
-    return detail::divide(mantissa, detail::powerOfTen(-exponent), remainder);
+    return detail::divideByPowerOfTen(mantissa, -exponent, remainder);
   }
   if (detail::digitCount(mantissa) + exponent > 20) return ~UInt128{0};
   return mantissa * detail::powerOfTen(exponent);
@@ -109,7 +110,7 @@ std::size_t Decimal::hash() const noexcept {
   int exponent = exponent_;
   while (detail::high64(mantissa) != 0) {
     UInt128 remainder;
-    const UInt128 shorter = detail::divide(mantissa, 10, remainder);
+    const UInt128 shorter = detail::divideByPowerOfTen(mantissa, 1, remainder);
     if (remainder != 0) break;
     mantissa = shorter;
     ++exponent;
@@ -130,6 +131,10 @@ std::size_t Decimal::hash() const noexcept {
 }
 
 std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noexcept {
+  const int shift = a.exponent_ - b.exponent_;
+  if (detail::alignable(a, b)) [[likely]] {
+    return detail::alignedMantissa(a, shift) <=> detail::alignedMantissa(b, -shift);
+  }
   if (a.isNaN() || b.isNaN()) return b.isNaN() <=> a.isNaN();
   const int signA = a.isZero() ? 0 : a.negative_ ? -1 : 1, signB = b.isZero() ? 0 : b.negative_ ? -1 : 1;
   if (signA != signB || signA == 0) return signA <=> signB;

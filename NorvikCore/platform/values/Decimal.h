@@ -39,27 +39,6 @@ namespace detail {
 __extension__ typedef unsigned __int128 UInt128;
 __extension__ typedef __int128 Int128;
 struct DecimalAccess;
-
-inline constexpr std::uint64_t powersOfTen64[20] = {1u,
-                                                    10u,
-                                                    100u,
-                                                    1000u,
-                                                    10000u,
-                                                    100000u,
-                                                    1000000u,
-                                                    10000000u,
-                                                    100000000u,
-                                                    1000000000u,
-                                                    10000000000u,
-                                                    100000000000u,
-                                                    1000000000000u,
-                                                    10000000000000u,
-                                                    100000000000000u,
-                                                    1000000000000000u,
-                                                    10000000000000000u,
-                                                    100000000000000000u,
-                                                    1000000000000000000u,
-                                                    10000000000000000000u};
 }  // namespace detail
 
 class NK_EXPORT Decimal {
@@ -162,17 +141,20 @@ class NK_EXPORT Decimal {
   [[nodiscard]] std::size_t hash() const noexcept;
 
   [[nodiscard]] friend Decimal operator+(const Decimal& a, const Decimal& b) {
-    Decimal sum;
-    if (addSmall(a, b, sum)) [[likely]]
-      return sum;
-    return addWide(a, b);
+    if (!alike(a, b)) [[unlikely]]
+      return addWide(a, b);
+    const std::int64_t sum = a.smallValue() + b.smallValue(), sign = sum >> 63;
+    return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign), a.exponent_, sign != 0);
   }
   [[nodiscard]] friend Decimal operator-(const Decimal& a, const Decimal& b) { return a + (-b); }
   [[nodiscard]] friend Decimal operator*(const Decimal& a, const Decimal& b) {
-    Decimal product;
-    if (multiplySmall(a, b, product)) [[likely]]
-      return product;
-    return multiplyWide(a, b);
+    const auto mantissa = static_cast<detail::UInt128>(a.low_) * b.low_;
+    const auto high = static_cast<std::uint64_t>(mantissa >> 64);
+    const int exponent = a.exponent_ + b.exponent_;
+    if ((a.high_ | b.high_) != 0 || high >= powerOf38High || static_cast<unsigned>(exponent - minimumExponent) > 255u)
+        [[unlikely]]
+      return multiplyWide(a, b);
+    return Decimal(high, static_cast<std::uint64_t>(mantissa), exponent, (a.negative_ != b.negative_) && mantissa != 0);
   }
   [[nodiscard]] friend Decimal operator/(const Decimal& a, const Decimal& b) { return divide(a, b); }
   [[nodiscard]] constexpr Decimal operator-() const noexcept {
@@ -184,15 +166,21 @@ class NK_EXPORT Decimal {
   Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
   Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
 
-  [[nodiscard]] friend bool operator==(const Decimal& a, const Decimal& b) noexcept { return (a <=> b) == 0; }
-  [[nodiscard]] friend std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
-    const int shift = a.exponent_ - b.exponent_;
-    if (bothSmall(a, b, shift)) [[likely]] {
-      const detail::Int128 x = aligned(a, shift), y = aligned(b, -shift);
-      return x < y ? std::weak_ordering::less : x > y ? std::weak_ordering::greater : std::weak_ordering::equivalent;
-    }
-    return compareWide(a, b);
+  [[nodiscard]] friend bool operator==(const Decimal& a, const Decimal& b) noexcept {
+    return alike(a, b) ? a.smallValue() == b.smallValue() : compareWide(a, b) == 0;
   }
+  [[nodiscard]] friend std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
+    if (!alike(a, b)) [[unlikely]]
+      return compareWide(a, b);
+    return a.smallValue() <=> b.smallValue();
+  }
+  // As <=> says, without its three-way result in between.
+  [[nodiscard]] friend bool operator<(const Decimal& a, const Decimal& b) noexcept {
+    return alike(a, b) ? a.smallValue() < b.smallValue() : compareWide(a, b) < 0;
+  }
+  [[nodiscard]] friend bool operator>(const Decimal& a, const Decimal& b) noexcept { return b < a; }
+  [[nodiscard]] friend bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
+  [[nodiscard]] friend bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
 
  private:
   friend struct detail::DecimalAccess;
@@ -200,46 +188,17 @@ class NK_EXPORT Decimal {
 
   static constexpr std::uint64_t notANumberMark = ~std::uint64_t{0};  // no mantissa is that large
   static constexpr std::uint64_t powerOf38High = 5421010862427522170u, powerOf38Low = 687399551400673280u;  // 10^38
-  static constexpr int smallShift = 18;  // 2^64 * 10^18 + 2^64 is below 10^38
 
   constexpr Decimal(std::uint64_t high, std::uint64_t low, int exponent, bool negative) noexcept
       : low_(low), high_(high), exponent_(exponent), negative_(negative) {}
 
-  static constexpr bool bothSmall(const Decimal& a, const Decimal& b, int shift) noexcept {
-    return (a.high_ | b.high_) == 0 && static_cast<unsigned>(shift + smallShift) <= 2u * smallShift;
+  /// Whether both are numbers below 2^62 units of the same power of ten, as most amounts are.
+  static constexpr bool alike(const Decimal& a, const Decimal& b) noexcept {
+    return (a.high_ | b.high_ | ((a.low_ | b.low_) >> 62)) == 0 && a.exponent_ == b.exponent_;
   }
-  static detail::Int128 withSign(detail::UInt128 magnitude, bool negative) noexcept {
-    const detail::UInt128 mask = 0 - static_cast<detail::UInt128>(negative);
-    return static_cast<detail::Int128>((magnitude ^ mask) - mask);
-  }
-  /// The signed mantissa of a small number in units `shift` powers of ten below its own; a negative shift counts as 0.
-  static detail::Int128 aligned(const Decimal& d, int shift) noexcept {
-    return withSign(static_cast<detail::UInt128>(d.low_) * detail::powersOfTen64[shift > 0 ? shift : 0], d.negative_);
-  }
-  static Decimal fromSigned(detail::Int128 mantissa, int exponent) noexcept {
-    const bool negative = mantissa < 0;
-    const detail::UInt128 magnitude =
-        static_cast<detail::UInt128>(withSign(static_cast<detail::UInt128>(mantissa), negative));
-    return Decimal(static_cast<std::uint64_t>(magnitude >> 64), static_cast<std::uint64_t>(magnitude), exponent,
-                   negative);
-  }
-  static bool addSmall(const Decimal& a, const Decimal& b, Decimal& sum) noexcept {
-    const int shift = a.exponent_ - b.exponent_;
-    if (!bothSmall(a, b, shift)) [[unlikely]]
-      return false;
-    sum = fromSigned(aligned(a, shift) + aligned(b, -shift), shift > 0 ? b.exponent_ : a.exponent_);
-    return true;
-  }
-  static bool multiplySmall(const Decimal& a, const Decimal& b, Decimal& product) noexcept {
-    const auto mantissa = static_cast<detail::UInt128>(a.low_) * b.low_;
-    const auto high = static_cast<std::uint64_t>(mantissa >> 64);
-    const int exponent = a.exponent_ + b.exponent_;
-    if ((a.high_ | b.high_) != 0 || high >= powerOf38High || static_cast<unsigned>(exponent - minimumExponent) > 255u)
-        [[unlikely]]
-      return false;
-    product =
-        Decimal(high, static_cast<std::uint64_t>(mantissa), exponent, (a.negative_ != b.negative_) && mantissa != 0);
-    return true;
+  [[nodiscard]] constexpr std::int64_t smallValue() const noexcept {
+    const auto sign = -static_cast<std::int64_t>(negative_);
+    return (static_cast<std::int64_t>(low_) ^ sign) - sign;
   }
   static Decimal addWide(const Decimal& a, const Decimal& b);
   static Decimal multiplyWide(const Decimal& a, const Decimal& b);
@@ -261,6 +220,7 @@ struct DecimalAccess {
     return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,
                    negative);
   }
+  static constexpr std::uint64_t lowMantissa(const Decimal& d) noexcept { return d.low_; }
   static constexpr UInt128 mantissa(const Decimal& d) noexcept { return static_cast<UInt128>(d.high_) << 64 | d.low_; }
 };
 

@@ -1,6 +1,7 @@
 // Arithmetic on decimal numbers beyond what the header does in 64 bits.
 
 #include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 #include "NorvikCore/platform/values/internal/DecimalPower.h"
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
 #include "NorvikCore/platform/values/internal/DecimalWide.h"
@@ -57,7 +58,7 @@ Decimal add(const Decimal& a, const Decimal& b, const NSDecimalNumberHandler& be
   // and above a half, 37 digits further up: that it is not zero is all that counts.
   const int room = wideDigits - digits, below = shift - room;
   UInt128 cut = y;
-  const UInt128 kept = below > 38 ? 0 : detail::divide(y, powerOfTen(below), cut);
+  const UInt128 kept = below > 38 ? 0 : detail::divideByPowerOfTen(y, below, cut);
   UInt256 sum = combine(scaled(x, room), upper.isNegative(), UInt256(kept), lower.isNegative(), negative);
   if (cut != 0 && upper.isNegative() != lower.isNegative()) sum = sum - UInt256(1);
   return detail::settle(sum, cut != 0 ? Tail::belowHalf : Tail::none, upper.exponent() - room, negative, behavior);
@@ -77,11 +78,11 @@ struct Quotient {
 };
 
 /// Takes up to `limit` trailing zeros off.
-void strip(UInt128& mantissa, int& limit) noexcept {
+[[gnu::noinline]] void strip(UInt128& mantissa, int& limit) noexcept {
   for (int step = 16; step > 0; step /= 2) {
     while (step <= limit) {
       UInt128 remainder;
-      const UInt128 shorter = detail::divide(mantissa, powerOfTen(step), remainder);
+      const UInt128 shorter = detail::divideByPowerOfTen(mantissa, step, remainder);
       if (remainder != 0) break;
       mantissa = shorter;
       limit -= step;
@@ -89,33 +90,29 @@ void strip(UInt128& mantissa, int& limit) noexcept {
   }
 }
 
-/// Both operands below 2^64: the whole part, then up to 19 digits by each machine division, ending at remainder 0.
-Quotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
-  std::uint64_t remainder = a % b;
-  std::uint64_t first = a / b;
-  if (remainder == 0) return {first, Tail::none, 0};
-  int added = 0;
-  if (first == 0) {
-    added = std::max(0, detail::digitCount(b) - detail::digitCount(a));
-    UInt128 aligned = a * static_cast<UInt128>(detail::powersOfTen64[added]);
-    if (aligned < b) {
-      aligned *= 10;
-      ++added;
-    }
-    first = detail::divide128by64(detail::high64(aligned), detail::low64(aligned), b, remainder);
-  }
+constexpr std::uint64_t firstBeyondSmall = detail::powersOfTen64[19];
+
+/// Both operands below 10^19: two steps of 19 digits each, the second only where the first leaves a remainder.
+[[gnu::always_inline]] inline Quotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
+  const detail::Divisor divisor(b);  // takes longest, and does not wait for what follows
+  // With as many digits in both, the quotient is between 0.1 and 10; it needs one more zero where it is below 1.
+  const int longer = detail::digitCount(a) - detail::digitCount(b);
+  const bool less = a * detail::powerOfTen64(std::max(0, -longer)) < b * detail::powerOfTen64(std::max(0, longer));
+  int added = 18 - longer + static_cast<int>(less);
+
+  const UInt128 dividend = a * detail::powerOfTen(added) << divisor.shift();
+  std::uint64_t remainder;  // of the shifted divisor, and so shifted itself
+  const std::uint64_t first = divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), remainder);
   UInt128 mantissa = first;
-  int missing = Decimal::maximumDigits - detail::digitCount(first);
-  while (remainder != 0 && missing > 0) {
-    const int step = std::min(missing, 19);
-    const UInt128 dividend = static_cast<UInt128>(remainder) * detail::powersOfTen64[step];
-    const std::uint64_t digits = detail::divide128by64(detail::high64(dividend), detail::low64(dividend), b, remainder);
-    mantissa = mantissa * detail::powersOfTen64[step] + digits;
-    added += step;
-    missing -= step;
+  if (remainder != 0) {
+    const UInt128 next = detail::wideProduct(remainder, firstBeyondSmall);
+    const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), remainder);
+    mantissa = detail::wideProduct(first, firstBeyondSmall) + second;
+    added += 19;
   }
-  if (remainder == 0) strip(mantissa, added);
-  return {mantissa, detail::tailOf(remainder, b, Tail::none), added};
+  if (remainder != 0) return {mantissa, detail::tailOf(remainder, b << divisor.shift(), Tail::none), added};
+  strip(mantissa, added);
+  return {mantissa, Tail::none, added};
 }
 
 /// 38 digits by one division of 256 by 128 bits.
@@ -131,27 +128,46 @@ Quotient divideWide(UInt128 a, UInt128 b) noexcept {
   return {mantissa, detail::tailOf(remainder, b, Tail::none), added};
 }
 
+Quotient quotientOf(UInt128 a, UInt128 b) noexcept {
+  const bool small = a < firstBeyondSmall && b < firstBeyondSmall;
+  return small ? divideSmall(detail::low64(a), detail::low64(b)) : divideWide(a, b);
+}
+
 Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandler& behavior) {
   if (a.isNaN() || b.isNaN()) return Decimal::notANumber();
   if (b.isZero()) return detail::dividedByZero(behavior);
-  const UInt128 x = DecimalAccess::mantissa(a), y = DecimalAccess::mantissa(b);
   const int exponent = a.exponent() - b.exponent();
-  if (x == 0) return detail::settle(x, Tail::none, exponent, false, behavior);
-  const bool small = (detail::high64(x) | detail::high64(y)) == 0;
-  const Quotient quotient = small ? divideSmall(detail::low64(x), detail::low64(y)) : divideWide(x, y);
+  if (a.isZero()) return detail::settle(UInt128{0}, Tail::none, exponent, false, behavior);
+  const Quotient quotient = quotientOf(DecimalAccess::mantissa(a), DecimalAccess::mantissa(b));
   return detail::settle(quotient.mantissa, quotient.tail, exponent - quotient.digitsAdded,
                         a.isNegative() != b.isNegative(), behavior);
 }
 
 }  // namespace
 
-Decimal Decimal::addWide(const Decimal& a, const Decimal& b) { return add(a, b, plain()); }
+Decimal Decimal::addWide(const Decimal& a, const Decimal& b) {
+  if (detail::alignable(a, b)) [[likely]]
+    return detail::addAlignable(a, b);
+  return add(a, b, plain());
+}
 Decimal Decimal::multiplyWide(const Decimal& a, const Decimal& b) { return multiply(a, b, plain()); }
-Decimal Decimal::divide(const Decimal& a, const Decimal& b) { return divideBy(a, b, plain()); }
+
+Decimal Decimal::divide(const Decimal& a, const Decimal& b) {
+  const auto isSmall = [](const Decimal& d) { return d.high_ == 0 && d.low_ - 1 < firstBeyondSmall - 1; };
+  if (!isSmall(a) || !isSmall(b)) [[unlikely]]
+    return divideBy(a, b, plain());
+  const Quotient quotient = divideSmall(a.low_, b.low_);
+  const int exponent = a.exponent_ - b.exponent_ - quotient.digitsAdded;
+  const UInt128 rounded = quotient.mantissa + (quotient.tail >= Tail::half ? 1u : 0u);
+  const bool negative = a.negative_ != b.negative_;
+  if (rounded < detail::firstBeyondMantissa && exponent >= minimumExponent && exponent <= maximumExponent) [[likely]]
+    return DecimalAccess::make(rounded, exponent, negative);
+  return detail::settle(quotient.mantissa, quotient.tail, exponent, negative, plain());
+}
 
 Decimal Decimal::decimalNumberByAdding(const Decimal& other, const NSDecimalNumberHandler& behavior) const {
-  Decimal sum;
-  if (addSmall(*this, other, sum)) return sum.decimalNumberByRoundingAccordingToBehavior(behavior);
+  if (detail::alignable(*this, other)) [[likely]]
+    return detail::addAlignable(*this, other).decimalNumberByRoundingAccordingToBehavior(behavior);
   return add(*this, other, behavior);
 }
 
@@ -160,8 +176,6 @@ Decimal Decimal::decimalNumberBySubtracting(const Decimal& other, const NSDecima
 }
 
 Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& other, const NSDecimalNumberHandler& behavior) const {
-  Decimal product;
-  if (multiplySmall(*this, other, product)) return product.decimalNumberByRoundingAccordingToBehavior(behavior);
   return multiply(*this, other, behavior);
 }
 
@@ -188,13 +202,9 @@ Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumbe
   const int drop = -scale - exponent_;
   if (scale == NSDecimalNoScale || drop <= 0 || isNaN()) return *this;
   if (high_ == 0 && drop <= 19 && -scale <= maximumExponent) [[likely]] {
-    const std::uint64_t divisor = detail::powersOfTen64[drop];
-    std::uint64_t kept = low_ / divisor;
-    const std::uint64_t remainder = low_ % divisor;
-    const Tail tail = remainder > divisor - remainder    ? Tail::aboveHalf
-                      : remainder == divisor - remainder ? Tail::half
-                      : remainder == 0                   ? Tail::none
-                                                         : Tail::belowHalf;
+    std::uint64_t remainder;
+    std::uint64_t kept = detail::tenDivisor(drop).divide(0, low_, remainder);
+    const Tail tail = detail::tailOf(remainder, detail::powerOfTen64(drop), Tail::none);
     kept += detail::roundsAway(behavior.roundingMode(), tail, negative_, (kept & 1) != 0) ? 1u : 0u;
     return Decimal(0, kept, -scale, negative_ && kept != 0);
   }

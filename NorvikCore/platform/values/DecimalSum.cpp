@@ -1,18 +1,20 @@
 #include "NorvikCore/platform/values/DecimalSum.h"
 
-#include "NorvikCore/platform/values/internal/DecimalWide.h"
+#include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 
 namespace norvik {
 
+Decimal DecimalSum::value() const noexcept {
+  return exponent_ == noExponent ? wide_ : detail::fromSigned(total_, exponent_);
+}
+
 void DecimalSum::addWide(const Decimal& number) {
-  if (number.high_ == 0 && exponent_ != noExponent) {
-    const int shift = number.exponent_ - exponent_;
-    if (shift > 0 && shift <= Decimal::smallShift) {
-      const detail::Int128 sum = total_ + Decimal::aligned(number, shift);
-      if (fits(sum)) {
-        total_ = sum;
-        return;
-      }
+  const int shift = number.exponent_ - exponent_;
+  if (number.high_ == 0 && exponent_ != noExponent && shift > 0 && shift <= detail::longestAlignment) {
+    const detail::Int128 sum = total_ + detail::alignedMantissa(number, shift);
+    if (fits(sum)) {
+      total_ = sum;
+      return;
     }
   }
   const Decimal sum = value() + number;

@@ -23,7 +23,8 @@ class NK_EXPORT DecimalSum {
 
   DecimalSum& operator+=(const Decimal& number) {
     if (number.high_ == 0 && number.exponent_ == exponent_) [[likely]] {
-      const detail::Int128 sum = total_ + Decimal::withSign(number.low_, number.negative_);
+      const auto mask = 0 - static_cast<detail::UInt128>(number.negative_);
+      const detail::Int128 sum = total_ + static_cast<detail::Int128>((number.low_ ^ mask) - mask);
       if (fits(sum)) [[likely]] {
         total_ = sum;
         return *this;
@@ -38,9 +39,7 @@ class NK_EXPORT DecimalSum {
     for (const Decimal* number = numbers; number != numbers + count; ++number) *this += *number;
   }
 
-  [[nodiscard]] Decimal value() const noexcept {
-    return exponent_ == noExponent ? wide_ : Decimal::fromSigned(total_, exponent_);
-  }
+  [[nodiscard]] Decimal value() const noexcept;
 
  private:
   static constexpr int noExponent = 1000;  // of no number: every addition takes the wide path

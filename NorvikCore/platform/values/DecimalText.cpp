@@ -59,7 +59,7 @@ class Digits {
     }
   }
   [[nodiscard]] UInt128 mantissa() const noexcept {
-    return count_ <= 19 ? head_ : static_cast<UInt128>(head_) * powersOfTen64[count_ - 19] + rest_;
+    return count_ <= 19 ? head_ : static_cast<UInt128>(head_) * powerOfTen64(count_ - 19) + rest_;
   }
   [[nodiscard]] Tail tail() const noexcept { return tail_; }
   [[nodiscard]] std::int64_t dropped() const noexcept { return dropped_; }
@@ -84,6 +84,27 @@ const char* readExponent(const char* p, const char* last, std::int64_t& exponent
   return q;
 }
 
+/// Reads what most numbers are, [-]digits[.digits] of up to 18 digits with nothing like an exponent after them.
+const char* readShort(const char* first, const char* last, Decimal& value) noexcept {
+  const char* p = first;
+  const bool negative = p != last && *p == '-';
+  if (negative) ++p;
+  const char* const whole = p;
+  std::uint64_t mantissa = 0;
+  for (; digitAt(p, last); ++p) mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+  std::ptrdiff_t digits = p - whole, places = 0;
+  if (digits == 0) return nullptr;
+  if (p != last && *p == '.') {
+    const char* const fraction = ++p;
+    for (; digitAt(p, last); ++p) mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+    places = p - fraction;
+    digits += places;
+  }
+  if (digits > 18 || (p != last && (*p == 'E' || *p == 'e'))) return nullptr;
+  value = DecimalAccess::make(mantissa, static_cast<int>(-places), negative && mantissa != 0);
+  return p;
+}
+
 }  // namespace
 
 char* writeDigits(char* out, UInt128 n) noexcept {
@@ -93,7 +114,7 @@ char* writeDigits(char* out, UInt128 n) noexcept {
     return out + count;
   }
   UInt128 lower;
-  const UInt128 upper = divide(n, powersOfTen64[19], lower);
+  const UInt128 upper = divideByPowerOfTen(n, 19, lower);
   out = writeDigits(out, upper);
   writeBackwards(out + 19, low64(lower), 19);
   return out + 19;
@@ -126,6 +147,8 @@ char* writeDecimal(char* out, const Decimal& value) noexcept {
 }
 
 ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept {
+  if (const char* const end = readShort(first, last, value)) [[likely]]
+    return {end, ReadOutcome::number};
   const char* p = first;
   const bool negative = p != last && *p == '-';
   if (negative) ++p;
@@ -162,20 +185,32 @@ ReadResult readDecimal(const char* first, const char* last, Decimal& value) noex
 
 }  // namespace detail
 
-std::optional<Decimal> Decimal::parse(std::string_view text) noexcept {
+namespace {
+
+/// Reads the whole text, a plus sign allowed, or says false.
+bool readWhole(std::string_view text, Decimal& value) noexcept {
   const char* first = text.data();
   const char* const last = first + text.size();
   if (first != last && *first == '+') {
     ++first;
-    if (first != last && *first != '.' && !detail::digitAt(first, last)) return std::nullopt;
+    if (first != last && *first != '.' && !detail::digitAt(first, last)) return false;
   }
-  Decimal value;
   const detail::ReadResult result = detail::readDecimal(first, last, value);
-  if (result.outcome != detail::ReadOutcome::number || result.end != last) return std::nullopt;
+  return result.outcome == detail::ReadOutcome::number && result.end == last;
+}
+
+}  // namespace
+
+std::optional<Decimal> Decimal::parse(std::string_view text) noexcept {
+  std::optional<Decimal> value(std::in_place);
+  if (!readWhole(text, *value)) value.reset();
   return value;
 }
 
-Decimal Decimal::decimalNumberWithString(std::string_view text) noexcept { return parse(text).value_or(notANumber()); }
+Decimal Decimal::decimalNumberWithString(std::string_view text) noexcept {
+  Decimal value;
+  return readWhole(text, value) ? value : notANumber();
+}
 
 std::string Decimal::stringValue() const {
   char text[detail::longestText];

@@ -28,9 +28,9 @@ struct UInt512 {
     while (top > 0 && word[top] == 0) --top;
     return 64 * (top + 1) - std::countl_zero(word[top]);
   }
-  std::uint64_t divideBy(std::uint64_t divisor) noexcept {
+  std::uint64_t divideBy(const Divisor& divisor) noexcept {
     std::uint64_t remainder = 0;
-    for (int i = 7; i >= 0; --i) word[i] = divide128by64(remainder, word[i], divisor, remainder);
+    for (int i = 7; i >= 0; --i) word[i] = divisor.divide(remainder, word[i], remainder);
     return remainder;
   }
 };
@@ -41,7 +41,7 @@ Power multiply(const Power& a, const Power& b) noexcept {
   bool exact = a.exact && b.exact;
   for (int over; (over = (product.bits() * 1233 >> 12) - wideDigits) > 0;) {
     const int count = std::min(over, 19);
-    if (product.divideBy(powersOfTen64[count]) != 0) exact = false;
+    if (product.divideBy(tenDivisor(count)) != 0) exact = false;
     exponent += count;
   }
   UInt256 mantissa;

@@ -30,7 +30,7 @@ UInt128 cut(UInt128 mantissa, int count, Tail& tail) noexcept {
   }
   if (count == 0) return mantissa;
   UInt128 remainder;
-  const UInt128 quotient = divide(mantissa, powerOfTen(count), remainder);
+  const UInt128 quotient = divideByPowerOfTen(mantissa, count, remainder);
   tail = tailOf(remainder, powerOfTen(count), tail);
   return quotient;
 }
@@ -38,9 +38,9 @@ UInt128 cut(UInt128 mantissa, int count, Tail& tail) noexcept {
 UInt256 cut(UInt256 mantissa, int count, Tail& tail) noexcept {
   for (; count > 0 && !mantissa.isZero(); count -= 38) {
     UInt128 remainder;
-    const UInt128 divisor = powerOfTen(std::min(count, 38));
-    mantissa = divide(mantissa, divisor, remainder);
-    tail = tailOf(remainder, divisor, tail);
+    const int step = std::min(count, 38);
+    mantissa = divideByPowerOfTen(mantissa, step, remainder);
+    tail = tailOf(remainder, powerOfTen(step), tail);
   }
   if (count > 0 && tail != Tail::none) tail = Tail::belowHalf;
   return mantissa;

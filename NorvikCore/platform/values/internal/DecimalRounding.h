@@ -5,17 +5,22 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/internal/DecimalWide.h"
 
+#include <type_traits>
+
 namespace norvik::detail {
 
 /// What lies between a cut number and the exact one, as a part of the last digit kept.
 enum class Tail : std::uint8_t { none, belowHalf, half, aboveHalf };
 
-/// The tail after a division that left `remainder` of `divisor`, when `tail` lay below that division's dividend.
-inline Tail tailOf(UInt128 remainder, UInt128 divisor, Tail tail) noexcept {
-  const UInt128 rest = divisor - remainder;
-  if (remainder > rest) return Tail::aboveHalf;
-  if (remainder == rest) return tail == Tail::none ? Tail::half : Tail::aboveHalf;
-  return remainder == 0 && tail == Tail::none ? Tail::none : Tail::belowHalf;
+/// The tail after a division that left `remainder` of `divisor`, when `tail` lay below that division's dividend. Counts
+/// comparisons instead of branching on digits that are as good as random.
+template <class Word>
+inline Tail tailOf(Word remainder, std::type_identity_t<Word> divisor, Tail tail) noexcept {
+  const Word rest = divisor - remainder;
+  const bool more = tail != Tail::none;
+  const int beyondNone = (remainder != 0) | more, beyondBelow = remainder >= rest,
+            beyondHalf = (remainder > rest) | ((remainder == rest) & more);
+  return static_cast<Tail>(beyondNone + beyondBelow + beyondHalf);
 }
 
 /// Whether a magnitude with that tail becomes the next greater magnitude.

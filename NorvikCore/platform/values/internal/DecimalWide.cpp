@@ -3,79 +3,113 @@
 namespace norvik::detail {
 namespace {
 
-/// {high, low} / {d1, d0}, where the divisor's top bit is set and high is below the divisor: Knuth's algorithm D, one
-/// quotient word.
-std::uint64_t divideStep(UInt128 high, std::uint64_t low, UInt128 divisor, UInt128& remainder) noexcept {
-  const std::uint64_t d1 = high64(divisor), d0 = low64(divisor);
-  std::uint64_t quotient, rest;
-  bool restFits = true;
-  if (high64(high) >= d1) {
-    quotient = ~std::uint64_t{0};
-    rest = low64(high) + d1;
-    restFits = rest >= d1;
-  } else {
-    quotient = divide128by64(high64(high), low64(high), d1, rest);
+/// A divisor of more than 64 bits, and the reciprocal of its upper half.
+class WideDivisor {
+ public:
+  explicit constexpr WideDivisor(UInt128 divisor) noexcept
+      : shift_(std::countl_zero(high64(divisor))), normal_(divisor << shift_), upper_(high64(normal_)) {}
+
+  [[nodiscard]] UInt256 divide(const UInt256& n, UInt128& remainder) const noexcept {
+    UInt256 quotient;
+    const std::uint64_t top = shift_ == 0 ? 0 : n.word[3] >> (64 - shift_);
+    UInt128 rest = join(top, shiftedWord(n, 3));
+    for (int i = 2; i >= 0; --i) quotient.word[i] = step(rest, shiftedWord(n, i));
+    remainder = rest >> shift_;
+    return quotient;
   }
-  while (restFits && static_cast<UInt128>(quotient) * d0 > join(rest, low)) {
-    --quotient;
-    rest += d1;
-    restFits = rest >= d1;
+
+  [[nodiscard]] UInt128 divide(UInt128 n, UInt128& remainder) const noexcept {
+    const std::uint64_t top = shift_ == 0 ? 0 : high64(n) >> (64 - shift_);
+    UInt128 rest = join(top, high64(n << shift_));
+    const std::uint64_t quotient = step(rest, low64(n << shift_));
+    remainder = rest >> shift_;
+    return quotient;
   }
-  remainder = join(low64(high), low) - static_cast<UInt128>(quotient) * d0 -
-              (static_cast<UInt128>(low64(static_cast<UInt128>(quotient) * d1)) << 64);
+
+ private:
+  [[nodiscard]] std::uint64_t shiftedWord(const UInt256& n, int i) const noexcept {
+    if (shift_ == 0 || i == 0) return n.word[i] << shift_;
+    return n.word[i] << shift_ | n.word[i - 1] >> (64 - shift_);
+  }
+
+  /// One word of the quotient of {rest, low}, where rest is below the divisor and becomes the remainder: Knuth's
+  /// algorithm D, an estimate by the upper half that is at most two too great.
+  std::uint64_t step(UInt128& rest, std::uint64_t low) const noexcept {
+    const std::uint64_t d1 = high64(normal_), d0 = low64(normal_);
+    std::uint64_t quotient, partial;
+    bool mayBeTooGreat = true;
+    if (high64(rest) >= d1) {
+      quotient = ~std::uint64_t{0};
+      partial = low64(rest) + d1;
+      mayBeTooGreat = partial >= d1;
+    } else {
+      quotient = upper_.divideShifted(high64(rest), low64(rest), partial);
+    }
+    while (mayBeTooGreat && wideProduct(quotient, d0) > join(partial, low)) {
+      --quotient;
+      partial += d1;
+      mayBeTooGreat = partial >= d1;
+    }
+    rest = join(low64(rest), low) - wideProduct(quotient, d0) - join(quotient * d1, 0);
+    return quotient;
+  }
+
+  int shift_;
+  UInt128 normal_;
+  Divisor upper_;
+};
+
+/// Divisors for the powers of ten from 10^20 to 10^38.
+constexpr auto wideTenDivisors = []<std::size_t... n>(std::index_sequence<n...>) {
+  return std::array{WideDivisor(powersOfTen128[n + 20])...};
+}
+(std::make_index_sequence<19>{});
+
+const WideDivisor& wideTenDivisor(int n) noexcept { return wideTenDivisors[static_cast<std::size_t>(n - 20)]; }
+
+UInt256 divideByWord(const UInt256& n, const Divisor& divisor, UInt128& remainder) noexcept {
+  UInt256 quotient;
+  std::uint64_t rest = 0;
+  for (int i = 3; i >= 0; --i) quotient.word[i] = divisor.divide(rest, n.word[i], rest);
+  remainder = rest;
   return quotient;
+}
+
+UInt128 divideByWord(UInt128 n, const Divisor& divisor, UInt128& remainder) noexcept {
+  std::uint64_t rest = 0;
+  const std::uint64_t high = high64(n) == 0 ? 0 : divisor.divide(0, high64(n), rest);
+  const std::uint64_t low = divisor.divide(rest, low64(n), rest);
+  remainder = rest;
+  return join(high, low);
 }
 
 }  // namespace
 
 UInt256 divide(const UInt256& n, UInt128 divisor, UInt128& remainder) noexcept {
-  UInt256 quotient;
-  if (high64(divisor) == 0) {
-    std::uint64_t rest = 0;
-    for (int i = 3; i >= 0; --i) {
-      quotient.word[i] = divide128by64(rest, n.word[i], low64(divisor), rest);
-    }
-    remainder = rest;
-    return quotient;
-  }
-  const int shift = std::countl_zero(high64(divisor));
-  const UInt128 normal = divisor << shift;
-  std::uint64_t w[5] = {n.word[0] << shift, 0, 0, 0, 0};
-  for (int i = 1; i < 5; ++i) {
-    const std::uint64_t upper = i < 4 ? n.word[i] : 0;
-    w[i] = shift == 0 ? upper : upper << shift | n.word[i - 1] >> (64 - shift);
-  }
-  UInt128 rest = join(w[4], w[3]);
-  for (int i = 2; i >= 0; --i) quotient.word[i] = divideStep(rest, w[i], normal, rest);
-  remainder = rest >> shift;
-  return quotient;
+  if (high64(divisor) == 0) return divideByWord(n, Divisor(low64(divisor)), remainder);
+  return WideDivisor(divisor).divide(n, remainder);
 }
 
 UInt128 divide(UInt128 n, UInt128 divisor, UInt128& remainder) noexcept {
-  if (high64(divisor) == 0) {
-    std::uint64_t rest = 0;
-    const std::uint64_t high = divide128by64(0, high64(n), low64(divisor), rest);
-    const std::uint64_t low = divide128by64(rest, low64(n), low64(divisor), rest);
-    remainder = rest;
-    return join(high, low);
-  }
-  // The quotient is below 2^64 and not more than one above what the divisor's upper half gives it.
-  const int shift = std::countl_zero(high64(divisor));
-  const UInt128 normal = divisor << shift;
-  const UInt128 high = shift == 0 ? UInt128{0} : n >> (128 - shift);
-  const UInt128 scaled = n << shift;
-  UInt128 rest = 0;
-  const std::uint64_t quotient = divideStep(join(low64(high), high64(scaled)), low64(scaled), normal, rest);
-  remainder = rest >> shift;
-  return quotient;
+  if (high64(divisor) == 0) return divideByWord(n, Divisor(low64(divisor)), remainder);
+  return WideDivisor(divisor).divide(n, remainder);
+}
+
+UInt256 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept {
+  if (power < 20) return divideByWord(n, tenDivisor(power), remainder);
+  return wideTenDivisor(power).divide(n, remainder);
+}
+
+UInt128 divideByPowerOfTen(UInt128 n, int power, UInt128& remainder) noexcept {
+  if (power < 20) return divideByWord(n, tenDivisor(power), remainder);
+  return wideTenDivisor(power).divide(n, remainder);
 }
 
 int digitCount(const UInt256& n) noexcept {
   if (n.high() == 0) return digitCount(n.low());
-  int bits = 256;
-  for (int i = 3; n.word[i] == 0; --i) bits -= 64;
-  bits -= std::countl_zero(n.word[bits / 64 - 1]);
-  const int digits = bits * 1233 >> 12;  // exact to one for every length up to 256 bits
+  const int top = n.word[3] != 0 ? 3 : 2;
+  const int bits = 64 * (top + 1) - std::countl_zero(n.word[top]);
+  const int digits = bits * 1233 >> 12;
   return digits + (n >= multiply(powerOfTen(38), powerOfTen(digits - 38)) ? 1 : 0);
 }
 

@@ -4,17 +4,12 @@
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/internal/DecimalDivisor.h"
 
 #include <array>
 #include <bit>
 
 namespace norvik::detail {
-
-inline constexpr std::uint64_t low64(UInt128 n) noexcept { return static_cast<std::uint64_t>(n); }
-inline constexpr std::uint64_t high64(UInt128 n) noexcept { return static_cast<std::uint64_t>(n >> 64); }
-inline constexpr UInt128 join(std::uint64_t high, std::uint64_t low) noexcept {
-  return static_cast<UInt128>(high) << 64 | low;
-}
 
 inline constexpr auto powersOfTen128 = [] {
   std::array<UInt128, 39> powers{};
@@ -57,31 +52,21 @@ inline UInt256 multiply(UInt128 a, UInt128 b) noexcept {
   return {hh + high64(lh) + high64(hl) + high64(middle), join(low64(middle), low64(ll))};
 }
 
-/// {high, low} / divisor, where high is below the divisor: one machine division.
-inline std::uint64_t divide128by64(std::uint64_t high, std::uint64_t low, std::uint64_t divisor,
-                                   std::uint64_t& remainder) noexcept {
-#if defined(__x86_64__)
-  std::uint64_t quotient;
-  __asm__("divq %4" : "=a"(quotient), "=d"(remainder) : "0"(low), "1"(high), "r"(divisor) : "cc");
-  return quotient;
-#else
-  const UInt128 n = join(high, low);
-  remainder = low64(n % divisor);
-  return low64(n / divisor);
-#endif
-}
-
 /// n / divisor for a divisor that is not zero.
 UInt256 divide(const UInt256& n, UInt128 divisor, UInt128& remainder) noexcept;
 UInt128 divide(UInt128 n, UInt128 divisor, UInt128& remainder) noexcept;
 
-/// How many decimal digits n has; 0 for 0. The bit length times log10(2), corrected by one look at a power of ten.
+/// n / 10^power for a power of at most 38, with reciprocals that are known.
+UInt256 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept;
+UInt128 divideByPowerOfTen(UInt128 n, int power, UInt128& remainder) noexcept;
+
+/// As of 64 bits.
 inline int digitCount(UInt128 n) noexcept {
-  const int bits = high64(n) != 0 ? 128 - std::countl_zero(high64(n)) : 64 - std::countl_zero(low64(n));
-  const int digits = bits * 1233 >> 12;
+  if (high64(n) == 0) return digitCount(low64(n));
+  const int digits = (128 - std::countl_zero(high64(n))) * 1233 >> 12;
   return digits + (n >= powerOfTen(digits) ? 1 : 0);
 }
-/// The same for n below 2^255.
+/// As of 64 bits, for n below 2^255.
 int digitCount(const UInt256& n) noexcept;
 
 }  // namespace norvik::detail
