@@ -83,7 +83,7 @@ void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queu
 
 }  // namespace detail
 
-dispatch_group_t dispatch_group_create() { return dispatch_group_t::adopt(new detail::GroupCore); }
+dispatch_group_t dispatch_group_create() { return dispatch_group_t::adopt(detail::newForkAware<detail::GroupCore>()); }
 
 void dispatch_group_enter(const dispatch_group_t& group) {
   if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_enter: the group is nil");

@@ -55,7 +55,7 @@ enum class Delivery : std::uint8_t {
   relaxed,  // about a millisecond later is early enough while any worker is awake: the caller wakes nobody then
 };
 
-/// Memory for an item; small sizes are recycled.
+/// Memory for an item.
 [[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size);
 NK_EXPORT void freeItem(void* memory, std::size_t size) noexcept;
 

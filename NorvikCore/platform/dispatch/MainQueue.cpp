@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/Thread.h"
 
 #include <poll.h>
 
@@ -9,9 +10,11 @@ namespace norvik {
 
 using detail::MainThreadQueue;
 
+dispatch_queue_t dispatch_get_main_queue() { return dispatch_queue_t::share(MainThreadQueue::shared()); }
+
 std::size_t dispatch_main_queue_drain(std::size_t limit) {
   MainThreadQueue* queue = MainThreadQueue::shared();
-  if (!detail::onMainThread()) detail::reportMisuse("the main queue is drained by another thread", queue);
+  if (!kernel::isMainThread()) detail::reportMisuse("the main queue is drained by another thread", queue);
   if (detail::isHeld(queue)) detail::reportMisuse("the main queue is drained within one of its blocks", queue);
   return queue->drainSome(limit);
 }

@@ -5,11 +5,9 @@
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
-#include <pthread.h>
-
-#include <array>
 #include <string>
 
 namespace norvik {
@@ -19,8 +17,8 @@ using detail::QueueCore;
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attribute,
                                        const dispatch_queue_t& target) {
   QueueCore* queue = attribute == DISPATCH_QUEUE_CONCURRENT
-                         ? static_cast<QueueCore*>(new detail::ConcurrentQueue(label))
-                         : static_cast<QueueCore*>(new detail::SerialQueue(label));
+                         ? static_cast<QueueCore*>(detail::newForkAware<detail::ConcurrentQueue>(label))
+                         : static_cast<QueueCore*>(detail::newForkAware<detail::SerialQueue>(label));
   if (target) {
     target.core()->retain();
     queue->exchangeTarget(target.core());
@@ -29,8 +27,6 @@ dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t 
 }
 
 dispatch_queue_t dispatch_get_global_queue() { return dispatch_queue_t::share(detail::GlobalQueue::shared()); }
-
-dispatch_queue_t dispatch_get_main_queue() { return dispatch_queue_t::share(detail::MainThreadQueue::shared()); }
 
 void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target) {
   detail::requireQueue(queue, "dispatch_set_target_queue");
@@ -56,10 +52,8 @@ const char* dispatch_queue_get_label(const dispatch_queue_t& queue) {
 
 const char* dispatch_queue_get_label(dispatch_current_queue_label_t) {
   if (detail::currentFrame != nullptr) return detail::currentFrame->queue->label();
-  if (detail::onMainThread()) return detail::MainThreadQueue::shared()->label();
-  static thread_local std::array<char, 16> name{};
-  if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) name[0] = '\0';
-  return name.data();
+  if (kernel::isMainThread()) return detail::MainThreadQueue::shared()->label();
+  return kernel::currentThreadName().data();  // ends with a zero
 }
 
 void dispatch_queue_set_specific(const dispatch_queue_t& queue, const void* key, void* value,

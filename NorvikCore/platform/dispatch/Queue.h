@@ -15,7 +15,7 @@
 //          with an empty handle raises NSInvalidArgumentException. A call that could never return (a synchronous block
 //          for a queue that the calling code holds) prints a line that begins "BUG" and aborts.
 // Cost:    a synchronous block on an idle queue runs on the caller's thread, for two atomic operations. An asynchronous
-//          one costs an allocation from recycled memory and one atomic operation, and the wake-up of a worker where all
+//          one costs an allocation and one atomic operation, and the wake-up of a worker where all
 //          sleep.
 #pragma once
 

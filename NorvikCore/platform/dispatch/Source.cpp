@@ -34,7 +34,8 @@ class DelayedItem final : public detail::TimerEntry {
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t, std::uintptr_t, std::uintptr_t,
                                          const dispatch_queue_t& queue) {
-  return dispatch_source_t::adopt(new detail::SourceCore(queue ? queue : dispatch_get_global_queue()));
+  return dispatch_source_t::adopt(
+      detail::newForkAware<detail::SourceCore>(queue ? queue : dispatch_get_global_queue()));
 }
 
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, std::uint64_t interval,

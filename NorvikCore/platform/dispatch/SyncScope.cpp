@@ -2,6 +2,7 @@
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/Thread.h"
 
 namespace norvik::detail {
 namespace {
@@ -10,7 +11,7 @@ namespace {
 /// left out then.
 bool enterUpwards(QueueCore* queue, Order order) {
   for (; queue != nullptr; queue = queue->target(), order = Order::normal) {
-    if (queue->kind() == QueueCore::Kind::main && !onMainThread()) return false;
+    if (queue->kind() == QueueCore::Kind::main && !kernel::isMainThread()) return false;
     queue->enter(order);
   }
   return true;
@@ -26,8 +27,9 @@ void leaveDownwards(QueueCore* queue, Order order, bool elsewhere) noexcept {
 }  // namespace
 
 SyncScope::SyncScope(const dispatch_queue_t& queue, Order order) : order_(order) {
-  requireQueue(queue, "dispatch_sync");
   QueueCore* core = queue.core();
+  if (core == nullptr) [[unlikely]]
+    requireQueue(queue, "dispatch_sync");
   frame_.queue = core;
   if (core->kind() == QueueCore::Kind::serial && static_cast<SerialQueue*>(core)->tryEnter()) [[likely]] {
     if (QueueCore* above = core->target()) elsewhere_ = !enterUpwards(above, Order::normal);

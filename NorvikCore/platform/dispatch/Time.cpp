@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/dispatch/Time.h"
 
+#include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 namespace norvik {
@@ -64,12 +65,7 @@ ClockPoint clockPoint(dispatch_time_t when, std::uint64_t monotonicNow) noexcept
   return {ClockKind::monotonic, when};
 }
 
-std::uint64_t wallNanoseconds() noexcept {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<std::uint64_t>(now.tv_sec) * static_cast<std::uint64_t>(NSEC_PER_SEC) +
-         static_cast<std::uint64_t>(now.tv_nsec);
-}
+std::uint64_t wallNanoseconds() noexcept { return static_cast<std::uint64_t>(kernel::wallNanoseconds()); }
 
 std::uint64_t monotonicDeadline(dispatch_time_t when) noexcept {
   if (when == DISPATCH_TIME_FOREVER) return kNoDeadline;

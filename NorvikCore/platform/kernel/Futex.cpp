@@ -19,12 +19,6 @@ long futex(const void* word, int operation, std::uint32_t value, const timespec*
 
 }  // namespace
 
-std::uint64_t monotonicNanoseconds() noexcept {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<std::uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
-}
-
 bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint64_t deadline) noexcept {
   timespec until{};
   until.tv_sec = static_cast<time_t>(deadline / kNanosecondsPerSecond);

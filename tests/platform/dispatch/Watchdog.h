@@ -51,4 +51,10 @@ class WatchedTest : public ::testing::Test {
   Watchdog watchdog_;
 };
 
+/// A test of how a process ends: the dying part runs in a process of its own from the start.
+class WatchedDeathTest : public WatchedTest {
+ protected:
+  WatchedDeathTest() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
 }  // namespace norvik::test

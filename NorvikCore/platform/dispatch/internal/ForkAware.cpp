@@ -1,6 +1,5 @@
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
 
-#include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
 
 #include <pthread.h>
@@ -33,7 +32,6 @@ class ForkRegistry {
   static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.lock(); }
   static void afterForkInParent() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.unlock(); }
   static void afterForkInChild() NK_NO_THREAD_SAFETY_ANALYSIS {
-    noteFork();
     for (ForkAware* object = shared().first_; object != nullptr; object = object->next_) object->resetAfterFork();
     shared().mutex_.resetAfterFork();
   }
@@ -42,7 +40,7 @@ class ForkRegistry {
   ForkAware* first_ NK_GUARDED_BY(mutex_) = nullptr;
 };
 
-ForkAware::ForkAware() { ForkRegistry::shared().add(this); }
-ForkAware::~ForkAware() { ForkRegistry::shared().remove(this); }
+void ForkAware::watchForks() { ForkRegistry::shared().add(this); }
+void ForkAware::unwatchForks() noexcept { ForkRegistry::shared().remove(this); }
 
 }  // namespace norvik::detail

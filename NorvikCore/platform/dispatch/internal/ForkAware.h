@@ -5,15 +5,21 @@
 // save what the forking thread itself holds. The dropped blocks are not destroyed: what they hold is the parent's.
 #pragma once
 
+#include <utility>
+
 namespace norvik::detail {
 
-/// Registered from construction to destruction.
+/// Registered from watchForks() to unwatchForks(): between the end of the construction and the beginning of the
+/// destruction, for another thread may fork at any moment.
 class ForkAware {
  public:
-  ForkAware();
-  virtual ~ForkAware();
+  ForkAware() = default;
+  virtual ~ForkAware() = default;
   ForkAware(const ForkAware&) = delete;
   ForkAware& operator=(const ForkAware&) = delete;
+
+  void watchForks();
+  void unwatchForks() noexcept;
 
   /// In the child, on its only thread, before fork() returns there.
   virtual void resetAfterFork() noexcept = 0;
@@ -23,5 +29,18 @@ class ForkAware {
   ForkAware* previous_ = nullptr;
   ForkAware* next_ = nullptr;
 };
+
+/// A new object that is registered. deleteForkAware() is its end.
+template <class T, class... Arguments>
+[[nodiscard]] T* newForkAware(Arguments&&... arguments) {
+  T* object = new T(std::forward<Arguments>(arguments)...);
+  object->watchForks();
+  return object;
+}
+template <class T>
+void deleteForkAware(T* object) noexcept {
+  object->unwatchForks();
+  delete object;
+}
 
 }  // namespace norvik::detail

@@ -5,7 +5,11 @@
 namespace norvik::detail {
 
 GlobalQueue* GlobalQueue::shared() {
-  static auto* queue = new GlobalQueue;
+  static auto* queue = [] {
+    auto* made = new GlobalQueue;
+    made->watchForks();
+    return made;
+  }();
   return queue;
 }
 

@@ -18,7 +18,7 @@ class GroupCore final : public ForkAware {
  public:
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
   }
 
   void enter() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }

@@ -4,7 +4,6 @@
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 
 #include <sys/eventfd.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,9 +15,6 @@
 
 namespace norvik::detail {
 namespace {
-
-enum class IsMain : std::uint8_t { unknown, no, yes };
-constinit thread_local IsMain thisThreadIsMain __attribute__((tls_model("initial-exec"))) = IsMain::unknown;
 
 /// A block that another thread waits for.
 struct RemoteCall : Item {
@@ -45,16 +41,12 @@ void runRemoteCall(Item* item, Cursor&) {
 
 }  // namespace
 
-bool onMainThread() noexcept {
-  if (thisThreadIsMain == IsMain::unknown)
-    thisThreadIsMain = syscall(SYS_gettid) == getpid() ? IsMain::yes : IsMain::no;
-  return thisThreadIsMain == IsMain::yes;
-}
-
-void noteFork() noexcept { thisThreadIsMain = IsMain::yes; }
-
 MainThreadQueue* MainThreadQueue::shared() {
-  static auto* queue = new MainThreadQueue;
+  static auto* queue = [] {
+    auto* made = new MainThreadQueue;
+    made->watchForks();
+    return made;
+  }();
   return queue;
 }
 

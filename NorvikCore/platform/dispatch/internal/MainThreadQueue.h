@@ -37,10 +37,4 @@ class MainThreadQueue final : public SerialQueue {
   int descriptor_ = -1;
 };
 
-/// In a child made by fork(): its only thread is its main thread.
-void noteFork() noexcept;
-
-/// True on the thread whose id is the process id.
-[[nodiscard]] bool onMainThread() noexcept;
-
 }  // namespace norvik::detail

@@ -25,7 +25,7 @@ class QueueCore : public ForkAware {
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
   }
 
   /// Queues an item.

@@ -43,7 +43,7 @@ class SourceCore final : public TimerEntry, public ForkAware {
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
   }
   [[nodiscard]] bool claimDelivery() NK_REQUIRES(mutex_);
   void queueDelivery();

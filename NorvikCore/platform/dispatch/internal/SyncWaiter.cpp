@@ -3,12 +3,13 @@
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+#include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 namespace norvik::detail {
 
 void SyncWaiter::wait(const QueueCore* queue) noexcept {
-  if (queue != nullptr && onMainThread() && queue->leadsToMain()) return waitDraining();
+  if (queue != nullptr && kernel::isMainThread() && queue->leadsToMain()) return waitDraining();
   // A turn often comes within a microsecond or two; sleeping and waking costs ten times that.
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {

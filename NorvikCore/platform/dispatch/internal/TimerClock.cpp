@@ -35,7 +35,11 @@ void drainDescriptor(int descriptor) {
 }  // namespace
 
 SystemTimerClock& SystemTimerClock::shared() {
-  static auto& clock = *new SystemTimerClock;
+  static auto& clock = []() -> SystemTimerClock& {
+    auto* made = new SystemTimerClock;
+    made->watchForks();
+    return *made;
+  }();
   return clock;
 }
 

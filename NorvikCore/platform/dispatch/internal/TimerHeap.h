@@ -1,6 +1,8 @@
 // NorvikCore/platform/dispatch/internal/TimerHeap.h - what fires next: an exact binary heap, by deadline, then by age.
 #pragma once
 
+#include "NorvikCore/platform/export.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -8,7 +10,7 @@
 namespace norvik::detail {
 
 /// Something that a timer fires. In at most one heap at a time.
-class TimerEntry {
+class NK_EXPORT TimerEntry {
  public:
   TimerEntry() = default;
   virtual ~TimerEntry() = default;
@@ -36,7 +38,7 @@ struct DueTimer {
   std::uint64_t setting;
 };
 
-class TimerHeap {
+class NK_EXPORT TimerHeap {
  public:
   static constexpr std::uint64_t kNever = ~std::uint64_t{0};
 

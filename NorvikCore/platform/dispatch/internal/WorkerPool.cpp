@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace norvik::detail {
 namespace {
@@ -38,7 +39,11 @@ struct WorkerPool::Worker {
 };
 
 WorkerPool& WorkerPool::shared() {
-  static auto& pool = *new WorkerPool;
+  static auto& pool = []() -> WorkerPool& {
+    auto* made = new WorkerPool;
+    made->watchForks();
+    return *made;
+  }();
   return pool;
 }
 
@@ -48,11 +53,14 @@ WorkerPool::WorkerPool()
 // --- Those who bring work ---
 
 void WorkerPool::submit(Item* item, const std::atomic<bool>& mayWait) {
+  if (mayWait.load(std::memory_order_relaxed) && submitToNapper(item)) {
+    if (!mayWait.load(std::memory_order_seq_cst)) expedite();
+    return;
+  }
   Wake wake;
   {
     const QueueLock lock(mutex_);
-    items_.append(item);
-    readyCount_.store(readyCount_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+    append(item);
     const bool relaxed = mayWait.load(std::memory_order_relaxed);
     spin_ = !relaxed;
     if (lookout_ != nullptr && relaxed) return;
@@ -70,9 +78,38 @@ void WorkerPool::expedite() noexcept {
   Wake wake;
   {
     const QueueLock lock(mutex_);
+    collectFromNapper(kOpen);
     if (!items_.empty()) wake = cover();
   }
   carryOut(wake);
+}
+
+/// False when no lookout naps.
+bool WorkerPool::submitToNapper(Item* item) noexcept {
+  std::uintptr_t newest = forNapper_.load(std::memory_order_relaxed);
+  do {
+    if (newest == kClosed) return false;
+    item->queueLink = reinterpret_cast<Item*>(newest);
+  } while (!forNapper_.compare_exchange_weak(newest, reinterpret_cast<std::uintptr_t>(item), std::memory_order_seq_cst,
+                                             std::memory_order_relaxed));
+  return true;
+}
+
+/// Takes over the napper's items; its list is `next` afterwards, or stays closed.
+void WorkerPool::collectFromNapper(std::uintptr_t next) noexcept {
+  if (forNapper_.load(std::memory_order_seq_cst) == kClosed) return;
+  Item* newest = reinterpret_cast<Item*>(forNapper_.exchange(next, std::memory_order_seq_cst));
+  Item* oldest = nullptr;
+  while (newest != nullptr) {
+    Item* older = std::exchange(newest->queueLink, oldest);
+    oldest = std::exchange(newest, older);
+  }
+  while (oldest != nullptr) append(std::exchange(oldest, oldest->queueLink));
+}
+
+void WorkerPool::append(Item* item) noexcept {
+  items_.append(item);
+  readyCount_.store(readyCount_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }
 
 /// Sees to it that somebody comes soon for what is in the list.
@@ -85,11 +122,13 @@ WorkerPool::Wake WorkerPool::alertLookout() {
   // With all processors at work the lookout could only look; it does that anyway.
   if (lookoutComes_ || running_ >= target_) return {};
   lookoutComes_ = true;
+  ++wakes_;
   lookout_->word.store(1, std::memory_order_relaxed);
   return {&lookout_->word, false};
 }
 
 WorkerPool::Wake WorkerPool::summon() {
+  ++wakes_;
   if (Worker* sleeper = sleepers_; sleeper != nullptr) {
     sleepers_ = sleeper->below;
     ++coming_;
@@ -207,9 +246,11 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     }
     lookoutComes_ = false;
     self.word.store(0, std::memory_order_relaxed);
+    forNapper_.store(kOpen, std::memory_order_seq_cst);
     mutex_.unlock();
     futexWait(self.word, 0, now + kLookInterval);
     mutex_.lock();
+    collectFromNapper(kClosed);
     lookoutComes_ = true;
   }
   lookout_ = nullptr;
@@ -232,11 +273,14 @@ bool WorkerPool::sleep(Worker& self) {
   self.word.store(0, std::memory_order_relaxed);
   self.below = sleepers_;
   sleepers_ = &self;
-  const std::uint64_t deadline = monotonicNanoseconds() + idleTime_;
-  mutex_.unlock();
-  bool timeLeft = true;
-  while (self.word.load(std::memory_order_relaxed) == 0 && timeLeft) timeLeft = futexWait(self.word, 0, deadline);
-  mutex_.lock();
+  const std::uint64_t since = monotonicNanoseconds();
+  for (std::uint64_t now = since; self.word.load(std::memory_order_relaxed) == 0 && now - since < idleTime_;
+       now = monotonicNanoseconds()) {
+    const std::uint64_t deadline = since + idleTime_;
+    mutex_.unlock();
+    futexWait(self.word, 0, deadline);
+    mutex_.lock();
+  }
   if (self.word.load(std::memory_order_relaxed) != 0) {
     --coming_;
     return true;
@@ -286,6 +330,7 @@ std::size_t WorkerPool::workerCount() {
 void WorkerPool::setIdleTime(std::uint64_t nanoseconds) {
   const QueueLock lock(mutex_);
   idleTime_ = nanoseconds;
+  for (const Worker* sleeper = sleepers_; sleeper != nullptr; sleeper = sleeper->below) futexWake(&sleeper->word, 1);
 }
 
 std::uint64_t WorkerPool::lookCount() {
@@ -293,10 +338,16 @@ std::uint64_t WorkerPool::lookCount() {
   return looks_;
 }
 
+std::uint64_t WorkerPool::wakeCount() {
+  const QueueLock lock(mutex_);
+  return wakes_;
+}
+
 void WorkerPool::resetAfterFork() noexcept {
   mutex_.resetAfterFork();
   const QueueLock lock(mutex_);
   items_.forget();
+  forNapper_.store(kClosed, std::memory_order_relaxed);
   readyCount_.store(0, std::memory_order_relaxed);
   sleepers_ = lookout_ = nullptr;
   lookoutComes_ = false;

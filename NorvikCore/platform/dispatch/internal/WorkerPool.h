@@ -6,7 +6,9 @@
 //
 // One idle worker at a time is the *lookout*: it looks for work once a millisecond until nothing has come for a while,
 // and only then sleeps like the others. So
-//   - a relaxed item finds a lookout and wakes nobody, as long as something goes on at all;
+//   - a relaxed item finds a lookout and wakes nobody, as long as something goes on at all: while the lookout naps,
+//   such
+//     items come into a list of their own that it takes over when it looks (one compare-and-swap for who brings one);
 //   - a prompt item wakes the lookout, or finds it spinning: after prompt work it spins for some microseconds first;
 //   - where all processors have work, the lookout is the one who sees that nothing is taken any more (blocks wait for
 //     something nobody knows of), and helps out.
@@ -30,8 +32,8 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   /// Never destroyed.
   static WorkerPool& shared();
 
-  /// The item is run by a worker. It is a relaxed item while `mayWait` is true; that is read under the mutex, so that
-  /// who clears it and then calls expedite() is sure to be heard.
+  /// The item is run by a worker. It is a relaxed item while `mayWait` is true; that is read once more when the item
+  /// can be seen, so that who clears it and then calls expedite() is sure to be heard.
   void submit(Item* item, const std::atomic<bool>& mayWait);
   /// The `mayWait` of a prompt item.
   static const std::atomic<bool>& prompt() noexcept;
@@ -45,10 +47,12 @@ class NK_EXPORT WorkerPool final : public ForkAware {
 
   // For tests.
   [[nodiscard]] std::size_t workerCount();
-  /// How long a worker sleeps without work before it ends (10 s unless set), for workers that go to sleep from now on.
+  /// How long a worker sleeps without work before it ends (10 s unless set).
   void setIdleTime(std::uint64_t nanoseconds);
   /// How often a lookout has looked.
   [[nodiscard]] std::uint64_t lookCount();
+  /// How often a worker has been woken or started.
+  [[nodiscard]] std::uint64_t wakeCount();
 
   void resetAfterFork() noexcept override;
 
@@ -63,6 +67,9 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   WorkerPool();
   static void* threadMain(void* pool);
   void work(Worker& self);
+  bool submitToNapper(Item* item) noexcept;
+  void collectFromNapper(std::uintptr_t next) noexcept NK_REQUIRES(mutex_);
+  void append(Item* item) noexcept NK_REQUIRES(mutex_);
   void runNext() NK_REQUIRES(mutex_);
   enum class Outlook : std::uint8_t { work, help, quiet };
   Outlook lookOut(Worker& self) NK_REQUIRES(mutex_);
@@ -78,7 +85,13 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   const unsigned processors_;
   const unsigned target_;  // workers that run at once
 
-  QueueMutex mutex_;
+  // Relaxed items for a lookout that naps, newest first; kClosed while none does. Opened, closed and taken under the
+  // mutex, filled without it.
+  static constexpr std::uintptr_t kOpen = 0;
+  static constexpr std::uintptr_t kClosed = 1;
+  alignas(64) std::atomic<std::uintptr_t> forNapper_{kClosed};
+
+  alignas(64) QueueMutex mutex_;
   ItemList items_ NK_GUARDED_BY(mutex_);
   std::atomic<std::size_t> readyCount_{0};  // of items_; changed under the mutex, read by spinning workers without it
   Worker* sleepers_ NK_GUARDED_BY(mutex_) = nullptr;  // who slept last comes first
@@ -90,6 +103,7 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   unsigned threads_ NK_GUARDED_BY(mutex_) = 0;
   std::uint64_t taken_ NK_GUARDED_BY(mutex_) = 0;
   std::uint64_t looks_ NK_GUARDED_BY(mutex_) = 0;
+  std::uint64_t wakes_ NK_GUARDED_BY(mutex_) = 0;
   std::uint64_t idleTime_ NK_GUARDED_BY(mutex_);
 };
 

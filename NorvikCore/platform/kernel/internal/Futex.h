@@ -1,6 +1,8 @@
 // NorvikCore/platform/kernel/internal/Futex.h - sleep until a word changes, and wake who sleeps on it.
 #pragma once
 
+#include "NorvikCore/platform/kernel/Clock.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -9,8 +11,10 @@ namespace norvik::detail {
 /// A deadline that never comes, in nanoseconds of the monotonic clock.
 inline constexpr std::uint64_t kNoDeadline = ~std::uint64_t{0};
 
-/// Nanoseconds of the monotonic clock.
-[[nodiscard]] std::uint64_t monotonicNanoseconds() noexcept;
+/// The monotonic clock as deadlines count it.
+[[nodiscard]] inline std::uint64_t monotonicNanoseconds() noexcept {
+  return static_cast<std::uint64_t>(kernel::monotonicNanoseconds());
+}
 
 /// Sleeps while `word` is `expected`, until woken, until the deadline, or for no reason at all: the caller looks again.
 /// False when the deadline passed.

@@ -1,0 +1,183 @@
+#include "NorvikCore/platform/dispatch/Group.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/Semaphore.h"
+#include "NorvikCore/platform/dispatch/Source.h"
+#include "tests/platform/dispatch/Watchdog.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#if defined(__SANITIZE_THREAD__)
+#define NK_SKIP_UNDER_TSAN() GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
+#else
+#define NK_SKIP_UNDER_TSAN() static_cast<void>(0)
+#endif
+
+namespace norvik {
+namespace {
+
+class Fork : public test::WatchedTest {
+ protected:
+  /// Runs `body` in a child; gives "" when it returned true, else what became of it.
+  template <class F>
+  static std::string inChild(F&& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);  // a child that hangs is ended by the signal
+      _exit(body() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WIFSIGNALED(status)) return WTERMSIG(status) == SIGALRM ? "the child hangs" : "the child was killed";
+    return WEXITSTATUS(status) == 0 ? "" : "the child found something wrong";
+  }
+};
+
+TEST_F(Fork, AChildMayDispatch) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  dispatch_async(queue, [] {});
+  dispatch_sync(queue, [] {});  // workers run in the parent
+  EXPECT_EQ(inChild([&] {
+              auto done = dispatch_semaphore_create(0);
+              int sum = 0;
+              dispatch_async(queue, [&] { sum += 1; });
+              dispatch_async_relaxed(queue, [&] { sum += 2; });
+              dispatch_sync(queue, [&] { sum += 4; });
+              auto fresh = dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT);
+              dispatch_barrier_async(fresh, [&] { dispatch_semaphore_signal(done); });
+              return dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER) == 0 && sum == 7;
+            }),
+            "");
+}
+
+TEST_F(Fork, AQueueThatWasBusyIsIdleInTheChildAndItsBlocksAreNotRunThere) {
+  NK_SKIP_UNDER_TSAN();
+  auto serial = dispatch_queue_create("serial");
+  auto concurrent = dispatch_queue_create("concurrent", DISPATCH_QUEUE_CONCURRENT);
+  auto started = dispatch_semaphore_create(0);
+  auto release = dispatch_semaphore_create(0);
+  std::atomic<int> runs{0};
+  for (const auto& queue : {serial, concurrent}) {
+    dispatch_barrier_async(queue, [&] {
+      dispatch_semaphore_signal(started);
+      dispatch_semaphore_wait(release, DISPATCH_TIME_FOREVER);
+    });
+    for (int i = 0; i < 10; ++i) dispatch_async(queue, [&] { ++runs; });
+  }
+  dispatch_semaphore_wait(started, DISPATCH_TIME_FOREVER);
+  dispatch_semaphore_wait(started, DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(inChild([&] {
+              bool ran = false;
+              dispatch_async(serial, [&] { ran = true; });
+              dispatch_sync(serial, [] {});
+              dispatch_barrier_sync(concurrent, [] {});
+              return ran && runs == 0;
+            }),
+            "");
+  dispatch_semaphore_signal(release);
+  dispatch_semaphore_signal(release);
+  dispatch_sync(serial, [] {});
+  dispatch_barrier_sync(concurrent, [] {});
+  EXPECT_EQ(runs.load(), 20) << "the parent goes on";
+}
+
+TEST_F(Fork, TheQueueWhoseBlockForksStaysHeldInTheChildUntilTheBlockEnds) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  std::string result = "not run";
+  dispatch_sync(queue, [&] {
+    dispatch_async(queue, [] {});
+    result = inChild([&] {
+      bool ran = false;
+      dispatch_async(queue, [&] { ran = true; });
+      return dispatch_queue_is_held(queue) && !ran;
+    });
+  });
+  EXPECT_EQ(result, "");
+}
+
+TEST_F(Fork, ABlockOnAWorkerMayForkAndTheChildMayDispatch) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  auto other = dispatch_queue_create(nullptr);
+  std::string result = "not run";
+  dispatch_async(queue, [&] {
+    result = inChild([&] {
+      int runs = 0;
+      dispatch_async(other, [&] { ++runs; });
+      dispatch_sync(other, [&] { ++runs; });
+      return runs == 2;
+    });
+  });
+  dispatch_sync(queue, [] {});
+  EXPECT_EQ(result, "");
+}
+
+TEST_F(Fork, GroupsAreEmptyInTheChildAndTimersCanBeSet) {
+  NK_SKIP_UNDER_TSAN();
+  auto group = dispatch_group_create();
+  dispatch_group_enter(group);
+  auto queue = dispatch_queue_create(nullptr);
+  auto source = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue);
+  auto done = dispatch_semaphore_create(0);
+  dispatch_source_set_event_handler(source, [&] { dispatch_semaphore_signal(done); });
+  dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, 3600 * NSEC_PER_SEC), 0, 0);
+  dispatch_resume(source);
+  EXPECT_EQ(inChild([&] {
+              if (dispatch_group_wait(group, DISPATCH_TIME_FOREVER) != 0) return false;
+              dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_MSEC), 0, 0);
+              return dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER) == 0;
+            }),
+            "");
+  EXPECT_NE(dispatch_group_wait(group, DISPATCH_TIME_NOW), 0);
+  dispatch_group_leave(group);
+}
+
+TEST_F(Fork, TheForkingThreadIsTheChildsMainThread) {
+  NK_SKIP_UNDER_TSAN();
+  std::string result;
+  std::thread([&] {
+    result = inChild([] {
+      bool ran = false;
+      dispatch_async(dispatch_get_main_queue(), [&] { ran = true; });
+      return dispatch_main_queue_drain() == 1 && ran;
+    });
+  }).join();
+  EXPECT_EQ(result, "");
+}
+
+TEST_F(Fork, AChildOfAProcessThatDispatchesAllTheTimeNeverHangs) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  std::atomic<bool> stop{false};
+  std::thread producer([&] {
+    while (!stop) {
+      dispatch_async(queue, [] {});
+      dispatch_async_relaxed(queue, [] {});
+      dispatch_sync(queue, [] {});
+      static_cast<void>(dispatch_queue_create("short-lived"));
+    }
+  });
+  for (int round = 0; round < 30; ++round) {
+    ASSERT_EQ(inChild([&] {
+                bool ran = false;
+                dispatch_async(queue, [&] { ran = true; });
+                dispatch_sync(queue, [] {});
+                return ran;
+              }),
+              "");
+  }
+  stop = true;
+  producer.join();
+}
+
+}  // namespace
+}  // namespace norvik

@@ -1,0 +1,111 @@
+#include "NorvikCore/platform/dispatch/internal/TimerHeap.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace norvik::detail {
+namespace {
+
+struct Entry : TimerEntry {
+  int kept = 0;
+  void keepUntilFired() noexcept override { ++kept; }
+  void fired(std::uint64_t, std::uint64_t) override {}
+};
+
+TEST(TimerHeap, GivesEntriesByDeadlineThenByAge) {
+  TimerHeap heap;
+  Entry a, b, c;
+  heap.add(b, 20, 0, 7);
+  heap.add(a, 10, 0, 8);
+  heap.add(c, 20, 0, 9);
+  EXPECT_EQ(heap.nextDeadline(), 10U);
+  std::vector<DueTimer> due;
+  heap.takeDue(9, 10, due);
+  EXPECT_TRUE(due.empty());
+  heap.takeDue(20, 10, due);
+  ASSERT_EQ(due.size(), 3U);
+  EXPECT_EQ(due[0].entry, &a);
+  EXPECT_EQ(due[1].entry, &b);
+  EXPECT_EQ(due[2].entry, &c);
+  EXPECT_EQ(due[1].setting, 7U);
+  EXPECT_EQ(a.kept, 1);
+  EXPECT_EQ(heap.nextDeadline(), TimerHeap::kNever);
+}
+
+TEST(TimerHeap, CountsThePeriodsThatHavePassedAndStaysOnTheGrid) {
+  TimerHeap heap;
+  Entry entry;
+  heap.add(entry, 100, 10, 0);
+  std::vector<DueTimer> due;
+  heap.takeDue(129, 10, due);
+  ASSERT_EQ(due.size(), 1U);
+  EXPECT_EQ(due[0].count, 3U);
+  EXPECT_EQ(heap.nextDeadline(), 130U);
+  TimerHeap::remove(entry);
+  EXPECT_EQ(heap.size(), 0U);
+  TimerHeap::remove(entry);
+}
+
+TEST(TimerHeap, AVeryLongPeriodEndsAtTheEndOfTime) {
+  TimerHeap heap;
+  Entry entry;
+  heap.add(entry, 100, TimerHeap::kNever - 5, 0);
+  std::vector<DueTimer> due;
+  heap.takeDue(100, 10, due);
+  EXPECT_EQ(heap.nextDeadline(), TimerHeap::kNever);
+}
+
+TEST(TimerHeap, AgreesWithASortedListAfterAnyOperations) {
+  std::mt19937 random(20240406);
+  std::vector<std::unique_ptr<Entry>> entries;
+  for (int i = 0; i < 60; ++i) entries.push_back(std::make_unique<Entry>());
+  std::map<std::pair<std::uint64_t, std::uint64_t>, Entry*> model;  // by deadline and age
+  std::map<Entry*, std::pair<std::uint64_t, std::uint64_t>> keys;
+  TimerHeap heap;
+  std::uint64_t age = 0;
+  std::uint64_t now = 0;
+  for (int step = 0; step < 20000; ++step) {
+    Entry* entry = entries[random() % entries.size()].get();
+    switch (random() % 3) {
+      case 0: {  // set
+        TimerHeap::remove(*entry);
+        if (const auto old = keys.find(entry); old != keys.end()) model.erase(old->second);
+        const std::uint64_t deadline = now + random() % 50;
+        heap.add(*entry, deadline, 0, 0);
+        keys[entry] = {deadline, age};
+        model[{deadline, age++}] = entry;
+        break;
+      }
+      case 1:  // remove
+        TimerHeap::remove(*entry);
+        if (const auto old = keys.find(entry); old != keys.end()) {
+          model.erase(old->second);
+          keys.erase(old);
+        }
+        break;
+      default: {  // time passes
+        now += random() % 20;
+        std::vector<DueTimer> due;
+        heap.takeDue(now, 1000, due);
+        for (const DueTimer& timer : due) {
+          ASSERT_FALSE(model.empty());
+          ASSERT_EQ(model.begin()->second, timer.entry);
+          ASSERT_LE(model.begin()->first.first, now);
+          keys.erase(model.begin()->second);
+          model.erase(model.begin());
+        }
+        ASSERT_TRUE(model.empty() || model.begin()->first.first > now);
+        break;
+      }
+    }
+    ASSERT_EQ(heap.size(), model.size());
+  }
+}
+
+}  // namespace
+}  // namespace norvik::detail
