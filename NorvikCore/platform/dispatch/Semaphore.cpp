@@ -16,8 +16,7 @@ void releaseCore(SemaphoreCore* semaphore) noexcept { semaphore->release(); }
 bool SemaphoreCore::tryTake() noexcept {
   std::uint32_t permits = permits_.load(std::memory_order_seq_cst);
   while (permits > 0) {
-    if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst))
-      return true;
+    if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst)) return true;
   }
   return false;
 }
