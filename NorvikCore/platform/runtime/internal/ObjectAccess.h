@@ -19,6 +19,9 @@ struct ObjectAccess {
   }
   static void setHasWeak(const NSObject& object) noexcept { set(object, NSObject::weakFlag, true); }
   static void setHasAssociated(const NSObject& object) noexcept { set(object, NSObject::associatedFlag, true); }
+  static bool hasAssociated(const NSObject& object) noexcept {
+    return (object.flags_.load(std::memory_order_acquire) & NSObject::associatedFlag) != 0;
+  }
   static bool isDying(const NSObject& object) noexcept {
     return object.count_.load(std::memory_order_relaxed) >= dyingCount / 2;
   }
