@@ -1,0 +1,407 @@
+#include "NorvikCore/platform/foundation/NSNumberFormatter.h"
+
+#include "NorvikCore/platform/foundation/NSAttributedString.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <unicode/decimfmt.h>
+#include <unicode/rbnf.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace norvik {
+namespace {
+
+using detail::PlainNumberPattern;
+
+constexpr int noIntegerLimit = 309;  // the digits of the greatest double
+
+icu::UnicodeString toIcu(const NSString& text) {
+  const std::u16string units = text.toUtf16();
+  return {units.data(), static_cast<std::int32_t>(units.size())};
+}
+
+std::string_view unitsOf(std::string& storage, const icu::UnicodeString& text) {
+  storage.clear();
+  text.toUTF8String(storage);
+  return storage;
+}
+
+NSString fromIcu(const icu::UnicodeString& text) {
+  std::string utf8;
+  return NSString(unitsOf(utf8, text));
+}
+
+void check(UErrorCode status, const char* what) {
+  if (U_FAILURE(status)) {
+    detail::raise("NSInternalInconsistencyException", std::string(what) + ": " + u_errorName(status));
+  }
+}
+
+UNumberFormatStyle styleInIcu(NSNumberFormatterStyle style) noexcept {
+  switch (style) {
+    case NSNumberFormatterCurrencyStyle:
+      return UNUM_CURRENCY;
+    case NSNumberFormatterPercentStyle:
+      return UNUM_PERCENT;
+    case NSNumberFormatterScientificStyle:
+      return UNUM_SCIENTIFIC;
+    default:
+      return UNUM_DECIMAL;
+  }
+}
+
+icu::DecimalFormat::ERoundingMode roundingInIcu(NSNumberFormatterRoundingMode mode) noexcept {
+  using enum icu::DecimalFormat::ERoundingMode;
+  switch (mode) {
+    case NSNumberFormatterRoundCeiling:
+      return kRoundCeiling;
+    case NSNumberFormatterRoundFloor:
+      return kRoundFloor;
+    case NSNumberFormatterRoundDown:
+      return kRoundDown;
+    case NSNumberFormatterRoundUp:
+      return kRoundUp;
+    case NSNumberFormatterRoundHalfDown:
+      return kRoundHalfDown;
+    case NSNumberFormatterRoundHalfUp:
+      return kRoundHalfUp;
+    case NSNumberFormatterRoundHalfEven:
+      break;
+  }
+  return kRoundHalfEven;
+}
+
+std::optional<PlainNumberPattern::Rounding> plainRounding(NSNumberFormatterRoundingMode mode) noexcept {
+  switch (mode) {
+    case NSNumberFormatterRoundCeiling:
+      return PlainNumberPattern::Rounding::Ceiling;
+    case NSNumberFormatterRoundFloor:
+      return PlainNumberPattern::Rounding::Floor;
+    case NSNumberFormatterRoundDown:
+      return PlainNumberPattern::Rounding::Down;
+    case NSNumberFormatterRoundUp:
+      return PlainNumberPattern::Rounding::Up;
+    case NSNumberFormatterRoundHalfEven:
+      return PlainNumberPattern::Rounding::HalfEven;
+    case NSNumberFormatterRoundHalfUp:
+      return PlainNumberPattern::Rounding::HalfUp;
+    case NSNumberFormatterRoundHalfDown:
+      break;
+  }
+  return std::nullopt;
+}
+
+/// English outside the United States spells numbers with "and": one hundred and five.
+void chooseWords(icu::RuleBasedNumberFormat& words, const icu::Locale& locale) {
+  if (std::string_view(locale.getLanguage()) != "en") return;
+  const std::string_view country = locale.getCountry();
+  if (country.empty() || country == "US") return;
+  UErrorCode status = U_ZERO_ERROR;
+  words.setDefaultRuleSet(icu::UnicodeString(u"%spellout-cardinal-verbose"), status);
+  check(status, "the words of a locale");
+}
+
+}  // namespace
+
+struct NSNumberFormatter::Engine {
+  Ref<NSLocale> locale = NSLocale::currentLocale();
+  NSNumberFormatterStyle style = NSNumberFormatterNoStyle;
+  NSNumberFormatterBehavior behavior = NSNumberFormatterBehavior10_4;
+  NSNumberFormatterRoundingMode rounding = NSNumberFormatterRoundHalfEven;
+  std::optional<NSString> ownPattern;  ///< in place of the style's
+  /// What was set since the style or the pattern: it outlasts a change of the locale.
+  struct {
+    std::optional<std::pair<int, int>> integerDigits, fractionDigits;  ///< least and greatest
+    std::optional<bool> grouping;
+  } own;
+  bool allowsFloats = true, isLenient = false, generatesDecimals = false;
+  std::optional<NSNumber> maximum, minimum;
+
+  std::unique_ptr<icu::DecimalFormat> digits;
+  std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< of the spell-out style alone
+  std::optional<PlainNumberPattern> plain;            ///< the fast way, where the settings allow it
+
+  [[nodiscard]] icu::Locale icuLocale() const {
+    return icu::Locale::createCanonical(locale->localeIdentifier().utf8().c_str());
+  }
+
+  /// Applies style or pattern in the locale, from scratch.
+  void rebuild() {
+    const icu::Locale where = icuLocale();
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(where, styleInIcu(style), status));
+    check(status, "the number format of a locale");
+    auto* decimal = dynamic_cast<icu::DecimalFormat*>(made.get());
+    if (!decimal) detail::raise("NSInternalInconsistencyException", "a locale without decimal numbers");
+    made.release();
+    digits.reset(decimal);
+    words.reset();
+    if (style == NSNumberFormatterSpellOutStyle) {
+      words = std::make_unique<icu::RuleBasedNumberFormat>(icu::URBNF_SPELLOUT, where, status);
+      check(status, "the words of a locale");
+      chooseWords(*words, where);
+    }
+    if (ownPattern) {
+      digits->applyPattern(toIcu(*ownPattern), status);
+      check(status, "a number pattern");
+    } else if (style == NSNumberFormatterNoStyle) {
+      digits->applyPattern(u"#", status);
+      check(status, "a number pattern");
+    }
+    digits->setRoundingMode(roundingInIcu(rounding));
+    if (own.integerDigits) {
+      digits->setMinimumIntegerDigits(own.integerDigits->first);
+      digits->setMaximumIntegerDigits(own.integerDigits->second);
+    }
+    if (own.fractionDigits) {
+      digits->setMinimumFractionDigits(own.fractionDigits->first);
+      digits->setMaximumFractionDigits(own.fractionDigits->second);
+    }
+    if (own.grouping) digits->setGroupingUsed(*own.grouping);
+    settingsChanged();
+  }
+
+  void integerDigitsChanged() {
+    own.integerDigits = {digits->getMinimumIntegerDigits(), digits->getMaximumIntegerDigits()};
+    settingsChanged();
+  }
+  void fractionDigitsChanged() {
+    own.fractionDigits = {digits->getMinimumFractionDigits(), digits->getMaximumFractionDigits()};
+    settingsChanged();
+  }
+
+  /// Everything of ICU's format that the fast way covers, or nothing.
+  void settingsChanged() {
+    digits->setLenient(isLenient);
+    plain.reset();
+    const auto mode = plainRounding(rounding);
+    if (words || !mode || digits->isScientificNotation() || digits->getMultiplier() != 1 ||
+        digits->areSignificantDigitsUsed() || digits->getRoundingIncrement() != 0 || digits->getFormatWidth() > 0 ||
+        digits->isDecimalSeparatorAlwaysShown() || digits->getMultiplierScale() != 0) {
+      return;
+    }
+    icu::UnicodeString affix;
+    if (!digits->getPositivePrefix(affix).isEmpty() || !digits->getPositiveSuffix(affix).isEmpty() ||
+        !digits->getNegativeSuffix(affix).isEmpty()) {
+      return;
+    }
+    const auto* symbols = digits->getDecimalFormatSymbols();
+    const auto symbol = [&](icu::DecimalFormatSymbols::ENumberFormatSymbol which) {
+      std::string storage;
+      return std::string(unitsOf(storage, symbols->getConstSymbol(which)));
+    };
+    PlainNumberPattern pattern;
+    pattern.minusSign = symbol(icu::DecimalFormatSymbols::kMinusSignSymbol);
+    std::string storage;
+    if (unitsOf(storage, digits->getNegativePrefix(affix)) != pattern.minusSign) return;
+    if (symbol(icu::DecimalFormatSymbols::kZeroDigitSymbol) != "0") return;
+    pattern.isGrouped = digits->isGroupingUsed() && digits->getGroupingSize() != 0;
+    const int secondary = digits->getSecondaryGroupingSize();
+    if (pattern.isGrouped && (digits->getGroupingSize() != 3 || (secondary != 0 && secondary != 3))) return;
+    pattern.minimumGrouping = digits->getMinimumGroupingDigits() > 1 ? digits->getMinimumGroupingDigits() : 1;
+    pattern.decimalSeparator = symbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol);
+    pattern.groupingSeparator = symbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol);
+    pattern.minimumInteger = digits->getMinimumIntegerDigits();
+    pattern.maximumInteger = digits->getMaximumIntegerDigits();
+    pattern.minimumFraction = digits->getMinimumFractionDigits();
+    pattern.maximumFraction = digits->getMaximumFractionDigits();
+    pattern.rounding = *mode;
+    plain = std::move(pattern);
+  }
+
+  [[nodiscard]] icu::UnicodeString textInIcu(const NSNumber& number) const {
+    icu::UnicodeString text;
+    UErrorCode status = U_ZERO_ERROR;
+    const Decimal decimal = number.decimalValue();
+    if (words) {
+      if (decimal.isNaN() || decimal.exponent() < 0 || decimal != Decimal(decimal.longLongValue())) {
+        words->format(number.doubleValue(), text);
+      } else {
+        words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);
+      }
+    } else if (decimal.isNaN()) {
+      digits->format(number.doubleValue(), text);
+    } else {
+      digits->format(icu::StringPiece(decimal.stringValue()), text, nullptr, status);
+      check(status, "formatting a number");
+    }
+    return text;
+  }
+
+  [[nodiscard]] std::optional<NSNumber> numberInIcu(const NSString& text) const {
+    const NSString trimmed = isLenient ? text.stringByTrimming() : text;
+    const icu::UnicodeString units = toIcu(trimmed);
+    icu::Formattable result;
+    icu::ParsePosition position(0);
+    const icu::NumberFormat& format = words ? static_cast<const icu::NumberFormat&>(*words) : *digits;
+    format.parse(units, result, position);
+    if (position.getIndex() == 0 || position.getIndex() != units.length()) return std::nullopt;
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::StringPiece digitsRead = result.getDecimalNumber(status);
+    if (U_SUCCESS(status)) {
+      if (const auto decimal = Decimal::parse({digitsRead.data(), static_cast<std::size_t>(digitsRead.size())})) {
+        return *decimal;
+      }
+    }
+    status = U_ZERO_ERROR;
+    const double real = result.getDouble(status);
+    if (U_FAILURE(status)) return std::nullopt;
+    return NSNumber(real);
+  }
+
+  /// In the kind that the settings ask for; absent for a fraction where none is allowed and for what is out of bounds.
+  [[nodiscard]] std::optional<NSNumber> accepted(const NSNumber& number, bool hasFraction) const {
+    if (!allowsFloats && hasFraction) return std::nullopt;
+    if ((maximum && number > *maximum) || (minimum && number < *minimum)) return std::nullopt;
+    const Decimal decimal = number.decimalValue();
+    if (generatesDecimals) return decimal.isNaN() ? std::nullopt : std::optional<NSNumber>(decimal);
+    if (!hasFraction && decimal == Decimal(decimal.longLongValue())) return NSNumber(decimal.longLongValue());
+    return NSNumber(number.doubleValue());
+  }
+};
+
+NSNumberFormatter::NSNumberFormatter() : engine_(std::make_unique<Engine>()) { engine_->rebuild(); }
+NSNumberFormatter::~NSNumberFormatter() = default;
+
+NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
+  if (engine_->plain) {
+    if (const Decimal decimal = number.decimalValue(); !decimal.isNaN()) {
+      std::string text;
+      engine_->plain->append(text, decimal);
+      return NSString(text);
+    }
+  }
+  return fromIcu(engine_->textInIcu(number));
+}
+
+std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text) const {
+  if (!engine_->plain) {
+    const auto number = engine_->numberInIcu(text);
+    if (!number) return std::nullopt;
+    const Decimal decimal = number->decimalValue();
+    return engine_->accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
+  }
+  const auto reading = engine_->plain->read(text.view(), engine_->isLenient);
+  if (!reading) return std::nullopt;
+  return engine_->accepted(reading->number, reading->hasFraction);
+}
+
+std::optional<NSString> NSNumberFormatter::stringForObjectValue(const Value& value) const {
+  if (value.isAbsent() || value.isNull()) return NSString();
+  if (!value.isNumber()) return std::nullopt;
+  return stringFromNumber(value.number());
+}
+
+Ref<NSAttributedString> NSNumberFormatter::attributedStringForObjectValue_withDefaultAttributes(
+    const Value& value, const Ref<NSDictionary>& attributes) const {
+  const auto text = stringForObjectValue(value);
+  return text ? NSAttributedString::attributedStringWithString(*text, attributes) : nullptr;
+}
+
+bool NSNumberFormatter::getObjectValue_forString_errorDescription(Value& value, const NSString& text,
+                                                                  NSString* error) const {
+  if (text.empty()) {
+    value = Value();
+    return true;
+  }
+  if (const auto number = numberFromString(text)) {
+    value = *number;
+    return true;
+  }
+  if (error) *error = "\"" + text + "\" is not a number that can be entered here.";
+  return false;
+}
+
+NSNumberFormatterStyle NSNumberFormatter::numberStyle() const noexcept { return engine_->style; }
+
+void NSNumberFormatter::setNumberStyle(NSNumberFormatterStyle style) {
+  engine_->style = style;
+  engine_->ownPattern.reset();
+  engine_->own = {};
+  engine_->rebuild();
+}
+
+Ref<NSLocale> NSNumberFormatter::locale() const noexcept { return engine_->locale; }
+
+void NSNumberFormatter::setLocale(const Ref<NSLocale>& locale) {
+  engine_->locale = locale ? locale : NSLocale::currentLocale();
+  engine_->rebuild();
+}
+
+NSString NSNumberFormatter::format() const {
+  icu::UnicodeString pattern;
+  return fromIcu(engine_->digits->toPattern(pattern));
+}
+
+void NSNumberFormatter::setFormat(const NSString& pattern) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::DecimalFormat trial(*engine_->digits);
+  trial.applyPattern(toIcu(pattern), status);
+  if (U_FAILURE(status)) {
+    detail::raise("NSInvalidArgumentException", "\"" + pattern.utf8() + "\" is not a number pattern");
+  }
+  engine_->ownPattern = pattern;
+  engine_->own = {};
+  engine_->rebuild();
+}
+
+NSNumberFormatterBehavior NSNumberFormatter::formatterBehavior() const noexcept { return engine_->behavior; }
+void NSNumberFormatter::setFormatterBehavior(NSNumberFormatterBehavior behavior) noexcept {
+  engine_->behavior = behavior;
+}
+
+int NSNumberFormatter::minimumIntegerDigits() const noexcept { return engine_->digits->getMinimumIntegerDigits(); }
+void NSNumberFormatter::setMinimumIntegerDigits(int count) {
+  engine_->digits->setMinimumIntegerDigits(count);
+  engine_->integerDigitsChanged();
+}
+int NSNumberFormatter::maximumIntegerDigits() const noexcept {
+  const int count = engine_->digits->getMaximumIntegerDigits();
+  return count < noIntegerLimit ? count : noIntegerLimit;
+}
+void NSNumberFormatter::setMaximumIntegerDigits(int count) {
+  engine_->digits->setMaximumIntegerDigits(count);
+  engine_->integerDigitsChanged();
+}
+int NSNumberFormatter::minimumFractionDigits() const noexcept { return engine_->digits->getMinimumFractionDigits(); }
+void NSNumberFormatter::setMinimumFractionDigits(int count) {
+  engine_->digits->setMinimumFractionDigits(count);
+  engine_->fractionDigitsChanged();
+}
+int NSNumberFormatter::maximumFractionDigits() const noexcept { return engine_->digits->getMaximumFractionDigits(); }
+void NSNumberFormatter::setMaximumFractionDigits(int count) {
+  engine_->digits->setMaximumFractionDigits(count);
+  engine_->fractionDigitsChanged();
+}
+bool NSNumberFormatter::hasThousandSeparators() const noexcept { return engine_->digits->isGroupingUsed(); }
+void NSNumberFormatter::setHasThousandSeparators(bool has) {
+  engine_->digits->setGroupingUsed(has);
+  engine_->own.grouping = has;
+  engine_->settingsChanged();
+}
+NSNumberFormatterRoundingMode NSNumberFormatter::roundingMode() const noexcept { return engine_->rounding; }
+void NSNumberFormatter::setRoundingMode(NSNumberFormatterRoundingMode mode) {
+  engine_->rounding = mode;
+  engine_->digits->setRoundingMode(roundingInIcu(mode));
+  engine_->settingsChanged();
+}
+
+bool NSNumberFormatter::allowsFloats() const noexcept { return engine_->allowsFloats; }
+void NSNumberFormatter::setAllowsFloats(bool allows) noexcept { engine_->allowsFloats = allows; }
+bool NSNumberFormatter::lenient() const noexcept { return engine_->isLenient; }
+void NSNumberFormatter::setLenient(bool isLenient) {
+  engine_->isLenient = isLenient;
+  engine_->settingsChanged();
+}
+bool NSNumberFormatter::generatesDecimalNumbers() const noexcept { return engine_->generatesDecimals; }
+void NSNumberFormatter::setGeneratesDecimalNumbers(bool generates) noexcept { engine_->generatesDecimals = generates; }
+const std::optional<NSNumber>& NSNumberFormatter::maximum() const noexcept { return engine_->maximum; }
+void NSNumberFormatter::setMaximum(std::optional<NSNumber> maximum) { engine_->maximum = maximum; }
+const std::optional<NSNumber>& NSNumberFormatter::minimum() const noexcept { return engine_->minimum; }
+void NSNumberFormatter::setMinimum(std::optional<NSNumber> minimum) { engine_->minimum = minimum; }
+
+}  // namespace norvik

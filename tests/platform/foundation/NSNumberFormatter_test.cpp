@@ -1,0 +1,241 @@
+#include "NorvikCore/platform/foundation/NSNumberFormatter.h"
+
+#include "NorvikCore/platform/foundation/NSAttributedString.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+#include "tests/support/ExpectRaises.h"
+
+#include <gtest/gtest.h>
+#include <unicode/decimfmt.h>
+
+#include <random>
+
+using namespace norvik;
+
+namespace {
+
+Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+
+Ref<NSNumberFormatter> british(const char* pattern) {
+  auto formatter = make<NSNumberFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  formatter->setFormat(pattern);
+  formatter->setGeneratesDecimalNumbers(true);
+  return formatter;
+}
+
+/// What was read as plain digits, or "no" for a text that is refused.
+std::string read(const NSNumberFormatter& formatter, const char* text) {
+  const auto number = formatter.numberFromString(text);
+  return number ? number->stringValue().utf8() : "no";
+}
+
+}  // namespace
+
+TEST(NSNumberFormatter, HeaderExample) {
+  auto money = make<NSNumberFormatter>();
+  money->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  money->setFormat("#,##0.00");
+  EXPECT_EQ(money->stringFromNumber(dec("1234.5")), "1,234.50");
+  money->setLenient(true);
+  EXPECT_EQ(money->numberFromString(" 1,234.5 "), NSNumber(dec("1234.5")));
+}
+
+TEST(NSNumberFormatter, WritesPatternsInBritishForm) {
+  const struct {
+    const char *pattern, *number, *expected;
+  } rows[] = {
+      {"#,##0.00##", "1234.5", "1,234.50"},
+      {"#,##0.00##", "1234.56789", "1,234.5679"},
+      {"#,##0.00##", "0", "0.00"},
+      {"#,##0.00##", "-1234567.125", "-1,234,567.125"},
+      {"#,##0.0###", "12", "12.0"},
+      {"#,##0.0###", "0.00005", "0.0"},
+      {"#,##0.0###", "0.00015", "0.0002"},
+      {"#,##0.00", "999999.995", "1,000,000.00"},
+      {"0.00", "1234567.1", "1234567.10"},
+      {"#", "0", "0"},
+      {"#.##", "0.5", "0.5"},
+      {"#.##", "0", "0"},
+      {"000", "7", "007"},
+      {"#,##0.00", "-0.001", "-0.00"},
+      {"#,##0", "2.5", "2"},
+      {"#,##0", "3.5", "4"},
+      {"#,##0.00;(#,##0.00)", "-5", "(5.00)"},
+      {"0%", "0.125", "12%"},
+      {"#,##0.00", "12345678901234567890123456789012345678", "12,345,678,901,234,567,890,123,456,789,012,345,678.00"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(british(row.pattern)->stringFromNumber(dec(row.number)), row.expected)
+        << row.pattern << " of " << row.number;
+  }
+}
+
+TEST(NSNumberFormatter, LenientReadingTakesWhatAClerkTypesWholeOrNotAtAll) {
+  const auto formatter = british("#,##0.00##");
+  formatter->setLenient(true);
+  const struct {
+    const char *text, *expected;
+  } rows[] = {
+      {"1,234.5", "1234.5"},
+      {" 1234.50 ", "1234.50"},
+      {"1234", "1234"},
+      {"-12.5", "-12.5"},
+      {"+7", "7"},
+      {".5", "0.5"},
+      {"5.", "5"},
+      {"12,34", "1234"},
+      {"\u221212", "-12"},
+      {"\u00A012\u00A0", "12"},
+      {"0001", "1"},
+      {"1,2,34.5x", "no"},
+      {"12abc", "no"},
+      {"1.2.3", "no"},
+      {"", "no"},
+      {" ", "no"},
+      {"-", "no"},
+      {".", "no"},
+      {"1,", "no"},
+      {",1", "no"},
+      {"1,,2", "no"},
+      {"1 2", "no"},
+      {"--1", "no"},
+      {"1-", "no"},
+      {"\u00A3"
+       "12",
+       "no"},
+      {"1e5", "no"},
+      {"NaN", "no"},
+      {"1.5,0", "no"},
+      {"0.12345678", "0.12345678"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(read(*formatter, row.text), row.expected) << '"' << row.text << '"';
+}
+
+TEST(NSNumberFormatter, StrictReadingWantsTheFormattersOwnForm) {
+  const auto formatter = british("#,##0.00##");
+  EXPECT_EQ(read(*formatter, "1,234.50"), "1234.50");
+  EXPECT_EQ(read(*formatter, "1234.5"), "1234.5");
+  EXPECT_EQ(read(*formatter, "12,34"), "no");
+  EXPECT_EQ(read(*formatter, "1,2345"), "no");
+  EXPECT_EQ(read(*formatter, " 1"), "no");
+  EXPECT_EQ(read(*formatter, "+1"), "no");
+}
+
+TEST(NSNumberFormatter, ReadsIntoTheKindThatIsAskedFor) {
+  const auto formatter = british("#,##0.##");
+  EXPECT_EQ(formatter->numberFromString("12")->kind(), NSNumber::Kind::Decimal);
+  formatter->setGeneratesDecimalNumbers(false);
+  EXPECT_EQ(formatter->numberFromString("12")->kind(), NSNumber::Kind::Integer);
+  EXPECT_EQ(formatter->numberFromString("12.5")->kind(), NSNumber::Kind::Double);
+  EXPECT_EQ(formatter->numberFromString("99999999999999999999")->kind(), NSNumber::Kind::Double);
+}
+
+TEST(NSNumberFormatter, RefusesWhatIsOutOfBoundsOrHasAFractionWhereNoneIsAllowed) {
+  const auto formatter = british("#,##0.##");
+  formatter->setMaximum(100);
+  formatter->setMinimum(-5);
+  EXPECT_EQ(read(*formatter, "100"), "100");
+  EXPECT_EQ(read(*formatter, "100.01"), "no");
+  EXPECT_EQ(read(*formatter, "-5"), "-5");
+  EXPECT_EQ(read(*formatter, "-5.01"), "no");
+  formatter->setAllowsFloats(false);
+  EXPECT_EQ(read(*formatter, "7"), "7");
+  EXPECT_EQ(read(*formatter, "7.0"), "no");
+}
+
+TEST(NSNumberFormatter, RefusalKeepsTheValueAndSaysWhy) {
+  const auto formatter = british("#,##0.00");
+  Value value = "before";
+  NSString why;
+  EXPECT_FALSE(formatter->getObjectValue_forString_errorDescription(value, "12abc", &why));
+  EXPECT_EQ(value, Value("before"));
+  EXPECT_NE(why.rangeOfString("12abc").length, 0u);
+  EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(value, "", nullptr));
+  EXPECT_TRUE(value.isAbsent());
+}
+
+TEST(NSNumberFormatter, ShowsNumbersOnly) {
+  const auto formatter = british("#,##0.00");
+  EXPECT_EQ(formatter->stringForObjectValue(Value(5)), NSString("5.00"));
+  EXPECT_EQ(formatter->stringForObjectValue(Value()), NSString(""));
+  EXPECT_EQ(formatter->stringForObjectValue(Value("5")), std::nullopt);
+  const auto attributed = formatter->attributedStringForObjectValue_withDefaultAttributes(
+      Value(5), NSDictionary::dictionaryWithObject("red", "colour"));
+  EXPECT_EQ(attributed->string(), "5.00");
+  EXPECT_EQ(attributed->attribute_atIndex("colour", 0), Value("red"));
+}
+
+TEST(NSNumberFormatter, StylesAreTheLocales) {
+  auto formatter = make<NSNumberFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  EXPECT_EQ(formatter->stringFromNumber(1234.5), "1234");
+  formatter->setNumberStyle(NSNumberFormatterDecimalStyle);
+  EXPECT_EQ(formatter->stringFromNumber(1234.5678), "1,234.568");
+  formatter->setNumberStyle(NSNumberFormatterCurrencyStyle);
+  EXPECT_EQ(formatter->stringFromNumber(1234.5),
+            "\u00A3"
+            "1,234.50");
+  formatter->setNumberStyle(NSNumberFormatterPercentStyle);
+  EXPECT_EQ(formatter->stringFromNumber(0.25), "25%");
+  formatter->setNumberStyle(NSNumberFormatterSpellOutStyle);
+  EXPECT_EQ(formatter->stringFromNumber(1234), "one thousand two hundred and thirty-four");
+  EXPECT_EQ(formatter->stringFromNumber(dec("2.5")), "two point five");
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("de_DE"));
+  formatter->setNumberStyle(NSNumberFormatterDecimalStyle);
+  EXPECT_EQ(formatter->stringFromNumber(1234.5), "1.234,5");
+  EXPECT_EQ(read(*formatter, "1.234,5"), "1234.5");
+}
+
+TEST(NSNumberFormatter, WhatWasSetOutlastsALocaleAndGoesWithAStyle) {
+  auto formatter = make<NSNumberFormatter>();
+  formatter->setNumberStyle(NSNumberFormatterDecimalStyle);
+  formatter->setMinimumFractionDigits(2);
+  formatter->setHasThousandSeparators(false);
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  EXPECT_EQ(formatter->stringFromNumber(1234), "1234.00");
+  formatter->setNumberStyle(NSNumberFormatterDecimalStyle);
+  EXPECT_EQ(formatter->stringFromNumber(1234), "1,234");
+}
+
+TEST(NSNumberFormatter, AMalformedPatternRaisesAndChangesNothing) {
+  const auto formatter = british("#,##0.00");
+  EXPECT_RAISES(formatter->setFormat("#,##0.00.00"), "NSInvalidArgumentException");
+  EXPECT_EQ(formatter->stringFromNumber(1), "1.00");
+}
+
+// The fast way beside ICU itself, over patterns, roundings and numbers of all sizes.
+TEST(NSNumberFormatter, WritesWhatIcuWrites) {
+  const char* const patterns[] = {"#,##0.00##", "#,##0.0###", "#,##0.00", "0",   "#",
+                                  "#.###",      "000.0",      "#,###.##", "0.00"};
+  const struct {
+    NSNumberFormatterRoundingMode mode;
+    icu::DecimalFormat::ERoundingMode icuMode;
+  } modes[] = {{NSNumberFormatterRoundHalfEven, icu::DecimalFormat::kRoundHalfEven},
+               {NSNumberFormatterRoundHalfUp, icu::DecimalFormat::kRoundHalfUp},
+               {NSNumberFormatterRoundFloor, icu::DecimalFormat::kRoundFloor},
+               {NSNumberFormatterRoundUp, icu::DecimalFormat::kRoundUp},
+               {NSNumberFormatterRoundDown, icu::DecimalFormat::kRoundDown}};
+  std::mt19937_64 random(20241105);
+  for (const char* pattern : patterns) {
+    for (const auto& [mode, icuMode] : modes) {
+      const auto formatter = british(pattern);
+      formatter->setRoundingMode(mode);
+      UErrorCode status = U_ZERO_ERROR;
+      icu::DecimalFormat icuFormat(icu::UnicodeString(pattern),
+                                   new icu::DecimalFormatSymbols(icu::Locale("en_GB"), status), status);
+      ASSERT_TRUE(U_SUCCESS(status));
+      icuFormat.setRoundingMode(icuMode);
+      for (int i = 0; i < 400; ++i) {
+        const auto mantissa = random() >> (random() % 64);
+        const auto number = Decimal::decimalNumberWithMantissa(
+            mantissa, static_cast<std::int16_t>(-static_cast<int>(random() % 9)), random() % 2 == 0);
+        icu::UnicodeString text;
+        icuFormat.format(icu::StringPiece(number.stringValue()), text, nullptr, status);
+        std::string expected;
+        text.toUTF8String(expected);
+        ASSERT_EQ(formatter->stringFromNumber(number), expected.c_str())
+            << pattern << " of " << number << ", mode " << mode;
+      }
+    }
+  }
+}
