@@ -1,0 +1,45 @@
+#include "NorvikCore/Categories/NSFormatter+Norvik.h"
+
+#include "NorvikCore/platform/runtime/AssociatedObjects.h"
+#include "NorvikCore/platform/runtime/Stated.h"
+
+namespace norvik {
+namespace {
+
+constinit const NSString attributesKey = "nk_additionalAttributes";
+
+const detail::CategoryProperty additionalAttributes{
+    NSFormatter::staticClass(),
+    {.name = attributesKey,
+     .typeName = "Ref<NSDictionary>",
+     .setterName = "setNk_additionalAttributes",
+     .isComputed = true,
+     .get = [](const NSObject& formatter) -> Value {
+       return nk_additionalAttributes(static_cast<const NSFormatter&>(formatter));
+     },
+     .set =
+         [](NSObject& formatter, const Value& attributes) {
+           setNk_additionalAttributes(static_cast<NSFormatter&>(formatter), attributes.as<Ref<NSDictionary>>());
+         }}};
+
+}  // namespace
+
+Ref<NSDictionary> nk_additionalAttributes(const NSFormatter& formatter) {
+  return associatedValue(formatter, &attributesKey).as<Ref<NSDictionary>>();
+}
+
+void setNk_additionalAttributes(NSFormatter& formatter, const Ref<NSDictionary>& attributes) {
+  formatter.willChangeValueForKey(attributesKey);
+  setAssociatedValue(formatter, &attributesKey, attributes);
+  formatter.didChangeValueForKey(attributesKey);
+}
+
+Ref<NSAttributedString> nk_customAttributedString(const NSFormatter& formatter, const Ref<NSAttributedString>& text) {
+  const Ref<NSDictionary> attributes = nk_additionalAttributes(formatter);
+  if (!text || !attributes || attributes->count() == 0) return text;
+  const auto custom = text->mutableCopy();
+  custom->addAttributes(*attributes, {0, custom->length()});
+  return custom;
+}
+
+}  // namespace norvik

@@ -1,0 +1,41 @@
+#include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
+
+#include "NorvikCore/Categories/NSLocale+Norvik.h"
+#include "NorvikCore/formatters/internal/DecimalTerms.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+
+namespace norvik {
+namespace {
+
+detail::DecimalTerms& moneyTerms() {
+  static auto& terms = *new detail::DecimalTerms;
+  return terms;
+}
+
+Ref<NKMonetaryTermDecimalNumberFormatter> formatterInDefaultLocale() {
+  auto formatter = make<NKMonetaryTermDecimalNumberFormatter>();
+  formatter->setLocale(nk_defaultLocale());
+  return formatter;
+}
+
+}  // namespace
+
+NKMonetaryTermDecimalNumberFormatter::~NKMonetaryTermDecimalNumberFormatter() = default;
+
+void NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(std::optional<Decimal> maximum,
+                                                                std::optional<Decimal> minimum) {
+  moneyTerms().define(maximum, minimum);
+}
+
+void NKMonetaryTermDecimalNumberFormatter::setup() {
+  Super::setup();
+  moneyTerms().applyTo(*this, "#,##0.00##");
+}
+
+NSString NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(const NSNumber& number) {
+  if (!kernel::isMainThread()) return formatterInDefaultLocale()->stringFromNumber(number);
+  static const auto& kept = *new Ref<NKMonetaryTermDecimalNumberFormatter>(formatterInDefaultLocale());
+  return kept->stringFromNumber(number);
+}
+
+}  // namespace norvik

@@ -1,0 +1,38 @@
+// NorvikCore/formatters/internal/DecimalTerms.h - the bounds that a class of formatters gives its new ones.
+#pragma once
+
+#include "NorvikCore/formatters/NKDecimalFormatter.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
+
+#include <utility>
+
+namespace norvik::detail {
+
+class DecimalTerms {
+ public:
+  void define(std::optional<Decimal> maximum, std::optional<Decimal> minimum) NK_EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    maximum_ = maximum;
+    minimum_ = minimum;
+  }
+
+  /// The part that the presets share: decimals out, the pattern, then the bounds.
+  void applyTo(NKDecimalFormatter& formatter, const NSString& pattern) NK_EXCLUDES(mutex_) {
+    const auto [maximum, minimum] = terms();
+    formatter.setGeneratesDecimalNumbers(true);
+    formatter.setFormat(pattern);
+    formatter.setMaximum(maximum);
+    formatter.setMinimum(minimum);
+  }
+
+ private:
+  std::pair<std::optional<Decimal>, std::optional<Decimal>> terms() NK_EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    return {maximum_, minimum_};
+  }
+
+  Mutex mutex_;
+  std::optional<Decimal> maximum_ NK_GUARDED_BY(mutex_), minimum_ NK_GUARDED_BY(mutex_);
+};
+
+}  // namespace norvik::detail

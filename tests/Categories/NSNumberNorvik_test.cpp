@@ -1,0 +1,62 @@
+#include "NorvikCore/Categories/NSNumber+Norvik.h"
+
+#include "NorvikCore/Categories/NSNumberFormatter+Norvik.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace norvik;
+
+TEST(NSNumberNorvik, BecomesADecimalExactlyOrByItsShortestDigits) {
+  EXPECT_EQ(nk_decimalNumber(INT64_MAX).stringValue(), "9223372036854775807");
+  EXPECT_EQ(nk_decimalNumber(0.1).stringValue(), "0.1");
+  EXPECT_EQ(nk_decimalNumber(1234.565).stringValue(), "1234.565");
+  EXPECT_EQ(nk_decimalNumber(true).stringValue(), "1");
+}
+
+TEST(NSNumberNorvik, ReadsInWordsAsOnACheque) {
+  const struct {
+    NSNumber number;
+    const char* words;
+  } rows[] = {{0, "zero"},
+              {7, "seven"},
+              {105, "one hundred and five"},
+              {1234, "one thousand two hundred and thirty-four"},
+              {-2, "minus two"}};
+  for (const auto& row : rows) EXPECT_EQ(nk_wordString(row.number), row.words);
+}
+
+TEST(NSNumberNorvik, InvertsBooleans) {
+  EXPECT_EQ(nk_invertBool(0), NSNumber(1));
+  EXPECT_EQ(nk_invertBool(true), NSNumber(0));
+  EXPECT_EQ(nk_invertBool(-3.5), NSNumber(0));
+  EXPECT_EQ(nk_invertBool(1).kind(), NSNumber::Kind::Integer);
+}
+
+TEST(NSNumberFormatterNorvik, WritesStylesInTheDefaultLocaleAndKeepsItsFormatterOnTheMainThread) {
+  EXPECT_EQ(kSharedNumberFormatterLock, "kSharedNumberFormatterLock");
+  m_sharedNumberFormatter() = nullptr;
+  EXPECT_EQ(nk_defaultStringFromNumber(1234.5, NSNumberFormatterDecimalStyle), "1,234.5");
+  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter();
+  ASSERT_TRUE(kept);
+  EXPECT_EQ(kept->locale()->localeIdentifier(), "en_GB");
+  EXPECT_EQ(nk_defaultStringFromNumber(0.5, NSNumberFormatterPercentStyle), "50%");
+  EXPECT_EQ(m_sharedNumberFormatter(), kept);
+  EXPECT_EQ(kept->numberStyle(), NSNumberFormatterPercentStyle) << "it keeps the last style set";
+  EXPECT_EQ(nk_defaultStringFromNumber(5, NSNumberFormatterSpellOutStyle), "five");
+}
+
+TEST(NSNumberFormatterNorvik, NeverTouchesTheKeptFormatterFromAnotherThread) {
+  m_sharedNumberFormatter() = nullptr;
+  NSString text;
+  std::thread([&] { text = nk_defaultStringFromNumber(1234.5, NSNumberFormatterDecimalStyle); }).join();
+  EXPECT_EQ(text, "1,234.5");
+  EXPECT_FALSE(m_sharedNumberFormatter());
+  EXPECT_EQ(nk_defaultStringFromNumber(1, NSNumberFormatterDecimalStyle), "1");
+  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter();
+  std::thread([&] { text = nk_defaultStringFromNumber(0.5, NSNumberFormatterPercentStyle); }).join();
+  EXPECT_EQ(m_sharedNumberFormatter(), kept);
+  EXPECT_EQ(kept->numberStyle(), NSNumberFormatterDecimalStyle);
+}

@@ -1,0 +1,149 @@
+#include "NorvikCore/formatters/NKDecimalFormatter.h"
+
+#include "NorvikCore/Categories/NSFormatter+Norvik.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+
+#include <gtest/gtest.h>
+
+using namespace norvik;
+
+namespace {
+
+Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+
+Ref<NKDecimalFormatter> british() {
+  auto formatter = make<NKDecimalFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  return formatter;
+}
+
+struct Edit {
+  NSString text;
+  NSRange selection;
+  bool isAccepted;
+};
+
+Edit edit(const NKDecimalFormatter& formatter, NSString proposed, const NSString& original, NSRange originalSelection) {
+  NSRange selection{proposed.length(), 0};
+  const bool isAccepted = formatter.isPartialStringValid(proposed, selection, original, originalSelection);
+  return {proposed, selection, isAccepted};
+}
+
+}  // namespace
+
+TEST(NKDecimalFormatter, HeaderExample) {
+  const auto formatter = british();
+  EXPECT_EQ(formatter->stringFromNumber(dec("1234.5")), "1,234.50");
+  formatter->setMaximum(1000);
+  EXPECT_EQ(formatter->maximumIntegerDigits(), 4);
+  EXPECT_EQ(formatter->maxLength(), 9);
+}
+
+TEST(NKDecimalFormatter, IsSetUpForAmounts) {
+  const auto formatter = make<NKDecimalFormatter>();
+  EXPECT_EQ(formatter->formatterBehavior(), 1040u);
+  EXPECT_EQ(formatter->numberStyle(), 1u);
+  EXPECT_TRUE(formatter->allowsFloats());
+  EXPECT_EQ(formatter->minimumIntegerDigits(), 1);
+  EXPECT_EQ(formatter->minimumFractionDigits(), 2);
+  EXPECT_EQ(formatter->maximumFractionDigits(), 2);
+  EXPECT_TRUE(formatter->hasThousandSeparators());
+  EXPECT_TRUE(formatter->lenient());
+  EXPECT_FALSE(formatter->generatesDecimalNumbers());
+  EXPECT_EQ(formatter->maxLength(), 0);
+}
+
+TEST(NKDecimalFormatter, DerivesItsCapsFromTheMaximum) {
+  const struct {
+    const char* maximum;
+    int integerDigits;
+    std::int64_t maxLength;
+  } rows[] = {{"100", 3, 8}, {"1000", 4, 9}, {"99.99", 5, 10}, {"-5", 2, 6}};
+  for (const auto& row : rows) {
+    const auto formatter = make<NKDecimalFormatter>();
+    formatter->setMaximum(dec(row.maximum));
+    EXPECT_EQ(formatter->maximumIntegerDigits(), row.integerDigits) << row.maximum;
+    EXPECT_EQ(formatter->maxLength(), row.maxLength) << row.maximum;
+  }
+}
+
+TEST(NKDecimalFormatter, NoMaximumLeavesTheCapsAsTheyWere) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaximum(std::nullopt);
+  EXPECT_EQ(formatter->maxLength(), 0);
+  formatter->setMaximum(100);
+  formatter->setMaximum(std::nullopt);
+  EXPECT_EQ(formatter->maxLength(), 8);
+  EXPECT_EQ(formatter->maximum(), std::nullopt);
+}
+
+TEST(NKDecimalFormatter, SettingAMaximumBringsTheBehaviourBack) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setFormatterBehavior(NSNumberFormatterBehavior10_0);
+  formatter->setMaximum(100);
+  EXPECT_EQ(formatter->formatterBehavior(), 1040u);
+}
+
+TEST(NKDecimalFormatter, AnUncappedFieldAcceptsEveryLength) {
+  const auto formatter = make<NKDecimalFormatter>();
+  EXPECT_TRUE(edit(*formatter, "12345678901234567890", "1234567890123456789", {19, 0}).isAccepted);
+}
+
+TEST(NKDecimalFormatter, AcceptsUpToTheCapAndChangesNothing) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(8);
+  const Edit result = edit(*formatter, "1,234.56", "1,234.5", {7, 0});
+  EXPECT_TRUE(result.isAccepted);
+  EXPECT_EQ(result.text, "1,234.56");
+}
+
+TEST(NKDecimalFormatter, TypingIntoAFullFieldChangesNothingAndLeavesTheCaret) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(8);
+  const Edit result = edit(*formatter, "1,234.567", "1,234.56", {8, 0});
+  EXPECT_FALSE(result.isAccepted);
+  EXPECT_EQ(result.text, "1,234.56");
+  EXPECT_EQ(result.selection, (NSRange{8, 0}));
+}
+
+TEST(NKDecimalFormatter, PastingOverASelectionKeepsWhatFits) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(8);
+  const Edit result = edit(*formatter, "1,12345.56", "1,234.56", {2, 3});
+  EXPECT_FALSE(result.isAccepted);
+  EXPECT_EQ(result.text, "1,123.56");
+  EXPECT_EQ(result.selection, (NSRange{5, 0}));
+  const Edit two = edit(*formatter,
+                        "12345"
+                        "345678",
+                        "12345678", {0, 2});
+  EXPECT_FALSE(two.isAccepted);
+  EXPECT_EQ(two.text, "12345678");
+  EXPECT_EQ(two.selection, (NSRange{2, 0}));
+}
+
+TEST(NKDecimalFormatter, ATextThatIsTooLongAlreadyTakesNothingMore) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(4);
+  const Edit result = edit(*formatter, "1234567x8", "12345678", {7, 0});
+  EXPECT_FALSE(result.isAccepted);
+  EXPECT_EQ(result.text, "12345678");
+  EXPECT_EQ(result.selection, (NSRange{7, 0}));
+}
+
+TEST(NKDecimalFormatter, EditsThePlatformsText) {
+  EXPECT_EQ(british()->editingStringForObjectValue(Value(dec("1234.5"))), NSString("1,234.50"));
+}
+
+TEST(NKDecimalFormatter, LaysItsAdditionalAttributesOverWhatItShows) {
+  const auto formatter = british();
+  const auto defaults = NSDictionary::dictionaryWith({{"colour", "black"}, {"size", 12}});
+  const auto plain = formatter->attributedStringForObjectValue_withDefaultAttributes(Value(5), defaults);
+  EXPECT_EQ(plain->attribute_atIndex("colour", 0), Value("black"));
+  setNk_additionalAttributes(*formatter, NSDictionary::dictionaryWithObject("red", "colour"));
+  const auto custom = formatter->attributedStringForObjectValue_withDefaultAttributes(Value(5), defaults);
+  EXPECT_EQ(custom->string(), "5.00");
+  EXPECT_EQ(custom->attribute_atIndex("colour", 3), Value("red"));
+  EXPECT_EQ(custom->attribute_atIndex("size", 3), Value(12));
+}

@@ -1,0 +1,73 @@
+#include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
+#include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
+#include "NorvikCore/platform/foundation/NSLocale.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace norvik;
+
+namespace {
+
+Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+
+struct TermDecimalNumberFormatters : testing::Test {
+  ~TermDecimalNumberFormatters() override {
+    NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(std::nullopt, std::nullopt);
+    NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(std::nullopt, std::nullopt);
+  }
+};
+
+}  // namespace
+
+TEST_F(TermDecimalNumberFormatters, MoneyShowsTwoToFourFractionDigits) {
+  const struct {
+    const char *number, *expected;
+  } rows[] = {{"1234.5", "1,234.50"},
+              {"1234.56789", "1,234.5679"},
+              {"0", "0.00"},
+              {"-7.125", "-7.125"},
+              {"1234567", "1,234,567.00"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec(row.number)), row.expected);
+  }
+}
+
+TEST_F(TermDecimalNumberFormatters, RatesShowOneToFourFractionDigits) {
+  const auto formatter = make<NKPercentageTermDecimalNumberFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  EXPECT_EQ(formatter->stringFromNumber(12), "12.0");
+  EXPECT_EQ(formatter->stringFromNumber(dec("12.12345")), "12.1234");
+  EXPECT_EQ(formatter->stringFromNumber(dec("1234.125")), "1,234.125");
+}
+
+TEST_F(TermDecimalNumberFormatters, ReadDecimals) {
+  const auto money = make<NKMonetaryTermDecimalNumberFormatter>();
+  money->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  EXPECT_EQ(money->numberFromString(" 1,234.5 ")->kind(), NSNumber::Kind::Decimal);
+  EXPECT_EQ(money->numberFromString("1,2,34.5x"), std::nullopt);
+}
+
+TEST_F(TermDecimalNumberFormatters, TakeTheirClassesBoundsWhenTheyAreMade) {
+  const auto before = make<NKMonetaryTermDecimalNumberFormatter>();
+  NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(1000, dec("-10"));
+  const auto money = make<NKMonetaryTermDecimalNumberFormatter>();
+  const auto rate = make<NKPercentageTermDecimalNumberFormatter>();
+  EXPECT_EQ(money->maximum(), NSNumber(1000));
+  EXPECT_EQ(money->minimum(), NSNumber(-10));
+  EXPECT_EQ(money->maxLength(), 9);
+  EXPECT_EQ(money->maximumIntegerDigits(), 4);
+  EXPECT_EQ(before->maximum(), std::nullopt);
+  EXPECT_EQ(before->maxLength(), 0);
+  EXPECT_EQ(rate->maximum(), std::nullopt) << "the two classes keep separate bounds";
+  NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(100, 0);
+  EXPECT_EQ(make<NKPercentageTermDecimalNumberFormatter>()->maxLength(), 8);
+  EXPECT_EQ(money->maximum(), NSNumber(1000));
+}
+
+TEST_F(TermDecimalNumberFormatters, TheMoneyTextIsTheSameOnAnyThread) {
+  NSString onOther;
+  std::thread([&] { onOther = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")); }).join();
+  EXPECT_EQ(onOther, "1,234.50");
+}

@@ -1,0 +1,48 @@
+// tests/support/WarningRecorder.h - collects what the library logs while it lives.
+#pragma once
+
+#include "NorvikCore/logging/DDAbstractLogger.h"
+#include "NorvikCore/logging/DDLog.h"
+
+#include <string>
+#include <vector>
+
+namespace norvik_test {
+
+struct RecordedWarning {
+  std::string text, file, function;
+  int level, flag, context;
+};
+
+class RecordingLogger : public norvik::DDAbstractLogger {
+  NK_OBJECT(RecordingLogger, DDAbstractLogger)
+  void logMessage(const norvik::DDLogMessage& message) override {
+    warnings.push_back({message.logMsg().utf8(), message.file(), message.function(), message.logLevel(),
+                        message.logFlag(), message.logContext()});
+  }
+  std::vector<RecordedWarning> warnings;
+};
+
+/// Adds a logger on construction and removes it on destruction. Loggers of tests in one program see each other's
+/// messages, so tests that use it compare what they caused themselves.
+class WarningRecorder {
+ public:
+  WarningRecorder() { norvik::DDLog::addLogger(logger_); }
+  ~WarningRecorder() {
+    norvik::DDLog::removeLogger(logger_);
+    norvik::DDLog::flushLog();
+  }
+  WarningRecorder(const WarningRecorder&) = delete;
+  WarningRecorder& operator=(const WarningRecorder&) = delete;
+
+  /// What has been logged until now, and from now on an empty list.
+  [[nodiscard]] std::vector<RecordedWarning> take() {
+    norvik::DDLog::flushLog();
+    return std::exchange(logger_->warnings, {});
+  }
+
+ private:
+  norvik::Ref<RecordingLogger> logger_ = norvik::make<RecordingLogger>();
+};
+
+}  // namespace norvik_test
