@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/values/internal/StringUnits.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <ostream>
@@ -13,6 +14,16 @@ namespace norvik {
 namespace {
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
+
+/// utf8::isAscii by eight bytes at once.
+bool isAsciiByWords(std::string_view text) noexcept {
+  std::size_t at = 0;
+  for (std::uint64_t word; at + sizeof word <= text.size(); at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & 0x8080808080808080u) != 0) return false;
+  }
+  return utf8::isAscii(text.substr(at));
+}
 
 /// New counted bytes, a NUL after them; the header lies just before.
 char* newBytes(std::size_t size) {
@@ -35,7 +46,7 @@ NSString NSString::copying(std::string_view bytes) {
 }
 
 std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
-  return utf8::isAscii(bytes) ? asciiBit : detail::holdsHalves(bytes) ? halvesBit : 0;
+  return isAsciiByWords(bytes) ? asciiBit : detail::holdsHalves(bytes) ? halvesBit : 0;
 }
 
 NSString NSString::reading(const char* text) {
@@ -52,12 +63,12 @@ void NSString::releaseStorage() noexcept {
 }
 
 std::optional<NSString> NSString::fromUtf8(std::string_view text) {
-  if (!utf8::isAscii(text) && !utf8::isValid(text)) return std::nullopt;
+  if (!isAsciiByWords(text) && !utf8::isValid(text)) return std::nullopt;
   return copying(text);
 }
 
 NSString NSString::fromBytes(std::string_view bytes) {
-  if (utf8::isAscii(bytes) || utf8::isValid(bytes)) return copying(bytes);
+  if (isAsciiByWords(bytes) || utf8::isValid(bytes)) return copying(bytes);
   std::string text;
   text.reserve(bytes.size() + 2 * detail::halfSize);
   while (!bytes.empty()) {
@@ -93,7 +104,7 @@ NSString NSString::fromCodePoint(char32_t point) {
 }
 
 NSString NSString::borrowing(std::string_view permanentText) {
-  if (utf8::isAscii(permanentText)) return NSString(permanentText.data(), permanentText.size(), asciiBit);
+  if (isAsciiByWords(permanentText)) return NSString(permanentText.data(), permanentText.size(), asciiBit);
   if (utf8::isValid(permanentText)) return NSString(permanentText.data(), permanentText.size(), 0);
   return fromBytes(permanentText);
 }
