@@ -1,0 +1,82 @@
+#include "NorvikCore/platform/appkit/NSColor.h"
+
+#include "NorvikCore/platform/runtime/Format.h"
+
+#include <cmath>
+#include <functional>
+
+namespace norvik {
+namespace {
+
+double limited(double component) noexcept {
+  if (!(component > 0)) return 0;
+  return component < 1 ? component : 1;
+}
+
+int byteOf(double component) noexcept { return static_cast<int>(std::lround(component * 255)); }
+
+const Ref<NSColor>& kept(double red, double green, double blue, double alpha) {
+  return *new Ref<NSColor>(make<NSColor>(red, green, blue, alpha));
+}
+
+}  // namespace
+
+NSColor::NSColor(double red, double green, double blue, double alpha)
+    : red_(limited(red)), green_(limited(green)), blue_(limited(blue)), alpha_(limited(alpha)) {}
+
+NSColor::~NSColor() = default;
+
+Ref<NSColor> NSColor::colorWithRed(double red, double green, double blue, double alpha) {
+  return make<NSColor>(red, green, blue, alpha);
+}
+
+Ref<NSColor> NSColor::colorWithWhite(double white, double alpha) { return make<NSColor>(white, white, white, alpha); }
+
+const Ref<NSColor>& NSColor::blackColor() {
+  static const auto& color = kept(0, 0, 0, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::whiteColor() {
+  static const auto& color = kept(1, 1, 1, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::grayColor() {
+  static const auto& color = kept(0.5, 0.5, 0.5, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::redColor() {
+  static const auto& color = kept(1, 0, 0, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::greenColor() {
+  static const auto& color = kept(0, 1, 0, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::blueColor() {
+  static const auto& color = kept(0, 0, 1, 1);
+  return color;
+}
+const Ref<NSColor>& NSColor::clearColor() {
+  static const auto& color = kept(0, 0, 0, 0);
+  return color;
+}
+
+Ref<NSColor> NSColor::colorWithAlphaComponent(double alpha) const { return make<NSColor>(red_, green_, blue_, alpha); }
+
+bool NSColor::isEqual(const NSObject& other) const {
+  const auto* color = dynamic_cast<const NSColor*>(&other);
+  return color && red_ == color->red_ && green_ == color->green_ && blue_ == color->blue_ && alpha_ == color->alpha_;
+}
+
+std::size_t NSColor::hash() const {
+  std::size_t hash = 0;
+  for (const double component : {red_, green_, blue_, alpha_}) hash = hash * 31 + std::hash<double>()(component);
+  return hash;
+}
+
+NSString NSColor::description() const {
+  const NSString opaque = stringWithFormat("#%02X%02X%02X", byteOf(red_), byteOf(green_), byteOf(blue_));
+  return alpha_ == 1 ? opaque : opaque + stringWithFormat("%02X", byteOf(alpha_));
+}
+
+}  // namespace norvik

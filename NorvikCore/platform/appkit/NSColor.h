@@ -1,0 +1,48 @@
+// NorvikCore/platform/appkit/NSColor.h - a colour: red, green, blue and alpha, each from 0 to 1.
+//
+//   text->addAttribute(NSForegroundColorAttributeName, NSColor::redColor(), {0, 5});
+//
+// Colours are immutable objects, equal by their components; any thread. Components out of range are taken to the
+// nearest limit, not-a-number to 0.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+namespace norvik {
+
+class NK_EXPORT NSColor : public NSObject {
+  NK_OBJECT(NSColor, NSObject)
+
+  NSColor(double red, double green, double blue, double alpha);
+  ~NSColor() override;
+
+  [[nodiscard]] static Ref<NSColor> colorWithRed(double red, double green, double blue, double alpha);
+  /// The grey between black, 0, and white, 1.
+  [[nodiscard]] static Ref<NSColor> colorWithWhite(double white, double alpha);
+
+  // The same object on every call.
+  [[nodiscard]] static const Ref<NSColor>& blackColor();
+  [[nodiscard]] static const Ref<NSColor>& whiteColor();
+  [[nodiscard]] static const Ref<NSColor>& grayColor();
+  [[nodiscard]] static const Ref<NSColor>& redColor();
+  [[nodiscard]] static const Ref<NSColor>& greenColor();
+  [[nodiscard]] static const Ref<NSColor>& blueColor();
+  [[nodiscard]] static const Ref<NSColor>& clearColor();
+
+  [[nodiscard]] double redComponent() const noexcept { return red_; }
+  [[nodiscard]] double greenComponent() const noexcept { return green_; }
+  [[nodiscard]] double blueComponent() const noexcept { return blue_; }
+  [[nodiscard]] double alphaComponent() const noexcept { return alpha_; }
+  [[nodiscard]] Ref<NSColor> colorWithAlphaComponent(double alpha) const;
+
+  [[nodiscard]] bool isEqual(const NSObject& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+  /// "#RRGGBB", followed by "AA" where the colour is not opaque.
+  [[nodiscard]] NSString description() const override;
+
+ private:
+  double red_, green_, blue_, alpha_;
+};
+
+}  // namespace norvik

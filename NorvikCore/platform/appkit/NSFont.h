@@ -1,0 +1,43 @@
+// NorvikCore/platform/appkit/NSFont.h - a font: a family, a size in points, and whether it is bold or italic.
+//
+//   text->addAttribute(NSFontAttributeName, NSFont::fontWithName("DejaVu Sans", 11), {0, 5});
+//
+// Fonts are immutable objects, equal by what they say; any thread. Naming a font does not ask whether the machine has
+// it.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+namespace norvik {
+
+class NK_EXPORT NSFont : public NSObject {
+  NK_OBJECT(NSFont, NSObject)
+
+  NSFont(NSString familyName, double pointSize, bool isBold = false, bool isItalic = false);
+  ~NSFont() override;
+
+  /// Empty for an empty name. A size of 0 or less, or none that is a number, becomes the system's.
+  [[nodiscard]] static Ref<NSFont> fontWithName(const NSString& familyName, double size);
+  /// The desktop's sans-serif family.
+  [[nodiscard]] static Ref<NSFont> systemFontOfSize(double size);
+  [[nodiscard]] static Ref<NSFont> boldSystemFontOfSize(double size);
+  [[nodiscard]] static constexpr double systemFontSize() noexcept { return 13; }
+
+  [[nodiscard]] const NSString& familyName() const noexcept { return familyName_; }
+  [[nodiscard]] double pointSize() const noexcept { return pointSize_; }
+  [[nodiscard]] bool isBold() const noexcept { return isBold_; }
+  [[nodiscard]] bool isItalic() const noexcept { return isItalic_; }
+
+  [[nodiscard]] bool isEqual(const NSObject& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+  /// "DejaVu Sans Bold Italic 11".
+  [[nodiscard]] NSString description() const override;
+
+ private:
+  const NSString familyName_;
+  const double pointSize_;
+  const bool isBold_, isItalic_;
+};
+
+}  // namespace norvik

@@ -1,0 +1,9 @@
+// tests/platform/runtime/plugin/PluginClasses.h - a class whose header both a program and a shared object include.
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSObject.h"
+
+class NK_EXPORT StatedTwice : public norvik::NSObject {
+  NK_OBJECT(StatedTwice, NSObject)
+  NK_PROPERTY(int, number, setNumber)
+};
