@@ -1,0 +1,320 @@
+#include "NorvikCore/logging/DDFileLogger.h"
+
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/DDLogFileFormatterDefault.h"
+#include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/platform/foundation/NSFileHandle.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/runtime/NSException.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+namespace norvik {
+namespace {
+
+constexpr std::size_t largestWrite = 64 * 1024;
+
+// A file that is gone is noticed after this time, or so many lines and one run of messages more.
+constexpr std::int64_t lookInterval = 500 * NSEC_PER_MSEC;
+constexpr std::uint64_t lookLines = 500;
+
+constexpr std::int32_t reportedExceptions = 10;
+
+/// Shared by all file loggers of the process; stops one past the limit.
+std::atomic<std::int32_t> exceptionCount{0};
+
+void report(const NSException& exception) {
+  if (exceptionCount.load(std::memory_order_relaxed) >= reportedExceptions) return;
+  const std::int32_t before = exceptionCount.fetch_add(1, std::memory_order_relaxed);
+  if (before < reportedExceptions) NSLog("DDFileLogger.logMessage: %@", exception);
+  if (before == reportedExceptions - 1) {
+    NSLog("DDFileLogger.logMessage: Too many exceptions -- will not log any more of them.");
+  }
+}
+
+/// When the file reaches that age, on the wall clock.
+dispatch_time_t rollingTime(Date creation, double frequency) {
+  const double latest = 9e9;  // seconds since 1970, in the year 2255: as far as nanoseconds in 63 bits reach
+  const double seconds = std::min(creation.timeIntervalSince1970() + frequency, latest);
+  std::timespec when{};
+  when.tv_sec = static_cast<std::time_t>(std::floor(seconds));
+  when.tv_nsec = static_cast<long>((seconds - std::floor(seconds)) * 1e9);
+  return dispatch_walltime(&when, 0);
+}
+
+}  // namespace
+
+DDFileLogger::DDFileLogger() : DDFileLogger(nullptr) {}
+
+DDFileLogger::DDFileLogger(Ref<DDLogFileManager> logFileManager) : logFileManager_(std::move(logFileManager)) {
+  if (!logFileManager_) logFileManager_ = make<DDLogFileManagerDefault>();
+}
+
+DDFileLogger::~DDFileLogger() {
+  cancelTimer();
+  closeFile();
+}
+
+Ref<DDFileLogger> DDFileLogger::initWithLogFileManager(const Ref<DDLogFileManager>& logFileManager) {
+  return make<DDFileLogger>(logFileManager);
+}
+
+bool DDFileLogger::init() {
+  if (!DDAbstractLogger::init()) return false;
+  initFormatter(make<DDLogFileFormatterDefault>());
+  return true;
+}
+
+std::optional<NSString> DDFileLogger::loggerName() { return "cocoa.quillmarch.fileLogger"; }
+
+detail::MessageRunLogger* DDFileLogger::messageRunLogger() {
+  return typeid(*this) == typeid(DDFileLogger) ? this : nullptr;  // a subclass may have a logMessage() of its own
+}
+
+// Settings
+
+template <class Setting>
+Setting DDFileLogger::read(const Setting& setting) const {
+  const dispatch_queue_t queue = const_cast<DDFileLogger*>(this)->loggerQueue();
+  return dispatch_sync(DDLog::loggingQueue(), [&] { return dispatch_sync(queue, [&] { return setting; }); });
+}
+
+template <class Change>
+void DDFileLogger::change(Change change) {
+  dispatch_async(DDLog::loggingQueue(), [self = ref(*this), change] {
+    dispatch_async(self->loggerQueue(), [self, change] { change(*self); });
+  });
+}
+
+std::uint64_t DDFileLogger::maximumFileSize() const { return read(maximumFileSize_); }
+
+void DDFileLogger::setMaximumFileSize(std::uint64_t bytes) {
+  change([bytes](DDFileLogger& logger) {
+    logger.maximumFileSize_ = bytes;
+    logger.maybeRollLogFileDueToSize();
+  });
+}
+
+double DDFileLogger::rollingFrequency() const { return read(rollingFrequency_); }
+
+void DDFileLogger::setRollingFrequency(double seconds) {
+  change([seconds](DDFileLogger& logger) {
+    logger.rollingFrequency_ = seconds;
+    logger.maybeRollLogFileDueToAge();
+  });
+}
+
+// Rolling
+
+void DDFileLogger::scheduleTimerToRollLogFileDueToAge() {
+  cancelTimer();
+  if (!currentLogFileInfo_ || !(rollingFrequency_ > 0)) return;
+  const Date creation = currentLogFileInfo_->creationDate().value_or(Date::systemDate());
+  rollingTimer_ = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, loggerQueue());
+  dispatch_source_set_event_handler(rollingTimer_, [logger = Weak<DDFileLogger>(this)] {
+    if (const Ref<DDFileLogger> alive = logger.lock()) alive->maybeRollLogFileDueToAge();
+  });
+  dispatch_source_set_timer(rollingTimer_, rollingTime(creation, rollingFrequency_), 0, 1);
+  dispatch_resume(rollingTimer_);
+}
+
+void DDFileLogger::cancelTimer() noexcept {
+  if (!rollingTimer_) return;
+  dispatch_source_cancel(rollingTimer_);
+  rollingTimer_ = nullptr;
+}
+
+void DDFileLogger::rollLogFile() {
+  if (isOnInternalLoggerQueue()) return rollLogFileNow();
+  change([](DDFileLogger& logger) { logger.rollLogFileNow(); });
+}
+
+void DDFileLogger::rollLogFileNow() {
+  if (!currentLogFileHandle_) return;
+  closeFile();
+  const Ref<DDLogFileInfo> rolled = std::exchange(currentLogFileInfo_, nullptr);
+  cancelTimer();
+  rolled->setIsArchived(true);
+  logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
+}
+
+void DDFileLogger::maybeRollLogFileDueToAge() {
+  if (rollingFrequency_ > 0 && currentLogFileInfo_ && currentLogFileInfo_->age() >= rollingFrequency_) {
+    rollLogFileNow();
+  } else {
+    scheduleTimerToRollLogFileDueToAge();
+  }
+}
+
+void DDFileLogger::maybeRollLogFileDueToSize() {
+  if (maximumFileSize_ == 0 || !currentLogFileHandle_) return;
+  if (currentLogFileHandle_->offsetInFile() >= maximumFileSize_) rollLogFileNow();
+}
+
+// The current file
+
+Ref<DDLogFileInfo> DDFileLogger::currentLogFileInfo() {
+  if (currentLogFileInfo_) return currentLogFileInfo_;
+  const std::vector<Ref<DDLogFileInfo>> infos = logFileManager_->sortedLogFileInfos();
+  if (!infos.empty() && !infos.front()->isArchived()) {
+    const Ref<DDLogFileInfo>& newest = infos.front();
+    const bool isTooLarge = maximumFileSize_ != 0 && newest->fileSize() >= maximumFileSize_;
+    const bool isTooOld = rollingFrequency_ > 0 && newest->age() >= rollingFrequency_;
+    if (isTooLarge || isTooOld) {
+      newest->setIsArchived(true);
+      logFileManager_->didArchiveLogFile(newest->filePath());
+    } else {
+      currentLogFileInfo_ = newest;
+    }
+  }
+  if (!currentLogFileInfo_) {
+    currentLogFileInfo_ = DDLogFileInfo::logFileWithPath(logFileManager_->createNewLogFile());
+  }
+  lastLook_ = kernel::monotonicNanoseconds();
+  linesSinceLook_ = 0;
+  return currentLogFileInfo_;
+}
+
+Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
+  if (currentLogFileHandle_) return currentLogFileHandle_;
+  const NSString path = currentLogFileInfo()->filePath();
+  Ref<NSFileHandle> handle = NSFileHandle::fileHandleForAppendingAtPath(path);
+  kernel::FileStatus status;
+  if (!handle || kernel::readFileStatus(handle->fileDescriptor(), status) != 0) return nullptr;
+  offset_ = handle->seekToEndOfFile();
+  device_ = status.device;
+  inode_ = status.inode;
+  currentLogFileHandle_ = std::move(handle);
+  scheduleTimerToRollLogFileDueToAge();
+  return currentLogFileHandle_;
+}
+
+/// Closes the file as it is. What fails is reported: it may mean that lines have not reached the disk.
+void DDFileLogger::closeFile() {
+  const Ref<NSFileHandle> handle = std::exchange(currentLogFileHandle_, nullptr);
+  if (!handle) return;
+  try {
+    handle->synchronizeFile();
+    handle->closeFile();
+  } catch (const NSException& exception) {
+    report(exception);
+  }
+}
+
+bool DDFileLogger::isCurrentFileGone() const {
+  kernel::FileStatus status;
+  const int error = kernel::readFileStatus(currentLogFileInfo_->filePath().fileSystemRepresentation(), status);
+  if (error != 0) return error == ENOENT || error == ENOTDIR;
+  return currentLogFileHandle_ && (status.device != device_ || status.inode != inode_);
+}
+
+/// Somebody may have deleted or moved the file: then another is chosen. So it is where no file could be made before.
+void DDFileLogger::lookAfterFile() {
+  if (!currentLogFileInfo_) return;
+  const std::int64_t now = kernel::monotonicNanoseconds();
+  if (linesSinceLook_ < lookLines && now - lastLook_ < lookInterval) return;
+  linesSinceLook_ = 0;
+  lastLook_ = now;
+  if (!isCurrentFileGone()) return;
+  closeFile();
+  cancelTimer();
+  currentLogFileInfo_ = nullptr;
+}
+
+// Writing
+
+void DDFileLogger::willRemoveLogger() { rollLogFileNow(); }
+
+void DDFileLogger::logMessage(const DDLogMessage& message) {
+  const DDLogMessage* one = &message;
+  logMessages(&one, 1);
+}
+
+void DDFileLogger::logMessages(const DDLogMessage* const* messages, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    appendLine(*messages[i]);
+    if (mustWrite()) writePending();
+  }
+  writePending();
+}
+
+void DDFileLogger::appendLine(const DDLogMessage& message) {
+  const std::size_t begin = pending_.text.size();
+  DDLogFormatter* own = formatter().get();
+  if (!own) {
+    pending_.text += message.logMsg().utf8();
+  } else if (typeid(*own) == typeid(DDLogFileFormatterDefault)) {
+    static_cast<DDLogFileFormatterDefault*>(own)->appendLogMessage(pending_.text, message);
+  } else {
+    const std::optional<NSString> text = own->formatLogMessage(message);
+    if (!text) return;
+    pending_.text += text->utf8();
+  }
+  if (pending_.text.size() == begin || pending_.text.back() != '\n') pending_.text += '\n';
+  pending_.ends.push_back(pending_.text.size());
+}
+
+/// Lines may wait for the rest of their run unless somebody could tell: a formatter of the user's, which may look at
+/// the file, or the size limit, where the file ends with the line that reaches it.
+bool DDFileLogger::mustWrite() const noexcept {
+  if (!currentLogFileHandle_ || pending_.text.size() >= largestWrite) return true;
+  if (maximumFileSize_ != 0 && offset_ + pending_.text.size() >= maximumFileSize_) return true;
+  const DDLogFormatter* own = formatter().get();
+  return own && typeid(*own) != typeid(DDLogFileFormatterDefault);
+}
+
+void DDFileLogger::writePending() {
+  if (pending_.ends.empty()) return;
+  linesSinceLook_ += pending_.ends.size();
+  // Taken first: what the manager is told of a roll may lead back here.
+  Lines lines = std::exchange(pending_, {});
+  try {
+    lookAfterFile();
+    write(lines);
+  } catch (const NSException& exception) {
+    report(exception);
+  }
+  if (pending_.ends.empty() && lines.text.capacity() <= 2 * largestWrite) {  // keeps the memory for the next ones
+    lines.text.clear();
+    lines.ends.clear();
+    pending_ = std::move(lines);
+  }
+}
+
+void DDFileLogger::write(const Lines& lines) {
+  const Ref<NSFileHandle> handle = currentLogFileHandle();
+  if (!handle) return;
+  std::size_t written = 0;
+  if (kernel::writeAll(handle->fileDescriptor(), lines.text, &written) != 0) return writeRest(lines, written);
+  offset_ = handle->offsetInFile();
+  maybeRollLogFileDueToSize();
+}
+
+/// After a failure the lines that remain are written one by one, so that each has its own luck, and its own report.
+void DDFileLogger::writeRest(const Lines& lines, std::size_t written) {
+  for (const std::size_t end : lines.ends) {
+    if (end <= written) continue;
+    try {
+      const Ref<NSFileHandle> handle = currentLogFileHandle();
+      if (!handle) return;
+      handle->writeData(std::string_view(lines.text).substr(written, end - written));
+      offset_ = handle->offsetInFile();
+      maybeRollLogFileDueToSize();
+    } catch (const NSException& exception) {
+      report(exception);
+    }
+    written = end;
+  }
+}
+
+}  // namespace norvik

@@ -1,0 +1,181 @@
+#include "NorvikCore/logging/DDLogFileManagerDefault.h"
+
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/foundation/NSFileManager.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/foundation/NSProcessInfo.h"
+#include "NorvikCore/platform/foundation/NSSearchPath.h"
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/UUID.h"
+#include "NorvikCore/platform/runtime/KeyValueObserving.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace norvik {
+namespace {
+
+constexpr NSString limitKey = "maximumNumberOfLogFiles";
+
+std::vector<NSString> lastComponents(const std::vector<NSString>& paths) {
+  std::vector<NSString> names;
+  names.reserve(paths.size());
+  for (const NSString& path : paths) names.push_back(path.lastPathComponent());
+  return names;
+}
+
+/// What a file is sorted by, read once: an archived mark may be set meanwhile.
+struct SortedFile {
+  Ref<DDLogFileInfo> info;
+  bool isArchived;
+};
+
+bool comesFirst(const SortedFile& a, const SortedFile& b) {
+  const NSComparisonResult byCreation = a.info->reverseCompareByCreationDate(*b.info);
+  if (byCreation != NSOrderedSame) return byCreation == NSOrderedAscending;
+  if (a.isArchived != b.isArchived) return b.isArchived;
+  return a.info->reverseCompareByModificationDate(*b.info) == NSOrderedAscending;
+}
+
+}  // namespace
+
+DDLogFileManager::~DDLogFileManager() = default;
+void DDLogFileManager::didArchiveLogFile(const NSString&) {}
+void DDLogFileManager::didRollAndArchiveLogFile(const NSString&) {}
+
+DDLogFileManagerDefault::DDLogFileManagerDefault(std::optional<NSString> logsDirectory)
+    : _logsDirectory(std::move(logsDirectory)) {}
+
+// The observation that init() began ends with the object: the runtime forgets observers that are gone.
+DDLogFileManagerDefault::~DDLogFileManagerDefault() = default;
+
+Ref<DDLogFileManagerDefault> DDLogFileManagerDefault::initWithLogsDirectory(std::optional<NSString> logsDirectory) {
+  return make<DDLogFileManagerDefault>(std::move(logsDirectory));
+}
+
+bool DDLogFileManagerDefault::init() {
+  if (!DDLogFileManager::init()) return false;
+  if (!_logsDirectory) _logsDirectory = defaultLogsDirectory();
+  addObserver(*this, limitKey, NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
+  return true;
+}
+
+std::uint64_t DDLogFileManagerDefault::maximumNumberOfLogFiles() const { return maximumNumberOfLogFiles_.load(); }
+
+void DDLogFileManagerDefault::setMaximumNumberOfLogFiles(std::uint64_t number) {
+  detail::changeProperty(*this, "maximumNumberOfLogFiles", [&] { maximumNumberOfLogFiles_.store(number); });
+}
+
+void DDLogFileManagerDefault::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
+                                                     const KeyValueChange& change, void* context) {
+  if (keyPath != limitKey || &object != this) {
+    return DDLogFileManager::observeValueForKeyPath(keyPath, object, change, context);
+  }
+  if (change.oldValue() == change.newValue()) return;
+  dispatch_async(DDLog::loggingQueue(), [self = ref(*this)] { self->deleteOldLogFiles(); });
+}
+
+NSString DDLogFileManagerDefault::defaultLogsDirectory() const {
+  const Ref<NSArray> libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, true);
+  const NSString library =
+      libraries && libraries->count() > 0 ? libraries->firstObject().as<NSString>() : NSTemporaryDirectory();
+  return library.stringByAppendingPathComponent("Logs").stringByAppendingPathComponent(
+      NSProcessInfo::processInfo().processName());
+}
+
+NSString DDLogFileManagerDefault::logsDirectory() {
+  NSFileManager& files = NSFileManager::defaultManager();
+  Ref<NSError> error;
+  if (!files.fileExistsAtPath(*_logsDirectory) &&
+      !files.createDirectoryAtPath(*_logsDirectory, true, nullptr, &error)) {
+    NSLog("DDFileLogManagerDefault: Error creating logsDirectory: %@", error);
+  }
+  return *_logsDirectory;
+}
+
+bool DDLogFileManagerDefault::isLogFile(const NSString& fileName) const {
+  const std::string_view name = fileName.view();
+  return name.size() >= 10 && name.starts_with("log-") &&
+         name.substr(4, 6).find_first_not_of("0123456789ABCDEF") == std::string_view::npos;
+}
+
+std::vector<NSString> DDLogFileManagerDefault::unsortedLogFilePaths() {
+  const NSString directory = logsDirectory();
+  std::vector<NSString> paths;
+  const Ref<NSArray> names = NSFileManager::defaultManager().contentsOfDirectoryAtPath(directory);
+  if (!names) return paths;
+  for (const Value& element : *names) {
+    const NSString name = element.as<NSString>();
+    if (isLogFile(name)) paths.push_back(directory.stringByAppendingPathComponent(name));
+  }
+  return paths;
+}
+
+std::vector<NSString> DDLogFileManagerDefault::unsortedLogFileNames() { return lastComponents(unsortedLogFilePaths()); }
+
+std::vector<Ref<DDLogFileInfo>> DDLogFileManagerDefault::unsortedLogFileInfos() {
+  std::vector<Ref<DDLogFileInfo>> infos;
+  for (const NSString& path : unsortedLogFilePaths()) infos.push_back(DDLogFileInfo::logFileWithPath(path));
+  return infos;
+}
+
+std::vector<Ref<DDLogFileInfo>> DDLogFileManagerDefault::sortedLogFileInfos() {
+  std::vector<SortedFile> files;
+  for (Ref<DDLogFileInfo>& info : unsortedLogFileInfos()) files.push_back({info, info->isArchived()});
+  std::stable_sort(files.begin(), files.end(), comesFirst);
+  std::vector<Ref<DDLogFileInfo>> infos;
+  for (SortedFile& file : files) infos.push_back(std::move(file.info));
+  return infos;
+}
+
+std::vector<NSString> DDLogFileManagerDefault::sortedLogFilePaths() {
+  std::vector<NSString> paths;
+  for (const Ref<DDLogFileInfo>& info : sortedLogFileInfos()) paths.push_back(info->filePath());
+  return paths;
+}
+
+std::vector<NSString> DDLogFileManagerDefault::sortedLogFileNames() { return lastComponents(sortedLogFilePaths()); }
+
+NSString DDLogFileManagerDefault::generateShortUUID() const { return kernel::makeUUID().text().substr(0, 6); }
+
+NSString DDLogFileManagerDefault::createNewLogFile() {
+  const NSString directory = logsDirectory();
+  NSString path;
+  for (;;) {
+    path = directory.stringByAppendingPathComponent(stringWithFormat("log-%@.txt", generateShortUUID()));
+    kernel::FileDescriptor file;
+    const std::string systemPath = path.fileSystemRepresentation();
+    const int error = kernel::openFile(systemPath, {.write = true, .create = true, .exclusive = true}, file);
+    if (error == EEXIST) continue;
+    if (error == 0) static_cast<void>(kernel::noteCreation(systemPath));  // in vain: the file then seems younger
+    break;
+  }
+  {
+    const MutexLock lock(mutex_);
+    newestPath_ = path;
+  }
+  deleteOldLogFiles();
+  return path;
+}
+
+void DDLogFileManagerDefault::deleteOldLogFiles() {
+  const std::uint64_t kept = maximumNumberOfLogFiles();
+  if (kept == 0) return;
+  NSString newest;
+  {
+    const MutexLock lock(mutex_);
+    newest = newestPath_;
+  }
+  std::vector<Ref<DDLogFileInfo>> infos = sortedLogFileInfos();
+  if (!infos.empty() && !infos.front()->isArchived()) infos.erase(infos.begin());
+  for (std::size_t i = kept; i < infos.size(); ++i) {
+    if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
+    NSFileManager::defaultManager().removeItemAtPath(infos[i]->filePath());
+  }
+}
+
+}  // namespace norvik

@@ -1,0 +1,587 @@
+#include "NorvikCore/logging/DDFileLogger.h"
+
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/DDLogFileFormatterDefault.h"
+#include "NorvikCore/platform/foundation/NSFileHandle.h"
+#include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "tests/support/InChild.h"
+#include "tests/support/LogFolder.h"
+#include "tests/support/PrivateMount.h"
+#include "tests/support/RecordingLogger.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace norvik {
+namespace {
+
+namespace fs = std::filesystem;
+using kernel::SystemLogCapture;
+using test::allLinesIn;
+using test::filesIn;
+using test::linesOf;
+using test::PrivateMount;
+using test::RecordingManager;
+using test::say;
+using test::TemporaryFolder;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::MatchesRegex;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+
+using Strings = std::vector<std::string>;
+
+/// A file logger without time stamps, added to the dispatcher, and its folder.
+class DDFileLoggerTest : public test::CleanDDLog {
+ protected:
+  void SetUp() override {
+    CleanDDLog::SetUp();
+    begin();
+  }
+  void TearDown() override {
+    CleanDDLog::TearDown();
+    if (logger) dispatch_sync(logger->loggerQueue(), [] {});
+  }
+
+  /// Another logger with a manager of its own for the same folder, as after a restart.
+  void begin() {
+    manager = make<RecordingManager>(folder.path());
+    logger = DDFileLogger::initWithLogFileManager(manager);
+    logger->setLogFormatter(nullptr);
+    DDLog::addLogger(logger);
+  }
+  /// Waits for all that was asked of the dispatcher and the logger, and of both once more.
+  void settle() {
+    for (int i = 0; i < 2; ++i) {
+      DDLog::flushLog();
+      dispatch_sync(logger->loggerQueue(), [] {});
+    }
+  }
+  std::string currentPath() {
+    return dispatch_sync(logger->loggerQueue(), [&] { return logger->currentLogFileInfo()->filePath().str(); });
+  }
+  static void sayNow(const NSString& text) { say(text, LOG_FLAG_ERROR, false); }
+  static bool isArchived(const std::string& path) { return DDLogFileInfo::logFileWithPath(path)->isArchived(); }
+
+  TemporaryFolder folder;
+  Ref<RecordingManager> manager;
+  Ref<DDFileLogger> logger;
+};
+
+TEST_F(DDFileLoggerTest, HeaderExample) {
+  auto fresh = DDFileLogger::initWithLogFileManager(make<RecordingManager>(folder.path()));
+  fresh->setMaximumFileSize(4 << 20);
+  fresh->logFileManager()->setMaximumNumberOfLogFiles(7);
+  DDLog::addLogger(fresh);
+  EXPECT_EQ(fresh->maximumFileSize(), 4194304U);
+}
+
+TEST_F(DDFileLoggerTest, HasTheUsualSettings) {
+  EXPECT_EQ(logger->maximumFileSize(), 1048576U);
+  EXPECT_EQ(logger->rollingFrequency(), 86400.0);
+  EXPECT_EQ(logger->loggerName(), "cocoa.quillmarch.fileLogger");
+  EXPECT_STREQ(dispatch_queue_get_label(logger->loggerQueue()), "cocoa.quillmarch.fileLogger");
+  EXPECT_EQ(logger->logFileManager(), manager);
+  const auto fresh = DDFileLogger::initWithLogFileManager(manager);
+  EXPECT_TRUE(refCast<DDLogFileFormatterDefault>(fresh->logFormatter()));
+}
+
+TEST_F(DDFileLoggerTest, NoFileIsMadeBeforeTheFirstMessage) {
+  settle();
+  EXPECT_TRUE(filesIn(folder.path()).empty());
+  sayNow("first");
+  EXPECT_EQ(filesIn(folder.path()).size(), 1U);
+}
+
+TEST_F(DDFileLoggerTest, EachMessageIsALine) {
+  say("one"), say("zwei – Zoë"), sayNow("three");
+  EXPECT_THAT(allLinesIn(folder.path()), ElementsAre("one", "zwei – Zoë", "three"));
+}
+
+TEST_F(DDFileLoggerTest, ALineFeedIsAddedOnlyWhereThereIsNone) {
+  say("ends in one\n"), say(""), say("\n"), say("two\nlines"), sayNow("last");
+  EXPECT_EQ(TemporaryFolder::read(currentPath()), "ends in one\n\n\ntwo\nlines\nlast\n");
+}
+
+TEST_F(DDFileLoggerTest, TheUsualLineBeginsWithTheTime) {
+  logger->setLogFormatter(make<DDLogFileFormatterDefault>());
+  for (int i = 0; i < 300; ++i) say("text");
+  sayNow("text");
+  const Strings lines = allLinesIn(folder.path());
+  EXPECT_EQ(lines.size(), 301U);
+  EXPECT_THAT(lines, Each(MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}:[0-9]{3}  text")));
+}
+
+class Dropping : public DDLogFormatter {
+  NK_OBJECT(Dropping, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    if (message.logMsg() == "drop") return std::nullopt;
+    return "<" + message.logMsg() + ">";
+  }
+};
+
+TEST_F(DDFileLoggerTest, AFormatterMayDropMessages) {
+  logger->setLogFormatter(make<Dropping>());
+  say("a"), say("drop"), sayNow("b");
+  EXPECT_THAT(allLinesIn(folder.path()), ElementsAre("<a>", "<b>"));
+}
+
+TEST_F(DDFileLoggerTest, AFormatterFindsEveryEarlierLineInTheFile) {
+  class Counting : public DDLogFormatter {
+   public:
+    explicit Counting(std::string path) : path_(std::move(path)) {}
+    std::optional<NSString> formatLogMessage(const DDLogMessage&) override {
+      return stringWithFormat("%d", static_cast<int>(linesOf(path_).size()));
+    }
+
+   private:
+    std::string path_;
+  };
+  sayNow("0");
+  logger->setLogFormatter(make<Counting>(currentPath()));
+  for (int i = 0; i < 50; ++i) say("text");
+  sayNow("text");
+  const Strings lines = allLinesIn(folder.path());
+  ASSERT_EQ(lines.size(), 52U);
+  for (std::size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i], std::to_string(i));
+}
+
+class Shouting : public DDFileLogger {
+  NK_OBJECT(Shouting, DDFileLogger)
+  explicit Shouting(Ref<DDLogFileManager> manager) : DDFileLogger(std::move(manager)) {}
+  void logMessage(const DDLogMessage& message) override {
+    ++calls;
+    DDFileLogger::logMessage(message);
+  }
+  int calls = 0;
+};
+
+TEST_F(DDFileLoggerTest, ASubclassGetsEveryMessageByItself) {
+  DDLog::removeAllLoggers();
+  const auto shouting = make<Shouting>(manager);
+  DDLog::addLogger(shouting);
+  for (int i = 0; i < 100; ++i) say("text");
+  sayNow("text");
+  EXPECT_EQ(shouting->calls, 101);
+  EXPECT_EQ(allLinesIn(folder.path()).size(), 101U);
+  clean();
+  dispatch_sync(shouting->loggerQueue(), [] {});
+}
+
+// Rolling by size
+
+TEST_F(DDFileLoggerTest, TheWriteThatReachesTheLimitRollsTheFile) {
+  logger->setMaximumFileSize(20);
+  say("123456789"), sayNow("12345678");  // 10 + 9 bytes
+  const std::string first = currentPath();
+  EXPECT_FALSE(isArchived(first));
+  sayNow("");  // 20 bytes
+  EXPECT_TRUE(isArchived(first));
+  EXPECT_THAT(manager->rolled(), ElementsAre(first));
+  EXPECT_THAT(manager->archived(), ElementsAre());
+  EXPECT_EQ(filesIn(folder.path()).size(), 1U);
+  sayNow("next");
+  EXPECT_EQ(TemporaryFolder::read(first), "123456789\n12345678\n\n");
+  EXPECT_NE(currentPath(), first);
+  EXPECT_EQ(TemporaryFolder::read(currentPath()), "next\n");
+  EXPECT_FALSE(isArchived(currentPath()));
+}
+
+TEST_F(DDFileLoggerTest, TheUsualLimitIsOneMebibyte) {
+  sayNow(std::string(1048574, 'x'));
+  const std::string first = currentPath();
+  EXPECT_EQ(fs::file_size(first), 1048575U);
+  EXPECT_FALSE(isArchived(first));
+  sayNow("");
+  EXPECT_EQ(fs::file_size(first), 1048576U);
+  EXPECT_TRUE(isArchived(first));
+}
+
+TEST_F(DDFileLoggerTest, ALimitOfZeroNeverRolls) {
+  logger->setMaximumFileSize(0);
+  sayNow(std::string(2000000, 'x'));
+  sayNow("more");
+  EXPECT_EQ(filesIn(folder.path()).size(), 1U);
+}
+
+TEST_F(DDFileLoggerTest, ManyLinesAtOnceAreSplitAtTheLimitAsIfTheyCameOneByOne) {
+  logger->setMaximumFileSize(100);
+  manager->setMaximumNumberOfLogFiles(0);
+  settle();
+  dispatch_sync(DDLog::loggingQueue(), [] {                              // so that they stand in the queue together
+    for (int i = 0; i < 95; ++i) say(stringWithFormat("line %04d", i));  // 10 bytes each
+  });
+  settle();
+  std::size_t full = 0;
+  Strings lines;
+  for (const std::string& path : filesIn(folder.path())) {
+    const std::size_t size = fs::file_size(path);
+    EXPECT_TRUE(size == 100 || size == 50) << size;
+    full += size == 100;
+    EXPECT_EQ(isArchived(path), size == 100);
+    const Strings some = linesOf(path);
+    EXPECT_TRUE(std::is_sorted(some.begin(), some.end()));
+    lines.insert(lines.end(), some.begin(), some.end());
+  }
+  EXPECT_EQ(full, 9U);
+  std::sort(lines.begin(), lines.end());
+  ASSERT_EQ(lines.size(), 95U);
+  EXPECT_EQ(std::unique(lines.begin(), lines.end()), lines.end());
+}
+
+TEST_F(DDFileLoggerTest, ALowerLimitAppliesToTheCurrentFileAtOnce) {
+  sayNow("some text");
+  const std::string first = currentPath();
+  logger->setMaximumFileSize(11);
+  EXPECT_EQ(logger->maximumFileSize(), 11U);
+  EXPECT_FALSE(isArchived(first));
+  logger->setMaximumFileSize(10);
+  EXPECT_EQ(logger->maximumFileSize(), 10U);
+  EXPECT_TRUE(isArchived(first));
+}
+
+TEST_F(DDFileLoggerTest, SettingALimitMakesNoFile) {
+  logger->setMaximumFileSize(1);
+  logger->setRollingFrequency(1);
+  settle();
+  EXPECT_TRUE(filesIn(folder.path()).empty());
+}
+
+// Rolling by age
+
+TEST_F(DDFileLoggerTest, AFileRollsWhenItIsOldEnoughAlsoWithoutMessages) {
+  sayNow("text");
+  const std::string first = currentPath();
+  logger->setRollingFrequency(0.05);
+  while (manager->rolled().empty()) std::this_thread::yield();
+  EXPECT_THAT(manager->rolled(), ElementsAre(first));
+  EXPECT_GE(DDLogFileInfo::logFileWithPath(first)->age(), 0.05);
+  EXPECT_TRUE(isArchived(first));
+}
+
+TEST_F(DDFileLoggerTest, AFileOfThePastRollsWhenTheFrequencyIsSet) {
+  sayNow("text");
+  const std::string first = currentPath();
+  while (DDLogFileInfo::logFileWithPath(first)->age() < 0.01) std::this_thread::yield();
+  logger->setRollingFrequency(0.01);
+  EXPECT_EQ(logger->rollingFrequency(), 0.01);
+  EXPECT_TRUE(isArchived(first));
+}
+
+TEST_F(DDFileLoggerTest, AFrequencyOfZeroOrLessNeverRolls) {
+  sayNow("text");
+  for (const double frequency : {0.0, -1.0}) {
+    logger->setRollingFrequency(frequency);
+    EXPECT_EQ(logger->rollingFrequency(), frequency);
+    sayNow("text");
+  }
+  EXPECT_THAT(manager->rolled(), ElementsAre());
+}
+
+TEST_F(DDFileLoggerTest, AnEndlessFrequencyNeverRolls) {
+  sayNow("text");
+  logger->setRollingFrequency(1e300);
+  EXPECT_EQ(logger->rollingFrequency(), 1e300);
+  sayNow("text");
+  EXPECT_THAT(manager->rolled(), ElementsAre());
+}
+
+TEST_F(DDFileLoggerTest, TheTimerDoesNotKeepItsLogger) {
+  sayNow("text");
+  const Weak<DDFileLogger> watched = logger;
+  const dispatch_queue_t queue = logger->loggerQueue();
+  DDLog::removeLogger(logger);
+  DDLog::flushLog();
+  logger = nullptr;
+  dispatch_sync(queue, [] {});
+  EXPECT_FALSE(watched.lock());
+}
+
+// Rolling on demand
+
+TEST_F(DDFileLoggerTest, RollingOnDemandArchivesTheCurrentFile) {
+  sayNow("before");
+  const std::string first = currentPath();
+  logger->rollLogFile();
+  settle();
+  EXPECT_TRUE(isArchived(first));
+  EXPECT_THAT(manager->rolled(), ElementsAre(first));
+  sayNow("after");
+  EXPECT_NE(currentPath(), first);
+  EXPECT_THAT(linesOf(currentPath()), ElementsAre("after"));
+}
+
+TEST_F(DDFileLoggerTest, RollingComesInItsTurnElsewhereAndAtOnceOnTheLoggersQueue) {
+  say("a");
+  logger->rollLogFile();
+  sayNow("b");
+  ASSERT_EQ(manager->rolled().size(), 1U);
+  EXPECT_THAT(linesOf(manager->rolled()[0]), ElementsAre("a"));
+  dispatch_sync(logger->loggerQueue(), [&] {
+    logger->rollLogFile();
+    EXPECT_EQ(manager->rolled().size(), 2U);
+  });
+}
+
+TEST_F(DDFileLoggerTest, RollingWithoutAnOpenFileDoesNothing) {
+  logger->rollLogFile();
+  settle();
+  EXPECT_THAT(manager->rolled(), ElementsAre());
+  EXPECT_TRUE(filesIn(folder.path()).empty());
+}
+
+TEST_F(DDFileLoggerTest, RemovingTheLoggerArchivesItsFile) {
+  sayNow("text");
+  const std::string path = currentPath();
+  DDLog::removeLogger(logger);
+  settle();
+  EXPECT_TRUE(isArchived(path));
+  EXPECT_THAT(manager->rolled(), ElementsAre(path));
+}
+
+// Which file is taken first
+
+TEST_F(DDFileLoggerTest, ALoggerThatGoesLeavesItsFileToTheNextOne) {
+  TemporaryFolder other;
+  const auto queue = dispatch_queue_create("test");
+  auto first = DDFileLogger::initWithLogFileManager(make<RecordingManager>(other.path()));
+  auto second = DDFileLogger::initWithLogFileManager(make<RecordingManager>(other.path()));
+  const auto message = DDLogMessage::initWithLogMsg("text", 31, 1, 0, "f", "g", 1, Value(), 0);
+  dispatch_sync(first->loggerQueue(), [&] { first->logMessage(*message); });
+  first = nullptr;
+  ASSERT_EQ(filesIn(other.path()).size(), 1U);
+  EXPECT_FALSE(isArchived(filesIn(other.path())[0]));
+  dispatch_sync(second->loggerQueue(), [&] { second->logMessage(*message); });
+  ASSERT_EQ(filesIn(other.path()).size(), 1U);
+  EXPECT_EQ(linesOf(filesIn(other.path())[0]).size(), 2U);
+}
+
+TEST_F(DDFileLoggerTest, AnArchivedNewestFileIsNotUsedAgain) {
+  const std::string old = folder.write("log-ABC123.txt", "old\n");
+  DDLogFileInfo::logFileWithPath(old)->setIsArchived(true);
+  sayNow("text");
+  EXPECT_NE(currentPath(), old);
+  EXPECT_EQ(TemporaryFolder::read(old), "old\n");
+  EXPECT_THAT(manager->archived(), ElementsAre());
+}
+
+TEST_F(DDFileLoggerTest, ATooLargeNewestFileIsArchived) {
+  const std::string old = folder.write("log-ABC123.txt", "0123456789");
+  logger->setMaximumFileSize(10);
+  sayNow("text");
+  EXPECT_NE(currentPath(), old);
+  EXPECT_TRUE(isArchived(old));
+  EXPECT_THAT(manager->archived(), ElementsAre(old));
+  EXPECT_THAT(manager->rolled(), ElementsAre());
+}
+
+TEST_F(DDFileLoggerTest, ANewestFileJustBelowTheLimitIsUsed) {
+  const std::string old = folder.write("log-ABC123.txt", "012345678");
+  logger->setMaximumFileSize(10);
+  sayNow("text");
+  EXPECT_EQ(TemporaryFolder::read(old), "012345678text\n");
+}
+
+TEST_F(DDFileLoggerTest, ATooOldNewestFileIsArchived) {
+  const kernel::WithoutBirthTimes byModification;
+  const std::string old = folder.write("log-ABC123.txt", "old\n");
+  const std::timespec times[2] = {{1600000000, 0}, {1600000000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, old.c_str(), times, 0), 0);
+  sayNow("text");
+  EXPECT_NE(currentPath(), old);
+  EXPECT_TRUE(isArchived(old));
+  EXPECT_THAT(manager->archived(), ElementsAre(old));
+}
+
+// What others do to the file
+
+TEST_F(DDFileLoggerTest, SeveralLoggersMayShareAFileAndLoseNothing) {
+  constexpr int each = 500;
+  sayNow("first");
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&] {
+      const auto other = DDFileLogger::initWithLogFileManager(make<RecordingManager>(folder.path()));
+      const auto message = DDLogMessage::initWithLogMsg("shared line", 31, 1, 0, "f", "g", 1, Value(), 0);
+      for (int i = 0; i < each; ++i) dispatch_sync(other->loggerQueue(), [&] { other->logMessage(*message); });
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  const Strings lines = allLinesIn(folder.path());
+  EXPECT_EQ(lines.size(), 1501U);
+  EXPECT_EQ(
+      std::count_if(lines.begin(), lines.end(), [](const std::string& line) { return line.ends_with("shared line"); }),
+      1500);
+}
+
+TEST_F(DDFileLoggerTest, ADeletedFileIsNoticedWithinAThousandLines) {
+  sayNow("first");
+  fs::remove(currentPath());
+  for (int i = 0; i < 1000; ++i) sayNow("lost at worst");
+  sayNow("here");
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  EXPECT_EQ(allLinesIn(folder.path()).back(), "here");
+  EXPECT_THAT(manager->rolled(), ElementsAre());
+}
+
+TEST_F(DDFileLoggerTest, AMovedFileIsNoticedWithinASecond) {
+  sayNow("first");
+  const std::string path = currentPath();
+  fs::rename(path, folder.path("moved.txt"));
+  const auto begin = std::chrono::steady_clock::now();
+  while (std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(1000)) std::this_thread::yield();
+  sayNow("here");
+  EXPECT_NE(currentPath(), path);
+  EXPECT_THAT(linesOf(currentPath()), ElementsAre("here"));
+  EXPECT_THAT(linesOf(folder.path("moved.txt")), ElementsAre("first"));
+}
+
+TEST_F(DDFileLoggerTest, ADeletedFolderIsMadeAgain) {
+  sayNow("first");
+  fs::remove_all(folder.path());
+  for (int i = 0; i < 1000; ++i) sayNow("lost at worst");
+  sayNow("here");
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  EXPECT_EQ(allLinesIn(folder.path()).back(), "here");
+}
+
+TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
+  sayNow("first");
+  const std::string path = currentPath();
+  fs::rename(path, folder.path("moved.txt"));
+  folder.write(fs::path(path).filename().string(), "");
+  for (int i = 0; i < 1000; ++i) sayNow("somewhere");
+  sayNow("here");
+  EXPECT_EQ(linesOf(path).back(), "here");
+}
+
+// What the system refuses
+
+TEST_F(DDFileLoggerTest, TenExceptionsAreReportedAndNoMore) {
+  RUN_IN_CHILD({
+    const SystemLogCapture console;
+    sayNow("fits");
+    const rlimit limit{8, 8};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    for (int i = 0; i < 15; ++i) sayNow("does not fit");
+    const Strings lines = console.lines();
+    ASSERT_EQ(lines.size(), 11U);
+    for (std::size_t i = 0; i < 10; ++i)
+      EXPECT_THAT(lines[i], StartsWith("DDFileLogger.logMessage: NSFileHandle")) << i;
+    EXPECT_EQ(lines[10], "DDFileLogger.logMessage: Too many exceptions -- will not log any more of them.");
+  });
+}
+
+TEST_F(DDFileLoggerTest, LinesThatFailTogetherAreReportedOneByOne) {
+  RUN_IN_CHILD({
+    const SystemLogCapture console;
+    sayNow("fits");
+    const rlimit limit{8, 8};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    dispatch_sync(DDLog::loggingQueue(), [] {
+      for (int i = 0; i < 4; ++i) say("does not fit");
+    });
+    settle();
+    EXPECT_EQ(console.lines().size(), 4U);
+  });
+}
+
+TEST_F(DDFileLoggerTest, OtherExceptionsPassAndEndTheProcess) {
+  struct Failing : RecordingManager {
+    using RecordingManager::RecordingManager;
+    NSString createNewLogFile() override { throw std::runtime_error("not an NSException"); }
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        DDLog::addLogger(DDFileLogger::initWithLogFileManager(make<Failing>(folder.path("other"))));
+        sayNow("text");
+      },
+      ::testing::KilledBySignal(SIGABRT), "not an NSException");
+}
+
+TEST_F(DDFileLoggerTest, AFullDiskLosesLinesAndWritingGoesOnWhenThereIsRoom) {
+  RUN_IN_CHILD({
+    const PrivateMount tmpfs("tmpfs", "size=64k");
+    if (!tmpfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: a full disk is not tested"));
+    clean();
+    const SystemLogCapture console;
+    const auto full = DDFileLogger::initWithLogFileManager(make<RecordingManager>(tmpfs.folder().path("logs")));
+    full->setLogFormatter(nullptr);
+    DDLog::addLogger(full);
+    const std::string ballast = tmpfs.folder().write("ballast", std::string(32768, 'x'));
+    for (int i = 0; i < 100; ++i) sayNow(std::string(1000, 'y'));
+    EXPECT_EQ(console.lines().size(), 11U);
+    EXPECT_THAT(console.lines()[0], ::testing::HasSubstr("No space left on device"));
+    fs::remove(ballast);
+    sayNow("room again");
+    EXPECT_THAT(allLinesIn(tmpfs.folder().path("logs")).back(), ::testing::EndsWith("room again"));
+  });
+}
+
+TEST_F(DDFileLoggerTest, AReadOnlyFolderLosesLinesAndWritingGoesOnWhenItIsWritable) {
+  RUN_IN_CHILD({
+    const PrivateMount tmpfs("tmpfs", "size=1m");
+    if (!tmpfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: a read-only folder is not tested"));
+    clean();
+    if (!tmpfs.makeReadOnly()) return static_cast<void>(std::puts("not allowed to remount"));
+    const std::string logs = tmpfs.folder().path();
+    const auto refused = DDFileLogger::initWithLogFileManager(make<RecordingManager>(logs));
+    refused->setLogFormatter(nullptr);
+    DDLog::addLogger(refused);
+    sayNow("lost");
+    EXPECT_TRUE(filesIn(logs).empty());
+    ASSERT_EQ(mount("none", logs.c_str(), nullptr, MS_REMOUNT, nullptr), 0);
+    for (int i = 0; i < 1000; ++i) sayNow("lost at worst");
+    sayNow("here");
+    ASSERT_EQ(filesIn(logs).size(), 1U);
+    EXPECT_EQ(allLinesIn(logs).back(), "here");
+  });
+}
+
+TEST_F(DDFileLoggerTest, WorksOnAFileSystemWithoutAttributesAndBirthTimes) {
+  RUN_IN_CHILD({
+    const PrivateMount ramfs("ramfs");
+    if (!ramfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: ramfs is not tested"));
+    clean();
+    const std::string logs = ramfs.folder().path("logs");
+    const auto other = DDFileLogger::initWithLogFileManager(make<RecordingManager>(logs));
+    other->setLogFormatter(nullptr);
+    other->setMaximumFileSize(10);
+    other->logFileManager()->setMaximumNumberOfLogFiles(2);
+    DDLog::addLogger(other);
+    for (int i = 0; i < 8; ++i) sayNow("0123456789");
+    EXPECT_EQ(filesIn(logs).size(), 3U);
+    for (const std::string& path : filesIn(logs)) EXPECT_TRUE(isArchived(path));
+  });
+}
+
+TEST_F(DDFileLoggerTest, TheLoggersOwnFileSurvivesCleanUp) {
+  manager->setMaximumNumberOfLogFiles(1);
+  logger->setMaximumFileSize(5);
+  settle();
+  for (int i = 0; i < 8; ++i) {
+    sayNow("12");
+    ASSERT_TRUE(fs::exists(currentPath()));
+    sayNow("34");
+  }
+  EXPECT_EQ(manager->rolled().size(), 8U);
+  EXPECT_EQ(filesIn(folder.path()).size(), 2U);
+}
+
+}  // namespace
+}  // namespace norvik

@@ -1,0 +1,48 @@
+#include "NorvikCore/logging/DDLogFileFormatterDefault.h"
+
+#include "NorvikCore/platform/runtime/Format.h"
+#include "tests/support/InChild.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+namespace norvik {
+namespace {
+
+Ref<DDLogMessage> message(const NSString& text) {
+  return DDLogMessage::initWithLogMsg(text, 31, 1, 0, "f", "g", 1, Value(), 0);
+}
+
+TEST(DDLogFileFormatterDefault, ALineIsTheTimeTwoBlanksAndTheText) {
+  const auto made = message("40 payslips written");
+  const std::string line = make<DDLogFileFormatterDefault>()->formatLogMessage(*made)->str();
+  const std::time_t seconds = static_cast<std::time_t>(made->timestamp().timeIntervalSince1970());
+  std::tm fields{};
+  localtime_r(&seconds, &fields);
+  char expected[32];
+  ASSERT_EQ(std::strftime(expected, sizeof expected, "%Y/%m/%d %H:%M:%S:", &fields), 20U);
+  EXPECT_EQ(line.substr(0, 20), expected);
+  EXPECT_EQ(line.substr(23), "  40 payslips written");
+}
+
+TEST(DDLogFileFormatterDefault, AppendingGivesTheSameLine) {
+  const auto formatter = make<DDLogFileFormatterDefault>();
+  for (const NSString& text : {NSString("text"), NSString("Zoë"), NSString("")}) {
+    const auto made = message(text);
+    std::string appended = "before ";
+    formatter->appendLogMessage(appended, *made);
+    EXPECT_EQ(appended, "before " + formatter->formatLogMessage(*made)->str());
+  }
+}
+
+TEST(DDLogFileFormatterDefault, ALoneHalfOfACharacterIsWrittenAsItsReplacement) {
+  std::string line;
+  make<DDLogFileFormatterDefault>()->appendLogMessage(line, *message(NSString("😀").substringToIndex(1)));
+  EXPECT_EQ(line.substr(23), "  \uFFFD");
+}
+
+}  // namespace
+}  // namespace norvik

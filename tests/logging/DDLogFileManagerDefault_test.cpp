@@ -1,0 +1,273 @@
+#include "NorvikCore/logging/DDLogFileManagerDefault.h"
+
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "tests/support/InChild.h"
+#include "tests/support/LogFolder.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace norvik {
+namespace {
+
+using test::filesIn;
+using test::TemporaryFolder;
+using ::testing::ElementsAre;
+using ::testing::MatchesRegex;
+using ::testing::UnorderedElementsAre;
+
+Ref<DDLogFileManagerDefault> managerFor(const TemporaryFolder& folder) {
+  return DDLogFileManagerDefault::initWithLogsDirectory(folder.path());
+}
+
+/// Makes a log file which, where birth times do not count, was created in the given second since 1970.
+std::string makeFile(const TemporaryFolder& folder, const std::string& name, std::time_t created, bool archived) {
+  const std::string path = folder.write(name, "text");
+  DDLogFileInfo::logFileWithPath(path)->setIsArchived(archived);
+  const std::timespec times[2] = {{created, 0}, {created, 0}};
+  EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  return path;
+}
+
+std::vector<std::string> text(const std::vector<NSString>& strings) {
+  std::vector<std::string> result;
+  for (const NSString& string : strings) result.push_back(string.str());
+  return result;
+}
+
+TEST(DDLogFileManagerDefault, HeaderExample) {
+  const TemporaryFolder folder;
+  auto manager = DDLogFileManagerDefault::initWithLogsDirectory(folder.path());
+  manager->setMaximumNumberOfLogFiles(7);
+  EXPECT_EQ(manager->maximumNumberOfLogFiles(), 7U);
+  EXPECT_TRUE(manager->sortedLogFilePaths().empty());
+}
+
+TEST(DDLogFileManagerDefault, KeepsFiveFilesUnlessItIsTold) {
+  EXPECT_EQ(make<DDLogFileManagerDefault>(NSString("/tmp"))->maximumNumberOfLogFiles(), 5U);
+}
+
+TEST(DDLogFileManagerDefault, AFileIsALogFileByTheBeginningOfItsName) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  const struct {
+    const char* name;
+    bool isLogFile;
+  } rows[] = {
+      {"log-ABC123.txt", true},   {"log-ABC123", true},      {"log-000000", true},      {"log-FFFFFF.txt.bak", true},
+      {"log-ABC1234.txt", true},  {"log-12ab34.txt", false}, {"log-ABC12", false},      {"log-ABC12.txt", false},
+      {"log-ABC12G.txt", false},  {"Log-ABC123.txt", false}, {"log_ABC123.txt", false}, {"", false},
+      {" log-ABC123.txt", false},
+  };
+  for (const auto& row : rows) EXPECT_EQ(manager->isLogFile(row.name), row.isLogFile) << row.name;
+}
+
+TEST(DDLogFileManagerDefault, ListsTheLogFilesOfItsFolder) {
+  const TemporaryFolder folder;
+  for (const char* name : {"log-ABC123.txt", "log-ABC124", "other.txt", "log-12ab34.txt"}) folder.write(name);
+  const auto manager = managerFor(folder);
+  EXPECT_THAT(text(manager->unsortedLogFileNames()), UnorderedElementsAre("log-ABC123.txt", "log-ABC124"));
+  EXPECT_THAT(text(manager->unsortedLogFilePaths()),
+              UnorderedElementsAre(folder.path("log-ABC123.txt"), folder.path("log-ABC124")));
+  EXPECT_EQ(manager->unsortedLogFileInfos().size(), 2U);
+}
+
+TEST(DDLogFileManagerDefault, SortsTheNewestFirst) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  makeFile(folder, "log-000002.txt", 1600000002, true);
+  makeFile(folder, "log-000003.txt", 1600000003, true);
+  makeFile(folder, "log-000001.txt", 1600000001, true);
+  const auto manager = managerFor(folder);
+  EXPECT_THAT(text(manager->sortedLogFileNames()), ElementsAre("log-000003.txt", "log-000002.txt", "log-000001.txt"));
+  EXPECT_THAT(text(manager->sortedLogFilePaths()),
+              ElementsAre(folder.path("log-000003.txt"), folder.path("log-000002.txt"), folder.path("log-000001.txt")));
+  ASSERT_EQ(manager->sortedLogFileInfos().size(), 3U);
+  EXPECT_EQ(manager->sortedLogFileInfos()[0]->fileName(), "log-000003.txt");
+}
+
+TEST(DDLogFileManagerDefault, OfFilesThatShareACreationDateTheOneInUseComesFirst) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  makeFile(folder, "log-000001.txt", 1600000000, true);
+  makeFile(folder, "log-000002.txt", 1600000000, false);
+  makeFile(folder, "log-000003.txt", 1600000000, true);
+  EXPECT_EQ(managerFor(folder)->sortedLogFileNames().front(), "log-000002.txt");
+}
+
+TEST(DDLogFileManagerDefault, ANewFileIsEmptyAndHasANewName) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  const std::string path = manager->createNewLogFile().str();
+  EXPECT_THAT(path.substr(folder.path().size()), MatchesRegex("/log-[0-9A-F]{6}\\.txt"));
+  EXPECT_EQ(TemporaryFolder::read(path), "");
+  EXPECT_NE(manager->createNewLogFile(), path);
+}
+
+class SameNames : public DDLogFileManagerDefault {
+  NK_OBJECT(SameNames, DDLogFileManagerDefault)
+  explicit SameNames(NSString folder) : DDLogFileManagerDefault(std::move(folder)) {}
+  NSString generateShortUUID() const override { return ++calls_ < 4 ? "ABC123" : "ABC124"; }
+
+ private:
+  mutable int calls_ = 0;
+};
+
+TEST(DDLogFileManagerDefault, ANameThatIsTakenIsNotUsedAgain) {
+  const TemporaryFolder folder;
+  folder.write("log-ABC123.txt", "older text");
+  EXPECT_EQ(make<SameNames>(NSString(folder.path()))->createNewLogFile(), folder.path("log-ABC124.txt"));
+  EXPECT_EQ(TemporaryFolder::read(folder.path("log-ABC123.txt")), "older text");
+}
+
+TEST(DDLogFileManagerDefault, ShortIdentifiersAreSixHexadecimalDigitsThatDiffer) {
+  const auto manager = DDLogFileManagerDefault::initWithLogsDirectory("/tmp");
+  std::set<std::string> seen;
+  for (int i = 0; i < 20; ++i) {
+    const std::string identifier = manager->generateShortUUID().str();
+    EXPECT_THAT(identifier, MatchesRegex("[0-9A-F]{6}"));
+    seen.insert(identifier);
+  }
+  EXPECT_GT(seen.size(), 15U);
+}
+
+TEST(DDLogFileManagerDefault, ANewFileMakesTheOldestArchivedOnesGo) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  for (int i = 1; i <= 7; ++i) {
+    makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000 + i, true);
+  }
+  const auto manager = managerFor(folder);
+  const std::string current = manager->createNewLogFile().str();
+  EXPECT_THAT(filesIn(folder.path()),
+              UnorderedElementsAre(current, folder.path("log-000007.txt"), folder.path("log-000006.txt"),
+                                   folder.path("log-000005.txt"), folder.path("log-000004.txt"),
+                                   folder.path("log-000003.txt")));
+}
+
+TEST(DDLogFileManagerDefault, WhereTheNewestIsArchivedItCounts) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  for (int i = 1; i <= 7; ++i) {
+    makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000 + i, true);
+  }
+  managerFor(folder)->deleteOldLogFiles();
+  EXPECT_THAT(filesIn(folder.path()), UnorderedElementsAre(folder.path("log-000007.txt"), folder.path("log-000006.txt"),
+                                                           folder.path("log-000005.txt"), folder.path("log-000004.txt"),
+                                                           folder.path("log-000003.txt")));
+}
+
+TEST(DDLogFileManagerDefault, FilesMadeInOneMomentNeverCostTheOneInUse) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(2);
+  for (int i = 0; i < 8; ++i) {
+    const std::string current = manager->createNewLogFile().str();
+    ASSERT_TRUE(std::filesystem::exists(current));
+    manager->deleteOldLogFiles();
+    ASSERT_TRUE(std::filesystem::exists(current));
+    DDLogFileInfo::logFileWithPath(current)->setIsArchived(true);
+  }
+  EXPECT_LE(filesIn(folder.path()).size(), 3U);
+}
+
+TEST(DDLogFileManagerDefault, ALimitOfZeroKeepsEverything) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(0);
+  for (int i = 0; i < 8; ++i) {
+    DDLogFileInfo::logFileWithPath(manager->createNewLogFile())->setIsArchived(true);
+  }
+  manager->deleteOldLogFiles();
+  DDLog::flushLog();
+  EXPECT_EQ(filesIn(folder.path()).size(), 8U);
+}
+
+TEST(DDLogFileManagerDefault, ALowerLimitRemovesFilesOnTheLoggingQueue) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  for (int i = 1; i <= 4; ++i) {
+    makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000 + i, true);
+  }
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(2);
+  DDLog::flushLog();
+  EXPECT_THAT(filesIn(folder.path()),
+              UnorderedElementsAre(folder.path("log-000004.txt"), folder.path("log-000003.txt")));
+}
+
+class CountingManager : public DDLogFileManagerDefault {
+  NK_OBJECT(CountingManager, DDLogFileManagerDefault)
+  explicit CountingManager(NSString folder) : DDLogFileManagerDefault(std::move(folder)) {}
+  void deleteOldLogFiles() override {
+    wasOnLoggingQueue = dispatch_get_specific(GlobalLoggingQueueIdentityKey) != nullptr;
+    ++deletions;
+  }
+  std::atomic<int> deletions = 0;
+  std::atomic<bool> wasOnLoggingQueue = false;
+};
+
+TEST(DDLogFileManagerDefault, OnlyAChangeOfTheLimitRemovesFiles) {
+  const TemporaryFolder folder;
+  const auto manager = make<CountingManager>(NSString(folder.path()));
+  manager->setMaximumNumberOfLogFiles(5);
+  DDLog::flushLog();
+  EXPECT_EQ(manager->deletions, 0);
+  manager->setMaximumNumberOfLogFiles(4);
+  DDLog::flushLog();
+  EXPECT_EQ(manager->deletions, 1);
+  EXPECT_TRUE(manager->wasOnLoggingQueue);
+  manager->setValue_forKey(3, "maximumNumberOfLogFiles");
+  DDLog::flushLog();
+  EXPECT_EQ(manager->deletions, 2);
+  EXPECT_EQ(manager->maximumNumberOfLogFiles(), 3U);
+}
+
+TEST(DDLogFileManagerDefault, MakesItsFolderWhereItIsMissing) {
+  const TemporaryFolder folder;
+  const auto manager = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("a/b/c"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path("a")));
+  EXPECT_EQ(manager->logsDirectory(), folder.path("a/b/c"));
+  EXPECT_TRUE(std::filesystem::is_directory(folder.path("a/b/c")));
+}
+
+TEST(DDLogFileManagerDefault, AFolderThatCannotBeMadeIsReported) {
+  const TemporaryFolder folder;
+  folder.write("file");
+  const kernel::SystemLogCapture console;
+  const auto manager = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("file/logs"));
+  EXPECT_EQ(manager->logsDirectory(), folder.path("file/logs"));
+  ASSERT_EQ(console.lines().size(), 1U);
+  EXPECT_THAT(console.lines()[0], ::testing::StartsWith("DDFileLogManagerDefault: Error creating logsDirectory: "));
+  EXPECT_THAT(console.lines()[0], ::testing::HasSubstr(folder.path("file")));
+  EXPECT_TRUE(manager->unsortedLogFilePaths().empty());
+}
+
+TEST(DDLogFileManagerDefault, TheDefaultFolderIsTheProcesssOwnInTheUsersLibrary) {
+  RUN_IN_CHILD({
+    setenv("XDG_DATA_HOME", "/tmp/library-of-the-user", 1);
+    EXPECT_EQ(make<DDLogFileManagerDefault>()->defaultLogsDirectory(),
+              "/tmp/library-of-the-user/Logs/" + kernel::processName());
+  });
+}
+
+TEST(DDLogFileManagerDefault, GoesWhenNobodyKeepsIt) {
+  const TemporaryFolder folder;
+  auto manager = managerFor(folder);
+  const Weak<DDLogFileManagerDefault> watched = manager;
+  manager = nullptr;
+  EXPECT_FALSE(watched.lock());
+}
+
+}  // namespace
+}  // namespace norvik
