@@ -1,0 +1,153 @@
+// benchmarks/platform/dispatch/Queue_benchmark.cpp - posting to a serial queue and running there, beside an asio strand
+// on a pool of two threads.
+//
+#include "NorvikCore/platform/dispatch/Queue.h"
+
+#include <benchmark/benchmark.h>
+#include <time.h>
+
+#include <algorithm>
+#include <boost/asio/dispatch.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/strand.hpp>
+#include <boost/asio/thread_pool.hpp>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace norvik;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kTasks = 400'000;
+
+void require(bool right, const char* what) {
+  if (right) return;
+  std::fprintf(stderr, "wrong answer: %s\n", what);
+  std::exit(1);
+}
+
+/// Calls `post` kTasks times, from that many threads.
+template <class Post>
+void produce(int producers, const Post& post) {
+  const auto run = [&] {
+    for (int i = 0; i < kTasks / producers; ++i) post();
+  };
+  if (producers == 1) return run();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < producers; ++i) threads.emplace_back(run);
+  for (auto& thread : threads) thread.join();
+}
+
+void postOurs(benchmark::State& state) {
+  auto queue = dispatch_queue_create("benchmark");
+  for (auto _ : state) {
+    long count = 0;
+    produce(static_cast<int>(state.range(0)), [&] { dispatch_async(queue, [&count] { ++count; }); });
+    require(dispatch_sync(queue, [&] { return count; }) == kTasks, "every task runs once");
+  }
+  state.SetItemsProcessed(state.iterations() * kTasks);
+}
+
+void postAsio(benchmark::State& state) {
+  boost::asio::thread_pool pool(2);
+  auto strand = boost::asio::make_strand(pool.get_executor());
+  for (auto _ : state) {
+    long count = 0;
+    std::promise<long> all;
+    produce(static_cast<int>(state.range(0)), [&] { boost::asio::post(strand, [&count] { ++count; }); });
+    boost::asio::post(strand, [&] { all.set_value(count); });
+    require(all.get_future().get() == kTasks, "every task runs once");
+  }
+  state.SetItemsProcessed(state.iterations() * kTasks);
+}
+
+void syncOurs(benchmark::State& state) {
+  auto queue = dispatch_queue_create("benchmark");
+  long count = 0;
+  for (auto _ : state) dispatch_sync(queue, [&count] { ++count; });
+  require(count == static_cast<long>(state.iterations()), "every task runs once");
+}
+
+/// The strand's own thread: asio runs a task in place only there.
+void syncAsio(benchmark::State& state) {
+  boost::asio::thread_pool pool(2);
+  auto strand = boost::asio::make_strand(pool.get_executor());
+  long count = 0;
+  std::promise<void> done;
+  boost::asio::post(strand, [&] {
+    for (auto _ : state) boost::asio::dispatch(strand, [&count] { ++count; });
+    done.set_value();
+  });
+  done.get_future().wait();
+  require(count == static_cast<long>(state.iterations()), "every task runs once");
+}
+
+/// What one call costs its caller when it comes every 200 microseconds: median and 99th percentile in nanoseconds.
+template <class Post>
+void pacedCalls(benchmark::State& state, const Post& post) {
+  std::vector<double> costs;
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    post();
+    const auto end = Clock::now();
+    costs.push_back(std::chrono::duration<double, std::nano>(end - start).count());
+    state.SetIterationTime(std::chrono::duration<double>(end - start).count());
+    while (Clock::now() - end < std::chrono::microseconds(200)) {
+    }
+  }
+  std::sort(costs.begin(), costs.end());
+  state.counters["p50"] = costs[costs.size() / 2];
+  state.counters["p99"] = costs[costs.size() * 99 / 100];
+}
+
+void pacedOurs(benchmark::State& state) {
+  auto queue = dispatch_queue_create("benchmark");
+  long count = 0;
+  pacedCalls(state, [&] { dispatch_async_relaxed(queue, [&count] { ++count; }); });
+  require(dispatch_sync(queue, [&] { return count; }) == static_cast<long>(state.iterations()), "every task runs once");
+}
+
+void pacedAsio(benchmark::State& state) {
+  boost::asio::thread_pool pool(2);
+  auto strand = boost::asio::make_strand(pool.get_executor());
+  long count = 0;
+  pacedCalls(state, [&] { boost::asio::post(strand, [&count] { ++count; }); });
+  pool.join();
+  require(count == static_cast<long>(state.iterations()), "every task runs once");
+}
+
+double processorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// What an idle process uses after its last task, in percent of a processor.
+void idleOurs(benchmark::State& state) {
+  for (auto _ : state) {
+    dispatch_async(dispatch_get_global_queue(), [] {});
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    const double before = processorTime();
+    const auto start = Clock::now();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    const double wall = std::chrono::duration<double>(Clock::now() - start).count();
+    state.counters["percent"] = 100 * (processorTime() - before) / wall;
+  }
+}
+
+BENCHMARK(postOurs)->Name("queue_post/ours")->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(postAsio)->Name("queue_post/asio")->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(syncOurs)->Name("queue_sync_idle/ours");
+BENCHMARK(syncAsio)->Name("queue_sync_idle/asio")->UseRealTime();
+BENCHMARK(pacedOurs)->Name("queue_post_every_200us/ours")->UseManualTime()->Iterations(3000);
+BENCHMARK(pacedAsio)->Name("queue_post_every_200us/asio")->UseManualTime()->Iterations(3000);
+BENCHMARK(idleOurs)->Name("queue_idle/ours")->UseRealTime()->Iterations(1);
+
+}  // namespace
+
+BENCHMARK_MAIN();
