@@ -45,6 +45,18 @@ icu::UnicodeString icuString(const NSString& text) {
   return {units.data(), static_cast<std::int32_t>(units.size())};
 }
 
+bool LocaleData::writesAsciiDigits() const {
+  int known = asciiDigits_.load(std::memory_order_relaxed);
+  if (known < 0) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::DecimalFormatSymbols symbols(locale, status);
+    const auto& zero = symbols.getConstSymbol(icu::DecimalFormatSymbols::kZeroDigitSymbol);
+    known = U_SUCCESS(status) && zero == icu::UnicodeString(u'0');
+    asciiDigits_.store(known, std::memory_order_relaxed);
+  }
+  return known != 0;
+}
+
 std::string localeIdentifierFromEnvironment(const char* all, const char* time, const char* language) {
   for (const char* value : {all, time, language}) {
     if (!value || !*value) continue;
@@ -174,7 +186,7 @@ constexpr struct {
 }  // namespace
 
 NSLocale::NSLocale(const NSString& identifier)
-    : data_(new detail::LocaleData{icu::Locale::createCanonical(identifier.str().c_str())}),
+    : data_(new detail::LocaleData(icu::Locale::createCanonical(identifier.str().c_str()))),
       identifier_(data_->locale.getName()) {}
 
 NSLocale::~NSLocale() = default;

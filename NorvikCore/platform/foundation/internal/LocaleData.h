@@ -8,12 +8,22 @@
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
+#include <atomic>
 #include <string>
+#include <utility>
 
 namespace norvik::detail {
 
 struct LocaleData {
-  icu::Locale locale;
+  explicit LocaleData(icu::Locale of) : locale(std::move(of)) {}
+
+  /// Numbers are written with the digits 0 to 9. Found out on first use; any thread.
+  [[nodiscard]] bool writesAsciiDigits() const;
+
+  const icu::Locale locale;
+
+ private:
+  mutable std::atomic<int> asciiDigits_{-1};  // not known yet
 };
 
 [[nodiscard]] inline const icu::Locale& icuLocale(const NSLocale& locale) { return locale.data().locale; }

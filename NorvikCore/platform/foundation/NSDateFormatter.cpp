@@ -1,0 +1,277 @@
+#include "NorvikCore/platform/foundation/NSDateFormatter.h"
+
+#include "NorvikCore/platform/foundation/internal/LocaleData.h"
+#include "NorvikCore/platform/foundation/internal/NumericDatePattern.h"
+#include "NorvikCore/platform/foundation/internal/ZoneRules.h"
+#include "NorvikCore/platform/values/CivilDate.h"
+
+#include <unicode/gregocal.h>
+#include <unicode/simpletz.h>
+#include <unicode/smpdtfmt.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace norvik {
+namespace {
+
+constexpr std::int64_t referenceDateSince1970 = 978'307'200;
+constexpr std::int64_t lastIcuSecond = 183'800'000'000'000;  // from 1970, in the year 5,826,359
+
+icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style) {
+  switch (style) {
+    case NSDateFormatterShortStyle:
+      return icu::DateFormat::kShort;
+    case NSDateFormatterMediumStyle:
+      return icu::DateFormat::kMedium;
+    case NSDateFormatterLongStyle:
+      return icu::DateFormat::kLong;
+    case NSDateFormatterFullStyle:
+      return icu::DateFormat::kFull;
+    case NSDateFormatterNoStyle:
+      break;
+  }
+  return icu::DateFormat::kNone;
+}
+
+NSString patternOfStyles(NSDateFormatterStyle dateStyle, NSDateFormatterStyle timeStyle, const NSLocale& locale) {
+  if (dateStyle == NSDateFormatterNoStyle && timeStyle == NSDateFormatterNoStyle) return "";
+  const std::unique_ptr<icu::DateFormat> format(
+      icu::DateFormat::createDateTimeInstance(icuStyle(dateStyle), icuStyle(timeStyle), detail::icuLocale(locale)));
+  icu::UnicodeString pattern;
+  if (const auto* simple = dynamic_cast<const icu::SimpleDateFormat*>(format.get())) simple->toPattern(pattern);
+  return detail::stringFromIcu(pattern);
+}
+
+/// The pattern shows a zone by its name, for which ICU must know the zone and not only its offset.
+bool namesZone(std::string_view pattern) {
+  bool isQuoted = false;
+  for (const char c : pattern) {
+    if (c == '\'') isQuoted = !isQuoted;
+    if (!isQuoted && (c == 'z' || c == 'v' || c == 'V')) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+/// What the settings come to: a compiled pattern where it has digits only, ICU's formatter for everything else.
+struct NSDateFormatter::Engine {
+  explicit Engine(const NSDateFormatter& settings)
+      : pattern(settings.pattern_),
+        locale(settings.locale_),
+        zone(settings.timeZone_),
+        calendar(settings.calendar_),
+        isLenient(settings.lenient_),
+        namesItsZone(namesZone(pattern.view())) {
+    numeric = detail::NumericDatePattern::compile(pattern.view());
+    if (numeric && !locale->data().writesAsciiDigits()) numeric.reset();
+    if (numeric && numeric->needsWeek()) {
+      const Ref<NSCalendar> week = settings.calendar();
+      numericFields.firstWeekday = static_cast<std::int32_t>(week->firstWeekday());
+      numericFields.minimumDays = static_cast<std::int32_t>(week->minimumDaysInFirstWeek());
+    }
+  }
+
+  NSString string(Date date) {
+    const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
+    const std::int64_t seconds = detail::wholeSeconds(date);
+    // A double of seconds falls a little short of most thousandths, the more the farther from 2001 it is.
+    const double shortfall = 0.001 + std::fabs(instant) * 3e-13;
+    const auto millisecond =
+        std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
+    if (seconds < span.from || seconds >= span.until || !span.type) enterSpan(seconds);
+    if (numeric) {
+      const std::int64_t local = seconds + span.type->offset;
+      numericFields.day = detail::floorDivide(local, detail::secondsPerDay);
+      numericFields.secondOfDay = static_cast<std::int32_t>(local - numericFields.day * detail::secondsPerDay);
+      numericFields.millisecond = millisecond;
+      numericFields.offset = span.type->offset;
+      char text[detail::NumericDatePattern::maximalLength];
+      const std::size_t length = numeric->write(text, numericFields);
+      if (length > 0) [[likely]]
+        return std::string_view(text, length);
+    }
+    const std::int64_t since1970 = detail::clamped(seconds + referenceDateSince1970, lastIcuSecond);
+    return icuText(static_cast<double>(since1970) * 1000 + millisecond);
+  }
+
+  std::optional<Date> date(const NSString& text) {
+    icu::SimpleDateFormat& format = icuFormat();
+    const icu::UnicodeString units = detail::icuString(text);
+    const std::unique_ptr<icu::Calendar> fields(format.getCalendar()->clone());
+    const icu::UnicodeString noZone(u"none in the text");
+    fields->adoptTimeZone(new icu::SimpleTimeZone(0, noZone));
+    fields->clear();
+    fields->set(2000, UCAL_JANUARY, 1);
+    icu::ParsePosition end(0);
+    format.parse(units, *fields, end);
+    if (end.getErrorIndex() >= 0 || end.getIndex() != units.length()) return std::nullopt;
+    icu::UnicodeString zoneName;
+    const bool hasZone = fields->isSet(UCAL_ZONE_OFFSET) || fields->getTimeZone().getID(zoneName) != noZone;
+    UErrorCode status = U_ZERO_ERROR;
+    const double milliseconds = fields->getTime(status);
+    if (U_FAILURE(status)) return std::nullopt;
+    const auto seconds = static_cast<std::int64_t>(std::floor(milliseconds / 1000));
+    const double fraction = milliseconds / 1000 - static_cast<double>(seconds);
+    const std::int64_t local = seconds - referenceDateSince1970;
+    const std::int64_t instant = hasZone ? local : zone->rules().instantOfLocal(local);
+    return Date::fromReferenceSeconds(static_cast<double>(instant) + fraction);
+  }
+
+ private:
+  void enterSpan(std::int64_t seconds) {
+    span = zone->rules().spanAt(seconds);
+    zoneIsCurrent = false;
+  }
+
+  icu::SimpleDateFormat& icuFormat() {
+    if (icu) return *icu;
+    UErrorCode status = U_ZERO_ERROR;
+    auto fields =
+        std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), detail::icuLocale(*locale), status);
+    fields->setGregorianChange(-1e20, status);  // one calendar for all times
+    if (calendar) {
+      fields->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(calendar->firstWeekday()));
+      fields->setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(calendar->minimumDaysInFirstWeek()));
+    }
+    icu = std::make_unique<icu::SimpleDateFormat>(detail::icuString(pattern), detail::icuLocale(*locale), status);
+    icu->adoptCalendar(fields.release());
+    icu->setLenient(isLenient);
+    icu->set2DigitYearStart(-631'152'000'000.0, status);  // 1950-01-01
+    return *icu;
+  }
+
+  /// ICU is told the offset that this library's rules give. Where the zone's name is shown, it gets the zone itself, as
+  /// far as its own data says the same.
+  void setIcuZone(double milliseconds) {
+    const std::int32_t offset = span.type->offset * 1000;
+    const icu::UnicodeString name = detail::icuString(zone->name());
+    if (namesItsZone) {
+      std::unique_ptr<icu::TimeZone> named(icu::TimeZone::createTimeZone(name));
+      UErrorCode status = U_ZERO_ERROR;
+      std::int32_t raw = 0, saving = 0;
+      named->getOffset(milliseconds, false, raw, saving, status);
+      if (U_SUCCESS(status) && raw + saving == offset && *named != icu::TimeZone::getUnknown()) {
+        icu->adoptTimeZone(named.release());
+        return;
+      }
+    }
+    icu->adoptTimeZone(new icu::SimpleTimeZone(offset, name));
+  }
+
+  NSString icuText(double milliseconds) {
+    icu::SimpleDateFormat& format = icuFormat();
+    if (!zoneIsCurrent) {
+      setIcuZone(milliseconds);
+      zoneIsCurrent = true;
+    }
+    icu::UnicodeString text;
+    format.format(milliseconds, text);
+    return detail::stringFromIcu(text);
+  }
+
+  const NSString pattern;
+  const Ref<NSLocale> locale;
+  const Ref<NSTimeZone> zone;
+  const Ref<NSCalendar> calendar;  // empty for the locale's
+  const bool isLenient, namesItsZone;
+  std::optional<detail::NumericDatePattern> numeric;
+  detail::NumericDatePattern::Fields numericFields;
+  detail::ZoneSpan span;  // around the last date: the next one is mostly in it
+  std::unique_ptr<icu::SimpleDateFormat> icu;
+  bool zoneIsCurrent = false;  // icu has the zone of the span
+};
+
+NSDateFormatter::NSDateFormatter() : locale_(NSLocale::currentLocale()), timeZone_(NSTimeZone::defaultTimeZone()) {}
+
+NSDateFormatter::~NSDateFormatter() = default;
+
+NSString NSDateFormatter::localizedStringFromDate(Date date, NSDateFormatterStyle dateStyle,
+                                                  NSDateFormatterStyle timeStyle) {
+  const auto formatter = make<NSDateFormatter>();
+  formatter->setDateStyle(dateStyle);
+  formatter->setTimeStyle(timeStyle);
+  return formatter->stringFromDate(date);
+}
+
+NSDateFormatter::Engine& NSDateFormatter::engine() const {
+  if (!engine_) engine_ = std::make_unique<Engine>(*this);
+  return *engine_;
+}
+
+NSString NSDateFormatter::stringFromDate(Date date) const {
+  return pattern_.empty() ? NSString() : engine().string(date);
+}
+
+std::optional<Date> NSDateFormatter::dateFromString(const NSString& text) const {
+  return pattern_.empty() || text.empty() ? std::nullopt : engine().date(text);
+}
+
+std::optional<NSString> NSDateFormatter::stringForObjectValue(const Value& value) const {
+  const Date* date = value.date();
+  return date ? std::optional(stringFromDate(*date)) : std::nullopt;
+}
+
+bool NSDateFormatter::getObjectValue_forString_errorDescription(Value& value, const NSString& text,
+                                                                NSString* error) const {
+  const std::optional<Date> date = dateFromString(text);
+  if (!date) {
+    if (error) *error = "\"" + text + "\" is not a date of the form " + pattern_;
+    return false;
+  }
+  value = *date;
+  return true;
+}
+
+NSString NSDateFormatter::dateFormat() const { return pattern_; }
+
+void NSDateFormatter::setDateFormat(const NSString& pattern) {
+  pattern_ = pattern;
+  dateStyle_ = timeStyle_ = NSDateFormatterNoStyle;
+  engine_ = nullptr;
+}
+
+void NSDateFormatter::setDateStyle(NSDateFormatterStyle style) {
+  dateStyle_ = style;
+  pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
+  engine_ = nullptr;
+}
+
+void NSDateFormatter::setTimeStyle(NSDateFormatterStyle style) {
+  timeStyle_ = style;
+  pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
+  engine_ = nullptr;
+}
+
+void NSDateFormatter::setLocale(const Ref<NSLocale>& locale) {
+  locale_ = locale ? locale : NSLocale::currentLocale();
+  if (dateStyle_ != NSDateFormatterNoStyle || timeStyle_ != NSDateFormatterNoStyle)
+    pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
+  engine_ = nullptr;
+}
+
+void NSDateFormatter::setTimeZone(const Ref<NSTimeZone>& timeZone) {
+  timeZone_ = timeZone ? timeZone : NSTimeZone::defaultTimeZone();
+  engine_ = nullptr;
+}
+
+Ref<NSCalendar> NSDateFormatter::calendar() const {
+  if (calendar_) return calendar_;
+  Ref<NSCalendar> calendar = NSCalendar::calendarWithIdentifier(NSGregorianCalendar);
+  calendar->setLocale(locale_);
+  calendar->setTimeZone(timeZone_);
+  return calendar;
+}
+
+void NSDateFormatter::setCalendar(const Ref<NSCalendar>& calendar) {
+  calendar_ = calendar;
+  engine_ = nullptr;
+}
+
+void NSDateFormatter::setLenient(bool lenient) {
+  lenient_ = lenient;
+  engine_ = nullptr;
+}
+
+}  // namespace norvik

@@ -1,0 +1,112 @@
+// NorvikCore/platform/foundation/NSDateFormatter.h - dates as text by a pattern or in a locale's manner, and text back
+// to dates.
+//
+//   auto formatter = make<NSDateFormatter>();
+//   formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+//   formatter->setTimeZone(NSTimeZone::timeZoneWithName("Europe/London"));
+//   formatter->setDateFormat("EEEE d MMMM yyyy, HH:mm");
+//   formatter->stringFromDate("2021-07-01"_date);                         // "Thursday 1 July 2021, 01:00"
+//   formatter->dateFromString("Thursday 1 July 2021, 01:00");             // 2021-07-01 00:00:00 +0000
+//
+// Patterns are those of Unicode's locale data (yyyy is the year, YYYY the year that the week belongs to). One Gregorian
+// calendar holds for all times, also before 1582. Times are cut to milliseconds, up to what a double of seconds falls
+// short of one. Years beyond 5.8 million are shown as that.
+//
+// Reading takes the whole text or nothing. Fields that the pattern does not have are those of 2000-01-01 00:00:00;
+// years of two digits are 1950 to 2049. Strict reading wants a day that exists and the pattern's letters and signs;
+// lenient reading (see setLenient) carries fields over and forgives spaces and signs.
+//
+// Threads: confined; distinct formatters are independent. What was set is in force at the next text.
+// Cost:    patterns of digits only ("yyyy/MM/dd HH:mm:ss:SSS") take some tens of nanoseconds a text and no calendar
+// object; the
+//          first text of any other pattern makes an ICU formatter (tens of microseconds): keep the formatter.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/foundation/NSCalendar.h"
+#include "NorvikCore/platform/foundation/NSFormatter.h"
+
+#include <memory>
+#include <optional>
+
+namespace norvik {
+
+enum NSDateFormatterStyle : unsigned {
+  NSDateFormatterNoStyle = 0,
+  NSDateFormatterShortStyle = 1,   ///< in en_GB "10/05/2021" and "13:14"
+  NSDateFormatterMediumStyle = 2,  ///< "10 May 2021" and "13:14:15"
+  NSDateFormatterLongStyle = 3,    ///< "10 May 2021" and "13:14:15 BST"
+  NSDateFormatterFullStyle = 4     ///< "Monday, 10 May 2021" and "13:14:15 British Summer Time"
+};
+
+enum NSDateFormatterBehavior : unsigned {
+  NSDateFormatterBehaviorDefault = 0,
+  NSDateFormatterBehavior10_0 = 1000,
+  NSDateFormatterBehavior10_4 = 1040
+};
+
+class NK_EXPORT NSDateFormatter : public NSFormatter {
+  NK_OBJECT(NSDateFormatter, NSFormatter)
+
+  /// No pattern and no style, which gives empty texts; the user's locale, the default time zone, the locale's calendar.
+  NSDateFormatter();
+  ~NSDateFormatter() override;
+
+  /// The date in the user's locale and the default time zone.
+  [[nodiscard]] static NSString localizedStringFromDate(Date date, NSDateFormatterStyle dateStyle,
+                                                        NSDateFormatterStyle timeStyle);
+
+  [[nodiscard]] NSString stringFromDate(Date date) const;
+  /// Absent where the text is no date in the pattern.
+  [[nodiscard]] std::optional<Date> dateFromString(const NSString& text) const;
+
+  /// Dates only; absent for any other value.
+  [[nodiscard]] std::optional<NSString> stringForObjectValue(const Value& value) const override;
+  [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
+                                                               NSString* error = nullptr) const override;
+
+  /// The pattern in force: the one that was set, or that of the styles in the locale.
+  [[nodiscard]] NSString dateFormat() const;
+  /// Takes the place of the styles, which become none.
+  void setDateFormat(const NSString& pattern);
+  [[nodiscard]] NSDateFormatterStyle dateStyle() const noexcept { return dateStyle_; }
+  /// Takes the place of a pattern that was set.
+  void setDateStyle(NSDateFormatterStyle style);
+  [[nodiscard]] NSDateFormatterStyle timeStyle() const noexcept { return timeStyle_; }
+  /// Takes the place of a pattern that was set.
+  void setTimeStyle(NSDateFormatterStyle style);
+
+  [[nodiscard]] const Ref<NSLocale>& locale() const noexcept { return locale_; }
+  /// Empty is the user's locale.
+  void setLocale(const Ref<NSLocale>& locale);
+  [[nodiscard]] const Ref<NSTimeZone>& timeZone() const noexcept { return timeZone_; }
+  /// Empty is the default time zone of now.
+  void setTimeZone(const Ref<NSTimeZone>& timeZone);
+  /// The calendar that was set, or a new one of the formatter's locale and time zone.
+  [[nodiscard]] Ref<NSCalendar> calendar() const;
+  /// Of the calendar, the formatter takes the week. Changes of the calendar afterwards do not count. Empty is the
+  /// locale's.
+  void setCalendar(const Ref<NSCalendar>& calendar);
+
+  [[nodiscard]] bool lenient() const noexcept { return lenient_; }
+  void setLenient(bool lenient);
+  /// Kept and given back; this formatter behaves as 10.4 whatever it is.
+  [[nodiscard]] NSDateFormatterBehavior formatterBehavior() const noexcept { return behavior_; }
+  void setFormatterBehavior(NSDateFormatterBehavior behavior) noexcept { behavior_ = behavior; }
+
+ private:
+  struct Engine;
+
+  [[nodiscard]] Engine& engine() const;
+
+  NSString pattern_;
+  NSDateFormatterStyle dateStyle_ = NSDateFormatterNoStyle, timeStyle_ = NSDateFormatterNoStyle;
+  Ref<NSLocale> locale_;
+  Ref<NSTimeZone> timeZone_;
+  Ref<NSCalendar> calendar_;
+  bool lenient_ = false;
+  NSDateFormatterBehavior behavior_ = NSDateFormatterBehaviorDefault;
+  mutable std::unique_ptr<Engine> engine_;  // made of the settings above when needed
+};
+
+}  // namespace norvik

@@ -1,0 +1,167 @@
+#include "NorvikCore/platform/foundation/internal/NumericDatePattern.h"
+
+#include <cstring>
+
+namespace norvik::detail {
+namespace {
+
+bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+constexpr char digitPairs[] =
+    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
+    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
+
+/// The number with at least `digits` digits. Numbers are below 10000.
+inline char* writeNumber(char* out, std::uint32_t number, std::uint32_t digits) noexcept {
+  if (digits == 2 && number < 100) [[likely]] {
+    std::memcpy(out, digitPairs + 2 * number, 2);
+    return out + 2;
+  }
+  const std::uint32_t needed = number < 10 ? 1 : number < 100 ? 2 : number < 1000 ? 3 : 4;
+  const std::uint32_t count = digits > needed ? digits : needed;
+  for (char* digit = out + count; digit != out; number /= 10) *--digit = static_cast<char>('0' + number % 10);
+  return out + count;
+}
+
+char* writeOffset(char* out, std::int32_t seconds) noexcept {
+  *out++ = seconds < 0 ? '-' : '+';
+  const auto minutes = static_cast<std::uint32_t>(seconds < 0 ? -seconds : seconds) / 60;
+  return writeNumber(writeNumber(out, minutes / 60, 2), minutes % 60, 2);
+}
+
+}  // namespace
+
+std::optional<NumericDatePattern> NumericDatePattern::compile(std::string_view pattern) {
+  constexpr std::string_view known = "yYMLdDHhKkmsSwZ";
+  if (pattern.size() > maximalLength) return std::nullopt;
+  NumericDatePattern compiled;
+  std::size_t longest = 0;
+  const auto appendLiteral = [&](char c) {
+    if (compiled.items_.empty() || compiled.items_.back().field != 0 || compiled.items_.back().size == 255)
+      compiled.items_.push_back({0, 0, static_cast<std::uint16_t>(compiled.literals_.size())});
+    ++compiled.items_.back().size;
+    compiled.literals_ += c;
+    ++longest;
+  };
+
+  bool isQuoted = false;
+  for (std::size_t i = 0; i < pattern.size();) {
+    const char c = pattern[i];
+    if (c == '\'') {
+      if (i + 1 < pattern.size() && pattern[i + 1] == '\'') {
+        appendLiteral('\'');
+        i += 2;
+      } else {
+        isQuoted = !isQuoted;
+        ++i;
+      }
+      continue;
+    }
+    if (isQuoted || !isLetter(c)) {
+      appendLiteral(c);
+      ++i;
+      continue;
+    }
+    std::size_t count = 1;
+    while (i + count < pattern.size() && pattern[i + count] == c) ++count;
+    i += count;
+    const bool isMonth = c == 'M' || c == 'L';
+    if (known.find(c) == std::string_view::npos || count > (isMonth ? 2 : c == 'Z' ? 3 : 9)) return std::nullopt;
+    compiled.items_.push_back({c, static_cast<std::uint8_t>(count), 0});
+    longest += c == 'Z' ? 5 : count < 4 ? 4 : count;
+    compiled.needsWeek_ |= c == 'Y' || c == 'w';
+    compiled.needsDayOfYear_ |= c == 'D';
+    compiled.needsOffset_ |= c == 'Z';
+  }
+  if (isQuoted || longest > maximalLength) return std::nullopt;
+  return compiled;
+}
+
+std::size_t NumericDatePattern::write(char (&text)[maximalLength], const Fields& fields) const noexcept {
+  const CivilDate date = civilDate(fields.day);
+  if (date.year < 1 || date.year > 9999 || (needsOffset_ && fields.offset % 60 != 0)) return 0;
+  const auto year = static_cast<std::uint32_t>(date.year);
+  const auto secondOfDay = static_cast<std::uint32_t>(fields.secondOfDay);
+  const std::uint32_t hour = secondOfDay / 3600, minute = secondOfDay / 60 % 60, second = secondOfDay % 60;
+  CivilWeek week;
+  if (needsWeek_) {
+    week = weekOfYear(fields.day, fields.firstWeekday, fields.minimumDays);
+    if (week.year < 1 || week.year > 9999) return 0;
+  }
+
+  char* out = text;
+  for (const Item& item : items_) {
+    const std::uint32_t size = item.size;
+    switch (item.field) {
+      case 0:
+        if (size == 1) {
+          *out++ = literals_[item.start];
+        } else {
+          std::memcpy(out, literals_.data() + item.start, size);
+          out += size;
+        }
+        break;
+      case 'y':
+        if (size == 4) {
+          std::memcpy(out, digitPairs + year / 100 * 2, 2);
+          std::memcpy(out + 2, digitPairs + year % 100 * 2, 2);
+          out += 4;
+        } else {
+          out = writeNumber(out, size == 2 ? year % 100 : year, size);
+        }
+        break;
+      case 'Y': {
+        const auto weekYear = static_cast<std::uint32_t>(week.year);
+        out = writeNumber(out, size == 2 ? weekYear % 100 : weekYear, size);
+        break;
+      }
+      case 'M':
+      case 'L':
+        out = writeNumber(out, static_cast<std::uint32_t>(date.month), size);
+        break;
+      case 'd':
+        out = writeNumber(out, static_cast<std::uint32_t>(date.day), size);
+        break;
+      case 'D':
+        out = writeNumber(out, static_cast<std::uint32_t>(dayOfYear(fields.day)), size);
+        break;
+      case 'H':
+        out = writeNumber(out, hour, size);
+        break;
+      case 'h':
+        out = writeNumber(out, hour % 12 == 0 ? 12 : hour % 12, size);
+        break;
+      case 'K':
+        out = writeNumber(out, hour % 12, size);
+        break;
+      case 'k':
+        out = writeNumber(out, hour == 0 ? 24 : hour, size);
+        break;
+      case 'm':
+        out = writeNumber(out, minute, size);
+        break;
+      case 's':
+        out = writeNumber(out, second, size);
+        break;
+      case 'w':
+        out = writeNumber(out, static_cast<std::uint32_t>(week.week), size);
+        break;
+      case 'S': {
+        const auto milliseconds = static_cast<std::uint32_t>(fields.millisecond);
+        out = writeNumber(out,
+                          size == 1   ? milliseconds / 100
+                          : size == 2 ? milliseconds / 10
+                                      : milliseconds,
+                          size < 3 ? size : 3);
+        for (std::uint32_t i = 3; i < size; ++i) *out++ = '0';
+        break;
+      }
+      case 'Z':
+        out = writeOffset(out, fields.offset);
+        break;
+    }
+  }
+  return static_cast<std::size_t>(out - text);
+}
+
+}  // namespace norvik::detail

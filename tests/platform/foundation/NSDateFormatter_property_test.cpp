@@ -1,0 +1,76 @@
+// The formatter writes what ICU writes, whichever of its ways it takes: the reference here is ICU's own formatter with
+// its own calendar and time zone.
+#include <gtest/gtest.h>
+#include <unicode/gregocal.h>
+#include <unicode/smpdtfmt.h>
+
+#include <memory>
+#include <random>
+#include <string>
+
+#include "NorvikCore/platform/foundation/NSDateFormatter.h"
+#include "NorvikCore/platform/values/Date_literals.h"
+
+namespace norvik {
+namespace {
+
+class IcuReference {
+ public:
+  IcuReference(const char* zone, const char* locale, const char* pattern) {
+    UErrorCode status = U_ZERO_ERROR;
+    auto* calendar = new icu::GregorianCalendar(icu::TimeZone::createTimeZone(icu::UnicodeString(zone)),
+                                                icu::Locale(locale), status);
+    calendar->setGregorianChange(-1e20, status);
+    format_ = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString(pattern), icu::Locale(locale), status);
+    format_->adoptCalendar(calendar);
+  }
+
+  std::string text(double milliseconds) const {
+    icu::UnicodeString text;
+    std::string utf8;
+    format_->format(milliseconds, text).toUTF8String(utf8);
+    return utf8;
+  }
+
+ private:
+  std::unique_ptr<icu::SimpleDateFormat> format_;
+};
+
+void expectIcusTexts(const char* zone, const char* locale, const char* pattern, int count) {
+  const IcuReference icu(zone, locale, pattern);
+  auto formatter = make<NSDateFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+  formatter->setTimeZone(NSTimeZone::timeZoneWithName(zone));
+  formatter->setDateFormat(pattern);
+  std::mt19937_64 random(1582);
+  std::uniform_int_distribution<std::int64_t> farMilliseconds(-62'135'596'800'000,
+                                                              253'402'300'799'999);    // years 1 to 9999
+  std::uniform_int_distribution<std::int64_t> nearMilliseconds(0, 2'145'916'800'000);  // 1970 to 2037
+  for (int i = 0; i < count; ++i) {
+    const std::int64_t milliseconds = i % 2 ? farMilliseconds(random) : nearMilliseconds(random);
+    const Date date = Date::dateWithTimeIntervalSince1970(static_cast<double>(milliseconds) / 1000);
+    ASSERT_EQ(formatter->stringFromDate(date).str(), icu.text(static_cast<double>(milliseconds)))
+        << zone << ' ' << locale << ' ' << pattern << ' ' << milliseconds;
+  }
+}
+
+TEST(NSDateFormatterProperty, PatternsOfDigitsAreWrittenAsIcuWritesThem) {
+  for (const char* zone : {"UTC", "Etc/GMT+5", "Asia/Tokyo"}) {
+    for (const char* pattern :
+         {"yyyy/MM/dd HH:mm:ss:SSS", "dd/MM/yyyy", "d.M.yy", "yyyy-MM-dd'T'HH:mm:ss.SSSZ", "hh:mm K:m k:ss", "D y",
+          "YYYY-ww", "YY w", "S SS SSSS SSSSSS", "yyyyyy yyy y", "'it''s' H 'o''clock'", "LL/ddd/HHH"}) {
+      if (std::string(zone) == "Asia/Tokyo" && std::string(pattern).find('Z') != std::string::npos) continue;
+      expectIcusTexts(zone, "en_GB", pattern, 400);
+    }
+  }
+}
+
+TEST(NSDateFormatterProperty, PatternsOfWordsAreWrittenAsIcuWritesThem) {
+  for (const char* locale : {"en_GB", "de_DE", "ar_EG", "cy_GB"}) {
+    for (const char* pattern : {"EEEE d MMMM yyyy G", "EEE dd MMM yy h:mm a", "QQQQ y", "dd/MM/yyyy HH:mm:ss.SSS XXX"})
+      expectIcusTexts("UTC", locale, pattern, 200);
+  }
+}
+
+}  // namespace
+}  // namespace norvik
