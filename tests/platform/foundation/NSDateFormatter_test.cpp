@@ -35,7 +35,7 @@ TEST(NSDateFormatter, PatternsOfDigitsAndOfWordsFollowTheTimeZone) {
       {"Europe/London", "dd/MM/yyyy HH:mm Z", "2021-01-01", "01/01/2021 00:00 +0000"},
       {"Europe/London", "HH:mm zzz", "2021-07-01", "01:00 BST"},
       {"Europe/London", "HH:mm zzz", "2021-01-01", "00:00 GMT"},
-      {"Europe/London", "HH:mm XXX", "2021-07-01", "01:00 +01:00"},
+      {"Europe/London", "HH:mm xxx", "2021-07-01", "01:00 +01:00"},
       {"Europe/London", "d MMM HH:mm", "2021-10-31 00:59:59", "31 Oct 01:59"},
       {"Europe/London", "d MMM HH:mm", "2021-10-31 01:00:00", "31 Oct 01:00"},
       {"Asia/Kathmandu", "yyyy-MM-dd'T'HH:mm:ssZ", "2021-07-01", "2021-07-01T05:45:00+0545"},
