@@ -36,7 +36,7 @@ class LogDispatcher::QueuedMessage final : public DDLogMessage, public Item {
   explicit QueuedMessage(Fields&& fields) : DDLogMessage(std::move(fields)) { run = &LogDispatcher::runMessages; }
 
   static void* operator new(std::size_t size) { return allocateItem(size); }
-  static void operator delete(void* memory, std::size_t size) noexcept { freeItem(memory, size); }
+  static void operator delete(void* memory) noexcept { freeItem(memory); }
 
  private:
   ~QueuedMessage() override = default;

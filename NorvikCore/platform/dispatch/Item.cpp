@@ -7,6 +7,6 @@ namespace norvik::detail {
 
 void* allocateItem(std::size_t size) { return ::operator new(size); }
 
-void freeItem(void* memory, std::size_t size) noexcept { ::operator delete(memory, size); }
+void freeItem(void* memory) noexcept { ::operator delete(memory); }
 
 }  // namespace norvik::detail

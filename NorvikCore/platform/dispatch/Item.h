@@ -57,7 +57,7 @@ enum class Delivery : std::uint8_t {
 
 /// Memory for an item.
 [[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size);
-NK_EXPORT void freeItem(void* memory, std::size_t size) noexcept;
+NK_EXPORT void freeItem(void* memory) noexcept;
 
 /// A block: a closure of any movable type that is run once and destroyed, on the thread that runs it, even when it
 /// throws.
@@ -100,7 +100,7 @@ class BlockItem final : public Item {
 
   static void free(void* memory) noexcept {
     if constexpr (alignof(BlockItem) <= alignof(std::max_align_t)) {
-      freeItem(memory, sizeof(BlockItem));
+      freeItem(memory);
     } else {
       ::operator delete (memory, std::align_val_t{alignof(BlockItem)});
     }

@@ -32,7 +32,7 @@
     return stated;                                                                                 \
   }                                                                                                \
   const ::norvik::Class& classObject() const override { return staticClass(); }                    \
-  static constexpr int nk_statements_ = __COUNTER__;                                               \
+  [[maybe_unused]] static constexpr int nk_statements_ = __COUNTER__;                              \
   static void nk_state_(::norvik::detail::Slot<-1>, ::norvik::detail::ClassBuilder&) {}            \
   inline static const ::norvik::detail::ClassAtLoad nk_atLoad_{&Name::staticClass};
 
