@@ -7,9 +7,9 @@
 //   nk_daysBetween(payday, nk_dateWithYear(2021, 4, 6));      // 65
 //   nk_isLessThan(payday, nk_dateWithYear(2021, 4, 6));       // true
 //
-// The results are those of nk_defaultCalendar(), by integer arithmetic. One Gregorian calendar holds for all times;
-// years are counted through zero, so year 0 is 1 BC. Dates beyond the range of platform/values/CivilDate.h count as its
-// ends.
+// The results are those of nk_defaultCalendar(), by integer arithmetic, but for years before year 1: here they are
+// counted through zero (0 is 1 BC), there backwards in era 0. One Gregorian calendar holds for all times. Dates beyond
+// the range of platform/values/CivilDate.h count as its ends.
 //
 // Every function is pure, takes constant time, allocates nothing and is safe on any thread, unless it says otherwise.
 #pragma once

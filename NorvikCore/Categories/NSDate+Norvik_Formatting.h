@@ -8,8 +8,7 @@
 // A new pattern that holds "YY" logs a warning, see NSDateFormatter+Norvik.h.
 //
 // Threads: any. The main thread keeps one formatter for each operation, with the last pattern and, for the local one,
-// the
-//          settings of its first call; every other thread makes a formatter for each call.
+//          the settings of its first call; every other thread makes a formatter for each call.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -8,7 +8,8 @@
 // A comparison with an absent argument logs a warning with the call stack and compares as the same; nk_maximum, which
 // warns itself before it compares, logs two and gives the receiver. Nothing is raised.
 //
-// Every function is pure, takes constant time and is safe on any thread.
+// Every function is safe on any thread; all but nk_currencyStyleString take constant time and allocate nothing, the
+// warnings aside.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

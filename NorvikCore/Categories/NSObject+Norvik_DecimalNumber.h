@@ -1,7 +1,6 @@
 // NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h - the sum of several of an object's values.
 //
-//   nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"}));     // gross pay plus
-//   bonus
+//   nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"}));      // 120
 #pragma once
 
 #include "NorvikCore/platform/runtime/NSArray.h"

@@ -20,7 +20,9 @@ class NK_EXPORT NKMonetaryTermDecimalNumberFormatter : public NKDecimalFormatter
   static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minimum);
 
   /// The number as a money amount in the library's default locale, whatever the user's. Any thread: the main thread
-  /// keeps one formatter and uses it again; elsewhere each call makes one, some tens of microseconds.
+  /// keeps one formatter, with the bounds of its first call, and uses it again; elsewhere each call makes one, some tens
+  /// of microseconds. Where a maximum is defined, a number with more integer digits than its text has characters loses
+  /// the first ones: define bounds that hold for totals too.
   [[nodiscard]] static NSString nk_stringFromNumber(const NSNumber& number);
 
   void setup() override;

@@ -18,8 +18,7 @@
 //            logger's queue, and must not be done on either. currentLogFileInfo(), currentLogFileHandle() and the
 //            operations named maybe..., ...Now and schedule... on the logger's queue only.
 // Errors:    an NSException while a line is written is caught: the line is lost, and the exception reported on the
-// system
-//            console, ten times at most per process. Other exceptions pass, and end the process. Where no file can be
+//            system console, ten times at most per process. Other exceptions pass, and end the process. Where no file can be
 //            opened, lines are lost, and opening is tried again.
 #pragma once
 

@@ -20,12 +20,10 @@
 // Ownership: loggers are kept from addLogger() to their removal. File and function names are borrowed for as long as
 //            messages may live: pass literals.
 // Threads:   synchronised. flushLog(), synchronous log calls and the reading of settings of loggers must not be called
-// on
-//            the logging queue or on a logger's queue: they would wait for themselves, and abort with a line instead.
+//            on the logging queue or on a logger's queue: they would wait for themselves, and abort with a line instead.
 // Errors:    none: logging never raises.
 // At exit:   when NSApplicationWillTerminateNotification is posted every logger is flushed; and once more when the
-// process
-//            exits (exit, or return from main), after the destructors of the program's statics. Where exit is called on
+//            process exits (exit, or return from main), after the destructors of the program's statics. Where exit is called on
 //            the logging queue or on a logger's queue, what is queued behind that block is lost, and the loggers are
 //            flushed as far as this does not wait for the block itself.
 #pragma once

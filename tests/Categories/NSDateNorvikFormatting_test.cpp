@@ -26,6 +26,17 @@ TEST(NSDateNorvikFormatting, BritishTimeIsGmtInWinterAndBstInSummer) {
   EXPECT_EQ(nk_ukDateStringWithFormat("2021-07-01 12:00:00"_date, "d MMM yyyy HH:mm zzz"), "1 Jul 2021 13:00 BST");
 }
 
+TEST(NSDateNorvikFormatting, ABackgroundThreadLeavesAnEmptyCacheEmpty) {
+  detail::MainThreadFormatter<NKUtcDateFormatter> cache;
+  std::thread([&] {
+    for (int i = 0; i < 2; ++i) (void)cache.use([](NKUtcDateFormatter&) { return 0; });
+  }).join();
+  EXPECT_EQ(cache.made(), 2u);
+  EXPECT_FALSE(cache.isFilled());
+  (void)cache.use([](NKUtcDateFormatter&) { return 0; });
+  EXPECT_TRUE(cache.isFilled());
+}
+
 // In a thread of its own a call makes its formatter anew, with the settings of then.
 TEST(NSDateNorvikFormatting, LocalTimeIsTheUsers) {
   NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("Asia/Tokyo"));

@@ -26,6 +26,7 @@ TEST(NSNumberNorvik, ReadsInWordsAsOnACheque) {
               {1234, "one thousand two hundred and thirty-four"},
               {-2, "minus two"}};
   for (const auto& row : rows) EXPECT_EQ(nk_wordString(row.number), row.words);
+  EXPECT_EQ(nk_wordString(Decimal::parse("9007199254740993.00").value()), nk_wordString(9007199254740993));
 }
 
 TEST(NSNumberNorvik, InvertsBooleans) {

@@ -66,6 +66,10 @@ TEST(NKDecimalFormatter, DerivesItsCapsFromTheMaximum) {
     EXPECT_EQ(formatter->maximumIntegerDigits(), row.integerDigits) << row.maximum;
     EXPECT_EQ(formatter->maxLength(), row.maxLength) << row.maximum;
   }
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaximum(100000.0);
+  EXPECT_EQ(formatter->maximumIntegerDigits(), 6) << "a double counts by its plain digits";
+  EXPECT_EQ(formatter->maxLength(), 12);
 }
 
 TEST(NKDecimalFormatter, NoMaximumLeavesTheCapsAsTheyWere) {

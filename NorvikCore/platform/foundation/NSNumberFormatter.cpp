@@ -153,6 +153,7 @@ struct NSNumberFormatter::Engine {
       check(status, "a number pattern");
     }
     digits->setRoundingMode(roundingInIcu(rounding));
+    digits->setParseNoExponent(!digits->isScientificNotation());
     if (own.integerDigits) {
       digits->setMinimumIntegerDigits(own.integerDigits->first);
       digits->setMaximumIntegerDigits(own.integerDigits->second);
@@ -218,7 +219,7 @@ struct NSNumberFormatter::Engine {
     UErrorCode status = U_ZERO_ERROR;
     const Decimal decimal = number.decimalValue();
     if (words) {
-      if (decimal.isNaN() || decimal.exponent() < 0 || decimal != Decimal(decimal.longLongValue())) {
+      if (decimal.isNaN() || decimal != Decimal(decimal.longLongValue())) {
         words->format(number.doubleValue(), text);
       } else {
         words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);

@@ -16,8 +16,7 @@
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.
 // Cost:    making one is expensive (tens of microseconds); keep it. Formatting a decimal in a plain decimal pattern and
-// reading it
-//          back take some tens of nanoseconds, everything else goes through ICU.
+//          reading it back take some tens of nanoseconds, everything else goes through ICU.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

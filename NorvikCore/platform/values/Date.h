@@ -97,7 +97,8 @@ class Date {
     return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
   }
 
-  /// Writes description().
+  /// Writes description(). There is no >>: a date's text has spaces; read a line or a field and give it to
+  /// dateWithString().
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, Date date);
 
   /// Equal dates have equal hashes.

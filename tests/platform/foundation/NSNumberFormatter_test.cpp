@@ -121,6 +121,17 @@ TEST(NSNumberFormatter, StrictReadingWantsTheFormattersOwnForm) {
   EXPECT_EQ(read(*formatter, "+1"), "no");
 }
 
+TEST(NSNumberFormatter, ReadsNoPowersOfTenWhereThePatternHasNone) {
+  EXPECT_EQ(read(*british("0%"), "50%"), "0.5");
+  EXPECT_EQ(read(*british("0%"), "1E5%"), "no");
+}
+
+TEST(NSNumberFormatter, ShowsTheLastDigitsOfANumberWithTooMany) {
+  const auto formatter = british("#,##0");
+  formatter->setMaximumIntegerDigits(2);
+  EXPECT_EQ(formatter->stringFromNumber(1234), "34");
+}
+
 TEST(NSNumberFormatter, ReadsIntoTheKindThatIsAskedFor) {
   const auto formatter = british("#,##0.##");
   EXPECT_EQ(formatter->numberFromString("12")->kind(), NSNumber::Kind::Decimal);
@@ -212,6 +223,7 @@ TEST(NSNumberFormatter, WritesWhatIcuWrites) {
     icu::DecimalFormat::ERoundingMode icuMode;
   } modes[] = {{NSNumberFormatterRoundHalfEven, icu::DecimalFormat::kRoundHalfEven},
                {NSNumberFormatterRoundHalfUp, icu::DecimalFormat::kRoundHalfUp},
+               {NSNumberFormatterRoundCeiling, icu::DecimalFormat::kRoundCeiling},
                {NSNumberFormatterRoundFloor, icu::DecimalFormat::kRoundFloor},
                {NSNumberFormatterRoundUp, icu::DecimalFormat::kRoundUp},
                {NSNumberFormatterRoundDown, icu::DecimalFormat::kRoundDown}};
@@ -226,6 +238,11 @@ TEST(NSNumberFormatter, WritesWhatIcuWrites) {
       ASSERT_TRUE(U_SUCCESS(status));
       icuFormat.setRoundingMode(icuMode);
       for (int i = 0; i < 400; ++i) {
+        if (i == 200) {
+          const int most = 1 + static_cast<int>(random() % 6);
+          formatter->setMaximumIntegerDigits(most);
+          icuFormat.setMaximumIntegerDigits(most);
+        }
         const auto mantissa = random() >> (random() % 64);
         const auto number = Decimal::decimalNumberWithMantissa(
             mantissa, static_cast<std::int16_t>(-static_cast<int>(random() % 9)), random() % 2 == 0);
