@@ -62,14 +62,14 @@ class NSNotificationCenter::Registration {
   std::atomic<bool> removed_{false};
 };
 
-namespace {
+namespace detail {
 
 /// What addObserverForName() answers.
 class ClosureObserver final : public NSObject {
   NK_OBJECT(ClosureObserver, NSObject)
 };
 
-}  // namespace
+}  // namespace detail
 
 NSNotificationCenter::NSNotificationCenter() : registrations_(std::make_shared<Registrations>()) {}
 NSNotificationCenter::~NSNotificationCenter() = default;
@@ -96,7 +96,7 @@ Ref<NSObject> NSNotificationCenter::addObserverForName(std::optional<NSString> n
     Block<void(const NSNotification&)> closure_;
   };
   if (!block) throw NSException(NSInvalidArgumentException, "addObserverForName: needs a closure");
-  Ref<NSObject> observer = make<ClosureObserver>();
+  Ref<NSObject> observer = make<detail::ClosureObserver>();
   add(std::make_shared<ByClosure>(observer, std::move(name), object, std::move(block)));
   return observer;
 }
