@@ -19,6 +19,10 @@ void GroupCore::leave() noexcept {
   const std::int64_t before = count_.fetch_sub(1, std::memory_order_seq_cst);
   if (before > 1) return;
   if (before < 1) {
+    if (forked_) {
+      count_.fetch_add(1, std::memory_order_relaxed);
+      return;
+    }
     std::fputs("BUG: dispatch_group_leave without dispatch_group_enter\n", stderr);
     std::abort();
   }
@@ -68,6 +72,7 @@ void GroupCore::notifyIfEmpty() {
 
 void GroupCore::resetAfterFork() noexcept {
   mutex_.resetAfterFork();
+  forked_ = true;
   count_.store(0, std::memory_order_relaxed);
   sleepers_.store(0, std::memory_order_relaxed);
   hasNotifications_.store(false, std::memory_order_relaxed);

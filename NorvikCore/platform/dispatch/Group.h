@@ -5,7 +5,7 @@
 //   dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
 //
 // A group counts what was entered and not yet left; it is empty at 0, and can be filled again. Synchronised. In a child
-// made by fork() every group is empty.
+// made by fork() every group is empty, and one leave too many does nothing.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"

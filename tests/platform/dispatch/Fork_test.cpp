@@ -133,6 +133,8 @@ TEST_F(Fork, GroupsAreEmptyInTheChildAndTimersCanBeSet) {
   dispatch_resume(source);
   EXPECT_EQ(inChild([&] {
               if (dispatch_group_wait(group, DISPATCH_TIME_FOREVER) != 0) return false;
+              dispatch_group_leave(group);  // what the parent entered may end here, and does nothing
+              if (dispatch_group_wait(group, DISPATCH_TIME_NOW) != 0) return false;
               dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_MSEC), 0, 0);
               return dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER) == 0;
             }),

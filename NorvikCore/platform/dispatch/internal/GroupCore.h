@@ -40,6 +40,7 @@ class GroupCore final : public ForkAware {
   std::atomic<std::uint32_t> generation_{0};
   std::atomic<std::uint32_t> sleepers_{0};
   std::atomic<bool> hasNotifications_{false};
+  bool forked_ = false;  // what was entered before a fork may be left in the child, and was not counted any more
   QueueMutex mutex_;
   std::vector<Notification> notifications_ NK_GUARDED_BY(mutex_);
 };
