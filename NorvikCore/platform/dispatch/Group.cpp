@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace norvik {
@@ -81,8 +82,12 @@ void GroupCore::resetAfterFork() noexcept {
   notifications_.clear();
 }
 
+void requireGroup(const dispatch_group_t& group, const char* function) {
+  if (!group) [[unlikely]]
+    raise("NSInvalidArgumentException", std::string(function) + ": the group is nil");
+}
+
 void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item) {
-  if (!group) raise("NSInvalidArgumentException", "dispatch_group_notify: the group is nil");
   group.core()->notify(queue, item);
 }
 
@@ -91,18 +96,18 @@ void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queu
 dispatch_group_t dispatch_group_create() { return dispatch_group_t::adopt(detail::newForkAware<detail::GroupCore>()); }
 
 void dispatch_group_enter(const dispatch_group_t& group) {
-  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_enter: the group is nil");
+  detail::requireGroup(group, "dispatch_group_enter");
   group.core()->enter();
 }
 
 void dispatch_group_leave(const dispatch_group_t& group) {
-  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_leave: the group is nil");
+  detail::requireGroup(group, "dispatch_group_leave");
   const dispatch_group_t kept = group;  // who waits may let its handle go once the count is 0
   kept.core()->leave();
 }
 
 std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout) {
-  if (!group) detail::raise("NSInvalidArgumentException", "dispatch_group_wait: the group is nil");
+  detail::requireGroup(group, "dispatch_group_wait");
   const std::uint64_t deadline = timeout == DISPATCH_TIME_NOW ? 0 : detail::monotonicDeadline(timeout);
   return group.core()->wait(deadline) ? 0 : 1;
 }

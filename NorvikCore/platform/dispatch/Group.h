@@ -33,6 +33,8 @@ NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
 NK_EXPORT std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout);
 
 namespace detail {
+/// Raises for an empty handle, before anything is made that would be lost.
+NK_EXPORT void requireGroup(const dispatch_group_t& group, const char* function);
 NK_EXPORT void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
 
 /// Leaves the group once the block that holds it has run and is destroyed.
@@ -68,6 +70,7 @@ void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t&
 /// Queues a block, once, when the group is empty: at once if it is.
 template <class F>
 void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, F&& block) {
+  detail::requireGroup(group, "dispatch_group_notify");
   detail::requireQueue(queue, "dispatch_group_notify");
   detail::notifyWhenEmpty(group, queue, detail::makeBlock(std::forward<F>(block)));
 }
