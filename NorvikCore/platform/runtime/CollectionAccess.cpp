@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace norvik::detail {
@@ -148,6 +149,41 @@ std::size_t elementHash(const Value& element) {
   if (const auto* dictionary = element.object<NSDictionary>()) return dictionary->count();
   if (const auto* set = element.object<NSSet>()) return set->count();
   return element.hash();
+}
+
+namespace {
+
+using ObjectPair = std::pair<const NSObject*, const NSObject*>;
+
+/// The comparisons in progress on this thread, and the pairs below the outermost one that count as equal.
+struct Comparing {
+  unsigned depth;
+  std::set<ObjectPair>* equal;
+};
+thread_local Comparing comparing{};
+
+constexpr unsigned greatestComparisonDepth = 1000;
+
+}  // namespace
+
+Comparison::Comparison(const NSObject& a, const NSObject& b) : pair_(&a, &b) {
+  if (comparing.depth > 0) {
+    if (comparing.depth == greatestComparisonDepth) {
+      raise("NSGenericException", "collections that hold one another more than 1000 deep cannot be compared");
+    }
+    if (!comparing.equal) comparing.equal = new std::set<ObjectPair>;
+    isKnown_ = !comparing.equal->insert(pair_).second;
+  }
+  ++comparing.depth;
+}
+
+Comparison::~Comparison() {
+  if (--comparing.depth == 0) delete std::exchange(comparing.equal, nullptr);
+}
+
+bool Comparison::conclude(bool areEqual) {
+  if (!areEqual && comparing.depth > 1) comparing.equal->erase(pair_);
+  return areEqual;
 }
 
 NSString describeCollection(const NSObject& collection) {

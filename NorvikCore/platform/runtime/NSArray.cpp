@@ -89,7 +89,9 @@ Ref<NSMutableArray> NSArray::mutableCopy() const { return make<NSMutableArray>(e
 bool NSArray::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   const auto* array = dynamic_cast<const NSArray*>(&other);
-  return array && elements_ == array->elements_;
+  if (!array || count() != array->count()) return false;
+  detail::Comparison comparison(*this, other);
+  return comparison.isKnown() || comparison.conclude(elements_ == array->elements_);
 }
 
 std::size_t NSArray::hash() const {

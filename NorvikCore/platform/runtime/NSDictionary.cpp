@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/runtime/internal/CollectionAccess.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace norvik {
@@ -82,11 +83,11 @@ bool NSDictionary::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   const auto* dictionary = dynamic_cast<const NSDictionary*>(&other);
   if (!dictionary || count() != dictionary->count()) return false;
-  for (const Entry& entry : *this) {
+  detail::Comparison comparison(*this, other);
+  return comparison.isKnown() || comparison.conclude(std::all_of(begin(), end(), [&](const Entry& entry) {
     const Value* found = dictionary->find(entry.key);
-    if (!found || *found != entry.value) return false;
-  }
-  return true;
+    return found && *found == entry.value;
+  }));
 }
 
 std::size_t NSDictionary::hash() const {

@@ -63,7 +63,9 @@ Ref<NSMutableSet> NSSet::mutableCopy() const { return make<NSMutableSet>(valuesO
 bool NSSet::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   const auto* set = dynamic_cast<const NSSet*>(&other);
-  return set && count() == set->count() && isSubsetOfSet(*set);
+  if (!set || count() != set->count()) return false;
+  detail::Comparison comparison(*this, other);
+  return comparison.isKnown() || comparison.conclude(isSubsetOfSet(*set));
 }
 
 std::size_t NSSet::hash() const {

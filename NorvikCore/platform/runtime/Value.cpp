@@ -111,6 +111,14 @@ Ref<NSObject> objectFrom(const Value& value, const char* wanted) {
 
 }  // namespace detail
 
+void Value::destroyShared() noexcept {
+  if (kind_ == Kind::String) {
+    std::destroy_at(std::addressof(storage_.string));
+  } else {
+    std::destroy_at(std::addressof(storage_.object));
+  }
+}
+
 Value::Value(const NSNumber& number) noexcept : kind_(Kind::Absent) {
   switch (number.kind()) {
     case NSNumber::Kind::Boolean:

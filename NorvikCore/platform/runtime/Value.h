@@ -182,13 +182,12 @@ class NK_EXPORT Value {
         copyFrom(other);
         return;
     }
-    other.destroy();
-    other.kind_ = Kind::Absent;
+    other.kind_ = Kind::Absent;  // a text or a Ref that was moved from has nothing to let go of
   }
   void destroy() noexcept {
-    if (kind_ == Kind::String) std::destroy_at(std::addressof(storage_.string));
-    if (kind_ == Kind::Object) std::destroy_at(std::addressof(storage_.object));
+    if (kind_ >= Kind::String) destroyShared();
   }
+  void destroyShared() noexcept;
 
   union Storage {
     Storage() noexcept : bytes{} {}

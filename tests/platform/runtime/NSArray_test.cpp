@@ -207,6 +207,29 @@ TEST(NSArray, AnArrayThatHoldsItselfHasAnEndingTextAndAHash) {
   array->removeAllObjects();
 }
 
+TEST(NSArray, ArraysThatHoldThemselvesCanBeCompared) {
+  const auto a = NSMutableArray::array(), b = NSMutableArray::array();
+  a->addObject(a);
+  b->addObject(b);
+  EXPECT_TRUE(a->isEqualToArray(*b));
+  b->addObject(1);
+  a->addObject(2);
+  EXPECT_FALSE(a->isEqualToArray(*b));
+  a->removeAllObjects();
+  b->removeAllObjects();
+}
+
+TEST(NSArray, WhatIsSharedIsComparedOnce) {
+  Ref<NSArray> a = NSArray::arrayWith({1}), b = NSArray::arrayWith({1}), c = NSArray::arrayWith({2});
+  for (int level = 0; level < 100; ++level) {
+    a = NSArray::arrayWithObjects(a, a);
+    b = NSArray::arrayWithObjects(b, b);
+    c = NSArray::arrayWithObjects(c, c);
+  }
+  EXPECT_TRUE(a->isEqualToArray(*b));
+  EXPECT_FALSE(a->isEqualToArray(*c));
+}
+
 TEST(NSArray, ALongChainOfArraysGoesWithoutExhaustingTheStack) {
   Weak<NSArray> innermost;
   {

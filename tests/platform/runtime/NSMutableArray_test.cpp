@@ -191,10 +191,10 @@ TEST(NSMutableArray, ATypedLoopNoticesChangesToo) {
             "NSGenericException");
 }
 
-class Caller : public NSObject {
-  NK_OBJECT(Caller, NSObject)
-  explicit Caller(NSMutableArray& array) : array_(&array) {}
-  ~Caller() override { array_->addObject("called back"); }
+class ArrayCaller : public NSObject {
+  NK_OBJECT(ArrayCaller, NSObject)
+  explicit ArrayCaller(NSMutableArray& array) : array_(&array) {}
+  ~ArrayCaller() override { array_->addObject("called back"); }
 
  private:
   NSMutableArray* array_;
@@ -202,10 +202,10 @@ class Caller : public NSObject {
 
 TEST(NSMutableArray, AnObjectThatGoesMayChangeTheArrayItWasIn) {
   auto array = NSMutableArray::array();
-  array->addObject(make<Caller>(*array));
+  array->addObject(make<ArrayCaller>(*array));
   array->removeAllObjects();
   EXPECT_EQ(array->componentsJoinedByString(","), "called back");
-  array->replaceObjectAtIndex(0, make<Caller>(*array));
+  array->replaceObjectAtIndex(0, make<ArrayCaller>(*array));
   array->removeObjectAtIndex(0);
   EXPECT_EQ(array->componentsJoinedByString(","), "called back");
 }

@@ -26,6 +26,27 @@ void releaseAll(std::vector<NSDictionary::Entry> entries) noexcept;
 /// that one that holds itself has a hash too.
 [[nodiscard]] std::size_t elementHash(const Value& element);
 
+/// One comparison of two collections, which may be part of a comparison of collections that hold them.
+///
+/// A pair that is being compared, or was found equal within the same outermost comparison, counts as equal when it is
+/// met again: so collections that hold themselves can be compared, and what is shared is compared once. Collections
+/// more than 1000 deep raise NSGenericException.
+class Comparison {
+ public:
+  Comparison(const NSObject& a, const NSObject& b);
+  ~Comparison();
+  Comparison(const Comparison&) = delete;
+  Comparison& operator=(const Comparison&) = delete;
+
+  [[nodiscard]] bool isKnown() const noexcept { return isKnown_; }
+  /// To be told the answer where it was not known.
+  bool conclude(bool areEqual);
+
+ private:
+  std::pair<const NSObject*, const NSObject*> pair_;
+  bool isKnown_ = false;
+};
+
 /// The text of a collection, one element a line, indented by its depth.
 [[nodiscard]] NSString describeCollection(const NSObject& collection);
 
