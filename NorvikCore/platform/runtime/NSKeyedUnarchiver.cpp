@@ -151,7 +151,13 @@ class NSKeyedUnarchiver::Reader {
 
   template <class Entry>
   static void insert(detail::OrderedTable<Entry>& table, Entry entry) {
-    if (!table.insert(std::move(entry)).second) detail::raiseUnarchive("a set or a dictionary holds equal keys");
+    bool isNew = false;
+    try {
+      isNew = table.insert(std::move(entry)).second;
+    } catch (const NSException& e) {
+      detail::raiseUnarchive("elements cannot be compared: " + e.description());
+    }
+    if (!isNew) detail::raiseUnarchive("a set or a dictionary holds equal keys");
   }
 
   Ref<NSObject> makeCoded(NSCoder& coder, std::size_t number) {
