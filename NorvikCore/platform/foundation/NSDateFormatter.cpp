@@ -146,6 +146,10 @@ struct NSDateFormatter::Engine {
   /// far as its own data says the same.
   void setIcuZone(double milliseconds) {
     const std::int32_t offset = span.type->offset * 1000;
+    if (fixedZone && !namesItsZone) {
+      fixedZone->setRawOffset(offset);
+      return;
+    }
     const icu::UnicodeString name = detail::icuString(zone->name());
     if (namesItsZone) {
       std::unique_ptr<icu::TimeZone> named(icu::TimeZone::createTimeZone(name));
@@ -154,10 +158,12 @@ struct NSDateFormatter::Engine {
       named->getOffset(milliseconds, false, raw, saving, status);
       if (U_SUCCESS(status) && raw + saving == offset && *named != icu::TimeZone::getUnknown()) {
         icu->adoptTimeZone(named.release());
+        fixedZone = nullptr;
         return;
       }
     }
-    icu->adoptTimeZone(new icu::SimpleTimeZone(offset, name));
+    fixedZone = new icu::SimpleTimeZone(offset, name);
+    icu->adoptTimeZone(fixedZone);
   }
 
   NSString icuText(double milliseconds) {
@@ -180,7 +186,8 @@ struct NSDateFormatter::Engine {
   detail::NumericDatePattern::Fields numericFields;
   detail::ZoneSpan span;  // around the last date: the next one is mostly in it
   std::unique_ptr<icu::SimpleDateFormat> icu;
-  bool zoneIsCurrent = false;  // icu has the zone of the span
+  icu::SimpleTimeZone* fixedZone = nullptr;  // icu's, where it has only an offset
+  bool zoneIsCurrent = false;                // icu has the zone of the span
 };
 
 NSDateFormatter::NSDateFormatter() : locale_(NSLocale::currentLocale()), timeZone_(NSTimeZone::defaultTimeZone()) {}

@@ -110,12 +110,17 @@ class DateTextReader {
   std::string_view text_;
 };
 
+/// Reached only where a literal is wrong: it is not constexpr, so it stops the compilation, and its name says why.
+inline void thisTextIsNoDate() {}
+
 }  // namespace detail
 
 inline namespace literals {
 
 consteval Date operator""_date(const char* text, std::size_t length) {
-  return *detail::DateTextReader(std::string_view(text, length)).read();
+  const std::optional<Date> date = detail::DateTextReader(std::string_view(text, length)).read();
+  if (!date) detail::thisTextIsNoDate();
+  return *date;
 }
 
 }  // namespace literals
