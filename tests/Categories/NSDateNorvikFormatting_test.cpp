@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "NorvikCore/formatters/internal/MainThreadFormatters.h"
 #include "NorvikCore/platform/values/Date_literals.h"
@@ -82,8 +84,7 @@ TEST(NSDateNorvikFormatting, ManyThreadsFormatAtOnce) {
     threads.emplace_back([] {
       for (int day = 1; day <= 28; ++day) {
         const Date date = Date::fromReferenceSeconds(86400.0 * (day - 1));
-        char expected[16];
-        std::snprintf(expected, sizeof expected, "%d Jan 2001", day);
+        const std::string expected = std::to_string(day) + " Jan 2001";
         EXPECT_EQ(nk_utcDateStringWithFormat(date, "d MMM yyyy"), expected);
       }
     });
