@@ -1,0 +1,24 @@
+// examples/payrun/AmountReader.h - amounts as a clerk types them: "1,234.50", " 1234.5 ", "-45.10".
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
+#include "NorvikCore/platform/values/Decimal.h"
+
+namespace payrun {
+
+/// Keeps one formatter, as a text field would. Confined to the thread that uses it.
+class AmountReader {
+ public:
+  AmountReader();
+
+  /// The amount rounded to the penny, half up; empty where the whole text is not one amount.
+  [[nodiscard]] std::optional<norvik::Decimal> read(std::string_view text) const;
+
+ private:
+  norvik::Ref<norvik::NKMonetaryTermDecimalNumberFormatter> formatter_;
+};
+
+}  // namespace payrun

@@ -1,0 +1,49 @@
+// examples/payrun/Employer.h - who pays whom: an employer, its departments and its employees.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace payrun {
+
+struct Department {
+  std::string code, name;
+};
+
+struct Employee {
+  std::string number, name;
+  std::size_t department = 0;  // index in the employer's departments
+  std::string sortCode;        // three pairs of digits: 12-34-56
+  std::string account;         // eight digits
+};
+
+class Employer {
+ public:
+  std::string name, payeReference;
+  int taxYear = 0;  // the year in which it begins: 2024 is 2024-25
+
+  /// False where the code, or the number, is there already.
+  bool add(Department department);
+  bool add(Employee employee);
+
+  [[nodiscard]] const std::vector<Department>& departments() const { return departments_; }
+  [[nodiscard]] const std::vector<Employee>& employees() const { return employees_; }
+  [[nodiscard]] std::optional<std::size_t> departmentWithCode(std::string_view code) const;
+  [[nodiscard]] std::optional<std::size_t> employeeWithNumber(std::string_view number) const;
+
+ private:
+  struct Hash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+  using Index = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
+
+  std::vector<Department> departments_;
+  std::vector<Employee> employees_;
+  Index departmentsByCode_, employeesByNumber_;
+};
+
+}  // namespace payrun

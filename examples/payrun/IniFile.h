@@ -1,0 +1,21 @@
+// examples/payrun/IniFile.h - `key = value` lines under `[section]` lines, in their order.
+//
+// Blank lines and lines that begin with ';' or '#' are comments. Blanks around keys and values do not count.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "TextFile.h"
+
+namespace payrun {
+
+struct IniEntry {
+  std::string_view section, key, value;
+  std::size_t keyOffset = 0, valueOffset = 0;
+};
+
+/// The entries of a file, which must outlive them. Throws InputError for a line that is neither, and for a key twice.
+std::vector<IniEntry> readIni(const TextFile& file);
+
+}  // namespace payrun

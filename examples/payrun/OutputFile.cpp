@@ -1,0 +1,68 @@
+#include "OutputFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+namespace payrun {
+
+namespace {
+
+std::system_error failure(const std::string& what) { return std::system_error(errno, std::generic_category(), what); }
+
+void writeAll(int descriptor, std::string_view text, const std::string& name) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      throw failure(name + " cannot be written");
+    }
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+/// An open file that is removed unless it was given its final name.
+class Draft {
+ public:
+  explicit Draft(const std::filesystem::path& target)
+      : name_(target.string() + ".part-" + std::to_string(::getpid())),
+        descriptor_(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
+    if (descriptor_ < 0) throw failure(name_ + " cannot be created");
+  }
+  ~Draft() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    if (!published_) ::unlink(name_.c_str());
+  }
+  Draft(const Draft&) = delete;
+  Draft& operator=(const Draft&) = delete;
+
+  void write(std::string_view text) { writeAll(descriptor_, text, name_); }
+  void publish(const std::filesystem::path& target) {
+    if (::fsync(descriptor_) != 0) throw failure(name_ + " cannot be written");
+    const int closed = ::close(descriptor_);
+    descriptor_ = -1;
+    if (closed != 0) throw failure(name_ + " cannot be written");
+    if (::rename(name_.c_str(), target.c_str()) != 0) throw failure(target.string() + " cannot be written");
+    published_ = true;
+  }
+
+ private:
+  std::string name_;
+  int descriptor_;
+  bool published_ = false;
+};
+
+}  // namespace
+
+void writeWhole(const std::filesystem::path& path, std::string_view text) {
+  Draft draft(path);
+  draft.write(text);
+  draft.publish(path);
+}
+
+void printWhole(std::string_view text) { writeAll(STDOUT_FILENO, text, "standard output"); }
+
+}  // namespace payrun

@@ -1,0 +1,96 @@
+#include "Report.h"
+
+#include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
+#include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
+#include "NorvikCore/Categories/NSNumber+Norvik.h"
+#include "Table.h"
+
+namespace payrun {
+
+using namespace norvik;
+
+namespace {
+
+using Side = Table::Side;
+
+std::string text(const NSString& string) { return std::string(string.view()); }
+
+void appendAmounts(std::vector<std::string>& row, const Payslip& payslip) {
+  for (const Amounts& amounts : {payslip.month, payslip.toDate}) {
+    row.push_back(amountText(amounts.pay));
+    row.push_back(amountText(amounts.deductions));
+    row.push_back(amountText(amounts.net()));
+  }
+}
+
+std::vector<Table::Column> withAmounts(std::vector<Table::Column> columns) {
+  for (const char* heading : {"Pay", "Deductions", "Net", "Pay to date", "Deductions to date", "Net to date"}) {
+    columns.push_back({heading, Side::Right});
+  }
+  return columns;
+}
+
+void appendPayslips(std::string& result, const PayRun& run) {
+  Table table(withAmounts({{"Employee"}, {"Name"}, {"Department"}, {"Sort code"}, {"Account"}}));
+  const Employer& employer = run.employer();
+  for (std::size_t i = 0; i < employer.employees().size(); ++i) {
+    const Employee& employee = employer.employees()[i];
+    std::vector<std::string> row = {employee.number, employee.name, employer.departments()[employee.department].name,
+                                    employee.sortCode, employee.account};
+    appendAmounts(row, run.payslips()[i]);
+    table.addRow(std::move(row));
+  }
+  table.appendTo(result);
+}
+
+void appendTotals(std::string& result, const PayRun& run) {
+  Table table(withAmounts({{"Department"}, {"People", Side::Right}}));
+  const Employer& employer = run.employer();
+  std::vector<std::size_t> people(employer.departments().size());
+  for (const Employee& employee : employer.employees()) ++people[employee.department];
+  const std::vector<Payslip> totals = run.departmentTotals();
+  for (std::size_t i = 0; i < totals.size(); ++i) {
+    std::vector<std::string> row = {employer.departments()[i].name, std::to_string(people[i])};
+    appendAmounts(row, totals[i]);
+    table.addRow(std::move(row));
+  }
+  table.addRule();
+  std::vector<std::string> row = {"Employer", std::to_string(employer.employees().size())};
+  appendAmounts(row, run.total());
+  table.addRow(std::move(row));
+  table.appendTo(result);
+}
+
+std::string dayText(Date day) { return text(nk_utcDateStringWithFormat(day, "d MMMM yyyy")); }
+
+}  // namespace
+
+std::string amountText(const Decimal& amount) { return text(nk_currencyStyleString(amount)); }
+
+std::string amountInWords(const Decimal& amount) {
+  const Decimal magnitude = amount.isNegative() ? negate(amount) : amount;
+  const NSNumber pounds = integralNumber(magnitude);
+  const NSNumber pence = integralNumber((magnitude - nk_decimalNumber(pounds)) * 100);
+  const auto counted = [](const NSNumber& number, const char* one, const char* many) {
+    return text(nk_wordString(number)) + " " + (number == NSNumber(1) ? one : many);
+  };
+  return (amount.isNegative() ? "minus " : "") + counted(pounds, "pound", "pounds") + " and " +
+         counted(pence, "penny", "pence");
+}
+
+std::string report(const PayRun& run) {
+  const Employer& employer = run.employer();
+  std::string result = employer.name + "\n";
+  result += "PAYE reference " + employer.payeReference + "\n";
+  result += "Tax month " + std::to_string(run.month()) + " of " + taxYearName(employer.taxYear) + ": " +
+            dayText(run.days().first) + " to " + dayText(run.days().last) + "\n\n";
+  appendPayslips(result, run);
+  result += "\n";
+  appendTotals(result, run);
+  const Decimal net = run.total().month.net();
+  result += "\nNet pay: £" + amountText(net) + "\n";
+  result += "In words: " + amountInWords(net) + "\n";
+  return result;
+}
+
+}  // namespace payrun

@@ -1,0 +1,18 @@
+// examples/payrun/Report.h - a pay run as text: the payslips, the totals, and the net pay in words.
+#pragma once
+
+#include <string>
+
+#include "NorvikCore/platform/values/Decimal.h"
+#include "PayRun.h"
+
+namespace payrun {
+
+std::string report(const PayRun& run);
+
+/// Two decimals at least, thousands in groups: "1,234.50".
+std::string amountText(const norvik::Decimal& amount);
+/// "one thousand two hundred and thirty-four pounds and fifty pence". `amount` has at most two decimals.
+std::string amountInWords(const norvik::Decimal& amount);
+
+}  // namespace payrun

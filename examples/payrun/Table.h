@@ -1,0 +1,31 @@
+// examples/payrun/Table.h - rows of texts under headings, set in columns as wide as their widest text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace payrun {
+
+class Table {
+ public:
+  enum class Side { Left, Right };
+  struct Column {
+    std::string heading;
+    Side side = Side::Left;
+  };
+
+  explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+  /// One text for each column, in UTF-8.
+  void addRow(std::vector<std::string> texts) { rows_.push_back(std::move(texts)); }
+  /// A line across all columns, as between rows and their total.
+  void addRule() { rows_.emplace_back(); }
+  /// Adds headings, a rule and all rows to `result`, a line each.
+  void appendTo(std::string& result) const;
+
+ private:
+  std::vector<Column> columns_;
+  std::vector<std::vector<std::string>> rows_;  // a row without texts is a rule
+};
+
+}  // namespace payrun

@@ -1,0 +1,136 @@
+#include "tests/examples/payrun/PayrunProgram.h"
+
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+
+namespace payrun_test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void becomePayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments, int out,
+                               int err) {
+  ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
+  ::dup2(out, STDOUT_FILENO);
+  ::dup2(err, STDERR_FILENO);
+  ::setenv("HOME", home.path().c_str(), 1);
+  ::setenv("LC_ALL", "en_GB.UTF-8", 1);
+  ::setenv("TZ", "UTC", 1);
+  for (const char* name : {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) ::unsetenv(name);
+  std::vector<char*> words = {const_cast<char*>(PAYRUN_PROGRAM)};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  ::execv(PAYRUN_PROGRAM, words.data());
+  ::_exit(127);
+}
+
+int openForWriting(const fs::path& path) {
+  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  if (descriptor < 0) throw std::runtime_error("cannot write " + path.string());
+  return descriptor;
+}
+
+void waitFor(pid_t child, Result& result) {
+  int status = 0;
+  struct rusage usage {};
+  if (::wait4(child, &status, 0, &usage) != child) throw std::runtime_error("no child to wait for");
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  result.cpuSeconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
+  result.peakMebibytes = static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+std::string readToEnd(int descriptor) {
+  std::string text;
+  char buffer[4096];
+  ssize_t count = 0;
+  while ((count = ::read(descriptor, buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(count));
+  return text;  // a terminal ends with an error once nobody has it open
+}
+
+}  // namespace
+
+Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments) {
+  const TemporaryFolder outputs;
+  const int out = openForWriting(outputs.path("out")), err = openForWriting(outputs.path("err"));
+  const pid_t child = ::fork();
+  if (child == 0) becomePayrun(home, arguments, out, err);
+  ::close(out);
+  ::close(err);
+  Result result;
+  waitFor(child, result);
+  result.out = readFile(outputs.path("out"));
+  result.err = readFile(outputs.path("err"));
+  return result;
+}
+
+Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments) {
+  const TemporaryFolder outputs;
+  const int out = openForWriting(outputs.path("out"));
+  int terminal = -1, end = -1;
+  if (::openpty(&terminal, &end, nullptr, nullptr, nullptr) != 0) throw std::runtime_error("no terminal");
+  const pid_t child = ::fork();
+  if (child == 0) becomePayrun(home, arguments, out, end);
+  ::close(out);
+  ::close(end);
+  Result result;
+  result.err = readToEnd(terminal);
+  ::close(terminal);
+  waitFor(child, result);
+  result.out = readFile(outputs.path("out"));
+  return result;
+}
+
+fs::path exampleEmployer() { return PAYRUN_EXAMPLE_EMPLOYER; }
+fs::path expectedReports() { return PAYRUN_EXPECTED_REPORTS; }
+
+std::string readFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("cannot read " + path.string());
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void writeFile(const fs::path& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << text;
+  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+std::string readLogs(const fs::path& folder) {
+  std::string text;
+  for (const auto& entry : fs::directory_iterator(folder)) text += readFile(entry.path());
+  return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+std::string firstDifference(const std::string& actual, const std::string& expected) {
+  if (actual == expected) return {};
+  const std::vector<std::string> a = linesOf(actual), b = linesOf(expected);
+  std::size_t line = 0;
+  while (line < a.size() && line < b.size() && a[line] == b[line]) ++line;
+  const auto lineOf = [line](const std::vector<std::string>& lines) {
+    return line < lines.size() ? lines[line] : std::string("(the end)");
+  };
+  return "line " + std::to_string(line + 1) + " is \"" + lineOf(a) + "\" instead of \"" + lineOf(b) + "\"";
+}
+
+}  // namespace payrun_test

@@ -1,0 +1,72 @@
+// The pay run's command line.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/examples/payrun/PayrunProgram.h"
+
+namespace payrun_test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(PayrunArguments, HelpNamesEveryOptionFileAndStatus) {
+  const TemporaryFolder folder;
+  const Result result = runPayrun(folder, {"--help"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  for (const char* word : {"--input", "--month", "--output", "--logs", "--generate", "--help", "--version",
+                           "employer.ini", "employees.csv", "items.csv", "exit status"}) {
+    EXPECT_THAT(result.out, HasSubstr(word));
+  }
+  for (const std::string& line : linesOf(result.out)) EXPECT_LE(line.size(), 120U) << line;
+}
+
+TEST(PayrunArguments, VersionIsOneLine) {
+  const TemporaryFolder folder;
+  const Result result = runPayrun(folder, {"--version"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, testing::MatchesRegex("payrun [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(PayrunArguments, AValueMayFollowAnEqualsSign) {
+  const TemporaryFolder folder;
+  const Result result =
+      runPayrun(folder, {"--input=" + exampleEmployer().string(), "--month=1", "--logs=" + folder.path("logs")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("Tax month 1 of 2024-25: 6 April 2024 to 5 May 2024"));
+}
+
+TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* complaint;
+  } rows[] = {
+      {{}, "--input is missing"},
+      {{"--input", "x"}, "--month is missing"},
+      {{"--month", "1"}, "--input is missing"},
+      {{"--input", "x", "--month", "0"}, "--month takes a number from 1 to 12, not \"0\""},
+      {{"--input", "x", "--month", "13"}, "--month takes a number from 1 to 12, not \"13\""},
+      {{"--input", "x", "--month", "1x"}, "--month takes a number from 1 to 12, not \"1x\""},
+      {{"--input", "x", "--month", "-1"}, "--month takes a number from 1 to 12, not \"-1\""},
+      {{"--input", "x", "--month"}, "--month needs a value"},
+      {{"--input=", "--month", "1"}, "--input needs a value"},
+      {{"--input", "x", "--input", "y", "--month", "1"}, "--input is there twice"},
+      {{"--input", "x", "--month", "1", "--colour"}, "there is no option \"--colour\""},
+      {{"employer"}, "there is no option \"employer\""},
+      {{"--generate", "0", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"0\""},
+      {{"--generate", "1000001", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"1000001\""},
+      {{"--generate", "5", "--input", "x", "--month", "1"}, "--generate does not go with --month"},
+      {{"--generate", "5"}, "--input is missing"},
+  };
+  for (const auto& row : rows) {
+    const TemporaryFolder folder;
+    const Result result = runPayrun(folder, row.arguments);
+    EXPECT_EQ(result.status, 2) << row.complaint;
+    EXPECT_EQ(result.out, "") << row.complaint;
+    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; payrun --help tells more\n");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << row.complaint;
+  }
+}
+
+}  // namespace
+}  // namespace payrun_test
