@@ -16,6 +16,12 @@ bool NKDecimalFormatter::init() {
   return true;
 }
 
+bool NKDecimalFormatter::initWithCoder(NSCoder& coder) {
+  if (!Super::initWithCoder(coder)) return false;
+  setup();
+  return true;
+}
+
 void NKDecimalFormatter::setup() {
   setFormatterBehavior(NSNumberFormatterBehavior10_4);
   setNumberStyle(NSNumberFormatterDecimalStyle);

@@ -18,6 +18,7 @@ namespace norvik {
 
 class NK_EXPORT NKDecimalFormatter : public NSNumberFormatter {
   NK_OBJECT(NKDecimalFormatter, NSNumberFormatter)
+  NK_CODING
   /// The greatest number of UTF-16 units the field may hold; 0 or less, as at first, is no limit.
   NK_PROPERTY(std::int64_t, maxLength, setMaxLength)
 
@@ -32,6 +33,9 @@ class NK_EXPORT NKDecimalFormatter : public NSNumberFormatter {
   /// Sets the upper bound. With L the length of the bound's plain text, sign and point included, L becomes the greatest
   /// number of integer digits and L + L / 3 + 4 the maxLength(); without a bound both stay as they are.
   void setMaximum(std::optional<NSNumber> maximum) override;
+
+  /// The platform's decoding, then setup(): what setup() sets is the class's, whatever was encoded.
+  bool initWithCoder(NSCoder& coder) override;
 
   /// The platform's rendering with the formatter's nk_additionalAttributes over it.
   [[nodiscard]] Ref<NSAttributedString> attributedStringForObjectValue_withDefaultAttributes(

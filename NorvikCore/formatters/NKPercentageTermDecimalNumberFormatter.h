@@ -14,6 +14,7 @@ namespace norvik {
 
 class NK_EXPORT NKPercentageTermDecimalNumberFormatter : public NKDecimalFormatter {
   NK_OBJECT(NKPercentageTermDecimalNumberFormatter, NKDecimalFormatter)
+  NK_CODING
   ~NKPercentageTermDecimalNumberFormatter() override;
 
   /// The bounds of all formatters made from now on; absent is none. Any thread.

@@ -2,6 +2,10 @@
 #include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 
+#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
+#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
+#include "tests/support/ExpectRaises.h"
+
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -70,4 +74,20 @@ TEST_F(TermDecimalNumberFormatters, TheMoneyTextIsTheSameOnAnyThread) {
   NSString onOther;
   std::thread([&] { onOther = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")); }).join();
   EXPECT_EQ(onOther, "1,234.50");
+}
+
+TEST_F(TermDecimalNumberFormatters, AreSetUpAnewWhenTheyAreDecoded) {
+  const auto money = make<NKMonetaryTermDecimalNumberFormatter>();
+  money->setLocale(NSLocale::localeWithLocaleIdentifier("de_DE"));
+  money->setLenient(false);
+  const auto data = NSKeyedArchiver::archivedDataWithRootObject(Value(money));
+  NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(1000, 0);
+  const auto same = NSKeyedUnarchiver::unarchiveObjectWithData(*data).as<Ref<NKMonetaryTermDecimalNumberFormatter>>();
+  ASSERT_TRUE(same);
+  EXPECT_EQ(same->locale()->localeIdentifier(), "de_DE") << "the application's locale stays";
+  EXPECT_TRUE(same->lenient());
+  EXPECT_TRUE(same->generatesDecimalNumbers());
+  EXPECT_EQ(same->maximum(), NSNumber(1000));
+  EXPECT_EQ(same->maxLength(), 9);
+  EXPECT_EQ(same->stringFromNumber(dec("123.5")), "123,50");
 }

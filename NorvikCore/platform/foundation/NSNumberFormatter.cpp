@@ -8,6 +8,7 @@
 #include <unicode/decimfmt.h>
 #include <unicode/rbnf.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -404,5 +405,71 @@ const std::optional<NSNumber>& NSNumberFormatter::maximum() const noexcept { ret
 void NSNumberFormatter::setMaximum(std::optional<NSNumber> maximum) { engine_->maximum = maximum; }
 const std::optional<NSNumber>& NSNumberFormatter::minimum() const noexcept { return engine_->minimum; }
 void NSNumberFormatter::setMinimum(std::optional<NSNumber> minimum) { engine_->minimum = minimum; }
+
+namespace {
+
+/// One of the enumerators 0 to `last`.
+template <class Enumeration>
+Enumeration decodeEnumerator(NSCoder& coder, const NSString& key, Enumeration last) {
+  const std::int64_t number = coder.decodeIntegerForKey(key);
+  if (number < 0 || number > static_cast<std::int64_t>(last)) {
+    detail::raise("NSInvalidUnarchiveOperationException", "a number formatter's " + key.utf8() + " is damaged");
+  }
+  return static_cast<Enumeration>(number);
+}
+
+/// A count of digits, wherever one can be.
+int decodeDigits(NSCoder& coder, const NSString& key) {
+  return static_cast<int>(std::clamp<std::int64_t>(coder.decodeIntegerForKey(key), 0, noIntegerLimit));
+}
+
+}  // namespace
+
+void NSNumberFormatter::encodeWithCoder(NSCoder& coder) const {
+  const Engine& e = *engine_;
+  coder.encodeObject(e.locale->localeIdentifier(), "locale");
+  coder.encodeInteger(e.style, "numberStyle");
+  coder.encodeInteger(e.behavior, "formatterBehavior");
+  coder.encodeInteger(e.rounding, "roundingMode");
+  coder.encodeObject(e.ownPattern, "format");
+  coder.encodeBool(e.own.integerDigits.has_value(), "hasIntegerDigits");
+  coder.encodeInteger(minimumIntegerDigits(), "minimumIntegerDigits");
+  coder.encodeInteger(maximumIntegerDigits(), "maximumIntegerDigits");
+  coder.encodeBool(e.own.fractionDigits.has_value(), "hasFractionDigits");
+  coder.encodeInteger(minimumFractionDigits(), "minimumFractionDigits");
+  coder.encodeInteger(maximumFractionDigits(), "maximumFractionDigits");
+  coder.encodeObject(e.own.grouping, "hasThousandSeparators");
+  coder.encodeBool(e.allowsFloats, "allowsFloats");
+  coder.encodeBool(e.isLenient, "lenient");
+  coder.encodeBool(e.generatesDecimals, "generatesDecimalNumbers");
+  coder.encodeObject(e.maximum, "maximum");
+  coder.encodeObject(e.minimum, "minimum");
+}
+
+bool NSNumberFormatter::initWithCoder(NSCoder& coder) {
+  Engine& e = *engine_;
+  e.locale = NSLocale::localeWithLocaleIdentifier(coder.decode<NSString>("locale"));
+  e.style = decodeEnumerator(coder, "numberStyle", NSNumberFormatterSpellOutStyle);
+  e.behavior = decodeEnumerator(coder, "formatterBehavior", NSNumberFormatterBehavior10_4);
+  e.rounding = decodeEnumerator(coder, "roundingMode", NSNumberFormatterRoundHalfUp);
+  e.rebuild();
+  if (const auto pattern = coder.decode<std::optional<NSString>>("format")) setFormat(*pattern);
+  if (coder.decodeBoolForKey("hasIntegerDigits")) {
+    setMinimumIntegerDigits(decodeDigits(coder, "minimumIntegerDigits"));
+    setMaximumIntegerDigits(decodeDigits(coder, "maximumIntegerDigits"));
+  }
+  if (coder.decodeBoolForKey("hasFractionDigits")) {
+    setMinimumFractionDigits(decodeDigits(coder, "minimumFractionDigits"));
+    setMaximumFractionDigits(decodeDigits(coder, "maximumFractionDigits"));
+  }
+  if (const auto grouping = coder.decode<std::optional<bool>>("hasThousandSeparators"))
+    setHasThousandSeparators(*grouping);
+  e.allowsFloats = coder.decodeBoolForKey("allowsFloats");
+  e.generatesDecimals = coder.decodeBoolForKey("generatesDecimalNumbers");
+  setLenient(coder.decodeBoolForKey("lenient"));
+  e.maximum = coder.decode<std::optional<NSNumber>>("maximum");
+  e.minimum = coder.decode<std::optional<NSNumber>>("minimum");
+  return true;
+}
 
 }  // namespace norvik

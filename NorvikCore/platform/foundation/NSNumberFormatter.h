@@ -21,6 +21,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 
 #include <memory>
@@ -55,8 +56,9 @@ enum NSNumberFormatterRoundingMode : unsigned {
   NSNumberFormatterRoundHalfUp = 6
 };
 
-class NK_EXPORT NSNumberFormatter : public NSFormatter {
+class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NSNumberFormatter, NSFormatter)
+  NK_CODING
 
   /// No style, the user's current locale.
   NSNumberFormatter();
@@ -116,6 +118,10 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter {
   virtual void setMaximum(std::optional<NSNumber> maximum);
   [[nodiscard]] const std::optional<NSNumber>& minimum() const noexcept;
   virtual void setMinimum(std::optional<NSNumber> minimum);
+
+  /// All settings. What was damaged raises NSInvalidUnarchiveOperationException.
+  void encodeWithCoder(NSCoder& coder) const override;
+  bool initWithCoder(NSCoder& coder) override;
 
  private:
   struct Engine;

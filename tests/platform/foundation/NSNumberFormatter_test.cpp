@@ -2,6 +2,8 @@
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
+#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -212,6 +214,38 @@ TEST(NSNumberFormatter, AMalformedPatternRaisesAndChangesNothing) {
   const auto formatter = british("#,##0.00");
   EXPECT_RAISES(formatter->setFormat("#,##0.00.00"), "NSInvalidArgumentException");
   EXPECT_EQ(formatter->stringFromNumber(1), "1.00");
+}
+
+TEST(NSNumberFormatter, KeepsItsSettingsThroughAnArchive) {
+  const auto formatter = british("#,##0.0##");
+  formatter->setMaximumIntegerDigits(3);
+  formatter->setRoundingMode(NSNumberFormatterRoundUp);
+  formatter->setMaximum(Decimal::parse("99.5").value());
+  formatter->setLenient(true);
+  const auto data = NSKeyedArchiver::archivedDataWithRootObject(Value(formatter));
+  const auto same = NSKeyedUnarchiver::unarchiveObjectWithData(*data).as<Ref<NSNumberFormatter>>();
+  ASSERT_TRUE(same);
+  EXPECT_EQ(same->stringFromNumber(dec("12.00001")), "12.001");
+  EXPECT_EQ(same->maximumIntegerDigits(), 3);
+  EXPECT_EQ(same->maximum(), NSNumber(dec("99.5")));
+  EXPECT_EQ(same->minimum(), std::nullopt);
+  EXPECT_EQ(read(*same, " 99 "), "99");
+  EXPECT_EQ(same->numberFromString("1")->kind(), NSNumber::Kind::Decimal);
+}
+
+TEST(NSNumberFormatter, RefusesADamagedArchive) {
+  const auto data = NSKeyedArchiver::archivedDataWithRootObject(Value(british("0.00")));
+  std::size_t refused = 0;
+  for (std::size_t i = 0; i < data->length(); ++i) {
+    std::string bytes(data->bytes().begin(), data->bytes().end());
+    bytes[i] = static_cast<char>(bytes[i] ^ 0x40);
+    try {
+      (void)NSKeyedUnarchiver::unarchiveObjectWithData(*NSData::dataWithBytes(bytes.data(), bytes.size()));
+    } catch (const NSException&) {
+      ++refused;
+    }
+  }
+  EXPECT_GT(refused, 0u);
 }
 
 // The fast way beside ICU itself, over patterns, roundings and numbers of all sizes.
