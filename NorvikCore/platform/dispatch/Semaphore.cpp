@@ -38,10 +38,10 @@ bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
   return taken;
 }
 
-bool SemaphoreCore::give() noexcept {
-  permits_.fetch_add(1, std::memory_order_seq_cst);
+bool SemaphoreCore::give(std::uint32_t permits) noexcept {
+  permits_.fetch_add(permits, std::memory_order_seq_cst);
   if (sleepers_.load(std::memory_order_seq_cst) == 0) return false;
-  futexWake(&permits_, 1);
+  futexWake(&permits_, static_cast<int>(permits));
   return true;
 }
 
@@ -68,6 +68,10 @@ std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
 namespace detail {
 
 std::uint32_t availablePermits(const dispatch_semaphore_t& semaphore) noexcept { return semaphore.core()->available(); }
+
+void givePermits(const dispatch_semaphore_t& semaphore, std::uint32_t permits) noexcept {
+  semaphore.core()->give(permits);
+}
 
 }  // namespace detail
 }  // namespace norvik

@@ -19,7 +19,7 @@ class SemaphoreCore {
   bool takeBy(std::uint64_t deadline) noexcept;
   [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
   /// True when a thread slept.
-  bool give() noexcept;
+  bool give(std::uint32_t permits = 1) noexcept;
 
  private:
   std::atomic<std::uint32_t> references_{1};
