@@ -15,7 +15,7 @@ void DDLog::initialize() { LogDispatcher::shared(); }
 
 dispatch_queue_t DDLog::loggingQueue() { return LogDispatcher::shared().queue(); }
 
-void DDLog::applicationWillTerminate() { flushLog(); }
+void DDLog::applicationWillTerminate(const NSNotification&) { LogDispatcher::shared().flushFromAnyQueue(); }
 
 void DDLog::addLogger(const Ref<DDLogger>& logger) { addLogger(logger, LOG_LEVEL_VERBOSE); }
 

@@ -26,6 +26,9 @@
 //            process exits (exit, or return from main), after the destructors of the program's statics. Where exit is called on
 //            the logging queue or on a logger's queue, what is queued behind that block is lost, and the loggers are
 //            flushed as far as this does not wait for the block itself.
+// Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log;
+//            messages that were waiting are the parent's, and a child flushes by flushLog() where it wants to, not at
+//            its exit.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -43,6 +46,8 @@
 
 namespace norvik {
 
+class NSNotification;
+
 /// The key, and the value, of the queue-specific value of the logging queue: its own address.
 extern NK_EXPORT void* const GlobalLoggingQueueIdentityKey;
 
@@ -56,8 +61,8 @@ class NK_EXPORT DDLog : public NSObject {
   /// The queue on which messages are handed out and loggers are added and removed.
   [[nodiscard]] static dispatch_queue_t loggingQueue();
 
-  /// Flushes every logger.
-  static void applicationWillTerminate();
+  /// Flushes every logger. The observer of NSApplicationWillTerminateNotification.
+  static void applicationWillTerminate(const NSNotification& notification);
 
   /// Adds a logger, for every message or for those that the level admits. An empty one is ignored. A logger added twice
   /// gets every message twice. Returns at once: the logger gets what is logged afterwards.

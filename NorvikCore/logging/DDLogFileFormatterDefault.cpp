@@ -1,28 +1,38 @@
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 
-#include "NorvikCore/logging/internal/LogTimeStamp.h"
+#include "NorvikCore/platform/foundation/NSDateFormatter.h"
+
+#include <utility>
 
 namespace norvik {
 
-DDLogFileFormatterDefault::DDLogFileFormatterDefault() : stamp_(std::make_unique<detail::LogTimeStamp>()) {}
+DDLogFileFormatterDefault::DDLogFileFormatterDefault() : DDLogFileFormatterDefault(nullptr) {}
+
+DDLogFileFormatterDefault::DDLogFileFormatterDefault(Ref<NSDateFormatter> given) : dateFormatter(std::move(given)) {
+  if (dateFormatter) return;
+  dateFormatter = make<NSDateFormatter>();
+  dateFormatter->setFormatterBehavior(NSDateFormatterBehavior10_4);
+  dateFormatter->setDateFormat("yyyy/MM/dd HH:mm:ss:SSS");
+}
 
 DDLogFileFormatterDefault::~DDLogFileFormatterDefault() = default;
 
+Ref<DDLogFileFormatterDefault> DDLogFileFormatterDefault::initWithDateFormatter(
+    const Ref<NSDateFormatter>& dateFormatter) {
+  return make<DDLogFileFormatterDefault>(dateFormatter);
+}
+
 std::optional<NSString> DDLogFileFormatterDefault::formatLogMessage(const DDLogMessage& message) {
-  char stamp[detail::LogTimeStamp::length];
-  stamp_->write(message.timestamp(), stamp);
-  return std::string_view(stamp, sizeof stamp) + ("  " + message.logMsg());
+  return dateFormatter->stringFromDate(message.timestamp()) + "  " + message.logMsg();
 }
 
 void DDLogFileFormatterDefault::appendLogMessage(std::string& text, const DDLogMessage& message) {
-  char stamp[detail::LogTimeStamp::length + 2];
-  stamp_->write(message.timestamp(), stamp);
-  stamp[detail::LogTimeStamp::length] = stamp[detail::LogTimeStamp::length + 1] = ' ';
-  text.append(stamp, sizeof stamp);
+  text += dateFormatter->stringFromDate(message.timestamp()).view();
+  text += "  ";
   if (message.logMsg().isWellFormed()) {
-    text.append(message.logMsg().view());
+    text += message.logMsg().view();
   } else {
-    text.append(message.logMsg().utf8());
+    text += message.logMsg().utf8();
   }
 }
 

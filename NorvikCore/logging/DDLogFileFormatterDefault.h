@@ -2,25 +2,29 @@
 //
 //   2021/05/10 14:30:12:045  40 payslips written
 //
-// Threads: confined, to the queue of the logger that has it.
+//   logger->setLogFormatter(make<DDLogFileFormatterDefault>());                  // as above, local time
+//   logger->setLogFormatter(DDLogFileFormatterDefault::initWithDateFormatter(isoFormatter));
+//
+// Ownership: keeps its date formatter, which nobody changes while messages flow.
+// Threads:   confined, to the queue of the logger that has it.
 #pragma once
 
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/export.h"
 
-#include <memory>
 #include <string>
 
 namespace norvik {
 
-namespace detail {
-class LogTimeStamp;
-}
+class NSDateFormatter;
 
 class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
   NK_OBJECT(DDLogFileFormatterDefault, DDLogFormatter)
 
+  /// Without a date formatter: "yyyy/MM/dd HH:mm:ss:SSS" in the locale and the time zone of this moment.
   DDLogFileFormatterDefault();
+  explicit DDLogFileFormatterDefault(Ref<NSDateFormatter> dateFormatter);
+  [[nodiscard]] static Ref<DDLogFileFormatterDefault> initWithDateFormatter(const Ref<NSDateFormatter>& dateFormatter);
 
   [[nodiscard]] std::optional<NSString> formatLogMessage(const DDLogMessage& message) override;
 
@@ -31,7 +35,7 @@ class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
   ~DDLogFileFormatterDefault() override;
 
  private:
-  std::unique_ptr<detail::LogTimeStamp> stamp_;
+  Ref<NSDateFormatter> dateFormatter;
 };
 
 }  // namespace norvik

@@ -1,11 +1,9 @@
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
-#include "tests/support/InChild.h"
+#include "NorvikCore/platform/foundation/NSDateFormatter.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <string>
 
@@ -26,6 +24,22 @@ TEST(DDLogFileFormatterDefault, ALineIsTheTimeTwoBlanksAndTheText) {
   ASSERT_EQ(std::strftime(expected, sizeof expected, "%Y/%m/%d %H:%M:%S:", &fields), 20U);
   EXPECT_EQ(line.substr(0, 20), expected);
   EXPECT_EQ(line.substr(23), "  40 payslips written");
+}
+
+TEST(DDLogFileFormatterDefault, AnotherDateFormatterIsUsedWhereOneIsGiven) {
+  const auto dates = make<NSDateFormatter>();
+  dates->setTimeZone(NSTimeZone::timeZoneWithName("UTC"));
+  dates->setDateFormat("'at' yyyy");
+  const auto made = message("text");
+  const double years = made->timestamp().timeIntervalSinceReferenceDate() / 86400 / 365.2425;
+  EXPECT_EQ(DDLogFileFormatterDefault::initWithDateFormatter(dates)->formatLogMessage(*made),
+            "at " + std::to_string(2001 + static_cast<int>(years)) + "  text");
+}
+
+TEST(DDLogFileFormatterDefault, WithoutADateFormatterTheUsualOneIsMade) {
+  const auto made = message("text");
+  EXPECT_EQ(DDLogFileFormatterDefault::initWithDateFormatter(nullptr)->formatLogMessage(*made),
+            make<DDLogFileFormatterDefault>()->formatLogMessage(*made));
 }
 
 TEST(DDLogFileFormatterDefault, AppendingGivesTheSameLine) {

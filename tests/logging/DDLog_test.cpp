@@ -4,6 +4,8 @@
 #include "NorvikCore/logging/DDLoggerNode.h"
 #include "NorvikCore/logging/internal/LibraryWarning.h"
 #include "NorvikCore/platform/dispatch/Group.h"
+#include "NorvikCore/platform/foundation/NSApplicationTermination.h"
+#include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <gmock/gmock.h>
@@ -272,8 +274,16 @@ TEST_F(DDLogTest, FlushLogFlushesAfterWhatWasLoggedBefore) {
   say("before");
   DDLog::flushLog();
   EXPECT_THAT(logger->all(), ElementsAre("[added]", "before", "[flushed]"));
-  DDLog::applicationWillTerminate();
+  DDLog::applicationWillTerminate(*NSNotification::notificationWithName("any"));
   EXPECT_THAT(logger->all(), ElementsAre("[added]", "before", "[flushed]", "[flushed]"));
+}
+
+TEST_F(DDLogTest, TheNotificationOfTheEndFlushesBeforeItReturns) {
+  const auto logger = make<RecordingLogger>();
+  DDLog::addLogger(logger);
+  say("before");
+  NSNotificationCenter::defaultCenter().postNotificationName(NSApplicationWillTerminateNotification);
+  EXPECT_THAT(logger->all(), ElementsAre("[added]", "before", "[flushed]"));
 }
 
 TEST_F(DDLogTest, ALoggerWithOnlyWhatIsRequiredWorks) {

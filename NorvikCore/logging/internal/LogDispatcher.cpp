@@ -2,13 +2,17 @@
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/foundation/NSApplicationTermination.h"
+#include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 
 #include <pthread.h>
 
 #include <algorithm>
-#include <atomic>
+#include <exception>
+#include <string>
 #include <utility>
 
 namespace norvik::detail {
@@ -17,13 +21,15 @@ namespace {
 // Messages that one logger alone takes are handed over in runs of at most so many.
 constexpr std::size_t maximumRun = 128;
 
-// How long the end of the process waits for the loggers; how long where the caller stands in their way itself.
-constexpr std::int64_t exitPatience = 10 * NSEC_PER_SEC, exitPatienceWhileHeld = 1 * NSEC_PER_SEC;
+// How long the end of the process waits for the loggers; how long where the caller stands in their way itself; and how
+// long a fork waits for the message that is being handed out.
+constexpr std::int64_t endPatience = 10 * NSEC_PER_SEC, heldPatience = 1 * NSEC_PER_SEC;
+constexpr std::int64_t forkPatience = 100 * NSEC_PER_MSEC;
 
 // Below so many free permits a message is in a hurry: the writer that looks once a millisecond is asked to come now.
 constexpr std::uint32_t relaxedPermits = LogDispatcher::maximumQueueSize * 9 / 10;
 
-std::atomic<LogDispatcher*> existing{nullptr};
+LogDispatcher* existing = nullptr;  // for functions that are called only once there is one
 
 /// One logger's part in the handling of a message. What leaves it ends the process, on whichever thread it runs.
 void hand(DDLoggerNode& node, const DDLogMessage& message) noexcept { node.logger()->logMessage(message); }
@@ -54,10 +60,11 @@ LogDispatcher::LogDispatcher()
       numProcessors(std::max<std::uint32_t>(kernel::processorCount(), 1)) {
   loggers.reserve(4);
   dispatch_queue_set_specific(loggingQueue, GlobalLoggingQueueIdentityKey, GlobalLoggingQueueIdentityKey);
-  pthread_atfork(nullptr, nullptr, [] {
-    if (LogDispatcher* dispatcher = existing.load()) dispatcher->resetAfterFork();
-  });
-  existing.store(this);
+  existing = this;
+  pthread_atfork([] { existing->prepareFork(); }, [] { existing->endFork(); }, [] { existing->endForkInChild(); });
+  atProcessEnd(&LogDispatcher::flushAtProcessEnd);
+  NSNotificationCenter::defaultCenter().addObserverForName(NSApplicationWillTerminateNotification, nullptr,
+                                                           &DDLog::applicationWillTerminate);
 }
 
 void LogDispatcher::addLogger(const Ref<DDLogger>& logger, int level) {
@@ -74,16 +81,9 @@ void LogDispatcher::removeAllLoggers() {
   dispatch_async(loggingQueue, [this] { lt_removeAllLoggers(); });
 }
 
-void LogDispatcher::takePermit() {
-  if (dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_NOW) == 0) [[likely]]
-    return;
-  dispatch_async(loggingQueue, [] {});  // somebody waits from now on: the messages are in a hurry
-  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
-}
-
 void LogDispatcher::queueLogMessage(const Ref<DDLogMessage>& message, bool asynchronously) {
   if (!message) return;
-  takePermit();
+  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
   const auto log = [this, message] {
     lt_log(*message);
     dispatch_semaphore_signal(queueSemaphore);
@@ -97,7 +97,7 @@ void LogDispatcher::queueLogMessage(const Ref<DDLogMessage>& message, bool async
 
 void LogDispatcher::queueNewMessage(DDLogMessage::Fields&& fields, bool asynchronously) {
   Ref<QueuedMessage> message = make<QueuedMessage>(std::move(fields));
-  takePermit();
+  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
   if (asynchronously) {
     QueuedMessage* item = message.take();
     const bool hurry = availablePermits(queueSemaphore) < relaxedPermits;
@@ -195,7 +195,7 @@ void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
     if (!sole) {
       self.lt_log(*message);
       message = nullptr;
-      dispatch_semaphore_signal(self.queueSemaphore);
+      givePermits(self.queueSemaphore, 1);
       item = cursor.next();
       continue;
     }
@@ -208,10 +208,8 @@ void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
       run[count++] = next;
     }
     dispatch_sync(sole->loggerQueue(), [&]() noexcept { sole->runLogger()->logMessages(run, count); });
-    for (std::size_t i = 0; i < count; ++i) {
-      release(run[i]);
-      dispatch_semaphore_signal(self.queueSemaphore);
-    }
+    for (std::size_t i = 0; i < count; ++i) release(run[i]);
+    givePermits(self.queueSemaphore, static_cast<std::uint32_t>(count));
   }
 }
 
@@ -222,36 +220,36 @@ void LogDispatcher::lt_flush() {
   dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
 }
 
+// The end of the process, and forks
+
 void LogDispatcher::rememberLoggers() {
-  std::vector<Ref<DDLoggerNode>> before;  // destroyed without the lock
-  MutexLock lock(knownMutex);
-  before = std::exchange(knownLoggers, loggers);
+  std::vector<Ref<DDLoggerNode>> nodes = loggers;
+  const MutexLock lock(knownMutex);
+  std::swap(knownLoggers, nodes);  // what was known is destroyed without the lock
 }
 
-void LogDispatcher::flushAtExit() noexcept {
-  try {
-    std::vector<Ref<DDLoggerNode>> nodes;
-    {
-      MutexLock lock(knownMutex);
-      nodes = knownLoggers;
-    }
-    const bool isHeld = dispatch_queue_is_held(loggingQueue) ||
-                        std::any_of(nodes.begin(), nodes.end(), [](const Ref<DDLoggerNode>& node) {
-                          return dispatch_queue_is_held(node->loggerQueue());
-                        });
-    if (isHeld) return flushWhileHeld(nodes);
-    const dispatch_group_t done = dispatch_group_create();
-    dispatch_group_async(done, loggingQueue, [this] { lt_flush(); });
-    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, exitPatience)) != 0) {
-      kernel::writeSystemLog("DDLog: a logger did not finish in time; the process ends without it");
-    }
-  } catch (...) {
-    kernel::writeSystemLog("DDLog: the loggers could not be flushed at the end of the process");
+std::vector<Ref<DDLoggerNode>> LogDispatcher::rememberedLoggers() {
+  const MutexLock lock(knownMutex);
+  return knownLoggers;
+}
+
+bool LogDispatcher::isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) const {
+  return dispatch_queue_is_held(loggingQueue) ||
+         std::any_of(nodes.begin(), nodes.end(),
+                     [](const Ref<DDLoggerNode>& node) { return dispatch_queue_is_held(node->loggerQueue()); });
+}
+
+void LogDispatcher::flushFromAnyQueue() {
+  const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();
+  if (isOnAnyQueue(nodes)) {
+    flushWhileHeld(nodes);
+  } else {
+    flush();
   }
 }
 
-/// The block that ends the process runs on the logging queue or on a logger's queue, which can run nothing more. A
-/// logger whose queue this is flushes here and now, all others on their queues.
+/// The caller's block runs on the logging queue or on a logger's queue, which can run nothing else meanwhile. A logger
+/// whose queue this is flushes here and now, all others on their queues.
 void LogDispatcher::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) {
   const dispatch_group_t done = dispatch_group_create();
   for (const Ref<DDLoggerNode>& node : nodes) {
@@ -261,17 +259,49 @@ void LogDispatcher::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) 
       dispatch_group_async(done, node->loggerQueue(), [logger = node->logger()] { logger->flush(); });
     }
   }
-  dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, exitPatienceWhileHeld));
+  dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, heldPatience));
 }
 
-void LogDispatcher::resetAfterFork() { queueSemaphore = dispatch_semaphore_create(maximumQueueSize); }
-
-namespace {
-
-/// Runs when the library is taken down, after everything that the program registered for its end: last of all.
-__attribute__((destructor)) void flushLoggersAtExit() {
-  if (LogDispatcher* dispatcher = existing.load()) dispatcher->flushAtExit();
+/// Last of all: after everything that the program registered for its end, on whichever thread ends it.
+void LogDispatcher::flushAtProcessEnd() {
+  LogDispatcher& self = shared();
+  try {
+    const std::vector<Ref<DDLoggerNode>> nodes = self.rememberedLoggers();
+    if (self.isOnAnyQueue(nodes)) return self.flushWhileHeld(nodes);
+    const dispatch_group_t done = dispatch_group_create();
+    dispatch_group_async(done, self.loggingQueue, [&self] { self.lt_flush(); });
+    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, endPatience)) != 0) {
+      kernel::writeSystemLog("DDLog: a logger did not finish in time; the process ends without it");
+    }
+  } catch (const std::exception& exception) {
+    kernel::writeSystemLog(std::string("DDLog: the loggers could not be flushed: ") + exception.what());
+  }
 }
 
-}  // namespace
+/// A child that may log must not find a logger in the middle of a message: a fork takes place between two of them. The
+/// gate is a block of the logging queue that stands still while the process forks.
+struct LogDispatcher::ForkGate {
+  dispatch_semaphore_t reached = dispatch_semaphore_create(0), forked = dispatch_semaphore_create(0);
+};
+
+void LogDispatcher::prepareFork() {
+  if (isOnAnyQueue(rememberedLoggers())) return;  // a fork within a message: the child goes on with it
+  forkGate = std::make_shared<ForkGate>();
+  dispatch_async(loggingQueue, [gate = forkGate] {
+    dispatch_semaphore_signal(gate->reached);
+    dispatch_semaphore_wait(gate->forked, DISPATCH_TIME_FOREVER);
+  });
+  // A logger that takes longer may wait for the very thread that forks.
+  dispatch_semaphore_wait(forkGate->reached, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
+}
+
+void LogDispatcher::endFork() {
+  if (const std::shared_ptr<ForkGate> gate = std::exchange(forkGate, nullptr)) dispatch_semaphore_signal(gate->forked);
+}
+
+void LogDispatcher::endForkInChild() {
+  forkGate = nullptr;
+  queueSemaphore = dispatch_semaphore_create(maximumQueueSize);  // the messages that were waiting are the parent's
+}
+
 }  // namespace norvik::detail

@@ -11,6 +11,7 @@
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace norvik::detail {
@@ -29,11 +30,8 @@ class LogDispatcher {
   /// The same for a message of this dispatcher's own making, which is queued as it is.
   void queueNewMessage(DDLogMessage::Fields&& fields, bool asynchronously);
   void flush();
-
-  /// Flushes every logger at the end of the process, whatever queue the caller is on; gives up after some seconds.
-  void flushAtExit() noexcept;
-  /// In a child made by fork(): messages that were waiting are the parent's, and their permits are given back.
-  void resetAfterFork();
+  /// Flushes every logger also where the caller is on a queue that flush() would wait for.
+  void flushFromAnyQueue();
 
   static constexpr std::intptr_t maximumQueueSize = 1000;
 
@@ -48,13 +46,20 @@ class LogDispatcher {
   void lt_log(const DDLogMessage& message);
   void lt_flush();
 
-  void takePermit();
   static void runMessages(Item* first, Cursor& cursor);
   /// The one logger that admits the message, where it takes several at once; else null.
   [[nodiscard]] DDLoggerNode* soleRunLogger(const DDLogMessage& message) const noexcept;
   void logInParallel(const DDLogMessage& message, DDLoggerNode* const* nodes, std::size_t count);
   void rememberLoggers();
+  [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
+  /// The caller is in a block of the logging queue or of a logger's queue.
+  [[nodiscard]] bool isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) const;
   void flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes);
+  static void flushAtProcessEnd();
+
+  void prepareFork();
+  void endFork();
+  void endForkInChild();
 
   std::vector<Ref<DDLoggerNode>> loggers;
   dispatch_queue_t loggingQueue;
@@ -62,8 +67,11 @@ class LogDispatcher {
   dispatch_semaphore_t queueSemaphore;
   std::uint32_t numProcessors;
 
-  Mutex knownMutex;  // for the exit of the process, which may come while the queue is busy
+  Mutex knownMutex;  // for the end of the process and for forks, which may come while the queue is busy
   std::vector<Ref<DDLoggerNode>> knownLoggers NK_GUARDED_BY(knownMutex);
+
+  struct ForkGate;
+  std::shared_ptr<ForkGate> forkGate;  // of the fork that is under way
 };
 
 }  // namespace norvik::detail

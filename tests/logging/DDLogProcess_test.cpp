@@ -1,0 +1,177 @@
+// What a process leaves of its log, however it ends; log_child.cpp is the process.
+#include "tests/support/LogFolder.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace norvik {
+namespace {
+
+using test::allLinesIn;
+using test::filesIn;
+using test::TemporaryFolder;
+using ::testing::ElementsAre;
+
+class Child {
+ public:
+  explicit Child(std::vector<std::string> arguments) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) ADD_FAILURE() << "no pipe";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    std::string program = NORVIK_LOG_CHILD;
+    std::vector<char*> argv{program.data()};
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    if (posix_spawn(&id_, program.c_str(), &actions, nullptr, argv.data(), environ) != 0) {
+      ADD_FAILURE() << "cannot start " << program;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    output_ = ends[0];
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+  ~Child() { close(output_); }
+
+  /// Its exit code, or 1000 and the signal; a process that has not ended after 60 seconds is killed.
+  int wait() {
+    readOutput();
+    int status = 0;
+    waitpid(id_, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  [[nodiscard]] const std::vector<std::string>& output() const { return lines_; }
+
+ private:
+  void readOutput() {
+    std::string text;
+    const std::time_t end = std::time(nullptr) + 60;
+    for (;;) {
+      pollfd ready{output_, POLLIN, 0};
+      const auto left = static_cast<int>(end - std::time(nullptr));
+      if (left <= 0) {
+        ADD_FAILURE() << "the process hangs";
+        kill(id_, SIGKILL);
+        break;
+      }
+      if (poll(&ready, 1, left * 1000) <= 0) continue;
+      char bytes[4096];
+      const ssize_t count = read(output_, bytes, sizeof bytes);
+      if (count <= 0) break;
+      text.append(bytes, static_cast<std::size_t>(count));
+    }
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines_.push_back(line);
+  }
+
+  pid_t id_ = 0;
+  int output_ = -1;
+  std::vector<std::string> lines_;
+};
+
+TEST(DDLogProcess, ALineThatWasLoggedSynchronouslySurvivesAnyEnd) {
+  for (int i = 0; i < 100; ++i) {
+    const TemporaryFolder folder;
+    Child child({"kill", folder.path()});
+    ASSERT_EQ(child.wait(), 1000 + SIGKILL);
+    const std::vector<std::string> lines = allLinesIn(folder.path());
+    ASSERT_EQ(lines.size(), 21U);
+    ASSERT_EQ(lines.back(), "last");
+  }
+}
+
+TEST(DDLogProcess, LinesSurviveACrashSoonAfter) {
+  const TemporaryFolder folder;
+  Child child({"abort", folder.path()});
+  EXPECT_EQ(child.wait(), 1000 + SIGABRT);
+  EXPECT_EQ(allLinesIn(folder.path()).size(), 10000U);
+}
+
+TEST(DDLogProcess, ProcessesMayShareAFileAndLoseNothing) {
+  const TemporaryFolder folder;
+  folder.write("log-ABC123.txt");
+  Child a({"append", folder.path()}), b({"append", folder.path()}), c({"append", folder.path()});
+  EXPECT_EQ(a.wait(), 0);
+  EXPECT_EQ(b.wait(), 0);
+  EXPECT_EQ(c.wait(), 0);
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  const std::vector<std::string> lines = allLinesIn(folder.path());
+  EXPECT_EQ(lines.size(), 6000U);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "a line of the process"), 6000);
+}
+
+TEST(DDLogProcess, EveryLoggerIsFlushedAtTheNotificationAndLastOfAll) {
+  Child child({"return"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_THAT(child.output(), ElementsAre("message queued", "flush", "flush"));
+}
+
+TEST(DDLogProcess, WhatStaticDestructorsLogIsFlushedToo) {
+  Child child({"static"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_THAT(child.output(), ElementsAre("message queued", "flush", "message from a static destructor", "flush"));
+}
+
+TEST(DDLogProcess, LoggersAreFlushedLastOfAllAlsoWhereTheApplicationPostedEarlier) {
+  Child child({"posted"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_THAT(child.output(), ElementsAre("flush", "message after the notification", "flush"));
+}
+
+TEST(DDLogProcess, ExitInALoggerDoesNotHang) {
+  Child child({"exit-in-logger"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(child.output().front(), "message exit");
+  EXPECT_EQ(child.output().back(), "flush");
+}
+
+TEST(DDLogProcess, ExitInALoggerOfASynchronousCallDoesNotHang) {
+  Child child({"exit-in-logger-synchronously"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(child.output().back(), "flush");
+}
+
+TEST(DDLogProcess, ExitInOneOfTwoLoggersDoesNotHang) {
+  Child child({"exit-in-one-of-two-loggers"});
+  EXPECT_EQ(child.wait(), 0);
+}
+
+TEST(DDLogProcess, ExitOnTheLoggingQueueDoesNotHang) {
+  Child child({"exit-on-logging-queue"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(child.output().back(), "flush");
+}
+
+TEST(DDLogProcess, ExitOnAnotherThreadFlushes) {
+  Child child({"exit-in-thread"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(child.output().front(), "message queued");
+  EXPECT_EQ(child.output().back(), "flush");
+}
+
+TEST(DDLogProcess, AForkedChildMayLogAndExitsWithoutHanging) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
+#endif
+  const TemporaryFolder folder;
+  Child child({"fork", folder.path()});
+  EXPECT_EQ(child.wait(), 0);
+}
+
+}  // namespace
+}  // namespace norvik

@@ -1,0 +1,149 @@
+// tests/logging/log_child.cpp - a process that logs and ends in the way its first argument says; its second one is the
+// folder for its log. DDLogProcess_test.cpp looks at what is left.
+#include "NorvikCore/logging/DDFileLogger.h"
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/foundation/NSApplicationTermination.h"
+#include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace norvik;
+
+void say(const NSString& text, bool asynchronous = true) {
+  DDLog::log(asynchronous, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, Value(), "%@", text);
+}
+
+std::string ending;
+
+/// Writes to standard output what it is asked to do; ends the process from within where it is told to.
+class Talking : public DDAbstractLogger {
+  NK_OBJECT(Talking, DDAbstractLogger)
+  void logMessage(const DDLogMessage& message) override {
+    put("message ", message.logMsg());
+    if (message.logMsg() == "exit") std::exit(0);
+  }
+  void flush() override { put("flush", ""); }
+
+ private:
+  static void put(const char* what, const NSString& text) {
+    const std::string line = what + text.str() + "\n";
+    if (write(STDOUT_FILENO, line.data(), line.size()) < 0) std::abort();
+  }
+};
+
+class Quiet : public DDAbstractLogger {
+  NK_OBJECT(Quiet, DDAbstractLogger)
+};
+
+struct LogsInItsDestructor {
+  ~LogsInItsDestructor() {
+    if (ending == "static") say("from a static destructor");
+  }
+} logsInItsDestructor;
+
+void addFileLogger(const char* folder) {
+  auto logger = DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder)));
+  logger->setLogFormatter(nullptr);
+  logger->setMaximumFileSize(0);
+  DDLog::addLogger(logger);
+}
+
+[[noreturn]] void killOneself() {
+  kill(getpid(), SIGKILL);
+  for (;;) pause();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return 2;
+  ending = argv[1];
+  if (argc > 2) addFileLogger(argv[2]);
+  if (ending == "kill") {
+    for (int i = 0; i < 20; ++i) say("before");
+    say("last", false);
+    killOneself();
+  }
+  if (ending == "abort") {
+    for (int i = 0; i < 10000; ++i) say("line");
+    const std::timespec pause{0, 20'000'000};
+    nanosleep(&pause, nullptr);
+    std::abort();
+  }
+  if (ending == "append") {
+    for (int i = 0; i < 2000; ++i) say("a line of the process");
+    DDLog::flushLog();
+    return 0;
+  }
+  DDLog::addLogger(make<Talking>());
+  if (ending == "return" || ending == "static") {
+    say("queued");
+    return 0;
+  }
+  if (ending == "posted") {  // the application posts early, and logs afterwards
+    NSNotificationCenter::defaultCenter().postNotificationName(NSApplicationWillTerminateNotification);
+    say("after the notification");
+    return 0;
+  }
+  if (ending == "exit-in-logger") {
+    say("exit");
+    for (;;) pause();
+  }
+  if (ending == "exit-in-logger-synchronously") {
+    say("exit", false);
+  }
+  if (ending == "exit-in-one-of-two-loggers") {
+    DDLog::addLogger(make<Quiet>());
+    say("exit");
+    for (;;) pause();
+  }
+  if (ending == "exit-on-logging-queue") {
+    dispatch_async(DDLog::loggingQueue(), [] { std::exit(0); });
+    for (;;) pause();
+  }
+  if (ending == "exit-in-thread") {
+    std::thread([] {
+      say("queued");
+      std::exit(0);
+    }).join();
+  }
+  if (ending == "fork") {
+    say("parent");
+    std::atomic<bool> done = false;
+    std::thread busy([&] {
+      while (!done) say("meanwhile");
+    });
+    int bad = 0;
+    for (int i = 0; i < 50; ++i) {
+      std::fflush(nullptr);
+      const pid_t child = fork();
+      if (child == 0) {
+        alarm(20);
+        for (int line = 0; line < 1500; ++line) say("child");
+        say("child", false);
+        std::exit(7);
+      }
+      int status = 0;
+      waitpid(child, &status, 0);
+      if (!WIFEXITED(status) || WEXITSTATUS(status) != 7) ++bad;
+    }
+    done = true;
+    busy.join();
+    return bad;
+  }
+  return 2;
+}
