@@ -1,0 +1,52 @@
+// examples/logging/logging.cpp - a program that logs to a rolling file, with a logger and a formatter of its own.
+//
+//   logging FOLDER        writes a log into the folder and prints what was counted
+#include "NorvikCore/logging/DDFileLogger.h"
+#include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/logging/DDLogMacros.h"
+
+#include <atomic>
+#include <cstdio>
+
+namespace {
+
+using namespace norvik;
+
+class ErrorCounter : public DDAbstractLogger {
+  NK_OBJECT(ErrorCounter, DDAbstractLogger)
+  void logMessage(const DDLogMessage& message) override {
+    if (message.logFlag() == LOG_FLAG_ERROR) ++errors;
+  }
+  std::atomic<int> errors = 0;
+};
+
+class WithThread : public DDLogFormatter {
+  NK_OBJECT(WithThread, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    if (message.logMsg().empty()) return std::nullopt;  // dropped
+    return stringWithFormat("%@ [%@] %@", message.timestamp(), message.threadName(), message.logMsg());
+  }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
+    return 2;
+  }
+  auto file = DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(NSString(argv[1])));
+  file->setMaximumFileSize(4 << 20);
+  file->setLogFormatter(make<WithThread>());
+  auto counter = make<ErrorCounter>();
+  DDLog::addLogger(file);
+  DDLog::addLogger(counter, LOG_LEVEL_WARN);
+
+  ddLogLevel = LOG_LEVEL_INFO;
+  DDLogInfo("%d payslips read", 40);
+  DDLogError("no bank account for %@", NSString("Zoë Smith"));
+  DDLogVerbose("%@", file->logFileManager());  // not evaluated: the level has no verbose messages
+
+  DDLog::flushLog();
+  std::printf("%d error\n", counter->errors.load());
+}
