@@ -120,18 +120,18 @@ void DDFileLogger::scheduleTimerToRollLogFileDueToAge() {
   cancelTimer();
   if (!currentLogFileInfo_ || !(rollingFrequency_ > 0)) return;
   const Date creation = currentLogFileInfo_->creationDate().value_or(Date::systemDate());
-  rollingTimer_ = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, loggerQueue());
-  dispatch_source_set_event_handler(rollingTimer_, [logger = Weak<DDFileLogger>(this)] {
+  rollingTimer = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, loggerQueue());
+  dispatch_source_set_event_handler(rollingTimer, [logger = Weak<DDFileLogger>(this)] {
     if (const Ref<DDFileLogger> alive = logger.lock()) alive->maybeRollLogFileDueToAge();
   });
-  dispatch_source_set_timer(rollingTimer_, rollingTime(creation, rollingFrequency_), 0, 1);
-  dispatch_resume(rollingTimer_);
+  dispatch_source_set_timer(rollingTimer, rollingTime(creation, rollingFrequency_), 0, 1);
+  dispatch_resume(rollingTimer);
 }
 
 void DDFileLogger::cancelTimer() noexcept {
-  if (!rollingTimer_) return;
-  dispatch_source_cancel(rollingTimer_);
-  rollingTimer_ = nullptr;
+  if (!rollingTimer) return;
+  dispatch_source_cancel(rollingTimer);
+  rollingTimer = nullptr;
 }
 
 void DDFileLogger::rollLogFile() {

@@ -105,7 +105,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   Ref<DDLogFileManager> logFileManager_;
   Ref<DDLogFileInfo> currentLogFileInfo_;
   Ref<NSFileHandle> currentLogFileHandle_;
-  dispatch_source_t rollingTimer_;
+  dispatch_source_t rollingTimer;
   std::uint64_t maximumFileSize_ = 1024 * 1024;
   double rollingFrequency_ = 24 * 60 * 60;
 

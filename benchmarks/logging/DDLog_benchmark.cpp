@@ -3,6 +3,10 @@
 //
 // Subjects that are percentiles or whole runs are measured once, by the clock around each call or run, and reported as
 // one iteration. Every line is counted in the files before anything is reported; a run that lost one ends the program.
+//
+// g++ 12.2 -O2, 2 virtual cores at load 10, 2026-11-21, ours and spdlog's of one run: a million lines 0.80 s and 2.03
+// s, from four threads 3.4 s and 13.1 s, rolling at 1 MiB 1.7 s and 3.4 s; a suppressed call 0.7 ns and 10 ns of CPU
+// time (load and branch: 0.3 ns); abort() 20 ms after 10,000 calls leaves 10,000 and 9,994 lines.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
@@ -246,7 +250,9 @@ std::size_t linesAfterAbort(const char* program, Who who, int pauseMilliseconds)
 
 std::atomic<int> floorLevel{LOG_LEVEL_WARN};
 
-[[gnu::noinline]] void floorLog(const int& number) { std::printf("payslip %d of department %s", number, "engineering"); }
+[[gnu::noinline]] void floorLog(const int& number) {
+  std::printf("payslip %d of department %s", number, "engineering");
+}
 
 void suppressedOurs(benchmark::State& state) {
   ddLogLevel = LOG_LEVEL_WARN;
