@@ -16,9 +16,11 @@
 namespace norvik {
 
 namespace detail {
-/// A logger of this library that takes several messages in one call, as if they came one by one.
+/// A logger of this library that takes several messages in one call, as if they came one by one. On the logger's queue.
 class MessageRunLogger {
  public:
+  /// False while code of others, such as a formatter, runs between the messages: it could tell.
+  [[nodiscard]] virtual bool takesRuns() const noexcept = 0;
   virtual void logMessages(const DDLogMessage* const* messages, std::size_t count) = 0;
 
  protected:
@@ -39,9 +41,10 @@ class NK_EXPORT DDAbstractLogger : public DDLogger {
   /// The name of the class, unless a logger has a better one. Labels the queue.
   [[nodiscard]] std::optional<NSString> loggerName() override;
 
-  /// True in a block of the logging queue, and in what such a block waits for on another thread's queue: never.
+  /// True in a block of the logging queue itself, not in a block of another queue that such a block waits for. The key
+  /// is GlobalLoggingQueueIdentityKey.
   [[nodiscard]] bool isOnGlobalLoggingQueue() const;
-  /// True in a block of this logger's queue.
+  /// True in a block of this logger's queue, from any thread. The key is the logger's own address.
   [[nodiscard]] bool isOnInternalLoggerQueue() const;
 
   /// Null unless the object is exactly of a class whose logMessage() may be called for several messages at once.

@@ -142,10 +142,13 @@ void DDFileLogger::rollLogFile() {
 void DDFileLogger::rollLogFileNow() {
   if (!currentLogFileHandle_) return;
   closeFile();
-  const Ref<DDLogFileInfo> rolled = std::exchange(currentLogFileInfo_, nullptr);
-  cancelTimer();
+  const Ref<DDLogFileInfo> rolled = currentLogFileInfo_;
   rolled->setIsArchived(true);
   logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
+  if (currentLogFileInfo_ != rolled) return;  // what the manager did led back here
+  closeFile();                                // should the manager have had it opened again
+  currentLogFileInfo_ = nullptr;
+  cancelTimer();
 }
 
 void DDFileLogger::maybeRollLogFileDueToAge() {
@@ -194,6 +197,7 @@ Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
   offset_ = handle->seekToEndOfFile();
   device_ = status.device;
   inode_ = status.inode;
+  endsInsideLine_ = false;
   currentLogFileHandle_ = std::move(handle);
   scheduleTimerToRollLogFileDueToAge();
   return currentLogFileHandle_;
@@ -240,6 +244,14 @@ void DDFileLogger::logMessage(const DDLogMessage& message) {
   logMessages(&one, 1);
 }
 
+/// Neither a formatter nor a manager of the user's runs while a run is written.
+bool DDFileLogger::takesRuns() const noexcept {
+  const DDLogFormatter* own = formatter().get();
+  const DDLogFileManager& manager = *logFileManager_;
+  return (!own || typeid(*own) == typeid(DDLogFileFormatterDefault)) &&
+         typeid(manager) == typeid(DDLogFileManagerDefault);
+}
+
 void DDFileLogger::logMessages(const DDLogMessage* const* messages, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     appendLine(*messages[i]);
@@ -264,13 +276,10 @@ void DDFileLogger::appendLine(const DDLogMessage& message) {
   pending_.ends.push_back(pending_.text.size());
 }
 
-/// Lines may wait for the rest of their run unless somebody could tell: a formatter of the user's, which may look at
-/// the file, or the size limit, where the file ends with the line that reaches it.
+/// Lines may wait for the rest of their run unless they reach the size limit: the file ends with the line that does.
 bool DDFileLogger::mustWrite() const noexcept {
   if (!currentLogFileHandle_ || pending_.text.size() >= largestWrite) return true;
-  if (maximumFileSize_ != 0 && offset_ + pending_.text.size() >= maximumFileSize_) return true;
-  const DDLogFormatter* own = formatter().get();
-  return own && typeid(*own) != typeid(DDLogFileFormatterDefault);
+  return maximumFileSize_ != 0 && offset_ + pending_.text.size() >= maximumFileSize_;
 }
 
 void DDFileLogger::writePending() {
@@ -295,25 +304,47 @@ void DDFileLogger::write(const Lines& lines) {
   const Ref<NSFileHandle> handle = currentLogFileHandle();
   if (!handle) return;
   std::size_t written = 0;
-  if (kernel::writeAll(handle->fileDescriptor(), lines.text, &written) != 0) return writeRest(lines, written);
+  if (!endBrokenLine(handle->fileDescriptor()) ||
+      kernel::writeAll(handle->fileDescriptor(), lines.text, &written) != 0) {
+    return writeRest(lines, written);
+  }
   offset_ = handle->offsetInFile();
   maybeRollLogFileDueToSize();
 }
 
+/// Ends a line of which a full disk took a part only, so that the next one stands on its own. False where that fails
+/// too.
+bool DDFileLogger::endBrokenLine(int descriptor) {
+  if (endsInsideLine_ && kernel::writeAll(descriptor, "\n") == 0) endsInsideLine_ = false;
+  return !endsInsideLine_;
+}
+
 /// After a failure the lines that remain are written one by one, so that each has its own luck, and its own report.
 void DDFileLogger::writeRest(const Lines& lines, std::size_t written) {
+  std::size_t begin = 0;
   for (const std::size_t end : lines.ends) {
+    std::size_t from = std::max(begin, written);  // of a line that was taken in part only the rest remains
+    begin = end;
     if (end <= written) continue;
+    endsInsideLine_ = endsInsideLine_ || (from > 0 && lines.text[from - 1] != '\n');
     try {
       const Ref<NSFileHandle> handle = currentLogFileHandle();
       if (!handle) return;
-      handle->writeData(std::string_view(lines.text).substr(written, end - written));
+      const bool isRest = from > 0 && lines.text[from - 1] != '\n';
+      if (!isRest) (void)endBrokenLine(handle->fileDescriptor());
+      std::size_t taken = 0;
+      const std::string_view rest = std::string_view(lines.text).substr(from, end - from);
+      const int error = kernel::writeAll(handle->fileDescriptor(), rest, &taken);
+      if (error != 0) {
+        endsInsideLine_ = endsInsideLine_ || taken > 0;
+        handle->writeData(rest.substr(taken));  // raises what became of it
+      }
+      endsInsideLine_ = false;
       offset_ = handle->offsetInFile();
       maybeRollLogFileDueToSize();
     } catch (const NSException& exception) {
       report(exception);
     }
-    written = end;
   }
 }
 

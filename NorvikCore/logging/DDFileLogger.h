@@ -18,8 +18,8 @@
 //            logger's queue, and must not be done on either. currentLogFileInfo(), currentLogFileHandle() and the
 //            operations named maybe..., ...Now and schedule... on the logger's queue only.
 // Errors:    an NSException while a line is written is caught: the line is lost, and the exception reported on the
-//            system console, ten times at most per process. Other exceptions pass, and end the process. Where no file can be
-//            opened, lines are lost, and opening is tried again.
+//            system console, ten times at most per process. Other exceptions pass, and end the process. Where no file
+//            can be opened, lines are lost, and opening is tried again.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -85,6 +85,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
     std::vector<std::size_t> ends;  // where each line ends in it
   };
 
+  [[nodiscard]] bool takesRuns() const noexcept override;
   void logMessages(const DDLogMessage* const* messages, std::size_t count) override;
 
   template <class Setting>
@@ -97,6 +98,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   void writePending();
   void write(const Lines& lines);
   void writeRest(const Lines& lines, std::size_t written);
+  [[nodiscard]] bool endBrokenLine(int descriptor);
   [[nodiscard]] bool isCurrentFileGone() const;
   void lookAfterFile();
   void closeFile();
@@ -112,6 +114,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   Lines pending_;                         // still to be written
   std::uint64_t offset_ = 0;              // in the open file, after the last write
   std::uint64_t device_ = 0, inode_ = 0;  // the open file: is it still the one of that path?
+  bool endsInsideLine_ = false;           // the open file: a write failed with a line half done
   std::int64_t lastLook_ = 0;             // monotonic nanoseconds
   std::uint64_t linesSinceLook_ = 0;
 };

@@ -20,12 +20,13 @@
 // Ownership: loggers are kept from addLogger() to their removal. File and function names are borrowed for as long as
 //            messages may live: pass literals.
 // Threads:   synchronised. flushLog(), synchronous log calls and the reading of settings of loggers must not be called
-//            on the logging queue or on a logger's queue: they would wait for themselves, and abort with a line instead.
-// Errors:    none: logging never raises.
+//            on the logging queue or on a logger's queue: they would wait for themselves for ever. Where the calling
+//            thread itself holds the queue this is noticed, and the process aborts with a line.
+// Errors:    logging itself raises nothing; what the description of an argument raises reaches the caller.
 // At exit:   when NSApplicationWillTerminateNotification is posted every logger is flushed; and once more when the
-//            process exits (exit, or return from main), after the destructors of the program's statics. Where exit is called on
-//            the logging queue or on a logger's queue, what is queued behind that block is lost, and the loggers are
-//            flushed as far as this does not wait for the block itself.
+//            process exits (exit, or return from main), after the destructors of the program's statics. Where exit
+//            is called on the logging queue or on a logger's queue, what is queued behind that block is lost, and the
+//            loggers are flushed as far as this does not wait for the block itself.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log;
 //            messages that were waiting are the parent's, and a child flushes by flushLog() where it wants to, not at
 //            its exit.

@@ -5,7 +5,7 @@
 //
 // Each tests the level, one relaxed load and a branch, before anything else is evaluated; then it logs asynchronously
 // with context 0, the source file, the function and the line. The level is the library's ddLogLevel. A file that has
-// its own defines NK_LOG_LEVEL, anything that reads as an int, before this header or instead of it at any later point:
+// its own defines NK_LOG_LEVEL, anything that reads as an int, before this header, or redefines it at any later point:
 //
 //   #undef NK_LOG_LEVEL
 //   #define NK_LOG_LEVEL Submission::ddLogLevel()

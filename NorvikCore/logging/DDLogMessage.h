@@ -58,6 +58,7 @@ class NK_EXPORT DDLogMessage : public NSObject {
   [[nodiscard]] const char* queueLabel() const noexcept {
     return longQueueLabel_ ? longQueueLabel_.get() : queueLabel_;
   }
+  /// The name the thread was given; of a thread without one, the kernel's name for it.
   [[nodiscard]] const NSString& threadName() const noexcept { return threadName_; }
   /// Anything the caller attached; absent where nothing was.
   [[nodiscard]] const Value& tag() const noexcept { return tag_; }

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -184,8 +185,8 @@ DDLoggerNode* LogDispatcher::soleRunLogger(const DDLogMessage& message) const no
   return sole;
 }
 
-/// Takes messages from the queue. Where one logger alone admits several in a row and takes them together, it gets them
-/// in one block of its queue: whatever is queued there later came after all of them, so nobody can tell the difference.
+/// Takes messages from the queue. Where one logger alone admits several in a row and runs nobody else's code between
+/// them, it gets them in one block of its queue, so that nobody can tell the difference; otherwise one by one.
 void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
   LogDispatcher& self = shared();
   Item* item = first;
@@ -207,9 +208,15 @@ void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
       if (count == maximumRun || self.soleRunLogger(*next) != sole) break;
       run[count++] = next;
     }
-    dispatch_sync(sole->loggerQueue(), [&]() noexcept { sole->runLogger()->logMessages(run, count); });
-    for (std::size_t i = 0; i < count; ++i) release(run[i]);
-    givePermits(self.queueSemaphore, static_cast<std::uint32_t>(count));
+    for (std::size_t begin = 0; begin < count;) {
+      std::size_t end = begin + 1;
+      dispatch_sync(sole->loggerQueue(), [&]() noexcept {
+        if (sole->runLogger()->takesRuns()) end = count;
+        sole->runLogger()->logMessages(run + begin, end - begin);
+      });
+      givePermits(self.queueSemaphore, static_cast<std::uint32_t>(end - begin));
+      for (; begin < end; ++begin) release(run[begin]);
+    }
   }
 }
 
@@ -280,26 +287,48 @@ void LogDispatcher::flushAtProcessEnd() {
 
 /// A child that may log must not find a logger in the middle of a message: a fork takes place between two of them. The
 /// gate is a block of the logging queue that stands still while the process forks.
+///
+/// It stands on every logger's queue too: what a logger does on its own, such as rolling, is not cut in two either.
 struct LogDispatcher::ForkGate {
+  void standStill(std::span<const Ref<DDLoggerNode>> nodes) {
+    if (nodes.empty()) {
+      dispatch_semaphore_signal(reached);
+      dispatch_semaphore_wait(forked, DISPATCH_TIME_FOREVER);
+      return;
+    }
+    const dispatch_queue_t& queue = nodes.front()->loggerQueue();
+    const auto others = [&] { standStill(nodes.subspan(1)); };
+    if (dispatch_queue_is_held(queue)) {
+      others();
+    } else {
+      dispatch_sync(queue, others);
+    }
+  }
+
   dispatch_semaphore_t reached = dispatch_semaphore_create(0), forked = dispatch_semaphore_create(0);
 };
 
+// Threads may fork at the same time, and each passes its own gate.
+thread_local std::shared_ptr<LogDispatcher::ForkGate> LogDispatcher::forkGate;
+
 void LogDispatcher::prepareFork() {
-  if (isOnAnyQueue(rememberedLoggers())) return;  // a fork within a message: the child goes on with it
-  forkGate = std::make_shared<ForkGate>();
-  dispatch_async(loggingQueue, [gate = forkGate] {
-    dispatch_semaphore_signal(gate->reached);
-    dispatch_semaphore_wait(gate->forked, DISPATCH_TIME_FOREVER);
-  });
-  // A logger that takes longer may wait for the very thread that forks.
-  dispatch_semaphore_wait(forkGate->reached, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
+  const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();
+  if (!isOnAnyQueue(nodes)) {  // else it is a fork within a message: the child goes on with it
+    forkGate = std::make_shared<ForkGate>();
+    dispatch_async(loggingQueue, [gate = forkGate, nodes] { gate->standStill(nodes); });
+    // A logger that takes longer may wait for the very thread that forks.
+    dispatch_semaphore_wait(forkGate->reached, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
+  }
+  knownMutex.lock();  // no other thread may hold it at the fork: the child would find it locked for ever
 }
 
 void LogDispatcher::endFork() {
+  knownMutex.unlock();
   if (const std::shared_ptr<ForkGate> gate = std::exchange(forkGate, nullptr)) dispatch_semaphore_signal(gate->forked);
 }
 
 void LogDispatcher::endForkInChild() {
+  knownMutex.unlock();
   forkGate = nullptr;
   queueSemaphore = dispatch_semaphore_create(maximumQueueSize);  // the messages that were waiting are the parent's
 }

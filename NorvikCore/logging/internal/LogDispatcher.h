@@ -57,9 +57,11 @@ class LogDispatcher {
   void flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes);
   static void flushAtProcessEnd();
 
-  void prepareFork();
-  void endFork();
-  void endForkInChild();
+  Mutex knownMutex;  // for the end of the process and for forks, which may come while the queue is busy
+  // The first takes knownMutex and one of the others lets go of it, after the fork.
+  void prepareFork() NK_NO_THREAD_SAFETY_ANALYSIS;
+  void endFork() NK_NO_THREAD_SAFETY_ANALYSIS;
+  void endForkInChild() NK_NO_THREAD_SAFETY_ANALYSIS;
 
   std::vector<Ref<DDLoggerNode>> loggers;
   dispatch_queue_t loggingQueue;
@@ -67,11 +69,10 @@ class LogDispatcher {
   dispatch_semaphore_t queueSemaphore;
   std::uint32_t numProcessors;
 
-  Mutex knownMutex;  // for the end of the process and for forks, which may come while the queue is busy
   std::vector<Ref<DDLoggerNode>> knownLoggers NK_GUARDED_BY(knownMutex);
 
   struct ForkGate;
-  std::shared_ptr<ForkGate> forkGate;  // of the fork that is under way
+  static thread_local std::shared_ptr<ForkGate> forkGate;  // of the fork that this thread makes
 };
 
 }  // namespace norvik::detail
