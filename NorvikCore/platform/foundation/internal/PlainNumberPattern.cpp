@@ -72,8 +72,10 @@ void PlainNumberPattern::append(std::string& text, const Decimal& number) const 
   std::string_view fraction = point < digits.size() ? digits.substr(point + 1) : std::string_view();
 
   if (whole == "0") whole = {};
-  if (whole.size() > static_cast<std::size_t>(maximumInteger))
+  if (whole.size() > static_cast<std::size_t>(maximumInteger)) {
     whole.remove_prefix(whole.size() - static_cast<std::size_t>(maximumInteger));
+    whole.remove_prefix(std::min(whole.find_first_not_of('0'), whole.size()));
+  }
   while (fraction.size() > static_cast<std::size_t>(minimumFraction) && fraction.back() == '0')
     fraction.remove_suffix(1);
 
