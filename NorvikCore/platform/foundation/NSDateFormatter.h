@@ -18,7 +18,8 @@
 //
 // Threads: confined; distinct formatters are independent. What was set is in force at the next text.
 // Cost:    patterns of digits only ("yyyy/MM/dd HH:mm:ss:SSS") take some tens of nanoseconds a text and no calendar
-//          object; the first text of any other pattern makes an ICU formatter (tens of microseconds): keep the formatter.
+//          object; the first text of any other pattern makes an ICU formatter (tens of microseconds): keep the
+//          formatter.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

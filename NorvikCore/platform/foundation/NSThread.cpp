@@ -15,9 +15,7 @@ namespace {
 // Released by a thread-specific-data destructor, after all thread-local objects of the program are gone.
 thread_local constinit NSThread* current = nullptr;
 
-void releaseCurrent(void*) {
-  const auto last = Ref<NSThread>::adopt(std::exchange(current, nullptr));
-}
+void releaseCurrent(void*) { const auto last = Ref<NSThread>::adopt(std::exchange(current, nullptr)); }
 
 void releaseAtThreadEnd() {
   struct Key {

@@ -21,7 +21,8 @@ struct Association {
 
 using Associations = std::vector<Association>;
 
-/// The associations of some objects, by address. Values are let go only outside the lock, since an object that goes may call back.
+/// The associations of some objects, by address. Values are let go only outside the lock, since an object that goes may
+/// call back.
 struct Stripe {
   Mutex mutex;
   std::unordered_map<const NSObject*, Associations> byObject NK_GUARDED_BY(mutex);

@@ -1,12 +1,12 @@
 // NorvikCore/platform/runtime/AssociatedObjects.h - values that others attach to an object, under keys of their own.
 //
-//   static const char controllerKey = 0;                          // its address is the key; its content does not matter
+//   static const char controllerKey = 0;                          // its address is the key
 //   setAssociatedValue(*view, &controllerKey, controller);
 //   associatedValue(*view, &controllerKey).object<Controller>();
 //
-// An association ends with its object: what it kept is let go just before the object's destructor runs. While an object is going, it
-// has no associations and takes no new ones. Any thread; each call is one step for the others. Objects without
-// associations pay nothing.
+// An association ends with its object: what it kept is let go just before the object's destructor runs. While an object
+// is going, it has no associations and takes no new ones. Any thread; each call is one step for the others. Objects
+// without associations pay nothing.
 #pragma once
 
 #include "NorvikCore/platform/runtime/NSObject.h"
