@@ -15,7 +15,12 @@ function(norvik_add_tests name)
   if(ARG_THREADS)
     set(labels LABELS threads)
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${labels})
+  set(environment "")
+  if(NORVIK_SANITIZE STREQUAL "thread")
+    set(environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/thread_sanitizer.supp")
+  endif()
+  gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120
+                       PROPERTIES TIMEOUT 300 ${labels} ${environment})
 endfunction()
 
 # norvik_add_compile_fail(FILE MESSAGE): FILE compiles as it stands, and with -DSHOULD_NOT_COMPILE it is refused with an error
