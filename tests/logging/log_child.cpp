@@ -21,8 +21,9 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 // A forked child forgets what waited in its parent, on purpose: that is no leak.
-extern "C" const char* __asan_default_options();  // NOLINT(bugprone-reserved-identifier): the sanitizer's own name
-extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
+extern "C" NK_EXPORT const char*
+__asan_default_options();  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+extern "C" NK_EXPORT const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 
 namespace {
