@@ -168,6 +168,9 @@ TEST(DDLogProcess, AForkedChildMayLogAndExitsWithoutHanging) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process";
+#endif
   const TemporaryFolder folder;
   Child child({"fork", folder.path()});
   EXPECT_EQ(child.wait(), 0);
