@@ -1,0 +1,7 @@
+#include "NorvikCore/constants/NKBind.h"
+
+namespace norvik {
+
+constexpr NSString NKBind = "NKBind";
+
+}  // namespace norvik

@@ -1,0 +1,12 @@
+// NorvikCore/constants/NKBind.h - the marker of the binding helpers.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+namespace norvik {
+
+/// "NKBind". A constant that is never destroyed: any thread, any time.
+NK_EXPORT extern const NSString NKBind;
+
+}  // namespace norvik

@@ -1,0 +1,7 @@
+#include "NorvikCore/constants/NKDebuggerAttached.h"
+
+namespace norvik {
+
+constinit AtomicSwitch NKDebuggerAttached{false};
+
+}  // namespace norvik
