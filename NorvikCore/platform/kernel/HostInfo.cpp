@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 
 #include <errno.h>
+#include <limits.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -64,6 +65,18 @@ const std::string& processName() {
   static const auto& name =
       *new std::string(*program_invocation_short_name != '\0' ? program_invocation_short_name : "unknown");
   return name;
+}
+
+const std::string& executablePath() {
+  static const auto& path = *new std::string([] {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
+    target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    constexpr std::string_view removed = " (deleted)";  // what the kernel adds where there is no such file any more
+    if (target.ends_with(removed) && access(target.c_str(), F_OK) != 0) target.resize(target.size() - removed.size());
+    return target;
+  }());
+  return path;
 }
 
 std::optional<SystemVersion> parseSystemVersion(std::string_view text) noexcept {

@@ -36,6 +36,10 @@ class NK_EXPORT ProcessorCountOverride {
 /// The last part of the path the program was started by.
 [[nodiscard]] NK_EXPORT const std::string& processName();
 
+/// The file of the running program, links followed; empty where the system does not tell. A program whose file has been
+/// replaced or removed since it was started still has the path it was started from.
+[[nodiscard]] NK_EXPORT const std::string& executablePath();
+
 /// A version in up to three numbers; missing ones are 0.
 struct SystemVersion {
   std::uint64_t major = 0, minor = 0, patch = 0;

@@ -38,6 +38,11 @@ TEST(HostInfo, AnOverrideEndsWithItsObject) {
   EXPECT_EQ(kernel::processorCount(), real);
 }
 
+TEST(HostInfo, TheExecutableIsTheProgramsFile) {
+  EXPECT_TRUE(kernel::executablePath().ends_with("/kernel_tests")) << kernel::executablePath();
+  EXPECT_EQ(access(kernel::executablePath().c_str(), X_OK), 0);
+}
+
 TEST(HostInfo, TheProcessIsNamedAfterItsProgram) { EXPECT_EQ(kernel::processName(), "kernel_tests"); }
 
 TEST(HostInfo, AForkedChildHasItsOwnProcessId) {

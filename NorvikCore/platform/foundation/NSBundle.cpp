@@ -1,0 +1,131 @@
+#include "NorvikCore/platform/foundation/NSBundle.h"
+
+#include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+namespace norvik {
+namespace {
+
+constexpr std::string_view kIdentifierKey = "CFBundleIdentifier";
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == text.npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// False where there is no such file.
+bool readInformation(const std::string& path, NSMutableDictionary& values) {
+  errno = 0;
+  std::ifstream file(path);
+  if (!file) {
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    NSLog("Unable to read the bundle's information %@: %s", path, std::strerror(errno));
+    return true;
+  }
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    const std::string_view text = trimmed(line);
+    if (text.empty() || text.front() == '#') continue;
+    const std::size_t equals = text.find('=');
+    if (equals == text.npos) {
+      NSLog("The bundle's information %@ has no '=' in line %d", path, number);
+      continue;
+    }
+    values.setObject(NSString(trimmed(text.substr(equals + 1))), NSString(trimmed(text.substr(0, equals))));
+  }
+  return true;
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+Ref<NSDictionary> informationOf(const std::string& executable) {
+  const std::string name = executable.substr(executable.rfind('/') + 1);
+  const Ref<NSMutableDictionary> values = NSMutableDictionary::dictionary();
+  values->setObject(NSString(name), "CFBundleExecutable");
+  values->setObject(NSString(name), "CFBundleName");
+  if (name.empty()) return values->copy();
+  const std::string folder = folderOf(executable);
+  if (!readInformation(folder + "/" + name + ".info", *values))
+    readInformation(folder + "/../share/" + name + "/" + name + ".info", *values);
+  return values->copy();
+}
+
+std::string mainExecutable() {
+  const std::string& path = kernel::executablePath();
+  return path.empty() ? kernel::processName() : path;
+}
+
+NSBundle* mainOnce() {
+  static auto* bundle = make<NSBundle>(NSString(mainExecutable())).take();
+  return bundle;
+}
+
+}  // namespace
+
+NSBundle::NSBundle(const NSString& executablePath)
+    : executablePath_(executablePath),
+      read_(informationOf(executablePath.str())),
+      set_(NSMutableDictionary::dictionary()) {}
+
+NSBundle::~NSBundle() = default;
+
+NSBundle& NSBundle::mainBundle() { return *mainOnce(); }
+
+Ref<NSBundle> NSBundle::bundleWithExecutablePath(const NSString& path) { return make<NSBundle>(path); }
+
+bool NSBundle::isMain() const noexcept { return this == mainOnce(); }
+
+NSString NSBundle::bundlePath() const { return folderOf(executablePath_.str()); }
+
+std::optional<NSString> NSBundle::bundleIdentifier() const {
+  const Value value = objectForInfoDictionaryKey(kIdentifierKey);
+  const NSString* text = value.string();
+  if (text == nullptr || text->length() == 0) return std::nullopt;
+  return *text;
+}
+
+Value NSBundle::objectForInfoDictionaryKey(const NSString& key) const {
+  {
+    const MutexLock lock(mutex_);
+    if (const Value* value = set_->find(key)) return *value;
+  }
+  if (key == kIdentifierKey && isMain()) {
+    const char* identifier = std::getenv("NORVIK_BUNDLE_IDENTIFIER");
+    if (identifier != nullptr && *identifier != '\0') return NSString(identifier);
+  }
+  return read_->objectForKey(key);
+}
+
+void NSBundle::setObject_forInfoDictionaryKey(const Value& value, const NSString& key) {
+  Value old;  // let go of after the lock
+  const MutexLock lock(mutex_);
+  old = set_->objectForKey(key);
+  if (value.isAbsent()) {
+    set_->removeObjectForKey(key);
+  } else {
+    set_->setObject(value, key);
+  }
+}
+
+Ref<NSDictionary> NSBundle::infoDictionary() const {
+  const Ref<NSMutableDictionary> all = NSMutableDictionary::dictionaryWithDictionary(*read_);
+  const Value identifier = objectForInfoDictionaryKey(kIdentifierKey);
+  if (!identifier.isAbsent()) all->setObject(identifier, kIdentifierKey);
+  const MutexLock lock(mutex_);
+  all->addEntriesFromDictionary(*set_);
+  return all->copy();
+}
+
+}  // namespace norvik
