@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/NSSearchPath.h"
 
+#include "NorvikCore/platform/foundation/NSPathUtilities.h"
 #include "NorvikCore/platform/kernel/Paths.h"
 
 #include <string>
@@ -45,22 +46,16 @@ std::string systemPath(NSSearchPathDirectory directory) {
   return directory == NSLibraryDirectory || directory == NSApplicationSupportDirectory ? "/usr/share" : "";
 }
 
-std::string abbreviated(const std::string& path) {
-  const std::string home = kernel::homeDirectory();
-  if (path == home) return "~";
-  return home != "/" && path.starts_with(home + "/") ? "~" + path.substr(home.size()) : path;
-}
-
 }  // namespace
 
 Ref<NSArray> NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory, NSSearchPathDomainMask domainMask,
                                                  bool expandTilde) {
   std::vector<Value> paths;
-  const auto add = [&](NSSearchPathDomainMask domain, const std::string& path) {
-    if ((domainMask & domain) != 0 && !path.empty()) paths.emplace_back(NSString::fromBytes(path));
+  const auto add = [&](NSSearchPathDomainMask domain, const NSString& path) {
+    if ((domainMask & domain) != 0 && !path.empty()) paths.emplace_back(path);
   };
-  const std::string user = userPath(directory);
-  add(NSUserDomainMask, expandTilde ? user : abbreviated(user));
+  const NSString user = NSString::fromBytes(userPath(directory));
+  add(NSUserDomainMask, expandTilde ? user : stringByAbbreviatingWithTildeInPath(user));
   add(NSLocalDomainMask, localPath(directory));
   add(NSSystemDomainMask, systemPath(directory));
   return make<NSArray>(std::move(paths));

@@ -96,6 +96,7 @@ std::string homeDirectory() {
 }
 
 std::string homeDirectoryOfUser(const std::string& name) {
+  if (name.find('\0') != name.npos) return "";  // the account database would see the part before it only
   return homeOfAccount([&](passwd* entry, char* buffer, std::size_t size, passwd** found) {
     return getpwnam_r(name.c_str(), entry, buffer, size, found);
   });

@@ -131,6 +131,7 @@ TEST_F(Paths, ANameAfterTheTildeIsAUser) {
   EXPECT_EQ(kernel::expandTilde("~root"), "/root");
   EXPECT_EQ(kernel::homeDirectoryOfUser("root"), "/root");
   EXPECT_EQ(kernel::homeDirectoryOfUser("no such user"), "");
+  EXPECT_EQ(kernel::homeDirectoryOfUser(std::string("root\0", 5)), "");
 }
 
 }  // namespace

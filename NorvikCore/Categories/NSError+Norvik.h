@@ -1,0 +1,33 @@
+// NorvikCore/Categories/NSError+Norvik.h - the errors that the application reports to its user.
+//
+//   *error = validationErrorWithMessage("The NI number is not valid.", "It looks like QQ 12 34 56 C.");
+//   try { run.calculate(); } catch (const NSException& e) { *error = errorWithMessage("The pay run failed.", e); }
+//
+// Each has code 0, a readable phrase as its domain, and three texts in its user info: the description for the user, the
+// failure reason, and the recovery suggestion. Any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSError.h"
+#include "NorvikCore/platform/runtime/NSException.h"
+
+#include <optional>
+
+namespace norvik {
+
+/// Domain "Application Validation Failure", reason "Input validation error"; described by the message, or "A validation
+/// error has occurred"; the info is the suggestion, or "".
+[[nodiscard]] NK_EXPORT Ref<NSError> validationErrorWithMessage(const std::optional<NSString>& message,
+                                                                const std::optional<NSString>& info = std::nullopt);
+
+/// Domain and reason "Application Exception"; described by the message, and the exception's reason is the suggestion.
+/// An absent message raises NSInvalidArgumentException.
+[[nodiscard]] NK_EXPORT Ref<NSError> errorWithMessage(const std::optional<NSString>& message,
+                                                      const NSException& forException);
+
+/// Domain "Application File Error", reason "File error"; described by the message, or "A file error has occurred"; the
+/// info is the suggestion, or "".
+[[nodiscard]] NK_EXPORT Ref<NSError> fileErrorWithMessage(const std::optional<NSString>& message,
+                                                          const std::optional<NSString>& info = std::nullopt);
+
+}  // namespace norvik
