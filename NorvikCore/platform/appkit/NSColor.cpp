@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/appkit/NSColor.h"
 
 #include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSException.h"
 
 #include <cmath>
 #include <functional>
@@ -77,6 +78,21 @@ std::size_t NSColor::hash() const {
 NSString NSColor::description() const {
   const NSString opaque = stringWithFormat("#%02X%02X%02X", byteOf(red_), byteOf(green_), byteOf(blue_));
   return alpha_ == 1 ? opaque : opaque + stringWithFormat("%02X", byteOf(alpha_));
+}
+
+void NSColor::encodeWithCoder(NSCoder& coder) const {
+  for (const double component : {red_, green_, blue_, alpha_}) coder.encodeValue(component);
+}
+
+Ref<NSColor> NSColor::colorWithCoder(NSCoder& coder) {
+  double components[4];
+  for (double& component : components) {
+    component = coder.decodeValue<double>();
+    if (component != limited(component)) {
+      NSException::raise(NSInvalidUnarchiveOperationException, "a colour's component is not from 0 to 1");
+    }
+  }
+  return make<NSColor>(components[0], components[1], components[2], components[3]);
 }
 
 }  // namespace norvik

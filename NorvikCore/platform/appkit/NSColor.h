@@ -7,12 +7,13 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 
 namespace norvik {
 
-class NK_EXPORT NSColor : public NSObject {
+class NK_EXPORT NSColor : public NSObject, public NSCoding {
   NK_OBJECT(NSColor, NSObject)
+  NK_DECODED_BY(colorWithCoder)
 
   NSColor(double red, double green, double blue, double alpha);
   ~NSColor() override;
@@ -40,6 +41,10 @@ class NK_EXPORT NSColor : public NSObject {
   [[nodiscard]] std::size_t hash() const override;
   /// "#RRGGBB", followed by "AA" where the colour is not opaque.
   [[nodiscard]] NSString description() const override;
+
+  /// The components, exactly.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSColor> colorWithCoder(NSCoder& coder);
 
  private:
   double red_, green_, blue_, alpha_;

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/appkit/NSFont.h"
 
+#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 
 #include <cmath>
@@ -41,6 +42,24 @@ std::size_t NSFont::hash() const {
 
 NSString NSFont::description() const {
   return familyName_ + (isBold_ ? " Bold" : "") + (isItalic_ ? " Italic " : " ") + NSNumber(pointSize_).stringValue();
+}
+
+void NSFont::encodeWithCoder(NSCoder& coder) const {
+  coder.encodeValue(familyName_);
+  coder.encodeValue(pointSize_);
+  coder.encodeValue(isBold_);
+  coder.encodeValue(isItalic_);
+}
+
+Ref<NSFont> NSFont::fontWithCoder(NSCoder& coder) {
+  const auto familyName = coder.decodeValue<NSString>();
+  const auto pointSize = coder.decodeValue<double>();
+  const auto isBold = coder.decodeValue<bool>();
+  const auto isItalic = coder.decodeValue<bool>();
+  if (pointSize != usable(pointSize)) {
+    NSException::raise(NSInvalidUnarchiveOperationException, "a font's size is not a number above 0");
+  }
+  return make<NSFont>(familyName, pointSize, isBold, isItalic);
 }
 
 }  // namespace norvik

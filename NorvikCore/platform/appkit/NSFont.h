@@ -7,12 +7,13 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 
 namespace norvik {
 
-class NK_EXPORT NSFont : public NSObject {
+class NK_EXPORT NSFont : public NSObject, public NSCoding {
   NK_OBJECT(NSFont, NSObject)
+  NK_DECODED_BY(fontWithCoder)
 
   NSFont(NSString familyName, double pointSize, bool isBold = false, bool isItalic = false);
   ~NSFont() override;
@@ -33,6 +34,10 @@ class NK_EXPORT NSFont : public NSObject {
   [[nodiscard]] std::size_t hash() const override;
   /// "DejaVu Sans Bold Italic 11".
   [[nodiscard]] NSString description() const override;
+
+  /// What it says, exactly; whether this machine has it does not matter.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSFont> fontWithCoder(NSCoder& coder);
 
  private:
   const NSString familyName_;

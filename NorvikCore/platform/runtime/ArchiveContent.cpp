@@ -10,27 +10,28 @@
 namespace norvik::detail {
 namespace {
 
+/// What the two kinds of archive share. They differ in where texts and objects stand, and in what a coded object has.
 class Parser {
  public:
-  explicit Parser(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
 
-  ArchiveContent parse() {
-    const auto mark = take(std::min(archiveMark.size(), left()));
-    if (!std::ranges::equal(mark, archiveMark, {}, {}, [](char c) { return static_cast<std::uint8_t>(c); })) {
+ protected:
+  explicit Parser(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+  virtual ~Parser() = default;
+
+  /// The text, or the object's number, that comes next.
+  virtual NSString text() = 0;
+  virtual std::size_t object() = 0;
+  virtual void parseCoded(ArchivedObject& object) = 0;
+
+  void parseMark(std::string_view wanted) {
+    const auto mark = take(std::min(wanted.size(), left()));
+    if (!std::ranges::equal(mark, wanted, {}, {}, [](char c) { return static_cast<std::uint8_t>(c); })) {
       fail("it does not begin as an archive does");
     }
-    texts_.resize(count());
-    for (NSString& text : texts_) text = parseText();
-    ArchiveContent content;
-    objectCount_ = count();
-    content.objects.resize(objectCount_);
-    for (ArchivedObject& object : content.objects) parseObject(object);
-    content.fields = parseFields();
-    if (left() > 0) fail("bytes follow its end");
-    return content;
   }
 
- private:
   [[noreturn]] void fail(const char* what) const {
     raiseUnarchive(std::string("the archive is damaged at byte ") + std::to_string(at_) + ": " + what);
   }
@@ -71,9 +72,7 @@ class Parser {
     return static_cast<std::size_t>(result);
   }
 
-  const NSString& text() { return texts_[numberBelow(texts_.size(), "there is no text of that number")]; }
-
-  NSString parseText() {
+  NSString parseCharacters() {
     if (const std::size_t size = count()) {
       const auto bytes = take(size);
       const auto parsed = NSString::fromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -115,8 +114,10 @@ class Parser {
     return *result;
   }
 
-  ArchivedValue value() {
-    switch (static_cast<ArchiveTag>(numberBelow(archiveTagCount, "there is no such kind of value"))) {
+  ArchivedValue value() { return valueBehind(numberBelow(archiveValueTagCount, "there is no such kind of value")); }
+
+  ArchivedValue valueBehind(std::uint64_t tag) {
+    switch (static_cast<ArchiveTag>(tag)) {
       case ArchiveTag::Absent:
         return {};
       case ArchiveTag::Null:
@@ -136,20 +137,18 @@ class Parser {
       case ArchiveTag::Text:
         return {Value(text())};
       case ArchiveTag::Object:
-        return {Value(), numberBelow(objectCount_, "there is no object of that number")};
+        return {Value(), object()};
+      case ArchiveTag::Key:
+      case ArchiveTag::End:
+        break;
     }
     fail("there is no such kind of value");
   }
 
-  std::vector<ArchivedField> parseFields() {
-    std::vector<ArchivedField> fields(count());
-    std::unordered_set<NSString> keys;
-    for (ArchivedField& field : fields) {
-      field.key = text();
-      if (!keys.insert(field.key).second) fail("a key is used twice for one object");
-      field.value = value();
-    }
-    return fields;
+  ArchivedField parseField(std::unordered_set<NSString>& keys) {
+    NSString key = text();
+    if (!keys.insert(key).second) fail("a key is used twice for one object");
+    return {std::move(key), value()};
   }
 
   void parseValues(std::vector<ArchivedValue>& values, std::size_t valuesAnElement) {
@@ -168,7 +167,7 @@ class Parser {
     switch (object.kind) {
       case ArchiveKind::Coded:
         object.className = text();
-        object.fields = parseFields();
+        parseCoded(object);
         break;
       case ArchiveKind::Array:
       case ArchiveKind::MutableArray:
@@ -187,15 +186,107 @@ class Parser {
     }
   }
 
-  std::span<const std::uint8_t> bytes_;
+  const std::span<const std::uint8_t> bytes_;
   std::size_t at_ = 0;
   std::vector<NSString> texts_;
+};
+
+class KeyedParser : public Parser {
+ public:
+  explicit KeyedParser(std::span<const std::uint8_t> bytes) : Parser(bytes) {}
+
+  ArchiveContent parse() {
+    parseMark(archiveMark);
+    texts_.resize(count());
+    for (NSString& text : texts_) text = parseCharacters();
+    ArchiveContent content;
+    objectCount_ = count();
+    content.objects.resize(objectCount_);
+    for (ArchivedObject& object : content.objects) parseObject(object);
+    content.fields = parseFields();
+    if (left() > 0) fail("bytes follow its end");
+    return content;
+  }
+
+ private:
+  NSString text() override { return texts_[numberBelow(texts_.size(), "there is no text of that number")]; }
+  std::size_t object() override { return numberBelow(objectCount_, "there is no object of that number"); }
+  void parseCoded(ArchivedObject& object) override { object.fields = parseFields(); }
+
+  std::vector<ArchivedField> parseFields() {
+    std::vector<ArchivedField> fields(count());
+    std::unordered_set<NSString> keys;
+    for (ArchivedField& field : fields) field = parseField(keys);
+    return fields;
+  }
+
   std::size_t objectCount_ = 0;
+};
+
+class SequentialParser : public Parser {
+ public:
+  explicit SequentialParser(std::span<const std::uint8_t> bytes) : Parser(bytes) {}
+
+  ArchiveContent parse() {
+    parseMark(sequentialArchiveMark);
+    ArchiveContent content;
+    std::unordered_set<NSString> keys;
+    while (left() > 0) parseItem(number(), content.fields, content.values, keys);
+    content.objects = std::move(objects_);
+    return content;
+  }
+
+ private:
+  NSString text() override {
+    if (const std::size_t number = numberBelow(texts_.size() + 1, "there is no text of that number")) {
+      return texts_[number - 1];
+    }
+    return texts_.emplace_back(parseCharacters());
+  }
+
+  std::size_t object() override {
+    if (const std::size_t number = numberBelow(objects_.size() + 1, "there is no object of that number")) {
+      return number - 1;
+    }
+    if (depth_ == greatestArchiveDepth) fail("objects hold one another too deep");
+    ++depth_;
+    const std::size_t made = objects_.size();
+    objects_.emplace_back();
+    ArchivedObject object;
+    parseObject(object);
+    objects_[made] = std::move(object);
+    --depth_;
+    return made;
+  }
+
+  void parseCoded(ArchivedObject& object) override {
+    std::unordered_set<NSString> keys;
+    for (;;) {
+      const std::uint64_t tag = number();
+      if (tag == static_cast<std::uint64_t>(ArchiveTag::End)) return;
+      parseItem(tag, object.fields, object.values, keys);
+    }
+  }
+
+  void parseItem(std::uint64_t tag, std::vector<ArchivedField>& fields, std::vector<ArchivedValue>& values,
+                 std::unordered_set<NSString>& keys) {
+    if (tag == static_cast<std::uint64_t>(ArchiveTag::Key)) {
+      fields.push_back(parseField(keys));
+    } else if (tag < archiveValueTagCount) {
+      values.push_back(valueBehind(tag));
+    } else {
+      fail("there is no such kind of value");
+    }
+  }
+
+  std::vector<ArchivedObject> objects_;
+  unsigned depth_ = 0;
 };
 
 }  // namespace
 
-ArchiveContent parseArchive(std::span<const std::uint8_t> bytes) { return Parser(bytes).parse(); }
+ArchiveContent parseKeyedArchive(std::span<const std::uint8_t> bytes) { return KeyedParser(bytes).parse(); }
+ArchiveContent parseSequentialArchive(std::span<const std::uint8_t> bytes) { return SequentialParser(bytes).parse(); }
 
 void raiseUnarchive(const NSString& reason) { NSException::raise(NSInvalidUnarchiveOperationException, reason); }
 

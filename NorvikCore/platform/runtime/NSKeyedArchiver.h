@@ -8,9 +8,9 @@
 //   Ref<NSData> more = archiver->encodedData();
 //
 // Every kind of value can be encoded; of objects, the collections, NSData, and those of classes that implement NSCoding
-// and state NK_CODING (NSCoder.h). An object met again is written once, also where objects hold one another in a
-// circle, and mutable collections come back mutable. Equal content met in the same order gives equal bytes, on every
-// machine.
+// and state how they are decoded (NSCoder.h). An object met again is written once, also where objects hold one another
+// in a circle, and mutable collections come back mutable. Equal content met in the same order gives equal bytes, on
+// every machine.
 //
 // Raises NSInvalidArchiveOperationException for an object that cannot be encoded, for a key that is used twice for one
 // object, and for objects that hold one another more than 512 deep. Confined: one thread at a time.
@@ -32,11 +32,14 @@ class NK_EXPORT NSKeyedArchiver : public NSCoder {
   /// The value under the key "root", which NSKeyedUnarchiver::unarchiveObjectWithData reads.
   [[nodiscard]] static Ref<NSData> archivedDataWithRootObject(const Value& root);
 
+  /// Under a key that the archiver gives out: "$0", "$1" and so on within one object.
+  void encodeObject(const Value& value) override;
   void encodeObject(const Value& value, const NSString& key) override;
   /// What was encoded so far.
   [[nodiscard]] Ref<NSData> encodedData() const;
 
   // An archiver only writes: these raise NSInvalidArchiveOperationException.
+  [[nodiscard]] Value decodeObject() override;
   [[nodiscard]] bool containsValueForKey(const NSString& key) const override;
   [[nodiscard]] Value decodeObjectForKey(const NSString& key) override;
 

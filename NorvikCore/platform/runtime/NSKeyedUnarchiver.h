@@ -9,9 +9,9 @@
 //   Value payslips = unarchiver->decodeObjectForKey("payslips");
 //
 // Data that NSKeyedArchiver did not write, or that were changed or cut since, raise
-// NSInvalidUnarchiveOperationException: so do a class that is not there or does not state NK_CODING, an exception out
-// of an initWithCoder, and objects that hold one another more than 512 deep. Memory stays within a small multiple of
-// the data's size. Confined: one thread at a time.
+// NSInvalidUnarchiveOperationException: so do a class that is not there or states no way of decoding, an exception
+// out of decoding an object, and objects that hold one another more than 512 deep. Memory stays within a small multiple
+// of the data's size. Confined: one thread at a time.
 //
 // An object that holds itself by way of others is seen by them before its initWithCoder is done; they may keep it, not
 // use it.
@@ -26,6 +26,10 @@ namespace norvik {
 
 class NSError;
 
+namespace detail {
+class ArchiveReader;
+}
+
 class NK_EXPORT NSKeyedUnarchiver : public NSCoder {
   NK_OBJECT(NSKeyedUnarchiver, NSCoder)
 
@@ -39,15 +43,16 @@ class NK_EXPORT NSKeyedUnarchiver : public NSCoder {
   [[nodiscard]] static Value unarchivedObjectOfClass(const Class& wanted, const NSData& data,
                                                      Ref<NSError>* error = nullptr);
 
+  [[nodiscard]] Value decodeObject() override;
   [[nodiscard]] bool containsValueForKey(const NSString& key) const override;
   [[nodiscard]] Value decodeObjectForKey(const NSString& key) override;
 
-  /// An unarchiver only reads: raises NSInvalidUnarchiveOperationException.
+  // An unarchiver only reads: these raise NSInvalidUnarchiveOperationException.
+  void encodeObject(const Value& value) override;
   void encodeObject(const Value& value, const NSString& key) override;
 
  private:
-  class Reader;
-  std::unique_ptr<Reader> reader_;
+  std::unique_ptr<detail::ArchiveReader> reader_;
 };
 
 /// The domain of decoding errors, and their codes.

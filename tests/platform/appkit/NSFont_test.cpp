@@ -1,8 +1,12 @@
 #include "NorvikCore/platform/appkit/NSFont.h"
 
+#include "tests/support/ExpectRaises.h"
+#include "tests/support/ThroughArchivers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 
 using namespace norvik;
 
@@ -31,4 +35,27 @@ TEST(NSFont, IsEqualByWhatItSays) {
 TEST(NSFont, DescribesItself) {
   EXPECT_EQ(make<NSFont>("DejaVu Sans", 11.5, true, true)->description(), "DejaVu Sans Bold Italic 11.5");
   EXPECT_EQ(NSFont::fontWithName("DejaVu Sans", 11)->description(), "DejaVu Sans 11");
+}
+
+TEST(NSFont, ComesBackFromBothArchivers) {
+  for (const auto archived : norvik_test::throughBothArchivers) {
+    for (const auto& font : {make<NSFont>("DejaVu Sans", 11.1, true, false), make<NSFont>("", 0.5, false, true)}) {
+      const Value value = archived(font);
+      const auto* back = value.object<NSFont>();
+      ASSERT_TRUE(back);
+      EXPECT_EQ(back->familyName(), font->familyName());
+      EXPECT_EQ(back->pointSize(), font->pointSize());
+      EXPECT_EQ(back->isBold(), font->isBold());
+      EXPECT_EQ(back->isItalic(), font->isItalic());
+    }
+  }
+}
+
+TEST(NSFont, ADamagedSizeRaises) {
+  const std::string_view sound("NKSEQU1\n\x09\0\0\0\x06NSFont\x08\0\x04Sans\x04\x16\x03\x02\x0b", 32);
+  EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(sound)), Value(make<NSFont>("Sans", 11, true)));
+  std::string damaged(sound);
+  damaged[28] = 0;  // the size
+  EXPECT_RAISES((void)NSUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(damaged)),
+                "NSInvalidUnarchiveOperationException");
 }

@@ -27,18 +27,21 @@ struct ArchivedObject {
   ArchiveKind kind = ArchiveKind::Coded;
   NSString className;                  ///< of a coded object
   std::vector<ArchivedField> fields;   ///< of a coded object
-  std::vector<ArchivedValue> values;   ///< of a collection; of a dictionary the keys too, each before its value
+  std::vector<ArchivedValue> values;   ///< of a coded object those without a key; of a collection the elements; of a
+                                       ///< dictionary the keys too, each before its value
   std::span<const std::uint8_t> data;  ///< of data; lies in the archive's bytes
 };
 
 struct ArchiveContent {
   std::vector<ArchivedObject> objects;
   std::vector<ArchivedField> fields;
+  std::vector<ArchivedValue> values;
 };
 
-/// Raises NSInvalidUnarchiveOperationException where the bytes are no archive. Takes linear time and memory. All
-/// numbers of texts and objects are within their tables, and no object has a key twice.
-[[nodiscard]] ArchiveContent parseArchive(std::span<const std::uint8_t> bytes);
+/// Raises NSInvalidUnarchiveOperationException where the bytes are no archive of that kind. Takes linear time and
+/// memory. All numbers of texts and objects are within their tables, and no object has a key twice.
+[[nodiscard]] ArchiveContent parseKeyedArchive(std::span<const std::uint8_t> bytes);
+[[nodiscard]] ArchiveContent parseSequentialArchive(std::span<const std::uint8_t> bytes);
 
 [[noreturn]] void raiseUnarchive(const NSString& reason);
 

@@ -1,0 +1,24 @@
+// tests/support/ThroughArchivers.h - a value taken apart by an archiver and made again.
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSArchiver.h"
+#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
+#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/runtime/NSUnarchiver.h"
+
+namespace norvik_test {
+
+inline norvik::Value throughArchiver(const norvik::Value& value) {
+  return norvik::NSUnarchiver::unarchiveObjectWithData(*norvik::NSArchiver::archivedDataWithRootObject(value));
+}
+
+inline norvik::Value throughKeyedArchiver(const norvik::Value& value) {
+  return norvik::NSKeyedUnarchiver::unarchiveObjectWithData(
+      *norvik::NSKeyedArchiver::archivedDataWithRootObject(value));
+}
+
+/// `for (const auto archived : throughBothArchivers) EXPECT_EQ(archived(value), value);`
+inline constexpr norvik::Value (*throughBothArchivers[])(const norvik::Value&) = {&throughArchiver,
+                                                                                  &throughKeyedArchiver};
+
+}  // namespace norvik_test
