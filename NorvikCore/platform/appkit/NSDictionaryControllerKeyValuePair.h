@@ -1,0 +1,50 @@
+// NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h - one entry of a dictionary, as an object that views
+// can be bound to.
+//
+//   entry->key();                        // "basic"
+//   entry->setValue(0.25_dec);           // the dictionary has it
+//   bind_toObject_withKeyPath_options(*field, NSValueBinding, *entry, "value", nullptr);
+//
+// NSDictionaryController makes them. "value" is read from the dictionary each time; its observers hear of what is set
+// here, and of what is set by key (setValue_forKey) on the dictionary where the key is a text without full stops.
+// Confined to the thread of its controller.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/runtime/Weak.h"
+
+namespace norvik {
+
+class NSDictionaryController;
+
+class NK_EXPORT NSDictionaryControllerKeyValuePair : public NSObject {
+  NK_OBJECT(NSDictionaryControllerKeyValuePair, NSObject)
+  NK_READONLY_PROPERTY(Value, key)
+  NK_COMPUTED_PROPERTY_WITH_SETTER(Value, value, setValue)
+
+  NSDictionaryControllerKeyValuePair(NSDictionaryController& controller, Ref<NSDictionary> dictionary, Value key);
+  ~NSDictionaryControllerKeyValuePair() override;
+
+  /// Absent once the dictionary has lost the key.
+  [[nodiscard]] Value value() const;
+  /// An absent value removes the key, and with it this entry. Raises what setting a key of the dictionary raises, so
+  /// always where the dictionary is not mutable.
+  void setValue(const Value& value);
+
+  void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
+                              void* context) override;
+
+ private:
+  friend class NSDictionaryController;
+  void follow();
+  void stopFollowing();
+  void didChange();
+
+  const Weak<NSDictionaryController> controller_;
+  const Ref<NSDictionary> dictionary_;
+  bool follows_ = false;     ///< observes the dictionary under the key
+  bool isChanging_ = false;  ///< has announced a change of the dictionary that is not made yet
+};
+
+}  // namespace norvik

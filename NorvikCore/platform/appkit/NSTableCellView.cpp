@@ -1,0 +1,7 @@
+#include "NorvikCore/platform/appkit/NSTableCellView.h"
+
+namespace norvik {
+
+NSTableCellView::~NSTableCellView() = default;
+
+}  // namespace norvik
