@@ -64,7 +64,7 @@ Ref<NSData> write(const Value& root) {
 /// Objects that hold one another in a circle are never let go, here as in every program that counts references.
 extern "C" NK_EXPORT const char* __asan_default_options() {
   return "detect_leaks=0";
-}  // NOLINT(bugprone-reserved-identifier)
+}  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Value root;

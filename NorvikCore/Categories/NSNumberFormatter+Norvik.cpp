@@ -12,14 +12,14 @@ Ref<NSNumberFormatter>& m_sharedNumberFormatter() {
   return slot;
 }
 
-NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle style) {
+NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle numberStyle) {
   const bool onMainThread = kernel::isMainThread();
   Ref<NSNumberFormatter> formatter = onMainThread ? m_sharedNumberFormatter() : nullptr;
   if (!formatter) {
     formatter = make<NSNumberFormatter>();
     formatter->setLocale(nk_defaultLocale());
   }
-  if (formatter->numberStyle() != style) formatter->setNumberStyle(style);
+  if (formatter->numberStyle() != numberStyle) formatter->setNumberStyle(numberStyle);
   NSString text = formatter->stringFromNumber(number);
   if (onMainThread && !m_sharedNumberFormatter()) m_sharedNumberFormatter() = formatter;
   return text;

@@ -16,6 +16,6 @@ extern NK_EXPORT const NSString kSharedNumberFormatterLock;
 
 /// The number in that style in nk_defaultLocale(). Any thread: the main thread keeps one formatter and uses it again;
 /// elsewhere each call makes one, some tens of microseconds.
-[[nodiscard]] NK_EXPORT NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle style);
+[[nodiscard]] NK_EXPORT NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle numberStyle);
 
 }  // namespace norvik

@@ -23,8 +23,8 @@ Ref<NKMonetaryTermDecimalNumberFormatter> formatterInDefaultLocale() {
 NKMonetaryTermDecimalNumberFormatter::~NKMonetaryTermDecimalNumberFormatter() = default;
 
 void NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(std::optional<Decimal> maximum,
-                                                                std::optional<Decimal> minimum) {
-  moneyTerms().define(maximum, minimum);
+                                                                std::optional<Decimal> minDecimalTerm) {
+  moneyTerms().define(maximum, minDecimalTerm);
 }
 
 void NKMonetaryTermDecimalNumberFormatter::setup() {

@@ -18,7 +18,7 @@ class NK_EXPORT NKMonetaryTermDecimalNumberFormatter : public NKDecimalFormatter
   ~NKMonetaryTermDecimalNumberFormatter() override;
 
   /// The bounds of all formatters made from now on; absent is none. Any thread.
-  static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minimum);
+  static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minDecimalTerm);
 
   /// The number as a money amount in the library's default locale, whatever the user's. Any thread: the main thread
   /// keeps one formatter, with the bounds of its first call, and uses it again; elsewhere each call makes one, some

@@ -15,8 +15,8 @@ detail::DecimalTerms& percentageTerms() {
 NKPercentageTermDecimalNumberFormatter::~NKPercentageTermDecimalNumberFormatter() = default;
 
 void NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(std::optional<Decimal> maximum,
-                                                                  std::optional<Decimal> minimum) {
-  percentageTerms().define(maximum, minimum);
+                                                                  std::optional<Decimal> minDecimalTerm) {
+  percentageTerms().define(maximum, minDecimalTerm);
 }
 
 void NKPercentageTermDecimalNumberFormatter::setup() {

@@ -18,7 +18,7 @@ class NK_EXPORT NKPercentageTermDecimalNumberFormatter : public NKDecimalFormatt
   ~NKPercentageTermDecimalNumberFormatter() override;
 
   /// The bounds of all formatters made from now on; absent is none. Any thread.
-  static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minimum);
+  static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minDecimalTerm);
 
   void setup() override;
 };

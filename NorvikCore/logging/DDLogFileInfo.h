@@ -52,6 +52,7 @@ class NK_EXPORT DDLogFileInfo : public NSObject {
   void renameFile(const NSString& newFileName);
 
   [[nodiscard]] bool hasExtendedAttributeWithName(const NSString& attributeName) const;
+  /// Both report a failure with the error number that the system gave.
   void addExtendedAttributeWithName(const NSString& attributeName);
   void removeExtendedAttributeWithName(const NSString& attributeName);
 

@@ -3,8 +3,7 @@
 // A message never changes after it is made, so loggers share it across threads.
 //
 //   std::optional<NSString> MyFormatter::formatLogMessage(const DDLogMessage& message) {
-//     return stringWithFormat("%@ %@:%d %@", message.timestamp(), message.fileName(), message.lineNumber(),
-//     message.logMsg());
+//     return stringWithFormat("%@ %@:%d", message.logMsg(), message.fileName(), message.lineNumber());
 //   }
 #pragma once
 

@@ -34,9 +34,9 @@ class AtomicLogLevel {
  public:
   constexpr explicit AtomicLogLevel(int level) noexcept : level_(level) {}
 
-  operator int() const noexcept {
+  operator int() const noexcept {  // NOLINT(google-explicit-constructor): it reads as the level that it holds
     return level_.load(std::memory_order_relaxed);
-  }  // NOLINT(google-explicit-constructor)
+  }
   AtomicLogLevel& operator=(int level) noexcept {
     level_.store(level, std::memory_order_relaxed);
     return *this;

@@ -35,7 +35,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
     return 2;
   }
-  auto file = DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(NSString(argv[1])));
+  const NSString folder = argv[1];
+  auto file = DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(folder));
   file->setMaximumFileSize(4 << 20);
   file->setLogFormatter(make<WithThread>());
   auto counter = make<ErrorCounter>();

@@ -14,7 +14,7 @@ class AmountReader {
  public:
   AmountReader();
 
-  /// The amount rounded to the penny, half up; empty where the whole text is not one amount.
+  /// The amount rounded to the penny, a half away from zero; empty where the whole text is not one amount.
   [[nodiscard]] std::optional<norvik::Decimal> read(std::string_view text) const;
 
  private:

@@ -3,6 +3,7 @@
 #include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
 #include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
 #include "NorvikCore/Categories/NSNumber+Norvik.h"
+#include "NorvikCore/Categories/NSNumberFormatter+Norvik.h"
 #include "Table.h"
 
 namespace payrun {
@@ -72,7 +73,8 @@ std::string amountInWords(const Decimal& amount) {
   const NSNumber pounds = integralNumber(magnitude);
   const NSNumber pence = integralNumber((magnitude - nk_decimalNumber(pounds)) * 100);
   const auto counted = [](const NSNumber& number, const char* one, const char* many) {
-    return text(nk_wordString(number)) + " " + (number == NSNumber(1) ? one : many);
+    return text(nk_defaultStringFromNumber(number, NSNumberFormatterSpellOutStyle)) + " " +
+           (number == NSNumber(1) ? one : many);
   };
   return (amount.isNegative() ? "minus " : "") + counted(pounds, "pound", "pounds") + " and " +
          counted(pence, "penny", "pence");

@@ -1,21 +1,49 @@
 #include "RunLog.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/logging/DDLogMacros.h"
 
 namespace payrun {
 
 using namespace norvik;
 
+namespace {
+
+/// The last few kilobytes of a file; empty where it cannot be read.
+std::string endOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : 0;
+  const std::streamoff wanted = std::min<std::streamoff>(size, 4096);
+  std::string text(static_cast<std::size_t>(wanted), '\0');
+  file.seekg(size - wanted);
+  file.read(text.data(), wanted);
+  return text;
+}
+
+}  // namespace
+
 RunLog::RunLog(const std::optional<std::filesystem::path>& folder) {
   ddLogLevel = LOG_LEVEL_INFO;
-  if (folder) {
-    DDLog::addLogger(DDFileLogger::initWithLogFileManager(
-        DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder->string()))));
-  } else {
-    DDLog::addLogger(make<DDFileLogger>());
+  const auto manager = folder ? DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder->string()))
+                              : make<DDLogFileManagerDefault>();
+  DDLog::addLogger(DDFileLogger::initWithLogFileManager(manager));
+  // A logger whose file cannot be opened drops its lines in silence, so that logging never stops its caller.
+  const std::string first = "begun by process " + std::to_string(::getpid());
+  DDLogInfo("%s", first.c_str());
+  DDLog::flushLog();
+  for (const NSString& path : manager->sortedLogFilePaths()) {
+    if (endOf(path.fileSystemRepresentation()).find(first) != std::string::npos) return;
   }
+  throw std::runtime_error("no log can be written in " + std::string(manager->logsDirectory().view()));
 }
 
 RunLog::~RunLog() { DDLog::flushLog(); }

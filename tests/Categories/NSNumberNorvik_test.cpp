@@ -29,6 +29,14 @@ TEST(NSNumberNorvik, ReadsInWordsAsOnACheque) {
   EXPECT_EQ(nk_wordString(Decimal::parse("9007199254740993.00").value()), nk_wordString(9007199254740993));
 }
 
+TEST(NSNumberNorvik, WordsAreExactForEighteenDigitsAndForFractionsOfFifteen) {
+  EXPECT_EQ(nk_wordString(Decimal::parse("999000000000000001").value()),
+            "nine hundred and ninety-nine quadrillion and one");
+  EXPECT_EQ(nk_wordString(Decimal::parse("1000000000000.25").value()), "one trillion point two five");
+  EXPECT_EQ(nk_wordString(Decimal::parse("10000000000000000001").value()), "ten thousand quadrillion")
+      << "the nearest double is spelt";
+}
+
 TEST(NSNumberNorvik, InvertsBooleans) {
   EXPECT_EQ(nk_invertBool(0), NSNumber(1));
   EXPECT_EQ(nk_invertBool(true), NSNumber(0));

@@ -1,9 +1,12 @@
-// The code on the README's first screen is what examples/readme_example.cpp compiles, and prints what it says.
+// The code in README.md and docs/ is the code of the examples, which are compiled; the README's prints what it says.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -18,6 +21,41 @@ TEST(Readme, ShowsTheExampleAsItIsCompiled) {
   ASSERT_FALSE(example.empty());
   EXPECT_NE(readFile(README_FILE).find("```cpp\n" + example + "```\n"), std::string::npos)
       << "README.md and examples/readme_example.cpp differ";
+}
+
+/// A line of code without indentation and without the remark at its end.
+std::string code(std::string line) {
+  line.erase(0, line.find_first_not_of(' '));
+  if (const std::size_t remark = line.find("  //"); remark != std::string::npos) line.erase(remark);
+  return line;
+}
+
+TEST(Documents, ShowOnlyCodeOfTheExampleThatTheyName) {
+  const std::string names = "The code below is `";
+  std::size_t pages = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(PROJECT_FOLDER "/docs")) {
+    const std::string page = readFile(entry.path());
+    const std::size_t named = page.find(names);
+    if (named == std::string::npos) continue;
+    ++pages;
+    const std::size_t begin = named + names.size();
+    const std::string example = page.substr(begin, page.find('`', begin) - begin);
+    std::set<std::string> known;
+    std::istringstream source(readFile(PROJECT_FOLDER "/" + example));
+    for (std::string line; std::getline(source, line);) known.insert(code(line));
+    ASSERT_GT(known.size(), 1U) << example;
+    bool inside = false;
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with("```")) {
+        inside = line == "```cpp";
+      } else if (inside) {
+        EXPECT_TRUE(known.contains(code(line)))
+            << entry.path() << " shows a line that " << example << " has not: " << line;
+      }
+    }
+  }
+  EXPECT_GE(pages, 1U);
 }
 
 TEST(Readme, TheExamplePrintsWhatItSays) {

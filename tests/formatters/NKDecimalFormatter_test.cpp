@@ -121,7 +121,7 @@ TEST(NKDecimalFormatter, PastingOverASelectionKeepsWhatFits) {
   const Edit two = edit(*formatter,
                         "12345"
                         "345678",
-                        "12345678", {0, 2});
+                        "98345678", {0, 2});
   EXPECT_FALSE(two.isAccepted);
   EXPECT_EQ(two.text, "12345678");
   EXPECT_EQ(two.selection, (NSRange{2, 0}));

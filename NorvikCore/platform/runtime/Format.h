@@ -216,9 +216,9 @@ class FormatArgumentList {
   template <class... Args>
   requires(sizeof...(Args) == N) explicit FormatArgumentList(const Args&... arguments)
       : list_{detail::formatArgument(arguments)...} {}
-  operator FormatArguments() const noexcept {
+  operator FormatArguments() const noexcept {  // NOLINT(google-explicit-constructor): the same list
     return {list_, N};
-  }  // NOLINT(google-explicit-constructor): the same list
+  }
 
  private:
   detail::FormatArgument list_[N == 0 ? 1 : N];

@@ -86,8 +86,8 @@ class NK_EXPORT NSString {
   constexpr NSString(const char* text);  // NOLINT(google-explicit-constructor): literals are texts
   NSString(std::nullptr_t) = delete;
   /// Bytes that are not UTF-8 take the form said above.
-  constexpr NSString(std::string_view text);                               // NOLINT(google-explicit-constructor)
-  NSString(const std::string& text) : NSString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+  constexpr NSString(std::string_view text);                               // NOLINT(google-explicit-constructor): text
+  NSString(const std::string& text) : NSString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor): text
 
   constexpr NSString(const NSString& other) noexcept : data_(other.data_), bits_(other.bits_) { retain(); }
   constexpr NSString(NSString&& other) noexcept

@@ -19,13 +19,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void becomePayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments, int out,
-                               int err) {
+[[noreturn]] void becomePayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments, int out, int err,
+                               const std::string& locale = "en_GB.UTF-8") {
   ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
   ::dup2(out, STDOUT_FILENO);
   ::dup2(err, STDERR_FILENO);
   ::setenv("HOME", home.path().c_str(), 1);
-  ::setenv("LC_ALL", "en_GB.UTF-8", 1);
+  ::setenv("LC_ALL", locale.c_str(), 1);
   ::setenv("TZ", "UTC", 1);
   for (const char* name : {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) ::unsetenv(name);
   std::vector<char*> words = {const_cast<char*>(PAYRUN_PROGRAM)};
@@ -63,11 +63,11 @@ std::string readToEnd(int descriptor) {
 
 }  // namespace
 
-Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments) {
+Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments, const std::string& locale) {
   const TemporaryFolder outputs;
   const int out = openForWriting(outputs.path("out")), err = openForWriting(outputs.path("err"));
   const pid_t child = ::fork();
-  if (child == 0) becomePayrun(home, arguments, out, err);
+  if (child == 0) becomePayrun(home, arguments, out, err, locale);
   ::close(out);
   ::close(err);
   Result result;

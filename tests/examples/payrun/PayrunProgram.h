@@ -18,9 +18,9 @@ struct Result {
   double peakMebibytes = 0;
 };
 
-/// Runs it with these arguments, nothing on its standard input, its home in `home` and the locale en_GB; waits for its
-/// end.
-Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments);
+/// Runs it with these arguments, nothing on its standard input and its home in `home`; waits for its end.
+Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments,
+                 const std::string& locale = "en_GB.UTF-8");
 /// The same with standard error on a terminal, whose text is `err`.
 Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments);
 

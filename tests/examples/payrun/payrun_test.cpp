@@ -70,6 +70,22 @@ TEST(Payrun, WritesTheReportToAFileInsteadOfToStandardOutput) {
   EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
 }
 
+TEST(Payrun, IsBritishWhateverTheUsersLocale) {
+  const TemporaryFolder folder;
+  const Result result = runPayrun(folder, arguments(exampleEmployer(), 1, folder.path("logs")), "de_DE.UTF-8");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(firstDifference(result.out, readFile(expectedReports() / "month-01.txt")), "");
+}
+
+TEST(Payrun, FailsWhereItCannotLeaveALog) {
+  const TemporaryFolder folder;
+  writeFile(folder.path("logs"), "a file where the folder should be");
+  const Result result = runPayrun(folder, arguments(exampleEmployer(), 1, folder.path("logs")));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("payrun: no log can be written in " + folder.path("logs")));
+}
+
 TEST(Payrun, LeavesNothingBehindWhereTheReportCannotBeWritten) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder.path("taken"));

@@ -71,7 +71,7 @@ TEST(Value, CopiesAndMovesKeepTheContent) {
   Value target = 5;
   target = moved;
   EXPECT_EQ(target, copy);
-  target = target;  // NOLINT(clang-diagnostic-self-assign-overloaded)
+  target = target;  // NOLINT(clang-diagnostic-self-assign-overloaded): the subject
   EXPECT_EQ(target, copy);
 }
 

@@ -93,7 +93,7 @@ TEST(NSString, IsEmptyAfterBeingMovedFrom) {
   NSString target = std::string("old"), source = std::string("new");
   target = std::move(source);
   EXPECT_EQ(target, "new");
-  EXPECT_TRUE(source.empty());  // NOLINT(bugprone-use-after-move)
+  EXPECT_TRUE(source.empty());  // NOLINT(bugprone-use-after-move): that is the subject
 }
 
 TEST(NSString, SurvivesAssignmentToItself) {
