@@ -352,7 +352,8 @@ int main(int argc, char** argv) {
   for (const int pause : {0, 20}) {
     for (const Who who : everybody) {
       const std::size_t lines = linesAfterAbort("/proc/self/exe", who, pause);
-      std::printf("note: abort() %d ms after %d calls leaves %zu lines (%s)\n", pause, crashMessages, lines, nameOf(who));
+      std::printf("note: abort() %d ms after %d calls leaves %zu lines (%s)\n", pause, crashMessages, lines,
+                  nameOf(who));
       if (who == Who::ours && pause == 20 && lines != crashMessages) fail("lines are lost");
     }
   }

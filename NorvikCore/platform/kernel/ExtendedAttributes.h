@@ -7,10 +7,10 @@
 //   kernel::renameWithAttributes(path, newPath);              // the mark goes along
 //
 // An attribute "x" is the kernel's extended attribute "user.x". On a file system that has none (ramfs, some network
-// disks) each attribute is a side file in the same folder instead: attribute "payroll.locked" of "pay.csv" is the content
-// of ".pay.csv.attr-payroll.locked" (in the attribute's name '%' is written %25, '/' %2F, and ".attr-" .attr%2D, so that names
-// stay apart). A side file does not follow a file that is renamed or removed by other means than the two
-// operations at the end of this header, and one that stays behind would mark the next file of that name.
+// disks) each attribute is a side file in the same folder instead: attribute "payroll.locked" of "pay.csv" is the
+// content of ".pay.csv.attr-payroll.locked" (in the attribute's name '%' is written %25, '/' %2F, and ".attr-"
+// .attr%2D, so that names stay apart). A side file does not follow a file that is renamed or removed by other means
+// than the two operations at the end of this header, and one that stays behind would mark the next file of that name.
 //
 // Paths are followed through symbolic links, except by those two. Operations answer 0 or an error number (see
 // SystemError.h). Any thread; two that change the same attribute leave one of the two values whole.
@@ -45,8 +45,8 @@ namespace norvik::kernel {
 enum class Replace { yes, no };
 
 /// rename(2) of a file or folder, with its attributes: a file that stood at `to` is replaced, its attributes too, or
-/// with Replace::no makes the renaming fail (EEXIST). The error is that of the file's renaming, else the first of a side
-/// file's; then the file has its new name without some attribute.
+/// with Replace::no makes the renaming fail (EEXIST). The error is that of the file's renaming, else the first of a
+/// side file's; then the file has its new name without some attribute.
 [[nodiscard]] NK_EXPORT int renameWithAttributes(const std::string& from, const std::string& to,
                                                  Replace replace = Replace::yes);
 

@@ -71,7 +71,9 @@ class Block<R(A...)> {
 
   /// The closure as an object, empty for the absent one.
   [[nodiscard]] Ref<NSBlock> object() const noexcept { return closure_; }
-  operator Value() const { return Value(Ref<NSObject>(closure_)); }  // NOLINT(google-explicit-constructor): it is an object
+  operator Value() const {
+    return Value(Ref<NSObject>(closure_));
+  }  // NOLINT(google-explicit-constructor): it is an object
 
  private:
   friend struct ValueConversion<Block>;

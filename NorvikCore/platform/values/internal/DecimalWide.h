@@ -26,7 +26,8 @@ struct UInt256 {
   std::uint64_t word[4] = {0, 0, 0, 0};
 
   constexpr UInt256() noexcept = default;
-  constexpr UInt256(UInt128 n) noexcept : word{low64(n), high64(n), 0, 0} {}  // NOLINT(google-explicit-constructor): widens
+  constexpr UInt256(UInt128 n) noexcept
+      : word{low64(n), high64(n), 0, 0} {}  // NOLINT(google-explicit-constructor): widens
   constexpr UInt256(UInt128 high, UInt128 low) noexcept : word{low64(low), high64(low), low64(high), high64(high)} {}
 
   [[nodiscard]] constexpr UInt128 low() const noexcept { return join(word[1], word[0]); }
