@@ -1,6 +1,7 @@
 #include "NorvikCore/Categories/NSArray+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h"
+#include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +20,21 @@ class Slip : public NSObject {
 };
 
 }  // namespace
+
+TEST(NSArrayNorvikDecimalNumber, HeaderExample) {
+  EXPECT_EQ(nk_decimalNumberBySumming(*NSArray::arrayWith({1.10_dec, 2.205_dec})), 3.305_dec);
+}
+
+TEST(NSSetNorvikDecimalNumber, HeaderExample) {
+  EXPECT_EQ(nk_decimalNumberBySumming(*NSSet::setWith({100_dec, 20_dec})), 120_dec);
+}
+
+TEST(NSObjectNorvikDecimalNumber, HeaderExample) {
+  const auto slip = make<Slip>();
+  slip->setGrossPay(100_dec);
+  slip->setBonus(20);
+  EXPECT_EQ(nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"})), 120_dec);
+}
 
 TEST(DecimalNumberSumming, AnArraysElementsAddUpWithoutRounding) {
   const Decimal sum = nk_decimalNumberBySumming(*NSArray::arrayWith({dec("1.10"), dec("2.205")}));

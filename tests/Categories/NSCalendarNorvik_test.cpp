@@ -2,8 +2,11 @@
 
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/Categories/NSTimeZone+Norvik.h"
+#include "NorvikCore/platform/values/Date_literals.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace norvik;
 
@@ -12,6 +15,22 @@ namespace {
 Date date(const char* text) { return Date::dateWithString(text).value(); }
 
 }  // namespace
+
+TEST(NSCalendarNorvik, HeaderExample) {
+  const Date newYearsEve = "2020-12-31"_date, newYearsDay = "2021-01-01"_date;
+  EXPECT_EQ(daysWithinEraFromDate(*nk_defaultCalendar(), newYearsEve, newYearsDay), 1);
+}
+
+TEST(NSLocaleNorvik, HeaderExample) {
+  EXPECT_EQ(nk_defaultLocale()->localeIdentifier(), "en_GB");
+  const NSString description = nk_description(*nk_ukLocale());
+  EXPECT_EQ(std::count(description.view().begin(), description.view().end(), '\n'), 19);
+}
+
+TEST(NSTimeZoneNorvik, HeaderExample) {
+  EXPECT_EQ(nk_defaultTimeZone()->name(), "UTC");
+  EXPECT_EQ(nk_ukTimeZone()->name(), "Europe/London");
+}
 
 TEST(NSCalendarNorvik, EachSharedObjectIsTheSameOnEveryCall) {
   EXPECT_EQ(nk_defaultCalendar(), nk_defaultCalendar());

@@ -9,6 +9,15 @@
 
 using namespace norvik;
 
+TEST(NSNumberNorvik, HeaderExample) {
+  EXPECT_EQ(nk_wordString(1234), "one thousand two hundred and thirty-four");
+  EXPECT_EQ(nk_invertBool(true), NSNumber(0));
+}
+
+TEST(NSNumberFormatterNorvik, HeaderExample) {
+  EXPECT_EQ(nk_defaultStringFromNumber(1234.5, NSNumberFormatterDecimalStyle), "1,234.5");
+}
+
 TEST(NSNumberNorvik, BecomesADecimalExactlyOrByItsShortestDigits) {
   EXPECT_EQ(nk_decimalNumber(INT64_MAX).stringValue(), "9223372036854775807");
   EXPECT_EQ(nk_decimalNumber(0.1).stringValue(), "0.1");

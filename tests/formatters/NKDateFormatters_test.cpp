@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "NorvikCore/Categories/NSCalendar+Norvik.h"
+#include "NorvikCore/Categories/NSDateFormatter+Norvik.h"
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/Categories/NSTimeZone+Norvik.h"
 #include "NorvikCore/formatters/NKUkDateFormatter.h"
@@ -9,6 +10,11 @@
 
 namespace norvik {
 namespace {
+
+TEST(NSDateFormatterNorvik, HeaderExample) {
+  auto formatter = make<NKUkDateFormatter>();
+  EXPECT_EQ(nk_stringFromDate(*formatter, "2021-07-01"_date, "dd/MM/yyyy HH:mm"), "01/07/2021 01:00");
+}
 
 TEST(NKUtcDateFormatter, HeaderExample) {
   auto formatter = make<NKUtcDateFormatter>();

@@ -25,6 +25,15 @@ Ref<NSDictionary> red() { return NSDictionary::dictionaryWithObject("red", "colo
 
 }  // namespace
 
+TEST(NSFormatterNorvik, HeaderExample) {
+  const auto formatter = make<NKDecimalFormatter>();
+  setNk_additionalAttributes(*formatter, NSDictionary::dictionaryWith({{NSForegroundColorAttributeName, "red"}}));
+  const auto text = NSAttributedString::attributedStringWithString("1,234.50");
+  const Ref<NSAttributedString> shown = nk_customAttributedString(*formatter, text);
+  EXPECT_NE(shown, text);
+  EXPECT_EQ(shown->attributesAtIndex(7)->objectForKey(NSForegroundColorAttributeName), Value("red"));
+}
+
 TEST(NSFormatterNorvik, HasNoAdditionalAttributesUntilTheyAreSet) {
   const auto formatter = make<NKDecimalFormatter>();
   EXPECT_FALSE(nk_additionalAttributes(*formatter));

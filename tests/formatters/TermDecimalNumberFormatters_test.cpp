@@ -25,6 +25,17 @@ struct TermDecimalNumberFormatters : testing::Test {
 
 }  // namespace
 
+TEST_F(TermDecimalNumberFormatters, HeaderExample) {
+  NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(999999, 0);
+  auto money = make<NKMonetaryTermDecimalNumberFormatter>();
+  EXPECT_EQ(money->maximum(), NSNumber(999999));
+  EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")), "1,234.50");
+  NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(100, 0);
+  auto formatter = make<NKPercentageTermDecimalNumberFormatter>();
+  EXPECT_EQ(formatter->maximum(), NSNumber(100));
+  EXPECT_EQ(formatter->stringFromNumber(dec("12.125")), "12.125");
+}
+
 TEST_F(TermDecimalNumberFormatters, MoneyShowsTwoToFourFractionDigits) {
   const struct {
     const char *number, *expected;

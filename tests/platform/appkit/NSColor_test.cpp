@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/appkit/NSColor.h"
 
+#include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/runtime/NSArray.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/ThroughArchivers.h"
@@ -10,6 +11,13 @@
 #include <string>
 
 using namespace norvik;
+
+TEST(NSColor, HeaderExample) {
+  const auto text = NSMutableAttributedString::attributedStringWithString("1,234.50");
+  text->addAttribute(NSForegroundColorAttributeName, NSColor::redColor(), {0, 5});
+  EXPECT_EQ(text->attributesAtIndex(4)->objectForKey(NSForegroundColorAttributeName), Value(NSColor::redColor()));
+  EXPECT_EQ(text->attributesAtIndex(5)->count(), 0u);
+}
 
 TEST(NSColor, KeepsItsComponentsWithinTheirRange) {
   const auto color = NSColor::colorWithRed(0.25, 2, -1, std::nan(""));

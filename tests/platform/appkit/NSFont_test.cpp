@@ -1,4 +1,5 @@
 #include "NorvikCore/platform/appkit/NSFont.h"
+#include "NorvikCore/platform/foundation/NSAttributedString.h"
 
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/ThroughArchivers.h"
@@ -9,6 +10,14 @@
 #include <string>
 
 using namespace norvik;
+
+TEST(NSFont, HeaderExample) {
+  const auto text = NSMutableAttributedString::attributedStringWithString("1,234.50");
+  text->addAttribute(NSFontAttributeName, NSFont::fontWithName("DejaVu Sans", 11), {0, 5});
+  EXPECT_EQ(text->attributesAtIndex(4)->objectForKey(NSFontAttributeName),
+            Value(NSFont::fontWithName("DejaVu Sans", 11)));
+  EXPECT_EQ(text->attributesAtIndex(5)->count(), 0u);
+}
 
 TEST(NSFont, KeepsFamilyAndSize) {
   const auto font = NSFont::fontWithName("DejaVu Sans", 11);

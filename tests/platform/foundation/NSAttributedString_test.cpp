@@ -13,6 +13,15 @@ Ref<NSDictionary> colour(const char* name) { return NSDictionary::dictionaryWith
 
 }  // namespace
 
+TEST(NSAttributedString, HeaderExample) {
+  auto red = NSDictionary::dictionaryWith({{NSForegroundColorAttributeName, "red"}});
+  auto text = NSMutableAttributedString::attributedStringWithString("1,234.50");
+  text->addAttributes(*red, {0, 5});
+  NSRange run;
+  EXPECT_EQ(Value(text->attributesAtIndex(2, &run)), Value(red));
+  EXPECT_EQ(run, (NSRange{0, 5}));
+}
+
 TEST(NSAttributedString, GivesTheAttributesAndTheWholeRunOfAUnit) {
   const auto text = NSMutableAttributedString::attributedStringWithString("1,234.50");
   text->addAttributes(*colour("red"), {0, 5});

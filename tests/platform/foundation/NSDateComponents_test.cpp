@@ -1,9 +1,20 @@
 #include "NorvikCore/platform/foundation/NSDateComponents.h"
+#include "NorvikCore/platform/foundation/NSCalendar.h"
+#include "NorvikCore/platform/foundation/NSTimeZone.h"
 
 #include <gtest/gtest.h>
 
 namespace norvik {
 namespace {
+
+TEST(NSDateComponents, HeaderExample) {
+  const auto calendar = NSCalendar::calendarWithIdentifier(NSGregorianCalendar);
+  calendar->setTimeZone(NSTimeZone::timeZoneForSecondsFromGMT(0));
+  auto parts = make<NSDateComponents>();
+  parts->setYear(2021);
+  parts->setMonth(5);
+  EXPECT_EQ(calendar->dateFromComponents(*parts)->description(), "2021-05-01 00:00:00 +0000");
+}
 
 TEST(NSDateComponents, NoFieldIsSetAtFirst) {
   const auto parts = make<NSDateComponents>();

@@ -33,6 +33,16 @@ std::string read(const NSNumberFormatter& formatter, const char* text) {
 
 }  // namespace
 
+TEST(NSFormatter, HeaderExample) {
+  const Ref<NSFormatter> formatter = british("#,##0.00");
+  Value amount;
+  NSString why;
+  EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(amount, "1,234.50", &why));
+  EXPECT_EQ(amount, Value(1234.5));
+  EXPECT_FALSE(formatter->getObjectValue_forString_errorDescription(amount, "a lot", &why));
+  EXPECT_FALSE(why.empty());
+}
+
 TEST(NSNumberFormatter, HeaderExample) {
   auto money = make<NSNumberFormatter>();
   money->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));

@@ -37,6 +37,13 @@ class CopyTree : public ::testing::TestWithParam<bool> {
 };
 INSTANTIATE_TEST_SUITE_P(SideFiles, CopyTree, ::testing::Bool());
 
+TEST_P(CopyTree, HeaderExample) {
+  fs::create_directory(folder.path("2024-25"));
+  EXPECT_EQ(kernel::copyTree(folder.path("2024-25"), folder.path("archive")), 0);
+  EXPECT_TRUE(fs::is_directory(folder.path("archive")));
+  EXPECT_EQ(kernel::copyTree(folder.path("2023-24"), folder.path("other")), ENOENT);
+}
+
 TEST_P(CopyTree, AFileIsCopiedWithPermissionsTimeAndAttributes) {
   const std::string content = std::string(300'000, 'x') + "end", from = folder.write("a", content),
                     to = folder.path("b");

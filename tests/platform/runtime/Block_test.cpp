@@ -1,4 +1,5 @@
 #include "NorvikCore/platform/runtime/Block.h"
+#include "NorvikCore/platform/runtime/Value.h"
 
 #include "tests/support/ExpectRaises.h"
 
@@ -7,6 +8,14 @@
 #include <memory>
 
 using namespace norvik;
+
+TEST(Block, HeaderExample) {
+  Block<bool(const Value&)> positive = [](const Value& v) { return v.as<Decimal>() > 0; };
+  ASSERT_TRUE(positive);
+  EXPECT_TRUE(positive(Value(5)));
+  auto same = positive;
+  EXPECT_TRUE(same == positive);
+}
 
 TEST(Block, CallsItsClosure) {
   const Block<int(int)> twice = [](int x) { return 2 * x; };

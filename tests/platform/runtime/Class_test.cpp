@@ -45,6 +45,13 @@ class Abstract : public NSObject {
 
 }  // namespace
 
+TEST(Class, HeaderExample) {
+  const Class& c = Manager::staticClass();
+  EXPECT_EQ(c.name(), "Manager");
+  EXPECT_EQ(c.superclass(), &Employee::staticClass());
+  EXPECT_EQ(Class::named("Manager"), &c);
+}
+
 TEST(Class, KnowsItsNameAndSuperclass) {
   EXPECT_EQ(Manager::staticClass().name(), "Manager");
   EXPECT_EQ(Manager::staticClass().superclass(), &Employee::staticClass());

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/runtime/NSException.h"
 
+#include "NorvikCore/platform/runtime/NSArray.h"
 #include "NorvikCore/platform/runtime/NSDictionary.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,20 @@
 
 namespace norvik {
 namespace {
+
+TEST(NSException, HeaderExample) {
+  const Ref<NSArray> payslips = NSArray::arrayWithObjects("one");
+  NSString reason;
+  try {
+    (void)payslips->objectAtIndex(12);
+  } catch (const NSException& e) {
+    if (e.name() != NSRangeException) throw;
+    reason = e.reason();
+  }
+  EXPECT_FALSE(reason.empty());
+  EXPECT_THROW(NSException::raise(NSInvalidArgumentException, "the payment date is before the start of the tax year"),
+               NSException);
+}
 
 TEST(NSException, CarriesNameReasonAndUserInfo) {
   try {

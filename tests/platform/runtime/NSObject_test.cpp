@@ -71,6 +71,28 @@ class Payslip : public NSObject {
 
 }  // namespace
 
+TEST(NSObject, HeaderExample) {
+  Ref<Payslip> slip = make<Payslip>();
+  slip->setGrossPay(120);
+  slip->performSelector("recalculate");
+  EXPECT_EQ(slip->valueForKey("grossPay"), Value(120));
+  EXPECT_EQ(slip->valueForKey("revision"), Value(1));
+}
+
+TEST(ObjectMacros, HeaderExample) {
+  Ref<Payslip> slip = make<Payslip>();
+  slip->setValue_forKey(Value(120), "grossPay");
+  EXPECT_EQ(slip->valueForKey("netPay"), Value(100));
+}
+
+TEST(Ref, HeaderExample) {
+  Ref<Payslip> slip = make<Payslip>();
+  slip->setGrossPay(Decimal::parse("1234.50").value());
+  Ref<NSObject> same = slip;
+  slip = nullptr;
+  EXPECT_EQ(same->valueForKey("grossPay"), Value(1234.5));
+}
+
 TEST(NSObject, GoesWithItsLastRef) {
   int alive = 0;
   Ref<Counted> first = make<Counted>(&alive);

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/runtime/Value.h"
 
 #include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +21,14 @@ Decimal dec(const char* text) { return Decimal::parse(text).value(); }
 enum class Colour : int { Red = 1, Green = 2 };
 
 }  // namespace
+
+TEST(Value, HeaderExample) {
+  Value pay = 1234.50_dec;
+  EXPECT_TRUE(pay == Value(1234.5));
+  EXPECT_EQ(pay.as<Decimal>(), 1234.5_dec);
+  EXPECT_RAISES((void)Value("unpaid").as<Decimal>(), "NSInvalidArgumentException");
+  EXPECT_TRUE(Value{}.isAbsent());
+}
 
 TEST(Value, KnowsItsKind) {
   EXPECT_TRUE(Value().isAbsent());

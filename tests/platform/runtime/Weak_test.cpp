@@ -28,6 +28,14 @@ class WeakInDestructor : public NSObject {
 
 }  // namespace
 
+TEST(Weak, HeaderExample) {
+  Ref<Thing> slip = make<Thing>();
+  Weak<Thing> watched = slip;
+  EXPECT_EQ(watched.lock(), slip);
+  slip = nullptr;
+  EXPECT_FALSE(watched.lock());
+}
+
 TEST(Weak, ReadsTheObjectWhileItLivesAndEmptyAfterwards) {
   Ref<Thing> thing = make<Thing>();
   const Weak<Thing> weak = thing;

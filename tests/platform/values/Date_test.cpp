@@ -16,6 +16,14 @@ namespace {
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
+TEST(DateLiterals, HeaderExample) {
+  using namespace norvik::literals;
+  Date startOfTaxYear = "2021-04-06"_date;
+  Date cutOff = "2021-04-01 17:30:00 +0100"_date;
+  EXPECT_EQ(startOfTaxYear.description(), "2021-04-06 00:00:00 +0000");
+  EXPECT_EQ(cutOff.description(), "2021-04-01 16:30:00 +0000");
+}
+
 TEST(Date, HeaderExample) {
   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
   EXPECT_EQ(payday->dateByAddingTimeInterval(86400).description(), "2021-05-11 00:00:00 +0000");
