@@ -19,8 +19,8 @@ using norvik_test::throughArchiver;
 using norvik_test::throughBothArchivers;
 
 /// Codes itself by its values' order.
-class SequentialSlip : public NSObject, public NSCoding {
-  NK_OBJECT(SequentialSlip, NSObject)
+class SlipCodedInOrder : public NSObject, public NSCoding {
+  NK_OBJECT(SlipCodedInOrder, NSObject)
   NK_CODING
   NK_PROPERTY(Decimal, grossPay, setGrossPay)
   NK_PROPERTY(Ref<NSObject>, next, setNext)
@@ -42,8 +42,8 @@ class SequentialSlip : public NSObject, public NSCoding {
 };
 
 /// Codes itself by keys alone, and decodes them in another order.
-class KeyedSlip : public NSObject, public NSCoding {
-  NK_OBJECT(KeyedSlip, NSObject)
+class SlipCodedByKeys : public NSObject, public NSCoding {
+  NK_OBJECT(SlipCodedByKeys, NSObject)
   NK_CODING
   NK_PROPERTY(Decimal, grossPay, setGrossPay)
   NK_PROPERTY(Ref<NSObject>, next, setNext)
@@ -60,16 +60,16 @@ class KeyedSlip : public NSObject, public NSCoding {
 };
 
 /// Adds to its superclass's keys values without any.
-class MixedSlip : public KeyedSlip {
-  NK_OBJECT(MixedSlip, KeyedSlip)
+class SlipCodedBothWays : public SlipCodedByKeys {
+  NK_OBJECT(SlipCodedBothWays, SlipCodedByKeys)
   NK_CODING
   void encodeWithCoder(NSCoder& coder) const override {
     coder.encodeValue(1);
-    KeyedSlip::encodeWithCoder(coder);
+    SlipCodedByKeys::encodeWithCoder(coder);
     coder.encodeValue(2);
   }
   bool initWithCoder(NSCoder& coder) override {
-    if (!KeyedSlip::initWithCoder(coder)) return false;
+    if (!SlipCodedByKeys::initWithCoder(coder)) return false;
     first = coder.decodeValue<int>();
     second = coder.decodeValue<int>();
     return true;
@@ -78,20 +78,20 @@ class MixedSlip : public KeyedSlip {
 };
 
 /// Never changes, so that it is made whole.
-class PayCode : public NSObject, public NSCoding {
-  NK_OBJECT(PayCode, NSObject)
+class CodedWhole : public NSObject, public NSCoding {
+  NK_OBJECT(CodedWhole, NSObject)
   NK_DECODED_BY(payCodeWithCoder)
-  explicit PayCode(NSString wanted) : text(std::move(wanted)) {}
+  explicit CodedWhole(NSString wanted) : text(std::move(wanted)) {}
   void encodeWithCoder(NSCoder& coder) const override { coder.encodeObject(text, "text"); }
-  static Ref<PayCode> payCodeWithCoder(NSCoder& coder) {
+  static Ref<CodedWhole> payCodeWithCoder(NSCoder& coder) {
     const auto text = coder.decode<NSString>("text");
-    return text.empty() ? nullptr : make<PayCode>(text);
+    return text.empty() ? nullptr : make<CodedWhole>(text);
   }
   const NSString text;
 };
 
-class NotCoded : public NSObject {
-  NK_OBJECT(NotCoded, NSObject)
+class NotArchived : public NSObject {
+  NK_OBJECT(NotArchived, NSObject)
 };
 
 template <class Slip>
@@ -103,7 +103,7 @@ Ref<Slip> slip(const Decimal& pay, Ref<NSObject> next = nullptr) {
 }
 
 TEST(NSArchiver, HeaderExample) {
-  const auto payslips = NSArray::arrayWithObjects(slip<SequentialSlip>(10), slip<SequentialSlip>(20));
+  const auto payslips = NSArray::arrayWithObjects(slip<SlipCodedInOrder>(10), slip<SlipCodedInOrder>(20));
   auto archiver = make<NSArchiver>();
   archiver->encodeObject(payslips);
   archiver->encodeValue(2);
@@ -170,8 +170,8 @@ TEST(NSArchiver, CollectionsComeBackWithTheirKindAndOrder) {
 
 TEST(NSArchiver, ObjectsWithoutKeysComeBackFromBothArchivers) {
   for (const auto archived : throughBothArchivers) {
-    const Value back = archived(slip<SequentialSlip>(12.50_dec, slip<SequentialSlip>(1)));
-    auto* same = back.object<SequentialSlip>();
+    const Value back = archived(slip<SlipCodedInOrder>(12.50_dec, slip<SlipCodedInOrder>(1)));
+    auto* same = back.object<SlipCodedInOrder>();
     ASSERT_TRUE(same);
     EXPECT_EQ(same->grossPay().stringValue(), "12.50");
     EXPECT_EQ(same->valueForKeyPath("next.grossPay"), Value(1));
@@ -181,8 +181,8 @@ TEST(NSArchiver, ObjectsWithoutKeysComeBackFromBothArchivers) {
 }
 
 TEST(NSArchiver, ObjectsThatOnlyKnowKeysComeBackInWhateverOrderTheyDecodeThem) {
-  const Value back = throughArchiver(slip<KeyedSlip>(12.50_dec, slip<KeyedSlip>(1)));
-  auto* same = back.object<KeyedSlip>();
+  const Value back = throughArchiver(slip<SlipCodedByKeys>(12.50_dec, slip<SlipCodedByKeys>(1)));
+  auto* same = back.object<SlipCodedByKeys>();
   ASSERT_TRUE(same);
   EXPECT_EQ(same->grossPay().stringValue(), "12.50");
   EXPECT_EQ(same->valueForKeyPath("next.grossPay"), Value(1));
@@ -190,8 +190,8 @@ TEST(NSArchiver, ObjectsThatOnlyKnowKeysComeBackInWhateverOrderTheyDecodeThem) {
 
 TEST(NSArchiver, ValuesWithAndWithoutKeysMixInOneObject) {
   for (const auto archived : throughBothArchivers) {
-    const Value back = archived(slip<MixedSlip>(3));
-    auto* same = back.object<MixedSlip>();
+    const Value back = archived(slip<SlipCodedBothWays>(3));
+    auto* same = back.object<SlipCodedBothWays>();
     ASSERT_TRUE(same);
     EXPECT_EQ(same->grossPay(), 3);
     EXPECT_EQ(same->first, 1);
@@ -201,25 +201,25 @@ TEST(NSArchiver, ValuesWithAndWithoutKeysMixInOneObject) {
 
 TEST(NSArchiver, ObjectsThatNeverChangeAreMadeWhole) {
   for (const auto archived : throughBothArchivers) {
-    const auto code = make<PayCode>("1257L");
+    const auto code = make<CodedWhole>("1257L");
     const Value back = archived(NSArray::arrayWithObjects(code, code));
     const auto& both = *back.object<NSArray>();
-    EXPECT_EQ(both[0].object<PayCode>()->text, "1257L");
+    EXPECT_EQ(both[0].object<CodedWhole>()->text, "1257L");
     EXPECT_EQ(both[0].object(), both[1].object());
-    EXPECT_TRUE(archived(make<PayCode>("")).isAbsent());
+    EXPECT_TRUE(archived(make<CodedWhole>("")).isAbsent());
   }
 }
 
 TEST(NSArchiver, AnObjectMetTwiceComesBackOnce) {
-  const auto shared = slip<SequentialSlip>(1);
-  const Value back = throughArchiver(NSArray::arrayWithObjects(shared, slip<SequentialSlip>(1), shared));
+  const auto shared = slip<SlipCodedInOrder>(1);
+  const Value back = throughArchiver(NSArray::arrayWithObjects(shared, slip<SlipCodedInOrder>(1), shared));
   const auto& array = *back.object<NSArray>();
   EXPECT_EQ(array[0].object(), array[2].object());
   EXPECT_NE(array[0].object(), array[1].object());
 }
 
 TEST(NSArchiver, ObjectsAreSharedAcrossSeveralRoots) {
-  const auto shared = slip<KeyedSlip>(1);
+  const auto shared = slip<SlipCodedByKeys>(1);
   auto archiver = make<NSArchiver>();
   archiver->encodeObject(shared);
   archiver->encodeObject(NSArray::arrayWithObjects(shared));
@@ -229,11 +229,11 @@ TEST(NSArchiver, ObjectsAreSharedAcrossSeveralRoots) {
 }
 
 TEST(NSArchiver, ObjectsThatHoldOneAnotherInACircleComeBackSo) {
-  const auto first = slip<SequentialSlip>(1), second = slip<SequentialSlip>(2, first);
+  const auto first = slip<SlipCodedInOrder>(1), second = slip<SlipCodedInOrder>(2, first);
   first->setNext(second);
   const Value back = throughArchiver(first);
-  auto* one = back.object<SequentialSlip>();
-  auto* two = dynamic_cast<SequentialSlip*>(one->next().get());
+  auto* one = back.object<SlipCodedInOrder>();
+  auto* two = dynamic_cast<SlipCodedInOrder*>(one->next().get());
   ASSERT_TRUE(two);
   EXPECT_EQ(two->grossPay(), 2);
   EXPECT_EQ(two->next().get(), one);
@@ -254,7 +254,7 @@ TEST(NSArchiver, AnArrayThatHoldsItselfComesBackSo) {
 TEST(NSArchiver, EqualContentGivesEqualBytes) {
   const auto archive = [] {
     return NSArchiver::archivedDataWithRootObject(
-        NSArray::arrayWithObjects(slip<KeyedSlip>(1), "a", "a", slip<SequentialSlip>(2)));
+        NSArray::arrayWithObjects(slip<SlipCodedByKeys>(1), "a", "a", slip<SlipCodedInOrder>(2)));
   };
   EXPECT_TRUE(archive()->isEqualToData(*archive()));
 }
@@ -268,21 +268,22 @@ TEST(NSArchiver, TheBytesAreAsDocumented) {
                              "\x04\x01\x03"  // -1, true
                              "\x08\x01",
                              22));  // text 1 again
-  EXPECT_EQ(NSArchiver::archivedDataWithRootObject(make<PayCode>("L"))->text(),
+  EXPECT_EQ(NSArchiver::archivedDataWithRootObject(make<CodedWhole>("L"))->text(),
             std::string_view("NKSEQU1\n"
-                             "\x09\x00\x00\x00\x07PayCode"  // a new object of a class
-                             "\x0a\x00\x04text"             // a key
+                             "\x09\x00\x00\x00\x0a"
+                             "CodedWhole"        // a new object of a class
+                             "\x0a\x00\x04text"  // a key
                              "\x08\x00\x01L\x0b",
-                             32));  // its value, the end
+                             35));  // its value, the end
 }
 
 TEST(NSArchiver, WhatCannotBeEncodedRaisesAndLeavesNoArchive) {
-  EXPECT_RAISES((void)throughArchiver(make<NotCoded>()), "NSInvalidArchiveOperationException");
+  EXPECT_RAISES((void)throughArchiver(make<NotArchived>()), "NSInvalidArchiveOperationException");
   auto archiver = make<NSArchiver>();
   archiver->encodeInteger(1, "a");
   EXPECT_RAISES(archiver->encodeInteger(1, "a"), "NSInvalidArchiveOperationException");
   EXPECT_TRUE(archiver->archiverData());
-  EXPECT_RAISES(archiver->encodeObject(NSArray::arrayWithObjects(make<NotCoded>())),
+  EXPECT_RAISES(archiver->encodeObject(NSArray::arrayWithObjects(make<NotArchived>())),
                 "NSInvalidArchiveOperationException");
   EXPECT_RAISES((void)archiver->archiverData(), "NSInvalidArchiveOperationException");
 }
@@ -295,10 +296,10 @@ TEST(NSArchiver, OnlyWrites) {
 }
 
 TEST(NSArchiver, NestingIsBoundedOnBothSides) {
-  Ref<SequentialSlip> chain = slip<SequentialSlip>(1);
-  for (int i = 1; i < 512; ++i) chain = slip<SequentialSlip>(1, chain);
+  Ref<SlipCodedInOrder> chain = slip<SlipCodedInOrder>(1);
+  for (int i = 1; i < 512; ++i) chain = slip<SlipCodedInOrder>(1, chain);
   EXPECT_TRUE(throughArchiver(chain).isObject());
-  EXPECT_RAISES((void)throughArchiver(slip<SequentialSlip>(1, chain)), "NSInvalidArchiveOperationException");
+  EXPECT_RAISES((void)throughArchiver(slip<SlipCodedInOrder>(1, chain)), "NSInvalidArchiveOperationException");
 }
 
 }  // namespace

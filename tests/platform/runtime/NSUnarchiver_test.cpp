@@ -18,8 +18,8 @@ namespace {
 
 using namespace std::string_literals;
 
-class Picky : public NSObject, public NSCoding {
-  NK_OBJECT(Picky, NSObject)
+class PickyInOrder : public NSObject, public NSCoding {
+  NK_OBJECT(PickyInOrder, NSObject)
   NK_CODING
   void encodeWithCoder(NSCoder& coder) const override { coder.encodeObject(content); }
   bool initWithCoder(NSCoder& coder) override {
@@ -33,12 +33,12 @@ class Picky : public NSObject, public NSCoding {
 };
 
 /// Made whole, of what it holds.
-class Holder : public NSObject, public NSCoding {
-  NK_OBJECT(Holder, NSObject)
+class DecodedWhole : public NSObject, public NSCoding {
+  NK_OBJECT(DecodedWhole, NSObject)
   NK_DECODED_BY(holderWithCoder)
   void encodeWithCoder(NSCoder& coder) const override { coder.encodeObject(held); }
-  static Ref<Holder> holderWithCoder(NSCoder& coder) {
-    auto made = make<Holder>();
+  static Ref<DecodedWhole> holderWithCoder(NSCoder& coder) {
+    auto made = make<DecodedWhole>();
     made->held = coder.decodeObject();
     return made;
   }
@@ -49,8 +49,8 @@ class NeverDecoded : public NSObject {
   NK_OBJECT(NeverDecoded, NSObject)
 };
 
-Ref<Picky> picky(const Value& content) {
-  auto made = make<Picky>();
+Ref<PickyInOrder> picky(const Value& content) {
+  auto made = make<PickyInOrder>();
   made->content = content;
   return made;
 }
@@ -126,8 +126,12 @@ TEST(NSUnarchiver, AnObjectThatCouldNotBeDecodedIsNotGivenOutHalfMade) {
 }
 
 TEST(NSUnarchiver, AnObjectMadeWholeCannotHoldItself) {
-  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x06Holder\x09\x01\x0b"s)), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x06Holder\x01\x0b"s)), "");
+  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x0c"
+                                    "DecodedWhole\x09\x01\x0b"s)),
+            "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x0c"
+                                    "DecodedWhole\x01\x0b"s)),
+            "");
 }
 
 TEST(NSUnarchiver, AnArchiveOfTheOtherKindRaises) {
@@ -152,7 +156,7 @@ TEST(NSUnarchiver, DamageRaises) {
       {"a key used twice", "\x02\x0a\0\x01k\x02\x0a\x01\x02"s},
       {"a key in a collection", "\x09\0\x01\x01\x0a\0\x01k\x02"s},
       {"an absent element", "\x09\0\x01\x01\0"s},
-      {"an object without an end", "\x09\0\0\0\x05Picky\x02"s},
+      {"an object without an end", "\x09\0\0\0\x0cPickyInOrder\x02"s},
       {"a huge count", "\x09\0\x01\xff\xff\xff\xff\xff\xff\xff\xff\x7f"s},
       {"data cut short", "\x09\0\x07\x09pay"s},
       {"a double cut short", "\x05pay"},
@@ -175,7 +179,7 @@ TEST(NSUnarchiver, OnlyClassesThatStateItAreMade) {
   EXPECT_EQ(unarchivingRaises(withClass("NeverDecoded")), "NSInvalidUnarchiveOperationException");
   EXPECT_EQ(unarchivingRaises(withClass("NoSuchClass")), "NSInvalidUnarchiveOperationException");
   EXPECT_EQ(unarchivingRaises(withClass("NSString")), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(withClass("Picky")), "");
+  EXPECT_EQ(unarchivingRaises(withClass("PickyInOrder")), "");
 }
 
 TEST(NSUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingElse) {
