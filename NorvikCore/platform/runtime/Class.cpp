@@ -65,11 +65,15 @@ SEL selectorOf(const char* name, const char* selector, std::size_t argumentCount
 
 void ClassBuilder::property(Property property) {
   property.owner = &class_;
+  class_.selectors_.emplace_back(property.name);
+  if (!property.setterName.empty()) class_.selectors_.emplace_back(property.setterName + ":");
   class_.properties_.push_back(std::move(property));
 }
 
 void ClassBuilder::method(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
-  class_.methods_.push_back({selectorOf(name, selector, argumentCount), argumentCount, &class_, invoke});
+  const SEL stated = selectorOf(name, selector, argumentCount);
+  class_.methods_.push_back({stated, argumentCount, &class_, invoke});
+  class_.selectors_.push_back(stated);
 }
 
 void ClassBuilder::classMethod(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
@@ -86,6 +90,7 @@ CategoryProperty::CategoryProperty(const Class& extended, Property property) {
   // Kept apart from the class's own list, whose elements must not move.
   const auto* kept = new Property(std::move(property));
   c.propertyByKey_[kept->name] = kept;
+  c.categoryProperties_.push_back(kept);
 }
 
 void checkArgumentCount(std::size_t wanted, std::size_t given) {
@@ -120,6 +125,25 @@ auto Class::find(Table Class::*table, const typename Table::key_type& key) const
 const Property* Class::property(const NSString& key) const noexcept { return find(&Class::propertyByKey_, key); }
 
 const Method* Class::instanceMethod(SEL selector) const noexcept { return find(&Class::methodBySelector_, selector); }
+
+const Property* Class::propertyWithAccessor(SEL selector) const noexcept {
+  const NSString text = selector.name();
+  std::string_view name = text.view();
+  const bool writes = name.ends_with(':');
+  if (writes) name.remove_suffix(1);
+  const auto matches = [&](const Property& property) {
+    return writes ? property.set && property.setterName == name : property.name == name;
+  };
+  for (const Class* c = this; c && !name.empty(); c = c->superclass_) {
+    for (const Property& property : c->properties_) {
+      if (matches(property)) return &property;
+    }
+    for (const Property* property : c->categoryProperties_) {
+      if (matches(*property)) return property;
+    }
+  }
+  return nullptr;
+}
 
 const Method* Class::classMethod(SEL selector) const noexcept { return find(&Class::classMethodBySelector_, selector); }
 

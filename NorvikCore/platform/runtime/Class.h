@@ -65,10 +65,18 @@ class NK_EXPORT Class {
   [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
   [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
   [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
+  /// The names of the class's own operations and of the accessors of its own properties, in the order in which they are
+  /// stated.
+  [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
+  /// What categories add to the class's own properties, in the order in which their shared objects were loaded.
+  [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept { return categoryProperties_; }
 
   /// By name, its own or inherited; null where there is none.
   [[nodiscard]] const Property* property(const NSString& key) const noexcept;
   [[nodiscard]] const Method* instanceMethod(SEL selector) const noexcept;
+  /// The property, its own or inherited, that the selector reads or, with an argument, writes; null where there is
+  /// none.
+  [[nodiscard]] const Property* propertyWithAccessor(SEL selector) const noexcept;
   [[nodiscard]] const Method* classMethod(SEL selector) const noexcept;
   /// The keys whose change changes this key too, as the class and its superclasses state them.
   [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
@@ -98,6 +106,8 @@ class NK_EXPORT Class {
   const Class* superclass_ = nullptr;
   std::vector<Property> properties_;
   std::vector<Method> methods_, classMethods_;
+  std::vector<SEL> selectors_;
+  std::vector<const Property*> categoryProperties_;
   std::vector<std::pair<NSString, NSString>> dependencies_;      ///< a key, and a key that changes it
   std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: the class's own
   std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;

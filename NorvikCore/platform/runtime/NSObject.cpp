@@ -54,15 +54,22 @@ NSString NSObject::description() const {
   return NSString("<" + classObject().name().str() + address.data());
 }
 
-bool NSObject::respondsToSelector(SEL selector) const { return classObject().instanceMethod(selector) != nullptr; }
+bool NSObject::respondsToSelector(SEL selector) const {
+  const Class& c = classObject();
+  return c.instanceMethod(selector) || c.propertyWithAccessor(selector);
+}
 
 Value NSObject::performSelector(SEL selector, std::span<const Value> arguments) {
-  const Method* method = classObject().instanceMethod(selector);
-  if (!method) {
-    detail::raise("NSInvalidArgumentException", "-[" + classObject().name().str() + " " + selector.name().str() +
-                                                    "]: unrecognised selector sent to instance");
+  const Class& c = classObject();
+  if (const Method* method = c.instanceMethod(selector)) return method->invoke(this, arguments);
+  if (const Property* property = c.propertyWithAccessor(selector)) {
+    detail::checkArgumentCount(selector.argumentCount(), arguments.size());
+    if (arguments.empty()) return property->get(*this);
+    property->set(*this, arguments.front());
+    return {};
   }
-  return method->invoke(this, arguments);
+  detail::raise("NSInvalidArgumentException",
+                "-[" + c.name().str() + " " + selector.name().str() + "]: unrecognised selector sent to instance");
 }
 
 Value NSObject::performSelector(SEL selector, const Value& first) {

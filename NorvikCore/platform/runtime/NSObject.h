@@ -54,7 +54,8 @@ class NK_EXPORT NSObject {
   /// The text for `%@`, logs and debugging: "<Payslip: 0x5581...>" unless a class has a better one.
   [[nodiscard]] virtual NSString description() const;
 
-  /// The class has an instance operation of that selector, its own or inherited.
+  /// The class has an instance operation of that selector, its own or inherited, or a property with that accessor:
+  /// "name" or "setName:".
   [[nodiscard]] bool respondsToSelector(SEL selector) const;
   /// Calls the operation of that selector. An unknown selector, a wrong number of arguments or an argument of the wrong
   /// kind raises NSInvalidArgumentException.

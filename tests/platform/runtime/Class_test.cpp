@@ -77,6 +77,22 @@ TEST(Class, ListsPropertiesAndOperationsInDeclaredOrder) {
   EXPECT_EQ(methods[1].selector, SEL("add::"));
 }
 
+TEST(Class, ListsAccessorsAndOperationsTogether) {
+  const auto selectors = Employee::staticClass().selectors();
+  const std::vector<SEL> expected{"name", "setName:", "salary", "setSalary:", "isPaid", "raise", "add::"};
+  EXPECT_TRUE(std::ranges::equal(selectors, expected));
+  EXPECT_TRUE(Manager::staticClass().selectors().empty());
+}
+
+TEST(Class, FindsPropertiesByTheirAccessors) {
+  const Class& c = Manager::staticClass();
+  EXPECT_EQ(c.propertyWithAccessor("salary"), c.property("salary"));
+  EXPECT_EQ(c.propertyWithAccessor("setSalary:"), c.property("salary"));
+  for (const char* none : {"setSalary", "salary:", "setIsPaid:", ":", "", "raise", "SetSalary:"}) {
+    EXPECT_EQ(c.propertyWithAccessor(none), nullptr) << none;
+  }
+}
+
 TEST(Class, FindsInheritedPropertiesAndOperations) {
   const Class& c = Manager::staticClass();
   ASSERT_NE(c.property("salary"), nullptr);

@@ -167,6 +167,19 @@ TEST(NSObject, OperationsArePerformedByName) {
   EXPECT_EQ(Payslip::staticClass().performClassOperation("defaultLevel"), Value(3));
 }
 
+TEST(NSObject, PerformsAccessorsBySelector) {
+  const auto slip = make<Payslip>();
+  EXPECT_TRUE(slip->respondsToSelector("setGrossPay:"));
+  slip->performSelector("setGrossPay:", Value(12.50_dec));
+  EXPECT_EQ(slip->grossPay(), 12.50_dec);
+  EXPECT_TRUE(slip->respondsToSelector("grossPay"));
+  EXPECT_EQ(slip->performSelector("grossPay"), Value(12.50_dec));
+  EXPECT_FALSE(slip->respondsToSelector("setGrossPay"));
+  EXPECT_RAISES(slip->performSelector("setGrossPay:"), "NSInvalidArgumentException");
+  EXPECT_RAISES(slip->performSelector("grossPay", Value(1)), "NSInvalidArgumentException");
+  EXPECT_RAISES(slip->performSelector("setGrossPay:", Value("much")), "NSInvalidArgumentException");
+}
+
 TEST(NSObject, AnUnknownSelectorOrAWrongArgumentRaises) {
   const auto slip = make<Payslip>();
   EXPECT_RAISES(slip->performSelector("vanish"), "NSInvalidArgumentException");

@@ -1,0 +1,17 @@
+// NorvikCore/platform/foundation/NSStringCase.h - a text in capitals, or in small letters.
+//
+//   uppercaseString("Straße 7");      // "STRASSE 7": the length may change
+//   lowercaseString("PAYE");          // "paye"
+//
+// By Unicode's full mappings, the same in every locale. A lone surrogate half stays as it is. Any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+namespace norvik {
+
+[[nodiscard]] NK_EXPORT NSString uppercaseString(const NSString& text);
+[[nodiscard]] NK_EXPORT NSString lowercaseString(const NSString& text);
+
+}  // namespace norvik
