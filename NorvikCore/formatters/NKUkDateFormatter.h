@@ -12,6 +12,7 @@ namespace norvik {
 
 class NK_EXPORT NKUkDateFormatter : public NSDateFormatter {
   NK_OBJECT(NKUkDateFormatter, NSDateFormatter)
+  NK_CODING
   ~NKUkDateFormatter() override;
 
  protected:

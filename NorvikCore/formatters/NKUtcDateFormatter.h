@@ -15,6 +15,7 @@ namespace norvik {
 
 class NK_EXPORT NKUtcDateFormatter : public NSDateFormatter {
   NK_OBJECT(NKUtcDateFormatter, NSDateFormatter)
+  NK_CODING
   ~NKUtcDateFormatter() override;
 
   /// The date in the styles, whose texts NSDateFormatter.h shows. The main thread keeps one formatter for this; every

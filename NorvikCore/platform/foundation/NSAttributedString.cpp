@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
+#include "NorvikCore/platform/runtime/NSMutableArray.h"
 #include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
@@ -18,6 +19,10 @@ namespace {
 const Ref<NSDictionary>& noAttributes() {
   static const auto& none = *new Ref<NSDictionary>(NSDictionary::dictionary());
   return none;
+}
+
+[[noreturn]] void raiseDamaged() {
+  detail::raise("NSInvalidUnarchiveOperationException", "the runs of an attributed text do not cover it");
 }
 
 /// A dictionary that stays as it is, whatever becomes of the given one.
@@ -97,6 +102,32 @@ Ref<NSMutableAttributedString> NSAttributedString::mutableCopy() const {
   auto copy = make<NSMutableAttributedString>();
   copy->appendAttributedString(*this);
   return copy;
+}
+
+/// The runs are an array of each one's end and attributes in turn.
+void NSAttributedString::encodeWithCoder(NSCoder& coder) const {
+  const auto runs = NSMutableArray::array();
+  for (const Run& run : runs_) {
+    runs->addObject(run.end);
+    runs->addObject(run.attributes);
+  }
+  coder.encodeObject(string_, "string");
+  coder.encodeObject(runs, "runs");
+}
+
+bool NSAttributedString::initWithCoder(NSCoder& coder) {
+  string_ = coder.decode<NSString>("string");
+  const auto runs = coder.decode<Ref<NSArray>>("runs");
+  NSUInteger start = 0;
+  for (NSUInteger i = 0; runs && i + 1 < runs->count(); i += 2) {
+    const auto end = (*runs)[i].as<NSUInteger>();
+    const auto attributes = (*runs)[i + 1].as<Ref<NSDictionary>>();
+    if (end <= start || !attributes) raiseDamaged();
+    runs_.push_back({end, kept(attributes)});
+    start = end;
+  }
+  if (start != length()) raiseDamaged();
+  return true;
 }
 
 NSMutableAttributedString::~NSMutableAttributedString() = default;

@@ -15,8 +15,8 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
 #include <vector>
@@ -32,8 +32,9 @@ extern NK_EXPORT const NSString NSLinkAttributeName;             ///< an address
 
 class NSMutableAttributedString;
 
-class NK_EXPORT NSAttributedString : public NSObject {
+class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   NK_OBJECT(NSAttributedString, NSObject)
+  NK_CODING
 
   NSAttributedString() = default;
   /// The whole text with these attributes; an empty Ref is none.
@@ -61,6 +62,10 @@ class NK_EXPORT NSAttributedString : public NSObject {
 
   [[nodiscard]] Ref<NSMutableAttributedString> mutableCopy() const;
 
+  /// The attributes go with it, so all their values must be codable.
+  void encodeWithCoder(NSCoder& coder) const override;
+  bool initWithCoder(NSCoder& coder) override;
+
  protected:
   struct Run {
     NSUInteger end;
@@ -76,6 +81,7 @@ class NK_EXPORT NSAttributedString : public NSObject {
 
 class NK_EXPORT NSMutableAttributedString : public NSAttributedString {
   NK_OBJECT(NSMutableAttributedString, NSAttributedString)
+  NK_CODING
 
   using NSAttributedString::NSAttributedString;
   ~NSMutableAttributedString() override;

@@ -511,4 +511,24 @@ bool NSCalendar::isEqual(const NSObject& other) const {
 
 std::size_t NSCalendar::hash() const { return timeZone_->hash() * 31 + locale_->hash(); }
 
+void NSCalendar::encodeWithCoder(NSCoder& coder) const {
+  coder.encodeObject(identifier_, "identifier");
+  coder.encodeObject(locale_, "locale");
+  coder.encodeObject(timeZone_, "timeZone");
+  if (firstWeekdayIsSet_) coder.encodeInteger(firstWeekday_, "firstWeekday");
+  if (minimumDaysAreSet_) coder.encodeInteger(minimumDays_, "minimumDaysInFirstWeek");
+}
+
+Ref<NSCalendar> NSCalendar::calendarWithCoder(NSCoder& coder) {
+  const Ref<NSCalendar> calendar = calendarWithIdentifier(coder.decode<NSString>("identifier"));
+  if (!calendar) detail::raise("NSInvalidUnarchiveOperationException", "there is no calendar of that identifier");
+  calendar->setLocale(coder.decode<Ref<NSLocale>>("locale"));
+  calendar->setTimeZone(coder.decode<Ref<NSTimeZone>>("timeZone"));
+  if (const auto weekday = coder.decode<std::optional<NSUInteger>>("firstWeekday")) calendar->setFirstWeekday(*weekday);
+  if (const auto days = coder.decode<std::optional<NSUInteger>>("minimumDaysInFirstWeek")) {
+    calendar->setMinimumDaysInFirstWeek(*days);
+  }
+  return calendar;
+}
+
 }  // namespace norvik

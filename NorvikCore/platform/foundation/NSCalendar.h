@@ -20,6 +20,7 @@
 #include "NorvikCore/platform/foundation/NSDateComponents.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
 namespace norvik {
@@ -27,8 +28,9 @@ namespace norvik {
 NK_EXPORT extern const NSString NSGregorianCalendar;
 NK_EXPORT extern const NSString NSISO8601Calendar;  ///< the same with weeks from Monday, four days in the first
 
-class NK_EXPORT NSCalendar : public NSObject {
+class NK_EXPORT NSCalendar : public NSObject, public NSCoding {
   NK_OBJECT(NSCalendar, NSObject)
+  NK_DECODED_BY(calendarWithCoder)
 
   /// A calendar of the root locale in the default time zone; empty for an identifier other than the two above.
   [[nodiscard]] static Ref<NSCalendar> calendarWithIdentifier(const NSString& identifier);
@@ -91,6 +93,10 @@ class NK_EXPORT NSCalendar : public NSObject {
   /// Equal in identifier, locale, time zone and week.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
+
+  /// The week as well, where it was set itself.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSCalendar> calendarWithCoder(NSCoder& coder);
 
   explicit NSCalendar(const NSString& identifier);
   ~NSCalendar() override;

@@ -81,4 +81,20 @@ std::size_t NSDateComponents::hash() const {
   return hash;
 }
 
+void NSDateComponents::encodeWithCoder(NSCoder& coder) const {
+  for (const auto& field : fields) {
+    const NSInteger value = (this->*field.value)();
+    if (value != NSUndefinedDateComponent) coder.encodeInteger(value, field.name);
+  }
+  coder.encodeObject(timeZone(), "timeZone");
+}
+
+bool NSDateComponents::initWithCoder(NSCoder& coder) {
+  for (const auto& field : fields) {
+    if (const auto value = coder.decode<std::optional<NSInteger>>(field.name)) (this->*field.setValue)(*value);
+  }
+  setTimeZone(coder.decode<Ref<NSTimeZone>>("timeZone"));
+  return true;
+}
+
 }  // namespace norvik

@@ -12,7 +12,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/values/NSInteger.h"
 
 namespace norvik {
@@ -43,8 +43,9 @@ enum NSCalendarUnit : NSUInteger {
   return static_cast<NSCalendarUnit>(static_cast<NSUInteger>(a) | static_cast<NSUInteger>(b));
 }
 
-class NK_EXPORT NSDateComponents : public NSObject {
+class NK_EXPORT NSDateComponents : public NSObject, public NSCoding {
   NK_OBJECT(NSDateComponents, NSObject)
+  NK_CODING
   NK_PROPERTY(NSInteger, era, setEra)    // 0 before year 1, 1 after
   NK_PROPERTY(NSInteger, year, setYear)  // of the era
   NK_PROPERTY(NSInteger, month, setMonth)
@@ -76,6 +77,10 @@ class NK_EXPORT NSDateComponents : public NSObject {
   /// Equal in every field, set or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
+
+  /// The fields that are set, each under its name.
+  void encodeWithCoder(NSCoder& coder) const override;
+  bool initWithCoder(NSCoder& coder) override;
 };
 
 }  // namespace norvik

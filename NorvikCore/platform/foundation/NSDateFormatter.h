@@ -25,6 +25,7 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 
 #include <memory>
 #include <optional>
@@ -45,8 +46,9 @@ enum NSDateFormatterBehavior : unsigned {
   NSDateFormatterBehavior10_4 = 1040
 };
 
-class NK_EXPORT NSDateFormatter : public NSFormatter {
+class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NSDateFormatter, NSFormatter)
+  NK_CODING
 
   /// No pattern and no style, which gives empty texts; the user's locale, the default time zone, the locale's calendar.
   NSDateFormatter();
@@ -93,6 +95,10 @@ class NK_EXPORT NSDateFormatter : public NSFormatter {
   /// Kept and given back; this formatter behaves as 10.4 whatever it is.
   [[nodiscard]] NSDateFormatterBehavior formatterBehavior() const noexcept { return behavior_; }
   void setFormatterBehavior(NSDateFormatterBehavior behavior) noexcept { behavior_ = behavior; }
+
+  /// All settings. Of styles the pattern is that of the locale where they are decoded.
+  void encodeWithCoder(NSCoder& coder) const override;
+  bool initWithCoder(NSCoder& coder) override;
 
  private:
   struct Engine;

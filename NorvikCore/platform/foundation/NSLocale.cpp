@@ -225,4 +225,10 @@ bool NSLocale::isEqual(const NSObject& other) const {
 
 std::size_t NSLocale::hash() const { return std::hash<NSString>()(identifier_); }
 
+void NSLocale::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(identifier_); }
+
+Ref<NSLocale> NSLocale::localeWithCoder(NSCoder& coder) {
+  return localeWithLocaleIdentifier(coder.decodeValue<NSString>());
+}
+
 }  // namespace norvik

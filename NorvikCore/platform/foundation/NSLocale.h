@@ -11,7 +11,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 
 #include <memory>
 
@@ -21,8 +21,9 @@ namespace detail {
 struct LocaleData;
 }
 
-class NK_EXPORT NSLocale : public NSObject {
+class NK_EXPORT NSLocale : public NSObject, public NSCoding {
   NK_OBJECT(NSLocale, NSObject)
+  NK_DECODED_BY(localeWithCoder)
 
   [[nodiscard]] static Ref<NSLocale> localeWithLocaleIdentifier(const NSString& identifier);
   [[nodiscard]] static Ref<NSLocale> initWithLocaleIdentifier(const NSString& identifier) {
@@ -47,6 +48,10 @@ class NK_EXPORT NSLocale : public NSObject {
   /// Locales of one identifier are equal.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
+
+  /// Its identifier: what is customary is looked up where it is decoded.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSLocale> localeWithCoder(NSCoder& coder);
 
   explicit NSLocale(const NSString& identifier);
   ~NSLocale() override;

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/values/CivilDate.h"
+#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <cstdlib>
 #include <map>
@@ -112,5 +113,15 @@ bool NSTimeZone::isEqual(const NSObject& other) const {
 }
 
 std::size_t NSTimeZone::hash() const { return std::hash<NSString>()(name_); }
+
+void NSTimeZone::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(name_); }
+
+Ref<NSTimeZone> NSTimeZone::timeZoneWithCoder(NSCoder& coder) {
+  const auto name = coder.decodeValue<NSString>();
+  if (Ref<NSTimeZone> zone = timeZoneWithName(name)) return zone;
+  // What TZ means may be a rule or a file's path. Neither is taken from an archive.
+  if (Ref<NSTimeZone> zone = systemTimeZone(); zone->name() == name) return zone;
+  detail::raise("NSInvalidUnarchiveOperationException", "there is no time zone \"" + name.utf8() + "\" here");
+}
 
 }  // namespace norvik

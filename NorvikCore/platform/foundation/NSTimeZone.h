@@ -14,7 +14,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/values/NSInteger.h"
 
 #include <optional>
@@ -25,8 +25,9 @@ namespace detail {
 class ZoneRules;
 }
 
-class NK_EXPORT NSTimeZone : public NSObject {
+class NK_EXPORT NSTimeZone : public NSObject, public NSCoding {
   NK_OBJECT(NSTimeZone, NSObject)
+  NK_DECODED_BY(timeZoneWithCoder)
 
   /// The zone "Europe/London", "UTC", "GMT" ...; empty where there is none of that name.
   [[nodiscard]] static Ref<NSTimeZone> timeZoneWithName(const NSString& name);
@@ -60,6 +61,11 @@ class NK_EXPORT NSTimeZone : public NSObject {
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   [[nodiscard]] bool isEqualToTimeZone(const NSTimeZone& other) const { return isEqual(other); }
+
+  /// Its name: the rules are looked up where it is decoded. A name that is not known there raises
+  /// NSInvalidUnarchiveOperationException; that of the machine's own zone, whatever it is, is known on it.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSTimeZone> timeZoneWithCoder(NSCoder& coder);
 
   /// Made by the operations above. `rules` lives as long as the process.
   NSTimeZone(NSString name, const detail::ZoneRules& rules);

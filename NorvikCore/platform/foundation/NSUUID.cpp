@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/foundation/NSUUID.h"
 
+#include "NorvikCore/platform/values/internal/raise.h"
+
 #include <functional>
 
 namespace norvik {
@@ -23,5 +25,13 @@ bool NSUUID::isEqual(const NSObject& other) const {
 std::size_t NSUUID::hash() const { return std::hash<std::string>()(uuid_.text()); }
 
 NSString NSUUID::description() const { return UUIDString(); }
+
+void NSUUID::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(UUIDString()); }
+
+Ref<NSUUID> NSUUID::UUIDWithCoder(NSCoder& coder) {
+  const auto uuid = initWithUUIDString(coder.decodeValue<NSString>());
+  if (!uuid) detail::raise("NSInvalidUnarchiveOperationException", "an identifier is not of its form");
+  return uuid;
+}
 
 }  // namespace norvik

@@ -8,12 +8,13 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/UUID.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/NSCoder.h"
 
 namespace norvik {
 
-class NK_EXPORT NSUUID : public NSObject {
+class NK_EXPORT NSUUID : public NSObject, public NSCoding {
   NK_OBJECT(NSUUID, NSObject)
+  NK_DECODED_BY(UUIDWithCoder)
 
   explicit NSUUID(const kernel::UUID& uuid) noexcept : uuid_(uuid) {}
   ~NSUUID() override;
@@ -30,6 +31,9 @@ class NK_EXPORT NSUUID : public NSObject {
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   [[nodiscard]] NSString description() const override;
+
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSUUID> UUIDWithCoder(NSCoder& coder);
 
  private:
   kernel::UUID uuid_;

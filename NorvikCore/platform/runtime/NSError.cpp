@@ -75,4 +75,15 @@ std::optional<NSString> NSError::text(const NSString& key) const {
   return *found->string();
 }
 
+void NSError::encodeWithCoder(NSCoder& coder) const {
+  coder.encodeObject(domain_, "domain");
+  coder.encodeInteger(code_, "code");
+  coder.encodeObject(userInfo_, "userInfo");
+}
+
+Ref<NSError> NSError::errorWithCoder(NSCoder& coder) {
+  return make<NSError>(coder.decode<NSString>("domain"), coder.decode<std::int64_t>("code"),
+                       coder.decode<Ref<NSDictionary>>("userInfo"));
+}
+
 }  // namespace norvik

@@ -13,12 +13,14 @@
 // safe on any thread.
 #pragma once
 
+#include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/runtime/NSDictionary.h"
 
 namespace norvik {
 
-class NK_EXPORT NSError : public NSObject {
+class NK_EXPORT NSError : public NSObject, public NSCoding {
   NK_OBJECT(NSError, NSObject)
+  NK_DECODED_BY(errorWithCoder)
 
   NSError(NSString domain, std::int64_t code, Ref<NSDictionary> userInfo = nullptr);
   ~NSError() override;
@@ -53,6 +55,10 @@ class NK_EXPORT NSError : public NSObject {
   [[nodiscard]] std::size_t hash() const override;
   /// Domain, code and description in one line; the failure reason, suggestion and cause after it where there are any.
   [[nodiscard]] NSString description() const override;
+
+  /// Its user info goes with it, so everything in that must be codable.
+  void encodeWithCoder(NSCoder& coder) const override;
+  [[nodiscard]] static Ref<NSError> errorWithCoder(NSCoder& coder);
 
  private:
   [[nodiscard]] std::optional<NSString> text(const NSString& key) const;

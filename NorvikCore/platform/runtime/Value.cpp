@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <ostream>
@@ -101,6 +102,22 @@ Date dateFrom(const Value& value) {
 NSString stringFrom(const Value& value) {
   if (!value.isString()) raiseConversion(value, "a text");
   return *value.string();
+}
+
+NSString textOfRange(NSRange range) {
+  return NSString("{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}");
+}
+
+NSRange rangeFrom(const Value& value) {
+  NSRange range;
+  if (const NSString* text = value.string()) {
+    const std::string_view digits = text->view();
+    const char *at = digits.data(), *const end = at + digits.size();
+    if (at != end && *at++ == '{') at = std::from_chars(at, end, range.location).ptr;
+    if (end - at > 2 && at[0] == ',' && at[1] == ' ') at = std::from_chars(at + 2, end, range.length).ptr;
+    if (textOfRange(range) == *text) return range;
+  }
+  raiseConversion(value, "a range");
 }
 
 Ref<NSObject> objectFrom(const Value& value, const char* wanted) {

@@ -1,11 +1,13 @@
 // NorvikCore/platform/runtime/ValueConversion.h - how a C++ type becomes a Value and back; the types a property may
 // have.
 //
-// Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, Value itself, Ref, Block and
-// std::optional of these convert. Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
+// Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
+// "{location, length}"), Value itself, Ref, Block and std::optional of these convert. Specialise ValueConversion<T>
+// with toValue and fromValue for a type of your own.
 #pragma once
 
 #include "NorvikCore/platform/runtime/Value.h"
+#include "NorvikCore/platform/values/NSRange.h"
 
 #include <type_traits>
 #include <utility>
@@ -31,6 +33,8 @@ NK_EXPORT double doubleFrom(const Value& value);
 NK_EXPORT Decimal decimalFrom(const Value& value);
 NK_EXPORT Date dateFrom(const Value& value);
 NK_EXPORT NSString stringFrom(const Value& value);
+NK_EXPORT NSString textOfRange(NSRange range);
+NK_EXPORT NSRange rangeFrom(const Value& value);
 /// The object, or an empty Ref for an absent or null value; raises for every other kind.
 NK_EXPORT Ref<NSObject> objectFrom(const Value& value, const char* wanted);
 
@@ -87,6 +91,11 @@ template <>
 struct ValueConversion<NSNumber> {
   static Value toValue(const NSNumber& content) { return content; }
   static NSNumber fromValue(const Value& value) { return value.number(); }
+};
+template <>
+struct ValueConversion<NSRange> {
+  static Value toValue(NSRange content) { return detail::textOfRange(content); }
+  static NSRange fromValue(const Value& value) { return detail::rangeFrom(value); }
 };
 template <class T>
 struct ValueConversion<std::optional<T>> {
