@@ -1,12 +1,45 @@
 #include "NorvikCore/platform/dispatch/Item.h"
 
+#include "NorvikCore/platform/dispatch/internal/ItemPages.h"
+
+#include <new>
+
 namespace norvik::detail {
+namespace {
 
-// The heap of the C library is hard to beat here: lists of freed items, passed from the threads that run blocks back to
-// those that make them, were slower, for each item then comes out of another processor's cache.
+// What stands before every item: the page it is a piece of, null where it is a piece of the heap.
+struct Header {
+  ItemPage* page;
+};
+// Keeps the item behind it aligned as the heap aligns.
+constexpr std::size_t kHeaderSpace = alignof(std::max_align_t);
 
-void* allocateItem(std::size_t size) { return ::operator new(size); }
+Header* headerOf(void* item) { return static_cast<Header*>(item) - 1; }
 
-void freeItem(void* memory) noexcept { ::operator delete(memory); }
+void* allocateFromHeap(std::size_t size) {
+  auto* memory = static_cast<std::byte*>(::operator new(kHeaderSpace + size));
+  return memory + kHeaderSpace;
+}
+
+}  // namespace
+
+void* allocateItem(std::size_t size, ItemLife life) {
+  ItemPage* page = nullptr;
+  void* item = nullptr;
+  if (life == ItemLife::brief) {
+    std::byte* piece = ItemPages::take(sizeof(Header) + size, page);
+    if (piece != nullptr) item = piece + sizeof(Header);
+  }
+  if (item == nullptr) item = allocateFromHeap(size);
+  ::new (headerOf(item)) Header{page};
+  return item;
+}
+
+void freeItem(void* item) noexcept {
+  ItemPage* page = headerOf(item)->page;
+  if (page != nullptr) [[likely]]
+    return ItemPages::giveBack(page);
+  ::operator delete(static_cast<std::byte*>(item) - kHeaderSpace);
+}
 
 }  // namespace norvik::detail

@@ -55,9 +55,12 @@ enum class Delivery : std::uint8_t {
   relaxed,  // about a millisecond later is early enough while any worker is awake: the caller wakes nobody then
 };
 
-/// Memory for an item.
-[[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size);
-NK_EXPORT void freeItem(void* memory) noexcept;
+/// How long an item lives. Brief ones share pages of 4 KiB, which come free when the last of their items does.
+enum class ItemLife : std::uint8_t { brief, lasting };
+
+/// Memory for an item, to be given back on any thread.
+[[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size, ItemLife life = ItemLife::brief);
+NK_EXPORT void freeItem(void* item) noexcept;
 
 /// A block: a closure of any movable type that is run once and destroyed, on the thread that runs it, even when it
 /// throws.
@@ -65,11 +68,11 @@ template <class Closure>
 class BlockItem final : public Item {
  public:
   template <class F>
-  [[nodiscard]] static Item* make(F&& closure) {
+  [[nodiscard]] static Item* make(F&& closure, ItemLife life) {
     constexpr bool plain = alignof(BlockItem) <= alignof(std::max_align_t);
     void* memory = nullptr;
     if constexpr (plain) {
-      memory = allocateItem(sizeof(BlockItem));
+      memory = allocateItem(sizeof(BlockItem), life);
     } else {
       memory = ::operator new (sizeof(BlockItem), std::align_val_t{alignof(BlockItem)});
     }
@@ -110,8 +113,8 @@ class BlockItem final : public Item {
 };
 
 template <class F>
-[[nodiscard]] Item* makeBlock(F&& closure) {
-  return BlockItem<std::decay_t<F>>::make(std::forward<F>(closure));
+[[nodiscard]] Item* makeBlock(F&& closure, ItemLife life = ItemLife::brief) {
+  return BlockItem<std::decay_t<F>>::make(std::forward<F>(closure), life);
 }
 
 }  // namespace norvik::detail

@@ -79,9 +79,8 @@ bool dispatch_queue_is_held(const dispatch_queue_t& queue) noexcept { return que
 
 namespace detail {
 
-void requireQueue(const dispatch_queue_t& queue, const char* function) {
-  if (!queue) [[unlikely]]
-    raise("NSInvalidArgumentException", std::string(function) + ": the queue is nil");
+void raiseNoQueue(const char* function) {
+  raise("NSInvalidArgumentException", std::string(function) + ": the queue is nil");
 }
 
 void enqueue(const dispatch_queue_t& queue, Item* item, Delivery delivery, Order order) {

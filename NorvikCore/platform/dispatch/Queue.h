@@ -15,8 +15,8 @@
 //          with an empty handle raises NSInvalidArgumentException. A call that could never return (a synchronous block
 //          for a queue that the calling code holds) prints a line that begins "BUG" and aborts.
 // Cost:    a synchronous block on an idle queue runs on the caller's thread, for two atomic operations. An asynchronous
-//          one costs an allocation and one atomic operation, and the wake-up of a worker where all
-//          sleep.
+//          one costs a piece of a page of the thread's own and one atomic operation, and the wake-up of a worker where
+//          all sleep.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Handle.h"
@@ -90,8 +90,13 @@ enum class Order : std::uint8_t { normal, barrier };
 /// Queues an item. The item's run function and everything it holds are seen by the thread that runs it.
 NK_EXPORT void enqueue(const dispatch_queue_t& queue, Item* item, Delivery delivery, Order order);
 
+[[noreturn]] NK_EXPORT void raiseNoQueue(const char* function);
+
 /// Raises for an empty handle, before anything is made that would be lost.
-NK_EXPORT void requireQueue(const dispatch_queue_t& queue, const char* function);
+inline void requireQueue(const dispatch_queue_t& queue, const char* function) {
+  if (!queue) [[unlikely]]
+    raiseNoQueue(function);
+}
 
 /// A queue whose block is running on this thread, and the block that it runs within.
 struct Frame {
@@ -194,7 +199,7 @@ NK_EXPORT void enqueueAfter(dispatch_time_t when, const dispatch_queue_t& queue,
 template <class F>
 void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, F&& block) {
   detail::requireQueue(queue, "dispatch_after");
-  detail::enqueueAfter(when, queue, detail::makeBlock(std::forward<F>(block)));
+  detail::enqueueAfter(when, queue, detail::makeBlock(std::forward<F>(block), detail::ItemLife::lasting));
 }
 
 }  // namespace norvik

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
 
+#include "NorvikCore/platform/kernel/SystemLog.h"
+
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
@@ -24,6 +26,12 @@ timespec timespecOf(std::uint64_t nanoseconds) {
   time.tv_sec = static_cast<time_t>(nanoseconds / kSecond);
   time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
   return time;
+}
+
+void reportNoThread(int failure) noexcept {
+  char line[160];
+  std::snprintf(line, sizeof line, "dispatch: timers wait, their thread cannot be started: %s", std::strerror(failure));
+  kernel::writeSystemLog(line);
 }
 
 void drainDescriptor(int descriptor) {
@@ -86,8 +94,7 @@ bool SystemTimerClock::startThread() {
   }
   threadRuns_ = failure == 0;
   awake_ = threadRuns_;
-  if (!threadRuns_)
-    std::fprintf(stderr, "dispatch: timers wait, their thread cannot be started: %s\n", std::strerror(failure));
+  if (!threadRuns_) reportNoThread(failure);
   return threadRuns_;
 }
 

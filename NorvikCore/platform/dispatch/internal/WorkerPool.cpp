@@ -1,7 +1,9 @@
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 
 #include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ItemPages.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <pthread.h>
@@ -9,7 +11,6 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace norvik::detail {
@@ -169,7 +170,8 @@ void WorkerPool::carryOut(const Wake& wake) noexcept {
     --coming_;
     alone = threads_ == 0;
   }
-  if (alone) std::fputs("dispatch: no worker thread can be started; queued blocks wait for the next attempt\n", stderr);
+  if (alone)
+    kernel::writeSystemLog("dispatch: no worker thread can be started; queued blocks wait for the next attempt");
 }
 
 // --- Workers ---
@@ -247,7 +249,9 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     lookoutComes_ = false;
     self.word.store(0, std::memory_order_relaxed);
     forNapper_.store(kOpen, std::memory_order_seq_cst);
+    const bool idle = running_ == 0;
     mutex_.unlock();
+    if (idle) ItemPages::trimSpares();
     futexWait(self.word, 0, now + kLookInterval);
     mutex_.lock();
     collectFromNapper(kClosed);
