@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/dispatch/Queue.h"
 
+#include "NorvikCore/platform/dispatch/internal/BlockValue.h"
 #include "NorvikCore/platform/dispatch/internal/ConcurrentQueue.h"
 #include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
@@ -69,10 +70,17 @@ void* dispatch_queue_get_specific(const dispatch_queue_t& queue, const void* key
 
 void* dispatch_get_specific(const void* key) noexcept {
   const detail::Frame* frame = detail::currentFrame;
-  for (QueueCore* queue = frame == nullptr ? nullptr : frame->queue; queue != nullptr; queue = queue->target()) {
+  if (frame == nullptr)
+    return kernel::isMainThread() ? detail::MainThreadQueue::shared()->specifics().find(key) : nullptr;
+  if (detail::BlockValue* own = detail::BlockValue::find(key)) return own->get();
+  for (QueueCore* queue = frame->queue; queue != nullptr; queue = queue->target()) {
     if (void* value = queue->specifics().find(key)) return value;
   }
   return nullptr;
+}
+
+void detail::clearSpecific(const dispatch_queue_t& queue, const void* key, void* value) noexcept {
+  queue.core()->specifics().clear(key, value);
 }
 
 bool dispatch_queue_is_held(const dispatch_queue_t& queue) noexcept { return queue && detail::isHeld(queue.core()); }

@@ -76,7 +76,8 @@ NK_EXPORT void dispatch_queue_set_specific(const dispatch_queue_t& queue, const 
 [[nodiscard]] NK_EXPORT void* dispatch_queue_get_specific(const dispatch_queue_t& queue, const void* key);
 
 /// The key's value on the queue whose block is running, or else on the nearest of its targets that has one. A caller
-/// that waits for this block (dispatch_sync) has no part in it. Null off any queue.
+/// that waits for this block (dispatch_sync) has no part in it. The main thread counts as in a block of the main queue
+/// while it is in none; on other threads it is null off any queue.
 [[nodiscard]] NK_EXPORT void* dispatch_get_specific(const void* key) noexcept;
 
 /// True while the calling code runs in a block of the queue, of a queue that targets it, or of a block that such a
@@ -98,11 +99,14 @@ inline void requireQueue(const dispatch_queue_t& queue, const char* function) {
     raiseNoQueue(function);
 }
 
+class BlockValue;
+
 /// A queue whose block is running on this thread, and the block that it runs within.
 struct Frame {
   QueueCore* queue = nullptr;
   Frame* outer = nullptr;   // what this thread was running before
   Frame* caller = nullptr;  // what waits for this block: `outer`, or a frame of the thread that called dispatch_sync
+  BlockValue* values = nullptr;  // those of this block alone
 };
 
 /// From construction to destruction the queue runs one synchronous block, on this thread unless runsElsewhere().

@@ -55,11 +55,13 @@ std::uintptr_t dispatch_source_get_data(const dispatch_source_t& source) {
   return coreOf(source, "dispatch_source_get_data").data();
 }
 
-void dispatch_source_set_clock(const dispatch_source_t& source, dispatch_manual_clock& clock) {
+void dispatch_source_set_clock(const dispatch_source_t& source, const dispatch_manual_clock& clock) {
   coreOf(source, "dispatch_source_set_clock").setClock(clock.clock_);
 }
 
 dispatch_manual_clock::dispatch_manual_clock() : clock_(std::make_shared<detail::ManualTimerClock>()) {}
+dispatch_manual_clock::dispatch_manual_clock(const dispatch_manual_clock&) = default;
+dispatch_manual_clock& dispatch_manual_clock::operator=(const dispatch_manual_clock&) = default;
 dispatch_manual_clock::~dispatch_manual_clock() = default;
 
 std::uint64_t dispatch_manual_clock::now() const { return clock_->now(); }

@@ -107,13 +107,13 @@ void dispatch_source_set_cancel_handler(const dispatch_source_t& source, F&& han
 }
 
 /// A clock that stands still until it is told to go on: the clock of the timers that a test wants exact. It knows no
-/// wall clock; a source that has it takes every start as one of this clock.
+/// wall clock; a source that has it takes every start as one of this clock. Copies stand for the same clock.
 class NK_EXPORT dispatch_manual_clock {
  public:
   dispatch_manual_clock();
+  dispatch_manual_clock(const dispatch_manual_clock&);
+  dispatch_manual_clock& operator=(const dispatch_manual_clock&);
   ~dispatch_manual_clock();
-  dispatch_manual_clock(const dispatch_manual_clock&) = delete;
-  dispatch_manual_clock& operator=(const dispatch_manual_clock&) = delete;
 
   /// Nanoseconds of this clock; it begins at one second.
   [[nodiscard]] std::uint64_t now() const;
@@ -126,11 +126,11 @@ class NK_EXPORT dispatch_manual_clock {
   [[nodiscard]] std::size_t armedTimers() const;
 
  private:
-  friend NK_EXPORT void dispatch_source_set_clock(const dispatch_source_t& source, dispatch_manual_clock& clock);
+  friend NK_EXPORT void dispatch_source_set_clock(const dispatch_source_t& source, const dispatch_manual_clock& clock);
   std::shared_ptr<detail::ManualTimerClock> clock_;
 };
 
-/// Ties a source to a manual clock, which may end before the source. Before its timer is first set.
-NK_EXPORT void dispatch_source_set_clock(const dispatch_source_t& source, dispatch_manual_clock& clock);
+/// Ties a source to a manual clock, which may end before the source does. Before its timer is first set.
+NK_EXPORT void dispatch_source_set_clock(const dispatch_source_t& source, const dispatch_manual_clock& clock);
 
 }  // namespace norvik

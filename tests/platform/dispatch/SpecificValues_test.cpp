@@ -1,4 +1,4 @@
-#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
 #include <gtest/gtest.h>
@@ -45,6 +45,23 @@ TEST_F(SpecificValues, ManyKeysKeepTheirOwnValues) {
 
 TEST_F(SpecificValues, OffAnyQueueThereIsNone) {
   static const char key = 0;
+  int value = 0;
+  dispatch_queue_set_specific(dispatch_get_main_queue(), &key, &value);
+  void* seen = &value;
+  std::thread([&] { seen = dispatch_get_specific(&key); }).join();
+  EXPECT_EQ(seen, nullptr);
+  dispatch_queue_set_specific(dispatch_get_main_queue(), &key, nullptr);
+}
+
+TEST_F(SpecificValues, TheMainThreadOffAnyQueueSeesTheMainQueues) {
+  static const char key = 0;
+  int value = 0;
+  EXPECT_EQ(dispatch_get_specific(&key), nullptr);
+  dispatch_queue_set_specific(dispatch_get_main_queue(), &key, &value);
+  EXPECT_EQ(dispatch_get_specific(&key), &value);
+  auto queue = dispatch_queue_create(nullptr);
+  EXPECT_EQ(dispatch_sync(queue, [] { return dispatch_get_specific(&key); }), nullptr);
+  dispatch_queue_set_specific(dispatch_get_main_queue(), &key, nullptr);
   EXPECT_EQ(dispatch_get_specific(&key), nullptr);
 }
 

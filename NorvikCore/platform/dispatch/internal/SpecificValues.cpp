@@ -88,4 +88,8 @@ void SpecificValues::set(const void* key, void* value, void (*destructor)(void*)
   if (old.first != nullptr && old.second != nullptr) destroyLater(old.first, old.second);
 }
 
+void SpecificValues::clear(const void* key, void* value) noexcept {
+  if (Slot* slot = slotOf(key)) slot->value.compare_exchange_strong(value, nullptr, std::memory_order_acq_rel);
+}
+
 }  // namespace norvik::detail

@@ -23,6 +23,8 @@ class SpecificValues {
 
   [[nodiscard]] void* find(const void* key) const noexcept;
   void set(const void* key, void* value, void (*destructor)(void*));
+  /// Takes the key away if its value is that one, which has no destructor.
+  void clear(const void* key, void* value) noexcept;
   void resetAfterFork() noexcept { mutex_.resetAfterFork(); }
 
  private:

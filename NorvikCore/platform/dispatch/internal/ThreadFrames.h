@@ -13,7 +13,9 @@ class FrameScope {
  public:
   explicit FrameScope(QueueCore* queue) noexcept : FrameScope(queue, currentFrame) {}
   /// `caller`: the innermost frame of the thread that waits for the block.
-  FrameScope(QueueCore* queue, Frame* caller) noexcept : frame_{queue, currentFrame, caller} { currentFrame = &frame_; }
+  FrameScope(QueueCore* queue, Frame* caller) noexcept : frame_{queue, currentFrame, caller, nullptr} {
+    currentFrame = &frame_;
+  }
   ~FrameScope() { currentFrame = frame_.outer; }
   FrameScope(const FrameScope&) = delete;
   FrameScope& operator=(const FrameScope&) = delete;
