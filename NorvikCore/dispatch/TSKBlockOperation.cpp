@@ -1,0 +1,28 @@
+#include "NorvikCore/dispatch/TSKBlockOperation.h"
+
+#include <utility>
+
+namespace norvik {
+
+TSKBlockOperation::~TSKBlockOperation() = default;
+
+Ref<TSKBlockOperation> TSKBlockOperation::dispatchedOperationWithQueue(const Ref<TSKDispatchQueue>& queue,
+                                                                       Block<void()> block) {
+  detail::requireBlock(block);
+  auto operation = make<TSKBlockOperation>();
+  std::optional<NSString> label = queue->label();
+  if (label) label = NSString(label->str() + ".block_operation");
+  operation->setQueue(TSKDispatchQueue::dispatchQueueWithLabel(label));
+  operation->queue()->dispatchAsynchronously([operation, target = queue, block = std::move(block)] {
+    operation->setDone(false);
+    target->dispatchSynchronously(block);
+    operation->setDone(true);
+  });
+  return operation;
+}
+
+void TSKBlockOperation::waitUntilFinished() {
+  queue()->dispatchSynchronously([this] { static_cast<void>(done()); });
+}
+
+}  // namespace norvik

@@ -1,0 +1,126 @@
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+
+#include "NorvikCore/dispatch/internal/QueueStack.h"
+#include "NorvikCore/dispatch/internal/TSKTimerValue.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+#include "NorvikCore/platform/foundation/NSBundle.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <string>
+
+namespace norvik {
+
+const void* const TSKIsCurrentKey = &TSKIsCurrentKey;
+const void* const TSKQueueStackKey = &TSKQueueStackKey;
+
+void detail::requireBlock(const Block<void()>& block) {
+  if (!block) detail::raise("NSInvalidArgumentException", "TSKDispatchQueue: the block is nil");
+}
+
+TSKDispatchQueue::TSKDispatchQueue(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior)
+    : _deadlockBehavior(behavior) {
+  queue_ = queue;
+  dispatch_queue_set_specific(queue, TSKIsCurrentKey, this);
+}
+
+TSKDispatchQueue::~TSKDispatchQueue() {
+  detail::clearSpecific(queue(), TSKIsCurrentKey, this);
+  endTimers();
+}
+
+Ref<TSKDispatchQueue> TSKDispatchQueue::dispatchQueueWithGCDQueue(const dispatch_queue_t& queue,
+                                                                  TSKDeadlockBehavior behavior) {
+  return make<TSKDispatchQueue>(queue, behavior);
+}
+
+Ref<TSKDispatchQueue> TSKDispatchQueue::dispatchQueueWithLabel(const std::optional<NSString>& label,
+                                                               TSKDeadlockBehavior behavior) {
+  const std::string native = label ? label->utf8() : "";
+  auto wrapper = dispatchQueueWithGCDQueue(dispatch_queue_create(label ? native.c_str() : nullptr), behavior);
+  wrapper->_label = label.value_or("TSKDispatchQueue");
+  return wrapper;
+}
+
+std::optional<NSString> TSKDispatchQueue::labelByPrependingBundleIdentifierToString(const NSString& suffix) {
+  const std::optional<NSString> identifier = NSBundle::mainBundle().bundleIdentifier();
+  if (!identifier) return std::nullopt;
+  return stringWithFormat("%@.%@", *identifier, suffix);
+}
+
+Ref<TSKDispatchQueue> TSKDispatchQueue::makeShared(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior,
+                                                   bool concurrent) {
+  auto wrapper = dispatchQueueWithGCDQueue(queue, behavior);
+  const char* label = dispatch_queue_get_label(queue);
+  wrapper->_label = *label == '\0' ? "unlabeled" : label;
+  wrapper->concurrent_ = concurrent;
+  return wrapper;
+}
+
+// The shared wrappers live as long as the process.
+
+const Ref<TSKDispatchQueue>& TSKDispatchQueue::globalDispatchQueue() {
+  static const auto& wrapper = *new Ref(makeShared(dispatch_get_global_queue(), TSKDeadlockNoCheck, true));
+  return wrapper;
+}
+
+const Ref<TSKDispatchQueue>& TSKDispatchQueue::mainDispatchQueue() {
+  static const auto& TSKMainDispatchQueue = *new Ref([] {
+    auto wrapper = makeShared(dispatch_get_main_queue(), TSKDeadlockExecuteInline, false);
+    wrapper->followsMainThread_ = true;
+    return wrapper;
+  }());
+  return TSKMainDispatchQueue;
+}
+
+const Ref<TSKDispatchQueue>& TSKDispatchQueue::sharedConcurrentQueue() {
+  static const auto& TSKSharedConcurrentQueue = *new Ref(makeShared(
+      dispatch_queue_create("TSKSharedConcurrentQueue", DISPATCH_QUEUE_CONCURRENT), TSKDeadlockNoCheck, true));
+  return TSKSharedConcurrentQueue;
+}
+
+NSString TSKDispatchQueue::description() const {
+  return stringWithFormat("<%@:%p>[%@]", classObject().name(), static_cast<const void*>(this), label());
+}
+
+bool TSKDispatchQueue::isCurrentQueue() const noexcept { return dispatch_get_specific(TSKIsCurrentKey) == this; }
+
+bool TSKDispatchQueue::isInCurrentQueueStack() const {
+  if (followsMainThread_) return kernel::isMainThread();
+  const detail::QueueStackEntry* innermost = detail::QueueStackEntry::current();
+  return innermost != nullptr && innermost->contains(*this);
+}
+
+void TSKDispatchQueue::runSynchronously(detail::BlockCall block) {
+  if (_deadlockBehavior != TSKDeadlockNoCheck && isInCurrentQueueStack()) [[unlikely]]
+    return refuse(block);
+  const Ref<TSKDispatchQueue> self = ref(*this);  // the block may let go of the last one
+  detail::QueueStackEntry* const outer = detail::QueueStackEntry::current();
+  dispatch_sync(queue(), [&] {
+    const detail::QueueStackEntry entry(*this, outer);
+    block();
+  });
+}
+
+void TSKDispatchQueue::refuse(detail::BlockCall block) const {
+  switch (_deadlockBehavior) {
+    case TSKDeadlockExecuteInline:
+      return block();
+    case TSKDeadlockSkipAndLog:
+      NSLog(
+          "Synchronous dispatch can not be executed on the queue with label '%@' because it is already part of the "
+          "current dispatch queue hierarchy",
+          label());
+      return;
+    default:
+      return;
+  }
+}
+
+void TSKDispatchQueue::runInNewStack(detail::BlockCall block) {
+  const detail::QueueStackEntry entry(*this, nullptr);
+  block();
+}
+
+}  // namespace norvik
