@@ -1,0 +1,285 @@
+#include "NorvikCore/platform/foundation/NSUserDefaults.h"
+
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+#include "NorvikCore/platform/foundation/NSBundle.h"
+#include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "NorvikCore/platform/foundation/NSPathUtilities.h"
+#include "NorvikCore/platform/foundation/NSProcessInfo.h"
+#include "NorvikCore/platform/foundation/internal/PreferenceStore.h"
+#include "NorvikCore/platform/foundation/internal/PropertyList.h"
+#include "NorvikCore/platform/kernel/Paths.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/runtime/Weak.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace norvik {
+
+constexpr NSString NSUserDefaultsDidChangeNotification = "NSUserDefaultsDidChangeNotification";
+
+namespace {
+
+std::string checkedPath(const NSString& path) {
+  std::string bytes = path.bytes();
+  if (!bytes.starts_with('/') || bytes.find('\0') != bytes.npos) {
+    NSException::raise(NSInvalidArgumentException, "user defaults need the whole path of a file, not \"" + path + "\"");
+  }
+  return bytes;
+}
+
+std::string defaultsFolder() {
+  const char* folder = std::getenv("NORVIK_DEFAULTS_FOLDER");
+  return folder != nullptr && *folder == '/' ? folder : kernel::configurationDirectory();
+}
+
+NSString applicationName() {
+  const std::optional<NSString> identifier = NSBundle::mainBundle().bundleIdentifier();
+  return identifier ? *identifier : NSProcessInfo::processInfo().processName();
+}
+
+/// The value that one thread sees for one key in the place of the present one, while observers are told what it was.
+struct FormerValue {
+  FormerValue(const NSUserDefaults& defaults, const NSString& key, const Value& value);
+  FormerValue(const FormerValue&) = delete;
+  FormerValue& operator=(const FormerValue&) = delete;
+  ~FormerValue();
+
+  const NSUserDefaults& defaults;
+  const NSString& key;
+  const Value& value;
+  const FormerValue* const outer;
+};
+
+thread_local const FormerValue* formerValue = nullptr;
+
+FormerValue::FormerValue(const NSUserDefaults& ofDefaults, const NSString& forKey, const Value& former)
+    : defaults(ofDefaults), key(forKey), value(former), outer(formerValue) {
+  formerValue = this;
+}
+FormerValue::~FormerValue() { formerValue = outer; }
+
+struct Standard {
+  Mutex mutex;
+  std::atomic<NSUserDefaults*> current{nullptr};
+  std::vector<Ref<NSUserDefaults>> kept NK_GUARDED_BY(mutex);
+  Ref<NSUserDefaults> usual NK_GUARDED_BY(mutex);
+};
+
+Standard& standard() {
+  static auto& state = *new Standard;
+  return state;
+}
+
+}  // namespace
+
+NSUserDefaults::NSUserDefaults(const NSString& databasePath)
+    : store_(std::make_unique<detail::PreferenceStore>(checkedPath(databasePath))),
+      registered_(NSDictionary::dictionary()) {}
+
+NSUserDefaults::~NSUserDefaults() = default;
+
+NSUserDefaults& NSUserDefaults::standardUserDefaults() {
+  Standard& state = standard();
+  if (NSUserDefaults* current = state.current.load(std::memory_order_acquire)) [[likely]]
+    return *current;
+  const MutexLock lock(state.mutex);
+  if (NSUserDefaults* current = state.current.load(std::memory_order_relaxed)) return *current;
+  if (!state.usual) state.usual = initWithSuiteName(applicationName());
+  state.current.store(state.usual.get(), std::memory_order_release);
+  return *state.usual;
+}
+
+void NSUserDefaults::setStandardUserDefaults(const Ref<NSUserDefaults>& defaults) {
+  Standard& state = standard();
+  const MutexLock lock(state.mutex);
+  if (defaults) state.kept.push_back(defaults);
+  state.current.store(defaults ? defaults.get() : state.usual.get(), std::memory_order_release);
+}
+
+NSString NSUserDefaults::databasePathOfSuite(const NSString& suiteName) {
+  const std::string name = suiteName.bytes();
+  if (name.empty() || name == "." || name == ".." || name.find('/') != name.npos || name.find('\0') != name.npos) {
+    NSException::raise(NSInvalidArgumentException, "\"" + suiteName + "\" cannot be the name of a folder");
+  }
+  return NSString::fromBytes(defaultsFolder() + "/" + name + "/defaults.sqlite");
+}
+
+Ref<NSUserDefaults> NSUserDefaults::initWithSuiteName(const NSString& suiteName) {
+  return make<NSUserDefaults>(databasePathOfSuite(suiteName));
+}
+
+Value NSUserDefaults::registered(const NSString& key) const {
+  const MutexLock lock(mutex_);
+  return registered_->objectForKey(key);
+}
+
+Value NSUserDefaults::objectForKey(const NSString& key) const {
+  for (const FormerValue* former = formerValue; former != nullptr; former = former->outer) {
+    if (&former->defaults == this && former->key == key) return former->value;
+  }
+  Value value = store_->value(key);
+  if (store_->hasChanges()) [[unlikely]]
+    listenForOthers();
+  return value.isAbsent() ? registered(key) : value;
+}
+
+std::optional<NSString> NSUserDefaults::stringForKey(const NSString& key) const {
+  const Value value = objectForKey(key);
+  if (value.isNumber()) return value.number().stringValue();
+  return value.isString() ? std::optional(*value.string()) : std::nullopt;
+}
+
+bool NSUserDefaults::boolForKey(const NSString& key) const {
+  const Value value = objectForKey(key);
+  if (value.isNumber()) return value.number().boolValue();
+  return value.isString() && value.string()->boolValue();
+}
+
+std::int64_t NSUserDefaults::integerForKey(const NSString& key) const {
+  const Value value = objectForKey(key);
+  if (value.isNumber()) return value.number().longLongValue();
+  return value.isString() ? value.string()->longLongValue() : 0;
+}
+
+double NSUserDefaults::doubleForKey(const NSString& key) const {
+  const Value value = objectForKey(key);
+  if (value.isNumber()) return value.number().doubleValue();
+  return value.isString() ? value.string()->doubleValue() : 0;
+}
+
+Ref<NSArray> NSUserDefaults::arrayForKey(const NSString& key) const { return Ref(objectForKey(key).object<NSArray>()); }
+
+Ref<NSArray> NSUserDefaults::stringArrayForKey(const NSString& key) const {
+  Ref<NSArray> array = arrayForKey(key);
+  if (!array) return nullptr;
+  return std::ranges::all_of(array->elements(), &Value::isString) ? array : nullptr;
+}
+
+Ref<NSDictionary> NSUserDefaults::dictionaryForKey(const NSString& key) const {
+  return Ref(objectForKey(key).object<NSDictionary>());
+}
+
+Ref<NSData> NSUserDefaults::dataForKey(const NSString& key) const { return Ref(objectForKey(key).object<NSData>()); }
+
+Ref<NSURL> NSUserDefaults::URLForKey(const NSString& key) const {
+  const Value value = objectForKey(key);
+  if (!value.isString()) return nullptr;
+  const NSString path = stringByExpandingTildeInPath(*value.string());
+  return value.string()->hasSuffix("/") ? NSURL::fileURLWithPath(path, true) : NSURL::fileURLWithPath(path);
+}
+
+/// Makes a change and tells of it. An exception that leaves an observer leaves here too, the change being made.
+template <class Change>
+void NSUserDefaults::changing(const NSString& key, Change change) {
+  const Ref<NSUserDefaults> kept = ref(*this);  // an observer may let go of it
+  if (isObserved()) {
+    willChangeValueForKey(key);
+    change();
+    didChangeValueForKey(key);
+  } else {
+    change();
+  }
+  postChange();
+}
+
+void NSUserDefaults::setObject(const Value& value, const NSString& key) {
+  if (value.isAbsent()) {
+    removeObjectForKey(key);
+    return;
+  }
+  const Value copy = detail::propertyListCopy(value, "the preference \"" + key + "\"");
+  std::string bytes = detail::encodePropertyList(copy);
+  changing(key, [&] { store_->set(key, copy, std::move(bytes)); });
+}
+
+void NSUserDefaults::setURL(const Ref<NSURL>& url, const NSString& key) {
+  if (!url) {
+    removeObjectForKey(key);
+    return;
+  }
+  const NSString path = stringByAbbreviatingWithTildeInPath(url->path());
+  setObject(url->hasDirectoryPath() && path != "/" ? path + "/" : path, key);
+}
+
+void NSUserDefaults::removeObjectForKey(const NSString& key) {
+  changing(key, [&] { store_->remove(key); });
+}
+
+void NSUserDefaults::registerDefaults(const NSDictionary& defaults) {
+  const NSString what = "the registered defaults";
+  const Ref<NSDictionary> added =
+      detail::propertyListCopy(ref(const_cast<NSDictionary&>(defaults)), what).as<Ref<NSDictionary>>();
+  std::vector<NSString> changed;
+  if (isObserved()) {
+    for (const auto& [key, value] : *added) {
+      if (store_->value(*key.string()).isAbsent()) changed.push_back(*key.string());
+    }
+  }
+  for (const NSString& key : changed) willChangeValueForKey(key);
+  Ref<NSDictionary> replaced;  // goes after the lock
+  {
+    const MutexLock lock(mutex_);
+    const Ref<NSMutableDictionary> all = registered_->mutableCopy();
+    all->addEntriesFromDictionary(*added);
+    replaced = std::exchange(registered_, all->copy());
+  }
+  for (const NSString& key : changed) didChangeValueForKey(key);
+}
+
+Ref<NSDictionary> NSUserDefaults::dictionaryRepresentation() const {
+  std::vector<NSDictionary::Entry> entries;
+  {
+    const MutexLock lock(mutex_);
+    entries.assign(registered_->begin(), registered_->end());
+  }
+  for (auto& [key, value] : store_->all()) entries.push_back({key, std::move(value)});
+  // What is set comes after what is registered under the same key, and counts.
+  std::ranges::stable_sort(entries, {}, [](const NSDictionary::Entry& entry) { return *entry.key.string(); });
+  return make<NSDictionary>(std::move(entries));
+}
+
+bool NSUserDefaults::synchronize() {
+  const bool isDone = store_->synchronize();
+  tellOfOthers();
+  return isDone;
+}
+
+void NSUserDefaults::listenForOthers() const {
+  const std::uint32_t generation = kernel::forkGeneration() + 1;
+  if (awaitsMainQueue_.exchange(generation) == generation) return;
+  dispatch_async(dispatch_get_main_queue(), [weak = Weak<NSUserDefaults>(const_cast<NSUserDefaults*>(this))] {
+    if (const Ref<NSUserDefaults> defaults = weak.lock()) defaults->tellOfOthers();
+  });
+}
+
+void NSUserDefaults::tellOfOthers() {
+  awaitsMainQueue_.store(0);
+  const auto changes = store_->takeChanges();
+  if (changes.empty()) return;
+  const Ref<NSUserDefaults> kept = ref(*this);
+  for (const auto& [key, before] : changes) {
+    if (!isObserved()) break;
+    {
+      const Value shown = before.isAbsent() ? registered(key) : before;
+      const FormerValue former(*this, key, shown);
+      willChangeValueForKey(key);
+    }
+    didChangeValueForKey(key);
+  }
+  postChange();
+}
+
+void NSUserDefaults::postChange() {
+  NSNotificationCenter::defaultCenter().postNotificationName(NSUserDefaultsDidChangeNotification, ref(*this));
+}
+
+Value NSUserDefaults::valueForKey(const NSString& key) const { return objectForKey(key); }
+
+void NSUserDefaults::setValue_forKey(const Value& value, const NSString& key) { setObject(value, key); }
+
+}  // namespace norvik

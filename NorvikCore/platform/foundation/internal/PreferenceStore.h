@@ -1,0 +1,94 @@
+// The preferences of one database, kept in memory: read from there, written through, and looked at again once somebody
+// else has written.
+//
+// - A read finds what was read or set last. When the last look at the database is more than a quarter of a second ago,
+// it
+//   looks first, unless another thread is at the database just then.
+// - A write is in the database when set() returns, and is tried again with the next one where it fails; until then it
+//   counts in this process only. The first failure after a success is told on the system console, and so is each with
+//   another reason.
+// - Before the process forks, the connection is closed; parent and child each open one of their own when they need it.
+//   At the end of the process it is closed too, so that no log stays beside the database.
+//
+// Synchronised; calls nobody back.
+#pragma once
+
+#include "NorvikCore/platform/foundation/internal/PreferenceFile.h"
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/runtime/Value.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace norvik::detail {
+
+class PreferenceStore {
+ public:
+  /// A value that somebody else has set, or removed.
+  struct Change {
+    NSString key;
+    Value before;
+  };
+
+  explicit PreferenceStore(std::string path);
+  PreferenceStore(const PreferenceStore&) = delete;
+  PreferenceStore& operator=(const PreferenceStore&) = delete;
+  ~PreferenceStore();
+
+  /// Absent where there is none.
+  [[nodiscard]] Value value(const NSString& key);
+  /// All, in no order.
+  [[nodiscard]] std::vector<std::pair<NSString, Value>> all();
+
+  /// The value is a propertyListCopy() and the bytes are its encoding.
+  void set(const NSString& key, const Value& value, std::string bytes);
+  void remove(const NSString& key);
+
+  /// Writes what is still to be written and looks at the database; false where either fails.
+  bool synchronize();
+
+  /// Others have changed something since takeChanges().
+  [[nodiscard]] bool hasChanges() const noexcept { return hasChanges_.load(std::memory_order_relaxed); }
+  /// Each key once, with the value that it had in this process before.
+  [[nodiscard]] std::vector<Change> takeChanges();
+
+ private:
+  friend class PreferenceStores;
+
+  struct Entry {
+    Value value;  ///< absent where the bytes are damaged
+    std::string bytes;
+  };
+  using Entries = std::unordered_map<NSString, Entry>;
+  /// What to tell on the system console once no lock is held.
+  using Lines = std::vector<std::string>;
+
+  void look();
+  void change(const NSString& key, Entry entry, std::optional<std::string> bytes);
+  bool readFile(Lines& lines) NK_REQUIRES(file_);
+  bool writeFile(Lines& lines) NK_REQUIRES(file_);
+  void merge(std::vector<PreferenceFile::Row> rows, Lines& lines) NK_REQUIRES(file_);
+  void report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) NK_REQUIRES(file_);
+
+  Mutex file_;  ///< taken before memory_
+  PreferenceFile database_ NK_GUARDED_BY(file_);
+  const std::string path_;
+  std::string toldOfReading_ NK_GUARDED_BY(file_), toldOfWriting_ NK_GUARDED_BY(file_);
+
+  Mutex memory_;
+  Entries entries_ NK_GUARDED_BY(memory_);
+  PreferenceFile::Changes unwritten_ NK_GUARDED_BY(memory_);
+  std::vector<Change> changes_ NK_GUARDED_BY(memory_);
+  std::atomic<bool> hasChanges_{false};
+  std::atomic<bool> isRead_{false};
+  std::atomic<std::int64_t> nextLook_{0};
+
+  PreferenceStore* previous_ = nullptr;  ///< in the list of all stores
+  PreferenceStore* next_ = nullptr;
+};
+
+}  // namespace norvik::detail

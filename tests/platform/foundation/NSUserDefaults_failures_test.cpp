@@ -1,0 +1,269 @@
+// What happens where the database cannot be written or read: a line on the console, and the process goes on.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+
+#include <filesystem>
+#include <string>
+
+#include "NorvikCore/platform/foundation/NSUserDefaults.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "tests/support/DefaultsFolder.h"
+#include "tests/support/InChild.h"
+#include "tests/support/PrivateMount.h"
+
+namespace norvik {
+namespace {
+
+using kernel::SystemLogCapture;
+using norvik::test::DefaultsFolder;
+using norvik::test::PrivateMount;
+using norvik::test::TemporaryFolder;
+using ::testing::AllOf;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+std::string cannotBeRead(const std::string& path, const std::string& why) {
+  return "The preferences in " + path + " cannot be read: " + why + ".";
+}
+std::string cannotBeWritten(const std::string& path, const std::string& why) {
+  return "The preferences in " + path + " cannot be written: " + why + ". What is set lasts until this process ends.";
+}
+
+/// A connection of somebody else's.
+class Somebody {
+ public:
+  explicit Somebody(const std::string& path) { EXPECT_EQ(sqlite3_open(path.c_str(), &database_), SQLITE_OK); }
+  Somebody(const Somebody&) = delete;
+  Somebody& operator=(const Somebody&) = delete;
+  ~Somebody() { sqlite3_close(database_); }
+  void run(const char* sql) {
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, &error), SQLITE_OK) << sql << ": " << (error ? error : "");
+    sqlite3_free(error);
+  }
+
+ private:
+  sqlite3* database_ = nullptr;
+};
+
+TEST(NSUserDefaultsFailures, AFileThatIsNoDatabaseIsToldOnceAndLeftAsItIs) {
+  const TemporaryFolder folder;
+  const std::string content(8192, 'x');
+  const std::string path = folder.write("defaults.sqlite", content);
+  const SystemLogCapture console;
+  const auto defaults = make<NSUserDefaults>(NSString(path));
+  EXPECT_EQ(defaults->integerForKey("rate"), 0);
+  defaults->setInteger(2, "rate");
+  defaults->setInteger(3, "rate");
+  EXPECT_FALSE(defaults->synchronize());
+  EXPECT_EQ(defaults->integerForKey("rate"), 3);
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "file is not a database"),
+                                           cannotBeWritten(path, "file is not a database")));
+  EXPECT_EQ(TemporaryFolder::read(path), content);
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseOfSomethingElseIsLeftAsItIs) {
+  const TemporaryFolder folder;
+  const std::string path = folder.path("cookies.sqlite");
+  Somebody(path).run("CREATE TABLE cookie(name TEXT)");
+  const SystemLogCapture console;
+  const auto defaults = make<NSUserDefaults>(NSString(path));
+  defaults->setInteger(2, "rate");
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is a database of something else"),
+                                           cannotBeWritten(path, "it is a database of something else")));
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseOfALaterVersionIsLeftAsItIs) {
+  const DefaultsFolder folder;
+  folder.open()->setInteger(1, "rate");
+  Somebody(folder.path()).run("PRAGMA user_version = 2");
+  const SystemLogCapture console;
+  EXPECT_EQ(folder.open()->integerForKey("rate"), 0);
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(folder.path(), "it was written by a later version")));
+}
+
+TEST(NSUserDefaultsFailures, ADamagedDatabaseIsToldAndNothingCrashes) {
+  const DefaultsFolder folder;
+  {
+    const Ref<NSUserDefaults> defaults = folder.open();
+    for (int i = 0; i < 500; ++i) defaults->setObject(NSString(std::string(100, 'a')), NSString(std::to_string(i)));
+  }
+  std::string content = TemporaryFolder::read(folder.path());
+  ASSERT_GT(content.size(), 16384u);
+  for (std::size_t i = 4096; i < content.size(); ++i) content[i] = static_cast<char>(i * 7);
+  folder.folder().write("pay/defaults.sqlite", content);
+  const SystemLogCapture console;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  EXPECT_TRUE(defaults->objectForKey("1").isAbsent());
+  defaults->setInteger(2, "rate");
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(folder.path(), "database disk image is malformed"),
+                                           cannotBeWritten(folder.path(), "database disk image is malformed")));
+}
+
+TEST(NSUserDefaultsFailures, ADamagedValueIsToldOnceAndTheOthersAreRead) {
+  const DefaultsFolder folder;
+  folder.open()->setInteger(1, "good");
+  folder.open()->setInteger(1, "bad");
+  Somebody(folder.path()).run("UPDATE preference SET value = x'00' WHERE key = 'bad'");
+  const SystemLogCapture console;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  EXPECT_EQ(defaults->integerForKey("good"), 1);
+  EXPECT_TRUE(defaults->objectForKey("bad").isAbsent());
+  EXPECT_EQ(defaults->dictionaryRepresentation()->count(), 1u);
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_THAT(console.lines(), ElementsAre(StartsWith("The preference \"bad\" in " + folder.path() + " is damaged: ")));
+  defaults->setInteger(2, "bad");
+  EXPECT_EQ(folder.open()->integerForKey("bad"), 2);
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseThatIsRemovedIsMadeAnew) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "old");
+  std::filesystem::remove_all(folder.folder().path("pay"));
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_TRUE(defaults->objectForKey("old").isAbsent());
+  defaults->setInteger(2, "new");
+  EXPECT_EQ(folder.open()->integerForKey("new"), 2);
+  EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 1u);
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseThatIsReplacedIsReadAnew) {
+  const DefaultsFolder folder, other;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "rate");
+  other.open()->setInteger(2, "rate");
+  std::filesystem::remove_all(folder.folder().path("pay"));
+  std::filesystem::rename(other.folder().path("pay"), folder.folder().path("pay"));
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+}
+
+TEST(NSUserDefaultsFailures, AFolderThatCannotBeMadeIsTold) {
+  const TemporaryFolder folder;
+  const std::string file = folder.write("file");
+  const SystemLogCapture console;
+  const auto defaults = make<NSUserDefaults>(NSString(file + "/pay/defaults.sqlite"));
+  defaults->setInteger(2, "rate");
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeWritten(file + "/pay/defaults.sqlite",
+                                                           "the folder " + file + " cannot be made: File exists")));
+}
+
+TEST(NSUserDefaultsFailures, WhatAnotherProcessLocksIsWrittenLater) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "first");
+  const SystemLogCapture console;
+  {
+    Somebody somebody(folder.path());
+    somebody.run("BEGIN IMMEDIATE");
+    defaults->setInteger(2, "second");
+    EXPECT_EQ(defaults->integerForKey("second"), 2);
+    EXPECT_EQ(folder.open()->integerForKey("second"), 0);
+  }
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeWritten(folder.path(), "database is locked")));
+  defaults->setInteger(3, "third");
+  EXPECT_EQ(folder.open()->integerForKey("second"), 2);
+  EXPECT_EQ(folder.open()->integerForKey("third"), 3);
+}
+
+TEST(NSUserDefaultsFailures, WhatCouldNotBeWrittenIsNotOverwrittenByWhatAnotherHadBefore) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "rate");
+  defaults->setInteger(1, "removed");
+  const SystemLogCapture console;
+  {
+    Somebody somebody(folder.path());
+    somebody.run("BEGIN IMMEDIATE");
+    defaults->setInteger(2, "rate");
+    defaults->removeObjectForKey("removed");
+    somebody.run("INSERT INTO preference SELECT 'another', value FROM preference WHERE key = 'rate'");
+    somebody.run("COMMIT");
+  }
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(defaults->integerForKey("rate"), 2);
+  EXPECT_TRUE(defaults->objectForKey("removed").isAbsent());
+  EXPECT_EQ(defaults->integerForKey("another"), 1);
+  EXPECT_EQ(folder.open()->integerForKey("rate"), 2);
+  EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 2u);
+}
+
+// The limit on the size of files stands for a full disk: it is there for every user, and comes with a deadly signal.
+TEST(NSUserDefaultsFailures, AFullDiskIsToldAndWhatIsLeftIsWrittenOnceThereIsRoom) {
+  RUN_IN_CHILD({
+    const DefaultsFolder folder;
+    const Ref<NSUserDefaults> defaults = folder.open();
+    defaults->setInteger(1, "before");
+    const SystemLogCapture console;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlim_t greatest = limit.rlim_cur;
+    limit.rlim_cur = 65536;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    for (int i = 0; i < 40; ++i) defaults->setObject(NSString(std::string(4000, 'a')), NSString(std::to_string(i)));
+    EXPECT_EQ(defaults->stringForKey("39")->length(), 4000u);
+    EXPECT_FALSE(defaults->synchronize());
+    EXPECT_EQ(folder.open()->integerForKey("before"), 1);
+    EXPECT_TRUE(folder.open()->objectForKey("39").isAbsent());
+    limit.rlim_cur = greatest;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_TRUE(defaults->synchronize());
+    EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 41u);
+    // More than one line where a write succeeds in between, the log having been brought into the database.
+    EXPECT_THAT(console.lines(),
+                AllOf(Not(IsEmpty()), Each(cannotBeWritten(folder.path(), "disk I/O error (File too large)"))));
+    sigset_t waiting;
+    ASSERT_EQ(sigpending(&waiting), 0);
+    EXPECT_EQ(sigismember(&waiting, SIGXFSZ), 0);
+  });
+}
+
+TEST(NSUserDefaultsFailures, AFullFileSystemIsToldAndTheDatabaseStaysWhole) {
+  RUN_IN_CHILD({
+    const PrivateMount disk("tmpfs", "size=192k");
+    if (!disk.mounted()) return;  // nobody may mount here; the limit on the size of files is tested above
+    const std::string path = disk.folder().path("pay/defaults.sqlite");
+    const auto defaults = make<NSUserDefaults>(NSString(path));
+    defaults->setInteger(1, "before");
+    const SystemLogCapture console;
+    for (int i = 0; i < 60; ++i) defaults->setObject(NSString(std::string(4000, 'a')), NSString(std::to_string(i)));
+    EXPECT_EQ(defaults->stringForKey("59")->length(), 4000u);
+    EXPECT_THAT(console.lines(), ElementsAre(cannotBeWritten(path, "database or disk is full")));
+    EXPECT_EQ(make<NSUserDefaults>(NSString(path))->integerForKey("before"), 1);
+  });
+}
+
+TEST(NSUserDefaultsFailures, WhereNothingCanBeWrittenWhatIsThereIsRead) {
+  RUN_IN_CHILD({
+    const PrivateMount disk("tmpfs");
+    if (!disk.mounted()) return;  // nobody may mount here
+    const std::string path = disk.folder().path("pay%3F?/defaults.sqlite");
+    make<NSUserDefaults>(NSString(path))->setInteger(1, "rate");
+    ASSERT_TRUE(disk.makeReadOnly());
+    const SystemLogCapture console;
+    const auto defaults = make<NSUserDefaults>(NSString(path));
+    EXPECT_EQ(defaults->integerForKey("rate"), 1);
+    EXPECT_THAT(console.lines(), IsEmpty());
+    defaults->setInteger(2, "rate");
+    defaults->setInteger(3, "another");
+    EXPECT_EQ(defaults->integerForKey("rate"), 2);
+    EXPECT_FALSE(defaults->synchronize());
+    EXPECT_EQ(defaults->integerForKey("rate"), 2);
+    EXPECT_EQ(defaults->integerForKey("another"), 3);
+    EXPECT_THAT(console.lines(), ElementsAre(StartsWith("The preferences in " + path + " cannot be written: ")));
+  });
+}
+
+}  // namespace
+}  // namespace norvik

@@ -1,0 +1,164 @@
+// Several processes on one database, processes that fork, and processes that are killed.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "NorvikCore/platform/foundation/NSUserDefaults.h"
+#include "tests/support/DefaultsFolder.h"
+#include "tests/support/InChild.h"
+
+namespace norvik {
+namespace {
+
+using norvik::test::DefaultsFolder;
+
+pid_t inFork(const std::function<bool()>& run) {
+  const pid_t child = fork();
+  if (child == 0) _exit(run() ? 0 : 1);
+  return child;
+}
+
+bool endedWell(pid_t child) {
+  int status = 0;
+  return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+NSString numbered(const char* name, int number) { return NSString(name + std::to_string(number)); }
+
+/// What SQLite finds wrong with the file; "ok" where that is nothing.
+std::string integrity(const std::string& path) {
+  sqlite3* database = nullptr;
+  std::string result;
+  if (sqlite3_open(path.c_str(), &database) == SQLITE_OK) {
+    const auto keep = [](void* text, int, char** columns, char**) {
+      *static_cast<std::string*>(text) += columns[0];
+      return 0;
+    };
+    sqlite3_exec(database, "PRAGMA integrity_check", keep, &result, nullptr);
+  }
+  sqlite3_close(database);
+  return result;
+}
+
+TEST(NSUserDefaultsProcesses, AChildReadsAndWritesWhatItsParentHasOpen) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "parent");
+  const pid_t child = inFork([&] {
+    if (defaults->integerForKey("parent") != 1) return false;
+    defaults->setInteger(2, "child");
+    return defaults->integerForKey("child") == 2;
+  });
+  defaults->setInteger(3, "parent");
+  EXPECT_TRUE(endedWell(child));
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(defaults->integerForKey("child"), 2);
+  EXPECT_EQ(folder.open()->integerForKey("parent"), 3);
+  EXPECT_EQ(integrity(folder.path()), "ok");
+}
+
+// The parent closes last, and would take the log away under a child that does not hold a lock of its own.
+TEST(NSUserDefaultsProcesses, WhatAChildWritesOutlivesItsParentsConnection) {
+  const DefaultsFolder folder;
+  Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "parent");
+  int toChild[2], toParent[2];
+  ASSERT_EQ(pipe(toChild), 0);
+  ASSERT_EQ(pipe(toParent), 0);
+  const pid_t child = inFork([&] {
+    char byte = 0;
+    defaults->setInteger(2, "child");
+    if (write(toParent[1], "x", 1) != 1 || read(toChild[0], &byte, 1) != 1) return false;
+    for (int i = 0; i < 50; ++i) defaults->setInteger(i, numbered("child", i));
+    return true;
+  });
+  char byte = 0;
+  ASSERT_EQ(read(toParent[0], &byte, 1), 1);
+  defaults->setInteger(3, "parent");
+  defaults = nullptr;
+  ASSERT_EQ(write(toChild[1], "x", 1), 1);
+  EXPECT_TRUE(endedWell(child));
+  for (const int end : {toChild[0], toChild[1], toParent[0], toParent[1]}) close(end);
+  EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 52u);
+  EXPECT_EQ(integrity(folder.path()), "ok");
+}
+
+TEST(NSUserDefaultsProcesses, SeveralProcessesLoseNothingOfOneAnother) {
+  constexpr int processes = 4, values = 50;
+  const DefaultsFolder folder;
+  std::vector<pid_t> children;
+  for (int process = 0; process < processes; ++process) {
+    children.push_back(inFork([&folder, process] {
+      const Ref<NSUserDefaults> defaults = folder.open();
+      for (int i = 0; i < values; ++i) defaults->setInteger(i, numbered("key", process * values + i));
+      return defaults->synchronize();
+    }));
+  }
+  for (const pid_t child : children) EXPECT_TRUE(endedWell(child));
+  EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 200u);
+  EXPECT_EQ(integrity(folder.path()), "ok");
+}
+
+// A child sets numbers that rise and tells each one when it is set; whenever it is killed, what it told is there.
+TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
+  const DefaultsFolder folder;
+  std::int64_t last = 0;
+  for (int round = 0; round < 20; ++round) {
+    int told[2];
+    ASSERT_EQ(pipe(told), 0);
+    const pid_t child = inFork([&] {
+      const Ref<NSUserDefaults> defaults = folder.open();
+      for (std::int64_t i = last + 1;; ++i) {
+        defaults->setInteger(i, "number");
+        defaults->setObject(NSString(std::string(static_cast<std::size_t>(i % 7) * 1000, 'a')), "text");
+        if (write(told[1], &i, sizeof i) != sizeof i) return false;
+      }
+    });
+    close(told[1]);
+    // At least one number, and in each round a different moment after it.
+    std::int64_t number = 0;
+    for (int i = 0; i <= round; ++i)
+      ASSERT_EQ(read(told[0], &number, sizeof number), static_cast<ssize_t>(sizeof number));
+    kill(child, SIGKILL);
+    while (read(told[0], &number, sizeof number) == static_cast<ssize_t>(sizeof number)) continue;
+    close(told[0]);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    const std::int64_t found = folder.open()->integerForKey("number");
+    EXPECT_GE(found, number);
+    EXPECT_LE(found, number + 1);
+    EXPECT_EQ(integrity(folder.path()), "ok");
+    last = found;
+  }
+}
+
+TEST(NSUserDefaultsProcesses, TheEndOfTheProcessLeavesNoLogBesideTheDatabase) {
+  const char* const variable = "NORVIK_TEST_DATABASE";
+  const DefaultsFolder folder;
+  setenv(variable, folder.path().c_str(), 0);  // in the child it is set already
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        NSUserDefaults::setStandardUserDefaults(make<NSUserDefaults>(NSString(std::getenv(variable))));
+        NSUserDefaults::standardUserDefaults().setInteger(7, "rate");
+        if (!std::filesystem::exists(std::string(std::getenv(variable)) + "-wal")) std::abort();
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+  unsetenv(variable);
+  EXPECT_FALSE(std::filesystem::exists(folder.path() + "-wal"));
+  EXPECT_EQ(folder.open()->integerForKey("rate"), 7);
+}
+
+}  // namespace
+}  // namespace norvik

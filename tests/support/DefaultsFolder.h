@@ -1,0 +1,36 @@
+// tests/support/DefaultsFolder.h - user defaults on a database in a fresh folder, and what else a test wants of them.
+#pragma once
+
+#include "NorvikCore/platform/foundation/NSUserDefaults.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace norvik::test {
+
+class DefaultsFolder {
+ public:
+  /// Another object on the same database, as another process would have it.
+  [[nodiscard]] Ref<NSUserDefaults> open() const { return make<NSUserDefaults>(NSString(path())); }
+  [[nodiscard]] std::string path() const { return folder_.path("pay/defaults.sqlite"); }
+  [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+/// The standard user defaults are on a database in a fresh folder while this lives.
+class StandardDefaults {
+ public:
+  StandardDefaults() { NSUserDefaults::setStandardUserDefaults(folder_.open()); }
+  StandardDefaults(const StandardDefaults&) = delete;
+  StandardDefaults& operator=(const StandardDefaults&) = delete;
+  ~StandardDefaults() { NSUserDefaults::setStandardUserDefaults(nullptr); }
+
+ private:
+  DefaultsFolder folder_;
+};
+
+}  // namespace norvik::test
