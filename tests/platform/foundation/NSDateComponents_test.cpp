@@ -13,7 +13,7 @@ TEST(NSDateComponents, HeaderExample) {
   auto parts = make<NSDateComponents>();
   parts->setYear(2021);
   parts->setMonth(5);
-  EXPECT_EQ(calendar->dateFromComponents(*parts)->description(), "2021-05-01 00:00:00 +0000");
+  EXPECT_EQ(calendar->dateFromComponents(*parts).description(), "2021-05-01 00:00:00 +0000");
 }
 
 TEST(NSDateComponents, NoFieldIsSetAtFirst) {
