@@ -27,6 +27,7 @@ struct ClassRegistry {
     made->name_ = NSString(statement.name);
     made->superclass_ = statement.superclass;
     made->makeObject_ = statement.makeObject;
+    made->answersKeysItself_ = statement.answersKeysItself;
     ClassBuilder builder(*made);
     if (statement.describe) statement.describe(builder);
     for (Property& property : made->properties_) made->propertyByKey_[property.name] = &property;

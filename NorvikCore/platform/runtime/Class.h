@@ -38,6 +38,7 @@ struct NK_EXPORT Property {
   NSString setterName{};  ///< empty where the property is read-only
   const Class* owner = nullptr;
   bool isReadOnly = false, isComputed = false, isWeak = false, isAtomic = false;
+  const Class& (*objectClass)() = nullptr;  ///< the class of what it refers to, where its type is a Ref
   Value (*get)(const NSObject& object) = nullptr;
   void (*set)(NSObject& object, const Value& value) = nullptr;
 };
@@ -81,6 +82,10 @@ class NK_EXPORT Class {
   /// The keys whose change changes this key too, as the class and its superclasses state them.
   [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
 
+  /// The class or one above it defines valueForKey or valueForUndefinedKey anew, as a dictionary does: its properties
+  /// do not tell which keys it has.
+  [[nodiscard]] bool answersKeysItself() const noexcept { return answersKeysItself_; }
+
   /// Calls the class operation of that selector; raises NSInvalidArgumentException where there is none.
   Value performClassOperation(SEL selector, std::span<const Value> arguments = {}) const;
 
@@ -112,6 +117,7 @@ class NK_EXPORT Class {
   std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: the class's own
   std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;
   Ref<NSObject> (*makeObject_)() = nullptr;
+  bool answersKeysItself_ = false;
 };
 
 NK_EXPORT std::ostream& operator<<(std::ostream& out, const Class& value);

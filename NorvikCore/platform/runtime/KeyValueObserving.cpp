@@ -1,253 +1,286 @@
 #include "NorvikCore/platform/runtime/KeyValueObserving.h"
 
-#include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/Weak.h"
-#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/runtime/Class.h"
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/runtime/internal/ObserverList.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <algorithm>
-#include <array>
+#include <exception>
 #include <memory>
-#include <unordered_map>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace norvik {
+
+constinit const NSString NSKeyValueChangeKindKey = "kind";
+constinit const NSString NSKeyValueChangeNewKey = "new";
+constinit const NSString NSKeyValueChangeOldKey = "old";
+constinit const NSString NSKeyValueChangeNotificationIsPriorKey = "notificationIsPrior";
+
+Ref<NSDictionary> KeyValueChange::dictionary() const {
+  std::vector<NSDictionary::Entry> entries;
+  entries.reserve(4);
+  forEachEntry([&](const NSString& key, const Value& value) { entries.push_back({key, value}); });
+  return make<NSDictionary>(std::move(entries));
+}
+
+namespace detail {
 namespace {
 
-/// One observer of one path of one object.
-///
-/// The registration stands in the table once for each object along the path, under the key that leads on from there.
-/// When an object along the path is exchanged, the entries behind it move to the objects now found there.
-struct Registration {
-  Registration(NSObject& observed, NSObject& observer, const NSString& path, NSKeyValueObservingOptions wanted,
-               void* tag)
-      : root(&observed),
-        observerAddress(&observer),
-        observerReference(&observer),
-        keyPath(path),
-        keys(path.componentsSeparatedBy(".")),
-        options(wanted),
-        context(tag) {}
+using Entry = ObserverList::Entry;
 
-  [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options & option) != 0; }
-
-  const Weak<NSObject> root;
-  const NSObject* const observerAddress;
-  const Weak<NSObject> observerReference;
-  const NSString keyPath;
-  const std::vector<NSString> keys;
-  const NSKeyValueObservingOptions options;
-  void* const context;
-  std::atomic<bool> isActive{true};
-};
-
-using RegistrationPointer = std::shared_ptr<Registration>;
-
-/// A registration at one element of its path.
-struct Entry {
-  RegistrationPointer registration;
-  std::size_t depth;
-};
-
-struct Stripe {
-  Mutex mutex;
-  std::unordered_map<const NSObject*, std::vector<Entry>> entries NK_GUARDED_BY(mutex);
-};
-
-Stripe& stripeOf(const NSObject& object) {
-  static auto& stripes = *new std::array<Stripe, 64>;
-  return stripes[(reinterpret_cast<std::uintptr_t>(&object) >> 5) % stripes.size()];
+bool isAffected(const Entry& entry, std::string_view changed) {
+  if (entry.registration->key(entry.depth).view() == changed) return true;
+  return entry.affecting &&
+         std::ranges::any_of(*entry.affecting, [&](const NSString& key) { return key.view() == changed; });
 }
 
-void addEntry(const NSObject& object, const RegistrationPointer& registration, std::size_t depth) {
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  stripe.entries[&object].push_back({registration, depth});
-  detail::ObjectAccess::setObserved(object, true);
+/// The same registration hears of the same change at an earlier element of its path, which runs in a circle.
+bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::string_view changed) {
+  if (!entry.registration->isCircular()) return false;
+  return std::ranges::any_of(observers.entries(), [&](const Entry& other) {
+    return other.registration == entry.registration && other.depth < entry.depth && isAffected(other, changed);
+  });
 }
 
-void removeEntry(const NSObject& object, const Registration& registration, std::size_t depth) {
-  RegistrationPointer last;  // outlives the lock: what a registration holds must not go under it
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  const auto found = stripe.entries.find(&object);
-  if (found == stripe.entries.end()) return;
-  auto& entries = found->second;
-  const auto entry = std::ranges::find_if(
-      entries, [&](const Entry& e) { return e.registration.get() == &registration && e.depth == depth; });
-  if (entry == entries.end()) return;
-  last = std::move(entry->registration);
-  entries.erase(entry);
-  if (entries.empty()) {
-    stripe.entries.erase(found);
-    detail::ObjectAccess::setObserved(object, false);
+/// visit(entry) for each registration that a change of the key concerns, in the order in which they were made.
+template <class Visit>
+void forEachAffected(const ObserverList& observers, std::string_view changed, Visit&& visit) {
+  for (const Entry& entry : observers.entries()) {
+    if (entry.registration && isAffected(entry, changed)) visit(entry);
   }
 }
 
-bool affects(const NSObject& object, const NSString& changed, const NSString& observed, int depth = 0) {
-  constexpr int deepestChain = 16;  // of keys that affect keys; a circle in the statements ends here
-  if (changed == observed) return true;
-  if (depth == deepestChain) return false;
-  const auto affecting = object.classObject().keysAffecting(observed);
-  return std::ranges::any_of(affecting, [&](const NSString& key) { return affects(object, changed, key, depth + 1); });
-}
+/// Reads a value once for all who observe the same key of the object itself.
+class Reader {
+ public:
+  explicit Reader(const NSObject& object) noexcept : object_(object) {}
 
-std::vector<Entry> entriesFor(const NSObject& object, const NSString& key) {
-  std::vector<Entry> all;
-  {
-    Stripe& stripe = stripeOf(object);
-    MutexLock lock(stripe.mutex);
-    if (const auto found = stripe.entries.find(&object); found != stripe.entries.end()) all = found->second;
-  }
-  std::erase_if(all, [&](const Entry& e) { return !affects(object, key, e.registration->keys[e.depth]); });
-  return all;
-}
-
-/// The value at the end of the path from this object on, the null marker where the path breaks off.
-Value endOfPath(const NSObject& object, const Registration& registration, std::size_t depth) {
-  Value value = object.valueForKey(registration.keys[depth]);
-  for (++depth; depth < registration.keys.size(); ++depth) {
-    const NSObject* next = value.object();
-    if (!next) return Value::null();
-    value = next->valueForKey(registration.keys[depth]);
-  }
-  return value.isAbsent() ? Value::null() : value;
-}
-
-/// Adds or removes the entries behind the element `depth` of the path, beginning with what stands there now.
-template <class Change>
-void forEachBehind(const NSObject& object, const Registration& registration, std::size_t depth, Change&& change) {
-  Value value;
-  const NSObject* current = &object;
-  while (depth + 1 < registration.keys.size()) {
-    value = current->valueForKey(registration.keys[depth]);
-    current = value.object();
-    if (!current) return;
-    change(*current, ++depth);
-  }
-}
-
-void tell(const Registration& registration, const Value& oldValue, const Value& newValue, bool isPrior) {
-  if (!registration.isActive.load(std::memory_order_acquire)) return;
-  const Ref<NSObject> observer = registration.observerReference.lock();
-  const Ref<NSObject> root = registration.root.lock();
-  if (!observer || !root) return;
-  observer->observeValueForKeyPath(registration.keyPath, *root, KeyValueChange(oldValue, newValue, isPrior),
-                                   registration.context);
-}
-
-/// A change that has been announced and not yet made, on this thread.
-struct PendingChange {
-  Ref<NSObject> object;  ///< kept: an observer that lets go of it must not end it in the middle of its setter
-  NSString key;
-  std::vector<Entry> entries;
-  std::vector<Value> oldValues;
-};
-
-std::vector<PendingChange>& pendingChanges() {
-  thread_local std::vector<PendingChange> changes;
-  return changes;
-}
-
-/// Raises unless every key along the path exists as far as objects stand there.
-void checkPath(const NSObject& object, const Registration& registration) {
-  const NSObject* current = &object;
-  Value value;
-  for (const NSString& key : registration.keys) {
-    value = current->valueForKey(key);
-    current = value.object();
-    if (!current) return;
-  }
-}
-
-void removeMatching(NSObject& object, const NSObject& observer, const NSString& keyPath, const void* const* context) {
-  RegistrationPointer found;
-  {
-    Stripe& stripe = stripeOf(object);
-    MutexLock lock(stripe.mutex);
-    if (const auto known = stripe.entries.find(&object); known != stripe.entries.end()) {
-      // The latest of equal registrations goes first.
-      for (const Entry& entry : known->second) {
-        const Registration& r = *entry.registration;
-        if (entry.depth == 0 && r.observerAddress == &observer && r.keyPath == keyPath &&
-            (!context || r.context == *context) && r.isActive.load(std::memory_order_relaxed)) {
-          found = entry.registration;
-        }
-      }
-      if (found) found->isActive.store(false, std::memory_order_release);
+  Value read(const Entry& entry) {
+    const Registration& registration = *entry.registration;
+    if (!registration.isLast(entry.depth)) return registration.valueFrom(object_, entry.depth);
+    const NSString& key = registration.key(entry.depth);
+    if (!known_ || *known_ != key) {
+      value_ = registration.valueFrom(object_, entry.depth);
+      known_ = &key;
     }
+    return value_;
   }
-  if (!found) {
-    detail::raise("NSRangeException", "cannot remove an observer <" + observer.classObject().name().str() +
-                                          "> for the key path \"" + keyPath.utf8() + "\" from <" +
-                                          object.classObject().name().str() +
-                                          "> because it is not registered as an observer");
+
+ private:
+  const NSObject& object_;
+  const NSString* known_ = nullptr;
+  Value value_;
+};
+
+/// Ends a registration whose observer is gone without having been removed.
+void prune(const Entry& entry, NSObject& here) {
+  Registration& registration = *entry.registration;
+  if (!registration.end()) return;
+  if (const Ref<NSObject> root = registration.root(here, entry.depth)) detach(root.get(), registration, 0);
+  registration.leavePath();
+}
+
+void tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
+  const Registration& registration = *entry.registration;
+  if (!registration.isActive()) return;
+  Ref<NSObject> kept;
+  NSObject* observer = registration.observer(kept);
+  if (!observer) return prune(entry, here);
+  if (entry.depth == 0) {
+    observer->observeValueForKeyPath(registration.keyPath(), here, change, registration.context());
+  } else if (const Ref<NSObject> root = registration.root(here, entry.depth)) {
+    observer->observeValueForKeyPath(registration.keyPath(), *root, change, registration.context());
   }
-  forEachBehind(object, *found, 0,
-                [&](const NSObject& behind, std::size_t depth) { removeEntry(behind, *found, depth); });
-  removeEntry(object, *found, 0);
 }
 
 }  // namespace
 
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
+    : object_(&object), key_(key), observers_(observersOf(object)) {
+  if (!observers_) return;
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
+  if (!observers.wants(NSKeyValueObservingOptionOld) && !observers.wants(NSKeyValueObservingOptionPrior)) return;
+  bool isPriorWanted = false;
+  Reader reader(object);
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const Registration& registration = *entry.registration;
+    isPriorWanted = isPriorWanted || registration.wants(NSKeyValueObservingOptionPrior);
+    if (!registration.wants(NSKeyValueObservingOptionOld)) return;
+    if (oldValueCount_++ == 0) {
+      firstOldValue_ = reader.read(entry);
+    } else {
+      furtherOldValues_.push_back(reader.read(entry));
+    }
+  });
+  if (!isPriorWanted) return;
+  std::size_t old = 0;
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
+    const Value before = wantsOld ? oldValue(old++) : Value();
+    if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
+    tell(entry, object, {before, Value(), true});
+  });
+}
+
+AnnouncedChange::~AnnouncedChange() = default;
+
+const Value& AnnouncedChange::oldValue(std::size_t index) const {
+  return index == 0 ? firstOldValue_ : furtherOldValues_[index - 1];
+}
+
+void AnnouncedChange::complete() {
+  if (!observers_) return;
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
+  std::exception_ptr first;
+  const auto guarded = [&](auto&& step) {
+    try {
+      step();
+    } catch (...) {
+      if (!first) first = std::current_exception();
+    }
+  };
+  const auto follow = [&](const Entry& entry) {
+    if (entry.registration->isLast(entry.depth)) return;
+    guarded([&] {
+      if (const Ref<NSObject> root = entry.registration->root(*object_, entry.depth)) entry.registration->follow(*root);
+    });
+  };
+  if (observers.hasPaths()) forEachAffected(observers, key_, follow);
+  std::size_t old = 0;
+  Reader reader(*object_);
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
+    const Value before = wantsOld ? oldValue(old++) : Value();
+    if (!entry.registration->isActive() || isHeardEarlier(observers, entry, key_)) return;
+    guarded([&] {
+      const bool wantsNew = entry.registration->wants(NSKeyValueObservingOptionNew);
+      tell(entry, *object_, {before, wantsNew ? reader.read(entry) : Value(), false});
+    });
+  });
+  if (first) std::rethrow_exception(first);
+}
+
+namespace {
+
+/// A change announced by hand and not yet made, on this thread.
+struct Pending {
+  Pending(NSObject& changed, const NSString& name) : object(&changed), key(name), change(changed, key.view()) {}
+
+  NSObject* const object;
+  const NSString key;
+  AnnouncedChange change;
+};
+
+using PendingChanges = std::vector<std::unique_ptr<Pending>>;
+
+/// Null while there are none, so that nothing is left to a thread's end.
+thread_local PendingChanges* pendingChanges = nullptr;
+
+NSString described(const Registration& registration, const NSObject& observer, const NSString& root) {
+  static constexpr std::pair<NSKeyValueObservingOptions, const char*> names[] = {
+      {NSKeyValueObservingOptionNew, "New"},
+      {NSKeyValueObservingOptionOld, "Old"},
+      {NSKeyValueObservingOptionInitial, "Initial"},
+      {NSKeyValueObservingOptionPrior, "Prior"}};
+  std::string options;
+  for (const auto& [option, name] : names) {
+    if (registration.wants(option)) options += (options.empty() ? "" : "|") + std::string(name);
+  }
+  return stringWithFormat("    <%@: %p> observes \"%@\"%@, options %@, context %p\n", observer.classObject().name(),
+                          static_cast<const void*>(&observer), registration.keyPath(), root,
+                          NSString(options.empty() ? "none" : options), registration.context());
+}
+
+}  // namespace
+}  // namespace detail
+
 void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
                            void* context) {
-  const auto registration = std::make_shared<Registration>(*this, observer, keyPath, options, context);
-  checkPath(*this, *registration);
-  addEntry(*this, registration, 0);
-  forEachBehind(*this, *registration, 0,
-                [&](const NSObject& behind, std::size_t depth) { addEntry(behind, registration, depth); });
-  if (registration->wants(NSKeyValueObservingOptionInitial)) {
+  auto registration = make<detail::Registration>(*this, observer, keyPath, options, context);
+  registration->check(*this);
+  const bool wantsInitial = registration->wants(NSKeyValueObservingOptionInitial);
+  if (registration->length() == 1 && !wantsInitial) {
+    detail::attach(*this, std::move(registration), 0);
+    return;
+  }
+  const Ref<NSObject> keptObject = ref(*this), keptObserver = ref(observer);  // whatever the first call does
+  if (!detail::attach(*this, registration, 0)) return;
+  try {
+    registration->follow(*this);
+    if (!wantsInitial) return;
     const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
-    tell(*registration, Value(), wantsNew ? endOfPath(*this, *registration, 0) : Value(), false);
+    const KeyValueChange change(Value(), wantsNew ? registration->valueFrom(*this, 0) : Value(), false);
+    observer.observeValueForKeyPath(keyPath, *this, change, context);
+  } catch (...) {
+    if (registration->end()) detail::detach(this, *registration, 0);
+    registration->leavePath();
+    throw;
   }
 }
 
+namespace {
+
+void remove(NSObject& object, NSObject& observer, const NSString& keyPath, const void* const* context) {
+  const Ref<detail::Registration> removed = detail::takeRegistration(object, observer, keyPath, context);
+  if (removed) return removed->leavePath();
+  detail::raise("NSRangeException", "cannot remove an observer <" + observer.classObject().name().str() +
+                                        "> for the key path \"" + keyPath.utf8() + "\" from <" +
+                                        object.classObject().name().str() +
+                                        "> because it is not registered as an observer");
+}
+
+}  // namespace
+
 void NSObject::removeObserver(NSObject& observer, const NSString& keyPath) {
-  removeMatching(*this, observer, keyPath, nullptr);
+  remove(*this, observer, keyPath, nullptr);
 }
 
 void NSObject::removeObserver(NSObject& observer, const NSString& keyPath, void* context) {
   const void* wanted = context;
-  removeMatching(*this, observer, keyPath, &wanted);
+  remove(*this, observer, keyPath, &wanted);
 }
 
 void NSObject::willChangeValueForKey(const NSString& key) {
-  PendingChange change{ref(*this), key, entriesFor(*this, key), {}};
-  change.oldValues.reserve(change.entries.size());
-  for (const auto& [registration, depth] : change.entries) {
-    const bool wantsOld = registration->wants(NSKeyValueObservingOptionOld);
-    change.oldValues.push_back(wantsOld ? endOfPath(*this, *registration, depth) : Value());
-    forEachBehind(*this, *registration, depth,
-                  [&, r = registration.get()](const NSObject& behind, std::size_t d) { removeEntry(behind, *r, d); });
-  }
-  for (std::size_t i = 0; i < change.entries.size(); ++i) {
-    const Registration& registration = *change.entries[i].registration;
-    if (registration.wants(NSKeyValueObservingOptionPrior)) tell(registration, change.oldValues[i], Value(), true);
-  }
-  pendingChanges().push_back(std::move(change));
+  if (!isObserved()) return;
+  auto change = std::make_unique<detail::Pending>(*this, key);  // may call observers, which may do the same
+  if (!detail::pendingChanges) detail::pendingChanges = new detail::PendingChanges;
+  detail::pendingChanges->push_back(std::move(change));
 }
 
 void NSObject::didChangeValueForKey(const NSString& key) {
-  auto& pending = pendingChanges();
-  const auto announced = std::find_if(pending.rbegin(), pending.rend(), [&](const PendingChange& change) {
-    return change.object.get() == this && change.key == key;
-  });
-  if (announced == pending.rend()) return;
-  const PendingChange change = std::move(*announced);
-  pending.erase(std::next(announced).base());
-  for (const auto& [registration, depth] : change.entries) {
-    if (!registration->isActive.load(std::memory_order_acquire)) continue;
-    forEachBehind(*this, *registration, depth, [&, &r = registration](const NSObject& behind, std::size_t d) {
-      addEntry(behind, r, d);
-      if (!r->isActive.load(std::memory_order_acquire)) removeEntry(behind, *r, d);
-    });
+  detail::PendingChanges* pending = detail::pendingChanges;
+  if (!pending) return;
+  const auto announced = std::find_if(pending->rbegin(), pending->rend(),
+                                      [&](const auto& change) { return change->object == this && change->key == key; });
+  if (announced == pending->rend()) return;
+  const std::unique_ptr<detail::Pending> made = std::move(*announced);
+  pending->erase(std::next(announced).base());
+  if (pending->empty()) delete std::exchange(detail::pendingChanges, nullptr);
+  made->change.complete();
+}
+
+std::optional<NSString> NSObject::observationInfo() const {
+  const Ref<const detail::ObserverList> observers = detail::observersOf(*this);
+  if (!observers) return std::nullopt;
+  NSString lines;
+  for (const detail::ObserverList::Entry& entry : observers->entries()) {
+    if (!entry.registration || !entry.registration->isActive()) continue;
+    Ref<NSObject> kept;
+    const NSObject* observer = entry.registration->observer(kept);
+    if (!observer) continue;
+    const Ref<NSObject> root = entry.registration->root(const_cast<NSObject&>(*this), entry.depth);
+    if (!root) continue;
+    const NSString of = entry.depth == 0 ? NSString()
+                                         : stringWithFormat(" of <%@: %p>", root->classObject().name(),
+                                                            static_cast<const void*>(root.get()));
+    lines = lines + detail::described(*entry.registration, *observer, of);
   }
-  for (std::size_t i = 0; i < change.entries.size(); ++i) {
-    const auto& [registration, depth] = change.entries[i];
-    const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
-    tell(*registration, change.oldValues[i], wantsNew ? endOfPath(*this, *registration, depth) : Value(), false);
-  }
+  if (lines.empty()) return std::nullopt;
+  return "(\n" + lines + ")";
 }
 
 void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange&, void*) {
@@ -256,17 +289,4 @@ void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
                                                         object.classObject().name().str() + "> and does not handle it");
 }
 
-namespace detail {
-
-void willChangeValue(NSObject& object, const char* key) { object.willChangeValueForKey(NSString::borrowing(key)); }
-void didChangeValue(NSObject& object, const char* key) { object.didChangeValueForKey(NSString::borrowing(key)); }
-
-void forgetObservers(NSObject& object) noexcept {
-  std::vector<Entry> gone;
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  if (auto node = stripe.entries.extract(&object)) gone = std::move(node.mapped());
-}
-
-}  // namespace detail
 }  // namespace norvik

@@ -9,18 +9,28 @@
 //   slip->employee()->setName("Sian");      // watcher hears of it; so it does when slip gets another employee
 //   slip->removeObserver(*watcher, "employee.name");
 //
-// Every element of the path but the last must be an object's key that holds an object or nothing. A path whose first
-// key the class does not have, or whose later key the object found there does not have, raises NSUndefinedKeyException
-// at once.
+// A path leads from object to object; what stands behind a text, a number, a date or a collection is read, but only the
+// objects before it are watched. A misspelt path raises NSUndefinedKeyException at once, with the class and the key:
+// also where the path breaks off at present, as far as properties are stated as a Ref to a class.
 //
-// Ownership: an observer is not kept. One that goes without being removed is simply not told any more; so is the
-//            observer of an object that goes. Removing a registration that does not exist raises NSRangeException.
-// Threads:   any. An observer is called on the thread that makes the change, with no lock held. Adding, removing, or
-// letting go
-//            of the observer or the observed object inside a callback is allowed: who is removed is not called any
-//            more, who is added hears of the next change. After removeObserver returns, a call already running on
-//            another thread may still finish; the observer lives as long as that call.
-// Cost:      none for objects without observers; a registration costs an entry for each element of its path.
+// Ownership: an observer is not kept, and neither is the observed object. An observer that goes without being removed
+// is
+//            not told any more; registrations on an object end when it goes. Removing one that does not exist raises
+//            NSRangeException; of equal ones the latest is removed.
+// Callbacks: run on the thread that makes the change, with no lock held, in the order in which the observers were
+//            added. A callback may add and remove observers and let go of the observer and of the observed object,
+//            its own and others: who is removed is not called any more, who is added hears of the next change, and an
+//            object in the middle of a change lives until the change is complete. All observers of one change get the
+//            same new value. What a callback raises passes to who makes the change, after the others were told; from a
+//            prior callback at once, and then nothing is changed. What the initial callback raises withdraws the
+//            registration.
+// Threads:   any. After removeObserver returns, a call that already runs on another thread may still finish; observer
+//            and object live as long as that call. A change made while an observer is being added on another thread may
+//            go unheard.
+// By hand:   every willChangeValueForKey is followed by its didChangeValueForKey, on the same thread, and the object is
+//            kept in between. A weak property that reads empty because its object went announces nothing.
+// Cost:      none for objects without observers. Adding and removing take constant time on average whatever the number
+//            of observers; removing without saying the context is linear in the observers of the object.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -43,6 +53,13 @@ enum NSKeyValueObservingOptions : std::uint64_t {
   return static_cast<NSKeyValueObservingOptions>(static_cast<std::uint64_t>(a) | static_cast<std::uint64_t>(b));
 }
 
+enum NSKeyValueChange : std::uint64_t { NSKeyValueChangeSetting = 1 };  ///< a value was set: the one kind there is
+
+NK_EXPORT extern const NSString NSKeyValueChangeKindKey;                 ///< NSKeyValueChangeSetting
+NK_EXPORT extern const NSString NSKeyValueChangeNewKey;                  ///< the new value
+NK_EXPORT extern const NSString NSKeyValueChangeOldKey;                  ///< the old value
+NK_EXPORT extern const NSString NSKeyValueChangeNotificationIsPriorKey;  ///< true, in calls before the change only
+
 /// What an observer is told. The values are absent where the options did not ask for them, and the null marker where
 /// the path led nowhere.
 class NK_EXPORT KeyValueChange {
@@ -53,6 +70,17 @@ class NK_EXPORT KeyValueChange {
   [[nodiscard]] const Value& oldValue() const noexcept { return old_; }
   [[nodiscard]] const Value& newValue() const noexcept { return new_; }
   [[nodiscard]] bool isPrior() const noexcept { return isPrior_; }
+
+  /// The same as a dictionary under the keys above, without entries for what is absent.
+  [[nodiscard]] Ref<NSDictionary> dictionary() const;
+  /// visit(key, value) for each entry of that dictionary, in its order.
+  template <class Visit>
+  void forEachEntry(Visit&& visit) const {
+    visit(NSKeyValueChangeKindKey, Value(static_cast<std::uint64_t>(NSKeyValueChangeSetting)));
+    if (!new_.isAbsent()) visit(NSKeyValueChangeNewKey, new_);
+    if (!old_.isAbsent()) visit(NSKeyValueChangeOldKey, old_);
+    if (isPrior_) visit(NSKeyValueChangeNotificationIsPriorKey, Value(true));
+  }
 
  private:
   Value old_, new_;

@@ -58,7 +58,7 @@ void NSMutableDictionary::removeAllObjects() {
 Ref<NSDictionary> NSMutableDictionary::copy() const { return NSDictionary::dictionaryWithDictionary(*this); }
 
 void NSMutableDictionary::setValue_forKey(const Value& value, const NSString& key) {
-  detail::changeProperty(*this, key.str().c_str(), [&] {
+  detail::changeProperty(*this, key.view(), [&] {
     if (value.isAbsent()) {
       removeObjectForKey(key);
     } else {

@@ -24,7 +24,7 @@ void ObjectAccess::destroy(const NSObject* object) noexcept {
   object->count_.store(dyingCount, std::memory_order_relaxed);
   const std::uint32_t flags = object->flags_.load(std::memory_order_acquire);
   if (flags & NSObject::weakFlag) forgetWeak(object);
-  if (flags & NSObject::observedFlag) forgetObservers(const_cast<NSObject&>(*object));
+  if (flags & NSObject::listFlag) forgetObservers(const_cast<NSObject&>(*object));
   if (flags & NSObject::associatedFlag) forgetAssociated(object);
   delete object;
 }

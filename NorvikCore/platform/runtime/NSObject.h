@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <span>
 
 namespace norvik {
@@ -93,6 +94,9 @@ class NK_EXPORT NSObject {
   virtual void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
                                       void* context);
 
+  /// Who observes this object, one line each, for warnings and debugging; absent where nobody does.
+  [[nodiscard]] std::optional<NSString> observationInfo() const;
+
   /// Somebody observes this object through key-value observing. A setter asks this before it announces a change.
   [[nodiscard]] bool isObserved() const noexcept { return flags_.load(std::memory_order_relaxed) & observedFlag; }
 
@@ -107,6 +111,8 @@ class NK_EXPORT NSObject {
   friend struct detail::ObjectAccess;
 
   static constexpr std::uint32_t observedFlag = 1, weakFlag = 2, associatedFlag = 4;
+  static constexpr std::uint32_t listFlag = 8;        ///< it was observed at some time
+  static constexpr std::uint32_t permanentFlag = 16;  ///< it lives as long as the process
 
   mutable std::atomic<std::uint32_t> count_{1};
   mutable std::atomic<std::uint32_t> flags_{0};

@@ -109,6 +109,7 @@
        .isComputed = computed,                                                                                       \
        .isWeak = weak,                                                                                               \
        .isAtomic = atomic,                                                                                           \
+       .objectClass = ::norvik::detail::objectClassOf<Self, &Self::name_>(),                                         \
        .get =                                                                                                        \
            [](const ::norvik::NSObject& o) { return ::norvik::detail::getProperty<Self, &Self::name_>(o, #name_); }, \
        .set = [](::norvik::NSObject& o,                                                                              \
@@ -119,6 +120,7 @@
                     .typeName = type,                                                      \
                     .isReadOnly = true,                                                    \
                     .isComputed = computed,                                                \
+                    .objectClass = ::norvik::detail::objectClassOf<Self, &Self::name_>(),  \
                     .get = [](const ::norvik::NSObject& o) {                               \
                       return ::norvik::detail::getProperty<Self, &Self::name_>(o, #name_); \
                     }});

@@ -8,9 +8,11 @@
 #include <array>
 #include <atomic>
 #include <concepts>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace norvik::detail {
 
@@ -38,6 +40,7 @@ struct ClassStatement {
   const Class* superclass;
   Ref<NSObject> (*makeObject)();
   void (*describe)(ClassBuilder&);
+  bool answersKeysItself = false;
 };
 
 /// The class of that name; the first statement of a name defines it.
@@ -72,12 +75,19 @@ Ref<NSObject> makeDefault() {
   return make<T>();
 }
 
+/// Neither T nor a class between it and NSObject has its own way of answering keys.
+template <class T>
+inline constexpr bool readsKeysAsNSObject = requires {
+  requires std::same_as<decltype(&T::valueForKey), decltype(&NSObject::valueForKey)>;
+  requires std::same_as<decltype(&T::valueForUndefinedKey), decltype(&NSObject::valueForUndefinedKey)>;
+};
+
 template <class T, class Superclass>
 const Class& defineClass(const char* name) {
   Ref<NSObject> (*makeObject)() = nullptr;
   if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>) makeObject = &makeDefault<T>;
-  return defineClass(
-      {name, &typeid(T), &Superclass::staticClass(), makeObject, [](ClassBuilder& b) { describe<T>(b); }});
+  return defineClass({name, &typeid(T), &Superclass::staticClass(), makeObject, [](ClassBuilder& b) { describe<T>(b); },
+                      !readsKeysAsNSObject<T>});
 }
 
 /// The storage of a property: readable and writable by its class as `*field_` and `field_ = value`, closed to everyone
@@ -134,19 +144,45 @@ class AtomicStored {
   mutable std::atomic<bool> busy_{false};
 };
 
-/// Announces a change to observers around the store; see KeyValueObserving.h.
-NK_EXPORT void willChangeValue(NSObject& object, const char* key);
-NK_EXPORT void didChangeValue(NSObject& object, const char* key);
+/// A change of one key, from its announcement to prior observers until all observers were told. The object lives as
+/// long as its change. One that goes without being completed told nobody that anything was changed.
+class NK_EXPORT AnnouncedChange {
+ public:
+  /// `key` stays valid until the change is complete.
+  AnnouncedChange(NSObject& object, std::string_view key);
+  ~AnnouncedChange();
+  AnnouncedChange(const AnnouncedChange&) = delete;
+  AnnouncedChange& operator=(const AnnouncedChange&) = delete;
+
+  void complete();
+
+ private:
+  [[nodiscard]] const Value& oldValue(std::size_t index) const;
+
+  const Ref<NSObject> object_;
+  const std::string_view key_;
+  const Ref<const NSObject> observers_;  ///< those of the moment of the announcement
+  std::size_t oldValueCount_ = 0;        ///< of the observers that asked for it
+  Value firstOldValue_;
+  std::vector<Value> furtherOldValues_;
+};
 
 template <class Store>
-inline void changeProperty(NSObject& object, const char* key, Store&& store) {
+[[gnu::noinline]] void changeObservedProperty(NSObject& object, std::string_view key, Store& store) {
+  AnnouncedChange change(object, key);
+  store();
+  change.complete();
+}
+
+/// Calls `store`, and announces the change of that key around it to whoever observes the object. The object must not
+/// be used afterwards: an observer may have let go of it.
+template <class Store>
+inline void changeProperty(NSObject& object, std::string_view key, Store&& store) {
   if (!object.isObserved()) [[likely]] {
     store();
-    return;
+  } else {
+    changeObservedProperty(object, key, store);
   }
-  willChangeValue(object, key);
-  store();
-  didChangeValue(object, key);
 }
 
 [[noreturn]] NK_EXPORT void raiseNotCodable(const char* key);
@@ -159,6 +195,17 @@ Value getProperty(const NSObject& object, const char* key) {
     return ValueConversion<Result>::toValue((static_cast<const T&>(object).*getter)());
   } else {
     raiseNotCodable(key);
+  }
+}
+
+/// The class of the objects that a property refers to, where its type is a Ref.
+template <class T, auto getter>
+constexpr auto objectClassOf() -> const Class& (*)() {
+  using Result = std::remove_cvref_t<std::invoke_result_t<decltype(getter), const T&>>;
+  if constexpr (requires { []<class O>(std::type_identity<Ref<O>>) {}(std::type_identity<Result>()); }) {
+    return &Result::element_type::staticClass;
+  } else {
+    return nullptr;
   }
 }
 

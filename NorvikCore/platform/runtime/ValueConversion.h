@@ -2,10 +2,11 @@
 // have.
 //
 // Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
-// "{location, length}"), Value itself, Ref, Block and std::optional of these convert. Specialise ValueConversion<T>
-// with toValue and fromValue for a type of your own.
+// "{location, length}"), SEL (as the text of its name), Value itself, Ref, Block and std::optional of these convert.
+// Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
 #pragma once
 
+#include "NorvikCore/platform/runtime/SEL.h"
 #include "NorvikCore/platform/runtime/Value.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
@@ -86,6 +87,14 @@ template <>
 struct ValueConversion<NSString> {
   static Value toValue(const NSString& content) { return content; }
   static NSString fromValue(const Value& value) { return detail::stringFrom(value); }
+};
+/// No selector is the absent value.
+template <>
+struct ValueConversion<SEL> {
+  static Value toValue(SEL content) { return content ? Value(content.name()) : Value(); }
+  static SEL fromValue(const Value& value) {
+    return value.isAbsent() || value.isNull() ? SEL() : SEL(detail::stringFrom(value));
+  }
 };
 template <>
 struct ValueConversion<NSNumber> {

@@ -2,9 +2,9 @@
 
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/runtime/internal/PointerTable.h"
 
 #include <array>
-#include <unordered_map>
 
 namespace norvik::detail {
 
@@ -22,13 +22,11 @@ class WeakCell {
   /// mutex.
   NSObject* lock() noexcept NK_EXCLUDES(mutex_) {
     MutexLock lock(mutex_);
-    if (!object_) return nullptr;
-    auto& count = ObjectAccess::count(*object_);
-    std::uint32_t seen = count.load(std::memory_order_relaxed);
-    do {
-      if (seen == 0 || seen >= ObjectAccess::dyingCount / 2) return nullptr;
-    } while (!count.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire, std::memory_order_relaxed));
-    return object_;
+    return object_ && ObjectAccess::retainUnlessGoing(*object_) ? object_ : nullptr;
+  }
+  bool isGone() noexcept NK_EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    return !object_ || ObjectAccess::isGoing(*object_);
   }
   void forget() noexcept NK_EXCLUDES(mutex_) {
     MutexLock lock(mutex_);
@@ -46,7 +44,7 @@ namespace {
 /// The cells of living objects. The table holds one count of each cell.
 struct Stripe {
   Mutex mutex;
-  std::unordered_map<const NSObject*, WeakCell*> cells NK_GUARDED_BY(mutex);
+  PointerTable<WeakCell*> cells NK_GUARDED_BY(mutex);
 };
 
 Stripe& stripeOf(const NSObject* object) {
@@ -74,7 +72,7 @@ void forgetWeak(const NSObject* object) noexcept {
   WeakCell* cell = nullptr;
   {
     MutexLock lock(stripe.mutex);
-    if (auto node = stripe.cells.extract(object)) cell = node.mapped();
+    cell = stripe.cells.take(object);
   }
   if (!cell) return;
   cell->forget();
@@ -84,5 +82,6 @@ void forgetWeak(const NSObject* object) noexcept {
 void retain(WeakCell* cell) noexcept { cell->retain(); }
 void release(WeakCell* cell) noexcept { cell->release(); }
 NSObject* lock(WeakCell* cell) noexcept { return cell->lock(); }
+bool isGone(WeakCell* cell) noexcept { return cell->isGone(); }
 
 }  // namespace norvik::detail

@@ -18,6 +18,7 @@ NK_EXPORT WeakCell* weakCell(const NSObject* object) noexcept;  ///< the object'
 NK_EXPORT void retain(WeakCell* cell) noexcept;
 NK_EXPORT void release(WeakCell* cell) noexcept;
 NK_EXPORT NSObject* lock(WeakCell* cell) noexcept;  ///< the object with one count for the caller, or null
+NK_EXPORT bool isGone(WeakCell* cell) noexcept;     ///< the object is gone or going
 
 }  // namespace detail
 
@@ -48,6 +49,9 @@ class Weak {
   [[nodiscard]] Ref<T> lock() const noexcept {
     return cell_ && detail::lock(cell_) ? Ref<T>::adopt(object_) : Ref<T>();
   }
+
+  /// Refers to no object, or to one that is gone or going.
+  [[nodiscard]] bool isGone() const noexcept { return !cell_ || detail::isGone(cell_); }
 
   /// Both refer to the same object, alive or gone, or both to none.
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.cell_ == b.cell_; }

@@ -1,10 +1,14 @@
 #include "NorvikCore/platform/runtime/KeyValueObserving.h"
 
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,7 +25,22 @@ class Person : public NSObject {
   NK_COMPUTED_PROPERTY(Decimal, total)
   NK_AFFECTED_BY(total, pay)
   NK_AFFECTED_BY(total, bonus)
+  NK_WEAK_PROPERTY(Person, deputy, setDeputy)
+  NK_PROPERTY(Ref<NSArray>, reports, setReports)
+  NK_PROPERTY(Ref<NSDictionary>, notes, setNotes)
+  NK_PROPERTY(Value, anything, setAnything)
   Decimal total() const { return pay() + bonus(); }
+};
+
+class Director : public Person {
+  NK_OBJECT(Director, Person)
+  NK_PROPERTY(NSString, board, setBoard)
+  NK_AFFECTED_BY(seat, board)
+  NK_AFFECTED_BY(caption, seat)
+  NK_COMPUTED_PROPERTY(NSString, seat)
+  NK_COMPUTED_PROPERTY(NSString, caption)
+  NSString seat() const { return "seat on " + board(); }
+  NSString caption() const { return "has a " + seat(); }
 };
 
 class Recorder : public NSObject {
@@ -146,16 +165,158 @@ TEST_F(KeyValueObserving, ManualAnnouncementsReachObservers) {
   EXPECT_EQ(recorder->heard, (Texts{"name:(null)>"}));
 }
 
-TEST_F(KeyValueObserving, AMisspeltPathRaisesAtOnceAndNamesClassAndKey) {
+namespace {
+
+void expectUndefinedKey(NSObject& object, NSObject& observer, const char* path, const char* className,
+                        const char* key) {
   try {
-    person->addObserver(*recorder, "nmae", New);
-    FAIL() << "nothing was raised";
+    object.addObserver(observer, path, New);
+    FAIL() << path << ": nothing was raised";
   } catch (const NSException& exception) {
     EXPECT_EQ(exception.name(), "NSUnknownKeyException");
-    EXPECT_NE(std::string(exception.what()).find("Person"), std::string::npos);
-    EXPECT_NE(std::string(exception.what()).find("nmae"), std::string::npos);
+    EXPECT_NE(std::string(exception.what()).find(className), std::string::npos) << exception.what();
+    EXPECT_NE(std::string(exception.what()).find(key), std::string::npos) << exception.what();
   }
-  EXPECT_FALSE(person->isObserved());
+  EXPECT_FALSE(object.isObserved());
+}
+
+}  // namespace
+
+TEST_F(KeyValueObserving, AMisspeltPathRaisesAtOnceAndNamesClassAndKey) {
+  expectUndefinedKey(*person, *recorder, "nmae", "Person", "\"nmae\"");
+  expectUndefinedKey(*person, *recorder, "", "Person", "\"\"");
+  person->setManager(make<Person>());
+  expectUndefinedKey(*person, *recorder, "manager.nmae", "Person", "\"nmae\"");
+  expectUndefinedKey(*person, *recorder, "name.lenght", "NSString", "\"lenght\"");
+  EXPECT_FALSE(person->manager()->isObserved());
+}
+
+TEST_F(KeyValueObserving, AMisspeltKeyBehindAnAbsentObjectRaisesByTheStatedClass) {
+  expectUndefinedKey(*person, *recorder, "manager.nmae", "Person", "\"nmae\"");
+  expectUndefinedKey(*person, *recorder, "deputy.manager.nmae", "Person", "\"nmae\"");
+  person->setManager(make<Person>());
+  expectUndefinedKey(*person, *recorder, "manager.manager.pya", "Person", "\"pya\"");
+}
+
+TEST_F(KeyValueObserving, AKeyThatOnlyALowerClassHasIsAcceptedWhereNoObjectStandsYet) {
+  person->addObserver(*recorder, "manager.board", New);
+  const auto director = make<Director>();
+  director->setBoard("audit");
+  person->setManager(director);
+  EXPECT_EQ(recorder->heard, (Texts{"manager.board:(null)>audit"}));
+}
+
+TEST_F(KeyValueObserving, AnyKeyBehindWhatAnswersKeysItselfIsAccepted) {
+  person->addObserver(*recorder, "notes.whatever", New);
+  person->addObserver(*recorder, "anything.whatever", New);
+  const auto notes = NSMutableDictionary::dictionary();
+  person->setNotes(notes);
+  notes->setValue_forKey("late", "whatever");
+  EXPECT_EQ(recorder->heard, (Texts{"notes.whatever:(null)><null>", "notes.whatever:(null)>late"}));
+}
+
+TEST_F(KeyValueObserving, AnObjectWithoutTheKeyOnThePathRaisesInTheSetterAfterTheChange) {
+  person->addObserver(*recorder, "anything.name", New);
+  EXPECT_RAISES(person->setAnything(make<Recorder>()), "NSUnknownKeyException");
+  EXPECT_TRUE(person->anything().object<Recorder>());
+  const auto other = make<Person>();
+  other->setName("Ann");
+  person->setAnything(other);
+  other->setName("Bea");
+  EXPECT_EQ(recorder->heard, (Texts{"anything.name:(null)>Ann", "anything.name:(null)>Bea"}));
+}
+
+TEST_F(KeyValueObserving, PathsThroughTextsAndCollectionsAreReadAndHeardWhereTheyAreSet) {
+  person->addObserver(*recorder, "name.length", Old | New);
+  person->setName("Zoe");
+  person->addObserver(*recorder, "reports.@sum.pay", New);
+  const auto one = make<Person>();
+  one->setPay(5);
+  person->setReports(NSArray::arrayWith({one, one}));
+  one->setPay(7);  // inside the array: nobody watches its elements
+  EXPECT_EQ(recorder->heard, (Texts{"name.length:0>3", "reports.@sum.pay:(null)>10"}));
+  EXPECT_FALSE(one->isObserved());
+}
+
+TEST_F(KeyValueObserving, KeysAffectedThroughOtherKeysChangeToo) {
+  const auto director = make<Director>();
+  director->addObserver(*recorder, "caption", New);
+  director->setBoard("audit");
+  EXPECT_EQ(recorder->heard, (Texts{"caption:(null)>has a seat on audit"}));
+}
+
+TEST_F(KeyValueObserving, APathInACircleHearsOfEachChangeOnce) {
+  person->setManager(person);
+  person->addObserver(*recorder, "manager.manager.name", New);
+  person->setName("Ann");
+  EXPECT_EQ(recorder->heard, (Texts{"manager.manager.name:(null)>Ann"}));
+  recorder->heard.clear();
+  const auto other = make<Person>();
+  other->setManager(other);
+  other->setName("Bea");
+  person->setManager(other);
+  EXPECT_EQ(recorder->heard, (Texts{"manager.manager.name:(null)>Bea"}));
+  person->setManager(nullptr);
+  other->setManager(nullptr);
+}
+
+TEST_F(KeyValueObserving, PriorCallsComeBeforeTheChangeAlsoAlongAPath) {
+  const auto boss = make<Person>();
+  boss->setName("Ann");
+  person->setManager(boss);
+  person->addObserver(*recorder, "manager.name", Old | New | Prior);
+  boss->setName("Bea");
+  EXPECT_EQ(recorder->heard, (Texts{"manager.name:Ann>(null) prior", "manager.name:Ann>Bea"}));
+}
+
+TEST_F(KeyValueObserving, TheChangeAsADictionaryHoldsWhatTheOptionsAskFor) {
+  const struct {
+    const char* why;
+    KeyValueChange change;
+    const char* expected;
+  } rows[] = {
+      {"nothing asked for", {Value(), Value(), false}, "kind 1"},
+      {"new", {Value(), "b", false}, "kind 1, new b"},
+      {"both", {"a", Value::null(), false}, "kind 1, new <null>, old a"},
+      {"prior", {"a", Value(), true}, "kind 1, old a, notificationIsPrior 1"},
+  };
+  for (const auto& row : rows) {
+    NSString text;
+    const auto dictionary = row.change.dictionary();
+    for (const auto& [key, value] : *dictionary) {
+      text = text + (text.empty() ? "" : ", ") + key.description() + " " + value.description();
+    }
+    EXPECT_EQ(text, row.expected) << row.why;
+  }
+}
+
+TEST_F(KeyValueObserving, ADictionaryTellsOfTheKeyThatIsSet) {
+  const auto dictionary = NSMutableDictionary::dictionary();
+  dictionary->addObserver(*recorder, "total", Old | New);
+  dictionary->setValue_forKey(5, "total");
+  dictionary->setValue_forKey(6, "other");
+  EXPECT_EQ(recorder->heard, (Texts{"total:<null>>5"}));
+}
+
+TEST_F(KeyValueObserving, ObservationInfoNamesEachRegistration) {
+  EXPECT_EQ(person->observationInfo(), std::nullopt);
+  EXPECT_EQ(stringWithFormat("%@", person->observationInfo()), "(null)");
+  int tag = 0;
+  const auto boss = make<Person>();
+  person->setManager(boss);
+  person->addObserver(*recorder, "name", Old | New, &tag);
+  person->addObserver(*recorder, "manager.name", NSKeyValueObservingOptions{});
+  const NSString watcher = stringWithFormat("<Recorder: %p>", static_cast<const void*>(recorder.get()));
+  EXPECT_EQ(person->observationInfo(), "(\n    " + watcher + " observes \"name\", options New|Old, context " +
+                                           stringWithFormat("%p", static_cast<const void*>(&tag)) + "\n    " + watcher +
+                                           " observes \"manager.name\", options none, context 0x0\n)");
+  EXPECT_EQ(boss->observationInfo(), "(\n    " + watcher + " observes \"manager.name\" of " +
+                                         stringWithFormat("<Person: %p>", static_cast<const void*>(person.get())) +
+                                         ", options none, context 0x0\n)");
+  person->removeObserver(*recorder, "name");
+  person->removeObserver(*recorder, "manager.name");
+  EXPECT_EQ(person->observationInfo(), std::nullopt);
+  EXPECT_EQ(boss->observationInfo(), std::nullopt);
 }
 
 TEST_F(KeyValueObserving, AnObserverMayRemoveItselfOrLetGoOfEverythingInsideTheCall) {
@@ -210,4 +371,164 @@ TEST_F(KeyValueObserving, AnObserverThatDoesNotHandleChangesRaises) {
   const auto plain = make<Person>();
   person->addObserver(*plain, "name", New);
   EXPECT_RAISES(person->setName("Bea"), "NSInternalInconsistencyException");
+}
+
+TEST_F(KeyValueObserving, AnObserverThatIsGoneIsForgottenAtTheNextChange) {
+  const auto boss = make<Person>();
+  person->setManager(boss);
+  person->addObserver(*recorder, "name", New);
+  person->addObserver(*recorder, "manager.name", New);
+  recorder = nullptr;
+  person->setName("Bea");
+  boss->setName("Cy");
+  EXPECT_FALSE(person->isObserved());
+  EXPECT_FALSE(boss->isObserved());
+}
+
+TEST_F(KeyValueObserving, WithTheObservedObjectGoItsEntriesAlongThePath) {
+  const auto boss = make<Person>();
+  person->setManager(boss);
+  person->addObserver(*recorder, "manager.name", New);
+  EXPECT_TRUE(boss->isObserved());
+  person = nullptr;
+  EXPECT_FALSE(boss->isObserved());
+  boss->setName("Ann");
+  EXPECT_TRUE(recorder->heard.empty());
+}
+
+TEST_F(KeyValueObserving, AnObjectInTheMiddleOfThePathMayGo) {
+  auto boss = make<Person>();
+  person->setDeputy(boss);
+  person->addObserver(*recorder, "deputy.name", New);
+  boss = nullptr;  // a weak property announces nothing
+  EXPECT_TRUE(recorder->heard.empty());
+  for (int i = 0; i < 50; ++i) {  // the next one may well lie at the same address
+    boss = make<Person>();
+    boss->setName("Ann");
+    person->setDeputy(boss);
+    boss->setName("Bea");
+    EXPECT_EQ(recorder->heard, (Texts{"deputy.name:(null)>Ann", "deputy.name:(null)>Bea"})) << i;
+    recorder->heard.clear();
+    boss = nullptr;
+  }
+}
+
+TEST_F(KeyValueObserving, LettingGoOfTheLastRefToTheObserverInsideTheCallIsAllowed) {
+  person->addObserver(*recorder, "name", New);
+  recorder->then = [this] { recorder = nullptr; };
+  person->setName("Bea");
+  EXPECT_FALSE(recorder);
+  person->setName("Cy");
+  EXPECT_FALSE(person->isObserved());
+}
+
+TEST_F(KeyValueObserving, TheInitialCallMayRemoveTheRegistrationOrLetGoOfEverything) {
+  recorder->then = [&] { person->removeObserver(*recorder, "name"); };
+  person->addObserver(*recorder, "name", Initial);
+  EXPECT_FALSE(person->isObserved());
+  recorder->then = [&] { person = nullptr, recorder = nullptr; };
+  person->addObserver(*recorder, "name", Initial);
+  EXPECT_FALSE(person || recorder);
+}
+
+TEST_F(KeyValueObserving, WhatTheInitialCallRaisesWithdrawsTheRegistration) {
+  recorder->then = [] { throw std::runtime_error("no"); };
+  EXPECT_THROW(person->addObserver(*recorder, "name", Initial), std::runtime_error);
+  EXPECT_FALSE(person->isObserved());
+}
+
+TEST_F(KeyValueObserving, WhatAnObserverRaisesPassesToTheSetterAfterTheOthersWereTold) {
+  const auto second = make<Recorder>();
+  person->addObserver(*recorder, "name", New);
+  person->addObserver(*second, "name", New);
+  recorder->then = [] { throw std::runtime_error("first"); };
+  second->then = [] { throw std::runtime_error("second"); };
+  try {
+    person->setName("Bea");
+    FAIL() << "nothing was raised";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "first");
+  }
+  EXPECT_EQ(second->heard, (Texts{"name:(null)>Bea"}));
+  EXPECT_EQ(person->name(), "Bea");
+}
+
+TEST_F(KeyValueObserving, WhatAPriorCallRaisesKeepsTheOldValueAndTheNextChangeIsHeard) {
+  person->setManager(make<Person>());
+  person->addObserver(*recorder, "manager.name", New | Prior);
+  recorder->then = [] { throw std::runtime_error("no"); };
+  const auto other = make<Person>();
+  other->setName("Ann");
+  EXPECT_THROW(person->setManager(other), std::runtime_error);
+  EXPECT_NE(person->manager(), other);
+  recorder->then = nullptr;
+  recorder->heard.clear();
+  person->manager()->setName("Bea");
+  person->setManager(other);
+  EXPECT_EQ(recorder->heard, (Texts{"manager.name:(null)>(null) prior", "manager.name:(null)>Bea",
+                                    "manager.name:(null)>(null) prior", "manager.name:(null)>Ann"}));
+}
+
+TEST_F(KeyValueObserving, AllObserversOfOneChangeGetTheSameNewValue) {
+  const auto second = make<Recorder>();
+  person->addObserver(*recorder, "name", New);
+  person->addObserver(*second, "name", New);
+  recorder->then = [&] {
+    recorder->then = nullptr;
+    person->setName("Cy");
+  };
+  person->setName("Bea");
+  EXPECT_EQ(recorder->heard, (Texts{"name:(null)>Bea", "name:(null)>Cy"}));
+  EXPECT_EQ(second->heard, (Texts{"name:(null)>Cy", "name:(null)>Bea"}));
+}
+
+TEST_F(KeyValueObserving, ManualAnnouncementsNestAndGoWithWhatIsAnnounced) {
+  person->addObserver(*recorder, "name", New);
+  person->addObserver(*recorder, "pay", New);
+  person->willChangeValueForKey("name");
+  person->willChangeValueForKey("pay");
+  person->didChangeValueForKey("name");
+  person->didChangeValueForKey("pay");
+  person->didChangeValueForKey("pay");  // not announced: nobody is told
+  EXPECT_EQ(recorder->heard, (Texts{"name:(null)>", "pay:(null)>0"}));
+}
+
+TEST_F(KeyValueObserving, ObserversAreToldInTheOrderInWhichTheyWereAdded) {
+  std::vector<Ref<Recorder>> many;
+  std::vector<int> order;
+  for (int i = 0; i < 40; ++i) {
+    many.push_back(make<Recorder>());
+    many.back()->then = [&order, i] { order.push_back(i); };
+    person->addObserver(*many.back(), "name", New);
+  }
+  for (int i = 0; i < 40; ++i) {
+    if (i % 5 != 2) person->removeObserver(*many[static_cast<std::size_t>(i)], "name", nullptr);
+  }
+  person->setName("Bea");
+  EXPECT_EQ(order, (std::vector<int>{2, 7, 12, 17, 22, 27, 32, 37}));
+}
+
+TEST_F(KeyValueObserving, OfManyEqualRegistrationsEachRemovalTakesOne) {
+  for (int i = 0; i < 20; ++i) person->addObserver(*recorder, i % 2 == 0 ? "name" : "pay", New);
+  for (int left = 9; left >= 0; --left) {
+    person->removeObserver(*recorder, "name", nullptr);
+    recorder->heard.clear();
+    person->setName("x");
+    EXPECT_EQ(recorder->heard.size(), static_cast<std::size_t>(left));
+  }
+  EXPECT_RAISES(person->removeObserver(*recorder, "name", nullptr), "NSRangeException");
+}
+
+TEST_F(KeyValueObserving, AThousandObserversMayAllRemoveThemselvesInsideTheCall) {
+  std::vector<Ref<Recorder>> many;
+  for (int i = 0; i < 1000; ++i) {
+    many.push_back(make<Recorder>());
+    Recorder& watcher = *many.back();
+    watcher.then = [&] { person->removeObserver(watcher, "name", nullptr); };
+    person->addObserver(watcher, "name", New);
+  }
+  person->setName("Bea");
+  person->setName("Cy");
+  for (const auto& watcher : many) ASSERT_EQ(watcher->heard.size(), 1u);
+  EXPECT_FALSE(person->isObserved());
 }

@@ -14,6 +14,10 @@ namespace norvik::detail {
 struct CollectionAccess {
   static std::vector<Value>& elements(NSArray& array) noexcept { return array.elements_; }
   static OrderedTable<NSDictionary::Entry>& table(NSDictionary& dictionary) noexcept { return dictionary.table_; }
+  /// Exchanges the value of the entry at that position, which is there.
+  static void setValueAt(NSDictionary& dictionary, std::size_t position, Value value) noexcept {
+    std::swap(const_cast<NSDictionary::Entry&>(dictionary.table_.entries()[position]).value, value);
+  }
   static OrderedTable<Value>& table(NSSet& set) noexcept { return set.table_; }
 };
 

@@ -11,11 +11,29 @@ struct ObjectAccess {
   static constexpr std::uint32_t dyingCount = 0x80000000;
 
   static std::atomic<std::uint32_t>& count(const NSObject& object) noexcept { return object.count_; }
+  /// Counts the object up, unless its count has reached zero. Its memory must be sure to be there.
+  static bool retainUnlessGoing(const NSObject& object) noexcept {
+    std::uint32_t seen = object.count_.load(std::memory_order_relaxed);
+    do {
+      if (seen == 0 || seen >= dyingCount / 2) return false;
+    } while (
+        !object.count_.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire, std::memory_order_relaxed));
+    return true;
+  }
+  /// The caller has the only Ref, and nobody watches, observes or associates anything with the object.
+  static bool isUnshared(const NSObject& object) noexcept {
+    return object.count_.load(std::memory_order_acquire) == 1 && object.flags_.load(std::memory_order_acquire) == 0;
+  }
   static bool initialise(NSObject& object) { return object.init(); }
   static void destroy(const NSObject* object) noexcept;
 
   static void setObserved(const NSObject& object, bool observed) noexcept {
-    set(object, NSObject::observedFlag, observed);
+    set(object, observed ? NSObject::observedFlag | NSObject::listFlag : NSObject::observedFlag, observed);
+  }
+  /// For objects of the library that are never destroyed: nobody needs a Weak to them.
+  static void setPermanent(const NSObject& object) noexcept { set(object, NSObject::permanentFlag, true); }
+  static bool isPermanent(const NSObject& object) noexcept {
+    return (object.flags_.load(std::memory_order_relaxed) & NSObject::permanentFlag) != 0;
   }
   static void setHasWeak(const NSObject& object) noexcept { set(object, NSObject::weakFlag, true); }
   static void setHasAssociated(const NSObject& object) noexcept { set(object, NSObject::associatedFlag, true); }
@@ -24,6 +42,10 @@ struct ObjectAccess {
   }
   static bool isDying(const NSObject& object) noexcept {
     return object.count_.load(std::memory_order_relaxed) >= dyingCount / 2;
+  }
+  /// The last Ref is gone.
+  static bool isGoing(const NSObject& object) noexcept {
+    return object.count_.load(std::memory_order_relaxed) - 1 >= dyingCount / 2 - 1;
   }
 
  private:

@@ -1,0 +1,155 @@
+#include "NorvikCore/observation/FBKVOController.h"
+
+#include "NorvikCore/observation/internal/ObservedObjects.h"
+#include "NorvikCore/observation/internal/_FBKVOSharedController.h"
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSArray.h"
+
+#include <utility>
+#include <vector>
+
+namespace norvik {
+
+constinit const NSString FBKVONotificationKeyPathKey = "FBKVONotificationKeyPathKey";
+
+namespace {
+
+using Entries = std::vector<detail::ObservedObjects::Entry>;
+
+_FBKVOSharedController& shared() { return _FBKVOSharedController::sharedController(); }
+
+/// Ends the observations of one object. Its registrations went with it where it is gone.
+void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
+  if (entry.payload.infos().empty()) return;
+  const Ref<NSObject> object = entry.object();
+  shared().unobserve(object.get(), entry.payload.infos());
+}
+
+}  // namespace
+
+FBKVOController::FBKVOController(NSObject& observer, bool retainObserved)
+    : _objectInfosMap(std::make_unique<detail::ObservedObjects>(retainObserved)), _observer(&observer) {}
+
+FBKVOController::~FBKVOController() { _unobserveAll(); }
+
+Ref<FBKVOController> FBKVOController::controllerWithObserver(NSObject& observer) { return initWithObserver(observer); }
+
+Ref<FBKVOController> FBKVOController::initWithObserver(NSObject& observer) { return initWithObserver(observer, true); }
+
+Ref<FBKVOController> FBKVOController::initWithObserver(NSObject& observer, bool retainObserved) {
+  return make<FBKVOController>(observer, retainObserved);
+}
+
+void FBKVOController::observe_keyPath_options_block(detail::ObjectArgument object, const NSString& keyPath,
+                                                    NSKeyValueObservingOptions options, FBKVONotificationBlock block) {
+  if (!object || keyPath.empty() || !block) return;
+  _observe(*object, make<_FBKVOInfo>(*this, keyPath, options, std::move(block), SEL(), nullptr));
+}
+
+void FBKVOController::observe_keyPath_options_action(detail::ObjectArgument object, const NSString& keyPath,
+                                                     NSKeyValueObservingOptions options, SEL action) {
+  if (!object || keyPath.empty() || !action) return;
+  _observe(*object, make<_FBKVOInfo>(*this, keyPath, options, nullptr, action, nullptr));
+}
+
+void FBKVOController::observe_keyPath_options_context(detail::ObjectArgument object, const NSString& keyPath,
+                                                      NSKeyValueObservingOptions options, void* context) {
+  if (!object || keyPath.empty()) return;
+  _observe(*object, make<_FBKVOInfo>(*this, keyPath, options, nullptr, SEL(), context));
+}
+
+void FBKVOController::observe_keyPaths_options_block(detail::ObjectArgument object, const NSArray& keyPaths,
+                                                     NSKeyValueObservingOptions options,
+                                                     const FBKVONotificationBlock& block) {
+  for (const Value& path : keyPaths) observe_keyPath_options_block(object, path.as<NSString>(), options, block);
+}
+
+void FBKVOController::observe_keyPaths_options_action(detail::ObjectArgument object, const NSArray& keyPaths,
+                                                      NSKeyValueObservingOptions options, SEL action) {
+  for (const Value& path : keyPaths) observe_keyPath_options_action(object, path.as<NSString>(), options, action);
+}
+
+void FBKVOController::observe_keyPaths_options_context(detail::ObjectArgument object, const NSArray& keyPaths,
+                                                       NSKeyValueObservingOptions options, void* context) {
+  for (const Value& path : keyPaths) observe_keyPath_options_context(object, path.as<NSString>(), options, context);
+}
+
+void FBKVOController::unobserve(detail::ObjectArgument object, const NSString& keyPath) {
+  if (object) _unobserve(*object, keyPath);
+}
+
+void FBKVOController::unobserve(detail::ObjectArgument object) {
+  if (object) _unobserve(*object);
+}
+
+void FBKVOController::unobserveAll() { _unobserveAll(); }
+
+void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
+  Entries left;  // goes after the lock
+  {
+    MutexLock lock(_lock);
+    if (!_objectInfosMap->findOrInsert(object, left).add(info)) return;
+  }
+  for (const auto& entry : left) unobserveEntry(entry);
+  // The initial call may let go of the object and of this controller.
+  const bool mayLetGo = (info->_options & NSKeyValueObservingOptionInitial) != 0;
+  const Ref<NSObject> kept = mayLetGo ? ref(object) : nullptr;
+  try {
+    shared().observe(object, *info);
+  } catch (...) {
+    if (const Ref<FBKVOController> present = shared().controller(*info)) present->_unobserve(object, info->_keyPath);
+    throw;
+  }
+}
+
+void FBKVOController::_unobserve(NSObject& object, const NSString& keyPath) {
+  Ref<_FBKVOInfo> info;
+  detail::ObservedObjects::Entry emptied;
+  {
+    MutexLock lock(_lock);
+    detail::InfoSet* infos = _objectInfosMap->find(object);
+    if (!infos) return;
+    info = infos->take(keyPath);
+    if (infos->infos().empty()) emptied = _objectInfosMap->take(object);
+  }
+  if (info) shared().unobserve(object, *info);
+}
+
+void FBKVOController::_unobserve(NSObject& object) {
+  detail::ObservedObjects::Entry taken;
+  {
+    MutexLock lock(_lock);
+    if (_objectInfosMap->find(object)) taken = _objectInfosMap->take(object);
+  }
+  unobserveEntry(taken);
+}
+
+void FBKVOController::_unobserveAll() {
+  Entries all;
+  {
+    MutexLock lock(_lock);
+    all = _objectInfosMap->takeAll();
+  }
+  for (const auto& entry : all) unobserveEntry(entry);
+}
+
+NSString FBKVOController::debugDescription() const {
+  std::vector<std::pair<Ref<NSObject>, Ref<NSArray>>> observed;
+  {
+    MutexLock lock(_lock);
+    _objectInfosMap->forEach([&](Ref<NSObject> object, const detail::InfoSet& infos) {
+      std::vector<Value> texts;
+      for (const Ref<_FBKVOInfo>& info : infos.infos()) texts.push_back(info->debugDescription());
+      observed.emplace_back(std::move(object), make<NSArray>(std::move(texts)));
+    });
+  }
+  const Ref<NSObject> present = observer();
+  NSString text =
+      stringWithFormat("<%@:%p observer:<%@:%p>", classObject().name(), static_cast<const void*>(this),
+                       present ? present->classObject().name() : "(null)"_ns, static_cast<const void*>(present.get()));
+  if (!observed.empty()) text = text + "\n  ";
+  for (const auto& [object, infos] : observed) text = text + stringWithFormat("%@ -> %@", object, infos);
+  return text + ">";
+}
+
+}  // namespace norvik

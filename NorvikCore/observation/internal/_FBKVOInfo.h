@@ -1,0 +1,58 @@
+// NorvikCore/observation/internal/_FBKVOInfo.h - one observation that was asked for.
+#pragma once
+
+#include "NorvikCore/observation/FBKVOController.h"
+
+#include <atomic>
+
+namespace norvik {
+
+/// Equal to another one with the same key path, whatever its handler and options.
+class NK_EXPORT _FBKVOInfo : public NSObject {  // NOLINT(bugprone-reserved-identifier): a given name
+  NK_OBJECT(_FBKVOInfo, NSObject)
+
+  _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
+             FBKVONotificationBlock block, SEL action, void* context);
+  ~_FBKVOInfo() override;
+  [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_block_action_context(
+      FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options, FBKVONotificationBlock block,
+      SEL action, void* context);
+  [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_block(FBKVOController& controller,
+                                                                                NSString keyPath,
+                                                                                NSKeyValueObservingOptions options,
+                                                                                FBKVONotificationBlock block);
+  [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_action(FBKVOController& controller,
+                                                                                 NSString keyPath,
+                                                                                 NSKeyValueObservingOptions options,
+                                                                                 SEL action);
+  [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_context(FBKVOController& controller,
+                                                                                  NSString keyPath,
+                                                                                  NSKeyValueObservingOptions options,
+                                                                                  void* context);
+  /// Without options and handler: to look for an equal one.
+  [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath(FBKVOController& controller, NSString keyPath);
+
+  [[nodiscard]] const NSString& keyPath() const noexcept { return _keyPath; }
+  [[nodiscard]] bool isEqual(const NSObject& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+  [[nodiscard]] NSString description() const override;
+  [[nodiscard]] NSString debugDescription() const { return description(); }
+
+ private:
+  friend class FBKVOController;
+  friend class _FBKVOSharedController;
+  enum : int { Initial = 0, Observing = 1, Ended = 2 };
+
+  /// Not kept, and followed only while this is listed: a controller ends its observations before it goes.
+  FBKVOController* const _controller;
+  const NSString _keyPath;
+  const NSKeyValueObservingOptions _options;
+  const SEL _action;
+  void* const _context;
+  const FBKVONotificationBlock _block;
+  std::atomic<int> _state{Initial};
+  bool isListed_ = false;             ///< in the shared controller's table, and guarded by its mutex
+  const NSObject* object_ = nullptr;  ///< what it observes; only an address
+};
+
+}  // namespace norvik

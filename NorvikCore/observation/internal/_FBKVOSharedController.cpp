@@ -1,0 +1,119 @@
+#include "NorvikCore/observation/internal/_FBKVOSharedController.h"
+
+#include "NorvikCore/observation/internal/ChangeDictionary.h"
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+
+#include <vector>
+
+namespace norvik {
+
+_FBKVOSharedController& _FBKVOSharedController::sharedController() {
+  static auto& shared = []() -> _FBKVOSharedController& {
+    auto* made = make<_FBKVOSharedController>().take();
+    detail::ObjectAccess::setPermanent(*made);
+    return *made;
+  }();
+  return shared;
+}
+
+void _FBKVOSharedController::observe(NSObject& object, _FBKVOInfo& info) {
+  {
+    MutexLock lock(_mutex);
+    if (info._state.load(std::memory_order_acquire) == _FBKVOInfo::Ended) return;
+    _infos[&info];
+    info.isListed_ = true;
+    info.object_ = &object;
+  }
+  object.addObserver(*this, info._keyPath, info._options, &info);
+  int before = _FBKVOInfo::Initial;
+  if (info._state.compare_exchange_strong(before, _FBKVOInfo::Observing, std::memory_order_acq_rel)) return;
+  // Ended meanwhile, by a handler or another thread, which left the registration to this one.
+  if (before == _FBKVOInfo::Ended) object.removeObserver(*this, info._keyPath, &info);
+}
+
+/// Removes the registration, unless observe() has not made it yet and will remove it itself.
+void _FBKVOSharedController::end(NSObject* object, _FBKVOInfo& info) {
+  const int before = info._state.exchange(_FBKVOInfo::Ended, std::memory_order_acq_rel);
+  if (before == _FBKVOInfo::Observing && object) object->removeObserver(sharedController(), info._keyPath, &info);
+}
+
+void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
+  forget(info);
+  end(&object, info);
+}
+
+void _FBKVOSharedController::unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos) {
+  {
+    MutexLock lock(_mutex);
+    for (const Ref<_FBKVOInfo>& info : infos) {
+      _infos.take(info.get());
+      info->isListed_ = false;
+    }
+  }
+  for (const Ref<_FBKVOInfo>& info : infos) end(object, *info);
+}
+
+void _FBKVOSharedController::forget(const _FBKVOInfo& info) {
+  MutexLock lock(_mutex);
+  _infos.take(&info);
+  const_cast<_FBKVOInfo&>(info).isListed_ = false;
+}
+
+Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) const {
+  MutexLock lock(_mutex);
+  if (!info.isListed_ || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return nullptr;
+  return Ref<FBKVOController>::adopt(info._controller);
+}
+
+/// The observation that the context names and its controller; empty where one of them is gone or has ended, or where
+/// another observation stands at the address.
+_FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, const NSObject& object,
+                                                           const NSString& keyPath) const {
+  Meant meant;
+  MutexLock lock(_mutex);
+  if (!_infos.find(context)) return meant;
+  // What is listed is there: an info that goes, and a controller that ends its observations, wait for this mutex.
+  auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
+  const bool isMeant = info.object_ == &object && (info._keyPath.isIdenticalTo(keyPath) || info._keyPath == keyPath) &&
+                       info._state.load(std::memory_order_acquire) != _FBKVOInfo::Ended;
+  if (!isMeant || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return meant;
+  meant.controller = Ref<FBKVOController>::adopt(info._controller);
+  if (detail::ObjectAccess::retainUnlessGoing(info)) meant.info = Ref<_FBKVOInfo>::adopt(&info);
+  return meant;
+}
+
+void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
+                                                    const KeyValueChange& change, void* context) {
+  const auto [meant, controller] = find(context, object, keyPath);
+  if (!meant || !controller) return;
+  const Ref<NSObject> observer = controller->observer();
+  if (!observer) return;
+  if (meant->_block) {
+    const detail::ChangeDictionary dictionary(keyPath, change);
+    meant->_block(*observer, object, *dictionary);
+  } else if (meant->_action) {
+    observer->performSelector(meant->_action, change.dictionary(), ref(object));
+  } else {
+    observer->observeValueForKeyPath(keyPath, object, change, meant->_context);
+  }
+}
+
+NSString _FBKVOSharedController::debugDescription() const {
+  std::vector<Ref<_FBKVOInfo>> infos;
+  {
+    MutexLock lock(_mutex);
+    _infos.forEach([&](const void* address, Listed) {
+      auto* info = static_cast<_FBKVOInfo*>(const_cast<void*>(address));
+      if (detail::ObjectAccess::retainUnlessGoing(*info)) infos.push_back(Ref<_FBKVOInfo>::adopt(info));
+    });
+  }
+  std::vector<Value> texts;
+  texts.reserve(infos.size());
+  for (const Ref<_FBKVOInfo>& info : infos) texts.push_back(info->debugDescription());
+  return stringWithFormat("<%@:%p contexts:%@>", classObject().name(), static_cast<const void*>(this),
+                          make<NSArray>(std::move(texts)));
+}
+
+}  // namespace norvik

@@ -1,0 +1,91 @@
+// NorvikCore/platform/runtime/internal/ObserverList.h - who observes one object.
+//
+// A list is shared with the changes that are being announced and is copied before it changes under them: so announcing
+// takes one count whatever the number of observers, and adding and removing meanwhile does no harm.
+#pragma once
+
+#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/runtime/internal/Registration.h"
+
+#include <vector>
+
+namespace norvik::detail {
+
+class ObserverList final : public NSObject {
+ public:
+  /// A registration at one element of its path; without one it is the gap that a removed entry left.
+  struct Entry {
+    Ref<Registration> registration;
+    const std::vector<NSString>* affecting;  ///< other keys of the object whose change is a change of this one, or null
+    std::uint32_t depth;                     ///< which element
+    std::uint32_t hash;                      ///< of observer and context
+  };
+
+  /// In the order in which they were added.
+  [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
+  /// Gaps do not count.
+  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+
+  /// Some entry may want that option, and some may lead on to further objects: what no entry does need not be looked
+  /// for.
+  [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
+  [[nodiscard]] bool hasPaths() const noexcept { return hasPaths_; }
+
+  void add(Entry entry);
+  /// Takes out the latest entry with that hash for which `isWanted(entry)` is true.
+  template <class IsWanted>
+  Ref<Registration> remove(std::uint32_t hash, IsWanted&& isWanted);
+  /// Takes out the latest entry for which `isWanted(entry)` is true, in linear time.
+  template <class IsWanted>
+  Ref<Registration> removeAny(IsWanted&& isWanted);
+  /// The same entries without the gaps.
+  [[nodiscard]] Ref<ObserverList> copy() const;
+
+ private:
+  static constexpr std::size_t greatestUnindexed = 8, none = ~std::size_t{0};
+
+  Ref<Registration> removeAt(std::size_t position);
+  void enter(std::size_t position);
+  void rebuild();
+
+  std::vector<Entry> entries_;
+  std::vector<std::uint32_t> slots_;  ///< by hash: 0 or a position + 1; none while the entries are few
+  std::size_t count_ = 0;
+  std::uint64_t options_ = 0;  ///< of all entries there were since the list was empty
+  bool hasPaths_ = false;
+};
+
+template <class IsWanted>
+Ref<Registration> ObserverList::remove(std::uint32_t hash, IsWanted&& isWanted) {
+  const auto isMatch = [&](const Entry& e) { return e.hash == hash && e.registration && isWanted(e); };
+  if (slots_.empty()) return removeAny(isMatch);
+  std::size_t latest = none;
+  const std::size_t mask = slots_.size() - 1;
+  for (std::size_t slot = hash & mask; slots_[slot] != 0; slot = (slot + 1) & mask) {
+    const std::size_t position = slots_[slot] - 1;
+    if ((latest == none || position > latest) && isMatch(entries_[position])) latest = position;
+  }
+  return latest == none ? nullptr : removeAt(latest);
+}
+
+template <class IsWanted>
+Ref<Registration> ObserverList::removeAny(IsWanted&& isWanted) {
+  for (std::size_t position = entries_.size(); position-- > 0;) {
+    if (entries_[position].registration && isWanted(entries_[position])) return removeAt(position);
+  }
+  return nullptr;
+}
+
+/// The observers of an object, kept; empty where there are none.
+[[nodiscard]] Ref<const ObserverList> observersOf(const NSObject& object);
+
+/// Makes a registration hear of changes of that object under the key at `depth` of its path, and no longer. Refused by
+/// an object that goes.
+bool attach(NSObject& object, Ref<Registration> registration, std::size_t depth);
+void detach(const NSObject* object, const Registration& registration, std::size_t depth);
+/// Ends the latest registration made on the object itself for this observer, path and context (any where that is null),
+/// and takes it from the object's list. Empty where there is none.
+[[nodiscard]] Ref<Registration> takeRegistration(const NSObject& object, const NSObject& observer,
+                                                 const NSString& keyPath, const void* const* context);
+
+}  // namespace norvik::detail

@@ -1,0 +1,133 @@
+#include "NorvikCore/observation/FBKVOController.h"
+
+#include "NorvikCore/observation/NSObject+FBKVOController.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <thread>
+#include <vector>
+
+using namespace norvik;
+
+namespace {
+
+class Account : public NSObject {
+  NK_OBJECT(Account, NSObject)
+  NK_ATOMIC_PROPERTY(int, balance, setBalance)
+};
+
+class Auditor : public NSObject {
+  NK_OBJECT(Auditor, NSObject)
+};
+
+constexpr auto New = NSKeyValueObservingOptionNew;
+
+/// Runs the steps at the same time, from one start.
+template <class... Steps>
+void together(Steps... steps) {
+  std::latch start(sizeof...(Steps));
+  std::vector<std::jthread> threads;
+  (threads.emplace_back([&start, steps] {
+    start.arrive_and_wait();
+    steps();
+  }),
+   ...);
+}
+
+struct FBKVOControllerThreads : testing::Test {
+  Ref<Auditor> auditor = make<Auditor>();
+  Ref<Account> account = make<Account>();
+  std::atomic<int> calls{0};
+
+  FBKVONotificationBlock counting() {
+    return [this](NSObject&, NSObject&, const NSDictionary&) { ++calls; };
+  }
+};
+
+}  // namespace
+
+TEST_F(FBKVOControllerThreads, HandlersRunOnTheThreadThatMakesTheChange) {
+  const auto controller = FBKVOController::controllerWithObserver(*auditor);
+  std::thread::id handler;
+  controller->observe_keyPath_options_block(account, "balance", New, [&](NSObject&, NSObject&, const NSDictionary&) {
+    handler = std::this_thread::get_id();
+  });
+  std::thread changer([&] { account->setBalance(1); });
+  const std::thread::id expected = changer.get_id();
+  changer.join();
+  EXPECT_EQ(handler, expected);
+}
+
+TEST_F(FBKVOControllerThreads, AnUnobserveThatOvertakesARegistrationLeavesNothing) {
+  const auto controller = FBKVOController::controllerWithObserver(*auditor);
+  for (int round = 0; round < 2000; ++round) {
+    together([&] { controller->observe_keyPath_options_block(account, "balance", New, counting()); },
+             [&] { controller->unobserve(account, "balance"); });
+    controller->unobserve(account, "balance");
+    ASSERT_FALSE(account->isObserved()) << round;
+  }
+}
+
+TEST_F(FBKVOControllerThreads, ObservationsComeAndGoOnOneControllerFromTwoThreads) {
+  const auto controller = FBKVOController::controllerWithObserver(*auditor);
+  const auto churn = [&] {
+    for (int i = 0; i < 1000; ++i) {
+      const auto passing = make<Account>();
+      controller->observe_keyPath_options_block(passing, "balance", New, counting());
+      passing->setBalance(i);
+      if (i % 2 == 0) controller->unobserve(passing);
+    }
+  };
+  together(churn, churn);
+  EXPECT_EQ(calls, 2000);
+  controller->unobserveAll();
+}
+
+TEST_F(FBKVOControllerThreads, ControllersGoWhileTheirObjectsChange) {
+  together(
+      [&] {
+        for (int i = 0; i < 1000; ++i) {
+          const auto controller = FBKVOController::controllerWithObserver(*auditor);
+          controller->observe_keyPath_options_block(account, "balance", New, counting());
+        }
+      },
+      [&] {
+        for (int i = 0; i < 3000; ++i) account->setBalance(i);
+      });
+  EXPECT_FALSE(account->isObserved());
+}
+
+TEST_F(FBKVOControllerThreads, ObserverObjectAndControllerGoOnThreeThreadsDuringChanges) {
+  for (int round = 0; round < 500; ++round) {
+    auto observer = make<Auditor>();
+    auto object = make<Account>();
+    auto controller = FBKVOController::initWithObserver(*observer, round % 2 == 0);
+    controller->observe_keyPath_options_block(object, "balance", New | NSKeyValueObservingOptionPrior, counting());
+    together([&] { observer = nullptr; }, [&] { controller = nullptr; },
+             [changing = object] {
+               for (int i = 0; i < 20; ++i) changing->setBalance(i);
+             },
+             [&] { object = nullptr; });
+  }
+}
+
+TEST_F(FBKVOControllerThreads, ObjectsThatAreNotKeptGoWhileTheirControllerEnds) {
+  for (int round = 0; round < 500; ++round) {
+    auto object = make<Account>();
+    auto controller = FBKVOController::initWithObserver(*auditor, false);
+    controller->observe_keyPath_options_block(object, "balance", New, counting());
+    together([&] { object = nullptr; }, [&] { controller = nullptr; });
+  }
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(FBKVOControllerThreads, ThreadsThatAskForAnObjectsControllerAtOnceGetTheSameOne) {
+  for (int round = 0; round < 300; ++round) {
+    const auto owner = make<Auditor>();
+    Ref<FBKVOController> first, second;
+    together([&] { first = KVOController(*owner); }, [&] { second = KVOController(*owner); });
+    ASSERT_EQ(first, second);
+  }
+}
