@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/dispatch/Source.h"
 
+#include "NorvikCore/platform/dispatch/internal/FiredItems.h"
 #include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
 #include "NorvikCore/platform/values/internal/raise.h"
@@ -20,8 +21,8 @@ class DelayedItem final : public detail::TimerEntry {
  public:
   DelayedItem(dispatch_queue_t queue, detail::Item* item) : queue_(std::move(queue)), item_(item) {}
   void keepUntilFired() noexcept override {}
-  void fired(std::uint64_t, std::uint64_t) override {
-    detail::enqueue(queue_, item_, detail::Delivery::prompt, detail::Order::normal);
+  void fired(std::uint64_t, std::uint32_t, detail::FiredItems& items) override {
+    items.add(queue_, item_);
     delete this;
   }
 
@@ -34,13 +35,13 @@ class DelayedItem final : public detail::TimerEntry {
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t, std::uintptr_t, std::uintptr_t,
                                          const dispatch_queue_t& queue) {
-  return dispatch_source_t::adopt(
-      detail::newForkAware<detail::SourceCore>(queue ? queue : dispatch_get_global_queue()));
+  return dispatch_source_t::adopt(queue ? new detail::SourceCore(queue)
+                                        : new detail::SourceCore(dispatch_get_global_queue()));
 }
 
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, std::uint64_t interval,
-                               std::uint64_t) {
-  coreOf(source, "dispatch_source_set_timer").setTimer(start, interval);
+                               std::uint64_t leeway) {
+  coreOf(source, "dispatch_source_set_timer").setTimer(start, interval, leeway);
 }
 
 void dispatch_suspend(const dispatch_source_t& source) { coreOf(source, "dispatch_suspend").suspend(); }
@@ -71,18 +72,18 @@ std::size_t dispatch_manual_clock::armedTimers() const { return clock_->size(); 
 
 namespace detail {
 
-void setEventHandler(const dispatch_source_t& source, std::shared_ptr<Handler> handler) {
+void setEventHandler(const dispatch_source_t& source, std::unique_ptr<Handler> handler) {
   coreOf(source, "dispatch_source_set_event_handler").setEventHandler(std::move(handler));
 }
 
-void setCancelHandler(const dispatch_source_t& source, std::shared_ptr<Handler> handler) {
+void setCancelHandler(const dispatch_source_t& source, std::unique_ptr<Handler> handler) {
   coreOf(source, "dispatch_source_set_cancel_handler").setCancelHandler(std::move(handler));
 }
 
 void enqueueAfter(dispatch_time_t when, const dispatch_queue_t& queue, Item* item) {
   if (when == DISPATCH_TIME_NOW) return enqueue(queue, item, Delivery::prompt, Order::normal);
   if (when == DISPATCH_TIME_FOREVER) return;
-  SystemTimerClock::shared().arm(*new DelayedItem(queue, item), when, 0, 0);
+  SystemTimerClock::shared().arm(*new DelayedItem(queue, item), when, {});
 }
 
 }  // namespace detail

@@ -3,8 +3,7 @@
 //   auto timer = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue);
 //   dispatch_source_set_event_handler(timer, [] { rollLogFile(); });
 //   dispatch_source_set_timer(timer, dispatch_time(DISPATCH_TIME_NOW, 60 * NSEC_PER_SEC), 0, 0);   // once
-//   dispatch_resume(timer);                                                                       // sources start
-//   suspended
+//   dispatch_resume(timer);                                    // sources start suspended
 //
 // A timer fires at its time or a little later, never before. A repeating timer keeps to its grid; periods that pass
 // before the handler has run count as one call. A timer that starts at a point of the wall clock follows that clock
@@ -12,8 +11,7 @@
 //
 // Threads:   synchronised. The handlers of one source never run at the same time, on a concurrent queue neither.
 // Ownership: a source keeps its queue and, until it is cancelled, its handlers; a handler that holds a handle of its
-// own
-//            source keeps both alive until then. When the last handle goes, the source is cancelled.
+//            own source keeps both alive until then. When the last handle goes, the source is cancelled.
 // Fork:      timers that were set before a fork do not fire in the child; set there, they do.
 #pragma once
 
@@ -47,11 +45,11 @@ class HandlerOf final : public Handler {
   F closure_;
 };
 template <class F>
-[[nodiscard]] std::shared_ptr<Handler> makeHandler(F&& closure) {
+[[nodiscard]] std::unique_ptr<Handler> makeHandler(F&& closure) {
   if constexpr (std::is_same_v<std::decay_t<F>, std::nullptr_t>) {
     return nullptr;
   } else {
-    return std::make_shared<HandlerOf<std::decay_t<F>>>(std::forward<F>(closure));
+    return std::make_unique<HandlerOf<std::decay_t<F>>>(std::forward<F>(closure));
   }
 }
 }  // namespace detail
@@ -67,7 +65,8 @@ inline constexpr dispatch_source_type_t DISPATCH_SOURCE_TYPE_TIMER = dispatch_so
 
 /// Fires at `start` and then every `interval` nanoseconds; once, where that is 0 or DISPATCH_TIME_FOREVER. Replaces
 /// what was set before, also what has fired and not yet been handled. A start of DISPATCH_TIME_FOREVER stops the timer.
-/// `leeway` is how much later would do, in nanoseconds; timers here are exact and make no use of it. No effect on a
+/// `leeway` is how much later would do, in nanoseconds: timers that may wait for each other fire together, so that the
+/// process wakes less often. With a leeway of 0 a timer is exact; of a period, half at most is used. No effect on a
 /// cancelled source.
 NK_EXPORT void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, std::uint64_t interval,
                                          std::uint64_t leeway);
@@ -89,8 +88,8 @@ NK_EXPORT void dispatch_source_cancel(const dispatch_source_t& source);
 [[nodiscard]] NK_EXPORT std::uintptr_t dispatch_source_get_data(const dispatch_source_t& source);
 
 namespace detail {
-NK_EXPORT void setEventHandler(const dispatch_source_t& source, std::shared_ptr<Handler> handler);
-NK_EXPORT void setCancelHandler(const dispatch_source_t& source, std::shared_ptr<Handler> handler);
+NK_EXPORT void setEventHandler(const dispatch_source_t& source, std::unique_ptr<Handler> handler);
+NK_EXPORT void setCancelHandler(const dispatch_source_t& source, std::unique_ptr<Handler> handler);
 }  // namespace detail
 
 /// The block that runs each time the timer has fired; nullptr: none. May be replaced at any time, in the handler too:

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <string>
 #include <thread>
+#include <vector>
 
 #if defined(__SANITIZE_THREAD__)
 #define NK_SKIP_UNDER_TSAN() GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
@@ -141,6 +142,58 @@ TEST_F(Fork, GroupsAreEmptyInTheChildAndTimersCanBeSet) {
             "");
   EXPECT_NE(dispatch_group_wait(group, DISPATCH_TIME_NOW), 0);
   dispatch_group_leave(group);
+}
+
+TEST_F(Fork, ATimerWhoseHandlerRunsElsewhereCanBeSetInTheChild) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  auto source = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue);
+  auto started = dispatch_semaphore_create(0);
+  auto release = dispatch_semaphore_create(0);
+  dispatch_source_set_event_handler(source, [&] {
+    dispatch_semaphore_signal(started);
+    dispatch_semaphore_wait(release, DISPATCH_TIME_FOREVER);
+  });
+  dispatch_source_set_timer(source, DISPATCH_TIME_NOW, 0, 0);
+  dispatch_resume(source);
+  dispatch_semaphore_wait(started, DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(inChild([&] {
+              auto done = dispatch_semaphore_create(0);
+              dispatch_source_set_event_handler(source, [&] { dispatch_semaphore_signal(done); });
+              dispatch_source_set_timer(source, DISPATCH_TIME_NOW, 0, 0);
+              return dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER) == 0;
+            }),
+            "");
+  dispatch_semaphore_signal(release);
+  dispatch_sync(queue, [] {});
+}
+
+TEST_F(Fork, WhereATimersHandlerForksTheOthersThatAreDueStayTheParents) {
+  NK_SKIP_UNDER_TSAN();
+  auto queue = dispatch_queue_create(nullptr);
+  dispatch_manual_clock clock;
+  std::string seen;
+  pid_t child = 0;
+  std::vector<dispatch_source_t> sources;
+  for (const char* name : {"a", "b", "c"}) {
+    sources.push_back(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue));
+    dispatch_source_set_clock(sources.back(), clock);
+    dispatch_source_set_event_handler(sources.back(), [&, name] {
+      seen += name;
+      if (seen != "a") return;
+      child = fork();
+      if (child != 0) return;
+      alarm(20);
+      dispatch_async(queue, [&] { _exit(seen == "a" ? 0 : 1); });
+    });
+    dispatch_source_set_timer(sources.back(), clock.time(10), 0, 0);
+    dispatch_resume(sources.back());
+  }
+  clock.advance(10);
+  EXPECT_EQ(dispatch_sync(queue, [&] { return seen; }), "abc");
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }
 
 TEST_F(Fork, TheForkingThreadIsTheChildsMainThread) {

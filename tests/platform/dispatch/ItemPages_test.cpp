@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/Item.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +33,11 @@ class ItemPages : public test::WatchedTest {
     for (int i = 0; i < count; ++i) items.push_back(allocateItem(size));
     return items;
   }
+  /// No pages wait, and nobody is there who would let some go.
   static void letSparesGo() {
+    auto& workers = WorkerPool::shared();
+    workers.setIdleTime(1'000'000);
+    while (workers.workerCount() > 0) std::this_thread::yield();
     while (Pages::spareCount() > 0) Pages::trimSpares();
   }
 };

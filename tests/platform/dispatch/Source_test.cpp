@@ -69,6 +69,21 @@ TEST_F(Source, AStartThatIsPastFiresAtOnce) {
   EXPECT_EQ(after(0), "a");
 }
 
+TEST_F(Source, TimersThatMayWaitForEachOtherFireTogether) {
+  // The clock begins at a second, which is a multiple of 512.
+  auto a = timer("a");
+  auto b = timer("b");
+  auto exact = timer("!");
+  dispatch_source_set_timer(a, clock_.time(600), 0, 700);
+  dispatch_source_set_timer(b, clock_.time(900), 0, 600);
+  dispatch_source_set_timer(exact, clock_.time(600), 0, 0);
+  for (const auto& source : {a, b, exact}) dispatch_resume(source);
+  EXPECT_EQ(after(599), "");
+  EXPECT_EQ(after(1), "!");
+  EXPECT_EQ(after(423), "");
+  EXPECT_EQ(after(1), "ab") << "at 1024, a multiple of 512";
+}
+
 TEST_F(Source, ARepeatingTimerKeepsToItsGrid) {
   auto source = timer("a");
   dispatch_source_set_timer(source, clock_.time(100), 50, 0);
@@ -231,6 +246,79 @@ TEST_F(Source, AHandlerMayReplaceItselfAndSetItsTimerAgain) {
   dispatch_resume(source);
   EXPECT_EQ(after(10), "first!");
   EXPECT_EQ(after(10), "second");
+}
+
+TEST_F(Source, AHandlerThatReplacesItselfLivesUntilItReturns) {
+  auto source = timer("");
+  auto held = std::make_shared<std::string>("alive");
+  const std::weak_ptr<std::string> weak = held;
+  dispatch_source_set_event_handler(source, [this, &source, held = std::move(held)] {
+    dispatch_source_set_event_handler(source, [this] { seen_ += "second"; });
+    dispatch_source_set_event_handler(source, [this] { seen_ += "third"; });
+    seen_ += *held;
+  });
+  dispatch_source_set_timer(source, clock_.time(10), 10, 0);
+  dispatch_resume(source);
+  EXPECT_EQ(after(10), "alive");
+  dispatch_sync(queue_, [] {});
+  EXPECT_TRUE(weak.expired());
+  EXPECT_EQ(after(10), "third");
+}
+
+TEST_F(Source, TimersOfSeveralQueuesThatFireAtOnceKeepTheirOrderOnEach) {
+  auto other = dispatch_queue_create("other");
+  auto concurrent = dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT);
+  std::string onOther;
+  std::atomic<int> onConcurrent{0};
+  std::vector<dispatch_source_t> sources;
+  const auto add = [&](const dispatch_queue_t& queue, auto handler) {
+    sources.push_back(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue));
+    dispatch_source_set_clock(sources.back(), clock_);
+    dispatch_source_set_event_handler(sources.back(), handler);
+    dispatch_source_set_timer(sources.back(), clock_.time(10), 0, 0);
+    dispatch_resume(sources.back());
+  };
+  for (const char* name : {"a", "b", "c"}) add(queue_, [this, name] { seen_ += name; });
+  for (const char* name : {"d", "e"}) add(other, [&onOther, name] { onOther += name; });
+  for (int i = 0; i < 3; ++i) add(concurrent, [&onConcurrent] { ++onConcurrent; });
+  for (const char* name : {"f", "g"}) add(queue_, [this, name] { seen_ += name; });
+  EXPECT_EQ(after(10), "abcfg");
+  EXPECT_EQ(dispatch_sync(other, [&] { return onOther; }), "de");
+  dispatch_barrier_sync(concurrent, [] {});
+  EXPECT_EQ(onConcurrent.load(), 3);
+}
+
+TEST_F(Source, ThousandsOfTimersThatAreDueAtOnceFireOnceEachInOrder) {
+  constexpr int kTimers = 3000;
+  std::vector<dispatch_source_t> sources;
+  std::vector<int> order;
+  for (int i = 0; i < kTimers; ++i) {
+    const int slot = i * 7919 % kTimers;
+    sources.push_back(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue_));
+    dispatch_source_set_clock(sources.back(), clock_);
+    dispatch_source_set_event_handler(sources.back(), [&order, slot] { order.push_back(slot); });
+    dispatch_source_set_timer(sources.back(), clock_.time(slot), 0, 0);
+    dispatch_resume(sources.back());
+  }
+  clock_.advance(kTimers);
+  dispatch_sync(queue_, [] {});
+  ASSERT_EQ(order.size(), 3000U);
+  for (int i = 0; i < kTimers; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+}
+
+TEST_F(Source, AHandlerMayCancelTheNextOneThatIsDueAtTheSameTime) {
+  auto a = timer("");
+  auto b = timer("b");
+  auto c = timer("c");
+  dispatch_source_set_event_handler(a, [&] {
+    seen_ += "a";
+    dispatch_source_cancel(b);
+  });
+  for (const auto& source : {a, b, c}) {
+    dispatch_source_set_timer(source, clock_.time(10), 0, 0);
+    dispatch_resume(source);
+  }
+  EXPECT_EQ(after(10), "ac");
 }
 
 TEST_F(Source, AHandlerMayCancelItsSourceAndDropTheLastHandle) {

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 
+#include "NorvikCore/platform/dispatch/internal/FiredItems.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -12,10 +14,9 @@ std::shared_ptr<TimerClock> systemClock() { return {std::shared_ptr<void>(), &Sy
 
 }  // namespace
 
-SourceCore::SourceCore(const dispatch_queue_t& queue) : queue_(queue), clock_(systemClock()) {
-  delivery_.source = this;
-  delivery_.run = [](Item* item, Cursor&) {
-    SourceCore* source = static_cast<Delivery*>(item)->source;
+SourceCore::SourceCore(const dispatch_queue_t& queue) : clock_(systemClock()), queue_(queue) {
+  run = [](Item* item, Cursor&) {
+    SourceCore* source = static_cast<SourceCore*>(item);
     source->deliver();
     source->release();
   };
@@ -26,7 +27,7 @@ void SourceCore::releaseHandle() noexcept {
   bool claimed = false;
   cancel();
   {
-    const QueueLock lock(mutex_);
+    const Lock lock(*this);
     suspensions_ = 0;  // nobody is left to resume it
     claimed = claimDelivery();
   }
@@ -34,43 +35,45 @@ void SourceCore::releaseHandle() noexcept {
   release();
 }
 
-void SourceCore::setTimer(dispatch_time_t start, std::uint64_t interval) {
-  const QueueLock lock(mutex_);
+void SourceCore::setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leeway) {
+  const Lock lock(*this);
   if (cancelled_.load(std::memory_order_relaxed)) return;
   ++setting_;
   pending_ = 0;
   if (start == DISPATCH_TIME_FOREVER) {
-    clock().disarm(*this);
+    clock_->disarm(*this);
   } else {
-    clock().arm(*this, start, interval == DISPATCH_TIME_FOREVER ? 0 : interval, setting_);
+    clock_->arm(*this, start, {0, interval == DISPATCH_TIME_FOREVER ? 0 : interval, leeway, setting_});
   }
 }
 
 void SourceCore::setClock(std::shared_ptr<TimerClock> clock) {
-  const QueueLock lock(mutex_);
+  const Lock lock(*this);
   clock_->disarm(*this);
   clock_ = std::move(clock);
 }
 
-void SourceCore::setEventHandler(std::shared_ptr<Handler> handler) {
-  const QueueLock lock(mutex_);
-  if (!cancelHandled_) eventHandler_.swap(handler);
-}  // the old handler is destroyed after the lock is gone: see the order of the declarations
+void SourceCore::setEventHandler(std::unique_ptr<Handler> handler) {
+  const Lock lock(*this);
+  if (cancelHandled_) return;
+  eventHandler_.swap(handler);
+  if (handler && handler.get() == running_) replaced_ = std::move(handler);
+}  // another old handler is destroyed after the lock is gone: see the order of the declarations
 
-void SourceCore::setCancelHandler(std::shared_ptr<Handler> handler) {
-  const QueueLock lock(mutex_);
+void SourceCore::setCancelHandler(std::unique_ptr<Handler> handler) {
+  const Lock lock(*this);
   if (!cancelHandled_) cancelHandler_.swap(handler);
 }
 
 void SourceCore::suspend() {
-  const QueueLock lock(mutex_);
+  const Lock lock(*this);
   ++suspensions_;
 }
 
 void SourceCore::resume() {
   bool claimed = false;
   {
-    const QueueLock lock(mutex_);
+    const Lock lock(*this);
     if (suspensions_ == 0) {
       std::fputs("BUG: dispatch_resume without dispatch_suspend\n", stderr);
       std::abort();
@@ -84,25 +87,29 @@ void SourceCore::resume() {
 void SourceCore::cancel() {
   bool claimed = false;
   {
-    const QueueLock lock(mutex_);
+    const Lock lock(*this);
     if (cancelled_.exchange(true, std::memory_order_acq_rel)) return;
-    clock().disarm(*this);
+    clock_->disarm(*this);
     claimed = claimDelivery();
   }
   if (claimed) queueDelivery();
 }
 
-void SourceCore::fired(std::uint64_t count, std::uint64_t setting) {
+void SourceCore::fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) {
   bool claimed = false;
   {
-    const QueueLock lock(mutex_);
+    const Lock lock(*this);
     if (setting == setting_) {
       pending_ += count;
       claimed = claimDelivery();
     }
   }
-  if (claimed) queueDelivery();
-  release();  // of keepUntilFired()
+  // The reference of keepUntilFired() becomes the delivery's.
+  if (claimed) {
+    items.add(queue_, this);
+  } else {
+    release();
+  }
 }
 
 /// True when there is something to deliver and nobody else sees to it: the caller must queue the delivery.
@@ -116,42 +123,47 @@ bool SourceCore::claimDelivery() {
 
 void SourceCore::queueDelivery() {
   retain();
-  enqueue(queue_, &delivery_, detail::Delivery::prompt, Order::normal);
+  enqueue(queue_, this, detail::Delivery::prompt, Order::normal);
 }
 
 void SourceCore::deliver() {
-  std::shared_ptr<Handler> handler;
-  std::shared_ptr<Handler> unused;
-  bool claimed = false;
+  Handler* handler = nullptr;
+  std::unique_ptr<Handler> cancelHandler;
+  std::unique_ptr<Handler> eventHandler;
   {
-    const QueueLock lock(mutex_);
+    const Lock lock(*this);
     if (suspensions_ == 0) {
       if (cancelled_.load(std::memory_order_relaxed)) {
         if (!cancelHandled_) {
           cancelHandled_ = true;
-          handler = std::move(cancelHandler_);
-          unused = std::move(eventHandler_);
+          cancelHandler = std::move(cancelHandler_);
+          eventHandler = std::move(eventHandler_);
         }
       } else if (pending_ > 0) {
         data_.store(std::exchange(pending_, 0), std::memory_order_relaxed);
-        handler = eventHandler_;
+        handler = eventHandler_.get();
+        running_ = handler;
       }
     }
   }
-  if (handler) handler->call();
-  handler.reset();
-  unused.reset();
+  if (handler != nullptr) handler->call();
+  if (cancelHandler) cancelHandler->call();
+  cancelHandler.reset();
+  eventHandler.reset();
+
+  bool claimed = false;
   {
-    const QueueLock lock(mutex_);
+    std::unique_ptr<Handler> replaced;
+    const Lock lock(*this);
+    running_ = nullptr;
+    replaced = std::move(replaced_);
     queued_ = false;
     claimed = claimDelivery();
   }
   if (claimed) queueDelivery();
 }
 
-void SourceCore::resetAfterFork() noexcept {
-  mutex_.resetAfterFork();
-  const QueueLock lock(mutex_);
+void SourceCore::forgetParent() noexcept {
   queued_ = false;
   pending_ = 0;
 }

@@ -1,12 +1,14 @@
 // NorvikCore/platform/dispatch/internal/SourceCore.h - a timer source.
 //
 // At most one delivery is on the queue or at work there at a time (`queued_`); what happens meanwhile is noted, and the
-// delivery queues itself again at its end if there is something left. Lock order: a source's mutex, then its clock's.
+// delivery queues itself again at its end if there is something left. The source itself is the delivery's item. Lock
+// order: a source's mutex, then its clock's.
+//
+// There may be a hundred thousand sources: the members stand in the order of their use, and a source is in no list.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Source.h"
-#include "NorvikCore/platform/dispatch/internal/ForkAware.h"
-#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+#include "NorvikCore/platform/dispatch/internal/ForkMutex.h"
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
 
 #include <atomic>
@@ -14,7 +16,7 @@
 
 namespace norvik::detail {
 
-class SourceCore final : public TimerEntry, public ForkAware {
+class SourceCore final : public TimerEntry, private Item {
  public:
   explicit SourceCore(const dispatch_queue_t& queue);
 
@@ -22,10 +24,10 @@ class SourceCore final : public TimerEntry, public ForkAware {
   void retainHandle() noexcept { handles_.fetch_add(1, std::memory_order_relaxed); }
   void releaseHandle() noexcept;
 
-  void setTimer(dispatch_time_t start, std::uint64_t interval);
+  void setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leeway);
   void setClock(std::shared_ptr<TimerClock> clock);
-  void setEventHandler(std::shared_ptr<Handler> handler);
-  void setCancelHandler(std::shared_ptr<Handler> handler);
+  void setEventHandler(std::unique_ptr<Handler> handler);
+  void setCancelHandler(std::unique_ptr<Handler> handler);
   void suspend();
   void resume();
   void cancel();
@@ -33,39 +35,49 @@ class SourceCore final : public TimerEntry, public ForkAware {
   [[nodiscard]] std::uint64_t data() const noexcept { return data_.load(std::memory_order_relaxed); }
 
   void keepUntilFired() noexcept override { retain(); }
-  void fired(std::uint64_t count, std::uint64_t setting) override;
-  void resetAfterFork() noexcept override;
+  void fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) override;
 
  private:
-  struct Delivery : Item {
-    SourceCore* source = nullptr;
+  /// Holds the mutex for a scope; the first time in a child made by fork() it puts the source right.
+  class NK_SCOPED_CAPABILITY Lock {
+   public:
+    explicit Lock(SourceCore& source) noexcept NK_ACQUIRE(source.mutex_) : source_(source) {
+      if (source.mutex_.lock()) [[unlikely]]
+        source.forgetParent();
+    }
+    ~Lock() NK_RELEASE() { source_.mutex_.unlock(); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    SourceCore& source_;
   };
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
+    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
   }
+  void forgetParent() noexcept NK_REQUIRES(mutex_);
   [[nodiscard]] bool claimDelivery() NK_REQUIRES(mutex_);
   void queueDelivery();
   void deliver();
-  [[nodiscard]] TimerClock& clock() NK_REQUIRES(mutex_) { return *clock_; }
 
-  std::atomic<std::uint32_t> handles_{1};
   std::atomic<std::uint32_t> references_{1};
-  const dispatch_queue_t queue_;
-  Delivery delivery_;
-  std::atomic<bool> cancelled_{false};  // set under the mutex
-  std::atomic<std::uint64_t> data_{0};
-
-  QueueMutex mutex_;
-  std::shared_ptr<TimerClock> clock_ NK_GUARDED_BY(mutex_);
-  std::shared_ptr<Handler> eventHandler_ NK_GUARDED_BY(mutex_);
-  std::shared_ptr<Handler> cancelHandler_ NK_GUARDED_BY(mutex_);
-  std::uint64_t pending_ NK_GUARDED_BY(mutex_) = 0;  // periods that have passed and no handler has seen
-  std::uint64_t setting_ NK_GUARDED_BY(mutex_) = 0;  // counts the calls of setTimer()
+  std::atomic<std::uint32_t> handles_{1};
+  ForkMutex mutex_;
+  std::uint32_t setting_ NK_GUARDED_BY(mutex_) = 0;  // counts the calls of setTimer()
   std::uint32_t suspensions_ NK_GUARDED_BY(mutex_) = 1;
+  std::atomic<bool> cancelled_{false};  // set under the mutex
   bool queued_ NK_GUARDED_BY(mutex_) = false;
   bool cancelHandled_ NK_GUARDED_BY(mutex_) = false;
+  std::uint64_t pending_ NK_GUARDED_BY(mutex_) = 0;  // periods that have passed and no handler has seen
+  std::shared_ptr<TimerClock> clock_ NK_GUARDED_BY(mutex_);
+  const dispatch_queue_t queue_;
+  std::unique_ptr<Handler> eventHandler_ NK_GUARDED_BY(mutex_);
+  std::atomic<std::uint64_t> data_{0};
+  const Handler* running_ NK_GUARDED_BY(mutex_) = nullptr;   // the event handler that is being called
+  std::unique_ptr<Handler> replaced_ NK_GUARDED_BY(mutex_);  // the same, once it is no longer eventHandler_
+  std::unique_ptr<Handler> cancelHandler_ NK_GUARDED_BY(mutex_);
 };
 
 }  // namespace norvik::detail

@@ -17,8 +17,9 @@ namespace norvik::detail {
 class TimerClock {
  public:
   virtual ~TimerClock() = default;
-  /// Sets the entry, in place of what it was set to. `start` is not DISPATCH_TIME_FOREVER.
-  virtual void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) = 0;
+  /// Sets the entry, in place of what it was set to: to `start`, which is not DISPATCH_TIME_FOREVER and becomes the
+  /// setting's deadline.
+  virtual void arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) = 0;
   /// After this the entry is not kept for firing, save that it may be firing right now.
   virtual void disarm(TimerEntry& entry) noexcept = 0;
 };
@@ -30,7 +31,7 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   /// Never destroyed.
   static SystemTimerClock& shared();
 
-  void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) override;
+  void arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) override;
   void disarm(TimerEntry& entry) noexcept override;
   void resetAfterFork() noexcept override;
 
@@ -41,6 +42,8 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   void setWallClock(std::uint64_t (*wallNanoseconds)() noexcept);
 
  private:
+  static constexpr std::uint64_t kNotSet = ~std::uint64_t{0} - 1;
+
   SystemTimerClock() = default;
   static void* threadMain(void* clock);
   void run();
@@ -57,6 +60,7 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   bool awake_ NK_GUARDED_BY(mutex_) = false;  // the thread will look at the heaps before it sleeps
   int wakeDescriptor_ NK_GUARDED_BY(mutex_) = -1;
   int wallDescriptor_ NK_GUARDED_BY(mutex_) = -1;
+  std::uint64_t wallSetTo_ NK_GUARDED_BY(mutex_) = kNotSet;  // what wallDescriptor_ waits for
   std::uint64_t idleTime_ NK_GUARDED_BY(mutex_) = 10'000'000'000;
   std::uint64_t (*wallNow_)() noexcept NK_GUARDED_BY(mutex_) = &wallNanoseconds;
 };
@@ -64,7 +68,7 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
 /// Stands still until advance().
 class ManualTimerClock final : public TimerClock {
  public:
-  void arm(TimerEntry& entry, dispatch_time_t start, std::uint64_t interval, std::uint64_t setting) override;
+  void arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) override;
   void disarm(TimerEntry& entry) noexcept override;
   void advance(std::uint64_t nanoseconds);
   [[nodiscard]] std::uint64_t now();

@@ -1,71 +1,113 @@
 #include "NorvikCore/platform/dispatch/internal/TimerHeap.h"
 
+#include <algorithm>
+#include <bit>
 #include <new>
 #include <utility>
 
 namespace norvik::detail {
+namespace {
 
-void TimerHeap::add(TimerEntry& entry, std::uint64_t deadline, std::uint64_t interval, std::uint64_t setting) {
-  const Node node{deadline, added_++, &entry};
-  nodes_.push_back(node);
+/// The largest power of two that fits the leeway, as its exponent: deadlines are moved up to its next multiple. So
+/// timers of equal or larger leeways meet. A period is not stretched by more than half.
+std::uint8_t leewayBits(std::uint64_t leeway, std::uint64_t interval) {
+  if (interval != 0) leeway = std::min(leeway, interval / 2);
+  return leeway == 0 ? std::uint8_t{0} : static_cast<std::uint8_t>(std::bit_width(leeway) - 1);
+}
+
+void prefetchEntry(const TimerEntry& entry) {
+  const auto* memory = reinterpret_cast<const std::byte*>(&entry);
+  __builtin_prefetch(memory, 1);
+  __builtin_prefetch(memory + 64, 1);
+}
+
+}  // namespace
+
+std::uint64_t TimerHeap::latestDeadline(const TimerEntry& entry) noexcept {
+  const std::uint64_t below = (std::uint64_t{1} << entry.leewayBits_) - 1;
+  return entry.deadline_ > kNever - below ? kNever : (entry.deadline_ + below) & ~below;
+}
+
+void TimerHeap::add(TimerEntry& entry, const TimerSetting& setting) {
+  nodes_.push_back({});
   entry.heap_ = this;
-  entry.interval_ = interval;
-  entry.setting_ = setting;
-  siftUp(nodes_.size() - 1, node);
+  entry.generation_ = generation_;
+  entry.deadline_ = setting.deadline;
+  entry.interval_ = setting.interval;
+  entry.leewayBits_ = leewayBits(setting.leeway, setting.interval);
+  entry.setting_ = setting.number;
+  entry.age_ = added_++;
+  siftUp(nodes_.size() - 1, {latestDeadline(entry), &entry});
 }
 
 void TimerHeap::remove(TimerEntry& entry) noexcept {
-  if (entry.heap_ != nullptr) entry.heap_->removeAt(entry.index_);
+  TimerHeap* heap = std::exchange(entry.heap_, nullptr);
+  if (heap != nullptr && heap->generation_ == entry.generation_) heap->removeAt(entry.index_);
 }
 
 void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTimer>& due) {
   for (; limit > 0 && !nodes_.empty() && nodes_[0].deadline <= now; --limit) {
-    Node node = nodes_[0];
-    TimerEntry& entry = *node.entry;
-    const std::uint64_t count = entry.interval_ == 0 ? 1 : 1 + (now - node.deadline) / entry.interval_;
+    TimerEntry& entry = *nodes_[0].entry;
+    if (nodes_.size() > kChildren) prefetchEntry(*nodes_[leastChild(1)].entry);  // the next one
+    const std::uint64_t count = entry.interval_ == 0 ? 1 : 1 + (now - entry.deadline_) / entry.interval_;
     due.push_back({&entry, count, entry.setting_});
     entry.keepUntilFired();
     if (entry.interval_ == 0) {
+      entry.heap_ = nullptr;
       removeAt(0);
     } else {
       const std::uint64_t step = count * entry.interval_;
-      node.deadline = step < kNever - node.deadline ? node.deadline + step : kNever;
-      node.age = added_++;
-      siftDown(0, node);
+      entry.deadline_ = step < kNever - entry.deadline_ ? entry.deadline_ + step : kNever;
+      entry.age_ = added_++;
+      siftDown(0, {latestDeadline(entry), &entry});
     }
   }
 }
 
-void TimerHeap::siftUp(std::size_t index, const Node& node) noexcept {
-  while (index > 0) {
-    const std::size_t parent = (index - 1) / 2;
-    if (!node.before(nodes_[parent])) break;
+void TimerHeap::siftUp(std::size_t index, const Node& node, std::size_t top) noexcept {
+  while (index > top) {
+    const std::size_t parent = (index - 1) / kChildren;
+    if (!before(node, nodes_[parent])) break;
     place(index, nodes_[parent]);
     index = parent;
   }
   place(index, node);
 }
 
+/// Of four children, without a jump that the processor could foresee wrongly.
+std::size_t TimerHeap::leastChild(std::size_t first) const noexcept {
+  const Node* children = &nodes_[first];
+  const std::size_t low = before(children[1], children[0]) ? 1 : 0;
+  const std::size_t high = before(children[3], children[2]) ? 3 : 2;
+  return first + (before(children[high], children[low]) ? high : low);
+}
+
+/// Mostly the node comes from the bottom and goes back there: the place is made on the way down without asking whether
+/// it would do, and what that is too deep it rises again.
 void TimerHeap::siftDown(std::size_t index, const Node& node) noexcept {
-  for (;;) {
-    std::size_t child = 2 * index + 1;
-    if (child >= nodes_.size()) break;
-    if (child + 1 < nodes_.size() && nodes_[child + 1].before(nodes_[child])) ++child;
-    if (!nodes_[child].before(node)) break;
-    place(index, nodes_[child]);
-    index = child;
+  const std::size_t top = index;
+  std::size_t first = kChildren * index + 1;
+  for (; first + kChildren <= nodes_.size(); first = kChildren * index + 1) {
+    const std::size_t least = leastChild(first);
+    place(index, nodes_[least]);
+    index = least;
   }
-  place(index, node);
+  if (first < nodes_.size()) {
+    std::size_t least = first;
+    for (std::size_t child = first + 1; child < nodes_.size(); ++child) {
+      if (before(nodes_[child], nodes_[least])) least = child;
+    }
+    place(index, nodes_[least]);
+    index = least;
+  }
+  siftUp(index, node, top);
 }
 
 void TimerHeap::removeAt(std::size_t index) noexcept {
-  TimerEntry& entry = *nodes_[index].entry;
-  entry.heap_ = nullptr;
-  entry.index_ = TimerEntry::kNowhere;
   const Node last = nodes_.back();
   nodes_.pop_back();
   if (index == nodes_.size()) return;
-  if (index > 0 && last.before(nodes_[(index - 1) / 2])) {
+  if (index > 0 && before(last, nodes_[(index - 1) / kChildren])) {
     siftUp(index, last);
   } else {
     siftDown(index, last);
@@ -73,12 +115,8 @@ void TimerHeap::removeAt(std::size_t index) noexcept {
 }
 
 void TimerHeap::forgetAll() noexcept {
-  for (const Node& node : nodes_) {
-    node.entry->heap_ = nullptr;
-    node.entry->index_ = TimerEntry::kNowhere;
-  }
-  new std::vector<Node>(std::move(nodes_));  // never freed: another thread may have been changing it
-  nodes_.clear();
+  ++generation_;
+  new (&nodes_) std::vector<Node>;  // the old one is never freed: another thread may have been changing it
 }
 
 }  // namespace norvik::detail

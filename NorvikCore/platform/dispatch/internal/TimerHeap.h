@@ -1,4 +1,7 @@
-// NorvikCore/platform/dispatch/internal/TimerHeap.h - what fires next: an exact binary heap, by deadline, then by age.
+// NorvikCore/platform/dispatch/internal/TimerHeap.h - what fires next: an exact heap, by deadline, then by age.
+//
+// A node has four children, which lie side by side with their deadlines: half the steps of a binary heap, and an entry
+// is read only where two deadlines are the same.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -8,6 +11,17 @@
 #include <vector>
 
 namespace norvik::detail {
+
+class FiredItems;
+
+/// When a timer fires. `interval` 0: once. It may fire up to `leeway` later than that, and each period later by the
+/// same, where others fire then.
+struct TimerSetting {
+  std::uint64_t deadline = 0;
+  std::uint64_t interval = 0;
+  std::uint64_t leeway = 0;
+  std::uint32_t number = 0;  // given back when it fires
+};
 
 /// Something that a timer fires. In at most one heap at a time.
 class NK_EXPORT TimerEntry {
@@ -19,31 +33,35 @@ class NK_EXPORT TimerEntry {
 
   /// Under the clock's mutex: the entry stays until fired() is over, whatever else happens.
   virtual void keepUntilFired() noexcept = 0;
-  /// Under no mutex. `count`: how many periods have passed; `setting`: the setting they passed in.
-  virtual void fired(std::uint64_t count, std::uint64_t setting) = 0;
+  /// Under no mutex. `count`: how many periods have passed; `setting`: the number of the setting they passed in. What
+  /// it queues, it adds to `items`.
+  virtual void fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) = 0;
 
  private:
   friend class TimerHeap;
-  static constexpr std::size_t kNowhere = ~std::size_t{0};
   class TimerHeap* heap_ = nullptr;
-  std::size_t index_ = kNowhere;
+  std::uint64_t deadline_ = 0;  // before any leeway
   std::uint64_t interval_ = 0;
-  std::uint64_t setting_ = 0;
+  std::uint64_t age_ = 0;  // counts the settings
+  std::uint32_t index_ = 0;
+  std::uint32_t setting_ = 0;
+  std::uint32_t generation_ = 0;
+  std::uint8_t leewayBits_ = 0;
 };
 
 /// An entry whose time had come when it was taken from the heap.
 struct DueTimer {
   TimerEntry* entry;
   std::uint64_t count;
-  std::uint64_t setting;
+  std::uint32_t setting;
 };
 
 class NK_EXPORT TimerHeap {
  public:
   static constexpr std::uint64_t kNever = ~std::uint64_t{0};
 
-  /// `interval` 0: once. The entry must be in no heap.
-  void add(TimerEntry& entry, std::uint64_t deadline, std::uint64_t interval, std::uint64_t setting);
+  /// The entry must be in no heap.
+  void add(TimerEntry& entry, const TimerSetting& setting);
   /// Takes the entry from the heap it is in, if any.
   static void remove(TimerEntry& entry) noexcept;
   /// Takes up to `limit` entries that are due; repeating ones get their next deadline after `now`, on their grid.
@@ -57,22 +75,28 @@ class NK_EXPORT TimerHeap {
  private:
   struct Node {
     std::uint64_t deadline;
-    std::uint64_t age;
     TimerEntry* entry;
-    [[nodiscard]] bool before(const Node& other) const noexcept {
-      return deadline != other.deadline ? deadline < other.deadline : age < other.age;
-    }
   };
+  static constexpr std::size_t kChildren = 4;
+
+  static bool before(const Node& a, const Node& b) noexcept {
+    if (a.deadline == b.deadline) [[unlikely]]
+      return a.entry->age_ < b.entry->age_;
+    return a.deadline < b.deadline;
+  }
+  static std::uint64_t latestDeadline(const TimerEntry& entry) noexcept;
+  [[nodiscard]] std::size_t leastChild(std::size_t first) const noexcept;
   void place(std::size_t index, const Node& node) noexcept {
     nodes_[index] = node;
-    node.entry->index_ = index;
+    node.entry->index_ = static_cast<std::uint32_t>(index);
   }
-  void siftUp(std::size_t index, const Node& node) noexcept;
+  void siftUp(std::size_t index, const Node& node, std::size_t top = 0) noexcept;
   void siftDown(std::size_t index, const Node& node) noexcept;
   void removeAt(std::size_t index) noexcept;
 
   std::vector<Node> nodes_;
   std::uint64_t added_ = 0;
+  std::uint32_t generation_ = 0;  // an entry of another one is not in the heap
 };
 
 }  // namespace norvik::detail

@@ -1,0 +1,37 @@
+#include "NorvikCore/platform/dispatch/internal/FiredItems.h"
+
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+
+#include <cstddef>
+#include <utility>
+
+namespace norvik::detail {
+namespace {
+
+/// As the queue would run them one by one. What one throws ends the process.
+void runAll(const std::vector<Item*>& items, QueueCore* queue) noexcept {
+  constexpr std::size_t kAhead = 4;
+  const std::uint32_t generation = kernel::forkGeneration();
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i + kAhead < items.size()) prefetchItem(items[i + kAhead]);
+    runItem(items[i], queue);
+    if (kernel::forkGeneration() != generation) return;  // the others are the parent's
+  }
+}
+
+}  // namespace
+
+void FiredItems::flush() {
+  if (items_.empty()) return;
+  QueueCore* queue = queue_.core();
+  if (items_.size() > 1 && queue->kind() == QueueCore::Kind::serial) {
+    queue->push(makeBlock([items = std::move(items_), queue] { runAll(items, queue); }), Delivery::prompt,
+                Order::normal);
+  } else {
+    for (Item* item : items_) queue->push(item, Delivery::prompt, Order::normal);
+  }
+  items_.clear();
+}
+
+}  // namespace norvik::detail

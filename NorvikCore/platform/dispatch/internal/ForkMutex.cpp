@@ -1,0 +1,25 @@
+#include "NorvikCore/platform/dispatch/internal/ForkMutex.h"
+
+namespace norvik::detail {
+
+bool ForkMutex::lockSlowly() noexcept {
+  constexpr int kSpins = 60;
+  const std::uint32_t free = wordOfThisProcess();
+  std::uint32_t asTaken = free | kTaken;
+  for (int spin = 0;;) {
+    std::uint32_t word = word_.load(std::memory_order_relaxed);
+    if ((word & ~kStates) != free || word == free) {
+      const bool forked = word != free;
+      if (word_.compare_exchange_weak(word, asTaken, std::memory_order_acquire, std::memory_order_relaxed))
+        return forked;
+    } else if (spin < kSpins) {
+      ++spin;
+      spinPause();
+    } else if (word == (free | kContended) || word_.compare_exchange_weak(word, free | kContended)) {
+      futexWait(word_, free | kContended);
+      asTaken = free | kContended;  // there may be other sleepers: at worst one wake-up too many
+    }
+  }
+}
+
+}  // namespace norvik::detail

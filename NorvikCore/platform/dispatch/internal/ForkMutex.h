@@ -1,0 +1,40 @@
+// NorvikCore/platform/dispatch/internal/ForkMutex.h - a mutex of small objects that are too many for a list of all.
+//
+// A child made by fork() may find it locked by a thread that is not there. The word holds the generation of the process
+// (kernel::forkGeneration()) beside the state: one of an earlier generation is free, and who locks it first is told, to
+// put right what the mutex guards. Spins for about a microsecond before it sleeps.
+#pragma once
+
+#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::detail {
+
+class NK_CAPABILITY("mutex") ForkMutex {
+ public:
+  /// True the first time in a child made by fork().
+  [[nodiscard]] bool lock() noexcept NK_ACQUIRE() {
+    std::uint32_t free = wordOfThisProcess();
+    if (word_.compare_exchange_strong(free, free | kTaken, std::memory_order_acquire, std::memory_order_relaxed))
+        [[likely]]
+      return false;
+    return lockSlowly();
+  }
+  void unlock() noexcept NK_RELEASE() {
+    const std::uint32_t free = word_.load(std::memory_order_relaxed) & ~kStates;
+    if ((word_.exchange(free, std::memory_order_release) & kStates) == kContended) futexWake(&word_, 1);
+  }
+
+ private:
+  static constexpr std::uint32_t kTaken = 1, kContended = 2, kStates = 3;
+  static std::uint32_t wordOfThisProcess() noexcept { return kernel::forkGeneration() << 2; }
+  bool lockSlowly() noexcept;
+
+  std::atomic<std::uint32_t> word_{wordOfThisProcess()};
+};
+
+}  // namespace norvik::detail
