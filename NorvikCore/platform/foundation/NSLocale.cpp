@@ -183,11 +183,16 @@ constexpr struct {
      [](const NSLocale&, const icu::Locale& locale) -> Value { return delimiter(locale, ULOCDATA_ALT_QUOTATION_END); }},
 };
 
+/// The root for a text that is no identifier, as "Europe/London": ICU makes a locale of it that crashes its readers.
+icu::Locale localeOf(const NSString& identifier) {
+  icu::Locale locale = icu::Locale::createCanonical(identifier.str().c_str());
+  return locale.isBogus() ? icu::Locale::getRoot() : locale;
+}
+
 }  // namespace
 
 NSLocale::NSLocale(const NSString& identifier)
-    : data_(new detail::LocaleData(icu::Locale::createCanonical(identifier.str().c_str()))),
-      identifier_(data_->locale.getName()) {}
+    : data_(new detail::LocaleData(localeOf(identifier))), identifier_(data_->locale.getName()) {}
 
 NSLocale::~NSLocale() = default;
 

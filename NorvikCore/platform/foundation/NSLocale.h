@@ -5,7 +5,8 @@
 //   british->displayName();                               // "English (United Kingdom)"
 //
 // Identifiers are those of Unicode's locale data: "en_GB", "de_DE", "sr_Latn_RS", "" for no region at all. "en-GB" is
-// read too. A locale that the data does not know falls back to its language, then to the root.
+// read too. A locale that the data does not know falls back to its language, then to the root; a text that is no
+// identifier is the root.
 //
 // Threads: immutable; the class operations are synchronised.
 #pragma once

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "NorvikCore/platform/foundation/NSCalendar.h"
+#include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 
 namespace norvik {
@@ -67,6 +68,16 @@ TEST(NSLocale, IdentifiersComeBackInOneForm) {
   EXPECT_EQ(NSLocale::localeWithLocaleIdentifier("")->localeIdentifier(), "");
   EXPECT_EQ(NSLocale::systemLocale()->localeIdentifier(), "");
   EXPECT_EQ(NSLocale::initWithLocaleIdentifier("en_GB")->description(), "<NSLocale: en_GB>");
+}
+
+TEST(NSLocale, ATextThatIsNoIdentifierIsTheRoot) {
+  const Ref<NSLocale> none = NSLocale::localeWithLocaleIdentifier("Europe/London");
+  EXPECT_EQ(none->localeIdentifier(), "");
+  EXPECT_EQ(none->objectForKey(NSLocaleDecimalSeparator), Value("."));
+  const auto formatter = make<NSDateFormatter>();
+  formatter->setLocale(none);
+  formatter->setDateStyle(NSDateFormatterShortStyle);
+  EXPECT_EQ(formatter->dateFormat(), "y-MM-dd");
 }
 
 TEST(NSLocale, LocalesOfOneIdentifierAreEqual) {
