@@ -1,0 +1,53 @@
+// NorvikCore/values/NKSender.h - the sender of an action, with whatever the action needs to know and how to go on.
+//
+//   auto sender = NKSender::senderWithRepresentedObject(payslip);
+//   sender->setOnContinue([] { closePayRun(); });
+//   NSApplication::sharedApplication().sendAction_to_from("reviewPayslip:", window, sender);
+//   // there: NKSender::fromSender_getRepresentedObjectWithClass(sender, Payslip::staticClass())
+//
+// The closures are kept and never called here: the action decides when to call which. Each property may be read and set
+// on any thread; a closure captures what it needs, and what it captures lives as long as the sender.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/runtime/Block.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/runtime/SEL.h"
+#include "NorvikCore/platform/runtime/Weak.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace norvik {
+
+class NK_EXPORT NKSender : public NSObject {
+  NK_OBJECT(NKSender, NSObject)
+  NK_ATOMIC_PROPERTY(Block<void()>, onValidationSuccess, setOnValidationSuccess)
+  NK_ATOMIC_PROPERTY(Block<void()>, onContinue, setOnContinue)
+  NK_ATOMIC_PROPERTY(Block<void()>, onAlternateContinue, setOnAlternateContinue)
+  NK_ATOMIC_PROPERTY(Block<void()>, onCancel, setOnCancel)
+  NK_ATOMIC_PROPERTY(Ref<NSDictionary>, info, setInfo)
+  NK_STATEMENT(NK_PROPERTY_RECORD(senderTarget, setSenderTarget, "NSObject", false, true, true))
+  NK_ATOMIC_PROPERTY(std::optional<NSString>, identifier, setIdentifier)
+  NK_ATOMIC_PROPERTY(Value, representedObject, setRepresentedObject)
+  NK_ATOMIC_PROPERTY(SEL, action, setAction)
+  NK_ATOMIC_PROPERTY(std::int64_t, tag, setTag)
+  ~NKSender() override;
+
+  /// Not kept: empty once it is gone.
+  [[nodiscard]] Ref<NSObject> senderTarget() const { return senderTarget_.load().lock(); }
+  void setSenderTarget(const Ref<NSObject>& target);
+
+  [[nodiscard]] static Ref<NKSender> senderWithTag(std::int64_t tag);
+  [[nodiscard]] static Ref<NKSender> senderWithRepresentedObject(const Value& representedObject);
+  [[nodiscard]] static Ref<NKSender> senderWithOnContinue(const Block<void()>& onContinue);
+
+  /// The represented object of a sender where it is of that class or a subclass; absent where it is not, and where
+  /// `sender` is anything but an NKSender.
+  [[nodiscard]] static Value fromSender_getRepresentedObjectWithClass(const Value& sender, const Class& wanted);
+
+ private:
+  detail::AtomicStored<NKSender, Weak<NSObject>> senderTarget_;
+};
+
+}  // namespace norvik

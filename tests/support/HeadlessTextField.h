@@ -1,0 +1,55 @@
+// tests/support/HeadlessTextField.h - a text field without a screen: a value, the text that shows it, and a user who
+// types.
+//
+//   auto field = make<HeadlessTextField>();
+//   field->setFormatter(formatter);
+//   nk_bind_toObject_withKeyPath_options(*field, NSValueBinding, *slip, "grossPay", options);
+//   field->type("1250.5");            // each character goes through the formatter's partial-string check
+//   field->commit();                  // the text becomes a value, which goes to the slip through the binding
+//   field->text();                    // "1,250.50"
+#pragma once
+
+#include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/runtime/NSError.h"
+
+namespace norvik_test {
+
+class HeadlessTextField : public norvik::NSObject {
+  NK_OBJECT(HeadlessTextField, NSObject)
+  NK_COMPUTED_PROPERTY_WITH_SETTER(norvik::Value, value, setValue)
+  NK_PROPERTY(norvik::Ref<norvik::NSFormatter>, formatter, setFormatter)
+  NK_PROPERTY(bool, editable, setEditable)
+  NK_PROPERTY(bool, enabled, setEnabled)
+
+ public:
+  [[nodiscard]] const norvik::Value& value() const { return value_; }
+  /// Shows the value, in place of what the user has typed.
+  void setValue(const norvik::Value& value);
+
+  [[nodiscard]] const norvik::NSString& text() const { return text_; }
+  void select(norvik::NSRange selection) { selection_ = selection; }
+  /// Types the characters one after the other over the selection. False where an edit was refused or changed. A field
+  /// that is not editable takes none.
+  bool type(const norvik::NSString& characters);
+  /// The end of editing. False where the formatter cannot read the text or the model refuses the value: the text stays
+  /// for the user to mend, and error() or whyUnreadable() says why.
+  bool commit();
+  /// Back to the text of the value.
+  void cancel() { show(); }
+
+  [[nodiscard]] const norvik::Ref<norvik::NSError>& error() const { return error_; }
+  [[nodiscard]] const norvik::NSString& whyUnreadable() const { return whyUnreadable_; }
+
+ private:
+  bool edit(const norvik::NSString& inserted);
+  bool push(bool keepsText);
+  void show();
+
+  norvik::Value value_;
+  norvik::NSString text_, whyUnreadable_;
+  norvik::NSRange selection_{0, 0};
+  norvik::Ref<norvik::NSError> error_;
+  bool keepsText_ = false;  ///< while the user types on, what the model makes of the value does not replace the text
+};
+
+}  // namespace norvik_test
