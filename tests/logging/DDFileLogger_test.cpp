@@ -9,7 +9,6 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
-#include "tests/support/PrivateMount.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <fcntl.h>
@@ -34,7 +33,6 @@ using kernel::SystemLogCapture;
 using test::allLinesIn;
 using test::filesIn;
 using test::linesOf;
-using test::PrivateMount;
 using test::RecordingManager;
 using test::say;
 using test::TemporaryFolder;
@@ -557,62 +555,6 @@ TEST_F(DDFileLoggerTest, OtherExceptionsPassAndEndTheProcess) {
         sayNow("text");
       },
       ::testing::KilledBySignal(SIGABRT), "not an NSException");
-}
-
-TEST_F(DDFileLoggerTest, AFullDiskLosesLinesAndWritingGoesOnWhenThereIsRoom) {
-  RUN_IN_CHILD({
-    const PrivateMount tmpfs("tmpfs", "size=64k");
-    if (!tmpfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: a full disk is not tested"));
-    clean();
-    const SystemLogCapture console;
-    const auto full = DDFileLogger::initWithLogFileManager(make<RecordingManager>(tmpfs.folder().path("logs")));
-    full->setLogFormatter(nullptr);
-    DDLog::addLogger(full);
-    const std::string ballast = tmpfs.folder().write("ballast", std::string(32768, 'x'));
-    for (int i = 0; i < 100; ++i) sayNow(std::string(1000, 'y'));
-    EXPECT_EQ(console.lines().size(), 11U);
-    EXPECT_THAT(console.lines()[0], ::testing::HasSubstr("No space left on device"));
-    fs::remove(ballast);
-    sayNow("room again");
-    EXPECT_EQ(allLinesIn(tmpfs.folder().path("logs")).back(), "room again");
-  });
-}
-
-TEST_F(DDFileLoggerTest, AReadOnlyFolderLosesLinesAndWritingGoesOnWhenItIsWritable) {
-  RUN_IN_CHILD({
-    const PrivateMount tmpfs("tmpfs", "size=1m");
-    if (!tmpfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: a read-only folder is not tested"));
-    clean();
-    if (!tmpfs.makeReadOnly()) return static_cast<void>(std::puts("not allowed to remount"));
-    const std::string logs = tmpfs.folder().path();
-    const auto refused = DDFileLogger::initWithLogFileManager(make<RecordingManager>(logs));
-    refused->setLogFormatter(nullptr);
-    DDLog::addLogger(refused);
-    sayNow("lost");
-    EXPECT_TRUE(filesIn(logs).empty());
-    ASSERT_EQ(mount("none", logs.c_str(), nullptr, MS_REMOUNT, nullptr), 0);
-    for (int i = 0; i < 1000; ++i) sayNow("lost at worst");
-    sayNow("here");
-    ASSERT_EQ(filesIn(logs).size(), 1U);
-    EXPECT_EQ(allLinesIn(logs).back(), "here");
-  });
-}
-
-TEST_F(DDFileLoggerTest, WorksOnAFileSystemWithoutAttributesAndBirthTimes) {
-  RUN_IN_CHILD({
-    const PrivateMount ramfs("ramfs");
-    if (!ramfs.mounted()) return static_cast<void>(std::puts("not allowed to mount: ramfs is not tested"));
-    clean();
-    const std::string logs = ramfs.folder().path("logs");
-    const auto other = DDFileLogger::initWithLogFileManager(make<RecordingManager>(logs));
-    other->setLogFormatter(nullptr);
-    other->setMaximumFileSize(10);
-    other->logFileManager()->setMaximumNumberOfLogFiles(2);
-    DDLog::addLogger(other);
-    for (int i = 0; i < 8; ++i) sayNow("0123456789");
-    EXPECT_EQ(filesIn(logs).size(), 3U);
-    for (const std::string& path : filesIn(logs)) EXPECT_TRUE(isArchived(path));
-  });
 }
 
 TEST_F(DDFileLoggerTest, TheLoggersOwnFileSurvivesCleanUp) {

@@ -102,6 +102,22 @@ TEST(DDLogProcess, LinesSurviveACrashSoonAfter) {
   EXPECT_EQ(allLinesIn(folder.path()).size(), 10000U);
 }
 
+TEST(DDLogProcess, AFileLoggerWithoutMessagesTakesNoProcessorTime) {
+  const TemporaryFolder folder;
+  Child child({"idle", folder.path()});
+  EXPECT_EQ(child.wait(), 0);
+  ASSERT_EQ(child.output().size(), 1U);
+  EXPECT_LT(std::stol(child.output()[0]), 5000) << "microseconds of one second: more than 0.5 % of a processor";
+}
+
+TEST(DDLogProcess, OnOneProcessorTheLoggersRunOneAfterTheOther) {
+  Child child({"one-processor"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_THAT(child.output(),
+              ElementsAre("a begins queued", "a ends", "b begins queued", "b ends", "c begins queued", "c ends",
+                          "a begins now", "a ends", "b begins now", "b ends", "c begins now", "c ends"));
+}
+
 TEST(DDLogProcess, ProcessesMayShareAFileAndLoseNothing) {
   const TemporaryFolder folder;
   folder.write("log-ABC123.txt");

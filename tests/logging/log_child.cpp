@@ -6,10 +6,14 @@
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -56,6 +60,20 @@ class Quiet : public DDAbstractLogger {
   NK_OBJECT(Quiet, DDAbstractLogger)
 };
 
+/// Says when it begins and ends, and gives others every chance to come between.
+class Slow : public DDAbstractLogger {
+  NK_OBJECT(Slow, DDAbstractLogger)
+  explicit Slow(const char* name) : name_(name) {}
+  void logMessage(const DDLogMessage& message) override {
+    std::printf("%s begins %s\n", name_, message.logMsg().str().c_str());
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();
+    std::printf("%s ends\n", name_);
+  }
+
+ private:
+  const char* name_;
+};
+
 struct LogsInItsDestructor {
   ~LogsInItsDestructor() {
     if (ending == "static") say("from a static destructor");
@@ -67,6 +85,21 @@ void addFileLogger(const char* folder) {
   logger->setLogFormatter(nullptr);
   logger->setMaximumFileSize(0);
   DDLog::addLogger(logger);
+}
+
+/// Of this process so far.
+long processorMicroseconds() {
+  rusage used{};
+  getrusage(RUSAGE_SELF, &used);
+  return (used.ru_utime.tv_sec + used.ru_stime.tv_sec) * 1'000'000 + used.ru_utime.tv_usec + used.ru_stime.tv_usec;
+}
+
+void waitNanoseconds(std::int64_t nanoseconds) {
+  const std::int64_t end = kernel::monotonicNanoseconds() + nanoseconds;
+  while (kernel::monotonicNanoseconds() < end) {
+    const std::timespec pause{0, std::min<long>(end - kernel::monotonicNanoseconds(), 999'999'999)};
+    nanosleep(&pause, nullptr);
+  }
 }
 
 [[noreturn]] void killOneself() {
@@ -87,9 +120,24 @@ int main(int argc, char** argv) {
   }
   if (ending == "abort") {
     for (int i = 0; i < 10000; ++i) say("line");
-    const std::timespec pause{0, 20'000'000};
-    nanosleep(&pause, nullptr);
+    waitNanoseconds(20'000'000);
     std::abort();
+  }
+  if (ending == "idle") {  // prints the microseconds of processor time that a second without calls takes
+    for (int i = 0; i < 1000; ++i) say("busy before");
+    DDLog::flushLog();
+    waitNanoseconds(300'000'000);
+    const long before = processorMicroseconds();
+    waitNanoseconds(1'000'000'000);
+    std::printf("%ld\n", processorMicroseconds() - before);
+    return 0;
+  }
+  if (ending == "one-processor") {
+    const kernel::ProcessorCountOverride one(1);
+    for (const char* name : {"a", "b", "c"}) DDLog::addLogger(make<Slow>(name));
+    say("queued");
+    say("now", false);
+    return 0;
   }
   if (ending == "append") {
     for (int i = 0; i < 2000; ++i) say("a line of the process");
