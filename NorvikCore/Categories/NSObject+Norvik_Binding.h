@@ -28,7 +28,8 @@ class NSArray;
 class NSError;
 
 /// Options in which the tokens under NKBind have become the platform's options, which they overwrite; the options
-/// themselves where they have no such key. Empty for an empty Ref.
+/// themselves where they have no such key. Empty for an empty Ref. Anything but a text under NKBind raises
+/// NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> nk_processBindOptions(const NSObject& receiver,
                                                                 const Ref<NSDictionary>& options);
 
@@ -60,7 +61,8 @@ NK_EXPORT void nk_bind_toObject_withKeyPath_options_block_reverseBlock(NSObject&
 NK_EXPORT bool nk_updateBoundValue(NSObject& receiver, const Value& value, Ref<NSError>* error = nullptr);
 
 /// Binds the target as the receiver is bound under these names, then unbinds the receiver, last name first. Names that
-/// are not bound are passed over. Options go over as they are, without being processed again.
+/// are not bound are passed over. Options go over as they are, without being processed again. What binding the target
+/// raises leaves the receiver bound; a receiver that is its own target ends unbound.
 NK_EXPORT void nk_transferBindingsTo(NSObject& receiver, NSObject& target, const NSArray& bindings);
 
 /// What the binding observes, absent where there is none. Where that is an NSTableCellView and `extended` is true, the

@@ -28,14 +28,15 @@ NK_EXPORT void nk_safelyRemoveObserver(NSObject& receiver, NSObject& observer, c
 /// the form with a context.
 NK_EXPORT void nk_safelyRemoveObserver(NSObject& receiver, NSObject& observer, const NSString& keyPath);
 
-// A change by hand of the last key of the path, announced on the object that owns it. Nothing where the path breaks
-// off.
+// A change by hand of the last key of the path, announced on the object that owns it, which must be the same one both
+// times. Nothing where there is none.
 NK_EXPORT void nk_willChangeValueForKeyPath(NSObject& receiver, const NSString& keyPath);
 NK_EXPORT void nk_didChangeValueForKeyPath(NSObject& receiver, const NSString& keyPath);
 
 /// The object that owns the last key of the path, and through `key`, where given, that key; empty where the path breaks
-/// off. Of a path of one key that is the receiver itself. Components equal to the last key are left out wherever they
-/// stand: of "a.b.a" the owner is the object at "b".
+/// off or a plain value stands there. Of a path of one key that is the receiver itself. Components equal to the last
+/// key are left out wherever they stand: of "a.b.a" the owner is the object at "b", and "a.a" leaves no path to read,
+/// which raises NSUndefinedKeyException.
 [[nodiscard]] NK_EXPORT Ref<NSObject> nk_receiverForKeyPath(NSObject& receiver, const NSString& keyPath,
                                                             NSString* key = nullptr);
 

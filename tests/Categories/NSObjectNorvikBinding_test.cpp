@@ -80,6 +80,15 @@ TEST(NSObjectNorvikBinding, TokensOverwriteAndTheGivenOptionsStayAsTheyWere) {
   EXPECT_EQ(given->objectForKey(NSValidatesImmediatelyBindingOption), Value(false));
 }
 
+TEST(NSObjectNorvikBinding, OnlyATextHoldsTokens) {
+  auto field = make<BoundField>();
+  EXPECT_RAISES(static_cast<void>(nk_processBindOptions(*field, NSDictionary::dictionaryWith({{NKBind, 1}}))),
+                "NSInvalidArgumentException");
+  EXPECT_RAISES(
+      static_cast<void>(nk_processBindOptions(*field, NSDictionary::dictionaryWith({{NKBind, Value::null()}}))),
+      "NSInvalidArgumentException");
+}
+
 // Binding.
 
 TEST(NSObjectNorvikBinding, BindsWithProcessedOptions) {
@@ -287,6 +296,25 @@ TEST(NSObjectNorvikBinding, OptionsThatMoveAreNotProcessedAgain) {
   bind(*from, *slip, "grossPay", tokens("validate"));
   nk_transferBindingsTo(*from, *to, *NSArray::arrayWithObjects(NSValueBinding));
   EXPECT_EQ(infoForBinding(*to, NSValueBinding)->objectForKey(NSOptionsKey), Value(tokens("validate")));
+}
+
+TEST(NSObjectNorvikBinding, ATargetThatCannotBeBoundLeavesTheReceiverBound) {
+  auto slip = make<BoundSlip>();
+  auto from = make<BoundField>();
+  auto to = make<BoundEmployee>();  // has no key "value"
+  bind(*from, *slip, "grossPay");
+  EXPECT_RAISES(nk_transferBindingsTo(*from, *to, *NSArray::arrayWithObjects(NSValueBinding)), "NSUnknownKeyException");
+  slip->setGrossPay(5_dec);
+  EXPECT_EQ(from->value(), Value(5_dec));
+}
+
+TEST(NSObjectNorvikBinding, AReceiverThatIsItsOwnTargetEndsUnbound) {
+  auto slip = make<BoundSlip>();
+  auto field = make<BoundField>();
+  bind(*field, *slip, "grossPay");
+  nk_transferBindingsTo(*field, *field, *NSArray::arrayWithObjects(NSValueBinding));
+  EXPECT_FALSE(infoForBinding(*field, NSValueBinding));
+  EXPECT_FALSE(slip->isObserved());
 }
 
 TEST(NSObjectNorvikBinding, WithoutBindingsNothingMoves) {

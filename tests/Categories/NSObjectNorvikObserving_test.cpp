@@ -36,10 +36,6 @@ class ObservingWarnings : public ::testing::Test {
   Ref<PathRecorder> watcher = make<PathRecorder>();
 };
 
-class Unfriendly : public NSObject {
-  NK_OBJECT(Unfriendly, NSObject)
-};
-
 using NSObjectNorvikObserving = ObservingWarnings;
 
 TEST_F(NSObjectNorvikObserving, HeaderExample) {
@@ -227,6 +223,13 @@ TEST_F(NSObjectNorvikObserving, ComponentsEqualToTheKeyAreLeftOut) {
 TEST_F(NSObjectNorvikObserving, APathOfOneKeyRepeatedHasNoOwner) {
   auto node = make<Node>();
   EXPECT_RAISES(static_cast<void>(nk_receiverForKeyPath(*node, "a.a")), "NSUnknownKeyException");
+}
+
+TEST_F(NSObjectNorvikObserving, APlainValueOwnsNoKeys) {
+  slip->setNote("a text");
+  EXPECT_FALSE(nk_receiverForKeyPath(*slip, "note.length"));
+  nk_willChangeValueForKeyPath(*slip, "note.length");
+  nk_didChangeValueForKeyPath(*slip, "note.length");
 }
 
 TEST_F(NSObjectNorvikObserving, APathThatBreaksOffHasNoOwnerAndIsNotAnnounced) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/support/ExpectRaises.h"
 
 namespace norvik {
@@ -49,6 +51,21 @@ TEST(NKSelectableItem, DescribesItemAndFlag) {
   EXPECT_EQ(NKSelectableItem::selectableItem("April", true)->description(), "April, selected : Yes");
   EXPECT_EQ(NKSelectableItem::selectableItem(4, false)->description(), "4, selected : No");
   EXPECT_EQ(NKSelectableItem::selectableItem(Value(), false)->description(), "(null), selected : No");
+}
+
+TEST(NKSelectableItemThreads, ItemAndFlagAreReadAndSetOnSeveralThreads) {
+  auto list = NSArray::arrayWithObjects(NKSelectableItem::selectableItem("April", false));
+  const auto item = list->objectAtIndex(0).as<Ref<NKSelectableItem>>();
+  const auto setAndTake = [&](bool selects) {
+    for (int i = 0; i < 500; ++i) {
+      item->setSelected(selects);
+      item->setItem(selects ? "a text that does not fit into the object itself" : "May");
+      static_cast<void>(NKSelectableItem::takeSelectedItemsFrom(*list)->count());
+      static_cast<void>(item->description());
+    }
+  };
+  { std::jthread one(setAndTake, true), two(setAndTake, false); }
+  EXPECT_TRUE(item->item() == Value("May") || item->item() == Value("a text that does not fit into the object itself"));
 }
 
 }  // namespace
