@@ -1,0 +1,40 @@
+// examples/dispatch/glib_loop.cpp - a GLib or GTK program, whose main loop runs the main queue's blocks.
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+
+#include <glib-unix.h>
+
+#include <cstdio>
+
+using namespace norvik;
+
+namespace {
+
+/// Reads in the background and shows on the main thread, then calls `done` there.
+template <class Done>
+void startImport(Done done) {
+  auto reader = TSKDispatchQueue::dispatchQueueWithLabel("import");
+  reader->dispatchAsynchronously([done] {
+    const int employees = 40;  // as many as were read
+    TSKDispatchQueue::mainDispatchQueue()->dispatchAsynchronously([done, employees] {
+      std::printf("%d employees\n", employees);
+      done();
+    });
+  });
+}
+
+}  // namespace
+
+int main() {
+  GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+  startImport([loop] { g_main_loop_quit(loop); });
+
+  // The loop.
+  const auto drain = [](gint, GIOCondition, gpointer) -> gboolean {
+    dispatch_main_queue_drain();
+    return G_SOURCE_CONTINUE;
+  };
+  g_unix_fd_add(dispatch_main_queue_descriptor(), G_IO_IN, drain, nullptr);
+  g_main_loop_run(loop);
+  g_main_loop_unref(loop);
+}

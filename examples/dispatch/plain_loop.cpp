@@ -1,0 +1,38 @@
+// examples/dispatch/plain_loop.cpp - a program whose own loop runs the main queue's blocks.
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
+
+#include <poll.h>
+
+#include <cstdio>
+
+using namespace norvik;
+
+namespace {
+
+/// Reads in the background and shows on the main thread, then calls `done` there.
+template <class Done>
+void startImport(Done done) {
+  auto reader = TSKDispatchQueue::dispatchQueueWithLabel("import");
+  reader->dispatchAsynchronously([done] {
+    const int employees = 40;  // as many as were read
+    TSKDispatchQueue::mainDispatchQueue()->dispatchAsynchronously([done, employees] {
+      std::printf("%d employees\n", employees);
+      done();
+    });
+  });
+}
+
+}  // namespace
+
+int main() {
+  bool running = true;
+  startImport([&running] { running = false; });
+
+  // The loop.
+  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
+  while (running) {
+    poll(&ready, 1, -1);  // and the program's other descriptors
+    dispatch_main_queue_drain();
+  }
+}
