@@ -3,8 +3,8 @@
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/runtime/NSException.h"
 
 #include <atomic>

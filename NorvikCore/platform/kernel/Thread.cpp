@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/kernel/Thread.h"
 
+#include "NorvikCore/platform/kernel/Fork.h"
+
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <time.h>
@@ -7,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <string>
 
@@ -33,15 +34,11 @@ struct ThreadState {
 };
 thread_local constinit ThreadState state{};
 
-std::atomic<std::uint32_t> generation{0};
-
-void inForkedChild() {
-  generation.fetch_add(1, std::memory_order_relaxed);
-  state.id = 0;
-}
-
 // Registered while the library is loaded, before anybody can fork.
-[[maybe_unused]] const int forkHandlerRegistered = pthread_atfork(nullptr, nullptr, inForkedChild);
+[[maybe_unused]] const bool forgetsIdInChild = [] {
+  atFork(nullptr, nullptr, [] { state.id = 0; });
+  return true;
+}();
 
 const ThreadState& identify() noexcept {
   if (state.id == 0) [[unlikely]] {
@@ -96,8 +93,6 @@ std::int64_t coarseMilliseconds() noexcept {
 std::uint32_t currentThreadId() noexcept { return identify().id; }
 
 bool isMainThread() noexcept { return identify().isMain; }
-
-std::uint32_t forkGeneration() noexcept { return generation.load(std::memory_order_relaxed); }
 
 void setCurrentThreadName(std::string_view name) {
   if (name.empty()) {

@@ -32,8 +32,4 @@ NK_EXPORT void setCurrentThreadName(std::string_view name);
 /// good until the calling thread asks again or is renamed.
 [[nodiscard]] NK_EXPORT std::string_view currentThreadName() noexcept;
 
-/// How many forks lie between the first process that loaded the library and this one: 0, and one more in each child.
-/// What was started in threads of an earlier generation is gone, and its locks may stay locked for ever.
-[[nodiscard]] NK_EXPORT std::uint32_t forkGeneration() noexcept;
-
 }  // namespace norvik::kernel

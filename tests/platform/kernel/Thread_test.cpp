@@ -66,13 +66,6 @@ TEST(Thread, AForkedChildHasItsOwnIdAndItsThreadIsTheMainThread) {
   });
 }
 
-TEST(Thread, EachForkIsAGeneration) {
-  const std::uint32_t here = kernel::forkGeneration();
-  EXPECT_TRUE(holdsInChild([&] { return kernel::forkGeneration() == here + 1; }));
-  EXPECT_TRUE(holdsInChild([&] { return holdsInChild([&] { return kernel::forkGeneration() == here + 2; }); }));
-  EXPECT_EQ(kernel::forkGeneration(), here);
-}
-
 TEST(Thread, TheKernelGetsTheBeginningOfALongName) {
   onThread([] {
     kernel::setCurrentThreadName("0123456789abcdefghij");

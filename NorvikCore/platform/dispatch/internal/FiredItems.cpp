@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/dispatch/internal/FiredItems.h"
 
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
-#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 
 #include <cstddef>
 #include <utility>

@@ -1,8 +1,7 @@
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
 
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
-
-#include <pthread.h>
+#include "NorvikCore/platform/kernel/Fork.h"
 
 namespace norvik::detail {
 
@@ -27,7 +26,7 @@ class ForkRegistry {
   }
 
  private:
-  ForkRegistry() { pthread_atfork(&beforeFork, &afterForkInParent, &afterForkInChild); }
+  ForkRegistry() { kernel::atFork(&beforeFork, &afterForkInParent, &afterForkInChild); }
 
   static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.lock(); }
   static void afterForkInParent() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.unlock(); }

@@ -5,8 +5,8 @@
 // put right what the mutex guards. Spins for about a microsecond before it sleeps.
 #pragma once
 
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <atomic>

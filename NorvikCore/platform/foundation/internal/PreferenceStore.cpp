@@ -3,9 +3,8 @@
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/runtime/NSException.h"
-
-#include <pthread.h>
 
 #include <algorithm>
 #include <utility>
@@ -44,7 +43,7 @@ class PreferenceStores {
 
  private:
   PreferenceStores() {
-    pthread_atfork(&beforeFork, &afterFork, &afterFork);
+    kernel::atFork(&beforeFork, &afterFork, &afterFork);
     atProcessEnd(&closeAll);
   }
 
