@@ -1,12 +1,11 @@
 #include "NorvikCore/platform/dispatch/Group.h"
 
 #include "NorvikCore/platform/dispatch/internal/GroupCore.h"
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -24,8 +23,7 @@ void GroupCore::leave() noexcept {
       count_.fetch_add(1, std::memory_order_relaxed);
       return;
     }
-    std::fputs("BUG: dispatch_group_leave without dispatch_group_enter\n", stderr);
-    std::abort();
+    reportMisuse("dispatch_group_leave without dispatch_group_enter");
   }
   generation_.fetch_add(1, std::memory_order_seq_cst);
   if (sleepers_.load(std::memory_order_seq_cst) > 0) futexWake(&generation_, INT_MAX);

@@ -26,7 +26,7 @@ using dispatch_group_t = detail::Handle<detail::GroupCore>;
 
 /// Counts one more; each call needs a dispatch_group_leave(), from any thread.
 NK_EXPORT void dispatch_group_enter(const dispatch_group_t& group);
-/// Counts one less. Leaving an empty group aborts with a line that begins "BUG".
+/// Counts one less. Leaving an empty group aborts with a line "BUG: ..." on the system console.
 NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
 
 /// Waits until the group is empty. 0, or something else when `timeout` came first.

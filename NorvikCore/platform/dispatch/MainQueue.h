@@ -24,7 +24,7 @@ namespace norvik {
 
 /// Runs blocks of the main queue: those that were queued when it was called, `limit` at most, and tells how many.
 /// Blocks queued meanwhile wait for the next drain, so a block that queues itself again does not hold the loop. Main
-/// thread only, and not within itself, else the process aborts with a line that begins "BUG".
+/// thread only, and not within itself, else the process aborts with a line "BUG: ..." on the system console.
 NK_EXPORT std::size_t dispatch_main_queue_drain(std::size_t limit = ~std::size_t{0});
 
 /// A descriptor that is readable while blocks wait on the main queue. Poll it; never read, write or close it. The same

@@ -15,6 +15,21 @@ namespace norvik {
 
 using detail::QueueCore;
 
+namespace {
+
+bool isShared(const QueueCore* queue) {
+  return queue->kind() == QueueCore::Kind::global || queue->kind() == QueueCore::Kind::main;
+}
+
+QueueCore& suspendable(const dispatch_queue_t& queue, const char* function) {
+  detail::requireQueue(queue, function);
+  if (isShared(queue.core()))
+    detail::raise("NSInvalidArgumentException", std::string(function) + ": this queue is everybody's");
+  return *queue.core();
+}
+
+}  // namespace
+
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attribute,
                                        const dispatch_queue_t& target) {
   QueueCore* queue = attribute == DISPATCH_QUEUE_CONCURRENT
@@ -31,8 +46,7 @@ dispatch_queue_t dispatch_get_global_queue() { return dispatch_queue_t::share(de
 
 void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target) {
   detail::requireQueue(queue, "dispatch_set_target_queue");
-  const auto kind = queue.core()->kind();
-  if (kind == QueueCore::Kind::global || kind == QueueCore::Kind::main)
+  if (isShared(queue.core()))
     detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: this queue has no target");
   for (const QueueCore* above = target.core(); above != nullptr; above = above->target()) {
     if (above == queue.core())
@@ -45,6 +59,9 @@ void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_que
   queue.core()->leave(detail::Order::barrier);
   if (old != nullptr) old->release();
 }
+
+void dispatch_suspend(const dispatch_queue_t& queue) { suspendable(queue, "dispatch_suspend").suspend(); }
+void dispatch_resume(const dispatch_queue_t& queue) { suspendable(queue, "dispatch_resume").resume(); }
 
 const char* dispatch_queue_get_label(const dispatch_queue_t& queue) {
   detail::requireQueue(queue, "dispatch_queue_get_label");

@@ -11,9 +11,9 @@
 // Memory:  handles are counted. A queue with blocks lives until they have run; a block is destroyed right after it has
 //          run, on the thread that ran it.
 // Errors:  an exception that leaves a synchronous block reaches the caller. One that leaves an asynchronous block ends
-//          the process: what() and the queue's label go to the standard error stream, then std::terminate(). A call
+//          the process: what() and the queue's label go to the system console, then std::terminate(). A call
 //          with an empty handle raises NSInvalidArgumentException. A call that could never return (a synchronous block
-//          for a queue that the calling code holds) prints a line that begins "BUG" and aborts.
+//          for a queue that the calling code holds) writes a line "BUG: ..." to the system console and aborts.
 // Cost:    a synchronous block on an idle queue runs on the caller's thread, for two atomic operations. An asynchronous
 //          one costs a piece of a page of the thread's own and one atomic operation, and the wake-up of a worker where
 //          all sleep.
@@ -56,9 +56,17 @@ inline constexpr dispatch_current_queue_label_t DISPATCH_CURRENT_QUEUE_LABEL{};
 [[nodiscard]] NK_EXPORT dispatch_queue_t dispatch_get_global_queue();
 
 /// Moves the queue, with the blocks that wait on it, to another target (empty: none). Waits for the blocks that were
-/// queued before; not for use in a block of the queue itself. Global and main queue have no target, and no queue may
-/// become its own target in any number of steps: NSInvalidArgumentException.
+/// queued before, and for the resume of a suspended queue; not for use in a block of the queue itself. Global and main
+/// queue have no target, and no queue may become its own target in any number of steps: NSInvalidArgumentException.
 NK_EXPORT void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target);
+
+/// Counted: from dispatch_suspend() until it has been resumed as often as suspended the queue begins no block, save
+/// that one may be beginning this very moment if the call comes from elsewhere. A block that is running goes on; what
+/// is queued keeps its order and waits, and so does dispatch_sync(). Suspending a queue holds up the queues that target
+/// it, not its own target. A queue whose last handle goes is resumed. One resume too many aborts with a line "BUG:
+/// ...". Global and main queue are everybody's and cannot be suspended: NSInvalidArgumentException.
+NK_EXPORT void dispatch_suspend(const dispatch_queue_t& queue);
+NK_EXPORT void dispatch_resume(const dispatch_queue_t& queue);
 
 /// The queue's label, "" where it has none. The text lives as long as the queue.
 [[nodiscard]] NK_EXPORT const char* dispatch_queue_get_label(const dispatch_queue_t& queue);

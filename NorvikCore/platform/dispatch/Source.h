@@ -72,8 +72,8 @@ NK_EXPORT void dispatch_source_set_timer(const dispatch_source_t& source, dispat
                                          std::uint64_t leeway);
 
 /// Counted: a source is at work while it has been resumed as often as suspended, its creation included. One resume too
-/// many aborts with a line that begins "BUG". What fires meanwhile is handled, once, after the resume. A handler that
-/// is running goes on.
+/// many aborts with a line "BUG: ..." on the system console. What fires meanwhile is handled, once, after the resume. A
+/// handler that is running goes on.
 NK_EXPORT void dispatch_suspend(const dispatch_source_t& source);
 NK_EXPORT void dispatch_resume(const dispatch_source_t& source);
 

@@ -1,3 +1,4 @@
+#include "NorvikCore/platform/dispatch/Apply.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -191,6 +192,61 @@ TEST_F(Fork, WhereATimersHandlerForksTheOthersThatAreDueStayTheParents) {
   }
   clock.advance(10);
   EXPECT_EQ(dispatch_sync(queue, [&] { return seen; }), "abc");
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST_F(Fork, ASuspendedQueueIsSuspendedInTheChildToo) {
+  NK_SKIP_UNDER_TSAN();
+  auto target = dispatch_queue_create("target");
+  auto serial = dispatch_queue_create("serial", DISPATCH_QUEUE_SERIAL, target);
+  auto concurrent = dispatch_queue_create("concurrent", DISPATCH_QUEUE_CONCURRENT, target);
+  std::atomic<int> old{0};
+  for (const auto& queue : {serial, concurrent}) {
+    dispatch_suspend(queue);
+    dispatch_async(queue, [&] { ++old; });
+  }
+  EXPECT_EQ(inChild([&] {
+              bool right = true;
+              for (const auto& queue : {serial, concurrent}) {
+                std::atomic<int> ran{0};
+                dispatch_async(queue, [&] { ++ran; });
+                dispatch_sync(target, [] {});
+                right = right && ran == 0;
+                dispatch_resume(queue);
+                dispatch_barrier_sync(queue, [] {});
+                right = right && ran == 1;
+              }
+              return right && old == 0;
+            }),
+            "");
+  for (const auto& queue : {serial, concurrent}) {
+    dispatch_resume(queue);
+    dispatch_barrier_sync(queue, [] {});
+  }
+  EXPECT_EQ(old.load(), 2) << "the parent goes on";
+}
+
+TEST_F(Fork, InAChildMadeByARoundTheLoopsCallerGoesOnAlone) {
+  NK_SKIP_UNDER_TSAN();
+  // The helper's round waits for the fork, so that the caller has the other one.
+  auto forked = dispatch_semaphore_create(0);
+  const auto caller = std::this_thread::get_id();
+  pid_t child = -1;
+  std::atomic<int> ended{0};
+  dispatch_apply(2, dispatch_get_global_queue(), [&](std::size_t) {
+    if (std::this_thread::get_id() == caller && child == -1) {
+      child = fork();
+      if (child == 0) alarm(20);
+      if (child > 0) dispatch_semaphore_signal(forked);
+    } else if (std::this_thread::get_id() != caller) {
+      dispatch_semaphore_wait(forked, DISPATCH_TIME_FOREVER);
+    }
+    ++ended;
+  });
+  if (child == 0) _exit(ended >= 1 ? 0 : 1);
+  EXPECT_EQ(ended.load(), 2);
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);

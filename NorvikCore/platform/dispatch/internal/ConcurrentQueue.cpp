@@ -3,6 +3,8 @@
 #include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 
+#include <utility>
+
 namespace norvik::detail {
 namespace {
 
@@ -10,7 +12,9 @@ Order orderOf(const Item* item) { return (item->queueFlags & kItemBarrier) != 0 
 
 }  // namespace
 
-bool ConcurrentQueue::mayRun(Order order) const { return !barrierRuns_ && (order == Order::normal || running_ == 0); }
+bool ConcurrentQueue::mayRun(Order order) const {
+  return !suspended_ && !barrierRuns_ && (order == Order::normal || running_ == 0);
+}
 
 void ConcurrentQueue::begin(Order order) {
   ++running_;
@@ -61,8 +65,9 @@ void ConcurrentQueue::enter(Order order) {
       begin(order);
       return;
     }
-    // What it waits for waits, in turn, for the block that this thread is in.
-    if (isHeld(this)) reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
+    // What it waits for waits, in turn, for the block that this thread is in; or for a resume.
+    if (!suspended_ && isHeld(this))
+      reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
     pending_.append(&waiter);
   }
   waiter.wait(this);
@@ -83,6 +88,10 @@ void ConcurrentQueue::runTicket() {
   Item* item = nullptr;
   {
     const QueueLock lock(mutex_);
+    if (suspended_) {
+      ++keptTickets_;
+      return;
+    }
     item = admitted_.takeFirst();
   }
   {
@@ -90,6 +99,22 @@ void ConcurrentQueue::runTicket() {
     runItem(item, this);
   }
   leave(Order::normal);
+}
+
+void ConcurrentQueue::beginSuspension() noexcept {
+  const QueueLock lock(mutex_);
+  suspended_ = true;
+}
+
+void ConcurrentQueue::endSuspension() noexcept {
+  Admission admission;
+  {
+    const QueueLock lock(mutex_);
+    suspended_ = false;
+    admission.tickets = std::exchange(keptTickets_, 0);
+    admit(admission);
+  }
+  carryOut(admission, Delivery::prompt);
 }
 
 void ConcurrentQueue::resetAfterFork() noexcept {
@@ -100,6 +125,8 @@ void ConcurrentQueue::resetAfterFork() noexcept {
   admitted_.forget();
   running_ = framesOnThisThread(this);
   barrierRuns_ = barrierRuns_ && running_ == 1;
+  suspended_ = resetSuspensionAfterFork();
+  keptTickets_ = 0;
 }
 
 }  // namespace norvik::detail

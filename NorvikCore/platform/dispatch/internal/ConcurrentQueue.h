@@ -2,7 +2,8 @@
 //
 // Items are admitted in order: an ordinary one unless a barrier runs, a barrier once nothing runs; what stands behind
 // one that cannot be admitted waits. For each admitted block a ticket goes to the target or to the workers, and whoever
-// gets the ticket runs the admitted block that is longest here. An admitted waiter goes on by itself.
+// gets the ticket runs the admitted block that is longest here. An admitted waiter goes on by itself. While the queue
+// is suspended nothing is admitted, and tickets that come up are kept.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
@@ -32,12 +33,16 @@ class ConcurrentQueue final : public QueueCore {
   void admit(Admission& admission) NK_REQUIRES(mutex_);
   void carryOut(Admission& admission, Delivery delivery);
   void runTicket();
+  void beginSuspension() noexcept override;
+  void endSuspension() noexcept override;
 
   QueueMutex mutex_;
   ItemList pending_ NK_GUARDED_BY(mutex_);
   ItemList admitted_ NK_GUARDED_BY(mutex_);
   std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // admitted ones included
   bool barrierRuns_ NK_GUARDED_BY(mutex_) = false;
+  bool suspended_ NK_GUARDED_BY(mutex_) = false;
+  std::size_t keptTickets_ NK_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace norvik::detail

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/dispatch/internal/FiredItems.h"
 
-#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 
 #include <cstddef>
@@ -10,13 +10,17 @@ namespace norvik::detail {
 namespace {
 
 /// As the queue would run them one by one. What one throws ends the process.
-void runAll(const std::vector<Item*>& items, QueueCore* queue) noexcept {
+void runAll(const std::vector<Item*>& items, SerialQueue* queue) noexcept {
   constexpr std::size_t kAhead = 4;
   const std::uint32_t generation = kernel::forkGeneration();
   for (std::size_t i = 0; i < items.size(); ++i) {
     if (i + kAhead < items.size()) prefetchItem(items[i + kAhead]);
     runItem(items[i], queue);
     if (kernel::forkGeneration() != generation) return;  // the others are the parent's
+    if (queue->isSuspended()) [[unlikely]] {
+      for (std::size_t left = items.size(); left > i + 1; --left) queue->putBack(items[left - 1]);
+      return;
+    }
   }
 }
 
@@ -26,8 +30,9 @@ void FiredItems::flush() {
   if (items_.empty()) return;
   QueueCore* queue = queue_.core();
   if (items_.size() > 1 && queue->kind() == QueueCore::Kind::serial) {
-    queue->push(makeBlock([items = std::move(items_), queue] { runAll(items, queue); }), Delivery::prompt,
-                Order::normal);
+    queue->push(
+        makeBlock([items = std::move(items_), serial = static_cast<SerialQueue*>(queue)] { runAll(items, serial); }),
+        Delivery::prompt, Order::normal);
   } else {
     for (Item* item : items_) queue->push(item, Delivery::prompt, Order::normal);
   }

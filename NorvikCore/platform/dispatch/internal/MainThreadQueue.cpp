@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -55,7 +56,9 @@ MainThreadQueue::MainThreadQueue() : SerialQueue(Kind::main, "com.norvik.main-th
 void MainThreadQueue::openDescriptor() noexcept {
   descriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   if (descriptor_ >= 0) return;
-  std::fprintf(stderr, "dispatch: no descriptor for the main queue: %s\n", std::strerror(errno));
+  char line[160];
+  std::snprintf(line, sizeof line, "dispatch: no descriptor for the main queue: %s", std::strerror(errno));
+  kernel::writeSystemLog(line);
   std::abort();
 }
 

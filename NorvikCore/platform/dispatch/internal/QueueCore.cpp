@@ -3,23 +3,57 @@
 #include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <utility>
 
 namespace norvik::detail {
 namespace {
 
+// The process ends, for want of memory perhaps, or in a forked child: nothing is allocated, and what is longer is cut.
+using Line = std::array<char, 2048>;
+
 void printUncaught(const QueueCore* queue, const char* what) {
-  std::fprintf(stderr, "dispatch: an exception left an asynchronous block of the queue \"%s\": %s\n", queue->label(),
-               what);
+  Line line;
+  std::snprintf(line.data(), line.size(), "dispatch: an exception left an asynchronous block of the queue \"%s\": %s",
+                queue->label(), what);
+  kernel::writeSystemLog(line.data());
 }
 
 }  // namespace
 
 QueueCore::~QueueCore() {
   if (QueueCore* target = this->target()) target->release();
+}
+
+void QueueCore::releaseHandle() noexcept {
+  if (handles_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  {
+    const QueueLock lock(suspensionMutex_);
+    if (std::exchange(suspensions_, 0) > 0) endSuspension();
+  }
+  release();
+}
+
+void QueueCore::suspend() noexcept {
+  const QueueLock lock(suspensionMutex_);
+  if (suspensions_++ == 0) beginSuspension();
+}
+
+void QueueCore::resume() noexcept {
+  const QueueLock lock(suspensionMutex_);
+  if (suspensions_ == 0) reportMisuse("dispatch_resume without dispatch_suspend", this);
+  if (--suspensions_ == 0) endSuspension();
+}
+
+bool QueueCore::resetSuspensionAfterFork() noexcept {
+  suspensionMutex_.resetAfterFork();
+  const QueueLock lock(suspensionMutex_);
+  return suspensions_ > 0;
 }
 
 bool QueueCore::leadsToMain() const noexcept {
@@ -33,8 +67,8 @@ void QueueCore::pushToTarget(Item* item, Delivery delivery) {
   (above != nullptr ? above : GlobalQueue::shared())->push(item, delivery, Order::normal);
 }
 
-void retainCore(QueueCore* queue) noexcept { queue->retain(); }
-void releaseCore(QueueCore* queue) noexcept { queue->release(); }
+void retainCore(QueueCore* queue) noexcept { queue->retainHandle(); }
+void releaseCore(QueueCore* queue) noexcept { queue->releaseHandle(); }
 
 Item* Cursor::next() noexcept { return queue_ == nullptr ? nullptr : queue_->takeNextLike(run_); }
 
@@ -62,7 +96,16 @@ void endProcessForException(const QueueCore* queue) noexcept {
 }
 
 void reportMisuse(const char* what, const QueueCore* queue) noexcept {
-  std::fprintf(stderr, "BUG: %s (queue \"%s\")\n", what, queue->label());
+  Line line;
+  std::snprintf(line.data(), line.size(), "BUG: %s (queue \"%s\")", what, queue->label());
+  kernel::writeSystemLog(line.data());
+  std::abort();
+}
+
+void reportMisuse(const char* what) noexcept {
+  Line line;
+  std::snprintf(line.data(), line.size(), "BUG: %s", what);
+  kernel::writeSystemLog(line.data());
   std::abort();
 }
 

@@ -3,7 +3,8 @@
 // The hierarchy of queues, and who owns what:
 //   - A queue without a target gives its work to the workers; one with a target, to the target.
 //   - `target` changes only while the changer runs alone on the queue, so whoever runs on the queue may read it.
-//   - A queue is held by its handles and, while it has work, by that work.
+//   - A queue is held by its handles, which have one reference together, and, while it has work, by that work. Without
+//     handles it is not suspended: nobody could resume it.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -23,6 +24,8 @@ class QueueCore : public ForkAware {
   QueueCore(Kind kind, const char* label) : kind_(kind), label_(label == nullptr ? "" : label) {}
   ~QueueCore() override;
 
+  void retainHandle() noexcept { handles_.fetch_add(1, std::memory_order_relaxed); }
+  void releaseHandle() noexcept;
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
@@ -35,6 +38,11 @@ class QueueCore : public ForkAware {
   /// is the caller's affair.
   virtual void enter(Order order) = 0;
   virtual void leave(Order order) noexcept = 0;
+
+  /// Counted: from the first suspend() to the last resume() no block begins, save that one may be beginning this
+  /// moment. Not for the global and the main queue.
+  void suspend() noexcept;
+  void resume() noexcept;
 
   [[nodiscard]] Kind kind() const noexcept { return kind_; }
   [[nodiscard]] const char* label() const noexcept { return label_.c_str(); }
@@ -50,9 +58,18 @@ class QueueCore : public ForkAware {
   /// Gives one item of this queue's own to whatever runs its work.
   void pushToTarget(Item* item, Delivery delivery);
 
+  /// What suspend() and resume() come to, one after the other.
+  virtual void beginSuspension() noexcept {}
+  virtual void endSuspension() noexcept {}
+  /// Tells whether the queue is suspended.
+  bool resetSuspensionAfterFork() noexcept;
+
  private:
   const Kind kind_;
   std::atomic<std::uint32_t> references_{1};
+  std::atomic<std::uint32_t> handles_{1};
+  QueueMutex suspensionMutex_;
+  std::uint32_t suspensions_ NK_GUARDED_BY(suspensionMutex_) = 0;
   std::atomic<QueueCore*> target_{nullptr};
   SpecificValues specifics_;
   const std::string label_;
@@ -61,8 +78,9 @@ class QueueCore : public ForkAware {
 /// Runs one item as a block of that queue; an exception that leaves it ends the process.
 void runItem(Item* item, QueueCore* queue) noexcept;
 
-/// Prints "BUG: <what> (queue "<label>")" on the standard error stream and aborts.
+/// Writes "BUG: <what> (queue "<label>")" to the system console, or without the queue, and aborts.
 [[noreturn]] void reportMisuse(const char* what, const QueueCore* queue) noexcept;
+[[noreturn]] void reportMisuse(const char* what) noexcept;
 
 /// For the handler of an exception that left an asynchronous block of that queue.
 [[noreturn]] void endProcessForException(const QueueCore* queue) noexcept;

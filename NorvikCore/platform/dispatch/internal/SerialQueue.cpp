@@ -12,9 +12,6 @@ namespace {
 // A drain on a worker goes to the end of the pool's list after this many items when others wait there.
 constexpr std::size_t kItemsPerTurn = 256;
 
-std::uintptr_t wordOf(Item* item) { return reinterpret_cast<std::uintptr_t>(item); }
-Item* itemOf(std::uintptr_t word) { return reinterpret_cast<Item*>(word); }
-
 }  // namespace
 
 SerialQueue::SerialQueue(Kind kind, const char* label) : QueueCore(kind, label) {
@@ -35,8 +32,9 @@ void SerialQueue::push(Item* item, Delivery delivery, Order) {
     // Before the item can be seen, so that whoever is in a hurry later sees it too. In vain when another is faster
     // here: then somebody in a hurry asks the workers once too often.
     if (relaxed && old == kIdle) drainMayWait_.store(true, std::memory_order_relaxed);
-    item->queueLink = old == kIdle ? nullptr : itemOf(old);
-  } while (!inbox_.compare_exchange_weak(old, wordOf(item), std::memory_order_seq_cst, std::memory_order_relaxed));
+    item->queueLink = itemOf(old);
+  } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & ~kIdle & kFlags), std::memory_order_seq_cst,
+                                         std::memory_order_relaxed));
   if (old == kIdle) {
     schedule(delivery);
   } else if (!relaxed) {
@@ -49,7 +47,8 @@ bool SerialQueue::append(Item* item) noexcept {
   do {
     if (old == kIdle) return false;
     item->queueLink = itemOf(old);
-  } while (!inbox_.compare_exchange_weak(old, wordOf(item), std::memory_order_seq_cst, std::memory_order_relaxed));
+  } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & kFlags), std::memory_order_seq_cst,
+                                         std::memory_order_relaxed));
   return true;
 }
 
@@ -86,8 +85,11 @@ void SerialQueue::leave(Order) noexcept {
 
 /// Takes over what was queued since the last time, oldest first.
 void SerialQueue::collect() noexcept {
-  if (inbox_.load(std::memory_order_relaxed) == kEmpty) return;
-  Item* newest = itemOf(inbox_.exchange(kEmpty, std::memory_order_acquire));
+  std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
+  if (itemOf(word) == nullptr) return;
+  while (!inbox_.compare_exchange_weak(word, word & kFlags, std::memory_order_acquire, std::memory_order_relaxed)) {
+  }
+  Item* newest = itemOf(word);
   readyIsRelaxed_ = true;
   while (newest != nullptr) {
     Item* older = newest->queueLink;
@@ -129,7 +131,15 @@ Item* SerialQueue::takeReady() noexcept {
 Item* SerialQueue::takeNextLike(Item::Run run) noexcept {
   const Item* item = peek();
   if (item == nullptr || item->run != run || (item->queueFlags & kItemWaiter) != 0) return nullptr;
+  if (isSuspended()) [[unlikely]]
+    return nullptr;
   return takeReady();
+}
+
+void SerialQueue::putBack(Item* item) noexcept {
+  item->queueFlags = 0;
+  item->queueLink = std::exchange(ready_, item);
+  readyIsRelaxed_ = false;
 }
 
 void SerialQueue::drain() {
@@ -137,9 +147,11 @@ void SerialQueue::drain() {
   for (std::size_t count = 1;; ++count) {
     Item* item = peek();
     if (item == nullptr) {
-      if (tryIdle()) return;
-      item = peek();
+      if (tryIdle() || tryPark()) return;
+      continue;
     }
+    // Looked at after the item: what was queued after the suspension stays.
+    if (isSuspended() && tryPark()) return;
     if ((item->queueFlags & kItemWaiter) != 0) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
@@ -158,9 +170,10 @@ void SerialQueue::passOn() noexcept {
   for (;;) {
     Item* item = peek();
     if (item == nullptr) {
-      if (tryIdle()) return;
+      if (tryIdle() || tryPark()) return;
       continue;
     }
+    if (isSuspended() && tryPark()) return;
     if ((item->queueFlags & kItemWaiter) != 0) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
@@ -175,15 +188,42 @@ void SerialQueue::passOn() noexcept {
   }
 }
 
+bool SerialQueue::tryPark() noexcept {
+  std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
+  do {
+    if ((word & kSuspended) == 0) return false;
+  } while (!inbox_.compare_exchange_weak(word, word | kParked, std::memory_order_release, std::memory_order_relaxed));
+  return true;
+}
+
+void SerialQueue::beginSuspension() noexcept {
+  mustPark_.store(true, std::memory_order_relaxed);
+  std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
+  while (!inbox_.compare_exchange_weak(word, word == kIdle ? kSuspended | kParked : word | kSuspended,
+                                       std::memory_order_acq_rel, std::memory_order_relaxed)) {
+  }
+}
+
+void SerialQueue::endSuspension() noexcept {
+  mustPark_.store(false, std::memory_order_relaxed);
+  std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
+  while (!inbox_.compare_exchange_weak(word, word & ~(kSuspended | kParked), std::memory_order_acq_rel,
+                                       std::memory_order_relaxed)) {
+  }
+  if ((word & kParked) != 0) passOn();
+}
+
 void SerialQueue::resetAfterFork() noexcept {
   specifics().resetAfterFork();
   ready_ = nullptr;
   readyIsRelaxed_ = true;
   drainMayWait_.store(false, std::memory_order_relaxed);
+  const bool suspended = resetSuspensionAfterFork();
+  mustPark_.store(suspended, std::memory_order_relaxed);
   if (framesOnThisThread(this) > 0) {
-    inbox_.store(kEmpty, std::memory_order_relaxed);
+    inbox_.store(suspended ? kSuspended : kEmpty, std::memory_order_relaxed);
   } else {
-    inbox_.store(kIdle, std::memory_order_relaxed);
+    inbox_.store(suspended ? kSuspended | kParked : kIdle, std::memory_order_relaxed);
   }
 }
 

@@ -6,7 +6,10 @@
 //   - To queue is one compare-and-swap. Who finds kIdle has made the queue owned, and sends the drain on its way.
 //   - To own for a synchronous block is kIdle -> empty; to let go is empty -> kIdle, which fails when something was
 //     queued meanwhile: then the owner passes the queue on, to the next waiter or to a drain. So nothing is overlooked.
-//   - Only the owner takes the list (exchange with empty), reverses it into `ready_`, and runs from there.
+//   - Only the owner takes the list, reverses it into `ready_`, and runs from there.
+//   - The word of a suspended queue has kSuspended beside the list, and so is neither idle nor empty: nobody can take
+//     the queue, and its owner cannot let it go but by parking it (kParked), with all that waits there. The last resume
+//     takes the flag away; if the queue was parked, who resumes it becomes the owner, and passes it on.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
@@ -37,6 +40,10 @@ class SerialQueue : public QueueCore {
 
   /// The next item if its run function is `run`. For the owner.
   [[nodiscard]] Item* takeNextLike(Item::Run run) noexcept;
+  /// For the owner, between two items: whether to stop.
+  [[nodiscard]] bool isSuspended() const noexcept { return mustPark_.load(std::memory_order_relaxed); }
+  /// Puts an item before all others. For the owner.
+  void putBack(Item* item) noexcept;
 
  protected:
   SerialQueue(Kind kind, const char* label);
@@ -47,7 +54,7 @@ class SerialQueue : public QueueCore {
   /// Runs the items; then the queue is idle, or passed on. By the owner.
   void drain();
 
-  /// Ends ownership: idle, or the next waiter, or another drain.
+  /// Ends ownership: idle, or parked, or the next waiter, or another drain.
   void passOn() noexcept;
 
   /// Takes over all that was queued; tells how many items there are now.
@@ -65,6 +72,9 @@ class SerialQueue : public QueueCore {
 
   static constexpr std::uintptr_t kEmpty = 0;
   static constexpr std::uintptr_t kIdle = 1;
+  static constexpr std::uintptr_t kSuspended = 2;
+  static constexpr std::uintptr_t kParked = 4;
+  static constexpr std::uintptr_t kFlags = kIdle | kSuspended | kParked;
 
  private:
   struct DrainItem : Item {
@@ -74,13 +84,20 @@ class SerialQueue : public QueueCore {
   /// Queues the item unless the queue is idle; tells whether it did.
   bool append(Item* item) noexcept;
   void collect() noexcept;
+  /// Ends ownership of a suspended queue; false when it is not suspended.
+  [[nodiscard]] bool tryPark() noexcept;
+  void beginSuspension() noexcept override;
+  void endSuspension() noexcept override;
+  static std::uintptr_t wordOf(const Item* item) noexcept { return reinterpret_cast<std::uintptr_t>(item); }
+  static Item* itemOf(std::uintptr_t word) noexcept { return reinterpret_cast<Item*>(word & ~kFlags); }
 
   alignas(64) std::atomic<std::uintptr_t> inbox_{kIdle};
   std::atomic<bool> drainMayWait_{false};  // a drain is on its way with Delivery::relaxed
 
   // The owner's.
   alignas(64) Item* ready_ = nullptr;
-  bool readyIsRelaxed_ = true;  // nothing in ready_ is in a hurry
+  bool readyIsRelaxed_ = true;         // nothing in ready_ is in a hurry
+  std::atomic<bool> mustPark_{false};  // what the word says, for the owner between two items: few write to it
   DrainItem drainItem_;
 };
 

@@ -1,9 +1,8 @@
 #include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 
 #include "NorvikCore/platform/dispatch/internal/FiredItems.h"
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace norvik::detail {
@@ -74,10 +73,7 @@ void SourceCore::resume() {
   bool claimed = false;
   {
     const Lock lock(*this);
-    if (suspensions_ == 0) {
-      std::fputs("BUG: dispatch_resume without dispatch_suspend\n", stderr);
-      std::abort();
-    }
+    if (suspensions_ == 0) reportMisuse("dispatch_resume without dispatch_suspend");
     --suspensions_;
     claimed = claimDelivery();
   }

@@ -42,6 +42,8 @@ class NK_EXPORT WorkerPool final : public ForkAware {
 
   /// True when items wait while the calling worker runs a long drain: time to go to the end of the list.
   [[nodiscard]] bool hasReadyItems() const noexcept { return readyCount_.load(std::memory_order_relaxed) != 0; }
+  /// How many workers run at once, save those that are known to wait.
+  [[nodiscard]] unsigned workersAtOnce() const noexcept { return target_; }
   /// How long a thread spins for something that is about to happen; 0 on one processor.
   [[nodiscard]] int spinsBeforeSleep() const noexcept { return processors_ > 1 ? 150 : 0; }
 

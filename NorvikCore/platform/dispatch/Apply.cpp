@@ -1,0 +1,121 @@
+#include "NorvikCore/platform/dispatch/Apply.h"
+
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+#include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <memory>
+
+namespace norvik::detail {
+namespace {
+
+/// One dispatch_apply(). A helper may come late, when that has returned: it keeps this alive, and finds no round left.
+///
+/// Who calls the block has been counted in helpers_ before it took a share, and shares are taken by read-modify-write
+/// operations alone. So the caller, which goes on to wait when it has seen that none is left, sees in helpers_ every
+/// helper that took one.
+class Loop {
+ public:
+  Loop(std::size_t rounds, std::size_t threads, Round round, void* context)
+      : rounds_(rounds), threads_(threads), round_(round), context_(context) {}
+
+  void help() noexcept {
+    helpers_.fetch_add(1, std::memory_order_relaxed);
+    run(Role::helper);
+    if (helpers_.fetch_sub(1, std::memory_order_acq_rel) == 1) futexWake(&helpers_, 1);
+  }
+
+  void runAndWait() {
+    run(Role::caller);
+    const int spins = WorkerPool::shared().spinsBeforeSleep();
+    for (int spin = 0; spin < spins && helpersAtWork() > 0; ++spin) spinPause();
+    if (helpersAtWork() > 0) {
+      const BlockingScope blocking;
+      while (const std::uint32_t helpers = helpersAtWork()) futexWait(helpers_, helpers);
+    }
+    if (error_) std::rethrow_exception(error_);
+  }
+
+ private:
+  enum class Role : std::uint8_t { caller, helper };
+
+  /// In a child that a round makes by fork(), the helpers and what they took are the parent's.
+  [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }
+  [[nodiscard]] std::uint32_t helpersAtWork() const noexcept {
+    return hasForked() ? 0 : helpers_.load(std::memory_order_acquire);
+  }
+
+  void run(Role role) noexcept {
+    std::size_t first = 0;
+    while (const std::size_t share = takeShare(first)) {
+      for (const std::size_t end = first + share; first < end; ++first) {
+        if (failed_.load(std::memory_order_acquire) || (role == Role::helper && hasForked())) return;
+        try {
+          round_(context_, first);
+        } catch (...) {
+          return fail();
+        }
+      }
+    }
+  }
+
+  /// How many rounds the thread is to run from `first` on; 0 when none is left.
+  std::size_t takeShare(std::size_t& first) noexcept {
+    constexpr std::size_t kSharesPerThread = 8;
+    first = next_.load(std::memory_order_acquire);
+    for (;;) {
+      if (first >= rounds_) return 0;
+      const std::size_t share = std::max<std::size_t>((rounds_ - first) / (threads_ * kSharesPerThread), 1);
+      if (next_.compare_exchange_weak(first, first + share, std::memory_order_acq_rel, std::memory_order_acquire))
+        return share;
+    }
+  }
+
+  void fail() noexcept {
+    next_.exchange(rounds_, std::memory_order_acq_rel);
+    if (!claimed_.exchange(true, std::memory_order_relaxed)) error_ = std::current_exception();
+    failed_.store(true, std::memory_order_release);
+  }
+
+  const std::size_t rounds_;
+  const std::size_t threads_;
+  const Round round_;
+  void* const context_;
+  const std::uint32_t generation_ = kernel::forkGeneration();
+  std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is at work
+  std::atomic<bool> failed_{false};
+  std::exception_ptr error_;
+  alignas(64) std::atomic<std::size_t> next_{0};
+  alignas(64) std::atomic<std::uint32_t> helpers_{0};  // that are in run()
+};
+
+/// False where any queue on the way is serial.
+bool runsSideBySide(const QueueCore* queue) {
+  for (; queue != nullptr; queue = queue->target()) {
+    if (queue->kind() == QueueCore::Kind::serial || queue->kind() == QueueCore::Kind::main) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void applyRounds(std::size_t iterations, const dispatch_queue_t& queue, Round round, void* context) {
+  requireQueue(queue, "dispatch_apply");
+  if (iterations == 0) return;
+  dispatch_sync(queue, [&] {
+    const std::size_t threads = std::min<std::size_t>(WorkerPool::shared().workersAtOnce(), iterations);
+    if (threads < 2 || !runsSideBySide(queue.core())) {
+      for (std::size_t i = 0; i < iterations; ++i) round(context, i);
+      return;
+    }
+    const auto loop = std::make_shared<Loop>(iterations, threads, round, context);
+    for (std::size_t helper = 1; helper < threads; ++helper) dispatch_async(queue, [loop] { loop->help(); });
+    loop->runAndWait();
+  });
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,41 @@
+// NorvikCore/platform/dispatch/Apply.h - a loop whose rounds run side by side, as blocks of a queue.
+//
+//   std::vector<Decimal> net(payslips.size());
+//   dispatch_apply(payslips.size(), dispatch_get_global_queue(), [&](std::size_t i) { net[i] = netPay(payslips[i]); });
+//   // every round has run; net is complete
+//
+// The calling thread takes part, and workers help: as many threads in all as there are processors, two at least. On a
+// serial queue, or one that leads to a serial queue or to the main queue, the rounds run one after the other, in order.
+// Elsewhere they are handed out in shares that grow smaller towards the end, the lowest first.
+//
+// Threads: synchronised. The block is called by several threads at once; what it shares it must guard. A round may
+//          queue blocks and call dispatch_apply() again; it may not wait for another round.
+// Errors:  the first exception that leaves a round reaches the caller, once the rounds that had begun have ended; no
+//          other begins. An empty queue raises NSInvalidArgumentException. Where dispatch_sync() could never return,
+//          neither could this, and aborts.
+// Cost:    an atomic operation for each share, 16 shares and a few more for each thread, and the wake-up of helpers.
+#pragma once
+
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/export.h"
+
+#include <cstddef>
+
+namespace norvik {
+
+namespace detail {
+using Round = void (*)(void* context, std::size_t index);
+NK_EXPORT void applyRounds(std::size_t iterations, const dispatch_queue_t& queue, Round round, void* context);
+}  // namespace detail
+
+/// Calls block(0), block(1) ... block(iterations - 1) and returns once all have returned. The block is called in place,
+/// not copied; its result is not used.
+template <class F>
+void dispatch_apply(std::size_t iterations, const dispatch_queue_t& queue, F&& block) {
+  auto call = [&block](std::size_t index) { static_cast<void>(block(index)); };
+  detail::applyRounds(
+      iterations, queue, [](void* context, std::size_t index) { (*static_cast<decltype(call)*>(context))(index); },
+      &call);
+}
+
+}  // namespace norvik
