@@ -11,7 +11,7 @@ Ref<TSKBlockOperation> TSKBlockOperation::dispatchedOperationWithQueue(const Ref
   detail::requireBlock(block);
   auto operation = make<TSKBlockOperation>();
   std::optional<NSString> label = queue->label();
-  if (label) label = NSString(label->str() + ".block_operation");
+  if (label) label = *label + ".block_operation";
   operation->setQueue(TSKDispatchQueue::dispatchQueueWithLabel(label));
   operation->queue()->dispatchAsynchronously([operation, target = queue, block = std::move(block)] {
     operation->setDone(false);

@@ -14,7 +14,8 @@
 // through the bare queue and a thread of one's own have none: what they hold is not known.
 //
 // Threads: synchronised. Where several wrappers have one queue, each counts as a queue of its own; have one.
-// Memory:  blocks that wait keep the wrapper, its timers do not: they end with it (see scheduleTimerWithName).
+// Memory:  a block that waits on a serial wrapper keeps it; one that waits on a concurrent wrapper, or as a barrier,
+//          keeps only the queue. Timers keep nothing: they end with the wrapper (see scheduleTimerWithName).
 // Errors:  a refusal raises nothing. An exception that leaves a synchronous block reaches the caller; one that leaves
 //          an asynchronous or a timer's block ends the process, as on any queue. An absent block raises
 //          NSInvalidArgumentException.
@@ -92,9 +93,9 @@ enum TSKTimerBehavior : std::int64_t {
 };
 
 /// The keys under which the running code finds, by dispatch_get_specific(), the wrapper of its queue
-/// (a TSKDispatchQueue*, set on the queue; the last wrapper made of it that lives) and the queue stack (an
-/// NSMutableArray* of wrappers, the same one for all blocks of a chain, which grows and shrinks with it; it lives as
-/// long as the outermost block unless a Ref is taken). The stack belongs to the block, not to the queue:
+/// (a TSKDispatchQueue*, set on the queue: the last wrapper made of it, null once that has gone) and the queue stack
+/// (an NSMutableArray* of wrappers, the same one for all blocks of a chain, which grows and shrinks with it; it lives
+/// as long as the outermost block unless a Ref is taken). The stack belongs to the block, not to the queue:
 /// dispatch_queue_get_specific() has none. It is made when it is first asked for; the check for deadlocks goes by it
 /// from then on.
 extern NK_EXPORT const void* const TSKIsCurrentKey;
@@ -154,6 +155,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   template <class F>
   void dispatchBarrierSynchronously(F&& block) {
     detail::requireBlock(block);
+    const Ref<TSKDispatchQueue> self = ref(*this);  // the block may let go of the last one
     dispatch_barrier_sync(queue(), [&block] { static_cast<void>(std::forward<F>(block)()); });
   }
   template <class F>
@@ -191,6 +193,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   /// Has the timers go by a clock of a test's. Before the first is scheduled.
   void setTimerClock(const dispatch_manual_clock& clock);
 
+  NK_CLASS_METHOD_AS(dispatchQueueWithLabel, "dispatchQueueWithLabel:behavior:")
   NK_CLASS_METHOD(globalDispatchQueue)
   NK_CLASS_METHOD(mainDispatchQueue)
   NK_CLASS_METHOD(sharedConcurrentQueue)

@@ -101,7 +101,10 @@ bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double refer
   const bool pending = timer && !timer->firing;
   const bool isNew = !timer;
   if (isNew) timer = makeTimer(name);
-  if (!timer->source) return false;
+  if (!timer->source) {
+    unused.push_back(std::move(block));
+    return false;
+  }
 
   const double now = _now();
   double date = now;

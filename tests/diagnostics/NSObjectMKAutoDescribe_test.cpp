@@ -2,6 +2,8 @@
 
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/Decimal_literal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +16,15 @@ using namespace norvik;
 using testing::ElementsAre;
 
 namespace {
+
+class Payslip : public NSObject {
+  NK_OBJECT(Payslip, NSObject)
+  NK_PROPERTY(Decimal, grossPay, setGrossPay)
+  NK_COMPUTED_PROPERTY(Decimal, netPay)
+  void recalculate() {}
+  NK_METHOD(recalculate)
+  [[nodiscard]] Decimal netPay() const { return 987.65_dec; }
+};
 
 class DescribedPerson : public NSObject {
   NK_OBJECT(DescribedPerson, NSObject)
@@ -81,6 +92,17 @@ std::vector<std::string> texts(const Ref<NSArray>& array) {
 }  // namespace
 
 TEST(NSObjectMKAutoDescribe, HeaderExample) {
+  const auto slip = make<Payslip>();
+  slip->setGrossPay(1234.50_dec);
+  const kernel::SystemLogCapture console;
+  mk_printObject(*slip);
+  EXPECT_THAT(console.lines(),
+              ElementsAre("\n- - - > Payslip attributes: \n\tgrossPay : 1234.50\n\tnetPay : 987.65\n< - - -"));
+  EXPECT_THAT(texts(mk_methodList<Payslip>()), ElementsAre("grossPay", "setGrossPay:", "netPay", "recalculate"));
+  EXPECT_THAT(texts(mk_methodListOnly<Payslip>()), ElementsAre("recalculate"));
+}
+
+TEST(NSObjectMKAutoDescribe, MethodsOnlyAreThoseThatAreNoAccessors) {
   EXPECT_THAT(texts(mk_methodList<DescribedPerson>()),
               ElementsAre("name", "setName:", "age", "setAge:", "recalculate", ".cxx_destruct"));
   EXPECT_THAT(texts(mk_methodListOnly<DescribedPerson>()), ElementsAre("recalculate"));

@@ -157,6 +157,22 @@ TEST_F(QueueStack, TheCheckGoesByTheArrayOnceItWasAskedFor) {
   });
 }
 
+TEST_F(QueueStack, AWrapperThatWasTakenOutTakesNoOtherAlongWhenItIsLeft) {
+  a_->dispatchSynchronously([&] {
+    b_->dispatchSynchronously([&] {
+      stack()->removeObject(b_);
+      EXPECT_EQ(labels(), "a");
+    });
+    EXPECT_EQ(labels(), "a");
+    b_->dispatchSynchronously([&] {
+      EXPECT_EQ(labels(), "a b");
+      stack()->removeAllObjects();
+    });
+    EXPECT_EQ(labels(), "");
+  });
+  EXPECT_EQ(labels(), "none");
+}
+
 TEST_F(QueueStack, TheQueueItselfHasNone) {
   a_->dispatchSynchronously([&] { EXPECT_EQ(dispatch_queue_get_specific(a_->queue(), TSKQueueStackKey), nullptr); });
 }

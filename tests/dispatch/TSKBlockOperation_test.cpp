@@ -81,6 +81,23 @@ TEST_F(BlockOperation, HasAQueueOfItsOwnNamedAfterTheTarget) {
   unnamed->waitUntilFinished();
 }
 
+TEST_F(BlockOperation, WaitsOnTheQueueItIsGiven) {
+  const auto operation = TSKBlockOperation::dispatchedOperationWithQueue(serial("a"), [] {});
+  operation->waitUntilFinished();
+  const Wrapper other = serial("other");
+  operation->setQueue(other);
+  EXPECT_EQ(operation->queue(), other);
+  std::latch go(1);
+  bool ran = false;
+  other->dispatchAsynchronously([&] {
+    go.wait();
+    ran = true;
+  });
+  go.count_down();
+  operation->waitUntilFinished();
+  EXPECT_TRUE(ran);
+}
+
 TEST_F(BlockOperation, AnyNumberOfThreadsMayWait) {
   std::latch go(1);
   std::atomic<bool> ran{false};

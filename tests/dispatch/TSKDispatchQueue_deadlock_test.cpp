@@ -27,6 +27,9 @@ class DeadlockCheckDeathTest : public test::WatchedDeathTest {};
 
 using Work = std::function<void()>;
 
+constexpr TSKDeadlockBehavior behaviors[] = {TSKDeadlockExecuteInline, TSKDeadlockSkip, TSKDeadlockSkipAndLog,
+                                             TSKDeadlockReserved, TSKDeadlockNoCheck};
+
 /// Ways for the running code to be inside the queue `a`; each then has `last` run on it synchronously.
 struct Situation {
   const char* name;
@@ -189,8 +192,7 @@ TEST_F(DeadlockCheck, TheRefusedQueuesBehaviourCountsNotTheRunningOnes) {
 }
 
 TEST_F(DeadlockCheck, AnAsynchronousHopStartsANewStack) {
-  for (const TSKDeadlockBehavior behavior :
-       {TSKDeadlockExecuteInline, TSKDeadlockSkip, TSKDeadlockSkipAndLog, TSKDeadlockReserved, TSKDeadlockNoCheck}) {
+  for (const TSKDeadlockBehavior behavior : behaviors) {
     const Wrapper a = serial("a", behavior);
     const Wrapper b = serial("b", behavior);
     std::string seen;
@@ -260,8 +262,36 @@ TEST_F(DeadlockCheck, FromOtherThreadsTheMainQueueRunsItsBlockOnTheMainThread) {
   EXPECT_EQ(blocks, 2);
 }
 
+TEST_F(DeadlockCheck, AWrapperOfTheMainQueueWithABehaviourOfItsOwnGoesByTheStack) {
+  const struct {
+    TSKDeadlockBehavior behavior;
+    int runs;
+    std::size_t lines;
+  } rows[] = {{TSKDeadlockExecuteInline, 2, 0},
+              {TSKDeadlockSkip, 0, 0},
+              {TSKDeadlockSkipAndLog, 0, 2},
+              {TSKDeadlockReserved, 0, 0}};
+  for (const auto& row : rows) {
+    const kernel::SystemLogCapture console;
+    const Wrapper wrapper = TSKDispatchQueue::dispatchQueueWithGCDQueue(dispatch_get_main_queue(), row.behavior);
+    const Wrapper b = serial("b");
+    int runs = 0;
+    EXPECT_FALSE(wrapper->isInCurrentQueueStack()) << "the main thread alone does not count for it";
+    whileMainDrains([&] {
+      wrapper->dispatchSynchronously([&] {
+        wrapper->dispatchSynchronously([&] { ++runs; });
+        b->dispatchSynchronously([&] { wrapper->dispatchSynchronously([&] { ++runs; }); });
+      });
+    });
+    EXPECT_EQ(runs, row.runs) << row.behavior;
+    EXPECT_EQ(console.lines().size(), row.lines) << row.behavior;
+  }
+  // Whoever asks next finds mainDispatchQueue() there again.
+  dispatch_queue_set_specific(dispatch_get_main_queue(), TSKIsCurrentKey, TSKDispatchQueue::mainDispatchQueue().get());
+}
+
 TEST_F(DeadlockCheck, AConcurrentWrapperIsNeverInTheStack) {
-  for (const TSKDeadlockBehavior behavior : {TSKDeadlockExecuteInline, TSKDeadlockSkip, TSKDeadlockNoCheck}) {
+  for (const TSKDeadlockBehavior behavior : behaviors) {
     const Wrapper wrapper = concurrent(behavior);
     int runs = 0;
     wrapper->dispatchSynchronously([&] {
@@ -322,29 +352,31 @@ TEST_F(DeadlockCheck, AWrapperThatDoesNotKnowItsQueueIsConcurrentRefusesByTheCal
 }
 
 TEST_F(DeadlockCheck, BarriersHaveNoStackAndNoCheck) {
-  const Wrapper a = serial("a", TSKDeadlockSkip);
-  const Wrapper b = serial("b", TSKDeadlockSkip);
-  const Wrapper many = concurrent();
-  int runs = 0;
-  a->dispatchSynchronously([&] {
-    many->dispatchBarrierSynchronously([&] {
-      EXPECT_FALSE(a->isInCurrentQueueStack()) << "not seen across a barrier";
-      ++runs;
+  for (const TSKDeadlockBehavior behavior : behaviors) {
+    const Wrapper a = serial("a", behavior);
+    const Wrapper b = serial("b", behavior);
+    const Wrapper many = concurrent(behavior);
+    int runs = 0;
+    a->dispatchSynchronously([&] {
+      many->dispatchBarrierSynchronously([&] {
+        EXPECT_FALSE(a->isInCurrentQueueStack()) << "not seen across a barrier";
+        ++runs;
+      });
+      b->dispatchBarrierSynchronously([&] {
+        EXPECT_TRUE(b->isCurrentQueue());
+        EXPECT_FALSE(b->isInCurrentQueueStack());
+        ++runs;
+      });
+      b->dispatchBarrierAsynchronously([&] {
+        EXPECT_FALSE(b->isInCurrentQueueStack());
+        EXPECT_FALSE(a->isInCurrentQueueStack());
+        ++runs;
+      });
+      EXPECT_TRUE(a->isInCurrentQueueStack()) << "back in a's own block";
     });
-    b->dispatchBarrierSynchronously([&] {
-      EXPECT_TRUE(b->isCurrentQueue());
-      EXPECT_FALSE(b->isInCurrentQueueStack());
-      ++runs;
-    });
-    b->dispatchBarrierAsynchronously([&] {
-      EXPECT_FALSE(b->isInCurrentQueueStack());
-      EXPECT_FALSE(a->isInCurrentQueueStack());
-      ++runs;
-    });
-    EXPECT_TRUE(a->isInCurrentQueueStack()) << "back in a's own block";
-  });
-  flush(b);
-  EXPECT_EQ(runs, 3);
+    flush(b);
+    EXPECT_EQ(runs, 3) << behavior;
+  }
 }
 
 TEST_F(DeadlockCheckDeathTest, ABlockBehindABarrierThatWaitsForTheRunningBlockIsFoundOut) {

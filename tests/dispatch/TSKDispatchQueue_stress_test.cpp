@@ -27,6 +27,7 @@ constexpr std::size_t kQueues = 64;
 constexpr std::size_t kThreads = 8;
 constexpr int kTurns = 1000;
 constexpr int kDepth = 5;
+constexpr std::size_t kTimerNames = 4;
 
 /// A model of the hierarchy beside the real one: each block knows the queues that it is inside.
 ///
@@ -133,11 +134,12 @@ class Hops {
   /// The real stack is the model's.
   void check(const Stack& stack, std::size_t current) {
     expect(queues_[current]->isCurrentQueue());
+    expect(queues_[current]->timerCount() <= kTimerNames);
     for (std::size_t i = 0; i < kQueues; i += 3)
       expect(queues_[i]->isInCurrentQueueStack() == (contains(stack, i) && !isConcurrent(i)));
   }
 
-  static NSString timerName(std::mt19937& random) { return NSString(std::to_string(random() % 4)); }
+  static NSString timerName(std::mt19937& random) { return NSString(std::to_string(random() % kTimerNames)); }
   void setTimer(std::mt19937& random, std::size_t target) {
     ++timersSet;
     const double seconds = static_cast<double>(random() % 2000) * 1e-6;

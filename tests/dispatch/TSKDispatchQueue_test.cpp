@@ -270,6 +270,35 @@ TEST_F(TSKDispatchQueueTest, ASynchronousBlockMayLetGoOfTheWrapper) {
   EXPECT_FALSE(watched.lock());
 }
 
+TEST_F(TSKDispatchQueueTest, ABarrierBlockMayLetGoOfTheWrapper) {
+  for (const bool isConcurrent : {false, true}) {
+    Wrapper wrapper = isConcurrent ? concurrent() : serial("a");
+    const Weak<TSKDispatchQueue> watched = wrapper;
+    wrapper->dispatchBarrierSynchronously([&] { wrapper = nullptr; });
+    EXPECT_FALSE(watched.lock()) << isConcurrent;
+  }
+}
+
+TEST_F(TSKDispatchQueueTest, BlocksThatWaitOnAConcurrentWrapperOrAsBarriersKeepTheQueueAlone) {
+  for (const bool isConcurrent : {false, true}) {
+    Wrapper wrapper = isConcurrent ? concurrent() : serial("a");
+    const Weak<TSKDispatchQueue> watched = wrapper;
+    std::latch go(1);
+    std::latch ran(2);
+    dispatch_barrier_async(wrapper->queue(), [&] { go.wait(); });
+    const auto block = [&] {
+      EXPECT_EQ(dispatch_get_specific(TSKIsCurrentKey), nullptr) << "no wrapper that is gone";
+      ran.count_down();
+    };
+    isConcurrent ? wrapper->dispatchAsynchronously(block) : wrapper->dispatchBarrierAsynchronously(block);
+    wrapper->dispatchBarrierAsynchronously(block);
+    wrapper = nullptr;
+    EXPECT_FALSE(watched.lock()) << isConcurrent;
+    go.count_down();
+    ran.wait();
+  }
+}
+
 TEST_F(TSKDispatchQueueTest, OperationsArePerformedByName) {
   const Wrapper wrapper = serial("a");
   int runs = 0;
@@ -286,6 +315,11 @@ TEST_F(TSKDispatchQueueTest, OperationsArePerformedByName) {
   EXPECT_EQ(wrapper->valueForKey("isInCurrentQueueStack"), Value(false));
   EXPECT_TRUE(wrapper->valueForKey("timers").isAbsent());
   EXPECT_TRUE(wrapper->respondsToSelector("scheduleTimerWithName:timeInterval:behavior:block:"));
+  const Value arguments[] = {"b", 2};
+  const auto made =
+      TSKDispatchQueue::staticClass().performClassOperation("dispatchQueueWithLabel:behavior:", arguments);
+  EXPECT_EQ(made.as<Wrapper>()->label(), NSString("b"));
+  EXPECT_EQ(made.as<Wrapper>()->deadlockBehavior(), TSKDeadlockSkipAndLog);
 }
 
 }  // namespace

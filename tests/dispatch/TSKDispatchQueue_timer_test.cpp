@@ -14,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -56,6 +57,8 @@ class NamedTimers : public test::WatchedTest {
   const Wrapper queue_ = serial("timers");
   std::string seen_;
 };
+
+class NamedTimersDeathTest : public test::WatchedDeathTest {};
 
 TEST_F(NamedTimers, FireOnceAtTheirTime) {
   schedule("a", 10, TSKTimerKeepEarliest);
@@ -200,6 +203,43 @@ TEST_F(NamedTimers, TimeSpentOnTheWayToTheQueueCounts) {
       EXPECT_EQ(after(row.rest), row.then) << row.busy;
     }
   }
+}
+
+TEST_F(NamedTimers, TimeSpentOnTheWayDoesNotCountForThrottle) {
+  schedule("a", 10, TSKTimerThrottle);
+  EXPECT_EQ(after(0.000000001), "a");  // planned for 1
+  std::latch go(1);
+  queue_->dispatchAsynchronously([&] { go.wait(); });
+  queue_->scheduleTimerWithName("a", 10, TSKTimerThrottle, note("a"));
+  clock_.advance(4'000'000'000);
+  go.count_down();
+  flush(queue_);
+  EXPECT_EQ(dateOf(queue_, "a"), 11.0) << "an interval as it was given after the planned time";
+  EXPECT_EQ(after(5.9), "");
+  EXPECT_EQ(after(0.1), "a");
+}
+
+TEST_F(NamedTimers, PartsOfANanosecondAreCutOff) {
+  schedule("a", 1.9e-9, TSKTimerRestart);
+  EXPECT_EQ(after(0.000000001), "a");
+}
+
+TEST_F(NamedTimers, RequestsReturnBeforeAnythingHasChanged) {
+  dispatch_sync(queue_->queue(), [&] {
+    queue_->scheduleTimerWithName("a", 10, TSKTimerRestart, note("a"));
+    EXPECT_EQ(queue_->timers(), nullptr);
+    EXPECT_EQ(queue_->timerCount(), 0U);
+  });
+  flush(queue_);
+  EXPECT_EQ(queue_->timerCount(), 1U);
+  dispatch_sync(queue_->queue(), [&] {
+    queue_->cancelTimerWithName("a");
+    EXPECT_TRUE(isLive(queue_, "a"));
+    EXPECT_EQ(queue_->timerCount(), 1U);
+  });
+  flush(queue_);
+  EXPECT_FALSE(isLive(queue_, "a"));
+  EXPECT_EQ(queue_->timerCount(), 0U);
 }
 
 TEST_F(NamedTimers, IntervalsThatAreNoDistanceAhead) {
@@ -354,6 +394,16 @@ TEST_F(NamedTimers, ABlockMayCancelItself) {
   EXPECT_EQ(after(1), "a");
   schedule("a", 1, TSKTimerRestart);
   EXPECT_EQ(after(1), "a");
+}
+
+TEST_F(NamedTimersDeathTest, AnExceptionThatLeavesTheBlockEndsTheProcess) {
+  EXPECT_DEATH(
+      {
+        const Wrapper wrapper = serial("payroll");
+        wrapper->scheduleTimerWithName("a", 0, TSKTimerRestart, [] { throw std::runtime_error("lost"); });
+        std::latch(1).wait();
+      },
+      "an exception left an asynchronous block of the queue \"payroll\": lost");
 }
 
 // Concurrent wrappers.
@@ -521,6 +571,20 @@ TEST_F(NamedTimers, ABlocksOwnEndMayUseTheTimers) {
   flush(queue_);
   flush(queue_);
   EXPECT_EQ(after(1), "last");
+}
+
+TEST_F(NamedTimers, AnOwnerThatCancelsAllAndWaitsIsNotUsedAfterItsEnd) {
+  for (int i = 0; i < 300; ++i) {
+    const Wrapper wrapper = i % 2 == 0 ? serial("short") : concurrent();
+    auto owner = std::make_unique<std::atomic<int>>(0);
+    for (int timer = 0; timer < 4; ++timer) {
+      wrapper->scheduleTimerWithName(NSString(std::to_string(timer)), 1e-6 * timer, TSKTimerRestart,
+                                     [used = owner.get()] { ++*used; });
+    }
+    wrapper->cancelAllTimers();
+    wrapper->dispatchBarrierSynchronously([] {});
+    owner = nullptr;
+  }
 }
 
 TEST_F(NamedTimers, WrappersGoWhileTheirTimersFire) {

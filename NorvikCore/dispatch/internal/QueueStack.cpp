@@ -36,8 +36,10 @@ void QueueStackEntry::grow() {
   if (wrapper_ != nullptr) outermost_.array_->addObject(ref(*wrapper_));
 }
 
+/// Where somebody has taken the wrapper out of the array, another one is last, and stays.
 void QueueStackEntry::shrink() {
-  if (wrapper_ != nullptr) outermost_.array_->removeLastObject();
+  NSMutableArray& array = *outermost_.array_;
+  if (wrapper_ != nullptr && array.lastObject().object() == wrapper_) array.removeLastObject();
 }
 
 }  // namespace norvik::detail
