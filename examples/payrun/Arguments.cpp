@@ -10,7 +10,7 @@ const char* const helpText =
     R"(payrun - the payslips of an employer for one tax month, from files, in exact decimals
 
 usage:
-  payrun --input FOLDER --month N [--output FILE] [--logs FOLDER]
+  payrun --input FOLDER --month N [--watch] [--output FILE] [--logs FOLDER]
   payrun --generate N --input FOLDER
   payrun --help | --version
 
@@ -19,6 +19,8 @@ options:
   --month N         the tax month to pay: 1 is 6 April to 5 May, 12 is 6 March to 5 April
   --output FILE     write the report there instead of to standard output; the file is there in whole or not at all
   --logs FOLDER     write the log there (default: Logs/payrun in the user's library folder)
+  --watch           stay after the report, and pay anew whenever one of the three files changes; SIGINT (Ctrl-C) and
+                    SIGTERM end it
   --generate N      write the three files of an invented employer of N people, 1 to 1000000, with a tax year of items
                     each, to the folder of --input, which must not hold any of them; the same N gives the same files
   --help            this text
@@ -45,10 +47,14 @@ output:
   A payslip summary for each employee (pay with bonuses, deductions, net, and the same to date since 6 April), totals
   for each department and for the employer, and the employer's net pay in words.
 
+  With --watch, each change of the files prints a line for every payslip that changed, came or went, and one with the
+  employer's totals; FILE is written anew. Files saved within 0.2 s of each other are read once. Files that cannot be
+  followed are reported on standard error, and everything stays as it was until they change again.
+
   On a terminal a progress bar shows on standard error while large files are read.
 
 exit status:
-  0  the report or the files were written
+  0  the report or the files were written; a watch was ended by a signal
   1  something outside of the input failed, such as a file that could not be written
   2  the command line or the input cannot be followed; the message names file, line, column and the offending text, and
      no output is written
@@ -69,7 +75,7 @@ std::size_t numberIn(const std::string& option, const std::string& text, std::si
 
 /// Option names to their values; those that stand alone have an empty one.
 std::map<std::string, std::string> optionsIn(const std::vector<std::string>& words) {
-  static const std::set<std::string> alone = {"--help", "--version"};
+  static const std::set<std::string> alone = {"--help", "--version", "--watch"};
   static const std::set<std::string> valued = {"--input", "--month", "--output", "--logs", "--generate"};
   std::map<std::string, std::string> options;
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -112,8 +118,8 @@ Arguments parseArguments(const std::vector<std::string>& words) {
   if (!value("--input")) throw UsageError("--input is missing");
   arguments.input = *value("--input");
   if (value("--generate")) {
-    for (const char* other : {"--month", "--output", "--logs"}) {
-      if (value(other)) throw UsageError(std::string("--generate does not go with ") + other);
+    for (const char* other : {"--month", "--output", "--logs", "--watch"}) {
+      if (options.contains(other)) throw UsageError(std::string("--generate does not go with ") + other);
     }
     arguments.task = Arguments::Task::Generate;
     arguments.people = numberIn("--generate", *value("--generate"), 1'000'000);
@@ -123,6 +129,7 @@ Arguments parseArguments(const std::vector<std::string>& words) {
   arguments.month = static_cast<int>(numberIn("--month", *value("--month"), 12));
   arguments.output = value("--output");
   arguments.logs = value("--logs");
+  if (options.contains("--watch")) arguments.task = Arguments::Task::Watch;
   return arguments;
 }
 

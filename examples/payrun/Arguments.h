@@ -11,7 +11,7 @@
 namespace payrun {
 
 struct Arguments {
-  enum class Task { PayRun, Generate, Help, Version };
+  enum class Task { PayRun, Watch, Generate, Help, Version };
 
   Task task = Task::PayRun;
   std::filesystem::path input;                  // the employer's folder

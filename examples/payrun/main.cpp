@@ -13,6 +13,8 @@
 #include "PayRun.h"
 #include "Report.h"
 #include "RunLog.h"
+#include "StopSignals.h"
+#include "Watch.h"
 
 namespace {
 
@@ -33,6 +35,17 @@ void pay(const Arguments& arguments) {
   }
 }
 
+template <class Task>
+void runLogged(const Arguments& arguments, Task&& task) {
+  const RunLog log(arguments.logs);
+  try {
+    task();
+  } catch (const std::exception& error) {
+    DDLogError("%s", error.what());
+    throw;
+  }
+}
+
 int complain(const std::exception& error, int status) {
   std::fprintf(stderr, "payrun: %s\n", error.what());
   return status;
@@ -49,14 +62,13 @@ int runTask(const Arguments& arguments) {
     case Arguments::Task::Generate:
       generateEmployer(arguments.people, arguments.input);
       break;
-    case Arguments::Task::PayRun: {
-      const RunLog log(arguments.logs);
-      try {
-        pay(arguments);
-      } catch (const std::exception& error) {
-        DDLogError("%s", error.what());
-        throw;
-      }
+    case Arguments::Task::PayRun:
+      runLogged(arguments, [&] { pay(arguments); });
+      break;
+    case Arguments::Task::Watch: {
+      StopSignals signals;  // before the log starts a thread: a signal goes to any that has not blocked it
+      runLogged(arguments, [&] { watch(arguments, signals); });
+      break;
     }
   }
   return succeeded;

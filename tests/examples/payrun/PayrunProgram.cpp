@@ -1,11 +1,14 @@
 #include "tests/examples/payrun/PayrunProgram.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -91,6 +94,83 @@ Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::s
   ::close(terminal);
   waitFor(child, result);
   result.out = readFile(outputs.path("out"));
+  return result;
+}
+
+namespace {
+
+std::string takeThrough(std::string& pending, int descriptor, const std::string& text) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  for (;;) {
+    if (const std::size_t found = pending.find(text); found != std::string::npos) {
+      if (const std::size_t end = pending.find('\n', found); end != std::string::npos) {
+        const std::string taken = pending.substr(0, end + 1);
+        pending.erase(0, end + 1);
+        return taken;
+      }
+    }
+    pollfd wanted = {descriptor, POLLIN, 0};
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0 || ::poll(&wanted, 1, static_cast<int>(left.count())) == 0)
+      throw std::runtime_error("no \"" + text + "\" in 30 s, but \"" + pending + "\"");
+    char buffer[4096];
+    const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+    if (count <= 0) throw std::runtime_error("the program ended without \"" + text + "\": \"" + pending + "\"");
+    pending.append(buffer, static_cast<std::size_t>(count));
+  }
+}
+
+}  // namespace
+
+WatchingPayrun::WatchingPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments) {
+  int out[2], err[2];
+  if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  child_ = ::fork();
+  if (child_ == 0) becomePayrun(home, arguments, out[1], err[1]);
+  ::close(out[1]);
+  ::close(err[1]);
+  out_ = out[0];
+  err_ = err[0];
+}
+
+WatchingPayrun::~WatchingPayrun() {
+  if (child_ > 0) stop(SIGKILL);
+}
+
+std::string WatchingPayrun::readUntil(const std::string& text) { return takeThrough(pendingOut_, out_, text); }
+std::string WatchingPayrun::readErrorUntil(const std::string& text) { return takeThrough(pendingErr_, err_, text); }
+
+void WatchingPayrun::closeOut() {
+  ::close(out_);
+  out_ = -1;
+}
+
+double WatchingPayrun::cpuSeconds() const {
+  const std::string stat = readFile("/proc/" + std::to_string(child_) + "/stat");
+  std::istringstream fields(stat.substr(stat.rfind(')') + 1));
+  std::string skipped;
+  for (int i = 0; i < 11; ++i) fields >> skipped;
+  double user = 0, system = 0;
+  fields >> user >> system;
+  return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+}
+
+Result WatchingPayrun::stop(int signal) {
+  ::kill(child_, signal);
+  return waitForEnd();
+}
+
+Result WatchingPayrun::waitForEnd() {
+  Result result;
+  if (out_ >= 0) {
+    result.out = pendingOut_ + readToEnd(out_);
+    ::close(out_);
+  }
+  result.err = pendingErr_ + readToEnd(err_);
+  ::close(err_);
+  waitFor(child_, result);
+  child_ = -1;
   return result;
 }
 

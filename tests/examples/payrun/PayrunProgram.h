@@ -1,6 +1,8 @@
 // tests/examples/payrun/PayrunProgram.h - runs the pay run as a user does, in folders of its own.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -23,6 +25,35 @@ Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& ar
                  const std::string& locale = "en_GB.UTF-8");
 /// The same with standard error on a terminal, whose text is `err`.
 Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments);
+
+/// One that stays: started with `--watch`, read as it goes on, ended by a signal.
+class WatchingPayrun {
+ public:
+  WatchingPayrun(const TemporaryFolder& home, const std::vector<std::string>& arguments);
+  /// Ends it by SIGKILL where nobody stopped it.
+  ~WatchingPayrun();
+  WatchingPayrun(const WatchingPayrun&) = delete;
+  WatchingPayrun& operator=(const WatchingPayrun&) = delete;
+
+  /// What it printed on standard output since the last call, up to and with the next line that contains `text`; throws
+  /// after 30 seconds without one.
+  std::string readUntil(const std::string& text);
+  /// The same on standard error.
+  std::string readErrorUntil(const std::string& text);
+  /// From now on nobody reads its standard output.
+  void closeOut();
+  /// The processor time it has used, to the hundredth of a second.
+  [[nodiscard]] double cpuSeconds() const;
+  /// Sends the signal and waits for the end; `out` and `err` are what nobody read yet.
+  Result stop(int signal);
+  /// Waits for the end that comes by itself.
+  Result waitForEnd();
+
+ private:
+  pid_t child_ = -1;
+  int out_ = -1, err_ = -1;
+  std::string pendingOut_, pendingErr_;
+};
 
 /// The folder of the example employer, and of the reports expected for it.
 std::filesystem::path exampleEmployer();

@@ -14,8 +14,8 @@ TEST(PayrunArguments, HelpNamesEveryOptionFileAndStatus) {
   const Result result = runPayrun(folder, {"--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
-  for (const char* word : {"--input", "--month", "--output", "--logs", "--generate", "--help", "--version",
-                           "employer.ini", "employees.csv", "items.csv", "exit status"}) {
+  for (const char* word : {"--input", "--month", "--output", "--logs", "--watch", "--generate", "--help", "--version",
+                           "employer.ini", "employees.csv", "items.csv", "SIGINT", "SIGTERM", "exit status"}) {
     EXPECT_THAT(result.out, HasSubstr(word));
   }
   for (const std::string& line : linesOf(result.out)) EXPECT_LE(line.size(), 120U) << line;
@@ -56,7 +56,10 @@ TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
       {{"--generate", "0", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"0\""},
       {{"--generate", "1000001", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"1000001\""},
       {{"--generate", "5", "--input", "x", "--month", "1"}, "--generate does not go with --month"},
+      {{"--generate", "5", "--input", "x", "--watch"}, "--generate does not go with --watch"},
       {{"--generate", "5"}, "--input is missing"},
+      {{"--watch", "--input", "x"}, "--month is missing"},
+      {{"--watch=yes", "--input", "x", "--month", "1"}, "there is no option \"--watch=yes\""},
   };
   for (const auto& row : rows) {
     const TemporaryFolder folder;
