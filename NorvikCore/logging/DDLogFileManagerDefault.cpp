@@ -35,6 +35,8 @@ struct SortedFile {
 };
 
 bool comesFirst(const SortedFile& a, const SortedFile& b) {
+  const bool aIsThere = a.info->creationDate().has_value(), bIsThere = b.info->creationDate().has_value();
+  if (aIsThere != bIsThere) return aIsThere;  // the other was removed meanwhile
   const NSComparisonResult byCreation = a.info->reverseCompareByCreationDate(*b.info);
   if (byCreation != NSOrderedSame) return byCreation == NSOrderedAscending;
   if (a.isArchived != b.isArchived) return b.isArchived;
@@ -147,16 +149,16 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
   NSString path;
   for (;;) {
     path = directory.stringByAppendingPathComponent(stringWithFormat("log-%@.txt", generateShortUUID()));
+    {
+      const MutexLock lock(mutex_);  // before it is there for others to find
+      newestPath_ = path;
+    }
     kernel::FileDescriptor file;
     const std::string systemPath = path.fileSystemRepresentation();
     const int error = kernel::openFile(systemPath, {.write = true, .create = true, .exclusive = true}, file);
     if (error == EEXIST) continue;
     if (error == 0) static_cast<void>(kernel::noteCreation(systemPath));  // in vain: the file then seems younger
     break;
-  }
-  {
-    const MutexLock lock(mutex_);
-    newestPath_ = path;
   }
   deleteOldLogFiles();
   return path;
@@ -165,16 +167,19 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
 void DDLogFileManagerDefault::deleteOldLogFiles() {
   const std::uint64_t kept = maximumNumberOfLogFiles();
   if (kept == 0) return;
+  NSFileManager& files = NSFileManager::defaultManager();
+  std::vector<Ref<DDLogFileInfo>> infos = sortedLogFileInfos();
   NSString newest;
   {
     const MutexLock lock(mutex_);
     newest = newestPath_;
   }
-  std::vector<Ref<DDLogFileInfo>> infos = sortedLogFileInfos();
   if (!infos.empty() && !infos.front()->isArchived()) infos.erase(infos.begin());
   for (std::size_t i = kept; i < infos.size(); ++i) {
     if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
-    NSFileManager::defaultManager().removeItemAtPath(infos[i]->filePath());
+    bool isFolder = false;
+    if (!files.fileExistsAtPath(infos[i]->filePath(), &isFolder) || isFolder) continue;
+    files.removeItemAtPath(infos[i]->filePath());
   }
 }
 

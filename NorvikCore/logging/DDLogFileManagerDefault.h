@@ -6,7 +6,8 @@
 //   manager->sortedLogFilePaths();       // newest first
 //
 // A name counts as a log file's when it begins with "log-" and six characters of 0-9 and A-F follow; what comes after
-// them does not matter.
+// them does not matter, nor does it matter who made it: surplus files go by their names alone, so a folder of logs is
+// no place for other things called so. Folders stay, though they are listed and counted if they have such a name.
 //
 // Files that share one creation date are ordered so that a file which is not archived comes first, then by their last
 // change: so the file in use is never taken for an old one.

@@ -12,9 +12,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace norvik {
@@ -231,6 +234,79 @@ TEST(DDLogFileManagerDefault, OnlyAChangeOfTheLimitRemovesFiles) {
   DDLog::flushLog();
   EXPECT_EQ(manager->deletions, 2);
   EXPECT_EQ(manager->maximumNumberOfLogFiles(), 3U);
+}
+
+TEST(DDLogFileManagerDefault, AFolderCalledLikeALogFileIsListedButNeverRemoved) {
+  const kernel::WithoutBirthTimes byModification;
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path("log-AAAAAA"));
+  makeFile(folder, "log-AAAAAA/inside", 1600000000, false);
+  const std::timespec longAgo[2] = {{1500000000, 0}, {1500000000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, folder.path("log-AAAAAA").c_str(), longAgo, 0), 0);
+  for (int i = 1; i <= 3; ++i) {
+    makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000 + i, true);
+  }
+  const auto manager = managerFor(folder);
+  EXPECT_THAT(text(manager->sortedLogFileNames()),
+              ElementsAre("log-000003.txt", "log-000002.txt", "log-000001.txt", "log-AAAAAA"));
+  manager->setMaximumNumberOfLogFiles(1);
+  DDLog::flushLog();
+  EXPECT_THAT(filesIn(folder.path()), UnorderedElementsAre(folder.path("log-000003.txt"), folder.path("log-AAAAAA")));
+  EXPECT_EQ(TemporaryFolder::read(folder.path("log-AAAAAA/inside")), "text");
+}
+
+TEST(DDLogFileManagerDefault, ThreadsThatMakeFilesAtOnceGetFilesOfTheirOwn) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(0);
+  std::vector<std::string> made[4];
+  std::vector<std::thread> threads;
+  for (auto& mine : made) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 25; ++i) mine.push_back(manager->createNewLogFile().str());
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::set<std::string> all;
+  for (const auto& mine : made) all.insert(mine.begin(), mine.end());
+  EXPECT_EQ(all.size(), 100U);
+  EXPECT_THAT(filesIn(folder.path()), ::testing::UnorderedElementsAreArray(all));
+}
+
+TEST(DDLogFileManagerDefault, AnyThreadMayDoAnythingAtAnyTime) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  std::atomic<bool> done = false;
+  std::vector<std::thread> threads;
+  threads.emplace_back([&] {
+    for (int i = 0; i < 100; ++i) {
+      const NSString path = manager->createNewLogFile();
+      EXPECT_TRUE(std::filesystem::exists(path.str())) << "the file in use";
+      DDLogFileInfo::logFileWithPath(path)->setIsArchived(true);
+    }
+    done = true;
+  });
+  threads.emplace_back([&] {
+    for (std::uint64_t i = 0; !done; ++i) {
+      manager->setMaximumNumberOfLogFiles(2 + i % 2);
+      DDLog::flushLog();
+    }
+  });
+  threads.emplace_back([&] {
+    while (!done) manager->deleteOldLogFiles();
+  });
+  threads.emplace_back([&] {
+    while (!done) {
+      const std::uint64_t limit = manager->maximumNumberOfLogFiles();
+      EXPECT_TRUE(limit == 5 || limit == 2 || limit == 3) << limit;
+      for (const NSString& name : manager->sortedLogFileNames()) EXPECT_TRUE(manager->isLogFile(name));
+    }
+  });
+  for (std::thread& thread : threads) thread.join();
+  DDLog::flushLog();
+  manager->setMaximumNumberOfLogFiles(1);
+  DDLog::flushLog();
+  EXPECT_EQ(filesIn(folder.path()).size(), 1U);
 }
 
 TEST(DDLogFileManagerDefault, MakesItsFolderWhereItIsMissing) {
