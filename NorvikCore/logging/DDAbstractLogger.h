@@ -13,15 +13,20 @@
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/export.h"
 
+#include <cstddef>
+
 namespace norvik {
 
 namespace detail {
+class LogRecord;
+
 /// A logger of this library that takes several messages in one call, as if they came one by one. On the logger's queue.
 class MessageRunLogger {
  public:
   /// False while code of others, such as a formatter, runs between the messages: it could tell.
   [[nodiscard]] virtual bool takesRuns() const noexcept = 0;
-  virtual void logMessages(const DDLogMessage* const* messages, std::size_t count) = 0;
+  /// Takes the first of the messages, as many as become done together; tells how many these are, one at least.
+  [[nodiscard]] virtual std::size_t logRecords(const LogRecord* const* records, std::size_t count) = 0;
 
  protected:
   ~MessageRunLogger() = default;

@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/Clock.h"
@@ -240,8 +241,8 @@ void DDFileLogger::lookAfterFile() {
 void DDFileLogger::willRemoveLogger() { rollLogFileNow(); }
 
 void DDFileLogger::logMessage(const DDLogMessage& message) {
-  const DDLogMessage* one = &message;
-  logMessages(&one, 1);
+  appendLine(message);
+  writePending();
 }
 
 /// Neither a formatter nor a manager of the user's runs while a run is written.
@@ -252,12 +253,14 @@ bool DDFileLogger::takesRuns() const noexcept {
          typeid(manager) == typeid(DDLogFileManagerDefault);
 }
 
-void DDFileLogger::logMessages(const DDLogMessage* const* messages, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    appendLine(*messages[i]);
-    if (mustWrite()) writePending();
-  }
+/// One write.
+std::size_t DDFileLogger::logRecords(const detail::LogRecord* const* records, std::size_t count) {
+  std::size_t taken = 0;
+  do {
+    appendLine(*records[taken++]);
+  } while (taken < count && !mustWrite());
   writePending();
+  return taken;
 }
 
 void DDFileLogger::appendLine(const DDLogMessage& message) {
@@ -272,6 +275,20 @@ void DDFileLogger::appendLine(const DDLogMessage& message) {
     if (!text) return;
     pending_.text += text->utf8();
   }
+  endLine(begin);
+}
+
+/// Where the logger takes runs: its formatter is the default one, or none.
+void DDFileLogger::appendLine(const detail::LogRecord& record) {
+  const std::size_t begin = pending_.text.size();
+  if (DDLogFormatter* own = formatter().get()) {
+    static_cast<DDLogFileFormatterDefault*>(own)->appendTimestamp(pending_.text, record.timestamp());
+  }
+  record.appendText(pending_.text);
+  endLine(begin);
+}
+
+void DDFileLogger::endLine(std::size_t begin) {
   if (pending_.text.size() == begin || pending_.text.back() != '\n') pending_.text += '\n';
   pending_.ends.push_back(pending_.text.size());
 }

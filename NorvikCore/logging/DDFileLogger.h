@@ -86,7 +86,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   };
 
   [[nodiscard]] bool takesRuns() const noexcept override;
-  void logMessages(const DDLogMessage* const* messages, std::size_t count) override;
+  [[nodiscard]] std::size_t logRecords(const detail::LogRecord* const* records, std::size_t count) override;
 
   template <class Setting>
   [[nodiscard]] Setting read(const Setting& setting) const;
@@ -94,6 +94,8 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   void change(Change change);
 
   void appendLine(const DDLogMessage& message);
+  void appendLine(const detail::LogRecord& record);
+  void endLine(std::size_t begin);
   [[nodiscard]] bool mustWrite() const noexcept;
   void writePending();
   void write(const Lines& lines);

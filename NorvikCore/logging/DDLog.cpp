@@ -34,20 +34,7 @@ void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchrono
 void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                 const Value& tag, const RuntimeFormat& format, FormatArguments arguments) {
   if (!format.text) return;
-  logArguments({asynchronous, level, flag, context, file, function, line}, tag, format.text->view(), arguments);
-}
-
-void DDLog::logArguments(const Site& site, const Value& tag, std::string_view format, FormatArguments arguments) {
-  LogDispatcher::shared().queueNewMessage({.logMsg = stringWithFormatArguments(format, arguments),
-                                           .level = site.level,
-                                           .flag = site.flag,
-                                           .context = site.context,
-                                           .line = site.line,
-                                           .file = site.file,
-                                           .function = site.function,
-                                           .tag = tag,
-                                           .options = 0},
-                                          site.asynchronous);
+  logArguments(asynchronous, {level, flag, context, line, file, function}, tag, format.text->view(), arguments, false);
 }
 
 void DDLog::flushLog() { LogDispatcher::shared().flush(); }

@@ -5,14 +5,18 @@
 //   DDLogWarn("%d payslips without a payment date", count);      // DDLogMacros.h
 //   DDLog::flushLog();
 //
-// A log call fixes text, time, thread and queue label, and queues the message on the one serial logging queue, labelled
-// "cocoa.quillmarch". There each message goes to the loggers, each on its own queue, and the next message follows when
-// all of them are done: every logger gets every message that it admits, once, in the order of the queueing.
+// A log call fixes text, time, thread and queue label: numbers, texts and the library's plain values are copied, and
+// may be put into the format later; everything else is described during the call. It queues the message on the one
+// serial logging queue, labelled "cocoa.quillmarch". There each message goes to the loggers, each on its own queue, and
+// the next message follows when all of them are done: every logger gets every message that it admits, once, in the
+// order of the queueing.
 //
 // A logger admits a message whose flag is not greater than the logger's level, compared as numbers.
 //
 // A call with `asynchronous` false returns when every admitting logger has processed the message. At most 1000 messages
-// wait: a call beyond that blocks until one is done.
+// wait: a call beyond that blocks until one is done. Messages that a logger takes with one write are done together.
+// What code on the logging queue or on a logger's queue logs, such as a formatter, is not held up and does not count:
+// the messages that it would wait for may themselves wait for it.
 //
 // Formats: FormatDirective.h has the language. A literal is checked by the compiler; a format known only at run time is
 // marked with runtimeFormat(). An absent format (nullptr) logs nothing.
@@ -82,8 +86,8 @@ class NK_EXPORT DDLog : public NSObject {
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, FormatStringFor<Args...> format, const Args&... arguments) {
     if (format.isAbsent()) return;
-    logArguments({asynchronous, level, flag, context, file, function, line}, tag, format.view(),
-                 FormatArgumentList(arguments...));
+    logArguments(asynchronous, {level, flag, context, line, file, function}, tag, format.view(),
+                 FormatArgumentList(arguments...), format.canWait());
   }
   /// The same with a list of arguments, for code that hands them on (FormatArgumentList).
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
@@ -114,13 +118,9 @@ class NK_EXPORT DDLog : public NSObject {
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
 
  private:
-  struct Site {
-    bool asynchronous;
-    int level, flag, context;
-    const char *file, *function;
-    int line;
-  };
-  static void logArguments(const Site& site, const Value& tag, std::string_view format, FormatArguments arguments);
+  static void logArguments(bool asynchronous, const detail::LogSite& site, const Value& tag, std::string_view format,
+                           FormatArguments arguments, bool canWait);
+  static void logText(bool asynchronous, const detail::LogSite& site, const Value& tag, const NSString& text);
 };
 
 }  // namespace norvik

@@ -27,13 +27,13 @@ std::optional<NSString> DDLogFileFormatterDefault::formatLogMessage(const DDLogM
 }
 
 void DDLogFileFormatterDefault::appendLogMessage(std::string& text, const DDLogMessage& message) {
-  text += dateFormatter->stringFromDate(message.timestamp()).view();
-  text += "  ";
-  if (message.logMsg().isWellFormed()) {
-    text += message.logMsg().view();
-  } else {
-    text += message.logMsg().utf8();
-  }
+  appendTimestamp(text, message.timestamp());
+  text += message.logMsg().utf8();
+}
+
+void DDLogFileFormatterDefault::appendTimestamp(std::string& line, Date timestamp) const {
+  line += dateFormatter->stringFromDate(timestamp).utf8();
+  line += "  ";
 }
 
 }  // namespace norvik

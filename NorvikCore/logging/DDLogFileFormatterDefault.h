@@ -30,6 +30,8 @@ class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
 
   /// Appends what formatLogMessage() gives, as UTF-8.
   void appendLogMessage(std::string& text, const DDLogMessage& message);
+  /// Appends the part of it before the message's text.
+  void appendTimestamp(std::string& line, Date timestamp) const;
 
  protected:
   ~DDLogFileFormatterDefault() override;

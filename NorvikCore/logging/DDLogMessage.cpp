@@ -1,5 +1,6 @@
 #include "NorvikCore/logging/DDLogMessage.h"
 
+#include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/runtime/Format.h"
@@ -72,16 +73,34 @@ DDLogMessage::DDLogMessage(Fields fields)
   keepQueueLabel(dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL));
 }
 
+DDLogMessage::DDLogMessage(const detail::LogRecord& record)
+    : logLevel_(record.site().level),
+      logFlag_(record.site().flag),
+      logContext_(record.site().context),
+      lineNumber_(record.site().line),
+      logMsg_(record.text()),
+      timestamp_(record.timestamp()),
+      file_(record.site().file),
+      function_(record.site().function),
+      tag_(record.tag()),
+      threadName_(record.threadName()),
+      machThreadID_(record.threadId()),
+      options_(0) {
+  keepQueueLabel(record.queueLabel());
+}
+
 DDLogMessage::~DDLogMessage() = default;
 
-void DDLogMessage::keepQueueLabel(const char* label) {
-  const std::size_t size = std::strlen(label) + 1;
-  if (size <= sizeof queueLabel_) {
-    std::memcpy(queueLabel_, label, size);
-    return;
+void DDLogMessage::keepQueueLabel(std::string_view label) {
+  char* to = queueLabel_;
+  if (label.size() >= sizeof queueLabel_) {
+    longQueueLabel_.reset(new (std::nothrow) char[label.size() + 1]);
+    to = longQueueLabel_.get();
   }
   queueLabel_[0] = '\0';
-  longQueueLabel_ = copied(label);
+  if (!to) return;
+  label.copy(to, label.size());
+  to[label.size()] = '\0';
 }
 
 Ref<DDLogMessage> DDLogMessage::initWithLogMsg(NSString logMsg, int level, int flag, int context, const char* file,

@@ -14,12 +14,20 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace norvik {
 
 namespace detail {
 class LogDispatcher;
-}
+class LogRecord;
+
+/// The place and the kind of a log call, as the call gives them.
+struct LogSite {
+  int level, flag, context, line;
+  const char *file, *function;
+};
+}  // namespace detail
 
 /// The name of the file at the end of a path, without its extension: "/a/b/File.m" gives "File". A null path gives
 /// nothing. The last dot of the whole path ends the name; one that lies before the last slash ("dir.d/name") does not
@@ -79,6 +87,8 @@ class NK_EXPORT DDLogMessage : public NSObject {
     std::uint32_t options;
   };
   explicit DDLogMessage(Fields fields);
+  /// Of a log call that was made before.
+  explicit DDLogMessage(const detail::LogRecord& record);
   ~DDLogMessage() override;
 
  private:
@@ -86,7 +96,7 @@ class NK_EXPORT DDLogMessage : public NSObject {
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 
-  void keepQueueLabel(const char* label);
+  void keepQueueLabel(std::string_view label);
 
   int logLevel_, logFlag_, logContext_, lineNumber_;
   NSString logMsg_;

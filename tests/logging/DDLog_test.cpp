@@ -1,16 +1,19 @@
 #include "NorvikCore/logging/DDLog.h"
 
+#include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogMacros.h"
 #include "NorvikCore/logging/DDLoggerNode.h"
 #include "NorvikCore/logging/internal/LibraryWarning.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "tests/support/LogFolder.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <string>
@@ -23,17 +26,10 @@ namespace {
 using test::Latch;
 using test::RecordingLogger;
 using test::say;
+using test::TemporaryFolder;
 using ::testing::ElementsAre;
 using DDLogTest = test::CleanDDLog;
 using Strings = std::vector<std::string>;
-
-class ErrorCounter : public DDAbstractLogger {
-  NK_OBJECT(ErrorCounter, DDAbstractLogger)
-  void logMessage(const DDLogMessage& message) override {
-    if (message.logFlag() == LOG_FLAG_ERROR) ++errors;
-  }
-  std::atomic<int> errors = 0;
-};
 
 /// A logger with nothing but what is required.
 class BareLogger : public DDLogger {
@@ -75,13 +71,15 @@ class WithGetterOnly : public NSObject {
 };
 
 TEST_F(DDLogTest, HeaderExample) {
-  auto counter = make<ErrorCounter>();
-  DDLog::addLogger(counter);
-  ddLogLevel = LOG_LEVEL_WARN;
-  DDLogWarn("%d payslips without a payment date", 3);
-  DDLogError("no payslips");
+  const TemporaryFolder folder;
+  const auto logger =
+      DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(folder.path()));
+  logger->setLogFormatter(nullptr);
+  DDLog::addLogger(logger);
+  const int count = 3;
+  DDLogWarn("%d payslips without a payment date", count);
   DDLog::flushLog();
-  EXPECT_EQ(counter->errors, 1);
+  EXPECT_THAT(test::allLinesIn(folder.path()), ElementsAre("3 payslips without a payment date"));
 }
 
 TEST_F(DDLogTest, EveryLoggerGetsEveryMessageOnceInOrder) {
@@ -216,6 +214,88 @@ TEST_F(DDLogTest, ACallBlocksWhileAThousandMessagesWait) {
   EXPECT_EQ(logged, 1100);
 }
 
+class TalkativeFormatter : public DDLogFormatter {
+  NK_OBJECT(TalkativeFormatter, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    if (message.logMsg() == "begin") {
+      for (int i = 0; i < 1500; ++i) say("of the formatter");
+      DDLog::queueLogMessage(DDLogMessage::initWithLogMsg("made", 31, 1, 0, "f", "g", 1, Value(), 0), true);
+    }
+    return message.logMsg();
+  }
+};
+
+class FormattingRecorder : public RecordingLogger {
+  NK_OBJECT(FormattingRecorder, RecordingLogger)
+  void logMessage(const DDLogMessage& message) override {
+    if (formatter()) (void)formatter()->formatLogMessage(message);
+    RecordingLogger::logMessage(message);
+  }
+};
+
+TEST_F(DDLogTest, AFormatterOrALoggerThatLogsIsNotHeldUpByTheBound) {
+  const auto formatting = make<FormattingRecorder>();
+  const auto other = make<RecordingLogger>();
+  formatting->setLogFormatter(make<TalkativeFormatter>());
+  other->onMessage = [](const DDLogMessage& message) {
+    if (message.logMsg() != "begin") return;
+    for (int i = 0; i < 1500; ++i) say("of the logger");
+  };
+  DDLog::addLogger(formatting);  // runs on a thread of its own, the last one on that of the logging queue
+  DDLog::addLogger(other);
+  say("begin");
+  settle();
+  settle();  // what they said while the first one waited
+  const Strings all = formatting->all();
+  EXPECT_EQ(std::count(all.begin(), all.end(), "of the formatter"), 1500);
+  EXPECT_EQ(std::count(all.begin(), all.end(), "made"), 1);
+  EXPECT_EQ(std::count(all.begin(), all.end(), "of the logger"), 1500);
+  EXPECT_EQ(other->all(), all);
+}
+
+TEST_F(DDLogTest, ABlockOfTheLoggingQueueThatLogsIsNotHeldUpByTheBound) {
+  const auto logger = make<RecordingLogger>();
+  DDLog::addLogger(logger);
+  dispatch_sync(DDLog::loggingQueue(), [] {
+    for (int i = 0; i < 1500; ++i) say("more");
+  });
+  settle();
+  const Strings all = logger->all();
+  EXPECT_EQ(std::count(all.begin(), all.end(), "more"), 1500);
+}
+
+TEST_F(DDLogTest, WhatIsLoggedPastTheBoundLeavesTheBoundAsItIs) {
+  const auto logger = make<RecordingLogger>();
+  Latch reached, go;
+  logger->onMessage = [&](const DDLogMessage& message) {
+    if (message.logMsg() == "begin") {
+      for (int i = 0; i < 1500; ++i) say("more");
+    }
+    if (message.logMsg() != "stop") return;
+    reached.open();
+    go.wait();
+  };
+  DDLog::addLogger(logger);
+  say("begin");
+  settle();
+  settle();
+  say("stop");
+  reached.wait();
+  std::atomic<int> logged = 0;
+  std::thread caller([&] {
+    for (int i = 0; i < 1100; ++i) {
+      say("late");
+      ++logged;
+    }
+  });
+  while (logged < 999) std::this_thread::yield();
+  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  EXPECT_EQ(logged, 999);
+  go.open();
+  caller.join();
+  EXPECT_EQ(logged, 1100);
+}
+
 TEST_F(DDLogTest, AnAbsentFormatLogsNothing) {
   const auto logger = make<RecordingLogger>();
   DDLog::addLogger(logger);
@@ -343,57 +423,6 @@ TEST_F(DDLogTest, ALoggerMayLogAndAddAndRemoveLoggers) {
   EXPECT_THAT(logger->all(), ElementsAre("[added]", "begin", "from within", "[removed]"));
   EXPECT_THAT(added->all(), ElementsAre("[added]", "end"));
 }
-
-TEST_F(DDLogTest, MacrosTestTheLevelBeforeAnythingIsEvaluated) {
-  const auto logger = make<RecordingLogger>();
-  DDLog::addLogger(logger);
-  int evaluated = 0;
-  const auto next = [&] { return ++evaluated; };
-  ddLogLevel = LOG_LEVEL_INFO;
-  DDLogError("error %d", next());
-  DDLogWarn("warning %d", next());
-  DDLogInfo("info %d", next());
-  DDLogDebug("debug %d", next());
-  DDLogVerbose("verbose %d", next());
-  ddLogLevel = LOG_LEVEL_OFF;
-  DDLogError("off %d", next());
-  ddLogLevel = LOG_LEVEL_VERBOSE;
-  DDLogDebug("debug %d", next());
-  DDLogVerbose("verbose %d", next());
-  settle();
-  EXPECT_EQ(evaluated, 5);
-  EXPECT_THAT(logger->all(),
-              ElementsAre("[added]", "error 1", "warning 2", "info 3", "debug 4", "verbose 5", "[flushed]"));
-}
-
-TEST_F(DDLogTest, MacrosGiveLevelFlagAndPlace) {
-  const auto logger = make<RecordingLogger>();
-  Ref<const DDLogMessage> got;
-  logger->onMessage = [&](const DDLogMessage& message) { got = Ref<const DDLogMessage>(&message); };
-  DDLog::addLogger(logger);
-  ddLogLevel = LOG_LEVEL_DEBUG;
-  const int line = __LINE__ + 1;
-  DDLogInfo("here");
-  settle();
-  ASSERT_TRUE(got);
-  EXPECT_EQ(got->logLevel(), 15);
-  EXPECT_EQ(got->logFlag(), 4);
-  EXPECT_EQ(got->logContext(), 0);
-  EXPECT_EQ(got->lineNumber(), line);
-  EXPECT_EQ(got->fileName(), "DDLog_test");
-  EXPECT_EQ(got->methodName(), "TestBody");
-  EXPECT_TRUE(got->tag().isAbsent());
-}
-
-TEST_F(DDLogTest, AMacroIsOneStatement) {
-  ddLogLevel = LOG_LEVEL_OFF;
-  if (ddLogLevel == LOG_LEVEL_OFF)
-    DDLogError("suppressed");
-  else
-    FAIL();
-}
-
-TEST_F(DDLogTest, TheLibrarysLevelIsThreeAtFirst) { EXPECT_EQ(ddLogLevel, 3); }
 
 TEST_F(DDLogTest, ALibraryWarningIsLoggedOnlyWhereTheLevelHasWarnings) {
   const auto logger = make<RecordingLogger>();

@@ -2,13 +2,14 @@
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/dispatch/internal/SemaphoreCore.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-
-#include <pthread.h>
 
 #include <algorithm>
 #include <exception>
@@ -27,42 +28,40 @@ constexpr std::size_t maximumRun = 128;
 constexpr std::int64_t endPatience = 10 * NSEC_PER_SEC, heldPatience = 1 * NSEC_PER_SEC;
 constexpr std::int64_t forkPatience = 100 * NSEC_PER_MSEC;
 
-// Below so many free permits a message is in a hurry: the writer that looks once a millisecond is asked to come now.
-constexpr std::uint32_t relaxedPermits = LogDispatcher::maximumQueueSize * 9 / 10;
-
-LogDispatcher* existing = nullptr;  // for functions that are called only once there is one
-
 /// One logger's part in the handling of a message. What leaves it ends the process, on whichever thread it runs.
 void hand(DDLoggerNode& node, const DDLogMessage& message) noexcept { node.logger()->logMessage(message); }
 
+/// Lets go of messages that are done with, and of the permits that they took.
+void finish(LogRecord* const* records, std::size_t count, const dispatch_semaphore_t& permits) noexcept {
+  std::uint32_t taken = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (records[i]->hasPermit) ++taken;
+    records[i]->dispose();
+  }
+  if (taken > 0) givePermits(permits, taken);
+}
+
 }  // namespace
 
-/// A message that is an item of the logging queue itself, so that queueing it allocates nothing more.
-class LogDispatcher::QueuedMessage final : public DDLogMessage, public Item {
- public:
-  explicit QueuedMessage(Fields&& fields) : DDLogMessage(std::move(fields)) { run = &LogDispatcher::runMessages; }
+constinit LogDispatcher::Way LogDispatcher::way{};
 
-  static void* operator new(std::size_t size) { return allocateItem(size); }
-  static void operator delete(void* memory) noexcept { freeItem(memory); }
-
- private:
-  ~QueuedMessage() override = default;
-};
-
-LogDispatcher& LogDispatcher::shared() {
+LogDispatcher& LogDispatcher::makeShared() {
   static LogDispatcher& dispatcher = *new LogDispatcher;
+  way.dispatcher.store(&dispatcher, std::memory_order_release);
   return dispatcher;
 }
 
 LogDispatcher::LogDispatcher()
     : loggingQueue(dispatch_queue_create("cocoa.quillmarch")),
-      loggingGroup(dispatch_group_create()),
       queueSemaphore(dispatch_semaphore_create(maximumQueueSize)),
-      numProcessors(std::max<std::uint32_t>(kernel::processorCount(), 1)) {
+      numProcessors(std::max<std::uint32_t>(kernel::processorCount(), 1)),
+      loggingGroup(dispatch_group_create()) {
   loggers.reserve(4);
+  way.queue = static_cast<SerialQueue*>(loggingQueue.core());
+  way.permits = queueSemaphore.core();
+  way.records = new LogRecordPool;
   dispatch_queue_set_specific(loggingQueue, GlobalLoggingQueueIdentityKey, GlobalLoggingQueueIdentityKey);
-  existing = this;
-  pthread_atfork([] { existing->prepareFork(); }, [] { existing->endFork(); }, [] { existing->endForkInChild(); });
+  kernel::atFork([] { shared().prepareFork(); }, [] { shared().endFork(); }, [] { shared().endForkInChild(); });
   atProcessEnd(&LogDispatcher::flushAtProcessEnd);
   NSNotificationCenter::defaultCenter().addObserverForName(NSApplicationWillTerminateNotification, nullptr,
                                                            &DDLog::applicationWillTerminate);
@@ -84,31 +83,16 @@ void LogDispatcher::removeAllLoggers() {
 
 void LogDispatcher::queueLogMessage(const Ref<DDLogMessage>& message, bool asynchronously) {
   if (!message) return;
-  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
-  const auto log = [this, message] {
+  const bool hasPermit = queueSemaphore.core()->tryTake() || waitForPermit();
+  const auto log = [this, message, permits = hasPermit ? queueSemaphore : nullptr] {
     lt_log(*message);
-    dispatch_semaphore_signal(queueSemaphore);
+    if (permits) dispatch_semaphore_signal(permits);
   };
   if (asynchronously) {
     dispatch_async_relaxed(loggingQueue, log);
   } else {
     dispatch_sync(loggingQueue, log);
   }
-}
-
-void LogDispatcher::queueNewMessage(DDLogMessage::Fields&& fields, bool asynchronously) {
-  Ref<QueuedMessage> message = make<QueuedMessage>(std::move(fields));
-  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
-  if (asynchronously) {
-    QueuedMessage* item = message.take();
-    const bool hurry = availablePermits(queueSemaphore) < relaxedPermits;
-    dispatch_async_run(loggingQueue, item, hurry ? Delivery::prompt : Delivery::relaxed);
-    return;
-  }
-  dispatch_sync(loggingQueue, [&] {
-    lt_log(*message);
-    dispatch_semaphore_signal(queueSemaphore);
-  });
 }
 
 void LogDispatcher::flush() {
@@ -175,48 +159,87 @@ void LogDispatcher::logInParallel(const DDLogMessage& message, DDLoggerNode* con
   if (count > 1) dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
 }
 
-DDLoggerNode* LogDispatcher::soleRunLogger(const DDLogMessage& message) const noexcept {
-  DDLoggerNode* sole = nullptr;
+LogDispatcher::Admittance LogDispatcher::admittance(const LogRecord& record, DDLoggerNode*& sole) const noexcept {
+  sole = nullptr;
   for (const Ref<DDLoggerNode>& node : loggers) {
-    if (message.logFlag() > node->logLevel()) continue;
-    if (sole || !node->runLogger()) return nullptr;
+    if (record.site().flag > node->logLevel()) continue;
+    if (sole || record.hasTag() || !node->runLogger()) {
+      sole = nullptr;
+      return Admittance::others;
+    }
     sole = node.get();
   }
-  return sole;
+  return sole ? Admittance::oneTakesRuns : Admittance::nobody;
 }
 
-/// Takes messages from the queue. Where one logger alone admits several in a row and runs nobody else's code between
-/// them, it gets them in one block of its queue, so that nobody can tell the difference; otherwise one by one.
-void LogDispatcher::runMessages(Item* first, Cursor& cursor) {
+/// Takes records from the queue. Where one logger alone admits several in a row and runs nobody else's code between
+/// them, not even the destructor of a tag, it gets them in one block of its queue, so that nobody can tell the
+/// difference; otherwise one by one.
+void LogDispatcher::runRecords(Item* first, Cursor& cursor) {
   LogDispatcher& self = shared();
+  const dispatch_semaphore_t permits = self.queueSemaphore;
   Item* item = first;
   while (item) {
-    auto message = Ref<QueuedMessage>::adopt(static_cast<QueuedMessage*>(item));
-    DDLoggerNode* sole = self.soleRunLogger(*message);
-    if (!sole) {
-      self.lt_log(*message);
-      message = nullptr;
-      givePermits(self.queueSemaphore, 1);
+    LogRecord* run[maximumRun];
+    std::size_t count = 0, done = 0;
+    run[count++] = static_cast<LogRecord*>(item);
+    DDLoggerNode* sole = nullptr;
+    const Admittance admitted = self.admittance(*run[0], sole);
+    if (admitted == Admittance::oneTakesRuns) {
+      while ((item = cursor.next()) != nullptr) {
+        DDLoggerNode* other = nullptr;
+        (void)self.admittance(*static_cast<LogRecord*>(item), other);
+        if (count == maximumRun || other != sole) break;
+        run[count++] = static_cast<LogRecord*>(item);
+      }
+      done = self.logRun(*sole, run, count, permits);
+    } else {
+      if (admitted == Admittance::others) self.lt_log(*make<DDLogMessage>(*run[0]));
+      finish(run, 1, permits);
+      done = 1;
       item = cursor.next();
-      continue;
     }
-    const DDLogMessage* run[maximumRun];
-    std::size_t count = 0;
-    run[count++] = message.take();
-    while ((item = cursor.next()) != nullptr) {
-      auto* next = static_cast<QueuedMessage*>(item);
-      if (count == maximumRun || self.soleRunLogger(*next) != sole) break;
-      run[count++] = next;
+    if (self.mustStop(permits)) [[unlikely]] {
+      if (item) self.leave(static_cast<LogRecord*>(item), permits);
+      while (count > done) self.leave(run[--count], permits);
+      return;
     }
-    for (std::size_t begin = 0; begin < count;) {
-      std::size_t end = begin + 1;
-      dispatch_sync(sole->loggerQueue(), [&]() noexcept {
-        if (sole->runLogger()->takesRuns()) end = count;
-        sole->runLogger()->logMessages(run + begin, end - begin);
-      });
-      givePermits(self.queueSemaphore, static_cast<std::uint32_t>(end - begin));
-      for (; begin < end; ++begin) release(run[begin]);
-    }
+  }
+}
+
+std::size_t LogDispatcher::logRun(DDLoggerNode& node, LogRecord* const* run, std::size_t count,
+                                  const dispatch_semaphore_t& permits) {
+  std::size_t done = 0;
+  do {
+    bool isOne = false;
+    dispatch_sync(node.loggerQueue(), [&]() noexcept {
+      if (!node.runLogger()->takesRuns()) {
+        node.logger()->logMessage(*make<DDLogMessage>(*run[done]));
+        isOne = true;
+        return;
+      }
+      while (done < count) {
+        const std::size_t taken = node.runLogger()->logRecords(run + done, count - done);
+        finish(run + done, taken, permits);
+        done += taken;
+      }
+    });
+    if (isOne) finish(run + done++, 1, permits);
+  } while (done < count && !mustStop(permits));
+  return done;
+}
+
+/// A logger may fork, and this be the child; it may suspend the logging queue.
+bool LogDispatcher::mustStop(const dispatch_semaphore_t& permits) const noexcept {
+  return queueSemaphore.core() != permits.core() || way.queue->isSuspended();
+}
+
+/// For a message whose turn does not come now: it waits on, or is the business of the parent of this child.
+void LogDispatcher::leave(LogRecord* record, const dispatch_semaphore_t& permits) noexcept {
+  if (queueSemaphore.core() == permits.core()) {
+    way.queue->putBack(record);
+  } else {
+    record->dispose();
   }
 }
 
@@ -331,6 +354,8 @@ void LogDispatcher::endForkInChild() {
   knownMutex.unlock();
   forkGate = nullptr;
   queueSemaphore = dispatch_semaphore_create(maximumQueueSize);  // the messages that were waiting are the parent's
+  way.permits = queueSemaphore.core();
+  if (way.records->isInUse()) way.records = new LogRecordPool;
 }
 
 }  // namespace norvik::detail

@@ -5,21 +5,28 @@
 
 #include "NorvikCore/logging/DDLogMessage.h"
 #include "NorvikCore/logging/DDLoggerNode.h"
+#include "NorvikCore/logging/internal/LogRecordPool.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace norvik::detail {
 
+class SerialQueue;
+
 class LogDispatcher {
  public:
   /// Made on first use, never destroyed.
-  static LogDispatcher& shared();
+  static LogDispatcher& shared() {
+    LogDispatcher* const made = way.dispatcher.load(std::memory_order_acquire);
+    return made ? *made : makeShared();
+  }
 
   [[nodiscard]] const dispatch_queue_t& queue() const noexcept { return loggingQueue; }
 
@@ -27,8 +34,8 @@ class LogDispatcher {
   void removeLogger(const Ref<DDLogger>& logger);
   void removeAllLoggers();
   void queueLogMessage(const Ref<DDLogMessage>& message, bool asynchronously);
-  /// The same for a message of this dispatcher's own making, which is queued as it is.
-  void queueNewMessage(DDLogMessage::Fields&& fields, bool asynchronously);
+  /// Queues what a message will be made of; the calling thread's part of it is as it is now.
+  static void queueCall(const LogSite& site, const LogContent& content);
   void flush();
   /// Flushes every logger also where the caller is on a queue that flush() would wait for.
   void flushFromAnyQueue();
@@ -36,9 +43,8 @@ class LogDispatcher {
   static constexpr std::intptr_t maximumQueueSize = 1000;
 
  private:
-  class QueuedMessage;
-
   LogDispatcher();
+  static LogDispatcher& makeShared();
 
   void lt_addLogger(const Ref<DDLogger>& logger, int level);
   void lt_removeLogger(const Ref<DDLogger>& logger);
@@ -46,9 +52,21 @@ class LogDispatcher {
   void lt_log(const DDLogMessage& message);
   void lt_flush();
 
-  static void runMessages(Item* first, Cursor& cursor);
-  /// The one logger that admits the message, where it takes several at once; else null.
-  [[nodiscard]] DDLoggerNode* soleRunLogger(const DDLogMessage& message) const noexcept;
+  static void queueCallOfUnknown(const LogSite& site, std::int64_t now, const LogContent& content);
+  static void queueCallOf(const LogCaller& caller, const LogSite& site, const LogContent& content);
+  [[nodiscard]] static LogRecord* recordOf(const LogSite& site, const LogCaller& caller, const LogContent& content);
+  static void prefetch(const FormatArguments& arguments) noexcept;
+  /// Where no permit is free. False for a caller that needs none: see DDLog.h.
+  [[nodiscard]] bool waitForPermit();
+  static void runRecords(Item* first, Cursor& cursor);
+  /// Tells how many of the run are done: all, unless there is a reason to stop.
+  [[nodiscard]] std::size_t logRun(DDLoggerNode& node, LogRecord* const* run, std::size_t count,
+                                   const dispatch_semaphore_t& permits);
+  [[nodiscard]] bool mustStop(const dispatch_semaphore_t& permits) const noexcept;
+  void leave(LogRecord* record, const dispatch_semaphore_t& permits) noexcept;
+  enum class Admittance : std::uint8_t { nobody, oneTakesRuns, others };
+  /// Who admits a message; `sole` is then the one logger that does and takes several at once.
+  [[nodiscard]] Admittance admittance(const LogRecord& record, DDLoggerNode*& sole) const noexcept;
   void logInParallel(const DDLogMessage& message, DDLoggerNode* const* nodes, std::size_t count);
   void rememberLoggers();
   [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
@@ -63,11 +81,21 @@ class LogDispatcher {
   void endFork() NK_NO_THREAD_SAFETY_ANALYSIS;
   void endForkInChild() NK_NO_THREAD_SAFETY_ANALYSIS;
 
-  std::vector<Ref<DDLoggerNode>> loggers;
+  /// All that a call needs of the dispatcher, in one cache line: what loggingQueue and queueSemaphore stand for, and
+  /// the records. `dispatcher` is set last, and null before there is one.
+  struct alignas(64) Way {
+    std::atomic<LogDispatcher*> dispatcher;
+    SerialQueue* queue;
+    SemaphoreCore* permits;
+    LogRecordPool* records;
+  };
+  static Way way;
+
   dispatch_queue_t loggingQueue;
-  dispatch_group_t loggingGroup;
   dispatch_semaphore_t queueSemaphore;
   std::uint32_t numProcessors;
+  dispatch_group_t loggingGroup;
+  std::vector<Ref<DDLoggerNode>> loggers;
 
   std::vector<Ref<DDLoggerNode>> knownLoggers NK_GUARDED_BY(knownMutex);
 

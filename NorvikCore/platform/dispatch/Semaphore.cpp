@@ -13,14 +13,6 @@ namespace detail {
 void retainCore(SemaphoreCore* semaphore) noexcept { semaphore->retain(); }
 void releaseCore(SemaphoreCore* semaphore) noexcept { semaphore->release(); }
 
-bool SemaphoreCore::tryTake() noexcept {
-  std::uint32_t permits = permits_.load(std::memory_order_seq_cst);
-  while (permits > 0) {
-    if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst)) return true;
-  }
-  return false;
-}
-
 bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/kernel/Thread.h"
 
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/internal/ThreadRevision.h"
 
 #include <pthread.h>
 #include <sys/prctl.h>
@@ -13,10 +14,15 @@
 #include <string>
 
 namespace norvik::kernel {
+
+constinit thread_local std::uint32_t threadRevision = 0;
+
 namespace {
 
 constexpr std::size_t kernelNameBytes = 16;  // TASK_COMM_LEN, the zero at the end included
 using KernelName = std::array<char, kernelNameBytes>;
+
+constexpr std::int64_t kernelNameMilliseconds = 50;  // how long a reading of the kernel's name holds
 
 struct GivenName {
   std::string text;
@@ -32,11 +38,14 @@ struct ThreadState {
   KernelName kernelName;
   std::int64_t kernelNameReadAt;  // coarse milliseconds plus one; 0 before the first reading
 };
-thread_local constinit ThreadState state{};
+thread_local constinit ThreadState state __attribute__((tls_model("initial-exec"))){};
 
 // Registered while the library is loaded, before anybody can fork.
 [[maybe_unused]] const bool forgetsIdInChild = [] {
-  atFork(nullptr, nullptr, [] { state.id = 0; });
+  atFork(nullptr, nullptr, [] {
+    state.id = 0;
+    ++threadRevision;
+  });
   return true;
 }();
 
@@ -95,6 +104,7 @@ std::uint32_t currentThreadId() noexcept { return identify().id; }
 bool isMainThread() noexcept { return identify().isMain; }
 
 void setCurrentThreadName(std::string_view name) {
+  ++threadRevision;
   if (name.empty()) {
     if (!state.given) return;
     prctl(PR_SET_NAME, state.given->before.data());
@@ -114,7 +124,7 @@ void setCurrentThreadName(std::string_view name) {
 std::string_view currentThreadName() noexcept {
   if (state.given) return state.given->text;
   const std::int64_t now = coarseMilliseconds() + 1;
-  if (state.kernelNameReadAt == 0 || now - state.kernelNameReadAt >= 100) {
+  if (state.kernelNameReadAt == 0 || now - state.kernelNameReadAt >= kernelNameMilliseconds) {
     state.kernelName = readKernelName();
     state.kernelNameReadAt = now;
   }

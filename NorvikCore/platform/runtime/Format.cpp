@@ -195,6 +195,8 @@ class Renderer {
       case 's':
         if (argument.kind == FormatKind::string) {
           out_.append(*static_cast<const NSString*>(argument.pointer));
+        } else if (argument.kind == FormatKind::text) {
+          out_.append(std::string_view(static_cast<const char*>(argument.pointer), argument.length));
         } else if (argument.kind == FormatKind::cText) {
           out_.append(boundedText(argument, -1));
         } else {
@@ -276,7 +278,11 @@ NSString stringWithFormatArguments(std::string_view format, FormatArguments argu
 void appendFormatArguments(std::string& text, std::string_view format, FormatArguments arguments) {
   detail::FormatBuffer buffer;
   detail::Renderer(buffer, format, arguments).render();
-  text.append(buffer.string().utf8());
+  if (const std::string_view plain = buffer.view(); !plain.empty() && utf8::isValid(plain)) [[likely]] {
+    text.append(plain);
+  } else {
+    text.append(buffer.string().utf8());
+  }
 }
 
 }  // namespace norvik

@@ -29,6 +29,11 @@
 #include <utility>
 
 namespace norvik {
+
+class Date;
+class Decimal;
+class NSNumber;
+
 namespace detail {
 
 /// One argument, its type replaced by a kind. Refers to the argument, so it lives as long as the call.
@@ -36,7 +41,7 @@ struct FormatArgument {
   using Describe = NSString (*)(const void*);
 
   FormatKind kind = FormatKind::absent;
-  std::uint8_t bytes = 0;  // the size of an integer's type
+  std::uint8_t bytes = 0;  // the size of an integer's type; that of a described value whose copy says the same for ever
   union {
     std::int64_t integer = 0;  // an unsigned number is stored as its bits
     double floating;
@@ -63,6 +68,8 @@ template <class T> concept RefersToDescribable = requires(const T& reference) {
   { reference.get() };
   requires Describable<std::remove_cvref_t<decltype(*reference)>>;
 };
+template <class T> inline constexpr bool isPlainValue =
+    std::is_same_v<T, Date> || std::is_same_v<T, Decimal> || std::is_same_v<T, NSNumber>;
 template <class T> concept HasObject = requires(const T& holder) { requires RefersToDescribable<decltype(holder.object())>; };
 // clang-format on
 
@@ -155,6 +162,10 @@ FormatArgument formatArgument(const T& value) {
     } else if constexpr (kind == FormatKind::described) {
       argument.pointer = &value;
       argument.describe = &describeFormatted<T>;
+      if constexpr (isPlainValue<T>) {
+        static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 32 && alignof(T) <= 16);
+        argument.bytes = sizeof(T);
+      }
     } else {
       if constexpr (std::is_pointer_v<T>) {
         if constexpr (std::is_function_v<std::remove_pointer_t<T>>) {
@@ -175,6 +186,18 @@ FormatArgument formatArgument(const T& value) {
     }
   }
   return argument;
+}
+
+/// True where a copy of the argument shows the same text at any later time. Objects change, and what describes a value
+/// of the user's may read anything.
+template <class T>
+consteval bool argumentCanWait() {
+  if constexpr (isOptional<T>) {
+    return argumentCanWait<typename T::value_type>();
+  } else {
+    constexpr FormatKind kind = formatKind<T>();
+    return kind <= FormatKind::string && kind != FormatKind::longFloating ? true : isPlainValue<T>;
+  }
 }
 
 template <class... Args>
@@ -243,7 +266,9 @@ class FormatString {
   template <std::size_t N>
   consteval FormatString(
       const char (&literal)[N])  // NOLINT(google-explicit-constructor): formats are written as literals
-      : text_(literal, N - 1), present_(true) {
+      : text_(literal, N - 1),
+        present_(true),
+        canWait_(detail::formatCanWait(text_) && (detail::argumentCanWait<Args>() && ...)) {
     using detail::FormatFault;
     switch (detail::checkFormatFor<Args...>(text_)) {
       case FormatFault::none:
@@ -275,10 +300,12 @@ class FormatString {
 
   [[nodiscard]] constexpr bool isAbsent() const noexcept { return !present_; }
   [[nodiscard]] constexpr std::string_view view() const noexcept { return text_; }
+  /// A literal whose text may be formed later, of copies of the arguments (internal/FormatCopy.h).
+  [[nodiscard]] constexpr bool canWait() const noexcept { return canWait_; }
 
  private:
   std::string_view text_;
-  bool present_ = false;
+  bool present_ = false, canWait_ = false;
 };
 
 /// A FormatString as a function's parameter: its arguments' types come from the other parameters.

@@ -209,4 +209,18 @@ constexpr FormatFault checkFormat(std::string_view format, const FormatKind* kin
   return used == all ? FormatFault::none : FormatFault::surplusArgument;
 }
 
+/// True for a good format that gives the same text with copies of its arguments: not where it shows an address, nor
+/// where a precision bounds a text, which then may have no end of its own.
+constexpr bool formatCanWait(std::string_view format) noexcept {
+  for (std::size_t at = 0; at < format.size();) {
+    if (format[at++] != '%') continue;
+    const FormatDirective directive = parseFormatDirective(format, at);
+    const bool isText = directive.conversion == 's' || directive.conversion == 'S';
+    const bool isBounded =
+        directive.precision != FormatDirective::none || directive.precisionArgument != FormatDirective::none;
+    if (directive.conversion == 'p' || (isText && isBounded)) return false;
+  }
+  return true;
+}
+
 }  // namespace norvik::detail

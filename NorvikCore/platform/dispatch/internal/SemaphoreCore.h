@@ -14,9 +14,22 @@ class SemaphoreCore {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
   }
 
-  [[nodiscard]] bool tryTake() noexcept;
+  [[nodiscard]] bool tryTake() noexcept {
+    std::uint32_t permits = 0;
+    return tryTake(permits);
+  }
+  /// The same; tells how many permits there were.
+  [[nodiscard]] bool tryTake(std::uint32_t& permits) noexcept {
+    permits = permits_.load(std::memory_order_seq_cst);
+    while (permits > 0) {
+      if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst)) return true;
+    }
+    return false;
+  }
   /// False when the deadline, a point of the monotonic clock, came first.
   bool takeBy(std::uint64_t deadline) noexcept;
+  /// Asks for the memory of the permits, which are about to change.
+  void prefetch() const noexcept { __builtin_prefetch(&permits_, 1); }
   [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
   /// True when a thread slept.
   bool give(std::uint32_t permits = 1) noexcept;

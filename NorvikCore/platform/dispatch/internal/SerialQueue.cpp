@@ -42,16 +42,6 @@ void SerialQueue::push(Item* item, Delivery delivery, Order) {
   }
 }
 
-bool SerialQueue::append(Item* item) noexcept {
-  std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
-  do {
-    if (old == kIdle) return false;
-    item->queueLink = itemOf(old);
-  } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & kFlags), std::memory_order_seq_cst,
-                                         std::memory_order_relaxed));
-  return true;
-}
-
 void SerialQueue::schedule(Delivery delivery) {
   retain();
   if (QueueCore* above = target()) {

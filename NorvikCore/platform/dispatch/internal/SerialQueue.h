@@ -30,6 +30,16 @@ class SerialQueue : public QueueCore {
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;
 
+  /// push() of a relaxed item, where the queue is owned; that is one compare-and-swap and wakes nobody. False, with
+  /// nothing done, where it is idle.
+  [[nodiscard]] bool tryPushRelaxed(Item* item) noexcept {
+    item->queueFlags = kItemRelaxed;
+    return append(item);
+  }
+
+  /// Asks for the memory of the inbox, which is about to change.
+  void prefetch() const noexcept { __builtin_prefetch(&inbox_, 1); }
+
   /// enter(), where it takes no waiting.
   [[nodiscard]] bool tryEnter() noexcept {
     std::uintptr_t expected = kIdle;
@@ -82,7 +92,15 @@ class SerialQueue : public QueueCore {
   };
 
   /// Queues the item unless the queue is idle; tells whether it did.
-  bool append(Item* item) noexcept;
+  bool append(Item* item) noexcept {
+    std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
+    do {
+      if (old == kIdle) return false;
+      item->queueLink = itemOf(old);
+    } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & kFlags), std::memory_order_seq_cst,
+                                           std::memory_order_relaxed));
+    return true;
+  }
   void collect() noexcept;
   /// Ends ownership of a suspended queue; false when it is not suspended.
   [[nodiscard]] bool tryPark() noexcept;

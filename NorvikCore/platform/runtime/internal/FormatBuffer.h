@@ -38,6 +38,10 @@ class FormatBuffer {
     return end;
   }
 
+  /// The whole text as it stands here; empty also where lone halves are in it.
+  [[nodiscard]] std::string_view view() const noexcept {
+    return before_.empty() ? std::string_view(data_, size_) : std::string_view();
+  }
   [[nodiscard]] NSString string() const {
     const std::string_view text(data_, size_);
     return before_.empty() ? NSString(text) : before_ + NSString(text);

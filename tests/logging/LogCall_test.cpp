@@ -1,0 +1,370 @@
+// What a log call leaves for later is fixed at the call. The loggers get it only when the test lets go of the logging
+// queue.
+#include "NorvikCore/logging/DDFileLogger.h"
+#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/internal/LogRecordPool.h"
+#include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSNumber.h"
+#include "tests/support/LogFolder.h"
+#include "tests/support/RecordingLogger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace norvik {
+namespace {
+
+using test::Latch;
+using test::RecordingLogger;
+using ::testing::ElementsAre;
+
+template <class... Args>
+void log(FormatStringFor<Args...> format, const Args&... arguments) {
+  DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, Value(), format, arguments...);
+}
+
+/// A value that says what it finds elsewhere.
+struct Reference {
+  const std::string* text;
+  [[nodiscard]] std::string description() const { return *text; }
+};
+
+struct Raising {
+  [[nodiscard]] std::string description() const { throw NSException("NSGenericException", "no description"); }
+};
+
+class LogCall : public test::CleanDDLog {
+ protected:
+  void SetUp() override {
+    CleanDDLog::SetUp();
+    logger->onMessage = [this](const DDLogMessage& message) { messages.push_back(ref(message)); };
+    DDLog::addLogger(logger);
+  }
+  /// The logging queue stands still until go().
+  void hold() {
+    DDLog::flushLog();
+    dispatch_async(DDLog::loggingQueue(), [this] {
+      held.open();
+      released.wait();
+    });
+    held.wait();
+  }
+  /// Hands out what was logged, and gives the texts.
+  std::vector<std::string> go() {
+    released.open();
+    DDLog::flushLog();
+    std::vector<std::string> texts;
+    for (const auto& message : messages) texts.push_back(message->logMsg().str());
+    return texts;
+  }
+
+  const Ref<RecordingLogger> logger = make<RecordingLogger>();
+  std::vector<Ref<const DDLogMessage>> messages;
+  Latch held, released;
+};
+
+TEST_F(LogCall, TextsAreCopied) {
+  hold();
+  char array[] = "array";
+  std::string buffer = "buffer", text = "text", view = "a view";
+  std::optional<NSString> string = "string";
+  log("%s %s %@ %@ %@", array, buffer.c_str(), text, std::string_view(view).substr(2), string);
+  std::strcpy(array, "-----");
+  for (std::string* changed : {&buffer, &text, &view}) changed->assign(changed->size(), '-');
+  string = "------";
+  EXPECT_THAT(go(), ElementsAre("array buffer text view string"));
+}
+
+TEST_F(LogCall, NumbersAndPlainValuesAreCopied) {
+  hold();
+  int number = 42;
+  double floating = 1.5;
+  char letter = 'x';
+  bool truth = true;
+  Decimal decimal = *Decimal::parse("1234.50");
+  Date date = Date::fromReferenceSeconds(0);
+  NSNumber boxed = 7;
+  std::optional<Decimal> absent;
+  log("%d %.2f %c %d %@ %@ %@ %@", number, floating, letter, truth, decimal, date, boxed, absent);
+  number = 0, floating = 0, letter = '-', truth = false;
+  decimal = 0, date = Date::distantFuture(), boxed = 0, absent = 0;
+  EXPECT_THAT(go(), ElementsAre("42 1.50 x 1 1234.50 2001-01-01 00:00:00 +0000 7 (null)"));
+}
+
+TEST_F(LogCall, ObjectsAreDescribedAtTheCall) {
+  hold();
+  const auto array = make<NSMutableArray>();
+  std::string elsewhere = "before";
+  const std::string described = array->description().str();
+  log("%@ %@", array, Reference{&elsewhere});
+  array->addObject("late");
+  elsewhere = "after";
+  EXPECT_THAT(go(), ElementsAre(described + " before"));
+}
+
+TEST_F(LogCall, ARunTimeFormatNeedNotLive) {
+  hold();
+  std::string format = "%d items";
+  {
+    const RuntimeFormat marked = runtimeFormat(NSString(format));
+    log(marked, 3);
+  }
+  EXPECT_THAT(go(), ElementsAre("3 items"));
+}
+
+TEST_F(LogCall, APrecisionBoundsATextWithoutEnd) {
+  hold();
+  const auto letters = std::make_unique<char[]>(3);
+  std::memcpy(letters.get(), "abc", 3);
+  const char* const text = letters.get();
+  log("%.3s|%.*s|%.2@", text, 2, text, "xyz");
+  letters[0] = '-';
+  EXPECT_THAT(go(), ElementsAre("abc|ab|xy"));
+}
+
+TEST_F(LogCall, AddressesAreThoseOfTheArguments) {
+  hold();
+  const char* const text = "text";
+  log("%p %s", text, text);
+  EXPECT_THAT(go(), ElementsAre(stringWithFormat("%p text", text).str()));
+}
+
+TEST_F(LogCall, HalvesOfACharacterRejoin) {
+  hold();
+  const NSString smile = "\U0001F600";
+  log("%@%@", smile.substringToIndex(1), smile.substringFromIndex(1));
+  EXPECT_THAT(go(), ElementsAre("\U0001F600"));
+}
+
+TEST_F(LogCall, WhatIsLargeArrivesToo) {
+  hold();
+  const std::string large(100000, 'y');
+  const NSString shared(std::string(1000, 'z'));
+  log("%s", large.c_str());
+  log("short");
+  log("%d%d%d%d%d%d%d%d%d%@", 1, 2, 3, 4, 5, 6, 7, 8, 9, shared);
+  EXPECT_THAT(go(), ElementsAre(large, "short", "123456789" + std::string(1000, 'z')));
+}
+
+TEST_F(LogCall, AThousandCallsArriveInOrder) {
+  hold();
+  for (int i = 0; i < 999; ++i) log("%d", i);
+  const std::vector<std::string> texts = go();
+  ASSERT_EQ(texts.size(), 999U);
+  for (std::size_t i = 0; i < texts.size(); ++i) ASSERT_EQ(texts[i], std::to_string(i));
+}
+
+TEST_F(LogCall, TheTimeIsThatOfTheCall) {
+  hold();
+  const Date before = Date::systemDate();
+  log("now");
+  const Date after = Date::systemDate();
+  while (Date::systemDate().timeIntervalSinceDate(after) < 0.01) std::this_thread::yield();
+  go();
+  EXPECT_GE(messages.at(0)->timestamp(), before);
+  EXPECT_LE(messages.at(0)->timestamp(), after);
+}
+
+TEST_F(LogCall, ThreadAndNameAreThoseOfTheCall) {
+  hold();
+  std::uint32_t id = 0;
+  std::thread([&] {
+    id = static_cast<std::uint32_t>(gettid());
+    kernel::setCurrentThreadName("first");
+    log("1");
+    kernel::setCurrentThreadName("second");
+    log("2");
+    const std::string longName(200, 'n');
+    kernel::setCurrentThreadName(longName);
+    log("3");
+    kernel::setCurrentThreadName("last");
+    log("4");
+    kernel::setCurrentThreadName("never");
+  }).join();
+  EXPECT_THAT(go(), ElementsAre("1", "2", "3", "4"));
+  EXPECT_EQ(messages[0]->threadName(), "first");
+  EXPECT_EQ(messages[1]->threadName(), "second");
+  EXPECT_EQ(messages[2]->threadName(), NSString(std::string(200, 'n')));
+  EXPECT_EQ(messages[3]->threadName(), "last");
+  EXPECT_STREQ(messages[3]->queueLabel(), "last");
+  for (const auto& message : messages) EXPECT_EQ(message->machThreadID(), id);
+}
+
+TEST_F(LogCall, TheQueueIsThatOfTheCall) {
+  hold();
+  dispatch_sync(dispatch_queue_create("payroll"), [] { log("short"); });
+  dispatch_sync(dispatch_queue_create(std::string(300, 'q').c_str()), [] { log("long"); });
+  std::thread([] {
+    kernel::setCurrentThreadName("off any queue");
+    log("none");
+  }).join();
+  EXPECT_THAT(go(), ElementsAre("short", "long", "none"));
+  EXPECT_STREQ(messages[0]->queueLabel(), "payroll");
+  EXPECT_EQ(messages[1]->queueLabel(), std::string(300, 'q'));
+  EXPECT_STREQ(messages[2]->queueLabel(), "off any queue");
+}
+
+TEST_F(LogCall, ATagIsKeptAndLetGo) {
+  hold();
+  auto tag = make<NSMutableArray>();
+  const Weak<NSMutableArray> watched = tag;
+  DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, Value(tag), "%d", 1);
+  tag = nullptr;
+  EXPECT_TRUE(watched.lock());
+  go();
+  EXPECT_EQ(messages.at(0)->tag(), Value(watched.lock()));
+  messages.clear();
+  EXPECT_FALSE(watched.lock());
+}
+
+TEST_F(LogCall, ADescriptionThatRaisesReachesTheCallerAndTakesNoPlaceInTheQueue) {
+  for (int i = 0; i < 1100; ++i) EXPECT_THROW(log("%@", Raising()), NSException);
+  log("after");
+  EXPECT_THAT(go(), ElementsAre("after"));
+}
+
+TEST_F(LogCall, AForkedChildLogsWithItsOwnThreadId) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
+#endif
+  log("of the parent");
+  DDLog::flushLog();
+  messages.clear();
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);
+    log("of the child");
+    DDLog::flushLog();
+    const bool isRight = messages.size() == 1 && messages[0]->machThreadID() == static_cast<std::uint32_t>(gettid());
+    _exit(isRight ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+class SuspendingFormatter : public DDLogFormatter {
+  NK_OBJECT(SuspendingFormatter, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    formatted.push_back(message.logMsg().str());
+    if (message.logMsg() == "2") {
+      dispatch_suspend(DDLog::loggingQueue());
+      suspended.open();
+    }
+    return message.logMsg();
+  }
+  std::vector<std::string> formatted;  // the logger's queue's
+  Latch suspended;
+};
+
+TEST_F(LogCall, ALoggerThatSuspendsTheLoggingQueueGetsNoFurtherMessage) {
+  clean();
+  const test::TemporaryFolder folder;
+  const auto file = DDFileLogger::initWithLogFileManager(make<test::RecordingManager>(folder.path()));
+  const auto formatter = make<SuspendingFormatter>();
+  file->setLogFormatter(formatter);
+  DDLog::addLogger(file);
+  hold();
+  for (int i = 0; i < 5; ++i) log("%d", i);
+  released.open();
+  formatter->suspended.wait();
+  log("5");
+  dispatch_sync(file->loggerQueue(), [&] { EXPECT_THAT(formatter->formatted, ElementsAre("0", "1", "2")); });
+  dispatch_resume(DDLog::loggingQueue());
+  DDLog::flushLog();
+  EXPECT_THAT(formatter->formatted, ElementsAre("0", "1", "2", "3", "4", "5"));
+}
+
+/// Forks at the first message it is asked for.
+class ForkingFormatter : public DDLogFormatter {
+  NK_OBJECT(ForkingFormatter, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    ++formatted;
+    if (message.logMsg() == "0" && !child) {
+      child = fork();
+      if (child == 0) {
+        alarm(20);
+        log("of the child");
+      }
+    }
+    if (child == 0 && message.logMsg() == "of the child") _exit(formatted == 2 ? 0 : 1);
+    return message.logMsg();
+  }
+  std::optional<pid_t> child;
+  int formatted = 0;
+};
+
+TEST_F(LogCall, AChildThatIsForkedWithinAMessageGoesOnWithThatOneAlone) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
+#endif
+  clean();
+  const test::TemporaryFolder folder;
+  const auto file = DDFileLogger::initWithLogFileManager(make<test::RecordingManager>(folder.path()));
+  const auto formatter = make<ForkingFormatter>();
+  file->setLogFormatter(formatter);
+  DDLog::addLogger(file);
+  hold();
+  for (int i = 0; i < 10; ++i) log("%d", i);
+  go();
+  int status = 0;
+  waitpid(*formatter->child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_EQ(formatter->formatted, 10);
+}
+
+TEST(LogRecordPool, ThreadsNeverShareARecord) {
+  const auto pool = std::make_unique<detail::LogRecordPool>();
+  const auto owners = std::make_unique<std::atomic<int>[]>(detail::LogRecordPool::count * 2);
+  std::atomic<bool> shared = false;
+  std::vector<std::thread> threads;
+  const auto* const base = reinterpret_cast<const char*>(pool.get());
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      detail::LogRecordPool::Cursor cursor;
+      for (int i = 0; i < 20000; ++i) {
+        detail::LogRecord* const record = pool->take(cursor);
+        if (!record) continue;
+        auto& owner = owners[static_cast<std::size_t>(reinterpret_cast<const char*>(record) - base) /
+                             detail::LogRecord::pooledSize];
+        if (owner.fetch_add(1) != 0) shared = true;
+        owner.fetch_sub(1);
+        record->giveBack();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(shared);
+  EXPECT_FALSE(pool->isInUse());
+}
+
+TEST(LogRecordPool, GivesEveryRecordOnceAndThenNone) {
+  const auto pool = std::make_unique<detail::LogRecordPool>();
+  detail::LogRecordPool::Cursor cursor;
+  std::vector<detail::LogRecord*> taken;
+  for (std::size_t i = 0; i < 1024; ++i) taken.push_back(pool->take(cursor));
+  EXPECT_THAT(taken, ::testing::Each(::testing::NotNull()));
+  EXPECT_EQ(pool->take(cursor), nullptr);
+  EXPECT_TRUE(pool->isInUse());
+  for (detail::LogRecord* record : taken) record->giveBack();
+  EXPECT_FALSE(pool->isInUse());
+}
+
+}  // namespace
+}  // namespace norvik
