@@ -41,6 +41,15 @@ class PlainLogger : public DDAbstractLogger {
   NK_OBJECT(PlainLogger, DDAbstractLogger)
 };
 
+TEST_F(DDAbstractLoggerTest, HeaderExample) {
+  const auto logger = make<FormattingLogger>();
+  DDLog::addLogger(logger);
+  say("before");
+  logger->setLogFormatter(make<RecordingFormatter>());
+  say("after", LOG_FLAG_ERROR, false);
+  EXPECT_THAT(logger->events.all(), ElementsAre("before", "<after>"));
+}
+
 TEST_F(DDAbstractLoggerTest, TheQueueHasTheLoggersName) {
   EXPECT_STREQ(dispatch_queue_get_label(make<FormattingLogger>()->loggerQueue()), "the formatting logger");
 }

@@ -1,7 +1,9 @@
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
+#include "tests/support/RecordingLogger.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -12,6 +14,22 @@ namespace {
 
 Ref<DDLogMessage> message(const NSString& text) {
   return DDLogMessage::initWithLogMsg(text, 31, 1, 0, "f", "g", 1, Value(), 0);
+}
+
+TEST(DDLogFileFormatterDefault, HeaderExample) {
+  const auto logger = make<test::RecordingLogger>();
+  const auto usual = make<DDLogFileFormatterDefault>();
+  logger->setLogFormatter(usual);
+  EXPECT_EQ(logger->logFormatter(), usual);
+  const auto isoFormatter = make<NSDateFormatter>();
+  isoFormatter->setDateFormat("yyyy-MM-dd'T'HH:mm:ss");
+  logger->setLogFormatter(DDLogFileFormatterDefault::initWithDateFormatter(isoFormatter));
+  const std::string line = logger->logFormatter()->formatLogMessage(*message("40 payslips written"))->str();
+  EXPECT_THAT(line,
+              ::testing::MatchesRegex("20[0-9]{2}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}  40 payslips written"));
+  EXPECT_THAT(
+      usual->formatLogMessage(*message("40 payslips written"))->str(),
+      ::testing::MatchesRegex("20[0-9]{2}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}:[0-9]{3}  40 payslips written"));
 }
 
 TEST(DDLogFileFormatterDefault, ALineIsTheTimeTwoBlanksAndTheText) {

@@ -31,6 +31,17 @@ void setModification(const std::string& path, std::time_t unixSeconds) {
   ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
+TEST(DDLogFileInfo, HeaderExample) {
+  const TemporaryFolder folder;
+  const double before = unixNow();
+  auto info = DDLogFileInfo::logFileWithPath(folder.write("log-3F2504.txt", "text"));
+  ASSERT_TRUE(info->creationDate());
+  EXPECT_GE(info->creationDate()->timeIntervalSince1970(), before - 1);
+  EXPECT_FALSE(info->isArchived());
+  info->setIsArchived(true);
+  EXPECT_TRUE(info->isArchived());
+}
+
 TEST(DDLogFileInfo, TellsNameSizeAndDates) {
   const TemporaryFolder folder;
   const double before = unixNow();

@@ -1,7 +1,9 @@
 #include "NorvikCore/logging/DDLogMessage.h"
 
+#include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/runtime/Format.h"
 
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
@@ -16,6 +18,18 @@ namespace {
 
 Ref<DDLogMessage> message(const char* file = "f", const char* function = "g", std::uint32_t options = 0) {
   return DDLogMessage::initWithLogMsg("text", 3, 2, 0, file, function, 1, Value(), options);
+}
+
+class MyFormatter : public DDLogFormatter {
+  NK_OBJECT(MyFormatter, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    return stringWithFormat("%@ %@:%d", message.logMsg(), message.fileName(), message.lineNumber());
+  }
+};
+
+TEST(DDLogMessage, HeaderExample) {
+  const auto made = DDLogMessage::initWithLogMsg("40 payslips", 3, 2, 0, "path/Payslip.m", "pay", 12, Value(), 0);
+  EXPECT_EQ(make<MyFormatter>()->formatLogMessage(*made), "40 payslips Payslip:12");
 }
 
 TEST(DDLogMessage, KeepsWhatItWasMadeOf) {

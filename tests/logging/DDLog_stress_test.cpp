@@ -36,6 +36,7 @@ int flagOf(int thread, int number) { return flags[static_cast<std::size_t>(threa
 /// "t n" of the stress, wherever in the line it stands after the last '>'.
 struct Parsed {
   int thread = -1, number = -1;
+  bool operator==(const Parsed&) const = default;
 };
 Parsed parse(std::string_view line) {
   const std::size_t begin = line.rfind('>') + 1, blank = line.find(' ', begin);
@@ -56,7 +57,11 @@ class Sequence {
     while (next < messagesEach && flagOf(parsed.thread, next) > level_) ++next;
     ASSERT_EQ(parsed.number, next) << "thread " << parsed.thread;
     ++next;
+    if (flagOf(parsed.thread, parsed.number) <= LOG_LEVEL_WARN) warnings_.push_back(parsed);
   }
+  /// The messages that every logger of the stress admits, of all threads in the order of their arrival.
+  [[nodiscard]] const std::vector<Parsed>& warnings() const { return warnings_; }
+
   void expectComplete() {
     for (int t = 0; t < threads; ++t) {
       int& next = next_[static_cast<std::size_t>(t)];
@@ -68,6 +73,7 @@ class Sequence {
  private:
   int level_;
   std::array<int, threads> next_{};
+  std::vector<Parsed> warnings_;
 };
 
 class CheckingLogger : public DDAbstractLogger {
@@ -152,6 +158,10 @@ TEST_F(DDLogStress, EachAdmittedMessageArrivesOnceInTheOrderOfItsQueueing) {
   }
   EXPECT_EQ(lines, static_cast<std::size_t>(messagesInAll));
   inFiles.expectComplete();
+  // Not with EXPECT_EQ, which would print them all.
+  EXPECT_FALSE(warnings->sequence.warnings().empty());
+  EXPECT_TRUE(warnings->sequence.warnings() == info->sequence.warnings());
+  EXPECT_TRUE(warnings->sequence.warnings() == inFiles.warnings());
   EXPECT_EQ(manager->rolled().size(), filesIn(folder.path()).size());
 }
 
