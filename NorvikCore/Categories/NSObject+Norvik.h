@@ -53,11 +53,15 @@ template <std::derived_from<NSObject> T>
 [[nodiscard]] NK_EXPORT Ref<NSData> nk_archivedData(const Value& receiver);
 
 /// A copy of the receiver and of all it holds, by way of a keyed archive, which raises as nk_archivedData does. Mutable
-/// collections come back mutable.
+/// collections come back mutable. Of an empty Ref the copy is empty.
 [[nodiscard]] NK_EXPORT Value nk_cloneCodingObject(const Value& receiver);
 template <std::derived_from<NSObject> T>
+[[nodiscard]] Ref<T> nk_cloneCodingObject(const Ref<T>& receiver) {
+  return nk_cloneCodingObject(Value(receiver)).template as<Ref<T>>();
+}
+template <std::derived_from<NSObject> T>
 [[nodiscard]] Ref<T> nk_cloneCodingObject(const T& receiver) {
-  return nk_cloneCodingObject(Value(Ref<NSObject>(const_cast<T*>(&receiver)))).template as<Ref<T>>();
+  return nk_cloneCodingObject(Ref<T>(const_cast<T*>(&receiver)));
 }
 
 }  // namespace norvik

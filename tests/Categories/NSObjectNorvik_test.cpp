@@ -196,8 +196,9 @@ TEST(NSObjectNorvik, ArchivedDataReadBack) {
 }
 
 TEST(NSObjectNorvik, WhatCannotBeEncodedRaises) {
-  EXPECT_RAISES(static_cast<void>(nk_archivedData(*make<PlainObject>())), "NSInvalidArchiveOperationException");
-  EXPECT_RAISES(static_cast<void>(nk_cloneCodingObject(*make<PlainObject>())), "NSInvalidArchiveOperationException");
+  const auto plain = make<PlainObject>();
+  EXPECT_RAISES(static_cast<void>(nk_archivedData(*plain)), "NSInvalidArchiveOperationException");
+  EXPECT_RAISES(static_cast<void>(nk_cloneCodingObject(*plain)), "NSInvalidArchiveOperationException");
 }
 
 TEST(NSObjectNorvik, ACloneSharesNothing) {
@@ -209,6 +210,18 @@ TEST(NSObjectNorvik, ACloneSharesNothing) {
   EXPECT_NE(clone, Ref<Account>(account));
   clone->entries()->addObject(2);
   EXPECT_EQ(account->entries()->count(), 1U);
+}
+
+TEST(NSObjectNorvik, AnObjectByItsRefIsClonedAsItsKind) {
+  const auto passedOn = [] {
+    auto account = make<SavingsAccount>();
+    account->setHolder("Owen");
+    account->setEntries(NSMutableArray::array());
+    return account;
+  };
+  const Ref<SavingsAccount> clone = nk_cloneCodingObject(passedOn());
+  EXPECT_EQ(clone->holder(), "Owen");
+  EXPECT_FALSE(nk_cloneCodingObject(Ref<SavingsAccount>()));
 }
 
 TEST(NSObjectNorvik, ACloneKeepsHowObjectsAreShared) {
