@@ -9,6 +9,7 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <utility>
 
 namespace norvik::detail {
 namespace {
@@ -37,7 +38,8 @@ class Loop {
       const BlockingScope blocking;
       while (const std::uint32_t helpers = helpersAtWork()) futexWait(helpers_, helpers);
     }
-    if (error_) std::rethrow_exception(error_);
+    // The caller's alone from here on: it ends where it is caught, not with a helper that comes late.
+    if (error_) std::rethrow_exception(std::exchange(error_, nullptr));
   }
 
  private:
