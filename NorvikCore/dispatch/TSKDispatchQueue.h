@@ -239,6 +239,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   Ref<NSMutableDictionary> timers_ NK_GUARDED_BY(timerLock_);
   std::deque<detail::TimerRequest> requests_ NK_GUARDED_BY(timerLock_);
   std::uint64_t timersMade_ NK_GUARDED_BY(timerLock_) = 0;
+  std::uint64_t liveTimers_ NK_GUARDED_BY(timerLock_) = 0;  // entries with a "TimerValue"
   std::atomic<std::uint64_t> timerCountPrivate{0};
 };
 

@@ -125,7 +125,10 @@ bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double refer
   }
 
   unused.push_back(std::exchange(timer->block, std::move(block)));
-  if (isNew) dispatch_resume(timer->source);
+  if (isNew) {
+    ++liveTimers_;
+    dispatch_resume(timer->source);
+  }
   timers_->setObject(NSDictionary::dictionaryWith({{kDateKey, date}, {kTimerKey, timer}}), name);
   _updateTimerCountPrivate();
   return true;
@@ -178,6 +181,7 @@ Ref<TSKTimerValue> TSKDispatchQueue::liveTimer(const NSString& name) const {
 void TSKDispatchQueue::_cancelTimerWithName(const NSString& name, Blocks& unused) {
   const Ref<TSKTimerValue> timer = liveTimer(name);
   if (!timer) return;
+  --liveTimers_;
   dispatch_source_cancel(timer->source);
   unused.push_back(std::move(timer->block));
   const Value date = entryOf(timers_.get(), name)->objectForKey(kDateKey);
@@ -195,13 +199,7 @@ void TSKDispatchQueue::cancelEveryTimer(Blocks& unused) {
   timerCountPrivate.store(names, std::memory_order_relaxed);  // dormant names too, until the next recount
 }
 
-void TSKDispatchQueue::_updateTimerCountPrivate() {
-  std::uint64_t live = 0;
-  for (const auto& [name, entry] : *timers_) {
-    if (entry.object<NSDictionary>()->find(kTimerKey) != nullptr) ++live;
-  }
-  timerCountPrivate.store(live, std::memory_order_relaxed);
-}
+void TSKDispatchQueue::_updateTimerCountPrivate() { timerCountPrivate.store(liveTimers_, std::memory_order_relaxed); }
 
 void TSKDispatchQueue::endTimers() {
   Blocks unused;

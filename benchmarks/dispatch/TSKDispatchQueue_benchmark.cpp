@@ -10,21 +10,30 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
 #include <boost/asio/thread_pool.hpp>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
+#include <string>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 namespace {
 
 using namespace norvik;
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int kTasks = 400'000;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 void require(bool right, const char* what) {
   if (right) return;
@@ -124,6 +133,101 @@ void postAsio(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kTasks);
 }
 
+constexpr int kNames = 20'000;
+constexpr double kInterval = 0.05;  // seconds
+
+std::string nameOf(int i) { return "employee " + std::to_string(i); }
+
+/// Timers by name, armed, and fired at the end: the time of arming, until the last is set.
+void namedTimersOurs(benchmark::State& state) {
+  for (auto _ : state) {
+    const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
+    std::vector<NSString> names;
+    for (int i = 0; i < kNames; ++i) names.push_back(NSString(nameOf(i)));
+    std::atomic<int> fired{0};
+    const auto start = Clock::now();
+    for (const NSString& name : names)
+      queue->scheduleTimerWithName(name, kInterval, TSKTimerRestart, [&fired] { ++fired; });
+    queue->dispatchSynchronously([] {});
+    state.SetIterationTime(secondsSince(start));
+    while (fired < kNames || queue->timerCount() > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    require(fired == kNames, "every timer fires once");
+  }
+  state.SetItemsProcessed(state.iterations() * kNames);
+}
+
+/// What one would write for it: a table of timers on a strand.
+class AsioTimers {
+ public:
+  template <class Handler>
+  void schedule(const std::string& name, const Handler& handler) {
+    boost::asio::post(strand_, [this, name, handler] {
+      auto& timer = timers_.try_emplace(name, strand_).first->second;
+      timer.expires_after(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(kInterval)));
+      timer.async_wait([handler](const boost::system::error_code& error) {
+        if (!error) handler();
+      });
+    });
+  }
+  void waitUntilSet() {
+    std::promise<void> set;
+    boost::asio::post(strand_, [&set] { set.set_value(); });
+    set.get_future().wait();
+  }
+
+ private:
+  boost::asio::thread_pool pool_{2};
+  boost::asio::strand<boost::asio::thread_pool::executor_type> strand_ = make_strand(pool_.get_executor());
+  std::unordered_map<std::string, boost::asio::steady_timer> timers_;
+};
+
+void namedTimersAsio(benchmark::State& state) {
+  for (auto _ : state) {
+    std::atomic<int> fired{0};
+    std::vector<std::string> names;
+    for (int i = 0; i < kNames; ++i) names.push_back(nameOf(i));
+    AsioTimers timers;
+    const auto start = Clock::now();
+    for (const std::string& name : names) timers.schedule(name, [&fired] { ++fired; });
+    timers.waitUntilSet();
+    state.SetIterationTime(secondsSince(start));
+    while (fired < kNames) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    require(fired == kNames, "every timer fires once");
+  }
+  state.SetItemsProcessed(state.iterations() * kNames);
+}
+
+/// A burst of changes that become one save.
+void restartOurs(benchmark::State& state) {
+  const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
+  for (auto _ : state) {
+    std::atomic<int> fired{0};
+    const auto start = Clock::now();
+    queue->dispatchSynchronously([&] {
+      for (int i = 0; i < kNames; ++i)
+        queue->scheduleTimerWithName("save", kInterval, TSKTimerRestart, [&fired] { ++fired; });
+    });
+    queue->dispatchSynchronously([] {});
+    state.SetIterationTime(secondsSince(start));
+    while (fired == 0 || queue->timerCount() > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    require(fired == 1, "the burst fires once");
+  }
+  state.SetItemsProcessed(state.iterations() * kNames);
+}
+
+void restartAsio(benchmark::State& state) {
+  AsioTimers timers;
+  for (auto _ : state) {
+    std::atomic<int> fired{0};
+    const auto start = Clock::now();
+    for (int i = 0; i < kNames; ++i) timers.schedule("save", [&fired] { ++fired; });
+    timers.waitUntilSet();
+    state.SetIterationTime(secondsSince(start));
+    while (fired == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  state.SetItemsProcessed(state.iterations() * kNames);
+}
+
 BENCHMARK(syncOurs)->Name("wrapper_sync_idle/ours");
 BENCHMARK(syncBareQueue)->Name("wrapper_sync_idle/bare_queue");
 BENCHMARK(syncAsio)->Name("wrapper_sync_idle/asio")->UseRealTime();
@@ -131,6 +235,10 @@ BENCHMARK(syncThreeDeepOurs)->Name("wrapper_sync_three_deep/ours");
 BENCHMARK(inPlaceOurs)->Name("wrapper_sync_in_place/ours");
 BENCHMARK(postOurs)->Name("wrapper_post/ours")->Arg(1)->Arg(4)->UseRealTime();
 BENCHMARK(postAsio)->Name("wrapper_post/asio")->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(namedTimersOurs)->Name("wrapper_timers_20000/ours")->UseManualTime()->Iterations(3);
+BENCHMARK(namedTimersAsio)->Name("wrapper_timers_20000/asio")->UseManualTime()->Iterations(3);
+BENCHMARK(restartOurs)->Name("wrapper_timer_restart_20000/ours")->UseManualTime()->Iterations(3);
+BENCHMARK(restartAsio)->Name("wrapper_timer_restart_20000/asio")->UseManualTime()->Iterations(3);
 
 }  // namespace
 

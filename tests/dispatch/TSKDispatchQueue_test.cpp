@@ -116,6 +116,22 @@ TEST_F(TSKDispatchQueueTest, TheSharedWrappersAreOneEach) {
                "TSKSharedConcurrentQueue");
 }
 
+TEST_F(TSKDispatchQueueTest, TheSharedWrappersAreMadeOnceThoughManyThreadsAskAtOnce) {
+  std::latch together(8);
+  std::vector<const TSKDispatchQueue*> seen(24);
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < 8; ++i) {
+    threads.emplace_back([&, i] {
+      together.arrive_and_wait();
+      seen[i] = TSKDispatchQueue::globalDispatchQueue().get();
+      seen[8 + i] = TSKDispatchQueue::mainDispatchQueue().get();
+      seen[16 + i] = TSKDispatchQueue::sharedConcurrentQueue().get();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (std::size_t i = 0; i < 24; ++i) EXPECT_EQ(seen[i], seen[i / 8 * 8]) << i;
+}
+
 TEST_F(TSKDispatchQueueTest, TheSharedConcurrentQueueRunsBlocksAtOnce) {
   std::latch both(2);
   std::latch over(2);

@@ -184,6 +184,25 @@ TEST_F(NamedTimers, NamesAreIndependent) {
   EXPECT_EQ(queue_->timerCount(), 0U);
 }
 
+TEST_F(NamedTimers, AThousandNamesAreCountedThroughAllTheirChanges) {
+  std::vector<NSString> names;
+  for (int i = 0; i < 1000; ++i) names.push_back(NSString(std::to_string(i)));
+  for (const NSString& name : names) queue_->scheduleTimerWithName(name, 10, TSKTimerRestart, note("."));
+  for (const NSString& name : names) queue_->scheduleTimerWithName(name, 20, TSKTimerKeepEarliest, note("."));
+  flush(queue_);
+  EXPECT_EQ(queue_->timerCount(), 1000U);
+  for (std::size_t i = 0; i < 300; ++i) queue_->cancelTimerWithName(names[i]);
+  for (std::size_t i = 0; i < 300; ++i) queue_->cancelTimerWithName(names[i]);
+  flush(queue_);
+  EXPECT_EQ(queue_->timerCount(), 700U);
+  EXPECT_EQ(after(10), std::string(700, '.'));
+  EXPECT_EQ(queue_->timerCount(), 0U);
+  queue_->cancelAllTimers();
+  queue_->scheduleTimerWithName(names[0], 10, TSKTimerRestart, note("."));
+  flush(queue_);
+  EXPECT_EQ(queue_->timerCount(), 1U);
+}
+
 TEST_F(NamedTimers, TimeSpentOnTheWayToTheQueueCounts) {
   const struct {
     double busy;
