@@ -9,6 +9,8 @@
 #include "NorvikCore/platform/runtime/Weak.h"
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
 
 namespace norvik {
 

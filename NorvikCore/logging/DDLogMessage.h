@@ -5,7 +5,7 @@
 //   std::optional<NSString> MyFormatter::formatLogMessage(const DDLogMessage& message) {
 //     return stringWithFormat("%@ %@:%d", message.logMsg(), message.fileName(), message.lineNumber());
 //   }
-#pragma once
+#pragma once  // include time: <memory>: texts that outlive the call are owned
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/runtime/NSObject.h"

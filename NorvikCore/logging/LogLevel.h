@@ -2,7 +2,7 @@
 //
 //   ddLogLevel = LOG_LEVEL_VERBOSE;      // any thread, any time
 //   if (ddLogLevel & LOG_FLAG_INFO) ...  // one relaxed load, one test
-#pragma once
+#pragma once  // include time: <atomic>: the level is read and set on any threads
 
 #include "NorvikCore/platform/export.h"
 

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "tests/support/DecimalModel.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <span>
 #include <string>
 #include <utility>

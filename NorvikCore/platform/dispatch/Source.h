@@ -13,7 +13,7 @@
 // Ownership: a source keeps its queue and, until it is cancelled, its handlers; a handler that holds a handle of its
 //            own source keeps both alive until then. When the last handle goes, the source is cancelled.
 // Fork:      timers that were set before a fork do not fire in the child; set there, they do.
-#pragma once
+#pragma once  // include time: <memory>: a handler is shared with the call that runs it
 
 #include "NorvikCore/platform/dispatch/Queue.h"
 

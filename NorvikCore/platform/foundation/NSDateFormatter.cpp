@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace norvik {
 namespace {
@@ -204,7 +205,7 @@ NSString NSDateFormatter::localizedStringFromDate(Date date, NSDateFormatterStyl
 }
 
 NSDateFormatter::Engine& NSDateFormatter::engine() const {
-  if (!engine_) engine_ = std::make_unique<Engine>(*this);
+  if (!engine_) engine_ = detail::Hidden<Engine>(new Engine(*this));
   return *engine_;
 }
 
@@ -237,31 +238,31 @@ NSString NSDateFormatter::dateFormat() const { return pattern_; }
 void NSDateFormatter::setDateFormat(const NSString& pattern) {
   pattern_ = pattern;
   dateStyle_ = timeStyle_ = NSDateFormatterNoStyle;
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 void NSDateFormatter::setDateStyle(NSDateFormatterStyle style) {
   dateStyle_ = style;
   pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 void NSDateFormatter::setTimeStyle(NSDateFormatterStyle style) {
   timeStyle_ = style;
   pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 void NSDateFormatter::setLocale(const Ref<NSLocale>& locale) {
   locale_ = locale ? locale : NSLocale::currentLocale();
   if (dateStyle_ != NSDateFormatterNoStyle || timeStyle_ != NSDateFormatterNoStyle)
     pattern_ = patternOfStyles(dateStyle_, timeStyle_, *locale_);
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 void NSDateFormatter::setTimeZone(const Ref<NSTimeZone>& timeZone) {
   timeZone_ = timeZone ? timeZone : NSTimeZone::defaultTimeZone();
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 Ref<NSCalendar> NSDateFormatter::calendar() const {
@@ -274,12 +275,12 @@ Ref<NSCalendar> NSDateFormatter::calendar() const {
 
 void NSDateFormatter::setCalendar(const Ref<NSCalendar>& calendar) {
   calendar_ = calendar;
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 void NSDateFormatter::setLenient(bool lenient) {
   lenient_ = lenient;
-  engine_ = nullptr;
+  engine_.reset();
 }
 
 namespace {

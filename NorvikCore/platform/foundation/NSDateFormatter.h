@@ -25,9 +25,9 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
 
-#include <memory>
 #include <optional>
 
 namespace norvik {
@@ -112,7 +112,7 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   Ref<NSCalendar> calendar_;
   bool lenient_ = false;
   NSDateFormatterBehavior behavior_ = NSDateFormatterBehaviorDefault;
-  mutable std::unique_ptr<Engine> engine_;  // made of the settings above when needed
+  mutable detail::Hidden<Engine> engine_;  // made of the settings above when needed
 };
 
 }  // namespace norvik

@@ -12,9 +12,8 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -60,7 +59,7 @@ class NK_EXPORT NSLocale : public NSObject, public NSCoding {
   [[nodiscard]] const detail::LocaleData& data() const noexcept { return *data_; }
 
  private:
-  const std::unique_ptr<const detail::LocaleData> data_;
+  const detail::Hidden<const detail::LocaleData> data_;
   const NSString identifier_;
 };
 

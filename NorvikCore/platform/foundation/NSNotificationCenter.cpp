@@ -1,13 +1,17 @@
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/runtime/Weak.h"
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace norvik {
 
@@ -24,19 +28,21 @@ NSString NSNotification::description() const {
   return stringWithFormat("%@ {object = %@; userInfo = %@}", name_, object_, userInfo_);
 }
 
+namespace detail {
+
 // One wish of one observer. Observers and senders are told apart by their addresses; the weak references tell whether
 // what is at the address is still what was meant.
-class NSNotificationCenter::Registration {
+class NotificationWish {
  public:
-  Registration(NSObject& observer, std::optional<NSString> name, const Ref<NSObject>& sender)
+  NotificationWish(NSObject& observer, std::optional<NSString> name, const Ref<NSObject>& sender)
       : name_(std::move(name)),
         observer_(&observer),
         sender_(sender.get()),
         observerAlive_(&observer),
         senderAlive_(sender) {}
-  Registration(const Registration&) = delete;
-  Registration& operator=(const Registration&) = delete;
-  virtual ~Registration() = default;
+  NotificationWish(const NotificationWish&) = delete;
+  NotificationWish& operator=(const NotificationWish&) = delete;
+  virtual ~NotificationWish() = default;
 
   /// Tells the observer, if it wants to know and is still there.
   void tell(const NSNotification& notification) {
@@ -62,8 +68,6 @@ class NSNotificationCenter::Registration {
   std::atomic<bool> removed_{false};
 };
 
-namespace detail {
-
 /// What addObserverForName() answers.
 class ClosureObserver final : public NSObject {
   NK_OBJECT(ClosureObserver, NSObject)
@@ -71,7 +75,54 @@ class ClosureObserver final : public NSObject {
 
 }  // namespace detail
 
-NSNotificationCenter::NSNotificationCenter() : registrations_(std::make_shared<Registrations>()) {}
+/// The wishes in the order in which they were made. Whoever tells them holds the list of that moment.
+class NSNotificationCenter::Registrations {
+ public:
+  using Wish = std::shared_ptr<detail::NotificationWish>;
+  using List = std::shared_ptr<const std::vector<Wish>>;
+
+  [[nodiscard]] List all() const NK_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    return list_;
+  }
+
+  void add(const Wish& wish) NK_EXCLUDES(mutex_) {
+    for (;;) {
+      const List before = all();
+      auto changed = std::make_shared<std::vector<Wish>>();
+      changed->reserve(before->size() + 1);
+      std::copy_if(before->begin(), before->end(), std::back_inserter(*changed),
+                   [](const auto& each) { return !each->isOver(); });
+      changed->push_back(wish);
+      const MutexLock lock(mutex_);
+      if (list_ != before) continue;  // somebody was faster
+      list_ = std::move(changed);
+      return;
+    }
+  }
+
+  void remove(const NSObject& observer, const std::optional<NSString>& name, const NSObject* sender)
+      NK_EXCLUDES(mutex_) {
+    auto changed = std::make_shared<std::vector<Wish>>();
+    List before;  // lives longer than the lock: closures go with it
+    const MutexLock lock(mutex_);
+    before = list_;
+    for (const auto& each : *before) {
+      if (each->isOf(observer, name, sender)) {
+        each->remove();
+      } else {
+        changed->push_back(each);
+      }
+    }
+    list_ = std::move(changed);
+  }
+
+ private:
+  mutable Mutex mutex_;
+  List list_ NK_GUARDED_BY(mutex_) = std::make_shared<const std::vector<Wish>>();  ///< replaced, never changed
+};
+
+NSNotificationCenter::NSNotificationCenter() : registrations_(new Registrations) {}
 NSNotificationCenter::~NSNotificationCenter() = default;
 
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
@@ -84,11 +135,11 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
 
 Ref<NSObject> NSNotificationCenter::addObserverForName(std::optional<NSString> name, const Ref<NSObject>& object,
                                                        Block<void(const NSNotification&)> block) {
-  class ByClosure final : public Registration {
+  class ByClosure final : public detail::NotificationWish {
    public:
     ByClosure(const Ref<NSObject>& observer, std::optional<NSString> wanted, const Ref<NSObject>& sender,
               Block<void(const NSNotification&)> closure)
-        : Registration(*observer, std::move(wanted), sender), kept_(observer), closure_(std::move(closure)) {}
+        : NotificationWish(*observer, std::move(wanted), sender), kept_(observer), closure_(std::move(closure)) {}
 
    private:
     void call(NSObject&, const NSNotification& notification) override { closure_(notification); }
@@ -97,16 +148,16 @@ Ref<NSObject> NSNotificationCenter::addObserverForName(std::optional<NSString> n
   };
   if (!block) throw NSException(NSInvalidArgumentException, "addObserverForName: needs a closure");
   Ref<NSObject> observer = make<detail::ClosureObserver>();
-  add(std::make_shared<ByClosure>(observer, std::move(name), object, std::move(block)));
+  registrations_->add(std::make_shared<ByClosure>(observer, std::move(name), object, std::move(block)));
   return observer;
 }
 
 void NSNotificationCenter::addObserver(NSObject& observer, SEL selector, std::optional<NSString> name,
                                        const Ref<NSObject>& object) {
-  class BySelector final : public Registration {
+  class BySelector final : public detail::NotificationWish {
    public:
     BySelector(NSObject& target, SEL operation, std::optional<NSString> wanted, const Ref<NSObject>& sender)
-        : Registration(target, std::move(wanted), sender), operation_(operation) {}
+        : NotificationWish(target, std::move(wanted), sender), operation_(operation) {}
 
    private:
     void call(NSObject& target, const NSNotification& notification) override {
@@ -123,50 +174,19 @@ void NSNotificationCenter::addObserver(NSObject& observer, SEL selector, std::op
                       stringWithFormat("addObserver: %@ cannot be told of notifications by \"%@\"",
                                        observer.description(), selector.name()));
   }
-  add(std::make_shared<BySelector>(observer, selector, std::move(name), object));
-}
-
-void NSNotificationCenter::add(const std::shared_ptr<Registration>& registration) {
-  for (;;) {
-    const auto before = registrations();
-    auto changed = std::make_shared<Registrations>();
-    changed->reserve(before->size() + 1);
-    std::copy_if(before->begin(), before->end(), std::back_inserter(*changed),
-                 [](const auto& each) { return !each->isOver(); });
-    changed->push_back(registration);
-    const MutexLock lock(mutex_);
-    if (registrations_ != before) continue;  // somebody was faster
-    registrations_ = std::move(changed);
-    return;
-  }
+  registrations_->add(std::make_shared<BySelector>(observer, selector, std::move(name), object));
 }
 
 void NSNotificationCenter::removeObserver(const NSObject& observer) { removeObserver(observer, std::nullopt, nullptr); }
 
 void NSNotificationCenter::removeObserver(const NSObject& observer, const std::optional<NSString>& name,
                                           const Ref<NSObject>& object) {
-  auto changed = std::make_shared<Registrations>();
-  std::shared_ptr<const Registrations> before;  // lives longer than the lock: closures go with it
-  const MutexLock lock(mutex_);
-  before = registrations_;
-  for (const auto& each : *before) {
-    if (each->isOf(observer, name, object.get())) {
-      each->remove();
-    } else {
-      changed->push_back(each);
-    }
-  }
-  registrations_ = std::move(changed);
-}
-
-std::shared_ptr<const NSNotificationCenter::Registrations> NSNotificationCenter::registrations() const {
-  const MutexLock lock(mutex_);
-  return registrations_;
+  registrations_->remove(observer, name, object.get());
 }
 
 void NSNotificationCenter::postNotification(const NSNotification& notification) {
   if (this == &defaultCenter()) detail::noteNotification(notification.name());
-  const auto all = registrations();
+  const auto all = registrations_->all();
   for (const auto& each : *all) each->tell(notification);
 }
 

@@ -21,13 +21,11 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/Block.h"
 #include "NorvikCore/platform/runtime/NSDictionary.h"
 
-#include <memory>
 #include <optional>
-#include <vector>
 
 namespace norvik {
 
@@ -85,14 +83,9 @@ class NK_EXPORT NSNotificationCenter : public NSObject {
   void postNotificationName(NSString name, Ref<NSObject> object = nullptr, Ref<NSDictionary> userInfo = nullptr);
 
  private:
-  class Registration;
-  using Registrations = std::vector<std::shared_ptr<Registration>>;
+  class Registrations;
 
-  void add(const std::shared_ptr<Registration>& registration);
-  [[nodiscard]] std::shared_ptr<const Registrations> registrations() const;
-
-  mutable Mutex mutex_;
-  std::shared_ptr<const Registrations> registrations_ NK_GUARDED_BY(mutex_);  ///< replaced, never changed
+  detail::Hidden<Registrations> registrations_;
 };
 
 }  // namespace norvik

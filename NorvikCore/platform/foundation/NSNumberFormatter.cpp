@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -266,7 +267,7 @@ struct NSNumberFormatter::Engine {
   }
 };
 
-NSNumberFormatter::NSNumberFormatter() : engine_(std::make_unique<Engine>()) { engine_->rebuild(); }
+NSNumberFormatter::NSNumberFormatter() : engine_(new Engine) { engine_->rebuild(); }
 NSNumberFormatter::~NSNumberFormatter() = default;
 
 NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {

@@ -21,10 +21,10 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 
-#include <memory>
 #include <optional>
 
 namespace norvik {
@@ -125,7 +125,7 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
 
  private:
   struct Engine;
-  std::unique_ptr<Engine> engine_;
+  detail::Hidden<Engine> engine_;
 };
 
 }  // namespace norvik

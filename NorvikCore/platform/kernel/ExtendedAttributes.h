@@ -14,7 +14,7 @@
 //
 // Paths are followed through symbolic links, except by those two. Operations answer 0 or an error number (see
 // SystemError.h). Any thread; two that change the same attribute leave one of the two values whole.
-#pragma once
+#pragma once  // include time: <string> and <vector> are what it gives
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/SystemError.h"

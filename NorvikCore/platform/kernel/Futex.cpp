@@ -32,4 +32,10 @@ void futexWake(const std::atomic<std::uint32_t>* word, int count) noexcept {
   futex(word, FUTEX_WAKE, static_cast<std::uint32_t>(count), nullptr);
 }
 
+void futexWait(const AtomicWord<std::uint32_t>& word, std::uint32_t expected) noexcept {
+  futex(&word, FUTEX_WAIT_BITSET, expected, nullptr);
+}
+
+void futexWake(const AtomicWord<std::uint32_t>& word) noexcept { futex(&word, FUTEX_WAKE, 1, nullptr); }
+
 }  // namespace norvik::detail

@@ -1,7 +1,7 @@
 // NorvikCore/platform/kernel/HostInfo.h - the machine, its system and this process.
 //
 // Safe on any thread. The texts are read once and kept for the life of the process.
-#pragma once
+#pragma once  // include time: <string> and <optional> are what it gives
 
 #include "NorvikCore/platform/export.h"
 

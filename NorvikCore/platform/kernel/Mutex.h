@@ -7,7 +7,7 @@
 //   { MutexLock lock(mutex); items.push_back(1); }
 #pragma once
 
-#include <mutex>
+#include <pthread.h>
 
 #if defined(__clang__)
 #define NK_THREAD_ANNOTATION(x) __attribute__((x))
@@ -28,12 +28,16 @@ namespace norvik {
 
 class NK_CAPABILITY("mutex") Mutex {
  public:
-  void lock() NK_ACQUIRE() { mutex_.lock(); }
-  void unlock() NK_RELEASE() { mutex_.unlock(); }
-  [[nodiscard]] bool try_lock() NK_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
+  Mutex() noexcept = default;
+  Mutex(const Mutex&) = delete;
+  Mutex& operator=(const Mutex&) = delete;
+
+  void lock() NK_ACQUIRE() { pthread_mutex_lock(&mutex_); }
+  void unlock() NK_RELEASE() { pthread_mutex_unlock(&mutex_); }
+  [[nodiscard]] bool try_lock() NK_TRY_ACQUIRE(true) { return pthread_mutex_trylock(&mutex_) == 0; }
 
  private:
-  std::mutex mutex_;
+  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;  // std::mutex, at a twentieth of the price of <mutex>
 };
 
 class NK_SCOPED_CAPABILITY MutexLock {

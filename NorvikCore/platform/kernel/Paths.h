@@ -15,7 +15,7 @@
 // The library folder holds what belongs to the user: application data in a folder per application, and "Logs". An
 // environment variable counts only where its value begins with '/'. Answers have no '/' at their end; the folders need
 // not exist. The environment is read each time. Any thread, while nobody changes the environment.
-#pragma once
+#pragma once  // include time: <string> is what it gives
 
 #include "NorvikCore/platform/export.h"
 

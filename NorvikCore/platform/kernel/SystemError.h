@@ -4,7 +4,7 @@
 // for.
 //
 //   if (const int error = kernel::getAttribute(path, "payroll.locked", value)) report(kernel::errorText(error));
-#pragma once
+#pragma once  // include time: <string> is what it gives
 
 #include "NorvikCore/platform/export.h"
 

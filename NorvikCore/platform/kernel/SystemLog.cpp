@@ -16,6 +16,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
+#include <iterator>
 #include <mutex>
 
 namespace norvik::kernel {
@@ -102,7 +103,7 @@ void writeSystemLog(std::string_view text) noexcept {
   errno = savedErrno;
 }
 
-SystemLogCapture::SystemLogCapture() : state_(std::make_unique<State>()) {
+SystemLogCapture::SystemLogCapture() : state_(new State) {
   const std::lock_guard lock(captures().mutex);
   captures().stack.push_back(this);
   ++captures().count;

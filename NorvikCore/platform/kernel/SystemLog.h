@@ -5,12 +5,12 @@
 //
 // For what must be said where logging itself is in trouble. A line holds the time in UTC, process name, process id and
 // thread id.
-#pragma once
+#pragma once  // include time: <string> and <vector> are what it gives
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,7 +43,7 @@ class NK_EXPORT SystemLogCapture {
   [[nodiscard]] static bool take(std::string_view text);
 
   struct State;
-  std::unique_ptr<State> state_;
+  detail::Hidden<State> state_;
 };
 
 }  // namespace norvik::kernel

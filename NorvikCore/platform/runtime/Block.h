@@ -36,7 +36,13 @@ template <class F, class R, class... A>
 class Closure final : public ClosureOf<R, A...> {
  public:
   explicit Closure(F function) : function_(std::move(function)) {}
-  R invoke(A... arguments) override { return std::invoke(function_, std::forward<A>(arguments)...); }
+  R invoke(A... arguments) override {
+    if constexpr (std::is_void_v<R>) {
+      function_(std::forward<A>(arguments)...);
+    } else {
+      return function_(std::forward<A>(arguments)...);
+    }
+  }
 
  private:
   F function_;

@@ -1,12 +1,36 @@
 #include "NorvikCore/platform/runtime/Class.h"
 
+#include "NorvikCore/platform/kernel/CallStack.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <ostream>
+#include <unordered_map>
+#include <utility>
 
 namespace norvik {
+
+/// The class's own statements, found by name.
+struct Class::Tables {
+  std::vector<std::pair<NSString, NSString>> dependencies;  ///< a key, and a key that changes it
+  std::unordered_map<NSString, const Property*> properties;
+  std::unordered_map<SEL, const Method*> methods, classMethods;
+
+  /// Looks in the class's own table, then in its superclasses'.
+  template <class Key, class Found>
+  static const Found* find(const Class* c, std::unordered_map<Key, const Found*> Tables::*table, const Key& key) {
+    for (; c; c = c->superclass_) {
+      const auto& own = (*c->tables_).*table;
+      if (const auto found = own.find(key); found != own.end()) return found->second;
+    }
+    return nullptr;
+  }
+};
+
+Class::Class() : tables_(new Tables) {}
+Class::~Class() = default;
+
 namespace detail {
 
 struct ClassRegistry {
@@ -25,28 +49,42 @@ struct ClassRegistry {
   static Class* build(const ClassStatement& statement) {
     auto* made = new Class;
     made->name_ = NSString(statement.name);
+    made->type_ = statement.type;
     made->superclass_ = statement.superclass;
     made->makeObject_ = statement.makeObject;
     made->answersKeysItself_ = statement.answersKeysItself;
     ClassBuilder builder(*made);
     if (statement.describe) statement.describe(builder);
-    for (Property& property : made->properties_) made->propertyByKey_[property.name] = &property;
-    for (Method& method : made->methods_) made->methodBySelector_[method.selector] = &method;
-    for (Method& method : made->classMethods_) made->classMethodBySelector_[method.selector] = &method;
+    for (Property& property : made->properties_) made->tables_->properties[property.name] = &property;
+    for (Method& method : made->methods_) made->tables_->methods[method.selector] = &method;
+    for (Method& method : made->classMethods_) made->tables_->classMethods[method.selector] = &method;
     return made;
   }
 
+  /// `known` where it is the class that is stated, in this shared object or another; two classes under one name would
+  /// each be handed objects of the other.
+  static const Class& same(const Class& known, const ClassStatement& statement) {
+    if (*known.type_ == *statement.type) return known;
+    raise("NSInternalInconsistencyException", std::string("two C++ classes state the class name \"") + statement.name +
+                                                  "\": " + kernel::demangled(known.type_->name()) + " and " +
+                                                  kernel::demangled(statement.type->name()));
+  }
+
   const Class& define(const ClassStatement& statement) NK_EXCLUDES(mutex) {
-    if (const Class* known = find(NSString(statement.name))) return *known;
+    if (const Class* known = find(NSString(statement.name))) return same(*known, statement);
     Class* made = build(statement);
+    const Class* registered = enter(made);
+    if (registered == made) return *made;
+    delete made;
+    return same(*registered, statement);
+  }
+
+  /// The class of the name: `made`, unless another thread was faster.
+  const Class* enter(const Class* made) NK_EXCLUDES(mutex) {
     MutexLock lock(mutex);
     const auto [entry, isNew] = byName.emplace(made->name_, made);
-    if (isNew) {
-      inOrder.push_back(made);
-    } else {
-      delete made;
-    }
-    return *entry->second;
+    if (isNew) inOrder.push_back(made);
+    return entry->second;
   }
 
   Mutex mutex;
@@ -82,7 +120,7 @@ void ClassBuilder::classMethod(const char* name, const char* selector, std::size
 }
 
 void ClassBuilder::dependency(const char* key, const char* affectedBy) {
-  class_.dependencies_.emplace_back(NSString(key), NSString(affectedBy));
+  class_.tables_->dependencies.emplace_back(NSString(key), NSString(affectedBy));
 }
 
 CategoryProperty::CategoryProperty(const Class& extended, Property property) {
@@ -90,7 +128,7 @@ CategoryProperty::CategoryProperty(const Class& extended, Property property) {
   property.owner = &extended;
   // Kept apart from the class's own list, whose elements must not move.
   const auto* kept = new Property(std::move(property));
-  c.propertyByKey_[kept->name] = kept;
+  c.tables_->properties[kept->name] = kept;
   c.categoryProperties_.push_back(kept);
 }
 
@@ -113,19 +151,13 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
   return false;
 }
 
-/// Looks in the class's own table, then in its superclasses'.
-template <class Table>
-auto Class::find(Table Class::*table, const typename Table::key_type& key) const noexcept ->
-    typename Table::mapped_type {
-  for (const Class* c = this; c; c = c->superclass_) {
-    if (const auto found = (c->*table).find(key); found != (c->*table).end()) return found->second;
-  }
-  return nullptr;
+const Property* Class::property(const NSString& key) const noexcept {
+  return Tables::find(this, &Tables::properties, key);
 }
 
-const Property* Class::property(const NSString& key) const noexcept { return find(&Class::propertyByKey_, key); }
-
-const Method* Class::instanceMethod(SEL selector) const noexcept { return find(&Class::methodBySelector_, selector); }
+const Method* Class::instanceMethod(SEL selector) const noexcept {
+  return Tables::find(this, &Tables::methods, selector);
+}
 
 const Property* Class::propertyWithAccessor(SEL selector) const noexcept {
   const NSString text = selector.name();
@@ -146,12 +178,14 @@ const Property* Class::propertyWithAccessor(SEL selector) const noexcept {
   return nullptr;
 }
 
-const Method* Class::classMethod(SEL selector) const noexcept { return find(&Class::classMethodBySelector_, selector); }
+const Method* Class::classMethod(SEL selector) const noexcept {
+  return Tables::find(this, &Tables::classMethods, selector);
+}
 
 std::vector<NSString> Class::keysAffecting(const NSString& key) const {
   std::vector<NSString> keys;
   for (const Class* c = this; c; c = c->superclass_) {
-    for (const auto& [affected, affecting] : c->dependencies_) {
+    for (const auto& [affected, affecting] : c->tables_->dependencies) {
       if (affected == key) keys.push_back(affecting);
     }
   }

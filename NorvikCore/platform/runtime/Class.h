@@ -7,16 +7,17 @@
 //
 // Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may
 // be read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
+// Two different C++ classes must not state one name: the second raises NSInternalInconsistencyException, which as its
+// shared object is loaded ends the process, saying which two they are.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/SEL.h"
 #include "NorvikCore/platform/runtime/Value.h"
 
 #include <span>
 #include <typeinfo>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace norvik {
@@ -103,19 +104,18 @@ class NK_EXPORT Class {
   friend class detail::ClassBuilder;
   friend struct detail::CategoryProperty;
   friend struct detail::ClassRegistry;
-  Class() = default;
-  template <class Table>
-  auto find(Table Class::*table, const typename Table::key_type& key) const noexcept -> typename Table::mapped_type;
+  struct Tables;
+  Class();
+  ~Class();
 
   NSString name_;
+  const std::type_info* type_ = nullptr;
   const Class* superclass_ = nullptr;
   std::vector<Property> properties_;
   std::vector<Method> methods_, classMethods_;
   std::vector<SEL> selectors_;
   std::vector<const Property*> categoryProperties_;
-  std::vector<std::pair<NSString, NSString>> dependencies_;      ///< a key, and a key that changes it
-  std::unordered_map<NSString, const Property*> propertyByKey_;  ///< this table and the next two: the class's own
-  std::unordered_map<SEL, const Method*> methodBySelector_, classMethodBySelector_;
+  detail::Hidden<Tables> tables_;
   Ref<NSObject> (*makeObject_)() = nullptr;
   bool answersKeysItself_ = false;
 };

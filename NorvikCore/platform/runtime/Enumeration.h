@@ -1,6 +1,6 @@
 // NorvikCore/platform/runtime/Enumeration.h - range-based for over a collection, with changes under the loop noticed.
 // Users need not read it.
-#pragma once
+#pragma once  // include time: the algorithms of the standard library want iterators, and those <iterator>
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/runtime/Class.h"

@@ -13,7 +13,7 @@
 // directive as "(bad format)", and surplus arguments are ignored. No format can read anything but its arguments.
 //
 // Formatting is safe on any thread and independent of the C locale.
-#pragma once
+#pragma once  // include time: <string> and <optional>: arguments of either are text
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/runtime/FormatDirective.h"

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>

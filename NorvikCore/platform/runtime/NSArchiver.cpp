@@ -44,7 +44,7 @@ class NSArchiver::Writer : public detail::ArchiveWriter {
   std::string out_;
 };
 
-NSArchiver::NSArchiver() : writer_(std::make_unique<Writer>(*this)) {}
+NSArchiver::NSArchiver() : writer_(new Writer(*this)) {}
 NSArchiver::~NSArchiver() = default;
 
 Ref<NSData> NSArchiver::archivedDataWithRootObject(const Value& root) {

@@ -22,10 +22,9 @@
 // object, and for objects that hold one another more than 512 deep. Confined: one thread at a time.
 #pragma once
 
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/runtime/NSData.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -50,7 +49,7 @@ class NK_EXPORT NSArchiver : public NSCoder {
 
  private:
   class Writer;
-  std::unique_ptr<Writer> writer_;
+  detail::Hidden<Writer> writer_;
 };
 
 }  // namespace norvik

@@ -22,9 +22,7 @@ constexpr NSString NSDecimalNumberUnderflowException = "NSDecimalNumberUnderflow
 constexpr NSString NSDecimalNumberDivideByZeroException = "NSDecimalNumberDivideByZeroException";
 
 NSException::NSException(NSString name, NSString reason)
-    : name_(std::move(name)),
-      reason_(std::move(reason)),
-      what_(std::make_shared<const std::string>(name_.utf8() + ": " + reason_.utf8())) {}
+    : name_(std::move(name)), reason_(std::move(reason)), what_(NSString(name_.utf8() + ": " + reason_.utf8())) {}
 
 NSException::NSException(NSString name, NSString reason, const Ref<NSDictionary>& userInfo)
     : NSException(std::move(name), std::move(reason)) {
@@ -45,7 +43,7 @@ Ref<NSDictionary> NSException::userInfo() const noexcept {
   return Ref<NSDictionary>(static_cast<NSDictionary*>(userInfo_.get()));
 }
 
-const char* NSException::what() const noexcept { return what_->c_str(); }
+const char* NSException::what() const noexcept { return what_.view().data(); }
 
 void detail::raise(const char* name, std::string reason) { NSException::raise(NSString(name), NSString(reason)); }
 

@@ -18,8 +18,6 @@
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <exception>
-#include <memory>
-#include <string>
 
 namespace norvik {
 
@@ -43,12 +41,12 @@ class NK_EXPORT NSException : public std::exception {
 
   /// "name: reason".
   [[nodiscard]] const char* what() const noexcept override;
-  [[nodiscard]] NSString description() const { return NSString(*what_); }
+  [[nodiscard]] NSString description() const { return what_; }
 
  private:
   NSString name_, reason_;
   Ref<NSObject> userInfo_;
-  std::shared_ptr<const std::string> what_;
+  NSString what_;
 };
 
 /// An argument that makes no sense.

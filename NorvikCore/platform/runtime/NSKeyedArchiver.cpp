@@ -75,7 +75,7 @@ class NSKeyedArchiver::Writer : public detail::ArchiveWriter {
   std::vector<Fields> fields_{1};  ///< of the archive itself, then of the objects being written
 };
 
-NSKeyedArchiver::NSKeyedArchiver() : writer_(std::make_unique<Writer>(*this)) {}
+NSKeyedArchiver::NSKeyedArchiver() : writer_(new Writer(*this)) {}
 NSKeyedArchiver::~NSKeyedArchiver() = default;
 
 Ref<NSData> NSKeyedArchiver::archivedDataWithRootObject(const Value& root) {

@@ -16,7 +16,7 @@ using detail::ArchivedField;
 NSKeyedUnarchiver::NSKeyedUnarchiver(const NSData& data) {
   Ref<NSData> kept = data.copy();
   auto content = detail::parseKeyedArchive(kept->bytes());
-  reader_ = std::make_unique<detail::ArchiveReader>(*this, std::move(kept), std::move(content));
+  reader_ = detail::Hidden(new detail::ArchiveReader(*this, std::move(kept), std::move(content)));
 }
 NSKeyedUnarchiver::~NSKeyedUnarchiver() = default;
 

@@ -17,10 +17,9 @@
 // use it.
 #pragma once
 
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/runtime/NSData.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -52,7 +51,7 @@ class NK_EXPORT NSKeyedUnarchiver : public NSCoder {
   void encodeObject(const Value& value, const NSString& key) override;
 
  private:
-  std::unique_ptr<detail::ArchiveReader> reader_;
+  detail::Hidden<detail::ArchiveReader> reader_;
 };
 
 /// The domain of decoding errors, and their codes.

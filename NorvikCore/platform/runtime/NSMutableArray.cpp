@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/runtime/internal/CollectionAccess.h"
 
+#include <iterator>
 #include <utility>
 
 namespace norvik {

@@ -11,18 +11,18 @@
 namespace norvik {
 namespace detail {
 
-void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).fetch_add(1, std::memory_order_relaxed); }
+void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).addRelaxed(1); }
 
 void release(const NSObject* object) noexcept {
-  if (ObjectAccess::count(*object).fetch_sub(1, std::memory_order_acq_rel) == 1) ObjectAccess::destroy(object);
+  if (ObjectAccess::count(*object).subtractAcquireRelease(1) == 1) ObjectAccess::destroy(object);
 }
 
 bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
 
 void ObjectAccess::destroy(const NSObject* object) noexcept {
   // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
-  object->count_.store(dyingCount, std::memory_order_relaxed);
-  const std::uint32_t flags = object->flags_.load(std::memory_order_acquire);
+  object->count_.storeRelaxed(dyingCount);
+  const std::uint32_t flags = object->flags_.loadAcquire();
   if (flags & NSObject::weakFlag) forgetWeak(object);
   if (flags & NSObject::listFlag) forgetObservers(const_cast<NSObject&>(*object));
   if (flags & NSObject::associatedFlag) forgetAssociated(object);

@@ -14,11 +14,11 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/runtime/Ref.h"
 #include "NorvikCore/platform/runtime/Value.h"
 #include "NorvikCore/platform/values/NSString.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -98,7 +98,7 @@ class NK_EXPORT NSObject {
   [[nodiscard]] std::optional<NSString> observationInfo() const;
 
   /// Somebody observes this object through key-value observing. A setter asks this before it announces a change.
-  [[nodiscard]] bool isObserved() const noexcept { return flags_.load(std::memory_order_relaxed) & observedFlag; }
+  [[nodiscard]] bool isObserved() const noexcept { return (flags_.loadRelaxed() & observedFlag) != 0; }
 
  protected:
   NSObject() noexcept = default;
@@ -114,8 +114,8 @@ class NK_EXPORT NSObject {
   static constexpr std::uint32_t listFlag = 8;        ///< it was observed at some time
   static constexpr std::uint32_t permanentFlag = 16;  ///< it lives as long as the process
 
-  mutable std::atomic<std::uint32_t> count_{1};
-  mutable std::atomic<std::uint32_t> flags_{0};
+  mutable detail::AtomicWord<std::uint32_t> count_{1};
+  mutable detail::AtomicWord<std::uint32_t> flags_;
 };
 
 NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSObject& object);

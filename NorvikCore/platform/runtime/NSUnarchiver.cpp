@@ -7,7 +7,7 @@ namespace norvik {
 NSUnarchiver::NSUnarchiver(const NSData& data) {
   Ref<NSData> kept = data.copy();
   auto content = detail::parseSequentialArchive(kept->bytes());
-  reader_ = std::make_unique<detail::ArchiveReader>(*this, std::move(kept), std::move(content));
+  reader_ = detail::Hidden(new detail::ArchiveReader(*this, std::move(kept), std::move(content)));
 }
 
 NSUnarchiver::~NSUnarchiver() = default;

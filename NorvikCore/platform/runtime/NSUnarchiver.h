@@ -18,10 +18,9 @@
 // use it.
 #pragma once
 
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/runtime/NSCoder.h"
 #include "NorvikCore/platform/runtime/NSData.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -49,7 +48,7 @@ class NK_EXPORT NSUnarchiver : public NSCoder {
   void encodeObject(const Value& value, const NSString& key) override;
 
  private:
-  std::unique_ptr<detail::ArchiveReader> reader_;
+  detail::Hidden<detail::ArchiveReader> reader_;
 };
 
 }  // namespace norvik

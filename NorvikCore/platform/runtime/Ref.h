@@ -12,18 +12,37 @@
 
 #include <compare>
 #include <cstddef>
-#include <functional>
+#include <optional>  // std::hash, at the lowest price
 #include <type_traits>
 #include <utility>
 
 namespace norvik {
 
 class NSObject;
+template <class T>
+class Ref;
 
 namespace detail {
 NK_EXPORT void retain(const NSObject* object) noexcept;
 NK_EXPORT void release(const NSObject* object) noexcept;
 NK_EXPORT bool initialise(NSObject* object);
+
+/// An object whose Ref is a temporary, as in `print(*slips())`. `for (auto& slip : *slips())` would run over an array
+/// that is gone after the loop's first line: hold the Ref by a variable.
+template <class T>
+class Passing {
+ public:
+  operator T&() && noexcept { return object_; }  // NOLINT(google-explicit-constructor): stands for the object itself
+  template <class Key>
+  decltype(auto) operator[](const Key& key) && {
+    return object_[key];
+  }
+
+ private:
+  friend class Ref<T>;
+  explicit Passing(T& object) noexcept : object_(object) {}
+  T& object_;
+};
 }  // namespace detail
 
 template <class T>
@@ -62,7 +81,9 @@ class Ref {
   [[nodiscard]] T* take() noexcept { return std::exchange(object_, nullptr); }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
-  T& operator*() const noexcept { return *object_; }
+  T& operator*() const& noexcept { return *object_; }
+  /// Of a Ref that goes at the end of the statement: may be passed on, but not iterated over or kept.
+  detail::Passing<T> operator*() const&& noexcept { return detail::Passing<T>(*object_); }
   T* operator->() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 

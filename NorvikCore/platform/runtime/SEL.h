@@ -9,7 +9,6 @@
 
 #include <compare>
 #include <cstddef>
-#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>

@@ -1,12 +1,11 @@
 // NorvikCore/platform/runtime/Stated.h - what the statement macros of ObjectMacros.h expand to. Users need not read it.
 #pragma once
 
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/runtime/Class.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/runtime/Weak.h"
 
-#include <array>
-#include <atomic>
 #include <concepts>
 #include <string_view>
 #include <tuple>
@@ -111,6 +110,11 @@ class Stored {
   T value_{};
 };
 
+/// 0 is free, 1 taken, 2 taken and waited for.
+using BusyWord = AtomicWord<std::uint32_t>;
+NK_EXPORT void waitForBusy(BusyWord& word) noexcept;  ///< takes it, once it is free
+NK_EXPORT void wakeForBusy(BusyWord& word) noexcept;  ///< one of those that wait
+
 /// Storage that several threads may read and write; a reader gets the whole of one value that was written.
 template <class Owner, class T>
 class AtomicStored {
@@ -128,20 +132,19 @@ class AtomicStored {
     std::swap(value_, value);
   }
   struct Guard {
-    explicit Guard(std::atomic<bool>& flag) : busy(flag) {
-      while (busy.exchange(true, std::memory_order_acquire)) busy.wait(true, std::memory_order_relaxed);
+    explicit Guard(BusyWord& word) noexcept : busy(word) {
+      if (busy.exchangeAcquire(1) != 0) waitForBusy(busy);
     }
     ~Guard() {
-      busy.store(false, std::memory_order_release);
-      busy.notify_one();
+      if (busy.exchangeRelease(0) != 1) wakeForBusy(busy);
     }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
-    std::atomic<bool>& busy;
+    BusyWord& busy;
   };
 
   T value_{};
-  mutable std::atomic<bool> busy_{false};
+  mutable BusyWord busy_;
 };
 
 /// A change of one key, from its announcement to prior observers until all observers were told. The object lives as

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <ostream>
 
 namespace norvik {

@@ -8,7 +8,7 @@
 //
 // A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
 // copies are independent, distinct values may be used on distinct threads.
-#pragma once
+#pragma once  // include time: it holds texts, decimals and dates in itself, without allocation
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/runtime/Ref.h"
@@ -22,7 +22,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
-#include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -148,7 +148,7 @@ class NK_EXPORT Value {
 
   template <class T>
   void emplace(Kind kind, T& member, T content) noexcept {
-    std::construct_at(std::addressof(member), std::move(content));
+    ::new (static_cast<void*>(&member)) T(std::move(content));
     kind_ = kind;
   }
   void copyFrom(const Value& other) noexcept {

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/runtime/internal/PointerTable.h"
 
 #include <array>
+#include <atomic>
 
 namespace norvik::detail {
 

@@ -9,14 +9,13 @@
 // A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a
 // computation that failed, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h,
 // compile-time literals in Date_literals.h, std::chrono conversions in Date_chrono.h, {fmt} support in Date_fmt.h.
-#pragma once
+#pragma once  // include time: <string>, <string_view> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
 
 #include <compare>
 #include <cstddef>
-#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>

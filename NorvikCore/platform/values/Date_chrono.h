@@ -6,7 +6,7 @@
 //
 // A time point of the system clock holds nanoseconds from 1677 to 2262: a date beyond gives the nearest it can hold,
 // and one that is not a number the reference date. A double of this century resolves about 100 ns.
-#pragma once
+#pragma once  // include time: <chrono> is what it is for
 
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Date.h"

@@ -68,18 +68,18 @@ std::optional<Decimal> Decimal::fromParts(const Parts& parts) noexcept {
 
 Decimal::Parts Decimal::parts() const noexcept {
   if (isNaN()) return {.isNaN = true};
-  return {high_, low_, exponent_, negative_, false};
+  return {high_, low_, exponent(), isNegative(), false};
 }
 
 std::int64_t Decimal::longLongValue() const noexcept {
   const UInt128 whole = wholePart(*this);
   constexpr auto most = std::numeric_limits<std::int64_t>::max();
-  if (negative_) return whole > static_cast<UInt128>(most) ? -most - 1 : -static_cast<std::int64_t>(whole);
+  if (isNegative()) return whole > static_cast<UInt128>(most) ? -most - 1 : -static_cast<std::int64_t>(whole);
   return whole > static_cast<UInt128>(most) ? most : static_cast<std::int64_t>(whole);
 }
 
 std::uint64_t Decimal::unsignedLongLongValue() const noexcept {
-  if (negative_) return 0;
+  if (isNegative()) return 0;
   const UInt128 whole = wholePart(*this);
   return detail::high64(whole) != 0 ? ~std::uint64_t{0} : detail::low64(whole);
 }
@@ -89,25 +89,25 @@ double Decimal::doubleValue() const noexcept {
   // A mantissa and a power of ten that doubles hold exactly need one correctly rounded operation.
   static constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                            1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  if (high_ == 0 && low_ <= std::uint64_t{1} << 53 && exponent_ >= -22 && exponent_ <= 22) {
+  if (high_ == 0 && low_ <= std::uint64_t{1} << 53 && exponent() >= -22 && exponent() <= 22) {
     const double magnitude = static_cast<double>(low_);
-    const double value = exponent_ < 0 ? magnitude / exactPowers[-exponent_] : magnitude * exactPowers[exponent_];
-    return negative_ ? -value : value;
+    const double value = exponent() < 0 ? magnitude / exactPowers[-exponent()] : magnitude * exactPowers[exponent()];
+    return isNegative() ? -value : value;
   }
   char text[48];
   char* end = detail::writeDigits(text, DecimalAccess::mantissa(*this));
   *end++ = 'e';
-  end = std::to_chars(end, text + sizeof text, exponent_).ptr;
+  end = std::to_chars(end, text + sizeof text, exponent()).ptr;
   double value = 0;
   std::from_chars(text, end, value);
-  return negative_ ? -value : value;
+  return isNegative() ? -value : value;
 }
 
 std::size_t Decimal::hash() const noexcept {
   if (isNaN()) return 0x9e3779b97f4a7c15u;
   UInt128 mantissa = DecimalAccess::mantissa(*this);
   if (mantissa == 0) return 0;
-  int exponent = exponent_;
+  int exponent = this->exponent();
   while (detail::high64(mantissa) != 0) {
     UInt128 remainder;
     const UInt128 shorter = detail::divideByPowerOfTen(mantissa, 1, remainder);
@@ -125,29 +125,29 @@ std::size_t Decimal::hash() const noexcept {
   }
   std::uint64_t mixed = (low ^ detail::high64(mantissa) * 0xff51afd7ed558ccdu) * 0x9e3779b97f4a7c15u;
   mixed ^= mixed >> 32;
-  mixed += static_cast<std::uint64_t>(2 * (exponent + 1024) + (negative_ ? 1 : 0)) * 0xc2b2ae3d27d4eb4fu;
+  mixed += static_cast<std::uint64_t>(2 * (exponent + 1024) + (isNegative() ? 1 : 0)) * 0xc2b2ae3d27d4eb4fu;
   mixed = (mixed ^ mixed >> 29) * 0xd6e8feb86659fd93u;
   return mixed ^ mixed >> 32;
 }
 
 std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noexcept {
-  const int shift = a.exponent_ - b.exponent_;
+  const int shift = a.exponent() - b.exponent();
   if (detail::alignable(a, b)) [[likely]] {
     return detail::alignedMantissa(a, shift) <=> detail::alignedMantissa(b, -shift);
   }
   if (a.isNaN() || b.isNaN()) return b.isNaN() <=> a.isNaN();
-  const int signA = a.isZero() ? 0 : a.negative_ ? -1 : 1, signB = b.isZero() ? 0 : b.negative_ ? -1 : 1;
+  const int signA = a.isZero() ? 0 : a.isNegative() ? -1 : 1, signB = b.isZero() ? 0 : b.isNegative() ? -1 : 1;
   if (signA != signB || signA == 0) return signA <=> signB;
   UInt128 x = DecimalAccess::mantissa(a), y = DecimalAccess::mantissa(b);
-  const int xTop = detail::digitCount(x) + a.exponent_, yTop = detail::digitCount(y) + b.exponent_;
+  const int xTop = detail::digitCount(x) + a.exponent(), yTop = detail::digitCount(y) + b.exponent();
   std::weak_ordering order = xTop <=> yTop;
   if (order == 0) {
     // As many digits before the point: the one with the greater exponent has fewer in all, and room to be aligned.
-    if (a.exponent_ > b.exponent_) x *= detail::powerOfTen(a.exponent_ - b.exponent_);
-    if (b.exponent_ > a.exponent_) y *= detail::powerOfTen(b.exponent_ - a.exponent_);
+    if (a.exponent() > b.exponent()) x *= detail::powerOfTen(a.exponent() - b.exponent());
+    if (b.exponent() > a.exponent()) y *= detail::powerOfTen(b.exponent() - a.exponent());
     order = x <=> y;
   }
-  return a.negative_ ? 0 <=> order : order;
+  return a.isNegative() ? 0 <=> order : order;
 }
 
 }  // namespace norvik

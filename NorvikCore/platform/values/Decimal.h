@@ -17,7 +17,7 @@
 // With not-a-number as an operand the result is not-a-number, and nothing raises.
 //
 // Values of 24 bytes: no allocation, constant time, safe on any thread.
-#pragma once
+#pragma once  // include time: <string>, <string_view> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
@@ -61,7 +61,7 @@ class NK_EXPORT Decimal {
   requires(!std::same_as<Integer, bool>) constexpr Decimal(
       Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
       : low_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
-        negative_(value < 0) {}
+        signAndExponent_(value < 0 ? signBit : 0) {}
 
   /// A whole number below 2^64 exactly; any other number as the shortest digits, 17 at most, that read back as the same
   /// double: Decimal(0.1) is 0.1. Infinities and magnitudes out of range are not a number; below 1E-128 is zero.
@@ -99,9 +99,9 @@ class NK_EXPORT Decimal {
   [[nodiscard]] constexpr bool isNaN() const noexcept { return high_ == notANumberMark; }
   [[nodiscard]] constexpr bool isZero() const noexcept { return (low_ | high_) == 0; }
   /// Neither zero nor not-a-number is negative.
-  [[nodiscard]] constexpr bool isNegative() const noexcept { return negative_; }
+  [[nodiscard]] constexpr bool isNegative() const noexcept { return (signAndExponent_ & signBit) != 0; }
   /// 0 for not-a-number.
-  [[nodiscard]] constexpr int exponent() const noexcept { return exponent_; }
+  [[nodiscard]] constexpr int exponent() const noexcept { return static_cast<std::int32_t>(signAndExponent_); }
 
   [[nodiscard]] Decimal decimalNumberByAdding(const Decimal& other) const { return *this + other; }
   [[nodiscard]] Decimal decimalNumberByAdding(const Decimal& other, const NSDecimalNumberHandler& behavior) const;
@@ -144,21 +144,23 @@ class NK_EXPORT Decimal {
     if (!alike(a, b)) [[unlikely]]
       return addWide(a, b);
     const std::int64_t sum = a.smallValue() + b.smallValue(), sign = sum >> 63;
-    return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign), a.exponent_, sign != 0);
+    return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign),
+                   static_cast<std::uint32_t>(a.signAndExponent_) | (static_cast<std::uint64_t>(sum) & signBit));
   }
   [[nodiscard]] friend Decimal operator-(const Decimal& a, const Decimal& b) { return a + (-b); }
   [[nodiscard]] friend Decimal operator*(const Decimal& a, const Decimal& b) {
     const auto mantissa = static_cast<detail::UInt128>(a.low_) * b.low_;
-    const auto high = static_cast<std::uint64_t>(mantissa >> 64);
-    const int exponent = a.exponent_ + b.exponent_;
+    const auto high = static_cast<std::uint64_t>(mantissa >> 64), low = static_cast<std::uint64_t>(mantissa);
+    const int exponent = a.exponent() + b.exponent();
+    const std::uint64_t sign = (a.signAndExponent_ ^ b.signAndExponent_) & signBit;
     if ((a.high_ | b.high_) != 0 || high >= powerOf38High || static_cast<unsigned>(exponent - minimumExponent) > 255u)
         [[unlikely]]
       return multiplyWide(a, b);
-    return Decimal(high, static_cast<std::uint64_t>(mantissa), exponent, (a.negative_ != b.negative_) && mantissa != 0);
+    return Decimal(high, low, static_cast<std::uint32_t>(exponent) | ((high | low) != 0 ? sign : 0));
   }
   [[nodiscard]] friend Decimal operator/(const Decimal& a, const Decimal& b) { return divide(a, b); }
   [[nodiscard]] constexpr Decimal operator-() const noexcept {
-    return Decimal(high_, low_, exponent_, !negative_ && boolValue());
+    return Decimal(high_, low_, signAndExponent_ ^ (boolValue() ? signBit : 0));
   }
   [[nodiscard]] constexpr Decimal operator+() const noexcept { return *this; }
   Decimal& operator+=(const Decimal& other) { return *this = *this + other; }
@@ -167,16 +169,20 @@ class NK_EXPORT Decimal {
   Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
 
   [[nodiscard]] friend bool operator==(const Decimal& a, const Decimal& b) noexcept {
-    return alike(a, b) ? a.smallValue() == b.smallValue() : compareWide(a, b) == 0;
+    if (alike(a, b)) [[likely]]
+      return a.smallOrder() == b.smallOrder();
+    return compareWide(a, b) == 0;
   }
   [[nodiscard]] friend std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
-    if (!alike(a, b)) [[unlikely]]
-      return compareWide(a, b);
-    return a.smallValue() <=> b.smallValue();
+    if (alike(a, b)) [[likely]]
+      return a.smallOrder() <=> b.smallOrder();
+    return compareWide(a, b);
   }
   // As <=> says, without its three-way result in between.
   [[nodiscard]] friend bool operator<(const Decimal& a, const Decimal& b) noexcept {
-    return alike(a, b) ? a.smallValue() < b.smallValue() : compareWide(a, b) < 0;
+    if (alike(a, b)) [[likely]]
+      return a.smallOrder() < b.smallOrder();
+    return compareWide(a, b) < 0;
   }
   [[nodiscard]] friend bool operator>(const Decimal& a, const Decimal& b) noexcept { return b < a; }
   [[nodiscard]] friend bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
@@ -186,19 +192,26 @@ class NK_EXPORT Decimal {
   friend struct detail::DecimalAccess;
   friend class DecimalSum;
 
+  static constexpr std::uint64_t signBit = std::uint64_t{1} << 63;
   static constexpr std::uint64_t notANumberMark = ~std::uint64_t{0};  // no mantissa is that large
   static constexpr std::uint64_t powerOf38High = 5421010862427522170u, powerOf38Low = 687399551400673280u;  // 10^38
 
   constexpr Decimal(std::uint64_t high, std::uint64_t low, int exponent, bool negative) noexcept
-      : low_(low), high_(high), exponent_(exponent), negative_(negative) {}
+      : Decimal(high, low, static_cast<std::uint32_t>(exponent) | (negative ? signBit : 0)) {}
+  constexpr Decimal(std::uint64_t high, std::uint64_t low, std::uint64_t signAndExponent) noexcept
+      : low_(low), high_(high), signAndExponent_(signAndExponent) {}
 
   /// Whether both are numbers below 2^62 units of the same power of ten, as most amounts are.
   static constexpr bool alike(const Decimal& a, const Decimal& b) noexcept {
-    return (a.high_ | b.high_ | ((a.low_ | b.low_) >> 62)) == 0 && a.exponent_ == b.exponent_;
+    return (a.high_ | b.high_ | ((a.low_ | b.low_) >> 62) | (a.signAndExponent_ ^ b.signAndExponent_) << 1) == 0;
   }
   [[nodiscard]] constexpr std::int64_t smallValue() const noexcept {
-    const auto sign = -static_cast<std::int64_t>(negative_);
+    const auto sign = static_cast<std::int64_t>(signAndExponent_) >> 63;
     return (static_cast<std::int64_t>(low_) ^ sign) - sign;
+  }
+  /// In the order of smallValue() where no zero is negative: a negative value less one, which takes one step less.
+  [[nodiscard]] constexpr std::int64_t smallOrder() const noexcept {
+    return static_cast<std::int64_t>(low_) ^ static_cast<std::int64_t>(signAndExponent_) >> 63;
   }
   static Decimal addWide(const Decimal& a, const Decimal& b);
   static Decimal multiplyWide(const Decimal& a, const Decimal& b);
@@ -206,8 +219,7 @@ class NK_EXPORT Decimal {
   static std::weak_ordering compareWide(const Decimal& a, const Decimal& b) noexcept;
 
   std::uint64_t low_ = 0, high_ = 0;
-  std::int32_t exponent_ = 0;
-  bool negative_ = false;
+  std::uint64_t signAndExponent_ = 0;  // the top bit and the lower half: one word to load and compare
 };
 
 static_assert(sizeof(Decimal) == 24 && alignof(Decimal) == 8);

@@ -157,9 +157,9 @@ Decimal Decimal::divide(const Decimal& a, const Decimal& b) {
   if (!isSmall(a) || !isSmall(b)) [[unlikely]]
     return divideBy(a, b, plain());
   const Quotient quotient = divideSmall(a.low_, b.low_);
-  const int exponent = a.exponent_ - b.exponent_ - quotient.digitsAdded;
+  const int exponent = a.exponent() - b.exponent() - quotient.digitsAdded;
   const UInt128 rounded = quotient.mantissa + (quotient.tail >= Tail::half ? 1u : 0u);
-  const bool negative = a.negative_ != b.negative_;
+  const bool negative = a.isNegative() != b.isNegative();
   if (rounded < detail::firstBeyondMantissa && exponent >= minimumExponent && exponent <= maximumExponent) [[likely]]
     return DecimalAccess::make(rounded, exponent, negative);
   return detail::settle(quotient.mantissa, quotient.tail, exponent, negative, plain());
@@ -186,29 +186,29 @@ Decimal Decimal::decimalNumberByDividingBy(const Decimal& other, const NSDecimal
 Decimal Decimal::decimalNumberByMultiplyingByPowerOf10(std::int16_t power,
                                                        const NSDecimalNumberHandler& behavior) const {
   if (isNaN()) return *this;
-  return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent_ + power, negative_, behavior);
+  return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent() + power, isNegative(), behavior);
 }
 
 Decimal Decimal::decimalNumberByRaisingToPower(std::uint64_t power, const NSDecimalNumberHandler& behavior) const {
   if (isNaN()) return *this;
   if (power == 0) return one().decimalNumberByRoundingAccordingToBehavior(behavior);
-  const detail::Power result = detail::raiseToPower(DecimalAccess::mantissa(*this), exponent_, power);
+  const detail::Power result = detail::raiseToPower(DecimalAccess::mantissa(*this), exponent(), power);
   return detail::settle(result.mantissa, result.exact ? Tail::none : Tail::belowHalf, result.exponent,
-                        negative_ && power % 2 != 0, behavior);
+                        isNegative() && power % 2 != 0, behavior);
 }
 
 Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumberHandler& behavior) const {
   const int scale = behavior.scale();
-  const int drop = -scale - exponent_;
+  const int drop = -scale - exponent();
   if (scale == NSDecimalNoScale || drop <= 0 || isNaN()) return *this;
   if (high_ == 0 && drop <= 19 && -scale <= maximumExponent) [[likely]] {
     std::uint64_t remainder;
     std::uint64_t kept = detail::tenDivisor(drop).divide(0, low_, remainder);
     const Tail tail = detail::tailOf(remainder, detail::powerOfTen64(drop), Tail::none);
-    kept += detail::roundsAway(behavior.roundingMode(), tail, negative_, (kept & 1) != 0) ? 1u : 0u;
-    return Decimal(0, kept, -scale, negative_ && kept != 0);
+    kept += detail::roundsAway(behavior.roundingMode(), tail, isNegative(), (kept & 1) != 0) ? 1u : 0u;
+    return Decimal(0, kept, -scale, isNegative() && kept != 0);
   }
-  return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent_, negative_, behavior);
+  return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent(), isNegative(), behavior);
 }
 
 }  // namespace norvik

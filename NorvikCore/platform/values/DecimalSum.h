@@ -22,8 +22,8 @@ class NK_EXPORT DecimalSum {
   DecimalSum() noexcept = default;
 
   DecimalSum& operator+=(const Decimal& number) {
-    if (number.high_ == 0 && number.exponent_ == exponent_) [[likely]] {
-      const auto mask = 0 - static_cast<detail::UInt128>(number.negative_);
+    if (number.high_ == 0 && number.exponent() == exponent_) [[likely]] {
+      const auto mask = 0 - static_cast<detail::UInt128>(number.isNegative());
       const detail::Int128 sum = total_ + static_cast<detail::Int128>((number.low_ ^ mask) - mask);
       if (fits(sum)) [[likely]] {
         total_ = sum;

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <istream>
 #include <ostream>

@@ -6,7 +6,7 @@
 //
 // [[fill]align][sign][0][width][.precision][f]: numbers stand right unless told otherwise; a precision rounds plainly
 // and pads with zeros; without one all digits are written.
-#pragma once
+#pragma once  // include time: <fmt/format.h> is what it is for
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_charconv.h"

@@ -56,8 +56,8 @@ NSString NSString::reading(const char* text) {
 
 void NSString::releaseStorage() noexcept {
   detail::StringStorage* const header = storage();
-  if (header->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  delete header->index.load(std::memory_order_relaxed);
+  if (header->references.subtractAcquireRelease(1) != 1) return;
+  delete header->index.loadRelaxed();
   header->~StringStorage();
   ::operator delete(header);
 }
@@ -142,18 +142,18 @@ std::u16string NSString::toUtf16() const {
 const detail::StringIndex* NSString::index() const {
   if (isAscii() || size() < detail::StringIndex::smallestIndexed) return nullptr;
   if ((bits_ & countedBit) == 0) return &detail::permanentIndex(view());
-  std::atomic<const detail::StringIndex*>& kept = storage()->index;
-  const detail::StringIndex* index = kept.load(std::memory_order_acquire);
+  auto& kept = storage()->index;
+  const detail::StringIndex* index = kept.loadAcquire();
   if (index != nullptr) return index;
   auto made = std::make_unique<const detail::StringIndex>(view());
   // Another thread may have been faster; then its index stays and this one goes.
-  if (kept.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel)) index = made.release();
+  if (kept.compareExchange(index, made.get())) index = made.release();
   return index;
 }
 
 const detail::StringIndex* detail::stringIndexOf(const NSString& text) {
   const bool isCounted = (text.bits_ & NSString::countedBit) != 0;
-  return isCounted ? text.storage()->index.load(std::memory_order_acquire) : nullptr;
+  return isCounted ? text.storage()->index.loadAcquire() : nullptr;
 }
 
 detail::StringPlace NSString::place(std::size_t unit) const {

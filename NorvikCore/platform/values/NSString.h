@@ -22,14 +22,14 @@
 //
 // Threads: a value; distinct objects may be used on distinct threads, also where they share storage.
 // Errors: an index or range beyond the text raises NSRangeException.
-#pragma once
+#pragma once  // include time: <string>, <vector> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
 #include "NorvikCore/platform/values/NSRange.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
-#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstring>
@@ -64,8 +64,8 @@ const StringIndex* stringIndexOf(const NSString& text);
 
 /// What stands before the bytes of a counted text, in the same allocation.
 struct StringStorage {
-  std::atomic<std::size_t> references{1};
-  std::atomic<const StringIndex*> index{nullptr};
+  AtomicWord<std::size_t> references{1};
+  AtomicWord<const StringIndex*> index;
 };
 
 /// Not constexpr: a constant that calls it does not compile, and the compiler names it.
@@ -232,7 +232,7 @@ class NK_EXPORT NSString {
     return reinterpret_cast<detail::StringStorage*>(const_cast<char*>(data_) - sizeof(detail::StringStorage));
   }
   constexpr void retain() const noexcept {
-    if ((bits_ & countedBit) != 0) storage()->references.fetch_add(1, std::memory_order_relaxed);
+    if ((bits_ & countedBit) != 0) storage()->references.addRelaxed(1);
   }
   constexpr void release() noexcept {
     if ((bits_ & countedBit) != 0) releaseStorage();

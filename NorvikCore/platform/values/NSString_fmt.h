@@ -1,6 +1,6 @@
 // NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt}: formatted as its UTF-8 text, with all of text's
 // options.
-#pragma once
+#pragma once  // include time: <fmt/format.h> is what it is for
 
 #include "NorvikCore/platform/values/NSString.h"
 

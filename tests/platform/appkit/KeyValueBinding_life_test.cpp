@@ -3,6 +3,8 @@
 
 #include "tests/platform/appkit/BindingModels.h"
 
+#include <functional>
+
 namespace norvik_test {
 namespace {
 

@@ -6,6 +6,8 @@
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 
+#include <algorithm>
+
 namespace norvik_test {
 namespace {
 

@@ -27,6 +27,10 @@ TEST(ClassAcrossSharedObjects, ALoadedObjectsClassesJoinTheListAndOneNameIsOneCl
   ASSERT_NE(statedTwice, nullptr);
   EXPECT_EQ(statedTwice(), &StatedTwice::staticClass());
 
+  const auto hidden = reinterpret_cast<const void* (*)()>(dlsym(plugin, "hiddenInThePlugin"));
+  ASSERT_NE(hidden, nullptr);
+  EXPECT_EQ(hidden(), &HiddenOnBothSides::staticClass());
+
   const Ref<NSObject> made = loaded->makeObject();
   ASSERT_TRUE(made);
   made->setValue_forKey(Value(7), "number");

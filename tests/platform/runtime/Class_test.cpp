@@ -1,10 +1,12 @@
 #include "NorvikCore/platform/runtime/Class.h"
 
+#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 using namespace norvik;
 
@@ -59,6 +61,22 @@ TEST(Class, KnowsItsNameAndSuperclass) {
   EXPECT_TRUE(Manager::staticClass().isSubclassOf(NSObject::staticClass()));
   EXPECT_FALSE(Employee::staticClass().isSubclassOf(Manager::staticClass()));
   EXPECT_EQ(&make<Manager>()->classObject(), &Manager::staticClass());
+}
+
+TEST(Class, OneNameIsNotForTwoCppClasses) {
+  // What a second class named Employee would do as its statements are registered.
+  try {
+    detail::defineClass({"Employee", &typeid(Manager), &NSObject::staticClass(), nullptr, nullptr});
+    FAIL() << "the name is taken";
+  } catch (const NSException& refusal) {
+    EXPECT_EQ(refusal.name(), "NSInternalInconsistencyException");
+    EXPECT_EQ(refusal.reason(),
+              "two C++ classes state the class name \"Employee\": (anonymous namespace)::Employee and (anonymous "
+              "namespace)::Manager");
+  }
+  EXPECT_EQ(Class::named("Employee"), &Employee::staticClass());
+  EXPECT_EQ(&detail::defineClass({"Employee", &typeid(Employee), nullptr, nullptr, nullptr}), &Employee::staticClass())
+      << "the same class is welcome any number of times";
 }
 
 TEST(Class, ListsPropertiesAndOperationsInDeclaredOrder) {

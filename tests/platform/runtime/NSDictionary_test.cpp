@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 #include <vector>
@@ -49,7 +50,7 @@ TEST(NSDictionary, IsMadeFromObjectsAndKeys) {
   const auto dictionary =
       NSDictionary::dictionaryWithObjects(*NSArray::arrayWith({1, 2}), *NSArray::arrayWith({"a", "b"}));
   EXPECT_EQ((*dictionary)["b"], Value(2));
-  EXPECT_EQ((*NSDictionary::dictionaryWithObject("value", "key"))["key"], Value("value"));
+  EXPECT_EQ(NSDictionary::dictionaryWithObject("value", "key")->objectForKey("key"), Value("value"));
   EXPECT_EQ(nameOfWhatIsRaised(
                 [] { (void)NSDictionary::dictionaryWithObjects(*NSArray::arrayWith({1}), *NSArray::array()); }),
             "NSInvalidArgumentException");

@@ -1,6 +1,7 @@
 // NorvikCore/platform/kernel/internal/Futex.h - sleep until a word changes, and wake who sleeps on it.
 #pragma once
 
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 
 #include <atomic>
@@ -23,6 +24,10 @@ bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected,
 
 /// Wakes up to `count` threads that sleep on the word. Only the address counts: the word may be gone already.
 void futexWake(const std::atomic<std::uint32_t>* word, int count) noexcept;
+
+/// The same for a word that stands in a header: without a deadline, and for one sleeper.
+void futexWait(const AtomicWord<std::uint32_t>& word, std::uint32_t expected) noexcept;
+void futexWake(const AtomicWord<std::uint32_t>& word) noexcept;
 
 /// Tells the processor that this is a spin loop.
 inline void spinPause() noexcept {

@@ -91,7 +91,7 @@ std::uint32_t hashOf(const NSObject* observer, const void* context) noexcept {
 ObserverList& changeable(Ref<ObserverList>& list) {
   if (!list) {
     list = make<ObserverList>();
-  } else if (ObjectAccess::count(*list).load(std::memory_order_acquire) != 1) {
+  } else if (ObjectAccess::count(*list).loadAcquire() != 1) {
     list = list->copy();
   }
   return *list;

@@ -11,3 +11,4 @@ class OnlyInThePlugin : public StatedTwice {
 }  // namespace
 
 extern "C" NK_EXPORT const void* statedTwiceInThePlugin() { return &StatedTwice::staticClass(); }
+extern "C" NK_EXPORT const void* hiddenInThePlugin() { return &HiddenOnBothSides::staticClass(); }

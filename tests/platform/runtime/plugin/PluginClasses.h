@@ -7,3 +7,8 @@ class NK_EXPORT StatedTwice : public norvik::NSObject {
   NK_OBJECT(StatedTwice, NSObject)
   NK_PROPERTY(int, number, setNumber)
 };
+
+/// Not exported: each side has a type of its own for it, of one name.
+class HiddenOnBothSides : public norvik::NSObject {
+  NK_OBJECT(HiddenOnBothSides, NSObject)
+};
