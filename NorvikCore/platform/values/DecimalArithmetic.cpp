@@ -92,27 +92,34 @@ struct Quotient {
 
 constexpr std::uint64_t firstBeyondSmall = detail::powersOfTen64[19];
 
-/// Both operands below 10^19: two steps of 19 digits each, the second only where the first leaves a remainder.
-[[gnu::always_inline]] inline Quotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
+/// What two steps of 19 digits each come to, the second only where the first leaves a remainder.
+struct SmallQuotient {
+  UInt128 mantissa;
+  int digitsAdded;
+  std::uint64_t remainder, divisor;  // shifted alike
+};
+
+/// Of operands from 1 to below 10^19.
+[[gnu::always_inline]] inline SmallQuotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
   const detail::Divisor divisor(b);  // takes longest, and does not wait for what follows
   // With as many digits in both, the quotient is between 0.1 and 10; it needs one more zero where it is below 1.
   const int longer = detail::digitCount(a) - detail::digitCount(b);
-  const bool less = a * detail::powerOfTen64(std::max(0, -longer)) < b * detail::powerOfTen64(std::max(0, longer));
-  int added = 18 - longer + static_cast<int>(less);
+  UInt128 dividend = a * detail::powerOfTen(18 - longer);
+  const bool less = dividend < detail::wideProduct(b, detail::powersOfTen64[18]);
+  dividend *= 1 + 9 * static_cast<unsigned>(less);  // a branch would be predicted wrongly half of the time
+  dividend <<= divisor.shift();
 
-  const UInt128 dividend = a * detail::powerOfTen(added) << divisor.shift();
-  std::uint64_t remainder;  // of the shifted divisor, and so shifted itself
-  const std::uint64_t first = divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), remainder);
-  UInt128 mantissa = first;
-  if (remainder != 0) {
-    const UInt128 next = detail::wideProduct(remainder, firstBeyondSmall);
-    const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), remainder);
-    mantissa = detail::wideProduct(first, firstBeyondSmall) + second;
-    added += 19;
+  SmallQuotient quotient{0, 18 - longer + static_cast<int>(less), 0, divisor.normal()};
+  const std::uint64_t first =
+      divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), quotient.remainder);
+  quotient.mantissa = first;
+  if (quotient.remainder != 0) [[likely]] {
+    const UInt128 next = detail::wideProduct(quotient.remainder, firstBeyondSmall);
+    const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), quotient.remainder);
+    quotient.mantissa = detail::wideProduct(first, firstBeyondSmall) + second;
+    quotient.digitsAdded += 19;
   }
-  if (remainder != 0) return {mantissa, detail::tailOf(remainder, b << divisor.shift(), Tail::none), added};
-  strip(mantissa, added);
-  return {mantissa, Tail::none, added};
+  return quotient;
 }
 
 /// 38 digits by one division of 256 by 128 bits.
@@ -129,8 +136,11 @@ Quotient divideWide(UInt128 a, UInt128 b) noexcept {
 }
 
 Quotient quotientOf(UInt128 a, UInt128 b) noexcept {
-  const bool small = a < firstBeyondSmall && b < firstBeyondSmall;
-  return small ? divideSmall(detail::low64(a), detail::low64(b)) : divideWide(a, b);
+  if (a >= firstBeyondSmall || b >= firstBeyondSmall) return divideWide(a, b);
+  const SmallQuotient small = divideSmall(detail::low64(a), detail::low64(b));
+  Quotient quotient{small.mantissa, detail::tailOf(small.remainder, small.divisor, Tail::none), small.digitsAdded};
+  if (small.remainder == 0) strip(quotient.mantissa, quotient.digitsAdded);
+  return quotient;
 }
 
 Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandler& behavior) {
@@ -141,6 +151,22 @@ Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandle
   const Quotient quotient = quotientOf(DecimalAccess::mantissa(a), DecimalAccess::mantissa(b));
   return detail::settle(quotient.mantissa, quotient.tail, exponent - quotient.digitsAdded,
                         a.isNegative() != b.isNegative(), behavior);
+}
+
+// The rarer ways of Decimal::divide, out of its sight so that it keeps to few registers.
+
+[[gnu::noinline]] Decimal divideBySlowly(const Decimal& a, const Decimal& b) { return divideBy(a, b, plain()); }
+
+[[gnu::noinline]] Decimal settleSmall(const SmallQuotient& quotient, int exponent, bool negative) {
+  UInt128 mantissa = quotient.mantissa;
+  if (quotient.remainder != 0) {
+    return detail::settle(mantissa, detail::tailOf(quotient.remainder, quotient.divisor, Tail::none), exponent,
+                          negative, plain());
+  }
+  const int added = quotient.digitsAdded;
+  int left = added;
+  strip(mantissa, left);
+  return detail::settle(mantissa, Tail::none, exponent + added - left, negative, plain());
 }
 
 }  // namespace
@@ -155,14 +181,15 @@ Decimal Decimal::multiplyWide(const Decimal& a, const Decimal& b) { return multi
 Decimal Decimal::divide(const Decimal& a, const Decimal& b) {
   const auto isSmall = [](const Decimal& d) { return d.high_ == 0 && d.low_ - 1 < firstBeyondSmall - 1; };
   if (!isSmall(a) || !isSmall(b)) [[unlikely]]
-    return divideBy(a, b, plain());
-  const Quotient quotient = divideSmall(a.low_, b.low_);
+    return divideBySlowly(a, b);
+  const SmallQuotient quotient = divideSmall(a.low_, b.low_);
   const int exponent = a.exponent() - b.exponent() - quotient.digitsAdded;
-  const UInt128 rounded = quotient.mantissa + (quotient.tail >= Tail::half ? 1u : 0u);
-  const bool negative = a.isNegative() != b.isNegative();
-  if (rounded < detail::firstBeyondMantissa && exponent >= minimumExponent && exponent <= maximumExponent) [[likely]]
-    return DecimalAccess::make(rounded, exponent, negative);
-  return detail::settle(quotient.mantissa, quotient.tail, exponent, negative, plain());
+  if (quotient.remainder == 0 || exponent < minimumExponent || exponent > maximumExponent) [[unlikely]]
+    return settleSmall(quotient, exponent, a.isNegative() != b.isNegative());
+  // What two numbers of 19 digits do not divide exactly is at least 10^-20 away from the next power of ten: 38 digits
+  // of it are never rounded to one digit more.
+  const bool roundsUp = quotient.remainder >= quotient.divisor - quotient.remainder;
+  return DecimalAccess::make(quotient.mantissa + (roundsUp ? 1u : 0u), exponent, a.isNegative() != b.isNegative());
 }
 
 Decimal Decimal::decimalNumberByAdding(const Decimal& other, const NSDecimalNumberHandler& behavior) const {

@@ -31,16 +31,28 @@ std::size_t foldedPrefix(std::string_view text, std::string_view wanted) noexcep
   return at;
 }
 
+/// The first letter rules most places out; a search from the end begins there.
 Match foldedMatch(std::string_view text, std::string_view wanted, NSStringCompareOptions options) noexcept {
   const bool backwards = (options & NSBackwardsSearch) != 0, anchored = (options & NSAnchoredSearch) != 0;
-  Match last;
-  for (std::size_t at = 0; at < text.size(); at += utf8::decode(text.data() + at).size) {
-    const std::size_t size = foldedPrefix(text.substr(at), wanted);
-    const bool counts = size != npos && !(anchored && backwards && at + size != text.size());
-    if (counts) last = {at, at + size};
-    if ((counts && !backwards) || (anchored && !backwards)) break;
+  const char32_t first = detail::foldCase(utf8::decode(wanted.data()).point);
+  const auto sizeAt = [&](std::size_t at) noexcept {
+    if (detail::foldCase(utf8::decode(text.data() + at).point) != first) return npos;
+    return foldedPrefix(text.substr(at), wanted);
+  };
+  if (!backwards) {
+    for (std::size_t at = 0; at < text.size(); at += utf8::decode(text.data() + at).size) {
+      if (const std::size_t size = sizeAt(at); size != npos) return {at, at + size};
+      if (anchored) break;
+    }
+    return {};
   }
-  return last;
+  for (std::size_t at = text.size(); at > 0;) {
+    do --at;
+    while (utf8::isContinuation(text[at]));
+    const std::size_t size = sizeAt(at);
+    if (size != npos && (!anchored || at + size == text.size())) return {at, at + size};
+  }
+  return {};
 }
 
 template <class View>

@@ -50,6 +50,17 @@ TEST(NSStringSearch, FoldingMayChangeHowManyBytesALetterTakes) {
   EXPECT_EQ(NSString("5 kg").rangeOfString("\u212Ag", NSCaseInsensitiveSearch | NSBackwardsSearch), (NSRange{2, 2}));
 }
 
+TEST(NSStringSearch, CaseAsideTheLastOneIsFoundFromTheEnd) {
+  const NSString text = "Zo\u00CB, zo\u00EB and ZO\u00CB.";
+  constexpr auto fromTheEnd = NSCaseInsensitiveSearch | NSBackwardsSearch;
+  EXPECT_EQ(text.rangeOfString("zo\u00EB", fromTheEnd), (NSRange{13, 3}));
+  EXPECT_EQ(text.rangeOfString("zo\u00EB", fromTheEnd, {0, 12}), (NSRange{5, 3}));
+  EXPECT_EQ(text.rangeOfString("zo\u00EB", fromTheEnd | NSAnchoredSearch), (NSRange{NSNotFound, 0}));
+  EXPECT_EQ(text.rangeOfString("O\u00EB.", fromTheEnd | NSAnchoredSearch), (NSRange{14, 3}));
+  EXPECT_EQ(NSString("aaaa").rangeOfString("AA", fromTheEnd), (NSRange{2, 2}));
+  EXPECT_EQ(NSString("aaaa").rangeOfString("AA", fromTheEnd | NSAnchoredSearch), (NSRange{2, 2}));
+}
+
 TEST(NSStringSearch, StaysWithinTheRangeGiven) {
   const NSString text = "a-\u00E9-a";
   EXPECT_EQ(text.rangeOfString("a", NSLiteralSearch, {1, 4}), (NSRange{4, 1}));

@@ -35,7 +35,8 @@ inline constexpr std::uint64_t reciprocalOf(std::uint64_t d) noexcept {
   const std::uint64_t v2 = (v1 << 13) + (v1 * ((std::uint64_t{1} << 60) - v1 * upper40) >> 47);
   const std::uint64_t error = (v2 >> 1 & (0 - odd)) - v2 * half;
   const std::uint64_t v3 = (v2 << 31) + (high64(wideProduct(v2, error)) >> 1);
-  return v3 - high64(wideProduct(v3, d) + d) - d;
+  const UInt128 product = wideProduct(v3, d);
+  return v3 - (high64(product) + (low64(product) + d < d ? 1 : 0)) - d;
 }
 
 /// A divisor other than zero, with its reciprocal.
@@ -46,6 +47,8 @@ class Divisor {
 
   /// How far the divisor is shifted left to set its top bit.
   [[nodiscard]] constexpr int shift() const noexcept { return shift_; }
+  /// The shifted divisor.
+  [[nodiscard]] constexpr std::uint64_t normal() const noexcept { return normal_; }
 
   /// {high, low} / the shifted divisor, where high is below it; the remainder is one of the shifted divisor too.
   [[nodiscard]] constexpr std::uint64_t divideShifted(std::uint64_t high, std::uint64_t low,
@@ -53,10 +56,11 @@ class Divisor {
     const UInt128 estimate = wideProduct(reciprocal_, high) + join(high, low);
     std::uint64_t quotient = high64(estimate) + 1;
     remainder = low - quotient * normal_;
-    // As likely as not: a mask, where a branch would be predicted wrongly half of the time.
-    const std::uint64_t tooGreat = 0 - static_cast<std::uint64_t>(remainder > low64(estimate));
-    quotient += tooGreat;
-    remainder += tooGreat & normal_;
+    // As likely as not: a choice of two, where a branch would be predicted wrongly half of the time.
+    const std::uint64_t more = remainder + normal_;
+    const bool isTooGreat = __builtin_expect_with_probability(remainder > low64(estimate), 1, 0.5);
+    quotient -= isTooGreat;
+    remainder = isTooGreat ? more : remainder;
     if (remainder >= normal_) [[unlikely]] {
       ++quotient;
       remainder -= normal_;
@@ -95,7 +99,7 @@ inline const Divisor& tenDivisor(int n) noexcept { return tenDivisors[static_cas
 
 /// How many decimal digits n has; 0 for 0. The bit length times log10(2), corrected by one look at a power of ten.
 inline int digitCount(std::uint64_t n) noexcept {
-  const int digits = (64 - std::countl_zero(n | 1)) * 1233 >> 12;  // that bit spares a branch for 0
+  const int digits = ((63 ^ std::countl_zero(n | 1)) + 1) * 1233 >> 12;  // that bit spares a branch for 0
   return digits + (n >= powerOfTen64(digits) ? 1 : 0);
 }
 
