@@ -1,10 +1,10 @@
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 
+#include "NorvikCore/platform/foundation/internal/DateNames.h"
+#include "NorvikCore/platform/foundation/internal/DatePattern.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
-#include "NorvikCore/platform/foundation/internal/NumericDatePattern.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/values/CivilDate.h"
-#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
@@ -57,7 +57,8 @@ bool namesZone(std::string_view pattern) {
 
 }  // namespace
 
-/// What the settings come to: a compiled pattern where it has digits only, ICU's formatter for everything else.
+/// What the settings come to: a compiled pattern where it has digits and names only, ICU's formatter for everything
+/// else.
 struct NSDateFormatter::Engine {
   explicit Engine(const NSDateFormatter& settings)
       : pattern(settings.pattern_),
@@ -66,12 +67,16 @@ struct NSDateFormatter::Engine {
         calendar(settings.calendar_),
         isLenient(settings.lenient_),
         namesItsZone(namesZone(pattern.view())) {
-    numeric = detail::NumericDatePattern::compile(pattern.view());
-    if (numeric && !locale->data().writesAsciiDigits()) numeric.reset();
-    if (numeric && numeric->needsWeek()) {
+    if (!locale->data().writesAsciiDigits()) return;
+    compiled = detail::DatePattern::compile(pattern.view());
+    if (!compiled && !namesItsZone) {
+      const auto& names = detail::DateNames::ofLocale(detail::icuLocale(*locale));
+      compiled = detail::DatePattern::compile(pattern.view(), &names);
+    }
+    if (compiled && compiled->needsWeek()) {
       const Ref<NSCalendar> week = settings.calendar();
-      numericFields.firstWeekday = static_cast<std::int32_t>(week->firstWeekday());
-      numericFields.minimumDays = static_cast<std::int32_t>(week->minimumDaysInFirstWeek());
+      compiledFields.firstWeekday = static_cast<std::int32_t>(week->firstWeekday());
+      compiledFields.minimumDays = static_cast<std::int32_t>(week->minimumDaysInFirstWeek());
     }
   }
 
@@ -83,14 +88,14 @@ struct NSDateFormatter::Engine {
     const auto millisecond =
         std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
     if (seconds < span.from || seconds >= span.until || !span.type) enterSpan(seconds);
-    if (numeric) {
+    if (compiled) {
       const std::int64_t local = seconds + span.type->offset;
-      numericFields.day = detail::floorDivide(local, detail::secondsPerDay);
-      numericFields.secondOfDay = static_cast<std::int32_t>(local - numericFields.day * detail::secondsPerDay);
-      numericFields.millisecond = millisecond;
-      numericFields.offset = span.type->offset;
-      char text[detail::NumericDatePattern::maximalLength];
-      const std::size_t length = numeric->write(text, numericFields);
+      compiledFields.day = detail::floorDivide(local, detail::secondsPerDay);
+      compiledFields.secondOfDay = static_cast<std::int32_t>(local - compiledFields.day * detail::secondsPerDay);
+      compiledFields.millisecond = millisecond;
+      compiledFields.offset = span.type->offset;
+      char text[detail::DatePattern::maximalLength];
+      const std::size_t length = compiled->write(text, compiledFields);
       if (length > 0) [[likely]]
         return std::string_view(text, length);
     }
@@ -184,8 +189,8 @@ struct NSDateFormatter::Engine {
   const Ref<NSTimeZone> zone;
   const Ref<NSCalendar> calendar;  // empty for the locale's
   const bool isLenient, namesItsZone;
-  std::optional<detail::NumericDatePattern> numeric;
-  detail::NumericDatePattern::Fields numericFields;
+  std::optional<detail::DatePattern> compiled;
+  detail::DatePattern::Fields compiledFields;
   detail::ZoneSpan span;  // around the last date: the next one is mostly in it
   std::unique_ptr<icu::SimpleDateFormat> icu;
   icu::SimpleTimeZone* fixedZone = nullptr;  // icu's, where it has only an offset
@@ -281,42 +286,6 @@ void NSDateFormatter::setCalendar(const Ref<NSCalendar>& calendar) {
 void NSDateFormatter::setLenient(bool lenient) {
   lenient_ = lenient;
   engine_.reset();
-}
-
-namespace {
-
-NSDateFormatterStyle decodeStyle(NSCoder& coder, const NSString& key) {
-  const auto number = coder.decode<std::uint64_t>(key);
-  if (number > NSDateFormatterFullStyle) {
-    detail::raise("NSInvalidUnarchiveOperationException", "a date formatter's " + key.utf8() + " is damaged");
-  }
-  return static_cast<NSDateFormatterStyle>(number);
-}
-
-}  // namespace
-
-void NSDateFormatter::encodeWithCoder(NSCoder& coder) const {
-  coder.encodeObject(locale_, "locale");
-  coder.encodeObject(timeZone_, "timeZone");
-  coder.encodeObject(calendar_, "calendar");
-  coder.encodeInteger(dateStyle_, "dateStyle");
-  coder.encodeInteger(timeStyle_, "timeStyle");
-  coder.encodeObject(pattern_, "dateFormat");
-  coder.encodeBool(lenient_, "lenient");
-  coder.encodeInteger(behavior_, "formatterBehavior");
-}
-
-bool NSDateFormatter::initWithCoder(NSCoder& coder) {
-  setLocale(coder.decode<Ref<NSLocale>>("locale"));
-  setTimeZone(coder.decode<Ref<NSTimeZone>>("timeZone"));
-  setCalendar(coder.decode<Ref<NSCalendar>>("calendar"));
-  setDateFormat(coder.decode<NSString>("dateFormat"));
-  const NSDateFormatterStyle date = decodeStyle(coder, "dateStyle"), time = decodeStyle(coder, "timeStyle");
-  if (date != NSDateFormatterNoStyle) setDateStyle(date);
-  if (time != NSDateFormatterNoStyle) setTimeStyle(time);
-  setLenient(coder.decodeBoolForKey("lenient"));
-  behavior_ = coder.decode<NSDateFormatterBehavior>("formatterBehavior");
-  return true;
 }
 
 }  // namespace norvik

@@ -17,9 +17,9 @@
 // lenient reading (see setLenient) carries fields over and forgives spaces and signs.
 //
 // Threads: confined; distinct formatters are independent. What was set is in force at the next text.
-// Cost:    patterns of digits only ("yyyy/MM/dd HH:mm:ss:SSS") take some tens of nanoseconds a text and no calendar
-//          object; the first text of any other pattern makes an ICU formatter (tens of microseconds): keep the
-//          formatter.
+// Cost:    patterns of digits and of the names of months, weekdays, quarters, halves of the day and eras ("EEE d MMM
+//          yyyy HH:mm") take some tens of nanoseconds a text; the names are looked up once a locale. Patterns with
+//          names of zones, and reading, take an ICU formatter (tens of microseconds to make): keep the formatter.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -182,14 +182,10 @@ struct NSNumberFormatter::Engine {
     digits->setLenient(isLenient);
     plain.reset();
     const auto mode = plainRounding(rounding);
-    if (words || !mode || digits->isScientificNotation() || digits->getMultiplier() != 1 ||
-        digits->areSignificantDigitsUsed() || digits->getRoundingIncrement() != 0 || digits->getFormatWidth() > 0 ||
-        digits->isDecimalSeparatorAlwaysShown() || digits->getMultiplierScale() != 0) {
-      return;
-    }
-    icu::UnicodeString affix;
-    if (!digits->getPositivePrefix(affix).isEmpty() || !digits->getPositiveSuffix(affix).isEmpty() ||
-        !digits->getNegativeSuffix(affix).isEmpty()) {
+    const auto power = powerOfMultiplier();
+    if (words || !mode || !power || digits->isScientificNotation() || digits->areSignificantDigitsUsed() ||
+        digits->getRoundingIncrement() != 0 || digits->getFormatWidth() > 0 ||
+        digits->isDecimalSeparatorAlwaysShown()) {
       return;
     }
     const auto* symbols = digits->getDecimalFormatSymbols();
@@ -199,21 +195,54 @@ struct NSNumberFormatter::Engine {
     };
     PlainNumberPattern pattern;
     pattern.minusSign = symbol(icu::DecimalFormatSymbols::kMinusSignSymbol);
-    std::string storage;
-    if (unitsOf(storage, digits->getNegativePrefix(affix)) != pattern.minusSign) return;
+    icu::UnicodeString affix;
+    unitsOf(pattern.positive.before, digits->getPositivePrefix(affix));
+    unitsOf(pattern.positive.after, digits->getPositiveSuffix(affix));
+    unitsOf(pattern.negative.before, digits->getNegativePrefix(affix));
+    unitsOf(pattern.negative.after, digits->getNegativeSuffix(affix));
     if (symbol(icu::DecimalFormatSymbols::kZeroDigitSymbol) != "0") return;
     pattern.isGrouped = digits->isGroupingUsed() && digits->getGroupingSize() != 0;
     const int secondary = digits->getSecondaryGroupingSize();
     if (pattern.isGrouped && (digits->getGroupingSize() != 3 || (secondary != 0 && secondary != 3))) return;
     pattern.minimumGrouping = digits->getMinimumGroupingDigits() > 1 ? digits->getMinimumGroupingDigits() : 1;
-    pattern.decimalSeparator = symbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol);
-    pattern.groupingSeparator = symbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol);
+    const bool isMoney = isCurrency();
+    pattern.decimalSeparator = symbol(isMoney ? icu::DecimalFormatSymbols::kMonetarySeparatorSymbol
+                                              : icu::DecimalFormatSymbols::kDecimalSeparatorSymbol);
+    pattern.groupingSeparator = symbol(isMoney ? icu::DecimalFormatSymbols::kMonetaryGroupingSeparatorSymbol
+                                               : icu::DecimalFormatSymbols::kGroupingSeparatorSymbol);
     pattern.minimumInteger = digits->getMinimumIntegerDigits();
     pattern.maximumInteger = digits->getMaximumIntegerDigits();
     pattern.minimumFraction = digits->getMinimumFractionDigits();
     pattern.maximumFraction = digits->getMaximumFractionDigits();
+    pattern.power = *power;
     pattern.rounding = *mode;
-    plain = std::move(pattern);
+    if (!isMoney || writesAsIcu(pattern)) plain = std::move(pattern);
+  }
+
+  /// The power of ten that numbers are multiplied by, absent where it is none.
+  [[nodiscard]] std::optional<int> powerOfMultiplier() const {
+    int power = digits->getMultiplierScale();
+    for (std::int32_t multiplier = digits->getMultiplier(); multiplier != 1; multiplier /= 10, ++power) {
+      if (multiplier <= 0 || multiplier % 10 != 0) return std::nullopt;
+    }
+    return power;
+  }
+
+  [[nodiscard]] bool isCurrency() const {
+    icu::UnicodeString pattern;
+    return digits->toPattern(pattern).indexOf(u'\u00A4') >= 0;
+  }
+
+  /// What stands around money may depend on the digits, as the space between a currency's letters and a digit does: a
+  /// pattern holds where it writes numbers of both signs as ICU does.
+  [[nodiscard]] bool writesAsIcu(const PlainNumberPattern& pattern) const {
+    for (const char* sample : {"1234567.891", "-0.5"}) {
+      std::string ours, icus;
+      const Decimal number = Decimal::decimalNumberWithString(sample);
+      pattern.append(ours, number);
+      if (ours != unitsOf(icus, textInIcu(number))) return false;
+    }
+    return true;
   }
 
   [[nodiscard]] icu::UnicodeString textInIcu(const NSNumber& number) const {
@@ -272,7 +301,7 @@ NSNumberFormatter::~NSNumberFormatter() = default;
 
 NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
   if (engine_->plain) {
-    if (const Decimal decimal = number.decimalValue(); !decimal.isNaN()) {
+    if (const Decimal decimal = number.decimalValue(); engine_->plain->covers(decimal)) {
       std::string text;
       engine_->plain->append(text, decimal);
       return NSString(text);
@@ -282,8 +311,10 @@ NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
 }
 
 std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text) const {
-  if (!engine_->plain) {
-    const auto number = engine_->numberInIcu(text);
+  if (!engine_->plain || !engine_->plain->isBare()) {
+    std::optional<NSNumber> number;
+    if (engine_->plain) number = engine_->plain->readOwn(text.view());
+    if (!number) number = engine_->numberInIcu(text);
     if (!number) return std::nullopt;
     const Decimal decimal = number->decimalValue();
     return engine_->accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));

@@ -15,8 +15,9 @@
 // between two digits. Digits behind the point are never cut off while reading.
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.
-// Cost:    making one is expensive (tens of microseconds); keep it. Formatting a decimal in a plain decimal pattern and
-//          reading it back take some tens of nanoseconds, everything else goes through ICU.
+// Cost:    making one is expensive (tens of microseconds); keep it. Formatting a decimal in a decimal, percent or
+//          currency pattern and reading it back take some tens of nanoseconds; significant digits, powers of ten, words
+//          and padding go through ICU, as do texts that another than the formatter wrote around a number.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

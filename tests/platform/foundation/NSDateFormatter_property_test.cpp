@@ -66,10 +66,15 @@ TEST(NSDateFormatterProperty, PatternsOfDigitsAreWrittenAsIcuWritesThem) {
 }
 
 TEST(NSDateFormatterProperty, PatternsOfWordsAreWrittenAsIcuWritesThem) {
-  for (const char* locale : {"en_GB", "de_DE", "ar_EG", "cy_GB"}) {
-    for (const char* pattern : {"EEEE d MMMM yyyy G", "EEE dd MMM yy h:mm a", "QQQQ y", "dd/MM/yyyy HH:mm:ss.SSS xxx"})
-      expectIcusTexts("UTC", locale, pattern, 200);
+  for (const char* locale :
+       {"en_GB", "en_US", "de_DE", "fr_FR", "pl_PL", "cy_GB", "ja_JP", "zh_CN", "th_TH", "ar_EG", "fa_IR", "he_IL"}) {
+    for (const char* pattern :
+         {"EEEE d MMMM yyyy G", "EEE dd MMM yy h:mm a", "EEE d MMM yyyy HH:mm", "d MMMM yyyy", "LLLL y", "LLL cccc ccc",
+          "EEEEE EEEEEE MMMMM LLLLL", "ccccc cccccc c cc", "QQQQ y QQQ Q", "qqqq qqq qq", "GGGG GGGGG aaaa aaaaa",
+          "EE, MMM d, ''yy 'at' HH", "dd/MM/yyyy HH:mm:ss.SSS xxx"})
+      expectIcusTexts("UTC", locale, pattern, 60);
   }
+  expectIcusTexts("Asia/Tokyo", "en_GB", "EEEE d MMMM yyyy HH:mm", 400);
 }
 
 }  // namespace

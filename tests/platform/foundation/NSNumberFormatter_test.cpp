@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <unicode/decimfmt.h>
 
+#include <memory>
 #include <random>
 
 using namespace norvik;
@@ -259,9 +260,86 @@ TEST(NSNumberFormatter, RefusesADamagedArchive) {
 }
 
 // The fast way beside ICU itself, over patterns, roundings and numbers of all sizes.
+TEST(NSNumberFormatter, StylesOfEveryLocaleAreWrittenAsIcuWritesThem) {
+  std::mt19937_64 random(19990101);
+  for (const char* locale :
+       {"en_GB", "en_US", "de_DE", "fr_CH", "pl_PL", "ja_JP", "hi_IN", "ar_EG", "fa_IR", "es_ES", "sv_SE", "en_ZA"}) {
+    const struct {
+      NSNumberFormatterStyle style;
+      UNumberFormatStyle icuStyle;
+    } styles[] = {{NSNumberFormatterDecimalStyle, UNUM_DECIMAL},
+                  {NSNumberFormatterPercentStyle, UNUM_PERCENT},
+                  {NSNumberFormatterCurrencyStyle, UNUM_CURRENCY}};
+    for (const auto& [style, icuStyle] : styles) {
+      auto formatter = make<NSNumberFormatter>();
+      formatter->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+      formatter->setNumberStyle(style);
+      formatter->setGeneratesDecimalNumbers(true);
+      UErrorCode status = U_ZERO_ERROR;
+      const std::unique_ptr<icu::NumberFormat> icuFormat(
+          icu::NumberFormat::createInstance(icu::Locale::createCanonical(locale), icuStyle, status));
+      ASSERT_TRUE(U_SUCCESS(status));
+      for (int i = 0; i < 100; ++i) {
+        const auto number = Decimal::decimalNumberWithMantissa(
+            random() >> (random() % 64), static_cast<std::int16_t>(-static_cast<int>(random() % 6)), random() % 3 == 0);
+        icu::UnicodeString text;
+        icuFormat->format(icu::StringPiece(number.stringValue()), text, nullptr, status);
+        std::string expected;
+        text.toUTF8String(expected);
+        const NSString written = formatter->stringFromNumber(number);
+        ASSERT_EQ(written, expected.c_str()) << locale << " " << style << " of " << number;
+        icu::Formattable read;
+        icuFormat->parse(text, read, status);
+        const icu::StringPiece digits = read.getDecimalNumber(status);
+        ASSERT_TRUE(U_SUCCESS(status)) << locale << " " << expected;
+        const auto back = formatter->numberFromString(written);
+        ASSERT_TRUE(back) << locale << " " << expected;
+        ASSERT_EQ(back->decimalValue(), dec({digits.data(), static_cast<std::size_t>(digits.size())}))
+            << locale << " " << expected;
+      }
+    }
+  }
+}
+
+TEST(NSNumberFormatter, ReadsPercentagesAndMoneyInWhatStandsAroundThem) {
+  const auto percentage = british("#,##0.##%");
+  EXPECT_EQ(read(*percentage, "12.5%"), "0.125");
+  EXPECT_EQ(read(*percentage, "-1,234%"), "-12.34");
+  EXPECT_EQ(read(*percentage, "12.5"), "no");
+  EXPECT_EQ(read(*percentage, "12.5%%"), "no");
+  EXPECT_EQ(read(*percentage, "%"), "no");
+  EXPECT_EQ(read(*percentage, "12,5%"), "no");
+  const auto money = british("\u00A3#,##0.00;(\u00A3#,##0.00)");
+  EXPECT_EQ(read(*money, "\u00A31,234.50"), "1234.50");
+  EXPECT_EQ(read(*money, "(\u00A31,234.50)"), "-1234.50");
+  EXPECT_EQ(read(*money, "(\u00A31,234.50"), "no");
+  EXPECT_EQ(read(*money, "\u00A31,234.50)"), "no");
+}
+
+TEST(NSNumberFormatter, WritesPercentagesOfTheGreatestNumbers) {
+  const auto percentage = british("0%");
+  EXPECT_EQ(percentage->stringFromNumber(Decimal::maximumDecimalNumber()),
+            "99999999999999999999999999999999999999" + std::string(129, '0') + "%");
+}
+
 TEST(NSNumberFormatter, WritesWhatIcuWrites) {
-  const char* const patterns[] = {"#,##0.00##", "#,##0.0###", "#,##0.00", "0",   "#",
-                                  "#.###",      "000.0",      "#,###.##", "0.00"};
+  const char* const patterns[] = {"#,##0.00##",
+                                  "#,##0.0###",
+                                  "#,##0.00",
+                                  "0",
+                                  "#",
+                                  "#.###",
+                                  "000.0",
+                                  "#,###.##",
+                                  "0.00",
+                                  "#,##0.0#%",
+                                  "0.0\u2030",
+                                  "+0.00;-0",
+                                  "\u00A3#,##0.00;(\u00A3#,##0.00)",
+                                  "'gross '0.00",
+                                  "\u00A4#,##0.00",
+                                  "\u00A4\u00A4 0.00",
+                                  "\u00A4\u00A4\u00A40.00"};
   const struct {
     NSNumberFormatterRoundingMode mode;
     icu::DecimalFormat::ERoundingMode icuMode;

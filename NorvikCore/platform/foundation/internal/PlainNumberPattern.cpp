@@ -57,11 +57,12 @@ bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 }  // namespace
 
 void PlainNumberPattern::append(std::string& text, const Decimal& number) const {
-  Decimal rounded = number;
-  if (-number.exponent() > maximumFraction) {
+  Decimal rounded =
+      power == 0 ? number : number.decimalNumberByMultiplyingByPowerOf10(static_cast<std::int16_t>(power));
+  if (-rounded.exponent() > maximumFraction) {
     const NSDecimalNumberHandler behavior(
         {.roundingMode = modeFor(rounding, number.isNegative()), .scale = static_cast<std::int16_t>(maximumFraction)});
-    rounded = number.decimalNumberByRoundingAccordingToBehavior(behavior);
+    rounded = rounded.decimalNumberByRoundingAccordingToBehavior(behavior);
   }
   std::array<char, longestDecimalText> plain;
   const char* const end = to_chars(plain.data(), plain.data() + plain.size(), rounded).ptr;
@@ -80,7 +81,8 @@ void PlainNumberPattern::append(std::string& text, const Decimal& number) const 
     fraction.remove_suffix(1);
 
   // The sign is the number's own, also where rounding left nothing of it: as ICU has it, -0.001 shows as "-0.00".
-  if (number.isNegative()) text += minusSign;
+  const auto& around = number.isNegative() ? negative : positive;
+  text += around.before;
   const auto wholeSize = std::max(static_cast<std::size_t>(minimumInteger), whole.size());
   const bool noDigits = wholeSize == 0 && fraction.empty() && minimumFraction == 0;
   const bool groups = isGrouped && wholeSize >= static_cast<std::size_t>(3 + minimumGrouping);
@@ -90,10 +92,26 @@ void PlainNumberPattern::append(std::string& text, const Decimal& number) const 
     text += i < zeros ? '0' : whole[i - zeros];
   }
   if (noDigits) text += '0';
-  if (fraction.empty() && minimumFraction == 0) return;
-  text += decimalSeparator;
-  text += fraction;
-  for (std::size_t i = fraction.size(); i < static_cast<std::size_t>(minimumFraction); ++i) text += '0';
+  if (!fraction.empty() || minimumFraction != 0) {
+    text += decimalSeparator;
+    text += fraction;
+    for (std::size_t i = fraction.size(); i < static_cast<std::size_t>(minimumFraction); ++i) text += '0';
+  }
+  text += around.after;
+}
+
+std::optional<Decimal> PlainNumberPattern::readOwn(std::string_view text) const {
+  for (const auto* around : {&positive, &negative}) {
+    const std::size_t size = around->before.size() + around->after.size();
+    if (text.size() <= size || !text.starts_with(around->before) || !text.ends_with(around->after)) continue;
+    const std::string_view digits = text.substr(around->before.size(), text.size() - size);
+    if (!isDigit(digits.front()) || !isDigit(digits.back())) continue;
+    const auto reading = read(digits, false);
+    if (!reading || reading->number.exponent() - power < Decimal::minimumExponent) return std::nullopt;
+    const Decimal number = reading->number.decimalNumberByMultiplyingByPowerOf10(static_cast<std::int16_t>(-power));
+    return around == &negative ? -number : number;
+  }
+  return std::nullopt;
 }
 
 std::optional<PlainNumberPattern::Reading> PlainNumberPattern::read(std::string_view text, bool isLenient) const {

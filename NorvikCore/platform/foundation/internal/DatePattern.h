@@ -1,12 +1,13 @@
-// NorvikCore/platform/foundation/internal/NumericDatePattern.h - date patterns of digits only, compiled once, written
-// in tens of nanoseconds.
+// NorvikCore/platform/foundation/internal/DatePattern.h - date patterns of digits and names, compiled once, written in
+// tens of nanoseconds.
 //
-//   const auto stamp = NumericDatePattern::compile("yyyy/MM/dd HH:mm:ss:SSS");
-//   char text[NumericDatePattern::maximalLength];
+//   const auto stamp = DatePattern::compile("yyyy/MM/dd HH:mm:ss:SSS");
+//   char text[DatePattern::maximalLength];
 //   stamp->write(text, fields);         // "2021/05/10 13:14:15:016"
 //
-// The pattern language is Unicode's. Fields that print as a number in every Latin locale are known: y Y M L d D H h K k
-// m s S w, and Z as "+0100". Years must be 1 to 9999.
+// The pattern language is Unicode's. Known are the fields that print as a number in every Latin locale (y Y M L d D H h
+// K k m s S w Q q, and Z as "+0100") and, where names are given, those written in a locale's words: months, weekdays,
+// quarters, halves of the day and eras. Years must be 1 to 9999.
 //
 // A value, immutable: safe on any thread.
 #pragma once
@@ -22,7 +23,9 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT NumericDatePattern {
+struct DateNames;
+
+class NK_EXPORT DatePattern {
  public:
   /// What is to be written: a local time, split.
   struct Fields {
@@ -36,8 +39,8 @@ class NK_EXPORT NumericDatePattern {
   /// Patterns whose text could be longer are not compiled.
   static constexpr std::size_t maximalLength = 256;
 
-  /// Nothing where the pattern has any other field, is malformed, or is too long.
-  [[nodiscard]] static std::optional<NumericDatePattern> compile(std::string_view pattern);
+  /// Nothing where the pattern has any other field, is malformed, or is too long. Names are copied.
+  [[nodiscard]] static std::optional<DatePattern> compile(std::string_view pattern, const DateNames* names = nullptr);
 
   /// The pattern shows the week or the year that it belongs to.
   [[nodiscard]] bool needsWeek() const noexcept { return needsWeek_; }
@@ -47,18 +50,23 @@ class NK_EXPORT NumericDatePattern {
   std::size_t write(char (&text)[maximalLength], const Fields& fields) const noexcept;
 
  private:
-  NumericDatePattern() = default;
+  DatePattern() = default;
 
-  /// A field of a number of digits, or a stretch of the literal text.
+  /// A field of a number of digits, a field in words, or a stretch of the literal text.
   struct Item {
     char field;  // 0 for text
     std::uint8_t size;
-    std::uint16_t start;
+    std::uint16_t start;  // of the text, or the first word
+    bool isName = false;
+  };
+  struct Word {
+    std::uint16_t start, size;
   };
 
   std::vector<Item> items_;
-  std::string literals_;
-  bool needsWeek_ = false, needsDayOfYear_ = false, needsOffset_ = false;
+  std::vector<Word> words_;
+  std::string literals_;  // and the words
+  bool needsWeek_ = false, needsOffset_ = false;
 };
 
 }  // namespace norvik::detail

@@ -1,5 +1,8 @@
-#include "NorvikCore/platform/foundation/internal/NumericDatePattern.h"
+#include "NorvikCore/platform/foundation/internal/DatePattern.h"
 
+#include "NorvikCore/platform/foundation/internal/DateNames.h"
+
+#include <algorithm>
 #include <cstring>
 
 namespace norvik::detail {
@@ -29,19 +32,54 @@ char* writeOffset(char* out, std::int32_t seconds) noexcept {
   return writeNumber(writeNumber(out, minutes / 60, 2), minutes % 60, 2);
 }
 
+/// Which of a field's names it is, from 0.
+std::size_t nameIndex(char field, const CivilDate& date, std::uint32_t hour, std::int64_t day) noexcept {
+  switch (field) {
+    case 'M':
+    case 'L':
+      return static_cast<std::size_t>(date.month - 1);
+    case 'Q':
+    case 'q':
+      return static_cast<std::size_t>(date.month - 1) / 3;
+    case 'a':
+      return hour / 12;
+    case 'G':
+      return 1;  // years before 1 are not written here
+    default:
+      return static_cast<std::size_t>(weekday(day) - 1);
+  }
+}
+
 }  // namespace
 
-std::optional<NumericDatePattern> NumericDatePattern::compile(std::string_view pattern) {
-  constexpr std::string_view known = "yYMLdDHhKkmsSwZ";
+std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const DateNames* names) {
+  constexpr std::string_view known = "yYMLdDHhKkmsSwQqZ";
   if (pattern.size() > maximalLength) return std::nullopt;
-  NumericDatePattern compiled;
+  DatePattern compiled;
   std::size_t longest = 0;
+  bool isInText = false;
   const auto appendLiteral = [&](char c) {
-    if (compiled.items_.empty() || compiled.items_.back().field != 0 || compiled.items_.back().size == 255)
-      compiled.items_.push_back({0, 0, static_cast<std::uint16_t>(compiled.literals_.size())});
+    if (!isInText || compiled.items_.back().size == 255)
+      compiled.items_.push_back({0, 0, static_cast<std::uint16_t>(compiled.literals_.size()), false});
     ++compiled.items_.back().size;
     compiled.literals_ += c;
     ++longest;
+    isInText = true;
+  };
+  const auto appendName = [&](char field, std::size_t count) {
+    const std::vector<std::string>* words = names ? names->of(field, count) : nullptr;
+    if (!words) return false;
+    compiled.items_.push_back({field, 0, static_cast<std::uint16_t>(compiled.words_.size()), true});
+    std::size_t longestWord = 0;
+    for (const std::string& word : *words) {
+      if (word.size() > maximalLength || compiled.literals_.size() > 0x7000) return false;
+      compiled.words_.push_back(
+          {static_cast<std::uint16_t>(compiled.literals_.size()), static_cast<std::uint16_t>(word.size())});
+      compiled.literals_ += word;
+      longestWord = std::max(longestWord, word.size());
+    }
+    longest += longestWord;
+    return true;
   };
 
   bool isQuoted = false;
@@ -65,19 +103,20 @@ std::optional<NumericDatePattern> NumericDatePattern::compile(std::string_view p
     std::size_t count = 1;
     while (i + count < pattern.size() && pattern[i + count] == c) ++count;
     i += count;
-    const bool isMonth = c == 'M' || c == 'L';
-    if (known.find(c) == std::string_view::npos || count > (isMonth ? 2 : c == 'Z' ? 3 : 9)) return std::nullopt;
-    compiled.items_.push_back({c, static_cast<std::uint8_t>(count), 0});
+    isInText = false;
+    if (appendName(c, count)) continue;
+    const bool mayBeWords = c == 'M' || c == 'L' || c == 'Q' || c == 'q';
+    if (known.find(c) == std::string_view::npos || count > (mayBeWords ? 2 : c == 'Z' ? 3 : 9)) return std::nullopt;
+    compiled.items_.push_back({c, static_cast<std::uint8_t>(count), 0, false});
     longest += c == 'Z' ? 5 : count < 4 ? 4 : count;
     compiled.needsWeek_ |= c == 'Y' || c == 'w';
-    compiled.needsDayOfYear_ |= c == 'D';
     compiled.needsOffset_ |= c == 'Z';
   }
   if (isQuoted || longest > maximalLength) return std::nullopt;
   return compiled;
 }
 
-std::size_t NumericDatePattern::write(char (&text)[maximalLength], const Fields& fields) const noexcept {
+std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields) const noexcept {
   const CivilDate date = civilDate(fields.day);
   if (date.year < 1 || date.year > 9999 || (needsOffset_ && fields.offset % 60 != 0)) return 0;
   const auto year = static_cast<std::uint32_t>(date.year);
@@ -92,6 +131,12 @@ std::size_t NumericDatePattern::write(char (&text)[maximalLength], const Fields&
   char* out = text;
   for (const Item& item : items_) {
     const std::uint32_t size = item.size;
+    if (item.isName) {
+      const Word& word = words_[item.start + nameIndex(item.field, date, hour, fields.day)];
+      std::memcpy(out, literals_.data() + word.start, word.size);
+      out += word.size;
+      continue;
+    }
     switch (item.field) {
       case 0:
         if (size == 1) {
@@ -118,6 +163,10 @@ std::size_t NumericDatePattern::write(char (&text)[maximalLength], const Fields&
       case 'M':
       case 'L':
         out = writeNumber(out, static_cast<std::uint32_t>(date.month), size);
+        break;
+      case 'Q':
+      case 'q':
+        out = writeNumber(out, static_cast<std::uint32_t>(date.month + 2) / 3, size);
         break;
       case 'd':
         out = writeNumber(out, static_cast<std::uint32_t>(date.day), size);
