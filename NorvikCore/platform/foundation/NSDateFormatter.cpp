@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/values/CivilDate.h"
+#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
@@ -286,6 +287,42 @@ void NSDateFormatter::setCalendar(const Ref<NSCalendar>& calendar) {
 void NSDateFormatter::setLenient(bool lenient) {
   lenient_ = lenient;
   engine_.reset();
+}
+
+namespace {
+
+NSDateFormatterStyle decodeStyle(NSCoder& coder, const NSString& key) {
+  const auto number = coder.decode<std::uint64_t>(key);
+  if (number > NSDateFormatterFullStyle) {
+    detail::raise("NSInvalidUnarchiveOperationException", "a date formatter's " + key.utf8() + " is damaged");
+  }
+  return static_cast<NSDateFormatterStyle>(number);
+}
+
+}  // namespace
+
+void NSDateFormatter::encodeWithCoder(NSCoder& coder) const {
+  coder.encodeObject(locale_, "locale");
+  coder.encodeObject(timeZone_, "timeZone");
+  coder.encodeObject(calendar_, "calendar");
+  coder.encodeInteger(dateStyle_, "dateStyle");
+  coder.encodeInteger(timeStyle_, "timeStyle");
+  coder.encodeObject(pattern_, "dateFormat");
+  coder.encodeBool(lenient_, "lenient");
+  coder.encodeInteger(behavior_, "formatterBehavior");
+}
+
+bool NSDateFormatter::initWithCoder(NSCoder& coder) {
+  setLocale(coder.decode<Ref<NSLocale>>("locale"));
+  setTimeZone(coder.decode<Ref<NSTimeZone>>("timeZone"));
+  setCalendar(coder.decode<Ref<NSCalendar>>("calendar"));
+  setDateFormat(coder.decode<NSString>("dateFormat"));
+  const NSDateFormatterStyle date = decodeStyle(coder, "dateStyle"), time = decodeStyle(coder, "timeStyle");
+  if (date != NSDateFormatterNoStyle) setDateStyle(date);
+  if (time != NSDateFormatterNoStyle) setTimeStyle(time);
+  setLenient(coder.decodeBoolForKey("lenient"));
+  behavior_ = coder.decode<NSDateFormatterBehavior>("formatterBehavior");
+  return true;
 }
 
 }  // namespace norvik

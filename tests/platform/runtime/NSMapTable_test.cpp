@@ -155,7 +155,8 @@ TEST(NSMapTable, KeysMayGoOnAnotherThread) {
   std::jthread killer([&] { keys.clear(); });
   for (int i = 0; i < 200; ++i) {
     rows->setObject(i, *staying);
-    for (const Value& key : *rows->allKeys()) (void)rows->objectForKey(*key.object());
+    const auto present = rows->allKeys();
+    for (const Value& key : *present) (void)rows->objectForKey(*key.object());
   }
   killer.join();
   EXPECT_EQ(rows->count(), 1u);

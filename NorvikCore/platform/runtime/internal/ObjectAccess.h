@@ -39,6 +39,7 @@ struct ObjectAccess {
   static bool hasAssociated(const NSObject& object) noexcept {
     return (object.flags_.loadAcquire() & NSObject::associatedFlag) != 0;
   }
+  static bool isDying(const NSObject& object) noexcept { return object.count_.loadRelaxed() >= dyingCount / 2; }
   /// The last Ref is gone.
   static bool isGoing(const NSObject& object) noexcept { return object.count_.loadRelaxed() - 1 >= dyingCount / 2 - 1; }
 
