@@ -108,7 +108,9 @@ std::optional<Decimal> PlainNumberPattern::readOwn(std::string_view text) const 
     if (!isDigit(digits.front()) || !isDigit(digits.back())) continue;
     const auto reading = read(digits, false);
     if (!reading || reading->number.exponent() - power < Decimal::minimumExponent) return std::nullopt;
-    const Decimal number = reading->number.decimalNumberByMultiplyingByPowerOf10(static_cast<std::int16_t>(-power));
+    Decimal number = reading->number;
+    for (int i = 0; i < power; ++i) number = number / Decimal(10);  // and so without the zeros at the end, as ICU reads
+    for (int i = power; i < 0; ++i) number = number * Decimal(10);
     return around == &negative ? -number : number;
   }
   return std::nullopt;

@@ -104,11 +104,11 @@ std::vector<std::pair<NSString, Value>> PreferenceStore::all() {
 }
 
 void PreferenceStore::look() {
-  const std::int64_t now = kernel::monotonicNanoseconds();
-  if (now < nextLook_.load(std::memory_order_relaxed)) [[likely]]
+  const bool isRead = isRead_.load(std::memory_order_acquire);
+  if (isRead && kernel::monotonicNanoseconds() < nextLook_.load(std::memory_order_relaxed)) [[likely]]
     return;
   Lines lines;
-  if (!isRead_.load(std::memory_order_acquire)) {
+  if (!isRead) {
     const MutexLock lock(file_);
     if (!isRead_.load(std::memory_order_relaxed)) readFile(lines);
   } else if (file_.try_lock()) {
