@@ -1,7 +1,7 @@
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
+#include "NorvikCore/dispatch/internal/NamedTimers.h"
 #include "NorvikCore/dispatch/internal/QueueStack.h"
-#include "NorvikCore/dispatch/internal/TSKTimerValue.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"

@@ -2,10 +2,8 @@
 // block a request, so that requests take effect in their order on a concurrent queue too. The table changes under the
 // lock, which is never held while a block runs or is destroyed.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
-#include "NorvikCore/dispatch/internal/TSKTimerValue.h"
+#include "NorvikCore/dispatch/internal/NamedTimers.h"
 #include "NorvikCore/platform/kernel/Clock.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 #include "NorvikCore/platform/runtime/Weak.h"
 
 #include <algorithm>
@@ -15,13 +13,14 @@
 namespace norvik {
 
 using detail::Blocks;
+using detail::NamedTimer;
+using detail::NamedTimers;
 using detail::TimerRequest;
 using detail::TSKTimerValue;
 
 namespace {
 
 constexpr double kNanosecond = 1e-9;
-constexpr NSString kDateKey = "DateValue", kTimerKey = "TimerValue";
 
 /// Truncated; what is too far ahead is never.
 dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
@@ -29,11 +28,6 @@ dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
   if (!(nanoseconds < 9.2e18)) return DISPATCH_TIME_FOREVER;
   const auto delta = static_cast<std::int64_t>(nanoseconds);
   return clock != nullptr ? clock->time(delta) : dispatch_time(DISPATCH_TIME_NOW, delta);
-}
-
-const NSDictionary* entryOf(const NSMutableDictionary* timers, const NSString& name) {
-  const Value* entry = timers == nullptr ? nullptr : timers->find(Value(name));
-  return entry == nullptr ? nullptr : entry->object<NSDictionary>();
 }
 
 }  // namespace
@@ -65,7 +59,7 @@ void TSKDispatchQueue::cancelAllTimers() { request({TimerRequest::Kind::cancelAl
 
 Ref<NSDictionary> TSKDispatchQueue::timers() const {
   const MutexLock lock(timerLock_);
-  return timers_ ? timers_->copy() : nullptr;
+  return timers_ ? timers_->dictionary() : nullptr;
 }
 
 void TSKDispatchQueue::request(TimerRequest request) {
@@ -95,10 +89,9 @@ void TSKDispatchQueue::carryOutNextRequest() {
 
 bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
                                               TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) {
-  if (!timers_) timers_ = NSMutableDictionary::dictionary();
-  const NSDictionary* entry = entryOf(timers_.get(), name);
-  const Value previous = entry == nullptr ? Value() : entry->objectForKey(kDateKey);
-  Ref<TSKTimerValue> timer = liveTimer(name);
+  if (!timers_) timers_ = std::make_unique<NamedTimers>();
+  NamedTimer* const entry = timers_->find(name);
+  Ref<TSKTimerValue> timer = entry == nullptr ? nullptr : entry->live;
   // A timer whose block runs right now (on a concurrent queue) has had its time: it is started like a new one.
   const bool pending = timer && !timer->firing;
   const bool isNew = !timer;
@@ -112,9 +105,9 @@ bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double refer
   double date = now;
   if (behavior == TSKTimerThrottle) {
     if (pending) {
-      date = previous.as<double>();
-    } else if (!previous.isAbsent() && now < previous.as<double>() + timeInterval) {
-      date = previous.as<double>() + timeInterval;
+      date = entry->date;
+    } else if (entry != nullptr && now < entry->date + timeInterval) {
+      date = entry->date + timeInterval;
       start(*timer, date - now);
     } else {
       start(*timer, kNanosecond);
@@ -122,7 +115,7 @@ bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double refer
   } else {
     const double delay = std::max(0.0, timeInterval - (now - referenceTime));
     date = now + delay;
-    if (behavior == TSKTimerRestart || !pending || previous.as<double>() > date) start(*timer, delay);
+    if (behavior == TSKTimerRestart || !pending || entry->date > date) start(*timer, delay);
     // Else the running timer stays as it is, though the later time is noted.
   }
 
@@ -131,7 +124,12 @@ bool TSKDispatchQueue::_scheduleTimerWithName(const NSString& name, double refer
     ++liveTimers_;
     dispatch_resume(timer->source);
   }
-  timers_->setObject(NSDictionary::dictionaryWith({{kDateKey, date}, {kTimerKey, timer}}), name);
+  if (entry == nullptr) {
+    timers_->add(name, date, timer);
+  } else {
+    entry->date = date;
+    entry->live = timer;
+  }
   _updateTimerCountPrivate();
   return true;
 }
@@ -174,29 +172,30 @@ void TSKDispatchQueue::timerFired(const NSString& name, std::uint64_t number) {
   if (timer && timer->number == number && timer->starts == starts) _cancelTimerWithName(name, unused);
 }
 
-Ref<TSKTimerValue> TSKDispatchQueue::liveTimer(const NSString& name) const {
-  const NSDictionary* entry = entryOf(timers_.get(), name);
-  const Value* timer = entry == nullptr ? nullptr : entry->find(Value(kTimerKey));
-  return Ref<TSKTimerValue>(timer == nullptr ? nullptr : timer->object<TSKTimerValue>());
+Ref<TSKTimerValue> TSKDispatchQueue::liveTimer(const NSString& name) {
+  const NamedTimer* entry = timers_ ? timers_->find(name) : nullptr;
+  return entry == nullptr ? nullptr : entry->live;
 }
 
 void TSKDispatchQueue::_cancelTimerWithName(const NSString& name, Blocks& unused) {
-  const Ref<TSKTimerValue> timer = liveTimer(name);
+  if (NamedTimer* entry = timers_ ? timers_->find(name) : nullptr) cancel(*entry, unused);
+}
+
+/// Its planned time stays.
+void TSKDispatchQueue::cancel(NamedTimer& entry, Blocks& unused) {
+  const Ref<TSKTimerValue> timer = std::exchange(entry.live, nullptr);
   if (!timer) return;
   --liveTimers_;
   dispatch_source_cancel(timer->source);
   unused.push_back(std::move(timer->block));
-  const Value date = entryOf(timers_.get(), name)->objectForKey(kDateKey);
-  timers_->setObject(NSDictionary::dictionaryWithObject(date, kDateKey), name);
   _updateTimerCountPrivate();
 }
 
 void TSKDispatchQueue::cancelEveryTimer(Blocks& unused) {
   std::uint64_t names = 0;
   if (timers_) {
-    const Ref<NSArray> all = timers_->allKeys();  // the table changes below
-    for (const Value& name : *all) _cancelTimerWithName(*name.string(), unused);
-    names = timers_->count();
+    for (NamedTimer& entry : timers_->entries()) cancel(entry, unused);
+    names = timers_->entries().size();
   }
   timerCountPrivate.store(names, std::memory_order_relaxed);  // dormant names too, until the next recount
 }

@@ -8,7 +8,7 @@
 
 namespace norvik::detail {
 
-/// The "TimerValue" of a timer's entry. Confined to the lock of its wrapper's timers, save `source`.
+/// What a table of timers gives as "TimerValue". Confined to the lock of its wrapper's timers, save `source`.
 class TSKTimerValue final : public NSObject {
   NK_OBJECT(TSKTimerValue, NSObject)
 
