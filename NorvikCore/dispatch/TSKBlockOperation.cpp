@@ -1,5 +1,7 @@
 #include "NorvikCore/dispatch/TSKBlockOperation.h"
 
+#include "NorvikCore/platform/values/internal/raise.h"
+
 #include <utility>
 
 namespace norvik {
@@ -8,6 +10,7 @@ TSKBlockOperation::~TSKBlockOperation() = default;
 
 Ref<TSKBlockOperation> TSKBlockOperation::dispatchedOperationWithQueue(const Ref<TSKDispatchQueue>& queue,
                                                                        Block<void()> block) {
+  if (!queue) detail::raise("NSInvalidArgumentException", "TSKBlockOperation: the queue is nil");
   detail::requireBlock(block);
   auto operation = make<TSKBlockOperation>();
   std::optional<NSString> label = queue->label();
@@ -22,7 +25,7 @@ Ref<TSKBlockOperation> TSKBlockOperation::dispatchedOperationWithQueue(const Ref
 }
 
 void TSKBlockOperation::waitUntilFinished() {
-  queue()->dispatchSynchronously([this] { static_cast<void>(done()); });
+  if (const Ref<TSKDispatchQueue> own = queue()) own->dispatchSynchronously([this] { static_cast<void>(done()); });
 }
 
 }  // namespace norvik

@@ -32,10 +32,10 @@ class NK_EXPORT TSKBlockOperation : public NSObject {
 
   ~TSKBlockOperation() override;
 
-  /// An operation that is on its way. An absent block raises NSInvalidArgumentException.
+  /// An operation that is on its way. An absent queue or block raises NSInvalidArgumentException.
   static Ref<TSKBlockOperation> dispatchedOperationWithQueue(const Ref<TSKDispatchQueue>& queue, Block<void()> block);
 
-  /// Returns once the closure has run.
+  /// Returns once the closure has run; at once where setQueue() has taken the queue away.
   void waitUntilFinished();
 
   NK_CLASS_METHOD_AS(dispatchedOperationWithQueue, "dispatchedOperationWithQueue:block:")

@@ -2,12 +2,15 @@
 
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +27,15 @@ class Payslip : public NSObject {
   void recalculate() {}
   NK_METHOD(recalculate)
   [[nodiscard]] Decimal netPay() const { return 987.65_dec; }
+};
+
+class Payment : public NSObject {
+  NK_OBJECT(Payment, NSObject)
+  NK_PROPERTY(Decimal, amount, setAmount)
+  NK_PROPERTY(Date, date, setDate)
+  NK_COMPUTED_PROPERTY(Decimal, fee)
+  NK_PROPERTY(Ref<NSObject>, employee, setEmployee)
+  [[nodiscard]] Decimal fee() const { NSException::raise(NSGenericException, "no bank"); }
 };
 
 class DescribedPerson : public NSObject {
@@ -100,6 +112,16 @@ TEST(NSObjectMKAutoDescribe, HeaderExample) {
               ElementsAre("\n- - - > Payslip attributes: \n\tgrossPay : 1234.50\n\tnetPay : 987.65\n< - - -"));
   EXPECT_THAT(texts(mk_methodList<Payslip>()), ElementsAre("grossPay", "setGrossPay:", "netPay", "recalculate"));
   EXPECT_THAT(texts(mk_methodListOnly<Payslip>()), ElementsAre("recalculate"));
+}
+
+TEST(NSObjectMKAutoDescribe, ThePageShowsWhatIsPrinted) {
+  const auto payment = make<Payment>();
+  payment->setAmount(1234.50_dec);
+  payment->setDate("2021-05-28"_date);
+  std::ifstream file(DIAGNOSTICS_PAGE);
+  const std::string page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  EXPECT_THAT(page,
+              testing::HasSubstr("```\nmk_printObject(*payment);\n" + mk_describeObject(*payment).utf8() + "```\n"));
 }
 
 TEST(NSObjectMKAutoDescribe, MethodsOnlyAreThoseThatAreNoAccessors) {

@@ -21,6 +21,7 @@ namespace norvik {
 namespace {
 
 using test::concurrent;
+using test::flush;
 using test::serial;
 using test::Wrapper;
 
@@ -209,7 +210,20 @@ TEST_F(BlockOperation, ItsBlockKeepsItUntilItHasRun) {
   EXPECT_FALSE(watchedTarget.lock());
 }
 
-TEST_F(BlockOperation, AnAbsentBlockRaises) {
+TEST_F(BlockOperation, WithoutAQueueOfItsOwnThereIsNothingToWaitFor) {
+  std::latch go(1);
+  const auto operation = TSKBlockOperation::dispatchedOperationWithQueue(serial("a"), [&] { go.wait(); });
+  const Wrapper own = operation->queue();
+  operation->setQueue(nullptr);
+  operation->waitUntilFinished();
+  EXPECT_FALSE(operation->done());
+  go.count_down();
+  flush(own);
+  EXPECT_TRUE(operation->done());
+}
+
+TEST_F(BlockOperation, AnAbsentQueueOrBlockRaises) {
+  EXPECT_RAISES(TSKBlockOperation::dispatchedOperationWithQueue(nullptr, [] {}), "NSInvalidArgumentException");
   const Block<void()> none;
   EXPECT_RAISES(TSKBlockOperation::dispatchedOperationWithQueue(serial("a"), none), "NSInvalidArgumentException");
 }
