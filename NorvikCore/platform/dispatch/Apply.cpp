@@ -21,8 +21,8 @@ namespace {
 /// helper that took one.
 class Loop {
  public:
-  Loop(std::size_t rounds, std::size_t threads, Round round, void* context)
-      : rounds_(rounds), threads_(threads), round_(round), context_(context) {}
+  Loop(std::size_t count, std::size_t threads, Rounds rounds, void* block)
+      : count_(count), threads_(threads), rounds_(rounds), block_(block) {}
 
   void help() noexcept {
     helpers_.fetch_add(1, std::memory_order_relaxed);
@@ -53,15 +53,13 @@ class Loop {
 
   void run(Role role) noexcept {
     std::size_t first = 0;
-    while (const std::size_t share = takeShare(first)) {
-      for (const std::size_t end = first + share; first < end; ++first) {
+    try {
+      while (const std::size_t share = takeShare(first)) {
+        rounds_(block_, first, first + share, failed_);
         if (failed_.load(std::memory_order_acquire) || (role == Role::helper && hasForked())) return;
-        try {
-          round_(context_, first);
-        } catch (...) {
-          return fail();
-        }
       }
+    } catch (...) {
+      fail();
     }
   }
 
@@ -70,23 +68,23 @@ class Loop {
     constexpr std::size_t kSharesPerThread = 8;
     first = next_.load(std::memory_order_acquire);
     for (;;) {
-      if (first >= rounds_) return 0;
-      const std::size_t share = std::max<std::size_t>((rounds_ - first) / (threads_ * kSharesPerThread), 1);
+      if (first >= count_) return 0;
+      const std::size_t share = std::max<std::size_t>((count_ - first) / (threads_ * kSharesPerThread), 1);
       if (next_.compare_exchange_weak(first, first + share, std::memory_order_acq_rel, std::memory_order_acquire))
         return share;
     }
   }
 
   void fail() noexcept {
-    next_.exchange(rounds_, std::memory_order_acq_rel);
+    next_.exchange(count_, std::memory_order_acq_rel);
     if (!claimed_.exchange(true, std::memory_order_relaxed)) error_ = std::current_exception();
     failed_.store(true, std::memory_order_release);
   }
 
-  const std::size_t rounds_;
+  const std::size_t count_;
   const std::size_t threads_;
-  const Round round_;
-  void* const context_;
+  const Rounds rounds_;
+  void* const block_;
   const std::uint32_t generation_ = kernel::forkGeneration();
   std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is at work
   std::atomic<bool> failed_{false};
@@ -105,16 +103,13 @@ bool runsSideBySide(const QueueCore* queue) {
 
 }  // namespace
 
-void applyRounds(std::size_t iterations, const dispatch_queue_t& queue, Round round, void* context) {
+void applyRounds(std::size_t iterations, const dispatch_queue_t& queue, Rounds rounds, void* block) {
   requireQueue(queue, "dispatch_apply");
   if (iterations == 0) return;
   dispatch_sync(queue, [&] {
     const std::size_t threads = std::min<std::size_t>(WorkerPool::shared().workersAtOnce(), iterations);
-    if (threads < 2 || !runsSideBySide(queue.core())) {
-      for (std::size_t i = 0; i < iterations; ++i) round(context, i);
-      return;
-    }
-    const auto loop = std::make_shared<Loop>(iterations, threads, round, context);
+    if (threads < 2 || !runsSideBySide(queue.core())) return rounds(block, 0, iterations, std::atomic<bool>(false));
+    const auto loop = std::make_shared<Loop>(iterations, threads, rounds, block);
     for (std::size_t helper = 1; helper < threads; ++helper) dispatch_async(queue, [loop] { loop->help(); });
     loop->runAndWait();
   });

@@ -1,6 +1,15 @@
 // benchmarks/platform/dispatch/Queue_benchmark.cpp - posting to a serial queue and running there, beside an asio strand
 // on a pool of two threads.
 //
+// Every run counts its tasks; one that lost or repeated a task ends the program.
+//
+// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5), g++ 12.2, -O2;
+// medians of 7 or 9 runs:
+//   posting and running, nanoseconds for each task: one producer 99, asio 349 to 629; four producers 102, asio 396
+//   a synchronous task on an idle queue: 19 of processor time, asio (in place, on its strand's own thread) 54
+//   one post every 200 microseconds, for its caller: median 149 nanoseconds, asio 3,390; 99th percentile 3.0
+//   microseconds, asio 4,060
+//   an idle process: 0.002 % of a processor
 #include "NorvikCore/platform/dispatch/Queue.h"
 
 #include <benchmark/benchmark.h>
