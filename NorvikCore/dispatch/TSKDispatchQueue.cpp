@@ -9,6 +9,7 @@
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <string>
+#include <utility>
 
 namespace norvik {
 
@@ -20,14 +21,14 @@ void detail::requireBlock(const Block<void()>& block) {
 }
 
 TSKDispatchQueue::TSKDispatchQueue(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior)
-    : _deadlockBehavior(behavior) {
+    : _deadlockBehavior(behavior), namedTimers_(new detail::NamedTimers(*this)) {
   queue_ = queue;
   dispatch_queue_set_specific(queue, TSKIsCurrentKey, this);
 }
 
 TSKDispatchQueue::~TSKDispatchQueue() {
   detail::clearSpecific(queue(), TSKIsCurrentKey, this);
-  endTimers();
+  namedTimers_->end();
 }
 
 Ref<TSKDispatchQueue> TSKDispatchQueue::dispatchQueueWithGCDQueue(const dispatch_queue_t& queue,
@@ -122,5 +123,21 @@ void TSKDispatchQueue::runInNewStack(detail::BlockCall block) {
   const detail::QueueStackEntry entry(*this, nullptr);
   block();
 }
+
+void TSKDispatchQueue::scheduleTimerWithName(const NSString& name, double timeInterval, TSKTimerBehavior behavior,
+                                             Block<void()> block) {
+  detail::requireBlock(block);
+  namedTimers_->schedule(name, timeInterval, behavior, std::move(block));
+}
+
+void TSKDispatchQueue::cancelTimerWithName(const NSString& name) { namedTimers_->cancel(name); }
+
+void TSKDispatchQueue::cancelAllTimers() { namedTimers_->cancelAll(); }
+
+std::uint64_t TSKDispatchQueue::timerCount() const noexcept { return namedTimers_->count(); }
+
+Ref<NSDictionary> TSKDispatchQueue::timers() const { return namedTimers_->dictionary(); }
+
+void TSKDispatchQueue::setTimerClock(const dispatch_manual_clock& clock) { namedTimers_->setClock(clock); }
 
 }  // namespace norvik

@@ -23,18 +23,14 @@
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
-#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/Block.h"
 #include "NorvikCore/platform/runtime/NSDictionary.h"
 
-#include <atomic>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace norvik {
 
@@ -42,20 +38,7 @@ class dispatch_manual_clock;
 
 namespace detail {
 
-struct NamedTimer;
 class NamedTimers;
-class TSKTimerValue;
-using Blocks = std::vector<Block<void()>>;
-
-/// What was asked of a wrapper's timers, on its way to the queue.
-struct TimerRequest {
-  enum class Kind : std::uint8_t { schedule, cancel, cancelAll };
-  Kind kind;
-  NSString name{};
-  double referenceTime = 0, timeInterval = 0;  // seconds
-  std::int64_t behavior = 0;
-  Block<void()> block{};
-};
 
 /// A block that is called where it is, whatever its type.
 struct BlockCall {
@@ -185,7 +168,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
 
   /// How many timers are pending, as of the last change carried out on the queue; right after cancelAllTimers(), how
   /// many names there are. Any thread.
-  [[nodiscard]] std::uint64_t timerCount() const noexcept { return timerCountPrivate.load(std::memory_order_relaxed); }
+  [[nodiscard]] std::uint64_t timerCount() const noexcept;
   /// The table of timers as it is now, a copy; empty before the first. By name a dictionary: "DateValue", the last
   /// planned time in seconds of the monotonic clock, and while the timer is pending or its block runs "TimerValue".
   /// Names stay for ever.
@@ -210,39 +193,17 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   NK_METHOD(cancelAllTimers)
 
  private:
+  friend class detail::NamedTimers;
+
   static Ref<TSKDispatchQueue> makeShared(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior, bool concurrent);
   void runSynchronously(detail::BlockCall block);
   void runInNewStack(detail::BlockCall block);
   void refuse(detail::BlockCall block) const;
 
-  [[nodiscard]] double _now() const;
-  void request(detail::TimerRequest request);
-  void carryOutNextRequest();
-  // On the queue, under the lock. Blocks that are no longer needed go to `unused`, to be destroyed without the lock.
-  bool _scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
-                              TSKTimerBehavior behavior, Block<void()> block, detail::Blocks& unused)
-      NK_REQUIRES(timerLock_);
-  void _cancelTimerWithName(const NSString& name, detail::Blocks& unused) NK_REQUIRES(timerLock_);
-  void cancel(detail::NamedTimer& entry, detail::Blocks& unused) NK_REQUIRES(timerLock_);
-  void cancelEveryTimer(detail::Blocks& unused) NK_REQUIRES(timerLock_);
-  void _updateTimerCountPrivate() NK_REQUIRES(timerLock_);
-  void timerFired(const NSString& name, std::uint64_t number);
-  [[nodiscard]] Ref<detail::TSKTimerValue> liveTimer(const NSString& name) NK_REQUIRES(timerLock_);
-  [[nodiscard]] Ref<detail::TSKTimerValue> makeTimer(const NSString& name) NK_REQUIRES(timerLock_);
-  void start(detail::TSKTimerValue& timer, double delay) const;
-  void endTimers();
-
   bool followsMainThread_ = false;
   std::optional<NSString> _label;
   const TSKDeadlockBehavior _deadlockBehavior;
-  std::unique_ptr<dispatch_manual_clock> manualClock_;
-
-  mutable Mutex timerLock_;
-  std::unique_ptr<detail::NamedTimers> timers_ NK_GUARDED_BY(timerLock_);  // empty before the first
-  std::deque<detail::TimerRequest> requests_ NK_GUARDED_BY(timerLock_);
-  std::uint64_t timersMade_ NK_GUARDED_BY(timerLock_) = 0;
-  std::uint64_t liveTimers_ NK_GUARDED_BY(timerLock_) = 0;  // names with a timer
-  std::atomic<std::uint64_t> timerCountPrivate{0};
+  const std::unique_ptr<detail::NamedTimers> namedTimers_;
 };
 
 }  // namespace norvik

@@ -1,19 +1,202 @@
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/runtime/Weak.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace norvik::detail {
+namespace {
+
+constexpr double kNanosecond = 1e-9;
+
+/// Truncated; what is too far ahead is never.
+dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
+  const double nanoseconds = seconds * 1e9;
+  if (!(nanoseconds < 9.2e18)) return DISPATCH_TIME_FOREVER;
+  const auto delta = static_cast<std::int64_t>(nanoseconds);
+  return clock != nullptr ? clock->time(delta) : dispatch_time(DISPATCH_TIME_NOW, delta);
+}
+
+}  // namespace
+
+TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue)
+    : number(madeAs), source(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue)) {}
+
+TSKTimerValue::~TSKTimerValue() = default;
+
+double NamedTimers::_now() const {
+  const auto nanoseconds =
+      manualClock_ ? manualClock_->now() : static_cast<std::uint64_t>(kernel::monotonicNanoseconds());
+  return static_cast<double>(nanoseconds) / 1e9;
+}
+
+NamedTimers::NamedTimers(TSKDispatchQueue& owner) : owner_(owner) {}
+
+NamedTimers::~NamedTimers() = default;
+
+void NamedTimers::setClock(const dispatch_manual_clock& clock) {
+  manualClock_ = std::make_unique<dispatch_manual_clock>(clock);
+}
+
+void NamedTimers::schedule(const NSString& name, double timeInterval, TSKTimerBehavior behavior, Block<void()> block) {
+  request({Request::Kind::schedule, name, _now(), timeInterval, behavior, std::move(block)});
+}
+
+void NamedTimers::cancel(const NSString& name) { request({Request::Kind::cancel, name}); }
+
+void NamedTimers::cancelAll() { request({Request::Kind::cancelAll}); }
 
 Ref<NSDictionary> NamedTimers::dictionary() const {
-  constexpr NSString dateKey = "DateValue";
-  constexpr NSString timerKey = "TimerValue";
-  const auto all = NSMutableDictionary::dictionaryWithCapacity(entries_.size());
-  for (const NamedTimer& timer : entries_) {
-    const auto entry = NSMutableDictionary::dictionaryWith({{dateKey, timer.date}});
-    if (timer.live) entry->setObject(timer.live, timerKey);
-    all->setObject(entry->copy(), timer.name);
+  const MutexLock locked(lock_);
+  return table_ ? table_->dictionary() : nullptr;
+}
+
+void NamedTimers::request(Request request) {
+  {
+    const MutexLock locked(lock_);
+    requests_.push_back(std::move(request));
   }
-  return all->copy();
+  owner_.dispatchAsynchronously([this, self = ref(owner_)] { carryOutNextRequest(); });
+}
+
+void NamedTimers::carryOutNextRequest() {
+  Blocks unused;  // outlives the lock
+  const MutexLock locked(lock_);
+  Request request = std::move(requests_.front());
+  requests_.pop_front();
+  switch (request.kind) {
+    case Request::Kind::schedule:
+      _scheduleTimerWithName(request.name, request.referenceTime, request.timeInterval, request.behavior,
+                             std::move(request.block), unused);
+      return;
+    case Request::Kind::cancel:
+      return _cancelTimerWithName(request.name, unused);
+    case Request::Kind::cancelAll:
+      return cancelEveryTimer(unused);
+  }
+}
+
+bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
+                                         TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) {
+  if (!table_) table_ = std::make_unique<TimerTable>();
+  NamedTimer* const entry = table_->find(name);
+  Ref<TSKTimerValue> timer = entry == nullptr ? nullptr : entry->live;
+  // A timer whose block runs right now (on a concurrent queue) has had its time: it is started like a new one.
+  const bool pending = timer && !timer->firing;
+  const bool isNew = !timer;
+  if (isNew) timer = makeTimer(name);
+  if (!timer->source) {
+    unused.push_back(std::move(block));
+    return false;
+  }
+
+  const double now = _now();
+  double date = now;
+  if (behavior == TSKTimerThrottle) {
+    if (pending) {
+      date = entry->date;
+    } else if (entry != nullptr && now < entry->date + timeInterval) {
+      date = entry->date + timeInterval;
+      start(*timer, date - now);
+    } else {
+      start(*timer, kNanosecond);
+    }
+  } else {
+    const double delay = std::max(0.0, timeInterval - (now - referenceTime));
+    date = now + delay;
+    if (behavior == TSKTimerRestart || !pending || entry->date > date) start(*timer, delay);
+    // Else the running timer stays as it is, though the later time is noted.
+  }
+
+  unused.push_back(std::exchange(timer->block, std::move(block)));
+  if (isNew) {
+    ++liveTimers_;
+    dispatch_resume(timer->source);
+  }
+  if (entry == nullptr) {
+    table_->add(name, date, timer);
+  } else {
+    entry->date = date;
+    entry->live = timer;
+  }
+  _updateTimerCountPrivate();
+  return true;
+}
+
+Ref<TSKTimerValue> NamedTimers::makeTimer(const NSString& name) {
+  const std::uint64_t number = ++timersMade_;
+  auto timer = make<TSKTimerValue>(number, owner_.queue());
+  if (manualClock_) dispatch_source_set_clock(timer->source, *manualClock_);
+  dispatch_source_set_event_handler(timer->source, [this, owner = Weak<TSKDispatchQueue>(&owner_), name, number] {
+    if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(name, number);
+  });
+  return timer;
+}
+
+void NamedTimers::start(TSKTimerValue& timer, double delay) const {
+  ++timer.starts;
+  timer.firing = false;
+  dispatch_source_set_timer(timer.source, timeAfter(delay, manualClock_.get()), 0, 0);
+}
+
+void NamedTimers::fired(const NSString& name, std::uint64_t number) {
+  Block<void()> block;
+  std::uint64_t starts = 0;
+  {
+    const MutexLock locked(lock_);
+    const Ref<TSKTimerValue> timer = liveTimer(name);
+    if (!timer || timer->number != number) return;
+    block = timer->block;
+    starts = timer->starts;
+    timer->firing = true;
+  }
+  if (owner_.concurrent()) {
+    block();
+  } else {
+    owner_.runInNewStack(blockCall(block));
+  }
+  Blocks unused;
+  const MutexLock locked(lock_);
+  const Ref<TSKTimerValue> timer = liveTimer(name);
+  if (timer && timer->number == number && timer->starts == starts) _cancelTimerWithName(name, unused);
+}
+
+Ref<TSKTimerValue> NamedTimers::liveTimer(const NSString& name) {
+  const NamedTimer* entry = table_ ? table_->find(name) : nullptr;
+  return entry == nullptr ? nullptr : entry->live;
+}
+
+void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {
+  if (NamedTimer* entry = table_ ? table_->find(name) : nullptr) cancel(*entry, unused);
+}
+
+/// Its planned time stays.
+void NamedTimers::cancel(NamedTimer& entry, Blocks& unused) {
+  const Ref<TSKTimerValue> timer = std::exchange(entry.live, nullptr);
+  if (!timer) return;
+  --liveTimers_;
+  dispatch_source_cancel(timer->source);
+  unused.push_back(std::move(timer->block));
+  _updateTimerCountPrivate();
+}
+
+void NamedTimers::cancelEveryTimer(Blocks& unused) {
+  std::uint64_t names = 0;
+  if (table_) {
+    for (NamedTimer& entry : table_->entries()) cancel(entry, unused);
+    names = table_->entries().size();
+  }
+  timerCountPrivate.store(names, std::memory_order_relaxed);  // dormant names too, until the next recount
+}
+
+void NamedTimers::_updateTimerCountPrivate() { timerCountPrivate.store(liveTimers_, std::memory_order_relaxed); }
+
+void NamedTimers::end() {
+  Blocks unused;
+  const MutexLock locked(lock_);
+  if (table_) cancelEveryTimer(unused);
 }
 
 }  // namespace norvik::detail

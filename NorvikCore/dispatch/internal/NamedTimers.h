@@ -1,41 +1,77 @@
-// NorvikCore/dispatch/internal/NamedTimers.h - the table of a wrapper's timers: what is known of every name.
+// NorvikCore/dispatch/internal/NamedTimers.h - the timers of one wrapper.
+//
+// What the application asks for waits in a list and is carried out on the queue, one asynchronous block a request, so
+// that requests take effect in their order on a concurrent queue too. The table changes under the lock, which is never
+// held while a block runs or is destroyed.
 #pragma once
 
-#include "NorvikCore/dispatch/internal/TSKTimerValue.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/Ref.h"
-#include "NorvikCore/platform/values/NSString.h"
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/dispatch/internal/TimerTable.h"
+#include "NorvikCore/platform/dispatch/Time.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
 
-#include <cstddef>
+#include <atomic>
+#include <cstdint>
 #include <deque>
-#include <unordered_map>
+#include <memory>
+#include <vector>
 
 namespace norvik::detail {
 
-struct NamedTimer {
-  NSString name;
-  double date;  // the last planned time, in seconds
-  Ref<TSKTimerValue> live;
-};
-
-/// Names stay for ever, in the order in which they came. Confined to the lock of its wrapper's timers.
+/// Ownership: its wrapper's; a request on its way and a block that runs keep the wrapper.
+/// Threads:   synchronised; setClock() before anything else.
 class NamedTimers {
  public:
-  /// Null for a name that is not known. An entry stays where it is.
-  [[nodiscard]] NamedTimer* find(const NSString& name) {
-    const auto found = byName_.find(name);
-    return found == byName_.end() ? nullptr : found->second;
-  }
-  void add(const NSString& name, double date, const Ref<TSKTimerValue>& timer) {
-    byName_.emplace(name, &entries_.emplace_back(NamedTimer{name, date, timer}));
-  }
-  [[nodiscard]] std::deque<NamedTimer>& entries() noexcept { return entries_; }
-  /// As it is now, for whoever asks: by name a dictionary of "DateValue" and, of a live timer, "TimerValue".
+  explicit NamedTimers(TSKDispatchQueue& owner);
+  ~NamedTimers();
+  NamedTimers(const NamedTimers&) = delete;
+  NamedTimers& operator=(const NamedTimers&) = delete;
+
+  void setClock(const dispatch_manual_clock& clock);
+  void schedule(const NSString& name, double timeInterval, TSKTimerBehavior behavior, Block<void()> block);
+  void cancel(const NSString& name);
+  void cancelAll();
+  /// In the wrapper's destructor: whatever is pending does not begin any more.
+  void end();
+
+  [[nodiscard]] std::uint64_t count() const noexcept { return timerCountPrivate.load(std::memory_order_relaxed); }
   [[nodiscard]] Ref<NSDictionary> dictionary() const;
 
  private:
-  std::deque<NamedTimer> entries_;
-  std::unordered_map<NSString, NamedTimer*> byName_;
+  using Blocks = std::vector<Block<void()>>;
+  struct Request {
+    enum class Kind : std::uint8_t { schedule, cancel, cancelAll };
+    Kind kind;
+    NSString name{};
+    double referenceTime = 0, timeInterval = 0;  // seconds
+    TSKTimerBehavior behavior{};
+    Block<void()> block{};
+  };
+
+  [[nodiscard]] double _now() const;
+  void request(Request request);
+  void carryOutNextRequest();
+  // On the queue, under the lock. Blocks that are no longer needed go to `unused`, to be destroyed without the lock.
+  bool _scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
+                              TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) NK_REQUIRES(lock_);
+  void _cancelTimerWithName(const NSString& name, Blocks& unused) NK_REQUIRES(lock_);
+  void cancel(NamedTimer& entry, Blocks& unused) NK_REQUIRES(lock_);
+  void cancelEveryTimer(Blocks& unused) NK_REQUIRES(lock_);
+  void _updateTimerCountPrivate() NK_REQUIRES(lock_);
+  void fired(const NSString& name, std::uint64_t number);
+  [[nodiscard]] Ref<TSKTimerValue> liveTimer(const NSString& name) NK_REQUIRES(lock_);
+  [[nodiscard]] Ref<TSKTimerValue> makeTimer(const NSString& name) NK_REQUIRES(lock_);
+  void start(TSKTimerValue& timer, double delay) const;
+
+  TSKDispatchQueue& owner_;
+  std::unique_ptr<dispatch_manual_clock> manualClock_;
+
+  mutable Mutex lock_;
+  std::unique_ptr<TimerTable> table_ NK_GUARDED_BY(lock_);  // empty before the first
+  std::deque<Request> requests_ NK_GUARDED_BY(lock_);
+  std::uint64_t timersMade_ NK_GUARDED_BY(lock_) = 0;
+  std::uint64_t liveTimers_ NK_GUARDED_BY(lock_) = 0;  // names with a timer
+  std::atomic<std::uint64_t> timerCountPrivate{0};
 };
 
 }  // namespace norvik::detail
