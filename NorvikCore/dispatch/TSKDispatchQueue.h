@@ -160,7 +160,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   ///
   /// Timers do not keep the wrapper. When it goes, those that are pending are cancelled and their blocks destroyed on
   /// the thread that lets the wrapper go; no block begins after that. A block that is running keeps the wrapper until
-  /// it has returned. A child made by fork() has no use of the timers of its parent's wrappers.
+  /// it has returned. In a child made by fork() a wrapper begins without timers.
   void scheduleTimerWithName(const NSString& name, double timeInterval, TSKTimerBehavior behavior, Block<void()> block);
   /// Nothing where there is no such timer.
   void cancelTimerWithName(const NSString& name);

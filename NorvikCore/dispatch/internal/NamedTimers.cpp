@@ -26,6 +26,13 @@ TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue
 
 TSKTimerValue::~TSKTimerValue() = default;
 
+/// Other threads of the parent's may have been changing it, and the blocks are the parent's: it stays where it lies.
+void NamedTimers::forgetParent() {
+  static_cast<void>(state_.release());
+  state_ = std::make_unique<State>();
+  timerCountPrivate.store(0, std::memory_order_relaxed);
+}
+
 double NamedTimers::_now() const {
   const auto nanoseconds =
       manualClock_ ? manualClock_->now() : static_cast<std::uint64_t>(kernel::monotonicNanoseconds());
@@ -48,24 +55,24 @@ void NamedTimers::cancel(const NSString& name) { request({Request::Kind::cancel,
 
 void NamedTimers::cancelAll() { request({Request::Kind::cancelAll}); }
 
-Ref<NSDictionary> NamedTimers::dictionary() const {
-  const MutexLock locked(lock_);
-  return table_ ? table_->dictionary() : nullptr;
+Ref<NSDictionary> NamedTimers::dictionary() {
+  const Lock lock(*this);
+  return state_->table ? state_->table->dictionary() : nullptr;
 }
 
 void NamedTimers::request(Request request) {
   {
-    const MutexLock locked(lock_);
-    requests_.push_back(std::move(request));
+    const Lock lock(*this);
+    state_->requests.push_back(std::move(request));
   }
   owner_.dispatchAsynchronously([this, self = ref(owner_)] { carryOutNextRequest(); });
 }
 
 void NamedTimers::carryOutNextRequest() {
   Blocks unused;  // outlives the lock
-  const MutexLock locked(lock_);
-  Request request = std::move(requests_.front());
-  requests_.pop_front();
+  const Lock lock(*this);
+  Request request = std::move(state_->requests.front());
+  state_->requests.pop_front();
   switch (request.kind) {
     case Request::Kind::schedule:
       _scheduleTimerWithName(request.name, request.referenceTime, request.timeInterval, request.behavior,
@@ -80,8 +87,8 @@ void NamedTimers::carryOutNextRequest() {
 
 bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
                                          TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) {
-  if (!table_) table_ = std::make_unique<TimerTable>();
-  NamedTimer* const entry = table_->find(name);
+  if (!state_->table) state_->table = std::make_unique<TimerTable>();
+  NamedTimer* const entry = state_->table->find(name);
   Ref<TSKTimerValue> timer = entry == nullptr ? nullptr : entry->live;
   // A timer whose block runs right now (on a concurrent queue) has had its time: it is started like a new one.
   const bool pending = timer && !timer->firing;
@@ -112,11 +119,11 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
 
   unused.push_back(std::exchange(timer->block, std::move(block)));
   if (isNew) {
-    ++liveTimers_;
+    ++state_->live;
     dispatch_resume(timer->source);
   }
   if (entry == nullptr) {
-    table_->add(name, date, timer);
+    state_->table->add(name, date, timer);
   } else {
     entry->date = date;
     entry->live = timer;
@@ -145,7 +152,7 @@ void NamedTimers::fired(const NSString& name, std::uint64_t number) {
   Block<void()> block;
   std::uint64_t starts = 0;
   {
-    const MutexLock locked(lock_);
+    const Lock lock(*this);
     const Ref<TSKTimerValue> timer = liveTimer(name);
     if (!timer || timer->number != number) return;
     block = timer->block;
@@ -158,25 +165,25 @@ void NamedTimers::fired(const NSString& name, std::uint64_t number) {
     owner_.runInNewStack(blockCall(block));
   }
   Blocks unused;
-  const MutexLock locked(lock_);
+  const Lock lock(*this);
   const Ref<TSKTimerValue> timer = liveTimer(name);
   if (timer && timer->number == number && timer->starts == starts) _cancelTimerWithName(name, unused);
 }
 
 Ref<TSKTimerValue> NamedTimers::liveTimer(const NSString& name) {
-  const NamedTimer* entry = table_ ? table_->find(name) : nullptr;
+  const NamedTimer* entry = state_->table ? state_->table->find(name) : nullptr;
   return entry == nullptr ? nullptr : entry->live;
 }
 
 void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {
-  if (NamedTimer* entry = table_ ? table_->find(name) : nullptr) cancel(*entry, unused);
+  if (NamedTimer* entry = state_->table ? state_->table->find(name) : nullptr) cancel(*entry, unused);
 }
 
 /// Its planned time stays.
 void NamedTimers::cancel(NamedTimer& entry, Blocks& unused) {
   const Ref<TSKTimerValue> timer = std::exchange(entry.live, nullptr);
   if (!timer) return;
-  --liveTimers_;
+  --state_->live;
   dispatch_source_cancel(timer->source);
   unused.push_back(std::move(timer->block));
   _updateTimerCountPrivate();
@@ -184,19 +191,19 @@ void NamedTimers::cancel(NamedTimer& entry, Blocks& unused) {
 
 void NamedTimers::cancelEveryTimer(Blocks& unused) {
   std::uint64_t names = 0;
-  if (table_) {
-    for (NamedTimer& entry : table_->entries()) cancel(entry, unused);
-    names = table_->entries().size();
+  if (state_->table) {
+    for (NamedTimer& entry : state_->table->entries()) cancel(entry, unused);
+    names = state_->table->entries().size();
   }
   timerCountPrivate.store(names, std::memory_order_relaxed);  // dormant names too, until the next recount
 }
 
-void NamedTimers::_updateTimerCountPrivate() { timerCountPrivate.store(liveTimers_, std::memory_order_relaxed); }
+void NamedTimers::_updateTimerCountPrivate() { timerCountPrivate.store(state_->live, std::memory_order_relaxed); }
 
 void NamedTimers::end() {
   Blocks unused;
-  const MutexLock locked(lock_);
-  if (table_) cancelEveryTimer(unused);
+  const Lock lock(*this);
+  if (state_->table) cancelEveryTimer(unused);
 }
 
 }  // namespace norvik::detail

@@ -8,7 +8,7 @@
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/dispatch/internal/TimerTable.h"
 #include "NorvikCore/platform/dispatch/Time.h"
-#include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/dispatch/internal/ForkMutex.h"
 
 #include <atomic>
 #include <cstdint>
@@ -19,7 +19,7 @@
 namespace norvik::detail {
 
 /// Ownership: its wrapper's; a request on its way and a block that runs keep the wrapper.
-/// Threads:   synchronised; setClock() before anything else.
+/// Threads:   synchronised; setClock() before anything else. A child made by fork() begins without timers.
 class NamedTimers {
  public:
   explicit NamedTimers(TSKDispatchQueue& owner);
@@ -35,7 +35,7 @@ class NamedTimers {
   void end();
 
   [[nodiscard]] std::uint64_t count() const noexcept { return timerCountPrivate.load(std::memory_order_relaxed); }
-  [[nodiscard]] Ref<NSDictionary> dictionary() const;
+  [[nodiscard]] Ref<NSDictionary> dictionary();
 
  private:
   using Blocks = std::vector<Block<void()>>;
@@ -48,6 +48,28 @@ class NamedTimers {
     Block<void()> block{};
   };
 
+  /// What has an owner in each process.
+  struct State {
+    std::unique_ptr<TimerTable> table;  // empty before the first
+    std::deque<Request> requests;
+    std::uint64_t live = 0;  // names with a timer
+  };
+  /// Holds the lock for a scope; the first time in a child made by fork() it leaves all timers to the parent.
+  class NK_SCOPED_CAPABILITY Lock {
+   public:
+    explicit Lock(NamedTimers& timers) NK_ACQUIRE(timers.lock_) : timers_(timers) {
+      if (timers.lock_.lock()) [[unlikely]]
+        timers.forgetParent();
+    }
+    ~Lock() NK_RELEASE() { timers_.lock_.unlock(); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    NamedTimers& timers_;
+  };
+
+  void forgetParent() NK_REQUIRES(lock_);
   [[nodiscard]] double _now() const;
   void request(Request request);
   void carryOutNextRequest();
@@ -66,11 +88,9 @@ class NamedTimers {
   TSKDispatchQueue& owner_;
   std::unique_ptr<dispatch_manual_clock> manualClock_;
 
-  mutable Mutex lock_;
-  std::unique_ptr<TimerTable> table_ NK_GUARDED_BY(lock_);  // empty before the first
-  std::deque<Request> requests_ NK_GUARDED_BY(lock_);
+  ForkMutex lock_;
+  std::unique_ptr<State> state_ NK_GUARDED_BY(lock_) = std::make_unique<State>();
   std::uint64_t timersMade_ NK_GUARDED_BY(lock_) = 0;
-  std::uint64_t liveTimers_ NK_GUARDED_BY(lock_) = 0;  // names with a timer
   std::atomic<std::uint64_t> timerCountPrivate{0};
 };
 
