@@ -143,6 +143,22 @@ TEST_F(LogCall, AddressesAreThoseOfTheArguments) {
   EXPECT_THAT(go(), ElementsAre(stringWithFormat("%p text", text).str()));
 }
 
+TEST_F(LogCall, EveryConversionSaysLaterWhatItSaysAtOnce) {
+  hold();
+  log("%5d|%-5d|%05d|%+d|%*d", 42, 42, 42, 42, 4, 42);
+  log("%x|%#X|%o|%u|%hhd", 255, 255, 8, 7U, static_cast<signed char>(-1));
+  log("%8.3f|%e|%g|%.0f", 3.14159, 1500.0, 0.25, 2.5);
+  log("%c%c|%C|%d%%", '\xC3', '\xAB', u'\u00EB', 99);
+  log("%10s|%-10s|%@|%s", "Zo\u00EB", std::string("right"), NSString("any"), std::string_view());
+  log("%2$@ and %1$@", "second", "first");
+  log("%@ %@ %d", Decimal(5), NSNumber(true), true);
+  log("no arguments");
+  log("");
+  EXPECT_THAT(go(), ElementsAre("   42|42   |00042|+42|  42", "ff|0XFF|10|7|-1", "   3.142|1.500000e+03|0.25|2",
+                                "\u00EB|\u00EB|99%", "       Zo\u00EB|right     |any|", "first and second", "5 1 1",
+                                "no arguments", ""));
+}
+
 TEST_F(LogCall, HalvesOfACharacterRejoin) {
   hold();
   const NSString smile = "\U0001F600";

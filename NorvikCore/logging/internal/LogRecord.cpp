@@ -2,19 +2,20 @@
 
 #include "NorvikCore/platform/runtime/internal/FormatCopy.h"
 
-#include <cstdlib>
 #include <new>
 
 namespace norvik::detail {
 
 LogRecord* LogRecord::filledOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content) {
-  const std::size_t room = roomForFormatArguments(content.arguments) + caller.threadName.size() +
-                           caller.queueLabel.size() + sizeof(Value) + alignof(Value);
-  void* const memory = ::operator new (sizeof(LogRecord) + room, std::align_val_t{alignof(LogRecord)});
-  auto* const record = ::new (memory) LogRecord;
-  record->onHeap_ = true;
-  if (!record->fillWithin(static_cast<char*>(memory) + sizeof(LogRecord) + room, site, caller, content)) std::abort();
-  return record;
+  for (;;) {
+    const std::size_t room = roomForFormatArguments(content.arguments) + caller.threadName.size() +
+                             caller.queueLabel.size() + sizeof(Value) + alignof(Value);
+    void* const memory = ::operator new (sizeof(LogRecord) + room, std::align_val_t{alignof(LogRecord)});
+    auto* const record = ::new (memory) LogRecord;
+    record->onHeap_ = true;
+    if (record->fillWithin(static_cast<char*>(memory) + sizeof(LogRecord) + room, site, caller, content)) return record;
+    record->giveBack();  // a text has grown meanwhile: its owner's mistake, but no reason to end the process
+  }
 }
 
 Date LogRecord::timestamp() const noexcept {
