@@ -5,6 +5,18 @@
 #include <utility>
 
 namespace norvik {
+namespace {
+
+/// As UTF-8, which most texts are in already.
+void append(std::string& line, const NSString& text) {
+  if (text.isWellFormed()) {
+    line += text.view();
+  } else {
+    line += text.utf8();
+  }
+}
+
+}  // namespace
 
 DDLogFileFormatterDefault::DDLogFileFormatterDefault() : DDLogFileFormatterDefault(nullptr) {}
 
@@ -28,11 +40,11 @@ std::optional<NSString> DDLogFileFormatterDefault::formatLogMessage(const DDLogM
 
 void DDLogFileFormatterDefault::appendLogMessage(std::string& text, const DDLogMessage& message) {
   appendTimestamp(text, message.timestamp());
-  text += message.logMsg().utf8();
+  append(text, message.logMsg());
 }
 
 void DDLogFileFormatterDefault::appendTimestamp(std::string& line, Date timestamp) const {
-  line += dateFormatter->stringFromDate(timestamp).utf8();
+  append(line, dateFormatter->stringFromDate(timestamp));
   line += "  ";
 }
 
