@@ -5,8 +5,9 @@
 //
 // g++ 12.2 -O2, 2 virtual cores at load 4, 2026-11-21, medians of five: a synchronous block on an idle queue 43 ns of
 // CPU time (bare queue 19, asio in place on its strand's own thread 54), below three other wrappers 48 ns, on the queue
-// that runs already 9 ns; posting and running 88 ns from one producer and 150 ns from four (asio 523 and 332). Setting
-// one of 20,000 named timers 1.4 to 4 us (asio 0.9 to 2.2), restarting one 1 to 1.9 us (asio 1.7 to 2.9); three runs.
+// that runs already 9 ns; posting and running 88 ns from one producer and 150 ns from four (asio 523 and 332). At
+// load 7, three runs: setting one of 20,000 named timers 1.7 to 4.4 us (asio 1.2 to 2.7), restarting one 1.0 to 1.2 us
+// (asio 2.1 to 3.7).
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include <benchmark/benchmark.h>

@@ -356,6 +356,20 @@ TEST_F(NamedTimers, ACancelledTimerDoesNotFire) {
   EXPECT_EQ(after(10), "a") << "its name can be used again";
 }
 
+TEST_F(NamedTimers, OfASuspendedQueueWaitUntilItGoesOn) {
+  schedule("a", 10, TSKTimerRestart);
+  dispatch_suspend(queue_->queue());
+  clock_.advance(20'000'000'000);
+  queue_->scheduleTimerWithName("b", 10, TSKTimerRestart, note("b"));
+  EXPECT_EQ(queue_->timerCount(), 1U) << "requests wait too";
+  clock_.advance(4'000'000'000);
+  dispatch_resume(queue_->queue());
+  flush(queue_);
+  EXPECT_EQ(after(0), "a");
+  EXPECT_EQ(after(5.9), "") << "10 s after it was asked for";
+  EXPECT_EQ(after(0.1), "b");
+}
+
 TEST_F(NamedTimers, ATimerThatIsDueIsCancelledWhileTheQueueIsBusy) {
   schedule("a", 10, TSKTimerRestart);
   dispatch_sync(queue_->queue(), [&] {
