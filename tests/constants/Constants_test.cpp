@@ -15,6 +15,12 @@
 #include "NorvikCore/constants/NotificationNames.h"
 #include "NorvikCore/constants/PreferenceKeys.h"
 #include "NorvikCore/constants/StringTableNames.h"
+#include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/runtime/NSError.h"
+#include "tests/support/DefaultsFolder.h"
 
 namespace norvik {
 namespace {
@@ -183,6 +189,35 @@ TEST(Constants, TheTableHasEveryTextOfTheHeadersAndNoOther) {
   EXPECT_EQ(declared.size(), 106u);
 }
 
+TEST(ErrorKeys, HeaderExample) {
+  const Ref<NSError> error = NSError::errorWithDomain("Application File Error", 0,
+                                                      NSDictionary::dictionaryWith({{NKShowAlertForErrorKey, true}}));
+  EXPECT_EQ(error->userInfo()->objectForKey("NKShowAlertForErrorKey"), Value(true));
+}
+
+TEST(NotificationNames, HeaderExample) {
+  int heard = 0;
+  const Ref<NSObject> period = NSArray::arrayWith({1});
+  NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
+  const Ref<NSObject> observation =
+      center.addObserverForName("NKNotePeriodUpdated", period, [&](const NSNotification& n) {
+        EXPECT_EQ(n.object(), period);
+        ++heard;
+      });
+  NSNotificationCenter::defaultCenter().postNotificationName(NKNotePeriodUpdated, period);
+  center.removeObserver(*observation);
+  EXPECT_EQ(heard, 1);
+}
+
+TEST(PreferenceKeys, HeaderExample) {
+  const test::StandardDefaults fresh;
+  EXPECT_FALSE(NSUserDefaults::standardUserDefaults().boolForKey(NKDeveloperMode));
+  NSUserDefaults::standardUserDefaults().setBool(true, "DeveloperMode");
+  EXPECT_TRUE(NSUserDefaults::standardUserDefaults().boolForKey(NKDeveloperMode));
+}
+
+TEST(StringTableNames, HeaderExample) { EXPECT_EQ(NKRtiStrings, "RTI"); }
+
 TEST(NKDebuggerAttached, IsFalseUntilTheApplicationSetsIt) {
   EXPECT_FALSE(NKDebuggerAttached);
   NKDebuggerAttached = true;
@@ -190,6 +225,15 @@ TEST(NKDebuggerAttached, IsFalseUntilTheApplicationSetsIt) {
   NKDebuggerAttached = false;
   EXPECT_FALSE(NKDebuggerAttached);
 }
+
+TEST(NKDebuggerAttached, HeaderExample) {
+  NKDebuggerAttached = true;
+  const bool isAttached = NKDebuggerAttached;
+  NKDebuggerAttached = false;
+  EXPECT_TRUE(isAttached);
+}
+
+TEST(NorvikCoreVersion, HeaderExample) { EXPECT_EQ(stringWithFormat("%.1f", NorvikCoreVersionNumber), "1.0"); }
 
 TEST(NorvikCoreVersion, IsOnePointNought) { EXPECT_EQ(NorvikCoreVersionNumber, 1.0); }
 

@@ -48,6 +48,16 @@ void post(const dispatch_queue_t& queue, const char* text) {
   detail::dispatch_async_run(queue, new Line(text), detail::Delivery::relaxed);
 }
 
+TEST_F(Item, HeaderExample) {
+  written.clear();
+  auto queue = dispatch_queue_create(nullptr);
+  auto* const line = new Line("Paid 1,234.50");
+  line->run = &Line::write;
+  detail::dispatch_async_run(queue, line, detail::Delivery::relaxed);
+  dispatch_sync(queue, [] {});
+  EXPECT_EQ(written, (std::vector<std::string>{"Paid 1,234.50"}));
+}
+
 TEST_F(Item, ARunOfItemsOfOneKindIsHandedOverAtOnce) {
   written.clear();
   auto queue = dispatch_queue_create(nullptr);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 
 // Outside the unnamed namespace, exported: their names are to be found.
 namespace payroll {
@@ -29,6 +30,15 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+
+TEST(CallStack, HeaderExample) {
+  const kernel::SystemLogCapture console;
+  for (const std::string& frame : kernel::callStackSymbols()) kernel::writeSystemLog(frame);
+  const std::vector<std::string> lines = console.lines();
+  ASSERT_GE(lines.size(), 2U);
+  EXPECT_THAT(lines[0], StartsWith("0   kernel_tests "));
+  EXPECT_THAT(lines[1], StartsWith("1   "));
+}
 
 TEST(CallStack, TheCallerComesFirstThenItsCallers) {
   const std::vector<std::string> symbols = payroll::runFor(payroll::Employer(), 0);

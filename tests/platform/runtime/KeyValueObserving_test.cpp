@@ -43,6 +43,19 @@ class Director : public Person {
   NSString caption() const { return "has a " + seat(); }
 };
 
+class WatchedSlip : public NSObject {
+  NK_OBJECT(WatchedSlip, NSObject)
+  NK_PROPERTY(Ref<Person>, employee, setEmployee)
+};
+
+class Watcher : public NSObject {
+  NK_OBJECT(Watcher, NSObject)
+  void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change, void*) override {
+    heard.push_back(stringWithFormat("%@ of %@: %@", path, object.classObject().name(), change.newValue()).utf8());
+  }
+  std::vector<std::string> heard;
+};
+
 class Recorder : public NSObject {
   NK_OBJECT(Recorder, NSObject)
   void observeValueForKeyPath(const NSString& path, NSObject&, const KeyValueChange& change, void* context) override {
@@ -67,6 +80,20 @@ struct KeyValueObserving : testing::Test {
 };
 
 }  // namespace
+
+TEST_F(KeyValueObserving, HeaderExample) {
+  const auto slip = make<WatchedSlip>();
+  slip->setEmployee(person);
+  const auto watcher = make<Watcher>();
+  slip->addObserver(*watcher, "employee.name", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
+  slip->employee()->setName("Sian");
+  const auto another = make<Person>();
+  another->setName("Bea");
+  slip->setEmployee(another);
+  slip->removeObserver(*watcher, "employee.name");
+  another->setName("Cy");
+  EXPECT_EQ(watcher->heard, (Texts{"employee.name of WatchedSlip: Sian", "employee.name of WatchedSlip: Bea"}));
+}
 
 TEST_F(KeyValueObserving, TellsOfEachChangeWithOldAndNewValue) {
   person->setName("Ann");
