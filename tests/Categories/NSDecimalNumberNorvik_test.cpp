@@ -49,6 +49,12 @@ TEST(NSDecimalNumberNorvik, FaultsRaiseUnderTheLibrarysBehaviours) {
                 "NSDecimalNumberDivideByZeroException");
   EXPECT_RAISES((void)Decimal::maximumDecimalNumber().decimalNumberByMultiplyingBy(10, nk_scaleBehavior(2)),
                 "NSDecimalNumberOverflowException");
+  EXPECT_RAISES((void)dec("1e-128").decimalNumberByMultiplyingBy(dec("0.1"), nk_scaleBehavior(2)),
+                "NSDecimalNumberUnderflowException");
+  EXPECT_RAISES((void)dec("1e-128").decimalNumberByMultiplyingBy(dec("0.1"), roundDownBehavior()),
+                "NSDecimalNumberUnderflowException");
+  EXPECT_RAISES((void)dec("1").decimalNumberByDividingBy(0, roundDownBehavior()),
+                "NSDecimalNumberDivideByZeroException");
 }
 
 TEST(NSDecimalNumberNorvik, NegationMultipliesByMinusOne) {
@@ -120,6 +126,7 @@ TEST(NSDecimalNumberNorvik, AnAbsentArgumentWarnsWithTheCallStackAndComparesAsTh
   EXPECT_EQ(warning.level, 3);
   EXPECT_EQ(warning.flag, 2);
   EXPECT_EQ(warning.context, 0);
+  EXPECT_FALSE(warning.hasTag);
 
   EXPECT_TRUE(nk_isLessThanOrEqualTo(5, std::nullopt));
   EXPECT_FALSE(nk_isGreaterThan(5, std::nullopt));

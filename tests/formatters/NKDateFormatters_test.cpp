@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "NorvikCore/Categories/NSCalendar+Norvik.h"
 #include "NorvikCore/Categories/NSDateFormatter+Norvik.h"
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
@@ -36,20 +38,22 @@ TEST(NKUtcDateFormatter, HasTheDefaultCalendarLocaleAndTimeZone) {
 
 TEST(NKUtcDateFormatter, WritesEveryPairOfStyles) {
   const struct {
-    NSDateFormatterStyle date, time;
-    const char* expected;
-  } rows[] = {
-      {NSDateFormatterNoStyle, NSDateFormatterNoStyle, ""},
-      {NSDateFormatterShortStyle, NSDateFormatterNoStyle, "01/07/2021"},
-      {NSDateFormatterMediumStyle, NSDateFormatterShortStyle, "1 Jul 2021, 13:14"},
-      {NSDateFormatterLongStyle, NSDateFormatterMediumStyle, "1 July 2021 at 13:14:15"},
-      {NSDateFormatterNoStyle, NSDateFormatterLongStyle, "13:14:15 UTC"},
-      {NSDateFormatterNoStyle, NSDateFormatterFullStyle, "13:14:15 Coordinated Universal Time"},
-      {NSDateFormatterShortStyle, NSDateFormatterNoStyle, "01/07/2021"},
+    NSDateFormatterStyle style;
+    const char *date, *time, *between;
+  } styles[] = {
+      {NSDateFormatterNoStyle, "", "", ""},
+      {NSDateFormatterShortStyle, "01/07/2021", "13:14", ", "},
+      {NSDateFormatterMediumStyle, "1 Jul 2021", "13:14:15", ", "},
+      {NSDateFormatterLongStyle, "1 July 2021", "13:14:15 UTC", " at "},
+      {NSDateFormatterFullStyle, "Thursday, 1 July 2021", "13:14:15 Coordinated Universal Time", " at "},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(NKUtcDateFormatter::localizedStringFromDate("2021-07-01 13:14:15"_date, row.date, row.time),
-              row.expected);
+  for (const auto& date : styles) {
+    for (const auto& time : styles) {
+      const bool both = date.style != NSDateFormatterNoStyle && time.style != NSDateFormatterNoStyle;
+      EXPECT_EQ(NKUtcDateFormatter::localizedStringFromDate("2021-07-01 13:14:15"_date, date.style, time.style),
+                std::string(date.date) + (both ? date.between : "") + time.time);
+    }
+  }
 }
 
 TEST(NKUkDateFormatter, HeaderExample) {

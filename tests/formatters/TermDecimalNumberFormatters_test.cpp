@@ -17,6 +17,8 @@ namespace {
 Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
 
 struct TermDecimalNumberFormatters : testing::Test {
+  /// The formatter that the main thread keeps is made here, without bounds, whichever test comes first.
+  TermDecimalNumberFormatters() { (void)NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(0); }
   ~TermDecimalNumberFormatters() override {
     NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(std::nullopt, std::nullopt);
     NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(std::nullopt, std::nullopt);
@@ -85,6 +87,20 @@ TEST_F(TermDecimalNumberFormatters, TheMoneyTextIsTheSameOnAnyThread) {
   NSString onOther;
   std::thread([&] { onOther = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")); }).join();
   EXPECT_EQ(onOther, "1,234.50");
+}
+
+TEST_F(TermDecimalNumberFormatters, TheMainThreadKeepsItsFirstFormatterAndOthersMakeOneForEachCall) {
+  NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(10, 0);
+  EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")), "1,234.50");
+  NSString first, second;
+  std::thread([&] {
+    first = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5"));
+    NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(100, 0);
+    second = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5"));
+  }).join();
+  EXPECT_EQ(first, "34.50") << "the bound 10 has two characters";
+  EXPECT_EQ(second, "234.50");
+  EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")), "1,234.50");
 }
 
 TEST_F(TermDecimalNumberFormatters, AreSetUpAnewWhenTheyAreDecoded) {

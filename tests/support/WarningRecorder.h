@@ -12,13 +12,14 @@ namespace norvik_test {
 struct RecordedWarning {
   std::string text, file, function;
   int level, flag, context;
+  bool hasTag;
 };
 
 class RecordingLogger : public norvik::DDAbstractLogger {
   NK_OBJECT(RecordingLogger, DDAbstractLogger)
   void logMessage(const norvik::DDLogMessage& message) override {
     warnings.push_back({message.logMsg().utf8(), message.file(), message.function(), message.logLevel(),
-                        message.logFlag(), message.logContext()});
+                        message.logFlag(), message.logContext(), !message.tag().isAbsent()});
   }
   std::vector<RecordedWarning> warnings;
 };
