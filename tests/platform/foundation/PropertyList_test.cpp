@@ -15,7 +15,7 @@
 #include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 #include "NorvikCore/platform/runtime/NSSet.h"
 #include "tests/support/ExpectRaises.h"
-#include "tests/support/RingsAllowed.h"
+#include "tests/support/LeaksAllowed.h"
 
 namespace norvik::detail {
 namespace {
@@ -120,7 +120,7 @@ TEST(PropertyList, AnythingElseIsRefusedWithItsReason) {
 }
 
 TEST(PropertyList, ACollectionThatHoldsItselfIsRefused) {
-  const norvik_test::RingsAllowed rings;
+  const norvik_test::LeaksAllowed rings;
   const auto ring = NSMutableArray::array();
   ring->addObject(NSArray::arrayWithObjects(ring));
   EXPECT_EQ(reasonFor(ring), "the preference cannot hold a collection that holds itself");

@@ -7,7 +7,7 @@
 #include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 #include "NorvikCore/platform/runtime/NSSet.h"
 #include "tests/support/ExpectRaises.h"
-#include "tests/support/RingsAllowed.h"
+#include "tests/support/LeaksAllowed.h"
 
 #include <gtest/gtest.h>
 
@@ -169,7 +169,7 @@ TEST(NSKeyedUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingEls
       auto damaged = whole->mutableCopy();
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
-      const norvik_test::RingsAllowed rings;  // a changed byte may make an object hold itself
+      const norvik_test::LeaksAllowed rings;  // a changed byte may make an object hold itself
       const std::string name = unarchivingRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }

@@ -1,5 +1,5 @@
-// tests/support/RingsAllowed.h - objects that hold one another in a ring, made on purpose, are no leak while this
-// lives.
+// tests/support/LeaksAllowed.h - what is allocated while this lives may stay for good: objects that hold one another in
+// a ring, and what is left on purpose because another thread may have been at it.
 #pragma once
 
 #if defined(__has_feature)
@@ -16,21 +16,21 @@
 
 namespace norvik_test {
 
-/// For what is allocated on this thread: `RingsAllowed rings;`.
-class RingsAllowed {
+/// For what is allocated on this thread: `const LeaksAllowed leaks;`.
+class LeaksAllowed {
  public:
-  RingsAllowed() {
+  LeaksAllowed() {
 #if defined(NORVIK_TEST_LOOKS_FOR_LEAKS)
     __lsan_disable();
 #endif
   }
-  ~RingsAllowed() {
+  ~LeaksAllowed() {
 #if defined(NORVIK_TEST_LOOKS_FOR_LEAKS)
     __lsan_enable();
 #endif
   }
-  RingsAllowed(const RingsAllowed&) = delete;
-  RingsAllowed& operator=(const RingsAllowed&) = delete;
+  LeaksAllowed(const LeaksAllowed&) = delete;
+  LeaksAllowed& operator=(const LeaksAllowed&) = delete;
 };
 
 }  // namespace norvik_test
