@@ -1,10 +1,12 @@
 // A kept date formatter beside ICU's own kept formatter on the same pattern, and calendar fields in London beside ICU's
 // calendar.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns:
-//   log stamp in London 95, ICU 3524 (37 times as fast)      date, shuffled, in London 84, ICU 1958 (23)
-//   date and time in UTC 81, ICU 2552 (31)                   hour in London 41, ICU 414 (10)
-//   words in London 2803, ICU 2968 (1.06)                    words, shuffled, in London 2855, ICU 2794 (0.98)
+// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns,
+// medians of 7 interleaved runs:
+//   log stamp in London 168, ICU 6144 (37 times as fast)     date, shuffled, in London 83, ICU 3483 (42)
+//   date and time in UTC 85, ICU 2545 (30)                   payment date 95, ICU 1493 (16)
+//   message date in London 117, ICU 2670 (23)                words in London 100, ICU 2627 (26)
+//   hour in London 41, ICU 570 (14)
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 
 #include <benchmark/benchmark.h>

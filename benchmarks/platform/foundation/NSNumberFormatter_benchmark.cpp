@@ -1,6 +1,12 @@
 // A kept number formatter beside ICU's own kept formatter on the same pattern, writing and reading, with what a user of
 // either has in hand: a Decimal and an NSString, a double and UTF-8 characters.
 //
+// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns,
+// medians of 7 interleaved runs:
+//   write money 139, ICU 619 (4.5 times as fast)        read money 121, ICU 1223 (10)
+//   write integer 126, ICU 173 (1.4)                    read integer 99, ICU 886 (9.0)
+//   write percentage 149, ICU 623 (4.2)                 read percentage 307, ICU 1464 (4.8)
+//   write money in brackets 156, ICU 628 (4.0)          read money in brackets 156, ICU 2050 (13)
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 #include "NorvikCore/platform/values/Decimal.h"
