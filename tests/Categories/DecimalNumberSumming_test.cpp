@@ -1,6 +1,7 @@
 #include "NorvikCore/Categories/NSArray+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h"
+#include "NorvikCore/platform/runtime/NSMutableArray.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
 
@@ -17,6 +18,17 @@ class Slip : public NSObject {
   NK_PROPERTY(Decimal, grossPay, setGrossPay)
   NK_PROPERTY(int, bonus, setBonus)
   NK_PROPERTY(NSString, note, setNote)
+};
+
+/// Adds a key to those that are being summed, which nobody may do.
+class Meddler : public NSObject {
+  NK_OBJECT(Meddler, NSObject)
+  NK_COMPUTED_PROPERTY(Decimal, pay)
+  Decimal pay() const {
+    keys->addObject("pay");
+    return 1_dec;
+  }
+  Ref<NSMutableArray> keys;
 };
 
 }  // namespace
@@ -76,4 +88,10 @@ TEST(DecimalNumberSumming, AnObjectsValuesForTheKeysAddUp) {
                 "NSUnknownKeyException");
   EXPECT_RAISES((void)nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"note"})),
                 "NSInvalidArgumentException");
+}
+
+TEST(DecimalNumberSumming, KeysThatChangeDuringTheSumRaise) {
+  const auto meddler = make<Meddler>();
+  meddler->keys = NSMutableArray::arrayWith({"pay", "pay"});
+  EXPECT_RAISES((void)nk_decimalNumberBySummingValueForKey(*meddler, *meddler->keys), "NSGenericException");
 }

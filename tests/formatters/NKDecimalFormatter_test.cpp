@@ -52,6 +52,8 @@ TEST(NKDecimalFormatter, IsSetUpForAmounts) {
   EXPECT_TRUE(formatter->lenient());
   EXPECT_FALSE(formatter->generatesDecimalNumbers());
   EXPECT_EQ(formatter->maxLength(), 0);
+  EXPECT_EQ(formatter->locale(), NSLocale::currentLocale()) << "the user's, as the platform has it";
+  EXPECT_EQ(formatter->roundingMode(), NSNumberFormatterRoundHalfEven);
 }
 
 TEST(NKDecimalFormatter, DerivesItsCapsFromTheMaximum) {

@@ -83,6 +83,11 @@ TEST_F(TermDecimalNumberFormatters, TakeTheirClassesBoundsWhenTheyAreMade) {
   EXPECT_EQ(money->maximum(), NSNumber(1000));
 }
 
+TEST_F(TermDecimalNumberFormatters, FormattersOfTheApplicationKeepTheUsersLocale) {
+  EXPECT_EQ(make<NKMonetaryTermDecimalNumberFormatter>()->locale(), NSLocale::currentLocale());
+  EXPECT_EQ(make<NKPercentageTermDecimalNumberFormatter>()->locale(), NSLocale::currentLocale());
+}
+
 TEST_F(TermDecimalNumberFormatters, TheMoneyTextIsTheSameOnAnyThread) {
   NSString onOther;
   std::thread([&] { onOther = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")); }).join();
