@@ -560,3 +560,20 @@ TEST_F(FBKVOControllerTest, InfosAreEqualByTheirKeyPath) {
   EXPECT_FALSE(one->isEqual(*slip));
   EXPECT_EQ(NSSet::setWith({one, same, other})->count(), 2u);
 }
+
+TEST_F(FBKVOControllerTest, HeaderExampleOfTheControllerThatEveryObjectHas) {
+  const Ref<Payslip> other = make<Payslip>();
+  KVOController(*other)->observe_keyPath_options_block(slip, "note", New, recording());
+  slip->setNote("paid");
+  EXPECT_EQ(heard.size(), 1U);
+}
+
+TEST_F(FBKVOControllerTest, HeaderExampleOfDisposal) {
+  setRequiresDisposal(*controller, true);
+  EXPECT_TRUE(requiresDisposal(*controller));
+  controller->observe_keyPath_options_block(slip, "note", New, recording());
+  dispose(*controller);
+  EXPECT_TRUE(disposed(*controller));
+  slip->setNote("paid");
+  EXPECT_TRUE(heard.empty());
+}

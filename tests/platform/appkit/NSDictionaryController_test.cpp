@@ -37,6 +37,17 @@ TEST(NSDictionaryController, HeaderExample) {
   EXPECT_EQ(rates.selected(), "basic");
 }
 
+TEST(NSDictionaryControllerKeyValuePair, HeaderExample) {
+  const Rates rates;
+  const Ref<Entry> entry = rates.entry(0);
+  auto field = make<BoundField>();
+  bind_toObject_withKeyPath_options(*field, NSValueBinding, *entry, "value", nullptr);
+  EXPECT_EQ(entry->key(), Value("basic"));
+  entry->setValue(0.25_dec);
+  EXPECT_EQ(rates.content->objectForKey("basic"), Value(0.25_dec));
+  EXPECT_EQ(field->value(), Value(0.25_dec));
+}
+
 TEST(NSDictionaryController, WithoutContentThereIsNothing) {
   auto controller = make<NSDictionaryController>();
   EXPECT_EQ(controller->arrangedObjects()->count(), 0U);

@@ -163,6 +163,15 @@ TEST(NSMapTable, KeysMayGoOnAnotherThread) {
   EXPECT_EQ(rows->objectForKey(*staying), Value(199));
 }
 
+TEST(NSHashTable, HeaderExample) {
+  auto view = make<Twin>();
+  auto views = NSHashTable::weakObjectsHashTable();
+  views->addObject(*view);
+  EXPECT_TRUE(views->containsObject(*view));
+  view = nullptr;
+  EXPECT_EQ(views->count(), 0u);
+}
+
 TEST(NSHashTable, HoldsObjectsByIdentityUntilTheyAreGone) {
   auto one = make<Twin>(), other = make<Twin>();
   const auto views = NSHashTable::weakObjectsHashTable();
