@@ -67,20 +67,33 @@
     __VA_ARGS__                                                                   \
   }
 
-#define NK_STATE_PROPERTY(name, setter, ...)                                               \
-  const ::std::type_identity_t<__VA_ARGS__>& name() const { return *name##_; }             \
-  void setter(::std::type_identity_t<__VA_ARGS__> value) {                                 \
-    ::norvik::detail::changeProperty(*this, #name, [&] { name##_ = ::std::move(value); }); \
-  }                                                                                        \
-  NK_STATEMENT(NK_PROPERTY_RECORD(name, setter, #__VA_ARGS__, false, false, false))        \
+// A setter looks whether anybody observes before it makes anything of its argument: of a number that stays in a
+// register, nothing else is left than that look and the store.
+
+#define NK_STATE_PROPERTY(name, setter, ...)                                                             \
+  const ::std::type_identity_t<__VA_ARGS__>& name() const { return *name##_; }                           \
+  void setter(::std::type_identity_t<__VA_ARGS__> value) {                                               \
+    if (!::norvik::NSObject::isObserved()) [[likely]] {                                                  \
+      name##_ = ::std::move(value);                                                                      \
+    } else {                                                                                             \
+      ::norvik::detail::changeObservedProperty(                                                          \
+          *this, #name, [this, given = ::std::move(value)]() mutable { name##_ = ::std::move(given); }); \
+    }                                                                                                    \
+  }                                                                                                      \
+  NK_STATEMENT(NK_PROPERTY_RECORD(name, setter, #__VA_ARGS__, false, false, false))                      \
   ::norvik::detail::Stored<Self, __VA_ARGS__> name##_;
 
-#define NK_STATE_ATOMIC_PROPERTY(name, setter, ...)                                             \
-  ::std::type_identity_t<__VA_ARGS__> name() const { return name##_.load(); }                   \
-  void setter(::std::type_identity_t<__VA_ARGS__> value) {                                      \
-    ::norvik::detail::changeProperty(*this, #name, [&] { name##_.store(::std::move(value)); }); \
-  }                                                                                             \
-  NK_STATEMENT(NK_PROPERTY_RECORD(name, setter, #__VA_ARGS__, false, false, true))              \
+#define NK_STATE_ATOMIC_PROPERTY(name, setter, ...)                                                           \
+  ::std::type_identity_t<__VA_ARGS__> name() const { return name##_.load(); }                                 \
+  void setter(::std::type_identity_t<__VA_ARGS__> value) {                                                    \
+    if (!::norvik::NSObject::isObserved()) [[likely]] {                                                       \
+      name##_.store(::std::move(value));                                                                      \
+    } else {                                                                                                  \
+      ::norvik::detail::changeObservedProperty(                                                               \
+          *this, #name, [this, given = ::std::move(value)]() mutable { name##_.store(::std::move(given)); }); \
+    }                                                                                                         \
+  }                                                                                                           \
+  NK_STATEMENT(NK_PROPERTY_RECORD(name, setter, #__VA_ARGS__, false, false, true))                            \
   ::norvik::detail::AtomicStored<Self, __VA_ARGS__> name##_;
 
 #define NK_STATE_WEAK_PROPERTY(name, setter, ...)                                                          \

@@ -171,7 +171,7 @@ class NK_EXPORT AnnouncedChange {
 };
 
 template <class Store>
-[[gnu::noinline]] void changeObservedProperty(NSObject& object, std::string_view key, Store& store) {
+[[gnu::noinline]] void changeObservedProperty(NSObject& object, std::string_view key, Store&& store) {
   AnnouncedChange change(object, key);
   store();
   change.complete();
