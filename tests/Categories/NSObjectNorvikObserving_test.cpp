@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "NorvikCore/Categories/NSObject+Norvik_Observing.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/runtime/NSArray.h"
@@ -117,6 +119,17 @@ TEST_F(NSObjectNorvikObserving, TheWarningHasLine140AndNoTag) {
 TEST_F(NSObjectNorvikObserving, WithoutWarningsNothingIsLoggedAndNothingRaised) {
   ddLogLevel = LOG_LEVEL_ERROR;
   nk_safelyRemoveObserver(*slip, *watcher, "grossPay", ours());
+  EXPECT_TRUE(warnings.take().empty());
+}
+
+TEST_F(NSObjectNorvikObserving, ExceptionsOfOtherKindsPass) {
+  /// Cannot say what it is.
+  class Broken : public NSObject {
+   public:
+    const Class& classObject() const override { throw std::runtime_error("broken"); }
+  };
+  const auto broken = make<Broken>();
+  EXPECT_THROW(nk_safelyRemoveObserver(*slip, *broken, "tax", ours()), std::runtime_error);
   EXPECT_TRUE(warnings.take().empty());
 }
 

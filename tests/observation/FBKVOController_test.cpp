@@ -439,6 +439,15 @@ TEST_F(FBKVOControllerTest, WhatTheInitialCallRaisesLeavesNothingBehind) {
 
 // Disposal.
 
+TEST_F(FBKVOControllerTest, HeaderExampleOfDisposal) {
+  setRequiresDisposal(*controller, true);
+  controller->observe_keyPath_options_block(slip, "note", New, recording());
+  dispose(*controller);
+  EXPECT_FALSE(slip->isObserved());
+  EXPECT_TRUE(disposed(*controller));
+  EXPECT_TRUE(requiresDisposal(*controller));
+}
+
 TEST_F(FBKVOControllerTest, DisposingTwiceUnobservesOnce) {
   EXPECT_FALSE(disposed(*controller));
   controller->observe_keyPath_options_block(slip, "note", New, recording());
@@ -465,6 +474,12 @@ TEST_F(FBKVOControllerTest, TheMarksAreStoredAndAreKeys) {
 }
 
 // A controller for every object.
+
+TEST_F(FBKVOControllerTest, HeaderExampleOfAnObjectsOwnController) {
+  KVOController(*window)->observe_keyPath_options_block(slip, "note", NSKeyValueObservingOptionNew, recording());
+  slip->setNote("late");
+  EXPECT_EQ(heard, Texts{"FBKVONotificationKeyPathKey=note kind=1 new=late"});
+}
 
 TEST_F(FBKVOControllerTest, AnObjectsOwnControllerIsMadeOnceAndKeepsWhatItObserves) {
   const Ref<FBKVOController> own = KVOController(*window);

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <latch>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -111,6 +112,51 @@ TEST_F(FBKVOControllerThreads, ObserverObjectAndControllerGoOnThreeThreadsDuring
              },
              [&] { object = nullptr; });
   }
+}
+
+TEST_F(FBKVOControllerThreads, HandlersOnTwoThreadsMayEndTheirObservationAndBeginItAgain) {
+  const auto controller = FBKVOController::controllerWithObserver(*auditor);
+  FBKVONotificationBlock again = [&](NSObject&, NSObject& object, const NSDictionary&) {
+    ++calls;
+    controller->unobserve(object, "balance");
+    controller->observe_keyPath_options_block(object, "balance", New, again);
+  };
+  controller->observe_keyPath_options_block(account, "balance", New, again);
+  const auto change = [&] {
+    for (int i = 0; i < 1000; ++i) account->setBalance(i);
+  };
+  together(change, change);
+  EXPECT_GT(calls, 0);
+  controller->unobserveAll();
+  EXPECT_FALSE(account->isObserved());
+}
+
+TEST_F(FBKVOControllerThreads, AHandlerMayLetGoOfObserverObjectAndControllerWhileAnotherThreadChangesTheObject) {
+  for (int round = 0; round < 300; ++round) {
+    std::mutex mutex;
+    auto observer = make<Auditor>();
+    auto object = make<Account>();
+    auto controller = FBKVOController::controllerWithObserver(*observer);
+    const Weak<Auditor> observerLeft(observer);
+    const Weak<Account> objectLeft(object);
+    const Weak<FBKVOController> controllerLeft(controller);
+    controller->observe_keyPath_options_block(object, "balance", New, [&](NSObject&, NSObject&, const NSDictionary&) {
+      ++calls;
+      const std::lock_guard lock(mutex);
+      observer = nullptr;
+      object = nullptr;
+      controller = nullptr;
+    });
+    const auto changing = [](const Ref<Account>& changed) {
+      return [changed] {
+        for (int i = 0; i < 20; ++i) changed->setBalance(i);
+      };
+    };
+    together(changing(object), changing(object));
+    ASSERT_FALSE(observerLeft.lock() || controllerLeft.lock()) << round;
+    ASSERT_EQ(objectLeft.lock(), nullptr) << round;
+  }
+  EXPECT_GE(calls, 300);
 }
 
 TEST_F(FBKVOControllerThreads, ObjectsThatAreNotKeptGoWhileTheirControllerEnds) {
