@@ -1,7 +1,7 @@
 // NorvikCore/Categories/NKBlockValueTransformer.h - a closure as a value transformer, for one direction.
 //
-//   auto shout = NKBlockValueTransformer::valueTransformerWithBlock([](const Value& v) { return v.description() + "!";
-//   }); shout->transformedValue("pay");               // "pay!"
+//   const NKTransformBlock shout = [](const Value& v) { return v.description() + "!"; };
+//   NKBlockValueTransformer::valueTransformerWithBlock(shout)->transformedValue("pay");      // "pay!"
 //
 // The closure is called without a look whether it is there: an absent one raises NSInvalidArgumentException. Threads:
 // those of its closure; the closure is replaced on one thread while no other uses it.

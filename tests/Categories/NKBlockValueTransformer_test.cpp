@@ -12,8 +12,8 @@ const NKTransformBlock pounds = [](const Value& pennies) -> Value { return penni
 const NKTransformBlock pennies = [](const Value& shown) -> Value { return shown.as<Decimal>() * Decimal(100); };
 
 TEST(NKBlockValueTransformer, HeaderExample) {
-  auto shout = NKBlockValueTransformer::valueTransformerWithBlock([](const Value& v) { return v.description() + "!"; });
-  EXPECT_EQ(shout->transformedValue("pay"), Value("pay!"));
+  const NKTransformBlock shout = [](const Value& v) { return v.description() + "!"; };
+  EXPECT_EQ(NKBlockValueTransformer::valueTransformerWithBlock(shout)->transformedValue("pay"), Value("pay!"));
 }
 
 TEST(NKBlockValueTransformer, MakesValuesOfTheRootClassAndGoesOneWay) {

@@ -27,8 +27,7 @@
 //            either side are safe on any thread. Changing both sides on two threads at once may leave them with each
 //            other's value.
 // Callbacks: no lock is held. Transformers, setters, validation and observers may bind, unbind and let go of both
-// sides;
-//            a binding that is ended meanwhile sets nothing more on that thread.
+//            sides; a binding that is ended meanwhile sets nothing more on that thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -1,7 +1,7 @@
 // NorvikCore/platform/appkit/NSApplication.h - the application as the one who hands actions to their targets.
 //
-//   NSApplication::sharedApplication().sendAction_to_from("closePayRun:", window, sender);   //
-//   window->closePayRun(sender)
+//   NSApplication::sharedApplication().sendAction_to_from("closePayRun:", window, sender);
+//   // has called window->closePayRun(sender)
 //
 // There is no screen, no event loop and no chain of views: an action without a target goes to the application itself,
 // then to its delegate. Confined to the main thread.

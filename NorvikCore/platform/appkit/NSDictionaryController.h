@@ -2,9 +2,9 @@
 //
 //   auto controller = make<NSDictionaryController>();
 //   controller->setContentDictionary(rates);
-//   for (const auto& entry : controller->arrangedObjects()->as<NSDictionaryControllerKeyValuePair>())
-//   show(entry.key());
-//   controller->setSelectedObjects(NSArray::arrayWithObjects(controller->arrangedObjects()->firstObject()));
+//   const Ref<NSArray> entries = controller->arrangedObjects();
+//   for (const auto& entry : entries->as<NSDictionaryControllerKeyValuePair>()) show(entry.key());
+//   controller->setSelectedObjects(NSArray::arrayWithObjects(entries->firstObject()));
 //
 // The arranged objects are the dictionary's entries in the dictionary's order, read from it each time: an entry that
 // stays is the same object, a key that goes takes its entry out of the list and out of the selection.

@@ -36,7 +36,7 @@ TEST(DispatchExamples, ThePageShowsThemAsTheyAreCompiled) {
     const std::size_t mark = source.find(row.begin);
     ASSERT_NE(mark, std::string::npos) << row.name;
     const std::size_t begin = mark + std::string(row.begin).size();
-    const std::size_t end = row.end == nullptr ? source.size() : source.find(row.end);
+    const std::size_t end = row.end == nullptr ? source.rfind("}\n") : source.find(row.end);
     ASSERT_NE(end, std::string::npos) << row.name;
     EXPECT_NE(page.find("```cpp\n" + source.substr(begin, end - begin) + "```\n"), std::string::npos) << row.name;
   }

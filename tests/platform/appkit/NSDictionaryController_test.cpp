@@ -30,10 +30,10 @@ struct Rates {
 TEST(NSDictionaryController, HeaderExample) {
   const Rates rates;
   NSString shown;
-  for (const auto& entry : rates.controller->arrangedObjects()->as<Entry>())
-    shown = shown + entry.key().description() + ";";
+  const Ref<NSArray> entries = rates.controller->arrangedObjects();
+  for (const auto& entry : entries->as<Entry>()) shown = shown + entry.key().description() + ";";
   EXPECT_EQ(shown, "basic;higher;top;");
-  rates.controller->setSelectedObjects(NSArray::arrayWithObjects(rates.controller->arrangedObjects()->firstObject()));
+  rates.controller->setSelectedObjects(NSArray::arrayWithObjects(entries->firstObject()));
   EXPECT_EQ(rates.selected(), "basic");
 }
 
