@@ -44,7 +44,7 @@ void DDLogFileFormatterDefault::appendLogMessage(std::string& text, const DDLogM
 }
 
 void DDLogFileFormatterDefault::appendTimestamp(std::string& line, Date timestamp) const {
-  append(line, dateFormatter->stringFromDate(timestamp));
+  dateFormatter->appendStringFromDate(timestamp, line);
   line += "  ";
 }
 

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 namespace norvik {
@@ -68,7 +69,7 @@ struct NSDateFormatter::Engine {
         calendar(settings.calendar_),
         isLenient(settings.lenient_),
         namesItsZone(namesZone(pattern.view())) {
-    if (!locale->data().writesAsciiDigits()) return;
+    if (!locale->data().writesAsciiDigits() || !pattern.isWellFormed()) return;
     compiled = detail::DatePattern::compile(pattern.view());
     if (!compiled && !namesItsZone) {
       const auto& names = detail::DateNames::ofLocale(detail::icuLocale(*locale));
@@ -82,26 +83,18 @@ struct NSDateFormatter::Engine {
   }
 
   NSString string(Date date) {
-    const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
-    const std::int64_t seconds = detail::wholeSeconds(date);
-    // A double of seconds falls a little short of most thousandths, the more the farther from 2001 it is.
-    const double shortfall = 0.001 + std::fabs(instant) * 3e-13;
-    const auto millisecond =
-        std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
-    if (seconds < span.from || seconds >= span.until || !span.type) enterSpan(seconds);
-    if (compiled) {
-      const std::int64_t local = seconds + span.type->offset;
-      compiledFields.day = detail::floorDivide(local, detail::secondsPerDay);
-      compiledFields.secondOfDay = static_cast<std::int32_t>(local - compiledFields.day * detail::secondsPerDay);
-      compiledFields.millisecond = millisecond;
-      compiledFields.offset = span.type->offset;
-      char text[detail::DatePattern::maximalLength];
-      const std::size_t length = compiled->write(text, compiledFields);
-      if (length > 0) [[likely]]
-        return std::string_view(text, length);
+    const Moment moment(date);
+    const std::string_view text = compiledText(moment);
+    return text.empty() ? icuText(moment) : NSString(text);
+  }
+
+  void append(Date date, std::string& to) {
+    const Moment moment(date);
+    if (const std::string_view text = compiledText(moment); !text.empty()) [[likely]] {
+      to += text;
+    } else {
+      to += icuText(moment).utf8();
     }
-    const std::int64_t since1970 = detail::clamped(seconds + referenceDateSince1970, lastIcuSecond);
-    return icuText(static_cast<double>(since1970) * 1000 + millisecond);
   }
 
   std::optional<Date> date(const NSString& text) {
@@ -128,7 +121,41 @@ struct NSDateFormatter::Engine {
   }
 
  private:
+  struct Moment {
+    explicit Moment(Date date) noexcept : seconds(detail::wholeSeconds(date)) {
+      const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
+      // A double of seconds falls a little short of most thousandths, the more the farther from 2001 it is.
+      const double shortfall = 0.001 + std::fabs(instant) * 3e-13;
+      millisecond =
+          std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
+    }
+
+    std::int64_t seconds;  // since the reference date
+    std::int32_t millisecond;
+  };
+
+  /// In UTF-8; empty where the pattern is not compiled, or does not know the year. Good until the next call.
+  std::string_view compiledText(Moment moment) {
+    if (moment.seconds == kept.second) {
+      if (kept.millisecondAt != nowhere)
+        detail::DatePattern::writeMillisecond(kept.text + kept.millisecondAt, moment.millisecond);
+      return {kept.text, kept.length};
+    }
+    if (!compiled) return {};
+    enterSpan(moment.seconds);
+    const std::int64_t local = moment.seconds + span.type->offset;
+    compiledFields.day = detail::floorDivide(local, detail::secondsPerDay);
+    compiledFields.secondOfDay = static_cast<std::int32_t>(local - compiledFields.day * detail::secondsPerDay);
+    compiledFields.millisecond = moment.millisecond;
+    compiledFields.offset = span.type->offset;
+    kept.millisecondAt = nowhere;
+    kept.length = compiled->write(kept.text, compiledFields, &kept.millisecondAt);
+    kept.second = kept.length > 0 && compiled->isSteadyWithinSecond() ? moment.seconds : never;
+    return {kept.text, kept.length};
+  }
+
   void enterSpan(std::int64_t seconds) {
+    if (seconds >= span.from && seconds < span.until && span.type) return;
     span = zone->rules().spanAt(seconds);
     zoneIsCurrent = false;
   }
@@ -174,7 +201,10 @@ struct NSDateFormatter::Engine {
     icu->adoptTimeZone(fixedZone);
   }
 
-  NSString icuText(double milliseconds) {
+  NSString icuText(Moment moment) {
+    enterSpan(moment.seconds);
+    const std::int64_t since1970 = detail::clamped(moment.seconds + referenceDateSince1970, lastIcuSecond);
+    const double milliseconds = static_cast<double>(since1970) * 1000 + moment.millisecond;
     icu::SimpleDateFormat& format = icuFormat();
     if (!zoneIsCurrent) {
       setIcuZone(milliseconds);
@@ -192,6 +222,14 @@ struct NSDateFormatter::Engine {
   const bool isLenient, namesItsZone;
   std::optional<detail::DatePattern> compiled;
   detail::DatePattern::Fields compiledFields;
+  static constexpr std::int64_t never = std::numeric_limits<std::int64_t>::min();
+  static constexpr std::size_t nowhere = detail::DatePattern::maximalLength;
+  /// The last text that was written, for other times of its second.
+  struct {
+    std::int64_t second = never;
+    std::size_t length = 0, millisecondAt = nowhere;
+    char text[detail::DatePattern::maximalLength];
+  } kept;
   detail::ZoneSpan span;  // around the last date: the next one is mostly in it
   std::unique_ptr<icu::SimpleDateFormat> icu;
   icu::SimpleTimeZone* fixedZone = nullptr;  // icu's, where it has only an offset
@@ -217,6 +255,10 @@ NSDateFormatter::Engine& NSDateFormatter::engine() const {
 
 NSString NSDateFormatter::stringFromDate(Date date) const {
   return pattern_.empty() ? NSString() : engine().string(date);
+}
+
+void NSDateFormatter::appendStringFromDate(Date date, std::string& text) const {
+  if (!pattern_.empty()) engine().append(date, text);
 }
 
 std::optional<Date> NSDateFormatter::dateFromString(const NSString& text) const {

@@ -29,6 +29,7 @@
 #include "NorvikCore/platform/runtime/NSCoder.h"
 
 #include <optional>
+#include <string>
 
 namespace norvik {
 
@@ -59,6 +60,8 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
                                                         NSDateFormatterStyle timeStyle);
 
   [[nodiscard]] NSString stringFromDate(Date date) const;
+  /// Appends that text as UTF-8. Made for one date after another: the times of one second take a few nanoseconds.
+  void appendStringFromDate(Date date, std::string& text) const;
   /// Absent where the text is no date in the pattern.
   [[nodiscard]] std::optional<Date> dateFromString(const NSString& text) const;
 

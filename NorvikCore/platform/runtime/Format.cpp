@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/runtime/internal/FormatBuffer.h"
 #include "NorvikCore/platform/runtime/internal/FormatNumber.h"
+#include "NorvikCore/platform/values/internal/Utf8Words.h"
 
 #include <algorithm>
 #include <cstring>
@@ -205,7 +206,7 @@ class Renderer {
         break;
       case 'f':
         if (argument.kind != FormatKind::floating) return false;
-        appendFloating(out_, 'f', argument.floating, FormatField{});
+        appendFixed(out_, argument.floating);
         break;
       default:
         return false;
@@ -278,7 +279,7 @@ NSString stringWithFormatArguments(std::string_view format, FormatArguments argu
 void appendFormatArguments(std::string& text, std::string_view format, FormatArguments arguments) {
   detail::FormatBuffer buffer;
   detail::Renderer(buffer, format, arguments).render();
-  if (const std::string_view plain = buffer.view(); !plain.empty() && utf8::isValid(plain)) [[likely]] {
+  if (const std::string_view plain = buffer.view(); !plain.empty() && detail::isValidByWords(plain)) [[likely]] {
     text.append(plain);
   } else {
     text.append(buffer.string().utf8());

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/values/internal/StringHalves.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 #include "NorvikCore/platform/values/internal/StringUnits.h"
+#include "NorvikCore/platform/values/internal/Utf8Words.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <cstdint>
@@ -15,15 +16,7 @@ namespace {
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-/// utf8::isAscii by eight bytes at once.
-bool isAsciiByWords(std::string_view text) noexcept {
-  std::size_t at = 0;
-  for (std::uint64_t word; at + sizeof word <= text.size(); at += sizeof word) {
-    std::memcpy(&word, text.data() + at, sizeof word);
-    if ((word & 0x8080808080808080u) != 0) return false;
-  }
-  return utf8::isAscii(text.substr(at));
-}
+using detail::isAsciiByWords, detail::isValidByWords;
 
 /// New counted bytes, a NUL after them; the header lies just before.
 char* newBytes(std::size_t size) {
@@ -63,12 +56,12 @@ void NSString::releaseStorage() noexcept {
 }
 
 std::optional<NSString> NSString::fromUtf8(std::string_view text) {
-  if (!isAsciiByWords(text) && !utf8::isValid(text)) return std::nullopt;
+  if (!isValidByWords(text)) return std::nullopt;
   return copying(text);
 }
 
 NSString NSString::fromBytes(std::string_view bytes) {
-  if (isAsciiByWords(bytes) || utf8::isValid(bytes)) return copying(bytes);
+  if (isValidByWords(bytes)) return copying(bytes);
   std::string text;
   text.reserve(bytes.size() + 2 * detail::halfSize);
   while (!bytes.empty()) {
@@ -105,7 +98,7 @@ NSString NSString::fromCodePoint(char32_t point) {
 
 NSString NSString::borrowing(std::string_view permanentText) {
   if (isAsciiByWords(permanentText)) return NSString(permanentText.data(), permanentText.size(), asciiBit);
-  if (utf8::isValid(permanentText)) return NSString(permanentText.data(), permanentText.size(), 0);
+  if (isValidByWords(permanentText)) return NSString(permanentText.data(), permanentText.size(), 0);
   return fromBytes(permanentText);
 }
 
@@ -277,12 +270,12 @@ NSString operator+(const NSString& a, const NSString& b) {
 
 NSString NSString::withAppended(std::string_view text) const {
   if (text.empty()) return *this;
-  return utf8::isValid(text) ? concatenating(view(), text) : *this + fromBytes(text);
+  return isValidByWords(text) ? concatenating(view(), text) : *this + fromBytes(text);
 }
 
 NSString NSString::withPrepended(std::string_view text) const {
   if (text.empty()) return *this;
-  return utf8::isValid(text) ? concatenating(text, view()) : fromBytes(text) + *this;
+  return isValidByWords(text) ? concatenating(text, view()) : fromBytes(text) + *this;
 }
 
 std::ostream& operator<<(std::ostream& out, const NSString& text) {

@@ -17,7 +17,48 @@ std::string written(std::string_view pattern, const DatePattern::Fields& fields)
 const DatePattern::Fields afternoon{referenceDay(2021, 5, 10), 13 * 3600 + 14 * 60 + 15, 16, 3600};
 
 TEST(DatePattern, HeaderExample) {
-  EXPECT_EQ(written("yyyy/MM/dd HH:mm:ss:SSS", afternoon), "2021/05/10 13:14:15:016");
+  const auto stamp = DatePattern::compile("yyyy/MM/dd HH:mm:ss:SSS");
+  ASSERT_TRUE(stamp);
+  char text[DatePattern::maximalLength];
+  std::size_t at = 0;
+  const std::size_t length = stamp->write(text, afternoon, &at);
+  EXPECT_EQ(std::string(text, length), "2021/05/10 13:14:15:016");
+  DatePattern::writeMillisecond(text + at, 17);
+  EXPECT_EQ(std::string(text, length), "2021/05/10 13:14:15:017");
+}
+
+TEST(DatePattern, TellsWhereTheMillisecondStands) {
+  const struct {
+    const char* pattern;
+    std::size_t at;
+  } rows[] = {{"SSS", 0}, {"d.M. SSS", 6}, {"'SSS' SSS s", 4}, {"HH:mm:ss", 99}};
+  for (const auto& row : rows) {
+    const auto compiled = DatePattern::compile(row.pattern);
+    ASSERT_TRUE(compiled) << row.pattern;
+    char text[DatePattern::maximalLength];
+    std::size_t at = 99;
+    (void)compiled->write(text, afternoon, &at);
+    EXPECT_EQ(at, row.at) << row.pattern;
+  }
+}
+
+TEST(DatePattern, KnowsWhetherMoreThanThreeDigitsChangeWithinASecond) {
+  for (const char* pattern : {"SSS", "yyyy/MM/dd HH:mm:ss:SSS", "HH:mm:ss", "'S' Z"})
+    EXPECT_TRUE(DatePattern::compile(pattern)->isSteadyWithinSecond()) << pattern;
+  for (const char* pattern : {"S", "SS", "SSSS", "SSS SSS", "SSS S"})
+    EXPECT_FALSE(DatePattern::compile(pattern)->isSteadyWithinSecond()) << pattern;
+}
+
+TEST(DatePattern, WritesEveryMillisecondInThreeDigits) {
+  char text[] = "<...>";
+  DatePattern::writeMillisecond(text + 1, 0);
+  EXPECT_STREQ(text, "<000>");
+  DatePattern::writeMillisecond(text + 1, 9);
+  EXPECT_STREQ(text, "<009>");
+  DatePattern::writeMillisecond(text + 1, 87);
+  EXPECT_STREQ(text, "<087>");
+  DatePattern::writeMillisecond(text + 1, 999);
+  EXPECT_STREQ(text, "<999>");
 }
 
 TEST(DatePattern, WritesEveryField) {

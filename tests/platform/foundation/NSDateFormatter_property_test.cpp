@@ -51,6 +51,13 @@ void expectIcusTexts(const char* zone, const char* locale, const char* pattern, 
     const Date date = Date::dateWithTimeIntervalSince1970(static_cast<double>(milliseconds) / 1000);
     ASSERT_EQ(formatter->stringFromDate(date).str(), icu.text(static_cast<double>(milliseconds)))
         << zone << ' ' << locale << ' ' << pattern << ' ' << milliseconds;
+    // Another time of the same second, for which the text is not made anew.
+    const std::int64_t within = (milliseconds % 1000 + 1000) % 1000;
+    const std::int64_t other = milliseconds - within + static_cast<std::int64_t>(random() % 1000);
+    std::string text;
+    formatter->appendStringFromDate(Date::dateWithTimeIntervalSince1970(static_cast<double>(other) / 1000), text);
+    ASSERT_EQ(text, icu.text(static_cast<double>(other)))
+        << zone << ' ' << locale << ' ' << pattern << ' ' << milliseconds << ' ' << other;
   }
 }
 

@@ -78,6 +78,49 @@ TEST(NSDateFormatter, TimesAreCutToMilliseconds) {
   }
 }
 
+TEST(NSDateFormatter, AppendsTheTextToWhatIsThere) {
+  const auto stamp = formatter("Europe/London", "d MMM yyyy HH:mm:ss.SSS");
+  std::string text = "at ";
+  stamp->appendStringFromDate("2021-05-10T12:14:15.016Z"_date, text);
+  text += ", ";
+  stamp->appendStringFromDate("2021-05-10T12:14:15.999Z"_date, text);
+  text += ", ";
+  stamp->appendStringFromDate("2021-05-10T12:14:16.000Z"_date, text);
+  EXPECT_EQ(text, "at 10 May 2021 13:14:15.016, 10 May 2021 13:14:15.999, 10 May 2021 13:14:16.000");
+}
+
+TEST(NSDateFormatter, AppendsWhatOnlyIcuKnows) {
+  std::string text;
+  formatter("Europe/London", "HH:mm zzz")->appendStringFromDate("2021-07-01"_date, text);
+  formatter("UTC", " dd/MM/yyyy")->appendStringFromDate("12021-05-10"_date, text);
+  EXPECT_EQ(text, "01:00 BST 10/05/12021");
+}
+
+TEST(NSDateFormatter, AppendsNothingWithoutAPattern) {
+  std::string text = "kept";
+  make<NSDateFormatter>()->appendStringFromDate("2021-07-01"_date, text);
+  EXPECT_EQ(text, "kept");
+}
+
+TEST(NSDateFormatter, ALoneHalfInThePatternStaysOne) {
+  const NSString half = NSString::fromCodePoint(0xD83D);
+  const auto odd = formatter("UTC", "HH");
+  odd->setDateFormat("HH" + half);
+  std::string text;
+  odd->appendStringFromDate("2021-07-01"_date, text);
+  EXPECT_EQ(text, "00\xEF\xBF\xBD");
+  EXPECT_EQ(odd->stringFromDate("2021-07-01"_date), "00" + half);
+}
+
+TEST(NSDateFormatter, WhatIsSetIsInForceWithinTheSameSecond) {
+  const auto changing = formatter("UTC", "HH:mm:ss.SSS");
+  EXPECT_EQ(changing->stringFromDate("2021-07-01T10:11:12.013Z"_date), "10:11:12.013");
+  changing->setTimeZone(NSTimeZone::timeZoneWithName("Europe/London"));
+  EXPECT_EQ(changing->stringFromDate("2021-07-01T10:11:12.014Z"_date), "11:11:12.014");
+  changing->setDateFormat("ss");
+  EXPECT_EQ(changing->stringFromDate("2021-07-01T10:11:12.014Z"_date), "12");
+}
+
 TEST(NSDateFormatter, StylesAreThoseOfTheLocale) {
   auto styled = make<NSDateFormatter>();
   styled->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));

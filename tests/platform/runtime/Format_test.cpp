@@ -231,6 +231,53 @@ TEST(Format, AnAbsentFormatGivesTheEmptyText) {
   EXPECT_EQ(stringWithFormat(runtimeFormat(std::nullopt), 1), "");
 }
 
+TEST(Format, PlainFloatingNumbersHaveSixDecimals) {
+  const struct {
+    double number;
+    const char* expected;
+  } rows[] = {
+      {0, "0.000000"},
+      {-0.0, "-0.000000"},
+      {0.37, "0.370000"},
+      {-1234.5, "-1234.500000"},
+      {0.0000005, "0.000000"},  // the double lies just below the half
+      {0.0000015, "0.000002"},  // and this one just above
+      {0.00000095367431640625, "0.000001"},
+      {0.9999999, "1.000000"},
+      {99.9999996, "100.000000"},
+      {4503599627.370497, "4503599627.370497"},
+      {12345678901234567890.0, "12345678901234567168.000000"},
+      {5e-324, "0.000000"},
+      {INFINITY, "inf"},
+      {-INFINITY, "-inf"},
+      {NAN, "nan"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(stringWithFormat("%f", row.number), row.expected);
+    EXPECT_EQ(stringWithFormat("<%f>", row.number), "<" + NSString(row.expected) + ">");
+  }
+}
+
+TEST(Format, AppendsUtf8WhateverTheArgumentsHold) {
+  const struct {
+    std::string given;
+    const char* expected;
+  } rows[] = {
+      {"Zo\xC3\xAB Smith of department seven", "by Zo\xC3\xAB Smith of department seven."},
+      {"\xC2\xA3 1,234.50", "by \xC2\xA3 1,234.50."},
+      {"Zo\xEB Smith of department seven", "by Zo\xEF\xBF\xBD Smith of department seven."},
+      {"department seven \xFF", "by department seven \xEF\xBF\xBD."},
+      {"\xC3", "by \xEF\xBF\xBD."},
+      {"", "by ."},
+  };
+  for (const auto& row : rows) {
+    const FormatArgumentList list(std::string_view(row.given));
+    std::string text = "paid ";
+    appendFormatArguments(text, "by %s.", list);
+    EXPECT_EQ(text, "paid " + std::string(row.expected));
+  }
+}
+
 TEST(Format, AListOfArgumentsCanBeHandedOn) {
   const FormatArgumentList list(3, "of");
   EXPECT_EQ(stringWithFormatArguments("%d %s", list), "3 of");

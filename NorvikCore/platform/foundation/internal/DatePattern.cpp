@@ -82,7 +82,7 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
     return true;
   };
 
-  bool isQuoted = false;
+  bool isQuoted = false, hasMillisecond = false;
   for (std::size_t i = 0; i < pattern.size();) {
     const char c = pattern[i];
     if (c == '\'') {
@@ -111,12 +111,22 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
     longest += c == 'Z' ? 5 : count < 4 ? 4 : count;
     compiled.needsWeek_ |= c == 'Y' || c == 'w';
     compiled.needsOffset_ |= c == 'Z';
+    if (c != 'S') continue;
+    if (count != 3 || hasMillisecond) compiled.isSteadyWithinSecond_ = false;
+    hasMillisecond = true;
   }
   if (isQuoted || longest > maximalLength) return std::nullopt;
   return compiled;
 }
 
-std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields) const noexcept {
+void DatePattern::writeMillisecond(char* text, std::int32_t millisecond) noexcept {
+  const auto number = static_cast<std::uint32_t>(millisecond);
+  *text = static_cast<char>('0' + number / 100);
+  std::memcpy(text + 1, digitPairs + number % 100 * 2, 2);
+}
+
+std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields,
+                               std::size_t* millisecondAt) const noexcept {
   const CivilDate date = civilDate(fields.day);
   if (date.year < 1 || date.year > 9999 || (needsOffset_ && fields.offset % 60 != 0)) return 0;
   const auto year = static_cast<std::uint32_t>(date.year);
@@ -196,6 +206,7 @@ std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields
         out = writeNumber(out, static_cast<std::uint32_t>(week.week), size);
         break;
       case 'S': {
+        if (millisecondAt) *millisecondAt = static_cast<std::size_t>(out - text);
         const auto milliseconds = static_cast<std::uint32_t>(fields.millisecond);
         out = writeNumber(out,
                           size == 1   ? milliseconds / 100

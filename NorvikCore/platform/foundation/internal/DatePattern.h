@@ -3,7 +3,9 @@
 //
 //   const auto stamp = DatePattern::compile("yyyy/MM/dd HH:mm:ss:SSS");
 //   char text[DatePattern::maximalLength];
-//   stamp->write(text, fields);         // "2021/05/10 13:14:15:016"
+//   std::size_t at = 0;
+//   stamp->write(text, fields, &at);                // "2021/05/10 13:14:15:016"
+//   DatePattern::writeMillisecond(text + at, 17);   // "2021/05/10 13:14:15:017": another time of the same second
 //
 // The pattern language is Unicode's. Known are the fields that print as a number in every Latin locale (y Y M L d D H h
 // K k m s S w Q q, and Z as "+0100") and, where names are given, those written in a locale's words: months, weekdays,
@@ -45,9 +47,16 @@ class NK_EXPORT DatePattern {
   /// The pattern shows the week or the year that it belongs to.
   [[nodiscard]] bool needsWeek() const noexcept { return needsWeek_; }
 
+  /// Within a second at most the three digits of the millisecond change: the pattern has SSS once, or no S at all.
+  [[nodiscard]] bool isSteadyWithinSecond() const noexcept { return isSteadyWithinSecond_; }
+
   /// Writes the text and returns its length; 0 where the fields are beyond what is known here, a year of five digits or
-  /// an offset with seconds. The text of an empty pattern has length 0 too.
-  std::size_t write(char (&text)[maximalLength], const Fields& fields) const noexcept;
+  /// an offset with seconds. The text of an empty pattern has length 0 too. `millisecondAt` becomes where the
+  /// millisecond stands in the text, and is left alone where it does not.
+  std::size_t write(char (&text)[maximalLength], const Fields& fields,
+                    std::size_t* millisecondAt = nullptr) const noexcept;
+  /// Writes three digits over those of another millisecond.
+  static void writeMillisecond(char* text, std::int32_t millisecond) noexcept;
 
  private:
   DatePattern() = default;
@@ -66,7 +75,7 @@ class NK_EXPORT DatePattern {
   std::vector<Item> items_;
   std::vector<Word> words_;
   std::string literals_;  // and the words
-  bool needsWeek_ = false, needsOffset_ = false;
+  bool needsWeek_ = false, needsOffset_ = false, isSteadyWithinSecond_ = true;
 };
 
 }  // namespace norvik::detail

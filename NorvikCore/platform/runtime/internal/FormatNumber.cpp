@@ -39,7 +39,7 @@ constexpr char digitPairs[] =
     "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
 
 /// Writes the decimal digits of `number` so that they end at `end`; returns their start.
-char* decimalDigits(std::uint64_t number, char* end) noexcept {
+inline char* decimalDigits(std::uint64_t number, char* end) noexcept {
   while (number >= 100) {
     std::memcpy(end -= 2, digitPairs + number % 100 * 2, 2);
     number /= 100;
@@ -64,7 +64,7 @@ constexpr std::uint64_t powersOfTen[] = {1,       10,       100,       1000,    
 
 /// The digits of `magnitude` rounded to `places` decimals, exact (ties to even, as the default rounding mode has it),
 /// where they fit 64 bits. Amounts do; the general algorithm takes several times as long.
-bool fixedDigits(double magnitude, int places, std::uint64_t& digits) noexcept {
+inline bool fixedDigits(double magnitude, int places, std::uint64_t& digits) noexcept {
   if (places >= static_cast<int>(std::size(powersOfTen))) return false;
   if (magnitude == 0) {
     digits = 0;
@@ -205,6 +205,21 @@ void appendDecimal(FormatBuffer& out, std::uint64_t bits, bool isNegative) {
   char* end = text + sizeof text;
   char* begin = decimalDigits(isNegative ? 0 - bits : bits, end);
   if (isNegative) *--begin = '-';
+  out.append({begin, static_cast<std::size_t>(end - begin)});
+}
+
+void appendFixed(FormatBuffer& out, double number) {
+  constexpr int places = 6;
+  std::uint64_t digits = 0;
+  if (!fixedDigits(std::fabs(number), places, digits)) return appendFloating(out, 'f', number, FormatField{});
+  char text[32];
+  char* end = text + sizeof text;
+  char* begin = end;
+  std::uint64_t fraction = digits % powersOfTen[places];
+  for (int i = 0; i < places; i += 2, fraction /= 100) std::memcpy(begin -= 2, digitPairs + fraction % 100 * 2, 2);
+  *--begin = '.';
+  begin = decimalDigits(digits / powersOfTen[places], begin);
+  if (std::signbit(number)) *--begin = '-';
   out.append({begin, static_cast<std::size_t>(end - begin)});
 }
 

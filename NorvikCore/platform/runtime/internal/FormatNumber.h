@@ -18,6 +18,7 @@ struct FormatField {
 void appendInteger(FormatBuffer& out, char conversion, std::uint64_t bits, bool isNegative, unsigned bytes,
                    const FormatField& field);
 void appendDecimal(FormatBuffer& out, std::uint64_t bits, bool isNegative);  ///< %d without flags or fields
+void appendFixed(FormatBuffer& out, double number);                          ///< %f without flags or fields
 void appendAddress(FormatBuffer& out, const void* address, const FormatField& field);
 void appendFloating(FormatBuffer& out, char conversion, double number, const FormatField& field);
 void appendFloating(FormatBuffer& out, char conversion, long double number, const FormatField& field);

@@ -1,0 +1,54 @@
+#include "NorvikCore/platform/values/internal/Utf8Words.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace norvik::detail {
+namespace {
+
+TEST(Utf8Words, HeaderExample) {
+  EXPECT_TRUE(isAsciiByWords("payslip 40 written"));
+  EXPECT_TRUE(isValidByWords("payslip of Zo\xC3\xAB written"));
+}
+
+TEST(Utf8Words, AsciiIsBothAtEveryLength) {
+  for (std::size_t size = 0; size <= 40; ++size) {
+    EXPECT_TRUE(isAsciiByWords(std::string(size, '\x7F'))) << size;
+    EXPECT_TRUE(isValidByWords(std::string(size, '\x7F'))) << size;
+  }
+}
+
+TEST(Utf8Words, ALetterBeyondAsciiIsFoundAtEveryPlace) {
+  for (std::size_t size = 2; size <= 40; ++size) {
+    for (std::size_t at = 0; at + 2 <= size; ++at) {
+      const std::string text = std::string(size, 'x').replace(at, 2, "\xC2\xA3");
+      EXPECT_FALSE(isAsciiByWords(text)) << size << ' ' << at;
+      EXPECT_TRUE(isValidByWords(text)) << size << ' ' << at;
+    }
+  }
+}
+
+TEST(Utf8Words, AWrongByteIsFoundAtEveryPlace) {
+  for (std::size_t size = 1; size <= 40; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      for (const char wrong : {'\xFF', '\xA3', '\xC2'}) {
+        std::string text(size, 'x');
+        text[at] = wrong;
+        EXPECT_FALSE(isAsciiByWords(text)) << size << ' ' << at;
+        EXPECT_FALSE(isValidByWords(text)) << size << ' ' << at;
+      }
+    }
+  }
+}
+
+TEST(Utf8Words, ACharacterThatEndsWithTheTextIsWhole) {
+  EXPECT_TRUE(isValidByWords("1234567\xC2\xA3"));
+  EXPECT_TRUE(isValidByWords("12345\xF0\x9F\x92\xB7"));
+  EXPECT_FALSE(isValidByWords("12345\xF0\x9F\x92"));
+  EXPECT_FALSE(isValidByWords("\xED\xA0\xBD 12345678")) << "a lone half";
+  EXPECT_FALSE(isValidByWords("12345678\xED\xA0\xBD")) << "a lone half";
+}
+
+}  // namespace
+}  // namespace norvik::detail
