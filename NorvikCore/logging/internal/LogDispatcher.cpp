@@ -22,7 +22,7 @@ namespace norvik::detail {
 namespace {
 
 // Messages that one logger alone takes are handed over in runs of at most so many.
-constexpr std::size_t maximumRun = 128;
+constexpr std::size_t maximumRun = 256;
 
 // How long the end of the process waits for the loggers; how long where the caller stands in their way itself; and how
 // long a fork waits for the message that is being handed out.
