@@ -4,15 +4,15 @@
 // Subjects that are percentiles or whole runs are measured once, by the clock around each call or run, and reported as
 // one iteration. Every line is counted in the files before anything is reported; a run that lost one ends the program.
 //
-// g++ 12.2 -O2, 2 virtual cores at a load of 6 to 8 of other processes, 2026-11-21, medians of 7 runs, ours and
-// spdlog's:
+// g++ 12.2 -O2, 2 virtual cores at a load of 4 to 8 of other processes, 2026-11-21, medians of 7 runs (of a
+// million lines 12, of abort() 5), ours and spdlog's:
 //   caller's cost, ns      p50            p99
 //     every 3 us           108 / 333      348 / 6,115
 //     every 200 us         663 / 4,232    1,771 / 8,972
 //     bursts of 500        106 / 401      398 / 4,576
-//   a million lines        1.21 s / 2.70 s; from four threads 1.10 s / 6.01 s; rolling at 1 MiB 1.65 s / 3.13 s
+//   a million lines        0.64 s / 2.64 s; from four threads 0.64 s / 5.40 s; rolling at 1 MiB 0.90 s / 2.37 s
 //   a suppressed call      2.6 ns / 16 ns (load and branch: 1.3 ns)
-//   lines of 10,000 that abort() leaves: at once 9,062 / 9,420, 20 ms later 10,000 / 9,994
+//   lines of 10,000 that abort() leaves: at once 9,014 / 9,748, 20 ms later 10,000 / 9,994
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
