@@ -92,14 +92,8 @@ void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
   }
   for (const auto& entry : left) unobserveEntry(entry);
   // The initial call may let go of the object and of this controller.
-  const bool mayLetGo = (info->_options & NSKeyValueObservingOptionInitial) != 0;
-  const Ref<NSObject> kept = mayLetGo ? ref(object) : nullptr;
-  try {
-    shared().observe(object, *info);
-  } catch (...) {
-    if (const Ref<FBKVOController> present = shared().controller(*info)) present->_unobserve(object, info->_keyPath);
-    throw;
-  }
+  const Ref<NSObject> kept = info->wants(NSKeyValueObservingOptionInitial) ? ref(object) : nullptr;
+  shared().observe(object, std::move(info));
 }
 
 void FBKVOController::_unobserve(NSObject& object, const NSString& keyPath) {

@@ -3,10 +3,17 @@
 #include <algorithm>
 
 namespace norvik::detail {
+namespace {
+
+bool isFor(const _FBKVOInfo& info, const NSString& keyPath) {
+  return info.keyPath().isIdenticalTo(keyPath) || info.keyPath() == keyPath;
+}
+
+}  // namespace
 
 bool InfoSet::add(const Ref<_FBKVOInfo>& info) {
   for (const Ref<_FBKVOInfo>& present : infos()) {
-    if (present->keyPath() == info->keyPath()) return false;
+    if (isFor(*present, info->keyPath())) return false;
   }
   if (many_) {
     many_->push_back(info);
@@ -21,9 +28,8 @@ bool InfoSet::add(const Ref<_FBKVOInfo>& info) {
 }
 
 Ref<_FBKVOInfo> InfoSet::take(const NSString& keyPath) {
-  if (!many_) return one_ && one_->keyPath() == keyPath ? std::move(one_) : nullptr;
-  const auto found =
-      std::ranges::find_if(*many_, [&](const Ref<_FBKVOInfo>& info) { return info->keyPath() == keyPath; });
+  if (!many_) return one_ && isFor(*one_, keyPath) ? std::move(one_) : nullptr;
+  const auto found = std::ranges::find_if(*many_, [&](const Ref<_FBKVOInfo>& info) { return isFor(*info, keyPath); });
   if (found == many_->end()) return nullptr;
   Ref<_FBKVOInfo> taken = std::move(*found);
   many_->erase(found);

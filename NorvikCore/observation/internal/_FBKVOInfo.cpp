@@ -27,9 +27,8 @@ std::string namesOf(NSKeyValueObservingOptions options) {
 
 _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
                        FBKVONotificationBlock block, SEL action, void* context)
-    : _controller(&controller),
-      _keyPath(std::move(keyPath)),
-      _options(options),
+    : Registration(_FBKVOSharedController::sharedController(), std::move(keyPath), options, this),
+      _controller(&controller),
       _action(action),
       _context(context),
       _block(std::move(block)) {}
@@ -74,14 +73,15 @@ Ref<_FBKVOInfo> _FBKVOInfo::initWithController_keyPath(FBKVOController& controll
 bool _FBKVOInfo::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   if (!other.isKindOfClass(classObject())) return false;
-  return static_cast<const _FBKVOInfo&>(other)._keyPath == _keyPath;
+  return static_cast<const _FBKVOInfo&>(other).keyPath() == keyPath();
 }
 
-std::size_t _FBKVOInfo::hash() const { return std::hash<NSString>()(_keyPath); }
+std::size_t _FBKVOInfo::hash() const { return std::hash<NSString>()(keyPath()); }
 
 NSString _FBKVOInfo::description() const {
-  NSString text = stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), _keyPath);
-  if (_options != 0) text = text + " options:" + namesOf(_options);
+  NSString text =
+      stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), keyPath());
+  if (options() != 0) text = text + " options:" + namesOf(options());
   if (_action) text = text + " action:" + _action.name();
   if (_context) text = text + stringWithFormat(" context:%p", _context);
   if (_block) text = text + stringWithFormat(" block:%p", static_cast<const void*>(_block.object().get()));

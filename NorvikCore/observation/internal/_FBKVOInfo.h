@@ -2,13 +2,13 @@
 #pragma once
 
 #include "NorvikCore/observation/FBKVOController.h"
-
-#include <atomic>
+#include "NorvikCore/platform/runtime/internal/Registration.h"
 
 namespace norvik {
 
-/// Equal to another one with the same key path, whatever its handler and options.
-class NK_EXPORT _FBKVOInfo : public NSObject {  // NOLINT(bugprone-reserved-identifier): a given name
+/// It is its own registration with the runtime, whose context is its address: one object for each observation. Equal to
+/// another one with the same key path, whatever its handler and options.
+class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOInfo, NSObject)
 
   _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
@@ -32,25 +32,19 @@ class NK_EXPORT _FBKVOInfo : public NSObject {  // NOLINT(bugprone-reserved-iden
   /// Without options and handler: to look for an equal one.
   [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath(FBKVOController& controller, NSString keyPath);
 
-  [[nodiscard]] const NSString& keyPath() const noexcept { return _keyPath; }
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   [[nodiscard]] NSString description() const override;
   [[nodiscard]] NSString debugDescription() const { return description(); }
 
  private:
-  friend class FBKVOController;
   friend class _FBKVOSharedController;
-  enum : int { Initial = 0, Observing = 1, Ended = 2 };
 
   /// Not kept, and followed only while this is listed: a controller ends its observations before it goes.
   FBKVOController* const _controller;
-  const NSString _keyPath;
-  const NSKeyValueObservingOptions _options;
   const SEL _action;
   void* const _context;
   const FBKVONotificationBlock _block;
-  std::atomic<int> _state{Initial};
   bool isListed_ = false;             ///< in the shared controller's table, and guarded by its mutex
   const NSObject* object_ = nullptr;  ///< what it observes; only an address
 };

@@ -4,7 +4,9 @@
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/runtime/NSArray.h"
 #include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/runtime/internal/ObserverList.h"
 
+#include <utility>
 #include <vector>
 
 namespace norvik {
@@ -18,51 +20,50 @@ _FBKVOSharedController& _FBKVOSharedController::sharedController() {
   return shared;
 }
 
-void _FBKVOSharedController::observe(NSObject& object, _FBKVOInfo& info) {
+void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
   {
-    MutexLock lock(_mutex);
-    if (info._state.load(std::memory_order_acquire) == _FBKVOInfo::Ended) return;
-    _infos[&info];
-    info.isListed_ = true;
-    info.object_ = &object;
+    detail::WordLock lock(_mutex);
+    if (!info->isActive()) return;
+    _infos[info.get()];
+    info->isListed_ = true;
+    info->object_ = &object;
   }
-  object.addObserver(*this, info._keyPath, info._options, &info);
-  int before = _FBKVOInfo::Initial;
-  if (info._state.compare_exchange_strong(before, _FBKVOInfo::Observing, std::memory_order_acq_rel)) return;
-  // Ended meanwhile, by a handler or another thread, which left the registration to this one.
-  if (before == _FBKVOInfo::Ended) object.removeObserver(*this, info._keyPath, &info);
-}
-
-/// Removes the registration, unless observe() has not made it yet and will remove it itself.
-void _FBKVOSharedController::end(NSObject* object, _FBKVOInfo& info) {
-  const int before = info._state.exchange(_FBKVOInfo::Ended, std::memory_order_acq_rel);
-  if (before == _FBKVOInfo::Observing && object) object->removeObserver(sharedController(), info._keyPath, &info);
+  // One that is ended meanwhile, by a handler or another thread, is not attached any more.
+  Ref<detail::Registration> registration = std::move(info);
+  if (detail::attachPlain(object, registration)) return;
+  try {
+    detail::observe(object, registration);
+  } catch (...) {
+    const auto& failed = static_cast<const _FBKVOInfo&>(*registration);
+    if (const Ref<FBKVOController> present = controller(failed)) present->unobserve(object, failed.keyPath());
+    throw;
+  }
 }
 
 void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
   forget(info);
-  end(&object, info);
+  detail::endRegistration(&object, info);
 }
 
 void _FBKVOSharedController::unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos) {
   {
-    MutexLock lock(_mutex);
+    detail::WordLock lock(_mutex);
     for (const Ref<_FBKVOInfo>& info : infos) {
       _infos.take(info.get());
       info->isListed_ = false;
     }
   }
-  for (const Ref<_FBKVOInfo>& info : infos) end(object, *info);
+  for (const Ref<_FBKVOInfo>& info : infos) detail::endRegistration(object, *info);
 }
 
 void _FBKVOSharedController::forget(const _FBKVOInfo& info) {
-  MutexLock lock(_mutex);
+  detail::WordLock lock(_mutex);
   _infos.take(&info);
   const_cast<_FBKVOInfo&>(info).isListed_ = false;
 }
 
 Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) const {
-  MutexLock lock(_mutex);
+  detail::WordLock lock(_mutex);
   if (!info.isListed_ || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return nullptr;
   return Ref<FBKVOController>::adopt(info._controller);
 }
@@ -72,12 +73,12 @@ Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) 
 _FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, const NSObject& object,
                                                            const NSString& keyPath) const {
   Meant meant;
-  MutexLock lock(_mutex);
+  detail::WordLock lock(_mutex);
   if (!_infos.find(context)) return meant;
   // What is listed is there: an info that goes, and a controller that ends its observations, wait for this mutex.
   auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
-  const bool isMeant = info.object_ == &object && (info._keyPath.isIdenticalTo(keyPath) || info._keyPath == keyPath) &&
-                       info._state.load(std::memory_order_acquire) != _FBKVOInfo::Ended;
+  const bool isMeant = info.object_ == &object && info.isActive() &&
+                       (info.keyPath().isIdenticalTo(keyPath) || info.keyPath() == keyPath);
   if (!isMeant || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return meant;
   meant.controller = Ref<FBKVOController>::adopt(info._controller);
   if (detail::ObjectAccess::retainUnlessGoing(info)) meant.info = Ref<_FBKVOInfo>::adopt(&info);
@@ -103,7 +104,7 @@ void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSO
 NSString _FBKVOSharedController::debugDescription() const {
   std::vector<Ref<_FBKVOInfo>> infos;
   {
-    MutexLock lock(_mutex);
+    detail::WordLock lock(_mutex);
     _infos.forEach([&](const void* address, Listed) {
       auto* info = static_cast<_FBKVOInfo*>(const_cast<void*>(address));
       if (detail::ObjectAccess::retainUnlessGoing(*info)) infos.push_back(Ref<_FBKVOInfo>::adopt(info));

@@ -6,6 +6,7 @@
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 #include "NorvikCore/platform/runtime/internal/PointerTable.h"
+#include "NorvikCore/platform/runtime/internal/WordMutex.h"
 
 #include <span>
 
@@ -17,9 +18,8 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   /// Made on first use and never destroyed.
   [[nodiscard]] static _FBKVOSharedController& sharedController();
 
-  void observe(NSObject& object, _FBKVOInfo& info);
-  /// The controller of an observation, empty where that has ended or the controller goes.
-  [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
+  /// What that raises ends the observation, also at its controller.
+  void observe(NSObject& object, Ref<_FBKVOInfo> info);
   void unobserve(NSObject& object, _FBKVOInfo& info);
   /// `object` is null where it is gone, and its registrations with it.
   void unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos);
@@ -32,17 +32,18 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   friend class _FBKVOInfo;
   struct Listed {};
 
+  /// The controller of an observation, empty where that has ended or the controller goes.
+  [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
   void forget(const _FBKVOInfo& info);
   struct Meant {
     Ref<_FBKVOInfo> info;
     Ref<FBKVOController> controller;
   };
   [[nodiscard]] Meant find(const void* context, const NSObject& object, const NSString& keyPath) const;
-  static void end(NSObject* object, _FBKVOInfo& info);
 
   /// By address; an info that goes takes itself out.
   detail::PointerTable<Listed> _infos NK_GUARDED_BY(_mutex);
-  mutable Mutex _mutex;
+  mutable detail::WordMutex _mutex;
 };
 
 }  // namespace norvik

@@ -199,28 +199,34 @@ NSString described(const Registration& registration, const NSObject& observer, c
 }  // namespace
 }  // namespace detail
 
-void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
-                           void* context) {
-  auto registration = make<detail::Registration>(*this, observer, keyPath, options, context);
-  registration->check(*this);
+void detail::observe(NSObject& object, Ref<Registration> registration) {
+  registration->setRoot(object);
+  if (attachPlain(object, registration)) return;
+  registration->check(object);
   const bool wantsInitial = registration->wants(NSKeyValueObservingOptionInitial);
   if (registration->length() == 1 && !wantsInitial) {
-    detail::attach(*this, std::move(registration), 0);
+    attach(object, std::move(registration), 0);
     return;
   }
-  const Ref<NSObject> keptObject = ref(*this), keptObserver = ref(observer);  // whatever the first call does
-  if (!detail::attach(*this, registration, 0)) return;
+  Ref<NSObject> keptObserver;
+  const Ref<NSObject> keptObject = ref(object);  // whatever the first call does
+  NSObject* observer = registration->observer(keptObserver);
+  if (!attach(object, registration, 0)) return;
   try {
-    registration->follow(*this);
-    if (!wantsInitial) return;
+    registration->follow(object);
+    if (!wantsInitial || !observer) return;
     const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
-    const KeyValueChange change(Value(), wantsNew ? registration->valueFrom(*this, 0) : Value(), false);
-    observer.observeValueForKeyPath(keyPath, *this, change, context);
+    const KeyValueChange change(Value(), wantsNew ? registration->valueFrom(object, 0) : Value(), false);
+    observer->observeValueForKeyPath(registration->keyPath(), object, change, registration->context());
   } catch (...) {
-    if (registration->end()) detail::detach(this, *registration, 0);
-    registration->leavePath();
+    endRegistration(&object, *registration);
     throw;
   }
+}
+
+void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
+                           void* context) {
+  detail::observe(*this, make<detail::Registration>(observer, keyPath, options, context));
 }
 
 namespace {

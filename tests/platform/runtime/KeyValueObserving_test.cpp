@@ -43,6 +43,15 @@ class Director : public Person {
   NSString caption() const { return "has a " + seat(); }
 };
 
+class Account : public NSObject {
+  NK_OBJECT(Account, NSObject)
+  NK_PROPERTY(Decimal, pay, setPay)
+  NK_PROPERTY(Decimal, deposit, setDeposit)
+  NK_COMPUTED_PROPERTY(Decimal, total)
+  NK_AFFECTED_BY(total, deposit)
+  Decimal total() const { return deposit(); }
+};
+
 class WatchedSlip : public NSObject {
   NK_OBJECT(WatchedSlip, NSObject)
   NK_PROPERTY(Ref<Person>, employee, setEmployee)
@@ -270,6 +279,20 @@ TEST_F(KeyValueObserving, KeysAffectedThroughOtherKeysChangeToo) {
   director->addObserver(*recorder, "caption", New);
   director->setBoard("audit");
   EXPECT_EQ(recorder->heard, (Texts{"caption:(null)>has a seat on audit"}));
+}
+
+TEST_F(KeyValueObserving, AKeyIsAffectedByWhatTheClassOfItsObjectStates) {
+  const auto account = make<Account>();
+  for (int round = 0; round < 2; ++round) {
+    person->addObserver(*recorder, "total", New);
+    account->addObserver(*recorder, "total", New);
+    person->setPay(person->pay() + 1);
+    account->setPay(account->pay() + 1);  // another key, which nothing is said of
+    account->setDeposit(account->deposit() + 5);
+    person->removeObserver(*recorder, "total");
+    account->removeObserver(*recorder, "total");
+  }
+  EXPECT_EQ(recorder->heard, (Texts{"total:(null)>1", "total:(null)>5", "total:(null)>2", "total:(null)>10"}));
 }
 
 TEST_F(KeyValueObserving, APathInACircleHearsOfEachChangeOnce) {

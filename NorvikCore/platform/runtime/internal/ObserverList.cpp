@@ -1,13 +1,14 @@
 #include "NorvikCore/platform/runtime/internal/ObserverList.h"
 
-#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/Class.h"
 #include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/runtime/internal/ObservedKey.h"
 #include "NorvikCore/platform/runtime/internal/PointerTable.h"
+#include "NorvikCore/platform/runtime/internal/WordMutex.h"
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <utility>
 
 namespace norvik::detail {
 
@@ -72,7 +73,7 @@ namespace {
 
 /// The lists of some objects. An object that was ever observed keeps its list, perhaps empty, until it goes.
 struct Stripe {
-  Mutex mutex;
+  WordMutex mutex;
   PointerTable<Ref<ObserverList>> lists NK_GUARDED_BY(mutex);
 };
 
@@ -97,39 +98,21 @@ ObserverList& changeable(Ref<ObserverList>& list) {
   return *list;
 }
 
-/// remove(list) on the object's list, under the lock; what it gives goes after the lock.
+/// remove(list) on the object's list; what it gives goes after the lock.
 template <class Remove>
-Ref<Registration> removeFrom(const NSObject* object, Remove&& remove) {
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  Ref<ObserverList>* list = stripe.lists.find(object);
+Ref<Registration> removeFrom(Stripe& stripe, const NSObject& object, Remove&& remove) NK_REQUIRES(stripe.mutex) {
+  Ref<ObserverList>* list = stripe.lists.find(&object);
   if (!list) return nullptr;
   ObserverList& changed = changeable(*list);
   Ref<Registration> removed = remove(changed);
-  if (removed && changed.count() == 0) ObjectAccess::setObserved(*object, false);
+  if (removed && changed.count() == 0) ObjectAccess::setObserved(object, false);
   return removed;
 }
-
-/// All keys whose change changes this key, directly or through others, null where there are none. Kept for good: there
-/// are as many as the classes state.
-const std::vector<NSString>* keysAffecting(const Class& theClass, const NSString& key) {
-  std::vector<NSString> all = theClass.keysAffecting(key);
-  if (all.empty()) return nullptr;
-  static auto& mutex = *new Mutex;
-  static auto& known = *new std::map<std::pair<const Class*, NSString>, const std::vector<NSString>*>;
-  {
-    MutexLock lock(mutex);
-    if (const auto found = known.find({&theClass, key}); found != known.end()) return found->second;
-  }
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    for (NSString& further : theClass.keysAffecting(all[i])) {
-      if (further != key && std::ranges::find(all, further) == all.end()) all.push_back(std::move(further));
-    }
-  }
-  MutexLock lock(mutex);
-  const auto*& kept = known[{&theClass, key}];
-  if (!kept) kept = new std::vector<NSString>(std::move(all));
-  return kept;
+template <class Remove>
+Ref<Registration> removeFrom(const NSObject& object, Remove&& remove) {
+  Stripe& stripe = stripeOf(&object);
+  WordLock lock(stripe.mutex);
+  return removeFrom(stripe, object, remove);
 }
 
 }  // namespace
@@ -137,26 +120,44 @@ const std::vector<NSString>* keysAffecting(const Class& theClass, const NSString
 Ref<const ObserverList> observersOf(const NSObject& object) {
   if (!object.isObserved()) return nullptr;
   Stripe& stripe = stripeOf(&object);
-  MutexLock lock(stripe.mutex);
+  WordLock lock(stripe.mutex);
   const Ref<ObserverList>* list = stripe.lists.find(&object);
   return list ? *list : nullptr;
 }
 
-bool attach(NSObject& object, Ref<Registration> registration, std::size_t depth) {
+namespace {
+
+bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> registration, std::size_t depth) {
   if (ObjectAccess::isDying(object)) return false;
-  const auto* affecting = keysAffecting(object.classObject(), registration->key(depth));
+  const auto* affecting = key && !key->affecting.empty() ? &key->affecting : nullptr;
   const std::uint32_t hash = hashOf(registration->observerAddress(), registration->context());
   ObserverList::Entry entry{std::move(registration), affecting, static_cast<std::uint32_t>(depth), hash};
   Stripe& stripe = stripeOf(&object);
-  MutexLock lock(stripe.mutex);
+  WordLock lock(stripe.mutex);
+  if (!entry.registration->isActive()) return false;
   changeable(stripe.lists[&object]).add(std::move(entry));
-  ObjectAccess::setObserved(object, true);
+  if (!object.isObserved()) ObjectAccess::setObserved(object, true);
+  return true;
+}
+
+}  // namespace
+
+bool attach(NSObject& object, Ref<Registration> registration, std::size_t depth) {
+  const ObservedKey* key = observedKey(object.classObject(), registration->key(depth));
+  return attachUnder(key, object, std::move(registration), depth);
+}
+
+bool attachPlain(NSObject& object, Ref<Registration>& registration) {
+  if (registration->length() != 1 || registration->wants(NSKeyValueObservingOptionInitial)) return false;
+  const ObservedKey* key = observedKey(object.classObject(), registration->keyPath());
+  if (!key || !key->isProperty) return false;
+  attachUnder(key, object, std::move(registration), 0);
   return true;
 }
 
 void detach(const NSObject* object, const Registration& registration, std::size_t depth) {
   const std::uint32_t hash = hashOf(registration.observerAddress(), registration.context());
-  removeFrom(object, [&](ObserverList& list) {
+  removeFrom(*object, [&](ObserverList& list) {
     return list.remove(
         hash, [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == depth; });
   });
@@ -169,18 +170,35 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
     return e.depth == 0 && r.observerAddress() == &observer && (!context || r.context() == *context) &&
            (r.keyPath().isIdenticalTo(keyPath) || r.keyPath() == keyPath) && r.isActive();
   };
-  Ref<Registration> taken = removeFrom(&object, [&](ObserverList& list) {
+  Ref<Registration> taken = removeFrom(object, [&](ObserverList& list) {
     return context ? list.remove(hashOf(&observer, *context), isWanted) : list.removeAny(isWanted);
   });
   if (taken) taken->stop();
   return taken;
 }
 
+void endRegistration(NSObject* object, Registration& registration) {
+  Ref<Registration> removed;  // goes after the lock
+  if (object) {
+    const std::uint32_t hash = hashOf(registration.observerAddress(), registration.context());
+    Stripe& stripe = stripeOf(object);
+    WordLock lock(stripe.mutex);
+    registration.stop();
+    removed = removeFrom(stripe, *object, [&](ObserverList& list) {
+      return list.remove(
+          hash, [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == 0; });
+    });
+  } else {
+    registration.stop();
+  }
+  registration.leavePath();
+}
+
 void forgetObservers(NSObject& object) noexcept {
   Ref<ObserverList> list;
   {
     Stripe& stripe = stripeOf(&object);
-    MutexLock lock(stripe.mutex);
+    WordLock lock(stripe.mutex);
     list = stripe.lists.take(&object);
   }
   if (!list) return;

@@ -80,12 +80,21 @@ Ref<Registration> ObserverList::removeAny(IsWanted&& isWanted) {
 [[nodiscard]] Ref<const ObserverList> observersOf(const NSObject& object);
 
 /// Makes a registration hear of changes of that object under the key at `depth` of its path, and no longer. Refused by
-/// an object that goes.
+/// an object that goes, and to a registration that has ended.
 bool attach(NSObject& object, Ref<Registration> registration, std::size_t depth);
+/// Attaches one of a single property without an initial call: nothing of others is called, and nothing is to check.
+/// False, and nothing is done, where it is not so simple.
+bool attachPlain(NSObject& object, Ref<Registration>& registration);
 void detach(const NSObject* object, const Registration& registration, std::size_t depth);
 /// Ends the latest registration made on the object itself for this observer, path and context (any where that is null),
 /// and takes it from the object's list. Empty where there is none.
 [[nodiscard]] Ref<Registration> takeRegistration(const NSObject& object, const NSObject& observer,
                                                  const NSString& keyPath, const void* const* context);
+
+/// Checks the path, attaches the registration to all of it, and makes the initial call.
+void observe(NSObject& object, Ref<Registration> registration);
+/// Ends a registration wherever it stands, also one that is being made: it will not be attached any more. `object` is
+/// the one it was made on, or null where that is gone.
+void endRegistration(NSObject* object, Registration& registration);
 
 }  // namespace norvik::detail

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace norvik::detail {
 namespace {
@@ -56,20 +57,18 @@ NSObject* observable(const Value& value) {
 
 }  // namespace
 
-Registration::Registration(NSObject& root, NSObject& observer, const NSString& keyPath,
-                           NSKeyValueObservingOptions options, void* context)
+Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
       isObserverPermanent_(ObjectAccess::isPermanent(observer)),
       observerReference_(isObserverPermanent_ ? nullptr : &observer),
-      keyPath_(keyPath),
+      keyPath_(std::move(keyPath)),
       context_(context),
       options_(options) {
-  if (keyPath.view().find('.') == std::string_view::npos) return;
+  if (keyPath_.view().find('.') == std::string_view::npos) return;
   path_ = std::make_unique<Path>();
-  path_->root = Weak<NSObject>(&root);
-  path_->keys = keyPath.componentsSeparatedBy(".");
+  path_->keys = keyPath_.componentsSeparatedBy(".");
   for (NSUInteger start = 0; const NSString& key : path_->keys) {
-    path_->rests.push_back(keyPath.substringFromIndex(start));
+    path_->rests.push_back(keyPath_.substringFromIndex(start));
     start += key.length() + 1;
   }
   MutexLock lock(path_->mutex);
@@ -82,6 +81,10 @@ NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
   if (isObserverPermanent_) return observer_;
   kept = observerReference_.lock();
   return kept.get();
+}
+
+void Registration::setRoot(NSObject& root) {
+  if (path_) path_->root = Weak<NSObject>(&root);
 }
 
 Ref<NSObject> Registration::root(NSObject& here, std::size_t depth) const noexcept {

@@ -15,10 +15,9 @@ namespace norvik::detail {
 /// A registration stands in the list of every object along its path, under the key that leads on from there: so a
 /// change anywhere is heard. When an object along the path is exchanged, the entries behind it move to the objects now
 /// found there.
-class Registration final : public NSObject {
+class NK_EXPORT Registration : public NSObject {
  public:
-  Registration(NSObject& root, NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
-               void* context);
+  Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context);
   ~Registration() override;
 
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
@@ -29,6 +28,8 @@ class Registration final : public NSObject {
   [[nodiscard]] const NSObject* observerAddress() const noexcept { return observer_; }
   /// Null where it is gone; else `kept` holds it as far as that is needed.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
+  /// Before it is attached anywhere.
+  void setRoot(NSObject& root);
   /// The object the registration was made on, empty once it goes; `here` is the object at `depth`.
   [[nodiscard]] Ref<NSObject> root(NSObject& here, std::size_t depth) const noexcept;
 
@@ -41,7 +42,7 @@ class Registration final : public NSObject {
   [[nodiscard]] bool isActive() const noexcept { return isActive_.load(std::memory_order_acquire); }
   /// True for the one caller that ended it.
   [[nodiscard]] bool end() noexcept { return isActive_.exchange(false, std::memory_order_acq_rel); }
-  /// The same for one that nobody else can find any more.
+  /// The same for one that nobody else ends.
   void stop() noexcept { isActive_.store(false, std::memory_order_release); }
 
   /// What is found at the end of the path from the object at `depth` on, the null marker where it breaks off.
