@@ -73,15 +73,15 @@ Ref<_FBKVOInfo> _FBKVOInfo::initWithController_keyPath(FBKVOController& controll
 bool _FBKVOInfo::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   if (!other.isKindOfClass(classObject())) return false;
-  return static_cast<const _FBKVOInfo&>(other).keyPath() == keyPath();
+  return static_cast<const _FBKVOInfo&>(other)._keyPath() == _keyPath();
 }
 
-std::size_t _FBKVOInfo::hash() const { return std::hash<NSString>()(keyPath()); }
+std::size_t _FBKVOInfo::hash() const { return std::hash<NSString>()(_keyPath()); }
 
 NSString _FBKVOInfo::description() const {
   NSString text =
-      stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), keyPath());
-  if (options() != 0) text = text + " options:" + namesOf(options());
+      stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), _keyPath());
+  if (_options() != 0) text = text + " options:" + namesOf(_options());
   if (_action) text = text + " action:" + _action.name();
   if (_context) text = text + stringWithFormat(" context:%p", _context);
   if (_block) text = text + stringWithFormat(" block:%p", static_cast<const void*>(_block.object().get()));

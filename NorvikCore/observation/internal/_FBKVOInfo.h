@@ -39,6 +39,15 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
 
  private:
   friend class _FBKVOSharedController;
+  enum State : int { Initial = 0, Observing = 1, Ended = 2 };
+
+  [[nodiscard]] const NSString& _keyPath() const noexcept { return keyPath(); }
+  [[nodiscard]] NSKeyValueObservingOptions _options() const noexcept { return options(); }
+  /// For those who hold the shared controller's mutex. Ended is final.
+  [[nodiscard]] State _state() const noexcept {
+    if (!isActive()) return Ended;
+    return isListed_ ? Observing : Initial;
+  }
 
   /// Not kept, and followed only while this is listed: a controller ends its observations before it goes.
   FBKVOController* const _controller;

@@ -23,7 +23,7 @@ _FBKVOSharedController& _FBKVOSharedController::sharedController() {
 void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
   {
     detail::WordLock lock(_mutex);
-    if (!info->isActive()) return;
+    if (info->_state() == _FBKVOInfo::Ended) return;
     _infos[info.get()];
     info->isListed_ = true;
     info->object_ = &object;
@@ -77,8 +77,8 @@ _FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, 
   if (!_infos.find(context)) return meant;
   // What is listed is there: an info that goes, and a controller that ends its observations, wait for this mutex.
   auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
-  const bool isMeant = info.object_ == &object && info.isActive() &&
-                       (info.keyPath().isIdenticalTo(keyPath) || info.keyPath() == keyPath);
+  const bool isMeant = info.object_ == &object && info._state() != _FBKVOInfo::Ended &&
+                       (info._keyPath().isIdenticalTo(keyPath) || info._keyPath() == keyPath);
   if (!isMeant || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return meant;
   meant.controller = Ref<FBKVOController>::adopt(info._controller);
   if (detail::ObjectAccess::retainUnlessGoing(info)) meant.info = Ref<_FBKVOInfo>::adopt(&info);
