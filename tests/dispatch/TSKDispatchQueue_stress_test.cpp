@@ -25,8 +25,9 @@ using test::Wrapper;
 
 constexpr std::size_t kQueues = 64;
 constexpr std::size_t kThreads = 8;
-constexpr int kTurns = 1000;
+constexpr std::size_t kTurns = 1000;
 constexpr int kDepth = 5;
+constexpr std::size_t kMostHops = kThreads * kTurns * ((1 << kDepth) - 1);  // each makes two at most
 constexpr std::size_t kTimerNames = 4;
 
 /// A model of the hierarchy beside the real one: each block knows the queues that it is inside.
@@ -46,13 +47,14 @@ class Hops {
     for (std::size_t i = 0; i < kThreads; ++i) {
       threads.emplace_back([this, i] {
         std::mt19937 random(static_cast<unsigned>(i));
-        for (int turn = 0; turn < kTurns; ++turn) hop(random, {}, kDepth);
+        for (std::size_t turn = 0; turn < kTurns; ++turn) hop(random, {}, kDepth);
       });
     }
     for (std::thread& thread : threads) thread.join();
     for (int left = waiting_; left > 0; left = waiting_) waiting_.wait(left);
     for (const Wrapper& queue : queues_) queue->cancelAllTimers();
     for (const Wrapper& queue : queues_) test::flush(queue);
+    for (std::size_t block = 0; block < asynchronousBlocks_; ++block) expect(runsOfBlock_[block] == 1);
   }
 
   std::atomic<int> wrong{0}, posted{0}, ran{0}, refused{0}, inPlace{0}, logged{0}, timersSet{0}, timersFired{0};
@@ -108,8 +110,9 @@ class Hops {
   void hopAsynchronously(std::mt19937& random, std::size_t target, int depth) {
     ++posted;
     ++waiting_;
-    queues_[target]->dispatchAsynchronously([this, target, depth, seed = random()] {
+    queues_[target]->dispatchAsynchronously([this, target, depth, block = asynchronousBlocks_++, seed = random()] {
       std::mt19937 own(seed);
+      ++runsOfBlock_[block];
       ++ran;
       const Stack stack{target};
       check(stack, target);
@@ -152,6 +155,8 @@ class Hops {
 
   std::array<Wrapper, kQueues> queues_;
   std::atomic<int> waiting_{0};
+  std::vector<std::atomic<unsigned char>> runsOfBlock_ = std::vector<std::atomic<unsigned char>>(kMostHops);
+  std::atomic<std::size_t> asynchronousBlocks_{0};
 };
 
 TEST(TSKDispatchQueueStress, EveryBlockRunsOnceOrIsRefusedAsItsQueueSays) {
