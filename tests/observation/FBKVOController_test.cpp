@@ -14,6 +14,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using namespace norvik;
@@ -435,6 +436,15 @@ TEST_F(FBKVOControllerTest, WhatTheInitialCallRaisesLeavesNothingBehind) {
   controller->observe_keyPath_options_block(slip, "note", New, recording());
   slip->setNote("a");
   EXPECT_EQ(heard.size(), 2u);
+}
+
+TEST_F(FBKVOControllerTest, AnObservationThatEndsBeforeItBeginsIsNeitherMadeNorListed) {
+  auto& shared = _FBKVOSharedController::sharedController();
+  const auto info = _FBKVOInfo::initWithController_keyPath_options_block(*controller, "note", New, recording());
+  shared.unobserve(*slip, *info);
+  shared.observe(*slip, info);
+  EXPECT_FALSE(slip->isObserved());
+  EXPECT_EQ(shared.debugDescription().view().find(info->description().view()), std::string_view::npos);
 }
 
 // Disposal.
