@@ -17,7 +17,8 @@ usage:
 options:
   --input FOLDER    the folder that holds the employer's three files
   --month N         the tax month to pay: 1 is 6 April to 5 May, 12 is 6 March to 5 April
-  --output FILE     write the report there instead of to standard output; the file is there in whole or not at all
+  --output FILE     write the report there instead of to standard output; the file is there in whole or not at all,
+                    and may not be one of the input's
   --logs FOLDER     write the log there (default: Logs/payrun in the user's library folder)
   --watch           stay after the report, and pay anew whenever one of the three files changes; SIGINT (Ctrl-C) and
                     SIGTERM end it
@@ -37,7 +38,8 @@ input, all UTF-8:
                     999,999,999.99 at most
 
   The CSV files are comma-separated with the headings above; fields with commas, quotation marks or line ends stand in
-  quotation marks (RFC 4180). What an item is worth was decided by the payroll; no tax is computed here.
+  quotation marks (RFC 4180). What the report shows, numbers and names, must be one line without control characters.
+  What an item is worth was decided by the payroll; no tax is computed here.
 
   An item counts on its day. One with a time of day counts on the nearest start of day (up to 12:59:59 its own, from
   13:00:00 the next), and the log says so. Days must lie in the tax year. Amounts are rounded to the penny, a half

@@ -25,6 +25,20 @@ std::size_t firstInvalidUtf8(std::string_view text) {
   return std::string_view::npos;
 }
 
+std::size_t controlCharacter(std::string_view text) {
+  if (text.empty()) return 0;
+  const auto byte = static_cast<unsigned char>(text[0]);
+  if (byte < 0x20 || byte == 0x7F) return 1;
+  return byte == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0 ? 2 : 0;
+}
+
+bool hasControlCharacter(std::string_view text) {
+  for (; !text.empty(); text.remove_prefix(1)) {
+    if (controlCharacter(text) != 0) return true;
+  }
+  return false;
+}
+
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < text.size(); ++count) {

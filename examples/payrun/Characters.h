@@ -9,6 +9,12 @@ namespace payrun {
 /// The offset of the first byte that is not UTF-8, or npos.
 std::size_t firstInvalidUtf8(std::string_view text);
 
+/// How many of the first bytes are a control character: 0, 1, or 2 for U+0080 to U+009F.
+std::size_t controlCharacter(std::string_view text);
+
+/// Whether the text has a control character, such as a tab, a line end or the escape that a terminal obeys.
+bool hasControlCharacter(std::string_view text);
+
 /// How many characters the text has; a byte that is not UTF-8 counts as one.
 std::size_t characterCount(std::string_view text);
 

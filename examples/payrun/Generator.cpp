@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "InputError.h"
+#include "InputReader.h"
 #include "NorvikCore/Categories/NSDate+Norvik.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
 #include "NorvikCore/platform/values/Decimal.h"
@@ -113,7 +114,7 @@ std::string itemsOf(std::size_t people, Dice& dice) {
 
 void generateEmployer(std::size_t people, const std::filesystem::path& folder) {
   std::filesystem::create_directories(folder);
-  for (const char* name : {"employer.ini", "employees.csv", "items.csv"}) {
+  for (const char* name : inputFiles) {
     if (std::filesystem::exists(folder / name)) throw InputError((folder / name).string() + " is there already");
   }
   Dice dice;

@@ -1,5 +1,8 @@
 #include "InputError.h"
 
+#include <algorithm>
+
+#include "Characters.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
 namespace payrun {
@@ -18,15 +21,14 @@ std::string quoted(std::string_view text) {
       result += "...";
       break;
     }
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const std::size_t length = norvik::utf8::validSequence(text.substr(i));
-    if (length == 0 || byte < 0x20 || byte == 0x7F) {
+    const std::size_t length = norvik::utf8::validSequence(text.substr(i)),
+                      hidden = length == 0 ? 1 : controlCharacter(text.substr(i));
+    for (std::size_t j = 0; j < hidden; ++j) {
+      const auto byte = static_cast<unsigned char>(text[i + j]);
       result += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
-      ++i;
-    } else {
-      result += text.substr(i, length);
-      i += length;
     }
+    if (hidden == 0) result += text.substr(i, length);
+    i += std::max(length, hidden);
   }
   return result + "\"";
 }

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "AmountReader.h"
+#include "Characters.h"
 #include "CsvReader.h"
 #include "IniFile.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Coercion.h"
@@ -19,6 +20,13 @@ namespace {
 
 bool isDigits(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
+}
+
+bool isBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
+
+/// Refuses a text that would not stay on its line of the report.
+void checkPrintable(const TextFile& file, std::string_view text, std::size_t offset) {
+  if (hasControlCharacter(text)) file.refuse(offset, quoted(text) + " has a control character");
 }
 
 std::string listed(std::span<const std::string_view> words) {
@@ -65,6 +73,7 @@ void readIniOf(Employer& employer, const TextFile& file) {
   std::array<bool, 3> found{};
   for (const IniEntry& entry : readIni(file)) {
     if (entry.value.empty()) file.refuse(entry.valueOffset, quoted(entry.key) + " has no value");
+    checkPrintable(file, entry.value, entry.valueOffset);
     if (entry.section == "departments") {
       employer.add(Department{std::string(entry.key), std::string(entry.value)});
       continue;
@@ -101,10 +110,11 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
     file.refuse(record[column].offset, quoted(record[column].text) + problem);
   };
   Employee employee;
+  for (const std::size_t column : {0U, 1U}) checkPrintable(file, record[column].text, record[column].offset);
   employee.number = record[0].text;
-  if (employee.number.empty()) refuse(0, " is no employee's number");
+  if (isBlank(employee.number)) refuse(0, " is no employee's number");
   employee.name = record[1].text;
-  if (employee.name.empty()) refuse(1, " is no name");
+  if (isBlank(employee.name)) refuse(1, " is no name");
   const auto department = employer.departmentWithCode(record[2].text);
   if (!department) refuse(2, " is no department of employer.ini");
   employee.department = *department;

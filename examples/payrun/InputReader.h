@@ -11,6 +11,9 @@
 
 namespace payrun {
 
+/// What the employer's folder holds.
+constexpr const char* inputFiles[] = {"employer.ini", "employees.csv", "items.csv"};
+
 /// Reads employer.ini and employees.csv of a folder.
 Employer readEmployer(const std::filesystem::path& folder);
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -55,12 +56,33 @@ class Draft {
   bool published_ = false;
 };
 
+/// What a link leads to; the link itself where that is not there yet.
+std::filesystem::path behindLink(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_symlink(path, error)) return path;
+  const std::filesystem::path target = std::filesystem::canonical(path, error);
+  return error ? path : target;
+}
+
+/// Into something that has no whole: a terminal, a pipe, /dev/null.
+void writeThrough(const std::filesystem::path& path, std::string_view text) {
+  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) throw failure(path.string() + " cannot be written");
+  const std::unique_ptr<const int, decltype([](const int* open) { ::close(*open); })> closing(&descriptor);
+  writeAll(descriptor, text, path.string());
+}
+
 }  // namespace
 
 void writeWhole(const std::filesystem::path& path, std::string_view text) {
-  Draft draft(path);
+  std::error_code error;
+  const std::filesystem::file_type type = std::filesystem::status(path, error).type();
+  using enum std::filesystem::file_type;
+  if (type == character || type == fifo) return writeThrough(path, text);
+  const std::filesystem::path target = behindLink(path);
+  Draft draft(target);
   draft.write(text);
-  draft.publish(path);
+  draft.publish(target);
 }
 
 void printWhole(std::string_view text) { writeAll(STDOUT_FILENO, text, "standard output"); }

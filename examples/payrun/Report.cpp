@@ -62,6 +62,12 @@ void appendTotals(std::string& result, const PayRun& run) {
   table.appendTo(result);
 }
 
+Decimal magnitudeOf(const Decimal& amount) { return amount.isNegative() ? negate(amount) : amount; }
+
+std::string poundsText(const Decimal& amount) {
+  return (amount.isNegative() ? "-£" : "£") + amountText(magnitudeOf(amount));
+}
+
 std::string dayText(Date day) { return text(nk_utcDateStringWithFormat(day, "d MMMM yyyy")); }
 
 }  // namespace
@@ -69,7 +75,7 @@ std::string dayText(Date day) { return text(nk_utcDateStringWithFormat(day, "d M
 std::string amountText(const Decimal& amount) { return text(nk_currencyStyleString(amount)); }
 
 std::string amountInWords(const Decimal& amount) {
-  const Decimal magnitude = amount.isNegative() ? negate(amount) : amount;
+  const Decimal magnitude = magnitudeOf(amount);
   const NSNumber pounds = integralNumber(magnitude);
   const NSNumber pence = integralNumber((magnitude - nk_decimalNumber(pounds)) * 100);
   const auto counted = [](const NSNumber& number, const char* one, const char* many) {
@@ -90,7 +96,7 @@ std::string report(const PayRun& run) {
   result += "\n";
   appendTotals(result, run);
   const Decimal net = run.total().month.net();
-  result += "\nNet pay: £" + amountText(net) + "\n";
+  result += "\nNet pay: " + poundsText(net) + "\n";
   result += "In words: " + amountInWords(net) + "\n";
   return result;
 }

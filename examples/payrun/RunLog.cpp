@@ -18,11 +18,11 @@ using namespace norvik;
 
 namespace {
 
-/// The last few kilobytes of a file; empty where it cannot be read.
+/// The last mebibyte of a file, for another process may write to it at the same time; empty where it cannot be read.
 std::string endOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : 0;
-  const std::streamoff wanted = std::min<std::streamoff>(size, 4096);
+  const std::streamoff wanted = std::min<std::streamoff>(size, 1 << 20);
   std::string text(static_cast<std::size_t>(wanted), '\0');
   file.seekg(size - wanted);
   file.read(text.data(), wanted);

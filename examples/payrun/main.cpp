@@ -1,7 +1,9 @@
 // examples/payrun/main.cpp - pays an employer's people for one tax month, from files. `payrun --help` says how.
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Arguments.h"
@@ -22,6 +24,16 @@ using namespace payrun;
 
 constexpr int succeeded = 0, failed = 1, refused = 2;
 
+/// The report must not take the place of what it was made from.
+void checkOutput(const Arguments& arguments) {
+  for (const char* name : inputFiles) {
+    std::error_code error;
+    if (arguments.output && std::filesystem::equivalent(*arguments.output, arguments.input / name, error)) {
+      throw UsageError("--output " + payrun::quoted(arguments.output->string()) + " is a file of the input");
+    }
+  }
+}
+
 void pay(const Arguments& arguments) {
   const Employer employer = readEmployer(arguments.input);
   PayRun run(employer, arguments.month);
@@ -37,6 +49,7 @@ void pay(const Arguments& arguments) {
 
 template <class Task>
 void runLogged(const Arguments& arguments, Task&& task) {
+  checkOutput(arguments);
   const RunLog log(arguments.logs);
   try {
     task();

@@ -94,6 +94,8 @@ const BadInput badIni[] = {
      "employer.ini:7:1: section \"departments\" has no department"},
     {"a department twice", "employer.ini", "OPS = Operations\n", "OPS = Operations\nOPS = Other\n",
      "employer.ini:8:1: \"OPS\" is there twice"},
+    {"a name with a control character", "employer.ini", "Test Ltd", "Test\tLtd",
+     "employer.ini:2:8: \"Test\\x09Ltd\" has a control character"},
     {"bytes that are not UTF-8", "employer.ini", "Test Ltd", "T\xE9st Ltd",
      "employer.ini:2:9: \" T\\xE9st Ltd\" is not UTF-8"},
 };
@@ -109,6 +111,15 @@ const BadInput badEmployees[] = {
     {"a number twice", "employees.csv", "E2,", "E1,", "employees.csv:3:1: \"E1\" is there twice"},
     {"no number", "employees.csv", "E2,", ",", "employees.csv:3:1: \"\" is no employee's number"},
     {"no name", "employees.csv", "Zoë O'Brien", "", "employees.csv:2:4: \"\" is no name"},
+    {"a name of blanks", "employees.csv", "Zoë O'Brien", "  ", "employees.csv:2:4: \"  \" is no name"},
+    {"a name of two lines", "employees.csv", "Hughes, Dafydd", "Hughes,\nDafydd",
+     "employees.csv:3:4: \"Hughes,\\x0ADafydd\" has a control character"},
+    {"a name that a terminal would obey", "employees.csv", "Zoë",
+     "Zo\xC2\x9B"
+     "31m",
+     "employees.csv:2:4: \"Zo\\xC2\\x9B31m O'Brien\" has a control character"},
+    {"a number with a control character", "employees.csv", "E1", "E\x7F",
+     "employees.csv:2:1: \"E\\x7F\" has a control character"},
     {"an unknown department", "employees.csv", "Zoë O'Brien,OPS", "Zoë O'Brien,SAL",
      "employees.csv:2:16: \"SAL\" is no department of employer.ini"},
     {"a sort code too short", "employees.csv", "12-34-56", "12-34-5",
@@ -179,6 +190,32 @@ TEST_F(PayrunInput, AFolderInPlaceOfAFileIsNamed) {
   const Result result = run();
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.err, "payrun: " + folder_.path("items.csv") + ": cannot be read: it is a folder\n");
+}
+
+TEST_F(PayrunInput, IsNotWrittenOver) {
+  std::filesystem::create_symlink(folder_.path("items.csv"), folder_.path("link"));
+  for (const char* name : {"employer.ini", "employees.csv", "items.csv", "link"}) {
+    const std::string before = readFile(folder_.path(name));
+    for (const bool watching : {false, true}) {
+      std::vector<std::string> words = {"--input", folder_.path(),       "--month",  "1",
+                                        "--logs",  folder_.path("logs"), "--output", folder_.path(name)};
+      if (watching) words.emplace_back("--watch");
+      const Result result = runPayrun(folder_, words);
+      EXPECT_EQ(result.status, 2);
+      EXPECT_EQ(result.err,
+                "payrun: --output \"" + folder_.path(name) + "\" is a file of the input; payrun --help tells more\n");
+      EXPECT_EQ(readFile(folder_.path(name)), before);
+    }
+  }
+}
+
+TEST_F(PayrunInput, ThatCostsTheEmployerLessThanNothingIsShownInTheBritishWay) {
+  writeFile(folder_.path("items.csv"),
+            "employee,date,kind,description,amount\nE1,2024-04-28,deduction,Loan,\"1,234.50\"\n");
+  EXPECT_EQ(run().status, 0);
+  EXPECT_THAT(readFile(folder_.path("report.txt")),
+              HasSubstr("\nNet pay: -£1,234.50\nIn words: minus one thousand two hundred and thirty-four pounds and "
+                        "fifty pence\n"));
 }
 
 TEST_F(PayrunInput, MayHaveWindowsLineEndsAByteOrderMarkAndNoLastLineEnd) {

@@ -4,6 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
 #include "tests/examples/payrun/PayrunProgram.h"
 #include "tests/examples/payrun/Pennies.h"
 
@@ -97,6 +103,31 @@ TEST(Payrun, LeavesNothingBehindWhereTheReportCannotBeWritten) {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder.path())) names.push_back(entry.path().filename());
   EXPECT_THAT(names, testing::UnorderedElementsAre("taken", "logs"));
+}
+
+TEST(Payrun, WritesTheFileThatALinkLeadsToAndKeepsTheLink) {
+  const TemporaryFolder folder;
+  writeFile(folder.path("report.txt"), "an earlier report");
+  std::filesystem::create_symlink(folder.path("report.txt"), folder.path("latest"));
+  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
+  words.insert(words.end(), {"--output", folder.path("latest")});
+  EXPECT_EQ(runPayrun(folder, words).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("latest")));
+  EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
+}
+
+TEST(Payrun, WritesIntoAPipeInsteadOfReplacingIt) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+  const int reader = ::open(folder.path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
+  words.insert(words.end(), {"--output", folder.path("pipe")});
+  EXPECT_EQ(runPayrun(folder, words).status, 0);
+  std::string read(65536, '\0');  // a pipe's room, and more than the report
+  read.resize(static_cast<std::size_t>(std::max<ssize_t>(0, ::read(reader, read.data(), read.size()))));
+  ::close(reader);
+  EXPECT_EQ(firstDifference(read, readFile(expectedReports() / "month-01.txt")), "");
+  EXPECT_TRUE(std::filesystem::is_fifo(folder.path("pipe")));
 }
 
 TEST(Payrun, LogsAWarningForEachDateBroughtToItsStartOfDay) {
