@@ -7,21 +7,31 @@ namespace norvik {
 
 constinit const NSString kSharedNumberFormatterLock = "kSharedNumberFormatterLock";
 
-Ref<NSNumberFormatter>& m_sharedNumberFormatter() {
-  static auto& slot = *new Ref<NSNumberFormatter>;
-  return slot;
-}
+namespace {
+
+/// Holds the slot's formatter and never lets go of it, so that numbers can still be formatted while the process ends.
+union Slot {
+  constexpr Slot() noexcept : formatter() {}
+  ~Slot() {}  // NOLINT(modernize-use-equals-default): defaulted, it would be deleted
+  Ref<NSNumberFormatter> formatter;
+};
+
+constinit Slot slot;
+
+}  // namespace
+
+constinit Ref<NSNumberFormatter>& m_sharedNumberFormatter = slot.formatter;
 
 NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle numberStyle) {
   const bool onMainThread = kernel::isMainThread();
-  Ref<NSNumberFormatter> formatter = onMainThread ? m_sharedNumberFormatter() : nullptr;
+  Ref<NSNumberFormatter> formatter = onMainThread ? m_sharedNumberFormatter : nullptr;
   if (!formatter) {
     formatter = make<NSNumberFormatter>();
     formatter->setLocale(nk_defaultLocale());
   }
   if (formatter->numberStyle() != numberStyle) formatter->setNumberStyle(numberStyle);
   NSString text = formatter->stringFromNumber(number);
-  if (onMainThread && !m_sharedNumberFormatter()) m_sharedNumberFormatter() = formatter;
+  if (onMainThread && !m_sharedNumberFormatter) m_sharedNumberFormatter = formatter;
   return text;
 }
 

@@ -11,8 +11,8 @@ namespace norvik {
 extern NK_EXPORT const NSString kSharedNumberFormatterLock;
 
 /// The slot of the formatter that nk_defaultStringFromNumber keeps: empty until its first call on the main thread, in
-/// the style of its last one. Main thread only.
-[[nodiscard]] NK_EXPORT Ref<NSNumberFormatter>& m_sharedNumberFormatter();
+/// the style of its last one. Never destroyed. Main thread only.
+extern NK_EXPORT Ref<NSNumberFormatter>& m_sharedNumberFormatter;
 
 /// The number in that style in nk_defaultLocale(). Any thread: the main thread keeps one formatter and uses it again;
 /// elsewhere each call makes one, some tens of microseconds.

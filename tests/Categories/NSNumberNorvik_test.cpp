@@ -55,26 +55,26 @@ TEST(NSNumberNorvik, InvertsBooleans) {
 
 TEST(NSNumberFormatterNorvik, WritesStylesInTheDefaultLocaleAndKeepsItsFormatterOnTheMainThread) {
   EXPECT_EQ(kSharedNumberFormatterLock, "kSharedNumberFormatterLock");
-  m_sharedNumberFormatter() = nullptr;
+  m_sharedNumberFormatter = nullptr;
   EXPECT_EQ(nk_defaultStringFromNumber(1234.5, NSNumberFormatterDecimalStyle), "1,234.5");
-  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter();
+  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter;
   ASSERT_TRUE(kept);
   EXPECT_EQ(kept->locale()->localeIdentifier(), "en_GB");
   EXPECT_EQ(nk_defaultStringFromNumber(0.5, NSNumberFormatterPercentStyle), "50%");
-  EXPECT_EQ(m_sharedNumberFormatter(), kept);
+  EXPECT_EQ(m_sharedNumberFormatter, kept);
   EXPECT_EQ(kept->numberStyle(), NSNumberFormatterPercentStyle) << "it keeps the last style set";
   EXPECT_EQ(nk_defaultStringFromNumber(5, NSNumberFormatterSpellOutStyle), "five");
 }
 
 TEST(NSNumberFormatterNorvik, NeverTouchesTheKeptFormatterFromAnotherThread) {
-  m_sharedNumberFormatter() = nullptr;
+  m_sharedNumberFormatter = nullptr;
   NSString text;
   std::thread([&] { text = nk_defaultStringFromNumber(1234.5, NSNumberFormatterDecimalStyle); }).join();
   EXPECT_EQ(text, "1,234.5");
-  EXPECT_FALSE(m_sharedNumberFormatter());
+  EXPECT_FALSE(m_sharedNumberFormatter);
   EXPECT_EQ(nk_defaultStringFromNumber(1, NSNumberFormatterDecimalStyle), "1");
-  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter();
+  const Ref<NSNumberFormatter> kept = m_sharedNumberFormatter;
   std::thread([&] { text = nk_defaultStringFromNumber(0.5, NSNumberFormatterPercentStyle); }).join();
-  EXPECT_EQ(m_sharedNumberFormatter(), kept);
+  EXPECT_EQ(m_sharedNumberFormatter, kept);
   EXPECT_EQ(kept->numberStyle(), NSNumberFormatterDecimalStyle);
 }

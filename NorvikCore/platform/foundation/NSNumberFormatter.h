@@ -10,9 +10,11 @@
 // Patterns are those of Unicode's locale data ("#,##0.00;(#,##0.00)"); words and symbols are the locale's. A style or a
 // pattern sets the digit limits and the grouping; setters called after it change them again.
 //
-// Reading takes the whole text or nothing. Strict reading wants the text as the formatter would write it, digits beyond
-// the limits included; lenient reading also takes white space around the number and grouping separators anywhere
-// between two digits. Digits behind the point are never cut off while reading.
+// Reading takes the whole text or nothing. How many digits there are does not count: "1.2345", ".5" and "5." are
+// numbers to "0.00" too, and so are digits without separators. Strict reading wants the formatter's own signs and
+// separators, each in its place; lenient reading also takes white space around the number, "+", "-" and the minus sign
+// before it, and grouping separators anywhere between two digits, where any space and an ASCII apostrophe do for the
+// locale's own. Digits behind the point are never cut off while reading; beyond 38 digits the number is rounded.
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.
 // Cost:    making one is expensive (tens of microseconds); keep it. Formatting a decimal in a decimal, percent or

@@ -1,5 +1,6 @@
-// NorvikCore/platform/runtime/FormatDirective.h - one directive of the format language, and the check of a whole
-// format.
+// NorvikCore/platform/runtime/FormatDirective.h - a directive of the format language, and the check of a format.
+//
+//   std::size_t at = 1;  parseFormatDirective("%5.2f", at).width;      // 5, and `at` is 5, the end of the directive
 //
 // A directive is  % [n$] [flags] [width] [.precision] [length] conversion : flags are - + space # 0 ' , width and
 // precision are numbers, * or *n$, and the conversions are
@@ -9,8 +10,7 @@
 //   c C                      a character, or an integer that is a code point
 //   s S                      text
 //   f F e E g G a A          floating numbers
-//   p                        pointers and objects
-//   %                        a percent sign
+//   p, %                     pointers and objects; a percent sign
 //
 // Length modifiers (h, hh, l, ll, q, L, z, t, j) are accepted and say nothing: the argument's own type rules.
 // Everything here is constexpr: a literal is parsed by the compiler with the code that parses a run-time format.

@@ -124,6 +124,45 @@ TEST(NSNumberFormatter, LenientReadingTakesWhatAClerkTypesWholeOrNotAtAll) {
   for (const auto& row : rows) EXPECT_EQ(read(*formatter, row.text), row.expected) << '"' << row.text << '"';
 }
 
+TEST(NSNumberFormatter, LenientReadingTakesSeparatorsAsTheyAreTyped) {
+  const struct {
+    const char *locale, *text, *expected, *strictly;
+  } rows[] = {
+      {"fr_FR", "1\u202F234,5", "1234.5", "1234.5"},
+      {"fr_FR", "1 234,5", "1234.5", "no"},
+      {"fr_FR", "1\u00A0234,5", "1234.5", "no"},
+      {"fr_FR", "1  234,5", "no", "no"},
+      {"fr_FR", "1 ,5", "no", "no"},
+      {"nb_NO", "1 234 567", "1234567", "no"},
+      {"nb_NO", "1\u202F234", "1234", "no"},
+      {"de_CH", "1\u2019234.5", "1234.5", "1234.5"},
+      {"de_CH", "1'234.5", "1234.5", "no"},
+      {"en_GB", "1 234", "no", "no"},
+      {"en_GB", "1'234", "no", "no"},
+      {"de_DE", "1 234,5", "no", "no"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = make<NSNumberFormatter>();
+    formatter->setLocale(NSLocale::localeWithLocaleIdentifier(row.locale));
+    formatter->setFormat("#,##0.00##");
+    EXPECT_EQ(read(*formatter, row.text), row.strictly) << row.locale << " \"" << row.text << '"';
+    formatter->setLenient(true);
+    EXPECT_EQ(read(*formatter, row.text), row.expected) << row.locale << " \"" << row.text << '"';
+  }
+}
+
+TEST(NSNumberFormatter, HowManyDigitsThereAreDoesNotCountInReading) {
+  for (const bool isLenient : {false, true}) {
+    const auto formatter = british("#,##0.00");
+    formatter->setLenient(isLenient);
+    EXPECT_EQ(read(*formatter, ".5"), "0.5");
+    EXPECT_EQ(read(*formatter, "5."), "5");
+    EXPECT_EQ(read(*formatter, "1.2345"), "1.2345");
+    EXPECT_EQ(read(*formatter, "0001"), "1");
+    EXPECT_EQ(read(*formatter, "."), "no");
+  }
+}
+
 TEST(NSNumberFormatter, StrictReadingWantsTheFormattersOwnForm) {
   const auto formatter = british("#,##0.00##");
   EXPECT_EQ(read(*formatter, "1,234.50"), "1234.50");

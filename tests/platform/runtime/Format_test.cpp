@@ -31,6 +31,12 @@ TEST(Format, HeaderExample) {
   EXPECT_EQ(stringWithFormat("%2$@ %1$@", "world", "hello"), "hello world");
 }
 
+TEST(FormatDirective, HeaderExample) {
+  std::size_t at = 1;
+  EXPECT_EQ(detail::parseFormatDirective("%5.2f", at).width, 5);
+  EXPECT_EQ(at, 5u);
+}
+
 TEST(Format, TextWithoutDirectivesComesBack) {
   EXPECT_EQ(stringWithFormat(""), "");
   EXPECT_EQ(stringWithFormat("Zoë paid 100 %%"), "Zoë paid 100 %");

@@ -52,6 +52,15 @@ bool take(std::string_view& text, std::string_view prefix) noexcept {
   return true;
 }
 
+/// The separator; leniently, what a clerk types for one that the keyboard does not have.
+bool takeSeparator(std::string_view& text, std::string_view separator, bool isLenient) noexcept {
+  if (take(text, separator)) return true;
+  if (!isLenient) return false;
+  if (separator == "\u2019") return take(text, "'");
+  const bool isSpace = separator == "\u00A0" || separator == "\u202F";
+  return isSpace && (take(text, " ") || take(text, "\u00A0") || take(text, "\u202F"));
+}
+
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 }  // namespace
@@ -133,10 +142,10 @@ std::optional<PlainNumberPattern::Reading> PlainNumberPattern::read(std::string_
       text.remove_prefix(1);
       ++wholeDigits, ++sinceSeparator;
       lastWasDigit = true;
-    } else if (lastWasDigit && text.size() > groupingSeparator.size() && take(text, groupingSeparator)) {
+    } else if (lastWasDigit && takeSeparator(text, groupingSeparator, isLenient)) {
       const bool isFirstGroup = separators == 0;
       if (!isLenient && (!isGrouped || (isFirstGroup ? wholeDigits > 3 : sinceSeparator != 3))) return std::nullopt;
-      if (!isDigit(text.front())) return std::nullopt;
+      if (text.empty() || !isDigit(text.front())) return std::nullopt;
       ++separators;
       sinceSeparator = 0;
       lastWasDigit = false;

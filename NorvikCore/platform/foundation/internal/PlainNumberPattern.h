@@ -45,7 +45,7 @@ struct PlainNumberPattern {
     bool hasFraction = false;  ///< a decimal separator was written
   };
   /// The whole text of a bare pattern, or nothing. Lenient reading takes white space around the number and separators
-  /// anywhere between two digits.
+  /// anywhere between two digits, typed as any space or an ASCII apostrophe where they are of that kind.
   [[nodiscard]] std::optional<Reading> read(std::string_view text, bool isLenient) const;
   /// A text such as append() writes, whatever the pattern. Nothing may still be a number to someone more lenient.
   [[nodiscard]] std::optional<Decimal> readOwn(std::string_view text) const;
