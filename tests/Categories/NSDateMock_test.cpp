@@ -69,6 +69,16 @@ TEST(NSDateMock, ATextThatIsNoDateLeavesNoCurrentDate) {
   });
 }
 
+TEST(NSDateMock, ATextThatIsNoDateActivatesTheMockToo) {
+  inChildProcess([] {
+    setMockDateStringValue("");
+    EXPECT_EQ(NSDate::date(), std::nullopt);
+    EXPECT_TRUE(isRealClock(mockCurrentDate()));
+    setMockDateStringValue("2021-04-06 00:00:00 +0000");
+    EXPECT_EQ(NSDate::date(), "2021-04-06"_date);
+  });
+}
+
 TEST(NSDateMock, ExchangesWhateverTheCurrentDateWasBefore) {
   inChildProcess([] {
     Date::setCurrentDateSource([]() -> std::optional<Date> { return "1999-12-31"_date; });

@@ -99,7 +99,7 @@ struct NSDateFormatter::Engine {
 
   std::optional<Date> date(const NSString& text) {
     icu::SimpleDateFormat& format = icuFormat();
-    const icu::UnicodeString units = detail::icuString(text);
+    const icu::UnicodeString units = detail::icuString(isLenient ? text.stringByTrimming() : text);
     const std::unique_ptr<icu::Calendar> fields(format.getCalendar()->clone());
     const icu::UnicodeString noZone(u"none in the text");
     fields->adoptTimeZone(new icu::SimpleTimeZone(0, noZone));

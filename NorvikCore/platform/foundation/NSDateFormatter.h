@@ -14,7 +14,7 @@
 //
 // Reading takes the whole text or nothing. Fields that the pattern does not have are those of 2000-01-01 00:00:00;
 // years of two digits are 1950 to 2049. Strict reading wants a day that exists and the pattern's letters and signs;
-// lenient reading (see setLenient) carries fields over and forgives spaces and signs.
+// lenient reading (see setLenient) carries fields over, but no hour above 24, and forgives spaces and signs.
 //
 // Threads: confined; distinct formatters are independent. What was set is in force at the next text.
 // Cost:    patterns of digits and of the names of months, weekdays, quarters, halves of the day and eras ("EEE d MMM

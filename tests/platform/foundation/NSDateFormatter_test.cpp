@@ -223,6 +223,24 @@ TEST(NSDateFormatter, LenientReadingCarriesFieldsOver) {
   EXPECT_EQ(lenient->dateFromString("tomorrow"), std::nullopt);
 }
 
+TEST(NSDateFormatter, LenientReadingCarriesTimesOverUpToHour24) {
+  auto lenient = formatter("UTC", "dd/MM/yyyy HH:mm");
+  lenient->setLenient(true);
+  EXPECT_EQ(lenient->dateFromString("01/07/2021 23:61"), "2021-07-02 00:01"_date);
+  EXPECT_EQ(lenient->dateFromString("01/07/2021 24:00"), "2021-07-02"_date);
+  EXPECT_EQ(lenient->dateFromString("01/07/2021 25:00"), std::nullopt);
+}
+
+TEST(NSDateFormatter, LenientReadingForgivesSpacesAroundTheText) {
+  auto dates = formatter("UTC", "dd/MM/yyyy");
+  EXPECT_EQ(dates->dateFromString("01/07/2021 "), std::nullopt);
+  dates->setLenient(true);
+  for (const char* text : {"01/07/2021 ", " 01/07/2021", "\u00A001/07/2021\t\n", "01 / 07 / 2021"}) {
+    EXPECT_EQ(dates->dateFromString(text), "2021-07-01"_date) << text;
+  }
+  EXPECT_EQ(dates->dateFromString("  "), std::nullopt);
+}
+
 TEST(NSDateFormatter, IsAFormatterOfDates) {
   auto dates = formatter("UTC", "dd/MM/yyyy");
   EXPECT_EQ(dates->stringForObjectValue("2021-05-10"_date), "10/05/2021");
