@@ -1,0 +1,136 @@
+// Fields of dates and steps from them, against ICU's calendar: all days from 1970 to 2037 in zones whose clocks change
+// by an hour, by half of one, in the other half of the year, or never.
+#include "NorvikCore/platform/foundation/NSCalendar.h"
+
+#include <gtest/gtest.h>
+#include <unicode/gregocal.h>
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <tuple>
+
+using namespace norvik;
+
+namespace {
+
+constexpr struct {
+  NSCalendarUnit unit;
+  UCalendarDateFields field;
+  int icusFirst;  ///< what ICU counts from where this library counts from 1
+} fields[] = {{NSCalendarUnitYear, UCAL_YEAR, 1},
+              {NSCalendarUnitMonth, UCAL_MONTH, 0},
+              {NSCalendarUnitDay, UCAL_DATE, 1},
+              {NSCalendarUnitHour, UCAL_HOUR_OF_DAY, 1},
+              {NSCalendarUnitMinute, UCAL_MINUTE, 1},
+              {NSCalendarUnitSecond, UCAL_SECOND, 1},
+              {NSCalendarUnitWeekday, UCAL_DAY_OF_WEEK, 1},
+              {NSCalendarUnitWeekdayOrdinal, UCAL_DAY_OF_WEEK_IN_MONTH, 1},
+              {NSCalendarUnitWeekOfMonth, UCAL_WEEK_OF_MONTH, 1},
+              {NSCalendarUnitWeekOfYear, UCAL_WEEK_OF_YEAR, 1},
+              {NSCalendarUnitYearForWeekOfYear, UCAL_YEAR_WOY, 1}};
+
+constexpr struct {
+  NSCalendarUnit unit;
+  UCalendarDateFields field;
+  int most;
+} steps[] = {{NSCalendarUnitYear, UCAL_YEAR, 30},        {NSCalendarUnitMonth, UCAL_MONTH, 400},
+             {NSCalendarUnitWeekOfYear, UCAL_DATE, 400}, {NSCalendarUnitDay, UCAL_DATE, 400},
+             {NSCalendarUnitHour, UCAL_HOUR, 4000},      {NSCalendarUnitMinute, UCAL_MINUTE, 4000}};
+
+using Place = std::tuple<const char*, const char*>;  // time zone and locale
+
+class NSCalendarProperty : public testing::TestWithParam<Place> {
+ protected:
+  NSCalendarProperty() {
+    const auto [zone, locale] = GetParam();
+    calendar_->setTimeZone(NSTimeZone::timeZoneWithName(zone));
+    calendar_->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+    UErrorCode status = U_ZERO_ERROR;
+    model_ = std::make_unique<icu::GregorianCalendar>(icu::TimeZone::createTimeZone(zone), icu::Locale(locale), status);
+    EXPECT_TRUE(U_SUCCESS(status));
+  }
+
+  /// Half of the dates on a half hour, when clocks change.
+  Date anyDate() {
+    std::uniform_int_distribution<std::int64_t> seconds(0, 2'145'916'799);
+    const std::int64_t since1970 = seconds(random_);
+    return Date::dateWithTimeIntervalSince1970(
+        static_cast<double>(random_() % 2 == 0 ? since1970 : since1970 / 1800 * 1800));
+  }
+  int upTo(int most) { return std::uniform_int_distribution<int>(-most, most)(random_); }
+
+  void setModel(Date date) {
+    UErrorCode status = U_ZERO_ERROR;
+    model_->setTime(date.timeIntervalSince1970() * 1000, status);
+    ASSERT_TRUE(U_SUCCESS(status));
+  }
+  int modelsField(UCalendarDateFields field) {
+    UErrorCode status = U_ZERO_ERROR;
+    const int value = model_->get(field, status);
+    EXPECT_TRUE(U_SUCCESS(status));
+    return value;
+  }
+  /// What the clock on the wall shows in the model. Of a time that occurs twice the two mean different ones.
+  std::string modelsClock() {
+    std::string text;
+    for (const auto field : {UCAL_YEAR, UCAL_MONTH, UCAL_DATE, UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND})
+      text += std::to_string(modelsField(field) + (field == UCAL_MONTH ? 1 : 0)) + " ";
+    return text;
+  }
+  std::string clock(Date date) const {
+    std::string text;
+    for (const auto unit : {NSCalendarUnitYear, NSCalendarUnitMonth, NSCalendarUnitDay, NSCalendarUnitHour,
+                            NSCalendarUnitMinute, NSCalendarUnitSecond})
+      text += std::to_string(calendar_->component(unit, date)) + " ";
+    return text;
+  }
+
+  Ref<NSCalendar> calendar_ = NSCalendar::calendarWithIdentifier(NSGregorianCalendar);
+  std::unique_ptr<icu::GregorianCalendar> model_;
+  std::mt19937_64 random_{1847};
+};
+
+TEST_P(NSCalendarProperty, FieldsAreTheModels) {
+  for (int i = 0; i < 5000; ++i) {
+    const Date date = anyDate();
+    setModel(date);
+    for (const auto& field : fields)
+      ASSERT_EQ(calendar_->component(field.unit, date), modelsField(field.field) + 1 - field.icusFirst)
+          << date << " unit " << field.unit;
+    ASSERT_EQ(calendar_->ordinalityOfUnit(NSCalendarUnitDay, NSCalendarUnitYear, date), modelsField(UCAL_DAY_OF_YEAR))
+        << date;
+  }
+}
+
+TEST_P(NSCalendarProperty, StepsLeadWhereTheModelsLead) {
+  for (int i = 0; i < 5000; ++i) {
+    const Date date = anyDate();
+    for (const auto& step : steps) {
+      const int count = upTo(step.most);
+      setModel(date);
+      UErrorCode status = U_ZERO_ERROR;
+      model_->add(step.field, step.unit == NSCalendarUnitWeekOfYear ? 7 * count : count, status);
+      ASSERT_TRUE(U_SUCCESS(status));
+      ASSERT_EQ(clock(calendar_->dateByAddingUnit(step.unit, count, date)), modelsClock())
+          << date << " and " << count << " of unit " << step.unit;
+    }
+  }
+}
+
+TEST_P(NSCalendarProperty, DaysStartWhenTheModelsStart) {
+  for (int i = 0; i < 5000; ++i) {
+    const Date date = anyDate();
+    setModel(date);
+    for (const auto field : {UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND}) model_->set(field, 0);
+    ASSERT_EQ(clock(calendar_->startOfDayForDate(date)), modelsClock()) << date;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, NSCalendarProperty,
+                         testing::Values(Place("UTC", "en_GB"), Place("Europe/London", "en_GB"),
+                                         Place("America/New_York", "en_US"), Place("Australia/Lord_Howe", "en_AU"),
+                                         Place("Asia/Kathmandu", "ar_EG")));
+
+}  // namespace
