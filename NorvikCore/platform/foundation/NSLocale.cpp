@@ -8,7 +8,9 @@
 #include <unicode/ulocdata.h>
 #include <unicode/uniset.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace norvik {
 
@@ -57,12 +59,20 @@ bool LocaleData::writesAsciiDigits() const {
   return known != 0;
 }
 
+/// What the system's names of locales say of the script behind their ends, and the identifiers in the middle.
+constexpr std::pair<std::string_view, const char*> scripts[] = {
+    {"@latin", "_Latn"}, {"@cyrillic", "_Cyrl"}, {"@devanagari", "_Deva"}};
+
 std::string localeIdentifierFromEnvironment(const char* all, const char* time, const char* language) {
   for (const char* value : {all, time, language}) {
     if (!value || !*value) continue;
     const std::string_view text(value);
-    const std::string identifier(text.substr(0, text.find_first_of(".@")));  // "en_GB.UTF-8", "ca_ES@valencia"
-    return identifier == "C" || identifier == "POSIX" ? "en_GB" : identifier;
+    std::string identifier(text.substr(0, text.find_first_of(".@")));  // "en_GB.UTF-8", "ca_ES@valencia"
+    if (identifier == "C" || identifier == "POSIX") return "en_GB";
+    for (const auto& [modifier, script] : scripts) {
+      if (text.ends_with(modifier)) identifier.insert(std::min(identifier.find('_'), identifier.size()), script);
+    }
+    return identifier;
   }
   return "en_GB";
 }

@@ -30,7 +30,7 @@ class NK_EXPORT NSLocale : public NSObject, public NSCoding {
     return localeWithLocaleIdentifier(identifier);
   }
   /// The user's: the first of the environment variables LC_ALL, LC_TIME and LANG that is set and not empty. "C",
-  /// "POSIX" and none at all count as "en_GB". Read once per process.
+  /// "POSIX" and none at all count as "en_GB", "sr_RS@latin" as "sr_Latn_RS". Read once per process.
   [[nodiscard]] static Ref<NSLocale> currentLocale();
   /// The locale of no region, with the identifier "".
   [[nodiscard]] static Ref<NSLocale> systemLocale();

@@ -98,6 +98,10 @@ TEST(NSLocale, TheEnvironmentNamesTheCurrentOne) {
   EXPECT_EQ(localeIdentifierFromEnvironment(nullptr, nullptr, "fr_FR.UTF-8"), "fr_FR");
   EXPECT_EQ(localeIdentifierFromEnvironment(nullptr, "de_AT@euro", "fr_FR"), "de_AT");
   EXPECT_EQ(localeIdentifierFromEnvironment("en_IE", "de_AT", "fr_FR"), "en_IE");
+  EXPECT_EQ(localeIdentifierFromEnvironment("sr_RS.UTF-8@latin", nullptr, nullptr), "sr_Latn_RS");
+  EXPECT_EQ(localeIdentifierFromEnvironment("uz_UZ@cyrillic", nullptr, nullptr), "uz_Cyrl_UZ");
+  EXPECT_EQ(localeIdentifierFromEnvironment("sr@latin", nullptr, nullptr), "sr_Latn");
+  EXPECT_EQ(localeIdentifierFromEnvironment("ca_ES@valencia", nullptr, nullptr), "ca_ES");
 }
 
 TEST(NSLocale, TheCurrentOneIsAlwaysTheSameObject) { EXPECT_EQ(NSLocale::currentLocale(), NSLocale::currentLocale()); }
