@@ -138,6 +138,31 @@ TEST(NKDecimalFormatter, ATextThatIsTooLongAlreadyTakesNothingMore) {
   EXPECT_EQ(result.selection, (NSRange{7, 0}));
 }
 
+TEST(NKDecimalFormatter, ATextThatIsTooLongAlreadyCanBeShortened) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(4);
+  const Edit result = edit(*formatter, "1234567", "12345678", {7, 1});
+  EXPECT_EQ(result.text, "1234567");
+  EXPECT_EQ(result.selection, (NSRange{7, 0}));
+}
+
+TEST(NKDecimalFormatter, TheCapCountsUtf16UnitsAndNothingElseIsJudgedWhileTyping) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(4);
+  EXPECT_TRUE(edit(*formatter, "x-.\u00E9", "x-.", {3, 0}).isAccepted);
+  EXPECT_TRUE(edit(*formatter, "12\U0001F600", "12", {2, 0}).isAccepted);
+  EXPECT_FALSE(edit(*formatter, "123\U0001F600", "123", {3, 0}).isAccepted);
+}
+
+TEST(NKDecimalFormatter, ARefusedEditIsNotExplained) {
+  const auto formatter = make<NKDecimalFormatter>();
+  formatter->setMaxLength(4);
+  NSString proposed = "12345", error = "as before";
+  NSRange selection{5, 0};
+  EXPECT_FALSE(formatter->isPartialStringValid(proposed, selection, "1234", {4, 0}, &error));
+  EXPECT_EQ(error, "as before");
+}
+
 TEST(NKDecimalFormatter, EditsThePlatformsText) {
   EXPECT_EQ(british()->editingStringForObjectValue(Value(dec("1234.5"))), NSString("1,234.50"));
 }
