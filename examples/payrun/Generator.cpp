@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "InputError.h"
@@ -113,7 +114,9 @@ std::string itemsOf(std::size_t people, Dice& dice) {
 }  // namespace
 
 void generateEmployer(std::size_t people, const std::filesystem::path& folder) {
-  std::filesystem::create_directories(folder);
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) throw std::system_error(error, folder.string() + " cannot be created");
   for (const char* name : inputFiles) {
     if (std::filesystem::exists(folder / name)) throw InputError((folder / name).string() + " is there already");
   }

@@ -29,9 +29,10 @@ void writeAll(int descriptor, std::string_view text, const std::string& name) {
 class Draft {
  public:
   explicit Draft(const std::filesystem::path& target)
-      : name_(target.string() + ".part-" + std::to_string(::getpid())),
+      : target_(target),
+        name_(target.string() + ".part-" + std::to_string(::getpid())),
         descriptor_(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
-    if (descriptor_ < 0) throw failure(name_ + " cannot be created");
+    if (descriptor_ < 0) fail();
   }
   ~Draft() {
     if (descriptor_ >= 0) ::close(descriptor_);
@@ -40,18 +41,21 @@ class Draft {
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
 
-  void write(std::string_view text) { writeAll(descriptor_, text, name_); }
-  void publish(const std::filesystem::path& target) {
-    if (::fsync(descriptor_) != 0) throw failure(name_ + " cannot be written");
+  void write(std::string_view text) { writeAll(descriptor_, text, target_.string()); }
+  void publish() {
+    if (::fsync(descriptor_) != 0) fail();
     const int closed = ::close(descriptor_);
     descriptor_ = -1;
-    if (closed != 0) throw failure(name_ + " cannot be written");
-    if (::rename(name_.c_str(), target.c_str()) != 0) throw failure(target.string() + " cannot be written");
+    if (closed != 0 || ::rename(name_.c_str(), target_.c_str()) != 0) fail();
     published_ = true;
   }
 
  private:
-  std::string name_;
+  /// The user knows the target, not the draft.
+  [[noreturn]] void fail() const { throw failure(target_.string() + " cannot be written"); }
+
+  const std::filesystem::path target_;
+  const std::string name_;
   int descriptor_;
   bool published_ = false;
 };
@@ -79,10 +83,9 @@ void writeWhole(const std::filesystem::path& path, std::string_view text) {
   const std::filesystem::file_type type = std::filesystem::status(path, error).type();
   using enum std::filesystem::file_type;
   if (type == character || type == fifo) return writeThrough(path, text);
-  const std::filesystem::path target = behindLink(path);
-  Draft draft(target);
+  Draft draft(behindLink(path));
   draft.write(text);
-  draft.publish(target);
+  draft.publish();
 }
 
 void printWhole(std::string_view text) { writeAll(STDOUT_FILENO, text, "standard output"); }

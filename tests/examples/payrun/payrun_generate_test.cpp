@@ -76,6 +76,14 @@ TEST(PayrunGenerate, WritesOverNothing) {
   EXPECT_FALSE(std::filesystem::exists(folder.path("employer.ini")));
 }
 
+TEST(PayrunGenerate, NamesTheFolderThatCannotBeMade) {
+  const TemporaryFolder folder;
+  writeFile(folder.path("file"), "in the way");
+  const Result result = generate(folder, folder.path("file/employer"), 2);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "payrun: " + folder.path("file/employer") + " cannot be created: Not a directory\n");
+}
+
 TEST(PayrunGenerate, AGeneratedEmployerReconcilesToThePenny) {
   const TemporaryFolder folder;
   ASSERT_EQ(generate(folder, folder.path("employer"), 1000).status, 0);

@@ -105,6 +105,17 @@ TEST(Payrun, LeavesNothingBehindWhereTheReportCannotBeWritten) {
   EXPECT_THAT(names, testing::UnorderedElementsAre("taken", "logs"));
 }
 
+TEST(Payrun, NamesTheReportThatCannotBeWritten) {
+  const TemporaryFolder folder;
+  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
+  words.insert(words.end(), {"--output", folder.path("nowhere/report.txt")});
+  const Result result = runPayrun(folder, words);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err,
+            "payrun: " + folder.path("nowhere/report.txt") + " cannot be written: No such file or directory\n");
+}
+
 TEST(Payrun, WritesTheFileThatALinkLeadsToAndKeepsTheLink) {
   const TemporaryFolder folder;
   writeFile(folder.path("report.txt"), "an earlier report");
