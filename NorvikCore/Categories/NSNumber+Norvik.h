@@ -14,7 +14,7 @@ namespace norvik {
 
 /// The number spelt out in the user's current locale, as on a cheque. Exact for whole numbers of up to 18 digits; a
 /// fraction, or a larger number, is spelt from the nearest double, which holds 15 digits. Every call makes a formatter,
-/// a quarter of a millisecond; to spell many, keep an NSNumberFormatter in the spell-out style.
+/// about half a millisecond; to spell many, keep an NSNumberFormatter in the spell-out style.
 [[nodiscard]] NK_EXPORT NSString nk_wordString(const NSNumber& number);
 
 /// The integer 0 for a number that is true, 1 for zero.

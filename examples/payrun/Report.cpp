@@ -2,8 +2,10 @@
 
 #include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
 #include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
+#include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/Categories/NSNumber+Norvik.h"
 #include "NorvikCore/Categories/NSNumberFormatter+Norvik.h"
+#include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 #include "Table.h"
 
 namespace payrun {
@@ -15,6 +17,12 @@ namespace {
 using Side = Table::Side;
 
 std::string text(const NSString& string) { return std::string(string.view()); }
+
+Ref<NKMonetaryTermDecimalNumberFormatter> britishMoney() {
+  const auto formatter = make<NKMonetaryTermDecimalNumberFormatter>();
+  formatter->setLocale(nk_defaultLocale());
+  return formatter;
+}
 
 void appendAmounts(std::vector<std::string>& row, const Payslip& payslip) {
   for (const Amounts& amounts : {payslip.month, payslip.toDate}) {
@@ -72,7 +80,12 @@ std::string dayText(Date day) { return text(nk_utcDateStringWithFormat(day, "d M
 
 }  // namespace
 
-std::string amountText(const Decimal& amount) { return text(nk_currencyStyleString(amount)); }
+// nk_currencyStyleString would make a formatter for each amount on the queue of a pay run that stays: a report has
+// many.
+std::string amountText(const Decimal& amount) {
+  thread_local const Ref<NKMonetaryTermDecimalNumberFormatter> kept = britishMoney();
+  return text(kept->stringFromNumber(amount));
+}
 
 std::string amountInWords(const Decimal& amount) {
   const Decimal magnitude = magnitudeOf(amount);

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <latch>
+#include <thread>
+#include <vector>
+
 using namespace norvik;
 
 namespace {
@@ -161,6 +165,35 @@ TEST(NKDecimalFormatter, ARefusedEditIsNotExplained) {
   NSRange selection{5, 0};
   EXPECT_FALSE(formatter->isPartialStringValid(proposed, selection, "1234", {4, 0}, &error));
   EXPECT_EQ(error, "as before");
+}
+
+TEST(NKDecimalFormatter, WhatWasSetHoldsInTheOrderInWhichItWasSet) {
+  const auto formatter = british();
+  formatter->setMaximumFractionDigits(1);
+  EXPECT_EQ(formatter->minimumFractionDigits(), 1) << "the limits never cross";
+  formatter->setMinimumFractionDigits(3);
+  EXPECT_EQ(formatter->maximumFractionDigits(), 3);
+  for (int i = 0; i < 100; ++i) formatter->setMinimumIntegerDigits(i % 5);
+  EXPECT_EQ(formatter->stringFromNumber(dec("1.5")), "0,001.500");
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("de_DE"));
+  EXPECT_EQ(formatter->stringFromNumber(dec("1.5")), "0.001,500");
+}
+
+TEST(NKDecimalFormatter, TheFirstToReadByAFormatterMayBeSeveralThreads) {
+  for (int round = 0; round < 50; ++round) {
+    const auto formatter = british();
+    std::latch start(3);
+    std::vector<NSString> texts(3);
+    std::vector<std::thread> threads;
+    for (NSString& text : texts) {
+      threads.emplace_back([&] {
+        start.arrive_and_wait();
+        text = formatter->stringFromNumber(dec("1234.5"));
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const NSString& text : texts) EXPECT_EQ(text, "1,234.50");
+  }
 }
 
 TEST(NKDecimalFormatter, EditsThePlatformsText) {

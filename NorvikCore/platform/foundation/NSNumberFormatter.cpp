@@ -3,16 +3,19 @@
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <unicode/decimfmt.h>
 #include <unicode/rbnf.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace norvik {
 namespace {
@@ -107,8 +110,21 @@ void chooseWords(icu::RuleBasedNumberFormat& words, const icu::Locale& locale) {
   check(status, "the words of a locale");
 }
 
+/// Whether ICU can follow the pattern, in any locale.
+bool isPattern(const NSString& pattern) {
+  UErrorCode status = U_ZERO_ERROR;
+  static const icu::DecimalFormat& any = *new icu::DecimalFormat(u"0", status);
+  icu::DecimalFormat trial(any);
+  trial.applyPattern(toIcu(pattern), status);
+  return U_SUCCESS(status);
+}
+
+enum class DigitLimit { MinimumInteger, MaximumInteger, MinimumFraction, MaximumFraction };
+
 }  // namespace
 
+/// The settings, and the formats that they come to. ICU takes microseconds for each setting of a format: it is made
+/// once they are all known, when the first text or limit is asked for.
 struct NSNumberFormatter::Engine {
   Ref<NSLocale> locale = NSLocale::currentLocale();
   NSNumberFormatterStyle style = NSNumberFormatterNoStyle;
@@ -123,16 +139,67 @@ struct NSNumberFormatter::Engine {
   bool allowsFloats = true, isLenient = false, generatesDecimals = false;
   std::optional<NSNumber> maximum, minimum;
 
+  // What the settings come to, once it is built.
   std::unique_ptr<icu::DecimalFormat> digits;
   std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< of the spell-out style alone
   std::optional<PlainNumberPattern> plain;            ///< the fast way, where the settings allow it
+
+  /// Several threads may read by one formatter, and any of them be the first.
+  Engine& built() {
+    if (isBuilt.load(std::memory_order_acquire)) [[likely]]
+      return *this;
+    MutexLock lock(building);
+    if (!isBuilt.load(std::memory_order_relaxed)) {
+      build();
+      isBuilt.store(true, std::memory_order_release);
+    }
+    return *this;
+  }
+
+  /// After a change of style, pattern or locale.
+  void startAfresh() noexcept { isBuilt.store(false, std::memory_order_relaxed); }
+  void forgetOwnLimits() noexcept {
+    own = {};
+    waiting.clear();
+  }
+
+  void setLimit(DigitLimit limit, int count) {
+    constexpr std::size_t mostWaiting = 16;
+    if (!isBuilt.load(std::memory_order_relaxed) && waiting.size() < mostWaiting) {
+      waiting.emplace_back(limit, count);
+    } else {
+      built().apply(limit, count);
+      settingsChanged();
+    }
+  }
+  void setGrouping(bool has) {
+    own.grouping = has;
+    if (!isBuilt.load(std::memory_order_relaxed)) return;
+    digits->setGroupingUsed(has);
+    settingsChanged();
+  }
+  void setRounding(NSNumberFormatterRoundingMode mode) {
+    rounding = mode;
+    if (!isBuilt.load(std::memory_order_relaxed)) return;
+    digits->setRoundingMode(roundingInIcu(mode));
+    settingsChanged();
+  }
+  void setLenience(bool isWanted) {
+    isLenient = isWanted;
+    if (isBuilt.load(std::memory_order_relaxed)) settingsChanged();
+  }
+
+ private:
+  std::atomic<bool> isBuilt{false};
+  Mutex building;
+  std::vector<std::pair<DigitLimit, int>> waiting;  ///< limits that were set and not yet applied, in order
 
   [[nodiscard]] icu::Locale icuLocale() const {
     return icu::Locale::createCanonical(locale->localeIdentifier().utf8().c_str());
   }
 
   /// Applies style or pattern in the locale, from scratch.
-  void rebuild() {
+  void build() {
     const icu::Locale where = icuLocale();
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(where, styleInIcu(style), status));
@@ -154,7 +221,7 @@ struct NSNumberFormatter::Engine {
       digits->applyPattern(u"#", status);
       check(status, "a number pattern");
     }
-    digits->setRoundingMode(roundingInIcu(rounding));
+    if (rounding != NSNumberFormatterRoundHalfEven) digits->setRoundingMode(roundingInIcu(rounding));
     digits->setParseNoExponent(!digits->isScientificNotation());
     if (own.integerDigits) {
       digits->setMinimumIntegerDigits(own.integerDigits->first);
@@ -164,17 +231,33 @@ struct NSNumberFormatter::Engine {
       digits->setMinimumFractionDigits(own.fractionDigits->first);
       digits->setMaximumFractionDigits(own.fractionDigits->second);
     }
+    for (const auto& [limit, count] : waiting) apply(limit, count);
+    waiting.clear();
     if (own.grouping) digits->setGroupingUsed(*own.grouping);
     settingsChanged();
   }
 
-  void integerDigitsChanged() {
-    own.integerDigits = {digits->getMinimumIntegerDigits(), digits->getMaximumIntegerDigits()};
-    settingsChanged();
-  }
-  void fractionDigitsChanged() {
-    own.fractionDigits = {digits->getMinimumFractionDigits(), digits->getMaximumFractionDigits()};
-    settingsChanged();
+  /// ICU moves the other limit where the two would cross.
+  void apply(DigitLimit limit, int count) {
+    switch (limit) {
+      case DigitLimit::MinimumInteger:
+        digits->setMinimumIntegerDigits(count);
+        break;
+      case DigitLimit::MaximumInteger:
+        digits->setMaximumIntegerDigits(count);
+        break;
+      case DigitLimit::MinimumFraction:
+        digits->setMinimumFractionDigits(count);
+        break;
+      case DigitLimit::MaximumFraction:
+        digits->setMaximumFractionDigits(count);
+        break;
+    }
+    if (limit == DigitLimit::MinimumInteger || limit == DigitLimit::MaximumInteger) {
+      own.integerDigits = {digits->getMinimumIntegerDigits(), digits->getMaximumIntegerDigits()};
+    } else {
+      own.fractionDigits = {digits->getMinimumFractionDigits(), digits->getMaximumFractionDigits()};
+    }
   }
 
   /// Everything of ICU's format that the fast way covers, or nothing.
@@ -245,6 +328,7 @@ struct NSNumberFormatter::Engine {
     return true;
   }
 
+ public:
   [[nodiscard]] icu::UnicodeString textInIcu(const NSNumber& number) const {
     icu::UnicodeString text;
     UErrorCode status = U_ZERO_ERROR;
@@ -296,32 +380,34 @@ struct NSNumberFormatter::Engine {
   }
 };
 
-NSNumberFormatter::NSNumberFormatter() : engine_(new Engine) { engine_->rebuild(); }
+NSNumberFormatter::NSNumberFormatter() : engine_(new Engine) {}
 NSNumberFormatter::~NSNumberFormatter() = default;
 
 NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
-  if (engine_->plain) {
-    if (const Decimal decimal = number.decimalValue(); engine_->plain->covers(decimal)) {
+  const Engine& engine = engine_->built();
+  if (engine.plain) {
+    if (const Decimal decimal = number.decimalValue(); engine.plain->covers(decimal)) {
       std::string text;
-      engine_->plain->append(text, decimal);
+      engine.plain->append(text, decimal);
       return NSString(text);
     }
   }
-  return fromIcu(engine_->textInIcu(number));
+  return fromIcu(engine.textInIcu(number));
 }
 
 std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text) const {
-  if (!engine_->plain || !engine_->plain->isBare()) {
+  const Engine& engine = engine_->built();
+  if (!engine.plain || !engine.plain->isBare()) {
     std::optional<NSNumber> number;
-    if (engine_->plain) number = engine_->plain->readOwn(text.view());
-    if (!number) number = engine_->numberInIcu(text);
+    if (engine.plain) number = engine.plain->readOwn(text.view());
+    if (!number) number = engine.numberInIcu(text);
     if (!number) return std::nullopt;
     const Decimal decimal = number->decimalValue();
-    return engine_->accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
+    return engine.accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
   }
-  const auto reading = engine_->plain->read(text.view(), engine_->isLenient);
+  const auto reading = engine.plain->read(text.view(), engine.isLenient);
   if (!reading) return std::nullopt;
-  return engine_->accepted(reading->number, reading->hasFraction);
+  return engine.accepted(reading->number, reading->hasFraction);
 }
 
 std::optional<NSString> NSNumberFormatter::stringForObjectValue(const Value& value) const {
@@ -355,32 +441,29 @@ NSNumberFormatterStyle NSNumberFormatter::numberStyle() const noexcept { return 
 void NSNumberFormatter::setNumberStyle(NSNumberFormatterStyle style) {
   engine_->style = style;
   engine_->ownPattern.reset();
-  engine_->own = {};
-  engine_->rebuild();
+  engine_->forgetOwnLimits();
+  engine_->startAfresh();
 }
 
 Ref<NSLocale> NSNumberFormatter::locale() const noexcept { return engine_->locale; }
 
 void NSNumberFormatter::setLocale(const Ref<NSLocale>& locale) {
   engine_->locale = locale ? locale : NSLocale::currentLocale();
-  engine_->rebuild();
+  engine_->startAfresh();
 }
 
 NSString NSNumberFormatter::format() const {
   icu::UnicodeString pattern;
-  return fromIcu(engine_->digits->toPattern(pattern));
+  return fromIcu(engine_->built().digits->toPattern(pattern));
 }
 
 void NSNumberFormatter::setFormat(const NSString& pattern) {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::DecimalFormat trial(*engine_->digits);
-  trial.applyPattern(toIcu(pattern), status);
-  if (U_FAILURE(status)) {
+  if (!isPattern(pattern)) {
     detail::raise("NSInvalidArgumentException", "\"" + pattern.utf8() + "\" is not a number pattern");
   }
   engine_->ownPattern = pattern;
-  engine_->own = {};
-  engine_->rebuild();
+  engine_->forgetOwnLimits();
+  engine_->startAfresh();
 }
 
 NSNumberFormatterBehavior NSNumberFormatter::formatterBehavior() const noexcept { return engine_->behavior; }
@@ -388,49 +471,26 @@ void NSNumberFormatter::setFormatterBehavior(NSNumberFormatterBehavior behavior)
   engine_->behavior = behavior;
 }
 
-int NSNumberFormatter::minimumIntegerDigits() const noexcept { return engine_->digits->getMinimumIntegerDigits(); }
-void NSNumberFormatter::setMinimumIntegerDigits(int count) {
-  engine_->digits->setMinimumIntegerDigits(count);
-  engine_->integerDigitsChanged();
-}
-int NSNumberFormatter::maximumIntegerDigits() const noexcept {
-  const int count = engine_->digits->getMaximumIntegerDigits();
+int NSNumberFormatter::minimumIntegerDigits() const { return engine_->built().digits->getMinimumIntegerDigits(); }
+void NSNumberFormatter::setMinimumIntegerDigits(int count) { engine_->setLimit(DigitLimit::MinimumInteger, count); }
+int NSNumberFormatter::maximumIntegerDigits() const {
+  const int count = engine_->built().digits->getMaximumIntegerDigits();
   return count < noIntegerLimit ? count : noIntegerLimit;
 }
-void NSNumberFormatter::setMaximumIntegerDigits(int count) {
-  engine_->digits->setMaximumIntegerDigits(count);
-  engine_->integerDigitsChanged();
-}
-int NSNumberFormatter::minimumFractionDigits() const noexcept { return engine_->digits->getMinimumFractionDigits(); }
-void NSNumberFormatter::setMinimumFractionDigits(int count) {
-  engine_->digits->setMinimumFractionDigits(count);
-  engine_->fractionDigitsChanged();
-}
-int NSNumberFormatter::maximumFractionDigits() const noexcept { return engine_->digits->getMaximumFractionDigits(); }
-void NSNumberFormatter::setMaximumFractionDigits(int count) {
-  engine_->digits->setMaximumFractionDigits(count);
-  engine_->fractionDigitsChanged();
-}
-bool NSNumberFormatter::hasThousandSeparators() const noexcept { return engine_->digits->isGroupingUsed(); }
-void NSNumberFormatter::setHasThousandSeparators(bool has) {
-  engine_->digits->setGroupingUsed(has);
-  engine_->own.grouping = has;
-  engine_->settingsChanged();
-}
+void NSNumberFormatter::setMaximumIntegerDigits(int count) { engine_->setLimit(DigitLimit::MaximumInteger, count); }
+int NSNumberFormatter::minimumFractionDigits() const { return engine_->built().digits->getMinimumFractionDigits(); }
+void NSNumberFormatter::setMinimumFractionDigits(int count) { engine_->setLimit(DigitLimit::MinimumFraction, count); }
+int NSNumberFormatter::maximumFractionDigits() const { return engine_->built().digits->getMaximumFractionDigits(); }
+void NSNumberFormatter::setMaximumFractionDigits(int count) { engine_->setLimit(DigitLimit::MaximumFraction, count); }
+bool NSNumberFormatter::hasThousandSeparators() const { return engine_->built().digits->isGroupingUsed(); }
+void NSNumberFormatter::setHasThousandSeparators(bool has) { engine_->setGrouping(has); }
 NSNumberFormatterRoundingMode NSNumberFormatter::roundingMode() const noexcept { return engine_->rounding; }
-void NSNumberFormatter::setRoundingMode(NSNumberFormatterRoundingMode mode) {
-  engine_->rounding = mode;
-  engine_->digits->setRoundingMode(roundingInIcu(mode));
-  engine_->settingsChanged();
-}
+void NSNumberFormatter::setRoundingMode(NSNumberFormatterRoundingMode mode) { engine_->setRounding(mode); }
 
 bool NSNumberFormatter::allowsFloats() const noexcept { return engine_->allowsFloats; }
 void NSNumberFormatter::setAllowsFloats(bool allows) noexcept { engine_->allowsFloats = allows; }
 bool NSNumberFormatter::lenient() const noexcept { return engine_->isLenient; }
-void NSNumberFormatter::setLenient(bool isLenient) {
-  engine_->isLenient = isLenient;
-  engine_->settingsChanged();
-}
+void NSNumberFormatter::setLenient(bool isLenient) { engine_->setLenience(isLenient); }
 bool NSNumberFormatter::generatesDecimalNumbers() const noexcept { return engine_->generatesDecimals; }
 void NSNumberFormatter::setGeneratesDecimalNumbers(bool generates) noexcept { engine_->generatesDecimals = generates; }
 const std::optional<NSNumber>& NSNumberFormatter::maximum() const noexcept { return engine_->maximum; }
@@ -458,7 +518,7 @@ int decodeDigits(NSCoder& coder, const NSString& key) {
 }  // namespace
 
 void NSNumberFormatter::encodeWithCoder(NSCoder& coder) const {
-  const Engine& e = *engine_;
+  const Engine& e = engine_->built();
   coder.encodeObject(e.locale->localeIdentifier(), "locale");
   coder.encodeInteger(e.style, "numberStyle");
   coder.encodeInteger(e.behavior, "formatterBehavior");
@@ -484,7 +544,8 @@ bool NSNumberFormatter::initWithCoder(NSCoder& coder) {
   e.style = decodeEnumerator(coder, "numberStyle", NSNumberFormatterSpellOutStyle);
   e.behavior = decodeEnumerator(coder, "formatterBehavior", NSNumberFormatterBehavior10_4);
   e.rounding = decodeEnumerator(coder, "roundingMode", NSNumberFormatterRoundHalfUp);
-  e.rebuild();
+  e.forgetOwnLimits();
+  e.startAfresh();
   if (const auto pattern = coder.decode<std::optional<NSString>>("format")) setFormat(*pattern);
   if (coder.decodeBoolForKey("hasIntegerDigits")) {
     setMinimumIntegerDigits(decodeDigits(coder, "minimumIntegerDigits"));

@@ -238,6 +238,19 @@ TEST_F(PayrunWatch, AReaderThatGoesEndsItWithAnErrorAtTheNextChange) {
   EXPECT_THAT(end.err, HasSubstr("standard output"));
 }
 
+TEST_F(PayrunWatch, AChangeCostsNoMoreThanARun) {
+  const std::filesystem::path many = folder_.path("many");
+  ASSERT_EQ(runPayrun(folder_, {"--generate", "2000", "--input", many.string()}).status, 0);
+  WatchingPayrun program(folder_, {"--watch", "--input", many.string(), "--month", "1", "--logs", logs_.string(),
+                                   "--output", folder_.path("report.txt")});
+  program.readErrorUntil("watching");
+  const double run = program.cpuSeconds();
+  writeFile(folder_.path("draft"), readFile(many / "items.csv") + "E0000001,2024-04-28,bonus,Bonus,1.00\n");
+  std::filesystem::rename(folder_.path("draft"), many / "items.csv");
+  program.readUntil("total:");
+  EXPECT_LT(program.cpuSeconds() - run, 3 * run + 0.1) << "the first run took " << run << " s";
+}
+
 TEST_F(PayrunWatch, WaitingUsesNoProcessorTime) {
   WatchingPayrun program(folder_, arguments());
   program.readErrorUntil("watching");
