@@ -1,6 +1,7 @@
 #include "NorvikCore/Categories/NSArray+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
 #include "NorvikCore/platform/runtime/NSMutableArray.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
@@ -88,6 +89,18 @@ TEST(DecimalNumberSumming, AnObjectsValuesForTheKeysAddUp) {
                 "NSUnknownKeyException");
   EXPECT_RAISES((void)nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"note"})),
                 "NSInvalidArgumentException");
+}
+
+TEST(DecimalNumberSumming, ADictionarysValuesForTheKeysAddUpAndAMissingOneRaises) {
+  const auto slip = NSDictionary::dictionaryWith({{"grossPay", dec("100.50")}, {"bonus", 20}});
+  EXPECT_EQ(nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"})), dec("120.50"));
+  EXPECT_RAISES((void)nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "salary"})),
+                "NSInvalidArgumentException");
+}
+
+TEST(DecimalNumberSumming, TheSumHasTheLongestFractionOfItsSummands) {
+  EXPECT_EQ(nk_decimalNumberBySumming(*NSArray::arrayWith({dec("1.10"), dec("2.900")})).stringValue(), "4.000");
+  EXPECT_EQ(nk_decimalNumberBySumming(*NSArray::array()).stringValue(), "0");
 }
 
 TEST(DecimalNumberSumming, KeysThatChangeDuringTheSumRaise) {
