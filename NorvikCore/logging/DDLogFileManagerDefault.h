@@ -69,7 +69,8 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
  private:
   std::optional<NSString> _logsDirectory;  // the default one until init()
   std::atomic<std::uint64_t> maximumNumberOfLogFiles_{5};
-  Mutex mutex_;
+  static Mutex mutex_;  // of all managers, since no fork may find it taken
+  static const bool takenAtForks_;
   NSString newestPath_ NK_GUARDED_BY(mutex_);  // the last file made here
 };
 

@@ -6,11 +6,14 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
+#include "tests/support/QuietFork.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -335,6 +338,36 @@ TEST(DDLogFileManagerDefault, TheDefaultFolderIsTheProcesssOwnInTheUsersLibrary)
     EXPECT_EQ(make<DDLogFileManagerDefault>()->defaultLogsDirectory(),
               "/tmp/library-of-the-user/Logs/" + kernel::processName());
   });
+}
+
+TEST(DDLogFileManagerDefault, AForkedChildIsNotHeldUpByWhatOtherThreadsWereAt) {
+#ifdef NK_TEST_ADDRESS_SANITIZER
+  GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process";
+#endif
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  std::atomic<bool> done = false;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([&] {
+      while (!done) manager->deleteOldLogFiles();
+    });
+  }
+  int bad = 0;
+  for (int i = 0; i < 300 && bad == 0; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);  // a child that hangs is ended by the signal
+      manager->deleteOldLogFiles();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    bad += status != 0;
+  }
+  done = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(bad, 0);
 }
 
 TEST(DDLogFileManagerDefault, GoesWhenNobodyKeepsIt) {

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/runtime/Weak.h"
 
+#include "NorvikCore/platform/dispatch/internal/ForkMutex.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
 #include "NorvikCore/platform/runtime/internal/PointerTable.h"
@@ -22,21 +24,33 @@ class WeakCell {
   /// Counts the object up unless its count has reached zero. The object's memory is there: going, it waits for this
   /// mutex.
   NSObject* lock() noexcept NK_EXCLUDES(mutex_) {
-    MutexLock lock(mutex_);
+    const Lock lock(mutex_);
     return object_ && ObjectAccess::retainUnlessGoing(*object_) ? object_ : nullptr;
   }
   bool isGone() noexcept NK_EXCLUDES(mutex_) {
-    MutexLock lock(mutex_);
+    const Lock lock(mutex_);
     return !object_ || ObjectAccess::isGoing(*object_);
   }
   void forget() noexcept NK_EXCLUDES(mutex_) {
-    MutexLock lock(mutex_);
+    const Lock lock(mutex_);
     object_ = nullptr;
   }
 
  private:
+  /// What it guards is one pointer, so a forked child finds nothing to put right.
+  class NK_SCOPED_CAPABILITY Lock {
+   public:
+    explicit Lock(ForkMutex& mutex) noexcept NK_ACQUIRE(mutex) : mutex_(mutex) { static_cast<void>(mutex.lock()); }
+    ~Lock() NK_RELEASE() { mutex_.unlock(); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    ForkMutex& mutex_;
+  };
+
   std::atomic<std::uint32_t> count_{1};
-  Mutex mutex_;
+  ForkMutex mutex_;
   NSObject* object_ NK_GUARDED_BY(mutex_);
 };
 
@@ -48,10 +62,28 @@ struct Stripe {
   PointerTable<WeakCell*> cells NK_GUARDED_BY(mutex);
 };
 
-Stripe& stripeOf(const NSObject* object) {
-  static auto& stripes = *new std::array<Stripe, 64>;
-  return stripes[(reinterpret_cast<std::uintptr_t>(object) >> 5) % stripes.size()];
+std::array<Stripe, 64>& stripes() {
+  static auto& all = *new std::array<Stripe, 64>;
+  return all;
 }
+
+Stripe& stripeOf(const NSObject* object) {
+  return stripes()[(reinterpret_cast<std::uintptr_t>(object) >> 5) % stripes().size()];
+}
+
+void takeStripes() NK_NO_THREAD_SAFETY_ANALYSIS {
+  for (Stripe& stripe : stripes()) stripe.mutex.lock();
+}
+void letGoOfStripes() NK_NO_THREAD_SAFETY_ANALYSIS {
+  for (Stripe& stripe : stripes()) stripe.mutex.unlock();
+}
+
+// A forked child, which may log and set timers, finds no stripe taken for ever. Registered while the library is loaded:
+// whoever waits for other threads before a fork does so before the stripes are taken.
+[[maybe_unused]] const bool takenAtForks = [] {
+  kernel::atFork(takeStripes, letGoOfStripes, letGoOfStripes);
+  return true;
+}();
 
 }  // namespace
 

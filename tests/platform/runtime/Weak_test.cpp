@@ -1,8 +1,11 @@
 #include "NorvikCore/platform/runtime/Weak.h"
 
 #include "NorvikCore/platform/runtime/NSObject.h"
+#include "tests/support/QuietFork.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <latch>
@@ -87,4 +90,34 @@ TEST(Weak, ReadOnOneThreadWhileTheObjectGoesOnAnother) {
     reader.join();
     EXPECT_FALSE(weak.lock());
   }
+}
+
+TEST(Weak, AForkedChildIsNotHeldUpByWhatOtherThreadsWereAt) {
+#ifdef NK_TEST_ADDRESS_SANITIZER
+  GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process";
+#endif
+  const Ref<Thing> thing = make<Thing>();
+  const Weak<Thing> weak = thing;
+  std::atomic<bool> done = false;
+  std::thread taking([&] {
+    while (!done) (void)Weak<Thing>(thing);
+  });
+  std::thread reading([&] {
+    while (!done) (void)weak.lock();
+  });
+  int bad = 0;
+  for (int i = 0; i < 100 && bad == 0; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);  // a child that hangs is ended by the signal
+      _exit(Weak<Thing>(thing).lock() == thing && weak.lock() == thing ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    bad += status != 0;
+  }
+  done = true;
+  taking.join();
+  reading.join();
+  EXPECT_EQ(bad, 0);
 }
