@@ -2,6 +2,7 @@
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 
 #include <cstddef>
 #include <vector>
@@ -11,7 +12,7 @@ namespace norvik::detail {
 /// Asks the processor for an item's first lines of memory, of whatever it is part.
 inline void prefetchItem(const void* item) noexcept {
   constexpr std::size_t kLine = 64;
-  for (std::size_t line = 0; line < 3; ++line) __builtin_prefetch(static_cast<const char*>(item) + line * kLine, 1);
+  for (std::size_t line = 0; line < 3; ++line) kernel::prefetchForWrite(static_cast<const char*>(item) + line * kLine);
 }
 
 /// Items that follow each other for one serial queue are handed to it as one, a table of them: one atomic operation,

@@ -1,6 +1,8 @@
 // NorvikCore/platform/dispatch/internal/SemaphoreCore.h - permits, and how many threads sleep for one.
 #pragma once
 
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -29,7 +31,7 @@ class SemaphoreCore {
   /// False when the deadline, a point of the monotonic clock, came first.
   bool takeBy(std::uint64_t deadline) noexcept;
   /// Asks for the memory of the permits, which are about to change.
-  void prefetch() const noexcept { __builtin_prefetch(&permits_, 1); }
+  void prefetch() const noexcept { kernel::prefetchForWrite(&permits_); }
   [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
   /// True when a thread slept.
   bool give(std::uint32_t permits = 1) noexcept;

@@ -14,6 +14,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 
 #include <atomic>
 #include <cstddef>
@@ -38,7 +39,7 @@ class SerialQueue : public QueueCore {
   }
 
   /// Asks for the memory of the inbox, which is about to change.
-  void prefetch() const noexcept { __builtin_prefetch(&inbox_, 1); }
+  void prefetch() const noexcept { kernel::prefetchForWrite(&inbox_); }
 
   /// enter(), where it takes no waiting.
   [[nodiscard]] bool tryEnter() noexcept {

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/dispatch/internal/TimerHeap.h"
 
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
+
 #include <algorithm>
 #include <bit>
 #include <new>
@@ -17,8 +19,8 @@ std::uint8_t leewayBits(std::uint64_t leeway, std::uint64_t interval) {
 
 void prefetchEntry(const TimerEntry& entry) {
   const auto* memory = reinterpret_cast<const std::byte*>(&entry);
-  __builtin_prefetch(memory, 1);
-  __builtin_prefetch(memory + 64, 1);
+  kernel::prefetchForWrite(memory);
+  kernel::prefetchForWrite(memory + 64);
 }
 
 }  // namespace
