@@ -34,7 +34,7 @@ void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchrono
 void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                 const Value& tag, const RuntimeFormat& format, FormatArguments arguments) {
   if (!format.text) return;
-  logArguments(asynchronous, {level, flag, context, line, file, function}, tag, format.text->view(), arguments, false);
+  logNow(asynchronous, {level, flag, context, line, file, function}, &tag, format.text->view(), arguments);
 }
 
 void DDLog::flushLog() { LogDispatcher::shared().flush(); }

@@ -35,7 +35,8 @@
 //            loggers cannot keep up. What a synchronous call said is with the loggers.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log;
 //            messages that were waiting are the parent's, and a child flushes by flushLog() where it wants to, not at
-//            its exit.
+//            its exit. A formatter that uses key paths, observers or associated objects in a child may wait for ever,
+//            if another thread of the parent was changing such at the fork.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -47,6 +48,7 @@
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -83,13 +85,16 @@ class NK_EXPORT DDLog : public NSObject {
   static void queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously);
 
   /// Logs `format` with its arguments: see above. `level` is that of the calling code, `flag` the kind of the message,
-  /// `context` and `tag` (Value{} for none) are the caller's own.
+  /// `context` and `tag` (Value{} or nullptr for none) are the caller's own.
   template <FormatArgumentType... Args>
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, FormatStringFor<Args...> format, const Args&... arguments) {
-    if (format.isAbsent()) return;
-    logArguments(asynchronous, {level, flag, context, line, file, function}, tag, format.view(),
-                 FormatArgumentList(arguments...), format.canWait());
+    logTagged(asynchronous, {level, flag, context, line, file, function}, &tag, format, arguments...);
+  }
+  template <FormatArgumentType... Args>
+  static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
+                  std::nullptr_t, FormatStringFor<Args...> format, const Args&... arguments) {
+    logTagged(asynchronous, {level, flag, context, line, file, function}, nullptr, format, arguments...);
   }
   /// The same with a list of arguments, for code that hands them on (FormatArgumentList).
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
@@ -120,9 +125,26 @@ class NK_EXPORT DDLog : public NSObject {
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
 
  private:
-  static void logArguments(bool asynchronous, const detail::LogSite& site, const Value& tag, std::string_view format,
-                           FormatArguments arguments, bool canWait);
-  static void logText(bool asynchronous, const detail::LogSite& site, const Value& tag, const NSString& text);
+  template <class... Args>
+  static void logTagged(bool asynchronous, const detail::LogSite& site, const Value* tag,
+                        FormatStringFor<Args...> format, const Args&... arguments) {
+    if (format.isAbsent()) return;
+    const FormatArgumentList list(arguments...);
+    if (asynchronous && format.canWait()) {
+      logLater(site, tag, format.view().data(), {static_cast<std::uint32_t>(format.view().size()), sizeof...(Args)},
+               FormatArguments(list).data());
+    } else {
+      logNow(asynchronous, site, tag, format.view(), list);
+    }
+  }
+  /// How long a literal format is, and how many arguments it has: one register, for calls are to be small.
+  struct Sizes {
+    std::uint32_t format, arguments;
+  };
+  static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
+                       const detail::FormatArgument* arguments);
+  static void logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
+                     FormatArguments arguments);
 };
 
 }  // namespace norvik

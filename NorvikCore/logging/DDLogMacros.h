@@ -23,9 +23,9 @@
 #define DDLogDebug(...) NK_LOG(::norvik::LOG_FLAG_DEBUG, __VA_ARGS__)
 #define DDLogVerbose(...) NK_LOG(::norvik::LOG_FLAG_VERBOSE, __VA_ARGS__)
 
-#define NK_LOG(flag, ...)                                                                                   \
-  do {                                                                                                      \
-    if (const int nk_level = NK_LOG_LEVEL; (nk_level & flag) != 0) [[unlikely]]                             \
-      ::norvik::DDLog::log(true, nk_level, flag, 0, __FILE__, static_cast<const char*>(__func__), __LINE__, \
-                           ::norvik::Value(), __VA_ARGS__);                                                 \
+#define NK_LOG(flag, ...)                                                                                            \
+  do {                                                                                                               \
+    if (const int nk_level = NK_LOG_LEVEL; (nk_level & flag) != 0) [[unlikely]]                                      \
+      ::norvik::DDLog::log(true, nk_level, flag, 0, __FILE__, static_cast<const char*>(__func__), __LINE__, nullptr, \
+                           __VA_ARGS__);                                                                             \
   } while (false)

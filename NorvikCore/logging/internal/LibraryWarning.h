@@ -22,7 +22,7 @@ void libraryWarning(const char* file, const char* operation, int line, FormatStr
                     const Args&... arguments) {
   const int level = ddLogLevel;
   if ((level & LOG_FLAG_WARN) == 0) return;
-  DDLog::log(true, level, LOG_FLAG_WARN, 0, file, operation, line, Value(), format, arguments...);
+  DDLog::log(true, level, LOG_FLAG_WARN, 0, file, operation, line, nullptr, format, arguments...);
 }
 
 }  // namespace norvik::detail

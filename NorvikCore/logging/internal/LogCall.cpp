@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 #include "NorvikCore/platform/kernel/internal/ThreadRevision.h"
 
 namespace norvik {
@@ -49,17 +50,8 @@ bool isKnown(std::int64_t now) noexcept {
 
 }  // namespace
 
-/// Asks for the memory that a call is about to change, so that all of it comes at once and while the clock is read.
-inline void LogDispatcher::prefetch(const FormatArguments& arguments) noexcept {
-  way.records->prefetch(known.cursor);
-  way.permits->prefetch();
-  way.queue->prefetch();
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (arguments.data()[i].kind >= FormatKind::text) __builtin_prefetch(arguments.data()[i].pointer);
-  }
-}
-
-inline LogRecord* LogDispatcher::recordOf(const LogSite& site, const LogCaller& caller, const LogContent& content) {
+[[gnu::always_inline]] inline LogRecord* LogDispatcher::recordOf(const LogSite& site, const LogCaller& caller,
+                                                                 const LogContent& content) {
   LogRecord* const record = way.records->take(known.cursor);
   if (record && record->fill(site, caller, content)) [[likely]]
     return record;
@@ -67,7 +59,8 @@ inline LogRecord* LogDispatcher::recordOf(const LogSite& site, const LogCaller& 
   return LogRecord::filledOnHeap(site, caller, content);
 }
 
-inline void LogDispatcher::queueCallOf(const LogCaller& caller, const LogSite& site, const LogContent& content) {
+[[gnu::always_inline]] inline void LogDispatcher::queueCallOf(const LogCaller& caller, const LogSite& site,
+                                                              const LogContent& content) {
   std::uint32_t permits = 0;
   const bool hasPermit = way.permits->tryTake(permits) || shared().waitForPermit();
   LogRecord* record = nullptr;
@@ -80,10 +73,11 @@ inline void LogDispatcher::queueCallOf(const LogCaller& caller, const LogSite& s
   record->run = &LogDispatcher::runRecords;
   record->hasPermit = hasPermit;
   way.records->prefetch(known.cursor);  // the next call's, which is in memory of the writer's processor until now
-  const bool hurry = permits < relaxedPermits;
-  if (!hurry && way.queue->tryPushRelaxed(record)) [[likely]]
-    return;
-  way.queue->push(record, hurry ? Delivery::prompt : Delivery::relaxed, Order::normal);
+  if (permits < relaxedPermits) [[unlikely]] {
+    way.queue->push(record, Delivery::prompt, Order::normal);
+  } else if (!way.queue->tryPushRelaxed(record)) [[unlikely]] {
+    way.queue->push(record, Delivery::relaxed, Order::normal);
+  }
 }
 
 bool LogDispatcher::waitForPermit() {
@@ -92,43 +86,57 @@ bool LogDispatcher::waitForPermit() {
   return true;
 }
 
-void LogDispatcher::queueCall(const LogSite& site, const LogContent& content) {
-  prefetch(content.arguments);
+[[gnu::always_inline]] inline void LogDispatcher::queueCall(const LogSite& site, const LogContent& content) {
+  way.permits->prefetch();
+  way.queue->prefetch();
   const std::int64_t now = kernel::wallNanoseconds();
-  if (currentFrame || (!isKnown(now) && !findOutCaller(now))) [[unlikely]]
+  if (currentFrame) [[unlikely]]
     return queueCallOfUnknown(site, now, content);
-  queueCallOf({now,
-               known.threadId,
-               {known.names, known.threadNameSize},
-               {known.names + known.threadNameSize, known.queueLabelSize}},
-              site, content);
+  if (!isKnown(now)) [[unlikely]] {
+    if (!findOutCaller(now)) return queueCallOfUnknown(site, now, content);
+  }
+  queueCallOf({now, known.threadId, known.threadNameSize, known.queueLabelSize, known.names}, site, content);
 }
 
 /// On a queue, or with long names.
-void LogDispatcher::queueCallOfUnknown(const LogSite& site, std::int64_t now, const LogContent& content) {
-  queueCallOf({now, kernel::currentThreadId(), kernel::currentThreadName(),
-               dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL)},
-              site, content);
+[[gnu::noinline]] void LogDispatcher::queueCallOfUnknown(const LogSite& site, std::int64_t now,
+                                                         const LogContent& content) {
+  const std::string_view name = kernel::currentThreadName();
+  const std::string_view label = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL);
+  const auto queue = [&](const char* names) __attribute__((noinline)) {
+    queueCallOf({now, kernel::currentThreadId(), static_cast<std::uint32_t>(name.size()),
+                 static_cast<std::uint32_t>(label.size()), names},
+                site, content);
+  };
+  char few[sizeof known.names];
+  if (name.size() + label.size() <= sizeof few) {
+    name.copy(few, name.size());
+    label.copy(few + name.size(), label.size());
+    queue(few);
+  } else {
+    std::string many(name);
+    queue(many.append(label).c_str());
+  }
 }
 
 }  // namespace detail
 
-void DDLog::logArguments(bool asynchronous, const detail::LogSite& site, const Value& tag, std::string_view format,
-                         FormatArguments arguments, bool canWait) {
+void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
+                     const detail::FormatArgument* arguments) {
   (void)detail::LogDispatcher::shared();
-  if (asynchronous && canWait) [[likely]]
-    return detail::LogDispatcher::queueCall(site, {format, arguments, tag});
-  logText(asynchronous, site, tag, stringWithFormatArguments(format, arguments));
+  detail::LogDispatcher::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
 }
 
 /// Where the text has to be formed now.
-void DDLog::logText(bool asynchronous, const detail::LogSite& site, const Value& tag, const NSString& text) {
+void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
+                   FormatArguments arguments) {
+  const NSString text = stringWithFormatArguments(format, arguments);
   if (asynchronous) {
     const FormatArgumentList list(text);
-    detail::LogDispatcher::queueCall(site, {"%@", list, tag});
+    logLater(site, tag, "%@", {2, 1}, FormatArguments(list).data());
   } else {
     queueLogMessage(DDLogMessage::initWithLogMsg(text, site.level, site.flag, site.context, site.file, site.function,
-                                                 site.line, tag, 0),
+                                                 site.line, tag ? *tag : Value(), 0),
                     false);
   }
 }

@@ -8,8 +8,8 @@ namespace norvik::detail {
 
 LogRecord* LogRecord::filledOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content) {
   for (;;) {
-    const std::size_t room = roomForFormatArguments(content.arguments) + caller.threadName.size() +
-                             caller.queueLabel.size() + sizeof(Value) + alignof(Value);
+    const std::size_t room =
+        roomForFormatArguments(content.arguments) + caller.namesSize() + sizeof(Value) + alignof(Value);
     void* const memory = ::operator new (sizeof(LogRecord) + room, std::align_val_t{alignof(LogRecord)});
     auto* const record = ::new (memory) LogRecord;
     record->onHeap_ = true;

@@ -17,6 +17,7 @@
 #include "NorvikCore/logging/DDLogMessage.h"
 #include "NorvikCore/platform/dispatch/Item.h"
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/runtime/Value.h"
 #include "NorvikCore/platform/runtime/internal/FormatCopy.h"
@@ -25,6 +26,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
@@ -33,16 +35,19 @@ namespace norvik::detail {
 
 /// Who calls, and when.
 struct LogCaller {
+  static constexpr std::size_t readable = 32;
+
   std::int64_t wallNanoseconds;
-  std::uint32_t threadId;
-  std::string_view threadName, queueLabel;
+  std::uint32_t threadId, threadNameSize, queueLabelSize;
+  const char* names;  // the thread's, then the queue's label; the first `readable` bytes can be read in any case
+  [[nodiscard]] std::size_t namesSize() const noexcept { return std::size_t{threadNameSize} + queueLabelSize; }
 };
 
-/// What a log call says: a format that can wait, and arguments for it.
+/// What a log call says: a format that can wait, and arguments for it. The tag may be null.
 struct LogContent {
   std::string_view format;
   FormatArguments arguments;
-  const Value& tag;
+  const Value* tag;
 };
 
 class alignas(64) LogRecord final : public Item {
@@ -54,7 +59,8 @@ class alignas(64) LogRecord final : public Item {
   LogRecord& operator=(const LogRecord&) = delete;
 
   /// Copies all that is given. False, with nothing noted, where that is more than the record holds.
-  [[nodiscard]] bool fill(const LogSite& site, const LogCaller& caller, const LogContent& content) noexcept {
+  [[nodiscard, gnu::always_inline]] bool fill(const LogSite& site, const LogCaller& caller,
+                                              const LogContent& content) noexcept {
     return fillWithin(room_ + sizeof room_, site, caller, content);
   }
 
@@ -84,13 +90,13 @@ class alignas(64) LogRecord final : public Item {
 
   /// Asks for its memory, which is about to be written.
   void prefetch() const noexcept {
-    for (std::size_t at = 0; at < pooledSize; at += 64) __builtin_prefetch(reinterpret_cast<const char*>(this) + at, 1);
+    for (std::size_t at = 0; at < pooledSize; at += 64)
+      kernel::prefetchForWrite(reinterpret_cast<const char*>(this) + at);
   }
-  [[nodiscard]] bool claim() noexcept {
-    return !inUse_.load(std::memory_order_relaxed) && !inUse_.exchange(true, std::memory_order_acquire);
-  }
+  [[nodiscard]] bool claim() noexcept { return !inUse_.exchange(true, std::memory_order_acquire); }
 
-  bool fillWithin(char* end, const LogSite& site, const LogCaller& caller, const LogContent& content) noexcept;
+  [[gnu::always_inline]] bool fillWithin(char* end, const LogSite& site, const LogCaller& caller,
+                                         const LogContent& content) noexcept;
   [[nodiscard]] FormatArguments arguments() const noexcept {
     return {reinterpret_cast<const FormatArgument*>(room_), argumentCount_};
   }
@@ -112,24 +118,38 @@ static_assert(sizeof(LogRecord) == LogRecord::pooledSize);
 inline bool LogRecord::fillWithin(char* end, const LogSite& site, const LogCaller& caller,
                                   const LogContent& content) noexcept {
   argumentCount_ = static_cast<std::uint16_t>(content.arguments.size());
-  site_ = site;
+  site_.level = site.level;  // member by member, as the call site has just stored them (FormatCopy.h)
+  site_.flag = site.flag;
+  site_.context = site.context;
+  site_.line = site.line;
+  site_.file = site.file;
+  site_.function = site.function;
   wallNanoseconds_ = caller.wallNanoseconds;
   threadId_ = caller.threadId;
-  threadNameSize_ = static_cast<std::uint32_t>(caller.threadName.size());
-  queueLabelSize_ = static_cast<std::uint32_t>(caller.queueLabel.size());
+  threadNameSize_ = caller.threadNameSize;
+  queueLabelSize_ = caller.queueLabelSize;
   formatSize_ = static_cast<std::uint32_t>(content.format.size());
   format_ = content.format.data();
   tag_ = nullptr;
 
-  Room room(room_, static_cast<std::size_t>(end - room_));
-  FormatArgument* const copies = takeFormatCopies(content.arguments.size(), room);
-  if (!copies || !room.copy(caller.threadName) || !room.copy(caller.queueLabel)) return false;
-  if (!content.tag.isAbsent()) {
+  const std::size_t copiesSize = content.arguments.size() * sizeof(FormatArgument);
+  const std::size_t namesSize = caller.namesSize();
+  const auto size = static_cast<std::size_t>(end - room_);
+  char* const at = room_ + copiesSize;
+  if (namesSize <= LogCaller::readable && size >= copiesSize + LogCaller::readable) [[likely]] {
+    std::memcpy(at, caller.names, LogCaller::readable);  // what is too much, the next copy overwrites
+  } else if (size >= copiesSize + namesSize) {
+    std::memcpy(at, caller.names, namesSize);
+  } else {
+    return false;
+  }
+  Room room(at + namesSize, size - copiesSize - namesSize);
+  if (content.tag && !content.tag->isAbsent()) [[unlikely]] {
     char* const memory = room.take(sizeof(Value), alignof(Value));
     if (!memory) return false;
-    tag_ = ::new (memory) Value(content.tag);
+    tag_ = ::new (memory) Value(*content.tag);
   }
-  if (fillFormatCopies(copies, content.arguments, room)) [[likely]]
+  if (copyFormatArguments(reinterpret_cast<FormatArgument*>(room_), content.arguments, room)) [[likely]]
     return true;
   if (tag_) tag_->~Value();
   return false;

@@ -26,7 +26,8 @@ class LogRecordPool {
 
   /// The next record; null where that is still in use.
   [[nodiscard]] LogRecord* take(Cursor& cursor) noexcept {
-    if (cursor.next % atOnce == 0) cursor.next = next_.fetch_add(atOnce, std::memory_order_relaxed);
+    if (cursor.next % atOnce == 0) [[unlikely]]
+      cursor.next = next_.fetch_add(atOnce, std::memory_order_relaxed);
     LogRecord& record = records_[cursor.next++ % count];
     return record.claim() ? &record : nullptr;
   }

@@ -79,9 +79,9 @@ void appendPadded(FormatBuffer& out, const NSString& text, const FormatField& fi
 
 void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatField& field, bool precisionInBytes) {
   std::string_view text;
-  if (argument.kind == FormatKind::absent) {
+  if (argument.kind() == FormatKind::absent) {
     text = absentText;
-  } else if (argument.kind == FormatKind::string) {
+  } else if (argument.kind() == FormatKind::string) {
     const NSString& string = *static_cast<const NSString*>(argument.pointer);
     text = string.view();
     if (!string.isWellFormed()) {
@@ -90,7 +90,7 @@ void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatF
       const NSUInteger units = utf16Units(precisionInBytes ? firstBytes(text, limit) : firstUnits(text, limit));
       return appendPadded(out, string.substringToIndex(units), field);
     }
-  } else if (argument.kind == FormatKind::text) {
+  } else if (argument.kind() == FormatKind::text) {
     text = {static_cast<const char*>(argument.pointer), argument.length};
   } else if (precisionInBytes && field.precision >= 0) {
     text = boundedText(argument, field.precision);
@@ -107,18 +107,19 @@ void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatF
 }
 
 void appendObject(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind != FormatKind::described && argument.kind != FormatKind::object) {
+  if (argument.kind() != FormatKind::described && argument.kind() != FormatKind::object) {
     return appendText(out, argument, field, false);
   }
   const NSString description = argument.describe(argument.pointer);
   FormatArgument text;
-  text.kind = FormatKind::string;
+  text.setKind(FormatKind::string);
   text.pointer = &description;
   appendText(out, text, field, false);
 }
 
 void appendCharacter(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind == FormatKind::character && argument.bytes == 1) {  // a byte, perhaps one of several of a character
+  if (argument.kind() == FormatKind::character &&
+      argument.bytes() == 1) {  // a byte, perhaps one of several of a character
     const char byte = static_cast<char>(argument.integer);
     return appendPadded(out, std::string_view(&byte, 1), field);
   }
@@ -128,7 +129,7 @@ void appendCharacter(FormatBuffer& out, const FormatArgument& argument, const Fo
 }
 
 void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind == FormatKind::absent && conversion != 'p') return appendText(out, argument, field, false);
+  if (argument.kind() == FormatKind::absent && conversion != 'p') return appendText(out, argument, field, false);
   switch (conversion) {
     case '@':
       return appendObject(out, argument, field);
@@ -139,7 +140,7 @@ void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& ar
     case 'C':
       return appendCharacter(out, argument, field);
     case 'p':
-      return appendAddress(out, argument.kind == FormatKind::absent ? nullptr : argument.pointer, field);
+      return appendAddress(out, argument.kind() == FormatKind::absent ? nullptr : argument.pointer, field);
     case 'f':
     case 'F':
     case 'e':
@@ -148,14 +149,14 @@ void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& ar
     case 'G':
     case 'a':
     case 'A':
-      if (argument.kind == FormatKind::longFloating) {
+      if (argument.kind() == FormatKind::longFloating) {
         return appendFloating(out, conversion, *static_cast<const long double*>(argument.pointer), field);
       }
       return appendFloating(out, conversion, argument.floating, field);
     default: {
-      const bool isNegative = argument.integer < 0 &&
-                              (argument.kind == FormatKind::signedInteger || argument.kind == FormatKind::character);
-      return appendInteger(out, conversion, static_cast<std::uint64_t>(argument.integer), isNegative, argument.bytes,
+      const bool isNegative = argument.integer < 0 && (argument.kind() == FormatKind::signedInteger ||
+                                                       argument.kind() == FormatKind::character);
+      return appendInteger(out, conversion, static_cast<std::uint64_t>(argument.integer), isNegative, argument.bytes(),
                            field);
     }
   }
@@ -188,24 +189,25 @@ class Renderer {
       case 'd':
       case 'i':
       case 'u':
-        if (argument.kind != FormatKind::signedInteger && argument.kind != FormatKind::unsignedInteger) return false;
+        if (argument.kind() != FormatKind::signedInteger && argument.kind() != FormatKind::unsignedInteger)
+          return false;
         appendDecimal(out_, static_cast<std::uint64_t>(argument.integer),
-                      argument.kind == FormatKind::signedInteger && argument.integer < 0);
+                      argument.kind() == FormatKind::signedInteger && argument.integer < 0);
         break;
       case '@':
       case 's':
-        if (argument.kind == FormatKind::string) {
+        if (argument.kind() == FormatKind::string) {
           out_.append(*static_cast<const NSString*>(argument.pointer));
-        } else if (argument.kind == FormatKind::text) {
+        } else if (argument.kind() == FormatKind::text) {
           out_.append(std::string_view(static_cast<const char*>(argument.pointer), argument.length));
-        } else if (argument.kind == FormatKind::cText) {
+        } else if (argument.kind() == FormatKind::cText) {
           out_.append(boundedText(argument, -1));
         } else {
           return false;
         }
         break;
       case 'f':
-        if (argument.kind != FormatKind::floating) return false;
+        if (argument.kind() != FormatKind::floating) return false;
         appendFixed(out_, argument.floating);
         break;
       default:
@@ -240,7 +242,7 @@ class Renderer {
     if (directive.conversion == '%') return out_.append(fits ? std::string_view("%") : badArgument);
     const FormatArgument* argument = take(directive.argument);
     fits = fits && argument &&
-           (argument->kind == FormatKind::absent || formatAccepts(directive.conversion, argument->kind));
+           (argument->kind() == FormatKind::absent || formatAccepts(directive.conversion, argument->kind()));
     if (!fits) return out_.append(badArgument);
     appendArgument(out_, directive.conversion, *argument, field);
   }
@@ -254,8 +256,8 @@ class Renderer {
   bool takeField(int argument, int& number) noexcept {
     if (argument == FormatDirective::none) return true;
     const FormatArgument* given = take(argument);
-    if (!given || !formatAcceptsAsField(given->kind)) return false;
-    const bool isHuge = given->kind == FormatKind::unsignedInteger && given->integer < 0;
+    if (!given || !formatAcceptsAsField(given->kind())) return false;
+    const bool isHuge = given->kind() == FormatKind::unsignedInteger && given->integer < 0;
     const std::int64_t value = isHuge ? formatFieldLimit : given->integer;
     number = static_cast<int>(std::clamp<std::int64_t>(value, -formatFieldLimit, formatFieldLimit));
     return true;

@@ -40,8 +40,14 @@ namespace detail {
 struct FormatArgument {
   using Describe = NSString (*)(const void*);
 
-  FormatKind kind = FormatKind::absent;
-  std::uint8_t bytes = 0;  // the size of an integer's type; that of a described value whose copy says the same for ever
+  [[nodiscard]] constexpr FormatKind kind() const noexcept { return static_cast<FormatKind>(kindAndBytes & 0xFF); }
+  /// The size of an integer's type; that of a described value whose copy says the same for ever; else 0.
+  [[nodiscard]] constexpr unsigned bytes() const noexcept { return unsigned{kindAndBytes} >> 8; }
+  constexpr void setKind(FormatKind kind, std::size_t bytes = 0) noexcept {
+    kindAndBytes = static_cast<std::uint16_t>(static_cast<std::size_t>(kind) | bytes << 8);
+  }
+
+  std::uint16_t kindAndBytes = 0;  // one number, so that a call site stores both at once
   union {
     std::int64_t integer = 0;  // an unsigned number is stored as its bits
     double floating;
@@ -145,10 +151,10 @@ FormatArgument formatArgument(const T& value) {
   } else if constexpr (kind == FormatKind::object && !std::is_pointer_v<T> && !RefersToDescribable<T>) {
     return formatArgument(value.object());
   } else if constexpr (kind != FormatKind::absent) {
-    argument.kind = kind;
+    argument.setKind(kind);
     if constexpr (std::is_integral_v<T>) {
+      argument.setKind(kind, sizeof(T));
       argument.integer = static_cast<std::int64_t>(value);
-      argument.bytes = sizeof(T);
     } else if constexpr (kind == FormatKind::floating) {
       argument.floating = static_cast<double>(value);
     } else if constexpr (kind == FormatKind::longFloating || kind == FormatKind::string) {
@@ -164,7 +170,7 @@ FormatArgument formatArgument(const T& value) {
       argument.describe = &describeFormatted<T>;
       if constexpr (isPlainValue<T>) {
         static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 32 && alignof(T) <= 16);
-        argument.bytes = sizeof(T);
+        argument.setKind(kind, sizeof(T));
       }
     } else {
       if constexpr (std::is_pointer_v<T>) {
@@ -182,7 +188,7 @@ FormatArgument formatArgument(const T& value) {
         using Object = std::remove_cvref_t<decltype(*value)>;
         argument.describe = &describeFormatted<Object>;
       }
-      if (!argument.pointer && kind != FormatKind::pointer) argument.kind = FormatKind::absent;
+      if (!argument.pointer && kind != FormatKind::pointer) argument.setKind(FormatKind::absent);
     }
   }
   return argument;

@@ -2,8 +2,7 @@
 // and on another thread.
 //
 //   Room room(memory, size);
-//   FormatArgument* copies = takeFormatCopies(arguments.size(), room);     // null: the room is too small
-//   if (copies && fillFormatCopies(copies, arguments, room)) ...           // as false is here
+//   if (copyFormatArguments(copies, arguments, room)) ...                  // false: the room is too small
 //   appendFormatArguments(text, format, {copies, arguments.size()});
 //   releaseFormatCopies({copies, arguments.size()});
 //
@@ -78,18 +77,18 @@ inline constexpr std::size_t copiedStringLimit = 64;
 
 inline void releaseFormatCopies(FormatArguments copies) noexcept {
   for (std::size_t i = 0; i < copies.size(); ++i) {
-    if (copies.data()[i].kind == FormatKind::string)
+    if (copies.data()[i].kind() == FormatKind::string)
       static_cast<const NSString*>(copies.data()[i].pointer)->~NSString();
   }
 }
 
-/// Makes `argument` refer to a copy in the room. False where the room is too small.
-[[nodiscard]] inline bool copyFormatArgument(FormatArgument& argument, Room& room) noexcept {
-  switch (argument.kind) {
+/// Makes an argument that refers to something refer to a copy in the room. False where the room is too small.
+[[nodiscard]] inline bool copyReferred(FormatArgument& argument, Room& room) noexcept {
+  switch (argument.kind()) {
     case FormatKind::cText: {
       argument.pointer =
           room.copyUntilZero(static_cast<const char*>(argument.pointer), argument.length, argument.length);
-      argument.kind = FormatKind::text;
+      argument.setKind(FormatKind::text);
       return argument.pointer != nullptr;
     }
     case FormatKind::text:
@@ -98,7 +97,7 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
     case FormatKind::string: {
       const auto& string = *static_cast<const NSString*>(argument.pointer);
       if (const std::string_view text = string.view(); text.size() <= copiedStringLimit && string.isWellFormed()) {
-        argument.kind = FormatKind::text;
+        argument.setKind(FormatKind::text);
         argument.length = text.size();
         argument.pointer = room.copy(text);
         return argument.pointer != nullptr;
@@ -109,27 +108,29 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
       return true;
     }
     case FormatKind::described: {
-      char* const memory = room.take(argument.bytes, alignof(std::max_align_t));
+      char* const memory = room.take(argument.bytes(), alignof(std::max_align_t));
       if (!memory) return false;
-      std::memcpy(memory, argument.pointer, argument.bytes);
+      std::memcpy(memory, argument.pointer, argument.bytes());
       argument.pointer = memory;
       return true;
     }
     default:
-      return true;  // a number, or absent
+      return true;  // an address that is shown as such
   }
 }
 
-/// Room for the copies themselves; null where it is too small.
-[[nodiscard]] inline FormatArgument* takeFormatCopies(std::size_t count, Room& room) noexcept {
-  return reinterpret_cast<FormatArgument*>(room.take(count * sizeof(FormatArgument), alignof(FormatArgument)));
-}
-
-/// Makes the copies, and in the room what they refer to. False, with nothing to release, where the room is too small.
-[[nodiscard]] inline bool fillFormatCopies(FormatArgument* copies, FormatArguments arguments, Room& room) noexcept {
+/// Makes the copies in memory for as many, and in the room what they refer to. False, with nothing to release, where
+/// the room is too small.
+[[nodiscard]] inline bool copyFormatArguments(FormatArgument* copies, FormatArguments arguments, Room& room) noexcept {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    FormatArgument* const copy = ::new (copies + i) FormatArgument(arguments.data()[i]);
-    if (!copyFormatArgument(*copy, room)) [[unlikely]] {
+    // Member by member: loads wider than the call site's stores, made a moment ago, would wait until those are in the
+    // cache.
+    FormatArgument* const copy = ::new (copies + i) FormatArgument;
+    const FormatArgument& argument = arguments.data()[i];
+    copy->kindAndBytes = argument.kindAndBytes;
+    std::memcpy(&copy->integer, &argument.integer, sizeof copy->integer);
+    std::memcpy(&copy->length, &argument.length, sizeof copy->length);
+    if (argument.kind() >= FormatKind::text && !copyReferred(*copy, room)) [[unlikely]] {
       releaseFormatCopies({copies, i});
       return false;
     }
@@ -144,8 +145,8 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const FormatArgument& argument = arguments.data()[i];
     size += most;
-    if (argument.kind == FormatKind::text) size += argument.length;
-    if (argument.kind == FormatKind::cText) {
+    if (argument.kind() == FormatKind::text) size += argument.length;
+    if (argument.kind() == FormatKind::cText) {
       const char* const text = static_cast<const char*>(argument.pointer);
       size += argument.length == static_cast<std::size_t>(-1) ? std::strlen(text) : ::strnlen(text, argument.length);
     }
