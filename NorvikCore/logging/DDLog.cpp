@@ -1,6 +1,7 @@
 #include "NorvikCore/logging/DDLog.h"
 
 #include "NorvikCore/logging/internal/LogDispatcher.h"
+#include "NorvikCore/platform/runtime/NSException.h"
 
 #include <new>
 #include <utility>
@@ -71,8 +72,15 @@ std::uint32_t DDLog::logLevelForClassWithName(const NSString& aClassName) {
 
 void DDLog::setLogLevel_forClass(std::uint32_t level, const Class& aClass) {
   if (!isRegisteredClass(aClass)) return;
-  const Value argument = static_cast<std::int32_t>(level);
-  aClass.performClassOperation("ddSetLogLevel:", {&argument, 1});
+  const auto set = [&](const Value& argument) { aClass.performClassOperation("ddSetLogLevel:", {&argument, 1}); };
+  if (level <= INT32_MAX) return set(level);
+  // Setters take a level with a sign or without one: the same bits, but two numbers, of which each refuses one.
+  try {
+    set(level);
+  } catch (const NSException& exception) {
+    if (exception.name() != NSInvalidArgumentException) throw;
+    set(static_cast<std::int32_t>(level));
+  }
 }
 
 void DDLog::setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName) {

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -58,6 +59,15 @@ class WithLevel : public NSObject {
   NK_CLASS_METHOD(ddLogLevel)
   NK_CLASS_METHOD(ddSetLogLevel)
   static inline int level = 7;
+};
+
+class WithUnsignedLevel : public NSObject {
+  NK_OBJECT(WithUnsignedLevel, NSObject)
+  static std::uint32_t ddLogLevel() { return level; }
+  static void ddSetLogLevel(std::uint32_t newLevel) { level = newLevel; }
+  NK_CLASS_METHOD(ddLogLevel)
+  NK_CLASS_METHOD(ddSetLogLevel)
+  static inline std::uint32_t level = 7;
 };
 
 class InheritsLevel : public WithLevel {
@@ -453,8 +463,9 @@ TEST_F(DDLogTest, AClassWithBothLevelOperationsIsRegisteredAlsoWhereItInheritsTh
   EXPECT_FALSE(DDLog::isRegisteredClass(WithGetterOnly::staticClass()));
   EXPECT_FALSE(DDLog::isRegisteredClass(NSObject::staticClass()));
   const std::vector<NSString> names = DDLog::registeredClassNames();
-  EXPECT_THAT(names, ElementsAre("WithLevel", "InheritsLevel"));
-  EXPECT_THAT(DDLog::registeredClasses(), ElementsAre(&WithLevel::staticClass(), &InheritsLevel::staticClass()));
+  EXPECT_THAT(names, ElementsAre("WithLevel", "WithUnsignedLevel", "InheritsLevel"));
+  EXPECT_THAT(DDLog::registeredClasses(),
+              ElementsAre(&WithLevel::staticClass(), &WithUnsignedLevel::staticClass(), &InheritsLevel::staticClass()));
 }
 
 TEST_F(DDLogTest, LevelsOfClassesAreReadAndSet) {
@@ -464,6 +475,15 @@ TEST_F(DDLogTest, LevelsOfClassesAreReadAndSet) {
   EXPECT_EQ(WithLevel::level, 15);
   DDLog::setLogLevel_forClassWithName(31, "InheritsLevel");
   EXPECT_EQ(DDLog::logLevelForClassWithName("WithLevel"), 31U);
+}
+
+TEST_F(DDLogTest, ALevelOfAllBitsIsSetWhetherTheSetterTakesASignOrNot) {
+  DDLog::setLogLevel_forClass(0xFFFFFFFF, WithUnsignedLevel::staticClass());
+  EXPECT_EQ(WithUnsignedLevel::level, 4294967295U);
+  EXPECT_EQ(DDLog::logLevelForClass(WithUnsignedLevel::staticClass()), 4294967295U);
+  DDLog::setLogLevel_forClass(0xFFFFFFFF, WithLevel::staticClass());
+  EXPECT_EQ(WithLevel::level, -1);
+  EXPECT_EQ(DDLog::logLevelForClass(WithLevel::staticClass()), 4294967295U);
 }
 
 TEST_F(DDLogTest, AClassThatIsNotRegisteredHasTheLevelOfAllBits) {
