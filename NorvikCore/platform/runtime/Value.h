@@ -45,7 +45,7 @@ class NK_EXPORT Value {
   Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) { storage_.boolean = boolean; }
   /// An integer; one above the range of a signed 64-bit integer is kept as a Decimal.
   template <std::integral I>
-  requires(!std::same_as<I, bool>) Value(I integer)
+  requires(!std::same_as<I, bool> && sizeof(I) <= 8) Value(I integer)
   noexcept : kind_(Kind::Integer) {
     if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
       if (integer > static_cast<std::uint64_t>(INT64_MAX)) {
@@ -81,16 +81,17 @@ class NK_EXPORT Value {
 
   Value(const Value& other) noexcept : kind_(Kind::Absent) { copyFrom(other); }
   Value(Value&& other) noexcept : kind_(Kind::Absent) { moveFrom(other); }
+  // What it held goes last: the other may be an element of it, and an object that goes may look at this value.
   Value& operator=(const Value& other) noexcept {
     if (this != &other) {
-      destroy();
+      const Value before(std::move(*this));
       copyFrom(other);
     }
     return *this;
   }
   Value& operator=(Value&& other) noexcept {
     if (this != &other) {
-      destroy();
+      const Value before(std::move(*this));
       moveFrom(other);
     }
     return *this;

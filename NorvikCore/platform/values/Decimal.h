@@ -58,7 +58,7 @@ class NK_EXPORT Decimal {
   constexpr Decimal() noexcept = default;
 
   template <std::integral Integer>
-  requires(!std::same_as<Integer, bool>) constexpr Decimal(
+  requires(!std::same_as<Integer, bool> && sizeof(Integer) <= 8) constexpr Decimal(
       Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
       : low_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
         signAndExponent_(value < 0 ? signBit : 0) {}

@@ -36,7 +36,7 @@ class NK_EXPORT NSNumber {
       : boolean_(value), kind_(Kind::Boolean) {}
   /// An integer that fits 64 bits with a sign is of the kind Integer, whatever type it comes from.
   template <std::integral Integer>
-  requires(!std::same_as<Integer, bool>) constexpr NSNumber(Integer value) noexcept
+  requires(!std::same_as<Integer, bool> && sizeof(Integer) <= 8) constexpr NSNumber(Integer value) noexcept
       : integer_(static_cast<std::int64_t>(value)),
         kind_(static_cast<std::uint64_t>(value) > INT64_MAX && value > 0 ? Kind::Unsigned : Kind::Integer) {}
   template <std::floating_point Float>

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/runtime/Value.h"
 
+#include "NorvikCore/platform/runtime/NSArray.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
@@ -124,4 +125,12 @@ TEST(Value, KnowsItsClass) {
   EXPECT_EQ(Value(dec("1")).classObject().superclass()->name(), "NSNumber");
   EXPECT_EQ(Value::null().classObject().name(), "NSNull");
   EXPECT_RAISES((void)Value().classObject(), "NSInvalidArgumentException");
+}
+
+TEST(Value, AnElementOfWhatItHoldsCanBeAssignedToIt) {
+  Value value = NSArray::arrayWithObjects(NSArray::arrayWithObjects("inner"), 2);
+  value = value.object<NSArray>()->objectAtIndex(0);
+  ASSERT_TRUE(value.isObject());
+  value = value.object<NSArray>()->objectAtIndex(0);
+  EXPECT_EQ(value, Value("inner"));
 }
