@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace norvik {
@@ -41,6 +42,11 @@ class PlainLogger : public DDAbstractLogger {
   NK_OBJECT(PlainLogger, DDAbstractLogger)
 };
 
+class NamelessLogger : public DDAbstractLogger {
+  NK_OBJECT(NamelessLogger, DDAbstractLogger)
+  std::optional<NSString> loggerName() override { return std::nullopt; }
+};
+
 TEST_F(DDAbstractLoggerTest, HeaderExample) {
   const auto logger = make<FormattingLogger>();
   DDLog::addLogger(logger);
@@ -58,6 +64,10 @@ TEST_F(DDAbstractLoggerTest, ALoggerIsNamedAfterItsClass) {
   const auto logger = make<PlainLogger>();
   EXPECT_EQ(logger->loggerName(), "PlainLogger");
   EXPECT_STREQ(dispatch_queue_get_label(logger->loggerQueue()), "PlainLogger");
+}
+
+TEST_F(DDAbstractLoggerTest, TheQueueOfALoggerWithoutANameHasNoLabel) {
+  EXPECT_STREQ(dispatch_queue_get_label(make<NamelessLogger>()->loggerQueue()), "");
 }
 
 TEST_F(DDAbstractLoggerTest, TheBaseIgnoresMessages) {

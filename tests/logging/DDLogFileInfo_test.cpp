@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/runtime/NSArray.h"
 #include "tests/support/InChild.h"
 #include "tests/support/PrivateMount.h"
 #include "tests/support/TemporaryFolder.h"
@@ -184,6 +185,11 @@ TEST(DDLogFileInfo, InfosAboutOnePathAreEqual) {
   EXPECT_FALSE(a->isEqual(*b));
 }
 
+TEST(DDLogFileInfo, NothingOfAnotherClassIsEqual) {
+  const auto info = DDLogFileInfo::logFileWithPath("/a");
+  EXPECT_FALSE(info->isEqual(*NSArray::arrayWith({"/a"})));
+}
+
 TEST(DDLogFileInfo, TheNewestComesFirst) {
   const TemporaryFolder folder;
   const std::string older = folder.write("older"), newer = folder.write("newer"), equal = folder.write("equal");
@@ -208,6 +214,14 @@ TEST(DDLogFileInfo, ADescriptionHasAllKeys) {
                           "age", "isArchived"}) {
     EXPECT_TRUE(text.containsString(key)) << key << " in " << text;
   }
+}
+
+TEST(DDLogFileInfo, ADescriptionShowsWhatIsMissingAsTheEmptyText) {
+  const NSString text = DDLogFileInfo::logFileWithPath("/there/is/no/log-ABC123.txt")->description();
+  for (const char* line : {"fileAttributes = \"\";", "creationDate = \"\";", "modificationDate = \"\";"}) {
+    EXPECT_TRUE(text.containsString(line)) << line << " in " << text;
+  }
+  EXPECT_TRUE(text.containsString("fileName = \"log-ABC123.txt\";")) << text;
 }
 
 }  // namespace

@@ -468,6 +468,14 @@ TEST_F(DDLogTest, AClassWithBothLevelOperationsIsRegisteredAlsoWhereItInheritsTh
               ElementsAre(&WithLevel::staticClass(), &WithUnsignedLevel::staticClass(), &InheritsLevel::staticClass()));
 }
 
+TEST_F(DDLogTest, InitializingAgainKeepsTheLoggingQueue) {
+  DDLog::initialize();
+  const dispatch_queue_t queue = DDLog::loggingQueue();
+  DDLog::initialize();
+  EXPECT_EQ(DDLog::loggingQueue(), queue);
+  EXPECT_STREQ(dispatch_queue_get_label(queue), "cocoa.quillmarch");
+}
+
 TEST_F(DDLogTest, LevelsOfClassesAreReadAndSet) {
   WithLevel::level = 7;
   EXPECT_EQ(DDLog::logLevelForClass(WithLevel::staticClass()), 7U);
