@@ -141,8 +141,8 @@ class NK_EXPORT DDLog : public NSObject {
   struct Sizes {
     std::uint32_t format, arguments;
   };
-  static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
-                       const detail::FormatArgument* arguments);
+  NK_NO_PLT static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
+                                 const detail::FormatArgument* arguments);
   static void logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
                      FormatArguments arguments);
 };
