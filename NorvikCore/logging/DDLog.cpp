@@ -38,6 +38,11 @@ void DDLog::log(bool asynchronous, int level, int flag, int context, const char*
   logNow(asynchronous, {level, flag, context, line, file, function}, &tag, format.text->view(), arguments);
 }
 
+void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
+                std::nullptr_t, const RuntimeFormat& format, FormatArguments arguments) {
+  log(asynchronous, level, flag, context, file, function, line, Value(), format, arguments);
+}
+
 void DDLog::flushLog() { LogDispatcher::shared().flush(); }
 
 bool DDLog::isRegisteredClass(const Class& aClass) {

@@ -35,8 +35,9 @@
 //            loggers cannot keep up. What a synchronous call said is with the loggers.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log;
 //            messages that were waiting are the parent's, and a child flushes by flushLog() where it wants to, not at
-//            its exit. A formatter that uses key paths, observers or associated objects in a child may wait for ever,
-//            if another thread of the parent was changing such at the fork.
+//            its exit. Loggers and formatters are to be made before the fork: what is made in the child, or uses key
+//            paths, observers, associated objects or time zones there, may wait for ever if another thread of the
+//            parent was changing such at the fork.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -48,6 +49,7 @@
 #include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/runtime/NSObject.h"
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -91,14 +93,16 @@ class NK_EXPORT DDLog : public NSObject {
                   const Value& tag, FormatStringFor<Args...> format, const Args&... arguments) {
     logTagged(asynchronous, {level, flag, context, line, file, function}, &tag, format, arguments...);
   }
-  template <FormatArgumentType... Args>
+  template <std::same_as<std::nullptr_t> NoTag, FormatArgumentType... Args>
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
-                  std::nullptr_t, FormatStringFor<Args...> format, const Args&... arguments) {
+                  NoTag, FormatStringFor<Args...> format, const Args&... arguments) {
     logTagged(asynchronous, {level, flag, context, line, file, function}, nullptr, format, arguments...);
   }
   /// The same with a list of arguments, for code that hands them on (FormatArgumentList).
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, const RuntimeFormat& format, FormatArguments arguments);
+  static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
+                  std::nullptr_t, const RuntimeFormat& format, FormatArguments arguments);
 
   /// Waits until every logger has processed what was logged before, and has flushed.
   static void flushLog();

@@ -324,9 +324,10 @@ TEST_F(DDLogTest, ACallFormatsItsArguments) {
   DDLog::log(true, 31, 1, 0, "f", "g", 1, Value(), runtimeFormat("%@ has %d payslips"), "Zoë", 3);
   const FormatArgumentList list("Zoë", 4);
   DDLog::log(true, 31, 1, 0, "f", "g", 1, Value(), runtimeFormat("%@ has %d payslips"), list);
+  DDLog::log(true, 31, 1, 0, "f", "g", 1, nullptr, runtimeFormat("%@ has %d"), list);
   settle();
   EXPECT_THAT(logger->all(), ElementsAre("[added]", "Zoë has 3 payslips, 99.50%", "Zoë has 3 payslips",
-                                         "Zoë has 4 payslips", "[flushed]"));
+                                         "Zoë has 4 payslips", "Zoë has 4", "[flushed]"));
 }
 
 TEST_F(DDLogTest, AMessageCarriesWhatTheCallGave) {
@@ -346,6 +347,8 @@ TEST_F(DDLogTest, AMessageCarriesWhatTheCallGave) {
   EXPECT_EQ(got->tag(), Value("a tag"));
   EXPECT_EQ(got->options(), 0U);
   EXPECT_EQ(got->logMsg(), "text");
+  DDLog::log(false, 15, 8, 42, file, "nk_today", 7, 0, "a tag of 0");
+  EXPECT_EQ(got->tag(), Value(0));
 }
 
 TEST_F(DDLogTest, AMessageMadeElsewhereCanBeQueuedMoreThanOnce) {

@@ -234,6 +234,36 @@ TEST_F(LogCall, TheQueueIsThatOfTheCall) {
   EXPECT_STREQ(messages[2]->queueLabel(), "off any queue");
 }
 
+TEST_F(LogCall, CallsThatJustFitTheirRoomAndThoseThatDoNotAreWhole) {
+  // Off any queue a thread's name is the label too: together 2, 4, 30, 32, 34, 98, 100 and 102 bytes.
+  constexpr std::size_t lengths[] = {1, 2, 15, 16, 17, 49, 50, 51};
+  hold();
+  std::thread([&] {
+    for (const std::size_t length : lengths) {
+      kernel::setCurrentThreadName(std::string(length, 'n'));
+      for (const Value& tag : {Value(), Value("tag")}) {
+        const auto tagged = [&]<class... Args>(FormatStringFor<Args...> format, const Args&... arguments) {
+          DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, tag, format, arguments...);
+        };
+        tagged("%d %d %d %d", 1, 2, 3, 4);
+        tagged("%d %d %d %d %d", 1, 2, 3, 4, 5);
+        tagged("%d %d %d %d %d %d", 1, 2, 3, 4, 5, 6);
+        tagged("%d %d %d %d %d %d %s", 1, 2, 3, 4, 5, 6, "seven");
+      }
+    }
+  }).join();
+  const std::vector<std::string> texts = go();
+  ASSERT_EQ(texts.size(), 64u);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    constexpr const char* expected[] = {"1 2 3 4", "1 2 3 4 5", "1 2 3 4 5 6", "1 2 3 4 5 6 seven"};
+    const std::string name(lengths[i / 8], 'n');
+    EXPECT_EQ(texts[i], expected[i % 4]) << i;
+    EXPECT_EQ(messages[i]->threadName(), NSString(name)) << i;
+    EXPECT_EQ(messages[i]->queueLabel(), name) << i;
+    EXPECT_EQ(messages[i]->tag(), i / 4 % 2 == 0 ? Value() : Value("tag")) << i;
+  }
+}
+
 TEST_F(LogCall, ATagIsKeptAndLetGo) {
   hold();
   auto tag = make<NSMutableArray>();

@@ -10,6 +10,9 @@
 #include "NorvikCore/platform/kernel/internal/Prefetch.h"
 #include "NorvikCore/platform/kernel/internal/ThreadRevision.h"
 
+#include <string>
+#include <string_view>
+
 namespace norvik {
 namespace detail {
 namespace {

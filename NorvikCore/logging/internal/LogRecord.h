@@ -110,7 +110,7 @@ class alignas(64) LogRecord final : public Item {
   std::uint32_t threadId_ = 0, threadNameSize_ = 0, queueLabelSize_ = 0, formatSize_ = 0;
   const char* format_ = nullptr;
   Value* tag_ = nullptr;
-  // The arguments' copies, the thread's name, the queue's label, what the copies refer to, and the tag.
+  // The arguments' copies, the thread's name, the queue's label, the tag, and what the copies refer to.
   alignas(FormatArgument) char room_[152];
 };
 static_assert(sizeof(LogRecord) == LogRecord::pooledSize);
@@ -134,14 +134,15 @@ inline bool LogRecord::fillWithin(char* end, const LogSite& site, const LogCalle
 
   const std::size_t copiesSize = content.arguments.size() * sizeof(FormatArgument);
   const std::size_t namesSize = caller.namesSize();
-  const auto size = static_cast<std::size_t>(end - room_);
-  char* const at = room_ + copiesSize;
+  char* const start = room_;
+  const auto size = static_cast<std::size_t>(end - start);
+  if (size < copiesSize + namesSize) [[unlikely]]
+    return false;
+  char* const at = start + copiesSize;
   if (namesSize <= LogCaller::readable && size >= copiesSize + LogCaller::readable) [[likely]] {
     std::memcpy(at, caller.names, LogCaller::readable);  // what is too much, the next copy overwrites
-  } else if (size >= copiesSize + namesSize) {
-    std::memcpy(at, caller.names, namesSize);
   } else {
-    return false;
+    std::memcpy(at, caller.names, namesSize);
   }
   Room room(at + namesSize, size - copiesSize - namesSize);
   if (content.tag && !content.tag->isAbsent()) [[unlikely]] {

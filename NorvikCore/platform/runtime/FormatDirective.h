@@ -10,7 +10,8 @@
 //   c C                      a character, or an integer that is a code point
 //   s S                      text
 //   f F e E g G a A          floating numbers
-//   p, %                     pointers and objects; a percent sign
+//   p                        pointers and objects
+//   %                        nothing: a percent sign
 //
 // Length modifiers (h, hh, l, ll, q, L, z, t, j) are accepted and say nothing: the argument's own type rules.
 // Everything here is constexpr: a literal is parsed by the compiler with the code that parses a run-time format.

@@ -79,7 +79,8 @@ void letGoOfStripes() NK_NO_THREAD_SAFETY_ANALYSIS {
 }
 
 // A forked child, which may log and set timers, finds no stripe taken for ever. Registered while the library is loaded:
-// whoever waits for other threads before a fork does so before the stripes are taken.
+// whoever waits for other threads before a fork does so before the stripes are taken. Only where a program loads the
+// library later do its own earlier handlers run while they are taken: those must not use a Weak.
 [[maybe_unused]] const bool takenAtForks = [] {
   kernel::atFork(takeStripes, letGoOfStripes, letGoOfStripes);
   return true;

@@ -2,19 +2,10 @@
 //
 // In assembler, for g++ takes a function that does nothing but __builtin_prefetch for one without effect, and leaves
 // its calls out; and because __builtin_prefetch asks for a line to write to only where -mprfchw allows the instruction,
-// which processors without it have ever passed over.
+// which 64-bit processors that lack it pass over.
 #pragma once
 
 namespace norvik::kernel {
-
-/// For one line of memory that is about to be read; any address will do.
-inline void prefetchForRead(const void* memory) noexcept {
-#if defined(__x86_64__)
-  __asm__ volatile("prefetcht0 %0" : : "m"(*static_cast<const char*>(memory)));
-#else
-  __builtin_prefetch(memory, 0);
-#endif
-}
 
 /// For one line of memory that is about to be written: it leaves the caches of the other processors.
 inline void prefetchForWrite(const void* memory) noexcept {

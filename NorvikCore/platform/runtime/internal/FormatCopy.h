@@ -1,6 +1,7 @@
 // NorvikCore/platform/runtime/internal/FormatCopy.h - copies of a format's arguments, of which the text is formed later
 // and on another thread.
 //
+//   FormatArgument* copies = ...;                                          // memory for as many
 //   Room room(memory, size);
 //   if (copyFormatArguments(copies, arguments, room)) ...                  // false: the room is too small
 //   appendFormatArguments(text, format, {copies, arguments.size()});
