@@ -163,6 +163,11 @@ struct NSNumberFormatter::Engine {
     waiting.clear();
   }
 
+  /// Limits hold as they come out in the locale in which they were set.
+  void applyWaiting() {
+    if (!waiting.empty()) built();
+  }
+
   void setLimit(DigitLimit limit, int count) {
     constexpr std::size_t mostWaiting = 16;
     if (!isBuilt.load(std::memory_order_relaxed) && waiting.size() < mostWaiting) {
@@ -448,6 +453,7 @@ void NSNumberFormatter::setNumberStyle(NSNumberFormatterStyle style) {
 Ref<NSLocale> NSNumberFormatter::locale() const noexcept { return engine_->locale; }
 
 void NSNumberFormatter::setLocale(const Ref<NSLocale>& locale) {
+  engine_->applyWaiting();
   engine_->locale = locale ? locale : NSLocale::currentLocale();
   engine_->startAfresh();
 }

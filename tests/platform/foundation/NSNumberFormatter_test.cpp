@@ -163,6 +163,20 @@ TEST(NSNumberFormatter, HowManyDigitsThereAreDoesNotCountInReading) {
   }
 }
 
+TEST(NSNumberFormatter, ALimitHoldsAsItCameOutInTheLocaleInWhichItWasSet) {
+  for (const bool readsBetween : {false, true}) {
+    const auto formatter = make<NSNumberFormatter>();
+    formatter->setNumberStyle(NSNumberFormatterCurrencyStyle);
+    formatter->setLocale(NSLocale::localeWithLocaleIdentifier("ja_JP"));
+    formatter->setMinimumFractionDigits(1);
+    if (readsBetween) {
+      EXPECT_EQ(formatter->maximumFractionDigits(), 1);
+    }
+    formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+    EXPECT_EQ(formatter->stringFromNumber(dec("1.25")), "£1.2") << readsBetween;
+  }
+}
+
 TEST(NSNumberFormatter, StrictReadingWantsTheFormattersOwnForm) {
   const auto formatter = british("#,##0.00##");
   EXPECT_EQ(read(*formatter, "1,234.50"), "1234.50");
