@@ -60,12 +60,15 @@ class Draft {
   bool published_ = false;
 };
 
-/// What a link leads to; the link itself where that is not there yet.
+/// What a link leads to, be it there or not yet; the link itself where it leads back to itself.
 std::filesystem::path behindLink(const std::filesystem::path& path) {
   std::error_code error;
-  if (!std::filesystem::is_symlink(path, error)) return path;
-  const std::filesystem::path target = std::filesystem::canonical(path, error);
-  return error ? path : target;
+  std::filesystem::path target = path;
+  for (int links = 0; std::filesystem::is_symlink(target, error); ++links) {
+    if (links == 40) return path;
+    target = target.parent_path() / std::filesystem::read_symlink(target, error);
+  }
+  return target;
 }
 
 /// Into something that has no whole: a terminal, a pipe, /dev/null.
@@ -82,7 +85,7 @@ void writeWhole(const std::filesystem::path& path, std::string_view text) {
   std::error_code error;
   const std::filesystem::file_type type = std::filesystem::status(path, error).type();
   using enum std::filesystem::file_type;
-  if (type == character || type == fifo) return writeThrough(path, text);
+  if (type == character || type == block || type == fifo) return writeThrough(path, text);
   Draft draft(behindLink(path));
   draft.write(text);
   draft.publish();

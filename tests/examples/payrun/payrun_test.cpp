@@ -127,6 +127,16 @@ TEST(Payrun, WritesTheFileThatALinkLeadsToAndKeepsTheLink) {
   EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
 }
 
+TEST(Payrun, WritesWhereALinkLeadsThoughNothingIsThereYet) {
+  const TemporaryFolder folder;
+  std::filesystem::create_symlink("report.txt", folder.path("latest"));
+  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
+  words.insert(words.end(), {"--output", folder.path("latest")});
+  EXPECT_EQ(runPayrun(folder, words).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("latest")));
+  EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
+}
+
 TEST(Payrun, WritesIntoAPipeInsteadOfReplacingIt) {
   const TemporaryFolder folder;
   ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
