@@ -354,7 +354,9 @@ int main(int argc, char** argv) {
   if (argc == 5 && std::strcmp(argv[1], "--abort") == 0) logAndAbort(argv[2], argv[3], std::atoi(argv[4]));
   registerAll();
   benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
   for (const int pause : {0, 20}) {
     for (const Who who : everybody) {
       const std::size_t lines = linesAfterAbort("/proc/self/exe", who, pause);

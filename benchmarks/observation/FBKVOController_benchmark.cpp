@@ -363,7 +363,9 @@ BENCHMARK(manyByMany<Boost>)->Name("many_by_many/signals2")->Arg(30)->Arg(1000)-
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
   for (const auto& [kind, bytes] : bytesEach)
     std::printf("note: a registration of %s holds %.0f bytes\n", kind.c_str(), bytes);
 }
