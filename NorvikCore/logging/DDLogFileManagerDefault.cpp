@@ -74,6 +74,8 @@ bool DDLogFileManagerDefault::init() {
   if (!DDLogFileManager::init()) return false;
   if (!_logsDirectory) _logsDirectory = defaultLogsDirectory();
   addObserver(*this, limitKey, NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
+  // What is made once is made now, and not while another thread may fork: the child would wait for ever for its end.
+  (void)NSFileManager::defaultManager();
   return true;
 }
 
