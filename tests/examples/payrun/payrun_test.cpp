@@ -116,25 +116,18 @@ TEST(Payrun, NamesTheReportThatCannotBeWritten) {
             "payrun: " + folder.path("nowhere/report.txt") + " cannot be written: No such file or directory\n");
 }
 
-TEST(Payrun, WritesTheFileThatALinkLeadsToAndKeepsTheLink) {
-  const TemporaryFolder folder;
-  writeFile(folder.path("report.txt"), "an earlier report");
-  std::filesystem::create_symlink(folder.path("report.txt"), folder.path("latest"));
-  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
-  words.insert(words.end(), {"--output", folder.path("latest")});
-  EXPECT_EQ(runPayrun(folder, words).status, 0);
-  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("latest")));
-  EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
-}
-
-TEST(Payrun, WritesWhereALinkLeadsThoughNothingIsThereYet) {
-  const TemporaryFolder folder;
-  std::filesystem::create_symlink("report.txt", folder.path("latest"));
-  auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
-  words.insert(words.end(), {"--output", folder.path("latest")});
-  EXPECT_EQ(runPayrun(folder, words).status, 0);
-  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("latest")));
-  EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "");
+TEST(Payrun, WritesTheFileThatALinkLeadsToBeItThereOrNotAndKeepsTheLink) {
+  for (const bool isThere : {true, false}) {
+    const TemporaryFolder folder;
+    if (isThere) writeFile(folder.path("report.txt"), "an earlier report");
+    std::filesystem::create_symlink("report.txt", folder.path("latest"));
+    auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
+    words.insert(words.end(), {"--output", folder.path("latest")});
+    EXPECT_EQ(runPayrun(folder, words).status, 0) << isThere;
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("latest"))) << isThere;
+    EXPECT_EQ(firstDifference(readFile(folder.path("report.txt")), readFile(expectedReports() / "month-01.txt")), "")
+        << isThere;
+  }
 }
 
 TEST(Payrun, WritesIntoAPipeInsteadOfReplacingIt) {
