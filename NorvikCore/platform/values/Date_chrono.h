@@ -23,10 +23,12 @@ inline constexpr std::chrono::sys_days referenceSysDays{std::chrono::days{11'323
 
 template <class Duration>
 [[nodiscard]] constexpr Date dateFromTimePoint(std::chrono::sys_time<Duration> point) noexcept {
-  const auto whole = std::chrono::floor<std::chrono::seconds>(point);
-  const std::chrono::duration<double> fraction = point - whole;
-  return Date::fromReferenceSeconds(static_cast<double>((whole - detail::referenceTimePoint).count()) +
-                                    fraction.count());
+  // Towards zero: the second below the least time point of the system clock is more than its nanoseconds hold.
+  const auto since1970 = point.time_since_epoch();
+  const auto whole = std::chrono::duration_cast<std::chrono::seconds>(since1970);
+  const std::chrono::duration<double> fraction = since1970 - whole;
+  return Date::fromReferenceSeconds(
+      static_cast<double>((whole - detail::referenceTimePoint.time_since_epoch()).count()) + fraction.count());
 }
 
 [[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint(Date date) noexcept {

@@ -35,6 +35,15 @@ TEST(DateChrono, DatesBeyondATimePointGiveTheNearestItHolds) {
             system_clock::time_point{978'307'200s});
 }
 
+TEST(DateChrono, TheEndsOfWhatATimePointHoldsAreDates) {
+  constexpr Date earliest = dateFromTimePoint(system_clock::time_point::min());  // an overflow would not compile
+  constexpr Date latest = dateFromTimePoint(system_clock::time_point::max());
+  EXPECT_EQ(earliest.description(), "1677-09-21 00:12:43 +0000");
+  EXPECT_EQ(latest.description(), "2262-04-11 23:47:16 +0000");
+  EXPECT_EQ(timePoint(earliest), system_clock::time_point::min());
+  EXPECT_EQ(timePoint(latest), system_clock::time_point::max());
+}
+
 TEST(DateChrono, DaysAgreeForTheYearsOfBoth) {
   for (int year = -32'000; year <= 32'000; year += 7) {
     const std::chrono::sys_days day{std::chrono::year{year} / std::chrono::March / 1};
