@@ -54,8 +54,9 @@ Date nk_today() {
 Date nk_tomorrow() { return nk_addDays(nk_today(), 1); }
 
 Date nk_startOfNextTaxMonth() {
+  constexpr int mostSteps = 30;  // from the 7th of a month of 31 days; at the calendar's end no day follows
   Date day = nk_today();
-  while (nk_day(day) != 6) day = nk_addDays(day, 1);
+  for (int step = 0; step < mostSteps && nk_day(day) != 6; ++step) day = nk_addDays(day, 1);
   return day;
 }
 

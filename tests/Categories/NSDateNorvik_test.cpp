@@ -67,6 +67,8 @@ TEST_F(NSDateNorvikToday, TheNextTaxMonthStartsOnTheSixthAndTodayCounts) {
       {"on the 5th", "2021-04-05"_date, "2021-04-06"_date},
       {"the day after", "2021-04-07"_date, "2021-05-06"_date},
       {"over the new year", "2021-12-31"_date, "2022-01-06"_date},
+      {"as many days before it as can be", "2021-01-07"_date, "2021-02-06"_date},
+      {"at the calendar's end, which is no 6th", Date::fromReferenceSeconds(1e300), "95068216-07-10"_date},
   };
   for (const auto& row : rows) {
     setToday(row.today);
