@@ -18,8 +18,9 @@ options:
   --input FOLDER    the folder that holds the employer's three files
   --month N         the tax month to pay: 1 is 6 April to 5 May, 12 is 6 March to 5 April
   --output FILE     write the report there instead of to standard output; the file is there in whole or not at all,
-                    and may not be one of the input's
-  --logs FOLDER     write the log there (default: Logs/payrun in the user's library folder)
+                    keeps the permissions of one that it replaces, and may not be one of the input's
+  --logs FOLDER     write the log there, a new file each day; the last five and today's stay
+                    (default: Logs/payrun in the user's library folder)
   --watch           stay after the report, and pay anew whenever one of the three files changes; SIGINT (Ctrl-C) and
                     SIGTERM end it
   --generate N      write the three files of an invented employer of N people, 1 to 1000000, with a tax year of items

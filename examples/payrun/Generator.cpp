@@ -121,9 +121,14 @@ void generateEmployer(std::size_t people, const std::filesystem::path& folder) {
     if (std::filesystem::exists(folder / name)) throw InputError((folder / name).string() + " is there already");
   }
   Dice dice;
-  writeWhole(folder / "employer.ini", ini);
-  writeWhole(folder / "employees.csv", employeesOf(people, dice));
-  writeWhole(folder / "items.csv", itemsOf(people, dice));
+  try {
+    writeWhole(folder / "employer.ini", ini);
+    writeWhole(folder / "employees.csv", employeesOf(people, dice));
+    writeWhole(folder / "items.csv", itemsOf(people, dice));
+  } catch (...) {
+    for (const char* name : inputFiles) std::filesystem::remove(folder / name, error);
+    throw;
+  }
 }
 
 }  // namespace payrun

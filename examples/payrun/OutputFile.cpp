@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,12 +29,7 @@ void writeAll(int descriptor, std::string_view text, const std::string& name) {
 /// An open file that is removed unless it was given its final name.
 class Draft {
  public:
-  explicit Draft(const std::filesystem::path& target)
-      : target_(target),
-        name_(target.string() + ".part-" + std::to_string(::getpid())),
-        descriptor_(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
-    if (descriptor_ < 0) fail();
-  }
+  explicit Draft(const std::filesystem::path& target) : target_(target) { open(); }
   ~Draft() {
     if (descriptor_ >= 0) ::close(descriptor_);
     if (!published_) ::unlink(name_.c_str());
@@ -41,6 +37,18 @@ class Draft {
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
 
+  /// Gives the draft the permissions, and where that is allowed the owner, of the file that it will replace.
+  void takePermissions() {
+    struct stat before {};
+    struct stat now {};
+    if (::stat(target_.c_str(), &before) != 0) return;
+    if (::fstat(descriptor_, &now) != 0) fail();
+    if ((before.st_uid != now.st_uid || before.st_gid != now.st_gid) &&
+        ::fchown(descriptor_, before.st_uid, before.st_gid) != 0 && errno != EPERM &&
+        errno != EINVAL)  // not allowed, or an owner that this user namespace does not have
+      fail();
+    if ((before.st_mode & 0777) != (now.st_mode & 0777) && ::fchmod(descriptor_, before.st_mode & 0777) != 0) fail();
+  }
   void write(std::string_view text) { writeAll(descriptor_, text, target_.string()); }
   void publish() {
     if (::fsync(descriptor_) != 0) fail();
@@ -51,12 +59,21 @@ class Draft {
   }
 
  private:
+  /// Under a name that is free: a process of the same number that was killed may have left its draft.
+  void open() {
+    const std::string name = target_.string() + ".part-" + std::to_string(::getpid());
+    for (int attempt = 0; descriptor_ < 0; ++attempt) {
+      name_ = attempt == 0 ? name : name + "-" + std::to_string(attempt);
+      descriptor_ = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (descriptor_ < 0 && errno != EEXIST) fail();
+    }
+  }
   /// The user knows the target, not the draft.
   [[noreturn]] void fail() const { throw failure(target_.string() + " cannot be written"); }
 
   const std::filesystem::path target_;
-  const std::string name_;
-  int descriptor_;
+  std::string name_;
+  int descriptor_ = -1;
   bool published_ = false;
 };
 
@@ -87,6 +104,7 @@ void writeWhole(const std::filesystem::path& path, std::string_view text) {
   using enum std::filesystem::file_type;
   if (type == character || type == block || type == fifo) return writeThrough(path, text);
   Draft draft(behindLink(path));
+  draft.takePermissions();  // before there is anything to read in it
   draft.write(text);
   draft.publish();
 }

@@ -11,6 +11,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
+#include "NorvikCore/platform/foundation/NSUUID.h"
 
 namespace payrun {
 
@@ -35,9 +36,13 @@ RunLog::RunLog(const std::optional<std::filesystem::path>& folder) {
   ddLogLevel = LOG_LEVEL_INFO;
   const auto manager = folder ? DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder->string()))
                               : make<DDLogFileManagerDefault>();
-  DDLog::addLogger(DDFileLogger::initWithLogFileManager(manager));
+  const auto logger = DDFileLogger::initWithLogFileManager(manager);
+  logger->setMaximumFileSize(0);  // where files are as small as may be, the first warnings of a large run would go
+  DDLog::addLogger(logger);
   // A logger whose file cannot be opened drops its lines in silence, so that logging never stops its caller.
-  const std::string first = "begun by process " + std::to_string(::getpid());
+  // The identifier makes the line this run's: in a container every run may be process 1.
+  const std::string first =
+      "begun by process " + std::to_string(::getpid()) + ", run " + std::string(NSUUID::UUID()->UUIDString().view());
   DDLogInfo("%s", first.c_str());
   DDLog::flushLog();
   for (const NSString& path : manager->sortedLogFilePaths()) {

@@ -185,6 +185,18 @@ TEST(Payrun, TheNextRunGoesOnInTheSameLogFile) {
   EXPECT_EQ(files, 1U);
 }
 
+// However many dates it warns of, none of the warnings may go with an old file before the run is done.
+TEST(Payrun, ALogIsNotBrokenUpByItsSize) {
+  const TemporaryFolder folder;
+  const std::filesystem::path logs = folder.path("logs"), large = logs / "log-ABCDEF.txt";
+  std::filesystem::create_directory(logs);
+  const std::string before(3 << 20, '\n');
+  writeFile(large, before);
+  ASSERT_EQ(runPayrun(folder, arguments(exampleEmployer(), 1, logs)).status, 0);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(logs), {}), 1);
+  EXPECT_THAT(readFile(large).substr(before.size()), HasSubstr("40 employees, 1871 items"));
+}
+
 TEST(Payrun, ShowsNoProgressWhereStandardErrorIsNoTerminal) {
   const TemporaryFolder folder;
   EXPECT_EQ(runPayrun(folder, arguments(exampleEmployer(), 1, folder.path("logs"))).err, "");
