@@ -332,6 +332,20 @@ TEST(DDLogFileManagerDefault, AFolderThatCannotBeMadeIsReported) {
   EXPECT_TRUE(manager->unsortedLogFilePaths().empty());
 }
 
+TEST(DDLogFileManagerDefault, AFolderNameWithAZeroByteNamesNoFolderAndNothingElse) {
+  using namespace std::string_literals;
+  const TemporaryFolder folder;
+  folder.write("file", "text");
+  const kernel::SystemLogCapture console;
+  for (const std::string& name : {"file\0logs"s, "none\0logs"s}) {
+    const auto manager = DDLogFileManagerDefault::initWithLogsDirectory(folder.path(name));
+    EXPECT_THAT(manager->createNewLogFile().str().substr(folder.path(name).size()),
+                MatchesRegex("/log-[0-9A-F]{6}\\.txt"));
+  }
+  EXPECT_THAT(filesIn(folder.path()), ElementsAre(folder.path("file")));
+  EXPECT_EQ(TemporaryFolder::read(folder.path("file")), "text");
+}
+
 TEST(DDLogFileManagerDefault, TheDefaultFolderIsTheProcesssOwnInTheUsersLibrary) {
   RUN_IN_CHILD({
     setenv("XDG_DATA_HOME", "/tmp/library-of-the-user", 1);

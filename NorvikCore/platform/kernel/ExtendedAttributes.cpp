@@ -32,6 +32,7 @@ int translated(int error) noexcept { return error == ENODATA ? attributeAbsent :
 // path of the file behind all links. `native` gives what the system call gives; a text of -1 and errno for failure.
 template <class Native, class Side>
 int withFallback(const std::string& path, const Native& native, const Side& side) {
+  if (path.find('\0') != path.npos) return ENOENT;  // the system would take the part before it
   if (disabled.load(std::memory_order_relaxed) == 0) {
     if (native() >= 0) return 0;
     if (!meansNoSupport(errno)) return translated(errno);

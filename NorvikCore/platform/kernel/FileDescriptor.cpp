@@ -60,6 +60,7 @@ int FileDescriptor::close() noexcept {
 }
 
 int openFile(const std::string& path, const OpenOptions& options, FileDescriptor& file) {
+  if (path.find('\0') != path.npos) return ENOENT;  // the system would open what the part before it names
   const bool write = options.write || options.append;
   int flags = O_CLOEXEC | O_NOCTTY | (write ? (options.read ? O_RDWR : O_WRONLY) : O_RDONLY);
   if (options.append) flags |= O_APPEND;

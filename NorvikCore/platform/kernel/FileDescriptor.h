@@ -51,8 +51,8 @@ struct OpenOptions {
   unsigned mode = 0666;  ///< permissions of a new file, less the process's umask
 };
 
-/// Opens `path`; `file` is set on success only. The descriptor is not inherited by programs that are started, and is
-/// never one of the three standard ones, even where those are closed.
+/// Opens `path`; `file` is set on success only. A path that holds a NUL names nothing (ENOENT). The descriptor is not
+/// inherited by programs that are started, and is never one of the three standard ones, even where those are closed.
 [[nodiscard]] NK_EXPORT int openFile(const std::string& path, const OpenOptions& options, FileDescriptor& file);
 
 /// Writes all of `bytes`; waits where the descriptor does not block. When it fails, `*written` (if given) tells how

@@ -116,6 +116,16 @@ TEST_P(ExtendedAttributes, AnAbsentFileIsAnErrorOfItsOwn) {
   EXPECT_EQ(kernel::removeWithAttributes(path), ENOENT);
 }
 
+TEST_P(ExtendedAttributes, APathWithAZeroByteNamesNoFile) {
+  const std::string path = file(), longer = path + std::string("\0b", 2);
+  EXPECT_EQ(kernel::setAttribute(longer, "payroll.locked", ""), ENOENT);
+  EXPECT_FALSE(kernel::hasAttribute(path, "payroll.locked"));
+  EXPECT_EQ(kernel::setAttribute(path, "payroll.locked", ""), 0);
+  EXPECT_FALSE(kernel::hasAttribute(longer, "payroll.locked"));
+  EXPECT_EQ(kernel::removeAttribute(longer, "payroll.locked"), ENOENT);
+  EXPECT_TRUE(kernel::hasAttribute(path, "payroll.locked"));
+}
+
 TEST_P(ExtendedAttributes, ARemovedAttributeIsGone) {
   const std::string path = file();
   ASSERT_EQ(kernel::setAttribute(path, "payroll.locked", ""), 0);

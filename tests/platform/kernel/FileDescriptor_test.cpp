@@ -99,6 +99,16 @@ TEST(FileDescriptor, OpeningRefusesWhatIsNotThere) {
   EXPECT_FALSE(file.isOpen());
 }
 
+TEST(FileDescriptor, APathWithAZeroByteNamesNothing) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a", "kept") + std::string("\0b", 2);
+  FileDescriptor file;
+  EXPECT_EQ(kernel::openFile(path, {.read = true}, file), ENOENT);
+  EXPECT_EQ(kernel::openFile(path, {.write = true, .create = true, .exclusive = true}, file), ENOENT);
+  EXPECT_EQ(kernel::openFile(path, {.write = true, .create = true, .truncate = true}, file), ENOENT);
+  EXPECT_EQ(folder.read(folder.path("a")), "kept");
+}
+
 TEST(FileDescriptor, ExclusiveRefusesAFileThatExists) {
   const TemporaryFolder folder;
   const std::string path = folder.write("a", "kept");
