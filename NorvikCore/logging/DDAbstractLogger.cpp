@@ -6,7 +6,10 @@
 
 namespace norvik {
 
-DDAbstractLogger::~DDAbstractLogger() = default;
+DDAbstractLogger::~DDAbstractLogger() {
+  // Others may keep the queue, and another logger may come to have this address.
+  if (loggerQueue_) dispatch_queue_set_specific(loggerQueue_, this, nullptr);
+}
 
 bool DDAbstractLogger::init() {
   if (!DDLogger::init()) return false;

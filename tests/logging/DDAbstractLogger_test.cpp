@@ -158,6 +158,15 @@ TEST_F(DDAbstractLoggerTest, EachQueueTestIsTrueOnItsQueueAlone) {
   });
 }
 
+TEST_F(DDAbstractLoggerTest, AQueueThatOutlivesItsLoggerForgetsIt) {
+  auto logger = make<PlainLogger>();
+  const void* const address = logger.get();
+  const dispatch_queue_t queue = logger->loggerQueue();
+  EXPECT_EQ(dispatch_queue_get_specific(queue, address), address);
+  logger = nullptr;
+  EXPECT_EQ(dispatch_queue_get_specific(queue, address), nullptr);  // another logger may come to lie there
+}
+
 TEST_F(DDAbstractLoggerTest, ALoggerGoesWhenNobodyKeepsIt) {
   auto logger = make<FormattingLogger>();
   const Weak<FormattingLogger> watched = logger;
