@@ -9,6 +9,7 @@
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/runtime/NSException.h"
 
 #include <algorithm>
@@ -119,6 +120,7 @@ void DDFileLogger::setRollingFrequency(double seconds) {
 
 void DDFileLogger::scheduleTimerToRollLogFileDueToAge() {
   cancelTimer();
+  timerGeneration_ = kernel::forkGeneration();
   if (!currentLogFileInfo_ || !(rollingFrequency_ > 0)) return;
   const Date creation = currentLogFileInfo_->creationDate().value_or(Date::systemDate());
   rollingTimer = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, loggerQueue());
@@ -226,6 +228,9 @@ bool DDFileLogger::isCurrentFileGone() const {
 /// Somebody may have deleted or moved the file: then another is chosen. So it is where no file could be made before.
 void DDFileLogger::lookAfterFile() {
   if (!currentLogFileInfo_) return;
+  if (currentLogFileHandle_ && timerGeneration_ != kernel::forkGeneration()) {
+    scheduleTimerToRollLogFileDueToAge();  // the parent's does not fire in this child
+  }
   const std::int64_t now = kernel::monotonicNanoseconds();
   if (linesSinceLook_ < lookLines && now - lastLook_ < lookInterval) return;
   linesSinceLook_ = 0;

@@ -119,6 +119,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   bool endsInsideLine_ = false;           // the open file: a write failed with a line half done
   std::int64_t lastLook_ = 0;             // monotonic nanoseconds
   std::uint64_t linesSinceLook_ = 0;
+  std::uint32_t timerGeneration_ = 0;  // the process that rollingTimer was set in (kernel::forkGeneration)
 };
 
 }  // namespace norvik

@@ -9,6 +9,7 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
+#include "tests/support/QuietFork.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <fcntl.h>
@@ -16,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -322,6 +324,26 @@ TEST_F(DDFileLoggerTest, AFileOfThePastRollsWhenTheFrequencyIsSet) {
   logger->setRollingFrequency(0.01);
   EXPECT_EQ(logger->rollingFrequency(), 0.01);
   EXPECT_TRUE(isArchived(first));
+}
+
+TEST_F(DDFileLoggerTest, AForkedChildRollsByAgeToo) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
+#endif
+  logger->setRollingFrequency(0.5);
+  sayNow("of the parent");
+  test::quietBeforeFork();
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);  // a child in which nothing rolls is ended by the signal
+    const std::size_t before = manager->rolled().size();
+    sayNow("of the child");
+    while (manager->rolled().size() == before) std::this_thread::yield();
+    _exit(0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(DDFileLoggerTest, AFrequencyOfZeroOrLessNeverRolls) {
