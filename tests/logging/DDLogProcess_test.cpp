@@ -173,6 +173,30 @@ TEST(DDLogProcess, ExitOnTheLoggingQueueDoesNotHang) {
   EXPECT_EQ(child.output().back(), "flush");
 }
 
+TEST(DDLogProcess, ExitOnAQueueThatALoggersQueueTargetsDoesNotHang) {
+  Child child({"exit-on-a-loggers-target"});
+  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(child.output().front(), "message before");
+  EXPECT_EQ(child.output().back(), "flush");
+}
+
+TEST(DDLogProcess, ALoggerOnTheMainQueueHoldsUpNeitherTheMainThreadNorTheEnd) {
+  Child child({"return-with-a-logger-on-the-main-queue"});
+  EXPECT_EQ(child.wait(), 0);
+  ASSERT_EQ(child.output().size(), 1502U);
+  EXPECT_EQ(std::count(child.output().begin(), child.output().end(), "message queued"), 1500);
+  EXPECT_EQ(child.output()[1500], "flush");
+  EXPECT_EQ(child.output()[1501], "flush");
+}
+
+TEST(DDLogProcess, AForkPassesLoggersWhoseQueuesShareATarget) {
+  Child child({"fork-with-queues-of-one-target"});
+  EXPECT_EQ(child.wait(), 0);
+  const std::vector<std::string>& lines = child.output();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "message before"), 2);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "message after"), 2);
+}
+
 TEST(DDLogProcess, ExitOnAnotherThreadFlushes) {
   Child child({"exit-in-thread"});
   EXPECT_EQ(child.wait(), 0);

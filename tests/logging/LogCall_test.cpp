@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/internal/LogRecordPool.h"
+#include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/runtime/NSException.h"
@@ -10,6 +11,7 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 #include "tests/support/LogFolder.h"
+#include "tests/support/QuietFork.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <gmock/gmock.h>
@@ -302,6 +304,19 @@ TEST_F(LogCall, AForkedChildLogsWithItsOwnThreadId) {
   waitpid(child, &status, 0);
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST_F(LogCall, AForkLeavesTheLoggingQueueFreeWhereALoggersQueueIsBusy) {
+  const dispatch_group_t goesOn = dispatch_group_create();
+  dispatch_async(logger->loggerQueue(), [this] { released.wait(); });
+  test::quietBeforeFork();
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  waitpid(child, nullptr, 0);
+  dispatch_group_async(goesOn, DDLog::loggingQueue(), [] {});
+  EXPECT_EQ(dispatch_group_wait(goesOn, dispatch_time(DISPATCH_TIME_NOW, 20 * NSEC_PER_SEC)), 0);
+  log("after");
+  EXPECT_THAT(go(), ElementsAre("after"));
 }
 
 class SuspendingFormatter : public DDLogFormatter {

@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
@@ -22,6 +23,7 @@
 #include <ctime>
 #include <string>
 #include <thread>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
 // A forked child forgets what waited in its parent, on purpose: that is no leak.
@@ -54,6 +56,16 @@ class Talking : public DDAbstractLogger {
     const std::string line = what + text.str() + "\n";
     if (write(STDOUT_FILENO, line.data(), line.size()) < 0) std::abort();
   }
+};
+
+/// On a queue that it is given.
+class TalkingOn : public Talking {
+  NK_OBJECT(TalkingOn, Talking)
+  explicit TalkingOn(dispatch_queue_t queue) : queue_(std::move(queue)) {}
+  dispatch_queue_t loggerQueue() override { return queue_; }
+
+ private:
+  dispatch_queue_t queue_;
 };
 
 class Quiet : public DDAbstractLogger {
@@ -143,6 +155,32 @@ int main(int argc, char** argv) {
     for (int i = 0; i < 2000; ++i) say("a line of the process");
     DDLog::flushLog();
     return 0;
+  }
+  if (ending == "return-with-a-logger-on-the-main-queue") {
+    DDLog::addLogger(make<TalkingOn>(dispatch_get_main_queue()));
+    for (int i = 0; i < 1500; ++i) say("queued");
+    return 0;
+  }
+  const dispatch_queue_t shared = dispatch_queue_create("shared");
+  if (ending == "exit-on-a-loggers-target") {
+    DDLog::addLogger(make<TalkingOn>(dispatch_queue_create("own", DISPATCH_QUEUE_SERIAL, shared)));
+    say("before", false);
+    dispatch_sync(shared, [] {
+      say("queued");
+      std::exit(0);
+    });
+  }
+  if (ending == "fork-with-queues-of-one-target") {
+    for (const char* name : {"a", "b"}) {
+      DDLog::addLogger(make<TalkingOn>(dispatch_queue_create(name, DISPATCH_QUEUE_SERIAL, shared)));
+    }
+    say("before", false);
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    say("after", false);
+    return status;
   }
   DDLog::addLogger(make<Talking>());
   if (ending == "return" || ending == "static") {

@@ -83,12 +83,6 @@ bool isKnown(std::int64_t now) noexcept {
   }
 }
 
-bool LogDispatcher::waitForPermit() {
-  if (currentFrame && isOnAnyQueue(rememberedLoggers())) return false;
-  dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
-  return true;
-}
-
 [[gnu::always_inline]] inline void LogDispatcher::queueCall(const LogSite& site, const LogContent& content) {
   way.permits->prefetch();
   way.queue->prefetch();

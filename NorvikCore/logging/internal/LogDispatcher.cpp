@@ -2,19 +2,21 @@
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/internal/SemaphoreCore.h"
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/kernel/Thread.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
-#include <span>
 #include <string>
 #include <utility>
 
@@ -29,6 +31,9 @@ constexpr std::size_t maximumRun = 256;
 constexpr std::int64_t endPatience = 10 * NSEC_PER_SEC, heldPatience = 1 * NSEC_PER_SEC;
 constexpr std::int64_t forkPatience = 100 * NSEC_PER_MSEC;
 
+// How often who waits looks whether the loggers wait for him, and how often he then does what they wait for.
+constexpr std::int64_t lookPause = 10 * NSEC_PER_MSEC, drainPause = NSEC_PER_MSEC / 10;
+
 /// One logger's part in the handling of a message. What leaves it ends the process, on whichever thread it runs.
 void hand(DDLoggerNode& node, const DDLogMessage& message) noexcept { node.logger()->logMessage(message); }
 
@@ -40,6 +45,27 @@ void finish(LogRecord* const* records, std::size_t count, const dispatch_semapho
     records[i]->dispose();
   }
   if (taken > 0) givePermits(permits, taken);
+}
+
+/// The queue runs nothing until the calling code returns, which is in a block of it or of a serial queue that it
+/// targets.
+bool isHeldUp(const dispatch_queue_t& queue) noexcept {
+  if (dispatch_queue_is_held(queue)) return true;
+  for (const QueueCore* target = queue.core()->target(); target != nullptr; target = target->target()) {
+    const bool isExclusive = target->kind() == QueueCore::Kind::serial || target->kind() == QueueCore::Kind::main;
+    if (isExclusive && isHeld(target)) return true;
+  }
+  return false;
+}
+
+/// The queue's blocks run on the calling thread, the main one, when that drains the main queue.
+bool waitsForThisThread(const dispatch_queue_t& queue) noexcept {
+  return kernel::isMainThread() && queue.core()->leadsToMain();
+}
+
+bool anyWaitsForThisThread(const std::vector<Ref<DDLoggerNode>>& nodes) noexcept {
+  return std::any_of(nodes.begin(), nodes.end(),
+                     [](const Ref<DDLoggerNode>& node) { return waitsForThisThread(node->loggerQueue()); });
 }
 
 }  // namespace
@@ -255,6 +281,9 @@ void LogDispatcher::lt_flush() {
 
 void LogDispatcher::rememberLoggers() {
   std::vector<Ref<DDLoggerNode>> nodes = loggers;
+  runsOnMainThread = std::any_of(nodes.begin(), nodes.end(), [](const Ref<DDLoggerNode>& node) {
+    return node->loggerQueue().core()->leadsToMain();
+  });
   const MutexLock lock(knownMutex);
   std::swap(knownLoggers, nodes);  // what was known is destroyed without the lock
 }
@@ -270,12 +299,47 @@ bool LogDispatcher::isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) co
                      [](const Ref<DDLoggerNode>& node) { return dispatch_queue_is_held(node->loggerQueue()); });
 }
 
+bool LogDispatcher::waitForPermit() {
+  if (!currentFrame && !kernel::isMainThread()) {
+    dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
+    return true;
+  }
+  do {
+    if (runsOnMainThread && kernel::isMainThread()) return false;
+    if (currentFrame && holdsUpAny(rememberedLoggers())) return false;
+  } while (dispatch_semaphore_wait(queueSemaphore, dispatch_time(DISPATCH_TIME_NOW, lookPause)) != 0);
+  return true;
+}
+
+bool LogDispatcher::holdsUpAny(const std::vector<Ref<DDLoggerNode>>& nodes) const {
+  return isHeldUp(loggingQueue) || std::any_of(nodes.begin(), nodes.end(), [](const Ref<DDLoggerNode>& node) {
+           return isHeldUp(node->loggerQueue());
+         });
+}
+
 void LogDispatcher::flushFromAnyQueue() {
-  const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();
-  if (isOnAnyQueue(nodes)) {
-    flushWhileHeld(nodes);
+  if (currentFrame || kernel::isMainThread()) {
+    (void)flushUntil(DISPATCH_TIME_FOREVER);
   } else {
     flush();
+  }
+}
+
+/// False where the time was too short. Blocks of the main queue run meanwhile where a logger's are among them and this
+/// is the main thread.
+bool LogDispatcher::flushUntil(dispatch_time_t deadline) {
+  const dispatch_group_t done = dispatch_group_create();
+  for (bool isAskedFor = false;; isAskedFor = true) {
+    const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();  // each time: one may just have been added
+    if (holdsUpAny(nodes)) {
+      flushWhileHeld(nodes);
+      return true;
+    }
+    if (!isAskedFor) dispatch_group_async(done, loggingQueue, [this] { lt_flush(); });
+    const bool drains = anyWaitsForThisThread(nodes);
+    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, drains ? drainPause : lookPause)) == 0) return true;
+    if (dispatch_time(DISPATCH_TIME_NOW, 0) >= deadline) return false;
+    if (drains) dispatch_main_queue_drain();
   }
 }
 
@@ -284,7 +348,7 @@ void LogDispatcher::flushFromAnyQueue() {
 void LogDispatcher::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) {
   const dispatch_group_t done = dispatch_group_create();
   for (const Ref<DDLoggerNode>& node : nodes) {
-    if (dispatch_queue_is_held(node->loggerQueue())) {
+    if (isHeldUp(node->loggerQueue())) {
       node->logger()->flush();
     } else {
       dispatch_group_async(done, node->loggerQueue(), [logger = node->logger()] { logger->flush(); });
@@ -297,11 +361,7 @@ void LogDispatcher::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) 
 void LogDispatcher::flushAtProcessEnd() {
   LogDispatcher& self = shared();
   try {
-    const std::vector<Ref<DDLoggerNode>> nodes = self.rememberedLoggers();
-    if (self.isOnAnyQueue(nodes)) return self.flushWhileHeld(nodes);
-    const dispatch_group_t done = dispatch_group_create();
-    dispatch_group_async(done, self.loggingQueue, [&self] { self.lt_flush(); });
-    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, endPatience)) != 0) {
+    if (!self.flushUntil(dispatch_time(DISPATCH_TIME_NOW, endPatience))) {
       kernel::writeSystemLog("DDLog: a logger did not finish in time; the process ends without it");
     }
   } catch (const std::exception& exception) {
@@ -312,24 +372,21 @@ void LogDispatcher::flushAtProcessEnd() {
 /// A child that may log must not find a logger in the middle of a message: a fork takes place between two of them. The
 /// gate is a block of the logging queue that stands still while the process forks.
 ///
-/// It stands on every logger's queue too: what a logger does on its own, such as rolling, is not cut in two either.
+/// Others stand still on the loggers' queues: what a logger does on its own, such as rolling, is not cut in two either.
+/// None of them waits for another, so that a queue which does not come to its gate holds up nothing but, for a moment,
+/// the fork.
 struct LogDispatcher::ForkGate {
-  void standStill(std::span<const Ref<DDLoggerNode>> nodes) {
-    if (nodes.empty()) {
-      dispatch_semaphore_signal(reached);
-      dispatch_semaphore_wait(forked, DISPATCH_TIME_FOREVER);
-      return;
-    }
-    const dispatch_queue_t& queue = nodes.front()->loggerQueue();
-    const auto others = [&] { standStill(nodes.subspan(1)); };
-    if (dispatch_queue_is_held(queue)) {
-      others();
-    } else {
-      dispatch_sync(queue, others);
-    }
+  ForkGate() {
+    dispatch_group_enter(approaching);
+    dispatch_group_enter(forking);
   }
 
-  dispatch_semaphore_t reached = dispatch_semaphore_create(0), forked = dispatch_semaphore_create(0);
+  void standStill() const {
+    dispatch_group_leave(approaching);
+    dispatch_group_wait(forking, DISPATCH_TIME_FOREVER);
+  }
+
+  const dispatch_group_t approaching = dispatch_group_create(), forking = dispatch_group_create();
 };
 
 // Threads may fork at the same time, and each passes its own gate.
@@ -338,17 +395,29 @@ thread_local std::shared_ptr<LogDispatcher::ForkGate> LogDispatcher::forkGate;
 void LogDispatcher::prepareFork() {
   const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();
   if (!isOnAnyQueue(nodes)) {  // else it is a fork within a message: the child goes on with it
+    std::vector<dispatch_queue_t> queues;
+    for (const Ref<DDLoggerNode>& node : nodes) {
+      const dispatch_queue_t& queue = node->loggerQueue();
+      if (kernel::isMainThread() && queue == dispatch_get_main_queue()) continue;  // stands still anyhow
+      if (std::find(queues.begin(), queues.end(), queue) == queues.end()) queues.push_back(queue);
+    }
     forkGate = std::make_shared<ForkGate>();
-    dispatch_async(loggingQueue, [gate = forkGate, nodes] { gate->standStill(nodes); });
-    // A logger that takes longer may wait for the very thread that forks.
-    dispatch_semaphore_wait(forkGate->reached, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
+    dispatch_async(loggingQueue, [gate = forkGate, queues = std::move(queues)] {
+      for (const dispatch_queue_t& queue : queues) {
+        dispatch_group_enter(gate->approaching);
+        dispatch_async(queue, [gate] { gate->standStill(); });
+      }
+      gate->standStill();
+    });
+    // A queue that takes longer may wait for the very thread that forks.
+    dispatch_group_wait(forkGate->approaching, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
   }
   knownMutex.lock();  // no other thread may hold it at the fork: the child would find it locked for ever
 }
 
 void LogDispatcher::endFork() {
   knownMutex.unlock();
-  if (const std::shared_ptr<ForkGate> gate = std::exchange(forkGate, nullptr)) dispatch_semaphore_signal(gate->forked);
+  if (const std::shared_ptr<ForkGate> gate = std::exchange(forkGate, nullptr)) dispatch_group_leave(gate->forking);
 }
 
 void LogDispatcher::endForkInChild() {

@@ -71,7 +71,10 @@ class LogDispatcher {
   [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
   /// The caller is in a block of the logging queue or of a logger's queue.
   [[nodiscard]] bool isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) const;
+  /// No block of the logging queue or of some logger's queue can run before the caller's block ends.
+  [[nodiscard]] bool holdsUpAny(const std::vector<Ref<DDLoggerNode>>& nodes) const;
   void flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes);
+  [[nodiscard]] bool flushUntil(dispatch_time_t deadline);
   static void flushAtProcessEnd();
 
   Mutex knownMutex;  // for the end of the process and for forks, which may come while the queue is busy
@@ -95,6 +98,7 @@ class LogDispatcher {
   std::uint32_t numProcessors;
   dispatch_group_t loggingGroup;
   std::vector<Ref<DDLoggerNode>> loggers;
+  std::atomic<bool> runsOnMainThread{false};  // some logger does
 
   std::vector<Ref<DDLoggerNode>> knownLoggers NK_GUARDED_BY(knownMutex);
 
