@@ -14,8 +14,7 @@
 //          other begins. An empty queue raises NSInvalidArgumentException. Where dispatch_sync() could never return,
 //          neither could this, and aborts.
 // Cost:    under a microsecond, an atomic operation for each share, and the wake-up of helpers. It pays where the
-// rounds
-//          take some ten microseconds together, and where they do more than touch memory.
+//          rounds take some ten microseconds together, and where they do more than touch memory.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"

@@ -153,7 +153,8 @@ class Parser {
 
   void parseValues(std::vector<ArchivedValue>& values, std::size_t valuesAnElement) {
     const std::size_t elements = count();
-    values.reserve(elements);
+    // Room for the first ones only: where objects nest, each of them may claim all that is left.
+    values.reserve(std::min<std::size_t>(elements, 64));
     for (std::size_t i = 0; i < elements * valuesAnElement; ++i) {
       values.push_back(value());
       if (values.back().value.isAbsent() && values.back().object == ArchivedValue::noObject) {

@@ -58,7 +58,7 @@ constexpr KeyOf<NSString> textKeys[] = {
     {"pathExtension", [](const NSString& text) -> Value { return text.pathExtension(); }},
 };
 constexpr KeyOf<NSNumber> numberKeys[] = {
-    {"intValue", [](const NSNumber& number) -> Value { return static_cast<int>(number.longLongValue()); }},
+    {"intValue", [](const NSNumber& number) -> Value { return number.intValue(); }},
     {"integerValue", [](const NSNumber& number) -> Value { return number.longLongValue(); }},
     {"longLongValue", [](const NSNumber& number) -> Value { return number.longLongValue(); }},
     {"doubleValue", [](const NSNumber& number) -> Value { return number.doubleValue(); }},

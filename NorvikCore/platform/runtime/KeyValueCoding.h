@@ -21,10 +21,10 @@
 // dictionary. An absent or null value is left out of all but @avg:
 //   @count                                               how many elements there are
 //   @sum.path                                            as a Decimal; 0 where there are none
-//   @avg.path                                            the sum by the number of all elements, as a Decimal; 0 where
-//   there are none
-//   @max.path, @min.path                                 by Value::compare, the first of equal ones; absent where there
-//   are none
+//   @avg.path                                            the sum by the number of all elements, as a Decimal;
+//                                                        0 where there are none
+//   @max.path, @min.path                                 by Value::compare, the first of equal ones; absent where
+//                                                        there are none
 //   @unionOfObjects.path, @distinctUnionOfObjects.path   the values as an array, in order
 //   @unionOfArrays.path, @distinctUnionOfArrays.path     the same over the elements of the elements
 // Any other operator raises NSInvalidArgumentException.

@@ -2,8 +2,8 @@
 //
 //   class Watcher : public NSObject {
 //     NK_OBJECT(Watcher, NSObject)
-//     void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change, void*)
-//     override;
+//     void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change,
+//                                 void* context) override;
 //   };
 //   slip->addObserver(*watcher, "employee.name", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
 //   slip->employee()->setName("Sian");      // watcher hears of it; so it does when slip gets another employee
@@ -13,10 +13,10 @@
 // objects before it are watched. A misspelt path raises NSUndefinedKeyException at once, with the class and the key:
 // also where the path breaks off at present, as far as properties are stated as a Ref to a class.
 //
-// Ownership: an observer is not kept, and neither is the observed object. An observer that goes without being removed
-// is
-//            not told any more; registrations on an object end when it goes. Removing one that does not exist raises
-//            NSRangeException; of equal ones the latest is removed.
+// Ownership: an observer is not kept, and neither is the observed object. An observer that goes without being
+//            removed is not told any more; registrations on an object end when it goes.
+//            Removing one that does not exist raises NSRangeException;
+//            of equal ones the latest is removed.
 // Callbacks: run on the thread that makes the change, with no lock held, in the order in which the observers were
 //            added. A callback may add and remove observers and let go of the observer and of the observed object,
 //            its own and others: who is removed is not called any more, who is added hears of the next change, and an

@@ -5,8 +5,8 @@
 //   if (!archive(payslip, path, &error)) NSLog("%@", error);
 //
 //   *error = NSError::errorWithDomain("Payroll", 7, NSDictionary::dictionaryWith(
-//       {{NSLocalizedDescriptionKey, "The pay run is closed."}, {NSLocalizedRecoverySuggestionErrorKey, "Open it
-//       first."}}));
+//       {{NSLocalizedDescriptionKey, "The pay run is closed."},
+//        {NSLocalizedRecoverySuggestionErrorKey, "Open it first."}}));
 //   *error = NSError::posixError(errno, "open", path);   // "open /var/pay.csv: No such file or directory"
 //
 // An operation that can fail takes `Ref<NSError>* error = nullptr` last and writes to it only when it fails. Immutable,

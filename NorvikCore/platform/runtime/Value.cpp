@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/runtime/NSObject.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -233,7 +234,7 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
     case Kind::Integer:
       return storage_.integer == other.storage_.integer;
     case Kind::Double:
-      return storage_.real == other.storage_.real;
+      return std::bit_cast<std::uint64_t>(storage_.real) == std::bit_cast<std::uint64_t>(other.storage_.real);
     case Kind::Decimal:
       return storage_.decimal == other.storage_.decimal &&
              storage_.decimal.exponent() == other.storage_.decimal.exponent();

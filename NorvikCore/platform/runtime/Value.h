@@ -3,8 +3,8 @@
 //   Value pay = 1234.50_dec;
 //   pay == Value(1234.5);               // true: one equality goes across all numbers
 //   pay.as<Decimal>();                  // raises NSInvalidArgumentException where the value is not a number
-//   Value{}.isAbsent();                 // true: nothing at all; Value::null() is the marker that stands for it in
-//   collections
+//   Value{}.isAbsent();                 // true: nothing at all
+//   Value::null().isNull();             // true: the marker that stands for it in collections
 //
 // A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
 // copies are independent, distinct values may be used on distinct threads.

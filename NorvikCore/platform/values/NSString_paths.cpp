@@ -17,10 +17,12 @@ std::size_t lastComponent(std::string_view path) noexcept {
   return slash == path.npos ? 0 : slash + 1;
 }
 
-/// Where the dot of the extension is; npos where there is none.
+/// Where the dot of the extension is; npos where there is none. Dots that a name begins with belong to the name: taken
+/// for an extension, ".." would lose one and name another folder.
 std::size_t extensionDot(std::string_view path) noexcept {
   const std::size_t dot = path.rfind('.');
-  return dot == path.npos || dot <= lastComponent(path) ? path.npos : dot;
+  const std::size_t name = path.find_first_not_of('.', lastComponent(path));
+  return dot == path.npos || dot < name ? path.npos : dot;
 }
 
 }  // namespace

@@ -69,7 +69,15 @@ Match matchInBytes(std::string_view text, std::string_view wanted, NSStringCompa
   return at == npos ? Match{} : Match{at, at + wanted.size()};
 }
 
-std::u16string foldedUnits(std::u16string units) {
+/// Text that begins or ends with half a character may be found inside one, so it is looked for among units.
+bool isFoundAmongUnits(const NSString& text) noexcept {
+  return detail::beginsWithHalf(text.view()) || detail::endsWithHalf(text.view());
+}
+
+/// The units, folded where case does not count.
+std::u16string unitsOf(const NSString& text, NSStringCompareOptions options) {
+  std::u16string units = text.toUtf16();
+  if ((options & NSCaseInsensitiveSearch) == 0) return units;
   for (char16_t& unit : units) {
     const char32_t folded = detail::foldCase(unit);
     if (folded < 0x10000) unit = static_cast<char16_t>(folded);
@@ -94,12 +102,8 @@ NSRange NSString::rangeOfString(const NSString& text, NSStringCompareOptions opt
   constexpr NSRange none{NSNotFound, 0};
   if (text.empty()) return none;
   const detail::StringPlace from = place(range.location), to = place(NSMaxRange(range));
-  if (from.secondHalf || to.secondHalf || detail::beginsWithHalf(text.view()) || detail::endsWithHalf(text.view())) {
-    std::u16string units = substringWithRange(range).toUtf16(), wanted = text.toUtf16();
-    if ((options & NSCaseInsensitiveSearch) != 0) {
-      units = foldedUnits(std::move(units));
-      wanted = foldedUnits(std::move(wanted));
-    }
+  if (from.secondHalf || to.secondHalf || isFoundAmongUnits(text)) {
+    const std::u16string units = unitsOf(substringWithRange(range), options), wanted = unitsOf(text, options);
     const std::size_t at = literalMatch(std::u16string_view(units), std::u16string_view(wanted), options);
     return at == npos ? none : NSRange{range.location + at, wanted.size()};
   }
@@ -123,6 +127,13 @@ bool NSString::hasSuffix(const NSString& text) const {
 
 std::vector<NSRange> NSString::matches(const NSString& text, NSStringCompareOptions options) const {
   std::vector<NSRange> found;
+  if (isFoundAmongUnits(text)) {  // those of the whole text are made once
+    const std::u16string units = unitsOf(*this, options), wanted = unitsOf(text, options);
+    for (std::size_t at = units.find(wanted); at != npos; at = units.find(wanted, at + wanted.size())) {
+      found.push_back({at, wanted.size()});
+    }
+    return found;
+  }
   NSUInteger from = 0;
   const NSUInteger units = length();
   while (true) {

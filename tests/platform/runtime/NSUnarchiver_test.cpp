@@ -7,10 +7,13 @@
 #include "NorvikCore/platform/runtime/NSMutableData.h"
 #include "NorvikCore/platform/runtime/NSSet.h"
 #include "tests/support/ExpectRaises.h"
+#include "tests/support/InChild.h"
 #include "tests/support/LeaksAllowed.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cstdint>
 #include <string>
 
 namespace norvik {
@@ -170,6 +173,28 @@ TEST(NSUnarchiver, NestingInTheBytesIsBounded) {
   std::string deep;
   for (int i = 0; i < 100'000; ++i) deep += "\x09\0\x01\x01"s;
   EXPECT_EQ(unarchivingRaises(bytes(deep + '\x02')), "NSInvalidUnarchiveOperationException");
+}
+
+TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomForIt) {
+  const std::size_t claimed = 990'000;  // elements, of each of 500 arrays one in the other
+  std::string nested;
+  for (int i = 0; i < 500; ++i) {
+    nested += "\x09\0\x01"s;
+    for (std::size_t left = claimed; left > 0; left >>= 7) {
+      nested += static_cast<char>(left < 0x80 ? left : (left & 0x7F) | 0x80);
+    }
+  }
+  const Ref<NSData> damaged = bytes(nested + std::string(1'000'000, '\xff'));
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr rlim_t greatestMemory = RLIM_INFINITY;  // the sanitizer needs terabytes of addresses for itself
+#else
+  constexpr rlim_t greatestMemory = rlim_t{2} << 30;
+#endif
+  RUN_IN_CHILD({
+    const rlimit limit{greatestMemory, greatestMemory};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    EXPECT_EQ(unarchivingRaises(damaged), "NSInvalidUnarchiveOperationException");
+  });
 }
 
 TEST(NSUnarchiver, OnlyClassesThatStateItAreMade) {

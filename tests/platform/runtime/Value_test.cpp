@@ -29,6 +29,7 @@ TEST(Value, HeaderExample) {
   EXPECT_EQ(pay.as<Decimal>(), 1234.5_dec);
   EXPECT_RAISES((void)Value("unpaid").as<Decimal>(), "NSInvalidArgumentException");
   EXPECT_TRUE(Value{}.isAbsent());
+  EXPECT_TRUE(Value::null().isNull());
 }
 
 TEST(Value, KnowsItsKind) {
@@ -70,6 +71,15 @@ TEST(Value, EqualDecimalsOfOtherDigitsAreEqualAndNotIdentical) {
   EXPECT_FALSE(Value(dec("5")).isIdenticalTo(Value(dec("5.00"))));
   EXPECT_TRUE(Value(dec("5.00")).isIdenticalTo(Value(dec("5.00"))));
   EXPECT_FALSE(Value(5).isIdenticalTo(Value(5.0)));
+}
+
+TEST(Value, ADoubleIsIdenticalToItsCopyWhateverItIsAndTheTwoZerosAreNot) {
+  const Value nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_TRUE(nan.isIdenticalTo(Value(nan)));
+  EXPECT_EQ(NSArray::arrayWithObjects(1.5, nan)->indexOfObjectIdenticalTo(nan), 1U);
+  EXPECT_TRUE(Value(-0.0).isIdenticalTo(Value(-0.0)));
+  EXPECT_FALSE(Value(0.0).isIdenticalTo(Value(-0.0)));
+  EXPECT_EQ(Value(0.0), Value(-0.0));
 }
 
 TEST(Value, CopiesAndMovesKeepTheContent) {

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace norvik {
 namespace {
 
@@ -121,6 +123,27 @@ TEST(NSStringSearch, ReplacingGoesFromTheStartWithoutOverlap) {
 TEST(NSStringSearch, ReplacingMayJoinHalves) {
   const NSString high = NSString::fromCodePoint(0xD83D), low = NSString::fromCodePoint(0xDCB7);
   EXPECT_EQ((high + "-" + low).stringByReplacingOccurrencesOfString("-", ""), "\U0001F4B7");
+}
+
+/// The texts of other programs come so. In time that grew with the square of the length this would take many minutes.
+TEST(NSStringSearch, BytesThatAreNotUtf8AreReplacedInALongTextInLinearTime) {
+  constexpr std::size_t lines = 200'000;
+  std::string bytes, expected;
+  for (std::size_t i = 0; i < lines; ++i) {
+    bytes += "pay \xA3 1,234.50\n";
+    expected += "pay \u00A3 1,234.50\n";
+  }
+  const NSString text = NSString::fromBytes(bytes), pound = NSString::fromBytes("\xA3");
+  EXPECT_EQ(text.stringByReplacingOccurrencesOfString(pound, "\u00A3").view(), expected);
+  EXPECT_EQ(text.componentsSeparatedBy(pound).size(), lines + 1);
+}
+
+TEST(NSStringSearch, HalvesAreReplacedInsideCharactersWithoutOverlap) {
+  const NSString low = NSString::fromCodePoint(0xDCB7);
+  EXPECT_EQ(NSString("\U0001F4B7\U0001F4B7").stringByReplacingOccurrencesOfString(low, low), "\U0001F4B7\U0001F4B7");
+  EXPECT_EQ((low + low + low).stringByReplacingOccurrencesOfString(low + low, "-"), "-" + low);
+  EXPECT_EQ((low + "Pay").stringByReplacingOccurrencesOfString(low + "PAY", "-", NSCaseInsensitiveSearch), "-");
+  EXPECT_EQ((low + "Pay").stringByReplacingOccurrencesOfString(low + "PAY", "-"), low + "Pay");
 }
 
 TEST(NSStringSearch, TrimmingTakesEveryKindOfSpaceOffBothEnds) {

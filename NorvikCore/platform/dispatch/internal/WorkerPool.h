@@ -7,8 +7,8 @@
 // One idle worker at a time is the *lookout*: it looks for work once a millisecond until nothing has come for a while,
 // and only then sleeps like the others. So
 //   - a relaxed item finds a lookout and wakes nobody, as long as something goes on at all: while the lookout naps,
-//   such
-//     items come into a list of their own that it takes over when it looks (one compare-and-swap for who brings one);
+//     such items come into a list of their own, which it takes over when it looks (one compare-and-swap for who brings
+//     one);
 //   - a prompt item wakes the lookout, or finds it spinning: after prompt work it spins for some microseconds first;
 //   - where all processors have work, the lookout is the one who sees that nothing is taken any more (blocks wait for
 //     something nobody knows of), and helps out.

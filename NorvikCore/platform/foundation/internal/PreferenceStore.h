@@ -1,8 +1,8 @@
 // The preferences of one database, kept in memory: read from there, written through, and looked at again once somebody
 // else has written.
 //
-// - A read finds what was read or set last. When the last look at the database is more than a quarter of a second ago,
-// it
+// - A read finds what was read or set last. When the last look at the database is more than a quarter of a second
+//   ago, it
 //   looks first, unless another thread is at the database just then.
 // - A write is in the database when set() returns, and is tried again with the next one where it fails; until then it
 //   counts in this process only. The first failure after a success is told on the system console, and so is each with
