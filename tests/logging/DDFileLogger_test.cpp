@@ -131,6 +131,38 @@ TEST_F(DDFileLoggerTest, MessagesInARowAreSplitExactlyAtTheSizeLimit) {
   for (int i = 0; i < 500; ++i) EXPECT_EQ(lines[static_cast<std::size_t>(i)], stringWithFormat("line %04d", i).utf8());
 }
 
+TEST_F(DDFileLoggerTest, MessagesInARowLookAsIfTheyCameOneByOne) {
+  DDLog::removeAllLoggers();
+  DDLog::addLogger(DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(folder.path())));
+  const NSString smile = "\U0001F600", high = smile.substringToIndex(1), low = smile.substringFromIndex(1);
+  const auto sayAll = [&](bool asynchronous) {
+    const auto log = [&]<class... Args>(FormatStringFor<Args...> format, const Args&... arguments) {
+      DDLog::log(asynchronous, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, Value(), format, arguments...);
+    };
+    log("%d of %@, %.2f%%", 3, "Zo\u00EB", 99.5);
+    log("%@%@", high, low);
+    log("%@ %@", high, low);
+    log("%@%@", NSString(std::string(100, 'x')) + high, low);
+    log("%@\n", "ends in a line feed");
+    log("");
+  };
+  const dispatch_semaphore_t gate = dispatch_semaphore_create(0);
+  dispatch_async(DDLog::loggingQueue(), [gate] { dispatch_semaphore_wait(gate, DISPATCH_TIME_FOREVER); });
+  sayAll(true);
+  dispatch_semaphore_signal(gate);
+  sayAll(false);
+  const std::string texts[] = {"3 of Zo\u00EB, 99.50%", "\U0001F600",
+                               "\uFFFD \uFFFD",         std::string(100, 'x') + "\U0001F600",
+                               "ends in a line feed",   ""};
+  const Strings lines = allLinesIn(folder.path());
+  ASSERT_EQ(lines.size(), 12U);
+  for (std::size_t i = 0; i < 12; ++i) {
+    EXPECT_THAT(lines[i].substr(0, 25),
+                MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}:[0-9]{3}  "));
+    EXPECT_EQ(lines[i].substr(25), texts[i % 6]) << i;
+  }
+}
+
 /// Logs a message of its own for each that it formats.
 class LoggingFormatter : public DDLogFormatter {
   NK_OBJECT(LoggingFormatter, DDLogFormatter)
@@ -503,6 +535,18 @@ TEST_F(DDFileLoggerTest, ADeletedFileIsNoticedWithinAThousandLines) {
   EXPECT_THAT(manager->rolled(), ElementsAre());
 }
 
+TEST_F(DDFileLoggerTest, ADeletedFileIsNoticedWithinAThousandLinesAlsoWhereTheyComeInRuns) {
+  DDLog::removeAllLoggers();
+  DDLog::addLogger(DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(folder.path())));
+  sayNow("first");
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  fs::remove(filesIn(folder.path())[0]);
+  for (int i = 0; i < 1500; ++i) say("the first thousand may be lost");
+  DDLog::flushLog();
+  ASSERT_EQ(filesIn(folder.path()).size(), 1U);
+  EXPECT_GE(allLinesIn(folder.path()).size(), 500U);
+}
+
 TEST_F(DDFileLoggerTest, AMovedFileIsNoticedWithinASecond) {
   sayNow("first");
   const std::string path = currentPath();
@@ -562,6 +606,34 @@ TEST_F(DDFileLoggerTest, LinesThatFailTogetherAreReportedOneByOne) {
     });
     settle();
     EXPECT_EQ(console.lines().size(), 4U);
+  });
+}
+
+// Of a logger that writes a run of lines at once.
+TEST_F(DDFileLoggerTest, OfLinesThatAreWrittenTogetherThoseThatFitArriveAndEveryOtherIsReported) {
+  RUN_IN_CHILD({
+    DDLog::removeAllLoggers();
+    const TemporaryFolder plainFolder;
+    const auto plain = DDFileLogger::initWithLogFileManager(
+        DDLogFileManagerDefault::initWithLogsDirectory(NSString(plainFolder.path())));
+    plain->setLogFormatter(nullptr);
+    DDLog::addLogger(plain);
+    const SystemLogCapture console;
+    sayNow("the first");  // 10 bytes, as each that follows
+    rlimit limit{45, RLIM_INFINITY};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const dispatch_semaphore_t gate = dispatch_semaphore_create(0);
+    dispatch_async(DDLog::loggingQueue(), [gate] { dispatch_semaphore_wait(gate, DISPATCH_TIME_FOREVER); });
+    for (int i = 0; i < 8; ++i) say(stringWithFormat("line %04d", i));
+    dispatch_semaphore_signal(gate);
+    DDLog::flushLog();
+    EXPECT_EQ(console.lines().size(), 5U);  // the line that was cut, and the four after it
+    limit.rlim_cur = RLIM_INFINITY;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    sayNow("room again");
+    ASSERT_EQ(filesIn(plainFolder.path()).size(), 1U);
+    EXPECT_EQ(TemporaryFolder::read(filesIn(plainFolder.path())[0]),
+              "the first\nline 0000\nline 0001\nline 0002\nline \nroom again\n");
   });
 }
 

@@ -102,6 +102,21 @@ TEST_F(DDLogTest, EveryLoggerGetsEveryMessageOnceInOrder) {
   EXPECT_THAT(second->all(), ElementsAre("[added]", "a", "b", "c", "[flushed]"));
 }
 
+TEST_F(DDLogTest, ManyLoggersGetEveryMessageAlsoWhereTheyShareAQueue) {
+  std::vector<Ref<BareLogger>> loggers;
+  const auto shared = make<LoggerWithQueue>(), sharing = make<LoggerWithQueue>();
+  sharing->queue = shared->queue;
+  for (int i = 0; i < 10; ++i) loggers.push_back(make<BareLogger>());
+  loggers.insert(loggers.end(), {shared, sharing});
+  for (const auto& logger : loggers) DDLog::addLogger(logger);
+  say("a");
+  say("b", LOG_FLAG_ERROR, false);
+  for (std::size_t i = 0; i < 10; ++i)
+    EXPECT_THAT(loggers[i]->events.all(), ElementsAre("a on \"\"", "b on \"\"")) << i;
+  EXPECT_THAT(shared->events.all(), ElementsAre("a on \"its own\"", "b on \"its own\""));
+  EXPECT_THAT(sharing->events.all(), ElementsAre("a on \"its own\"", "b on \"its own\""));
+}
+
 TEST_F(DDLogTest, WithoutLoggersACallReturns) {
   say("asynchronous");
   say("synchronous", LOG_FLAG_ERROR, false);
