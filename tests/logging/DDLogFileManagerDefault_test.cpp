@@ -187,6 +187,21 @@ TEST(DDLogFileManagerDefault, FilesMadeInOneMomentNeverCostTheOneInUse) {
   EXPECT_LE(filesIn(folder.path()).size(), 3U);
 }
 
+TEST(DDLogFileManagerDefault, TheFileJustMadeStaysThoughOthersSeemNewer) {
+  const TemporaryFolder folder;
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(2);
+  const std::string current = manager->createNewLogFile().str();
+  const kernel::WithoutBirthTimes byModification;
+  makeFile(folder, current.substr(folder.path().size() + 1), 1600000000, false);
+  for (int i = 1; i <= 3; ++i) {
+    makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000 + i, true);
+  }
+  manager->deleteOldLogFiles();
+  EXPECT_THAT(filesIn(folder.path()),
+              UnorderedElementsAre(current, folder.path("log-000003.txt"), folder.path("log-000002.txt")));
+}
+
 TEST(DDLogFileManagerDefault, ALimitOfZeroKeepsEverything) {
   const TemporaryFolder folder;
   const auto manager = managerFor(folder);

@@ -16,10 +16,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -220,6 +222,23 @@ TEST_F(LogCall, ThreadAndNameAreThoseOfTheCall) {
   EXPECT_EQ(messages[3]->threadName(), "last");
   EXPECT_STREQ(messages[3]->queueLabel(), "last");
   for (const auto& message : messages) EXPECT_EQ(message->machThreadID(), id);
+}
+
+TEST_F(LogCall, AThreadThatIsRenamedBehindTheLibrarysBackSoonLogsItsNewName) {
+  std::thread([&] {
+    pthread_setname_np(pthread_self(), "clerk");
+    log("1");
+    DDLog::flushLog();
+    EXPECT_EQ(messages.back()->threadName(), "clerk");
+    pthread_setname_np(pthread_self(), "manager");
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (messages.back()->threadName() != "manager" && std::chrono::steady_clock::now() < patience) {
+      messages.clear();
+      log("2");
+      DDLog::flushLog();
+    }
+    EXPECT_EQ(messages.back()->threadName(), "manager");
+  }).join();
 }
 
 TEST_F(LogCall, TheQueueIsThatOfTheCall) {
