@@ -294,7 +294,11 @@ TEST_F(DDLogTest, WhatIsLoggedPastTheBoundLeavesTheBoundAsItIs) {
   Latch reached, go;
   logger->onMessage = [&](const DDLogMessage& message) {
     if (message.logMsg() == "begin") {
-      for (int i = 0; i < 1500; ++i) say("more");
+      const auto made = DDLogMessage::initWithLogMsg("made", 31, 1, 0, "f", "g", 1, Value(), 0);
+      for (int i = 0; i < 750; ++i) {
+        say("more");
+        DDLog::queueLogMessage(made, true);
+      }
     }
     if (message.logMsg() != "stop") return;
     reached.open();

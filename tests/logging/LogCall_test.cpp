@@ -370,6 +370,28 @@ TEST_F(LogCall, ALoggerThatSuspendsTheLoggingQueueGetsNoFurtherMessage) {
   EXPECT_THAT(formatter->formatted, ElementsAre("0", "1", "2", "3", "4", "5"));
 }
 
+TEST_F(LogCall, ALoggerThatTakesMessagesOneByOneMaySuspendTheLoggingQueueToo) {
+  clean();
+  const auto suspending = make<RecordingLogger>();
+  Latch suspended;
+  suspending->onMessage = [&](const DDLogMessage& message) {
+    if (message.logMsg() != "2") return;
+    dispatch_suspend(DDLog::loggingQueue());
+    suspended.open();
+  };
+  DDLog::addLogger(suspending);
+  hold();
+  for (int i = 0; i < 5; ++i) log("%d", i);
+  released.open();
+  suspended.wait();
+  log("5");
+  dispatch_sync(suspending->loggerQueue(),
+                [&] { EXPECT_THAT(suspending->all(), ElementsAre("[added]", "[flushed]", "0", "1", "2")); });
+  dispatch_resume(DDLog::loggingQueue());
+  DDLog::flushLog();
+  EXPECT_THAT(suspending->all(), ElementsAre("[added]", "[flushed]", "0", "1", "2", "3", "4", "5", "[flushed]"));
+}
+
 /// Forks at the first message it is asked for.
 class ForkingFormatter : public DDLogFormatter {
   NK_OBJECT(ForkingFormatter, DDLogFormatter)
