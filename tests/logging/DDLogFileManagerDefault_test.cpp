@@ -173,6 +173,21 @@ TEST(DDLogFileManagerDefault, WhereTheNewestIsArchivedItCounts) {
                                                            folder.path("log-000003.txt")));
 }
 
+TEST(DDLogFileManagerDefault, OfEightFilesThatShareACreationDateTheOneInUseIsNeverRemoved) {
+  const kernel::WithoutBirthTimes byModification;
+  for (int inUse = 0; inUse < 8; ++inUse) {
+    const TemporaryFolder folder;
+    for (int i = 0; i < 8; ++i) {
+      makeFile(folder, "log-00000" + std::to_string(i) + ".txt", 1600000000, i != inUse);
+    }
+    const auto manager = managerFor(folder);
+    manager->setMaximumNumberOfLogFiles(1);
+    DDLog::flushLog();
+    EXPECT_EQ(filesIn(folder.path()).size(), 2U);
+    EXPECT_TRUE(std::filesystem::exists(folder.path("log-00000" + std::to_string(inUse) + ".txt"))) << inUse;
+  }
+}
+
 TEST(DDLogFileManagerDefault, FilesMadeInOneMomentNeverCostTheOneInUse) {
   const TemporaryFolder folder;
   const auto manager = managerFor(folder);

@@ -199,6 +199,18 @@ TEST_F(LogCall, TheTimeIsThatOfTheCall) {
   EXPECT_LE(messages.at(0)->timestamp(), after);
 }
 
+TEST_F(LogCall, TheTimeIsTheRealOneAlsoWhileAnotherDateIsMocked) {
+  hold();
+  const Date before = Date::systemDate();
+  const auto real = Date::setCurrentDateSource([]() -> std::optional<Date> { return Date::distantPast(); });
+  log("left for later: %d", 1);
+  log("formed at once: %@", NSArray::arrayWith({1}));
+  Date::setCurrentDateSource(real);
+  go();
+  EXPECT_GE(messages.at(0)->timestamp(), before);
+  EXPECT_GE(messages.at(1)->timestamp(), before);
+}
+
 TEST_F(LogCall, ThreadAndNameAreThoseOfTheCall) {
   hold();
   std::uint32_t id = 0;
