@@ -13,8 +13,9 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumber(const NSNumber& number);
 
 /// The number spelt out in the user's current locale, as on a cheque. Exact for whole numbers of up to 18 digits; a
-/// fraction, or a larger number, is spelt from the nearest double, which holds 15 digits. Every call makes a formatter,
-/// about half a millisecond; to spell many, keep an NSNumberFormatter in the spell-out style.
+/// fraction is spelt from the nearest double, which holds 15 digits. There are no words for 10^18 and beyond: such
+/// numbers are written in digits, "1,000,000,000,000,000,000". Every call makes a formatter, about half a millisecond;
+/// to spell many, keep an NSNumberFormatter in the spell-out style.
 [[nodiscard]] NK_EXPORT NSString nk_wordString(const NSNumber& number);
 
 /// The integer 0 for a number that is true, 1 for zero.

@@ -42,8 +42,29 @@ TEST(NSNumberNorvik, WordsAreExactForEighteenDigitsAndForFractionsOfFifteen) {
   EXPECT_EQ(nk_wordString(Decimal::parse("999000000000000001").value()),
             "nine hundred and ninety-nine quadrillion and one");
   EXPECT_EQ(nk_wordString(Decimal::parse("1000000000000.25").value()), "one trillion point two five");
-  EXPECT_EQ(nk_wordString(Decimal::parse("10000000000000000001").value()), "ten thousand quadrillion")
-      << "the nearest double is spelt";
+}
+
+TEST(NSNumberNorvik, NumbersForWhichThereAreNoWordsAreWrittenInDigits) {
+  const struct {
+    NSNumber number;
+    const char* text;
+  } rows[] = {
+      {Decimal::parse("999999999999999999").value(),
+       "nine hundred and ninety-nine quadrillion, nine hundred and ninety-nine trillion, nine hundred and ninety-nine "
+       "billion, nine hundred and ninety-nine million, nine hundred and ninety-nine thousand, nine hundred and "
+       "ninety-nine"},
+      {1'000'000'000'000'000'000, "1,000,000,000,000,000,000"},
+      {INT64_MIN, "-9,223,372,036,854,775,808"},
+      {UINT64_MAX, "18,446,744,073,709,551,615"},
+      {Decimal::parse("10000000000000000001").value(), "10,000,000,000,000,000,001"},
+      {Decimal::parse("-100000000000000000000").value(), "-100,000,000,000,000,000,000"},
+      {Decimal::parse("1234567890123456789.5").value(), "1,234,567,890,123,456,789.5"},
+      {Decimal::parse("999999999999999999.99").value(), "999,999,999,999,999,999.99"},
+      {-1e20, "-100,000,000,000,000,000,000"},
+      {1e30, "1,000,000,000,000,000,000,000,000,000,000"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(nk_wordString(row.number), row.text);
+  EXPECT_EQ(nk_wordString(1e300).length(), 401U) << "a number that no decimal can be";
 }
 
 TEST(NSNumberNorvik, InvertsBooleans) {

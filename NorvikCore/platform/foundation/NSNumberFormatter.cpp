@@ -110,6 +110,10 @@ void chooseWords(icu::RuleBasedNumberFormat& words, const icu::Locale& locale) {
   check(status, "the words of a locale");
 }
 
+/// Languages have words for numbers below 10^18. Beyond, ICU writes 64-bit integers in digits and spells doubles, some
+/// of them as other numbers than they are: those are written in digits too.
+bool hasWords(double number) noexcept { return !std::isfinite(number) || std::fabs(number) < 1e18; }
+
 /// Whether ICU can follow the pattern, in any locale.
 bool isPattern(const NSString& pattern) {
   UErrorCode status = U_ZERO_ERROR;
@@ -338,12 +342,10 @@ struct NSNumberFormatter::Engine {
     icu::UnicodeString text;
     UErrorCode status = U_ZERO_ERROR;
     const Decimal decimal = number.decimalValue();
-    if (words) {
-      if (decimal.isNaN() || decimal != Decimal(decimal.longLongValue())) {
-        words->format(number.doubleValue(), text);
-      } else {
-        words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);
-      }
+    if (words && decimal == Decimal(decimal.longLongValue())) {
+      words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);
+    } else if (words && hasWords(number.doubleValue())) {
+      words->format(number.doubleValue(), text);
     } else if (decimal.isNaN()) {
       digits->format(number.doubleValue(), text);
     } else {
