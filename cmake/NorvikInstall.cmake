@@ -19,7 +19,7 @@ install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LI
 
 # The installed headers, one a line as they are included: for the tests that compile each alone and for tools/include-times.
 get_target_property(NORVIK_PUBLIC_HEADERS NorvikCore HEADER_SET)
-list(TRANSFORM NORVIK_PUBLIC_HEADERS REPLACE "^${PROJECT_SOURCE_DIR}/" "")
+string(REPLACE "${PROJECT_SOURCE_DIR}/" "" NORVIK_PUBLIC_HEADERS "${NORVIK_PUBLIC_HEADERS}")
 list(SORT NORVIK_PUBLIC_HEADERS)
 list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
 file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")

@@ -3,7 +3,7 @@
 //   NKDebuggerAttached = true;       // from now on the cookie operations print what they delete on the console
 //
 // False until the application sets it. Nothing here looks for a debugger.
-#pragma once
+#pragma once  // include time: <atomic>: it is read and set on any threads
 
 #include "NorvikCore/platform/export.h"
 

@@ -15,7 +15,7 @@
 //          neither could this, and aborts.
 // Cost:    under a microsecond, an atomic operation for each share, and the wake-up of helpers. It pays where the
 //          rounds take some ten microseconds together, and where they do more than touch memory.
-#pragma once
+#pragma once  // include time: <atomic>: the rounds ask it whether to go on
 
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"
