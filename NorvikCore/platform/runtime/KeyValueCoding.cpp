@@ -6,6 +6,7 @@
 #include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -33,11 +34,12 @@ std::string capitalised(const NSString& key) {
                      "the class " + theClass.name() + " has no key \"" + key + "\" that can be " + what);
 }
 
-/// The first key of a path and what follows it, empty where it is the last.
-std::pair<NSString, NSString> firstKey(const NSString& keyPath) {
+/// The first key of a path and what follows it, absent where it is the last. Behind a dot at the end stands one more
+/// key, the empty one, which nothing has.
+std::pair<NSString, std::optional<NSString>> firstKey(const NSString& keyPath) {
   const std::string_view path = keyPath.view();
   const std::size_t dot = path.find('.');
-  if (dot == std::string_view::npos) return {keyPath, NSString()};
+  if (dot == std::string_view::npos) return {keyPath, std::nullopt};
   return {NSString(path.substr(0, dot)), NSString(path.substr(dot + 1))};
 }
 
@@ -105,7 +107,7 @@ Value valueForKeyPath(const Value& target, const NSString& keyPath) {
   if (const NSObject* object = target.object()) return object->valueForKeyPath(keyPath);
   const auto [key, rest] = firstKey(keyPath);
   const Value next = valueForKey(target, key);
-  return rest.empty() ? next : valueForKeyPath(next, rest);
+  return rest ? valueForKeyPath(next, *rest) : next;
 }
 
 Value NSObject::valueForKey(const NSString& key) const {
@@ -133,17 +135,17 @@ void NSObject::setValue_forKey(const Value& value, const NSString& key) {
 Value NSObject::valueForKeyPath(const NSString& keyPath) const {
   const auto [key, rest] = firstKey(keyPath);
   const Value next = valueForKey(key);
-  return rest.empty() ? next : norvik::valueForKeyPath(next, rest);
+  return rest ? norvik::valueForKeyPath(next, *rest) : next;
 }
 
 void NSObject::setValue_forKeyPath(const Value& value, const NSString& keyPath) {
   const auto [key, rest] = firstKey(keyPath);
-  if (rest.empty()) return setValue_forKey(value, key);
+  if (!rest) return setValue_forKey(value, key);
   const Value next = valueForKey(key);
   if (next.isAbsent() || next.isNull()) return;
   NSObject* object = next.object();
-  if (!object) raiseUndefinedKey(next.classObject(), rest, "set");
-  object->setValue_forKeyPath(value, rest);
+  if (!object) raiseUndefinedKey(next.classObject(), *rest, "set");
+  object->setValue_forKeyPath(value, *rest);
 }
 
 Value NSObject::valueForUndefinedKey(const NSString& key) const { raiseUndefinedKey(classObject(), key, "read"); }
@@ -166,10 +168,10 @@ bool NSObject::validateValue_forKey_error(Value& value, const NSString& key, Ref
 
 bool NSObject::validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error) {
   const auto [key, rest] = firstKey(keyPath);
-  if (rest.empty()) return validateValue_forKey_error(value, key, error);
+  if (!rest) return validateValue_forKey_error(value, key, error);
   const Value next = valueForKey(key);
   NSObject* object = next.object();
-  return !object || object->validateValue_forKeyPath_error(value, rest, error);
+  return !object || object->validateValue_forKeyPath_error(value, *rest, error);
 }
 
 Ref<NSDictionary> NSObject::dictionaryWithValuesForKeys(const NSArray& keys) const {

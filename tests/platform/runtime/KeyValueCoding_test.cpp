@@ -91,6 +91,18 @@ TEST(KeyValueCoding, AnUnknownKeyRaisesWithClassAndKey) {
   }
 }
 
+TEST(KeyValueCoding, ADotTooManyIsAnUnknownKey) {
+  auto one = slip(1);
+  one->setEmployee(make<KeyedEmployee>());
+  one->employee()->setName("Ann");
+  for (const char* path : {"", ".", ".employee", "employee.", "employee..name", "employee.name.", "grossPay."}) {
+    EXPECT_RAISES((void)one->valueForKeyPath(path), "NSUnknownKeyException") << path;
+  }
+  EXPECT_RAISES(one->setValue_forKeyPath("Bob", "employee.name."), "NSUnknownKeyException");
+  EXPECT_EQ(one->employee()->name(), "Ann");
+  EXPECT_RAISES((void)valueForKeyPath("text", "length."), "NSUnknownKeyException");
+}
+
 class LenientKeyed : public NSObject {
   NK_OBJECT(LenientKeyed, NSObject)
   NK_PROPERTY(int, number, setNumber)

@@ -224,6 +224,8 @@ TEST_F(KeyValueObserving, AMisspeltPathRaisesAtOnceAndNamesClassAndKey) {
   person->setManager(make<Person>());
   expectUndefinedKey(*person, *recorder, "manager.nmae", "Person", "\"nmae\"");
   expectUndefinedKey(*person, *recorder, "name.lenght", "NSString", "\"lenght\"");
+  expectUndefinedKey(*person, *recorder, "name.", "NSString", "\"\"");
+  expectUndefinedKey(*person, *recorder, "manager.", "Person", "\"\"");
   EXPECT_FALSE(person->manager()->isObserved());
 }
 
