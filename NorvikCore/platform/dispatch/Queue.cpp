@@ -28,6 +28,16 @@ QueueCore& suspendable(const dispatch_queue_t& queue, const char* function) {
   return *queue.core();
 }
 
+/// The target is the queue, or leads to it. Under a TargetsLock.
+bool leadsTo(const QueueCore* target, const QueueCore* queue) noexcept {
+  while (target != nullptr && target != queue) target = target->target();
+  return target != nullptr;
+}
+
+[[noreturn]] void raiseOwnTarget() {
+  detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: the queue would target itself");
+}
+
 }  // namespace
 
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attribute,
@@ -48,15 +58,25 @@ void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_que
   detail::requireQueue(queue, "dispatch_set_target_queue");
   if (isShared(queue.core()))
     detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: this queue has no target");
-  for (const QueueCore* above = target.core(); above != nullptr; above = above->target()) {
-    if (above == queue.core())
-      detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: the queue would target itself");
+  const auto wouldTargetItself = [&] { return leadsTo(target.core(), queue.core()); };
+  {
+    const detail::TargetsLock lock;
+    if (wouldTargetItself()) raiseOwnTarget();
   }
   // Nobody else is in the queue then, and who enters it later enters the new target.
   queue.core()->enter(detail::Order::barrier);
-  if (target) target.core()->retain();
-  QueueCore* old = queue.core()->exchangeTarget(target.core());
+  QueueCore* old = nullptr;
+  bool isOwnTarget = false;
+  {
+    const detail::TargetsLock lock;
+    isOwnTarget = wouldTargetItself();  // by what another thread has changed since
+    if (!isOwnTarget) {
+      if (target) target.core()->retain();
+      old = queue.core()->exchangeTarget(target.core());
+    }
+  }
   queue.core()->leave(detail::Order::barrier);
+  if (isOwnTarget) raiseOwnTarget();
   if (old != nullptr) old->release();
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -144,6 +145,43 @@ TEST_F(TargetQueue, AQueueCannotTargetItself) {
   EXPECT_THROW(dispatch_set_target_queue(a, b), NSException);
   EXPECT_THROW(dispatch_set_target_queue(dispatch_get_global_queue(), a), NSException);
   EXPECT_THROW(dispatch_set_target_queue(dispatch_get_main_queue(), a), NSException);
+}
+
+TEST_F(TargetQueue, OfTwoQueuesThatAreToTargetEachOtherAtOnceOneIsRefused) {
+  for (int round = 0; round < 2000; ++round) {
+    auto a = dispatch_queue_create("a");
+    auto b = dispatch_queue_create("b");
+    std::atomic<int> ready{0}, refused{0};
+    const auto target = [&](const dispatch_queue_t& queue, const dispatch_queue_t& above) {
+      for (++ready; ready < 2;) std::this_thread::yield();
+      try {
+        dispatch_set_target_queue(queue, above);
+      } catch (const NSException&) {
+        ++refused;
+      }
+    };
+    std::thread other([&] { target(a, b); });
+    target(b, a);
+    other.join();
+    ASSERT_EQ(refused, 1) << "in round " << round;
+  }
+}
+
+TEST_F(TargetQueue, ATargetMayGoWhileAQueueIsTiedToWhatTargetedIt) {
+  auto queue = dispatch_queue_create("queue");
+  auto middle = dispatch_queue_create("middle");
+  std::atomic<bool> done{false};
+  std::thread other([&] {
+    while (!done) dispatch_set_target_queue(queue, middle);
+  });
+  for (int round = 0; round < 2000; ++round) {
+    dispatch_set_target_queue(middle, dispatch_queue_create("top"));
+    dispatch_set_target_queue(middle, nullptr);
+  }
+  done = true;
+  other.join();
+  EXPECT_EQ(dispatch_sync(queue, [] { return dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL); }),
+            std::string("queue"));
 }
 
 TEST_F(TargetQueue, ATargetLivesAsLongAsAQueueThatTargetsIt) {

@@ -56,7 +56,10 @@ bool QueueCore::resetSuspensionAfterFork() noexcept {
   return suspensions_ > 0;
 }
 
+ForkMutex TargetsLock::mutex;
+
 bool QueueCore::leadsToMain() const noexcept {
+  const TargetsLock lock;
   const QueueCore* queue = this;
   while (const QueueCore* above = queue->target()) queue = above;
   return queue->kind() == Kind::main;

@@ -9,6 +9,7 @@
 
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+#include "NorvikCore/platform/dispatch/internal/ForkMutex.h"
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
 #include "NorvikCore/platform/dispatch/internal/SpecificValues.h"
 
@@ -73,6 +74,19 @@ class QueueCore : public ForkAware {
   std::atomic<QueueCore*> target_{nullptr};
   SpecificValues specifics_;
   const std::string label_;
+};
+
+/// Taken where a target is exchanged, and to go from target to target on queues that are not entered: meanwhile none of
+/// them changes or goes. A forked child finds nothing to put right, as an exchange is one step.
+class NK_SCOPED_CAPABILITY TargetsLock {
+ public:
+  TargetsLock() noexcept NK_ACQUIRE(mutex) { static_cast<void>(mutex.lock()); }
+  ~TargetsLock() NK_RELEASE() { mutex.unlock(); }
+  TargetsLock(const TargetsLock&) = delete;
+  TargetsLock& operator=(const TargetsLock&) = delete;
+
+ private:
+  static ForkMutex mutex;
 };
 
 /// Runs one item as a block of that queue; an exception that leaves it ends the process.
