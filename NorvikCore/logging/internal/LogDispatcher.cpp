@@ -51,6 +51,7 @@ void finish(LogRecord* const* records, std::size_t count, const dispatch_semapho
 /// targets.
 bool isHeldUp(const dispatch_queue_t& queue) noexcept {
   if (dispatch_queue_is_held(queue)) return true;
+  const TargetsLock lock;
   for (const QueueCore* target = queue.core()->target(); target != nullptr; target = target->target()) {
     const bool isExclusive = target->kind() == QueueCore::Kind::serial || target->kind() == QueueCore::Kind::main;
     if (isExclusive && isHeld(target)) return true;
