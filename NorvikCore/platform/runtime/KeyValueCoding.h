@@ -14,8 +14,8 @@
 //
 // A dictionary looks a key up; an array or a set asks each of its elements, and gives an array of the answers with the
 // null marker for an absent one. Texts have "length", "intValue", "integerValue", "doubleValue", "boolValue",
-// "lastPathComponent", "pathExtension"; numbers "intValue", "integerValue", "doubleValue", "boolValue", "decimalValue",
-// "stringValue"; dates "timeIntervalSinceReferenceDate" and "timeIntervalSince1970".
+// "lastPathComponent", "pathExtension"; numbers "intValue", "integerValue", "longLongValue", "doubleValue",
+// "boolValue", "decimalValue", "stringValue"; dates "timeIntervalSinceReferenceDate" and "timeIntervalSince1970".
 //
 // Collection operators stand before the path they work on, over the elements of an array or set, or the values of a
 // dictionary. An absent or null value is left out of all but @avg:

@@ -3,18 +3,26 @@
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/platform/dispatch/Watchdog.h"
+#include "tests/support/InChild.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <signal.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <thread>
 #include <vector>
 
 namespace norvik {
 namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 class WorkerPool : public test::WatchedTest {
  protected:
@@ -51,6 +59,81 @@ TEST_F(WorkerPool, WorkersEndWhenTheyHaveHadNothingToDoForAWhile) {
   dispatch_async(queue, [&] { ++runs; });
   dispatch_sync(queue, [] {});
   EXPECT_EQ(runs, 1) << "and start again";
+}
+
+/// While it lives no thread can be started: there is no address space for such a stack.
+class NoFurtherThreads {
+ public:
+  NoFurtherThreads() {
+    pthread_attr_t attributes;
+    pthread_getattr_default_np(&attributes);
+    pthread_attr_getstacksize(&attributes, &before_);
+    pthread_attr_destroy(&attributes);
+    setStackSize(std::size_t{1} << 50);
+  }
+  ~NoFurtherThreads() { setStackSize(before_); }
+  NoFurtherThreads(const NoFurtherThreads&) = delete;
+  NoFurtherThreads& operator=(const NoFurtherThreads&) = delete;
+
+ private:
+  static void setStackSize(std::size_t size) {
+    pthread_attr_t attributes;
+    pthread_getattr_default_np(&attributes);
+    pthread_attr_setstacksize(&attributes, size);
+    EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
+    pthread_attr_destroy(&attributes);
+  }
+  std::size_t before_ = 0;
+};
+
+TEST_F(WorkerPool, WhereNoWorkerCanBeStartedThatIsSaidAndTheNextBlockTriesAgain) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers start threads in a way of their own";
+#endif
+  RUN_IN_CHILD({
+    const kernel::SystemLogCapture console;
+    auto group = dispatch_group_create();
+    std::atomic<int> runs{0};
+    const auto queueBlock = [&] { dispatch_group_async(group, dispatch_queue_create(nullptr), [&] { ++runs; }); };
+    {
+      const NoFurtherThreads limit;
+      queueBlock();
+      queueBlock();
+      EXPECT_THAT(console.lines(), ElementsAre(HasSubstr("no worker thread is free and none can be started")));
+    }
+    queueBlock();
+    dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
+    EXPECT_EQ(runs, 3);
+  });
+}
+
+TEST_F(WorkerPool, WhereTheOnlyWorkerWaitsForABlockThatNoOtherCanRunThatIsSaid) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers start threads in a way of their own";
+#endif
+  RUN_IN_CHILD({
+    const kernel::SystemLogCapture console;
+    auto first = dispatch_queue_create("first");
+    auto second = dispatch_queue_create("second");
+    auto limited = dispatch_semaphore_create(0);
+    auto group = dispatch_group_create();
+    std::atomic<bool> run{false};
+    dispatch_group_async(group, first, [&] {
+      dispatch_semaphore_wait(limited, DISPATCH_TIME_FOREVER);
+      dispatch_async(second, [&] { run = true; });
+      dispatch_sync(second, [&] { EXPECT_TRUE(run); });
+    });
+    {
+      const NoFurtherThreads limit;
+      dispatch_semaphore_signal(limited);
+      while (console.lines().empty()) std::this_thread::yield();
+      EXPECT_THAT(console.lines(), ElementsAre(HasSubstr("no worker thread is free and none can be started")));
+      EXPECT_FALSE(run);
+    }
+    dispatch_async(dispatch_get_global_queue(), [] {});
+    dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
+    EXPECT_TRUE(run);
+  });
 }
 
 TEST_F(WorkerPool, WorkersThatAreBlockedInWaysNobodyKnowsOfGetHelp) {

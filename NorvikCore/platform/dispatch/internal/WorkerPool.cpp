@@ -22,12 +22,24 @@ constexpr std::uint64_t kSpinTime = 15'000;          // how long it spins after 
 constexpr unsigned kLooksBeforeHelp = 5;             // looks at a list from which nothing is taken
 constexpr std::uint64_t kIdleTime = 10'000'000'000;  // a sleeping worker ends after this
 constexpr unsigned kMostThreads = 4096;
+constexpr std::uint64_t kSayAgain = 1'000'000'000;  // how often it says that no worker comes
 
 unsigned processorsOfThisProcess() {
   cpu_set_t set;
   CPU_ZERO(&set);
   if (sched_getaffinity(0, sizeof set, &set) != 0) return 1;
   return std::max(1U, static_cast<unsigned>(CPU_COUNT(&set)));
+}
+
+void sayThatNobodyComes() noexcept {
+  static constinit std::atomic<std::uint64_t> saidAt{0};
+  const std::uint64_t now = monotonicNanoseconds();
+  std::uint64_t before = saidAt.load(std::memory_order_relaxed);
+  if ((before != 0 && now - before < kSayAgain) ||
+      !saidAt.compare_exchange_strong(before, now, std::memory_order_relaxed))
+    return;
+  kernel::writeSystemLog(
+      "dispatch: no worker thread is free and none can be started; queued blocks wait for the next attempt");
 }
 
 constinit thread_local bool thisThreadIsWorker __attribute__((tls_model("initial-exec"))) = false;
@@ -125,7 +137,7 @@ WorkerPool::Wake WorkerPool::alertLookout() {
   lookoutComes_ = true;
   ++wakes_;
   lookout_->word.store(1, std::memory_order_relaxed);
-  return {&lookout_->word, false};
+  return {&lookout_->word};
 }
 
 WorkerPool::Wake WorkerPool::summon() {
@@ -134,16 +146,17 @@ WorkerPool::Wake WorkerPool::summon() {
     sleepers_ = sleeper->below;
     ++coming_;
     sleeper->word.store(1, std::memory_order_relaxed);
-    return {&sleeper->word, false};
+    return {&sleeper->word};
   }
-  if (threads_ >= kMostThreads) return {};
+  if (threads_ >= kMostThreads) return {.nobodyComes = running_ == 0};
   ++threads_;
   ++coming_;
-  return {nullptr, true};
+  return {.start = true};
 }
 
 void WorkerPool::carryOut(const Wake& wake) noexcept {
   if (wake.word != nullptr) futexWake(wake.word, 1);
+  if (wake.nobodyComes) sayThatNobodyComes();
   if (!wake.start) return;
 
   // Workers take no signals: those are for the application's own threads.
@@ -163,15 +176,14 @@ void WorkerPool::carryOut(const Wake& wake) noexcept {
   if (failure == 0) return;
 
   // The work stays in the list for the workers that there are, and the next submit() tries again.
-  bool alone = false;
+  bool nobodyComes = false;
   {
     const QueueLock lock(mutex_);
     --threads_;
     --coming_;
-    alone = threads_ == 0;
+    nobodyComes = running_ == 0 && coming_ == 0 && lookout_ == nullptr && sleepers_ == nullptr;
   }
-  if (alone)
-    kernel::writeSystemLog("dispatch: no worker thread can be started; queued blocks wait for the next attempt");
+  if (nobodyComes) sayThatNobodyComes();
 }
 
 // --- Workers ---

@@ -14,7 +14,8 @@
 //     something nobody knows of), and helps out.
 // Nothing is overlooked, for the list, the lookout and the sleepers are guarded by one mutex: who adds an item sees
 // under it either a worker on its way, or a lookout, or wakes a sleeper, or starts a worker. A worker that takes an
-// item and leaves others sees to the same.
+// item and leaves others sees to the same. Where no worker can be started and none is free, that is said on the system
+// console, and the next item that comes tries again.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
@@ -64,6 +65,7 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   struct Wake {  // what to do once the mutex is free
     const std::atomic<std::uint32_t>* word = nullptr;
     bool start = false;
+    bool nobodyComes = false;  // all workers wait for others, and there are too many for one more
   };
 
   WorkerPool();
