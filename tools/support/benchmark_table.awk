@@ -1,18 +1,30 @@
-# benchmark_table.awk - Google Benchmark's CSV files to one table: subject, ours, each peer, ratio.
+# benchmark_table.awk - Google Benchmark's JSON files, one key a line, to one table: subject, ours, each peer, ratio.
 #
-# A benchmark is named <subject>/ours[/...] or <subject>/<peer>[/...]; one without a peer stands alone.
-/^"/ {
-  match($0, /^"[^"]*"/)
-  name = substr($0, 2, RLENGTH - 2)
-  split(substr($0, RLENGTH + 2), field, ",")  # iterations, real time, cpu time, unit
-  if (name ~ /_(mean|stddev|cv|max|min)$/ || field[2] == "") next
-  sub(/_median$/, "", name)
-  nanoseconds = field[2] + 0
-  if (field[4] == "us") nanoseconds *= 1e3
-  if (field[4] == "ms") nanoseconds *= 1e6
-  if (field[4] == "s") nanoseconds *= 1e9
+# A benchmark is named <subject>/ours[/...] or <subject>/<peer>[/...]; one without a peer stands alone. Of repetitions the
+# median counts.
+function value(line) {
+  sub(/^[^:]*: */, "", line)
+  sub(/,? *$/, "", line)
+  gsub(/^"|"$/, "", line)
+  return line
+}
+/^ *"run_name": / {
+  name = value($0)
+  gsub(/\/(real_time|manual_time|process_time|iterations:[0-9]+|repeats:[0-9]+)/, "", name)  # how it was measured
+  aggregate = "median"
+  failed = 0
+}
+/^ *"aggregate_name": / { aggregate = value($0) }
+/^ *"error_occurred": true/ { failed = 1 }
+/^ *"real_time": / { nanoseconds = value($0) + 0 }
+/^ *"time_unit": / {
+  if (failed || aggregate != "median") next
+  unit = value($0)
+  if (unit == "us") nanoseconds *= 1e3
+  if (unit == "ms") nanoseconds *= 1e6
+  if (unit == "s") nanoseconds *= 1e9
   concept = FILENAME
-  gsub(/.*\/|_benchmark\.csv$/, "", concept)
+  gsub(/.*\/|_benchmark\.json$/, "", concept)
   slash = index(name, "/")
   subject = concept ": " (slash ? substr(name, 1, slash - 1) : name)
   who = slash ? substr(name, slash + 1) : "ours"
