@@ -23,7 +23,7 @@ constexpr std::uint32_t relaxedPermits = LogDispatcher::maximumQueueSize * 9 / 1
 /// What a thread's calls have in common while it is off any queue. Found out anew when the thread is renamed, and once
 /// in a while, for others may name it too.
 struct alignas(64) KnownCaller {
-  static constexpr std::int64_t lifetime = 50'000'000;
+  static constexpr std::uint64_t lifetime = 50'000'000;  // ns
 
   std::int64_t since = 0;
   std::uint32_t revision = 0, threadId = 0, threadNameSize = 0, queueLabelSize = 0;
@@ -48,7 +48,9 @@ constinit thread_local KnownCaller known __attribute__((tls_model("initial-exec"
 }
 
 bool isKnown(std::int64_t now) noexcept {
-  return known.revision == kernel::threadRevision && now - known.since < KnownCaller::lifetime && now >= known.since;
+  // Without a sign: a clock that was put back is later than any lifetime.
+  const bool isRecent = static_cast<std::uint64_t>(now - known.since) < KnownCaller::lifetime;
+  return isRecent & (known.revision == kernel::threadRevision);
 }
 
 }  // namespace
@@ -58,6 +60,12 @@ bool isKnown(std::int64_t now) noexcept {
   LogRecord* const record = way.records->take(known.cursor);
   if (record && record->fill(site, caller, content)) [[likely]]
     return record;
+  return recordOnHeap(record, site, caller, content);
+}
+
+/// Where a record is in use, or too small.
+[[gnu::cold]] LogRecord* LogDispatcher::recordOnHeap(LogRecord* record, const LogSite& site, const LogCaller& caller,
+                                                     const LogContent& content) {
   if (record) record->giveBack();
   return LogRecord::filledOnHeap(site, caller, content);
 }

@@ -55,6 +55,8 @@ class LogDispatcher {
   static void queueCallOfUnknown(const LogSite& site, std::int64_t now, const LogContent& content);
   static void queueCallOf(const LogCaller& caller, const LogSite& site, const LogContent& content);
   [[nodiscard]] static LogRecord* recordOf(const LogSite& site, const LogCaller& caller, const LogContent& content);
+  [[nodiscard]] static LogRecord* recordOnHeap(LogRecord* record, const LogSite& site, const LogCaller& caller,
+                                               const LogContent& content);
   /// Where no permit is free. False for a caller that needs none: see DDLog.h.
   [[nodiscard]] bool waitForPermit();
   static void runRecords(Item* first, Cursor& cursor);

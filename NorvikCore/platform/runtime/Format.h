@@ -162,9 +162,20 @@ FormatArgument formatArgument(const T& value) {
     } else if constexpr (kind == FormatKind::text) {
       argument.pointer = value.data();
       argument.length = value.size();
+    } else if constexpr (std::is_unbounded_array_v<T>) {
+      argument.pointer = value;
+      argument.length = static_cast<std::size_t>(-1);
     } else if constexpr (std::is_array_v<T>) {
       argument.pointer = value;
       argument.length = std::extent_v<T>;
+      // Where the compiler knows the text, as it knows a literal, nobody has to look for its end.
+      const char last = value[std::extent_v<T> - 1];
+      if (__builtin_constant_p(last) && last == '\0') {
+        if (const std::size_t length = __builtin_strlen(value); __builtin_constant_p(length)) {
+          argument.setKind(FormatKind::text);
+          argument.length = length;
+        }
+      }
     } else if constexpr (kind == FormatKind::described) {
       argument.pointer = &value;
       argument.describe = &describeFormatted<T>;

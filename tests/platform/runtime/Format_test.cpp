@@ -189,6 +189,21 @@ TEST(Format, APrecisionBoundsWhatIsReadOfUnterminatedText) {
   EXPECT_EQ(stringWithFormat("%.*s", 3, pointer), "abc");
 }
 
+extern const char textOfUnknownSize[];
+
+TEST(Format, AnArrayShowsWhatIsBeforeItsFirstZeroOrAllOfIt) {
+  EXPECT_EQ(stringWithFormat("%s|%s|%.3s|%5s", "", "tax\0year", "literal", "net"), "|tax|lit|  net");
+  static constexpr char full[2] = {'G', 'B'};
+  static constexpr char filledUp[8] = {'G', 'B'};
+  EXPECT_EQ(stringWithFormat("%s|%s|%.1s", full, filledUp, full), "GB|GB|G");
+  char changing[6] = "month";
+  changing[3] = '\0';
+  EXPECT_EQ(stringWithFormat("%s", changing), "mon");
+  EXPECT_EQ(stringWithFormat("%s", textOfUnknownSize), "size unknown");
+}
+
+const char textOfUnknownSize[] = "size unknown";
+
 TEST(Format, AStarTakesItsNumberFromTheArguments) {
   EXPECT_EQ(stringWithFormat("[%*d|%-*d|%*d]", 4, 1, 4, 2, -4, 3), "[   1|2   |3   ]");
   EXPECT_EQ(stringWithFormat("[%.*f|%.*f]", 1, 2.25, -1, 2.25), "[2.2|2.250000]");

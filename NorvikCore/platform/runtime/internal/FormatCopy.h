@@ -46,12 +46,13 @@ class Room {
 
   /// Copies up to the terminating zero, which is not copied, or up to `limit` bytes. Null where the room is too small.
   [[nodiscard]] char* copyUntilZero(const char* text, std::size_t limit, std::size_t& length) noexcept {
-    const auto left = static_cast<std::size_t>(end_ - at_);
+    char* const to = at_;  // what is written through it might be at_ itself, as far as the compiler can tell
+    const auto left = static_cast<std::size_t>(end_ - to);
     std::size_t count = 0;
     for (; count < limit && text[count] != '\0'; ++count) {
       if (count == left) [[unlikely]]
         return nullptr;
-      at_[count] = text[count];
+      to[count] = text[count];
     }
     length = count;
     return take(count);
@@ -120,6 +121,12 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
   }
 }
 
+/// What becomes of some copies where there was no room for all: false.
+[[nodiscard, gnu::cold, gnu::noinline]] inline bool giveUp(FormatArguments copies) noexcept {
+  releaseFormatCopies(copies);
+  return false;
+}
+
 /// Makes the copies in memory for as many, and in the room what they refer to. False, with nothing to release, where
 /// the room is too small.
 [[nodiscard]] inline bool copyFormatArguments(FormatArgument* copies, FormatArguments arguments, Room& room) noexcept {
@@ -131,10 +138,8 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
     copy->kindAndBytes = argument.kindAndBytes;
     std::memcpy(&copy->integer, &argument.integer, sizeof copy->integer);
     std::memcpy(&copy->length, &argument.length, sizeof copy->length);
-    if (argument.kind() >= FormatKind::text && !copyReferred(*copy, room)) [[unlikely]] {
-      releaseFormatCopies({copies, i});
-      return false;
-    }
+    if (argument.kind() >= FormatKind::text && !copyReferred(*copy, room)) [[unlikely]]
+      return giveUp({copies, i});
   }
   return true;
 }
