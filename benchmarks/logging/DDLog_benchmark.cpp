@@ -4,15 +4,15 @@
 // Subjects that are percentiles or whole runs are measured once, by the clock around each call or run, and reported as
 // one iteration. Every line is counted in the files before anything is reported; a run that lost one ends the program.
 //
-// g++ 12.2 -O2, 2 virtual cores, 2026-11-21, medians of 3 runs (every 200 us: of 8, and of 7 beside other programs;
-// abort() 3), ours and spdlog's:
+// g++ 12.2 -O2, 2 virtual cores, 2026-11-21, medians of 3 runs (every 200 us: of 19, which scatter from 113 to 183 ns
+// with where the program's pages happen to lie; and of 4 on a busy machine), ours and spdlog's:
 //   caller's cost, ns      p50            p99
-//     every 3 us           174 / 859      685 / 7,050
-//     every 200 us         156 / 1,601; beside other programs 278 / 3,179 (p99 1,820 / 7,104)
-//     bursts of 500        161 / 767      441 / 7,856
-//   a million lines        0.37 s / 1.25 s; from four threads 0.47 s / 4.21 s; rolling at 1 MiB 0.61 s / 1.45 s
-//   a suppressed call      0.38 ns / 10 ns (load and branch: 0.35 ns)
-//   lines of 10,000 that abort() leaves: at once 9,216 / 9,502, 20 ms later 10,000 / 9,994
+//     every 3 us           91 / 769       416 / 4,037
+//     every 200 us         146 / 1,488    852 / 4,933; on a busy machine p50 429 / 3,653
+//     bursts of 500        95 / 460       355 / 4,545
+//   a million lines        0.32 s / 0.83 s; from four threads 0.37 s / 3.32 s; rolling at 1 MiB 0.39 s / 0.96 s
+//   a suppressed call      0.65 ns / 9.8 ns (load and branch: 0.65 ns)
+//   lines of 10,000 that abort() leaves: at once 9,212 / 9,339, 20 ms later 10,000 / 9,994
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
