@@ -39,15 +39,16 @@ struct EndFunctions {
 // Null until somebody asks for a function: where nobody does, the end of the process makes nothing.
 std::atomic<EndFunctions*> endFunctions{nullptr};
 
+std::atomic<void (*)()> lastFunction{nullptr};
+
 EndFunctions& allEndFunctions() {
   static auto& functions = *new EndFunctions;
   endFunctions.store(&functions);
   return functions;
 }
 
-// Runs when the loader finishes this library: after every function given to atexit() and all static destructors of the
-// program. A forked child does not even take the lock, which a thread of its parent may have held.
-[[gnu::destructor]] void callEndFunctions() NK_NO_THREAD_SAFETY_ANALYSIS {
+// A forked child does not even take the lock, which a thread of its parent may have held.
+void callEndFunctions() NK_NO_THREAD_SAFETY_ANALYSIS {
   EndFunctions* const all = endFunctions.load();
   if (!all || all->generation != kernel::forkGeneration()) return;
   std::vector<void (*)()> functions;
@@ -58,6 +59,13 @@ EndFunctions& allEndFunctions() {
   for (void (*function)() : functions) function();
 }
 
+// Runs when the loader finishes this library: after every function given to atexit() and all static destructors of the
+// program.
+[[gnu::destructor]] void endProcess() {
+  callEndFunctions();
+  if (void (*function)() = lastFunction.load()) function();
+}
+
 }  // namespace
 
 void atProcessEnd(void (*function)()) {
@@ -65,6 +73,8 @@ void atProcessEnd(void (*function)()) {
   const MutexLock lock(all.mutex);
   all.functions.push_back(function);
 }
+
+void atLastProcessEnd(void (*function)()) { lastFunction.store(function); }
 
 void postTerminationAtExit() {
   postingGeneration.store(kernel::forkGeneration());

@@ -12,14 +12,17 @@
 //
 // A read finds the value that was set, else the registered one. It is answered from memory.
 //
-// Where: <configuration folder>/<application>/defaults.sqlite, readable by this user only. The configuration folder is
+// Where: <configuration folder>/<application>/defaults.sqlite, from its first moment readable by this user only. The
+// configuration folder is
 //        that of kernel/Paths.h (XDG_CONFIG_HOME), or NORVIK_DEFAULTS_FOLDER where that variable holds a path that
 //        begins with '/'; the application is the main bundle's identifier, or else the process's name, when the
 //        standard defaults are first asked for. docs/preferences.md tells more.
 // Other processes see a change that set... made, at once, when they look at the database: before a read or a write that
 //        comes a quarter of a second or more after their last look, and in synchronize().
 // Errors: what cannot be written or read is told on the system console, once until it works again. A value that could
-//        not be written counts in this process, and is written together with the next one that can be.
+//        not be written counts in this process. It is tried again with the next one, by reads a quarter of a second
+//        later, in synchronize(), before a fork and at the end of the process. Only a
+//        regular file is opened, and never what another user has put into a shared folder.
 // Told:  observers of a key (its value, or none before or after) and those of NSUserDefaultsDidChangeNotification, on
 //        the thread that makes the change. Of changes that another process made they hear in synchronize(), or else on
 //        the main queue after a read has found them. No lock is held; an observer may read, set, add and remove.

@@ -5,12 +5,14 @@
 #include <sqlite3.h>
 #include <sys/resource.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/DefaultsFolder.h"
+#include "tests/support/ForeignDatabase.h"
 #include "tests/support/InChild.h"
 #include "tests/support/PrivateMount.h"
 
@@ -19,6 +21,7 @@ namespace {
 
 using kernel::SystemLogCapture;
 using norvik::test::DefaultsFolder;
+using norvik::test::ForeignDatabase;
 using norvik::test::PrivateMount;
 using norvik::test::TemporaryFolder;
 using ::testing::AllOf;
@@ -34,23 +37,6 @@ std::string cannotBeRead(const std::string& path, const std::string& why) {
 std::string cannotBeWritten(const std::string& path, const std::string& why) {
   return "The preferences in " + path + " cannot be written: " + why + ". What is set lasts until this process ends.";
 }
-
-/// A connection of somebody else's.
-class Somebody {
- public:
-  explicit Somebody(const std::string& path) { EXPECT_EQ(sqlite3_open(path.c_str(), &database_), SQLITE_OK); }
-  Somebody(const Somebody&) = delete;
-  Somebody& operator=(const Somebody&) = delete;
-  ~Somebody() { sqlite3_close(database_); }
-  void run(const char* sql) {
-    char* error = nullptr;
-    EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, &error), SQLITE_OK) << sql << ": " << (error ? error : "");
-    sqlite3_free(error);
-  }
-
- private:
-  sqlite3* database_ = nullptr;
-};
 
 TEST(NSUserDefaultsFailures, AFileThatIsNoDatabaseIsToldOnceAndLeftAsItIs) {
   const TemporaryFolder folder;
@@ -71,7 +57,7 @@ TEST(NSUserDefaultsFailures, AFileThatIsNoDatabaseIsToldOnceAndLeftAsItIs) {
 TEST(NSUserDefaultsFailures, ADatabaseOfSomethingElseIsLeftAsItIs) {
   const TemporaryFolder folder;
   const std::string path = folder.path("cookies.sqlite");
-  Somebody(path).run("CREATE TABLE cookie(name TEXT)");
+  ForeignDatabase(path).run("CREATE TABLE cookie(name TEXT)");
   const SystemLogCapture console;
   const auto defaults = make<NSUserDefaults>(NSString(path));
   defaults->setInteger(2, "rate");
@@ -80,10 +66,125 @@ TEST(NSUserDefaultsFailures, ADatabaseOfSomethingElseIsLeftAsItIs) {
                                            cannotBeWritten(path, "it is a database of something else")));
 }
 
+TEST(NSUserDefaultsFailures, ADatabaseOfAnotherApplicationIsLeftAsItIsWhateverItsVersion) {
+  for (const char* sql : {"CREATE TABLE cookie(name TEXT); PRAGMA user_version = 1",
+                          "CREATE TABLE preference(name TEXT); PRAGMA user_version = 1",
+                          "CREATE TABLE cookie(name TEXT); PRAGMA user_version = 7", "PRAGMA application_id = 5",
+                          "CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID; "
+                          "PRAGMA user_version = 1; PRAGMA application_id = 5"}) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path("cookies.sqlite");
+    ForeignDatabase(path).run(sql);
+    std::filesystem::permissions(path, std::filesystem::perms(0644));
+    const std::string content = TemporaryFolder::read(path);
+    {
+      const SystemLogCapture console;
+      const auto defaults = make<NSUserDefaults>(NSString(path));
+      defaults->setInteger(2, "rate");
+      EXPECT_EQ(defaults->integerForKey("rate"), 2);
+      EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is a database of something else"),
+                                               cannotBeWritten(path, "it is a database of something else")))
+          << sql;
+    }
+    EXPECT_TRUE(TemporaryFolder::read(path) == content) << sql;
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0644)) << sql;
+    EXPECT_FALSE(std::filesystem::exists(path + "-wal")) << sql;
+  }
+}
+
+TEST(NSUserDefaultsFailures, TheLogOfAnotherApplicationsDatabaseIsLeftAsItIs) {
+  const TemporaryFolder folder;
+  const std::string path = folder.path("cookies.sqlite"), copy = folder.path("copy.sqlite");
+  ForeignDatabase another(path);
+  another.run("PRAGMA journal_mode = WAL");
+  another.run("CREATE TABLE cookie(name TEXT)");
+  for (const char* end : {"", "-wal"}) std::filesystem::copy(path + end, copy + end);
+  const std::string content = TemporaryFolder::read(copy), log = TemporaryFolder::read(copy + "-wal");
+  const SystemLogCapture console;
+  make<NSUserDefaults>(NSString(copy))->setInteger(2, "rate");
+  EXPECT_EQ(console.lines().size(), 2u);
+  EXPECT_TRUE(TemporaryFolder::read(copy) == content);
+  EXPECT_TRUE(TemporaryFolder::read(copy + "-wal") == log);
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseWithoutAnApplicationsNumberIsReadAndWritten) {
+  const DefaultsFolder folder;
+  folder.open()->setInteger(1, "rate");
+  ForeignDatabase(folder.path()).run("PRAGMA application_id = 0");
+  folder.open()->setInteger(2, "rate");
+  EXPECT_EQ(folder.open()->integerForKey("rate"), 2);
+}
+
+TEST(NSUserDefaultsFailures, ADatabaseThatIsCutShortIsToldAndLeftAsItIs) {
+  const DefaultsFolder folder;
+  {
+    const Ref<NSUserDefaults> defaults = folder.open();
+    for (int i = 0; i < 500; ++i) defaults->setObject(NSString(std::string(100, 'a')), NSString(std::to_string(i)));
+  }
+  const std::string whole = TemporaryFolder::read(folder.path());
+  ASSERT_GT(whole.size(), 16384u);
+  for (const std::size_t size : {2u, 50u, 100u, 4095u, 4096u, 12288u, 13000u}) {
+    const std::string content = whole.substr(0, size);
+    folder.folder().write("pay/defaults.sqlite", content);
+    const SystemLogCapture console;
+    {
+      const Ref<NSUserDefaults> defaults = folder.open();
+      EXPECT_TRUE(defaults->objectForKey("499").isAbsent()) << size;
+      defaults->setInteger(2, "rate");
+      EXPECT_EQ(defaults->integerForKey("rate"), 2) << size;
+      EXPECT_EQ(console.lines().size(), 2u) << size;
+    }
+    EXPECT_TRUE(TemporaryFolder::read(folder.path()) == content) << size;
+  }
+}
+
+// The change alone would succeed: the damage is in another page.
+TEST(NSUserDefaultsFailures, NothingIsWrittenToADatabaseThatCannotBeReadAsAWhole) {
+  const DefaultsFolder folder;
+  {
+    const Ref<NSUserDefaults> defaults = folder.open();
+    for (int i = 100; i < 600; ++i) defaults->setObject(NSString(std::string(100, 'a')), NSString(std::to_string(i)));
+  }
+  std::string content = TemporaryFolder::read(folder.path());
+  // The leaf that holds one of the keys in the middle.
+  const std::size_t page = content.find("350", 8192) / 4096 * 4096;
+  content.replace(page, 8, 8, '\xFF');
+  folder.folder().write("pay/defaults.sqlite", content);
+  const SystemLogCapture console;
+  {
+    const Ref<NSUserDefaults> defaults = folder.open();
+    defaults->setInteger(2, "zzz");
+    EXPECT_EQ(defaults->integerForKey("zzz"), 2);
+    EXPECT_FALSE(defaults->synchronize());
+  }
+  EXPECT_TRUE(TemporaryFolder::read(folder.path()) == content);
+}
+
+TEST(NSUserDefaultsFailures, AnEmptyFileIsAFreshDatabase) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("defaults.sqlite");
+  const SystemLogCapture console;
+  make<NSUserDefaults>(NSString(path))->setInteger(2, "rate");
+  EXPECT_EQ(make<NSUserDefaults>(NSString(path))->integerForKey("rate"), 2);
+  EXPECT_TRUE(console.lines().empty());
+}
+
+// As one does whose maker was killed between making it and changing its mode.
+TEST(NSUserDefaultsFailures, ADatabaseThatIsNotInWriteAheadModeGetsThere) {
+  const DefaultsFolder folder;
+  folder.open()->setInteger(1, "rate");
+  EXPECT_EQ(ForeignDatabase(folder.path()).run("PRAGMA journal_mode = DELETE"), "delete");
+  const Ref<NSUserDefaults> defaults = folder.open();
+  EXPECT_EQ(defaults->integerForKey("rate"), 1);
+  defaults->setInteger(2, "rate");
+  EXPECT_EQ(ForeignDatabase(folder.path()).run("PRAGMA journal_mode"), "wal");
+  EXPECT_EQ(folder.open()->integerForKey("rate"), 2);
+}
+
 TEST(NSUserDefaultsFailures, ADatabaseOfALaterVersionIsLeftAsItIs) {
   const DefaultsFolder folder;
   folder.open()->setInteger(1, "rate");
-  Somebody(folder.path()).run("PRAGMA user_version = 2");
+  ForeignDatabase(folder.path()).run("PRAGMA user_version = 2");
   const SystemLogCapture console;
   EXPECT_EQ(folder.open()->integerForKey("rate"), 0);
   EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(folder.path(), "it was written by a later version")));
@@ -112,7 +213,7 @@ TEST(NSUserDefaultsFailures, ADamagedValueIsToldOnceAndTheOthersAreRead) {
   const DefaultsFolder folder;
   folder.open()->setInteger(1, "good");
   folder.open()->setInteger(1, "bad");
-  Somebody(folder.path()).run("UPDATE preference SET value = x'00' WHERE key = 'bad'");
+  ForeignDatabase(folder.path()).run("UPDATE preference SET value = x'00' WHERE key = 'bad'");
   const SystemLogCapture console;
   const Ref<NSUserDefaults> defaults = folder.open();
   EXPECT_EQ(defaults->integerForKey("good"), 1);
@@ -164,7 +265,7 @@ TEST(NSUserDefaultsFailures, WhatAnotherProcessLocksIsWrittenLater) {
   defaults->setInteger(1, "first");
   const SystemLogCapture console;
   {
-    Somebody somebody(folder.path());
+    ForeignDatabase somebody(folder.path());
     somebody.run("BEGIN IMMEDIATE");
     defaults->setInteger(2, "second");
     EXPECT_EQ(defaults->integerForKey("second"), 2);
@@ -176,6 +277,42 @@ TEST(NSUserDefaultsFailures, WhatAnotherProcessLocksIsWrittenLater) {
   EXPECT_EQ(folder.open()->integerForKey("third"), 3);
 }
 
+TEST(NSUserDefaultsFailures, WhatWasLockedIsWrittenByTheNextLookAndByTheEndOfTheObject) {
+  const DefaultsFolder folder;
+  Ref<NSUserDefaults> reader = folder.open(), writer = folder.open();
+  reader->setInteger(1, "first");
+  const SystemLogCapture console;
+  {
+    ForeignDatabase somebody(folder.path());
+    somebody.run("BEGIN IMMEDIATE");
+    reader->setInteger(2, "second");
+    writer->setInteger(3, "third");
+  }
+  const auto start = std::chrono::steady_clock::now();
+  const Ref<NSUserDefaults> another = folder.open();
+  do {
+    EXPECT_EQ(reader->integerForKey("first"), 1);
+  } while (another->integerForKey("second") != 2 &&
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(20));
+  EXPECT_EQ(another->integerForKey("second"), 2);
+  EXPECT_EQ(folder.open()->integerForKey("third"), 0);
+  writer = nullptr;
+  EXPECT_EQ(folder.open()->integerForKey("third"), 3);
+}
+
+TEST(NSUserDefaultsFailures, ALockIsWaitedForOnceAndNotByEachOfManyValues) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setInteger(1, "first");
+  const SystemLogCapture console;
+  ForeignDatabase somebody(folder.path());
+  somebody.run("BEGIN IMMEDIATE");
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 20; ++i) defaults->setInteger(i, "second");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_EQ(console.lines().size(), 1u);
+}
+
 TEST(NSUserDefaultsFailures, WhatCouldNotBeWrittenIsNotOverwrittenByWhatAnotherHadBefore) {
   const DefaultsFolder folder;
   const Ref<NSUserDefaults> defaults = folder.open();
@@ -183,7 +320,7 @@ TEST(NSUserDefaultsFailures, WhatCouldNotBeWrittenIsNotOverwrittenByWhatAnotherH
   defaults->setInteger(1, "removed");
   const SystemLogCapture console;
   {
-    Somebody somebody(folder.path());
+    ForeignDatabase somebody(folder.path());
     somebody.run("BEGIN IMMEDIATE");
     defaults->setInteger(2, "rate");
     defaults->removeObjectForKey("removed");
@@ -197,6 +334,41 @@ TEST(NSUserDefaultsFailures, WhatCouldNotBeWrittenIsNotOverwrittenByWhatAnotherH
   EXPECT_EQ(defaults->integerForKey("another"), 1);
   EXPECT_EQ(folder.open()->integerForKey("rate"), 2);
   EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 2u);
+}
+
+/// SQLite calls it for each new connection of the process: what is longer than 50,000 bytes is too long.
+int shortenEverything(sqlite3* database, char**, const void*) {
+  sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 50'000);
+  return SQLITE_OK;
+}
+
+TEST(NSUserDefaultsFailures, AValueThatIsTooLongIsToldOnceAndTheOthersAreWritten) {
+  const auto function = reinterpret_cast<void (*)()>(&shortenEverything);
+  ASSERT_EQ(sqlite3_auto_extension(function), SQLITE_OK);
+  const DefaultsFolder folder;
+  {
+    const SystemLogCapture console;
+    const Ref<NSUserDefaults> defaults = folder.open();
+    defaults->setInteger(1, "long");
+    defaults->setObject(NSString(std::string(60'000, 'a')), "long");
+    defaults->setObject(2, NSString(std::string(60'000, 'k')));
+    defaults->setInteger(3, "rate");
+    EXPECT_FALSE(defaults->synchronize());
+    EXPECT_EQ(defaults->stringForKey("long")->length(), 60'000u);
+    EXPECT_EQ(folder.open()->integerForKey("rate"), 3);
+    EXPECT_EQ(folder.open()->integerForKey("long"), 1);
+    EXPECT_THAT(console.lines(),
+                ElementsAre("The preferences in " + folder.path() +
+                                " cannot be written: the value of \"long\" is too "
+                                "long. It lasts until this process ends.",
+                            "The preferences in " + folder.path() + " cannot be written: the value of \"" +
+                                std::string(80, 'k') + "...\" is too long. It lasts until this process ends."));
+    defaults->removeObjectForKey(NSString(std::string(60'000, 'k')));
+    defaults->setInteger(4, "long");
+    EXPECT_TRUE(defaults->synchronize());
+    EXPECT_EQ(folder.open()->integerForKey("long"), 4);
+  }
+  sqlite3_cancel_auto_extension(function);
 }
 
 // The limit on the size of files stands for a full disk: it is there for every user, and comes with a deadly signal.

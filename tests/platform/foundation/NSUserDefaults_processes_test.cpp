@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/InChild.h"
 
@@ -108,6 +110,32 @@ TEST(NSUserDefaultsProcesses, SeveralProcessesLoseNothingOfOneAnother) {
   EXPECT_EQ(integrity(folder.path()), "ok");
 }
 
+TEST(NSUserDefaultsProcesses, ProcessesThatStartTogetherInAnEmptyFolderLoseNothing) {
+  constexpr int processes = 6;
+  for (int round = 0; round < 150; ++round) {
+    const DefaultsFolder folder;
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
+    std::vector<pid_t> children;
+    for (int process = 0; process < processes; ++process) {
+      children.push_back(inFork([&folder, &gate, process] {
+        close(gate[1]);
+        const Ref<NSUserDefaults> defaults = folder.open();
+        char byte = 0;
+        if (read(gate[0], &byte, 1) != 0) return false;
+        defaults->setInteger(process, numbered("key", process));
+        defaults->setInteger(process, "same");
+        return true;
+      }));
+    }
+    close(gate[0]);
+    close(gate[1]);
+    for (const pid_t child : children) EXPECT_TRUE(endedWell(child)) << "round " << round;
+    ASSERT_EQ(folder.open()->dictionaryRepresentation()->count(), 7u) << "round " << round;
+    ASSERT_EQ(integrity(folder.path()), "ok");
+  }
+}
+
 // A child sets numbers that rise and tells each one when it is set; whenever it is killed, what it told is there.
 TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
   const DefaultsFolder folder;
@@ -139,6 +167,26 @@ TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
     EXPECT_LE(found, number + 1);
     EXPECT_EQ(integrity(folder.path()), "ok");
     last = found;
+  }
+}
+
+// Each round a little later, from before the database is made until after it is.
+TEST(NSUserDefaultsProcesses, AKillWhileTheDatabaseIsMadeLeavesOneThatCanBeMade) {
+  for (int round = 0; round < 60; ++round) {
+    const DefaultsFolder folder;
+    const pid_t child = inFork([&] {
+      folder.open()->setInteger(1, "child");
+      return true;
+    });
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < round * std::chrono::microseconds(100)) continue;
+    kill(child, SIGKILL);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    const kernel::SystemLogCapture console;
+    folder.open()->setInteger(2, "parent");
+    EXPECT_EQ(folder.open()->integerForKey("parent"), 2);
+    EXPECT_TRUE(console.lines().empty()) << "round " << round << ": " << console.lines()[0];
+    EXPECT_EQ(integrity(folder.path()), "ok");
   }
 }
 

@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <latch>
@@ -9,6 +11,7 @@
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
 #include "NorvikCore/platform/runtime/KeyValueObserving.h"
 #include "tests/support/DefaultsFolder.h"
+#include "tests/support/QuietFork.h"
 
 namespace norvik {
 namespace {
@@ -101,6 +104,31 @@ TEST(NSUserDefaultsThreads, AllThreadsGetOneStandardObject) {
   }
   for (std::thread& thread : running) thread.join();
   for (const NSUserDefaults* each : found) EXPECT_EQ(each, found.front());
+}
+
+TEST(NSUserDefaultsThreads, AForkInTheMiddleOfWritesOfAnotherThreadLeavesBothSidesWhole) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  std::atomic<bool> isOver{false};
+  std::int64_t last = 0;
+  std::thread writer([&] {
+    while (!isOver) defaults->setInteger(++last, "busy");
+  });
+  for (int round = 0; round < 50; ++round) {
+    norvik::test::quietBeforeFork();
+    const pid_t child = fork();
+    if (child == 0) {
+      defaults->setInteger(round, numbered("child", round));
+      _exit(defaults->synchronize() && defaults->integerForKey(numbered("child", round)) == round ? 0 : 1);
+    }
+    int status = 1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << "round " << round;
+  }
+  isOver = true;
+  writer.join();
+  EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 51u);
+  EXPECT_EQ(folder.open()->integerForKey("busy"), last);
 }
 
 }  // namespace

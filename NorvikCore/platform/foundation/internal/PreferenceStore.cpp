@@ -1,9 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/PreferenceStore.h"
 
 #include "NorvikCore/platform/foundation/NSLog.h"
-#include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
-#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/runtime/NSException.h"
 
 #include <algorithm>
@@ -13,6 +11,13 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::int64_t nanosecondsBetweenLooks = 250'000'000;
+constexpr const char* untilTheEnd = " lasts until this process ends";
+
+/// Of a key, for a line.
+std::string beginning(const NSString& key) {
+  constexpr std::size_t most = 80;
+  return key.length() <= most ? key.utf8() : key.substringToIndex(most).utf8() + "...";
+}
 
 void tell(const std::vector<std::string>& lines) {
   for (const std::string& line : lines) NSLog("%@", line);
@@ -20,70 +25,29 @@ void tell(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-/// All stores, for what concerns the process.
-class PreferenceStores {
- public:
-  static PreferenceStores& shared() {
-    static auto& stores = *new PreferenceStores;
-    return stores;
-  }
+PreferenceStore::PreferenceStore(std::string path) : path_(path), database_(std::move(path), file_, this) {}
 
-  void add(PreferenceStore& store) {
-    const MutexLock lock(mutex_);
-    store.next_ = first_;
-    if (first_ != nullptr) first_->previous_ = &store;
-    first_ = &store;
-  }
-
-  void remove(PreferenceStore& store) {
-    const MutexLock lock(mutex_);
-    (store.previous_ != nullptr ? store.previous_->next_ : first_) = store.next_;
-    if (store.next_ != nullptr) store.next_->previous_ = store.previous_;
-  }
-
- private:
-  PreferenceStores() {
-    kernel::atFork(&beforeFork, &afterFork, &afterFork);
-    atProcessEnd(&closeAll);
-  }
-
-  // Every lock is held by the forking thread, so that the child finds all of them free and nothing half done.
-  static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS {
-    shared().mutex_.lock();
-    for (PreferenceStore* store = shared().first_; store != nullptr; store = store->next_) {
-      store->file_.lock();
-      store->database_.closeQuickly();
-      store->memory_.lock();
-    }
-  }
-  static void afterFork() NK_NO_THREAD_SAFETY_ANALYSIS {
-    for (PreferenceStore* store = shared().first_; store != nullptr; store = store->next_) {
-      store->memory_.unlock();
-      store->file_.unlock();
-    }
-    shared().mutex_.unlock();
-  }
-
-  // Other threads may still be at work, or have ended in the middle of it: what is taken stays open.
-  static void closeAll() NK_NO_THREAD_SAFETY_ANALYSIS {
-    if (!shared().mutex_.try_lock()) return;
-    for (PreferenceStore* store = shared().first_; store != nullptr; store = store->next_) {
-      if (!store->file_.try_lock()) continue;
-      store->database_.close();
-      store->file_.unlock();
-    }
-    shared().mutex_.unlock();
-  }
-
-  Mutex mutex_;
-  PreferenceStore* first_ NK_GUARDED_BY(mutex_) = nullptr;
-};
-
-PreferenceStore::PreferenceStore(std::string path) : database_(path), path_(std::move(path)) {
-  PreferenceStores::shared().add(*this);
+// What is still unwritten is in the memory of both sides afterwards, and both would write it.
+void PreferenceStore::beforeFork() noexcept {
+  Lines untold;
+  const std::string told = toldOfWriting_;
+  writeFile(untold);
+  toldOfWriting_ = told;
+  memory_.lock();
 }
 
-PreferenceStore::~PreferenceStore() { PreferenceStores::shared().remove(*this); }
+void PreferenceStore::afterFork() noexcept { memory_.unlock(); }
+
+void PreferenceStore::beforeEnd() noexcept {
+  Lines lines;
+  writeFile(lines);
+  tell(lines);
+}
+
+PreferenceStore::~PreferenceStore() {
+  const MutexLock lock(file_);
+  beforeEnd();
+}
 
 Value PreferenceStore::value(const NSString& key) {
   look();
@@ -113,6 +77,7 @@ void PreferenceStore::look() {
     if (!isRead_.load(std::memory_order_relaxed)) readFile(lines);
   } else if (file_.try_lock()) {
     readFile(lines);
+    if (isWriteDue_) writeFile(lines);
     file_.unlock();
   }
   tell(lines);
@@ -171,14 +136,20 @@ bool PreferenceStore::writeFile(Lines& lines) {
   }
   if (changes.empty()) return true;
   std::string failure;
-  if (!database_.write(changes, failure)) {
-    report("written", failure + ". What is set lasts until this process ends", toldOfWriting_, lines);
+  isWriteDue_ = !database_.write(changes, failure);
+  if (isWriteDue_) {
+    report("written", failure + ". What is set" + untilTheEnd, toldOfWriting_, lines);
     return false;
   }
-  toldOfWriting_.clear();
+  if (changes.empty()) {
+    toldOfWriting_.clear();
+  } else {
+    report("written", "the value of \"" + beginning(changes.begin()->first) + "\" is too long. It" + untilTheEnd,
+           toldOfWriting_, lines);
+  }
   const MutexLock lock(memory_);
-  unwritten_.clear();  // nothing was added meanwhile: that takes the lock on the file
-  return true;
+  unwritten_ = std::move(changes);  // nothing was added meanwhile: that takes the lock on the file
+  return unwritten_.empty();
 }
 
 bool PreferenceStore::readFile(Lines& lines) {
@@ -212,7 +183,7 @@ void PreferenceStore::merge(std::vector<PreferenceFile::Row> rows, Lines& lines)
     try {
       entry.value = decodePropertyList(bytes);
     } catch (const NSException& e) {
-      lines.push_back("The preference \"" + key.utf8() + "\" in " + path_ + " is damaged: " + e.reason().utf8());
+      lines.push_back("The preference \"" + beginning(key) + "\" in " + path_ + " is damaged: " + e.reason().utf8());
     }
     entry.bytes = std::move(bytes);
     changes.push_back({key, known == entries_.end() ? Value() : known->second.value});

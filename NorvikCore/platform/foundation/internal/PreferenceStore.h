@@ -2,13 +2,10 @@
 // else has written.
 //
 // - A read finds what was read or set last. When the last look at the database is more than a quarter of a second
-//   ago, it
-//   looks first, unless another thread is at the database just then.
-// - A write is in the database when set() returns, and is tried again with the next one where it fails; until then it
-//   counts in this process only. The first failure after a success is told on the system console, and so is each with
-//   another reason.
-// - Before the process forks, the connection is closed; parent and child each open one of their own when they need it.
-//   At the end of the process it is closed too, so that no log stays beside the database.
+//   ago, it looks first, unless another thread is at the database just then.
+// - A write is in the database when set() returns. Where it fails, it is tried again with the next one, with each look,
+//   before a fork and at the end of the process; until then it counts in this process only. The first failure after a
+//   success is told on the system console, and so is each with another reason.
 //
 // Synchronised; calls nobody back.
 #pragma once
@@ -26,7 +23,7 @@
 
 namespace norvik::detail {
 
-class PreferenceStore {
+class PreferenceStore final : DatabaseFile::Owner {
  public:
   /// A value that somebody else has set, or removed.
   struct Change {
@@ -57,8 +54,6 @@ class PreferenceStore {
   [[nodiscard]] std::vector<Change> takeChanges();
 
  private:
-  friend class PreferenceStores;
-
   struct Entry {
     Value value;  ///< absent where the bytes are damaged
     std::string bytes;
@@ -66,6 +61,10 @@ class PreferenceStore {
   using Entries = std::unordered_map<NSString, Entry>;
   /// What to tell on the system console once no lock is held.
   using Lines = std::vector<std::string>;
+
+  void beforeFork() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
+  void afterFork() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
+  void beforeEnd() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
 
   void look();
   void change(const NSString& key, Entry entry, std::optional<std::string> bytes);
@@ -75,8 +74,8 @@ class PreferenceStore {
   void report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) NK_REQUIRES(file_);
 
   Mutex file_;  ///< taken before memory_
-  PreferenceFile database_ NK_GUARDED_BY(file_);
   const std::string path_;
+  bool isWriteDue_ NK_GUARDED_BY(file_) = false;  ///< the last one failed
   std::string toldOfReading_ NK_GUARDED_BY(file_), toldOfWriting_ NK_GUARDED_BY(file_);
 
   Mutex memory_;
@@ -87,8 +86,7 @@ class PreferenceStore {
   std::atomic<bool> isRead_{false};
   std::atomic<std::int64_t> nextLook_{0};
 
-  PreferenceStore* previous_ = nullptr;  ///< in the list of all stores
-  PreferenceStore* next_ = nullptr;
+  PreferenceFile database_ NK_GUARDED_BY(file_);  ///< the first to be destroyed: until then a fork may call back
 };
 
 }  // namespace norvik::detail

@@ -21,13 +21,17 @@ std::string words(sqlite3* connection) {
 }  // namespace
 
 void Statement::bindText(int parameter, std::string_view text) {
-  if (statement_) sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (!statement_) return;
+  const int result = sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (result != SQLITE_OK) bindFailure_ = result;
 }
 
 void Statement::bindBlob(int parameter, std::string_view bytes) {
   // An empty view may have no address, which would bind NULL.
   const char* start = bytes.empty() ? "" : bytes.data();
-  if (statement_) sqlite3_bind_blob64(statement_, parameter, start, bytes.size(), SQLITE_STATIC);
+  if (!statement_) return;
+  const int result = sqlite3_bind_blob64(statement_, parameter, start, bytes.size(), SQLITE_STATIC);
+  if (result != SQLITE_OK) bindFailure_ = result;
 }
 
 int Statement::run() {
@@ -41,6 +45,7 @@ void Statement::reset() {
   if (!statement_) return;
   sqlite3_reset(statement_);
   sqlite3_clear_bindings(statement_);
+  bindFailure_ = SQLITE_OK;
 }
 
 std::string_view Statement::bytes(int column) {
@@ -76,6 +81,13 @@ bool Connection::readInteger(const char* sql, sqlite3_int64& result) {
   Statement statement = prepare(sql);
   if (statement.step() != SQLITE_ROW) return false;
   result = statement.integer(0);
+  return true;
+}
+
+bool Connection::readText(const char* sql, std::string& result) {
+  Statement statement = prepare(sql);
+  if (statement.step() != SQLITE_ROW) return false;
+  result = statement.bytes(0);
   return true;
 }
 

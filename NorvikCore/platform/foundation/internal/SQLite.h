@@ -23,9 +23,11 @@ class Statement {
  public:
   Statement() = default;
   explicit Statement(sqlite3_stmt* statement) noexcept : statement_(statement) {}
-  Statement(Statement&& other) noexcept : statement_(std::exchange(other.statement_, nullptr)) {}
+  Statement(Statement&& other) noexcept
+      : statement_(std::exchange(other.statement_, nullptr)), bindFailure_(other.bindFailure_) {}
   Statement& operator=(Statement&& other) noexcept {
     std::swap(statement_, other.statement_);
+    std::swap(bindFailure_, other.bindFailure_);
     return *this;
   }
   ~Statement() { sqlite3_finalize(statement_); }
@@ -33,12 +35,14 @@ class Statement {
   /// False where the statement could not be prepared; every step then fails.
   [[nodiscard]] explicit operator bool() const noexcept { return statement_ != nullptr; }
 
-  /// Parameters count from 1. The bytes must stay until reset().
+  /// Parameters count from 1. The bytes must stay until reset(). What is too long fails the next step.
   void bindText(int parameter, std::string_view text);
   void bindBlob(int parameter, std::string_view bytes);
 
   /// SQLITE_ROW, SQLITE_DONE, or what failed.
-  int step() { return statement_ ? sqlite3_step(statement_) : SQLITE_ERROR; }
+  int step() {
+    return !statement_ ? SQLITE_ERROR : bindFailure_ != SQLITE_OK ? bindFailure_ : sqlite3_step(statement_);
+  }
   /// One step for its effect: SQLITE_OK, or what failed. Resets.
   int run();
   void reset();
@@ -50,6 +54,7 @@ class Statement {
 
  private:
   sqlite3_stmt* statement_ = nullptr;
+  int bindFailure_ = SQLITE_OK;
 };
 
 class Connection {
@@ -66,15 +71,17 @@ class Connection {
   /// The same without bringing the log into the database, in a few microseconds.
   void closeQuickly() noexcept;
   [[nodiscard]] bool isOpen() const noexcept { return connection_ != nullptr; }
-  [[nodiscard]] bool isReadOnly() const noexcept { return sqlite3_db_readonly(connection_, "main") != 0; }
 
   /// How long an operation waits for another process that writes.
   void setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(connection_, milliseconds); }
 
   [[nodiscard]] Statement prepare(const char* sql);
   int run(const char* sql) { return prepare(sql).run(); }
+  int run(const std::string& sql) { return run(sql.c_str()); }
+  [[nodiscard]] bool isInTransaction() const noexcept { return sqlite3_get_autocommit(connection_) == 0; }
   /// The first column of the first row; false where there is none.
   bool readInteger(const char* sql, sqlite3_int64& result);
+  bool readText(const char* sql, std::string& result);
 
   /// The result code of what failed last, without its extension.
   [[nodiscard]] int failureCode() const noexcept { return sqlite3_extended_errcode(connection_) & 0xFF; }

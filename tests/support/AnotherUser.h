@@ -1,0 +1,20 @@
+// tests/support/AnotherUser.h - a test process that goes on as a user without rights, for what root is never refused.
+#pragma once
+
+#include <grp.h>
+#include <unistd.h>
+
+#include <string>
+
+namespace norvik::test {
+
+constexpr uid_t userWithoutRights = 65534;
+
+/// From now on the process is that user, and owns the folder. False where it is not root.
+inline bool becomeUserWithoutRights(const std::string& folder) {
+  return geteuid() == 0 && chown(folder.c_str(), userWithoutRights, userWithoutRights) == 0 && setgroups(0, nullptr) == 0 &&
+         setresgid(userWithoutRights, userWithoutRights, userWithoutRights) == 0 &&
+         setresuid(userWithoutRights, userWithoutRights, userWithoutRights) == 0;
+}
+
+}  // namespace norvik::test
