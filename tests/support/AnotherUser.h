@@ -12,8 +12,8 @@ constexpr uid_t userWithoutRights = 65534;
 
 /// From now on the process is that user, and owns the folder. False where it is not root.
 inline bool becomeUserWithoutRights(const std::string& folder) {
-  return geteuid() == 0 && chown(folder.c_str(), userWithoutRights, userWithoutRights) == 0 && setgroups(0, nullptr) == 0 &&
-         setresgid(userWithoutRights, userWithoutRights, userWithoutRights) == 0 &&
+  return geteuid() == 0 && chown(folder.c_str(), userWithoutRights, userWithoutRights) == 0 &&
+         setgroups(0, nullptr) == 0 && setresgid(userWithoutRights, userWithoutRights, userWithoutRights) == 0 &&
          setresuid(userWithoutRights, userWithoutRights, userWithoutRights) == 0;
 }
 

@@ -1,4 +1,4 @@
-// Who may read the database, and what stands in its place that is no file of this user's.
+// Which users can read the database, and what happens where its place is taken by something else.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -112,7 +112,7 @@ TEST(NSUserDefaultsProcesses, SeveralProcessesLoseNothingOfOneAnother) {
 
 TEST(NSUserDefaultsProcesses, ProcessesThatStartTogetherInAnEmptyFolderLoseNothing) {
   constexpr int processes = 6;
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 60; ++round) {
     const DefaultsFolder folder;
     int gate[2];
     ASSERT_EQ(pipe(gate), 0);
@@ -133,6 +133,39 @@ TEST(NSUserDefaultsProcesses, ProcessesThatStartTogetherInAnEmptyFolderLoseNothi
     for (const pid_t child : children) EXPECT_TRUE(endedWell(child)) << "round " << round;
     ASSERT_EQ(folder.open()->dictionaryRepresentation()->count(), 7u) << "round " << round;
     ASSERT_EQ(integrity(folder.path()), "ok");
+  }
+}
+
+/// Another connection makes the database before one of the statements of this process, the one that counts down to 0.
+struct Meanwhile {
+  const DefaultsFolder* folder = nullptr;
+  int statements = 0;
+} meanwhile;
+
+int beforeEachStatement(unsigned, void*, void*, void*) {
+  if (meanwhile.statements-- == 0) meanwhile.folder->open()->setInteger(1, "other");
+  return 0;
+}
+
+int watchStatements(sqlite3* database, char**, const void*) {
+  return sqlite3_trace_v2(database, SQLITE_TRACE_STMT, &beforeEachStatement, nullptr);
+}
+
+TEST(NSUserDefaultsProcesses, ADatabaseThatAnotherMakesAtAnyMomentIsNotTakenForSomethingElse) {
+  const auto watch = reinterpret_cast<void (*)()>(&watchStatements);
+  constexpr int statementsUntilItIsRecognized = 12;
+  for (int moment = 0; moment < statementsUntilItIsRecognized; ++moment) {
+    const DefaultsFolder folder;
+    std::filesystem::create_directory(folder.folder().path("pay"));
+    folder.folder().write("pay/defaults.sqlite");
+    meanwhile = {&folder, moment};
+    const kernel::SystemLogCapture console;
+    ASSERT_EQ(sqlite3_auto_extension(watch), SQLITE_OK);
+    folder.open()->setInteger(2, "mine");
+    sqlite3_cancel_auto_extension(watch);
+    EXPECT_LT(meanwhile.statements, 0);
+    EXPECT_EQ(folder.open()->integerForKey("mine"), 2) << "before statement " << moment;
+    for (const std::string& line : console.lines()) EXPECT_EQ(line.find("something else"), line.npos) << line;
   }
 }
 

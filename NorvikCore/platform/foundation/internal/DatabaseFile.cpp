@@ -22,7 +22,7 @@ using kernel::FileStatus;
 using kernel::Links;
 
 constexpr int usualPatience = 1000, shortPatience = usualPatience / 20;  // milliseconds
-constexpr int endPatience = 2000;  // milliseconds, for all files together
+constexpr int endPatience = 2000;                                        // milliseconds, for all files together
 constexpr unsigned ownerReadsAndWrites = 0600, othersRights = 0077;
 constexpr std::string_view writeAhead = "wal";
 constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
@@ -253,7 +253,8 @@ bool DatabaseFile::areSideFilesTrusted(const Place& place, std::string& failure)
   return true;
 }
 
-/// Side files are made with the permissions that the database has at that moment. What is another user's stays as it is.
+/// Side files are made with the permissions that the database has at that moment. What is another user's stays as it
+/// is.
 void DatabaseFile::mendPermissions(const Place& place) const {
   const unsigned permissions = place.found.status.permissions;
   if ((permissions & othersRights) != 0) {
@@ -402,7 +403,8 @@ bool DatabaseFile::create(std::string& failure) {
   if (place.found.status.permissions != ownerReadsAndWrites) {
     std::ignore = kernel::setPermissionsOfFile(place.found.path, ownerReadsAndWrites);
   }
-  if (openConnection(place.found.path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW, failure) != SQLITE_OK) return false;
+  if (openConnection(place.found.path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW, failure) != SQLITE_OK)
+    return false;
   bool isDone = connection_.run("BEGIN IMMEDIATE") == SQLITE_OK;
   if (isDone) {
     switch (recognize(failure)) {
@@ -419,13 +421,16 @@ bool DatabaseFile::create(std::string& failure) {
     }
     isDone = isDone && connection_.run("COMMIT") == SQLITE_OK;
   }
-  if (!isDone) failure = connection_.whatFailed();
+  if (!isDone) {
+    failure = connection_.whatFailed();
+    if (connection_.failureCode() == SQLITE_BUSY && patience_ == usualPatience) patience_ = shortPatience;
+  }
   abandon();
   return isDone && open(failure) == Presence::Open && !isFrozen();
 }
 
-/// Sets write-ahead mode. A process that was killed while it made the file, or a lock, may have left it in the other mode.
-/// That mode is only slower, so a lock is no failure.
+/// Sets write-ahead mode. A process that was killed while it made the file, or a lock, may have left it in the other
+/// mode. That mode is only slower, so a lock is no failure.
 bool DatabaseFile::useLog(std::string& failure) {
   if (isModeSet_) return true;
   std::string mode;

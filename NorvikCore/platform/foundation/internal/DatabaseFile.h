@@ -1,5 +1,5 @@
-// A database file of this user's: where it is, who may read it, how long its owner waits for others, and what becomes of
-// it when the process forks and when it ends.
+// A database file of this user's: where it is, who may read it, how long its owner waits for others, and what becomes
+// of it when the process forks and when it ends.
 //
 //   constexpr DatabaseFile::Format format = {.applicationId = 0x4E6B436B, .version = 1,
 //                                            .schema = "CREATE TABLE cookie(name TEXT, value TEXT)",
@@ -21,15 +21,19 @@
 //              and made in one transaction, so that several processes may begin at once.
 // Writing:     in SQLite's write-ahead mode: what was committed survives the end of the process, however it ends, and a
 //              reader waits for no writer. Where nothing can be written, the file is read as it stands.
-// Locks:       an operation waits a second for another process. After one that failed, the next ones wait a twentieth of
+// Locks:       an operation waits a second for another process. After one that failed, the next ones wait a twentieth
+// of
 //              that, until one succeeds.
 // Signals:     none comes of a write that fails: see QuietWrites.
-// Forks:       the connection is closed before each fork, since SQLite's locks belong to the process, and opened again on
+// Forks:       the connection is closed before each fork, since SQLite's locks belong to the process, and opened again
+// on
 //              both sides when it is next needed.
-// The end:     the connection is closed after everything else (see ProcessEnd.h), so that the database is one file again;
+// The end:     the connection is closed after everything else (see ProcessEnd.h), so that the database is one file
+// again;
 //              in a child made by fork() too, if it ends by exit().
 //
-// Confined to the thread that holds the mutex. An operation that fails closes what may be wrong; the next one begins anew.
+// Confined to the thread that holds the mutex. An operation that fails closes what may be wrong; the next one begins
+// anew.
 #pragma once
 
 #include "NorvikCore/platform/foundation/internal/SQLite.h"
@@ -57,10 +61,11 @@ class QuietWrites {
 class DatabaseFile {
  public:
   struct Format {
-    std::int32_t applicationId;  ///< tells its databases from others; one without an id counts too, if it has the tables
-    std::int32_t version;        ///< from 1 on
-    const char* schema;          ///< the statement that makes the tables
-    const char* sample;          ///< a statement that can be prepared where the tables are there
+    std::int32_t
+        applicationId;     ///< tells its databases from others; one without an id counts too, if it has the tables
+    std::int32_t version;  ///< from 1 on
+    const char* schema;    ///< the statement that makes the tables
+    const char* sample;    ///< a statement that can be prepared where the tables are there
   };
 
   /// What an owner wants to do when the process forks or ends. Called with the file's mutex held.
@@ -96,7 +101,8 @@ class DatabaseFile {
   /// True where it is open for reading only.
   [[nodiscard]] bool isFrozen() const noexcept { return !whyFrozen_.empty(); }
 
-  /// Makes the file where there is none, and runs `change()` in a transaction. It is rolled back unless that gives true.
+  /// Makes the file where there is none, and runs `change()` in a transaction. It is rolled back unless that gives
+  /// true.
   template <class Change>
   [[nodiscard]] bool change(std::string& failure, Change change) {
     const QuietWrites quiet;

@@ -5,7 +5,7 @@
 //   ago, it looks first, unless another thread is at the database just then.
 // - A write is in the database when set() returns. Where it fails, it is tried again with the next one, with each look,
 //   before a fork and at the end of the process; until then it counts in this process only. The first failure after a
-//   success is told on the system console, and so is each with another reason.
+//   success is reported on the system console, and so is each with another reason.
 //
 // Synchronised; calls nobody back.
 #pragma once

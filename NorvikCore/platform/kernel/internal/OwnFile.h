@@ -13,11 +13,11 @@
 namespace norvik::kernel {
 
 struct OwnPath {
-  std::string path;           ///< without links; what does not exist yet is at its end
-  bool isShared = false;      ///< it leads through a folder in which everybody may write
-  bool exists = false;        ///< `status` says what is there
+  std::string path;       ///< without links; what does not exist yet is at its end
+  bool isShared = false;  ///< it leads through a folder in which everybody may write
+  bool exists = false;    ///< `status` says what is there
   FileStatus status;
-  std::string foreign;        ///< with EPERM: the folder, link or file that belongs to another user
+  std::string foreign;  ///< with EPERM: the folder, link or file that belongs to another user
 };
 
 /// Follows the links of a path that begins with '/'. EPERM where one of its parts may be another user's trap.
@@ -26,8 +26,8 @@ struct OwnPath {
 /// True where a file in the place that resolveOwnPath() found may be used.
 [[nodiscard]] bool isTrusted(const FileStatus& status, bool isShared) noexcept;
 
-/// Makes an empty file that only this user may read and write, from its first moment on. EEXIST where anything is there,
-/// a link too. Opens no descriptor: to close one would drop the locks that this process holds on the file.
+/// Makes an empty file that only this user may read and write, from its first moment on. EEXIST where anything is
+/// there, a link too. Opens no descriptor: to close one would drop the locks that this process holds on the file.
 [[nodiscard]] int makeOwnFile(const std::string& path) noexcept;
 
 /// Sets the lower nine bits of the mode; a link is not followed (ELOOP). Opens no descriptor that holds locks either.
