@@ -2,8 +2,10 @@
 // or, where the bare queue notices, abort.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
+#include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/dispatch/Wrappers.h"
+#include "tests/support/InChild.h"
 
 #include <gtest/gtest.h>
 
@@ -436,6 +438,33 @@ TEST_F(DeadlockCheck, WrappersOfOneQueueCountAsQueuesOfTheirOwn) {
   first->dispatchSynchronously([&] {
     EXPECT_TRUE(first->isInCurrentQueueStack());
     EXPECT_FALSE(second->isInCurrentQueueStack());
+  });
+}
+
+TEST_F(DeadlockCheck, ABlockThatAWaitingThreadRunsForWantOfThreadsHasAHierarchyOfItsOwn) {
+  RUN_IN_CHILD({
+    const detail::ThreadStartsFail shortage;
+    auto a = TSKDispatchQueue::dispatchQueueWithLabel("a");
+    auto b = TSKDispatchQueue::dispatchQueueWithLabel("b");
+    std::string seen;
+    a->dispatchSynchronously([&] {
+      b->dispatchAsynchronously([&] {
+        EXPECT_FALSE(a->isInCurrentQueueStack())
+            << "an asynchronous block begins a hierarchy, on whichever thread it runs";
+        EXPECT_FALSE(a->isCurrentQueue());
+        EXPECT_TRUE(b->isInCurrentQueueStack());
+        EXPECT_TRUE(b->isCurrentQueue());
+        b->dispatchSynchronously([&] { seen += "1"; });
+      });
+      b->dispatchSynchronously([&] {
+        EXPECT_TRUE(a->isInCurrentQueueStack());
+        EXPECT_TRUE(b->isInCurrentQueueStack());
+        a->dispatchSynchronously([&] { seen += "2"; });
+      });
+      EXPECT_TRUE(a->isCurrentQueue());
+      EXPECT_FALSE(b->isInCurrentQueueStack());
+    });
+    EXPECT_EQ(seen, "12");
   });
 }
 

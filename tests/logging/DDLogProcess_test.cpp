@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <csignal>
 #include <ctime>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -100,6 +101,31 @@ TEST(DDLogProcess, LinesSurviveACrashSoonAfter) {
   Child child({"abort", folder.path()});
   EXPECT_EQ(child.wait(), 1000 + SIGABRT);
   EXPECT_EQ(allLinesIn(folder.path()).size(), 10000U);
+}
+
+TEST(DDLogProcess, AProcessWithoutThreadsWritesEveryLineInOrderAndEnds) {
+  const TemporaryFolder folder;
+  Child child({"no-threads", folder.path()});
+  EXPECT_EQ(child.wait(), 0);
+  const std::vector<std::string> lines = allLinesIn(folder.path());
+  EXPECT_EQ(lines.size(), 3501U);
+  std::vector<std::string> own, expected;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(own),
+               [](const std::string& line) { return line.starts_with("line "); });
+  for (int i = 0; i < 1500; ++i) expected.push_back("line " + std::to_string(i));
+  EXPECT_EQ(own, expected);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "from another thread"), 1500);
+  EXPECT_EQ(lines[3000], "synchronous");
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "at the end"), 500);
+}
+
+TEST(DDLogProcess, AForkedChildWithoutThreadsWritesEveryLineAndEnds) {
+  const TemporaryFolder folder;
+  Child child({"fork-without-threads", folder.path()});
+  EXPECT_EQ(child.wait(), 0);
+  const std::vector<std::string> lines = allLinesIn(folder.path());
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "parent"), 20);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "child"), 1500);
 }
 
 TEST(DDLogProcess, AFileLoggerWithoutMessagesTakesNoProcessorTime) {

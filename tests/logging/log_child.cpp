@@ -5,6 +5,7 @@
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/kernel/Clock.h"
@@ -21,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
@@ -124,7 +126,36 @@ void waitNanoseconds(std::int64_t nanoseconds) {
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
   ending = argv[1];
+  const bool mayStartThreads = ending != "no-threads" && ending != "fork-without-threads";
+  const auto shortage = mayStartThreads ? nullptr : std::make_unique<detail::ThreadStartsFail>();
   if (argc > 2) addFileLogger(argv[2]);
+  if (ending ==
+      "no-threads") {  // more than may wait, on two threads; a flush; more, which the end of the process writes
+    DDLog::addLogger(make<Quiet>());
+    std::thread other([] {
+      for (int i = 0; i < 1500; ++i) say("from another thread");
+    });
+    for (int i = 0; i < 1500; ++i) say("line " + NSString(std::to_string(i)));
+    other.join();
+    say("synchronous", false);
+    DDLog::flushLog();
+    for (int i = 0; i < 500; ++i) say("at the end");
+    return 0;
+  }
+  if (ending == "fork-without-threads") {
+    DDLog::flushLog();  // what waits at the fork is the parent's, the logger that is being added too
+    for (int i = 0; i < 20; ++i) say("parent");
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      for (int i = 0; i < 1500; ++i) say("child");
+      DDLog::flushLog();
+      std::exit(7);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 7 ? 0 : 1;
+  }
   if (ending == "kill") {
     for (int i = 0; i < 20; ++i) say("before");
     say("last", false);

@@ -3,6 +3,8 @@
 #include "NorvikCore/logging/DDAbstractLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
+#include "NorvikCore/platform/dispatch/internal/GroupCore.h"
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/SemaphoreCore.h"
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
@@ -13,6 +15,7 @@
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <algorithm>
 #include <exception>
@@ -301,14 +304,16 @@ bool LogDispatcher::isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) co
 }
 
 bool LogDispatcher::waitForPermit() {
-  if (!currentFrame && !kernel::isMainThread()) {
-    dispatch_semaphore_wait(queueSemaphore, DISPATCH_TIME_FOREVER);
-    return true;
-  }
+  // The messages that wait give the permits: where no worker can be started, the caller writes them itself.
+  const auto takeBy = [this](std::uint64_t deadline) {
+    const dispatch_semaphore_t permits = queueSemaphore;  // a message may fork, and the child has others
+    return permits.core()->takeBy(deadline, HelpGoal{.queue = loggingQueue.core()});
+  };
+  if (!currentFrame && !kernel::isMainThread()) return takeBy(kNoDeadline);
   do {
     if (runsOnMainThread && kernel::isMainThread()) return false;
     if (currentFrame && holdsUpAny(rememberedLoggers())) return false;
-  } while (dispatch_semaphore_wait(queueSemaphore, dispatch_time(DISPATCH_TIME_NOW, lookPause)) != 0);
+  } while (!takeBy(monotonicNanoseconds() + lookPause));
   return true;
 }
 
@@ -338,7 +343,8 @@ bool LogDispatcher::flushUntil(dispatch_time_t deadline) {
     }
     if (!isAskedFor) dispatch_group_async(done, loggingQueue, [this] { lt_flush(); });
     const bool drains = anyWaitsForThisThread(nodes);
-    if (dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, drains ? drainPause : lookPause)) == 0) return true;
+    const std::uint64_t pause = drains ? drainPause : lookPause;
+    if (done.core()->wait(monotonicNanoseconds() + pause, GroupCore::Waiter::helps)) return true;
     if (dispatch_time(DISPATCH_TIME_NOW, 0) >= deadline) return false;
     if (drains) dispatch_main_queue_drain();
   }

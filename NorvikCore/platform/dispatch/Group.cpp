@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/GroupCore.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
@@ -26,11 +27,21 @@ void GroupCore::leave() noexcept {
     reportMisuse("dispatch_group_leave without dispatch_group_enter");
   }
   generation_.fetch_add(1, std::memory_order_seq_cst);
-  if (sleepers_.load(std::memory_order_seq_cst) > 0) futexWake(&generation_, INT_MAX);
+  if (sleepers_.load(std::memory_order_seq_cst) > 0) {
+    wakes_.fetch_add(1, std::memory_order_seq_cst);
+    futexWake(&wakes_, INT_MAX);
+  }
   if (hasNotifications_.load(std::memory_order_seq_cst)) notifyIfEmpty();
 }
 
-bool GroupCore::wait(std::uint64_t deadline) noexcept {
+std::uint32_t GroupCore::nextNumber() noexcept {
+  static constinit std::atomic<std::uint32_t> last{0};
+  std::uint32_t number = 0;
+  while (number == 0) number = last.fetch_add(1, std::memory_order_relaxed) + 1;
+  return number;
+}
+
+bool GroupCore::wait(std::uint64_t deadline, Waiter waiter) noexcept {
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
     if (count_.load(std::memory_order_acquire) == 0) return true;
@@ -39,11 +50,15 @@ bool GroupCore::wait(std::uint64_t deadline) noexcept {
   const std::uint32_t generation = generation_.load(std::memory_order_seq_cst);
   if (count_.load(std::memory_order_seq_cst) == 0) return true;
   if (deadline <= monotonicNanoseconds()) return false;
-  const BlockingScope blocking;
+  PatientWait wait(HelpGoal{.group = waiter == Waiter::helps ? number_ : 0});
   sleepers_.fetch_add(1, std::memory_order_seq_cst);
-  bool timeLeft = true;
-  while (generation_.load(std::memory_order_seq_cst) == generation && timeLeft)
-    timeLeft = futexWait(generation_, generation, deadline);
+  for (bool timeLeft = true; timeLeft;) {
+    const std::uint32_t seen = wakes_.load(std::memory_order_seq_cst);
+    if (generation_.load(std::memory_order_seq_cst) != generation) break;
+    timeLeft = wait.sleep(wakes_, seen, 1, deadline);
+    if (wait.hasForked()) [[unlikely]]
+      return true;  // the child's groups are empty
+  }
   sleepers_.fetch_sub(1, std::memory_order_relaxed);
   return generation_.load(std::memory_order_acquire) != generation;
 }
@@ -85,6 +100,11 @@ void requireGroup(const dispatch_group_t& group, const char* function) {
     raise("NSInvalidArgumentException", std::string(function) + ": the group is nil");
 }
 
+void enqueueForGroup(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item) {
+  item->group = group.core()->number();
+  enqueue(queue, item, Delivery::prompt, Order::normal);
+}
+
 void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item) {
   group.core()->notify(queue, item);
 }
@@ -107,7 +127,9 @@ void dispatch_group_leave(const dispatch_group_t& group) {
 std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout) {
   detail::requireGroup(group, "dispatch_group_wait");
   const std::uint64_t deadline = timeout == DISPATCH_TIME_NOW ? 0 : detail::monotonicDeadline(timeout);
-  return group.core()->wait(deadline) ? 0 : 1;
+  using detail::GroupCore;
+  const auto waiter = timeout == DISPATCH_TIME_FOREVER ? GroupCore::Waiter::helps : GroupCore::Waiter::waits;
+  return group.core()->wait(deadline, waiter) ? 0 : 1;
 }
 
 }  // namespace norvik

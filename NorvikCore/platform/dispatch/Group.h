@@ -29,12 +29,14 @@ NK_EXPORT void dispatch_group_enter(const dispatch_group_t& group);
 /// Counts one less. Leaving an empty group aborts with a line "BUG: ..." on the system console.
 NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
 
-/// Waits until the group is empty. 0, or something else when `timeout` came first.
+/// Waits until the group is empty. 0, or something else when `timeout` came first. If no thread can be started, a wait
+/// without a timeout runs the blocks of dispatch_group_async() itself.
 NK_EXPORT std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout);
 
 namespace detail {
 /// Raises for an empty handle, before anything is made that would be lost.
 NK_EXPORT void requireGroup(const dispatch_group_t& group, const char* function);
+NK_EXPORT void enqueueForGroup(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
 NK_EXPORT void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
 
 /// Leaves the group once the block that holds it has run and is destroyed.
@@ -63,8 +65,8 @@ void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t&
     std::decay_t<F> block;
     void operator()() && { std::move(block)(); }
   };
-  detail::enqueue(queue, detail::makeBlock(Member{detail::GroupMembership(group), std::forward<F>(block)}),
-                  detail::Delivery::prompt, detail::Order::normal);
+  detail::enqueueForGroup(group, queue,
+                          detail::makeBlock(Member{detail::GroupMembership(group), std::forward<F>(block)}));
 }
 
 /// Queues a block, once, when the group is empty: at once if it is.

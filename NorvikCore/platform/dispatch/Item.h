@@ -47,6 +47,7 @@ struct Item {
   Item* queueLink = nullptr;  // the queue's
   Run run = nullptr;
   std::uint32_t queueFlags = 0;  // the queue's
+  std::uint32_t group = 0;       // the group that waits for it, by its number; 0: none
 };
 
 /// How soon somebody must come to a queue that was idle.

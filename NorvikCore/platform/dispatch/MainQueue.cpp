@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 
 #include <poll.h>
@@ -22,10 +23,12 @@ std::size_t dispatch_main_queue_drain(std::size_t limit) {
 int dispatch_main_queue_descriptor() { return MainThreadQueue::shared()->descriptor(); }
 
 void dispatch_main() {
+  constexpr int kShortagePause = 10;  // ms: every drain attempts to start the thread that is missing
   pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
   for (;;) {
     dispatch_main_queue_drain();
-    poll(&ready, 1, -1);
+    const detail::SleepingThread registered(ready.fd);
+    poll(&ready, 1, detail::ThreadShortage::exists() ? kShortagePause : -1);
   }
 }
 

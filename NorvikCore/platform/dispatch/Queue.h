@@ -14,6 +14,8 @@
 //          the process: what() and the queue's label go to the system console, then std::terminate(). A call
 //          with an empty handle raises NSInvalidArgumentException. A call that could never return (a synchronous block
 //          for a queue that the calling code holds) writes a line "BUG: ..." to the system console and aborts.
+// Limits:  where no thread can be started, dispatch_sync() runs what stands before its block itself, and every wait
+//          attempts to start one (docs/dispatch.md).
 // Cost:    a synchronous block on an idle queue runs on the caller's thread, for two atomic operations. An asynchronous
 //          one costs a piece of a page of the thread's own and one atomic operation, and the wake-up of a worker where
 //          all sleep.

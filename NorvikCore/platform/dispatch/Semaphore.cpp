@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 
 #include "NorvikCore/platform/dispatch/internal/SemaphoreCore.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 #include "NorvikCore/platform/values/internal/raise.h"
@@ -13,19 +14,26 @@ namespace detail {
 void retainCore(SemaphoreCore* semaphore) noexcept { semaphore->retain(); }
 void releaseCore(SemaphoreCore* semaphore) noexcept { semaphore->release(); }
 
-bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
+bool SemaphoreCore::takeBy(std::uint64_t deadline, const HelpGoal& goal) noexcept {
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
     if (tryTake()) return true;
     spinPause();
   }
   if (deadline <= monotonicNanoseconds()) return tryTake();
-  const BlockingScope blocking;
+  PatientWait wait(goal);
   // give() adds the permit before it looks for sleepers, and here it is the other way round: one of the two sees the
   // other.
   sleepers_.fetch_add(1, std::memory_order_seq_cst);
-  bool taken = tryTake();
-  for (bool timeLeft = true; !taken && timeLeft; taken = tryTake()) timeLeft = futexWait(permits_, 0, deadline);
+  bool taken = false;
+  for (bool timeLeft = true;;) {
+    const std::uint32_t seen = wakes_.load(std::memory_order_seq_cst);
+    taken = tryTake();
+    if (taken || !timeLeft) break;
+    timeLeft = wait.sleep(wakes_, seen, 1, deadline);
+    if (wait.hasForked()) [[unlikely]]
+      return false;
+  }
   sleepers_.fetch_sub(1, std::memory_order_relaxed);
   return taken;
 }
@@ -33,7 +41,8 @@ bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
 bool SemaphoreCore::give(std::uint32_t permits) noexcept {
   permits_.fetch_add(permits, std::memory_order_seq_cst);
   if (sleepers_.load(std::memory_order_seq_cst) == 0) return false;
-  futexWake(&permits_, static_cast<int>(permits));
+  wakes_.fetch_add(1, std::memory_order_seq_cst);
+  futexWake(&wakes_, static_cast<int>(permits));
   return true;
 }
 

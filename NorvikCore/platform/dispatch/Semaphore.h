@@ -27,7 +27,8 @@ using dispatch_semaphore_t = detail::Handle<detail::SemaphoreCore>;
 /// A semaphore with that many permits, 0 to 2,147,483,647; empty for any other value.
 [[nodiscard]] NK_EXPORT dispatch_semaphore_t dispatch_semaphore_create(std::intptr_t value);
 
-/// Takes a permit. 0, or something else when `timeout` came first.
+/// Takes a permit. 0, or something else when `timeout` came first. If no thread can be started, a wait attempts to
+/// start one from time to time; it runs no blocks itself, as it is not known which of them signals.
 NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout);
 
 /// Gives a permit. Not 0 when a thread was asleep for it.

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 
+#include <new>
 #include <utility>
 
 namespace norvik::detail {
@@ -37,11 +38,7 @@ void ConcurrentQueue::admit(Admission& admission) {
 void ConcurrentQueue::carryOut(Admission& admission, Delivery delivery) {
   for (; admission.tickets > 0; --admission.tickets) {
     retain();
-    pushToTarget(makeBlock([this] {
-                   runTicket();
-                   release();
-                 }),
-                 delivery);
+    pushToTarget(::new (allocateItem(sizeof(Ticket))) Ticket(this), delivery);
   }
   while (!admission.waiters.empty()) static_cast<SyncWaiter*>(admission.waiters.takeFirst())->grant();
 }
@@ -58,19 +55,21 @@ void ConcurrentQueue::push(Item* item, Delivery delivery, Order order) {
 }
 
 void ConcurrentQueue::enter(Order order) {
-  SyncWaiter waiter(order == Order::barrier);
-  {
-    const QueueLock lock(mutex_);
-    if (pending_.empty() && mayRun(order)) {
-      begin(order);
-      return;
+  for (;;) {
+    SyncWaiter waiter(order == Order::barrier);
+    {
+      const QueueLock lock(mutex_);
+      if (pending_.empty() && mayRun(order)) {
+        begin(order);
+        return;
+      }
+      // What it waits for waits, in turn, for the block that this thread is in; or for a resume.
+      if (!suspended_ && isHeld(this))
+        reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
+      pending_.append(&waiter);
     }
-    // What it waits for waits, in turn, for the block that this thread is in; or for a resume.
-    if (!suspended_ && isHeld(this))
-      reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
-    pending_.append(&waiter);
+    if (waiter.wait(this)) return;
   }
-  waiter.wait(this);
 }
 
 void ConcurrentQueue::leave(Order) noexcept {
@@ -84,19 +83,41 @@ void ConcurrentQueue::leave(Order) noexcept {
   carryOut(admission, Delivery::prompt);
 }
 
-void ConcurrentQueue::runTicket() {
+bool ConcurrentQueue::leadsTo(const HelpGoal& goal) noexcept {
+  const auto isStep = [&goal](Item* item) { return goal.isReachedBy(item); };
+  const QueueLock lock(mutex_);
+  return !suspended_ && (goal.queue == this || admitted_.anyIs(isStep) || pending_.anyIs(isStep));
+}
+
+void ConcurrentQueue::Ticket::runTicket(Item* item, Cursor&) {
+  ConcurrentQueue* const of = static_cast<Ticket*>(item)->queue;
+  freeItem(item);
+  of->runAdmitted(takeHelpGoal());
+  of->release();
+}
+
+void ConcurrentQueue::runAdmitted(const HelpGoal* goal) {
   Item* item = nullptr;
+  bool isStep = false;
   {
     const QueueLock lock(mutex_);
     if (suspended_) {
       ++keptTickets_;
       return;
     }
-    item = admitted_.takeFirst();
+    if (goal != nullptr) [[unlikely]] {
+      item = admitted_.takeFirstThat([goal](Item* candidate) { return goal->isReachedBy(candidate); });
+      isStep = item != nullptr;
+    }
+    if (item == nullptr) item = admitted_.takeFirst();
   }
   {
     const FrameScope frame(this);
-    runItem(item, this);
+    if (isStep) [[unlikely]] {
+      runTowards(item, this, *goal);
+    } else {
+      runItem(item, this);
+    }
   }
   leave(Order::normal);
 }

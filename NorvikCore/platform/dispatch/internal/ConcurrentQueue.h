@@ -6,6 +6,7 @@
 // is suspended nothing is admitted, and tickets that come up are kept.
 #pragma once
 
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 
@@ -22,7 +23,19 @@ class ConcurrentQueue final : public QueueCore {
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;
 
+  /// The queue of which the item runs an admitted block; null for other items.
+  [[nodiscard]] static ConcurrentQueue* admittedBy(Item* item) noexcept {
+    return item->run == &Ticket::runTicket ? static_cast<Ticket*>(item)->queue : nullptr;
+  }
+  /// True when running an admitted block is a step to the goal.
+  [[nodiscard]] bool leadsTo(const HelpGoal& goal) noexcept;
+
  private:
+  struct Ticket : Item {
+    explicit Ticket(ConcurrentQueue* of) noexcept : queue(of) { run = &runTicket; }
+    static void runTicket(Item* item, Cursor& cursor);
+    ConcurrentQueue* const queue;
+  };
   struct Admission {
     std::size_t tickets = 0;
     ItemList waiters;
@@ -32,7 +45,7 @@ class ConcurrentQueue final : public QueueCore {
   void begin(Order order) NK_REQUIRES(mutex_);
   void admit(Admission& admission) NK_REQUIRES(mutex_);
   void carryOut(Admission& admission, Delivery delivery);
-  void runTicket();
+  void runAdmitted(const HelpGoal* goal);
   void beginSuspension() noexcept override;
   void endSuspension() noexcept override;
 

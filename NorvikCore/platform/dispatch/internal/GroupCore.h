@@ -1,7 +1,8 @@
-// NorvikCore/platform/dispatch/internal/GroupCore.h - a count, a generation to sleep on, and who is told.
+// NorvikCore/platform/dispatch/internal/GroupCore.h - a count, its generation, a word to sleep on, and who is told.
 //
 // The generation changes each time the count reaches 0. Who waits reads the generation before the count: either it sees
-// 0, or the count reaches 0 later, and then the generation is another.
+// 0, or the count reaches 0 later, and then the generation is another. Then the word to sleep on changes too, if
+// anybody sleeps.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -23,8 +24,12 @@ class GroupCore final : public ForkAware {
 
   void enter() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
   void leave() noexcept;
-  /// False when the deadline, a point of the monotonic clock, came first.
-  bool wait(std::uint64_t deadline) noexcept;
+  enum class Waiter : std::uint8_t { helps, waits };
+  /// False when the deadline, a point of the monotonic clock, came first. A waiter that helps runs the group's blocks
+  /// itself where no worker can be started; one that may do without them waits.
+  bool wait(std::uint64_t deadline, Waiter waiter) noexcept;
+  /// Not 0; the group's items have it.
+  [[nodiscard]] std::uint32_t number() const noexcept { return number_; }
   void notify(const dispatch_queue_t& queue, Item* item);
   void resetAfterFork() noexcept override;
 
@@ -34,11 +39,14 @@ class GroupCore final : public ForkAware {
     Item* item;
   };
   void notifyIfEmpty();
+  static std::uint32_t nextNumber() noexcept;
 
   std::atomic<std::uint32_t> references_{1};
   std::atomic<std::int64_t> count_{0};
   std::atomic<std::uint32_t> generation_{0};
   std::atomic<std::uint32_t> sleepers_{0};
+  std::atomic<std::uint32_t> wakes_{0};  // sleepers sleep on it
+  const std::uint32_t number_ = nextNumber();
   std::atomic<bool> hasNotifications_{false};
   bool forked_ = false;  // what was entered before a fork may be left in the child, and was not counted any more
   QueueMutex mutex_;

@@ -24,6 +24,25 @@ class ItemList {
     first_ = item->queueLink;
     return item;
   }
+  /// Null where there is none.
+  template <class Condition>
+  [[nodiscard]] Item* takeFirstThat(const Condition& condition) noexcept {
+    Item* before = nullptr;
+    for (Item* item = first_; item != nullptr; before = item, item = item->queueLink) {
+      if (!condition(item)) continue;
+      (before == nullptr ? first_ : before->queueLink) = item->queueLink;
+      if (item == last_) last_ = before;
+      return item;
+    }
+    return nullptr;
+  }
+  template <class Condition>
+  [[nodiscard]] bool anyIs(const Condition& condition) const noexcept {
+    for (Item* item = first_; item != nullptr; item = item->queueLink) {
+      if (condition(item)) return true;
+    }
+    return false;
+  }
   void forget() noexcept { first_ = last_ = nullptr; }
 
  private:

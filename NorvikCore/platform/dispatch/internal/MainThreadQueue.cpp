@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/internal/SyncWaiter.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 
 #include <sys/eventfd.h>
@@ -77,6 +78,8 @@ void MainThreadQueue::clearReadable() noexcept {
 void MainThreadQueue::schedule(Delivery) { setReadable(); }
 
 std::size_t MainThreadQueue::drainSome(std::size_t limit) {
+  if (ThreadShortage::exists()) [[unlikely]]
+    ThreadShortage::tend();
   // Cleared before looking: what is queued from here on sets it again, or is found below.
   clearReadable();
   if (isIdle()) return 0;
@@ -107,7 +110,8 @@ void MainThreadQueue::call(QueueCore* queue, void (*function)(void*), void* cont
   call.queue = queue;
   call.caller = currentFrame;
   push(&call, Delivery::prompt, Order::normal);
-  call.done.wait(nullptr);
+  (void)call.done.wait(
+      nullptr);  // no block runs here meanwhile that could fork: what it waits for is in no worker's list
   if (call.error) std::rethrow_exception(call.error);
 }
 

@@ -1,6 +1,7 @@
 // NorvikCore/platform/dispatch/internal/SemaphoreCore.h - permits, and how many threads sleep for one.
 #pragma once
 
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/kernel/internal/Prefetch.h"
 
 #include <atomic>
@@ -28,8 +29,9 @@ class SemaphoreCore {
     }
     return false;
   }
-  /// False when the deadline, a point of the monotonic clock, came first.
-  bool takeBy(std::uint64_t deadline) noexcept;
+  /// False when the deadline, a point of the monotonic clock, came first. `goal`: what gives permits, if that is known;
+  /// false too where that has forked and this is the child.
+  bool takeBy(std::uint64_t deadline, const HelpGoal& goal = {}) noexcept;
   /// Asks for the memory of the permits, which are about to change.
   void prefetch() const noexcept { kernel::prefetchForWrite(&permits_); }
   [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
@@ -40,6 +42,7 @@ class SemaphoreCore {
   std::atomic<std::uint32_t> references_{1};
   std::atomic<std::uint32_t> permits_;
   std::atomic<std::uint32_t> sleepers_{0};
+  std::atomic<std::uint32_t> wakes_{0};  // sleepers sleep on it
 };
 
 }  // namespace norvik::detail

@@ -16,12 +16,18 @@ constexpr std::size_t kItemsPerTurn = 256;
 
 SerialQueue::SerialQueue(Kind kind, const char* label) : QueueCore(kind, label) {
   drainItem_.queue = this;
-  drainItem_.run = [](Item* item, Cursor&) {
-    SerialQueue* queue = static_cast<DrainItem*>(item)->queue;
-    queue->drainMayWait_.store(false, std::memory_order_relaxed);
+  drainItem_.run = &runDrain;
+}
+
+void SerialQueue::runDrain(Item* item, Cursor&) {
+  SerialQueue* queue = static_cast<DrainItem*>(item)->queue;
+  queue->drainMayWait_.store(false, std::memory_order_relaxed);
+  if (const HelpGoal* goal = takeHelpGoal()) [[unlikely]] {
+    queue->drainTowards(*goal);
+  } else {
     queue->drain();
-    queue->release();  // what schedule() retained
-  };
+  }
+  queue->release();  // what schedule() retained
 }
 
 void SerialQueue::push(Item* item, Delivery delivery, Order) {
@@ -61,12 +67,14 @@ void SerialQueue::hurry() noexcept {
 void SerialQueue::enter(Order) {
   if (tryEnter()) return;
   if (isHeld(this)) reportMisuse("dispatch_sync for a queue that the calling code holds would never return", this);
-  SyncWaiter waiter(false);
-  while (!append(&waiter)) {
-    if (tryEnter()) return;
+  for (;;) {
+    SyncWaiter waiter(false);
+    while (!append(&waiter)) {
+      if (tryEnter()) return;
+    }
+    hurry();
+    if (waiter.wait(this)) return;
   }
-  hurry();
-  waiter.wait(this);
 }
 
 void SerialQueue::leave(Order) noexcept {
@@ -153,6 +161,45 @@ void SerialQueue::drain() {
     }
     takeReady();
     runItem(item, this);
+  }
+}
+
+Item* SerialQueue::lastTowards(const HelpGoal& goal) noexcept {
+  (void)collectAll();
+  if (goal.queue == this) return ready_;
+  Item* last = nullptr;
+  for (Item* item = ready_; item != nullptr; item = item->queueLink) {
+    if (goal.isReachedBy(item)) last = item;
+  }
+  return last;
+}
+
+void SerialQueue::drainTowards(const HelpGoal& goal) {
+  const FrameScope frame(this);
+  const Item* last = lastTowards(goal);
+  for (;;) {
+    Item* item = peek();
+    if (item == nullptr) {
+      if (tryIdle() || tryPark()) return;
+      continue;
+    }
+    if (isSuspended() && tryPark()) return;
+    if ((item->queueFlags & kItemWaiter) != 0) {
+      takeReady();
+      static_cast<SyncWaiter*>(item)->grant();
+      return;
+    }
+    if (last == nullptr) {
+      schedule(Delivery::prompt);
+      return;
+    }
+    takeReady();
+    if (item == last) {
+      last = nullptr;
+      runTowards(item, this, goal);
+    } else {
+      runItem(item, this);
+    }
   }
 }
 

@@ -12,6 +12,7 @@
 //     takes the flag away; if the queue was parked, who resumes it becomes the owner, and passes it on.
 #pragma once
 
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 #include "NorvikCore/platform/kernel/internal/Prefetch.h"
@@ -53,6 +54,12 @@ class SerialQueue : public QueueCore {
   [[nodiscard]] Item* takeNextLike(Item::Run run) noexcept;
   /// For the owner, between two items: whether to stop.
   [[nodiscard]] bool isSuspended() const noexcept { return mustPark_.load(std::memory_order_relaxed); }
+  /// The queue whose drain the item is; null for other items.
+  [[nodiscard]] static SerialQueue* drainedBy(Item* item) noexcept {
+    return item->run == &runDrain ? static_cast<DrainItem*>(item)->queue : nullptr;
+  }
+  /// The last item that is a step to the goal, null where none is. For the owner.
+  [[nodiscard]] Item* lastTowards(const HelpGoal& goal) noexcept;
   /// Puts an item before all others. For the owner.
   void putBack(Item* item) noexcept;
 
@@ -64,6 +71,8 @@ class SerialQueue : public QueueCore {
 
   /// Runs the items; then the queue is idle, or passed on. By the owner.
   void drain();
+  /// The same, up to the goal.
+  void drainTowards(const HelpGoal& goal);
 
   /// Ends ownership: idle, or parked, or the next waiter, or another drain.
   void passOn() noexcept;
@@ -92,6 +101,7 @@ class SerialQueue : public QueueCore {
     SerialQueue* queue = nullptr;
   };
 
+  static void runDrain(Item* item, Cursor& cursor);
   /// Queues the item unless the queue is idle; tells whether it did.
   bool append(Item* item) noexcept {
     std::uintptr_t old = inbox_.load(std::memory_order_relaxed);

@@ -2,39 +2,47 @@
 
 #include "NorvikCore/platform/dispatch/internal/MainThreadQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 namespace norvik::detail {
 
-void SyncWaiter::wait(const QueueCore* queue) noexcept {
-  if (queue != nullptr && kernel::isMainThread() && queue->leadsToMain()) return waitDraining();
+bool SyncWaiter::wait(const QueueCore* queue) noexcept {
+  if (queue != nullptr && kernel::isMainThread() && queue->leadsToMain()) {
+    waitDraining();
+    return true;
+  }
   // A turn often comes within a microsecond or two; sleeping and waking costs ten times that.
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
-    if (state_.load(std::memory_order_acquire) == kGranted) return;
+    if ((state_.load(std::memory_order_acquire) & kGranted) != 0) return true;
     spinPause();
   }
-  const BlockingScope blocking;
-  std::uint32_t expected = kWaiting;
-  if (!state_.compare_exchange_strong(expected, kAsleep, std::memory_order_acquire)) return;
-  while (state_.load(std::memory_order_acquire) != kGranted) futexWait(state_, kAsleep);
+  const bool isSerial = queue != nullptr && queue->kind() == QueueCore::Kind::serial;
+  PatientWait wait(HelpGoal{.waiter = this, .of = isSerial ? static_cast<const SerialQueue*>(queue) : nullptr});
+  std::uint32_t state = state_.fetch_or(kAsleep, std::memory_order_acquire) | kAsleep;
+  for (; (state & kGranted) == 0; state = state_.load(std::memory_order_acquire)) {
+    wait.sleep(state_, state, kNudge);
+    if (wait.hasForked()) [[unlikely]]
+      return false;
+  }
+  return true;
 }
 
 void SyncWaiter::waitDraining() noexcept {
   constexpr std::uint64_t kInterval = 1'000'000;
   MainThreadQueue* main = MainThreadQueue::shared();
   if (isHeld(main)) reportMisuse("dispatch_sync in a block of the main queue, for a queue that targets it", main);
-  std::uint32_t expected = kWaiting;
-  state_.compare_exchange_strong(expected, kAsleep, std::memory_order_acquire);
-  while (state_.load(std::memory_order_acquire) != kGranted) {
+  state_.fetch_or(kAsleep, std::memory_order_acquire);
+  while ((state_.load(std::memory_order_acquire) & kGranted) == 0) {
     if (main->drainSome(1) == 0) futexWait(state_, kAsleep, monotonicNanoseconds() + kInterval);
   }
 }
 
 void SyncWaiter::grant() noexcept {
-  if (state_.exchange(kGranted, std::memory_order_acq_rel) == kAsleep) futexWake(&state_, 1);
+  if ((state_.exchange(kGranted, std::memory_order_acq_rel) & kAsleep) != 0) futexWake(&state_, 1);
 }
 
 }  // namespace norvik::detail

@@ -14,15 +14,16 @@ class SyncWaiter : public Item {
   explicit SyncWaiter(bool barrier) noexcept { queueFlags = kItemWaiter | (barrier ? kItemBarrier : 0U); }
 
   /// Returns once it is this thread's turn on the queue. A worker counts as blocked meanwhile; the main thread goes on
-  /// draining the main queue if that is what the queue's turn takes.
-  void wait(const QueueCore* queue) noexcept;
+  /// draining the main queue if that is what the queue's turn takes; any thread runs what is before it where no worker
+  /// can be started. False where such a block has forked and this is the child: the queue knows nothing of the waiter.
+  bool wait(const QueueCore* queue) noexcept;
   /// From any thread; the waiter may be gone when this returns.
   void grant() noexcept;
 
  private:
-  static constexpr std::uint32_t kWaiting = 0, kGranted = 1, kAsleep = 2;
+  static constexpr std::uint32_t kGranted = 1, kAsleep = 2, kNudge = 4;  // the rest counts nudges
   void waitDraining() noexcept;
-  std::atomic<std::uint32_t> state_{kWaiting};
+  std::atomic<std::uint32_t> state_{0};
 };
 
 }  // namespace norvik::detail

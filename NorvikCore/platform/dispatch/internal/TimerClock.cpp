@@ -1,11 +1,12 @@
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
 
 #include "NorvikCore/platform/dispatch/internal/FiredItems.h"
-#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
 
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/prctl.h>
 #include <sys/timerfd.h>
@@ -13,8 +14,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 
 namespace norvik::detail {
 namespace {
@@ -27,12 +26,6 @@ timespec timespecOf(std::uint64_t nanoseconds) {
   time.tv_sec = static_cast<time_t>(nanoseconds / kSecond);
   time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
   return time;
-}
-
-void reportNoThread(int failure) noexcept {
-  char line[160];
-  std::snprintf(line, sizeof line, "dispatch: timers wait, their thread cannot be started: %s", std::strerror(failure));
-  kernel::writeSystemLog(line);
 }
 
 /// Under no mutex.
@@ -67,13 +60,46 @@ SystemTimerClock& SystemTimerClock::shared() {
 void SystemTimerClock::arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) {
   const ClockPoint point = clockPoint(start, start == DISPATCH_TIME_NOW ? monotonicNanoseconds() : 0);
   setting.deadline = point.nanoseconds;
+  bool isNewShortage = false;
+  {
+    const QueueLock lock(mutex_);
+    TimerHeap::remove(entry);
+    TimerHeap& heap = point.clock == ClockKind::wall ? wall_ : monotonic_;
+    const std::uint64_t before = heap.nextDeadline();
+    heap.add(entry, setting);
+    const bool wasShort = !threadRuns_ && ThreadShortage::exists(ThreadShortage::Of::timers);
+    if (threadRuns_ || ensureThread()) [[likely]] {
+      if (heap.nextDeadline() < before) wakeThread();
+      return;
+    }
+    isNewShortage = !wasShort;
+  }
+  // Every thread that waits looks after the timers from now on, and so does a worker that has nothing else to do.
+  ThreadShortage::nudgeAll();
+  if (isNewShortage) {
+    GlobalQueue::shared()->push(makeBlock([] { shared().tend(); }), Delivery::prompt, Order::normal);
+  }
+}
+
+std::uint64_t SystemTimerClock::tend() noexcept {
+  std::vector<DueTimer> due;
+  {
+    const QueueLock lock(mutex_);
+    if (threadRuns_ || tended_) return kNoDeadline;
+    if (monotonic_.size() == 0 && wall_.size() == 0) {
+      ThreadShortage::end(ThreadShortage::Of::timers);
+      return kNoDeadline;
+    }
+    if (ensureThread()) return kNoDeadline;
+    collectDue(due);
+    tended_ = true;
+  }
+  fire(due);
   const QueueLock lock(mutex_);
-  TimerHeap::remove(entry);
-  TimerHeap& heap = point.clock == ClockKind::wall ? wall_ : monotonic_;
-  const std::uint64_t before = heap.nextDeadline();
-  heap.add(entry, setting);
-  if (!threadRuns_ && !startThread()) return;
-  if (heap.nextDeadline() < before) wakeThread();
+  tended_ = false;
+  const std::uint64_t wall = wall_.nextDeadline(), now = wallNow_();
+  if (wall == TimerHeap::kNever) return monotonic_.nextDeadline();
+  return std::min(monotonic_.nextDeadline(), monotonicNanoseconds() + (wall > now ? wall - now : 0));
 }
 
 void SystemTimerClock::disarm(TimerEntry& entry) noexcept {
@@ -89,27 +115,30 @@ void SystemTimerClock::wakeThread() {
   }
 }
 
-bool SystemTimerClock::startThread() {
-  if (wakeDescriptor_ < 0) wakeDescriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (wallDescriptor_ < 0) wallDescriptor_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
-  int failure = wakeDescriptor_ < 0 || wallDescriptor_ < 0 ? errno : 0;
-  if (failure == 0) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    pthread_t thread{};
-    failure = pthread_create(&thread, &attributes, &threadMain, this);
-    pthread_attr_destroy(&attributes);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  }
+bool SystemTimerClock::ensureThread() {
+  if (tended_) return false;  // it would fire later timers before those
+  if (ThreadShortage::exists(ThreadShortage::Of::timers) && monotonicNanoseconds() < nextStart_) return false;
+  int failure = openDescriptors();
+  if (failure == 0) failure = startThread(&threadMain, this);
   threadRuns_ = failure == 0;
   awake_ = threadRuns_;
-  if (!threadRuns_) reportNoThread(failure);
+  if (threadRuns_) {
+    if (!ThreadShortage::exists(ThreadShortage::Of::timers)) return true;
+    ThreadShortage::threadStarted();
+    ThreadShortage::end(ThreadShortage::Of::timers);
+  } else {
+    nextStart_ = monotonicNanoseconds() + ThreadShortage::interval;
+    (void)ThreadShortage::begin(ThreadShortage::Of::timers);
+    ThreadShortage::report(failure);
+  }
   return threadRuns_;
+}
+
+int SystemTimerClock::openDescriptors() {
+  if (wakeDescriptor_ < 0) wakeDescriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (wakeDescriptor_ < 0) return errno;
+  if (wallDescriptor_ < 0) wallDescriptor_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
+  return wallDescriptor_ < 0 ? errno : 0;
 }
 
 void* SystemTimerClock::threadMain(void* clock) {
@@ -123,7 +152,7 @@ void SystemTimerClock::run() {
   mutex_.lock();
   std::uint64_t idleSince = monotonicNanoseconds();
   for (;;) {
-    collectDue();
+    collectDue(due_);
     if (!due_.empty()) {
       mutex_.unlock();
       fire(due_);
@@ -143,9 +172,9 @@ void SystemTimerClock::run() {
   mutex_.unlock();
 }
 
-void SystemTimerClock::collectDue() {
-  if (monotonic_.size() > 0) monotonic_.takeDue(monotonicNanoseconds(), kTimersPerRound, due_);
-  if (wall_.size() > 0) wall_.takeDue(wallNow_(), kTimersPerRound, due_);
+void SystemTimerClock::collectDue(std::vector<DueTimer>& due) {
+  if (monotonic_.size() > 0) monotonic_.takeDue(monotonicNanoseconds(), kTimersPerRound, due);
+  if (wall_.size() > 0) wall_.takeDue(wallNow_(), kTimersPerRound, due);
 }
 
 void SystemTimerClock::sleepUntilNext() {
@@ -196,7 +225,7 @@ void SystemTimerClock::resetAfterFork() noexcept {
   wall_.forgetAll();
   new std::vector<DueTimer>(std::move(due_));
   due_.clear();
-  threadRuns_ = awake_ = false;
+  threadRuns_ = awake_ = tended_ = false;
   for (int* descriptor : {&wakeDescriptor_, &wallDescriptor_}) {
     if (*descriptor >= 0) close(*descriptor);  // the parent's own stay open
     *descriptor = -1;

@@ -35,6 +35,10 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   void disarm(TimerEntry& entry) noexcept override;
   void resetAfterFork() noexcept override;
 
+  /// Where the thread could not be started: attempts it again if it is time for that, else fires what is due. Tells
+  /// when the next timer is due, kNoDeadline where there is none or the thread runs.
+  std::uint64_t tend() noexcept;
+
   // For tests.
   [[nodiscard]] bool threadRuns();
   void setIdleTime(std::uint64_t nanoseconds);
@@ -47,8 +51,10 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   SystemTimerClock() = default;
   static void* threadMain(void* clock);
   void run();
-  bool startThread() NK_REQUIRES(mutex_);
-  void collectDue() NK_REQUIRES(mutex_);
+  /// The thread runs, or is on its way.
+  bool ensureThread() NK_REQUIRES(mutex_);
+  [[nodiscard]] int openDescriptors() NK_REQUIRES(mutex_);
+  void collectDue(std::vector<DueTimer>& due) NK_REQUIRES(mutex_);
   void sleepUntilNext() NK_REQUIRES(mutex_);
   void wakeThread() NK_REQUIRES(mutex_);
 
@@ -61,6 +67,8 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   int wakeDescriptor_ NK_GUARDED_BY(mutex_) = -1;
   int wallDescriptor_ NK_GUARDED_BY(mutex_) = -1;
   std::uint64_t wallSetTo_ NK_GUARDED_BY(mutex_) = kNotSet;  // what wallDescriptor_ waits for
+  std::uint64_t nextStart_ NK_GUARDED_BY(mutex_) = 0;        // in a shortage: when it may be attempted again
+  bool tended_ NK_GUARDED_BY(mutex_) = false;                // another thread fires what is due
   std::uint64_t idleTime_ NK_GUARDED_BY(mutex_) = 10'000'000'000;
   std::uint64_t (*wallNow_)() noexcept NK_GUARDED_BY(mutex_) = &wallNanoseconds;
 };

@@ -2,13 +2,15 @@
 
 #include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ItemPages.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
-#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
+#include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
+#include "NorvikCore/platform/dispatch/internal/TimerClock.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <pthread.h>
 #include <sched.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <utility>
@@ -22,24 +24,13 @@ constexpr std::uint64_t kSpinTime = 15'000;          // how long it spins after 
 constexpr unsigned kLooksBeforeHelp = 5;             // looks at a list from which nothing is taken
 constexpr std::uint64_t kIdleTime = 10'000'000'000;  // a sleeping worker ends after this
 constexpr unsigned kMostThreads = 4096;
-constexpr std::uint64_t kSayAgain = 1'000'000'000;  // how often it says that no worker comes
+constexpr unsigned kBriefSearch = 16;  // items
 
 unsigned processorsOfThisProcess() {
   cpu_set_t set;
   CPU_ZERO(&set);
   if (sched_getaffinity(0, sizeof set, &set) != 0) return 1;
   return std::max(1U, static_cast<unsigned>(CPU_COUNT(&set)));
-}
-
-void sayThatNobodyComes() noexcept {
-  static constinit std::atomic<std::uint64_t> saidAt{0};
-  const std::uint64_t now = monotonicNanoseconds();
-  std::uint64_t before = saidAt.load(std::memory_order_relaxed);
-  if ((before != 0 && now - before < kSayAgain) ||
-      !saidAt.compare_exchange_strong(before, now, std::memory_order_relaxed))
-    return;
-  kernel::writeSystemLog(
-      "dispatch: no worker thread is free and none can be started; queued blocks wait for the next attempt");
 }
 
 constinit thread_local bool thisThreadIsWorker __attribute__((tls_model("initial-exec"))) = false;
@@ -79,7 +70,7 @@ void WorkerPool::submit(Item* item, const std::atomic<bool>& mayWait) {
     if (lookout_ != nullptr && relaxed) return;
     wake = cover();
   }
-  carryOut(wake);
+  carryOut(wake, Sleepers::nudged);
 }
 
 const std::atomic<bool>& WorkerPool::prompt() noexcept {
@@ -94,7 +85,53 @@ void WorkerPool::expedite() noexcept {
     collectFromNapper(kOpen);
     if (!items_.empty()) wake = cover();
   }
-  carryOut(wake);
+  carryOut(wake, Sleepers::nudged);
+}
+
+bool WorkerPool::isWorker() noexcept { return thisThreadIsWorker; }
+
+void WorkerPool::prepare() noexcept {
+  Wake wake;
+  {
+    const QueueLock lock(mutex_);
+    if (threads_ == 0) wake = summon();
+  }
+  carryOut(wake, Sleepers::left);
+}
+
+bool WorkerPool::help(const HelpGoal& goal, Search search) noexcept {
+  if (!hasReadyItems() || (search == Search::brief ? goal.of == nullptr : !goal.isKnown())) return false;
+  Item* item = nullptr;
+  {
+    const QueueLock lock(mutex_);
+    if (search == Search::brief) {
+      unsigned left = kBriefSearch;
+      item = items_.takeFirstThat(
+          [&](Item* candidate) { return left > 0 && left-- > 0 && SerialQueue::drainedBy(candidate) == goal.of; });
+    } else {
+      item = items_.takeFirstThat([&goal](Item* candidate) { return goal.isReachedBy(candidate); });
+    }
+    if (item == nullptr) return false;
+    readyCount_.store(readyCount_.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
+    ++taken_;
+  }
+  const FrameScope frame(GlobalQueue::shared());
+  runTowards(item, GlobalQueue::shared(), goal);
+  return true;
+}
+
+void WorkerPool::attemptStart() noexcept {
+  Wake wake;
+  {
+    const QueueLock lock(mutex_);
+    collectFromNapper(kOpen);
+    if (items_.empty()) {
+      ThreadShortage::end(ThreadShortage::Of::workers);
+      return;
+    }
+    wake = cover();
+  }
+  carryOut(wake, Sleepers::left);
 }
 
 /// False when no lookout naps.
@@ -148,42 +185,47 @@ WorkerPool::Wake WorkerPool::summon() {
     sleeper->word.store(1, std::memory_order_relaxed);
     return {&sleeper->word};
   }
-  if (threads_ >= kMostThreads) return {.nobodyComes = running_ == 0};
+  if (threads_ >= kMostThreads) {
+    const bool begins = ThreadShortage::begin(ThreadShortage::Of::workers);
+    return {.isShort = true, .begins = begins, .nobodyComes = running_ == 0};
+  }
+  if (ThreadShortage::exists(ThreadShortage::Of::workers) && monotonicNanoseconds() < nextStart_) [[unlikely]]
+    return {.isShort = true};
   ++threads_;
   ++coming_;
   return {.start = true};
 }
 
-void WorkerPool::carryOut(const Wake& wake) noexcept {
+void WorkerPool::carryOut(const Wake& wake, Sleepers sleepers) noexcept {
   if (wake.word != nullptr) futexWake(wake.word, 1);
-  if (wake.nobodyComes) sayThatNobodyComes();
-  if (!wake.start) return;
+  if (!wake.start && !wake.isShort) [[likely]]
+    return;
+  Wake rest = wake;
+  int failure = 0;
+  if (wake.start) failure = startWorker(rest);
+  if (!rest.isShort) return;
+  if (rest.nobodyComes) ThreadShortage::report(failure);
+  if (rest.begins || sleepers == Sleepers::nudged) ThreadShortage::nudgeAll();
+}
 
-  // Workers take no signals: those are for the application's own threads.
-  sigset_t blocked;
-  sigset_t before;
-  sigfillset(&blocked);
-  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF})
-    sigdelset(&blocked, fault);
-  pthread_sigmask(SIG_SETMASK, &blocked, &before);
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-  pthread_t thread{};
-  const int failure = pthread_create(&thread, &attributes, &threadMain, this);
-  pthread_attr_destroy(&attributes);
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  if (failure == 0) return;
-
-  // The work stays in the list for the workers that there are, and the next submit() tries again.
-  bool nobodyComes = false;
-  {
-    const QueueLock lock(mutex_);
-    --threads_;
-    --coming_;
-    nobodyComes = running_ == 0 && coming_ == 0 && lookout_ == nullptr && sleepers_ == nullptr;
+/// Where that fails, the items stay in the list for the workers that there are and for threads that wait for them.
+int WorkerPool::startWorker(Wake& rest) noexcept {
+  const int failure = startThread(&threadMain, this);
+  if (failure == 0 && !ThreadShortage::exists(ThreadShortage::Of::workers)) [[likely]]
+    return 0;
+  const QueueLock lock(mutex_);
+  if (failure == 0) {
+    ThreadShortage::threadStarted();
+    ThreadShortage::end(ThreadShortage::Of::workers);
+    return 0;
   }
-  if (nobodyComes) sayThatNobodyComes();
+  --threads_;
+  --coming_;
+  nextStart_ = monotonicNanoseconds() + ThreadShortage::interval;
+  rest.begins = ThreadShortage::begin(ThreadShortage::Of::workers);
+  rest.isShort = true;
+  rest.nobodyComes = running_ == 0 && coming_ == 0 && lookout_ == nullptr && sleepers_ == nullptr;
+  return failure;
 }
 
 // --- Workers ---
@@ -225,7 +267,7 @@ void WorkerPool::runNext() {
   ++taken_;
   const Wake wake = items_.empty() ? Wake{} : cover();
   mutex_.unlock();
-  carryOut(wake);
+  carryOut(wake, Sleepers::left);
   runItem(item, GlobalQueue::shared());
   mutex_.lock();
   --running_;
@@ -248,7 +290,7 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     if (items_.empty()) {
       looksAtTheSame = 0;
       if (moved) quietSince = now;
-      if (now - quietSince >= kQuietTime) break;
+      if (now - quietSince >= kQuietTime && !ThreadShortage::exists(ThreadShortage::Of::timers)) break;
     } else {
       outlook = Outlook::work;
       if (running_ < target_) break;
@@ -264,6 +306,8 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     const bool idle = running_ == 0;
     mutex_.unlock();
     if (idle) ItemPages::trimSpares();
+    if (ThreadShortage::exists(ThreadShortage::Of::timers)) [[unlikely]]
+      SystemTimerClock::shared().tend();
     futexWait(self.word, 0, now + kLookInterval);
     mutex_.lock();
     collectFromNapper(kClosed);
@@ -320,7 +364,7 @@ void WorkerPool::enterBlocked() noexcept {
     --running_;
     if (!items_.empty()) wake = cover();
   }
-  carryOut(wake);
+  carryOut(wake, Sleepers::left);
 }
 
 void WorkerPool::leaveBlocked() noexcept {

@@ -14,11 +14,12 @@
 //     something nobody knows of), and helps out.
 // Nothing is overlooked, for the list, the lookout and the sleepers are guarded by one mutex: who adds an item sees
 // under it either a worker on its way, or a lookout, or wakes a sleeper, or starts a worker. A worker that takes an
-// item and leaves others sees to the same. Where no worker can be started and none is free, that is said on the system
-// console, and the next item that comes tries again.
+// item and leaves others sees to the same. Where a worker is needed and cannot be started, ThreadShortage.h says what
+// becomes of the items.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
 
@@ -40,6 +41,17 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   static const std::atomic<bool>& prompt() noexcept;
   /// What is in the list is taken soon.
   void expedite() noexcept;
+
+  /// True on a worker's thread.
+  [[nodiscard]] static bool isWorker() noexcept;
+  /// There will be a worker soon: for who knows that it will have work, for a start takes a while.
+  void prepare() noexcept;
+  /// By a thread that waits: runs the first item that is a step to the goal. False where none is. A brief search looks
+  /// at a few items, and for the drain of the queue that the thread waits in.
+  enum class Search : std::uint8_t { brief, thorough };
+  bool help(const HelpGoal& goal, Search search) noexcept;
+  /// By any thread that has the time: attempts again to start a worker if one is needed and it is time for that.
+  void attemptStart() noexcept;
 
   /// True when items wait while the calling worker runs a long drain: time to go to the end of the list.
   [[nodiscard]] bool hasReadyItems() const noexcept { return readyCount_.load(std::memory_order_relaxed) != 0; }
@@ -65,7 +77,9 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   struct Wake {  // what to do once the mutex is free
     const std::atomic<std::uint32_t>* word = nullptr;
     bool start = false;
-    bool nobodyComes = false;  // all workers wait for others, and there are too many for one more
+    bool isShort = false;      // one was needed and cannot be started
+    bool begins = false;       // for the first time
+    bool nobodyComes = false;  // and none is free
   };
 
   WorkerPool();
@@ -82,7 +96,9 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   Wake summon() NK_REQUIRES(mutex_);
   Wake alertLookout() NK_REQUIRES(mutex_);
   Wake cover() NK_REQUIRES(mutex_);
-  void carryOut(const Wake& wake) noexcept NK_EXCLUDES(mutex_);
+  enum class Sleepers : std::uint8_t { nudged, left };  // in a shortage: there is something new for them, or not
+  void carryOut(const Wake& wake, Sleepers sleepers) noexcept NK_EXCLUDES(mutex_);
+  [[nodiscard]] int startWorker(Wake& rest) noexcept NK_EXCLUDES(mutex_);
   void enterBlocked() noexcept;
   void leaveBlocked() noexcept;
 
@@ -109,6 +125,7 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   std::uint64_t looks_ NK_GUARDED_BY(mutex_) = 0;
   std::uint64_t wakes_ NK_GUARDED_BY(mutex_) = 0;
   std::uint64_t idleTime_ NK_GUARDED_BY(mutex_);
+  std::uint64_t nextStart_ NK_GUARDED_BY(mutex_) = 0;  // in a shortage: when one may be attempted again
 };
 
 /// While a worker is in it, it does not count as running: others may take its place. On other threads it does nothing.

@@ -1,0 +1,145 @@
+#include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
+
+#include "NorvikCore/platform/dispatch/internal/TimerClock.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+namespace norvik::detail {
+namespace {
+
+constexpr std::uint64_t kLongestPause = 16 * ThreadShortage::interval;
+constexpr std::uint64_t kReportAgain = 60'000'000'000;
+
+// What a thread runs for a wait may wait itself, and so on: how deep, for the sake of its stack.
+constexpr unsigned kMostHelp = 16;
+constexpr unsigned kMostHelpInShortage = 512;
+constinit thread_local unsigned helpDepth = 0;
+
+}  // namespace
+
+constinit std::atomic<std::uint32_t> ThreadShortage::state{0};
+constinit std::atomic<std::uint32_t> ThreadShortage::nudges{0};
+constinit std::atomic<bool> ThreadShortage::reported{false};
+constinit std::atomic<std::uint64_t> ThreadShortage::reportedAt{0};
+
+ThreadShortage& ThreadShortage::shared() {
+  static auto& shortage = []() -> ThreadShortage& {
+    auto* made = new ThreadShortage;
+    made->watchForks();
+    return *made;
+  }();
+  return shortage;
+}
+
+bool ThreadShortage::begin(Of what) noexcept {
+  const auto bit = static_cast<std::uint32_t>(what);
+  return (state.fetch_or(bit, std::memory_order_seq_cst) & bit) == 0;
+}
+
+void ThreadShortage::end(Of what) noexcept {
+  state.fetch_and(~static_cast<std::uint32_t>(what), std::memory_order_seq_cst);
+}
+
+void ThreadShortage::nudgeAll() noexcept {
+  // Who registers after this has taken the mutex sees that the count is another.
+  nudges.fetch_add(1, std::memory_order_seq_cst);
+  ThreadShortage& self = shared();
+  const QueueLock lock(self.mutex_);
+  for (SleepingThread* thread = self.sleeping_; thread != nullptr; thread = thread->next_) thread->nudge();
+}
+
+void ThreadShortage::report(int failure) noexcept {
+  if (reported.exchange(true, std::memory_order_relaxed)) return;
+  const std::uint64_t now = monotonicNanoseconds();
+  const std::uint64_t before = reportedAt.load(std::memory_order_relaxed);
+  if (before != 0 && now - before < kReportAgain) return;
+  reportedAt.store(now, std::memory_order_relaxed);
+  char reason[96];
+  char line[256];
+  std::snprintf(line, sizeof line,
+                "dispatch: no worker thread is free and none can be started (%s); queued blocks and timers run on "
+                "threads that wait for them, or once one can be started",
+                failure == 0 ? "too many wait" : strerror_r(failure, reason, sizeof reason));
+  kernel::writeSystemLog(line);
+}
+
+std::uint64_t ThreadShortage::tend() noexcept {
+  if (exists(Of::workers)) WorkerPool::shared().attemptStart();
+  return exists(Of::timers) ? SystemTimerClock::shared().tend() : kNoDeadline;
+}
+
+void ThreadShortage::resetAfterFork() noexcept {
+  mutex_.resetAfterFork();
+  const QueueLock lock(mutex_);
+  sleeping_ = nullptr;
+  state.store(0, std::memory_order_relaxed);
+}
+
+SleepingThread::SleepingThread(std::atomic<std::uint32_t>* word, std::uint32_t nudge, int descriptor) noexcept
+    : word_(word), nudge_(nudge), descriptor_(descriptor) {
+  ThreadShortage& shortage = ThreadShortage::shared();
+  const QueueLock lock(shortage.mutex_);
+  next_ = shortage.sleeping_;
+  if (next_ != nullptr) next_->previous_ = this;
+  shortage.sleeping_ = this;
+}
+
+SleepingThread::~SleepingThread() {
+  ThreadShortage& shortage = ThreadShortage::shared();
+  const QueueLock lock(shortage.mutex_);
+  (previous_ != nullptr ? previous_->next_ : shortage.sleeping_) = next_;
+  if (next_ != nullptr) next_->previous_ = previous_;
+}
+
+void SleepingThread::nudge() noexcept {
+  if (word_ != nullptr) {
+    word_->fetch_add(nudge_, std::memory_order_seq_cst);
+    futexWake(word_, INT_MAX);
+    return;
+  }
+  const std::uint64_t one = 1;
+  while (write(descriptor_, &one, sizeof one) < 0 && errno == EINTR) {
+  }
+}
+
+bool PatientWait::help(bool isShort) const noexcept {
+  if (helpDepth >= (isShort ? kMostHelpInShortage : kMostHelp)) return false;
+  ++helpDepth;
+  const auto search = isShort ? WorkerPool::Search::thorough : WorkerPool::Search::brief;
+  const bool helped = WorkerPool::shared().help(goal_, search);
+  --helpDepth;
+  return helped;
+}
+
+bool PatientWait::sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint32_t nudge,
+                        std::uint64_t deadline) noexcept {
+  const std::uint32_t seen = ThreadShortage::nudges.load(std::memory_order_seq_cst);
+  std::uint64_t until = deadline;
+  const bool isShort = ThreadShortage::exists();
+  if ((isShort || WorkerPool::isWorker()) && help(isShort)) {
+    pause_ = ThreadShortage::interval;
+    return true;
+  }
+  const BlockingScope blocking;
+  if (isShort) [[unlikely]] {
+    until = std::min(deadline, ThreadShortage::tend());
+    if (ThreadShortage::exists()) {
+      until = std::min(until, monotonicNanoseconds() + pause_);
+      pause_ = std::min(2 * pause_, kLongestPause);
+    }
+  }
+  const SleepingThread registered(word, nudge);
+  if (ThreadShortage::nudges.load(std::memory_order_seq_cst) != seen) return true;
+  if (futexWait(word, expected, until)) return true;
+  return until < deadline || deadline == kNoDeadline;
+}
+
+}  // namespace norvik::detail

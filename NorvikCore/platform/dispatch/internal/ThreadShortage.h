@@ -1,0 +1,113 @@
+// NorvikCore/platform/dispatch/internal/ThreadShortage.h - what is done where no thread can be started.
+//
+// A shortage begins when a worker or the timers' thread is needed and cannot be started, and ends when one has been
+// started or there is nothing left to do. Meanwhile
+//   - every thread that waits in the library does the work that it waits for itself, if that can be told (HelpGoal.h; a
+//     worker always does, as it is as good as the one that would come), attempts to start the missing thread, and fires
+//     the timers that are due;
+//   - so do the lookout of the workers, and the main thread where it drains the main queue, except that they have no
+//     goal of their own;
+//   - attempts are `interval` apart at least, and waiting threads sleep for longer and longer between two of them.
+//
+// A thread that fell asleep before the shortage began is nudged: the word that it sleeps on changes in a way that says
+// nothing but "look again".
+#pragma once
+
+#include "NorvikCore/platform/dispatch/internal/ForkAware.h"
+#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
+#include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
+#include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace norvik::detail {
+
+class ThreadShortage final : public ForkAware {
+ public:
+  enum class Of : std::uint32_t { workers = 1, timers = 2 };
+
+  /// How far apart attempts to start a thread are.
+  static constexpr std::uint64_t interval = 10'000'000;
+
+  [[nodiscard]] static bool exists() noexcept { return state.load(std::memory_order_seq_cst) != 0; }
+  [[nodiscard]] static bool exists(Of what) noexcept {
+    return (state.load(std::memory_order_seq_cst) & static_cast<std::uint32_t>(what)) != 0;
+  }
+  /// Under the mutex of those whom it is about. False where it had begun before.
+  static bool begin(Of what) noexcept;
+  static void end(Of what) noexcept;
+  /// There is something to do and no thread for it: all that sleep in a wait look again. Under no mutex.
+  static void nudgeAll() noexcept;
+  /// Says so on the system console, once in a shortage and once a minute at most. `failure`: the error of the system, or
+  /// 0 where there are as many workers as there may be.
+  static void report(int failure) noexcept;
+  /// A thread has been started: the next shortage is another one.
+  static void threadStarted() noexcept { reported.store(false, std::memory_order_relaxed); }
+
+  /// Attempts to start what is missing, and fires the timers that are due if there is still no thread for them. Tells
+  /// when the next timer is due, kNoDeadline where a thread cares.
+  static std::uint64_t tend() noexcept;
+
+  void resetAfterFork() noexcept override;
+
+ private:
+  friend class SleepingThread;
+  friend class PatientWait;
+  static ThreadShortage& shared();
+
+  static std::atomic<std::uint32_t> state;
+  static std::atomic<std::uint32_t> nudges;
+  static std::atomic<bool> reported;
+  static std::atomic<std::uint64_t> reportedAt;
+
+  QueueMutex mutex_;
+  class SleepingThread* sleeping_ NK_GUARDED_BY(mutex_) = nullptr;
+};
+
+/// Registers the calling thread, which is about to sleep, for nudges.
+class SleepingThread {
+ public:
+  /// A nudge adds `nudge` to the word and wakes who sleeps on it.
+  SleepingThread(std::atomic<std::uint32_t>& word, std::uint32_t nudge) noexcept : SleepingThread(&word, nudge, -1) {}
+  /// A nudge makes the eventfd readable.
+  explicit SleepingThread(int descriptor) noexcept : SleepingThread(nullptr, 0, descriptor) {}
+  ~SleepingThread();
+  SleepingThread(const SleepingThread&) = delete;
+  SleepingThread& operator=(const SleepingThread&) = delete;
+
+ private:
+  friend class ThreadShortage;
+  SleepingThread(std::atomic<std::uint32_t>* word, std::uint32_t nudge, int descriptor) noexcept;
+  void nudge() noexcept;
+
+  std::atomic<std::uint32_t>* const word_;
+  const std::uint32_t nudge_;
+  const int descriptor_;
+  SleepingThread* previous_ = nullptr;
+  SleepingThread* next_ = nullptr;
+};
+
+/// One wait of the calling thread. A worker counts as blocked while it sleeps.
+class PatientWait {
+ public:
+  explicit PatientWait(const HelpGoal& goal) noexcept : goal_(goal) {}
+
+  /// Sleeps while `word` is `expected`, until woken, until the deadline or for no reason at all; or works towards the
+  /// goal. The caller looks again. False when the deadline has passed.
+  bool sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint32_t nudge,
+             std::uint64_t deadline = kNoDeadline) noexcept;
+
+  /// A block that it ran has forked and this is the child, in which nothing is left of what was waited for.
+  [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }
+
+ private:
+  [[nodiscard]] bool help(bool isShort) const noexcept;
+
+  const HelpGoal goal_;
+  const std::uint32_t generation_ = kernel::forkGeneration();
+  std::uint64_t pause_ = ThreadShortage::interval;
+};
+
+}  // namespace norvik::detail
