@@ -1,6 +1,7 @@
 #include "NorvikCore/logging/DDAbstractLogger.h"
 
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 
 #include <string>
 
@@ -16,6 +17,7 @@ bool DDAbstractLogger::init() {
   const std::optional<NSString> name = loggerName();
   loggerQueue_ = dispatch_queue_create(name ? name->utf8().c_str() : nullptr);
   dispatch_queue_set_specific(loggerQueue_, this, this);
+  detail::WorkerPool::shared().prepare();  // so that the process's first message finds one
   return true;
 }
 

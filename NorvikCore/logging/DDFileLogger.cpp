@@ -202,7 +202,10 @@ Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
   inode_ = status.inode;
   endsInsideLine_ = false;
   currentLogFileHandle_ = std::move(handle);
-  scheduleTimerToRollLogFileDueToAge();
+  // After the line for which the file was opened: the first timer of a process starts a thread.
+  dispatch_async_relaxed(loggerQueue(), [logger = Weak<DDFileLogger>(this)] {
+    if (const Ref<DDFileLogger> alive = logger.lock()) alive->scheduleTimerToRollLogFileDueToAge();
+  });
   return currentLogFileHandle_;
 }
 
