@@ -107,13 +107,14 @@ class Subject {
 
 class Ours final : public Subject {
  public:
-  Ours(const std::string& folder, std::uint64_t maximumFileSize) {
+  enum class Start : std::uint8_t { ready, atOnce };
+  Ours(const std::string& folder, std::uint64_t maximumFileSize, Start start = Start::ready) {
     auto manager = DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder));
     manager->setMaximumNumberOfLogFiles(0);
     logger_ = DDFileLogger::initWithLogFileManager(manager);
     logger_->setMaximumFileSize(maximumFileSize);
     DDLog::addLogger(logger_);
-    DDLog::flushLog();
+    if (start == Start::ready) DDLog::flushLog();
     ddLogLevel = LOG_LEVEL_INFO;
   }
   void call(int number) override {
@@ -231,20 +232,24 @@ double secondsForAll(Who who, int threads, int messages, std::uint64_t maximumFi
 // What a crash leaves
 
 constexpr int crashMessages = 10000;
+constexpr int firstMessages = 10;  // of a process that logs at once
 
-[[noreturn]] void logAndAbort(const char* who, const char* folder, int pauseMilliseconds) {
-  const auto subject = make(std::strcmp(who, "ours") == 0 ? Who::ours : Who::spdlog, folder);
-  for (int i = 0; i < crashMessages; ++i) subject->call(i);
+[[noreturn]] void logAndAbort(const char* who, const char* folder, int messages, int pauseMilliseconds) {
+  const bool isOurs = std::strcmp(who, "ours") == 0;
+  const auto subject = isOurs && messages == firstMessages
+                           ? std::unique_ptr<Subject>(new Ours(folder, 0, Ours::Start::atOnce))
+                           : make(isOurs ? Who::ours : Who::spdlog, folder);
+  for (int i = 0; i < messages; ++i) subject->call(i);
   if (pauseMilliseconds > 0) std::this_thread::sleep_for(std::chrono::milliseconds(pauseMilliseconds));
   std::abort();
 }
 
-std::size_t linesAfterAbort(const char* program, Who who, int pauseMilliseconds) {
+std::size_t linesAfterAbort(const char* program, Who who, int messages, int pauseMilliseconds) {
   const Folder folder;
   const pid_t child = fork();
   if (child == 0) {
-    execl(program, program, "--abort", nameOf(who), folder.path().c_str(), std::to_string(pauseMilliseconds).c_str(),
-          static_cast<char*>(nullptr));
+    execl(program, program, "--abort", nameOf(who), folder.path().c_str(), std::to_string(messages).c_str(),
+          std::to_string(pauseMilliseconds).c_str(), static_cast<char*>(nullptr));
     _exit(127);
   }
   int status = 0;
@@ -351,7 +356,9 @@ void registerAll() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 5 && std::strcmp(argv[1], "--abort") == 0) logAndAbort(argv[2], argv[3], std::atoi(argv[4]));
+  if (argc == 6 && std::strcmp(argv[1], "--abort") == 0) {
+    logAndAbort(argv[2], argv[3], std::atoi(argv[4]), std::atoi(argv[5]));
+  }
   registerAll();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
@@ -359,10 +366,19 @@ int main(int argc, char** argv) {
   benchmark::Shutdown();
   for (const int pause : {0, 20}) {
     for (const Who who : everybody) {
-      const std::size_t lines = linesAfterAbort("/proc/self/exe", who, pause);
+      const std::size_t lines = linesAfterAbort("/proc/self/exe", who, crashMessages, pause);
       std::printf("note: abort() %d ms after %d calls leaves %zu lines (%s)\n", pause, crashMessages, lines,
                   nameOf(who));
       if (who == Who::ours && pause == 20 && lines != crashMessages) fail("lines are lost");
     }
+  }
+  for (const Who who : everybody) {
+    constexpr int processes = 50;
+    int whole = 0;
+    for (int i = 0; i < processes; ++i) {
+      if (linesAfterAbort("/proc/self/exe", who, firstMessages, 3) == firstMessages) ++whole;
+    }
+    std::printf("note: abort() 3 ms after a process's first %d calls leaves all of them in %d of %d (%s)\n",
+                firstMessages, whole, processes, nameOf(who));
   }
 }
