@@ -40,8 +40,8 @@ class ThreadShortage final : public ForkAware {
   static void end(Of what) noexcept;
   /// There is something to do and no thread for it: all that sleep in a wait look again. Under no mutex.
   static void nudgeAll() noexcept;
-  /// Says so on the system console, once in a shortage and once a minute at most. `failure`: the error of the system, or
-  /// 0 where there are as many workers as there may be.
+  /// Says so on the system console, once in a shortage and once a minute at most. `failure`: the error of the system,
+  /// or 0 where there are as many workers as there may be.
   static void report(int failure) noexcept;
   /// A thread has been started: the next shortage is another one.
   static void threadStarted() noexcept { reported.store(false, std::memory_order_relaxed); }
