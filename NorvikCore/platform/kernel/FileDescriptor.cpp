@@ -41,6 +41,16 @@ int awaitWritable(int descriptor) noexcept {
   return poll(&wait, 1, -1) < 0 && errno != EINTR ? errno : 0;
 }
 
+// Of a descriptor that was opened with O_NONBLOCK, which is taken back.
+int requireRegular(int descriptor) noexcept {
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) return errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
+  if (!S_ISREG(status.st_mode)) return ENXIO;
+  const int flags = fcntl(descriptor, F_GETFL);
+  return flags >= 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0 ? 0 : errno;
+}
+
 }  // namespace
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
@@ -66,6 +76,7 @@ int openFile(const std::string& path, const OpenOptions& options, FileDescriptor
   if (options.append) flags |= O_APPEND;
   if (options.create) flags |= O_CREAT | (options.exclusive ? O_EXCL : 0);
   if (options.truncate) flags |= O_TRUNC;
+  if (options.regular) flags |= O_NOFOLLOW | O_NONBLOCK;
   int descriptor;
   do {
     descriptor = open(path.c_str(), flags, options.mode);
@@ -76,7 +87,11 @@ int openFile(const std::string& path, const OpenOptions& options, FileDescriptor
     descriptor = fcntl(standard.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (descriptor < 0) return errno;
   }
-  file = FileDescriptor(descriptor);
+  FileDescriptor opened(descriptor);
+  if (options.regular) {
+    if (const int error = requireRegular(descriptor)) return error;
+  }
+  file = std::move(opened);
   return 0;
 }
 
@@ -144,6 +159,22 @@ int readFile(const std::string& path, std::string& text) {
   FileDescriptor file;
   if (const int error = openFile(path, {.read = true}, file)) return error;
   return readAll(file.get(), text);
+}
+
+int readAt(int descriptor, std::uint64_t offset, char* bytes, std::size_t size, std::size_t* count) noexcept {
+  *count = 0;
+  while (*count < size) {
+    const ssize_t taken = pread(descriptor, bytes + *count, size - *count, static_cast<off_t>(offset + *count));
+    if (taken == 0) break;
+    if (taken < 0 && errno != EINTR) return errno;
+    if (taken > 0) *count += static_cast<std::size_t>(taken);
+  }
+  return 0;
+}
+
+void awaitOtherWrites(int descriptor) noexcept {
+  // A write of nothing takes and releases the file's lock; a result is of no use.
+  [[maybe_unused]] const ssize_t nothing = write(descriptor, "", 0);
 }
 
 int synchronize(int descriptor) noexcept {

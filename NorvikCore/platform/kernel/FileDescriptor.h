@@ -48,6 +48,9 @@ struct OpenOptions {
   bool create = false;     ///< make the file where there is none
   bool exclusive = false;  ///< with create: refuse a file that exists (EEXIST)
   bool truncate = false;
+  /// Refuse anything but a regular file, without waiting for it: a symbolic link (ELOOP; those in the path before the
+  /// last name are followed), a folder (EISDIR), a pipe, socket or device (ENXIO).
+  bool regular = false;
   unsigned mode = 0666;  ///< permissions of a new file, less the process's umask
 };
 
@@ -65,6 +68,15 @@ struct OpenOptions {
 
 /// Replaces `text` with the content of a file; on failure `text` is empty or cut short.
 [[nodiscard]] NK_EXPORT int readFile(const std::string& path, std::string& text);
+
+/// Reads at `offset`, wherever the descriptor stands, until `size` bytes are read or the file ends; `*count` tells how
+/// many were read.
+[[nodiscard]] NK_EXPORT int readAt(int descriptor, std::uint64_t offset, char* bytes, std::size_t size,
+                                   std::size_t* count) noexcept;
+
+/// Waits for a write to the same regular file that another process is in the middle of, on file systems that write one
+/// after another; changes nothing.
+NK_EXPORT void awaitOtherWrites(int descriptor) noexcept;
 
 /// Waits until what was written has reached the disk. A descriptor that has no disk behind it (a pipe, a terminal) is
 /// fine.

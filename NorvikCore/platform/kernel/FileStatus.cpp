@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -91,6 +92,17 @@ int readFileStatus(int descriptor, FileStatus& status) { return read(descriptor,
 
 int setPermissions(const std::string& path, unsigned permissions) noexcept {
   return chmod(path.c_str(), permissions) == 0 ? 0 : errno;
+}
+
+int setPermissions(int descriptor, unsigned permissions) noexcept {
+  return fchmod(descriptor, permissions) == 0 ? 0 : errno;
+}
+
+int setFolderPermissions(const std::string& path, unsigned permissions) noexcept {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  const FileDescriptor folder(descriptor);
+  return setPermissions(folder.get(), permissions);
 }
 
 int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) noexcept {

@@ -41,6 +41,9 @@ enum class Links { follow, stay };
 
 /// The lower twelve bits of the mode.
 [[nodiscard]] NK_EXPORT int setPermissions(const std::string& path, unsigned permissions) noexcept;
+[[nodiscard]] NK_EXPORT int setPermissions(int descriptor, unsigned permissions) noexcept;
+/// Of the folder itself: a symbolic link in its place is refused.
+[[nodiscard]] NK_EXPORT int setFolderPermissions(const std::string& path, unsigned permissions) noexcept;
 [[nodiscard]] NK_EXPORT int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) noexcept;
 
 /// To be called by who has just made a file: keeps the present time as its creation time where the file system will

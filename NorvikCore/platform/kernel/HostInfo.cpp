@@ -61,6 +61,8 @@ ProcessorCountOverride::~ProcessorCountOverride() { reportedProcessors.store(bef
 
 std::int32_t processId() noexcept { return getpid(); }
 
+std::uint32_t effectiveUserId() noexcept { return geteuid(); }
+
 const std::string& processName() {
   static const auto& name =
       *new std::string(*program_invocation_short_name != '\0' ? program_invocation_short_name : "unknown");

@@ -49,6 +49,15 @@ std::string homeOfAccount(const Ask& ask) {
   }
 }
 
+// Empty where neither the environment nor the account tells.
+std::string knownHome() {
+  std::string home = fromEnvironment("HOME");
+  if (!home.empty()) return home;
+  return homeOfAccount([](passwd* entry, char* buffer, std::size_t size, passwd** found) {
+    return getpwuid_r(geteuid(), entry, buffer, size, found);
+  });
+}
+
 // user-dirs.dirs: lines such as XDG_DOCUMENTS_DIR="$HOME/Papers" or ="/data/papers", with a backslash before special
 // characters; the last line for a name counts.
 std::string fromUserDirectories(std::string_view name) {
@@ -86,12 +95,7 @@ std::string userDirectory(std::string_view variable, std::string_view usual) {
 }  // namespace
 
 std::string homeDirectory() {
-  std::string home = fromEnvironment("HOME");
-  if (home.empty()) {
-    home = homeOfAccount([](passwd* entry, char* buffer, std::size_t size, passwd** found) {
-      return getpwuid_r(geteuid(), entry, buffer, size, found);
-    });
-  }
+  std::string home = knownHome();
   return home.empty() ? "/" : home;
 }
 
@@ -102,7 +106,10 @@ std::string homeDirectoryOfUser(const std::string& name) {
   });
 }
 
-std::string libraryDirectory() { return environmentOrHome("XDG_DATA_HOME", ".local/share"); }
+std::string libraryDirectory() {
+  std::string path = fromEnvironment("XDG_DATA_HOME");
+  return !path.empty() || knownHome().empty() ? path : inHome(".local/share");
+}
 std::string configurationDirectory() { return environmentOrHome("XDG_CONFIG_HOME", ".config"); }
 std::string cachesDirectory() { return environmentOrHome("XDG_CACHE_HOME", ".cache"); }
 std::string stateDirectory() { return environmentOrHome("XDG_STATE_HOME", ".local/state"); }

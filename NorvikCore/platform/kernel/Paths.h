@@ -5,7 +5,7 @@
 //
 // | folder        | environment      | without it                                   |
 // | home          | HOME             | that of the user's account, else /           |
-// | library       | XDG_DATA_HOME    | ~/.local/share                               |
+// | library       | XDG_DATA_HOME    | ~/.local/share; none where no home is known  |
 // | configuration | XDG_CONFIG_HOME  | ~/.config                                    |
 // | caches        | XDG_CACHE_HOME   | ~/.cache                                     |
 // | state         | XDG_STATE_HOME   | ~/.local/state                               |
@@ -28,6 +28,7 @@ namespace norvik::kernel {
 /// Of a user by name; empty where there is no such user.
 [[nodiscard]] NK_EXPORT std::string homeDirectoryOfUser(const std::string& name);
 
+/// Empty where neither the environment nor an account tells.
 [[nodiscard]] NK_EXPORT std::string libraryDirectory();
 [[nodiscard]] NK_EXPORT std::string configurationDirectory();
 [[nodiscard]] NK_EXPORT std::string cachesDirectory();

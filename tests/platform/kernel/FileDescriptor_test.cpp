@@ -6,6 +6,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -330,6 +331,56 @@ TEST(FileDescriptor, SynchronizingIsFineWithAndWithoutADisk) {
   EXPECT_EQ(kernel::synchronize(file.get()), 0);
   EXPECT_EQ(kernel::synchronize(Pipe().writer.get()), 0);
   EXPECT_EQ(kernel::synchronize(-1), EBADF);
+}
+
+TEST(FileDescriptor, WhereARegularFileIsAskedForNothingElseIsOpened) {
+  const TemporaryFolder folder;
+  folder.write("file", "text");
+  ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo(folder.path("read pipe").c_str(), 0600), 0);
+  ASSERT_EQ(mkdir(folder.path("folder").c_str(), 0700), 0);
+  ASSERT_EQ(symlink("file", folder.path("link").c_str()), 0);
+  ASSERT_EQ(symlink("nowhere", folder.path("dangling").c_str()), 0);
+  const FileDescriptor reader(open(folder.path("read pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  ASSERT_TRUE(reader.isOpen());
+  const struct {
+    std::string path;
+    int error;
+  } rows[] = {
+      {folder.path("file"), 0},         {folder.path("pipe"), ENXIO}, {folder.path("read pipe"), ENXIO},
+      {folder.path("folder"), EISDIR},  {folder.path("link"), ELOOP}, {folder.path("dangling"), ELOOP},
+      {folder.path("missing"), ENOENT}, {"/dev/null", ENXIO},
+  };
+  for (const auto& row : rows) {
+    FileDescriptor file;
+    EXPECT_EQ(kernel::openFile(row.path, {.append = true, .regular = true}, file), row.error) << row.path;
+    EXPECT_EQ(file.isOpen(), row.error == 0) << row.path;
+    if (!file.isOpen()) continue;
+    EXPECT_EQ(fcntl(file.get(), F_GETFL) & (O_NONBLOCK | O_APPEND), O_APPEND);
+  }
+  ASSERT_EQ(symlink(".", folder.path("here").c_str()), 0);
+  FileDescriptor file;
+  EXPECT_EQ(kernel::openFile(folder.path("here/file"), {.append = true, .regular = true}, file), 0);
+}
+
+TEST(FileDescriptor, ReadingAtAPlaceMovesNothing) {
+  const TemporaryFolder folder;
+  FileDescriptor file;
+  ASSERT_EQ(kernel::openFile(folder.write("a", "12345"), {.read = true, .write = true}, file), 0);
+  char bytes[4] = {};
+  std::size_t count = 9;
+  EXPECT_EQ(kernel::readAt(file.get(), 1, bytes, 3, &count), 0);
+  EXPECT_EQ(std::string(bytes, count), "234");
+  EXPECT_EQ(kernel::readAt(file.get(), 3, bytes, 4, &count), 0);
+  EXPECT_EQ(std::string(bytes, count), "45");
+  EXPECT_EQ(kernel::readAt(file.get(), 5, bytes, 4, &count), 0);
+  EXPECT_EQ(count, 0U);
+  EXPECT_EQ(kernel::readAt(Pipe().reader.get(), 0, bytes, 4, &count), ESPIPE);
+  kernel::awaitOtherWrites(file.get());
+  std::uint64_t offset = 99;
+  EXPECT_EQ(kernel::offsetOf(file.get(), offset), 0);
+  EXPECT_EQ(offset, 0U);
+  EXPECT_EQ(TemporaryFolder::read(folder.path("a")), "12345");
 }
 
 }  // namespace

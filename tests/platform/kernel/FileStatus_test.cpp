@@ -200,5 +200,21 @@ TEST(FileCreationFallback, ADamagedNoteCountsAsNone) {
   }
 }
 
+TEST(FileStatus, PermissionsAreSetOfAnOpenFileAndOfAFolderButNotThroughALink) {
+  const TemporaryFolder folder;
+  kernel::FileDescriptor file;
+  ASSERT_EQ(kernel::openFile(folder.write("a"), {.write = true}, file), 0);
+  EXPECT_EQ(kernel::setPermissions(file.get(), 0640), 0);
+  EXPECT_EQ(statusOf(folder.path("a")).permissions, 0640U);
+  EXPECT_EQ(kernel::setPermissions(-1, 0640), EBADF);
+  std::filesystem::create_directory(folder.path("inner"));
+  std::filesystem::create_directory_symlink("inner", folder.path("link"));
+  EXPECT_EQ(kernel::setFolderPermissions(folder.path("inner"), 0710), 0);
+  EXPECT_EQ(kernel::setFolderPermissions(folder.path("link"), 0777), ENOTDIR);
+  EXPECT_EQ(kernel::setFolderPermissions(folder.path("a"), 0777), ENOTDIR);
+  EXPECT_EQ(statusOf(folder.path("inner")).permissions, 0710U);
+  EXPECT_EQ(statusOf(folder.path("a")).permissions, 0640U);
+}
+
 }  // namespace
 }  // namespace norvik

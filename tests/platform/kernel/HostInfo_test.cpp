@@ -1,8 +1,11 @@
 #include "NorvikCore/platform/kernel/HostInfo.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace norvik {
 namespace {
@@ -84,6 +87,13 @@ TEST(HostInfo, TheSystemsVersionIsKnown) {
 TEST(HostInfo, TextsAreReadOnce) {
   EXPECT_EQ(&kernel::hardwareModel(), &kernel::hardwareModel());
   EXPECT_EQ(kernel::hardwareModel().find('\n'), std::string::npos);
+}
+
+TEST(HostInfo, TheEffectiveUserIsTheOneWhoOwnsNewFiles) {
+  const test::TemporaryFolder folder;
+  struct stat status {};
+  ASSERT_EQ(stat(folder.write("file").c_str(), &status), 0);
+  EXPECT_EQ(kernel::effectiveUserId(), status.st_uid);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace norvik {
@@ -132,6 +133,20 @@ TEST_F(Paths, ANameAfterTheTildeIsAUser) {
   EXPECT_EQ(kernel::homeDirectoryOfUser("root"), "/root");
   EXPECT_EQ(kernel::homeDirectoryOfUser("no such user"), "");
   EXPECT_EQ(kernel::homeDirectoryOfUser(std::string("root\0", 5)), "");
+}
+
+TEST_F(Paths, WithoutAnyHomeThereIsNoLibraryUnlessTheEnvironmentNamesIt) {
+  RUN_IN_CHILD({
+    if (geteuid() == 0) {
+      ASSERT_EQ(setuid(54321), 0);
+    }
+    if (getpwuid(geteuid())) return;  // this user has an account
+    unsetenv("HOME");
+    EXPECT_EQ(kernel::homeDirectory(), "/");
+    EXPECT_EQ(kernel::libraryDirectory(), "");
+    set("XDG_DATA_HOME", "/data");
+    EXPECT_EQ(kernel::libraryDirectory(), "/data");
+  });
 }
 
 }  // namespace
