@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
@@ -257,7 +258,7 @@ void DDFileLogger::logMessage(const DDLogMessage& message) {
 bool DDFileLogger::takesRuns() const noexcept {
   const DDLogFormatter* own = formatter().get();
   const DDLogFileManager& manager = *logFileManager_;
-  return (!own || typeid(*own) == typeid(DDLogFileFormatterDefault)) &&
+  return (!own || typeid(*own) == typeid(DDLogFileFormatterDefault) || typeid(*own) == typeid(DDLogLineFormatter)) &&
          typeid(manager) == typeid(DDLogFileManagerDefault);
 }
 
@@ -278,6 +279,8 @@ void DDFileLogger::appendLine(const DDLogMessage& message) {
     pending_.text += message.logMsg().utf8();
   } else if (typeid(*own) == typeid(DDLogFileFormatterDefault)) {
     static_cast<DDLogFileFormatterDefault*>(own)->appendLogMessage(pending_.text, message);
+  } else if (typeid(*own) == typeid(DDLogLineFormatter)) {
+    static_cast<DDLogLineFormatter*>(own)->appendLogMessage(pending_.text, message);
   } else {
     const std::optional<NSString> text = own->formatLogMessage(message);
     if (!text) return;
@@ -286,13 +289,16 @@ void DDFileLogger::appendLine(const DDLogMessage& message) {
   endLine(begin);
 }
 
-/// Where the logger takes runs: its formatter is the default one, or none.
+/// Where the logger takes runs: its formatter is one of this library's, or none.
 void DDFileLogger::appendLine(const detail::LogRecord& record) {
   const std::size_t begin = pending_.text.size();
-  if (DDLogFormatter* own = formatter().get()) {
-    static_cast<DDLogFileFormatterDefault*>(own)->appendTimestamp(pending_.text, record.timestamp());
+  DDLogFormatter* own = formatter().get();
+  if (own && typeid(*own) != typeid(DDLogFileFormatterDefault)) {
+    static_cast<DDLogLineFormatter*>(own)->appendRecord(pending_.text, record);
+  } else {
+    if (own) static_cast<DDLogFileFormatterDefault*>(own)->appendTimestamp(pending_.text, record.timestamp());
+    record.appendText(pending_.text);
   }
-  record.appendText(pending_.text);
   endLine(begin);
 }
 

@@ -2,6 +2,10 @@
 //
 //   2021/05/10 14:30:12:045  40 payslips written
 //
+// Line breaks in a message are written unchanged, so that a message of several lines is several lines of the file, and
+// one that holds a line feed and a time looks like two messages. Where texts come from outside the program, prefer
+// DDLogLineFormatter.
+//
 //   logger->setLogFormatter(make<DDLogFileFormatterDefault>());                  // as above, local time
 //   logger->setLogFormatter(DDLogFileFormatterDefault::initWithDateFormatter(isoFormatter));
 //

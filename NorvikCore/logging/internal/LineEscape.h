@@ -1,0 +1,38 @@
+// NorvikCore/logging/internal/LineEscape.h - text that stays within one line, and can be told from what stands beside it.
+//
+//   appendEscaped(line, "paid\n\033[2Jnobody");      // paid\n\x1b[2Jnobody, in one line
+//   unescapedText("paid\\nnobody");                    // the line feed again
+//
+// | what                                                          | becomes       |
+// | backslash, line feed, carriage return, tab                    | \\ \n \r \t   |
+// | other control characters of ASCII, DEL                        | \x00 to \x7f  |
+// | a byte that was not UTF-8 (see NSString.h)                    | \x80 to \xff  |
+// | other lone surrogate halves, the control characters from      | \ud800        |
+// | U+0080 to U+009F, line and paragraph separator (U+2028,       |               |
+// | U+2029), what turns the direction of text around (U+202A to   |               |
+// | U+202E, U+2066 to U+2069)                                     |               |
+//
+// The result is UTF-8, and different texts have different results. Pure; any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace norvik::detail {
+
+/// How many bytes from the start stay as they are and are ASCII: looked at by eight at once.
+[[nodiscard]] NK_EXPORT std::size_t plainPrefix(std::string_view text) noexcept;
+
+/// Appends the text, which is the view() of an NSString. The character `alsoEscaped` of ASCII, if any, becomes \x and
+/// two digits too.
+NK_EXPORT void appendEscaped(std::string& line, std::string_view text, char alsoEscaped = '\0');
+
+/// The text that was escaped; absent where a backslash begins none of the table's forms, and of a text with a lone half.
+[[nodiscard]] NK_EXPORT std::optional<NSString> unescapedText(const NSString& line);
+
+}  // namespace norvik::detail
