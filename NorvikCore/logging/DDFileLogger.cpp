@@ -4,6 +4,7 @@
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogLineFormatter.h"
+#include "NorvikCore/logging/internal/LogFile.h"
 #include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
@@ -43,6 +44,13 @@ void report(const NSException& exception) {
   if (before == reportedExceptions - 1) {
     NSLog("DDFileLogger.logMessage: Too many exceptions -- will not log any more of them.");
   }
+}
+
+/// Where others may write to the manager's files, theirs are as good as this user's.
+detail::LogFileOwner ownerFor(const DDLogFileManager& manager) {
+  constexpr std::uint32_t writableByOthers = 0022;
+  return (manager.logFilePermissions() & writableByOthers) != 0 ? detail::LogFileOwner::anybody
+                                                                : detail::LogFileOwner::user;
 }
 
 /// When the file reaches that age, on the wall clock.
@@ -145,9 +153,10 @@ void DDFileLogger::rollLogFile() {
 
 void DDFileLogger::rollLogFileNow() {
   if (!currentLogFileHandle_) return;
+  const bool isReplaced = isCurrentFileReplaced();
   closeFile();
   const Ref<DDLogFileInfo> rolled = currentLogFileInfo_;
-  rolled->setIsArchived(true);
+  if (!isReplaced) rolled->setIsArchived(true);
   logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
   if (currentLogFileInfo_ != rolled) return;  // what the manager did led back here
   closeFile();                                // should the manager have had it opened again
@@ -172,36 +181,96 @@ void DDFileLogger::maybeRollLogFileDueToSize() {
 
 Ref<DDLogFileInfo> DDFileLogger::currentLogFileInfo() {
   if (currentLogFileInfo_) return currentLogFileInfo_;
-  const std::vector<Ref<DDLogFileInfo>> infos = logFileManager_->sortedLogFileInfos();
-  if (!infos.empty() && !infos.front()->isArchived()) {
-    const Ref<DDLogFileInfo>& newest = infos.front();
-    const bool isTooLarge = maximumFileSize_ != 0 && newest->fileSize() >= maximumFileSize_;
-    const bool isTooOld = rollingFrequency_ > 0 && newest->age() >= rollingFrequency_;
-    if (isTooLarge || isTooOld) {
-      newest->setIsArchived(true);
-      logFileManager_->didArchiveLogFile(newest->filePath());
-    } else {
-      currentLogFileInfo_ = newest;
-    }
-  }
-  if (!currentLogFileInfo_) {
-    currentLogFileInfo_ = DDLogFileInfo::logFileWithPath(logFileManager_->createNewLogFile());
-  }
   lastLook_ = kernel::monotonicNanoseconds();
   linesSinceLook_ = 0;
+  const std::vector<Ref<DDLogFileInfo>> infos = logFileManager_->sortedLogFileInfos();
+  if (infos.empty() || infos.front()->isArchived()) {
+    passedOver_.clear();
+    beginFile();
+    return currentLogFileInfo_;
+  }
+  const Ref<DDLogFileInfo>& newest = infos.front();
+  kernel::FileStatus status;
+  const bool isThere =
+      kernel::readFileStatus(newest->filePath().fileSystemRepresentation(), status, kernel::Links::stay) == 0;
+  const std::string reason = isThere ? detail::reasonAgainst(status, ownerFor(*logFileManager_)) : "";
+  const bool isTooLarge = maximumFileSize_ != 0 && newest->fileSize() >= maximumFileSize_;
+  const bool isTooOld = rollingFrequency_ > 0 && newest->age() >= rollingFrequency_;
+  if (!reason.empty()) {
+    passOver(newest->filePath(), reason);
+  } else if (isTooLarge || isTooOld) {
+    passedOver_.clear();
+    newest->setIsArchived(true);
+    logFileManager_->didArchiveLogFile(newest->filePath());
+    if (!currentLogFileInfo_) beginFile();  // what the manager did may have led here
+  } else {
+    currentLogFileInfo_ = newest;
+    isBegun_ = false;
+  }
   return currentLogFileInfo_;
+}
+
+void DDFileLogger::beginFile() {
+  currentLogFileInfo_ = DDLogFileInfo::logFileWithPath(logFileManager_->createNewLogFile());
+  isBegun_ = true;
+}
+
+/// Begins another file in the place of the one that was found.
+void DDFileLogger::passOver(const NSString& path, const std::string& reason) {
+  std::string told = detail::printable(path) + " " + reason;
+  if (told != passedOver_) NSLog("DDFileLogger: %@; another log file is begun", told);
+  passedOver_ = std::move(told);
+  beginFile();
+}
+
+void DDFileLogger::reportUnopened(const detail::LogFileRefusal& refusal) {
+  // Why a file could not be made, the manager has said itself.
+  const bool isMissing = isBegun_ && (refusal.error == ENOENT || refusal.error == ENOTDIR);
+  if (isMissing && dynamic_cast<const DDLogFileManagerDefault*>(logFileManager_.get())) return;
+  if (unopened_ != refusal.reason) {
+    NSLog("DDFileLogger: %@ %@; lines are lost until a log file can be opened",
+          detail::printable(currentLogFileInfo_->filePath()), refusal.reason);
+  }
+  unopened_ = refusal.reason;
+}
+
+/// What the manager has just made is this user's, even on a disk that says everything on it is somebody else's.
+detail::LogFileRefusal DDFileLogger::openCurrentFile(detail::OpenLogFile& file) const {
+  const detail::LogFileOwner owner = ownerFor(*logFileManager_);
+  const auto* const maker = isBegun_ ? dynamic_cast<const DDLogFileManagerDefault*>(logFileManager_.get()) : nullptr;
+  detail::LogFileRefusal refusal = detail::openLogFile(currentLogFileInfo_->filePath().fileSystemRepresentation(),
+                                                       maker ? detail::LogFileOwner::anybody : owner, file);
+  if (maker && !refusal && !maker->didMake(file.status)) {
+    refusal.reason = detail::reasonAgainst(file.status, owner);
+  }
+  return refusal;
 }
 
 Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
   if (currentLogFileHandle_) return currentLogFileHandle_;
-  const NSString path = currentLogFileInfo()->filePath();
-  Ref<NSFileHandle> handle = NSFileHandle::fileHandleForAppendingAtPath(path);
-  kernel::FileStatus status;
-  if (!handle || kernel::readFileStatus(handle->fileDescriptor(), status) != 0) return nullptr;
+  (void)currentLogFileInfo();
+  detail::OpenLogFile file;
+  detail::LogFileRefusal refusal = openCurrentFile(file);
+  if (refusal && refusal.isOfFile && !isBegun_) {
+    if (refusal.error == ENOENT) {
+      beginFile();
+    } else {
+      passOver(currentLogFileInfo_->filePath(), refusal.reason);
+    }
+    refusal = openCurrentFile(file);
+  }
+  if (refusal) {
+    reportUnopened(refusal);
+    return nullptr;
+  }
+  unopened_.clear();
+  if (!isBegun_) passedOver_.clear();
+  const NSString path = currentLogFileInfo_->filePath();
+  auto handle = make<NSFileHandle>(std::move(file.descriptor), path);
   offset_ = handle->seekToEndOfFile();
-  device_ = status.device;
-  inode_ = status.inode;
-  endsInsideLine_ = false;
+  device_ = file.status.device;
+  inode_ = file.status.inode;
+  endsInsideLine_ = file.endsInsideLine;
   currentLogFileHandle_ = std::move(handle);
   // After the line for which the file was opened: the first timer of a process starts a thread.
   dispatch_async_relaxed(loggerQueue(), [logger = Weak<DDFileLogger>(this)] {
@@ -224,9 +293,18 @@ void DDFileLogger::closeFile() {
 
 bool DDFileLogger::isCurrentFileGone() const {
   kernel::FileStatus status;
-  const int error = kernel::readFileStatus(currentLogFileInfo_->filePath().fileSystemRepresentation(), status);
+  const std::string path = currentLogFileInfo_->filePath().fileSystemRepresentation();
+  const int error = kernel::readFileStatus(path, status, kernel::Links::stay);
   if (error != 0) return error == ENOENT || error == ENOTDIR;
-  return currentLogFileHandle_ && (status.device != device_ || status.inode != inode_);
+  if (!currentLogFileHandle_) return !detail::reasonAgainst(status, ownerFor(*logFileManager_)).empty();
+  return status.device != device_ || status.inode != inode_;
+}
+
+bool DDFileLogger::isCurrentFileReplaced() const {
+  kernel::FileStatus status;
+  const std::string path = currentLogFileInfo_->filePath().fileSystemRepresentation();
+  return kernel::readFileStatus(path, status, kernel::Links::stay) == 0 &&
+         (status.device != device_ || status.inode != inode_);
 }
 
 /// Somebody may have deleted or moved the file: then another is chosen. So it is where no file could be made before.

@@ -9,7 +9,12 @@
 // The file is opened with the first message: the newest of the folder, unless it is archived, too large or too old.
 // Every line goes to the end of the file, so that processes may share one. A file that was deleted or moved is noticed
 // within a second or 1000 lines, and writing goes on in another. A file ends slightly larger than the limit, with a
-// whole line.
+// whole line. Where a killed process left a part of a line, a line feed ends it first.
+//
+// Only a regular file of this user with one name is written to, by root too. Where the newest is anything else (a link,
+// a folder, a named pipe, a second name of another file, a file of another user, one without permission), the console
+// says why, once, and another file is begun. Files of other users are written to where the manager's
+// logFilePermissions() let others than the owner write. The folder itself may be a link.
 //
 // Once a call that logs synchronously has returned, its line is in the file, whatever becomes of the process.
 //
@@ -19,7 +24,7 @@
 //            operations named maybe..., ...Now and schedule... on the logger's queue only.
 // Errors:    an NSException while a line is written is caught: the line is lost, and the exception reported on the
 //            system console, ten times at most per process. Other exceptions pass, and end the process. Where no file
-//            can be opened, lines are lost, and opening is tried again.
+//            can be opened, lines are lost, the console says why, once, and opening is tried again.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -35,6 +40,11 @@
 namespace norvik {
 
 class NSFileHandle;
+
+namespace detail {
+struct LogFileRefusal;
+struct OpenLogFile;
+}  // namespace detail
 
 class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageRunLogger {
   NK_OBJECT(DDFileLogger, DDAbstractLogger)
@@ -102,7 +112,13 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   void writeRest(const Lines& lines, std::size_t written);
   [[nodiscard]] bool endBrokenLine(int descriptor);
   [[nodiscard]] bool isCurrentFileGone() const;
+  /// A file of the same path is another one.
+  [[nodiscard]] bool isCurrentFileReplaced() const;
   void lookAfterFile();
+  void beginFile();
+  void passOver(const NSString& path, const std::string& reason);
+  [[nodiscard]] detail::LogFileRefusal openCurrentFile(detail::OpenLogFile& file) const;
+  void reportUnopened(const detail::LogFileRefusal& refusal);
   void closeFile();
   void cancelTimer() noexcept;
 
@@ -116,7 +132,9 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   Lines pending_;                         // still to be written
   std::uint64_t offset_ = 0;              // in the open file, after the last write
   std::uint64_t device_ = 0, inode_ = 0;  // the open file: is it still the one of that path?
-  bool endsInsideLine_ = false;           // the open file: a write failed with a line half done
+  bool endsInsideLine_ = false;           // the open file: a write, or a killed process, left a line half done
+  bool isBegun_ = false;                  // the current file was made by this logger, not found
+  std::string passedOver_, unopened_;     // what the console was told of a file, and of all; empty when it is over
   std::int64_t lastLook_ = 0;             // monotonic nanoseconds
   std::uint64_t linesSinceLook_ = 0;
   std::uint32_t timerGeneration_ = 0;  // the process that rollingTimer was set in (kernel::forkGeneration)

@@ -35,8 +35,11 @@ class NK_EXPORT DDLogFileManager : public NSObject {
   /// Makes an empty log file and gives its path, also where that failed.
   [[nodiscard]] virtual NSString createNewLogFile() = 0;
 
-  // Optional: what is not overridden does nothing.
+  // Optional: what is not overridden does nothing, or answers the usual.
 
+  /// The permissions of new log files, 0600 unless overridden. Where others than the owner may write (0020, 0002), a
+  /// file logger writes to files of other users too.
+  [[nodiscard]] virtual std::uint32_t logFilePermissions() const;
   /// A file of an earlier run was found too large or too old, and archived.
   virtual void didArchiveLogFile(const NSString& logFilePath);
   /// The current file was closed and archived.

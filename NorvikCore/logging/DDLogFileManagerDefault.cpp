@@ -10,6 +10,9 @@
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/UUID.h"
 #include "NorvikCore/platform/runtime/KeyValueObserving.h"
+#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/runtime/NSError.h"
+#include "NorvikCore/platform/runtime/NSException.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -44,9 +47,17 @@ bool comesFirst(const SortedFile& a, const SortedFile& b) {
   return a.info->reverseCompareByModificationDate(*b.info) == NSOrderedAscending;
 }
 
+void requirePermissions(std::uint32_t permissions, std::uint32_t least) {
+  if (permissions <= 0777 && (permissions & least) == least) return;
+  NSException::raise(
+      NSInvalidArgumentException,
+      stringWithFormat("DDLogFileManagerDefault: %#o are no permissions from %#o to 0777", permissions, least));
+}
+
 }  // namespace
 
 DDLogFileManager::~DDLogFileManager() = default;
+std::uint32_t DDLogFileManager::logFilePermissions() const { return 0600; }
 void DDLogFileManager::didArchiveLogFile(const NSString&) {}
 void DDLogFileManager::didRollAndArchiveLogFile(const NSString&) {}
 
@@ -73,6 +84,10 @@ Ref<DDLogFileManagerDefault> DDLogFileManagerDefault::initWithLogsDirectory(std:
 bool DDLogFileManagerDefault::init() {
   if (!DDLogFileManager::init()) return false;
   if (!_logsDirectory) _logsDirectory = defaultLogsDirectory();
+  if (_logsDirectory->empty()) {  // files would be made in the process's current folder
+    NSLog("DDLogFileManagerDefault: the folder for log files has an empty name");
+    return false;
+  }
   addObserver(*this, limitKey, NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
   // What is made once is made now, and not while another thread may fork: the child would wait for ever for its end.
   (void)NSFileManager::defaultManager();
@@ -83,6 +98,20 @@ std::uint64_t DDLogFileManagerDefault::maximumNumberOfLogFiles() const { return 
 
 void DDLogFileManagerDefault::setMaximumNumberOfLogFiles(std::uint64_t number) {
   detail::changeProperty(*this, "maximumNumberOfLogFiles", [&] { maximumNumberOfLogFiles_.store(number); });
+}
+
+std::uint32_t DDLogFileManagerDefault::logFilePermissions() const { return logFilePermissions_.load(); }
+
+void DDLogFileManagerDefault::setLogFilePermissions(std::uint32_t permissions) {
+  requirePermissions(permissions, 0600);
+  logFilePermissions_.store(permissions);
+}
+
+std::uint32_t DDLogFileManagerDefault::logsDirectoryPermissions() const { return logsDirectoryPermissions_.load(); }
+
+void DDLogFileManagerDefault::setLogsDirectoryPermissions(std::uint32_t permissions) {
+  requirePermissions(permissions, 0700);
+  logsDirectoryPermissions_.store(permissions);
 }
 
 void DDLogFileManagerDefault::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
@@ -105,11 +134,40 @@ NSString DDLogFileManagerDefault::defaultLogsDirectory() const {
 NSString DDLogFileManagerDefault::logsDirectory() {
   NSFileManager& files = NSFileManager::defaultManager();
   Ref<NSError> error;
-  if (!files.fileExistsAtPath(*_logsDirectory) &&
-      !files.createDirectoryAtPath(*_logsDirectory, true, nullptr, &error)) {
-    NSLog("DDFileLogManagerDefault: Error creating logsDirectory: %@", error);
+  bool isFolder = false;
+  if (!files.fileExistsAtPath(*_logsDirectory, &isFolder) || !isFolder) {
+    const std::uint32_t permissions = logsDirectoryPermissions();
+    const auto attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, permissions}});
+    if (files.createDirectoryAtPath(*_logsDirectory, true, attributes, &error)) {
+      // Where it fails, on a disk without permissions, the folder has those of the disk.
+      static_cast<void>(kernel::setFolderPermissions(_logsDirectory->fileSystemRepresentation(), permissions));
+    }
   }
+  reportFolder(error);
   return *_logsDirectory;
+}
+
+/// Tells the console when the folder cannot be made, unless it was told so before; an empty error is success.
+void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
+  const NSString failure = error ? error->localizedDescription() : NSString();
+  {
+    const MutexLock lock(mutex_);
+    if (folderFailure_ == failure) return;
+    folderFailure_ = failure;
+  }
+  if (error) NSLog("DDFileLogManagerDefault: Error creating logsDirectory: %@", error);
+}
+
+/// The same of a file, by the error alone, because each has another name. A folder that is missing has been reported.
+void DDLogFileManagerDefault::reportFile(const NSString& path, int error) {
+  {
+    const MutexLock lock(mutex_);
+    if (!folderFailure_.empty() || fileFailure_ == error) return;
+    fileFailure_ = error;
+  }
+  if (error != 0) {
+    NSLog("DDFileLogManagerDefault: Error creating log file: %@", NSError::posixError(error, "create", path));
+  }
 }
 
 bool DDLogFileManagerDefault::isLogFile(const NSString& fileName) const {
@@ -168,13 +226,32 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
     }
     kernel::FileDescriptor file;
     const std::string systemPath = path.fileSystemRepresentation();
-    const int error = kernel::openFile(systemPath, {.write = true, .create = true, .exclusive = true}, file);
+    const std::uint32_t permissions = logFilePermissions();
+    const int error =
+        kernel::openFile(systemPath, {.write = true, .create = true, .exclusive = true, .mode = permissions}, file);
     if (error == EEXIST) continue;
-    if (error == 0) static_cast<void>(kernel::noteCreation(systemPath));  // in vain: the file then seems younger
+    if (error == 0) {
+      kernel::FileStatus status;
+      if (kernel::readFileStatus(file.get(), status) == 0) {
+        const MutexLock lock(mutex_);
+        newestDevice_ = status.device;
+        newestInode_ = status.inode;
+        newestCreation_ = status.creation;
+      }
+      // Without effect on a disk without permissions; and where no creation time can be noted, the file seems younger.
+      static_cast<void>(kernel::setPermissions(file.get(), permissions));
+      static_cast<void>(kernel::noteCreation(systemPath));
+    }
+    reportFile(path, error);
     break;
   }
   deleteOldLogFiles();
   return path;
+}
+
+bool DDLogFileManagerDefault::didMake(const kernel::FileStatus& status) const {
+  const MutexLock lock(mutex_);
+  return status.device == newestDevice_ && status.inode == newestInode_ && status.creation == newestCreation_;
 }
 
 void DDLogFileManagerDefault::deleteOldLogFiles() {
@@ -190,8 +267,8 @@ void DDLogFileManagerDefault::deleteOldLogFiles() {
   if (!infos.empty() && !infos.front()->isArchived()) infos.erase(infos.begin());
   for (std::size_t i = kept; i < infos.size(); ++i) {
     if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
-    bool isFolder = false;
-    if (!files.fileExistsAtPath(infos[i]->filePath(), &isFolder) || isFolder) continue;
+    const Ref<NSDictionary> attributes = infos[i]->fileAttributes();  // of a link itself
+    if (!attributes || attributes->objectForKey(NSFileType) == Value(NSFileTypeDirectory)) continue;
     files.removeItemAtPath(infos[i]->filePath());
   }
 }

@@ -7,19 +7,24 @@
 //
 // A name counts as a log file's when it begins with "log-" and six characters of 0-9 and A-F follow; what comes after
 // them does not matter, nor does it matter who made it: surplus files go by their names alone, so a folder of logs is
-// no place for other things called so. Folders stay, though they are listed and counted if they have such a name.
+// no place for other things called so. Folders stay, though they are listed and counted if they have such a name; of a
+// link the link is removed, not what it leads to.
 //
 // Files that share one creation date are ordered so that a file which is not archived comes first, then by their last
 // change: so the file in use is never taken for an old one.
 //
+// Files are made readable and writable by this user alone, and so are the folders. For a log that a group may read, set
+// 0640 and 0750 before the first message.
+//
 // Threads: synchronised.
-// Errors:  a folder that cannot be made is reported on the system console; files that cannot be listed, made or removed
-//          are left as they are, silently.
+// Errors:  a folder or a file that cannot be made is reported on the system console, once until it could be made or the
+//          cause is another; files that cannot be listed or removed are left as they are, silently.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManager.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/runtime/NSError.h"
 
 #include <atomic>
 #include <cstdint>
@@ -28,10 +33,16 @@
 
 namespace norvik {
 
+namespace kernel {
+struct FileStatus;
+}
+
 class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   NK_OBJECT(DDLogFileManagerDefault, DDLogFileManager)
 
-  /// Absent: the folder "Logs", and in it the one named after the process, in the user's library folder.
+  /// Absent: the folder "Logs", and in it the one named after the process, in the user's library folder, or in the
+  /// temporary folder where neither the environment nor an account tells the user's home. An empty name is refused: the
+  /// console says so, and make() and initWithLogsDirectory() give an empty Ref.
   explicit DDLogFileManagerDefault(std::optional<NSString> logsDirectory = std::nullopt);
 
   [[nodiscard]] static Ref<DDLogFileManagerDefault> initWithLogsDirectory(std::optional<NSString> logsDirectory);
@@ -40,6 +51,15 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   [[nodiscard]] std::uint64_t maximumNumberOfLogFiles() const override;
   void setMaximumNumberOfLogFiles(std::uint64_t number) override;
   NK_COMPUTED_PROPERTY_WITH_SETTER(std::uint64_t, maximumNumberOfLogFiles, setMaximumNumberOfLogFiles)
+
+  /// Of files made from then on, whatever the process's umask; 0600 unless set. More than nine bits, or less than 0600,
+  /// raises NSInvalidArgumentException: write the number in octal.
+  [[nodiscard]] std::uint32_t logFilePermissions() const override;
+  void setLogFilePermissions(std::uint32_t permissions);
+  /// Of the folder where it is made here, whatever the process's umask; those above it that are missing get the same
+  /// less the umask. 0700 unless set; more than nine bits, or less than 0700, raises NSInvalidArgumentException.
+  [[nodiscard]] std::uint32_t logsDirectoryPermissions() const;
+  void setLogsDirectoryPermissions(std::uint32_t permissions);
 
   [[nodiscard]] virtual NSString defaultLogsDirectory() const;
   /// Made, with the folders above it, where it does not exist.
@@ -67,11 +87,24 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   bool init() override;
 
  private:
+  friend class DDFileLogger;
+
+  /// The last file made here.
+  [[nodiscard]] bool didMake(const kernel::FileStatus& status) const;
+  void reportFolder(const Ref<NSError>& error);
+  void reportFile(const NSString& path, int error);
+
   std::optional<NSString> _logsDirectory;  // the default one until init()
   std::atomic<std::uint64_t> maximumNumberOfLogFiles_{5};
   static Mutex mutex_;  // of all managers, since no fork may find it taken
   static const bool takenAtForks_;
+  std::atomic<std::uint32_t> logFilePermissions_{0600}, logsDirectoryPermissions_{0700};
   NSString newestPath_ NK_GUARDED_BY(mutex_);  // the last file made here
+  // Its identity, with the time because the number of a removed file is used again.
+  std::uint64_t newestDevice_ NK_GUARDED_BY(mutex_) = 0, newestInode_ NK_GUARDED_BY(mutex_) = 0;
+  std::int64_t newestCreation_ NK_GUARDED_BY(mutex_) = 0;
+  NSString folderFailure_ NK_GUARDED_BY(mutex_);  // what the console was told; empty while there is a folder
+  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;     // the error that it was told; 0 while files can be made
 };
 
 }  // namespace norvik

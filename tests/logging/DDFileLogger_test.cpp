@@ -486,10 +486,10 @@ TEST_F(DDFileLoggerTest, ATooLargeNewestFileIsArchived) {
 }
 
 TEST_F(DDFileLoggerTest, ANewestFileJustBelowTheLimitIsUsed) {
-  const std::string old = folder.write("log-ABC123.txt", "012345678");
+  const std::string old = folder.write("log-ABC123.txt", "01234567\n");
   logger->setMaximumFileSize(10);
   sayNow("text");
-  EXPECT_EQ(TemporaryFolder::read(old), "012345678text\n");
+  EXPECT_EQ(TemporaryFolder::read(old), "01234567\ntext\n");
 }
 
 TEST_F(DDFileLoggerTest, ATooOldNewestFileIsArchived) {

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/runtime/NSException.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
 #include "tests/support/QuietFork.h"
@@ -11,6 +12,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -420,6 +422,130 @@ TEST(DDLogFileManagerDefault, GoesWhenNobodyKeepsIt) {
   const Weak<DDLogFileManagerDefault> watched = manager;
   manager = nullptr;
   EXPECT_FALSE(watched.lock());
+}
+
+// Who may read
+
+mode_t modeOf(const std::string& path) {
+  struct stat status {};
+  EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
+  return status.st_mode & 07777;
+}
+
+TEST(DDLogFileManagerDefault, FilesAndFoldersHaveThePermissionsThatAreAskedForWhateverTheUmask) {
+  for (const mode_t mask : {0U, 022U, 077U, 0277U}) {
+    RUN_IN_CHILD({
+      umask(mask);
+      const TemporaryFolder folder;
+      const auto usual = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("usual"));
+      EXPECT_EQ(modeOf(usual->createNewLogFile().str()), 0600U);
+      EXPECT_EQ(modeOf(folder.path("usual")), 0700U);
+      const auto shared = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("shared"));
+      shared->setLogFilePermissions(0664);
+      shared->setLogsDirectoryPermissions(0775);
+      EXPECT_EQ(shared->logFilePermissions(), 0664U);
+      EXPECT_EQ(shared->logsDirectoryPermissions(), 0775U);
+      EXPECT_EQ(modeOf(shared->createNewLogFile().str()), 0664U);
+      EXPECT_EQ(modeOf(folder.path("shared")), 0775U);
+    });
+  }
+}
+
+TEST(DDLogFileManagerDefault, AFolderThatIsThereKeepsItsPermissions) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path("logs"));
+  ASSERT_EQ(chmod(folder.path("logs").c_str(), 0755), 0);
+  EXPECT_EQ(DDLogFileManagerDefault::initWithLogsDirectory(folder.path("logs"))->logsDirectory(), folder.path("logs"));
+  EXPECT_EQ(modeOf(folder.path("logs")), 0755U);
+}
+
+TEST(DDLogFileManagerDefault, PermissionsThatWereNotWrittenInOctalOrShutTheUserOutAreRefused) {
+  const auto manager = DDLogFileManagerDefault::initWithLogsDirectory("/tmp");
+  for (const std::uint32_t bad : {600U, 640U, 01600U, 0400U, 0200U, 0177U, 0U}) {
+    EXPECT_THROW(manager->setLogFilePermissions(bad), NSException) << bad;
+  }
+  for (const std::uint32_t bad : {700U, 755U, 01700U, 0600U, 0500U, 0U}) {
+    EXPECT_THROW(manager->setLogsDirectoryPermissions(bad), NSException) << bad;
+  }
+  EXPECT_EQ(manager->logFilePermissions(), 0600U);
+  EXPECT_EQ(manager->logsDirectoryPermissions(), 0700U);
+  manager->setLogFilePermissions(0777);
+  manager->setLogsDirectoryPermissions(0777);
+}
+
+// What is no folder, and what is no file
+
+TEST(DDLogFileManagerDefault, AnEmptyFolderNameIsRefused) {
+  const kernel::SystemLogCapture console;
+  EXPECT_FALSE(DDLogFileManagerDefault::initWithLogsDirectory(""));
+  EXPECT_FALSE(make<DDLogFileManagerDefault>(NSString()));
+  ASSERT_EQ(console.lines().size(), 2U);
+  EXPECT_EQ(console.lines()[0], "DDLogFileManagerDefault: the folder for log files has an empty name");
+}
+
+TEST(DDLogFileManagerDefault, AFolderThatCannotBeMadeIsReportedOnceUntilItCouldBeMade) {
+  const TemporaryFolder folder;
+  const std::string obstacle = folder.write("obstacle");
+  const kernel::SystemLogCapture console;
+  const auto manager = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("obstacle/logs"));
+  for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
+  EXPECT_EQ(console.lines().size(), 1U);
+  std::filesystem::remove(obstacle);
+  static_cast<void>(manager->logsDirectory());
+  EXPECT_EQ(console.lines().size(), 1U);
+  std::filesystem::remove_all(obstacle);
+  folder.write("obstacle");
+  for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
+  EXPECT_EQ(console.lines().size(), 2U);
+}
+
+TEST(DDLogFileManagerDefault, AFileThatCannotBeMadeIsReportedOnceUntilOneCould) {
+  if (geteuid() == 0) GTEST_SKIP() << "root may make files anywhere";
+  const TemporaryFolder folder;
+  const kernel::SystemLogCapture console;
+  const auto manager = managerFor(folder);
+  for (std::size_t reports : {1U, 2U}) {
+    ASSERT_EQ(chmod(folder.path().c_str(), 0500), 0);
+    for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
+    ASSERT_EQ(console.lines().size(), reports);
+    EXPECT_THAT(console.lines().back(), ::testing::HasSubstr("Permission denied"));
+    ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
+    EXPECT_TRUE(std::filesystem::exists(manager->createNewLogFile().str()));
+  }
+}
+
+TEST(DDLogFileManagerDefault, SurplusLinksAndPipesGoButNotWhatLinksLeadTo) {
+  const TemporaryFolder folder;
+  folder.write("kept", "text");
+  std::filesystem::create_directory(folder.path("folder"));
+  std::filesystem::create_symlink("nowhere", folder.path("log-000001"));
+  std::filesystem::create_symlink("kept", folder.path("log-000002"));
+  std::filesystem::create_symlink("folder", folder.path("log-000003"));
+  ASSERT_EQ(mkfifo(folder.path("log-000004").c_str(), 0600), 0);
+  const auto manager = managerFor(folder);
+  manager->setMaximumNumberOfLogFiles(1);
+  DDLog::flushLog();
+  for (int i = 0; i < 2; ++i) DDLogFileInfo::logFileWithPath(manager->createNewLogFile())->setIsArchived(true);
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+    if (!std::filesystem::is_regular_file(entry.symlink_status()) && entry.path().filename() != "folder") {
+      names.push_back(entry.path().filename().string());
+    }
+  }
+  EXPECT_TRUE(names.empty()) << names.size();
+  EXPECT_EQ(TemporaryFolder::read(folder.path("kept")), "text");
+}
+
+TEST(DDLogFileManagerDefault, WithoutAHomeTheDefaultFolderIsInTheTemporaryOne) {
+  RUN_IN_CHILD({
+    if (geteuid() == 0) {
+      ASSERT_EQ(setuid(54321), 0);
+    }
+    if (getpwuid(geteuid())) return;  // this user has an account
+    for (const char* name : {"HOME", "XDG_DATA_HOME"}) unsetenv(name);
+    setenv("TMPDIR", "/tmp/of-nobody", 1);
+    EXPECT_EQ(make<DDLogFileManagerDefault>()->defaultLogsDirectory(), "/tmp/of-nobody/Logs/" + kernel::processName());
+  });
 }
 
 }  // namespace
