@@ -1,8 +1,10 @@
 // Decimal's text and arithmetic against the paper-and-pencil model.
 //
 // An input that starts with '=' is a text to read. Any other is an operation: operator (+ - * / or r to round), mode
-// (0 to 3), scale, and two numbers such as -123E-2, apart by spaces: "/0 2 100E-2 3E0".
+// (0 to 3), scale, and two numbers such as -123E-2, apart by spaces: "/0 2 100E-2 3E0". Each is carried out without
+// faults that raise, and with all of them.
 
+#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "tests/support/DecimalModel.h"
 #include "tests/support/DecimalSamples.h"
@@ -67,6 +69,21 @@ bool readNumber(std::istream& in, Sample& sample) {
   return true;
 }
 
+/// The exception that a result raises where all faults do, empty for none.
+std::string faultOf(const model::Result& result) {
+  switch (result.outcome) {
+    case model::Outcome::number:
+      return result.inexact ? "NSDecimalNumberExactnessException" : "";
+    case model::Outcome::overflow:  // of what a scale rounds up, after 38 digits were found not to suffice
+      return result.inexact ? "NSDecimalNumberExactnessException" : "NSDecimalNumberOverflowException";
+    case model::Outcome::underflow:
+      return "NSDecimalNumberUnderflowException";
+    case model::Outcome::divideByZero:
+      return "NSDecimalNumberDivideByZeroException";
+  }
+  return "";
+}
+
 void operate(const std::string& input) {
   std::istringstream in(input);
   char operation = 0, mode = 0;
@@ -74,30 +91,46 @@ void operate(const std::string& input) {
   Sample a, b;
   if (!(in >> operation >> mode >> scale) || mode < '0' || mode > '3' || scale < -32767 || scale > 32767) return;
   if (!readNumber(in, a) || !readNumber(in, b)) return;
-  const NSDecimalNumberHandler handler({.roundingMode = static_cast<NSRoundingMode>(mode - '0'),
-                                        .scale = static_cast<std::int16_t>(scale),
-                                        .raiseOnOverflow = false,
-                                        .raiseOnUnderflow = false,
-                                        .raiseOnDivideByZero = false});
+  const auto rounding = static_cast<NSRoundingMode>(mode - '0');
+  const auto places = static_cast<std::int16_t>(scale);
   const auto paper = static_cast<model::Mode>(mode - '0');
   model::Number minus = b.number;
   minus.negative = !minus.negative && !minus.digits.empty();
+  const auto checkBoth = [&](auto ours, const model::Result& expected) {
+    check(input,
+          ours(NSDecimalNumberHandler({.roundingMode = rounding,
+                                       .scale = places,
+                                       .raiseOnOverflow = false,
+                                       .raiseOnUnderflow = false,
+                                       .raiseOnDivideByZero = false})),
+          expected);
+    std::string raised;
+    Decimal result;
+    try {
+      result = ours(NSDecimalNumberHandler({.roundingMode = rounding, .scale = places, .raiseOnExactness = true}));
+    } catch (const NSException& exception) {
+      raised = exception.name().utf8();
+    }
+    if (raised != faultOf(expected)) differs(input, result, "\"" + faultOf(expected) + "\", not \"" + raised + "\"");
+    if (raised.empty()) check(input, result, expected);
+  };
   switch (operation) {
     case '+':
-      return check(input, a.decimal.decimalNumberByAdding(b.decimal, handler),
-                   model::round(model::add(a.number, b.number), paper, scale));
+      return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByAdding(b.decimal, handler); },
+                       model::round(model::add(a.number, b.number), paper, scale));
     case '-':
-      return check(input, a.decimal.decimalNumberBySubtracting(b.decimal, handler),
-                   model::round(model::add(a.number, minus), paper, scale));
+      return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberBySubtracting(b.decimal, handler); },
+                       model::round(model::add(a.number, minus), paper, scale));
     case '*':
-      return check(input, a.decimal.decimalNumberByMultiplyingBy(b.decimal, handler),
-                   model::round(model::multiply(a.number, b.number), paper, scale));
+      return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByMultiplyingBy(b.decimal, handler); },
+                       model::round(model::multiply(a.number, b.number), paper, scale));
     case '/':
-      return check(input, a.decimal.decimalNumberByDividingBy(b.decimal, handler),
-                   model::divide(a.number, b.number, paper, scale));
+      return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByDividingBy(b.decimal, handler); },
+                       model::divide(a.number, b.number, paper, scale));
     case 'r':
-      return check(input, a.decimal.decimalNumberByRoundingAccordingToBehavior(handler),
-                   model::round(a.number, paper, scale));
+      return checkBoth(
+          [&](const auto& handler) { return a.decimal.decimalNumberByRoundingAccordingToBehavior(handler); },
+          model::round(a.number, paper, scale));
     default:
       if (static_cast<int>(a.decimal.compare(b.decimal)) != model::compare(a.number, b.number)) {
         differs(input, a.decimal, "another order");

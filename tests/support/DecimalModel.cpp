@@ -62,6 +62,14 @@ bool goesUp(Mode mode, const std::string& kept, const std::string& cut, bool neg
   return false;
 }
 
+bool isAboveTheGreatest(const Number& exact) {
+  const long over = length(exact.digits) + exact.exponent - (mostDigits + greatestExponent);
+  if (over != 0) return over > 0;
+  const std::string nines(static_cast<std::size_t>(mostDigits), '9');
+  return exact.digits.compare(0, nines.size(), nines) == 0 &&
+         exact.digits.find_first_not_of('0', nines.size()) != std::string::npos;
+}
+
 }  // namespace
 
 Number add(const Number& a, const Number& b) {
@@ -109,7 +117,7 @@ Result round(const Number& exact, Mode mode, long scale) {
   }
   const long digits = length(exact.digits);
   if (digits + exact.exponent <= leastExponent) return {Outcome::underflow, true, {}};
-  if (digits + exact.exponent > mostDigits + greatestExponent) return {Outcome::overflow, false, {}};
+  if (isAboveTheGreatest(exact)) return {Outcome::overflow, false, {}};
 
   const long forced = std::max({0L, digits - mostDigits, leastExponent - exact.exponent});
   const long asked = scale == noScale ? 0 : std::max(0L, -scale - exact.exponent);

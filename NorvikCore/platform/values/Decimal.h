@@ -12,7 +12,7 @@
 // for a product their sum. An exact quotient's exponent is the difference of the operands' exponents, or the nearest
 // below it that holds the quotient. What 38 digits do not hold is rounded once, to 38 digits, a half away from zero.
 // Operators behave as NSDecimalNumberHandler::defaultDecimalNumberHandler() says: they raise
-// NSDecimalNumberOverflowException when the magnitude is above maximumDecimalNumber(),
+// NSDecimalNumberOverflowException when the exact magnitude is above maximumDecimalNumber(), if only by 1,
 // NSDecimalNumberUnderflowException when it is below 1E-128 and not zero, NSDecimalNumberDivideByZeroException.
 // With not-a-number as an operand the result is not-a-number, and nothing raises.
 //

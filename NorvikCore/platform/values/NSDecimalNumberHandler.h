@@ -28,7 +28,7 @@ inline constexpr std::int16_t NSDecimalNoScale = 32767;
 ///
 /// Faults are judged on the exact result, before the scale rounds it: a sum that a scale shortens has lost nothing,
 /// but 1/3 needs more than 38 digits and loses precision whatever the scale. A fault whose flag is not set gives
-/// not-a-number, except for a loss of precision, which gives the rounded number.
+/// not-a-number, except for a loss of precision, which gives the rounded number. A scale may round up to an overflow.
 class NK_EXPORT NSDecimalNumberHandler {
  public:
   struct Settings {

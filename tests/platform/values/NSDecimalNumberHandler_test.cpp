@@ -193,6 +193,30 @@ TEST(NSDecimalNumberHandler, AFaultThatDoesNotRaiseGivesNotANumberAndALossTheRou
   EXPECT_EQ((1_dec).decimalNumberByDividingBy(3, none), read("0.33333333333333333333333333333333333333"));
 }
 
+TEST(NSDecimalNumberHandler, WhatLiesBeyondTheGreatestNumberIsAFaultInEveryRoundingMode) {
+  const Decimal greatest = Decimal::maximumDecimalNumber(), lowest = Decimal::minimumDecimalNumber();
+  for (const NSRoundingMode mode : {NSRoundPlain, NSRoundDown, NSRoundUp, NSRoundBankers}) {
+    for (const std::int16_t scale : {NSDecimalNoScale, std::int16_t{2}, std::int16_t{-127}}) {
+      const NSDecimalNumberHandler all = rounding(mode, scale);
+      const NSDecimalNumberHandler quiet({.roundingMode = mode, .scale = scale, .raiseOnOverflow = false});
+      EXPECT_EQ(raisedBy([&] { (void)greatest.decimalNumberByAdding(1, all); }), "NSDecimalNumberOverflowException");
+      EXPECT_EQ(raisedBy([&] { (void)lowest.decimalNumberBySubtracting(1, all); }), "NSDecimalNumberOverflowException");
+      EXPECT_TRUE(greatest.decimalNumberByAdding(1, quiet).isNaN());
+      EXPECT_TRUE(lowest.decimalNumberBySubtracting(1, quiet).isNaN());
+      EXPECT_TRUE(greatest.decimalNumberByMultiplyingBy(10, quiet).isNaN());
+      EXPECT_EQ(greatest.decimalNumberByAdding(0, all), greatest);
+    }
+  }
+}
+
+TEST(NSDecimalNumberHandler, AScaleThatRoundsTheGreatestNumberUpIsAnOverflow) {
+  const Decimal greatest = Decimal::maximumDecimalNumber();
+  EXPECT_EQ(raisedBy([&] { (void)greatest.decimalNumberByRoundingAccordingToBehavior(rounding(NSRoundPlain, -128)); }),
+            "NSDecimalNumberOverflowException");
+  EXPECT_EQ(greatest.decimalNumberByRoundingAccordingToBehavior(rounding(NSRoundDown, -128)),
+            read(std::string(37, '9') + "E127") * 10);
+}
+
 TEST(NSDecimalNumberHandler, FaultsAreJudgedBeforeTheScaleRounds) {
   const auto pennies = rounding(NSRoundPlain, 2);
   EXPECT_EQ(raisedBy([&] { (void)read("1E-100").decimalNumberByMultiplyingBy(read("1E-100"), pennies); }),

@@ -72,6 +72,11 @@ Decimal settleAny(const Wide& exact, Tail tail, int exponent, bool negative, con
   if (digits + exponent > Decimal::maximumDigits + Decimal::maximumExponent) [[unlikely]]
     return overflow(behavior);
   const int forced = std::max({0, digits - Decimal::maximumDigits, Decimal::minimumExponent - exponent});
+  if (digits + exponent == Decimal::maximumDigits + Decimal::maximumExponent) [[unlikely]] {
+    Tail beyond = tail;
+    const UInt128 kept = low128(cut(exact, forced, beyond));
+    if (kept == firstBeyondMantissa - 1 && beyond != Tail::none) return overflow(behavior);
+  }
   if (behavior.raiseOnExactness()) [[unlikely]] {
     Tail lost = tail;
     cut(exact, forced, lost);
