@@ -12,10 +12,10 @@ namespace norvik {
 /// Integers exactly; a double as Decimal(double): the fewest digits that read back as that double, 17 at most.
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumber(const NSNumber& number);
 
-/// The number spelt out in the user's current locale, as on a cheque. Exact for whole numbers of up to 18 digits; a
-/// fraction is spelt from the nearest double, which holds 15 digits. There are no words for 10^18 and beyond: such
-/// numbers are written in digits, "1,000,000,000,000,000,000". Every call makes a formatter, about half a millisecond;
-/// to spell many, keep an NSNumberFormatter in the spell-out style.
+/// The number spelt out in the user's current locale, as on a cheque, and never as another number. There are no words
+/// for 10^18 and beyond, nor for a fraction that the nearest double does not hold (any of 15 digits it does) or that
+/// has more than 20 digits behind the point: such numbers are written in digits, "1,234,567,890,123,456.78". Every call
+/// makes a formatter, about half a millisecond; to spell many, keep an NSNumberFormatter in the spell-out style.
 [[nodiscard]] NK_EXPORT NSString nk_wordString(const NSNumber& number);
 
 /// The integer 0 for a number that is true, 1 for zero.

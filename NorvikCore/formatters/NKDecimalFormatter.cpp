@@ -31,6 +31,7 @@ void NKDecimalFormatter::setup() {
   setMaximumFractionDigits(2);
   setHasThousandSeparators(true);
   setLenient(true);
+  setKeepsEveryDigit(true);
 }
 
 void NKDecimalFormatter::setMaximum(std::optional<NSNumber> maximum) {

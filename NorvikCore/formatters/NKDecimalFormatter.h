@@ -5,7 +5,8 @@
 //   formatter->stringFromNumber(1234.5_dec);      // "1,234.50" in a British locale
 //
 // While the user types only the length is limited: an edit that would exceed maxLength() is cut to what still fits.
-// Characters, sign and bounds are judged when the field commits, by lenient reading.
+// Characters, sign and bounds are judged when the field commits, by lenient reading. What is read is an integer or a
+// double, and a Decimal wherever a double has other digits ("12345678901234567.89").
 //
 // Threads: confined to the thread of its field.
 #pragma once

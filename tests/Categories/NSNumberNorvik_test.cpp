@@ -44,6 +44,28 @@ TEST(NSNumberNorvik, WordsAreExactForEighteenDigitsAndForFractionsOfFifteen) {
   EXPECT_EQ(nk_wordString(Decimal::parse("1000000000000.25").value()), "one trillion point two five");
 }
 
+TEST(NSNumberNorvik, WhatTheNearestDoubleDoesNotHoldIsWrittenInDigits) {
+  const struct {
+    const char *number, *text;
+  } rows[] = {
+      {"1234567890123456.78", "1,234,567,890,123,456.78"},
+      {"-1234567890123456.78", "-1,234,567,890,123,456.78"},
+      {"0.12345678901234567891", "0.12345678901234567891"},
+      {"0.00000000000000000001",
+       "zero point zero zero zero zero zero zero zero zero zero zero zero zero zero zero zero "
+       "zero zero zero zero one"},
+      {"0.000000000000000000001", "0.000000000000000000001"},
+      {"0.1", "zero point one"},
+      {"0.30000000000000004",
+       "zero point three zero zero zero zero zero zero zero zero zero zero zero zero zero zero "
+       "zero four"},
+      {"0.300000000000000041", "0.300000000000000041"},
+      {"12.50", "twelve point five"},
+      {"-0.4", "minus zero point four"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(nk_wordString(Decimal::parse(row.number).value()), row.text) << row.number;
+}
+
 TEST(NSNumberNorvik, NumbersForWhichThereAreNoWordsAreWrittenInDigits) {
   const struct {
     NSNumber number;

@@ -44,6 +44,31 @@ TEST(NKDecimalFormatter, HeaderExample) {
   EXPECT_EQ(formatter->maxLength(), 9);
 }
 
+TEST(NKDecimalFormatter, ReadsADecimalWhereverADoubleHasOtherDigits) {
+  const struct {
+    const char *text, *number;
+    NSNumber::Kind kind;
+  } rows[] = {
+      {"1,234", "1234", NSNumber::Kind::Integer},
+      {"9,223,372,036,854,775,807", "9223372036854775807", NSNumber::Kind::Integer},
+      {"9,223,372,036,854,775,808", "9223372036854775808", NSNumber::Kind::Double},
+      {"9,223,372,036,854,775,809", "9223372036854775809", NSNumber::Kind::Decimal},
+      {"1234.5", "1234.5", NSNumber::Kind::Double},
+      {"0.1", "0.1", NSNumber::Kind::Double},
+      {"123456789012.34", "123456789012.34", NSNumber::Kind::Double},
+      {"12345678901234567.89", "12345678901234567.89", NSNumber::Kind::Decimal},
+      {"-0.12345678901234567891", "-0.12345678901234567891", NSNumber::Kind::Decimal},
+  };
+  const auto formatter = british();
+  for (const auto& row : rows) {
+    const auto number = formatter->numberFromString(row.text);
+    ASSERT_TRUE(number) << row.text;
+    EXPECT_EQ(number->decimalValue(), dec(row.number)) << row.text;
+    EXPECT_EQ(number->kind(), row.kind) << row.text;
+  }
+  EXPECT_EQ(make<NSNumberFormatter>()->numberFromString("99999999999999999999")->kind(), NSNumber::Kind::Double);
+}
+
 TEST(NKDecimalFormatter, IsSetUpForAmounts) {
   const auto formatter = make<NKDecimalFormatter>();
   EXPECT_EQ(formatter->formatterBehavior(), 1040u);

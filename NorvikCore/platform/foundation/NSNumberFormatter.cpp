@@ -2,11 +2,14 @@
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/foundation/internal/NumberIncrement.h"
+#include "NorvikCore/platform/foundation/internal/NumberReader.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <unicode/decimfmt.h>
+#include <unicode/fpositer.h>
 #include <unicode/rbnf.h>
 
 #include <algorithm>
@@ -20,7 +23,9 @@
 namespace norvik {
 namespace {
 
+using detail::NumberReader;
 using detail::PlainNumberPattern;
+using Symbol = icu::DecimalFormatSymbols::ENumberFormatSymbol;
 
 constexpr int noIntegerLimit = 309;  // the digits of the greatest double
 
@@ -110,9 +115,41 @@ void chooseWords(icu::RuleBasedNumberFormat& words, const icu::Locale& locale) {
   check(status, "the words of a locale");
 }
 
-/// Languages have words for numbers below 10^18. Beyond, ICU writes 64-bit integers in digits and spells doubles, some
-/// of them as other numbers than they are: those are written in digits too.
-bool hasWords(double number) noexcept { return !std::isfinite(number) || std::fabs(number) < 1e18; }
+NSDecimalNumberHandler atScale(std::int16_t scale) { return NSDecimalNumberHandler({.scale = scale}); }
+
+/// Languages have words for numbers below 10^18, and ICU spells the double nearest to a number, with 20 digits behind
+/// the point at most. Beyond, ICU writes 64-bit integers in digits and spells doubles, some of them as other numbers
+/// than they are.
+bool hasWords(const NSNumber& number) {
+  constexpr std::int64_t firstWithout = 1'000'000'000'000'000'000;
+  constexpr int mostPlaces = 20;
+  const Decimal decimal = number.decimalValue();
+  const double real = number.doubleValue();
+  if (decimal.isNaN()) return !std::isfinite(real);
+  if (decimal >= Decimal(firstWithout) || decimal <= Decimal(-firstWithout)) return false;
+  if (decimal == Decimal(decimal.longLongValue())) return true;
+  const auto places = [&] { return decimal.decimalNumberByRoundingAccordingToBehavior(atScale(mostPlaces)); };
+  return Decimal(real) == decimal && places() == decimal;
+}
+
+/// The digits between the fixed texts of a pattern: where they are in the text.
+struct Span {
+  std::int32_t from = INT32_MAX, to = 0;
+};
+
+bool isOfNumber(std::int32_t field) noexcept {
+  return field == UNUM_INTEGER_FIELD || field == UNUM_FRACTION_FIELD || field == UNUM_DECIMAL_SEPARATOR_FIELD;
+}
+
+Span digitsIn(icu::FieldPositionIterator& fields) {
+  Span span;
+  for (icu::FieldPosition field; fields.next(field);) {
+    if (!isOfNumber(field.getField())) continue;
+    span.from = std::min(span.from, field.getBeginIndex());
+    span.to = std::max(span.to, field.getEndIndex());
+  }
+  return span;
+}
 
 /// Whether ICU can follow the pattern, in any locale.
 bool isPattern(const NSString& pattern) {
@@ -121,6 +158,15 @@ bool isPattern(const NSString& pattern) {
   icu::DecimalFormat trial(any);
   trial.applyPattern(toIcu(pattern), status);
   return U_SUCCESS(status);
+}
+
+icu::UnicodeString written(const icu::DecimalFormat& format, const std::string& number,
+                           icu::FieldPositionIterator& fields) {
+  icu::UnicodeString text;
+  UErrorCode status = U_ZERO_ERROR;
+  format.format(icu::StringPiece(number), text, &fields, status);
+  check(status, "formatting a number");
+  return text;
 }
 
 enum class DigitLimit { MinimumInteger, MaximumInteger, MinimumFraction, MaximumFraction };
@@ -140,13 +186,15 @@ struct NSNumberFormatter::Engine {
     std::optional<std::pair<int, int>> integerDigits, fractionDigits;  ///< least and greatest
     std::optional<bool> grouping;
   } own;
-  bool allowsFloats = true, isLenient = false, generatesDecimals = false;
+  bool allowsFloats = true, isLenient = false, generatesDecimals = false, keepsEveryDigit = false;
   std::optional<NSNumber> maximum, minimum;
 
   // What the settings come to, once it is built.
   std::unique_ptr<icu::DecimalFormat> digits;
   std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< of the spell-out style alone
+  std::unique_ptr<icu::DecimalFormat> stepless;       ///< of a pattern with an increment: without it
   std::optional<PlainNumberPattern> plain;            ///< the fast way, where the settings allow it
+  std::optional<NumberReader> reader;
 
   /// Several threads may read by one formatter, and any of them be the first.
   Engine& built() {
@@ -193,15 +241,12 @@ struct NSNumberFormatter::Engine {
     digits->setRoundingMode(roundingInIcu(mode));
     settingsChanged();
   }
-  void setLenience(bool isWanted) {
-    isLenient = isWanted;
-    if (isBuilt.load(std::memory_order_relaxed)) settingsChanged();
-  }
 
  private:
   std::atomic<bool> isBuilt{false};
   Mutex building;
   std::vector<std::pair<DigitLimit, int>> waiting;  ///< limits that were set and not yet applied, in order
+  bool isMoney = false;                             ///< the pattern has a currency
 
   [[nodiscard]] icu::Locale icuLocale() const {
     return icu::Locale::createCanonical(locale->localeIdentifier().utf8().c_str());
@@ -269,64 +314,145 @@ struct NSNumberFormatter::Engine {
     }
   }
 
-  /// Everything of ICU's format that the fast way covers, or nothing.
+  /// ICU's format in the forms in which it is used.
   void settingsChanged() {
-    digits->setLenient(isLenient);
+    icu::UnicodeString pattern;
+    isMoney = digits->toPattern(pattern).indexOf(u'\u00A4') >= 0;
+    chooseStepless();
+    choosePlainPattern();
+    chooseReader();
+  }
+
+  /// An increment finer than the last digit shown is not used, as in ICU.
+  void chooseStepless() {
+    stepless.reset();
+    const double increment = digits->getRoundingIncrement();
+    const int most = digits->getMaximumFractionDigits();
+    if (increment == 0 || 2 * increment * std::pow(10.0, most) <= 1) return;
+    stepless = std::make_unique<icu::DecimalFormat>(*digits);
+    stepless->setRoundingIncrement(0);
+    stepless->setMaximumFractionDigits(std::max(most, -Decimal(increment).exponent()));
+  }
+
+  [[nodiscard]] std::string symbol(Symbol which) const {
+    std::string storage;
+    return std::string(unitsOf(storage, digits->getDecimalFormatSymbols()->getConstSymbol(which)));
+  }
+  [[nodiscard]] std::string decimalSeparator() const {
+    return symbol(isMoney ? Symbol::kMonetarySeparatorSymbol : Symbol::kDecimalSeparatorSymbol);
+  }
+  [[nodiscard]] std::string groupingSeparator() const {
+    return symbol(isMoney ? Symbol::kMonetaryGroupingSeparatorSymbol : Symbol::kGroupingSeparatorSymbol);
+  }
+
+  /// Everything of ICU's format that the fast way covers, or nothing.
+  void choosePlainPattern() {
     plain.reset();
     const auto mode = plainRounding(rounding);
-    const auto power = powerOfMultiplier();
-    if (words || !mode || !power || digits->isScientificNotation() || digits->areSignificantDigitsUsed() ||
+    if (words || !mode || digits->isScientificNotation() || digits->areSignificantDigitsUsed() ||
         digits->getRoundingIncrement() != 0 || digits->getFormatWidth() > 0 ||
         digits->isDecimalSeparatorAlwaysShown()) {
       return;
     }
-    const auto* symbols = digits->getDecimalFormatSymbols();
-    const auto symbol = [&](icu::DecimalFormatSymbols::ENumberFormatSymbol which) {
-      std::string storage;
-      return std::string(unitsOf(storage, symbols->getConstSymbol(which)));
-    };
     PlainNumberPattern pattern;
-    pattern.minusSign = symbol(icu::DecimalFormatSymbols::kMinusSignSymbol);
     icu::UnicodeString affix;
     unitsOf(pattern.positive.before, digits->getPositivePrefix(affix));
     unitsOf(pattern.positive.after, digits->getPositiveSuffix(affix));
     unitsOf(pattern.negative.before, digits->getNegativePrefix(affix));
     unitsOf(pattern.negative.after, digits->getNegativeSuffix(affix));
-    if (symbol(icu::DecimalFormatSymbols::kZeroDigitSymbol) != "0") return;
+    if (symbol(Symbol::kZeroDigitSymbol) != "0") return;
     pattern.isGrouped = digits->isGroupingUsed() && digits->getGroupingSize() != 0;
     const int secondary = digits->getSecondaryGroupingSize();
     if (pattern.isGrouped && (digits->getGroupingSize() != 3 || (secondary != 0 && secondary != 3))) return;
     pattern.minimumGrouping = digits->getMinimumGroupingDigits() > 1 ? digits->getMinimumGroupingDigits() : 1;
-    const bool isMoney = isCurrency();
-    pattern.decimalSeparator = symbol(isMoney ? icu::DecimalFormatSymbols::kMonetarySeparatorSymbol
-                                              : icu::DecimalFormatSymbols::kDecimalSeparatorSymbol);
-    pattern.groupingSeparator = symbol(isMoney ? icu::DecimalFormatSymbols::kMonetaryGroupingSeparatorSymbol
-                                               : icu::DecimalFormatSymbols::kGroupingSeparatorSymbol);
+    pattern.decimalSeparator = decimalSeparator();
+    pattern.groupingSeparator = groupingSeparator();
     pattern.minimumInteger = digits->getMinimumIntegerDigits();
     pattern.maximumInteger = digits->getMaximumIntegerDigits();
     pattern.minimumFraction = digits->getMinimumFractionDigits();
     pattern.maximumFraction = digits->getMaximumFractionDigits();
-    pattern.power = *power;
+    pattern.power = powerOfMultiplier();
     pattern.rounding = *mode;
     if (!isMoney || writesAsIcu(pattern)) plain = std::move(pattern);
   }
 
-  /// The power of ten that numbers are multiplied by, absent where it is none.
-  [[nodiscard]] std::optional<int> powerOfMultiplier() const {
-    int power = digits->getMultiplierScale();
-    for (std::int32_t multiplier = digits->getMultiplier(); multiplier != 1; multiplier /= 10, ++power) {
-      if (multiplier <= 0 || multiplier % 10 != 0) return std::nullopt;
+  /// How the texts that the settings give are read.
+  void chooseReader() {
+    NumberReader::Settings settings;
+    for (std::size_t i = 0; i < settings.digits.size(); ++i) {
+      unitsOf(settings.digits[i], digits->getDecimalFormatSymbols()->getConstDigitSymbol(static_cast<int>(i)));
     }
+    settings.decimalSeparator = decimalSeparator();
+    settings.groupingSeparator = groupingSeparator();
+    settings.minusSign = symbol(Symbol::kMinusSignSymbol);
+    settings.plusSign = symbol(Symbol::kPlusSignSymbol);
+    if (digits->isScientificNotation()) settings.exponentSign = symbol(Symbol::kExponentialSymbol);
+    settings.isGrouped = digits->isGroupingUsed() && digits->getGroupingSize() > 0;
+    if (settings.isGrouped) {
+      settings.lastGroup = digits->getGroupingSize();
+      const int others = digits->getSecondaryGroupingSize();
+      settings.otherGroups = others > 0 ? others : settings.lastGroup;
+    }
+    settings.power = powerOfMultiplier();
+    if (digits->getFormatWidth() > 0) {
+      unitsOf(settings.padding, digits->getPadCharacterString());
+      const bool isPartOfNumbers = std::ranges::find(settings.digits, settings.padding) != settings.digits.end() ||
+                                   settings.padding == settings.decimalSeparator ||
+                                   settings.padding == settings.groupingSeparator;
+      if (isPartOfNumbers) settings.padding.clear();
+    }
+    settings.forms = isMoney ? formsOfMoney() : forms();
+    if (isMoney) {
+      settings.currencySymbol = symbol(Symbol::kCurrencySymbol);
+      settings.currencyCode = symbol(Symbol::kIntlCurrencySymbol);
+    }
+    reader.emplace(std::move(settings));
+  }
+
+  [[nodiscard]] std::vector<NumberReader::Form> forms() const {
+    std::vector<NumberReader::Form> result(2);
+    icu::UnicodeString affix;
+    unitsOf(result[0].before, digits->getPositivePrefix(affix));
+    unitsOf(result[0].after, digits->getPositiveSuffix(affix));
+    unitsOf(result[1].before, digits->getNegativePrefix(affix));
+    unitsOf(result[1].after, digits->getNegativeSuffix(affix));
+    result[1].isNegative = true;
+    return result;
+  }
+
+  /// The text around money depends on the number: on its digits, as the space between a currency's letters and a
+  /// digit does, and where the pattern has the currency's name, on the name's plurals.
+  [[nodiscard]] std::vector<NumberReader::Form> formsOfMoney() const {
+    icu::DecimalFormat unpadded(*digits);
+    unpadded.setFormatWidth(0);
+    icu::UnicodeString pattern;
+    const bool hasName = unpadded.toPattern(pattern).indexOf(u"\u00A4\u00A4\u00A4") >= 0;
+    std::vector<std::string> samples{"5", "0.5"};
+    if (hasName) samples.insert(samples.end(), {"0", "1", "2", "3", "11", "21", "100", "1000000", "1.5"});
+    std::vector<NumberReader::Form> result;
+    for (const char* sign : {"", "-"}) {
+      for (const std::string& sample : samples) {
+        icu::FieldPositionIterator fields;
+        const icu::UnicodeString text = written(unpadded, sign + sample, fields);
+        const Span span = digitsIn(fields);
+        NumberReader::Form form;
+        form.isNegative = *sign != '\0';
+        unitsOf(form.before, text.tempSubStringBetween(0, span.from));
+        unitsOf(form.after, text.tempSubString(span.to));
+        if (std::ranges::find(result, form) == result.end()) result.push_back(std::move(form));
+      }
+    }
+    return result;
+  }
+
+  /// The power of ten that numbers are multiplied by. Patterns have no other multipliers.
+  [[nodiscard]] int powerOfMultiplier() const {
+    int power = digits->getMultiplierScale();
+    for (std::int32_t multiplier = digits->getMultiplier(); multiplier > 1; multiplier /= 10) ++power;
     return power;
   }
 
-  [[nodiscard]] bool isCurrency() const {
-    icu::UnicodeString pattern;
-    return digits->toPattern(pattern).indexOf(u'\u00A4') >= 0;
-  }
-
-  /// What stands around money may depend on the digits, as the space between a currency's letters and a digit does: a
-  /// pattern holds where it writes numbers of both signs as ICU does.
+  /// Whether the pattern writes money of both signs as ICU does.
   [[nodiscard]] bool writesAsIcu(const PlainNumberPattern& pattern) const {
     for (const char* sample : {"1234567.891", "-0.5"}) {
       std::string ours, icus;
@@ -340,40 +466,79 @@ struct NSNumberFormatter::Engine {
  public:
   [[nodiscard]] icu::UnicodeString textInIcu(const NSNumber& number) const {
     icu::UnicodeString text;
-    UErrorCode status = U_ZERO_ERROR;
     const Decimal decimal = number.decimalValue();
-    if (words && decimal == Decimal(decimal.longLongValue())) {
-      words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);
-    } else if (words && hasWords(number.doubleValue())) {
-      words->format(number.doubleValue(), text);
+    if (words && hasWords(number)) {
+      if (decimal == Decimal(decimal.longLongValue())) {
+        words->format(static_cast<std::int64_t>(decimal.longLongValue()), text);
+      } else {
+        words->format(number.doubleValue(), text);
+      }
     } else if (decimal.isNaN()) {
       digits->format(number.doubleValue(), text);
+    } else if (words && !own.fractionDigits) {
+      icu::DecimalFormat whole(*digits);
+      whole.setMaximumFractionDigits(-Decimal::minimumExponent);
+      text = textInDigits(whole, decimal);
     } else {
-      digits->format(icu::StringPiece(decimal.stringValue()), text, nullptr, status);
-      check(status, "formatting a number");
+      text = textInDigits(stepless ? *stepless : *digits, decimal);
     }
     return text;
   }
 
-  [[nodiscard]] std::optional<NSNumber> numberInIcu(const NSString& text) const {
-    const NSString trimmed = isLenient ? text.stringByTrimming() : text;
-    const icu::UnicodeString units = toIcu(trimmed);
+  /// A number that shows as zero has no sign.
+  [[nodiscard]] icu::UnicodeString textInDigits(const icu::DecimalFormat& format, const Decimal& number) const {
+    const std::string plainDigits =
+        &format == stepless.get()
+            ? detail::roundedToIncrement(number, powerOfMultiplier(), Decimal(digits->getRoundingIncrement()), rounding)
+            : number.stringValue();
+    icu::FieldPositionIterator fields;
+    icu::UnicodeString text = written(format, plainDigits, fields);
+    const Span span = digitsIn(fields);
+    if (number.isNegative() && isZero(text.tempSubStringBetween(span.from, span.to))) {
+      text = written(format, "0", fields);
+    }
+    return text;
+  }
+
+  [[nodiscard]] bool isZero(const icu::UnicodeString& text) const {
+    for (int digit = 1; digit < 10; ++digit) {
+      if (text.indexOf(digits->getDecimalFormatSymbols()->getConstDigitSymbol(digit)) >= 0) return false;
+    }
+    return true;
+  }
+
+  /// Words are a number where they are how one of the language's rules spells it, other than as a year: ICU reads
+  /// "twelve twelve" as 1212.
+  [[nodiscard]] std::optional<NSNumber> numberInWords(const NSString& text) const {
+    const icu::UnicodeString units = toIcu(isLenient ? text.stringByTrimming() : text);
     icu::Formattable result;
     icu::ParsePosition position(0);
-    const icu::NumberFormat& format = words ? static_cast<const icu::NumberFormat&>(*words) : *digits;
-    format.parse(units, result, position);
+    words->parse(units, result, position);
     if (position.getIndex() == 0 || position.getIndex() != units.length()) return std::nullopt;
     UErrorCode status = U_ZERO_ERROR;
-    const icu::StringPiece digitsRead = result.getDecimalNumber(status);
-    if (U_SUCCESS(status)) {
-      if (const auto decimal = Decimal::parse({digitsRead.data(), static_cast<std::size_t>(digitsRead.size())})) {
-        return *decimal;
-      }
-    }
-    status = U_ZERO_ERROR;
     const double real = result.getDouble(status);
     if (U_FAILURE(status)) return std::nullopt;
-    return NSNumber(real);
+    for (std::int32_t i = 0; i < words->getNumberOfRuleSetNames(); ++i) {
+      const icu::UnicodeString rules = words->getRuleSetName(i);
+      if (rules.indexOf(u"year") >= 0) continue;
+      icu::UnicodeString spelt;
+      icu::FieldPosition ignored;
+      words->format(real, rules, spelt, ignored, status);
+      if (U_SUCCESS(status) && spelt == units) return NSNumber(real);
+      status = U_ZERO_ERROR;
+    }
+    return std::nullopt;
+  }
+
+  [[nodiscard]] std::optional<NSNumber> numberFrom(const NSString& text) const {
+    if (const auto reading = reader->read(text.view(), isLenient)) {
+      return accepted(reading->number, reading->hasFraction);
+    }
+    if (!words) return std::nullopt;
+    const auto number = numberInWords(text);
+    if (!number) return std::nullopt;
+    const Decimal decimal = number->decimalValue();
+    return accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
   }
 
   /// In the kind that the settings ask for; absent for a fraction where none is allowed and for what is out of bounds.
@@ -383,7 +548,9 @@ struct NSNumberFormatter::Engine {
     const Decimal decimal = number.decimalValue();
     if (generatesDecimals) return decimal.isNaN() ? std::nullopt : std::optional<NSNumber>(decimal);
     if (!hasFraction && decimal == Decimal(decimal.longLongValue())) return NSNumber(decimal.longLongValue());
-    return NSNumber(number.doubleValue());
+    const double real = number.doubleValue();
+    if (keepsEveryDigit && Decimal(real) != decimal) return decimal;
+    return NSNumber(real);
   }
 };
 
@@ -403,18 +570,7 @@ NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
 }
 
 std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text) const {
-  const Engine& engine = engine_->built();
-  if (!engine.plain || !engine.plain->isBare()) {
-    std::optional<NSNumber> number;
-    if (engine.plain) number = engine.plain->readOwn(text.view());
-    if (!number) number = engine.numberInIcu(text);
-    if (!number) return std::nullopt;
-    const Decimal decimal = number->decimalValue();
-    return engine.accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
-  }
-  const auto reading = engine.plain->read(text.view(), engine.isLenient);
-  if (!reading) return std::nullopt;
-  return engine.accepted(reading->number, reading->hasFraction);
+  return engine_->built().numberFrom(text);
 }
 
 std::optional<NSString> NSNumberFormatter::stringForObjectValue(const Value& value) const {
@@ -498,9 +654,10 @@ void NSNumberFormatter::setRoundingMode(NSNumberFormatterRoundingMode mode) { en
 bool NSNumberFormatter::allowsFloats() const noexcept { return engine_->allowsFloats; }
 void NSNumberFormatter::setAllowsFloats(bool allows) noexcept { engine_->allowsFloats = allows; }
 bool NSNumberFormatter::lenient() const noexcept { return engine_->isLenient; }
-void NSNumberFormatter::setLenient(bool isLenient) { engine_->setLenience(isLenient); }
+void NSNumberFormatter::setLenient(bool isLenient) { engine_->isLenient = isLenient; }
 bool NSNumberFormatter::generatesDecimalNumbers() const noexcept { return engine_->generatesDecimals; }
 void NSNumberFormatter::setGeneratesDecimalNumbers(bool generates) noexcept { engine_->generatesDecimals = generates; }
+void NSNumberFormatter::setKeepsEveryDigit(bool keeps) noexcept { engine_->keepsEveryDigit = keeps; }
 const std::optional<NSNumber>& NSNumberFormatter::maximum() const noexcept { return engine_->maximum; }
 void NSNumberFormatter::setMaximum(std::optional<NSNumber> maximum) { engine_->maximum = maximum; }
 const std::optional<NSNumber>& NSNumberFormatter::minimum() const noexcept { return engine_->minimum; }

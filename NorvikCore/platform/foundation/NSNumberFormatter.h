@@ -8,19 +8,25 @@
 //   money->numberFromString(" 1,234.5 ");           // 1234.5
 //
 // Patterns are those of Unicode's locale data ("#,##0.00;(#,##0.00)"); words and symbols are the locale's. A style or a
-// pattern sets the digit limits and the grouping; setters called after it change them again.
+// pattern sets the digit limits and the grouping; setters called after it change them again. A number that shows as
+// zero has no sign: -0.001 is "0.00", because that is what it reads back as.
 //
 // Reading takes the whole text or nothing. How many digits there are does not count: "1.2345", ".5" and "5." are
-// numbers to "0.00" too, and so are digits without separators. Strict reading wants the formatter's own signs and
-// separators, each in its place; lenient reading also takes white space around the number, "+", "-" and the minus sign
-// before it, and grouping separators anywhere between two digits, where any space and an ASCII apostrophe do for the
-// locale's own. Digits behind the point are never cut off while reading; beyond 38 digits the number is rounded.
+// numbers to "0.00" too, and so are digits without separators. Digits are the locale's or ASCII's, of one kind in a
+// number; separators are the locale's only, so that "12.50" is no number in Arabic. A number has one sign at most.
+// Strict reading wants the formatter's own signs and separators, each in its place. Lenient reading also takes, in
+// every pattern alike: white space and marks of direction before and after the number, its sign and what the pattern
+// puts around it; a number without what the pattern puts around it, brackets that mean a minus excepted; "+", "-" and
+// the minus sign; a currency's code for its symbol; and grouping separators anywhere between two digits, where any
+// space and an ASCII apostrophe do for the locale's own. Digits behind the point are never cut off while reading;
+// beyond 38 digits the number is rounded. Words are a number below 10^15 and only as the language spells it: "twelve
+// twelve" is none.
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.
 // Cost:    the first text after a setting is expensive (tens of microseconds, words half a millisecond); keep one.
-//          Formatting a decimal in a decimal, percent or currency pattern and reading it back take some tens of
-//          nanoseconds; significant digits, powers of ten, words and padding go through ICU, as do texts that another
-//          than the formatter wrote around a number.
+//          Formatting a decimal in a decimal, percent or currency pattern takes some tens of nanoseconds, and so does
+//          reading in any pattern; significant digits, powers of ten, increments, words, padding and digits other than
+//          ASCII's are written by ICU.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -68,7 +74,7 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   NSNumberFormatter();
   ~NSNumberFormatter() override;
 
-  /// The number as text. Never absent: not-a-number and infinities have texts of their own.
+  /// The number as text. Never absent: not-a-number and infinities have texts of their own, which do not read back.
   [[nodiscard]] NSString stringFromNumber(const NSNumber& number) const;
   /// Absent where the text is not a number, has a fraction and floats are not allowed, or is beyond minimum() or
   /// maximum(). A Decimal where generatesDecimalNumbers() is on; otherwise an integer, or a double where there is a
@@ -126,6 +132,10 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   /// All settings. What was damaged raises NSInvalidUnarchiveOperationException.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
+
+ protected:
+  /// Whether a number is read as a Decimal wherever a double has other digits. Off at first; not in archives.
+  void setKeepsEveryDigit(bool keeps) noexcept;
 
  private:
   struct Engine;

@@ -2,14 +2,13 @@
 // ICU.
 //
 // A plain pattern groups its digits in threes or not at all and counts in ASCII digits. Around them stand a minus sign
-// and fixed texts, such as "%" or a currency's sign. It gives what ICU gives for the same settings, to the byte.
+// and fixed texts, such as "%" or a currency's sign. It gives what ICU gives for the same settings, to the byte, where
+// ICU is asked to write no sign before zero.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
 
-#include <optional>
 #include <string>
-#include <string_view>
 
 namespace norvik::detail {
 
@@ -22,33 +21,18 @@ struct PlainNumberPattern {
   int minimumGrouping = 1;  ///< how many digits the first group must have before any separator is written
   int power = 0;            ///< the power of ten that numbers are multiplied by: 2 in percentages
   Rounding rounding = Rounding::HalfEven;
-  std::string decimalSeparator = ".", groupingSeparator = ",", minusSign = "-";
-  /// What stands around a number that is not negative, and around a negative one.
+  std::string decimalSeparator = ".", groupingSeparator = ",";
+  /// The texts around a number, and around one that is negative and not zero as it is written.
   struct {
     std::string before, after;
   } positive, negative{"-", ""};
 
-  /// Nothing stands around the digits but the minus sign.
-  [[nodiscard]] bool isBare() const noexcept {
-    return power == 0 && positive.before.empty() && positive.after.empty() && negative.before == minusSign &&
-           negative.after.empty();
-  }
   /// Numbers so great that multiplying them would overflow are not for append().
   [[nodiscard]] bool covers(const Decimal& number) const noexcept {
     return !number.isNaN() && number.exponent() + power <= Decimal::maximumExponent;
   }
 
   void append(std::string& text, const Decimal& number) const;
-
-  struct Reading {
-    Decimal number;
-    bool hasFraction = false;  ///< a decimal separator was written
-  };
-  /// The whole text of a bare pattern, or nothing. Lenient reading takes white space around the number and separators
-  /// anywhere between two digits, typed as any space or an ASCII apostrophe where they are of that kind.
-  [[nodiscard]] std::optional<Reading> read(std::string_view text, bool isLenient) const;
-  /// A text such as append() writes, whatever the pattern. Nothing may still be a number to someone more lenient.
-  [[nodiscard]] std::optional<Decimal> readOwn(std::string_view text) const;
 };
 
 }  // namespace norvik::detail

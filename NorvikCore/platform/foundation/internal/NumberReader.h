@@ -1,0 +1,85 @@
+// NorvikCore/platform/foundation/internal/NumberReader.h - decimals from text, for every pattern, locale and kind of
+// digits.
+//
+// The whole text is a number, or nothing is. Digits are the locale's own or ASCII's, of one kind in a number; the
+// separators are the locale's only. A text has one sign at most.
+#pragma once
+
+#include "NorvikCore/platform/values/Decimal.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace norvik::detail {
+
+class NumberReader {
+ public:
+  /// The texts that the formatter writes before and after a number.
+  struct Form {
+    std::string before, after;
+    bool isNegative = false;
+    friend bool operator==(const Form&, const Form&) = default;
+  };
+
+  struct Settings {
+    std::array<std::string, 10> digits;
+    std::string decimalSeparator, groupingSeparator, minusSign, plusSign;
+    std::string exponentSign;  ///< written before a power of ten; empty if the pattern has none
+    std::string padding;       ///< fills the text up to the width of the pattern; empty if it has none
+    bool isGrouped = false;
+    int lastGroup = 3, otherGroups = 3;  ///< how many digits; 12,34,567 has two in the others
+    int power = 0;                       ///< the power of ten that numbers are multiplied by: 2 in percentages
+    std::vector<Form> forms;
+    std::string currencySymbol, currencyCode;  ///< lenient reading takes either for the other
+  };
+
+  explicit NumberReader(Settings settings);
+
+  struct Reading {
+    Decimal number;
+    bool hasFraction = false;
+  };
+  /// Strict reading takes the formatter's own texts, with any number of digits. Lenient reading also takes white space
+  /// and marks of direction anywhere but between digits, another minus sign, "+", a number without the texts before and
+  /// after it or with one of them, and grouping separators anywhere between two digits, typed as any space or an ASCII
+  /// apostrophe if they are of that kind.
+  [[nodiscard]] std::optional<Reading> read(std::string_view text, bool isLenient) const;
+
+ private:
+  /// A form as lenient reading looks for it: without signs, and without spaces at the ends.
+  struct LooseForm {
+    std::string before, after;
+    bool impliesMinus = false;  ///< as brackets do
+    bool signFollows = false;
+    friend bool operator==(const LooseForm&, const LooseForm&) = default;
+  };
+
+  class Digits;
+
+  [[nodiscard]] LooseForm withoutSign(const Form& form) const;
+  /// A plus or minus sign is one, and no text such as the hyphen of "A-5", where numbers of the other sign have the
+  /// same texts around them without it.
+  [[nodiscard]] LooseForm looseForm(const Form& form, const std::vector<Form>& all) const;
+  [[nodiscard]] std::string_view withoutPadding(std::string_view text) const noexcept;
+  bool takeSign(std::string_view& text, bool& isNegative) const noexcept;
+  bool takeGroupingSeparator(std::string_view& text, bool isLenient) const noexcept;
+  /// The digits that the text begins with, as ASCII: how many. The first one decides of which kind the others are.
+  enum class Kind { Any, Ascii, Own };
+  std::size_t takeRun(std::string_view& text, Kind& kind, Digits& digits) const;
+  std::size_t takeOwnRun(std::string_view& text, Kind& kind, Digits& digits) const;
+  bool takeDigits(std::string_view& text, bool isLenient, Digits& digits, bool& hasPoint) const;
+  bool takeExponent(std::string_view& text, bool isLenient, Digits& digits) const;
+  [[nodiscard]] std::optional<Reading> readStrictly(std::string_view text, const Form& form) const;
+  [[nodiscard]] std::optional<Reading> readLoosely(std::string_view text, const LooseForm& form) const;
+  [[nodiscard]] std::optional<Reading> reading(std::string_view digits, bool hasPoint) const;
+
+  Settings settings_;
+  std::vector<LooseForm> looseForms_;
+  std::string minusCore_, plusCore_;  ///< the signs without marks of direction
+  bool hasOwnDigits_, isBare_;
+};
+
+}  // namespace norvik::detail
