@@ -8,8 +8,10 @@
 namespace norvik {
 namespace {
 
-/// The date `days` later at the same time of day. Dates out of range become the end of the range first.
+/// The date `days` later at the same time of day, for 0 the date itself. Other dates out of range become the end of the
+/// range first.
 Date daysLater(Date date, NSInteger days) noexcept {
+  if (days == 0) return date;
   const std::int64_t day = referenceDay(date);
   const double seconds = detail::instantInRange(date.timeIntervalSinceReferenceDate());
   const double timeOfDay = seconds - static_cast<double>(day * detail::secondsPerDay);
@@ -74,6 +76,7 @@ const Ref<NSArray>& nk_weekDayNames() {
 }
 
 Date nk_addHours(Date date, NSInteger hours) noexcept {
+  if (hours == 0) return date;
   return date.dateByAddingTimeInterval(static_cast<double>(hours) * 3600);
 }
 

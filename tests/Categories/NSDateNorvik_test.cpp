@@ -118,6 +118,19 @@ TEST(NSDateNorvik, Adds) {
   EXPECT_EQ(nk_addYears("2020-02-29"_date, -1), "2019-02-28"_date);
 }
 
+TEST(NSDateNorvik, AddingNothingGivesExactlyTheDate) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  for (const double seconds : {0.1, -0.1, 1e-300, -5e-324, 643'000'000.123456789, 1e15 + 0.5, -1e15, 1e300, -1e300,
+                               infinity, -infinity, std::numeric_limits<double>::quiet_NaN()}) {
+    const Date date = Date::fromReferenceSeconds(seconds);
+    EXPECT_EQ(nk_addHours(date, 0), date) << seconds;
+    EXPECT_EQ(nk_addDays(date, 0), date) << seconds;
+    EXPECT_EQ(nk_addWeeks(date, 0), date) << seconds;
+    EXPECT_EQ(nk_addMonths(date, 0), date) << seconds;
+    EXPECT_EQ(nk_addYears(date, 0), date) << seconds;
+  }
+}
+
 TEST(NSDateNorvik, SubtractingADateGivesAnInstantEqualToIt) {
   EXPECT_EQ(nk_subtractDate("2021-05-10"_date, "2020-01-01 12:00"_date), "2020-01-01 12:00"_date);
   EXPECT_EQ(nk_subtractDate("2020-01-01"_date, "2021-05-10"_date), "2021-05-10"_date);

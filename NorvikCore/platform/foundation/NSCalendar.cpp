@@ -8,7 +8,9 @@
 
 #include <unicode/calendar.h>
 
+#include <cmath>
 #include <memory>
+#include <utility>
 
 namespace norvik {
 
@@ -32,11 +34,11 @@ NSInteger saturatedProduct(NSInteger a, NSInteger b) {
   return (a < 0) == (b < 0) ? INT64_MAX : INT64_MIN;
 }
 
-/// The number without its fraction, or the end of the type's range that it passed.
-NSInteger integerWithin(double number) {
-  if (number >= 9.2e18) return INT64_MAX;
-  return number <= -9.2e18 ? INT64_MIN : static_cast<NSInteger>(number);
-}
+/// Of two instants: the seconds from the earlier to the later one, rounded down, and the rest in nanoseconds.
+struct Elapsed {
+  std::int64_t seconds;
+  double nanoseconds;
+};
 
 NSInteger orElse(NSInteger value, NSInteger otherwise) { return value == undefined ? otherwise : value; }
 
@@ -44,6 +46,14 @@ NSInteger orElse(NSInteger value, NSInteger otherwise) { return value == undefin
 double fractionOf(Date date) {
   return detail::instantInRange(date.timeIntervalSinceReferenceDate()) -
          static_cast<double>(detail::wholeSeconds(date));
+}
+
+/// Exact where the difference of two doubles would be rounded.
+Elapsed elapsed(Date earlier, Date later) {
+  const std::int64_t seconds = detail::wholeSeconds(later) - detail::wholeSeconds(earlier);
+  const double fraction = fractionOf(later) - fractionOf(earlier);
+  if (fraction < 0) return {seconds - 1, (fraction + 1) * 1e9};
+  return {seconds, fraction * 1e9};
 }
 
 Date dateFromLocal(const detail::ZoneRules& zone, std::int64_t localSeconds, double fraction) {
@@ -195,37 +205,49 @@ Ref<NSDateComponents> NSCalendar::components(NSCalendarUnit units, Date fromDate
 Ref<NSDateComponents> NSCalendar::components(NSCalendarUnit units, Date fromDate, Date toDate) const {
   constexpr struct {
     NSCalendarUnit unit;
-    double seconds;  // on average
-  } steps[] = {
-      {NSCalendarUnitYear, 365.2425 * 86'400},
-      {NSCalendarUnitQuarter, 365.2425 * 21'600},
-      {NSCalendarUnitMonth, 365.2425 * 7'200},
-      {NSWeekCalendarUnit, 7 * 86'400.0},
-      {NSCalendarUnitWeekOfYear, 7 * 86'400.0},
-      {NSCalendarUnitDay, 86'400},
-      {NSCalendarUnitHour, 3'600},
-      {NSCalendarUnitMinute, 60},
-      {NSCalendarUnitSecond, 1},
-      {NSCalendarUnitNanosecond, 1e-9},
-  };
+    double days;  // on average
+  } civilSteps[] = {{NSCalendarUnitYear, 365.2425},       {NSCalendarUnitQuarter, 365.2425 / 4},
+                    {NSCalendarUnitMonth, 365.2425 / 12}, {NSWeekCalendarUnit, 7},
+                    {NSCalendarUnitWeekOfYear, 7},        {NSCalendarUnitDay, 1}};
+  constexpr struct {
+    NSCalendarUnit unit;
+    std::int64_t seconds;
+  } passingSteps[] = {{NSCalendarUnitHour, 3600}, {NSCalendarUnitMinute, 60}, {NSCalendarUnitSecond, 1}};
   auto components = make<NSDateComponents>();
   const Date to = Date::fromReferenceSeconds(detail::instantInRange(toDate.timeIntervalSinceReferenceDate()));
   Date from = Date::fromReferenceSeconds(detail::instantInRange(fromDate.timeIntervalSinceReferenceDate()));
   const NSInteger sign = to < from ? -1 : 1;
   const auto passes = [&](Date date) { return sign > 0 ? date > to : date < to; };
-  for (const auto& step : steps) {
-    if (!(units & step.unit)) continue;
-    // About as many as fit, then the exact number: steps from the day up differ in length.
-    NSInteger count = integerWithin(to.timeIntervalSinceDate(from) / step.seconds);
-    if (step.seconds >= 86'400) {
-      for (int i = 0; i < 4 && count != 0 && passes(addUnit(step.unit, count, from)); ++i) count -= sign;
-      // At the end of the calendar another step leads nowhere.
-      for (Date next = addUnit(step.unit, count + sign, from); !passes(next) && next != addUnit(step.unit, count, from);
-           next = addUnit(step.unit, count + sign, from))
-        count += sign;
-    }
+  const auto rest = [&] { return sign > 0 ? elapsed(from, to) : elapsed(to, from); };
+
+  // The two names of the week are one unit.
+  const bool countsOldWeek = (units & NSWeekCalendarUnit) != 0;
+  for (const auto& step : civilSteps) {
+    if (!(units & step.unit) || (step.unit == NSCalendarUnitWeekOfYear && countsOldWeek)) continue;
+    // About as many as fit, then the exact number: the steps differ in length.
+    auto count = static_cast<NSInteger>(to.timeIntervalSinceDate(from) / (step.days * secondsPerDay));
+    for (int i = 0; i < 4 && count != 0 && passes(addUnit(step.unit, count, from)); ++i) count -= sign;
+    // At the end of the calendar another step leads nowhere.
+    for (Date next = addUnit(step.unit, count + sign, from); !passes(next) && next != addUnit(step.unit, count, from);
+         next = addUnit(step.unit, count + sign, from))
+      count += sign;
     components->setValue_forComponent(count, step.unit);
     from = addUnit(step.unit, count, from);
+  }
+  if (countsOldWeek) components->setWeekOfYear(components->week());
+
+  for (const auto& step : passingSteps) {
+    if (!(units & step.unit)) continue;
+    const NSInteger count = sign * (rest().seconds / step.seconds);
+    components->setValue_forComponent(count, step.unit);
+    from = addUnit(step.unit, count, from);
+  }
+  if (units & NSCalendarUnitNanosecond) {
+    const Elapsed left = rest();
+    NSInteger nanoseconds = std::llround(left.nanoseconds);
+    if ((units & NSCalendarUnitSecond) && nanoseconds == 1'000'000'000) nanoseconds -= 1;
+    nanoseconds = saturatedSum(saturatedProduct(left.seconds, 1'000'000'000), nanoseconds);
+    components->setNanosecond(sign * nanoseconds);
   }
   return components;
 }
@@ -319,8 +341,12 @@ Date NSCalendar::addUnit(NSCalendarUnit unit, NSInteger value, Date date) const 
       return passing(60);
     case NSCalendarUnitSecond:
       return passing(1);
-    case NSCalendarUnitNanosecond:
-      return passing(1e-9);
+    case NSCalendarUnitNanosecond: {
+      // Seconds and their fraction one by one, so that the sum is rounded once.
+      const std::int64_t seconds = detail::wholeSeconds(date) + floorDivide(value, 1'000'000'000);
+      const double fraction = static_cast<double>(floorModulo(value, 1'000'000'000)) / 1e9;
+      return Date::fromReferenceSeconds(static_cast<double>(seconds) + (fractionOf(date) + fraction));
+    }
     case NSCalendarUnitEra:
     case NSCalendarUnitTimeZone:
       break;
@@ -335,23 +361,24 @@ Date NSCalendar::dateByAddingUnit(NSCalendarUnit unit, NSInteger value, Date toD
 
 Date NSCalendar::dateByAddingComponents(const NSDateComponents& parts, Date toDate, NSUInteger options) const {
   requireNoOptions(options);
+  const std::pair<NSCalendarUnit, NSInteger> fields[] = {
+      {NSCalendarUnitYear, parts.year()},
+      {NSCalendarUnitYearForWeekOfYear, parts.yearForWeekOfYear()},
+      {NSCalendarUnitQuarter, parts.quarter()},
+      {NSCalendarUnitMonth, parts.month()},
+      {NSCalendarUnitWeekOfYear, orElse(parts.weekOfYear(), parts.week())},
+      {NSCalendarUnitWeekOfMonth, parts.weekOfMonth()},
+      {NSCalendarUnitWeekdayOrdinal, parts.weekdayOrdinal()},
+      {NSCalendarUnitDay, parts.day()},
+      {NSCalendarUnitWeekday, parts.weekday()},
+      {NSCalendarUnitHour, parts.hour()},
+      {NSCalendarUnitMinute, parts.minute()},
+      {NSCalendarUnitSecond, parts.second()},
+      {NSCalendarUnitNanosecond, parts.nanosecond()},
+  };
   Date date = toDate;
-  // Years and months together: 29 February 2020 plus a year and a month is 29 March 2021, not 28.
-  NSInteger months = saturatedProduct(orElse(parts.year(), 0), 12);
-  months = saturatedSum(months, saturatedProduct(orElse(parts.quarter(), 0), 3));
-  months = saturatedSum(months, orElse(parts.month(), 0));
-  date = addUnit(NSCalendarUnitMonth, months, date);
-  date = addUnit(NSCalendarUnitYearForWeekOfYear, orElse(parts.yearForWeekOfYear(), 0), date);
-  NSInteger weeks = orElse(parts.weekOfYear(), orElse(parts.week(), 0));
-  weeks = saturatedSum(weeks, orElse(parts.weekOfMonth(), 0));
-  weeks = saturatedSum(weeks, orElse(parts.weekdayOrdinal(), 0));
-  NSInteger days = saturatedSum(saturatedProduct(weeks, 7), orElse(parts.day(), 0));
-  days = saturatedSum(days, orElse(parts.weekday(), 0));
-  date = addUnit(NSCalendarUnitDay, days, date);
-  date = addUnit(NSCalendarUnitHour, orElse(parts.hour(), 0), date);
-  date = addUnit(NSCalendarUnitMinute, orElse(parts.minute(), 0), date);
-  date = addUnit(NSCalendarUnitSecond, orElse(parts.second(), 0), date);
-  return addUnit(NSCalendarUnitNanosecond, orElse(parts.nanosecond(), 0), date);
+  for (const auto& [unit, value] : fields) date = addUnit(unit, orElse(value, 0), date);
+  return date;
 }
 
 NSRange NSCalendar::rangeOfUnit(NSCalendarUnit smaller, NSCalendarUnit inUnit, Date forDate) const noexcept {
@@ -489,7 +516,8 @@ NSInteger NSCalendar::ordinalityOfUnit(NSCalendarUnit smaller, NSCalendarUnit in
 }
 
 Date NSCalendar::startOfDayForDate(Date date) const noexcept {
-  return dateFromLocal(timeZone_->rules(), fields(date).day * secondsPerDay, 0);
+  const std::int64_t start = timeZone_->rules().startOfLocalDay(fields(date).day * secondsPerDay);
+  return Date::fromReferenceSeconds(static_cast<double>(start));
 }
 
 bool NSCalendar::isDateInToday(Date date) const {

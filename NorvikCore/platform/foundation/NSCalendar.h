@@ -60,7 +60,9 @@ class NK_EXPORT NSCalendar : public NSObject, public NSCoding {
   /// The fields named by `units`, the others not set. The old week unit sets `week` and `weekOfYear`.
   [[nodiscard]] Ref<NSDateComponents> components(NSCalendarUnit units, Date fromDate) const;
   /// How much of each unit lies between the dates, the largest first: the rest in the next smaller. Negative where
-  /// `toDate` is the earlier. Years, quarters, months, weeks, days, hours, minutes, seconds and nanoseconds.
+  /// `toDate` is the earlier. Years, quarters, months, weeks, days, hours, minutes, seconds and nanoseconds, of which
+  /// 292 years at the most are counted. The old week unit sets `week` and `weekOfYear`. dateByAddingComponents() leads
+  /// from `fromDate` back to `toDate`, up to what is smaller than the smallest unit.
   [[nodiscard]] Ref<NSDateComponents> components(NSCalendarUnit units, Date fromDate, Date toDate) const;
 
   /// The date with these fields. Fields out of range carry over; ones that are not set are their first: 1 for year,
@@ -69,10 +71,12 @@ class NK_EXPORT NSCalendar : public NSObject, public NSCoding {
   /// the calendar's.
   [[nodiscard]] Date dateFromComponents(const NSDateComponents& components) const;
 
-  /// The date `value` units later. A day that a shorter month does not have becomes the last of that month. `options`
-  /// must be 0; others raise NSInvalidArgumentException. Era and sums of units add nothing.
+  /// The date `value` units later; for 0 exactly `toDate`, whatever it is. A day that a shorter month does not have
+  /// becomes the last of that month. `options` must be 0; others raise NSInvalidArgumentException. Era and sums of
+  /// units add nothing.
   [[nodiscard]] Date dateByAddingUnit(NSCalendarUnit unit, NSInteger value, Date toDate, NSUInteger options = 0) const;
-  /// The same with every field that is set, the largest first.
+  /// The same with every field that is set, one after the other, the largest first: a year and a month after
+  /// 2020-02-29 is 2021-03-28, because a year after it is 2021-02-28. Time zone and era add nothing.
   [[nodiscard]] Date dateByAddingComponents(const NSDateComponents& components, Date toDate,
                                             NSUInteger options = 0) const;
 
@@ -84,7 +88,8 @@ class NK_EXPORT NSCalendar : public NSObject, public NSCoding {
   /// the units do not go together.
   [[nodiscard]] NSInteger ordinalityOfUnit(NSCalendarUnit smaller, NSCalendarUnit inUnit, Date forDate) const noexcept;
 
-  /// 00:00 of the date's day, or the first time of the day where that is skipped.
+  /// The first instant of the date's day, never later than the date: 00:00, or the first time after it where that is
+  /// skipped.
   [[nodiscard]] Date startOfDayForDate(Date date) const noexcept;
   /// The date falls on the day of the current date; false where there is no current date.
   [[nodiscard]] bool isDateInToday(Date date) const;

@@ -2,14 +2,20 @@
 // by an hour, by half of one, in the other half of the year, or never.
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 
+#include "NorvikCore/platform/foundation/internal/ZoneRules.h"
+#include "NorvikCore/platform/values/CivilDate.h"
+
 #include <gtest/gtest.h>
 #include <unicode/gregocal.h>
+#include <unicode/strenum.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <random>
 #include <string>
 #include <tuple>
+#include <vector>
 
 using namespace norvik;
 
@@ -128,9 +134,104 @@ TEST_P(NSCalendarProperty, DaysStartWhenTheModelsStart) {
   }
 }
 
+TEST_P(NSCalendarProperty, DifferencesAddedLeadBack) {
+  constexpr NSCalendarUnit units[] = {NSCalendarUnitYear, NSCalendarUnitQuarter,    NSCalendarUnitMonth,
+                                      NSWeekCalendarUnit, NSCalendarUnitWeekOfYear, NSCalendarUnitDay,
+                                      NSCalendarUnitHour, NSCalendarUnitMinute,     NSCalendarUnitSecond};
+  for (int i = 0; i < 20'000; ++i) {
+    const Date from = anyDate();
+    Date to = i % 3 == 0 ? from.dateByAddingTimeInterval(upTo(200'000)) : anyDate();
+    if (i % 4 == 0) to = to.dateByAddingTimeInterval(upTo(1000) / 1000.0);
+    NSCalendarUnit wanted = NSCalendarUnitNanosecond;
+    for (const NSCalendarUnit unit : units) {
+      if (random_() % 2 == 0) wanted = wanted | unit;
+    }
+    // Nanoseconds alone count no more than 292 years.
+    const Ref<NSDateComponents> between = calendar_->components(wanted, from, to);
+    ASSERT_EQ(calendar_->dateByAddingComponents(*between, from), to) << from << " to " << to << ' ' << wanted;
+    Date oneByOne = from;
+    for (const NSCalendarUnit unit : units) {
+      if ((wanted & unit) == 0 || (unit == NSCalendarUnitWeekOfYear && (wanted & NSWeekCalendarUnit))) continue;
+      const NSInteger count = between->valueForComponent(unit);
+      ASSERT_TRUE(to < from ? count <= 0 : count >= 0) << from << " to " << to << ' ' << wanted;
+      oneByOne = calendar_->dateByAddingUnit(unit, count, oneByOne);
+    }
+    oneByOne = calendar_->dateByAddingUnit(NSCalendarUnitNanosecond, between->nanosecond(), oneByOne);
+    ASSERT_EQ(oneByOne, to) << from << " to " << to << ' ' << wanted;
+  }
+}
+
+TEST_P(NSCalendarProperty, DifferencesFromMonthEndsLeadBack) {
+  const auto all = NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay | NSCalendarUnitSecond;
+  const std::int64_t leapDay = referenceDay(2020, 2, 29);
+  for (std::int64_t day = leapDay - 1600; day <= leapDay + 1600; ++day) {
+    for (const std::int64_t from : {leapDay, leapDay - 29, leapDay + 31}) {
+      const Date a = dateFromReferenceDay(from), b = dateFromReferenceDay(day);
+      ASSERT_EQ(calendar_->dateByAddingComponents(*calendar_->components(all, a, b), a), b) << a << " to " << b;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Places, NSCalendarProperty,
                          testing::Values(Place("UTC", "en_GB"), Place("Europe/London", "en_GB"),
                                          Place("America/New_York", "en_US"), Place("Australia/Lord_Howe", "en_AU"),
                                          Place("Asia/Kathmandu", "ar_EG")));
+
+/// The first second that clocks show the same day as at the instant: the earliest candidate, where candidates are all
+/// changes near by and all instants that could be a midnight.
+std::int64_t slowStartOfDay(const detail::ZoneRules& rules, std::int64_t instant) {
+  constexpr std::int64_t reach = 3 * detail::secondsPerDay;
+  const auto dayAt = [&](std::int64_t at) {
+    return detail::floorDivide(at + rules.typeAt(at).offset, detail::secondsPerDay);
+  };
+  const std::int64_t day = dayAt(instant);
+  std::vector<std::int64_t> candidates;
+  for (std::int64_t at = instant - reach; at <= instant + reach;) {
+    const detail::ZoneSpan span = rules.spanAt(at);
+    candidates.push_back(span.from);
+    candidates.push_back(day * detail::secondsPerDay - span.type->offset);
+    if (span.until == INT64_MAX) break;
+    at = span.until;
+  }
+  std::int64_t first = instant;
+  for (const std::int64_t candidate : candidates) {
+    if (candidate > instant - reach && candidate < first && dayAt(candidate) == day) first = candidate;
+  }
+  return first;
+}
+
+TEST(NSCalendarZones, EveryDayNearEveryChangeOfEveryZoneStartsAtItsFirstInstant) {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::StringEnumeration> names(icu::TimeZone::createEnumeration(status));
+  ASSERT_TRUE(U_SUCCESS(status));
+  const Ref<NSCalendar> calendar = NSCalendar::calendarWithIdentifier(NSGregorianCalendar);
+  std::int64_t checked = 0;
+  while (const char* name = names->next(nullptr, status)) {
+    const Ref<NSTimeZone> zone = NSTimeZone::timeZoneWithName(name);
+    if (!zone) continue;
+    calendar->setTimeZone(zone);
+    const detail::ZoneRules& rules = zone->rules();
+    std::vector<std::int64_t> changes = rules.instants();
+    std::int64_t at = referenceDay(2039, 1, 1) * detail::secondsPerDay;
+    for (int later = 0; later < 6; ++later) {
+      const auto next = rules.nextChangeAfter(at);
+      if (!next) break;
+      changes.push_back(at = *next);
+    }
+    for (const std::int64_t change : changes) {
+      if (change < -detail::secondsPerDay * 100'000) continue;  // before any clock
+      for (const std::int64_t distance : {-90'000, -3601, -1, 0, 1, 1799, 3600, 40'000, 90'000}) {
+        const std::int64_t instant = change + distance;
+        const Date date = Date::fromReferenceSeconds(static_cast<double>(instant) + 0.5);
+        const Date start = calendar->startOfDayForDate(date);
+        ASSERT_EQ(start, Date::fromReferenceSeconds(static_cast<double>(slowStartOfDay(rules, instant))))
+            << name << ' ' << date;
+        ASSERT_LE(start, date) << name;
+        ++checked;
+      }
+    }
+  }
+  EXPECT_GT(checked, 400'000);
+}
 
 }  // namespace

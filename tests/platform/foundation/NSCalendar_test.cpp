@@ -229,8 +229,9 @@ TEST(NSCalendar, HugeValuesGiveTheEndsOfTheCalendar) {
 }
 
 TEST(NSCalendar, AddsComponentsTheLargestFirst) {
+  // A year after it is 28 February 2021.
   EXPECT_EQ(utc->dateByAddingComponents(*parts({{NSCalendarUnitYear, 1}, {NSCalendarUnitMonth, 1}}), "2020-02-29"_date),
-            "2021-03-29"_date);
+            "2021-03-28"_date);
   EXPECT_EQ(utc->dateByAddingComponents(*parts({{NSCalendarUnitMonth, 1}, {NSCalendarUnitDay, 1}}), "2021-01-31"_date),
             "2021-03-01"_date);
   EXPECT_EQ(
@@ -260,6 +261,36 @@ TEST(NSCalendar, DifferencesFillTheLargestUnitFirst) {
     EXPECT_EQ(utc->components(row.units, *Date::dateWithString(row.from), *Date::dateWithString(row.to))->description(),
               row.expected)
         << row.from << ' ' << row.to;
+}
+
+TEST(NSCalendar, TheDifferenceFromALeapDayLeadsBack) {
+  const Date from = "2020-02-29"_date, to = "2021-03-29"_date;
+  const auto all = NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay;
+  const Ref<NSDateComponents> between = utc->components(all, from, to);
+  EXPECT_EQ(between->description(), "<NSDateComponents: year 1, month 1, day 1>");
+  EXPECT_EQ(utc->dateByAddingComponents(*between, from), to);
+}
+
+TEST(NSCalendar, TheTwoNamesOfTheWeekAreOneUnit) {
+  const Date from = "2021-01-01"_date, to = "2021-12-31 05:00"_date;
+  const auto both = utc->components(NSWeekCalendarUnit | NSCalendarUnitWeekOfYear | NSCalendarUnitHour, from, to);
+  EXPECT_EQ(both->description(), "<NSDateComponents: hour 5, week 52, weekOfYear 52>");
+  EXPECT_EQ(utc->dateByAddingComponents(*both, from), to);
+  const auto old = utc->components(NSWeekCalendarUnit | NSCalendarUnitHour, from, to);
+  EXPECT_EQ(old->description(), "<NSDateComponents: hour 5, week 52, weekOfYear 52>");
+}
+
+TEST(NSCalendar, NanosecondsAreCountedExactly) {
+  const Date from = Date::fromReferenceSeconds(0.1), to = Date::fromReferenceSeconds(0.3);
+  EXPECT_EQ(utc->components(NSCalendarUnitNanosecond, from, to)->nanosecond(), 200'000'000);
+  EXPECT_EQ(utc->components(NSCalendarUnitNanosecond, to, from)->nanosecond(), -200'000'000);
+  const Date payday = "2021-05-28T09:30:00.123456789Z"_date, start = "2001-05-28T09:30:00.5Z"_date;
+  const auto all = utc->components(NSCalendarUnitNanosecond, start, payday);
+  EXPECT_EQ(utc->dateByAddingComponents(*all, start), payday);
+  // What lies just below a second is not a whole one.
+  const Date almost = Date::fromReferenceSeconds(0.99999999999);
+  EXPECT_EQ(utc->components(NSCalendarUnitSecond | NSCalendarUnitNanosecond, Date(), almost)->description(),
+            "<NSDateComponents: second 0, nanosecond 999999999>");
 }
 
 TEST(NSCalendar, DifferencesOfTheEndsOfTheCalendarAreFound) {
@@ -343,6 +374,37 @@ TEST(NSCalendar, ADayStartsInItsTimeZone) {
   // Cuba moves its clocks at midnight: the day starts at 01:00.
   EXPECT_EQ(britishCalendar("America/Havana")->startOfDayForDate("2021-03-14 12:00:00"_date),
             "2021-03-14 05:00:00"_date);
+}
+
+TEST(NSCalendar, ADayWhoseMidnightIsSkippedStartsBehindTheGap) {
+  const struct {
+    const char *why, *zone, *date, *expected;
+  } rows[] = {
+      {"a gap that begins before midnight: 23:30 is 00:30", "America/Toronto", "1919-03-31 04:30", "1919-03-31 04:30"},
+      {"later on that day", "America/Toronto", "1919-03-31 18:00", "1919-03-31 04:30"},
+      {"the day before it", "America/Toronto", "1919-03-31 04:29:59", "1919-03-30 05:00"},
+      {"the day behind a skipped day", "Pacific/Apia", "2011-12-30 12:00", "2011-12-30 10:00"},
+      {"the day before a skipped day", "Pacific/Apia", "2011-12-30 09:59:59", "2011-12-29 10:00"},
+      {"midnight comes twice: 00:01 is 23:01", "America/St_Johns", "2006-10-29 02:30:30", "2006-10-29 02:30"},
+      {"the evening before comes twice", "America/St_Johns", "2006-10-29 02:31", "2006-10-28 02:30"},
+      {"the second midnight", "America/St_Johns", "2006-10-29 03:30", "2006-10-29 02:30"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(britishCalendar(row.zone)->startOfDayForDate(*Date::dateWithString(row.date)),
+              *Date::dateWithString(row.expected))
+        << row.why;
+}
+
+TEST(NSCalendar, AddingNothingGivesExactlyTheDate) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  const auto nothing = parts({{NSCalendarUnitYear, 0}, {NSCalendarUnitDay, 0}, {NSCalendarUnitNanosecond, 0}});
+  for (const double seconds : {0.1, -0.1, 1e-300, -5e-324, 643'000'000.123456789, 1e15 + 0.5, -1e15, 1e300, -1e300,
+                               infinity, -infinity, std::numeric_limits<double>::quiet_NaN()}) {
+    const Date date = Date::fromReferenceSeconds(seconds);
+    for (NSUInteger bit = NSCalendarUnitEra; bit <= NSCalendarUnitNanosecond; bit <<= 1)
+      EXPECT_EQ(london->dateByAddingUnit(static_cast<NSCalendarUnit>(bit), 0, date), date) << bit << ' ' << seconds;
+    EXPECT_EQ(london->dateByAddingComponents(*nothing, date), date) << seconds;
+  }
 }
 
 TEST(NSCalendar, EqualityCountsEverySetting) {

@@ -9,6 +9,7 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::int64_t referenceDateSince1970 = 978'307'200;
+constexpr std::int64_t widestOffset = 26 * 3600;
 
 /// Takes big-endian numbers and stretches of bytes off the front of a text; fails for good at its end.
 class ByteReader {
@@ -218,7 +219,6 @@ std::optional<std::int64_t> ZoneRules::nextChangeAfter(std::int64_t instant) con
 }
 
 std::int64_t ZoneRules::instantOfLocal(std::int64_t local) const noexcept {
-  constexpr std::int64_t widestOffset = 26 * 3600;
   local = clamped(local, INT64_MAX - widestOffset);
   ZoneSpan span = spanAt(local - widestOffset);
   while (true) {
@@ -227,6 +227,18 @@ std::int64_t ZoneRules::instantOfLocal(std::int64_t local) const noexcept {
     const ZoneSpan next = spanAt(span.until);
     if (local - next.type->offset < next.from) return instant;  // skipped: as if the clock had not been moved yet
     span = next;
+  }
+}
+
+std::int64_t ZoneRules::startOfLocalDay(std::int64_t local) const noexcept {
+  local = clamped(local, INT64_MAX - 2 * widestOffset);
+  ZoneSpan span = spanAt(local - widestOffset);
+  while (true) {
+    // A gap across midnight leaves the day to begin with the span that follows it.
+    const std::int64_t midnight = local - span.type->offset, first = midnight > span.from ? midnight : span.from;
+    if (first < span.until && first < midnight + secondsPerDay) return first;
+    if (span.until > local + secondsPerDay + widestOffset) return instantOfLocal(local);
+    span = spanAt(span.until);
   }
 }
 

@@ -39,6 +39,9 @@ class NK_EXPORT ZoneRules {
   /// The instant at which clocks show `local`. A local time that occurs twice is the first; one that is skipped moves
   /// forward by what is skipped: 01:30 on the night that London moves to summer time is 02:30.
   [[nodiscard]] std::int64_t instantOfLocal(std::int64_t local) const noexcept;
+  /// The first instant at which clocks show the day that begins at `local`. Of a day that is skipped as a whole,
+  /// instantOfLocal(local).
+  [[nodiscard]] std::int64_t startOfLocalDay(std::int64_t local) const noexcept;
 
   [[nodiscard]] const std::vector<std::int64_t>& instants() const noexcept { return instants_; }
 
