@@ -77,25 +77,27 @@ class Reader {
   Value value_;
 };
 
-/// Ends a registration whose observer is gone without having been removed.
+/// Ends a registration if its observer is gone without having been removed.
 void prune(const Entry& entry, NSObject& here) {
   Registration& registration = *entry.registration;
-  if (!registration.end()) return;
+  if (!registration.isObserverGone() || !registration.end()) return;
   if (const Ref<NSObject> root = registration.root(here, entry.depth)) detach(root.get(), registration, 0);
   registration.leavePath();
 }
 
-void tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
+/// Calls the observer; false where it is gone.
+bool tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
   const Registration& registration = *entry.registration;
-  if (!registration.isActive()) return;
+  if (!registration.isActive()) return true;
   Ref<NSObject> kept;
   NSObject* observer = registration.observer(kept);
-  if (!observer) return prune(entry, here);
+  if (!observer) return false;
   if (entry.depth == 0) {
     observer->observeValueForKeyPath(registration.keyPath(), here, change, registration.context());
   } else if (const Ref<NSObject> root = registration.root(here, entry.depth)) {
     observer->observeValueForKeyPath(registration.keyPath(), *root, change, registration.context());
   }
+  return true;
 }
 
 }  // namespace
@@ -123,7 +125,7 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
     const Value before = wantsOld ? oldValue(old++) : Value();
     if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
-    tell(entry, object, {before, Value(), true});
+    (void)tell(entry, object, {before, Value(), true});  // one that is gone is found again after the change
   });
 }
 
@@ -152,6 +154,7 @@ void AnnouncedChange::complete() {
   };
   if (observers.hasPaths()) forEachAffected(observers, key_, follow);
   std::size_t old = 0;
+  bool isAnyGone = false;
   Reader reader(*object_);
   forEachAffected(observers, key_, [&](const Entry& entry) {
     const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
@@ -159,9 +162,15 @@ void AnnouncedChange::complete() {
     if (!entry.registration->isActive() || isHeardEarlier(observers, entry, key_)) return;
     guarded([&] {
       const bool wantsNew = entry.registration->wants(NSKeyValueObservingOptionNew);
-      tell(entry, *object_, {before, wantsNew ? reader.read(entry) : Value(), false});
+      if (!tell(entry, *object_, {before, wantsNew ? reader.read(entry) : Value(), false})) isAnyGone = true;
     });
   });
+  if (isAnyGone) {
+    // The latest first, because of equal registrations lists find the latest first.
+    for (auto entry = observers.entries().rbegin(); entry != observers.entries().rend(); ++entry) {
+      if (entry->registration && isAffected(*entry, key_)) prune(*entry, *object_);
+    }
+  }
   if (first) std::rethrow_exception(first);
 }
 

@@ -30,7 +30,9 @@
 // By hand:   every willChangeValueForKey is followed by its didChangeValueForKey, on the same thread, and the object is
 //            kept in between. A weak property that reads empty because its object went announces nothing.
 // Cost:      none for objects without observers. Adding and removing take constant time on average whatever the number
-//            of observers; removing without saying the context is linear in the observers of the object.
+//            of observers, also if they are equal or were destroyed without being removed; removing without saying the
+//            context is linear in the observers of the object. What destroyed observers left is released at the next
+//            change or, at the latest, once as many observers again were added.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -6,8 +6,13 @@
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
+#include <ctime>
 #include <functional>
+#include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -214,6 +219,31 @@ void expectUndefinedKey(NSObject& object, NSObject& observer, const char* path, 
     EXPECT_NE(std::string(exception.what()).find(key), std::string::npos) << exception.what();
   }
   EXPECT_FALSE(object.isObserved());
+}
+
+/// Seconds of processor time, the least of three runs.
+template <class Work>
+double processorTime(Work&& work) {
+  double least = 1e9;
+  for (int run = 0; run < 3; ++run) {
+    const std::clock_t start = std::clock();
+    work();
+    least = std::min(least, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+  }
+  return least;
+}
+
+/// How many times longer work(8 * count) takes than work(count): 8 where each step takes constant time, 64 where each
+/// step passes over all earlier ones.
+template <class Work>
+double growthOfEightfoldWork(int count, Work&& work) {
+  const double once = processorTime([&] { work(count); });
+  return processorTime([&] { work(8 * count); }) / once;
+}
+
+void addObserverThatIsDestroyed(NSObject& object, const NSString& path) {
+  const auto observer = make<Recorder>();
+  object.addObserver(*observer, path, NSKeyValueObservingOptionNew);
 }
 
 }  // namespace
@@ -583,4 +613,150 @@ TEST_F(KeyValueObserving, AThousandObserversMayAllRemoveThemselvesInsideTheCall)
   person->setName("Cy");
   for (const auto& watcher : many) ASSERT_EQ(watcher->heard.size(), 1u);
   EXPECT_FALSE(person->isObserved());
+}
+
+TEST_F(KeyValueObserving, ObserversDestroyedWithoutRemovalDoNotSlowAddingOrTelling) {
+  const double growth = growthOfEightfoldWork(4000, [](int count) {
+    const auto observed = make<Person>();
+    for (int i = 0; i < count; ++i) addObserverThatIsDestroyed(*observed, "name");
+    observed->setName("Ann");
+    EXPECT_FALSE(observed->isObserved());
+  });
+  EXPECT_LT(growth, 24);
+}
+
+TEST_F(KeyValueObserving, ObserversDestroyedTogetherAreForgottenInLinearTime) {
+  const double growth = growthOfEightfoldWork(4000, [](int count) {
+    const auto observed = make<Person>();
+    std::vector<Ref<Recorder>> observers;
+    for (int i = 0; i < count; ++i) {
+      observers.push_back(make<Recorder>());
+      observed->addObserver(*observers.back(), "name", NSKeyValueObservingOptionNew);
+    }
+    observers.clear();
+    observed->setName("Ann");
+    EXPECT_FALSE(observed->isObserved());
+  });
+  EXPECT_LT(growth, 24);
+}
+
+TEST_F(KeyValueObserving, OneObserverOfManyKeysOfAnObjectIsAddedAndRemovedInConstantTime) {
+  const double growth = growthOfEightfoldWork(2000, [](int count) {
+    const auto rates = make<NSMutableDictionary>();
+    const auto observer = make<Recorder>();
+    for (int i = 0; i < count; ++i) {
+      rates->addObserver(*observer, NSString(std::to_string(i)), NSKeyValueObservingOptionNew, nullptr);
+    }
+    for (int i = 0; i < count; ++i) rates->removeObserver(*observer, NSString(std::to_string(i)), nullptr);
+    EXPECT_FALSE(rates->isObserved());
+  });
+  EXPECT_LT(growth, 24);
+}
+
+TEST_F(KeyValueObserving, EqualRegistrationsAreAddedRemovedAndForgottenInConstantTimeEach) {
+  const double growth = growthOfEightfoldWork(2000, [](int count) {
+    const auto observed = make<Person>();
+    const auto manager = make<Person>();
+    observed->setManager(manager);
+    auto observer = make<Recorder>();
+    const auto addAll = [&] {
+      for (int i = 0; i < count; ++i) {
+        observed->addObserver(*observer, "manager.name", NSKeyValueObservingOptionNew, nullptr);
+      }
+    };
+    addAll();
+    for (int i = 0; i < count; ++i) observed->removeObserver(*observer, "manager.name", nullptr);
+    EXPECT_FALSE(manager->isObserved());
+    addAll();
+    observer = nullptr;
+    manager->setName("Ann");
+    EXPECT_FALSE(manager->isObserved());
+    EXPECT_FALSE(observed->isObserved());
+  });
+  EXPECT_LT(growth, 24);
+}
+
+TEST_F(KeyValueObserving, ObserversDestroyedWithoutRemovalLeaveNoMemoryBehindAlsoWithoutAChange) {
+  const auto manager = make<Person>();
+  person->setManager(manager);
+  const auto addAndDestroy = [&](int count) {
+    for (int i = 0; i < count; ++i) {
+      addObserverThatIsDestroyed(*person, "name");
+      addObserverThatIsDestroyed(*person, "manager.name");
+    }
+  };
+  addAndDestroy(100);
+  const std::size_t before = mallinfo2().uordblks;
+  addAndDestroy(20'000);
+  EXPECT_LT(mallinfo2().uordblks, before + 100'000);
+}
+
+TEST_F(KeyValueObserving, AnObserverAtTheAddressOfADestroyedOneIsAnotherObserver) {
+  const NSObject* earlier = nullptr;
+  {
+    const auto observer = make<Recorder>();
+    earlier = observer.get();
+    person->addObserver(*observer, "name", NSKeyValueObservingOptionNew);
+  }
+  std::vector<Ref<Recorder>> kept;
+  while (kept.empty() || (kept.back().get() != earlier && kept.size() < 1000)) kept.push_back(make<Recorder>());
+  if (kept.back().get() != earlier) GTEST_SKIP() << "the allocator does not use an address again";
+  EXPECT_RAISES(person->removeObserver(*kept.back(), "name"), "NSRangeException");
+  EXPECT_RAISES(person->removeObserver(*kept.back(), "name", nullptr), "NSRangeException");
+}
+
+class LeavesInItsDestructor : public NSObject {
+  NK_OBJECT(LeavesInItsDestructor, NSObject)
+  ~LeavesInItsDestructor() override {
+    person->removeObserver(*this, "name");
+    person->removeObserver(*this, "pay", &person);
+  }
+  Ref<Person> person;
+};
+
+TEST_F(KeyValueObserving, AnObserverMayRemoveItselfInItsDestructor) {
+  auto observer = make<LeavesInItsDestructor>();
+  observer->person = person;
+  person->addObserver(*observer, "name", New);
+  person->addObserver(*observer, "pay", New, &observer->person);
+  observer = nullptr;
+  EXPECT_FALSE(person->isObserved());
+}
+
+TEST_F(KeyValueObserving, AnyOrderOfAddingAndRemovingLeavesWhatAPlainListWouldHold) {
+  struct Registered {
+    int path, context;
+    bool operator==(const Registered&) const = default;
+  };
+  const std::vector<NSString> paths{"name", "pay"};
+  std::vector<int> contexts(5);
+  std::vector<Registered> model;
+  std::mt19937 random(20260406);
+  for (int step = 0; step < 4000; ++step) {
+    const Registered chosen{static_cast<int>(random() % 2), static_cast<int>(random() % 5)};
+    const NSString& path = paths[static_cast<std::size_t>(chosen.path)];
+    int* context = &contexts[static_cast<std::size_t>(chosen.context)];
+    // Towards 100 registrations and back again, so that the list is indexed and not.
+    const bool adds = step % 1000 < 500 ? random() % 5 < 3 : random() % 5 < 2;
+    if (adds) {
+      person->addObserver(*recorder, path, New, context);
+      model.push_back(chosen);
+      continue;
+    }
+    const auto latest = std::find(model.rbegin(), model.rend(), chosen);
+    if (latest == model.rend()) {
+      EXPECT_RAISES(person->removeObserver(*recorder, path, context), "NSRangeException");
+    } else {
+      person->removeObserver(*recorder, path, context);
+      model.erase(std::next(latest).base());
+    }
+    if (step % 10 != 0) continue;
+    recorder->contexts.clear();
+    person->setName("x");
+    std::vector<void*> expected;
+    for (const Registered& r : model) {
+      if (r.path == 0) expected.push_back(&contexts[static_cast<std::size_t>(r.context)]);
+    }
+    ASSERT_EQ(recorder->contexts, expected) << "in step " << step;
+  }
 }

@@ -12,46 +12,86 @@
 
 namespace norvik::detail {
 
-void ObserverList::add(Entry entry) {
-  options_ |= entry.registration->options();
+void ObserverList::add(Entry entry, std::vector<Ref<Registration>>* gone) {
+  const bool isFull = entries_.size() >= std::max(greatestUnindexed, slots_.size() / 2);
+  if (isFull && gone) takeGone(*gone);
+  options_ |= static_cast<std::uint32_t>(entry.registration->options());
   hasPaths_ = hasPaths_ || !entry.registration->isLast(entry.depth);
   entries_.push_back(std::move(entry));
   ++count_;
-  if (entries_.size() <= greatestUnindexed && slots_.empty()) return;
-  if (entries_.size() * 2 > slots_.size()) {
+  if (isFull) {
     rebuild();
-  } else {
+  } else if (!slots_.empty()) {
     enter(entries_.size() - 1);
   }
 }
 
-Ref<Registration> ObserverList::removeAt(std::size_t position) {
+/// Leaves gaps that the index does not know.
+void ObserverList::takeGone(std::vector<Ref<Registration>>& gone) {
+  for (Entry& entry : entries_) {
+    if (!entry.registration || entry.depth != 0 || !entry.registration->isObserverGone()) continue;
+    gone.push_back(std::move(entry.registration));
+    --count_;
+  }
+}
+
+Ref<Registration> ObserverList::takeOut(std::size_t position) {
   Ref<Registration> removed = std::move(entries_[position].registration);
   --count_;
   if (count_ == 0) {
     entries_.clear();
     slots_.clear();
+    older_.clear();
     options_ = 0;
     hasPaths_ = false;
   } else if (slots_.empty()) {
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
   } else if (entries_.size() > 2 * count_ + greatestUnindexed) {
     rebuild();
+  } else if (!older_.empty()) {
+    unlink(position);
   }
   return removed;
 }
 
-void ObserverList::enter(std::size_t position) {
+/// The slot that holds this hash, or the free one where it belongs.
+std::uint32_t& ObserverList::slotOf(std::uint32_t hash) noexcept {
   const std::size_t mask = slots_.size() - 1;
-  std::size_t slot = entries_[position].hash & mask;
-  while (slots_[slot] != 0) slot = (slot + 1) & mask;
-  slots_[slot] = static_cast<std::uint32_t>(position + 1);
+  std::size_t slot = hash & mask;
+  while (slots_[slot] != 0 && entries_[slots_[slot] - 1].hash != hash) slot = (slot + 1) & mask;
+  return slots_[slot];
+}
+
+/// Removing the latest entries of a hash one by one must not pass over the gaps of those removed before.
+void ObserverList::unlink(std::size_t position) {
+  const auto removed = static_cast<std::uint32_t>(position + 1);
+  std::uint32_t& latest = slotOf(entries_[position].hash);
+  if (latest == removed) {
+    // The only place of its hash stays in the slot, because later slots are found past it.
+    if (older_[position] != 0) latest = older_[position];
+    return;
+  }
+  std::uint32_t newer = latest;
+  while (older_[newer - 1] != removed) newer = older_[newer - 1];
+  older_[newer - 1] = older_[position];
+}
+
+void ObserverList::enter(std::size_t position) {
+  std::uint32_t& latest = slotOf(entries_[position].hash);
+  const bool isGap = latest != 0 && !entries_[latest - 1].registration;
+  const std::uint32_t next = isGap ? older(latest) : latest;
+  if (next != 0 || !older_.empty()) {
+    older_.resize(entries_.size());
+    older_[position] = next;
+  }
+  latest = static_cast<std::uint32_t>(position + 1);
 }
 
 /// Closes the gaps and makes the index anew, with room for as many entries again.
 void ObserverList::rebuild() {
   std::erase_if(entries_, [](const Entry& e) { return !e.registration; });
   slots_.clear();
+  older_.clear();
   if (entries_.size() <= greatestUnindexed) return;
   std::size_t size = 4 * greatestUnindexed;
   while (size < entries_.size() * 4) size *= 2;
@@ -80,12 +120,6 @@ struct Stripe {
 Stripe& stripeOf(const NSObject* object) {
   static auto& stripes = *new std::array<Stripe, 64>;
   return stripes[(reinterpret_cast<std::uintptr_t>(object) >> 5) % stripes.size()];
-}
-
-std::uint32_t hashOf(const NSObject* observer, const void* context) noexcept {
-  const std::uintptr_t both =
-      reinterpret_cast<std::uintptr_t>(observer) + 3 * reinterpret_cast<std::uintptr_t>(context);
-  return static_cast<std::uint32_t>((both * 0x9E3779B97F4A7C15u) >> 32);
 }
 
 /// The list as one that may be changed: a copy, where a change that is being announced holds it.
@@ -130,13 +164,21 @@ namespace {
 bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> registration, std::size_t depth) {
   if (ObjectAccess::isDying(object)) return false;
   const auto* affecting = key && !key->affecting.empty() ? &key->affecting : nullptr;
-  const std::uint32_t hash = hashOf(registration->observerAddress(), registration->context());
+  const std::uint32_t hash = registration->hash32();
   ObserverList::Entry entry{std::move(registration), affecting, static_cast<std::uint32_t>(depth), hash};
-  Stripe& stripe = stripeOf(&object);
-  WordLock lock(stripe.mutex);
-  if (!entry.registration->isActive()) return false;
-  changeable(stripe.lists[&object]).add(std::move(entry));
-  if (!object.isObserved()) ObjectAccess::setObserved(object, true);
+  std::vector<Ref<Registration>> gone;
+  {
+    Stripe& stripe = stripeOf(&object);
+    WordLock lock(stripe.mutex);
+    if (!entry.registration->isActive()) return false;
+    // An entry further along a path is added under the lock of its registration, where no other one can be ended.
+    changeable(stripe.lists[&object]).add(std::move(entry), depth == 0 ? &gone : nullptr);
+    if (!object.isObserved()) ObjectAccess::setObserved(object, true);
+  }
+  for (const Ref<Registration>& registrationLeft : gone) {
+    registrationLeft->stop();
+    registrationLeft->leavePath();
+  }
   return true;
 }
 
@@ -156,10 +198,9 @@ bool attachPlain(NSObject& object, Ref<Registration>& registration) {
 }
 
 void detach(const NSObject* object, const Registration& registration, std::size_t depth) {
-  const std::uint32_t hash = hashOf(registration.observerAddress(), registration.context());
   removeFrom(*object, [&](ObserverList& list) {
     return list.remove(
-        hash, [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == depth; });
+        registration.hash32(), [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == depth; });
   });
 }
 
@@ -167,11 +208,11 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
                                    const void* const* context) {
   const auto isWanted = [&](const ObserverList::Entry& e) {
     const Registration& r = *e.registration;
-    return e.depth == 0 && r.observerAddress() == &observer && (!context || r.context() == *context) &&
+    return e.depth == 0 && r.isOf(observer) && (!context || r.context() == *context) &&
            (r.keyPath().isIdenticalTo(keyPath) || r.keyPath() == keyPath) && r.isActive();
   };
   Ref<Registration> taken = removeFrom(object, [&](ObserverList& list) {
-    return context ? list.remove(hashOf(&observer, *context), isWanted) : list.removeAny(isWanted);
+    return context ? list.remove(Registration::hashOf(observer, keyPath, *context), isWanted) : list.removeAny(isWanted);
   });
   if (taken) taken->stop();
   return taken;
@@ -180,13 +221,12 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
 void endRegistration(NSObject* object, Registration& registration) {
   Ref<Registration> removed;  // goes after the lock
   if (object) {
-    const std::uint32_t hash = hashOf(registration.observerAddress(), registration.context());
     Stripe& stripe = stripeOf(object);
     WordLock lock(stripe.mutex);
     registration.stop();
     removed = removeFrom(stripe, *object, [&](ObserverList& list) {
       return list.remove(
-          hash, [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == 0; });
+          registration.hash32(), [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == 0; });
     });
   } else {
     registration.stop();

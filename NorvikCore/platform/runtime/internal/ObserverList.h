@@ -18,7 +18,7 @@ class ObserverList final : public NSObject {
     Ref<Registration> registration;
     const std::vector<NSString>* affecting;  ///< other keys of the object whose change is a change of this one, or null
     std::uint32_t depth;                     ///< which element
-    std::uint32_t hash;                      ///< of observer and context
+    std::uint32_t hash;                      ///< of the registration, also when that was removed
   };
 
   /// In the order in which they were added.
@@ -31,27 +31,35 @@ class ObserverList final : public NSObject {
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
   [[nodiscard]] bool hasPaths() const noexcept { return hasPaths_; }
 
-  void add(Entry entry);
+  /// Now and then it also takes out the registrations on the object itself whose observers are gone, and hands them to
+  /// `gone`, if there is one: a list whose observers come and go does not grow.
+  void add(Entry entry, std::vector<Ref<Registration>>* gone);
   /// Takes out the latest entry with that hash for which `isWanted(entry)` is true.
   template <class IsWanted>
   Ref<Registration> remove(std::uint32_t hash, IsWanted&& isWanted);
-  /// Takes out the latest entry for which `isWanted(entry)` is true, in linear time.
+  /// Takes out the latest entry for which `isWanted(entry)` is true, whatever its hash, in linear time.
   template <class IsWanted>
   Ref<Registration> removeAny(IsWanted&& isWanted);
   /// The same entries without the gaps.
   [[nodiscard]] Ref<ObserverList> copy() const;
 
  private:
-  static constexpr std::size_t greatestUnindexed = 8, none = ~std::size_t{0};
+  static constexpr std::size_t greatestUnindexed = 8;
 
-  Ref<Registration> removeAt(std::size_t position);
+  [[nodiscard]] std::uint32_t& slotOf(std::uint32_t hash) noexcept;
+  [[nodiscard]] std::uint32_t older(std::uint32_t place) const noexcept { return older_.empty() ? 0 : older_[place - 1]; }
+  void takeGone(std::vector<Ref<Registration>>& gone);
+  Ref<Registration> takeOut(std::size_t position);
+  void unlink(std::size_t position);
   void enter(std::size_t position);
   void rebuild();
 
   std::vector<Entry> entries_;
-  std::vector<std::uint32_t> slots_;  ///< by hash: 0 or a position + 1; none while the entries are few
-  std::size_t count_ = 0;
-  std::uint64_t options_ = 0;  ///< of all entries there were since the list was empty
+  // A place is 0 for none, or a position + 1.
+  std::vector<std::uint32_t> slots_;  ///< the latest place of each hash; no slots while the entries are few
+  std::vector<std::uint32_t> older_;  ///< for each place the next older one of its hash; empty if all hashes differ
+  std::uint32_t count_ = 0;
+  std::uint32_t options_ = 0;  ///< of all entries there were since the list was empty
   bool hasPaths_ = false;
 };
 
@@ -59,19 +67,16 @@ template <class IsWanted>
 Ref<Registration> ObserverList::remove(std::uint32_t hash, IsWanted&& isWanted) {
   const auto isMatch = [&](const Entry& e) { return e.hash == hash && e.registration && isWanted(e); };
   if (slots_.empty()) return removeAny(isMatch);
-  std::size_t latest = none;
-  const std::size_t mask = slots_.size() - 1;
-  for (std::size_t slot = hash & mask; slots_[slot] != 0; slot = (slot + 1) & mask) {
-    const std::size_t position = slots_[slot] - 1;
-    if ((latest == none || position > latest) && isMatch(entries_[position])) latest = position;
+  for (std::uint32_t place = slotOf(hash); place != 0; place = older(place)) {
+    if (isMatch(entries_[place - 1])) return takeOut(place - 1);
   }
-  return latest == none ? nullptr : removeAt(latest);
+  return nullptr;
 }
 
 template <class IsWanted>
 Ref<Registration> ObserverList::removeAny(IsWanted&& isWanted) {
   for (std::size_t position = entries_.size(); position-- > 0;) {
-    if (entries_[position].registration && isWanted(entries_[position])) return removeAt(position);
+    if (entries_[position].registration && isWanted(entries_[position])) return takeOut(position);
   }
   return nullptr;
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace norvik::detail {
@@ -60,6 +61,7 @@ NSObject* observable(const Value& value) {
 Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
       isObserverPermanent_(ObjectAccess::isPermanent(observer)),
+      hash_(hashOf(observer, keyPath, context)),
       observerReference_(isObserverPermanent_ ? nullptr : &observer),
       keyPath_(std::move(keyPath)),
       context_(context),
@@ -76,6 +78,18 @@ Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObser
 }
 
 Registration::~Registration() = default;
+
+std::uint32_t Registration::hashOf(const NSObject& observer, const NSString& keyPath, const void* context) noexcept {
+  const std::uintptr_t all = reinterpret_cast<std::uintptr_t>(&observer) +
+                             3 * reinterpret_cast<std::uintptr_t>(context) +
+                             std::hash<std::string_view>()(keyPath.view());
+  return static_cast<std::uint32_t>((all * 0x9E3779B97F4A7C15u) >> 32);
+}
+
+bool Registration::isOf(const NSObject& observer) const noexcept {
+  // An observer's destructor, in which its Weaks are empty already, may remove it.
+  return observer_ == &observer && (ObjectAccess::isDying(observer) || !isObserverGone());
+}
 
 NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
   if (isObserverPermanent_) return observer_;

@@ -24,8 +24,13 @@ class NK_EXPORT Registration : public NSObject {
   [[nodiscard]] NSKeyValueObservingOptions options() const noexcept { return options_; }
   [[nodiscard]] const NSString& keyPath() const noexcept { return keyPath_; }
   [[nodiscard]] void* context() const noexcept { return context_; }
-  /// Only an address: the observer may be gone.
-  [[nodiscard]] const NSObject* observerAddress() const noexcept { return observer_; }
+  [[nodiscard]] std::uint32_t hash32() const noexcept { return hash_; }
+  /// The hash of a registration of that observer, path and context.
+  [[nodiscard]] static std::uint32_t hashOf(const NSObject& observer, const NSString& keyPath,
+                                            const void* context) noexcept;
+  /// Made for this observer, not for an earlier one that was destroyed and had the same address.
+  [[nodiscard]] bool isOf(const NSObject& observer) const noexcept;
+  [[nodiscard]] bool isObserverGone() const noexcept { return !isObserverPermanent_ && observerReference_.isGone(); }
   /// Null where it is gone; else `kept` holds it as far as that is needed.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
   /// Before it is attached anywhere.
@@ -74,6 +79,7 @@ class NK_EXPORT Registration : public NSObject {
 
   NSObject* const observer_;
   const bool isObserverPermanent_;
+  const std::uint32_t hash_;
   const Weak<NSObject> observerReference_;  ///< empty for an observer that never goes
   const NSString keyPath_;
   void* const context_;
