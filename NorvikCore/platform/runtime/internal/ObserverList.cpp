@@ -199,8 +199,9 @@ bool attachPlain(NSObject& object, Ref<Registration>& registration) {
 
 void detach(const NSObject* object, const Registration& registration, std::size_t depth) {
   removeFrom(*object, [&](ObserverList& list) {
-    return list.remove(
-        registration.hash32(), [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == depth; });
+    return list.remove(registration.hash32(), [&](const ObserverList::Entry& e) {
+      return e.registration.get() == &registration && e.depth == depth;
+    });
   });
 }
 
@@ -212,7 +213,8 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
            (r.keyPath().isIdenticalTo(keyPath) || r.keyPath() == keyPath) && r.isActive();
   };
   Ref<Registration> taken = removeFrom(object, [&](ObserverList& list) {
-    return context ? list.remove(Registration::hashOf(observer, keyPath, *context), isWanted) : list.removeAny(isWanted);
+    return context ? list.remove(Registration::hashOf(observer, keyPath, *context), isWanted)
+                   : list.removeAny(isWanted);
   });
   if (taken) taken->stop();
   return taken;
@@ -225,8 +227,9 @@ void endRegistration(NSObject* object, Registration& registration) {
     WordLock lock(stripe.mutex);
     registration.stop();
     removed = removeFrom(stripe, *object, [&](ObserverList& list) {
-      return list.remove(
-          registration.hash32(), [&](const ObserverList::Entry& e) { return e.registration.get() == &registration && e.depth == 0; });
+      return list.remove(registration.hash32(), [&](const ObserverList::Entry& e) {
+        return e.registration.get() == &registration && e.depth == 0;
+      });
     });
   } else {
     registration.stop();

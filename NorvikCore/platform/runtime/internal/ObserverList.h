@@ -47,7 +47,9 @@ class ObserverList final : public NSObject {
   static constexpr std::size_t greatestUnindexed = 8;
 
   [[nodiscard]] std::uint32_t& slotOf(std::uint32_t hash) noexcept;
-  [[nodiscard]] std::uint32_t older(std::uint32_t place) const noexcept { return older_.empty() ? 0 : older_[place - 1]; }
+  [[nodiscard]] std::uint32_t older(std::uint32_t place) const noexcept {
+    return older_.empty() ? 0 : older_[place - 1];
+  }
   void takeGone(std::vector<Ref<Registration>>& gone);
   Ref<Registration> takeOut(std::size_t position);
   void unlink(std::size_t position);
