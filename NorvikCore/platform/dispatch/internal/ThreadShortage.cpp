@@ -19,8 +19,7 @@ constexpr std::uint64_t kLongestPause = 16 * ThreadShortage::interval;
 constexpr std::uint64_t kReportAgain = 60'000'000'000;
 
 // What a thread runs for a wait may wait itself, and so on: how deep, for the sake of its stack.
-constexpr unsigned kMostHelp = 16;
-constexpr unsigned kMostHelpInShortage = 512;
+constexpr unsigned kMostHelp = 512;
 constinit thread_local unsigned helpDepth = 0;
 
 }  // namespace
@@ -110,11 +109,10 @@ void SleepingThread::nudge() noexcept {
   }
 }
 
-bool PatientWait::help(bool isShort) const noexcept {
-  if (helpDepth >= (isShort ? kMostHelpInShortage : kMostHelp)) return false;
+bool PatientWait::help() const noexcept {
+  if (helpDepth >= kMostHelp) return false;
   ++helpDepth;
-  const auto search = isShort ? WorkerPool::Search::thorough : WorkerPool::Search::brief;
-  const bool helped = WorkerPool::shared().help(goal_, search);
+  const bool helped = WorkerPool::shared().help(goal_);
   --helpDepth;
   return helped;
 }
@@ -124,7 +122,7 @@ bool PatientWait::sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected
   const std::uint32_t seen = ThreadShortage::nudges.load(std::memory_order_seq_cst);
   std::uint64_t until = deadline;
   const bool isShort = ThreadShortage::exists();
-  if ((isShort || WorkerPool::isWorker()) && help(isShort)) {
+  if (isShort && help()) {
     pause_ = ThreadShortage::interval;
     return true;
   }

@@ -103,7 +103,7 @@ class PatientWait {
   [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }
 
  private:
-  [[nodiscard]] bool help(bool isShort) const noexcept;
+  [[nodiscard]] bool help() const noexcept;
 
   const HelpGoal goal_;
   const std::uint32_t generation_ = kernel::forkGeneration();

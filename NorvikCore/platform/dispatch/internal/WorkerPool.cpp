@@ -24,7 +24,6 @@ constexpr std::uint64_t kSpinTime = 15'000;          // how long it spins after 
 constexpr unsigned kLooksBeforeHelp = 5;             // looks at a list from which nothing is taken
 constexpr std::uint64_t kIdleTime = 10'000'000'000;  // a sleeping worker ends after this
 constexpr unsigned kMostThreads = 4096;
-constexpr unsigned kBriefSearch = 16;  // items
 
 unsigned processorsOfThisProcess() {
   cpu_set_t set;
@@ -88,8 +87,6 @@ void WorkerPool::expedite() noexcept {
   carryOut(wake, Sleepers::nudged);
 }
 
-bool WorkerPool::isWorker() noexcept { return thisThreadIsWorker; }
-
 void WorkerPool::prepare() noexcept {
   Wake wake;
   {
@@ -99,18 +96,12 @@ void WorkerPool::prepare() noexcept {
   carryOut(wake, Sleepers::left);
 }
 
-bool WorkerPool::help(const HelpGoal& goal, Search search) noexcept {
-  if (!hasReadyItems() || (search == Search::brief ? goal.of == nullptr : !goal.isKnown())) return false;
+bool WorkerPool::help(const HelpGoal& goal) noexcept {
+  if (!hasReadyItems() || !goal.isKnown()) return false;
   Item* item = nullptr;
   {
     const QueueLock lock(mutex_);
-    if (search == Search::brief) {
-      unsigned left = kBriefSearch;
-      item = items_.takeFirstThat(
-          [&](Item* candidate) { return left > 0 && left-- > 0 && SerialQueue::drainedBy(candidate) == goal.of; });
-    } else {
-      item = items_.takeFirstThat([&goal](Item* candidate) { return goal.isReachedBy(candidate); });
-    }
+    item = items_.takeFirstThat([&goal](Item* candidate) { return goal.isReachedBy(candidate); });
     if (item == nullptr) return false;
     readyCount_.store(readyCount_.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
     ++taken_;

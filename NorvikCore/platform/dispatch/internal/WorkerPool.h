@@ -42,14 +42,10 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   /// What is in the list is taken soon.
   void expedite() noexcept;
 
-  /// True on a worker's thread.
-  [[nodiscard]] static bool isWorker() noexcept;
   /// There will be a worker soon: for who knows that it will have work, for a start takes a while.
   void prepare() noexcept;
-  /// By a thread that waits: runs the first item that is a step to the goal. False where none is. A brief search looks
-  /// at a few items, and for the drain of the queue that the thread waits in.
-  enum class Search : std::uint8_t { brief, thorough };
-  bool help(const HelpGoal& goal, Search search) noexcept;
+  /// By a thread that waits: runs the first item that is a step to the goal. False where none is.
+  bool help(const HelpGoal& goal) noexcept;
   /// By any thread that has the time: attempts again to start a worker if one is needed and it is time for that.
   void attemptStart() noexcept;
 
