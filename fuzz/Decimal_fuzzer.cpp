@@ -4,8 +4,8 @@
 // (0 to 3), scale, and two numbers such as -123E-2, apart by spaces: "/0 2 100E-2 3E0". Each is carried out without
 // faults that raise, and with all of them.
 
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/DecimalModel.h"
 #include "tests/support/DecimalSamples.h"
 

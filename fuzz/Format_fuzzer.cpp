@@ -1,6 +1,6 @@
 // fuzz/Format_fuzzer.cpp - run-time formats. Any format: nothing but its arguments shows, and one that the check
 // accepts never shows a complaint. Number directives: the same text as snprintf in the C locale.
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -3,9 +3,9 @@
 // Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived,
 // read and archived once more: both archives must have the same bytes. Data that pass are also read under every key
 // they hold.
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <cstdint>
 #include <cstdio>

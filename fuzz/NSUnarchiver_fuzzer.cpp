@@ -4,11 +4,11 @@
 // Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived,
 // read and archived once more: both archives must have the same bytes. It is also taken through the keyed archiver,
 // and the sequential archive of what comes back must have these bytes too.
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
-#include "NorvikCore/platform/runtime/NSUnarchiver.h"
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <cstdint>
 #include <cstdio>

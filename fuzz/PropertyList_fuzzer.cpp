@@ -3,7 +3,7 @@
 // Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value can be stored:
 // it is copied, written, read, copied and written once more, and the two writings must have the same bytes.
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <cstdint>
 #include <cstdio>

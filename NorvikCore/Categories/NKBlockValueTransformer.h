@@ -9,7 +9,7 @@
 
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Block.h"
+#include "NorvikCore/platform/object/Block.h"
 
 namespace norvik {
 

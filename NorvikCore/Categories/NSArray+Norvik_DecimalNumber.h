@@ -3,7 +3,7 @@
 //   nk_decimalNumberBySumming(*NSArray::arrayWith({1.10_dec, 2.205_dec}));      // 3.305
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 
 namespace norvik {
 

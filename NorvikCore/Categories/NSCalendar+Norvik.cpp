@@ -2,7 +2,7 @@
 
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/Categories/NSTimeZone+Norvik.h"
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 namespace norvik {
 namespace {

@@ -14,8 +14,8 @@
 // Every function is pure, takes constant time, allocates nothing and is safe on any thread, unless it says otherwise.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 #include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/NSInteger.h"
 

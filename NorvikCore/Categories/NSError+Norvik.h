@@ -7,9 +7,9 @@
 // failure reason, and the recovery suggestion. Any thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSError.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 
-#include "NorvikCore/platform/runtime/AssociatedObjects.h"
-#include "NorvikCore/platform/runtime/Stated.h"
+#include "NorvikCore/platform/object/AssociatedObjects.h"
+#include "NorvikCore/platform/object/Stated.h"
 
 namespace norvik {
 namespace {

@@ -1,6 +1,6 @@
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 
 namespace norvik {

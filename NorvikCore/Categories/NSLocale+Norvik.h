@@ -6,8 +6,8 @@
 // Each locale is one object for the life of the process; any thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 
 namespace norvik {
 

@@ -1,10 +1,10 @@
 #include "NorvikCore/Categories/NSObject+Norvik.h"
 
 #include "NorvikCore/platform/appkit/NSApplication.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <algorithm>
 #include <vector>

@@ -12,9 +12,9 @@
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/Categories/NSObject+Norvik_Observing.h"
+#include "NorvikCore/platform/collections/NSData.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSData.h"
-#include "NorvikCore/platform/runtime/SEL.h"
+#include "NorvikCore/platform/object/SEL.h"
 
 #include <concepts>
 

@@ -2,9 +2,9 @@
 
 #include "NorvikCore/Categories/NKBlockValueReversingTransformer.h"
 #include "NorvikCore/platform/appkit/NSTableCellView.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSError.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSError.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 
 #include <vector>
 

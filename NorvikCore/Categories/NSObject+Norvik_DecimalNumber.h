@@ -3,8 +3,8 @@
 //   nk_decimalNumberBySummingValueForKey(*slip, *NSArray::arrayWith({"grossPay", "bonus"}));      // 120
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSSet.h"
 
 namespace norvik {
 

@@ -1,11 +1,11 @@
 #include "NorvikCore/Categories/NSObject+Norvik_Observing.h"
 
 #include "NorvikCore/logging/internal/LibraryWarning.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
-#include "NorvikCore/platform/runtime/KeyValueCoding.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <vector>
 

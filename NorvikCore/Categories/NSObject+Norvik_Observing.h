@@ -10,7 +10,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 namespace norvik {
 

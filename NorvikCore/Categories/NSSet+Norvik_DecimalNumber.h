@@ -3,7 +3,7 @@
 //   nk_decimalNumberBySumming(*NSSet::setWith({100_dec, 20_dec}));      // 120
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/collections/NSSet.h"
 
 namespace norvik {
 

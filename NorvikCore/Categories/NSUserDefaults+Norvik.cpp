@@ -1,11 +1,11 @@
 #include "NorvikCore/Categories/NSUserDefaults+Norvik.h"
 
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
 #include "NorvikCore/platform/foundation/NSFileManager.h"
 #include "NorvikCore/platform/foundation/NSPathUtilities.h"
 #include "NorvikCore/platform/foundation/NSSearchPath.h"
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSUnarchiver.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {

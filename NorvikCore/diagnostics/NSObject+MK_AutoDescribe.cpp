@@ -1,11 +1,11 @@
 #include "NorvikCore/diagnostics/NSObject+MK_AutoDescribe.h"
 
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/NSStringCase.h"
-#include "NorvikCore/platform/runtime/Block.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/object/Block.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 
 #include <unordered_set>

@@ -14,10 +14,10 @@
 // as the accessors it calls change nothing; its threads are those of the object described.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Class.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/NSObject.h"
 
 namespace norvik {
 

@@ -22,9 +22,9 @@
 // Cost:    a synchronous block on an idle queue runs on the caller's thread and allocates nothing.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
-#include "NorvikCore/platform/runtime/Block.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/object/Block.h"
 
 #include <cstdint>
 #include <memory>

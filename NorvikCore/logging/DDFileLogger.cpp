@@ -12,7 +12,7 @@
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/Fork.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "NorvikCore/logging/DDLog.h"
 
 #include "NorvikCore/logging/internal/LogDispatcher.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <new>
 #include <utility>

@@ -45,9 +45,9 @@
 #include "NorvikCore/logging/LogLevel.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Class.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <concepts>
 #include <cstddef>

@@ -15,8 +15,8 @@
 // Errors:  attributes and renames that fail are reported on the system console, and nothing is raised.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
 #include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
 

@@ -1,6 +1,8 @@
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/foundation/NSFileManager.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/NSProcessInfo.h"
@@ -9,10 +11,8 @@
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/UUID.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSError.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <cerrno>

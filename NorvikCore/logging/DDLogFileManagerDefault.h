@@ -22,9 +22,9 @@
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManager.h"
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSError.h"
 
 #include <atomic>
 #include <cstdint>

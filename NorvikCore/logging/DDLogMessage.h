@@ -8,7 +8,7 @@
 #pragma once  // include time: <memory>: texts that outlive the call are owned
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/Date.h"
 
 #include <cstdint>

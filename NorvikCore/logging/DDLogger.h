@@ -21,7 +21,7 @@
 #include "NorvikCore/logging/DDLogMessage.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/NSObject.h"
 
 #include <optional>
 

@@ -5,7 +5,7 @@
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/NSObject.h"
 
 namespace norvik {
 

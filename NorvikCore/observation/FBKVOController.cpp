@@ -2,8 +2,8 @@
 
 #include "NorvikCore/observation/internal/ObservedObjects.h"
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <utility>
 #include <vector>

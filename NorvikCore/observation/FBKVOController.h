@@ -31,13 +31,13 @@
 //            observations; linear in the key paths that one controller observes of one object.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/Block.h"
-#include "NorvikCore/platform/runtime/KeyPath.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/SEL.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/keyvalue/KeyPath.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/object/Block.h"
+#include "NorvikCore/platform/object/SEL.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #include "NorvikCore/observation/NSObject+FBKVOController.h"
 
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/AssociatedObjects.h"
+#include "NorvikCore/platform/object/AssociatedObjects.h"
 
 namespace norvik {
 namespace {

@@ -1,6 +1,6 @@
 #include "NorvikCore/values/NKSelectableItem.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <utility>
 #include <vector>

@@ -7,8 +7,8 @@
 // Both properties may be read and set on any thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 
 namespace norvik {
 

@@ -9,11 +9,11 @@
 // on any thread; a closure captures what it needs, and what it captures lives as long as the sender.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Block.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/SEL.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Block.h"
+#include "NorvikCore/platform/object/SEL.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "NorvikCore/values/NKUITag.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 namespace norvik {
 namespace {

@@ -1,7 +1,7 @@
-// benchmarks/logging/DDLogLineFormatter_benchmark.cpp - one line of the formatter that escapes, beside the default one's
-// with the same message: what each costs the thread that writes the file.
-#include "NorvikCore/logging/DDLogLineFormatter.h"
+// benchmarks/logging/DDLogLineFormatter_benchmark.cpp - one line of the formatter that escapes, beside the default
+// one's with the same message: what each costs the thread that writes the file.
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
+#include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/logging/LogLevel.h"
 
 #include <benchmark/benchmark.h>

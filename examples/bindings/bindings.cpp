@@ -1,7 +1,7 @@
 // examples/bindings/bindings.cpp - a view without a screen, bound to a pay slip in pounds that it shows in thousands.
 #include "NorvikCore/Categories/NSObject+Norvik.h"
-#include "NorvikCore/platform/runtime/KeyValueCoding.h"
-#include "NorvikCore/platform/runtime/NSError.h"
+#include "NorvikCore/platform/collections/NSError.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 
 #include <iostream>
 

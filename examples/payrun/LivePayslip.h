@@ -1,8 +1,8 @@
 // examples/payrun/LivePayslip.h - one employee's payslip as a model object whose properties can be observed.
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSObject.h"
-#include "NorvikCore/platform/runtime/ObjectMacros.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/ObjectMacros.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSString.h"
 

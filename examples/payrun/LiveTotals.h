@@ -2,8 +2,8 @@
 // observed.
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSObject.h"
-#include "NorvikCore/platform/runtime/ObjectMacros.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/ObjectMacros.h"
 #include "NorvikCore/platform/values/Decimal.h"
 
 namespace payrun {

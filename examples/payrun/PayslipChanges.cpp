@@ -1,6 +1,6 @@
 #include "PayslipChanges.h"
 
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "Report.h"
 
 namespace payrun {

@@ -1,8 +1,8 @@
 #include "NorvikCore/Categories/NSArray+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSObject+Norvik_DecimalNumber.h"
 #include "NorvikCore/Categories/NSSet+Norvik_DecimalNumber.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
 

@@ -9,7 +9,7 @@
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 #include "NorvikCore/observation/FBKVOController.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/HeadlessTextField.h"
 

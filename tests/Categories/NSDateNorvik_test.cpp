@@ -7,8 +7,8 @@
 #include <random>
 
 #include "NorvikCore/Categories/NSCalendar+Norvik.h"
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Date_literals.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "NorvikCore/Categories/NSDictionaryController+Norvik.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 
 namespace norvik {
 namespace {

@@ -2,8 +2,8 @@
 
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/platform/appkit/NSTableCellView.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 

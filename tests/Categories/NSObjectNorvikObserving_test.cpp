@@ -4,9 +4,9 @@
 #include <stdexcept>
 
 #include "NorvikCore/Categories/NSObject+Norvik_Observing.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/WarningRecorder.h"

@@ -4,10 +4,10 @@
 
 #include "NorvikCore/Categories/NSObject+Norvik.h"
 #include "NorvikCore/platform/appkit/NSApplication.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
-#include "NorvikCore/platform/runtime/NSUnarchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 #include "tests/support/ExpectRaises.h"
 
 namespace norvik {

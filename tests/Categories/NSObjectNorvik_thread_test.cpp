@@ -9,8 +9,8 @@
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/Categories/NSObject+Norvik_Observing.h"
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/dispatch/Source.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/WarningRecorder.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "NorvikCore/constants/PreferenceKeys.h"
-#include "NorvikCore/platform/runtime/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSArchiver.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/InChild.h"

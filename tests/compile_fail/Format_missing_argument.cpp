@@ -1,5 +1,5 @@
 // A directive is refused where no argument is left for it.
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {
 #ifdef SHOULD_NOT_COMPILE

@@ -1,5 +1,5 @@
 // Text that is not a literal is refused unless it is marked as a run-time format.
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {
 #ifdef SHOULD_NOT_COMPILE

@@ -1,5 +1,5 @@
 // A percent sign that starts no directive is refused.
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {
 #ifdef SHOULD_NOT_COMPILE

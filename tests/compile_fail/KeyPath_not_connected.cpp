@@ -1,5 +1,5 @@
-#include "NorvikCore/platform/runtime/KeyPath.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/keyvalue/KeyPath.h"
+#include "NorvikCore/platform/object/NSObject.h"
 
 using namespace norvik;
 

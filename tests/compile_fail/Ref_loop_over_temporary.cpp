@@ -1,5 +1,5 @@
 // A range-based for does not keep the Ref that its collection came by: the array would be gone in the loop.
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 
 norvik::Ref<norvik::NSArray> slips();
 void print(const norvik::NSArray& array);

@@ -1,5 +1,5 @@
 // Nothing keeps the object that a reference is made to out of a Ref that goes at the end of the line.
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 
 norvik::Ref<norvik::NSArray> slips();
 

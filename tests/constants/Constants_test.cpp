@@ -15,11 +15,11 @@
 #include "NorvikCore/constants/NotificationNames.h"
 #include "NorvikCore/constants/PreferenceKeys.h"
 #include "NorvikCore/constants/StringTableNames.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSError.h"
+#include "NorvikCore/platform/values/Format.h"
 #include "tests/support/DefaultsFolder.h"
 
 namespace norvik {

@@ -1,10 +1,10 @@
 #include "NorvikCore/diagnostics/NSObject+MK_AutoDescribe.h"
 
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

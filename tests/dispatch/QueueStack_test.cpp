@@ -1,7 +1,7 @@
 // The queue stack as code sees it that asks for it by its key.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "tests/dispatch/Wrappers.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/dispatch/Wrappers.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/InChild.h"

@@ -1,8 +1,8 @@
 // Wrapped queues in a child made by fork().
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
 #include "tests/dispatch/Wrappers.h"
 #include "tests/support/QuietFork.h"
 

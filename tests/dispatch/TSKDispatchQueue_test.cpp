@@ -1,9 +1,9 @@
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include "NorvikCore/platform/foundation/NSBundle.h"
-#include "NorvikCore/platform/runtime/Class.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/dispatch/Wrappers.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/InChild.h"

@@ -1,9 +1,9 @@
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 #include "NorvikCore/platform/dispatch/Source.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
 #include "tests/dispatch/Wrappers.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
 
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 #include <gtest/gtest.h>
 

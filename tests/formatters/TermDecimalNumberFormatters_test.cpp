@@ -2,8 +2,8 @@
 #include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>

@@ -336,8 +336,8 @@ TEST_F(DDFileLoggerRefusal, AFileInThePlaceOfTheFolderIsSaidOnce) {
 
 TEST_F(DDFileLoggerRefusal, AFolderInWhichNoFileCanBeMadeIsSaidOnceUntilOneCould) {
   if (geteuid() == 0) {
-      ASSERT_EQ(chown(folder.path().c_str(), somebodyElse, somebodyElse), 0);
-    }
+    ASSERT_EQ(chown(folder.path().c_str(), somebodyElse, somebodyElse), 0);
+  }
   ASSERT_EQ(chmod(folder.path().c_str(), 0500), 0);
   RUN_IN_CHILD({
     if (geteuid() == 0) {
@@ -460,9 +460,8 @@ TEST_F(DDFileLoggerRefusal, AFileThatWasReplacedBeforeItWasOpenedIsNotWrittenTo)
 // As on a disk of another machine, which knows no users of this one.
 TEST_F(DDFileLoggerRefusal, AFileThatBelongsToSomebodyElseAsSoonAsItIsMadeIsWrittenTo) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may make a file somebody else's";
-  addLogger(make<Meddled>(folder.path(), [&](const std::string& path) {
-    ASSERT_EQ(chown(path.c_str(), somebodyElse, somebodyElse), 0);
-  }));
+  addLogger(make<Meddled>(
+      folder.path(), [&](const std::string& path) { ASSERT_EQ(chown(path.c_str(), somebodyElse, somebodyElse), 0); }));
   const SystemLogCapture console;
   sayNow("text");
   EXPECT_THAT(allLinesIn(folder.path()), ElementsAre("text"));

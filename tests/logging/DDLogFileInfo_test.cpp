@@ -1,8 +1,8 @@
 #include "NorvikCore/logging/DDLogFileInfo.h"
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 #include "tests/support/InChild.h"
 #include "tests/support/PrivateMount.h"
 #include "tests/support/TemporaryFolder.h"

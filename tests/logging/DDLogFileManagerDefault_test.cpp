@@ -4,7 +4,7 @@
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
 #include "tests/support/QuietFork.h"

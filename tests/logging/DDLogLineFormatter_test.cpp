@@ -63,9 +63,15 @@ TEST(DDLogLineFormatter, EachLevelIsSevenCharactersWide) {
     int flag;
     const char* level;
   } rows[] = {
-      {LOG_FLAG_ERROR, "ERROR   ["}, {LOG_FLAG_WARN, "WARN    ["}, {LOG_FLAG_INFO, "INFO    ["},
-      {LOG_FLAG_DEBUG, "DEBUG   ["}, {LOG_FLAG_VERBOSE, "VERBOSE ["}, {64, "64      ["},
-      {0, "0       ["},              {-1, "-1      ["},               {123456789, "123456789 ["},
+      {LOG_FLAG_ERROR, "ERROR   ["},
+      {LOG_FLAG_WARN, "WARN    ["},
+      {LOG_FLAG_INFO, "INFO    ["},
+      {LOG_FLAG_DEBUG, "DEBUG   ["},
+      {LOG_FLAG_VERBOSE, "VERBOSE ["},
+      {64, "64      ["},
+      {0, "0       ["},
+      {-1, "-1      ["},
+      {123456789, "123456789 ["},
   };
   for (const auto& row : rows) {
     const std::string text = line(*message("text", row.flag));
@@ -80,7 +86,8 @@ TEST(DDLogLineFormatter, InBracketsStandTheQueueOrTheThreadAndTheThreadsNumber) 
     made = message("text");
     thread = kernel::currentThreadId();
   });
-  EXPECT_THAT(line(*made), ::testing::HasSubstr(" [save [all\\x5d\\n:" + std::to_string(thread) + "] PayRun.cpp:42  text"));
+  EXPECT_THAT(line(*made),
+              ::testing::HasSubstr(" [save [all\\x5d\\n:" + std::to_string(thread) + "] PayRun.cpp:42  text"));
   std::thread([&] {
     pthread_setname_np(pthread_self(), "reader");
     made = message("text");
@@ -94,9 +101,12 @@ TEST(DDLogLineFormatter, TheFileIsTheLastPartOfItsPath) {
     Place place;
     const char* expected;
   } rows[] = {
-      {{"/home/pat/Run.cpp", 7}, "] Run.cpp:7  text"}, {{"Run.cpp", 0}, "] Run.cpp:0  text"},
-      {{nullptr, 7}, "] -:7  text"},                   {{"", 7}, "] -:7  text"},
-      {{"dir/", -1}, "] -:-1  text"},                  {{"a b\n.cpp", 7}, "] a\\x20b\\n.cpp:7  text"},
+      {{"/home/pat/Run.cpp", 7}, "] Run.cpp:7  text"},
+      {{"Run.cpp", 0}, "] Run.cpp:0  text"},
+      {{nullptr, 7}, "] -:7  text"},
+      {{"", 7}, "] -:7  text"},
+      {{"dir/", -1}, "] -:-1  text"},
+      {{"a b\n.cpp", 7}, "] a\\x20b\\n.cpp:7  text"},
       {{"\xff.cpp", 7}, "] \\xff.cpp:7  text"},
   };
   for (const auto& row : rows) {
@@ -122,7 +132,8 @@ const struct {
     {"a terminal's escape sequence", "\x1b[2J", "\\x1b[2J"},
     {"the last of Latin's controls", "\u0080\u009f\u00a0", "\\u0080\\u009f\u00a0"},
     {"separators", "\u2027\u2028\u2029", "\u2027\\u2028\\u2029"},
-    {"turned direction", "\u202a\u202e\u202f\u2065\u2066\u2069\u206a", "\\u202a\\u202e\u202f\u2065\\u2066\\u2069\u206a"},
+    {"turned direction", "\u202a\u202e\u202f\u2065\u2066\u2069\u206a",
+     "\\u202a\\u202e\u202f\u2065\\u2066\\u2069\u206a"},
     {"bytes that are not UTF-8", NSString(std::string_view("\x80 \xff")), "\\x80 \\xff"},
     {"a first half", NSString("\U0001F600").substringToIndex(1), "\\ud83d"},
     {"a second half", NSString("\U0001F600").substringFromIndex(1), "\\ude00"},
@@ -170,7 +181,8 @@ TEST(DDLogLineFormatter, AnyTextIsOneLineAndComesBack) {
                              0xdcff, 0xdfff, 0xfffd, 0xfeff, 0x1b,   'a',    0x1f600, 0x10fff, 0x10ffff};
   for (int round = 0; round < 20000; ++round) {
     NSString text;
-    for (std::size_t i = random() % 24; i > 0; --i) text = text + NSString::fromCodePoint(points[random() % std::size(points)]);
+    for (std::size_t i = random() % 24; i > 0; --i)
+      text = text + NSString::fromCodePoint(points[random() % std::size(points)]);
     const std::string escaped = DDLogLineFormatter::escaped(text).str();
     ASSERT_FALSE(hasControl(escaped)) << escaped;
     ASSERT_EQ(DDLogLineFormatter::unescaped(escaped), text) << escaped;
@@ -205,7 +217,8 @@ TEST_F(DDLogLineFormatterInAFile, MessagesInARowLookAsIfTheyCameOneByOne) {
   sayAll(false);
   const std::vector<std::string> lines = test::allLinesIn(folder.path());
   ASSERT_EQ(lines.size(), 2 * std::size(forms));
-  const std::string head = "WARN    [com.norvik.main-thread:" + std::to_string(kernel::currentThreadId()) + "] File.cpp:7  ";
+  const std::string head =
+      "WARN    [com.norvik.main-thread:" + std::to_string(kernel::currentThreadId()) + "] File.cpp:7  ";
   for (std::size_t i = 0; i < lines.size(); ++i) {
     EXPECT_EQ(lines[i].substr(25), head + forms[i % std::size(forms)].escaped) << i;
   }

@@ -3,7 +3,7 @@
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <gtest/gtest.h>
 #include <sys/syscall.h>

@@ -4,9 +4,9 @@
 #include "NorvikCore/observation/NSObject+FBKVOController.h"
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSSet.h"
+#include "NorvikCore/platform/values/Format.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>

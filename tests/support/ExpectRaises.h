@@ -1,7 +1,7 @@
 // tests/support/ExpectRaises.h - expects that a statement raises the platform's exception of a name.
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 //   field->text();                    // "1,250.50"
 #pragma once
 
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
-#include "NorvikCore/platform/runtime/NSError.h"
 
 namespace norvik_test {
 

@@ -1,10 +1,10 @@
 // tests/support/ThroughArchivers.h - a value taken apart by an archiver and made again.
 #pragma once
 
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
-#include "NorvikCore/platform/runtime/NSUnarchiver.h"
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
 
 namespace norvik_test {
 

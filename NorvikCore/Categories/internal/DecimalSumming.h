@@ -1,7 +1,7 @@
 // NorvikCore/Categories/internal/DecimalSumming.h - the one loop behind the sums over collections.
 #pragma once
 
-#include "NorvikCore/platform/runtime/Value.h"
+#include "NorvikCore/platform/object/Value.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
 
 namespace norvik::detail {

@@ -1,7 +1,7 @@
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 
 #include "NorvikCore/platform/kernel/Clock.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 #include <algorithm>
 #include <utility>

@@ -7,8 +7,8 @@
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/dispatch/internal/BlockValue.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
 
 namespace norvik::detail {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Source.h"
-#include "NorvikCore/platform/runtime/Block.h"
+#include "NorvikCore/platform/object/Block.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "NorvikCore/dispatch/internal/TimerTable.h"
 
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 
 namespace norvik::detail {
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "NorvikCore/dispatch/internal/TSKTimerValue.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/Ref.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/object/Ref.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <cstddef>

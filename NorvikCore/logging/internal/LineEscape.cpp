@@ -39,12 +39,8 @@ void appendByteEscape(std::string& line, unsigned byte) {
 
 void appendPointEscape(std::string& line, char32_t point) {
   if (point >= 0xdc80 && point <= 0xdcff) return appendByteEscape(line, static_cast<unsigned>(point - 0xdc00));
-  const char text[] = {'\\',
-                       'u',
-                       digits[point >> 12 & 0xf],
-                       digits[point >> 8 & 0xf],
-                       digits[point >> 4 & 0xf],
-                       digits[point & 0xf]};
+  const char text[] = {
+      '\\', 'u', digits[point >> 12 & 0xf], digits[point >> 8 & 0xf], digits[point >> 4 & 0xf], digits[point & 0xf]};
   line.append(text, sizeof text);
 }
 

@@ -1,4 +1,5 @@
-// NorvikCore/logging/internal/LineEscape.h - text that stays within one line, and can be told from what stands beside it.
+// NorvikCore/logging/internal/LineEscape.h - text that stays within one line, and can be told from what stands beside
+// it.
 //
 //   appendEscaped(line, "paid\n\033[2Jnobody");      // paid\n\x1b[2Jnobody, in one line
 //   unescapedText("paid\\nnobody");                    // the line feed again
@@ -32,7 +33,8 @@ namespace norvik::detail {
 /// two digits too.
 NK_EXPORT void appendEscaped(std::string& line, std::string_view text, char alsoEscaped = '\0');
 
-/// The text that was escaped; absent where a backslash begins none of the table's forms, and of a text with a lone half.
+/// The text that was escaped; absent where a backslash begins none of the table's forms, and of a text with a lone
+/// half.
 [[nodiscard]] NK_EXPORT std::optional<NSString> unescapedText(const NSString& line);
 
 }  // namespace norvik::detail

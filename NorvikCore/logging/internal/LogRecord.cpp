@@ -1,6 +1,6 @@
 #include "NorvikCore/logging/internal/LogRecord.h"
 
-#include "NorvikCore/platform/runtime/internal/FormatCopy.h"
+#include "NorvikCore/platform/values/internal/FormatCopy.h"
 
 #include <new>
 

@@ -18,10 +18,10 @@
 #include "NorvikCore/platform/dispatch/Item.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/internal/Prefetch.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/Value.h"
-#include "NorvikCore/platform/runtime/internal/FormatCopy.h"
+#include "NorvikCore/platform/object/Value.h"
 #include "NorvikCore/platform/values/Date.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/internal/FormatCopy.h"
 
 #include <atomic>
 #include <cstddef>

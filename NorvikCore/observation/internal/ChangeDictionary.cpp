@@ -1,8 +1,8 @@
 #include "NorvikCore/observation/internal/ChangeDictionary.h"
 
 #include "NorvikCore/observation/FBKVOController.h"
-#include "NorvikCore/platform/runtime/internal/CollectionAccess.h"
-#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
+#include "NorvikCore/platform/collections/internal/CollectionAccess.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
 
 #include <array>
 #include <utility>

@@ -4,8 +4,8 @@
 // same shape: making a dictionary takes four allocations, filling one none.
 #pragma once
 
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 namespace norvik::detail {
 

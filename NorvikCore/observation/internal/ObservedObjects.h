@@ -3,7 +3,7 @@
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
-#include "NorvikCore/platform/runtime/internal/IdentityMap.h"
+#include "NorvikCore/platform/collections/internal/IdentityMap.h"
 
 #include <memory>
 #include <span>

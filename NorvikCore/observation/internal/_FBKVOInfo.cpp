@@ -1,7 +1,7 @@
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <string>
 #include <utility>

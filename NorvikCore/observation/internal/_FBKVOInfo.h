@@ -2,7 +2,7 @@
 #pragma once
 
 #include "NorvikCore/observation/FBKVOController.h"
-#include "NorvikCore/platform/runtime/internal/Registration.h"
+#include "NorvikCore/platform/keyvalue/internal/Registration.h"
 
 namespace norvik {
 

@@ -1,10 +1,10 @@
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 
 #include "NorvikCore/observation/internal/ChangeDictionary.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/internal/ObjectAccess.h"
-#include "NorvikCore/platform/runtime/internal/ObserverList.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <utility>
 #include <vector>

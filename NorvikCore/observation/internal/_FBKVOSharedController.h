@@ -5,8 +5,8 @@
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
-#include "NorvikCore/platform/runtime/internal/PointerTable.h"
-#include "NorvikCore/platform/runtime/internal/WordMutex.h"
+#include "NorvikCore/platform/object/internal/PointerTable.h"
+#include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <span>
 

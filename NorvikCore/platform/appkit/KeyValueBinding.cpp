@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/appkit/internal/Binding.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/AssociatedObjects.h"
+#include "NorvikCore/platform/object/AssociatedObjects.h"
 
 #include <algorithm>
 #include <utility>

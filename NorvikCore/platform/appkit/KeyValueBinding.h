@@ -30,8 +30,8 @@
 //            sides; a binding that is ended meanwhile sets nothing more on that thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 namespace norvik {

@@ -8,8 +8,8 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
-#include "NorvikCore/platform/runtime/SEL.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/SEL.h"
 
 namespace norvik {
 

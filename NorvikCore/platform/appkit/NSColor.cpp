@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/appkit/NSColor.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <cmath>
 #include <functional>

@@ -17,8 +17,8 @@
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 
 #include <vector>
 

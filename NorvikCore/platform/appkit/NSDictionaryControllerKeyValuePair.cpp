@@ -1,9 +1,9 @@
 #include "NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h"
 
 #include "NorvikCore/platform/appkit/NSDictionaryController.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <utility>
 

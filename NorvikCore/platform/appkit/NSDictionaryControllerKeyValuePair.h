@@ -10,9 +10,9 @@
 // Confined to the thread of its controller.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 namespace norvik {
 

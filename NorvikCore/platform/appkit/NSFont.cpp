@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/appkit/NSFont.h"
 
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 
 #include <cmath>

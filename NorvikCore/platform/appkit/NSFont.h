@@ -7,7 +7,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 
 namespace norvik {
 

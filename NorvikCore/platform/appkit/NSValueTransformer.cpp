@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
 
+#include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <utility>

@@ -17,7 +17,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/NSObject.h"
 
 namespace norvik {
 

@@ -5,7 +5,7 @@
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <algorithm>

@@ -14,9 +14,9 @@
 // Cost:    finding a run takes the logarithm of the number of runs; a change takes their number.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
 #include <vector>

@@ -25,9 +25,9 @@
 // Threads: synchronised, while nobody changes the environment.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 
 #include <optional>
 

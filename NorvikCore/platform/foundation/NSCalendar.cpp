@@ -2,8 +2,8 @@
 
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
-#include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/values/CivilDate.h"
+#include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <unicode/calendar.h>

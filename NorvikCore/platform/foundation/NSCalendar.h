@@ -20,7 +20,7 @@
 #include "NorvikCore/platform/foundation/NSDateComponents.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
 namespace norvik {

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/foundation/NSDateComponents.h"
 
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <string>
 

@@ -12,7 +12,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 #include "NorvikCore/platform/values/NSInteger.h"
 
 namespace norvik {

@@ -26,7 +26,7 @@
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 
 #include <optional>
 #include <string>

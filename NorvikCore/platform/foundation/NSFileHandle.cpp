@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 
 #include "NorvikCore/platform/kernel/SystemError.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <errno.h>
 

@@ -13,9 +13,9 @@
 // The file is closed with the object. Threads: confined to one at a time.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSData.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
-#include "NorvikCore/platform/runtime/NSData.h"
 
 #include <cstdint>
 #include <string_view>

@@ -16,11 +16,11 @@
 // (kernel/ExtendedAttributes.h). Any thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSData.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSData.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSError.h"
 
 #include <optional>
 

@@ -11,7 +11,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSObject.h"
+#include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/NSRange.h"
 
 #include <optional>

@@ -13,7 +13,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 
 namespace norvik {
 

@@ -4,12 +4,12 @@
 //   // 2026-11-21 01:22:14.123+0000 payrun[4711:4713] Error creating /var/pay: Permission denied
 //
 // For what concerns who runs the program rather than who reads its log. kernel/SystemLog.h says what a line holds, what
-// happens where standard error takes none, and how a test reads the lines; runtime/Format.h says what a format may
+// happens where standard error takes none, and how a test reads the lines; values/Format.h says what a format may
 // hold.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Format.h"
+#include "NorvikCore/platform/values/Format.h"
 
 namespace norvik {
 

@@ -2,9 +2,9 @@
 
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <atomic>

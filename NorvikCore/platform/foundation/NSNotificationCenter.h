@@ -20,10 +20,10 @@
 // Threads: synchronised.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
-#include "NorvikCore/platform/runtime/Block.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
+#include "NorvikCore/platform/object/Block.h"
 
 #include <optional>
 

@@ -32,7 +32,7 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/foundation/NSProcessInfo.h"
 
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/UUID.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
 
 #include <unistd.h>
 

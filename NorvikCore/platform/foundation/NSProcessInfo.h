@@ -6,8 +6,8 @@
 // One object for the process; any thread.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
 
 #include <cstdint>
 

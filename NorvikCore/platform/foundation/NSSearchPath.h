@@ -7,8 +7,8 @@
 // nobody changes the environment.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 
 #include <cstdint>
 

@@ -2,8 +2,8 @@
 
 #include "NorvikCore/platform/kernel/CallStack.h"
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/runtime/Format.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <pthread.h>
 

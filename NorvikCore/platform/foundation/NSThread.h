@@ -6,9 +6,9 @@
 // There is one object per thread, made when it is first asked for.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 
 #include <cstdint>
 

@@ -3,8 +3,8 @@
 #include "NorvikCore/platform/foundation/internal/ZoneDatabase.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/Format.h"
 #include "NorvikCore/platform/values/CivilDate.h"
+#include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/internal/raise.h"
 
 #include <cstdlib>

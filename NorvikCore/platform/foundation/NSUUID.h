@@ -8,7 +8,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/UUID.h"
-#include "NorvikCore/platform/runtime/NSCoder.h"
+#include "NorvikCore/platform/object/NSCoder.h"
 
 namespace norvik {
 

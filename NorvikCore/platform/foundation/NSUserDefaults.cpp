@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
 
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
@@ -9,9 +10,8 @@
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Paths.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -29,12 +29,12 @@
 // Threads: synchronised. After a fork parent and child both go on.
 #pragma once
 
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSData.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSURL.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSData.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
 
 #include <atomic>
 #include <concepts>

@@ -3,9 +3,9 @@
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
-#include "NorvikCore/platform/runtime/KeyValueCoding.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSError.h"
+#include "NorvikCore/platform/collections/NSError.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 #include <functional>
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 

@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/appkit/NSColor.h"
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/ThroughArchivers.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "NorvikCore/platform/runtime/NSArray.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "tests/support/ExpectRaises.h"
 
 namespace norvik {

@@ -2,8 +2,8 @@
 
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
 #include <gtest/gtest.h>

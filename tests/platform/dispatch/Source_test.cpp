@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>

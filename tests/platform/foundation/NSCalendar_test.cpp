@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Date_literals.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {

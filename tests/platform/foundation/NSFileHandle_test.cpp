@@ -6,8 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace norvik {

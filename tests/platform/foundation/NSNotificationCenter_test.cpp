@@ -11,8 +11,8 @@
 
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {

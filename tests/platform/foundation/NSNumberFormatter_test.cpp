@@ -1,9 +1,9 @@
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>

@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/object/Weak.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 // Outside the unnamed namespace, exported: its name is to be found in call stacks.
 namespace payroll {

@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "NorvikCore/platform/runtime/NSKeyedArchiver.h"
-#include "NorvikCore/platform/runtime/NSKeyedUnarchiver.h"
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/archives/NSKeyedArchiver.h"
+#include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/collections/NSSet.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 

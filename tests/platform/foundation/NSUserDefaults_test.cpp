@@ -14,12 +14,12 @@
 #include <vector>
 
 #include "NorvikCore/constants/PreferenceKeys.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/InChild.h"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/QuietFork.h"
 

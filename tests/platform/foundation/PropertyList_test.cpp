@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableData.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/foundation/NSURL.h"
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableArray.h"
-#include "NorvikCore/platform/runtime/NSMutableData.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
-#include "NorvikCore/platform/runtime/NSSet.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/LeaksAllowed.h"
 

@@ -1,8 +1,8 @@
 // Decimal against a model that calculates as on paper, on random pairs of numbers, and laws that hold for all of them.
 
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NumberHash.h"
 #include "tests/support/DecimalModel.h"
 #include "tests/support/DecimalSamples.h"

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/values/Decimal.h"
 
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <gtest/gtest.h>
 

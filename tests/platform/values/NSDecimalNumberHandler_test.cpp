@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/values/NSDecimalNumberHandler.h"
 
-#include "NorvikCore/platform/runtime/NSException.h"
 #include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/values/NSString.h"
 
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NSString_fmt.h"
 
 #include <gmock/gmock.h>

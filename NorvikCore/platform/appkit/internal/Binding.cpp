@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/appkit/internal/Binding.h"
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <string>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
-#include "NorvikCore/platform/runtime/KeyValueObserving.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/Weak.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 #include <atomic>
 

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
-#include "NorvikCore/platform/runtime/NSException.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <utility>

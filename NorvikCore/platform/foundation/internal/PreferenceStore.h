@@ -13,7 +13,7 @@
 #include "NorvikCore/platform/foundation/internal/PreferenceFile.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/runtime/Value.h"
+#include "NorvikCore/platform/object/Value.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,12 +1,12 @@
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
 
-#include "NorvikCore/platform/runtime/NSArchiver.h"
-#include "NorvikCore/platform/runtime/NSArray.h"
-#include "NorvikCore/platform/runtime/NSData.h"
-#include "NorvikCore/platform/runtime/NSDictionary.h"
-#include "NorvikCore/platform/runtime/NSException.h"
-#include "NorvikCore/platform/runtime/NSUnarchiver.h"
-#include "NorvikCore/platform/runtime/internal/ArchiveContent.h"
+#include "NorvikCore/platform/archives/NSArchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
+#include "NorvikCore/platform/archives/internal/ArchiveContent.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSData.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <unordered_map>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/runtime/Value.h"
+#include "NorvikCore/platform/object/Value.h"
 
 #include <string>
 #include <string_view>

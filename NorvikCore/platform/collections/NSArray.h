@@ -1,0 +1,145 @@
+// NorvikCore/platform/collections/NSArray.h - a sequence of values that does not change.
+//
+//   Ref<NSArray> pay = NSArray::arrayWithObjects(1200_dec, 950.50_dec, "unpaid");
+//   pay->count();                                              // 3
+//   for (const Value& each : *pay) NSLog("%@", each);
+//   for (Payslip& slip : payslips->as<Payslip>()) slip.recalculate();   // raises where an element is no Payslip
+//   pay->sortedArrayUsingComparator([](const Value& a, const Value& b) { return a.compare(b); });
+//
+// Elements are any values but the absent one, which raises NSInvalidArgumentException; Value::null() stands for it.
+// An index or range beyond the end raises NSRangeException. The result of an operation is a new array.
+//
+// A range-based for runs about as fast as over a std::vector<Value>. Where the array is an NSMutableArray that is
+// changed meanwhile, the loop raises NSGenericException at its next step. The loop does not keep the array: hold it by
+// a Ref (`as` does).
+//
+// References to elements stay valid until the array changes or goes. Threads: any number may read; an NSMutableArray is
+// confined to one at a time.
+#pragma once
+
+#include "NorvikCore/platform/collections/Enumeration.h"
+#include "NorvikCore/platform/values/NSRange.h"
+
+#include <initializer_list>
+#include <span>
+#include <vector>
+
+namespace norvik {
+
+class NSMutableArray;
+
+namespace detail {
+
+using CompareCall = NSComparisonResult (*)(const void* compare, const Value& a, const Value& b);
+NK_EXPORT std::vector<Value> sorted(std::span<const Value> elements, const void* compare, CompareCall call);
+
+/// Sorts by a closure that is only called; equal elements keep their order.
+template <class Compare>
+std::vector<Value> sorted(std::span<const Value> elements, Compare& compare) {
+  const auto byReference = [&](const Value& a, const Value& b) -> NSComparisonResult { return compare(a, b); };
+  return sorted(elements, &byReference, [](const void* call, const Value& a, const Value& b) {
+    return (*static_cast<decltype(&byReference)>(call))(a, b);
+  });
+}
+
+}  // namespace detail
+
+class NK_EXPORT NSArray : public NSObject {
+  NK_OBJECT(NSArray, NSObject)
+
+  using const_iterator = detail::CheckedIterator<Value, false>;
+  using iterator = const_iterator;
+  using value_type = Value;
+
+  NSArray() noexcept = default;
+  explicit NSArray(std::vector<Value> elements);
+  ~NSArray() override;
+
+  [[nodiscard]] static Ref<NSArray> array() { return make<NSArray>(); }
+  [[nodiscard]] static Ref<NSArray> arrayWith(std::initializer_list<Value> objects) {
+    return make<NSArray>(std::vector<Value>(objects));
+  }
+  template <class... V>
+  [[nodiscard]] static Ref<NSArray> arrayWithObjects(V&&... objects) {
+    return arrayWith({Value(std::forward<V>(objects))...});
+  }
+  [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.elements_); }
+  /// From any range whose elements are or become values, such as a std::vector<NSString>.
+  template <class Range>
+  [[nodiscard]] static Ref<NSArray> arrayFrom(const Range& objects) {
+    return make<NSArray>(std::vector<Value>(std::begin(objects), std::end(objects)));
+  }
+
+  [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
+  [[nodiscard]] const Value& objectAtIndex(std::size_t index) const {
+    if (index >= elements_.size()) [[unlikely]]
+      raiseIndex("objectAtIndex", index);
+    return elements_[index];
+  }
+  [[nodiscard]] const Value& operator[](std::size_t index) const { return objectAtIndex(index); }
+  /// Absent where the array is empty.
+  [[nodiscard]] Value firstObject() const { return elements_.empty() ? Value() : elements_.front(); }
+  [[nodiscard]] Value lastObject() const { return elements_.empty() ? Value() : elements_.back(); }
+
+  [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
+  [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(elements_.size()); }
+  /// The elements without the check for changes.
+  [[nodiscard]] std::span<const Value> elements() const noexcept { return elements_; }
+  /// For a range-based for: the elements as `T&` where T is a class of objects, otherwise as `T` by value. An element
+  /// that is something else raises NSInvalidArgumentException when the loop reaches it.
+  template <class T>
+  [[nodiscard]] detail::ElementsAs<T, NSArray> as() const noexcept {
+    return detail::ElementsAs<T, NSArray>(*this);
+  }
+
+  [[nodiscard]] bool containsObject(const Value& object) const { return indexOfObject(object) != NSNotFound; }
+  /// The first one equal to `object`, or NSNotFound.
+  [[nodiscard]] std::size_t indexOfObject(const Value& object) const;
+  [[nodiscard]] std::size_t indexOfObjectIdenticalTo(const Value& object) const noexcept;
+  [[nodiscard]] bool isEqualToArray(const NSArray& other) const { return isEqual(other); }
+
+  [[nodiscard]] Ref<NSArray> subarrayWithRange(NSRange range) const;
+  [[nodiscard]] Ref<NSArray> arrayByAddingObject(const Value& object) const;
+  [[nodiscard]] Ref<NSArray> arrayByAddingObjectsFromArray(const NSArray& other) const;
+  [[nodiscard]] Ref<NSArray> reversedArray() const;
+  /// In the order of Value::compare.
+  [[nodiscard]] Ref<NSArray> sortedArray() const;
+  /// `compare(a, b)` gives an NSComparisonResult. Elements that compare the same keep their order.
+  template <class Compare>
+  [[nodiscard]] Ref<NSArray> sortedArrayUsingComparator(Compare&& compare) const {
+    return make<NSArray>(detail::sorted(elements(), compare));
+  }
+  /// The elements' descriptions with the separator between them.
+  [[nodiscard]] NSString componentsJoinedByString(const NSString& separator) const;
+
+  /// An array that does not change: this one, unless it is an NSMutableArray.
+  [[nodiscard]] virtual Ref<NSArray> copy() const;
+  [[nodiscard]] Ref<NSMutableArray> mutableCopy() const;
+
+  /// Equal to any array with equal elements in the same order, mutable or not.
+  [[nodiscard]] bool isEqual(const NSObject& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+  /// One element a line, in parentheses; texts quoted unless they are one plain word.
+  [[nodiscard]] NSString description() const override;
+
+  /// The elements' values for the key, the null marker where one has none.
+  [[nodiscard]] Value valueForKey(const NSString& key) const override;
+  [[nodiscard]] Value valueForKeyPath(const NSString& keyPath) const override;
+  /// Sets the key of every element.
+  void setValue_forKey(const Value& value, const NSString& key) override;
+
+ protected:
+  [[noreturn]] void raiseIndex(const char* operation, std::size_t index) const;
+  void checkRange(const char* operation, NSRange range) const;
+
+  std::vector<Value> elements_;
+  std::uint64_t changes_ = 0;  ///< how often an NSMutableArray was changed
+
+ private:
+  friend struct detail::CollectionAccess;
+  [[nodiscard]] const_iterator iteratorAt(std::size_t index) const noexcept {
+    return {elements_.data() + index, elements_.data() + elements_.size(), *this, changes_};
+  }
+};
+
+}  // namespace norvik

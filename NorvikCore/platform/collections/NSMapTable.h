@@ -1,0 +1,53 @@
+// NorvikCore/platform/collections/NSMapTable.h - values under objects as such, which the table keeps or only watches.
+//
+//   auto rows = NSMapTable::mapTableWithKeyOptions(NSMapTableWeakMemory, NSMapTableStrongMemory);
+//   rows->setObject(7, *slip);             // the value, then its key
+//   rows->objectForKey(*slip);             // 7
+//   slip = nullptr;                        // with the key goes its entry
+//   rows->count();                         // 0
+//
+// Keys are compared by identity: two equal texts boxed in two objects are two keys. A weak key or value is not kept;
+// once it is gone, its entry reads as not there, also to an object that is made at the same address. Values that were
+// kept for a key that is gone are let go at one of the next changes, or at once by count().
+//
+// Looking up, setting and removing take constant time on average; count() is linear where keys or values are weak. The
+// order of allKeys() says nothing. Confined: one thread at a time. Weak keys and values may go on any thread meanwhile.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/Value.h"
+
+#include <memory>
+
+namespace norvik {
+
+class NSArray;
+
+enum NSMapTableOptions : std::uint64_t { NSMapTableStrongMemory = 0, NSMapTableWeakMemory = 5 };
+
+class NK_EXPORT NSMapTable : public NSObject {
+  NK_OBJECT(NSMapTable, NSObject)
+
+  NSMapTable(NSMapTableOptions keyOptions, NSMapTableOptions valueOptions);
+  ~NSMapTable() override;
+  [[nodiscard]] static Ref<NSMapTable> mapTableWithKeyOptions(NSMapTableOptions keyOptions,
+                                                              NSMapTableOptions valueOptions) {
+    return make<NSMapTable>(keyOptions, valueOptions);
+  }
+
+  [[nodiscard]] std::size_t count() const;
+  /// Absent where there is none.
+  [[nodiscard]] Value objectForKey(const NSObject& key) const;
+  /// Raises NSInvalidArgumentException for an absent value, and for a weak one that is not an object.
+  void setObject(const Value& object, NSObject& key);
+  void removeObjectForKey(const NSObject& key);
+  void removeAllObjects();
+  [[nodiscard]] Ref<NSArray> allKeys() const;
+
+ private:
+  struct Table;
+  const std::unique_ptr<Table> table_;
+};
+
+}  // namespace norvik

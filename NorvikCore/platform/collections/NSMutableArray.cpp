@@ -1,0 +1,110 @@
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+
+#include "NorvikCore/platform/collections/internal/CollectionAccess.h"
+
+#include <iterator>
+#include <utility>
+
+namespace norvik {
+
+NSMutableArray::~NSMutableArray() = default;
+
+Ref<NSMutableArray> NSMutableArray::arrayWithCapacity(std::size_t capacity) {
+  auto array = make<NSMutableArray>();
+  array->elements_.reserve(capacity);
+  return array;
+}
+
+// What is taken out goes only when the array is whole again, since an object that goes may call back.
+
+void NSMutableArray::addObject(Value object) {
+  detail::checkPresent(object, "addObject");
+  elements_.push_back(std::move(object));
+  ++changes_;
+}
+
+void NSMutableArray::addObjectsFromArray(const NSArray& other) {
+  if (other.count() == 0) return;
+  if (&other == this) return addObjectsFromArray(*copy());
+  const auto added = other.elements();
+  elements_.insert(elements_.end(), added.begin(), added.end());
+  ++changes_;
+}
+
+void NSMutableArray::insertObject(Value object, std::size_t index) {
+  detail::checkPresent(object, "insertObject:atIndex:");
+  if (index > count()) raiseIndex("insertObject:atIndex:", index);
+  elements_.insert(elements_.begin() + static_cast<std::ptrdiff_t>(index), std::move(object));
+  ++changes_;
+}
+
+void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
+  detail::checkPresent(object, "replaceObjectAtIndex:withObject:");
+  if (index >= count()) raiseIndex("replaceObjectAtIndex:withObject:", index);
+  ++changes_;
+  std::swap(elements_[index], object);
+}
+
+void NSMutableArray::exchangeObjectAtIndex(std::size_t index, std::size_t other) {
+  if (index >= count()) raiseIndex("exchangeObjectAtIndex:withObjectAtIndex:", index);
+  if (other >= count()) raiseIndex("exchangeObjectAtIndex:withObjectAtIndex:", other);
+  std::swap(elements_[index], elements_[other]);
+  ++changes_;
+}
+
+void NSMutableArray::setArray(const NSArray& other) {
+  const auto from = other.elements();
+  replaceAll(std::vector<Value>(from.begin(), from.end()));
+}
+
+void NSMutableArray::removeObjectAtIndex(std::size_t index) {
+  if (index >= count()) raiseIndex("removeObjectAtIndex:", index);
+  const Value removed = std::move(elements_[index]);
+  elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(index));
+  ++changes_;
+}
+
+void NSMutableArray::removeLastObject() {
+  if (!elements_.empty()) removeObjectAtIndex(count() - 1);
+}
+
+void NSMutableArray::removeAllObjects() {
+  if (!elements_.empty()) replaceAll({});
+}
+
+void NSMutableArray::removeObjectsInRange(NSRange range) {
+  checkRange("removeObjectsInRange:", range);
+  if (range.length == 0) return;
+  const auto first = elements_.begin() + static_cast<std::ptrdiff_t>(range.location);
+  const auto last = first + static_cast<std::ptrdiff_t>(range.length);
+  std::vector<Value> removed(std::make_move_iterator(first), std::make_move_iterator(last));
+  elements_.erase(first, last);
+  ++changes_;
+}
+
+void NSMutableArray::removeObject(const Value& object) {
+  removeObjectsPassingTest([wanted = object](const Value& element) { return element == wanted; });
+}
+
+void NSMutableArray::removeObjectIdenticalTo(const Value& object) {
+  removeObjectsPassingTest([wanted = object](const Value& element) { return element.isIdenticalTo(wanted); });
+}
+
+void NSMutableArray::removeObjectsInArray(const NSArray& other) {
+  const Ref<NSArray> others = other.copy();
+  removeObjectsPassingTest([&](const Value& element) { return others->containsObject(element); });
+}
+
+void NSMutableArray::sort() {
+  sortUsingComparator([](const Value& a, const Value& b) { return a.compare(b); });
+}
+
+Ref<NSArray> NSMutableArray::copy() const { return make<NSArray>(elements_); }
+
+void NSMutableArray::replaceAll(std::vector<Value> elements) noexcept {
+  elements_.swap(elements);
+  ++changes_;
+  detail::releaseAll(std::move(elements));
+}
+
+}  // namespace norvik

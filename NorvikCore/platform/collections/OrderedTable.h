@@ -1,0 +1,147 @@
+// NorvikCore/platform/collections/OrderedTable.h - what dictionaries and sets are made of: entries in the order of
+// their insertion, found by hash. Users need not read it.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/object/Value.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace norvik::detail {
+
+/// Finds positions in a sequence of entries by the hashes of their keys.
+///
+/// Up to eight entries are found by running over their hashes, which is faster than any table; more of them by open
+/// addressing over positions. Removed entries stay in the sequence until the table is compacted.
+class NK_EXPORT PositionIndex {
+ public:
+  static constexpr std::size_t notFound = ~std::size_t{0};
+
+  /// Spreads a hash over 32 bits, since hashes of integers are often the integers themselves.
+  [[nodiscard]] static std::uint32_t spread(std::size_t hash) noexcept {
+    return static_cast<std::uint32_t>((hash * 0x9E3779B97F4A7C15u) >> 32);
+  }
+
+  /// The position whose hash is `hash` and for which `isEqualAt(position)` is true, or notFound.
+  template <class IsEqualAt>
+  [[nodiscard]] std::size_t find(std::uint32_t hash, IsEqualAt&& isEqualAt) const {
+    if (slots_.empty()) {
+      for (std::size_t position = 0; position < hashes_.size(); ++position) {
+        if (hashes_[position] == hash && isEqualAt(position)) return position;
+      }
+      return notFound;
+    }
+    for (std::size_t slot = hash & mask();; slot = (slot + 1) & mask()) {
+      if (slots_[slot] == 0) return notFound;
+      const std::size_t position = slots_[slot] - 1;
+      if (hashes_[position] == hash && isEqualAt(position)) return position;
+    }
+  }
+
+  /// Adds the hash of the entry at the next position.
+  void append(std::uint32_t hash);
+  [[nodiscard]] std::uint32_t hashAt(std::size_t position) const noexcept { return hashes_[position]; }
+  void reserve(std::size_t count) { hashes_.reserve(count); }
+  /// For compacting: moves a position's hash to an earlier one; then keepFirst() makes the index anew for those that
+  /// are left.
+  void move(std::size_t from, std::size_t to) noexcept { hashes_[to] = hashes_[from]; }
+  void keepFirst(std::size_t count) noexcept;
+  void clear() noexcept;
+
+ private:
+  static constexpr std::size_t greatestUnindexed = 8;
+
+  [[nodiscard]] std::size_t mask() const noexcept { return slots_.size() - 1; }
+  void enter(std::size_t position) noexcept;
+
+  std::vector<std::uint32_t> hashes_;
+  std::vector<std::uint32_t> slots_;  ///< a power of two of them: 0 where empty, else a position + 1
+};
+
+inline const Value& keyOf(const Value& element) noexcept { return element; }
+
+/// Entries with distinct keys; `keyOf(entry)` gives an entry's key. An entry whose key is absent is a removed one.
+template <class Entry>
+class OrderedTable {
+ public:
+  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+  /// Removed ones among them.
+  [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
+
+  [[nodiscard]] const Entry* find(const Value& key) const {
+    const std::size_t position = positionOf(key, PositionIndex::spread(key.hash()));
+    return position == PositionIndex::notFound ? nullptr : &entries_[position];
+  }
+  [[nodiscard]] Entry* find(const Value& key) { return const_cast<Entry*>(std::as_const(*this).find(key)); }
+
+  /// The entry with the new one's key, and whether it was added just now. An entry that was there stays as it is.
+  std::pair<Entry*, bool> insert(Entry&& entry) {
+    const std::uint32_t hash = PositionIndex::spread(keyOf(entry).hash());
+    const std::size_t position = positionOf(keyOf(entry), hash);
+    if (position != PositionIndex::notFound) return {&entries_[position], false};
+    entries_.push_back(std::move(entry));
+    try {
+      index_.append(hash);
+    } catch (...) {
+      entries_.pop_back();
+      throw;
+    }
+    ++count_;
+    return {&entries_.back(), true};
+  }
+
+  /// Takes the entry out; an entry with an absent key where there is none.
+  Entry remove(const Value& key) {
+    const std::size_t position = positionOf(key, PositionIndex::spread(key.hash()));
+    if (position == PositionIndex::notFound) return Entry();
+    Entry removed = std::exchange(entries_[position], Entry());
+    --count_;
+    if (count_ == 0) {
+      entries_.clear();
+      index_.clear();
+    } else if (entries_.size() > 2 * count_ + 8) {
+      compact();
+    }
+    return removed;
+  }
+
+  /// Empties the table and hands its entries to the caller.
+  [[nodiscard]] std::vector<Entry> takeAll() noexcept {
+    count_ = 0;
+    index_.clear();
+    return std::exchange(entries_, {});
+  }
+
+  void reserve(std::size_t count) {
+    entries_.reserve(count);
+    index_.reserve(count);
+  }
+
+ private:
+  [[nodiscard]] std::size_t positionOf(const Value& key, std::uint32_t hash) const {
+    return index_.find(hash, [&](std::size_t position) { return keyOf(entries_[position]) == key; });
+  }
+
+  void compact() noexcept {
+    std::size_t kept = 0;
+    for (std::size_t position = 0; position < entries_.size(); ++position) {
+      if (keyOf(entries_[position]).isAbsent()) continue;
+      if (kept != position) {
+        entries_[kept] = std::move(entries_[position]);
+        index_.move(position, kept);
+      }
+      ++kept;
+    }
+    entries_.resize(kept);
+    index_.keepFirst(kept);
+  }
+
+  std::vector<Entry> entries_;
+  PositionIndex index_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace norvik::detail

@@ -1,0 +1,100 @@
+// NorvikCore/platform/keyvalue/KeyPath.h - key paths that the compiler checks.
+//
+//   keyPath<&Payslip::grossPay>()                          // "grossPay"
+//   keyPath<&Payslip::employee, &Employee::name>()         // "employee.name"
+//
+// The path is written as the accessors of the properties along it. An accessor that does not exist, and one of a class
+// that the accessor before it does not lead to, does not compile. Where accessors of one name are overloaded, name the
+// path by its text instead.
+//
+// Costs nothing at run time: the text is made by the compiler, and the NSString borrows it.
+#pragma once
+
+#include "NorvikCore/platform/object/Ref.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <array>
+#include <string_view>
+#include <type_traits>
+
+namespace norvik {
+namespace detail {
+
+template <class Accessor>
+struct AccessorTypes;
+template <class C, class R>
+struct AccessorTypes<R (C::*)() const> {
+  using Owner = C;
+  using Result = std::remove_cvref_t<R>;
+};
+template <class C, class R>
+struct AccessorTypes<R (C::*)() const noexcept> : AccessorTypes<R (C::*)() const> {};
+template <class C, class R>
+struct AccessorTypes<R (C::*)()> : AccessorTypes<R (C::*)() const> {};
+template <class C, class R>
+struct AccessorTypes<R (C::*)() noexcept> : AccessorTypes<R (C::*)() const> {};
+
+/// An accessor that gives a Ref to an object of class Next, or of one below it.
+template <class Result, class Next>
+inline constexpr bool leadsTo = false;
+template <class T, class Next>
+inline constexpr bool leadsTo<Ref<T>, Next> = std::is_base_of_v<Next, T>;
+
+constexpr bool isNameCharacter(char c) noexcept {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// The name of the member function, from the compiler's own text for this function: the last name before what closes
+/// the template arguments.
+template <auto accessor>
+constexpr std::string_view accessorName() noexcept {
+  std::string_view text = __PRETTY_FUNCTION__;
+  text = text.substr(0, text.rfind(']'));
+  // g++ tells what std::string_view is, behind a semicolon.
+  text = text.substr(0, text.rfind(';') == std::string_view::npos ? text.size() : text.rfind(';'));
+  while (!text.empty() && !isNameCharacter(text.back())) text.remove_suffix(1);
+  std::size_t start = text.size();
+  while (start > 0 && isNameCharacter(text[start - 1])) --start;
+  return text.substr(start);
+}
+
+template <auto... accessors>
+constexpr auto joinAccessorNames() noexcept {
+  constexpr std::size_t size = (accessorName<accessors>().size() + ...) + sizeof...(accessors) - 1;
+  std::array<char, size> text{};
+  std::size_t at = 0;
+  const auto append = [&](std::string_view name) {
+    if (at > 0) text[at++] = '.';
+    for (const char c : name) text[at++] = c;
+  };
+  (append(accessorName<accessors>()), ...);
+  return text;
+}
+
+template <auto... accessors>
+inline constexpr auto keyPathText = joinAccessorNames<accessors...>();
+
+template <auto accessor>
+constexpr bool isConnected() {
+  return true;
+}
+template <auto first, auto second, auto... rest>
+constexpr bool isConnected() {
+  return leadsTo<typename AccessorTypes<decltype(first)>::Result, typename AccessorTypes<decltype(second)>::Owner> &&
+         isConnected<second, rest...>();
+}
+
+}  // namespace detail
+
+template <auto... accessors>
+[[nodiscard]] inline NSString keyPath() noexcept {
+  static_assert(sizeof...(accessors) > 0, "a key path names at least one accessor");
+  static_assert(detail::isConnected<accessors...>(),
+                "each accessor of a key path belongs to the class that the one before it leads to");
+  static constexpr auto& text = detail::keyPathText<accessors...>;
+  static constexpr NSString path = std::string_view(text.data(), text.size());
+  return path;
+}
+
+}  // namespace norvik

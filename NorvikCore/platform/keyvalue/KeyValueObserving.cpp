@@ -1,0 +1,308 @@
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace norvik {
+
+constinit const NSString NSKeyValueChangeKindKey = "kind";
+constinit const NSString NSKeyValueChangeNewKey = "new";
+constinit const NSString NSKeyValueChangeOldKey = "old";
+constinit const NSString NSKeyValueChangeNotificationIsPriorKey = "notificationIsPrior";
+
+Ref<NSDictionary> KeyValueChange::dictionary() const {
+  std::vector<NSDictionary::Entry> entries;
+  entries.reserve(4);
+  forEachEntry([&](const NSString& key, const Value& value) { entries.push_back({key, value}); });
+  return make<NSDictionary>(std::move(entries));
+}
+
+namespace detail {
+namespace {
+
+using Entry = ObserverList::Entry;
+
+bool isAffected(const Entry& entry, std::string_view changed) {
+  if (entry.registration->key(entry.depth).view() == changed) return true;
+  return entry.affecting &&
+         std::ranges::any_of(*entry.affecting, [&](const NSString& key) { return key.view() == changed; });
+}
+
+/// The same registration hears of the same change at an earlier element of its path, which runs in a circle.
+bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::string_view changed) {
+  if (!entry.registration->isCircular()) return false;
+  return std::ranges::any_of(observers.entries(), [&](const Entry& other) {
+    return other.registration == entry.registration && other.depth < entry.depth && isAffected(other, changed);
+  });
+}
+
+/// visit(entry) for each registration that a change of the key concerns, in the order in which they were made.
+template <class Visit>
+void forEachAffected(const ObserverList& observers, std::string_view changed, Visit&& visit) {
+  for (const Entry& entry : observers.entries()) {
+    if (entry.registration && isAffected(entry, changed)) visit(entry);
+  }
+}
+
+/// Reads a value once for all who observe the same key of the object itself.
+class Reader {
+ public:
+  explicit Reader(const NSObject& object) noexcept : object_(object) {}
+
+  Value read(const Entry& entry) {
+    const Registration& registration = *entry.registration;
+    if (!registration.isLast(entry.depth)) return registration.valueFrom(object_, entry.depth);
+    const NSString& key = registration.key(entry.depth);
+    if (!known_ || *known_ != key) {
+      value_ = registration.valueFrom(object_, entry.depth);
+      known_ = &key;
+    }
+    return value_;
+  }
+
+ private:
+  const NSObject& object_;
+  const NSString* known_ = nullptr;
+  Value value_;
+};
+
+/// Ends a registration if its observer is gone without having been removed.
+void prune(const Entry& entry, NSObject& here) {
+  Registration& registration = *entry.registration;
+  if (!registration.isObserverGone() || !registration.end()) return;
+  if (const Ref<NSObject> root = registration.root(here, entry.depth)) detach(root.get(), registration, 0);
+  registration.leavePath();
+}
+
+/// Calls the observer; false where it is gone.
+bool tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
+  const Registration& registration = *entry.registration;
+  if (!registration.isActive()) return true;
+  Ref<NSObject> kept;
+  NSObject* observer = registration.observer(kept);
+  if (!observer) return false;
+  if (entry.depth == 0) {
+    observer->observeValueForKeyPath(registration.keyPath(), here, change, registration.context());
+  } else if (const Ref<NSObject> root = registration.root(here, entry.depth)) {
+    observer->observeValueForKeyPath(registration.keyPath(), *root, change, registration.context());
+  }
+  return true;
+}
+
+}  // namespace
+
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
+    : object_(&object), key_(key), observers_(observersOf(object)) {
+  if (!observers_) return;
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
+  if (!observers.wants(NSKeyValueObservingOptionOld) && !observers.wants(NSKeyValueObservingOptionPrior)) return;
+  bool isPriorWanted = false;
+  Reader reader(object);
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const Registration& registration = *entry.registration;
+    isPriorWanted = isPriorWanted || registration.wants(NSKeyValueObservingOptionPrior);
+    if (!registration.wants(NSKeyValueObservingOptionOld)) return;
+    if (oldValueCount_++ == 0) {
+      firstOldValue_ = reader.read(entry);
+    } else {
+      furtherOldValues_.push_back(reader.read(entry));
+    }
+  });
+  if (!isPriorWanted) return;
+  std::size_t old = 0;
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
+    const Value before = wantsOld ? oldValue(old++) : Value();
+    if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
+    (void)tell(entry, object, {before, Value(), true});  // one that is gone is found again after the change
+  });
+}
+
+AnnouncedChange::~AnnouncedChange() = default;
+
+const Value& AnnouncedChange::oldValue(std::size_t index) const {
+  return index == 0 ? firstOldValue_ : furtherOldValues_[index - 1];
+}
+
+void AnnouncedChange::complete() {
+  if (!observers_) return;
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
+  std::exception_ptr first;
+  const auto guarded = [&](auto&& step) {
+    try {
+      step();
+    } catch (...) {
+      if (!first) first = std::current_exception();
+    }
+  };
+  const auto follow = [&](const Entry& entry) {
+    if (entry.registration->isLast(entry.depth)) return;
+    guarded([&] {
+      if (const Ref<NSObject> root = entry.registration->root(*object_, entry.depth)) entry.registration->follow(*root);
+    });
+  };
+  if (observers.hasPaths()) forEachAffected(observers, key_, follow);
+  std::size_t old = 0;
+  bool isAnyGone = false;
+  Reader reader(*object_);
+  forEachAffected(observers, key_, [&](const Entry& entry) {
+    const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
+    const Value before = wantsOld ? oldValue(old++) : Value();
+    if (!entry.registration->isActive() || isHeardEarlier(observers, entry, key_)) return;
+    guarded([&] {
+      const bool wantsNew = entry.registration->wants(NSKeyValueObservingOptionNew);
+      if (!tell(entry, *object_, {before, wantsNew ? reader.read(entry) : Value(), false})) isAnyGone = true;
+    });
+  });
+  if (isAnyGone) {
+    // The latest first, because of equal registrations lists find the latest first.
+    for (auto entry = observers.entries().rbegin(); entry != observers.entries().rend(); ++entry) {
+      if (entry->registration && isAffected(*entry, key_)) prune(*entry, *object_);
+    }
+  }
+  if (first) std::rethrow_exception(first);
+}
+
+namespace {
+
+/// A change announced by hand and not yet made, on this thread.
+struct Pending {
+  Pending(NSObject& changed, const NSString& name) : object(&changed), key(name), change(changed, key.view()) {}
+
+  NSObject* const object;
+  const NSString key;
+  AnnouncedChange change;
+};
+
+using PendingChanges = std::vector<std::unique_ptr<Pending>>;
+
+/// Null while there are none, so that nothing is left to a thread's end.
+thread_local PendingChanges* pendingChanges = nullptr;
+
+NSString described(const Registration& registration, const NSObject& observer, const NSString& root) {
+  static constexpr std::pair<NSKeyValueObservingOptions, const char*> names[] = {
+      {NSKeyValueObservingOptionNew, "New"},
+      {NSKeyValueObservingOptionOld, "Old"},
+      {NSKeyValueObservingOptionInitial, "Initial"},
+      {NSKeyValueObservingOptionPrior, "Prior"}};
+  std::string options;
+  for (const auto& [option, name] : names) {
+    if (registration.wants(option)) options += (options.empty() ? "" : "|") + std::string(name);
+  }
+  return stringWithFormat("    <%@: %p> observes \"%@\"%@, options %@, context %p\n", observer.classObject().name(),
+                          static_cast<const void*>(&observer), registration.keyPath(), root,
+                          NSString(options.empty() ? "none" : options), registration.context());
+}
+
+}  // namespace
+}  // namespace detail
+
+void detail::observe(NSObject& object, Ref<Registration> registration) {
+  registration->setRoot(object);
+  if (attachPlain(object, registration)) return;
+  registration->check(object);
+  const bool wantsInitial = registration->wants(NSKeyValueObservingOptionInitial);
+  if (registration->length() == 1 && !wantsInitial) {
+    attach(object, std::move(registration), 0);
+    return;
+  }
+  Ref<NSObject> keptObserver;
+  const Ref<NSObject> keptObject = ref(object);  // whatever the first call does
+  NSObject* observer = registration->observer(keptObserver);
+  if (!attach(object, registration, 0)) return;
+  try {
+    registration->follow(object);
+    if (!wantsInitial || !observer) return;
+    const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
+    const KeyValueChange change(Value(), wantsNew ? registration->valueFrom(object, 0) : Value(), false);
+    observer->observeValueForKeyPath(registration->keyPath(), object, change, registration->context());
+  } catch (...) {
+    endRegistration(&object, *registration);
+    throw;
+  }
+}
+
+void NSObject::addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
+                           void* context) {
+  detail::observe(*this, make<detail::Registration>(observer, keyPath, options, context));
+}
+
+namespace {
+
+void remove(NSObject& object, NSObject& observer, const NSString& keyPath, const void* const* context) {
+  const Ref<detail::Registration> removed = detail::takeRegistration(object, observer, keyPath, context);
+  if (removed) return removed->leavePath();
+  detail::raise("NSRangeException", "cannot remove an observer <" + observer.classObject().name().str() +
+                                        "> for the key path \"" + keyPath.utf8() + "\" from <" +
+                                        object.classObject().name().str() +
+                                        "> because it is not registered as an observer");
+}
+
+}  // namespace
+
+void NSObject::removeObserver(NSObject& observer, const NSString& keyPath) {
+  remove(*this, observer, keyPath, nullptr);
+}
+
+void NSObject::removeObserver(NSObject& observer, const NSString& keyPath, void* context) {
+  const void* wanted = context;
+  remove(*this, observer, keyPath, &wanted);
+}
+
+void NSObject::willChangeValueForKey(const NSString& key) {
+  if (!isObserved()) return;
+  auto change = std::make_unique<detail::Pending>(*this, key);  // may call observers, which may do the same
+  if (!detail::pendingChanges) detail::pendingChanges = new detail::PendingChanges;
+  detail::pendingChanges->push_back(std::move(change));
+}
+
+void NSObject::didChangeValueForKey(const NSString& key) {
+  detail::PendingChanges* pending = detail::pendingChanges;
+  if (!pending) return;
+  const auto announced = std::find_if(pending->rbegin(), pending->rend(),
+                                      [&](const auto& change) { return change->object == this && change->key == key; });
+  if (announced == pending->rend()) return;
+  const std::unique_ptr<detail::Pending> made = std::move(*announced);
+  pending->erase(std::next(announced).base());
+  if (pending->empty()) delete std::exchange(detail::pendingChanges, nullptr);
+  made->change.complete();
+}
+
+std::optional<NSString> NSObject::observationInfo() const {
+  const Ref<const detail::ObserverList> observers = detail::observersOf(*this);
+  if (!observers) return std::nullopt;
+  NSString lines;
+  for (const detail::ObserverList::Entry& entry : observers->entries()) {
+    if (!entry.registration || !entry.registration->isActive()) continue;
+    Ref<NSObject> kept;
+    const NSObject* observer = entry.registration->observer(kept);
+    if (!observer) continue;
+    const Ref<NSObject> root = entry.registration->root(const_cast<NSObject&>(*this), entry.depth);
+    if (!root) continue;
+    const NSString of = entry.depth == 0 ? NSString()
+                                         : stringWithFormat(" of <%@: %p>", root->classObject().name(),
+                                                            static_cast<const void*>(root.get()));
+    lines = lines + detail::described(*entry.registration, *observer, of);
+  }
+  if (lines.empty()) return std::nullopt;
+  return "(\n" + lines + ")";
+}
+
+void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange&, void*) {
+  detail::raise("NSInternalInconsistencyException", "an observer of class " + classObject().name().str() +
+                                                        " heard of a change of \"" + keyPath.utf8() + "\" of <" +
+                                                        object.classObject().name().str() + "> and does not handle it");
+}
+
+}  // namespace norvik

@@ -1,0 +1,200 @@
+#include "NorvikCore/platform/keyvalue/internal/Registration.h"
+
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSSet.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/values/NSException.h"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace norvik::detail {
+namespace {
+
+bool hasOperation(const Class& theClass, const NSString& key) {
+  for (const Class* c = &theClass; c; c = c->superclass()) {
+    for (const Method& method : c->methods()) {
+      if (method.argumentCount == 0 && method.selector.name() == key) return true;
+    }
+  }
+  return key == "self" || key == "description";
+}
+
+/// Answers visit(c) for the class or, where that is false, for the first class below it for which it is true.
+template <class Visit>
+bool anyOf(const Class& theClass, Visit&& visit) {
+  if (visit(theClass)) return true;
+  return std::ranges::any_of(Class::all(), [&](const Class* c) { return c->isSubclassOf(theClass) && visit(*c); });
+}
+
+/// Raises for a key that no object of the class, or of one below it, can have; goes on with the class that the key is
+/// stated to lead to.
+void checkStated(const Class* theClass, std::span<const NSString> keys) {
+  for (const NSString& key : keys) {
+    if (!theClass || key.hasPrefix("@")) return;
+    const Property* property = nullptr;
+    const bool isKnown = anyOf(*theClass, [&](const Class& c) {
+      property = c.property(key);
+      return property || c.answersKeysItself() || hasOperation(c, key);
+    });
+    if (!isKnown) {
+      NSException::raise(NSUndefinedKeyException,
+                         "the class " + theClass->name() + " has no key \"" + key + "\" that can be observed");
+    }
+    theClass = property && property->objectClass ? &property->objectClass() : nullptr;
+  }
+}
+
+/// The object in the value whose keys can be observed: a collection of elements has none.
+NSObject* observable(const Value& value) {
+  NSObject* object = value.object();
+  return object && !dynamic_cast<const NSArray*>(object) && !dynamic_cast<const NSSet*>(object) ? object : nullptr;
+}
+
+}  // namespace
+
+Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
+    : observer_(&observer),
+      isObserverPermanent_(ObjectAccess::isPermanent(observer)),
+      hash_(hashOf(observer, keyPath, context)),
+      observerReference_(isObserverPermanent_ ? nullptr : &observer),
+      keyPath_(std::move(keyPath)),
+      context_(context),
+      options_(options) {
+  if (keyPath_.view().find('.') == std::string_view::npos) return;
+  path_ = std::make_unique<Path>();
+  path_->keys = keyPath_.componentsSeparatedBy(".");
+  for (NSUInteger start = 0; const NSString& key : path_->keys) {
+    path_->rests.push_back(keyPath_.substringFromIndex(start));
+    start += key.length() + 1;
+  }
+  MutexLock lock(path_->mutex);
+  path_->places.resize(path_->keys.size());
+}
+
+Registration::~Registration() = default;
+
+std::uint32_t Registration::hashOf(const NSObject& observer, const NSString& keyPath, const void* context) noexcept {
+  const std::uintptr_t all = reinterpret_cast<std::uintptr_t>(&observer) +
+                             3 * reinterpret_cast<std::uintptr_t>(context) +
+                             std::hash<std::string_view>()(keyPath.view());
+  return static_cast<std::uint32_t>((all * 0x9E3779B97F4A7C15u) >> 32);
+}
+
+bool Registration::isOf(const NSObject& observer) const noexcept {
+  // An observer's destructor, in which its Weaks are empty already, may remove it.
+  return observer_ == &observer && (ObjectAccess::isDying(observer) || !isObserverGone());
+}
+
+NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
+  if (isObserverPermanent_) return observer_;
+  kept = observerReference_.lock();
+  return kept.get();
+}
+
+void Registration::setRoot(NSObject& root) {
+  if (path_) path_->root = Weak<NSObject>(&root);
+}
+
+Ref<NSObject> Registration::root(NSObject& here, std::size_t depth) const noexcept {
+  return depth == 0 ? ref(here) : path_->root.lock();
+}
+
+Value Registration::valueFrom(const NSObject& object, std::size_t depth) const {
+  Value value = isLast(depth) ? object.valueForKey(key(depth)) : object.valueForKeyPath(path_->rests[depth]);
+  return value.isAbsent() ? Value::null() : value;
+}
+
+void Registration::check(const NSObject& root) const {
+  if (!path_) {
+    // Asking the class is enough where it knows the key; where it does not, the object has the last word.
+    if (!root.classObject().property(keyPath_) && !hasOperation(root.classObject(), keyPath_)) {
+      (void)root.valueForKey(keyPath_);
+    }
+    return;
+  }
+  (void)root.valueForKeyPath(keyPath_);
+  Value value = root.valueForKey(key(0));
+  const Class* holder = &root.classObject();
+  for (std::size_t depth = 0; depth + 1 < length(); ++depth) {
+    if (value.isAbsent() || value.isNull()) return checkStated(holder, std::span(path_->keys).subspan(depth));
+    const NSObject* next = observable(value);
+    if (!next || key(depth + 1).hasPrefix("@")) return;
+    holder = &next->classObject();
+    value = next->valueForKey(key(depth + 1));
+  }
+}
+
+/// The objects at the second and further elements, as far as there are any.
+std::vector<Ref<NSObject>> Registration::objectsBehind(const NSObject& root) const {
+  std::vector<Ref<NSObject>> objects;
+  objects.reserve(length() - 1);
+  const NSObject* current = &root;
+  for (std::size_t depth = 0; !isLast(depth) && !key(depth + 1).hasPrefix("@"); ++depth) {
+    const Value value = current->valueForKey(key(depth));
+    NSObject* next = observable(value);
+    if (!next) break;
+    objects.push_back(ref(*next));
+    current = next;
+  }
+  return objects;
+}
+
+void Registration::place(std::size_t depth, NSObject* object) {
+  NSObject*& present = path_->places[depth];
+  if (present == object) return;
+  if (present) detach(present, *this, depth);
+  present = object && attach(*object, ref(*this), depth) ? object : nullptr;
+}
+
+// Reading the path calls accessors, so it takes no lock. Who finds that another thread brought the places up to date
+// meanwhile reads again: so the last one to do it has read after every change that was announced.
+void Registration::follow(NSObject& root) {
+  if (!path_) return;
+  for (;;) {
+    std::uint64_t version = 0;
+    {
+      MutexLock lock(path_->mutex);
+      version = path_->version;
+    }
+    if (arrange(root, objectsBehind(root), version)) return;
+  }
+}
+
+/// False where the places have moved on from that version.
+bool Registration::arrange(const NSObject& root, const std::vector<Ref<NSObject>>& objects, std::uint64_t version) {
+  MutexLock lock(path_->mutex);
+  if (!isActive()) return true;
+  if (path_->version != version) return false;
+  ++path_->version;
+  for (std::size_t depth = 1; depth < path_->places.size(); ++depth) {
+    NSObject* object = depth <= objects.size() ? objects[depth - 1].get() : nullptr;
+    const auto earlier = std::span(path_->places).subspan(1, depth - 1);
+    if (object && (object == &root || std::ranges::find(earlier, object) != earlier.end())) path_->isCircular = true;
+    place(depth, object);
+  }
+  return true;
+}
+
+void Registration::leavePath() {
+  if (!path_) return;
+  MutexLock lock(path_->mutex);
+  for (std::size_t depth = 1; depth < path_->places.size(); ++depth) place(depth, nullptr);
+}
+
+void Registration::objectGoes(const NSObject& object, std::size_t depth) {
+  if (depth == 0) {
+    stop();
+    leavePath();
+  } else {
+    MutexLock lock(path_->mutex);
+    if (path_->places[depth] == &object) path_->places[depth] = nullptr;
+  }
+}
+
+}  // namespace norvik::detail

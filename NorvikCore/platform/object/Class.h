@@ -1,0 +1,125 @@
+// NorvikCore/platform/object/Class.h - what a class says of itself at run time.
+//
+//   const Class& c = Payslip::staticClass();
+//   c.name();                                   // "Payslip"
+//   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
+//   Class::named("Payslip") == &c;              // one Class per name and process
+//
+// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may
+// be read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
+// Two different C++ classes must not state one name: the second raises NSInternalInconsistencyException, which as its
+// shared object is loaded ends the process, saying which two they are.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
+#include "NorvikCore/platform/object/SEL.h"
+#include "NorvikCore/platform/object/Value.h"
+
+#include <span>
+#include <typeinfo>
+#include <vector>
+
+namespace norvik {
+
+class Class;
+class NSObject;
+
+namespace detail {
+class ClassBuilder;
+struct CategoryProperty;
+struct ClassRegistry;
+}  // namespace detail
+
+/// A stated property. get raises NSUndefinedKeyException where the type has no ValueConversion; set also where the
+/// property is read-only.
+struct NK_EXPORT Property {
+  NSString name;
+  NSString typeName{};    ///< as written in the class
+  NSString setterName{};  ///< empty where the property is read-only
+  const Class* owner = nullptr;
+  bool isReadOnly = false, isComputed = false, isWeak = false, isAtomic = false;
+  const Class& (*objectClass)() = nullptr;  ///< the class of what it refers to, where its type is a Ref
+  Value (*get)(const NSObject& object) = nullptr;
+  void (*set)(NSObject& object, const Value& value) = nullptr;
+};
+
+/// A stated operation. For an operation of the class itself `target` is null.
+struct NK_EXPORT Method {
+  SEL selector;
+  std::size_t argumentCount = 0;
+  const Class* owner = nullptr;
+  Value (*invoke)(NSObject* target, std::span<const Value> arguments) = nullptr;
+};
+
+class NK_EXPORT Class {
+ public:
+  Class(const Class&) = delete;
+  Class& operator=(const Class&) = delete;
+
+  [[nodiscard]] const NSString& name() const noexcept { return name_; }
+  /// Null for a root class.
+  [[nodiscard]] const Class* superclass() const noexcept { return superclass_; }
+  /// True for the class itself too.
+  [[nodiscard]] bool isSubclassOf(const Class& other) const noexcept;
+
+  /// The class's own, in the order in which they are stated.
+  [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
+  [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
+  [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
+  /// The names of the class's own operations and of the accessors of its own properties, in the order in which they are
+  /// stated.
+  [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
+  /// What categories add to the class's own properties, in the order in which their shared objects were loaded.
+  [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept { return categoryProperties_; }
+
+  /// By name, its own or inherited; null where there is none.
+  [[nodiscard]] const Property* property(const NSString& key) const noexcept;
+  [[nodiscard]] const Method* instanceMethod(SEL selector) const noexcept;
+  /// The property, its own or inherited, that the selector reads or, with an argument, writes; null where there is
+  /// none.
+  [[nodiscard]] const Property* propertyWithAccessor(SEL selector) const noexcept;
+  [[nodiscard]] const Method* classMethod(SEL selector) const noexcept;
+  /// The keys whose change changes this key too, as the class and its superclasses state them.
+  [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
+
+  /// The class or one above it defines valueForKey or valueForUndefinedKey anew, as a dictionary does: its properties
+  /// do not tell which keys it has.
+  [[nodiscard]] bool answersKeysItself() const noexcept { return answersKeysItself_; }
+
+  /// Calls the class operation of that selector; raises NSInvalidArgumentException where there is none.
+  Value performClassOperation(SEL selector, std::span<const Value> arguments = {}) const;
+
+  /// A new object made without arguments; empty where the class cannot be made so.
+  [[nodiscard]] Ref<NSObject> makeObject() const;
+
+  /// The class of that name, or null.
+  [[nodiscard]] static const Class* named(const NSString& name) noexcept;
+  /// Every class of the process, in the order of their registration.
+  [[nodiscard]] static std::vector<const Class*> all();
+
+  friend bool operator==(const Class& a, const Class& b) noexcept { return &a == &b; }
+
+ private:
+  friend class detail::ClassBuilder;
+  friend struct detail::CategoryProperty;
+  friend struct detail::ClassRegistry;
+  struct Tables;
+  Class();
+  ~Class();
+
+  NSString name_;
+  const std::type_info* type_ = nullptr;
+  const Class* superclass_ = nullptr;
+  std::vector<Property> properties_;
+  std::vector<Method> methods_, classMethods_;
+  std::vector<SEL> selectors_;
+  std::vector<const Property*> categoryProperties_;
+  detail::Hidden<Tables> tables_;
+  Ref<NSObject> (*makeObject_)() = nullptr;
+  bool answersKeysItself_ = false;
+};
+
+NK_EXPORT std::ostream& operator<<(std::ostream& out, const Class& value);
+
+}  // namespace norvik

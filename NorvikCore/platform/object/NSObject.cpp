@@ -1,0 +1,86 @@
+#include "NorvikCore/platform/object/NSObject.h"
+
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <array>
+#include <cinttypes>
+#include <cstdio>
+#include <ostream>
+
+namespace norvik {
+namespace detail {
+
+void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).addRelaxed(1); }
+
+void release(const NSObject* object) noexcept {
+  if (ObjectAccess::count(*object).subtractAcquireRelease(1) == 1) ObjectAccess::destroy(object);
+}
+
+bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
+
+void ObjectAccess::destroy(const NSObject* object) noexcept {
+  // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
+  object->count_.storeRelaxed(dyingCount);
+  const std::uint32_t flags = object->flags_.loadAcquire();
+  if (flags & NSObject::weakFlag) forgetWeak(object);
+  if (flags & NSObject::listFlag) forgetObservers(const_cast<NSObject&>(*object));
+  if (flags & NSObject::associatedFlag) forgetAssociated(object);
+  delete object;
+}
+
+}  // namespace detail
+
+NSObject::~NSObject() = default;
+
+bool NSObject::init() { return true; }
+
+const Class& NSObject::staticClass() {
+  static const Class& stated = detail::defineClass({"NSObject", &typeid(NSObject), nullptr, nullptr, nullptr});
+  return stated;
+}
+
+const Class& NSObject::classObject() const { return staticClass(); }
+
+bool NSObject::isKindOfClass(const Class& other) const { return classObject().isSubclassOf(other); }
+
+bool NSObject::isEqual(const NSObject& other) const { return this == &other; }
+
+std::size_t NSObject::hash() const { return std::hash<const void*>()(this); }
+
+NSString NSObject::description() const {
+  std::array<char, 24> address{};
+  std::snprintf(address.data(), address.size(), ": 0x%" PRIxPTR ">", reinterpret_cast<std::uintptr_t>(this));
+  return NSString("<" + classObject().name().str() + address.data());
+}
+
+bool NSObject::respondsToSelector(SEL selector) const {
+  const Class& c = classObject();
+  return c.instanceMethod(selector) || c.propertyWithAccessor(selector);
+}
+
+Value NSObject::performSelector(SEL selector, std::span<const Value> arguments) {
+  const Class& c = classObject();
+  if (const Method* method = c.instanceMethod(selector)) return method->invoke(this, arguments);
+  if (const Property* property = c.propertyWithAccessor(selector)) {
+    detail::checkArgumentCount(selector.argumentCount(), arguments.size());
+    if (arguments.empty()) return property->get(*this);
+    property->set(*this, arguments.front());
+    return {};
+  }
+  detail::raise("NSInvalidArgumentException",
+                "-[" + c.name().str() + " " + selector.name().str() + "]: unrecognised selector sent to instance");
+}
+
+Value NSObject::performSelector(SEL selector, const Value& first) {
+  return performSelector(selector, std::span(&first, 1));
+}
+
+Value NSObject::performSelector(SEL selector, const Value& first, const Value& second) {
+  const std::array both{first, second};
+  return performSelector(selector, both);
+}
+
+std::ostream& operator<<(std::ostream& out, const NSObject& object) { return out << object.description(); }
+
+}  // namespace norvik

@@ -1,0 +1,125 @@
+// NorvikCore/platform/object/NSObject.h - the root of every class whose objects have an identity.
+//
+//   class Payslip : public NSObject {
+//     NK_OBJECT(Payslip, NSObject)
+//     NK_PROPERTY(Decimal, grossPay, setGrossPay)
+//    public:
+//     void recalculate();
+//     NK_METHOD(recalculate)
+//   };
+//   Ref<Payslip> slip = make<Payslip>();
+//
+// Objects are made by make<T>() and counted by Ref<T>; they never stand on the stack. Ref.h, Class.h and ObjectMacros.h
+// tell the rest; this header includes them.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/AtomicWord.h"
+#include "NorvikCore/platform/object/Ref.h"
+#include "NorvikCore/platform/object/Value.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <span>
+
+namespace norvik {
+
+class Class;
+class KeyValueChange;
+class NSArray;
+class NSDictionary;
+class NSError;
+class NSObject;
+class SEL;
+enum NSKeyValueObservingOptions : std::uint64_t;
+
+namespace detail {
+struct ObjectAccess;
+}
+
+class NK_EXPORT NSObject {
+ public:
+  NSObject(const NSObject&) = delete;
+  NSObject& operator=(const NSObject&) = delete;
+
+  static const Class& staticClass();
+  [[nodiscard]] virtual const Class& classObject() const;
+  [[nodiscard]] bool isKindOfClass(const Class& other) const;
+
+  /// Equality as collections see it: identity, unless a class defines its own together with hash().
+  [[nodiscard]] virtual bool isEqual(const NSObject& other) const;
+  [[nodiscard]] virtual std::size_t hash() const;
+  /// The text for `%@`, logs and debugging: "<Payslip: 0x5581...>" unless a class has a better one.
+  [[nodiscard]] virtual NSString description() const;
+
+  /// The class has an instance operation of that selector, its own or inherited, or a property with that accessor:
+  /// "name" or "setName:".
+  [[nodiscard]] bool respondsToSelector(SEL selector) const;
+  /// Calls the operation of that selector. An unknown selector, a wrong number of arguments or an argument of the wrong
+  /// kind raises NSInvalidArgumentException.
+  Value performSelector(SEL selector, std::span<const Value> arguments = {});
+  Value performSelector(SEL selector, const Value& first);
+  Value performSelector(SEL selector, const Value& first, const Value& second);
+
+  // Key-value coding: properties, and operations without arguments, by name. KeyValueCoding.h tells the rules.
+  [[nodiscard]] virtual Value valueForKey(const NSString& key) const;
+  virtual void setValue_forKey(const Value& value, const NSString& key);
+  [[nodiscard]] virtual Value valueForKeyPath(const NSString& keyPath) const;
+  virtual void setValue_forKeyPath(const Value& value, const NSString& keyPath);
+  /// What valueForKey and setValue_forKey do about a key the class does not have: NSUndefinedKeyException, unless
+  /// overridden.
+  [[nodiscard]] virtual Value valueForUndefinedKey(const NSString& key) const;
+  virtual void setValue_forUndefinedKey(const Value& value, const NSString& key);
+  /// What setValue_forKey does where a number, a text, a decimal or a date would become absent:
+  /// NSInvalidArgumentException, unless overridden.
+  virtual void setNilValueForKey(const NSString& key);
+  /// Asks the stated operation "validate<Key>:error:", which may change the value; true where there is none.
+  virtual bool validateValue_forKey_error(Value& value, const NSString& key, Ref<NSError>* error);
+  virtual bool validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error);
+  /// The null marker stands for an absent value, in both.
+  [[nodiscard]] Ref<NSDictionary> dictionaryWithValuesForKeys(const NSArray& keys) const;
+  void setValuesForKeysWithDictionary(const NSDictionary& keyedValues);
+
+  // Key-value observing: who is told of changes, and how. KeyValueObserving.h tells the rules.
+  void addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
+                   void* context = nullptr);
+  void removeObserver(NSObject& observer, const NSString& keyPath);
+  void removeObserver(NSObject& observer, const NSString& keyPath, void* context);
+  void willChangeValueForKey(const NSString& key);
+  void didChangeValueForKey(const NSString& key);
+  /// Called on an observer after (with the prior option also before) each change, on the thread that made the change.
+  virtual void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
+                                      void* context);
+
+  /// Who observes this object, one line each, for warnings and debugging; absent where nobody does.
+  [[nodiscard]] std::optional<NSString> observationInfo() const;
+
+  /// Somebody observes this object through key-value observing. A setter asks this before it announces a change.
+  [[nodiscard]] bool isObserved() const noexcept { return (flags_.loadRelaxed() & observedFlag) != 0; }
+
+ protected:
+  NSObject() noexcept = default;
+  virtual ~NSObject();
+
+  /// The second half of making an object; false refuses, and make() gives an empty Ref.
+  virtual bool init();
+
+ private:
+  friend struct detail::ObjectAccess;
+
+  static constexpr std::uint32_t observedFlag = 1, weakFlag = 2, associatedFlag = 4;
+  static constexpr std::uint32_t listFlag = 8;        ///< it was observed at some time
+  static constexpr std::uint32_t permanentFlag = 16;  ///< it lives as long as the process
+
+  mutable detail::AtomicWord<std::uint32_t> count_{1};
+  mutable detail::AtomicWord<std::uint32_t> flags_;
+};
+
+NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSObject& object);
+
+}  // namespace norvik
+
+#include "NorvikCore/platform/object/ObjectMacros.h"

@@ -1,0 +1,127 @@
+// NorvikCore/platform/object/Ref.h - counted pointers to objects, and how objects are made.
+//
+//   Ref<Payslip> slip = make<Payslip>();
+//   slip->setGrossPay(1234.50_dec);
+//   Ref<NSObject> same = slip;          // shares the object, which goes with its last Ref
+//
+// A Ref is as big as a pointer. Copying it counts; moving it does not. Counts change atomically, so Refs to one object
+// may live on any threads; one Ref itself is a value like any other. An empty Ref is the absent object.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#include <compare>
+#include <cstddef>
+#include <optional>  // std::hash, at the lowest price
+#include <type_traits>
+#include <utility>
+
+namespace norvik {
+
+class NSObject;
+template <class T>
+class Ref;
+
+namespace detail {
+NK_EXPORT void retain(const NSObject* object) noexcept;
+NK_EXPORT void release(const NSObject* object) noexcept;
+NK_EXPORT bool initialise(NSObject* object);
+
+/// An object whose Ref is a temporary, as in `print(*slips())`. `for (auto& slip : *slips())` would run over an array
+/// that is gone after the loop's first line: hold the Ref by a variable.
+template <class T>
+class Passing {
+ public:
+  operator T&() && noexcept { return object_; }  // NOLINT(google-explicit-constructor): stands for the object itself
+  template <class Key>
+  decltype(auto) operator[](const Key& key) && {
+    return object_[key];
+  }
+
+ private:
+  friend class Ref<T>;
+  explicit Passing(T& object) noexcept : object_(object) {}
+  T& object_;
+};
+}  // namespace detail
+
+template <class T>
+class Ref {
+ public:
+  using element_type = T;
+
+  constexpr Ref() noexcept = default;
+  constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): nullptr is the empty Ref
+  explicit Ref(T* object) noexcept : object_(object) {
+    if (object_) detail::retain(object_);
+  }
+  Ref(const Ref& other) noexcept : Ref(other.object_) {}
+  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  template <class U>
+  requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
+  noexcept : Ref(other.get()) {}
+  template <class U>
+  requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
+  noexcept : object_(other.take()) {}
+  ~Ref() {
+    if (object_) detail::release(object_);
+  }
+  Ref& operator=(Ref other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  /// A Ref that takes over one count which the caller owns already.
+  [[nodiscard]] static Ref adopt(T* object) noexcept {
+    Ref ref;
+    ref.object_ = object;
+    return ref;
+  }
+  /// Empties this Ref and hands its count to the caller.
+  [[nodiscard]] T* take() noexcept { return std::exchange(object_, nullptr); }
+
+  [[nodiscard]] T* get() const noexcept { return object_; }
+  T& operator*() const& noexcept { return *object_; }
+  /// Of a Ref that goes at the end of the statement: may be passed on, but not iterated over or kept.
+  detail::Passing<T> operator*() const&& noexcept { return detail::Passing<T>(*object_); }
+  T* operator->() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  /// Identity, not equality of the objects.
+  template <class U>
+  friend bool operator==(const Ref& a, const Ref<U>& b) noexcept {
+    return a.get() == b.get();
+  }
+  friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
+
+ private:
+  T* object_ = nullptr;
+};
+
+/// A Ref to an object that is alive, such as `*this` inside an operation.
+template <class T>
+[[nodiscard]] Ref<T> ref(T& object) noexcept {
+  return Ref<T>(&object);
+}
+
+/// Makes an object: constructs it, then calls its `init` with virtual dispatch, when Refs to the object may already be
+/// taken. An `init` that refuses gives an empty Ref.
+template <class T, class... Args>
+[[nodiscard]] Ref<T> make(Args&&... args) {
+  auto object = Ref<T>::adopt(new T(std::forward<Args>(args)...));
+  if (!detail::initialise(object.get())) return nullptr;
+  return object;
+}
+
+/// The object as a T, or an empty Ref where it is none.
+template <class T, class U>
+[[nodiscard]] Ref<T> refCast(const Ref<U>& object) noexcept {
+  return Ref<T>(dynamic_cast<T*>(object.get()));
+}
+
+}  // namespace norvik
+
+template <class T>
+struct std::hash<norvik::Ref<T>> {
+  std::size_t operator()(const norvik::Ref<T>& ref) const noexcept { return std::hash<T*>()(ref.get()); }
+};

@@ -1,0 +1,46 @@
+// NorvikCore/platform/object/SEL.h - the name of an operation, such as "ddSetLogLevel:", as big and as cheap as a
+// pointer.
+//
+// Making one from text looks it up in a table of all selectors; comparing, copying and hashing are those of a pointer.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <compare>
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+namespace norvik {
+
+class NK_EXPORT SEL {
+ public:
+  /// No operation at all; its name is empty.
+  constexpr SEL() noexcept = default;
+  SEL(std::string_view name);  // NOLINT(google-explicit-constructor): a selector is written as its text
+  SEL(const char* name) : SEL(std::string_view(name)) {}         // NOLINT(google-explicit-constructor)
+  SEL(const std::string& name) : SEL(std::string_view(name)) {}  // NOLINT(google-explicit-constructor)
+  SEL(const NSString& name) : SEL(name.view()) {}                // NOLINT(google-explicit-constructor)
+  SEL(std::nullptr_t) = delete;
+
+  [[nodiscard]] NSString name() const noexcept;
+  /// How many arguments the operation takes: one a colon.
+  [[nodiscard]] std::size_t argumentCount() const noexcept;
+  explicit operator bool() const noexcept { return name_ != nullptr; }
+  friend bool operator==(SEL, SEL) noexcept = default;
+
+ private:
+  friend struct std::hash<SEL>;
+  const NSString* name_ = nullptr;
+};
+
+NK_EXPORT std::ostream& operator<<(std::ostream& out, SEL selector);
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::SEL> {
+  std::size_t operator()(norvik::SEL selector) const noexcept { return std::hash<const void*>()(selector.name_); }
+};

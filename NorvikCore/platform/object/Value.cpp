@@ -1,0 +1,293 @@
+#include "NorvikCore/platform/object/Value.h"
+
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/values/internal/raise.h"
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <ostream>
+
+namespace norvik {
+namespace detail {
+namespace {
+
+const Class& valueClass(const char* name, const Class& superclass) {
+  return defineClass({name, nullptr, &superclass, nullptr, nullptr});
+}
+
+struct ValueClasses {
+  const Class& null = valueClass("NSNull", NSObject::staticClass());
+  const Class& string = valueClass("NSString", NSObject::staticClass());
+  const Class& date = valueClass("NSDate", NSObject::staticClass());
+  const Class& number = valueClass("NSNumber", NSObject::staticClass());
+  const Class& decimal = valueClass("NSDecimalNumber", number);
+};
+
+const ValueClasses& valueClasses() {
+  static const auto& classes = *new ValueClasses;
+  return classes;
+}
+
+// The classes of values stand in the list of all classes from the start.
+[[maybe_unused]] const ValueClasses& atLoad = valueClasses();
+
+[[noreturn]] void raiseRange(const Value& value) {
+  raise("NSInvalidArgumentException",
+        value.description().utf8() + " is out of the range of the integer it should become");
+}
+
+}  // namespace
+
+void raiseConversion(const Value& value, const char* wanted) {
+  raise("NSInvalidArgumentException",
+        (value.isAbsent() ? std::string("an absent value")
+                          : "\"" + value.description().utf8() + "\" (" + value.classObject().name().str() + ")") +
+            " is not " + wanted);
+}
+
+bool booleanFrom(const Value& value) {
+  if (!value.isNumber()) raiseConversion(value, "a boolean");
+  return value.number().boolValue();
+}
+
+std::int64_t integerFrom(const Value& value, std::int64_t least, std::int64_t greatest) {
+  if (!value.isNumber()) raiseConversion(value, "a number");
+  std::int64_t integer = 0;
+  if (value.kind() == Value::Kind::Double) {
+    const double real = value.number().doubleValue();
+    if (!(real > -0x1p63 - 1 && real < 0x1p63)) raiseRange(value);
+    integer = static_cast<std::int64_t>(real);
+  } else if (const Decimal* decimal = value.decimal()) {
+    if (decimal->isNaN() || *decimal <= Decimal(least) - 1 || *decimal >= Decimal(greatest) + 1) raiseRange(value);
+    integer = decimal->longLongValue();
+  } else {
+    integer = value.number().longLongValue();
+  }
+  if (integer < least || integer > greatest) raiseRange(value);
+  return integer;
+}
+
+std::uint64_t unsignedFrom(const Value& value) {
+  if (const Decimal* decimal = value.decimal()) {
+    if (decimal->isNaN() || *decimal <= -1 || *decimal >= Decimal(std::numeric_limits<std::uint64_t>::max()) + 1) {
+      raiseRange(value);
+    }
+    return decimal->unsignedLongLongValue();
+  }
+  if (value.kind() == Value::Kind::Double) {
+    const double real = value.number().doubleValue();
+    if (!(real > -1 && real < 0x1p64)) raiseRange(value);
+    return static_cast<std::uint64_t>(real);
+  }
+  return static_cast<std::uint64_t>(integerFrom(value, 0, std::numeric_limits<std::int64_t>::max()));
+}
+
+double doubleFrom(const Value& value) {
+  if (!value.isNumber()) raiseConversion(value, "a number");
+  return value.number().doubleValue();
+}
+
+Decimal decimalFrom(const Value& value) {
+  if (const Decimal* decimal = value.decimal()) return *decimal;
+  if (!value.isNumber()) raiseConversion(value, "a number");
+  return value.number().decimalValue();
+}
+
+Date dateFrom(const Value& value) {
+  if (!value.isDate()) raiseConversion(value, "a date");
+  return *value.date();
+}
+
+NSString stringFrom(const Value& value) {
+  if (!value.isString()) raiseConversion(value, "a text");
+  return *value.string();
+}
+
+NSString textOfRange(NSRange range) {
+  return NSString("{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}");
+}
+
+NSRange rangeFrom(const Value& value) {
+  NSRange range;
+  if (const NSString* text = value.string()) {
+    const std::string_view digits = text->view();
+    const char *at = digits.data(), *const end = at + digits.size();
+    if (at != end && *at++ == '{') at = std::from_chars(at, end, range.location).ptr;
+    if (end - at > 2 && at[0] == ',' && at[1] == ' ') at = std::from_chars(at + 2, end, range.length).ptr;
+    if (textOfRange(range) == *text) return range;
+  }
+  raiseConversion(value, "a range");
+}
+
+Ref<NSObject> objectFrom(const Value& value, const char* wanted) {
+  if (value.isAbsent() || value.isNull()) return nullptr;
+  if (!value.isObject()) raiseConversion(value, wanted);
+  return ref(*value.object());
+}
+
+}  // namespace detail
+
+void Value::destroyShared() noexcept {
+  if (kind_ == Kind::String) {
+    std::destroy_at(std::addressof(storage_.string));
+  } else {
+    std::destroy_at(std::addressof(storage_.object));
+  }
+}
+
+Value::Value(const NSNumber& number) noexcept : kind_(Kind::Absent) {
+  switch (number.kind()) {
+    case NSNumber::Kind::Boolean:
+      *this = Value(number.boolValue());
+      break;
+    case NSNumber::Kind::Integer:
+      *this = Value(number.longLongValue());
+      break;
+    case NSNumber::Kind::Unsigned:
+      *this = Value(number.unsignedLongLongValue());
+      break;
+    case NSNumber::Kind::Double:
+      *this = Value(number.doubleValue());
+      break;
+    case NSNumber::Kind::Decimal:
+      *this = Value(number.decimalValue());
+      break;
+  }
+}
+
+NSNumber Value::number() const {
+  switch (kind_) {
+    case Kind::Boolean:
+      return storage_.boolean;
+    case Kind::Integer:
+      return storage_.integer;
+    case Kind::Double:
+      return storage_.real;
+    case Kind::Decimal:
+      return storage_.decimal;
+    default:
+      detail::raiseConversion(*this, "a number");
+  }
+}
+
+bool operator==(const Value& a, const Value& b) {
+  if (a.kind_ != b.kind_) return a.isNumber() && b.isNumber() && a.number() == b.number();
+  switch (a.kind_) {
+    case Value::Kind::Absent:
+    case Value::Kind::Null:
+      return true;
+    case Value::Kind::Boolean:
+      return a.storage_.boolean == b.storage_.boolean;
+    case Value::Kind::Integer:
+      return a.storage_.integer == b.storage_.integer;
+    case Value::Kind::Double:
+    case Value::Kind::Decimal:
+      return a.number() == b.number();
+    case Value::Kind::Date:
+      return a.storage_.date == b.storage_.date;
+    case Value::Kind::String:
+      return a.storage_.string == b.storage_.string;
+    case Value::Kind::Object:
+      return a.storage_.object == b.storage_.object || a.storage_.object->isEqual(*b.storage_.object);
+  }
+  return false;
+}
+
+std::size_t Value::hash() const {
+  switch (kind_) {
+    case Kind::Absent:
+      return 0;
+    case Kind::Null:
+      return 1;
+    case Kind::Date:
+      return std::hash<norvik::Date>()(storage_.date);
+    case Kind::String:
+      return std::hash<NSString>()(storage_.string);
+    case Kind::Object:
+      return storage_.object->hash();
+    default:
+      return std::hash<NSNumber>()(number());
+  }
+}
+
+NSComparisonResult Value::compare(const Value& other) const {
+  if (isNumber() && other.isNumber()) return number().compare(other.number());
+  if (isDate() && other.isDate()) return storage_.date.compare(other.storage_.date);
+  if (isString() && other.isString()) return storage_.string.compare(other.storage_.string);
+  if (isObject() && storage_.object->respondsToSelector("compare:")) {
+    return storage_.object->performSelector("compare:", other).as<NSComparisonResult>();
+  }
+  detail::raiseConversion(other, ("comparable with " + description().utf8()).c_str());
+}
+
+bool Value::isIdenticalTo(const Value& other) const noexcept {
+  if (kind_ != other.kind_) return false;
+  switch (kind_) {
+    case Kind::Absent:
+    case Kind::Null:
+      return true;
+    case Kind::Boolean:
+      return storage_.boolean == other.storage_.boolean;
+    case Kind::Integer:
+      return storage_.integer == other.storage_.integer;
+    case Kind::Double:
+      return std::bit_cast<std::uint64_t>(storage_.real) == std::bit_cast<std::uint64_t>(other.storage_.real);
+    case Kind::Decimal:
+      return storage_.decimal == other.storage_.decimal &&
+             storage_.decimal.exponent() == other.storage_.decimal.exponent();
+    case Kind::Date:
+      return storage_.date == other.storage_.date;
+    case Kind::String:
+      return storage_.string.isIdenticalTo(other.storage_.string);
+    case Kind::Object:
+      return storage_.object == other.storage_.object;
+  }
+  return false;
+}
+
+const Class& Value::classObject() const {
+  const auto& classes = detail::valueClasses();
+  switch (kind_) {
+    case Kind::Null:
+      return classes.null;
+    case Kind::Boolean:
+    case Kind::Integer:
+    case Kind::Double:
+      return classes.number;
+    case Kind::Decimal:
+      return classes.decimal;
+    case Kind::Date:
+      return classes.date;
+    case Kind::String:
+      return classes.string;
+    case Kind::Object:
+      return storage_.object->classObject();
+    case Kind::Absent:
+      break;
+  }
+  detail::raise("NSInvalidArgumentException", "an absent value has no class");
+}
+
+NSString Value::description() const {
+  switch (kind_) {
+    case Kind::Absent:
+      return "(null)";
+    case Kind::Null:
+      return "<null>";
+    case Kind::Date:
+      return storage_.date.description();
+    case Kind::String:
+      return storage_.string;
+    case Kind::Object:
+      return storage_.object->description();
+    default:
+      return number().stringValue();
+  }
+}
+
+std::ostream& operator<<(std::ostream& out, const Value& value) { return out << value.description(); }
+
+}  // namespace norvik

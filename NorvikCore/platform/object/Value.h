@@ -1,0 +1,223 @@
+// NorvikCore/platform/object/Value.h - "any object": one value of any kind that collections and key paths can hold.
+//
+//   Value pay = 1234.50_dec;
+//   pay == Value(1234.5);               // true: one equality goes across all numbers
+//   pay.as<Decimal>();                  // raises NSInvalidArgumentException where the value is not a number
+//   Value{}.isAbsent();                 // true: nothing at all
+//   Value::null().isNull();             // true: the marker that stands for it in collections
+//
+// A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
+// copies are independent, distinct values may be used on distinct threads.
+#pragma once  // include time: it holds texts, decimals and dates in itself, without allocation
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/object/Ref.h"
+#include "NorvikCore/platform/values/Date.h"
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSNumber.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace norvik {
+
+class Class;
+class NSObject;
+
+class NK_EXPORT Value {
+ public:
+  enum class Kind : std::uint8_t { Absent, Null, Boolean, Integer, Double, Decimal, Date, String, Object };
+
+  Value() noexcept : kind_(Kind::Absent) {}
+  /// The null marker: the single object that stands for an absent value inside collections.
+  [[nodiscard]] static Value null() noexcept { return Value(Kind::Null); }
+
+  // Every kind of value converts silently: a Value is what an operation takes that accepts anything.
+  Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) { storage_.boolean = boolean; }
+  /// An integer; one above the range of a signed 64-bit integer is kept as a Decimal.
+  template <std::integral I>
+  requires(!std::same_as<I, bool> && sizeof(I) <= 8) Value(I integer)
+  noexcept : kind_(Kind::Integer) {
+    if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
+      if (integer > static_cast<std::uint64_t>(INT64_MAX)) {
+        emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(integer));
+        return;
+      }
+    }
+    storage_.integer = static_cast<std::int64_t>(integer);
+  }
+  template <std::floating_point F>
+  Value(F real) noexcept : kind_(Kind::Double) {
+    storage_.real = static_cast<double>(real);
+  }
+  Value(const norvik::Decimal& decimal) noexcept { emplace(Kind::Decimal, storage_.decimal, decimal); }
+  Value(norvik::Date date) noexcept { emplace(Kind::Date, storage_.date, date); }
+  Value(NSString string) noexcept { emplace(Kind::String, storage_.string, std::move(string)); }
+  Value(const char* text) : Value(NSString(text)) {}
+  Value(std::string_view text) : Value(NSString(text)) {}
+  Value(const std::string& text) : Value(NSString(text)) {}
+  Value(const NSNumber& number) noexcept;
+  /// An empty Ref is the absent value.
+  template <class T>
+  Value(const Ref<T>& object) noexcept : Value(Ref<NSObject>(object)) {}
+  Value(Ref<NSObject> object) noexcept : kind_(Kind::Absent) {
+    if (object) emplace(Kind::Object, storage_.object, std::move(object));
+  }
+  /// An empty optional is the absent value.
+  template <class T>
+  Value(const std::optional<T>& optional) : Value(optional ? Value(*optional) : Value()) {}
+  template <class T>
+  Value(T*) = delete;
+  Value(std::nullptr_t) = delete;
+
+  Value(const Value& other) noexcept : kind_(Kind::Absent) { copyFrom(other); }
+  Value(Value&& other) noexcept : kind_(Kind::Absent) { moveFrom(other); }
+  // What it held goes last: the other may be an element of it, and an object that goes may look at this value.
+  Value& operator=(const Value& other) noexcept {
+    if (this != &other) {
+      const Value before(std::move(*this));
+      copyFrom(other);
+    }
+    return *this;
+  }
+  Value& operator=(Value&& other) noexcept {
+    if (this != &other) {
+      const Value before(std::move(*this));
+      moveFrom(other);
+    }
+    return *this;
+  }
+  ~Value() { destroy(); }
+
+  [[nodiscard]] Kind kind() const noexcept { return kind_; }
+  [[nodiscard]] bool isAbsent() const noexcept { return kind_ == Kind::Absent; }
+  [[nodiscard]] bool isNull() const noexcept { return kind_ == Kind::Null; }
+  [[nodiscard]] bool isNumber() const noexcept { return kind_ >= Kind::Boolean && kind_ <= Kind::Decimal; }
+  [[nodiscard]] bool isString() const noexcept { return kind_ == Kind::String; }
+  [[nodiscard]] bool isDate() const noexcept { return kind_ == Kind::Date; }
+  [[nodiscard]] bool isObject() const noexcept { return kind_ == Kind::Object; }
+
+  /// The content where it is of that kind, or null: `if (const NSString* text = value.string())`.
+  [[nodiscard]] const NSString* string() const noexcept { return isString() ? &storage_.string : nullptr; }
+  [[nodiscard]] const norvik::Decimal* decimal() const noexcept {
+    return kind_ == Kind::Decimal ? &storage_.decimal : nullptr;
+  }
+  [[nodiscard]] const norvik::Date* date() const noexcept { return isDate() ? &storage_.date : nullptr; }
+  [[nodiscard]] NSObject* object() const noexcept { return isObject() ? storage_.object.get() : nullptr; }
+  template <class T>
+  [[nodiscard]] T* object() const noexcept {
+    return isObject() ? dynamic_cast<T*>(storage_.object.get()) : nullptr;
+  }
+  /// Any number; raises NSInvalidArgumentException where the value is none.
+  [[nodiscard]] NSNumber number() const;
+
+  /// The value as a T. Numbers convert to one another (a fraction is cut off where T is an integer; out of range
+  /// raises); anything else must be of T's own kind, or NSInvalidArgumentException is raised. An absent or null value
+  /// becomes an empty optional, Ref or Block and raises for every other T.
+  template <class T>
+  [[nodiscard]] T as() const;
+
+  /// Equality by content: numbers by their numeric value whatever their kind, texts and dates by value, objects by
+  /// isEqual.
+  friend bool operator==(const Value& a, const Value& b);
+  /// One hash goes with that equality.
+  [[nodiscard]] std::size_t hash() const;
+  /// The order of two numbers, two texts (literally, by UTF-16 unit), two dates, or of objects that have a `compare:`
+  /// operation; anything else raises NSInvalidArgumentException.
+  [[nodiscard]] NSComparisonResult compare(const Value& other) const;
+  /// Also tells equal values apart: the same object, the same storage of a text, the same kind and digits of a number.
+  [[nodiscard]] bool isIdenticalTo(const Value& other) const noexcept;
+
+  /// The class of what it holds: NSNumber, NSDecimalNumber, NSDate, NSString, NSNull, or the object's own. Raises
+  /// NSInvalidArgumentException for an absent value.
+  [[nodiscard]] const Class& classObject() const;
+  /// The text for `%@`: a text itself, a number's digits, "1" or "0" for a boolean, "(null)" for an absent value and
+  /// "<null>" for the null marker.
+  [[nodiscard]] NSString description() const;
+
+ private:
+  explicit Value(Kind kind) noexcept : kind_(kind) {}
+
+  template <class T>
+  void emplace(Kind kind, T& member, T content) noexcept {
+    ::new (static_cast<void*>(&member)) T(std::move(content));
+    kind_ = kind;
+  }
+  void copyFrom(const Value& other) noexcept {
+    switch (other.kind_) {
+      case Kind::String:
+        emplace(Kind::String, storage_.string, NSString(other.storage_.string));
+        break;
+      case Kind::Object:
+        emplace(Kind::Object, storage_.object, Ref<NSObject>(other.storage_.object));
+        break;
+      case Kind::Decimal:
+        emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(other.storage_.decimal));
+        break;
+      case Kind::Date:
+        emplace(Kind::Date, storage_.date, norvik::Date(other.storage_.date));
+        break;
+      default:
+        storage_.integer = other.storage_.integer;
+        kind_ = other.kind_;
+    }
+  }
+  void moveFrom(Value& other) noexcept {
+    switch (other.kind_) {
+      case Kind::String:
+        emplace(Kind::String, storage_.string, std::move(other.storage_.string));
+        break;
+      case Kind::Object:
+        emplace(Kind::Object, storage_.object, std::move(other.storage_.object));
+        break;
+      default:
+        copyFrom(other);
+        return;
+    }
+    other.kind_ = Kind::Absent;  // a text or a Ref that was moved from has nothing to let go of
+  }
+  void destroy() noexcept {
+    if (kind_ >= Kind::String) destroyShared();
+  }
+  void destroyShared() noexcept;
+
+  union Storage {
+    Storage() noexcept : bytes{} {}
+    ~Storage() {}  // NOLINT(modernize-use-equals-default): the members' destructors are Value's business
+
+    unsigned char bytes[24];  ///< the whole, so that nothing is ever unset
+    bool boolean;
+    std::int64_t integer;
+    double real;
+    norvik::Decimal decimal;
+    norvik::Date date;
+    NSString string;
+    Ref<NSObject> object;
+  } storage_;
+  Kind kind_;
+
+  friend struct ValueAccess;
+};
+
+static_assert(sizeof(Value) <= 32);
+
+[[nodiscard]] NK_EXPORT bool operator==(const Value& a, const Value& b);
+NK_EXPORT std::ostream& operator<<(std::ostream& out, const Value& value);
+
+}  // namespace norvik
+
+template <>
+struct std::hash<norvik::Value> {
+  std::size_t operator()(const norvik::Value& value) const { return value.hash(); }
+};
+
+#include "NorvikCore/platform/object/ValueConversion.h"
