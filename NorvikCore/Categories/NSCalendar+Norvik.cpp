@@ -1,30 +1,14 @@
 #include "NorvikCore/Categories/NSCalendar+Norvik.h"
 
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
-#include "NorvikCore/Categories/NSTimeZone+Norvik.h"
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
 #include "NorvikCore/platform/values/Format.h"
 
 namespace norvik {
-namespace {
 
-Ref<NSCalendar> gregorianIn(const Ref<NSTimeZone>& zone) {
-  Ref<NSCalendar> calendar = NSCalendar::calendarWithIdentifier(NSGregorianCalendar);
-  calendar->setLocale(nk_defaultLocale());
-  calendar->setTimeZone(zone);
-  return calendar;
-}
+const Ref<NSCalendar>& nk_defaultCalendar() { return detail::defaultCalendar(); }
 
-}  // namespace
-
-const Ref<NSCalendar>& nk_defaultCalendar() {
-  static const auto& calendar = *new Ref<NSCalendar>(gregorianIn(nk_defaultTimeZone()));
-  return calendar;
-}
-
-const Ref<NSCalendar>& nk_ukCalendar() {
-  static const auto& calendar = *new Ref<NSCalendar>(gregorianIn(nk_ukTimeZone()));
-  return calendar;
-}
+const Ref<NSCalendar>& nk_ukCalendar() { return detail::ukCalendar(); }
 
 std::int64_t daysWithinEraFromDate(const NSCalendar& calendar, Date from, Date to) {
   return calendar.ordinalityOfUnit(NSCalendarUnitDay, NSCalendarUnitEra, to) -

@@ -1,6 +1,6 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 
-#include "NorvikCore/platform/object/AssociatedObjects.h"
+#include "NorvikCore/formatters/internal/AdditionalAttributes.h"
 #include "NorvikCore/platform/object/Stated.h"
 
 namespace norvik {
@@ -25,21 +25,17 @@ const detail::CategoryProperty additionalAttributes{
 }  // namespace
 
 Ref<NSDictionary> nk_additionalAttributes(const NSFormatter& formatter) {
-  return associatedValue(formatter, &attributesKey).as<Ref<NSDictionary>>();
+  return detail::additionalAttributes(formatter);
 }
 
 void setNk_additionalAttributes(NSFormatter& formatter, const Ref<NSDictionary>& attributes) {
   formatter.willChangeValueForKey(attributesKey);
-  setAssociatedValue(formatter, &attributesKey, attributes);
+  detail::setAdditionalAttributes(formatter, attributes);
   formatter.didChangeValueForKey(attributesKey);
 }
 
 Ref<NSAttributedString> nk_customAttributedString(const NSFormatter& formatter, const Ref<NSAttributedString>& text) {
-  const Ref<NSDictionary> attributes = nk_additionalAttributes(formatter);
-  if (!text || !attributes || attributes->count() == 0) return text;
-  const auto custom = text->mutableCopy();
-  custom->addAttributes(*attributes, {0, custom->length()});
-  return custom;
+  return detail::customAttributedString(formatter, text);
 }
 
 }  // namespace norvik

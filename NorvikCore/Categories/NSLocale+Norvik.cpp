@@ -1,19 +1,14 @@
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 
 namespace norvik {
 
-const Ref<NSLocale>& nk_defaultLocale() {
-  static const auto& locale = *new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB"));
-  return locale;
-}
+const Ref<NSLocale>& nk_defaultLocale() { return detail::defaultLocale(); }
 
-const Ref<NSLocale>& nk_ukLocale() {
-  static const auto& locale = *new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB"));
-  return locale;
-}
+const Ref<NSLocale>& nk_ukLocale() { return detail::ukLocale(); }
 
 Ref<NSArray> nk_allKeys() {
   return NSArray::arrayWith({NSLocaleIdentifier, NSLocaleLanguageCode, NSLocaleCountryCode, NSLocaleScriptCode,

@@ -1,15 +1,11 @@
 #include "NorvikCore/Categories/NSTimeZone+Norvik.h"
 
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
+
 namespace norvik {
 
-const Ref<NSTimeZone>& nk_defaultTimeZone() {
-  static const auto& zone = *new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("UTC"));
-  return zone;
-}
+const Ref<NSTimeZone>& nk_defaultTimeZone() { return detail::defaultTimeZone(); }
 
-const Ref<NSTimeZone>& nk_ukTimeZone() {
-  static const auto& zone = *new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("Europe/London"));
-  return zone;
-}
+const Ref<NSTimeZone>& nk_ukTimeZone() { return detail::ukTimeZone(); }
 
 }  // namespace norvik

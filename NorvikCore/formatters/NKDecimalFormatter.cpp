@@ -1,6 +1,6 @@
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
 
-#include "NorvikCore/Categories/NSFormatter+Norvik.h"
+#include "NorvikCore/formatters/internal/AdditionalAttributes.h"
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
 #include <algorithm>
@@ -46,8 +46,8 @@ void NKDecimalFormatter::setMaximum(std::optional<NSNumber> maximum) {
 
 Ref<NSAttributedString> NKDecimalFormatter::attributedStringForObjectValue_withDefaultAttributes(
     const Value& value, const Ref<NSDictionary>& attributes) const {
-  return nk_customAttributedString(*this,
-                                   Super::attributedStringForObjectValue_withDefaultAttributes(value, attributes));
+  return detail::customAttributedString(*this,
+                                        Super::attributedStringForObjectValue_withDefaultAttributes(value, attributes));
 }
 
 std::optional<NSString> NKDecimalFormatter::editingStringForObjectValue(const Value& value) const {

@@ -1,7 +1,7 @@
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 
-#include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/formatters/internal/DecimalTerms.h"
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 
 namespace norvik {
@@ -14,7 +14,7 @@ detail::DecimalTerms& moneyTerms() {
 
 Ref<NKMonetaryTermDecimalNumberFormatter> formatterInDefaultLocale() {
   auto formatter = make<NKMonetaryTermDecimalNumberFormatter>();
-  formatter->setLocale(nk_defaultLocale());
+  formatter->setLocale(detail::defaultLocale());
   return formatter;
 }
 

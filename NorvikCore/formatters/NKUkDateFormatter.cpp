@@ -1,8 +1,6 @@
 #include "NorvikCore/formatters/NKUkDateFormatter.h"
 
-#include "NorvikCore/Categories/NSCalendar+Norvik.h"
-#include "NorvikCore/Categories/NSLocale+Norvik.h"
-#include "NorvikCore/Categories/NSTimeZone+Norvik.h"
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
 
 namespace norvik {
 
@@ -10,9 +8,9 @@ NKUkDateFormatter::~NKUkDateFormatter() = default;
 
 bool NKUkDateFormatter::init() {
   if (!Super::init()) return false;
-  setCalendar(nk_ukCalendar());
-  setLocale(nk_ukLocale());
-  setTimeZone(nk_ukTimeZone());
+  setCalendar(detail::ukCalendar());
+  setLocale(detail::ukLocale());
+  setTimeZone(detail::ukTimeZone());
   return true;
 }
 

@@ -1,9 +1,7 @@
 #include "NorvikCore/formatters/NKUtcDateFormatter.h"
 
-#include "NorvikCore/Categories/NSCalendar+Norvik.h"
-#include "NorvikCore/Categories/NSLocale+Norvik.h"
-#include "NorvikCore/Categories/NSTimeZone+Norvik.h"
 #include "NorvikCore/formatters/internal/MainThreadFormatters.h"
+#include "NorvikCore/formatters/internal/PayrollCalendars.h"
 
 namespace norvik {
 
@@ -11,9 +9,9 @@ NKUtcDateFormatter::~NKUtcDateFormatter() = default;
 
 bool NKUtcDateFormatter::init() {
   if (!Super::init()) return false;
-  setCalendar(nk_defaultCalendar());
-  setLocale(nk_defaultLocale());
-  setTimeZone(nk_defaultTimeZone());
+  setCalendar(detail::defaultCalendar());
+  setLocale(detail::defaultLocale());
+  setTimeZone(detail::defaultTimeZone());
   return true;
 }
 
