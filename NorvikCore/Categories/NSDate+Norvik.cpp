@@ -3,7 +3,7 @@
 #include "NorvikCore/Categories/internal/AbsentArgument.h"
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/values/CivilDate.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {
@@ -49,7 +49,7 @@ Date nk_dateWithDay(NSInteger day, NSInteger month, NSInteger year) noexcept {
 
 Date nk_today() {
   const std::optional<Date> now = NSDate::date();
-  if (!now) detail::raise("NSInternalInconsistencyException", "there is no current date");
+  if (!now) NSException::raise(NSInternalInconsistencyException, "there is no current date");
   return nk_startOfDay(*now);
 }
 

@@ -1,6 +1,6 @@
 #include "NorvikCore/dispatch/TSKBlockOperation.h"
 
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <utility>
 
@@ -10,7 +10,7 @@ TSKBlockOperation::~TSKBlockOperation() = default;
 
 Ref<TSKBlockOperation> TSKBlockOperation::dispatchedOperationWithQueue(const Ref<TSKDispatchQueue>& queue,
                                                                        Block<void()> block) {
-  if (!queue) detail::raise("NSInvalidArgumentException", "TSKBlockOperation: the queue is nil");
+  if (!queue) NSException::raise(NSInvalidArgumentException, "TSKBlockOperation: the queue is nil");
   detail::requireBlock(block);
   auto operation = make<TSKBlockOperation>();
   std::optional<NSString> label = queue->label();

@@ -6,7 +6,7 @@
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <string>
 #include <utility>
@@ -17,7 +17,7 @@ const void* const TSKIsCurrentKey = &TSKIsCurrentKey;
 const void* const TSKQueueStackKey = &TSKQueueStackKey;
 
 void detail::requireBlock(const Block<void()>& block) {
-  if (!block) detail::raise("NSInvalidArgumentException", "TSKDispatchQueue: the block is nil");
+  if (!block) NSException::raise(NSInvalidArgumentException, "TSKDispatchQueue: the block is nil");
 }
 
 TSKDispatchQueue::TSKDispatchQueue(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior)

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
 
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <set>
@@ -169,7 +169,8 @@ constexpr unsigned greatestComparisonDepth = 1000;
 Comparison::Comparison(const NSObject& a, const NSObject& b) : pair_(&a, &b) {
   if (comparing.depth > 0) {
     if (comparing.depth == greatestComparisonDepth) {
-      raise("NSGenericException", "collections that hold one another more than 1000 deep cannot be compared");
+      NSException::raise(NSGenericException,
+                         "collections that hold one another more than 1000 deep cannot be compared");
     }
     if (!comparing.equal) comparing.equal = new std::set<ObjectPair>;
     isKnown_ = !comparing.equal->insert(pair_).second;
@@ -193,20 +194,22 @@ NSString describeCollection(const NSObject& collection) {
 }
 
 void raiseMutated(const NSObject& collection) {
-  raise("NSGenericException",
-        NSString("<" + collection.classObject().name().str() + "> was changed while it was enumerated: ").str() +
-            collection.description().utf8());
+  NSException::raise(
+      NSGenericException,
+      NSString("<" + collection.classObject().name().str() + "> was changed while it was enumerated: ").str() +
+          collection.description().utf8());
 }
 
 void raiseElement(const Value& element, const Class& wanted) {
-  raise("NSInvalidArgumentException",
-        "an element is a " + element.classObject().name().str() + " where a " + wanted.name().str() + " is wanted");
+  NSException::raise(NSInvalidArgumentException, "an element is a " + element.classObject().name().str() + " where a " +
+                                                     wanted.name().str() + " is wanted");
 }
 
 void checkPresent(const Value& object, const char* operation) {
   if (!object.isAbsent()) [[likely]]
     return;
-  raise("NSInvalidArgumentException", std::string(operation) + ": an absent value cannot be put into a collection");
+  NSException::raise(NSInvalidArgumentException,
+                     std::string(operation) + ": an absent value cannot be put into a collection");
 }
 
 }  // namespace norvik::detail

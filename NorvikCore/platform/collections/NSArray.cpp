@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 
@@ -104,15 +104,15 @@ NSString NSArray::description() const { return detail::describeCollection(*this)
 
 void NSArray::raiseIndex(const char* operation, std::size_t index) const {
   const std::string bounds = elements_.empty() ? "an empty array" : "bounds [0 .. " + std::to_string(count() - 1) + "]";
-  detail::raise("NSRangeException", "-[" + classObject().name().str() + " " + operation + "]: index " +
-                                        std::to_string(index) + " beyond " + bounds);
+  NSException::raise(NSRangeException, "-[" + classObject().name().str() + " " + operation + "]: index " +
+                                           std::to_string(index) + " beyond " + bounds);
 }
 
 void NSArray::checkRange(const char* operation, NSRange range) const {
   if (range.location <= count() && range.length <= count() - range.location) return;
-  detail::raise("NSRangeException", "-[" + classObject().name().str() + " " + operation + "]: range {" +
-                                        std::to_string(range.location) + ", " + std::to_string(range.length) +
-                                        "} beyond the count of " + std::to_string(count()));
+  NSException::raise(NSRangeException, "-[" + classObject().name().str() + " " + operation + "]: range {" +
+                                           std::to_string(range.location) + ", " + std::to_string(range.length) +
+                                           "} beyond the count of " + std::to_string(count()));
 }
 
 }  // namespace norvik

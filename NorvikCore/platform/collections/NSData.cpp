@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/collections/NSData.h"
 
 #include "NorvikCore/platform/collections/NSMutableData.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <string>
@@ -50,9 +50,9 @@ NSString NSData::description() const {
 
 void NSData::checkRange(const char* operation, NSRange range) const {
   if (range.location <= length() && range.length <= length() - range.location) return;
-  detail::raise("NSRangeException", "-[" + classObject().name().str() + " " + operation + "]: range {" +
-                                        std::to_string(range.location) + ", " + std::to_string(range.length) +
-                                        "} beyond the length of " + std::to_string(length()));
+  NSException::raise(NSRangeException, "-[" + classObject().name().str() + " " + operation + "]: range {" +
+                                           std::to_string(range.location) + ", " + std::to_string(range.length) +
+                                           "} beyond the length of " + std::to_string(length()));
 }
 
 Ref<NSMutableData> NSMutableData::dataWithCapacity(std::size_t capacity) {

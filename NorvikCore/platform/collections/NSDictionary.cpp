@@ -3,7 +3,7 @@
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,8 +28,8 @@ Ref<NSDictionary> NSDictionary::dictionaryWithObject(Value object, Value key) {
 
 Ref<NSDictionary> NSDictionary::dictionaryWithObjects(const NSArray& objects, const NSArray& keys) {
   if (objects.count() != keys.count()) {
-    detail::raise("NSInvalidArgumentException", "dictionaryWithObjects:forKeys: " + std::to_string(objects.count()) +
-                                                    " objects for " + std::to_string(keys.count()) + " keys");
+    NSException::raise(NSInvalidArgumentException, "dictionaryWithObjects:forKeys: " + std::to_string(objects.count()) +
+                                                       " objects for " + std::to_string(keys.count()) + " keys");
   }
   std::vector<Entry> entries;
   entries.reserve(keys.count());

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/internal/IdentityMap.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
 namespace {
@@ -51,13 +51,13 @@ Value NSMapTable::objectForKey(const NSObject& key) const {
 
 void NSMapTable::setObject(const Value& object, NSObject& key) {
   Held held;
-  if (object.isAbsent()) detail::raise("NSInvalidArgumentException", "setObject:forKey: was given an absent value");
+  if (object.isAbsent()) NSException::raise(NSInvalidArgumentException, "setObject:forKey: was given an absent value");
   if (table_->keepsValues) {
     held.kept = object;
   } else if (NSObject* watched = object.object()) {
     held.watched = Weak<NSObject>(watched);
   } else {
-    detail::raise("NSInvalidArgumentException", "setObject:forKey: only an object can be held weakly");
+    NSException::raise(NSInvalidArgumentException, "setObject:forKey: only an object can be held weakly");
   }
   std::vector<Map::Entry> left;
   std::swap(table_->map.findOrInsert(key, left), held);  // what was there goes when the table is whole again

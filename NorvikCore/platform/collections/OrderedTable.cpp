@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/collections/OrderedTable.h"
 
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <bit>
@@ -10,7 +10,7 @@ namespace norvik::detail {
 
 void PositionIndex::append(std::uint32_t hash) {
   if (hashes_.size() >= std::numeric_limits<std::uint32_t>::max() - 1) {
-    raise("NSRangeException", "a dictionary or a set holds at most 4294967294 entries");
+    NSException::raise(NSRangeException, "a dictionary or a set holds at most 4294967294 entries");
   }
   if (hashes_.size() >= greatestUnindexed && (hashes_.size() + 1) * 4 > slots_.size() * 3) {
     std::vector<std::uint32_t> slots(std::bit_ceil((hashes_.size() + 1) * 2));

@@ -4,7 +4,7 @@
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <climits>
 #include <string>
@@ -97,7 +97,7 @@ void GroupCore::resetAfterFork() noexcept {
 
 void requireGroup(const dispatch_group_t& group, const char* function) {
   if (!group) [[unlikely]]
-    raise("NSInvalidArgumentException", std::string(function) + ": the group is nil");
+    NSException::raise(NSInvalidArgumentException, std::string(function) + ": the group is nil");
 }
 
 void enqueueForGroup(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item) {

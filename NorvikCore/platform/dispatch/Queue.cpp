@@ -7,7 +7,7 @@
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <string>
 
@@ -24,7 +24,7 @@ bool isShared(const QueueCore* queue) {
 QueueCore& suspendable(const dispatch_queue_t& queue, const char* function) {
   detail::requireQueue(queue, function);
   if (isShared(queue.core()))
-    detail::raise("NSInvalidArgumentException", std::string(function) + ": this queue is everybody's");
+    NSException::raise(NSInvalidArgumentException, std::string(function) + ": this queue is everybody's");
   return *queue.core();
 }
 
@@ -35,7 +35,7 @@ bool leadsTo(const QueueCore* target, const QueueCore* queue) noexcept {
 }
 
 [[noreturn]] void raiseOwnTarget() {
-  detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: the queue would target itself");
+  NSException::raise(NSInvalidArgumentException, "dispatch_set_target_queue: the queue would target itself");
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ dispatch_queue_t dispatch_get_global_queue() { return dispatch_queue_t::share(de
 void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target) {
   detail::requireQueue(queue, "dispatch_set_target_queue");
   if (isShared(queue.core()))
-    detail::raise("NSInvalidArgumentException", "dispatch_set_target_queue: this queue has no target");
+    NSException::raise(NSInvalidArgumentException, "dispatch_set_target_queue: this queue has no target");
   const auto wouldTargetItself = [&] { return leadsTo(target.core(), queue.core()); };
   {
     const detail::TargetsLock lock;
@@ -125,7 +125,7 @@ bool dispatch_queue_is_held(const dispatch_queue_t& queue) noexcept { return que
 namespace detail {
 
 void raiseNoQueue(const char* function) {
-  raise("NSInvalidArgumentException", std::string(function) + ": the queue is nil");
+  NSException::raise(NSInvalidArgumentException, std::string(function) + ": the queue is nil");
 }
 
 void enqueue(const dispatch_queue_t& queue, Item* item, Delivery delivery, Order order) {

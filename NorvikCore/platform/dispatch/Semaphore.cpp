@@ -4,7 +4,7 @@
 #include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <limits>
 
@@ -54,14 +54,14 @@ dispatch_semaphore_t dispatch_semaphore_create(std::intptr_t value) {
 }
 
 std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout) {
-  if (!semaphore) detail::raise("NSInvalidArgumentException", "dispatch_semaphore_wait: the semaphore is nil");
+  if (!semaphore) NSException::raise(NSInvalidArgumentException, "dispatch_semaphore_wait: the semaphore is nil");
   if (semaphore.core()->tryTake()) return 0;
   const std::uint64_t deadline = timeout == DISPATCH_TIME_NOW ? 0 : detail::monotonicDeadline(timeout);
   return semaphore.core()->takeBy(deadline) ? 0 : 1;
 }
 
 std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
-  if (!semaphore) detail::raise("NSInvalidArgumentException", "dispatch_semaphore_signal: the semaphore is nil");
+  if (!semaphore) NSException::raise(NSInvalidArgumentException, "dispatch_semaphore_signal: the semaphore is nil");
   const dispatch_semaphore_t kept = semaphore;  // who waits may let its handle go once it has the permit
   return kept.core()->give() ? 1 : 0;
 }

@@ -3,7 +3,7 @@
 #include "NorvikCore/platform/dispatch/internal/FiredItems.h"
 #include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <string>
 #include <utility>
@@ -12,7 +12,7 @@ namespace norvik {
 namespace {
 
 detail::SourceCore& coreOf(const dispatch_source_t& source, const char* function) {
-  if (!source) detail::raise("NSInvalidArgumentException", std::string(function) + ": the source is nil");
+  if (!source) NSException::raise(NSInvalidArgumentException, std::string(function) + ": the source is nil");
   return *source.core();
 }
 

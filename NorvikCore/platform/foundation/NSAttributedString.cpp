@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ const Ref<NSDictionary>& noAttributes() {
 }
 
 [[noreturn]] void raiseDamaged() {
-  detail::raise("NSInvalidUnarchiveOperationException", "the runs of an attributed text do not cover it");
+  NSException::raise(NSInvalidUnarchiveOperationException, "the runs of an attributed text do not cover it");
 }
 
 /// A dictionary that stays as it is, whatever becomes of the given one.
@@ -50,9 +50,9 @@ std::size_t NSAttributedString::runAt(NSUInteger index) const noexcept {
 void NSAttributedString::checkRange(NSRange range) const {
   const NSUInteger size = length();
   if (range.location <= size && range.length <= size - range.location) return;
-  detail::raise("NSRangeException", "the range {" + std::to_string(range.location) + ", " +
-                                        std::to_string(range.length) + "} is beyond an attributed text of " +
-                                        std::to_string(size) + " units");
+  NSException::raise(NSRangeException, "the range {" + std::to_string(range.location) + ", " +
+                                           std::to_string(range.length) + "} is beyond an attributed text of " +
+                                           std::to_string(size) + " units");
 }
 
 Ref<NSDictionary> NSAttributedString::attributesAtIndex(NSUInteger index, NSRange* run) const {

@@ -4,7 +4,7 @@
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Format.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <unicode/calendar.h>
 
@@ -73,7 +73,7 @@ std::int32_t weekWithin(std::int32_t weekdayOfFirst, std::int64_t dayIndex, std:
 }
 
 void requireNoOptions(NSUInteger options) {
-  if (options != 0) detail::raise("NSInvalidArgumentException", "a calendar calculation knows no options but 0");
+  if (options != 0) NSException::raise(NSInvalidArgumentException, "a calendar calculation knows no options but 0");
 }
 
 }  // namespace
@@ -129,14 +129,15 @@ void NSCalendar::setTimeZone(const Ref<NSTimeZone>& timeZone) {
 
 void NSCalendar::setFirstWeekday(NSUInteger weekday) {
   if (weekday < 1 || weekday > 7)
-    detail::raise("NSInvalidArgumentException", "a weekday is 1 to 7, not " + std::to_string(weekday));
+    NSException::raise(NSInvalidArgumentException, "a weekday is 1 to 7, not " + std::to_string(weekday));
   firstWeekday_ = static_cast<std::int32_t>(weekday);
   firstWeekdayIsSet_ = true;
 }
 
 void NSCalendar::setMinimumDaysInFirstWeek(NSUInteger days) {
   if (days < 1 || days > 7)
-    detail::raise("NSInvalidArgumentException", "a first week has at least 1 to 7 days, not " + std::to_string(days));
+    NSException::raise(NSInvalidArgumentException,
+                       "a first week has at least 1 to 7 days, not " + std::to_string(days));
   minimumDays_ = static_cast<std::int32_t>(days);
   minimumDaysAreSet_ = true;
 }
@@ -549,7 +550,7 @@ void NSCalendar::encodeWithCoder(NSCoder& coder) const {
 
 Ref<NSCalendar> NSCalendar::calendarWithCoder(NSCoder& coder) {
   const Ref<NSCalendar> calendar = calendarWithIdentifier(coder.decode<NSString>("identifier"));
-  if (!calendar) detail::raise("NSInvalidUnarchiveOperationException", "there is no calendar of that identifier");
+  if (!calendar) NSException::raise(NSInvalidUnarchiveOperationException, "there is no calendar of that identifier");
   calendar->setLocale(coder.decode<Ref<NSLocale>>("locale"));
   calendar->setTimeZone(coder.decode<Ref<NSTimeZone>>("timeZone"));
   if (const auto weekday = coder.decode<std::optional<NSUInteger>>("firstWeekday")) calendar->setFirstWeekday(*weekday);

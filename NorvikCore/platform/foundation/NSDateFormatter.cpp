@@ -5,7 +5,7 @@
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/values/CivilDate.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
@@ -336,7 +336,7 @@ namespace {
 NSDateFormatterStyle decodeStyle(NSCoder& coder, const NSString& key) {
   const auto number = coder.decode<std::uint64_t>(key);
   if (number > NSDateFormatterFullStyle) {
-    detail::raise("NSInvalidUnarchiveOperationException", "a date formatter's " + key.utf8() + " is damaged");
+    NSException::raise(NSInvalidUnarchiveOperationException, "a date formatter's " + key.utf8() + " is damaged");
   }
   return static_cast<NSDateFormatterStyle>(number);
 }

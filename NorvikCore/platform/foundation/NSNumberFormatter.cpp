@@ -6,7 +6,7 @@
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <unicode/decimfmt.h>
 #include <unicode/fpositer.h>
@@ -47,7 +47,7 @@ NSString fromIcu(const icu::UnicodeString& text) {
 
 void check(UErrorCode status, const char* what) {
   if (U_FAILURE(status)) {
-    detail::raise("NSInternalInconsistencyException", std::string(what) + ": " + u_errorName(status));
+    NSException::raise(NSInternalInconsistencyException, std::string(what) + ": " + u_errorName(status));
   }
 }
 
@@ -259,7 +259,7 @@ struct NSNumberFormatter::Engine {
     std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(where, styleInIcu(style), status));
     check(status, "the number format of a locale");
     auto* decimal = dynamic_cast<icu::DecimalFormat*>(made.get());
-    if (!decimal) detail::raise("NSInternalInconsistencyException", "a locale without decimal numbers");
+    if (!decimal) NSException::raise(NSInternalInconsistencyException, "a locale without decimal numbers");
     made.release();
     digits.reset(decimal);
     words.reset();
@@ -623,7 +623,7 @@ NSString NSNumberFormatter::format() const {
 
 void NSNumberFormatter::setFormat(const NSString& pattern) {
   if (!isPattern(pattern)) {
-    detail::raise("NSInvalidArgumentException", "\"" + pattern.utf8() + "\" is not a number pattern");
+    NSException::raise(NSInvalidArgumentException, "\"" + pattern.utf8() + "\" is not a number pattern");
   }
   engine_->ownPattern = pattern;
   engine_->forgetOwnLimits();
@@ -670,7 +670,7 @@ template <class Enumeration>
 Enumeration decodeEnumerator(NSCoder& coder, const NSString& key, Enumeration last) {
   const std::int64_t number = coder.decodeIntegerForKey(key);
   if (number < 0 || number > static_cast<std::int64_t>(last)) {
-    detail::raise("NSInvalidUnarchiveOperationException", "a number formatter's " + key.utf8() + " is damaged");
+    NSException::raise(NSInvalidUnarchiveOperationException, "a number formatter's " + key.utf8() + " is damaged");
   }
   return static_cast<Enumeration>(number);
 }

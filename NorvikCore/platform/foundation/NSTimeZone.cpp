@@ -5,7 +5,7 @@
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Format.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <cstdlib>
 #include <map>
@@ -121,7 +121,7 @@ Ref<NSTimeZone> NSTimeZone::timeZoneWithCoder(NSCoder& coder) {
   if (Ref<NSTimeZone> zone = timeZoneWithName(name)) return zone;
   // What TZ means may be a rule or a file's path. Neither is taken from an archive.
   if (Ref<NSTimeZone> zone = systemTimeZone(); zone->name() == name) return zone;
-  detail::raise("NSInvalidUnarchiveOperationException", "there is no time zone \"" + name.utf8() + "\" here");
+  NSException::raise(NSInvalidUnarchiveOperationException, "there is no time zone \"" + name.utf8() + "\" here");
 }
 
 }  // namespace norvik

@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/foundation/NSUUID.h"
 
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <functional>
 
@@ -30,7 +30,7 @@ void NSUUID::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(UUIDStrin
 
 Ref<NSUUID> NSUUID::UUIDWithCoder(NSCoder& coder) {
   const auto uuid = initWithUUIDString(coder.decodeValue<NSString>());
-  if (!uuid) detail::raise("NSInvalidUnarchiveOperationException", "an identifier is not of its form");
+  if (!uuid) NSException::raise(NSInvalidUnarchiveOperationException, "an identifier is not of its form");
   return uuid;
 }
 

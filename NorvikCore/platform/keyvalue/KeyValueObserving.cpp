@@ -4,7 +4,7 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/values/Format.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <exception>
@@ -243,10 +243,10 @@ namespace {
 void remove(NSObject& object, NSObject& observer, const NSString& keyPath, const void* const* context) {
   const Ref<detail::Registration> removed = detail::takeRegistration(object, observer, keyPath, context);
   if (removed) return removed->leavePath();
-  detail::raise("NSRangeException", "cannot remove an observer <" + observer.classObject().name().str() +
-                                        "> for the key path \"" + keyPath.utf8() + "\" from <" +
-                                        object.classObject().name().str() +
-                                        "> because it is not registered as an observer");
+  NSException::raise(NSRangeException, "cannot remove an observer <" + observer.classObject().name().str() +
+                                           "> for the key path \"" + keyPath.utf8() + "\" from <" +
+                                           object.classObject().name().str() +
+                                           "> because it is not registered as an observer");
 }
 
 }  // namespace
@@ -300,9 +300,9 @@ std::optional<NSString> NSObject::observationInfo() const {
 }
 
 void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange&, void*) {
-  detail::raise("NSInternalInconsistencyException", "an observer of class " + classObject().name().str() +
-                                                        " heard of a change of \"" + keyPath.utf8() + "\" of <" +
-                                                        object.classObject().name().str() + "> and does not handle it");
+  NSException::raise(NSInternalInconsistencyException,
+                     "an observer of class " + classObject().name().str() + " heard of a change of \"" +
+                         keyPath.utf8() + "\" of <" + object.classObject().name().str() + "> and does not handle it");
 }
 
 }  // namespace norvik

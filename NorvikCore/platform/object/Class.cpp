@@ -3,7 +3,7 @@
 #include "NorvikCore/platform/kernel/CallStack.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/NSObject.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <ostream>
 #include <unordered_map>
@@ -65,9 +65,10 @@ struct ClassRegistry {
   /// each be handed objects of the other.
   static const Class& same(const Class& known, const ClassStatement& statement) {
     if (*known.type_ == *statement.type) return known;
-    raise("NSInternalInconsistencyException", std::string("two C++ classes state the class name \"") + statement.name +
-                                                  "\": " + kernel::demangled(known.type_->name()) + " and " +
-                                                  kernel::demangled(statement.type->name()));
+    NSException::raise(NSInternalInconsistencyException, std::string("two C++ classes state the class name \"") +
+                                                             statement.name +
+                                                             "\": " + kernel::demangled(known.type_->name()) + " and " +
+                                                             kernel::demangled(statement.type->name()));
   }
 
   const Class& define(const ClassStatement& statement) NK_EXCLUDES(mutex) {
@@ -134,12 +135,13 @@ CategoryProperty::CategoryProperty(const Class& extended, Property property) {
 
 void checkArgumentCount(std::size_t wanted, std::size_t given) {
   if (wanted == given) return;
-  raise("NSInvalidArgumentException",
-        "an operation takes " + std::to_string(wanted) + " arguments and was given " + std::to_string(given));
+  NSException::raise(NSInvalidArgumentException, "an operation takes " + std::to_string(wanted) +
+                                                     " arguments and was given " + std::to_string(given));
 }
 
 void raiseNotCodable(const char* key) {
-  raise("NSUnknownKeyException", std::string("the type of the property \"") + key + "\" has no form as a value");
+  NSException::raise(NSUndefinedKeyException,
+                     std::string("the type of the property \"") + key + "\" has no form as a value");
 }
 
 }  // namespace detail
@@ -195,8 +197,8 @@ std::vector<NSString> Class::keysAffecting(const NSString& key) const {
 Value Class::performClassOperation(SEL selector, std::span<const Value> arguments) const {
   const Method* method = classMethod(selector);
   if (!method) {
-    detail::raise("NSInvalidArgumentException",
-                  "+[" + name_.str() + " " + selector.name().str() + "]: unrecognised selector sent to class");
+    NSException::raise(NSInvalidArgumentException,
+                       "+[" + name_.str() + " " + selector.name().str() + "]: unrecognised selector sent to class");
   }
   return method->invoke(nullptr, arguments);
 }

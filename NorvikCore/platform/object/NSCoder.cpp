@@ -1,6 +1,5 @@
 #include "NorvikCore/platform/object/NSCoder.h"
 
-#include "NorvikCore/platform/archives/internal/CodedObject.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
@@ -25,18 +24,4 @@ void NSCoder::raiseWrongKind(const NSString& which) {
   }
 }
 
-namespace detail {
-
-const Method* decodingOperation(const Class& theClass) {
-  static const SEL selectors[] = {makeForDecodingSelector, decodeSelector};
-  for (const SEL selector : selectors) {
-    const Method* method = theClass.classMethod(selector);
-    if (method && method->owner == &theClass) return method;
-  }
-  return nullptr;
-}
-
-NSString keyOfUnnamedValue(std::size_t n) { return NSString("$" + std::to_string(n)); }
-
-}  // namespace detail
 }  // namespace norvik

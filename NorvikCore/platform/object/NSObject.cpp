@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/object/NSObject.h"
 
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <array>
 #include <cinttypes>
@@ -68,8 +68,8 @@ Value NSObject::performSelector(SEL selector, std::span<const Value> arguments) 
     property->set(*this, arguments.front());
     return {};
   }
-  detail::raise("NSInvalidArgumentException",
-                "-[" + c.name().str() + " " + selector.name().str() + "]: unrecognised selector sent to instance");
+  NSException::raise(NSInvalidArgumentException,
+                     "-[" + c.name().str() + " " + selector.name().str() + "]: unrecognised selector sent to instance");
 }
 
 Value NSObject::performSelector(SEL selector, const Value& first) {

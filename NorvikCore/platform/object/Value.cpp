@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/object/Value.h"
 
 #include "NorvikCore/platform/object/NSObject.h"
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <bit>
 #include <charconv>
@@ -35,17 +35,17 @@ const ValueClasses& valueClasses() {
 [[maybe_unused]] const ValueClasses& atLoad = valueClasses();
 
 [[noreturn]] void raiseRange(const Value& value) {
-  raise("NSInvalidArgumentException",
-        value.description().utf8() + " is out of the range of the integer it should become");
+  NSException::raise(NSInvalidArgumentException,
+                     value.description().utf8() + " is out of the range of the integer it should become");
 }
 
 }  // namespace
 
 void raiseConversion(const Value& value, const char* wanted) {
-  raise("NSInvalidArgumentException",
-        (value.isAbsent() ? std::string("an absent value")
-                          : "\"" + value.description().utf8() + "\" (" + value.classObject().name().str() + ")") +
-            " is not " + wanted);
+  NSException::raise(NSInvalidArgumentException, (value.isAbsent() ? std::string("an absent value")
+                                                                   : "\"" + value.description().utf8() + "\" (" +
+                                                                         value.classObject().name().str() + ")") +
+                                                     " is not " + wanted);
 }
 
 bool booleanFrom(const Value& value) {
@@ -268,7 +268,7 @@ const Class& Value::classObject() const {
     case Kind::Absent:
       break;
   }
-  detail::raise("NSInvalidArgumentException", "an absent value has no class");
+  NSException::raise(NSInvalidArgumentException, "an absent value has no class");
 }
 
 NSString Value::description() const {

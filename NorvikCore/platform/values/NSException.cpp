@@ -1,8 +1,5 @@
 #include "NorvikCore/platform/values/NSException.h"
 
-#include "NorvikCore/platform/collections/NSDictionary.h"
-#include "NorvikCore/platform/values/internal/raise.h"
-
 #include <utility>
 
 namespace norvik {
@@ -24,27 +21,12 @@ constexpr NSString NSDecimalNumberDivideByZeroException = "NSDecimalNumberDivide
 NSException::NSException(NSString name, NSString reason)
     : name_(std::move(name)), reason_(std::move(reason)), what_(NSString(name_.utf8() + ": " + reason_.utf8())) {}
 
-NSException::NSException(NSString name, NSString reason, const Ref<NSDictionary>& userInfo)
-    : NSException(std::move(name), std::move(reason)) {
-  userInfo_ = userInfo;
-}
-
 NSException::NSException(const NSException&) noexcept = default;
 NSException& NSException::operator=(const NSException&) noexcept = default;
 NSException::~NSException() = default;
 
 void NSException::raise(NSString name, NSString reason) { throw NSException(std::move(name), std::move(reason)); }
 
-void NSException::raise(NSString name, NSString reason, const Ref<NSDictionary>& userInfo) {
-  throw NSException(std::move(name), std::move(reason), userInfo);
-}
-
-Ref<NSDictionary> NSException::userInfo() const noexcept {
-  return Ref<NSDictionary>(static_cast<NSDictionary*>(userInfo_.get()));
-}
-
 const char* NSException::what() const noexcept { return what_.view().data(); }
-
-void detail::raise(const char* name, std::string reason) { NSException::raise(NSString(name), NSString(reason)); }
 
 }  // namespace norvik

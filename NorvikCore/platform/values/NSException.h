@@ -10,18 +10,21 @@
 //   NSException::raise(NSInvalidArgumentException, "the payment date is before the start of the tax year");
 //
 // A std::exception like any other: thrown by value, caught by reference. A value: copies share their texts and never
-// throw.
+// throw. The user info is a dictionary, of which values know nothing: what takes or gives one is defined beside
+// NSDictionary, which its users include.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/object/Ref.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <exception>
+#include <memory>
 
 namespace norvik {
 
 class NSDictionary;
+template <class T>
+class Ref;
 
 class NK_EXPORT NSException : public std::exception {
  public:
@@ -44,9 +47,8 @@ class NK_EXPORT NSException : public std::exception {
   [[nodiscard]] NSString description() const { return what_; }
 
  private:
-  NSString name_, reason_;
-  Ref<NSObject> userInfo_;
-  NSString what_;
+  NSString name_, reason_, what_;
+  std::shared_ptr<const Ref<NSDictionary>> userInfo_;
 };
 
 /// An argument that makes no sense.

@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/values/NSMutableString.h"
 
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/internal/StringHalves.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
-#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <utility>
 
@@ -21,9 +21,9 @@ void NSMutableString::appendBytes(std::string_view text) {
 void NSMutableString::replaceCharactersInRange(NSRange range, const NSString& text) {
   const NSUInteger units = length();
   if (range.location > units || range.length > units - range.location) {
-    detail::raise("NSRangeException", "replaceCharactersInRange: {" + std::to_string(range.location) + ", " +
-                                          std::to_string(range.length) + "} is beyond the text of " +
-                                          std::to_string(units) + " units");
+    NSException::raise(NSRangeException, "replaceCharactersInRange: {" + std::to_string(range.location) + ", " +
+                                             std::to_string(range.length) + "} is beyond the text of " +
+                                             std::to_string(units) + " units");
   }
   const detail::StringPlace from = detail::walkUnits(bytes_, {}, range.location);
   const detail::StringPlace to = detail::walkUnits(bytes_, from, range.length);

@@ -1,10 +1,10 @@
 #include "NorvikCore/platform/values/NSString.h"
 
+#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/internal/StringHalves.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 #include "NorvikCore/platform/values/internal/StringUnits.h"
 #include "NorvikCore/platform/values/internal/Utf8Words.h"
-#include "NorvikCore/platform/values/internal/raise.h"
 
 #include <cstdint>
 #include <memory>
@@ -43,7 +43,7 @@ std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
 }
 
 NSString NSString::reading(const char* text) {
-  if (text == nullptr) detail::raise("NSInvalidArgumentException", "NSString: no text, but a null pointer");
+  if (text == nullptr) NSException::raise(NSInvalidArgumentException, "NSString: no text, but a null pointer");
   return fromBytes(text);
 }
 
@@ -91,7 +91,7 @@ NSString NSString::fromUtf16(std::u16string_view units) {
 
 NSString NSString::fromCodePoint(char32_t point) {
   if (point > 0x10FFFF) {
-    detail::raise("NSInvalidArgumentException", "NSString: no character has the number " + std::to_string(point));
+    NSException::raise(NSInvalidArgumentException, "NSString: no character has the number " + std::to_string(point));
   }
   return copying(utf8::encode(point).view());
 }
@@ -216,14 +216,14 @@ NSString NSString::sliceBytes(std::size_t from, std::size_t to) const {
 void NSString::checkRange(const char* operation, NSRange range) const {
   const NSUInteger units = length();
   if (range.location <= units && range.length <= units - range.location) return;
-  detail::raise("NSRangeException", std::string(operation) + ": {" + std::to_string(range.location) + ", " +
-                                        std::to_string(range.length) + "} is beyond the text of " +
-                                        std::to_string(units) + " units");
+  NSException::raise(NSRangeException, std::string(operation) + ": {" + std::to_string(range.location) + ", " +
+                                           std::to_string(range.length) + "} is beyond the text of " +
+                                           std::to_string(units) + " units");
 }
 
 void NSString::raiseBeyondEnd(const char* operation, NSUInteger index) const {
-  detail::raise("NSRangeException", std::string(operation) + ": " + std::to_string(index) + " is beyond the text of " +
-                                        std::to_string(length()) + " units");
+  NSException::raise(NSRangeException, std::string(operation) + ": " + std::to_string(index) +
+                                           " is beyond the text of " + std::to_string(length()) + " units");
 }
 
 std::strong_ordering NSString::order(const NSString& other) const noexcept {

@@ -1,24 +1,24 @@
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
 
-#include "NorvikCore/platform/values/internal/raise.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 
 namespace norvik::detail {
 namespace {
 
-Decimal fault(bool raises, const char* name, const char* reason) {
-  if (raises) raise(name, reason);
+Decimal fault(bool raises, const NSString& name, const char* reason) {
+  if (raises) NSException::raise(name, reason);
   return Decimal::notANumber();
 }
 
 [[gnu::cold]] Decimal overflow(const NSDecimalNumberHandler& behavior) {
-  return fault(behavior.raiseOnOverflow(), "NSDecimalNumberOverflowException",
+  return fault(behavior.raiseOnOverflow(), NSDecimalNumberOverflowException,
                "the result is greater in magnitude than a decimal number can be");
 }
 
 [[gnu::cold]] Decimal underflow(const NSDecimalNumberHandler& behavior) {
-  return fault(behavior.raiseOnUnderflow(), "NSDecimalNumberUnderflowException",
+  return fault(behavior.raiseOnUnderflow(), NSDecimalNumberUnderflowException,
                "the result is not zero, but smaller in magnitude than a decimal number can be");
 }
 
@@ -80,7 +80,8 @@ Decimal settleAny(const Wide& exact, Tail tail, int exponent, bool negative, con
   if (behavior.raiseOnExactness()) [[unlikely]] {
     Tail lost = tail;
     cut(exact, forced, lost);
-    if (lost != Tail::none) raise("NSDecimalNumberExactnessException", "the exact result needs more than 38 digits");
+    if (lost != Tail::none)
+      NSException::raise(NSDecimalNumberExactnessException, "the exact result needs more than 38 digits");
   }
   const int count = std::max(forced, asked);
   UInt128 mantissa = low128(cut(exact, count, tail));
@@ -106,7 +107,7 @@ Decimal settle(const UInt256& mantissa, Tail tail, int exponent, bool negative,
 }
 
 Decimal dividedByZero(const NSDecimalNumberHandler& behavior) {
-  return fault(behavior.raiseOnDivideByZero(), "NSDecimalNumberDivideByZeroException", "division by zero");
+  return fault(behavior.raiseOnDivideByZero(), NSDecimalNumberDivideByZeroException, "division by zero");
 }
 
 }  // namespace norvik::detail

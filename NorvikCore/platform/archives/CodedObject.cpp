@@ -1,0 +1,16 @@
+#include "NorvikCore/platform/archives/internal/CodedObject.h"
+
+namespace norvik::detail {
+
+const Method* decodingOperation(const Class& theClass) {
+  static const SEL selectors[] = {makeForDecodingSelector, decodeSelector};
+  for (const SEL selector : selectors) {
+    const Method* method = theClass.classMethod(selector);
+    if (method && method->owner == &theClass) return method;
+  }
+  return nullptr;
+}
+
+NSString keyOfUnnamedValue(std::size_t n) { return NSString("$" + std::to_string(n)); }
+
+}  // namespace norvik::detail
