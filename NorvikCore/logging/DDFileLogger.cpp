@@ -46,7 +46,7 @@ void report(const NSException& exception) {
   }
 }
 
-/// Where others may write to the manager's files, theirs are as good as this user's.
+/// If others than the owner may write to the manager's files, files of other users are used too.
 detail::LogFileOwner ownerFor(const DDLogFileManager& manager) {
   constexpr std::uint32_t writableByOthers = 0022;
   return (manager.logFilePermissions() & writableByOthers) != 0 ? detail::LogFileOwner::anybody
@@ -234,7 +234,7 @@ void DDFileLogger::reportUnopened(const detail::LogFileRefusal& refusal) {
   unopened_ = refusal.reason;
 }
 
-/// What the manager has just made is this user's, even on a disk that says everything on it is somebody else's.
+/// A file that the manager has just made is accepted also if the file system reports another owner for every file.
 detail::LogFileRefusal DDFileLogger::openCurrentFile(detail::OpenLogFile& file) const {
   const detail::LogFileOwner owner = ownerFor(*logFileManager_);
   const auto* const maker = isBegun_ ? dynamic_cast<const DDLogFileManagerDefault*>(logFileManager_.get()) : nullptr;

@@ -133,8 +133,8 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   std::uint64_t offset_ = 0;              // in the open file, after the last write
   std::uint64_t device_ = 0, inode_ = 0;  // the open file: is it still the one of that path?
   bool endsInsideLine_ = false;           // the open file: a write, or a killed process, left a line half done
-  bool isBegun_ = false;                  // the current file was made by this logger, not found
-  std::string passedOver_, unopened_;     // what the console was told of a file, and of all; empty when it is over
+  bool isBegun_ = false;                  // the current file was made for this logger, not found
+  std::string passedOver_, unopened_;     // the last reports of a file not used and of no file; empty: neither applies
   std::int64_t lastLook_ = 0;             // monotonic nanoseconds
   std::uint64_t linesSinceLook_ = 0;
   std::uint32_t timerGeneration_ = 0;  // the process that rollingTimer was set in (kernel::forkGeneration)

@@ -147,7 +147,7 @@ NSString DDLogFileManagerDefault::logsDirectory() {
   return *_logsDirectory;
 }
 
-/// Tells the console when the folder cannot be made, unless it was told so before; an empty error is success.
+/// Reports that the folder cannot be made, unless that was reported before; an empty error is success.
 void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
   const NSString failure = error ? error->localizedDescription() : NSString();
   {

@@ -103,8 +103,8 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   // Its identity, with the time because the number of a removed file is used again.
   std::uint64_t newestDevice_ NK_GUARDED_BY(mutex_) = 0, newestInode_ NK_GUARDED_BY(mutex_) = 0;
   std::int64_t newestCreation_ NK_GUARDED_BY(mutex_) = 0;
-  NSString folderFailure_ NK_GUARDED_BY(mutex_);  // what the console was told; empty while there is a folder
-  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;     // the error that it was told; 0 while files can be made
+  NSString folderFailure_ NK_GUARDED_BY(mutex_);  // the last report; empty while there is a folder
+  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;     // the last error reported; 0 while files can be made
 };
 
 }  // namespace norvik

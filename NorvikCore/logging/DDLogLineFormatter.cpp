@@ -13,46 +13,42 @@
 namespace norvik {
 namespace {
 
+constexpr std::size_t numberSize = 11, levelSize = 7;  // characters at most, and at least
+
+char* put(char* at, std::string_view text) noexcept { return at + text.copy(at, text.size()); }
+
 template <class Number>
-void appendNumber(std::string& line, Number number) {
-  char text[24];
-  const auto [end, error] = std::to_chars(text, text + sizeof text, number);
-  line.append(text, end);
+char* putNumber(char* at, Number number) noexcept {
+  return std::to_chars(at, at + numberSize, number).ptr;
 }
 
-void appendLevel(std::string& line, int flag) {
-  constexpr std::size_t width = 7;
+char* putLevel(char* at, int flag) noexcept {
   switch (flag) {
     case LOG_FLAG_ERROR:
-      line += "ERROR  ";
-      return;
+      return put(at, "ERROR  ");
     case LOG_FLAG_WARN:
-      line += "WARN   ";
-      return;
+      return put(at, "WARN   ");
     case LOG_FLAG_INFO:
-      line += "INFO   ";
-      return;
+      return put(at, "INFO   ");
     case LOG_FLAG_DEBUG:
-      line += "DEBUG  ";
-      return;
+      return put(at, "DEBUG  ");
     case LOG_FLAG_VERBOSE:
-      line += "VERBOSE";
-      return;
+      return put(at, "VERBOSE");
     default: {
-      const std::size_t begin = line.size();
-      appendNumber(line, flag);
-      if (line.size() - begin < width) line.append(width - (line.size() - begin), ' ');
+      char* const end = at + levelSize;
+      at = putNumber(at, flag);
+      while (at < end) *at++ = ' ';
+      return at;
     }
   }
 }
 
-/// Of bytes that may not be UTF-8.
-void appendName(std::string& line, std::string_view name, char alsoEscaped) {
-  if (detail::plainPrefix(name) == name.size() && name.find(alsoEscaped) == name.npos) [[likely]] {
-    line += name;
-  } else {
-    detail::appendEscaped(line, NSString(name).view(), alsoEscaped);
-  }
+/// The name as it may stand in the line; `held` keeps it where it had to be changed. The bytes may not be UTF-8.
+std::string_view escapedName(std::string_view name, char alsoEscaped, std::string& held) {
+  if (detail::plainPrefix(name) == name.size() && name.find(alsoEscaped) == name.npos) [[likely]]
+    return name;
+  detail::appendEscaped(held, NSString(name).view(), alsoEscaped);
+  return held;
 }
 
 std::string_view lastPart(const char* path) noexcept {
@@ -103,17 +99,22 @@ void DDLogLineFormatter::appendRecord(std::string& text, const detail::LogRecord
 }
 
 void DDLogLineFormatter::appendHead(std::string& text, const Head& head) const {
+  std::string heldLabel, heldFile;
+  const std::string_view label = escapedName(head.label, ']', heldLabel);
+  const std::string_view file = escapedName(lastPart(head.file), ' ', heldFile);
   dateFormatter_->appendStringFromDate(head.timestamp, text);
-  appendLevel(text, head.flag);
-  text += " [";
-  appendName(text, head.label, ']');
-  text += ':';
-  appendNumber(text, head.threadId);
-  text += "] ";
-  appendName(text, lastPart(head.file), ' ');
-  text += ':';
-  appendNumber(text, head.line);
-  text += "  ";
+  constexpr std::string_view beforeLabel = " [", beforeFile = "] ", beforeText = "  ";
+  const std::size_t begin = text.size();
+  text.resize(begin + 3 * numberSize + label.size() + file.size() + 8);  // the punctuation has eight characters
+  char* at = text.data() + begin;
+  at = put(putLevel(at, head.flag), beforeLabel);
+  at = put(at, label);
+  *at++ = ':';
+  at = put(putNumber(at, head.threadId), beforeFile);
+  at = put(at, file);
+  *at++ = ':';
+  at = put(putNumber(at, head.line), beforeText);
+  text.resize(static_cast<std::size_t>(at - text.data()));
 }
 
 NSString DDLogLineFormatter::escaped(const NSString& text) {

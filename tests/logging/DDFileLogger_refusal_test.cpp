@@ -47,13 +47,19 @@ class DDFileLoggerRefusal : public test::CleanDDLog {
  protected:
   static constexpr uid_t somebodyElse = 54321;
 
-  static Ref<DDFileLogger> addLogger(const Ref<DDLogFileManager>& manager) {
+  void TearDown() override {
+    CleanDDLog::TearDown();
+    for (const auto& logger : added_) dispatch_sync(logger->loggerQueue(), [] {});  // which archive their files
+  }
+
+  Ref<DDFileLogger> addLogger(const Ref<DDLogFileManager>& manager) {
     auto logger = DDFileLogger::initWithLogFileManager(manager);
     logger->setLogFormatter(nullptr);
     DDLog::addLogger(logger);
+    added_.push_back(logger);
     return logger;
   }
-  static Ref<DDFileLogger> addLogger(const std::string& path) { return addLogger(make<RecordingManager>(path)); }
+  Ref<DDFileLogger> addLogger(const std::string& path) { return addLogger(make<RecordingManager>(path)); }
   static void sayNow(const NSString& text) { test::say(text, LOG_FLAG_ERROR, false); }
   /// As many lines as a logger writes between two looks at its folder.
   static void sayUntilTheNextLook() {
@@ -69,6 +75,9 @@ class DDFileLoggerRefusal : public test::CleanDDLog {
   }
 
   TemporaryFolder folder, elsewhere;
+
+ private:
+  std::vector<Ref<DDFileLogger>> added_;
 };
 
 struct Impostor {
@@ -298,10 +307,11 @@ TEST_F(DDFileLoggerRefusal, AnIncompleteLastLineIsEndedBeforeTheFirstLineOfTheNe
   for (const auto& row : rows) {
     const TemporaryFolder logs;
     const std::string path = logs.write("log-ABCDEF.txt", row.left);
-    addLogger(logs.path());
+    const auto logger = addLogger(logs.path());
     sayNow("text"), sayNow("more");
     EXPECT_EQ(TemporaryFolder::read(path), row.expected) << row.why;
     clean();
+    dispatch_sync(logger->loggerQueue(), [] {});
   }
 }
 
@@ -411,7 +421,7 @@ TEST_F(DDFileLoggerRefusal, WhereAGroupMayWriteFilesOfItsUsersAreShared) {
   EXPECT_EQ(TemporaryFolder::read(theirs), "theirs\nours\n");
 }
 
-/// Somebody else's hand between the making of a file and its opening.
+/// Another user's change between the making of a file and its opening.
 class Meddled : public RecordingManager {
   NK_OBJECT(Meddled, RecordingManager)
   Meddled(const std::string& folder, std::function<void(const std::string&)> meddle)

@@ -500,18 +500,23 @@ TEST(DDLogFileManagerDefault, AFolderThatCannotBeMadeIsReportedOnceUntilItCouldB
 }
 
 TEST(DDLogFileManagerDefault, AFileThatCannotBeMadeIsReportedOnceUntilOneCould) {
-  if (geteuid() == 0) GTEST_SKIP() << "root may make files anywhere";
-  const TemporaryFolder folder;
-  const kernel::SystemLogCapture console;
-  const auto manager = managerFor(folder);
-  for (std::size_t reports : {1U, 2U}) {
-    ASSERT_EQ(chmod(folder.path().c_str(), 0500), 0);
-    for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
-    ASSERT_EQ(console.lines().size(), reports);
-    EXPECT_THAT(console.lines().back(), ::testing::HasSubstr("Permission denied"));
-    ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
-    EXPECT_TRUE(std::filesystem::exists(manager->createNewLogFile().str()));
-  }
+  RUN_IN_CHILD({
+    const TemporaryFolder folder;
+    if (geteuid() == 0) {  // who may make files anywhere
+      ASSERT_EQ(chown(folder.path().c_str(), 54321, 54321), 0);
+      ASSERT_EQ(setuid(54321), 0);
+    }
+    const kernel::SystemLogCapture console;
+    const auto manager = managerFor(folder);
+    for (std::size_t reports : {1U, 2U}) {
+      ASSERT_EQ(chmod(folder.path().c_str(), 0500), 0);
+      for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
+      ASSERT_EQ(console.lines().size(), reports);
+      EXPECT_THAT(console.lines().back(), ::testing::HasSubstr("Permission denied"));
+      ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
+      EXPECT_TRUE(std::filesystem::exists(manager->createNewLogFile().str()));
+    }
+  });
 }
 
 TEST(DDLogFileManagerDefault, SurplusLinksAndPipesGoButNotWhatLinksLeadTo) {

@@ -222,6 +222,8 @@ TEST_F(DDLogLineFormatterInAFile, MessagesInARowLookAsIfTheyCameOneByOne) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     EXPECT_EQ(lines[i].substr(25), head + forms[i % std::size(forms)].escaped) << i;
   }
+  clean();
+  dispatch_sync(logger->loggerQueue(), [] {});  // which archives the file
 }
 
 }  // namespace

@@ -102,31 +102,35 @@ std::optional<char16_t> takeEscape(std::string_view& text) noexcept {
 std::size_t plainPrefix(std::string_view text) noexcept {
   std::size_t at = 0;
   while (at + 8 <= text.size() && !mayNeedEscape(text.data() + at)) at += 8;
+  // The last eight bytes at once, some of them again.
+  if (at + 8 > text.size() && text.size() >= 8 && !mayNeedEscape(text.data() + text.size() - 8)) return text.size();
   while (at < text.size() && isPlain(text[at])) ++at;
   return at;
 }
 
 void appendEscaped(std::string& line, std::string_view text, char alsoEscaped) {
-  while (!text.empty()) {
-    std::size_t plain = plainPrefix(text);
-    if (alsoEscaped != '\0') plain = std::min(plain, text.find(alsoEscaped));
-    line.append(text.substr(0, plain));
-    text.remove_prefix(plain);
-    if (text.empty()) return;
-    if (utf8::byteAt(text.data()) < 0x80) {
-      text.front() == alsoEscaped ? appendByteEscape(line, utf8::byteAt(text.data()))
-                                  : appendAsciiEscape(line, text.front());
-      text.remove_prefix(1);
-      continue;
+  std::size_t done = 0, at = 0;
+  while (at < text.size()) {
+    std::size_t plain = plainPrefix(text.substr(at));
+    if (alsoEscaped != '\0') plain = std::min(plain, text.find(alsoEscaped, at) - at);
+    at += plain;
+    if (at >= text.size()) break;
+    const utf8::Character character = utf8::decode(text.data() + at);
+    const bool isEscaped = character.point < 0x80 || isEscapedPoint(character.point);
+    if (isEscaped) {
+      line.append(text.substr(done, at - done));
+      done = at + character.size;
+      if (character.point >= 0x80) {
+        appendPointEscape(line, character.point);
+      } else if (text[at] == alsoEscaped) {
+        appendByteEscape(line, utf8::byteAt(text.data() + at));
+      } else {
+        appendAsciiEscape(line, text[at]);
+      }
     }
-    const utf8::Character character = utf8::decode(text.data());
-    if (isEscapedPoint(character.point)) {
-      appendPointEscape(line, character.point);
-    } else {
-      line.append(text.substr(0, character.size));
-    }
-    text.remove_prefix(character.size);
+    at += character.size;
   }
+  line.append(text.substr(done));
 }
 
 std::optional<NSString> unescapedText(const NSString& line) {

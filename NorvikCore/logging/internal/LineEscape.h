@@ -1,5 +1,4 @@
-// NorvikCore/logging/internal/LineEscape.h - text that stays within one line, and can be told from what stands beside
-// it.
+// NorvikCore/logging/internal/LineEscape.h - escapes that keep a text within one line, and the way back.
 //
 //   appendEscaped(line, "paid\n\033[2Jnobody");      // paid\n\x1b[2Jnobody, in one line
 //   unescapedText("paid\\nnobody");                    // the line feed again

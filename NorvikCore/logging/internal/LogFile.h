@@ -5,7 +5,7 @@
 //   if (file.endsInsideLine) ...        // a process was killed in the middle of a line
 //
 // A log file is a regular file of this user with one name. Anything else in a log folder was put there by mistake or on
-// purpose: writing would wait for a reader, or hand the lines to somebody else, or change a file elsewhere.
+// purpose: writing would wait for a reader, give the lines to another user, or change a file elsewhere.
 //
 // Threads: pure functions of the file system.
 #pragma once
@@ -43,7 +43,7 @@ struct OpenLogFile {
 /// may be one.
 [[nodiscard]] LogFileRefusal openLogFile(const std::string& path, LogFileOwner owner, OpenLogFile& file);
 
-/// A path as it may stand in a line of the console, on which a file's name could otherwise put lines of its own.
+/// A path for a line of the console, escaped because a file's name may contain line feeds.
 [[nodiscard]] std::string printable(const NSString& path);
 
 }  // namespace norvik::detail

@@ -33,7 +33,7 @@ class NK_EXPORT ProcessorCountOverride {
 /// The process id, asked of the kernel each time, so that it is right in a forked child.
 [[nodiscard]] NK_EXPORT std::int32_t processId() noexcept;
 
-/// The user whose rights count when a file is opened, and who owns what is made: the effective user.
+/// The effective user: its rights count when a file is opened, and it owns new files.
 [[nodiscard]] NK_EXPORT std::uint32_t effectiveUserId() noexcept;
 
 /// The last part of the path the program was started by.

@@ -76,8 +76,8 @@ TEST_P(PayrunBadInput, IsRefusedWithItsPlaceAndNoOutput) {
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "payrun: " + folder_.path() + "/" + input.complaint + "\n");
   EXPECT_FALSE(std::filesystem::exists(folder_.path("report.txt")));
-  std::string logged = input.complaint;  // the log escapes backslashes, so that its lines can be read back
-  for (std::size_t i = 0; (i = logged.find('\\', i)) != std::string::npos; i += 2) logged.insert(i, "\\");
+  std::string logged;  // which escapes the complaint's backslashes
+  for (const char c : std::string(input.complaint)) logged.append(c == '\\' ? 2 : 1, c);
   EXPECT_THAT(readLogs(folder_.path("logs")), HasSubstr(logged));
 }
 
