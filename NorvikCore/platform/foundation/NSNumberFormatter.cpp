@@ -518,16 +518,30 @@ struct NSNumberFormatter::Engine {
     UErrorCode status = U_ZERO_ERROR;
     const double real = result.getDouble(status);
     if (U_FAILURE(status)) return std::nullopt;
+    if (isSpelt(units, real)) return NSNumber(real);
+    // ICU adds the digits of a fraction up in doubles.
+    constexpr int mostSteps = 8;
+    double below = real, above = real;
+    for (int i = 0; i < mostSteps && real != std::trunc(real); ++i) {
+      below = std::nextafter(below, -HUGE_VAL);
+      above = std::nextafter(above, HUGE_VAL);
+      if (isSpelt(units, below)) return NSNumber(below);
+      if (isSpelt(units, above)) return NSNumber(above);
+    }
+    return std::nullopt;
+  }
+
+  [[nodiscard]] bool isSpelt(const icu::UnicodeString& text, double number) const {
     for (std::int32_t i = 0; i < words->getNumberOfRuleSetNames(); ++i) {
       const icu::UnicodeString rules = words->getRuleSetName(i);
       if (rules.indexOf(u"year") >= 0) continue;
       icu::UnicodeString spelt;
       icu::FieldPosition ignored;
-      words->format(real, rules, spelt, ignored, status);
-      if (U_SUCCESS(status) && spelt == units) return NSNumber(real);
-      status = U_ZERO_ERROR;
+      UErrorCode status = U_ZERO_ERROR;
+      words->format(number, rules, spelt, ignored, status);
+      if (U_SUCCESS(status) && spelt == text) return true;
     }
-    return std::nullopt;
+    return false;
   }
 
   [[nodiscard]] std::optional<NSNumber> numberFrom(const NSString& text) const {

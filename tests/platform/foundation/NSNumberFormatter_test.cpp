@@ -656,6 +656,9 @@ TEST(NSNumberFormatter, WordsAreReadWhereTheyAreOneNumber) {
   EXPECT_EQ(read(*words, "minus two point five"), "-2.5");
   EXPECT_EQ(read(*words, words->stringFromNumber(999'999'999'999'999).utf8().c_str()), "999999999999999");
   EXPECT_EQ(read(*words, "one quadrillion and one"), "no");
+  for (const char* number : {"4.6957402161574358", "-0.30000000000000004", "123456789.01234567", "0.1"}) {
+    EXPECT_EQ(read(*words, words->stringFromNumber(dec(number)).utf8().c_str()), number);
+  }
   EXPECT_EQ(read(*words, "1,000,000,000,000,000,000"), "1000000000000000000");
   EXPECT_EQ(read(*words, "1234567890123456.78"), "1234567890123456.78");
   EXPECT_EQ(read(*words, "twelve twelve"), "no");

@@ -141,6 +141,18 @@ TEST(ZoneRules, LocalTimesThatAreSkippedMoveForwardAndThoseThatOccurTwiceAreTheF
   for (const auto& row : rows) EXPECT_EQ(rules->instantOfLocal(instant(row.local)), instant(row.expected)) << row.local;
 }
 
+TEST(ZoneRules, ALocalTimeThatAChangeSoonAfterAGapBringsBackIsNotSkipped) {
+  constexpr std::int64_t hour = 3600;
+  const ZoneRules rules = ZoneRules::fromChanges(
+      {{-11 * 3600, false, "west"}, {14 * 3600, false, "east"}, {-10 * 3600, false, "back"}}, {{0, 1}, {12 * hour, 2}});
+  EXPECT_EQ(rules.instantOfLocal(-11 * hour - 1), -1);
+  EXPECT_EQ(rules.instantOfLocal(-11 * hour), 0) << "skipped";
+  EXPECT_EQ(rules.instantOfLocal(2 * hour - 1), 13 * hour - 1) << "skipped";
+  EXPECT_EQ(rules.instantOfLocal(2 * hour), 12 * hour) << "the clocks show it after the second change";
+  EXPECT_EQ(rules.instantOfLocal(14 * hour - 1), 24 * hour - 1);
+  EXPECT_EQ(rules.instantOfLocal(14 * hour), 0) << "twice: the first";
+}
+
 TEST(ZoneRules, AFixedZoneNeverChanges) {
   const ZoneRules rules = ZoneRules::fixed({-18000, false, "EST"});
   EXPECT_EQ(rules.typeAt(0).offset, -18000);

@@ -221,12 +221,18 @@ std::optional<std::int64_t> ZoneRules::nextChangeAfter(std::int64_t instant) con
 std::int64_t ZoneRules::instantOfLocal(std::int64_t local) const noexcept {
   local = clamped(local, INT64_MAX - widestOffset);
   ZoneSpan span = spanAt(local - widestOffset);
+  std::optional<std::int64_t> skipped;  // as if the clock had not been moved yet
   while (true) {
     const std::int64_t instant = local - span.type->offset;
-    if (instant < span.until || span.until == INT64_MAX) return instant;
-    const ZoneSpan next = spanAt(span.until);
-    if (local - next.type->offset < next.from) return instant;  // skipped: as if the clock had not been moved yet
-    span = next;
+    if (instant < span.until || span.until == INT64_MAX) {
+      if (!skipped || instant >= span.from) return instant;
+    } else if (!skipped) {
+      const ZoneSpan next = spanAt(span.until);
+      if (local - next.type->offset < next.from) skipped = instant;
+    }
+    // A change that comes soon after a gap may bring the local time back.
+    if (skipped && (span.until == INT64_MAX || span.until > local + widestOffset)) return *skipped;
+    span = spanAt(span.until);
   }
 }
 
