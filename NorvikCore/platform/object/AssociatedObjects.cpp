@@ -1,12 +1,11 @@
 #include "NorvikCore/platform/object/AssociatedObjects.h"
 
-#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 
 #include <algorithm>
-#include <array>
-#include <unordered_map>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -14,47 +13,47 @@ namespace norvik {
 namespace {
 
 struct Association {
-  const void* key;
+  const void* key = nullptr;
   Value value;            ///< absent for an object that is not kept
   Weak<NSObject> object;  ///< of an object that is not kept
 };
 
-using Associations = std::vector<Association>;
+}  // namespace
 
-/// The associations of some objects, by address. Values are let go only outside the lock, since an object that goes may
-/// call back.
-struct Stripe {
-  Mutex mutex;
-  std::unordered_map<const NSObject*, Associations> byObject NK_GUARDED_BY(mutex);
+// Values are released only outside the record's lock, because an object that is destroyed may call back.
+struct detail::AssociationList {
+  Association first;  ///< most objects have one, so it costs one allocation
+  std::vector<Association> further;
+
+  Association* find(const void* key) {
+    if (first.key == key) return &first;
+    const auto found = std::ranges::find(further, key, &Association::key);
+    return found == further.end() ? nullptr : &*found;
+  }
 };
 
-Stripe& stripeOf(const NSObject& object) {
-  static auto& stripes = *new std::array<Stripe, 64>;
-  return stripes[(reinterpret_cast<std::uintptr_t>(&object) >> 5) % stripes.size()];
-}
+namespace {
 
-Associations::iterator findKey(Associations& associations, const void* key) {
-  return std::ranges::find(associations, key, &Association::key);
-}
-
-Associations takeAll(const NSObject& object) {
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  auto node = stripe.byObject.extract(&object);
-  return node ? std::move(node.mapped()) : Associations();
-}
+using detail::AssociationList;
+using detail::SideRecord;
+using detail::WordLock;
 
 void removeKey(const NSObject& object, const void* key) {
-  Association removed;  // outlives the lock
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  const auto found = stripe.byObject.find(&object);
-  if (found == stripe.byObject.end()) return;
-  const auto association = findKey(found->second, key);
-  if (association == found->second.end()) return;
-  removed = std::move(*association);
-  found->second.erase(association);
-  if (found->second.empty()) stripe.byObject.erase(found);
+  SideRecord* record = SideRecord::find(object);
+  if (!record) return;
+  std::unique_ptr<AssociationList> last;  // outlive the lock
+  Association removed;
+  WordLock lock(record->mutex);
+  Association* association = record->associations ? record->associations->find(key) : nullptr;
+  if (!association) return;
+  auto& further = record->associations->further;
+  if (further.empty()) {
+    last.reset(std::exchange(record->associations, nullptr));
+    return;
+  }
+  if (association != &further.back()) std::swap(*association, further.back());
+  removed = std::move(further.back());
+  further.pop_back();
 }
 
 }  // namespace
@@ -68,30 +67,39 @@ void setAssociatedValue(NSObject& object, const void* key, Value value, Associat
   } else {
     association.value = std::move(value);
   }
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  Associations& associations = stripe.byObject[&object];
-  detail::ObjectAccess::setHasAssociated(object);
-  if (const auto present = findKey(associations, key); present != associations.end()) {
+  SideRecord& record = SideRecord::findOrMake(object);
+  WordLock lock(record.mutex);
+  if (!record.associations) {
+    record.associations = new AssociationList{std::move(association), {}};
+  } else if (Association* present = record.associations->find(key)) {
     std::swap(*present, association);
   } else {
-    associations.push_back(std::move(association));
+    record.associations->further.push_back(std::move(association));
   }
 }
 
 Value associatedValue(const NSObject& object, const void* key) {
-  if (!detail::ObjectAccess::hasAssociated(object)) return {};
-  Stripe& stripe = stripeOf(object);
-  MutexLock lock(stripe.mutex);
-  const auto found = stripe.byObject.find(&object);
-  if (found == stripe.byObject.end()) return {};
-  const auto association = findKey(found->second, key);
-  if (association == found->second.end()) return {};
-  return association->value.isAbsent() ? Value(association->object.lock()) : association->value;
+  SideRecord* record = SideRecord::find(object);
+  if (!record) return {};
+  Weak<NSObject> notKept;
+  {
+    WordLock lock(record->mutex);
+    const Association* association = record->associations ? record->associations->find(key) : nullptr;
+    if (!association) return {};
+    if (!association->value.isAbsent()) return association->value;
+    notKept = association->object;
+  }
+  return Value(notKept.lock());
 }
 
-void removeAssociatedValues(NSObject& object) { takeAll(object); }
+void removeAssociatedValues(NSObject& object) {
+  SideRecord* record = SideRecord::find(object);
+  if (!record) return;
+  std::unique_ptr<AssociationList> all;  // outlives the lock
+  WordLock lock(record->mutex);
+  all.reset(std::exchange(record->associations, nullptr));
+}
 
-void detail::forgetAssociated(const NSObject* object) noexcept { takeAll(*object); }
+void detail::releaseAssociations(AssociationList* associations) noexcept { delete associations; }
 
 }  // namespace norvik

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/object/NSObject.h"
 
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <array>
@@ -22,11 +23,16 @@ bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
 void ObjectAccess::destroy(const NSObject* object) noexcept {
   // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
   object->count_.storeRelaxed(dyingCount);
-  const std::uint32_t flags = object->flags_.loadAcquire();
-  if (flags & NSObject::weakFlag) forgetWeak(object);
-  if (flags & NSObject::listFlag) forgetObservers(const_cast<NSObject&>(*object));
-  if (flags & NSObject::associatedFlag) forgetAssociated(object);
+  SideRecord* record = SideRecord::find(*object);
+  if (!record) {
+    delete object;
+    return;
+  }
+  const auto [observers, associations] = record->forgetObject();
+  if (observers) endObserving(const_cast<NSObject&>(*object), observers);
+  if (associations) releaseAssociations(associations);
   delete object;
+  record->release();  // now, because destructors remove observers by the record
 }
 
 }  // namespace detail

@@ -110,9 +110,9 @@ class NK_EXPORT NSObject {
  private:
   friend struct detail::ObjectAccess;
 
-  static constexpr std::uint32_t observedFlag = 1, weakFlag = 2, associatedFlag = 4;
-  static constexpr std::uint32_t listFlag = 8;        ///< it was observed at some time
-  static constexpr std::uint32_t permanentFlag = 16;  ///< it lives as long as the process
+  static constexpr std::uint32_t observedFlag = 1;
+  static constexpr std::uint32_t permanentFlag = 2;  ///< it lives as long as the process
+  static constexpr int recordShift = 2;              ///< the other bits: the number of its side record, or 0
 
   mutable detail::AtomicWord<std::uint32_t> count_{1};
   mutable detail::AtomicWord<std::uint32_t> flags_;

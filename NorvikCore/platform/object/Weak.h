@@ -4,8 +4,9 @@
 //   Weak<Payslip> watched = slip;
 //   if (Ref<Payslip> alive = watched.lock()) alive->recalculate();
 //
-// The first Weak to an object makes an entry in a side table; objects without one pay nothing. Reading is safe on any
-// thread, also while the object goes on another; one Weak itself is a value like any other.
+// The first Weak to an object, observer of it or value associated with it makes the object's side record, which a Weak
+// keeps; objects without one pay nothing. Reading is safe on any thread, also while the object is destroyed on another;
+// one Weak itself is a value like any other.
 #pragma once
 
 #include "NorvikCore/platform/object/Ref.h"
@@ -13,12 +14,13 @@
 namespace norvik {
 namespace detail {
 
-class WeakCell;
-NK_EXPORT WeakCell* weakCell(const NSObject* object) noexcept;  ///< the object's cell, with one count for the caller
-NK_EXPORT void retain(WeakCell* cell) noexcept;
-NK_EXPORT void release(WeakCell* cell) noexcept;
-NK_EXPORT NSObject* lock(WeakCell* cell) noexcept;  ///< the object with one count for the caller, or null
-NK_EXPORT bool isGone(WeakCell* cell) noexcept;     ///< the object is gone or going
+class SideRecord;
+NK_EXPORT SideRecord* weakRecord(
+    const NSObject* object) noexcept;  ///< the object's record, with one count for the caller
+NK_EXPORT void retain(SideRecord* record) noexcept;
+NK_EXPORT void release(SideRecord* record) noexcept;
+NK_EXPORT NSObject* lock(SideRecord* record) noexcept;  ///< the object with one count for the caller, or null
+NK_EXPORT bool isGone(SideRecord* record) noexcept;     ///< the object is gone or going
 
 }  // namespace detail
 
@@ -30,35 +32,35 @@ class Weak {
   template <class U>
   requires std::is_convertible_v<U*, T*> Weak(const Ref<U>& object)
   noexcept : Weak(object.get()) {}
-  explicit Weak(T* object) noexcept : object_(object), cell_(object ? detail::weakCell(object) : nullptr) {}
-  Weak(const Weak& other) noexcept : object_(other.object_), cell_(other.cell_) {
-    if (cell_) detail::retain(cell_);
+  explicit Weak(T* object) noexcept : object_(object), record_(object ? detail::weakRecord(object) : nullptr) {}
+  Weak(const Weak& other) noexcept : object_(other.object_), record_(other.record_) {
+    if (record_) detail::retain(record_);
   }
   Weak(Weak&& other) noexcept
-      : object_(std::exchange(other.object_, nullptr)), cell_(std::exchange(other.cell_, nullptr)) {}
+      : object_(std::exchange(other.object_, nullptr)), record_(std::exchange(other.record_, nullptr)) {}
   ~Weak() {
-    if (cell_) detail::release(cell_);
+    if (record_) detail::release(record_);
   }
   Weak& operator=(Weak other) noexcept {
     std::swap(object_, other.object_);
-    std::swap(cell_, other.cell_);
+    std::swap(record_, other.record_);
     return *this;
   }
 
   /// The object, kept while the result lives, or empty once the object is gone or going.
   [[nodiscard]] Ref<T> lock() const noexcept {
-    return cell_ && detail::lock(cell_) ? Ref<T>::adopt(object_) : Ref<T>();
+    return record_ && detail::lock(record_) ? Ref<T>::adopt(object_) : Ref<T>();
   }
 
   /// Refers to no object, or to one that is gone or going.
-  [[nodiscard]] bool isGone() const noexcept { return !cell_ || detail::isGone(cell_); }
+  [[nodiscard]] bool isGone() const noexcept { return !record_ || detail::isGone(record_); }
 
   /// Both refer to the same object, alive or gone, or both to none.
-  friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.cell_ == b.cell_; }
+  friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.record_ == b.record_; }
 
  private:
   T* object_ = nullptr;
-  detail::WeakCell* cell_ = nullptr;
+  detail::SideRecord* record_ = nullptr;
 };
 
 }  // namespace norvik

@@ -1,13 +1,11 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 
-#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
-#include "NorvikCore/platform/object/internal/PointerTable.h"
-#include "NorvikCore/platform/object/internal/WordMutex.h"
+#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace norvik::detail {
@@ -111,52 +109,41 @@ Ref<ObserverList> ObserverList::copy() const {
 
 namespace {
 
-/// The lists of some objects. An object that was ever observed keeps its list, perhaps empty, until it goes.
-struct Stripe {
-  WordMutex mutex;
-  PointerTable<Ref<ObserverList>> lists NK_GUARDED_BY(mutex);
-};
-
-Stripe& stripeOf(const NSObject* object) {
-  static auto& stripes = *new std::array<Stripe, 64>;
-  return stripes[(reinterpret_cast<std::uintptr_t>(object) >> 5) % stripes.size()];
-}
-
-/// The list as one that may be changed: a copy, where a change that is being announced holds it.
-ObserverList& changeable(Ref<ObserverList>& list) {
-  if (!list) {
-    list = make<ObserverList>();
-  } else if (ObjectAccess::count(*list).loadAcquire() != 1) {
-    list = list->copy();
+/// The record's list as one that may be changed: a copy, if a change that is being announced holds it.
+ObserverList& changeable(SideRecord& record) NK_REQUIRES(record.mutex) {
+  if (!record.observers) {
+    record.observers = make<ObserverList>().take();
+  } else if (ObjectAccess::count(*record.observers).loadAcquire() != 1) {
+    ObserverList* copy = record.observers->copy().take();
+    release(std::exchange(record.observers, copy));  // the change keeps it
   }
-  return *list;
+  return *record.observers;
 }
 
-/// remove(list) on the object's list; what it gives goes after the lock.
+/// remove(list) on the object's list; the result is to be released after the lock.
 template <class Remove>
-Ref<Registration> removeFrom(Stripe& stripe, const NSObject& object, Remove&& remove) NK_REQUIRES(stripe.mutex) {
-  Ref<ObserverList>* list = stripe.lists.find(&object);
-  if (!list) return nullptr;
-  ObserverList& changed = changeable(*list);
+Ref<Registration> removeFrom(SideRecord& record, const NSObject& object, Remove&& remove) NK_REQUIRES(record.mutex) {
+  if (!record.observers) return nullptr;
+  ObserverList& changed = changeable(record);
   Ref<Registration> removed = remove(changed);
   if (removed && changed.count() == 0) ObjectAccess::setObserved(object, false);
   return removed;
 }
 template <class Remove>
 Ref<Registration> removeFrom(const NSObject& object, Remove&& remove) {
-  Stripe& stripe = stripeOf(&object);
-  WordLock lock(stripe.mutex);
-  return removeFrom(stripe, object, remove);
+  SideRecord* record = SideRecord::find(object);
+  if (!record) return nullptr;
+  WordLock lock(record->mutex);
+  return removeFrom(*record, object, remove);
 }
 
 }  // namespace
 
 Ref<const ObserverList> observersOf(const NSObject& object) {
   if (!object.isObserved()) return nullptr;
-  Stripe& stripe = stripeOf(&object);
-  WordLock lock(stripe.mutex);
-  const Ref<ObserverList>* list = stripe.lists.find(&object);
-  return list ? *list : nullptr;
+  SideRecord& record = *SideRecord::find(object);
+  WordLock lock(record.mutex);
+  return Ref<const ObserverList>(record.observers);
 }
 
 namespace {
@@ -168,11 +155,11 @@ bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> reg
   ObserverList::Entry entry{std::move(registration), affecting, static_cast<std::uint32_t>(depth), hash};
   std::vector<Ref<Registration>> gone;
   {
-    Stripe& stripe = stripeOf(&object);
-    WordLock lock(stripe.mutex);
+    SideRecord& record = SideRecord::findOrMake(object);
+    WordLock lock(record.mutex);
     if (!entry.registration->isActive()) return false;
     // An entry further along a path is added under the lock of its registration, where no other one can be ended.
-    changeable(stripe.lists[&object]).add(std::move(entry), depth == 0 ? &gone : nullptr);
+    changeable(record).add(std::move(entry), depth == 0 ? &gone : nullptr);
     if (!object.isObserved()) ObjectAccess::setObserved(object, true);
   }
   for (const Ref<Registration>& registrationLeft : gone) {
@@ -221,12 +208,11 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
 }
 
 void endRegistration(NSObject* object, Registration& registration) {
-  Ref<Registration> removed;  // goes after the lock
-  if (object) {
-    Stripe& stripe = stripeOf(object);
-    WordLock lock(stripe.mutex);
+  Ref<Registration> removed;  // outlives the lock
+  if (SideRecord* record = object ? SideRecord::find(*object) : nullptr) {
+    WordLock lock(record->mutex);
     registration.stop();
-    removed = removeFrom(stripe, *object, [&](ObserverList& list) {
+    removed = removeFrom(*record, *object, [&](ObserverList& list) {
       return list.remove(registration.hash32(), [&](const ObserverList::Entry& e) {
         return e.registration.get() == &registration && e.depth == 0;
       });
@@ -237,14 +223,8 @@ void endRegistration(NSObject* object, Registration& registration) {
   registration.leavePath();
 }
 
-void forgetObservers(NSObject& object) noexcept {
-  Ref<ObserverList> list;
-  {
-    Stripe& stripe = stripeOf(&object);
-    WordLock lock(stripe.mutex);
-    list = stripe.lists.take(&object);
-  }
-  if (!list) return;
+void endObserving(NSObject& object, ObserverList* observers) noexcept {
+  const auto list = Ref<ObserverList>::adopt(observers);
   for (const ObserverList::Entry& entry : list->entries()) {
     if (entry.registration) entry.registration->objectGoes(object, entry.depth);
   }

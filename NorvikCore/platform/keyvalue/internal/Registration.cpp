@@ -1,14 +1,17 @@
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 
-#include "NorvikCore/platform/collections/NSArray.h"
-#include "NorvikCore/platform/collections/NSSet.h"
-#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
-#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
-#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/values/NSException.h"
+#include "NorvikCore/platform/collections/NSSet.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -50,6 +53,19 @@ void checkStated(const Class* theClass, std::span<const NSString> keys) {
   }
 }
 
+/// All bytes have a say in it. In line, for it is a large part of what a registration costs.
+std::uint64_t mixed(std::string_view text) noexcept {
+  std::uint64_t result = text.size();
+  std::uint64_t word = 0;
+  std::size_t at = 0;
+  for (; at + sizeof word <= text.size(); at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    result = std::rotl((result ^ word) * 0x9E3779B97F4A7C15u, 29);
+  }
+  for (word = 0; at < text.size(); ++at) word = word << 8 | static_cast<unsigned char>(text[at]);
+  return (result ^ word) * 0xD6E8FEB86659FD93u;
+}
+
 /// The object in the value whose keys can be observed: a collection of elements has none.
 NSObject* observable(const Value& value) {
   NSObject* object = value.object();
@@ -60,9 +76,8 @@ NSObject* observable(const Value& value) {
 
 Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
-      isObserverPermanent_(ObjectAccess::isPermanent(observer)),
+      observerRecord_(ObjectAccess::isPermanent(observer) ? nullptr : weakRecord(&observer)),
       hash_(hashOf(observer, keyPath, context)),
-      observerReference_(isObserverPermanent_ ? nullptr : &observer),
       keyPath_(std::move(keyPath)),
       context_(context),
       options_(options) {
@@ -77,23 +92,24 @@ Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObser
   path_->places.resize(path_->keys.size());
 }
 
-Registration::~Registration() = default;
+Registration::~Registration() {
+  if (observerRecord_) detail::release(observerRecord_);
+}
 
 std::uint32_t Registration::hashOf(const NSObject& observer, const NSString& keyPath, const void* context) noexcept {
   const std::uintptr_t all = reinterpret_cast<std::uintptr_t>(&observer) +
                              3 * reinterpret_cast<std::uintptr_t>(context) +
-                             std::hash<std::string_view>()(keyPath.view());
+                             (ObjectAccess::isPermanent(observer) ? 0 : mixed(keyPath.view()));
   return static_cast<std::uint32_t>((all * 0x9E3779B97F4A7C15u) >> 32);
 }
 
 bool Registration::isOf(const NSObject& observer) const noexcept {
-  // An observer's destructor, in which its Weaks are empty already, may remove it.
-  return observer_ == &observer && (ObjectAccess::isDying(observer) || !isObserverGone());
+  return observer_ == &observer && (!observerRecord_ || observerRecord_ == SideRecord::find(observer));
 }
 
 NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
-  if (isObserverPermanent_) return observer_;
-  kept = observerReference_.lock();
+  if (!observerRecord_) return observer_;
+  kept = Ref<NSObject>::adopt(observerRecord_->retainedObject());
   return kept.get();
 }
 

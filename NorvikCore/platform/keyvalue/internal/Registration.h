@@ -25,12 +25,13 @@ class NK_EXPORT Registration : public NSObject {
   [[nodiscard]] const NSString& keyPath() const noexcept { return keyPath_; }
   [[nodiscard]] void* context() const noexcept { return context_; }
   [[nodiscard]] std::uint32_t hash32() const noexcept { return hash_; }
-  /// The hash of a registration of that observer, path and context.
+  /// The hash of a registration of that observer, path and context. The observers that are never destroyed are this
+  /// library's, and have a context for each registration: the path has no say there.
   [[nodiscard]] static std::uint32_t hashOf(const NSObject& observer, const NSString& keyPath,
                                             const void* context) noexcept;
   /// Made for this observer, not for an earlier one that was destroyed and had the same address.
   [[nodiscard]] bool isOf(const NSObject& observer) const noexcept;
-  [[nodiscard]] bool isObserverGone() const noexcept { return !isObserverPermanent_ && observerReference_.isGone(); }
+  [[nodiscard]] bool isObserverGone() const noexcept { return observerRecord_ && detail::isGone(observerRecord_); }
   /// Null where it is gone; else `kept` holds it as far as that is needed.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
   /// Before it is attached anywhere.
@@ -78,9 +79,8 @@ class NK_EXPORT Registration : public NSObject {
   void place(std::size_t depth, NSObject* object) NK_REQUIRES(path_->mutex);
 
   NSObject* const observer_;
-  const bool isObserverPermanent_;
+  SideRecord* const observerRecord_;  ///< with one count; null for an observer that is never destroyed
   const std::uint32_t hash_;
-  const Weak<NSObject> observerReference_;  ///< empty for an observer that never goes
   const NSString keyPath_;
   void* const context_;
   std::unique_ptr<Path> path_;  ///< of a path with several keys

@@ -24,20 +24,28 @@ struct ObjectAccess {
     return object.count_.loadAcquire() == 1 && object.flags_.loadAcquire() == 0;
   }
   static bool initialise(NSObject& object) { return object.init(); }
-  static void destroy(const NSObject* object) noexcept;
+  [[gnu::noinline]] static void destroy(const NSObject* object) noexcept;
 
   static void setObserved(const NSObject& object, bool observed) noexcept {
-    set(object, observed ? NSObject::observedFlag | NSObject::listFlag : NSObject::observedFlag, observed);
+    set(object, NSObject::observedFlag, observed);
   }
   /// For objects of the library that are never destroyed: nobody needs a Weak to them.
   static void setPermanent(const NSObject& object) noexcept { set(object, NSObject::permanentFlag, true); }
   static bool isPermanent(const NSObject& object) noexcept {
     return (object.flags_.loadRelaxed() & NSObject::permanentFlag) != 0;
   }
-  static void setHasWeak(const NSObject& object) noexcept { set(object, NSObject::weakFlag, true); }
-  static void setHasAssociated(const NSObject& object) noexcept { set(object, NSObject::associatedFlag, true); }
-  static bool hasAssociated(const NSObject& object) noexcept {
-    return (object.flags_.loadAcquire() & NSObject::associatedFlag) != 0;
+  static constexpr std::uint32_t greatestRecord = ~std::uint32_t{0} >> NSObject::recordShift;
+  /// The number of the object's side record; 0 where there is none.
+  static std::uint32_t record(const NSObject& object) noexcept {
+    return object.flags_.loadAcquire() >> NSObject::recordShift;
+  }
+  /// Gives the object that record unless it has one; the one it has then.
+  static std::uint32_t setRecord(const NSObject& object, std::uint32_t number) noexcept {
+    std::uint32_t seen = object.flags_.loadAcquire();
+    while (seen >> NSObject::recordShift == 0) {
+      if (object.flags_.compareExchange(seen, seen | number << NSObject::recordShift)) return number;
+    }
+    return seen >> NSObject::recordShift;
   }
   static bool isDying(const NSObject& object) noexcept { return object.count_.loadRelaxed() >= dyingCount / 2; }
   /// The last Ref is gone.
@@ -53,9 +61,11 @@ struct ObjectAccess {
   }
 };
 
-/// Called once while an object goes, before its destructor, where its flag says that there is something to forget.
-void forgetWeak(const NSObject* object) noexcept;
-void forgetAssociated(const NSObject* object) noexcept;
-void forgetObservers(NSObject& object) noexcept;
+class ObserverList;
+struct AssociationList;
+
+/// Called once while an object is destroyed, before its destructor, with what was attached to it.
+void endObserving(NSObject& object, ObserverList* observers) noexcept;
+void releaseAssociations(AssociationList* associations) noexcept;
 
 }  // namespace norvik::detail
