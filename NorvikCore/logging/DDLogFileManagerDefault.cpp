@@ -9,7 +9,6 @@
 #include "NorvikCore/platform/foundation/NSSearchPath.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
-#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/UUID.h"
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -60,16 +59,6 @@ DDLogFileManager::~DDLogFileManager() = default;
 std::uint32_t DDLogFileManager::logFilePermissions() const { return 0600; }
 void DDLogFileManager::didArchiveLogFile(const NSString&) {}
 void DDLogFileManager::didRollAndArchiveLogFile(const NSString&) {}
-
-constinit Mutex DDLogFileManagerDefault::mutex_;
-
-// Registered while the library is loaded: a fork waits for the loggers before it takes the mutex.
-const bool DDLogFileManagerDefault::takenAtForks_ = [] {
-  const auto take = []() NK_NO_THREAD_SAFETY_ANALYSIS { mutex_.lock(); };
-  const auto letGo = []() NK_NO_THREAD_SAFETY_ANALYSIS { mutex_.unlock(); };
-  kernel::atFork(take, letGo, letGo);
-  return true;
-}();
 
 DDLogFileManagerDefault::DDLogFileManagerDefault(std::optional<NSString> logsDirectory)
     : _logsDirectory(std::move(logsDirectory)) {}

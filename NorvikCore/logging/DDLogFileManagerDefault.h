@@ -96,9 +96,8 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
 
   std::optional<NSString> _logsDirectory;  // the default one until init()
   std::atomic<std::uint64_t> maximumNumberOfLogFiles_{5};
-  static Mutex mutex_;  // of all managers, since no fork may find it taken
-  static const bool takenAtForks_;
   std::atomic<std::uint32_t> logFilePermissions_{0600}, logsDirectoryPermissions_{0700};
+  mutable Mutex mutex_;
   NSString newestPath_ NK_GUARDED_BY(mutex_);  // the last file made here
   // Its identity, with the time because the number of a removed file is used again.
   std::uint64_t newestDevice_ NK_GUARDED_BY(mutex_) = 0, newestInode_ NK_GUARDED_BY(mutex_) = 0;

@@ -419,16 +419,13 @@ void LogDispatcher::prepareFork() {
     // A queue that takes longer may wait for the very thread that forks.
     dispatch_group_wait(forkGate->approaching, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
   }
-  knownMutex.lock();  // no other thread may hold it at the fork: the child would find it locked for ever
 }
 
 void LogDispatcher::endFork() {
-  knownMutex.unlock();
   if (const std::shared_ptr<ForkGate> gate = std::exchange(forkGate, nullptr)) dispatch_group_leave(gate->forking);
 }
 
 void LogDispatcher::endForkInChild() {
-  knownMutex.unlock();
   forkGate = nullptr;
   queueSemaphore = dispatch_semaphore_create(maximumQueueSize);  // the messages that were waiting are the parent's
   way.permits = queueSemaphore.core();

@@ -80,10 +80,9 @@ class LogDispatcher {
   static void flushAtProcessEnd();
 
   Mutex knownMutex;  // for the end of the process and for forks, which may come while the queue is busy
-  // The first takes knownMutex and one of the others lets go of it, after the fork.
-  void prepareFork() NK_NO_THREAD_SAFETY_ANALYSIS;
-  void endFork() NK_NO_THREAD_SAFETY_ANALYSIS;
-  void endForkInChild() NK_NO_THREAD_SAFETY_ANALYSIS;
+  void prepareFork();
+  void endFork();
+  void endForkInChild();
 
   /// All that a call needs of the dispatcher, in one cache line: what loggingQueue and queueSemaphore stand for, and
   /// the records. `dispatcher` is set last, and null before there is one.

@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -144,6 +145,7 @@ void NSCalendar::setMinimumDaysInFirstWeek(NSUInteger days) {
 
 void NSCalendar::takeWeekFromLocale() {
   if (firstWeekdayIsSet_ && minimumDaysAreSet_) return;
+  const kernel::ForkHold hold;
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::Calendar> model(icu::Calendar::createInstance(detail::icuLocale(*locale_), status));
   if (U_FAILURE(status)) return;

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/foundation/internal/DatePattern.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -40,6 +41,7 @@ icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style) {
 
 NSString patternOfStyles(NSDateFormatterStyle dateStyle, NSDateFormatterStyle timeStyle, const NSLocale& locale) {
   if (dateStyle == NSDateFormatterNoStyle && timeStyle == NSDateFormatterNoStyle) return "";
+  const kernel::ForkHold hold;
   const std::unique_ptr<icu::DateFormat> format(
       icu::DateFormat::createDateTimeInstance(icuStyle(dateStyle), icuStyle(timeStyle), detail::icuLocale(locale)));
   icu::UnicodeString pattern;
@@ -98,6 +100,7 @@ struct NSDateFormatter::Engine {
   }
 
   std::optional<Date> date(const NSString& text) {
+    const kernel::ForkHold hold;
     icu::SimpleDateFormat& format = icuFormat();
     const icu::UnicodeString units = detail::icuString(isLenient ? text.stringByTrimming() : text);
     const std::unique_ptr<icu::Calendar> fields(format.getCalendar()->clone());
@@ -202,6 +205,7 @@ struct NSDateFormatter::Engine {
   }
 
   NSString icuText(Moment moment) {
+    const kernel::ForkHold hold;
     enterSpan(moment.seconds);
     const std::int64_t since1970 = detail::clamped(moment.seconds + referenceDateSince1970, lastIcuSecond);
     const double milliseconds = static_cast<double>(since1970) * 1000 + moment.millisecond;

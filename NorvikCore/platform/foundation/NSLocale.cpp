@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 
 #include <unicode/dcfmtsym.h>
 #include <unicode/ucurr.h>
@@ -50,6 +51,7 @@ icu::UnicodeString icuString(const NSString& text) {
 bool LocaleData::writesAsciiDigits() const {
   int known = asciiDigits_.load(std::memory_order_relaxed);
   if (known < 0) {
+    const kernel::ForkHold hold;
     UErrorCode status = U_ZERO_ERROR;
     const icu::DecimalFormatSymbols symbols(locale, status);
     const auto& zero = symbols.getConstSymbol(icu::DecimalFormatSymbols::kZeroDigitSymbol);
@@ -195,6 +197,7 @@ constexpr struct {
 
 /// The root for a text that is no identifier, as "Europe/London": ICU makes a locale of it that crashes its readers.
 icu::Locale localeOf(const NSString& identifier) {
+  const kernel::ForkHold hold;
   icu::Locale locale = icu::Locale::createCanonical(identifier.str().c_str());
   return locale.isBogus() ? icu::Locale::getRoot() : locale;
 }
@@ -209,17 +212,20 @@ NSLocale::~NSLocale() = default;
 Ref<NSLocale> NSLocale::localeWithLocaleIdentifier(const NSString& identifier) { return make<NSLocale>(identifier); }
 
 Ref<NSLocale> NSLocale::currentLocale() {
+  const kernel::ForkHold hold;
   static auto& current = *new Ref<NSLocale>(make<NSLocale>(NSString(
       detail::localeIdentifierFromEnvironment(std::getenv("LC_ALL"), std::getenv("LC_TIME"), std::getenv("LANG")))));
   return current;
 }
 
 Ref<NSLocale> NSLocale::systemLocale() {
+  const kernel::ForkHold hold;
   static auto& root = *new Ref<NSLocale>(make<NSLocale>(""));
   return root;
 }
 
 Value NSLocale::objectForKey(const NSString& key) const {
+  const kernel::ForkHold hold;
   for (const auto& lookup : lookups) {
     if (lookup.key == key) return lookup.value(*this, data_->locale);
   }
@@ -227,6 +233,7 @@ Value NSLocale::objectForKey(const NSString& key) const {
 }
 
 NSString NSLocale::displayName() const {
+  const kernel::ForkHold hold;
   icu::UnicodeString name;
   return detail::stringFromIcu(data_->locale.getDisplayName(data_->locale, name));
 }

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/foundation/internal/NumberIncrement.h"
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -153,6 +154,7 @@ Span digitsIn(icu::FieldPositionIterator& fields) {
 
 /// Whether ICU can follow the pattern, in any locale.
 bool isPattern(const NSString& pattern) {
+  const kernel::ForkHold hold;
   UErrorCode status = U_ZERO_ERROR;
   static const icu::DecimalFormat& any = *new icu::DecimalFormat(u"0", status);
   icu::DecimalFormat trial(any);
@@ -465,6 +467,7 @@ struct NSNumberFormatter::Engine {
 
  public:
   [[nodiscard]] icu::UnicodeString textInIcu(const NSNumber& number) const {
+    const kernel::ForkHold hold;
     icu::UnicodeString text;
     const Decimal decimal = number.decimalValue();
     if (words && hasWords(number)) {
@@ -510,6 +513,7 @@ struct NSNumberFormatter::Engine {
   /// Words are a number where they are how one of the language's rules spells it, other than as a year: ICU reads
   /// "twelve twelve" as 1212.
   [[nodiscard]] std::optional<NSNumber> numberInWords(const NSString& text) const {
+    const kernel::ForkHold hold;
     const icu::UnicodeString units = toIcu(isLenient ? text.stringByTrimming() : text);
     icu::Formattable result;
     icu::ParsePosition position(0);
@@ -631,6 +635,7 @@ void NSNumberFormatter::setLocale(const Ref<NSLocale>& locale) {
 }
 
 NSString NSNumberFormatter::format() const {
+  const kernel::ForkHold hold;
   icu::UnicodeString pattern;
   return fromIcu(engine_->built().digits->toPattern(pattern));
 }

@@ -1,7 +1,8 @@
 // NorvikCore/platform/object/Stated.h - what the statement macros of ObjectMacros.h expand to. Users need not read it.
 #pragma once
 
-#include "NorvikCore/platform/kernel/AtomicWord.h"
+#include "NorvikCore/platform/kernel/BusyWord.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Weak.h"
@@ -110,11 +111,6 @@ class Stored {
   T value_{};
 };
 
-/// 0 is free, 1 taken, 2 taken and waited for.
-using BusyWord = AtomicWord<std::uint32_t>;
-NK_EXPORT void waitForBusy(BusyWord& word) noexcept;  ///< takes it, once it is free
-NK_EXPORT void wakeForBusy(BusyWord& word) noexcept;  ///< one of those that wait
-
 /// Storage that several threads may read and write; a reader gets the whole of one value that was written.
 template <class Owner, class T>
 class AtomicStored {
@@ -133,10 +129,12 @@ class AtomicStored {
   }
   struct Guard {
     explicit Guard(BusyWord& word) noexcept : busy(word) {
+      kernel::holdForks();
       if (busy.exchangeAcquire(1) != 0) waitForBusy(busy);
     }
     ~Guard() {
       if (busy.exchangeRelease(0) != 1) wakeForBusy(busy);
+      kernel::releaseForks();
     }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;

@@ -35,7 +35,7 @@ Table& table() {
   return made;
 }
 
-TEST(Fork, HeaderExample) {
+TEST(Fork, AHandlerMayTakeALockOfItsOwnWhichTheChildFindsFree) {
   kernel::atFork([] { table().mutex.lock(); }, [] { table().mutex.unlock(); }, [] { table().mutex.unlock(); });
   std::atomic<bool> stop{false};
   std::thread writer([&] {

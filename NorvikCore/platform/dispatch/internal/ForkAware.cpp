@@ -26,7 +26,7 @@ class ForkRegistry {
   }
 
  private:
-  ForkRegistry() { kernel::atFork(&beforeFork, &afterForkInParent, &afterForkInChild); }
+  ForkRegistry() { kernel::atForkAlone(&beforeFork, &afterForkInParent, &afterForkInChild); }
 
   static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.lock(); }
   static void afterForkInParent() NK_NO_THREAD_SAFETY_ANALYSIS { shared().mutex_.unlock(); }

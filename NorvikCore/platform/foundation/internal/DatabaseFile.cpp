@@ -96,28 +96,19 @@ class DatabaseFiles {
 
  private:
   DatabaseFiles() {
-    kernel::atFork(&beforeFork, &afterFork, &afterFork);
+    kernel::atForkAlone(&beforeFork, nullptr, nullptr);
     atLastProcessEnd(&closeAll);
   }
 
-  // Every lock is held by the forking thread, so that the child finds all of them free and nothing half done.
+  // No thread is at work on a file: they would hold its mutex.
   static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS {
-    shared().mutex_.lock();
     for (DatabaseFile* file = shared().first_; file != nullptr; file = file->next_) {
-      file->mutex_.lock();
       const int patience = file->patience_;
       file->setPatience(0);
       if (file->owner_ != nullptr) file->owner_->beforeFork();
       file->setPatience(patience);
       file->abandon();
     }
-  }
-  static void afterFork() NK_NO_THREAD_SAFETY_ANALYSIS {
-    for (DatabaseFile* file = shared().first_; file != nullptr; file = file->next_) {
-      if (file->owner_ != nullptr) file->owner_->afterFork();
-      file->mutex_.unlock();
-    }
-    shared().mutex_.unlock();
   }
 
   // Other threads may still be at work. The wait for them is bounded, because the thread that ends the process may hold

@@ -1,5 +1,5 @@
-// A database file of this user's: where it is, who may read it, how long its owner waits for others, and what becomes
-// of it when the process forks and when it ends.
+// NorvikCore/platform/foundation/internal/DatabaseFile.h - a database file of this user's: where it is, who may read
+// it, how long its owner waits for others, and what becomes of it when the process forks and when it ends.
 //
 //   constexpr DatabaseFile::Format format = {.applicationId = 0x4E6B436B, .version = 1,
 //                                            .schema = "CREATE TABLE cookie(name TEXT, value TEXT)",
@@ -22,15 +22,12 @@
 // Writing:     in SQLite's write-ahead mode: what was committed survives the end of the process, however it ends, and a
 //              reader waits for no writer. Where nothing can be written, the file is read as it stands.
 // Locks:       an operation waits a second for another process. After one that failed, the next ones wait a twentieth
-// of
-//              that, until one succeeds.
+//              of that, until one succeeds.
 // Signals:     none comes of a write that fails: see QuietWrites.
 // Forks:       the connection is closed before each fork, since SQLite's locks belong to the process, and opened again
-// on
-//              both sides when it is next needed.
+//              on both sides when it is next needed.
 // The end:     the connection is closed after everything else (see ProcessEnd.h), so that the database is one file
-// again;
-//              in a child made by fork() too, if it ends by exit().
+//              again; in a child made by fork() too, if it ends by exit().
 //
 // Confined to the thread that holds the mutex. An operation that fails closes what may be wrong; the next one begins
 // anew.
@@ -68,15 +65,13 @@ class DatabaseFile {
     const char* sample;    ///< a statement that can be prepared where the tables are there
   };
 
-  /// What an owner wants to do when the process forks or ends. Called with the file's mutex held.
+  /// What an owner wants to do when the process forks or ends.
   class Owner {
    public:
-    /// The last use of the file before the fork; it does not wait for other processes. Locks that others take without
-    /// the file's mutex are to be taken here.
+    /// The last use of the file before the fork, which does not wait for other processes. No thread holds a lock of the
+    /// library; this one does not hold the mutex.
     virtual void beforeFork() noexcept {}
-    /// On both sides.
-    virtual void afterFork() noexcept {}
-    /// The last use of the file.
+    /// The last use of the file, with its mutex held.
     virtual void beforeEnd() noexcept {}
 
    protected:

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/internal/DateNames.h"
 
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <unicode/dtfmtsym.h>
@@ -32,6 +33,7 @@ const std::vector<std::string>* DateNames::Widths::of(std::size_t count) const n
 }
 
 DateNames::DateNames(const icu::Locale& locale) {
+  const kernel::ForkHold hold;
   UErrorCode status = U_ZERO_ERROR;
   // Of the formatter that these names stand in for: the locale's calendar has a say in them.
   const icu::SimpleDateFormat format(icu::UnicodeString(u"y"), locale, status);

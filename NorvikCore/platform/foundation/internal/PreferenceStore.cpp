@@ -33,10 +33,7 @@ void PreferenceStore::beforeFork() noexcept {
   const std::string told = toldOfWriting_;
   writeFile(untold);
   toldOfWriting_ = told;
-  memory_.lock();
 }
-
-void PreferenceStore::afterFork() noexcept { memory_.unlock(); }
 
 void PreferenceStore::beforeEnd() noexcept {
   Lines lines;

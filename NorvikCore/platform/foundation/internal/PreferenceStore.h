@@ -63,7 +63,6 @@ class PreferenceStore final : DatabaseFile::Owner {
   using Lines = std::vector<std::string>;
 
   void beforeFork() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
-  void afterFork() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
   void beforeEnd() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
 
   void look();

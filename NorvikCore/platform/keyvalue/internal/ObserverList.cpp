@@ -1,8 +1,8 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 
+#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
-#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
 
 #include <algorithm>

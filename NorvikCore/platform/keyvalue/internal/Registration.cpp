@@ -1,13 +1,13 @@
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 
-#include "NorvikCore/platform/object/Class.h"
-#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/collections/NSArray.h"
-#include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/collections/NSSet.h"
-#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
 #include <bit>

@@ -5,10 +5,12 @@
 //   std::size_t count NK_GUARDED_BY(mutex) = 0;
 //   { WordLock lock(mutex); ++count; }
 //
-// Free, it is taken and given back by one exchange each. Whoever finds it taken sleeps. Not recursive, not fair.
+// Free, it is taken and given back by one exchange each. A thread that finds it taken sleeps. A fork waits for its
+// holders, and a child finds it free (kernel/Fork.h). Not recursive, not fair.
 #pragma once
 
 #include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/kernel/internal/ForkGate.h"
 #include "NorvikCore/platform/object/Stated.h"
 
 namespace norvik::detail {
@@ -20,10 +22,12 @@ class NK_CAPABILITY("mutex") WordMutex {
   WordMutex& operator=(const WordMutex&) = delete;
 
   void lock() noexcept NK_ACQUIRE() {
+    kernel::detail::holdForksHere();
     if (word_.exchangeAcquire(1) != 0) waitForBusy(word_);
   }
   void unlock() noexcept NK_RELEASE() {
     if (word_.exchangeRelease(0) != 1) wakeForBusy(word_);
+    kernel::detail::releaseForksHere();
   }
 
  private:

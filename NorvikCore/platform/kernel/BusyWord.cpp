@@ -1,4 +1,4 @@
-#include "NorvikCore/platform/object/Stated.h"
+#include "NorvikCore/platform/kernel/BusyWord.h"
 
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
