@@ -107,6 +107,9 @@ TEST(NSUserDefaultsThreads, AllThreadsGetOneStandardObject) {
 }
 
 TEST(NSUserDefaultsThreads, AForkInTheMiddleOfWritesOfAnotherThreadLeavesBothSidesWhole) {
+#ifdef NK_TEST_ADDRESS_SANITIZER
+  GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process: QuietFork.h";
+#endif
   const DefaultsFolder folder;
   const Ref<NSUserDefaults> defaults = folder.open();
   std::atomic<bool> isOver{false};
@@ -115,7 +118,6 @@ TEST(NSUserDefaultsThreads, AForkInTheMiddleOfWritesOfAnotherThreadLeavesBothSid
     while (!isOver) defaults->setInteger(++last, "busy");
   });
   for (int round = 0; round < 50; ++round) {
-    norvik::test::quietBeforeFork();
     const pid_t child = fork();
     if (child == 0) {
       defaults->setInteger(round, numbered("child", round));
