@@ -67,3 +67,58 @@ function(norvik_add_compile_fail file message)
   add_test(NAME compile_fail.${name}.IsRefused COMMAND ${compile} -DSHOULD_NOT_COMPILE)
   set_tests_properties(compile_fail.${name}.IsRefused PROPERTIES PASS_REGULAR_EXPRESSION "error: [^\n]*(${message})")
 endfunction()
+
+# norvik_add_compile_fail_cases(FILE SENTENCES): with every public header included FILE compiles as it stands, and for each N of
+# its lines `#elif SHOULD_NOT_COMPILE == N  // sentence` it is refused with -DSHOULD_NOT_COMPILE=N, in at most 40 lines that hold
+# the sentence. Where the line has none, the errors have one of SENTENCES and any length. g++ compiles every case, with the
+# headers precompiled by a fixture. clang++ 14 crashes when it reads them precompiled, so it compiles only the cases that
+# have a sentence.
+function(norvik_add_compile_fail_cases file sentences)
+  get_filename_component(name ${file} NAME_WE)
+  find_program(NORVIK_GXX NAMES g++-12 g++)
+  find_program(NORVIK_CLANGXX NAMES clang++-14 clang++)
+  file(STRINGS ${file} cases REGEX "^#elif SHOULD_NOT_COMPILE == [0-9]+")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+  set(every_header ${CMAKE_CURRENT_BINARY_DIR}/every_header.h)
+  set(precompiled ${CMAKE_CURRENT_BINARY_DIR}/precompiled/every_header.h)
+  set(options -std=c++20 -Wall -Werror -I${PROJECT_SOURCE_DIR})
+
+  if(NORVIK_GXX AND NOT TEST compile_fail.EveryHeaderCompilesAtOnce)
+    get_target_property(headers NorvikCore HEADER_SET)
+    list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"")
+    list(JOIN headers "\n" headers)
+    file(CONFIGURE OUTPUT ${every_header} CONTENT "${headers}\n" @ONLY)
+    file(CONFIGURE OUTPUT ${precompiled} CONTENT "${headers}\n" @ONLY)
+    add_test(NAME compile_fail.EveryHeaderCompilesAtOnce
+             COMMAND ${NORVIK_GXX} ${options} -x c++-header ${precompiled} -o ${precompiled}.gch)
+    set_tests_properties(compile_fail.EveryHeaderCompilesAtOnce PROPERTIES FIXTURES_SETUP every_header)
+  endif()
+
+  foreach(compiler GXX CLANGXX)
+    if(NOT NORVIK_${compiler})
+      continue()
+    endif()
+    set(compile ${NORVIK_${compiler}} ${options} -Wno-unused-variable -fsyntax-only ${CMAKE_CURRENT_SOURCE_DIR}/${file}
+                -include $<IF:$<STREQUAL:${compiler},GXX>,${precompiled},${every_header}>)
+    string(REPLACE "XX" "++" prefix compile_fail.${name}.${compiler})
+    set(tests ${prefix}.CompilesAsItStands)
+    add_test(NAME ${prefix}.CompilesAsItStands COMMAND ${compile})
+    foreach(case IN LISTS cases)
+      string(REGEX MATCH "== ([0-9]+)( *// (.*))?$" matched "${case}")
+      set(number ${CMAKE_MATCH_1})
+      set(sentence "${CMAKE_MATCH_3}")
+      set(most_lines 40)
+      if(sentence STREQUAL "" AND compiler STREQUAL "CLANGXX")
+        continue()
+      elseif(sentence STREQUAL "")
+        set(sentence "${sentences}")
+        set(most_lines 1000)
+      endif()
+      add_test(NAME ${prefix}.IsRefused.${number}
+               COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/refused.sh ${most_lines} "${sentence}" ${compile}
+                       -DSHOULD_NOT_COMPILE=${number})
+      list(APPEND tests ${prefix}.IsRefused.${number})
+    endforeach()
+    set_tests_properties(${tests} PROPERTIES FIXTURES_REQUIRED every_header)
+  endforeach()
+endfunction()

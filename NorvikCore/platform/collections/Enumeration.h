@@ -13,6 +13,8 @@
 #include <iterator>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 namespace norvik::detail {
 
@@ -22,6 +24,24 @@ struct CollectionAccess;
 [[noreturn]] NK_EXPORT void raiseMutated(const NSObject& collection);
 /// Raises NSInvalidArgumentException: an element is no `wanted`.
 [[noreturn]] NK_EXPORT void raiseElement(const Value& element, const Class& wanted);
+template <class T>
+consteval bool canBeElement() {
+  constexpr bool becomesValue = std::is_constructible_v<Value, T>;
+  static_assert(becomesValue, "a collection holds Values, and this type becomes none: an object does by its Ref");
+  return becomesValue;
+}
+template <class T>
+Value elementOf(T&& content) {
+  if constexpr (canBeElement<T>()) return Value(std::forward<T>(content));
+  __builtin_unreachable();
+}
+template <class Range>
+std::vector<Value> elementsOf(const Range& contents) {
+  if constexpr (canBeElement<decltype(*std::begin(contents))>())
+    return std::vector<Value>(std::begin(contents), std::end(contents));
+  __builtin_unreachable();
+}
+
 /// Raises NSInvalidArgumentException where `object` is absent; `operation` is what it was given to.
 NK_EXPORT void checkPresent(const Value& object, const char* operation);
 

@@ -61,13 +61,13 @@ class NK_EXPORT NSArray : public NSObject {
   }
   template <class... V>
   [[nodiscard]] static Ref<NSArray> arrayWithObjects(V&&... objects) {
-    return arrayWith({Value(std::forward<V>(objects))...});
+    return arrayWith({detail::elementOf(std::forward<V>(objects))...});
   }
   [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.elements_); }
   /// From any range whose elements are or become values, such as a std::vector<NSString>.
   template <class Range>
   [[nodiscard]] static Ref<NSArray> arrayFrom(const Range& objects) {
-    return make<NSArray>(std::vector<Value>(std::begin(objects), std::end(objects)));
+    return make<NSArray>(detail::elementsOf(objects));
   }
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }

@@ -29,12 +29,12 @@ class NK_EXPORT NSMutableArray : public NSArray {
   }
   template <class... V>
   [[nodiscard]] static Ref<NSMutableArray> arrayWithObjects(V&&... objects) {
-    return arrayWith({Value(std::forward<V>(objects))...});
+    return arrayWith({detail::elementOf(std::forward<V>(objects))...});
   }
   [[nodiscard]] static Ref<NSMutableArray> arrayWithArray(const NSArray& other) { return other.mutableCopy(); }
   template <class Range>
   [[nodiscard]] static Ref<NSMutableArray> arrayFrom(const Range& objects) {
-    return make<NSMutableArray>(std::vector<Value>(std::begin(objects), std::end(objects)));
+    return make<NSMutableArray>(detail::elementsOf(objects));
   }
 
   void addObject(Value object);

@@ -28,7 +28,7 @@ class NK_EXPORT NSMutableSet : public NSSet {
   }
   template <class... V>
   [[nodiscard]] static Ref<NSMutableSet> setWithObjects(V&&... objects) {
-    return setWith({Value(std::forward<V>(objects))...});
+    return setWith({detail::elementOf(std::forward<V>(objects))...});
   }
   [[nodiscard]] static Ref<NSMutableSet> setWithArray(const NSArray& array);
   [[nodiscard]] static Ref<NSMutableSet> setWithSet(const NSSet& other) { return other.mutableCopy(); }

@@ -42,7 +42,7 @@ class NK_EXPORT NSSet : public NSObject {
   }
   template <class... V>
   [[nodiscard]] static Ref<NSSet> setWithObjects(V&&... objects) {
-    return setWith({Value(std::forward<V>(objects))...});
+    return setWith({detail::elementOf(std::forward<V>(objects))...});
   }
   [[nodiscard]] static Ref<NSSet> setWithArray(const NSArray& array);
   [[nodiscard]] static Ref<NSSet> setWithSet(const NSSet& other);

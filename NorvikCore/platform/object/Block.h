@@ -74,6 +74,8 @@ class Block<R(A...)> {
   /// The same closure, not an equal one.
   friend bool operator==(const Block& a, const Block& b) noexcept { return a.closure_ == b.closure_; }
   friend bool operator==(const Block& a, std::nullptr_t) noexcept { return !a.closure_; }
+  /// Writes the closure's description as an object, "(null)" for the absent one.
+  friend std::ostream& operator<<(std::ostream& out, const Block& block) { return out << block.closure_; }
 
   /// The closure as an object, empty for the absent one.
   [[nodiscard]] Ref<NSBlock> object() const noexcept { return closure_; }

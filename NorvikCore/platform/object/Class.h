@@ -99,6 +99,8 @@ class NK_EXPORT Class {
   [[nodiscard]] static std::vector<const Class*> all();
 
   friend bool operator==(const Class& a, const Class& b) noexcept { return &a == &b; }
+  /// Writes the name.
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const Class& value);
 
  private:
   friend class detail::ClassBuilder;
@@ -119,7 +121,5 @@ class NK_EXPORT Class {
   Ref<NSObject> (*makeObject_)() = nullptr;
   bool answersKeysItself_ = false;
 };
-
-NK_EXPORT std::ostream& operator<<(std::ostream& out, const Class& value);
 
 }  // namespace norvik

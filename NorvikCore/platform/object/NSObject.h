@@ -54,6 +54,8 @@ class NK_EXPORT NSObject {
   [[nodiscard]] virtual std::size_t hash() const;
   /// The text for `%@`, logs and debugging: "<Payslip: 0x5581...>" unless a class has a better one.
   [[nodiscard]] virtual NSString description() const;
+  /// Writes description().
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSObject& object);
 
   /// The class has an instance operation of that selector, its own or inherited, or a property with that accessor:
   /// "name" or "setName:".
@@ -117,8 +119,6 @@ class NK_EXPORT NSObject {
   mutable detail::AtomicWord<std::uint32_t> count_{1};
   mutable detail::AtomicWord<std::uint32_t> flags_;
 };
-
-NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSObject& object);
 
 }  // namespace norvik
 

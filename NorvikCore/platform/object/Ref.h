@@ -23,6 +23,10 @@ template <class T>
 class Ref;
 
 namespace detail {
+// What the compiler shows for `for (auto& slip : slips)` and `for (auto& slip : *slips())`.
+struct ARefIsNotARange_LoopOverTheObjectItHolds {};
+struct ATemporaryRefEndsBeforeTheLoop_KeepItInAVariable {};
+
 NK_EXPORT void retain(const NSObject* object) noexcept;
 NK_EXPORT void release(const NSObject* object) noexcept;
 NK_EXPORT bool initialise(NSObject* object);
@@ -37,6 +41,8 @@ class Passing {
   decltype(auto) operator[](const Key& key) && {
     return object_[key];
   }
+  friend ATemporaryRefEndsBeforeTheLoop_KeepItInAVariable begin(const Passing&) = delete;
+  friend ATemporaryRefEndsBeforeTheLoop_KeepItInAVariable end(const Passing&) = delete;
 
  private:
   friend class Ref<T>;
@@ -89,10 +95,14 @@ class Ref {
 
   /// Identity, not equality of the objects.
   template <class U>
-  friend bool operator==(const Ref& a, const Ref<U>& b) noexcept {
+  requires(std::is_convertible_v<U*, const volatile T*> || std::is_convertible_v<T*, const volatile U*>) friend bool
+  operator==(const Ref& a, const Ref<U>& b) noexcept {
     return a.get() == b.get();
   }
   friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
+
+  friend detail::ARefIsNotARange_LoopOverTheObjectItHolds begin(const Ref&) = delete;
+  friend detail::ARefIsNotARange_LoopOverTheObjectItHolds end(const Ref&) = delete;
 
  private:
   T* object_ = nullptr;

@@ -30,13 +30,13 @@ class NK_EXPORT SEL {
   [[nodiscard]] std::size_t argumentCount() const noexcept;
   explicit operator bool() const noexcept { return name_ != nullptr; }
   friend bool operator==(SEL, SEL) noexcept = default;
+  /// Writes the name.
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, SEL selector);
 
  private:
   friend struct std::hash<SEL>;
   const NSString* name_ = nullptr;
 };
-
-NK_EXPORT std::ostream& operator<<(std::ostream& out, SEL selector);
 
 }  // namespace norvik
 

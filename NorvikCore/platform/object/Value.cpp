@@ -173,25 +173,25 @@ NSNumber Value::number() const {
   }
 }
 
-bool operator==(const Value& a, const Value& b) {
-  if (a.kind_ != b.kind_) return a.isNumber() && b.isNumber() && a.number() == b.number();
-  switch (a.kind_) {
-    case Value::Kind::Absent:
-    case Value::Kind::Null:
+bool Value::operator==(const Value& other) const {
+  if (kind_ != other.kind_) return isNumber() && other.isNumber() && number() == other.number();
+  switch (kind_) {
+    case Kind::Absent:
+    case Kind::Null:
       return true;
-    case Value::Kind::Boolean:
-      return a.storage_.boolean == b.storage_.boolean;
-    case Value::Kind::Integer:
-      return a.storage_.integer == b.storage_.integer;
-    case Value::Kind::Double:
-    case Value::Kind::Decimal:
-      return a.number() == b.number();
-    case Value::Kind::Date:
-      return a.storage_.date == b.storage_.date;
-    case Value::Kind::String:
-      return a.storage_.string == b.storage_.string;
-    case Value::Kind::Object:
-      return a.storage_.object == b.storage_.object || a.storage_.object->isEqual(*b.storage_.object);
+    case Kind::Boolean:
+      return storage_.boolean == other.storage_.boolean;
+    case Kind::Integer:
+      return storage_.integer == other.storage_.integer;
+    case Kind::Double:
+    case Kind::Decimal:
+      return number() == other.number();
+    case Kind::Date:
+      return storage_.date == other.storage_.date;
+    case Kind::String:
+      return storage_.string == other.storage_.string;
+    case Kind::Object:
+      return storage_.object == other.storage_.object || storage_.object->isEqual(*other.storage_.object);
   }
   return false;
 }
@@ -288,6 +288,6 @@ NSString Value::description() const {
   }
 }
 
-std::ostream& operator<<(std::ostream& out, const Value& value) { return out << value.description(); }
+std::ostream& Value::writeTo(std::ostream& out) const { return out << description(); }
 
 }  // namespace norvik

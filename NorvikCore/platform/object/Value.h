@@ -8,6 +8,8 @@
 //
 // A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
 // copies are independent, distinct values may be used on distinct threads.
+//
+// A character does not become a value: it could mean a text or a number. Write "A" or int('A').
 #pragma once  // include time: it holds texts, decimals and dates in itself, without allocation
 
 #include "NorvikCore/platform/export.h"
@@ -15,6 +17,7 @@
 #include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSInteger.h"
 #include "NorvikCore/platform/values/NSNumber.h"
 #include "NorvikCore/platform/values/NSString.h"
 
@@ -33,6 +36,10 @@ namespace norvik {
 class Class;
 class NSObject;
 
+namespace detail {
+struct AValueIsNotARange_LoopOverTheCollectionItHolds {};  // what the compiler shows for `for (auto& each : value)`
+}
+
 class NK_EXPORT Value {
  public:
   enum class Kind : std::uint8_t { Absent, Null, Boolean, Integer, Double, Decimal, Date, String, Object };
@@ -44,9 +51,8 @@ class NK_EXPORT Value {
   // Every kind of value converts silently: a Value is what an operation takes that accepts anything.
   Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) { storage_.boolean = boolean; }
   /// An integer; one above the range of a signed 64-bit integer is kept as a Decimal.
-  template <std::integral I>
-  requires(!std::same_as<I, bool> && sizeof(I) <= 8) Value(I integer)
-  noexcept : kind_(Kind::Integer) {
+  template <detail::WholeNumber I>
+  Value(I integer) noexcept : kind_(Kind::Integer) {
     if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
       if (integer > static_cast<std::uint64_t>(INT64_MAX)) {
         emplace(Kind::Decimal, storage_.decimal, norvik::Decimal(integer));
@@ -74,9 +80,11 @@ class NK_EXPORT Value {
   }
   /// An empty optional is the absent value.
   template <class T>
-  Value(const std::optional<T>& optional) : Value(optional ? Value(*optional) : Value()) {}
+  requires std::is_constructible_v<Value, const T&> Value(const std::optional<T>& optional)
+      : Value(optional ? Value(*optional) : Value()) {}
   template <class T>
   Value(T*) = delete;
+  Value(const NSObject&) = delete;  // an object becomes a value by its Ref: ref(object)
   Value(std::nullptr_t) = delete;
 
   Value(const Value& other) noexcept : kind_(Kind::Absent) { copyFrom(other); }
@@ -127,8 +135,8 @@ class NK_EXPORT Value {
   [[nodiscard]] T as() const;
 
   /// Equality by content: numbers by their numeric value whatever their kind, texts and dates by value, objects by
-  /// isEqual.
-  friend bool operator==(const Value& a, const Value& b);
+  /// isEqual. One operand is a Value. Two others do not compare as values: `date == "2024-04-30"` does not compile.
+  [[nodiscard]] bool operator==(const Value& other) const;  // a member, so that only one operand converts
   /// One hash goes with that equality.
   [[nodiscard]] std::size_t hash() const;
   /// The order of two numbers, two texts (literally, by UTF-16 unit), two dates, or of objects that have a `compare:`
@@ -143,9 +151,19 @@ class NK_EXPORT Value {
   /// The text for `%@`: a text itself, a number's digits, "1" or "0" for a boolean, "(null)" for an absent value and
   /// "<null>" for the null marker.
   [[nodiscard]] NSString description() const;
+  /// Writes description().
+  template <std::same_as<Value> V>
+  friend std::ostream& operator<<(std::ostream& out, const V& value) {
+    return value.writeTo(out);
+  }
+
+  friend detail::AValueIsNotARange_LoopOverTheCollectionItHolds begin(const Value&) = delete;
+  friend detail::AValueIsNotARange_LoopOverTheCollectionItHolds end(const Value&) = delete;
 
  private:
   explicit Value(Kind kind) noexcept : kind_(kind) {}
+
+  std::ostream& writeTo(std::ostream& out) const;
 
   template <class T>
   void emplace(Kind kind, T& member, T content) noexcept {
@@ -210,8 +228,11 @@ class NK_EXPORT Value {
 
 static_assert(sizeof(Value) <= 32);
 
-[[nodiscard]] NK_EXPORT bool operator==(const Value& a, const Value& b);
-NK_EXPORT std::ostream& operator<<(std::ostream& out, const Value& value);
+/// Writes the object's description, "(null)" for an empty Ref.
+template <class T>
+std::ostream& operator<<(std::ostream& out, const Ref<T>& object) {
+  return out << Value(object);
+}
 
 }  // namespace norvik
 

@@ -2,7 +2,8 @@
 // have.
 //
 // Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
-// "{location, length}"), SEL (as the text of its name), Value itself, Ref, Block and std::optional of these convert.
+// "{location, length}"), SEL (as the text of its name), Value itself, Ref, Block and std::optional of these convert. A
+// character that a property or as<char>() states is the number of the character.
 // Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
 #pragma once
 
@@ -25,6 +26,11 @@ concept ValueConvertible = requires(const T& content, const Value& value) {
 };
 
 namespace detail {
+
+template <class T>
+concept GivenByValue = requires(const Value& value) {
+  ValueConversion<T>::fromValue(value);
+};
 
 [[noreturn]] NK_EXPORT void raiseConversion(const Value& value, const char* wanted);
 NK_EXPORT bool booleanFrom(const Value& value);
@@ -53,7 +59,7 @@ struct ValueConversion<bool> {
 };
 template <class T>
 requires std::integral<T> &&(!std::same_as<T, bool>)struct ValueConversion<T> {
-  static Value toValue(T content) { return content; }
+  static Value toValue(T content) { return NSNumber(content); }
   static T fromValue(const Value& value) {
     if constexpr (std::unsigned_integral<T> && sizeof(T) == 8)
       return static_cast<T>(detail::unsignedFrom(value));
@@ -70,7 +76,7 @@ template <class T>
 requires std::is_enum_v<T>
 struct ValueConversion<T> {
   using Number = std::underlying_type_t<T>;
-  static Value toValue(T content) { return static_cast<Number>(content); }
+  static Value toValue(T content) { return ValueConversion<Number>::toValue(static_cast<Number>(content)); }
   static T fromValue(const Value& value) { return static_cast<T>(ValueConversion<Number>::fromValue(value)); }
 };
 template <>
@@ -106,7 +112,7 @@ struct ValueConversion<NSRange> {
   static Value toValue(NSRange content) { return detail::textOfRange(content); }
   static NSRange fromValue(const Value& value) { return detail::rangeFrom(value); }
 };
-template <class T>
+template <ValueConvertible T>
 struct ValueConversion<std::optional<T>> {
   static Value toValue(const std::optional<T>& content) {
     return content ? Value(ValueConversion<T>::toValue(*content)) : Value();
@@ -134,7 +140,17 @@ struct ValueConversion<Ref<T>> {
 
 template <class T>
 T Value::as() const {
-  return ValueConversion<T>::fromValue(*this);
+  if constexpr (detail::GivenByValue<T>) {
+    return ValueConversion<T>::fromValue(*this);
+  } else {
+    constexpr bool isText = std::is_convertible_v<const T&, std::string_view>;
+    constexpr bool isObject =
+        std::is_convertible_v<std::remove_pointer_t<std::remove_reference_t<T>>*, const volatile NSObject*>;
+    static_assert(!isText, "a Value gives text as NSString: as<NSString>().str() is a std::string");
+    static_assert(!isObject, "a Value gives an object by its Ref: as<Ref<T>>(), or object<T>() for a pointer");
+    static_assert(isText || isObject, "a Value does not become this type: specialise norvik::ValueConversion for it");
+    __builtin_unreachable();
+  }
 }
 
 }  // namespace norvik

@@ -22,6 +22,7 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
 #include "NorvikCore/platform/values/NSDecimalNumberHandler.h"
+#include "NorvikCore/platform/values/NSInteger.h"
 
 #include <compare>
 #include <concepts>
@@ -57,9 +58,9 @@ class NK_EXPORT Decimal {
 
   constexpr Decimal() noexcept = default;
 
-  template <std::integral Integer>
-  requires(!std::same_as<Integer, bool> && sizeof(Integer) <= 8) constexpr Decimal(
-      Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
+  /// Any integer; a character is none.
+  template <detail::WholeNumber Integer>
+  constexpr Decimal(Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
       : low_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
         signAndExponent_(value < 0 ? signBit : 0) {}
 
@@ -188,6 +189,11 @@ class NK_EXPORT Decimal {
   [[nodiscard]] friend bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
   [[nodiscard]] friend bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
 
+  /// Writes stringValue(); the stream's width, fill and adjustment count.
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& stream, const Decimal& value);
+  /// Reads one word and sets failbit, leaving `value` as it is, where the word is no number.
+  NK_EXPORT friend std::istream& operator>>(std::istream& stream, Decimal& value);
+
  private:
   friend struct detail::DecimalAccess;
   friend class DecimalSum;
@@ -242,10 +248,6 @@ using NSDecimalNumber = Decimal;
 
 /// stringValue().
 [[nodiscard]] inline std::string to_string(const Decimal& value) { return value.stringValue(); }
-/// Writes stringValue(); the stream's width, fill and adjustment count.
-NK_EXPORT std::ostream& operator<<(std::ostream& stream, const Decimal& value);
-/// Reads one word and sets failbit, leaving `value` as it is, where the word is no number.
-NK_EXPORT std::istream& operator>>(std::istream& stream, Decimal& value);
 
 }  // namespace norvik
 

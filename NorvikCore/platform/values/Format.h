@@ -17,6 +17,7 @@
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/FormatDirective.h"
+#include "NorvikCore/platform/values/NSInteger.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <cstddef>
@@ -62,9 +63,6 @@ struct FormatArgument {
 // clang-format off
 template <class T> inline constexpr bool isOptional = false;
 template <class T> inline constexpr bool isOptional<std::optional<T>> = true;
-template <class T> inline constexpr bool isCharacter =
-    std::is_same_v<T, char> || std::is_same_v<T, char8_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t> ||
-    std::is_same_v<T, wchar_t>;
 template <class T> concept HasDescription = requires(const T& value) { NSString(value.description()); };
 template <class T> concept HasStringValue = requires(const T& value) { NSString(value.stringValue()); };
 template <class T> concept HasName = requires(const T& value) { NSString(value.name()); };
@@ -135,8 +133,9 @@ consteval FormatKind formatKind() {
   } else if constexpr (Describable<T>) {
     return FormatKind::described;
   } else {
-    static_assert(RefersToDescribable<T> || HasObject<T>, "this type cannot be formatted: it has no description()");
-    return FormatKind::object;
+    constexpr bool isObject = RefersToDescribable<T> || HasObject<T>;
+    static_assert(isObject, "this type cannot be formatted: it has no description()");
+    return isObject ? FormatKind::object : FormatKind::absent;
   }
 }
 
@@ -270,11 +269,26 @@ FormatArgumentList(const Args&...) -> FormatArgumentList<sizeof...(Args)>;
 template <class T>
 concept FormatArgumentType = !std::is_convertible_v<const T&, FormatArguments>;
 
+template <class... Args>
+class FormatString;
+
 /// A format that is known only at run time; made by runtimeFormat(). May be absent.
 struct RuntimeFormat {
   std::optional<NSString> text;
 };
 [[nodiscard]] inline RuntimeFormat runtimeFormat(std::optional<NSString> text) { return {std::move(text)}; }
+
+namespace detail {
+template <class T>
+inline constexpr bool isFormat = std::is_same_v<T, RuntimeFormat> || std::is_same_v<T, std::nullptr_t>;
+template <std::size_t N>
+inline constexpr bool isFormat<char[N]> = true;
+template <class... Args>
+inline constexpr bool isFormat<FormatString<Args...>> = true;
+
+template <class T>
+concept NoFormat = !isFormat<T>;
+}  // namespace detail
 
 /// A format for arguments of the types Args: a literal, which the compiler checks, a run-time format, or an absent one.
 template <class... Args>
@@ -313,6 +327,11 @@ class FormatString {
   /// Refers to the run-time format, which outlives the call.
   FormatString(const RuntimeFormat& format) noexcept  // NOLINT(google-explicit-constructor): see above
       : text_(format.text ? format.text->view() : std::string_view()), present_(format.text.has_value()) {}
+  template <detail::NoFormat Text>
+  FormatString(const Text&) {  // NOLINT(google-explicit-constructor): says what to write instead
+    static_assert(!detail::NoFormat<Text>,
+                  "a format is a literal: write \"%@\", text to show a text, or runtimeFormat(text) for a pattern");
+  }
   constexpr FormatString(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): the absent format
 
   [[nodiscard]] constexpr bool isAbsent() const noexcept { return !present_; }

@@ -35,10 +35,14 @@ class NK_EXPORT NSNumber {
   constexpr NSNumber(std::same_as<bool> auto value) noexcept  // NOLINT(google-explicit-constructor): as all below
       : boolean_(value), kind_(Kind::Boolean) {}
   /// An integer that fits 64 bits with a sign is of the kind Integer, whatever type it comes from.
-  template <std::integral Integer>
-  requires(!std::same_as<Integer, bool> && sizeof(Integer) <= 8) constexpr NSNumber(Integer value) noexcept
+  template <detail::WholeNumber Integer>
+  constexpr NSNumber(Integer value) noexcept
       : integer_(static_cast<std::int64_t>(value)),
         kind_(static_cast<std::uint64_t>(value) > INT64_MAX && value > 0 ? Kind::Unsigned : Kind::Integer) {}
+  /// The number of a character, where it is asked for.
+  template <std::integral Character>
+  requires detail::isCharacter<Character>
+  explicit constexpr NSNumber(Character value) noexcept : NSNumber(static_cast<std::int64_t>(value)) {}
   template <std::floating_point Float>
   requires(sizeof(Float) <= sizeof(double)) constexpr NSNumber(Float value) noexcept
       : double_(static_cast<double>(value)), kind_(Kind::Double) {}

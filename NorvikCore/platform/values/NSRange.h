@@ -23,6 +23,8 @@ struct NSRange {
 
   /// Ordered by location, then by length.
   friend constexpr auto operator<=>(const NSRange&, const NSRange&) noexcept = default;
+  /// Writes "{location, length}".
+  NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSRange& range);
 };
 
 [[nodiscard]] constexpr NSRange NSMakeRange(NSUInteger location, NSUInteger length) noexcept {
@@ -51,9 +53,6 @@ struct NSRange {
   const NSUInteger to = NSMaxRange(a) > NSMaxRange(b) ? NSMaxRange(a) : NSMaxRange(b);
   return {from, to - from};
 }
-
-/// Writes "{location, length}".
-NK_EXPORT std::ostream& operator<<(std::ostream& out, const NSRange& range);
 
 }  // namespace norvik
 

@@ -71,6 +71,10 @@ struct StringStorage {
 /// Not constexpr: a constant that calls it does not compile, and the compiler names it.
 inline void thisLiteralIsNotUtf8() noexcept {}
 
+// What the compiler shows for `for (char32_t each : text)` and `for (auto& each : optional)`.
+struct ATextIsNotARange_LoopOverItsCodePoints {};
+struct AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds {};
+
 /// What a comparison with NSString takes as text without making an NSString of it.
 template <class T>
 concept PlainText = std::is_convertible_v<const T&, std::string_view> && !std::is_same_v<T, NSString> &&
@@ -120,6 +124,7 @@ class NK_EXPORT NSString {
   /// The bytes inside: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
   [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, size()}; }
   [[nodiscard]] std::string str() const { return std::string(view()); }
+  explicit operator std::string() const { return str(); }
   /// UTF-8 whatever the text holds: each lone half becomes U+FFFD. This is what is printed.
   [[nodiscard]] std::string utf8() const;
   /// The bytes this text stands for: U+DC80 to U+DCFF standing alone become the bytes 0x80 to 0xFF again.
@@ -217,6 +222,9 @@ class NK_EXPORT NSString {
   }
   /// Writes `utf8()`.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSString& text);
+
+  friend detail::ATextIsNotARange_LoopOverItsCodePoints begin(const NSString&) = delete;
+  friend detail::ATextIsNotARange_LoopOverItsCodePoints end(const NSString&) = delete;
 
  private:
   friend class NSMutableString;
@@ -316,6 +324,12 @@ constexpr NSString::NSString(const char* text) {
     *this = reading(text);
   }
 }
+
+// Found where the optional holds one of this library's types.
+template <class T>
+detail::AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds begin(const std::optional<T>&) = delete;
+template <class T>
+detail::AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds end(const std::optional<T>&) = delete;
 
 inline namespace literals {
 
