@@ -18,7 +18,8 @@
 //
 // Comparison is literal, unit by unit, in the order of the units' numbers; a composed letter and its decomposed form
 // differ. Indexing takes constant time on ASCII; on longer other text the first use of an index makes a table in linear
-// time, and after that every index takes the time of some hundred bytes. Results that are texts copy their part.
+// time, and after that every index takes the time of some hundred bytes. Results that are texts copy their part. Every
+// search takes linear time at the most, also of repetitive text.
 //
 // Threads: a value; distinct objects may be used on distinct threads, also where they share storage.
 // Errors: an index or range beyond the text raises NSRangeException.
@@ -47,7 +48,7 @@ class NSString;
 
 /// How a search compares. Every search is literal.
 enum NSStringCompareOptions : NSUInteger {
-  NSCaseInsensitiveSearch = 1,  // Unicode's simple folding, one letter for one: "ß" is not "ss"
+  NSCaseInsensitiveSearch = 1,  // Unicode's simple folding, one letter for one: "ß" is not "ss"; lone halves stay
   NSLiteralSearch = 2,
   NSBackwardsSearch = 4,  // from the end: finds the last one
   NSAnchoredSearch = 8,   // only at the start of what is searched, or with backwards at its end

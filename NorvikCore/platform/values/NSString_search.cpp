@@ -2,88 +2,91 @@
 #include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
 
-#include "NorvikCore/platform/values/internal/CaseFolding.h"
 #include "NorvikCore/platform/values/internal/StringHalves.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
+#include "NorvikCore/platform/values/internal/TextSearch.h"
 
-#include <utility>
+#include <optional>
 
 namespace norvik {
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+/// A text to look for. Halves at its ends may be found inside characters. They are looked at beside the occurrences of
+/// what is between them.
+struct Wanted {
+  explicit Wanted(const NSString& text) noexcept : core(text.view()) {
+    if (text.isWellFormed()) [[likely]]
+      return;
+    if (detail::beginsWithHalf(core) && utf8::isLowHalf(utf8::decode(core.data()).point)) {
+      low = utf8::decode(core.data()).point;
+      core.remove_prefix(detail::halfSize);
+    }
+    if (detail::endsWithHalf(core)) {
+      const char32_t last = utf8::decode(core.data() + core.size() - detail::halfSize).point;
+      if (!utf8::isHighHalf(last)) return;
+      high = last;
+      core.remove_suffix(detail::halfSize);
+    }
+  }
 
-/// Part of a text, in bytes.
-struct Match {
-  std::size_t from = npos, to = npos;
+  std::string_view core;
+  char32_t low = 0, high = 0;  // 0 where it begins, or ends, otherwise
 };
 
-/// Where the text after a prefix equal to `wanted` but for case begins; npos where it has no such prefix.
-std::size_t foldedPrefix(std::string_view text, std::string_view wanted) noexcept {
-  std::size_t at = 0;
-  for (std::size_t i = 0; i < wanted.size();) {
-    if (at == text.size()) return npos;
-    const utf8::Character a = utf8::decode(text.data() + at), b = utf8::decode(wanted.data() + i);
-    if (detail::foldCase(a.point) != detail::foldCase(b.point)) return npos;
-    at += a.size;
-    i += b.size;
-  }
-  return at;
-}
+/// A text to look in: whole characters, and the halves at its ends of those that a range cuts.
+struct Searched {
+  std::string_view characters;
+  char32_t low = 0, high = 0;  // 0 where the range cuts none
 
-/// The first letter rules most places out; a search from the end begins there.
-Match foldedMatch(std::string_view text, std::string_view wanted, NSStringCompareOptions options) noexcept {
-  const bool backwards = (options & NSBackwardsSearch) != 0, anchored = (options & NSAnchoredSearch) != 0;
-  const char32_t first = detail::foldCase(utf8::decode(wanted.data()).point);
-  const auto sizeAt = [&](std::size_t at) noexcept {
-    if (detail::foldCase(utf8::decode(text.data() + at).point) != first) return npos;
-    return foldedPrefix(text.substr(at), wanted);
-  };
-  if (!backwards) {
-    for (std::size_t at = 0; at < text.size(); at += utf8::decode(text.data() + at).size) {
-      if (const std::size_t size = sizeAt(at); size != npos) return {at, at + size};
-      if (anchored) break;
-    }
-    return {};
-  }
-  for (std::size_t at = text.size(); at > 0;) {
+  [[nodiscard]] char32_t unitBefore(std::size_t at) const noexcept {
+    if (at == 0) return low;
     do --at;
-    while (utf8::isContinuation(text[at]));
-    const std::size_t size = sizeAt(at);
-    if (size != npos && (!anchored || at + size == text.size())) return {at, at + size};
+    while (utf8::isContinuation(characters[at]));
+    const char32_t point = utf8::decode(characters.data() + at).point;
+    return point < 0x10000 ? point : utf8::lowHalf(point);
   }
-  return {};
-}
-
-template <class View>
-std::size_t literalMatch(View text, View wanted, NSStringCompareOptions options) noexcept {
-  const bool backwards = (options & NSBackwardsSearch) != 0;
-  if ((options & NSAnchoredSearch) == 0) return backwards ? text.rfind(wanted) : text.find(wanted);
-  if (backwards) return text.ends_with(wanted) ? text.size() - wanted.size() : npos;
-  return text.starts_with(wanted) ? 0 : npos;
-}
-
-Match matchInBytes(std::string_view text, std::string_view wanted, NSStringCompareOptions options) noexcept {
-  if ((options & NSCaseInsensitiveSearch) != 0) return foldedMatch(text, wanted, options);
-  const std::size_t at = literalMatch(text, wanted, options);
-  return at == npos ? Match{} : Match{at, at + wanted.size()};
-}
-
-/// Text that begins or ends with half a character may be found inside one, so it is looked for among units.
-bool isFoundAmongUnits(const NSString& text) noexcept {
-  return detail::beginsWithHalf(text.view()) || detail::endsWithHalf(text.view());
-}
-
-/// The units, folded where case does not count.
-std::u16string unitsOf(const NSString& text, NSStringCompareOptions options) {
-  std::u16string units = text.toUtf16();
-  if ((options & NSCaseInsensitiveSearch) == 0) return units;
-  for (char16_t& unit : units) {
-    const char32_t folded = detail::foldCase(unit);
-    if (folded < 0x10000) unit = static_cast<char16_t>(folded);
+  [[nodiscard]] char32_t unitAfter(std::size_t at) const noexcept {
+    if (at == characters.size()) return high;
+    const char32_t point = utf8::decode(characters.data() + at).point;
+    return point < 0x10000 ? point : utf8::highHalf(point);
   }
-  return units;
-}
+  [[nodiscard]] bool hasBeside(const Wanted& wanted, detail::TextMatch match) const noexcept {
+    return (wanted.low == 0 || unitBefore(match.from) == wanted.low) &&
+           (wanted.high == 0 || unitAfter(match.to) == wanted.high);
+  }
+
+  /// The core of the first occurrence; an anchored one lies at the start, or backwards at the end.
+  [[nodiscard]] std::optional<detail::TextMatch> find(const Wanted& wanted, NSStringCompareOptions options) const {
+    const detail::SearchManner manner{(options & NSCaseInsensitiveSearch) != 0, (options & NSBackwardsSearch) != 0};
+    if ((options & NSAnchoredSearch) != 0) return findAnchored(wanted, manner);
+    detail::TextSearch search(characters, wanted.core, manner);
+    if (wanted.low == 0 && wanted.high == 0) [[likely]]
+      return search.next();
+    while (const auto match = search.next()) {
+      if (hasBeside(wanted, *match)) return match;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  [[nodiscard]] std::optional<detail::TextMatch> findAnchored(const Wanted& wanted,
+                                                              detail::SearchManner manner) const noexcept {
+    // Of the half at the anchored end, the one of the text is a character cut by the range or a lone half.
+    std::string_view rest = characters;
+    const char32_t wantedHalf = manner.backwards ? wanted.high : wanted.low, cut = manner.backwards ? high : low;
+    if ((wantedHalf == 0) != (cut == 0)) {
+      const bool isLone = manner.backwards ? detail::endsWithHalf(rest) : detail::beginsWithHalf(rest);
+      if (cut != 0 || !isLone) return std::nullopt;
+      manner.backwards ? rest.remove_suffix(detail::halfSize) : rest.remove_prefix(detail::halfSize);
+    }
+    std::optional<detail::TextMatch> match = detail::matchAtEdge(rest, wanted.core, manner);
+    if (!match) return match;
+    const auto skipped = static_cast<std::size_t>(rest.data() - characters.data());
+    match->from += skipped;
+    match->to += skipped;
+    return hasBeside(wanted, *match) ? match : std::nullopt;
+  }
+};
 
 bool isSpaceOrLineEnd(char32_t point) noexcept {
   return (point >= 0x09 && point <= 0x0D) || point == 0x20 || point == 0x85 || point == 0xA0 || point == 0x1680 ||
@@ -100,17 +103,22 @@ NSRange NSString::rangeOfString(const NSString& text, NSStringCompareOptions opt
 NSRange NSString::rangeOfString(const NSString& text, NSStringCompareOptions options, NSRange range) const {
   checkRange("rangeOfString", range);
   constexpr NSRange none{NSNotFound, 0};
-  if (text.empty()) return none;
-  const detail::StringPlace from = place(range.location), to = place(NSMaxRange(range));
-  if (from.secondHalf || to.secondHalf || isFoundAmongUnits(text)) {
-    const std::u16string units = unitsOf(substringWithRange(range), options), wanted = unitsOf(text, options);
-    const std::size_t at = literalMatch(std::u16string_view(units), std::u16string_view(wanted), options);
-    return at == npos ? none : NSRange{range.location + at, wanted.size()};
+  if (text.empty() || range.length == 0) return none;
+  detail::StringPlace from = place(range.location);
+  const detail::StringPlace to = place(NSMaxRange(range));
+  Searched searched;
+  if (from.secondHalf) [[unlikely]] {
+    const utf8::Character pair = utf8::decode(data_ + from.byte);
+    searched.low = utf8::lowHalf(pair.point);
+    from.byte += pair.size;
   }
-  const Match match = matchInBytes(view().substr(from.byte, to.byte - from.byte), text.view(), options);
-  if (match.from == npos) return none;
-  const NSUInteger first = unitAtByte(from.byte + match.from);
-  return {first, unitAtByte(from.byte + match.to) - first};
+  if (to.secondHalf) [[unlikely]]
+    searched.high = utf8::highHalf(utf8::decode(data_ + to.byte).point);
+  searched.characters = view().substr(from.byte, to.byte - from.byte);
+  const Wanted wanted(text);
+  const std::optional<detail::TextMatch> match = searched.find(wanted, options);
+  if (!match) return none;
+  return {unitAtByte(from.byte + match->from) - (wanted.low != 0 ? 1 : 0), text.length()};
 }
 
 bool NSString::hasPrefix(const NSString& text) const {
@@ -127,21 +135,22 @@ bool NSString::hasSuffix(const NSString& text) const {
 
 std::vector<NSRange> NSString::matches(const NSString& text, NSStringCompareOptions options) const {
   std::vector<NSRange> found;
-  if (isFoundAmongUnits(text)) {  // those of the whole text are made once
-    const std::u16string units = unitsOf(*this, options), wanted = unitsOf(text, options);
-    for (std::size_t at = units.find(wanted); at != npos; at = units.find(wanted, at + wanted.size())) {
-      found.push_back({at, wanted.size()});
-    }
-    return found;
+  if (text.empty()) return found;
+  const Searched searched{view()};
+  const Wanted wanted(text);
+  const NSUInteger units = text.length();
+  detail::TextSearch search(searched.characters, wanted.core, {(options & NSCaseInsensitiveSearch) != 0, false});
+  NSUInteger unit = 0, end = 0;  // of the place reached, and of the last occurrence
+  std::size_t byte = 0;
+  while (const auto match = search.next()) {
+    unit += isAscii() ? match->from - byte : utf8::unitCount(searched.characters.substr(byte, match->from - byte));
+    byte = match->from;
+    const NSUInteger first = unit - (wanted.low != 0 ? 1 : 0);
+    if (unit < (wanted.low != 0 ? end + 1 : end) || !searched.hasBeside(wanted, *match)) continue;
+    found.push_back({first, units});
+    end = first + units;
   }
-  NSUInteger from = 0;
-  const NSUInteger units = length();
-  while (true) {
-    const NSRange match = rangeOfString(text, options, {from, units - from});
-    if (match.length == 0) return found;
-    found.push_back(match);
-    from = NSMaxRange(match);
-  }
+  return found;
 }
 
 std::vector<NSString> NSString::componentsSeparatedBy(const NSString& separator) const {

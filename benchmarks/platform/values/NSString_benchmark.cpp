@@ -65,6 +65,50 @@ void findIcu(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(text.indexOf(name));
 }
 
+/// A line such as logs and files have.
+constexpr const char* line = "2021-05-28 09:30:00 payrun: payslip of employee 4711, Zoe Smith, net pay 1,234.50 GBP";
+
+void findInLine(benchmark::State& state) {
+  const NSString text = std::string(line), wanted = "net pay";
+  require(text.rangeOfString(wanted).location == 65, "rangeOfString");
+  for (auto _ : state) benchmark::DoNotOptimize(text.rangeOfString(wanted));
+}
+void findInLineBackwards(benchmark::State& state) {
+  const NSString text = std::string(line), wanted = "payslip";
+  require(text.rangeOfString(wanted, norvik::NSBackwardsSearch).location == 28, "rangeOfString backwards");
+  for (auto _ : state) benchmark::DoNotOptimize(text.rangeOfString(wanted, norvik::NSBackwardsSearch));
+}
+void findInLineCaseAside(benchmark::State& state) {
+  const NSString text = std::string(line), wanted = "NET PAY";
+  require(text.rangeOfString(wanted, norvik::NSCaseInsensitiveSearch).location == 65, "rangeOfString, case aside");
+  for (auto _ : state) benchmark::DoNotOptimize(text.rangeOfString(wanted, norvik::NSCaseInsensitiveSearch));
+}
+void findNothingInLine(benchmark::State& state) {
+  const NSString text = std::string(line), wanted = "<b>";
+  require(!text.containsString(wanted), "containsString");
+  for (auto _ : state) benchmark::DoNotOptimize(text.containsString(wanted));
+}
+void findStd(benchmark::State& state) {
+  const std::string text = line, wanted = "net pay";
+  for (auto _ : state) benchmark::DoNotOptimize(text.find(wanted));
+}
+void splitLine(benchmark::State& state) {
+  const NSString text = std::string(line), comma = ", ";
+  require(text.componentsSeparatedBy(comma).size() == 3, "componentsSeparatedBy");
+  for (auto _ : state) benchmark::DoNotOptimize(text.componentsSeparatedBy(comma));
+}
+void replaceInLine(benchmark::State& state) {
+  const NSString text = std::string(line), from = "pay", to = "wage";
+  for (auto _ : state) benchmark::DoNotOptimize(text.stringByReplacingOccurrencesOfString(from, to));
+}
+/// 160,000 units of one letter, and half as many of it before another one.
+void findInRepetitiveText(benchmark::State& state) {
+  const NSString text = std::string(160'000, 'a'), wanted = std::string(80'000, 'a') + "b";
+  const auto options = static_cast<norvik::NSStringCompareOptions>(state.range(0));
+  require(text.rangeOfString(wanted, options).length == 0, "rangeOfString in repetitive text");
+  for (auto _ : state) benchmark::DoNotOptimize(text.rangeOfString(wanted, options));
+}
+
 void joinOurs(benchmark::State& state) {
   const NSString first = "Payslip of ", second = "Zo\u00EB Smith";
   require(first + second == "Payslip of Zo\u00EB Smith", "operator+");
@@ -90,6 +134,19 @@ BENCHMARK(indexOurs)->Name("index in 300,000 units/ours");
 BENCHMARK(indexIcu)->Name("index in 300,000 units/icu (UTF-16)");
 BENCHMARK(findOurs)->Name("search in 300,000 units/ours");
 BENCHMARK(findIcu)->Name("search in 300,000 units/icu (UTF-16)");
+BENCHMARK(findInLine)->Name("search in a line/ours");
+BENCHMARK(findStd)->Name("search in a line/std::string");
+BENCHMARK(findInLineBackwards)->Name("search in a line, backwards");
+BENCHMARK(findInLineCaseAside)->Name("search in a line, case aside");
+BENCHMARK(findNothingInLine)->Name("search in a line without effect");
+BENCHMARK(splitLine)->Name("split a line");
+BENCHMARK(replaceInLine)->Name("replace in a line");
+BENCHMARK(findInRepetitiveText)
+    ->Name("search in 160,000 repetitive units")
+    ->Arg(norvik::NSLiteralSearch)
+    ->Arg(norvik::NSBackwardsSearch)
+    ->Arg(norvik::NSCaseInsensitiveSearch)
+    ->Arg(norvik::NSCaseInsensitiveSearch | norvik::NSBackwardsSearch);
 BENCHMARK(joinOurs)->Name("join two texts/ours");
 BENCHMARK(joinStd)->Name("join two texts/std::string");
 BENCHMARK(literalOurs)->Name("text from a literal/ours");

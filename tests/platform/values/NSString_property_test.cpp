@@ -120,6 +120,87 @@ TEST(NSStringProperty, SearchFindsWhatTheModelFinds) {
   }
 }
 
+/// Folds the letters that repetitiveUnits() makes. Halves that stand alone stay.
+Units folded(const Units& units) {
+  Units result = units;
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    if (result[i] == u'A') result[i] = u'a';
+    if (result[i] == 0x212A) result[i] = u'k';
+    if (i > 0 && result[i - 1] == 0xD801 && result[i] == 0xDC00) result[i] = 0xDC28;
+  }
+  return result;
+}
+
+/// Few letters and much repetition, so that texts have periods: A, a, the Kelvin sign and its letter, a letter of two
+/// halves in both cases and its halves alone.
+Units repetitiveUnits(Source& source, std::size_t most) {
+  const Units letters[] = {u"a", u"A", u"k", u"\u212A", u"\U00010400", u"\U00010428", {0xDC00}, {0xD801}, {0xDC28}};
+  const std::size_t kinds = source.upTo(3) == 0 ? 8 : source.upTo(2), first = source.upTo(8 - kinds);
+  Units block, units;
+  for (std::size_t left = 1 + source.upTo(4); left > 0; --left) block += letters[first + source.upTo(kinds)];
+  for (const std::size_t length = source.upTo(most); units.size() < length;) {
+    if (source.upTo(20) == 0)
+      units += letters[source.upTo(8)];
+    else
+      units += block;
+  }
+  return units;
+}
+
+TEST(NSStringProperty, SearchInRepetitiveTextFindsWhatTheModelFinds) {
+  Source source(8);
+  int found = 0;
+  for (int round = 0; round < 6'000; ++round) {
+    const Units model = repetitiveUnits(source, round % 5 == 0 ? 1500 : 60);
+    Units wanted = repetitiveUnits(source, round % 5 == 0 ? 200 : 8);
+    if (round % 3 == 0 && !model.empty()) {
+      const std::size_t at = source.upTo(model.size() - 1);
+      wanted = model.substr(at, 1 + source.upTo(round % 5 == 0 ? 300 : 10));
+    }
+    if (wanted.empty()) continue;
+    const std::size_t from = source.upTo(model.size()), length = source.upTo(model.size() - from);
+    const NSString text = NSString::fromUtf16(model), part = NSString::fromUtf16(wanted);
+    for (const bool ignoresCase : {false, true}) {
+      // A place is an occurrence where the units there, as a text of their own, are the wanted ones.
+      const auto occursAt = [&](std::size_t at) {
+        const Units there = model.substr(at, wanted.size());
+        return ignoresCase ? folded(there) == folded(wanted) : there == wanted;
+      };
+      std::vector<std::size_t> places;
+      for (std::size_t at = from; at + wanted.size() <= from + length; ++at) {
+        if (occursAt(at)) places.push_back(at);
+      }
+      found += places.empty() ? 0 : 1;
+      const auto range = [&](bool occurs, std::size_t at) {
+        return occurs ? NSRange{at, wanted.size()} : NSRange{NSNotFound, 0};
+      };
+      const NSRange searched{from, length};
+      const NSStringCompareOptions folding = ignoresCase ? NSCaseInsensitiveSearch : NSLiteralSearch;
+      const std::size_t last = from + length - wanted.size();
+      ASSERT_EQ(text.rangeOfString(part, folding, searched),
+                range(!places.empty(), places.empty() ? 0 : places.front()));
+      ASSERT_EQ(text.rangeOfString(part, folding | NSBackwardsSearch, searched),
+                range(!places.empty(), places.empty() ? 0 : places.back()));
+      ASSERT_EQ(text.rangeOfString(part, folding | NSAnchoredSearch, searched),
+                range(!places.empty() && places.front() == from, from));
+      ASSERT_EQ(text.rangeOfString(part, folding | NSAnchoredSearch | NSBackwardsSearch, searched),
+                range(!places.empty() && places.back() == last, last));
+      Units replaced;
+      std::size_t end = 0;
+      for (std::size_t at = 0; at + wanted.size() <= model.size(); ++at) {
+        if (at < end || !occursAt(at)) continue;
+        replaced += model.substr(end, at - end) + u"-";
+        end = at + wanted.size();
+      }
+      replaced += model.substr(end);
+      ASSERT_EQ(text.stringByReplacingOccurrencesOfString(part, "-", folding).toUtf16(), replaced);
+    }
+    ASSERT_EQ(text.hasPrefix(part), model.starts_with(wanted));
+    ASSERT_EQ(text.hasSuffix(part), model.ends_with(wanted));
+  }
+  EXPECT_GT(found, 1'500);
+}
+
 TEST(NSStringProperty, ReplacingAndSplittingDoWhatTheModelDoes) {
   Source source(5);
   for (int round = 0; round < 5'000; ++round) {

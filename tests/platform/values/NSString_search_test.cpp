@@ -1,4 +1,5 @@
 #include "NorvikCore/platform/values/NSException.h"
+#include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <gmock/gmock.h>
@@ -86,6 +87,25 @@ TEST(NSStringSearch, HalvesAreFoundInsideCharacters) {
   EXPECT_FALSE(text.hasSuffix(high + "b"));
 }
 
+TEST(NSStringSearch, LettersBeyondTheFirstPlaneFoldBesideAHalfToo) {
+  const NSString high = NSString::fromCodePoint(0xD83D), low = NSString::fromCodePoint(0xDCB7);
+  const NSString upper = "\U00010400", lower = "\U00010428";
+  constexpr auto caseAside = NSCaseInsensitiveSearch;
+  EXPECT_EQ((low + upper).rangeOfString(low + lower, caseAside), (NSRange{0, 3}));
+  EXPECT_EQ(("x" + upper + high).rangeOfString(lower + high, caseAside), (NSRange{1, 3}));
+  EXPECT_EQ((upper + "\U0001F4B7").rangeOfString(lower + high, caseAside | NSBackwardsSearch), (NSRange{0, 3}));
+  EXPECT_EQ(("\U0001F4B7" + upper).rangeOfString(low + lower, caseAside | NSBackwardsSearch | NSAnchoredSearch),
+            (NSRange{1, 3}));
+  EXPECT_EQ((low + upper).rangeOfString(low + lower), none);
+  // The parts of a character that a range cuts do not fold: they are no letters.
+  EXPECT_EQ((upper + "x").rangeOfString("X", caseAside, {1, 2}), (NSRange{2, 1}));
+  EXPECT_EQ((upper + upper).rangeOfString(lower, caseAside, {1, 3}), (NSRange{2, 2}));
+  EXPECT_EQ((upper + upper).rangeOfString(lower, caseAside, {1, 2}), none);
+  const NSString halfOfUpper = upper.substringFromIndex(1), halfOfLower = lower.substringFromIndex(1);
+  EXPECT_EQ((upper + "x").rangeOfString(halfOfUpper + "X", caseAside), (NSRange{1, 2}));
+  EXPECT_EQ((upper + "x").rangeOfString(halfOfLower + "X", caseAside), none);
+}
+
 TEST(NSStringSearch, PrefixesAndSuffixes) {
   const NSString text = "nk_days\u00E9";
   EXPECT_TRUE(text.hasPrefix("nk_"));
@@ -136,6 +156,32 @@ TEST(NSStringSearch, BytesThatAreNotUtf8AreReplacedInALongTextInLinearTime) {
   const NSString text = NSString::fromBytes(bytes), pound = NSString::fromBytes("\xA3");
   EXPECT_EQ(text.stringByReplacingOccurrencesOfString(pound, "\u00A3").view(), expected);
   EXPECT_EQ(text.componentsSeparatedBy(pound).size(), lines + 1);
+}
+
+/// In time that grew with the square of the length each of these would take minutes.
+TEST(NSStringSearch, RepetitiveTextIsSearchedInLinearTimeInEveryManner) {
+  constexpr std::size_t length = 400'000;
+  const NSString half = NSString::fromCodePoint(0xDCB7);
+  for (const NSString& letter : {NSString("a"), NSString("\u00E9"), NSString("\U00010428"), half}) {
+    NSMutableString run;
+    for (std::size_t i = 0; i < length / 2; ++i) run.appendString(letter);
+    const NSString text = run.string() + run.string(), before = "b" + run.string(), after = run.string() + "b";
+    for (const auto folded : {NSLiteralSearch, NSCaseInsensitiveSearch}) {
+      for (const auto direction : {NSLiteralSearch, NSBackwardsSearch}) {
+        EXPECT_EQ(text.rangeOfString(before, folded | direction), none);
+        EXPECT_EQ(text.rangeOfString(after, folded | direction), none);
+        EXPECT_EQ((text + "b").rangeOfString(after, folded | direction).location, text.length() - run.length());
+        EXPECT_EQ(text.rangeOfString(after, folded | direction | NSAnchoredSearch), none);
+      }
+      EXPECT_EQ(text.rangeOfString(after, folded, {1, text.length() - 2}), none);
+      EXPECT_TRUE(text.stringByReplacingOccurrencesOfString(after, "", folded).isIdenticalTo(text));
+      EXPECT_EQ((before + before).stringByReplacingOccurrencesOfString(before, "-", folded), "--");
+    }
+    EXPECT_EQ((after + after).componentsSeparatedBy(after).size(), 3u);
+    EXPECT_EQ(text.componentsSeparatedBy(letter + letter).size(), length / 2 + 1);
+    EXPECT_FALSE(text.hasPrefix(after));
+    EXPECT_FALSE(text.hasSuffix(before));
+  }
 }
 
 TEST(NSStringSearch, HalvesAreReplacedInsideCharactersWithoutOverlap) {
