@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/internal/DateNames.h"
 #include "NorvikCore/platform/foundation/internal/DatePattern.h"
+#include "NorvikCore/platform/foundation/internal/DateReader.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/kernel/Fork.h"
@@ -99,28 +100,21 @@ struct NSDateFormatter::Engine {
     }
   }
 
-  std::optional<Date> date(const NSString& text) {
+  std::optional<Date> date(const NSString& text, const NSDateFormatter& settings) {
     const kernel::ForkHold hold;
-    icu::SimpleDateFormat& format = icuFormat();
-    const icu::UnicodeString units = detail::icuString(isLenient ? text.stringByTrimming() : text);
-    const std::unique_ptr<icu::Calendar> fields(format.getCalendar()->clone());
-    const icu::UnicodeString noZone(u"none in the text");
-    fields->adoptTimeZone(new icu::SimpleTimeZone(0, noZone));
-    fields->clear();
-    fields->set(2000, UCAL_JANUARY, 1);
-    icu::ParsePosition end(0);
-    format.parse(units, *fields, end);
-    if (end.getErrorIndex() >= 0 || end.getIndex() != units.length()) return std::nullopt;
-    icu::UnicodeString zoneName;
-    const bool hasZone = fields->isSet(UCAL_ZONE_OFFSET) || fields->getTimeZone().getID(zoneName) != noZone;
-    UErrorCode status = U_ZERO_ERROR;
-    const double milliseconds = fields->getTime(status);
-    if (U_FAILURE(status)) return std::nullopt;
-    const auto seconds = static_cast<std::int64_t>(std::floor(milliseconds / 1000));
-    const double fraction = milliseconds / 1000 - static_cast<double>(seconds);
-    const std::int64_t local = seconds - referenceDateSince1970;
-    const std::int64_t instant = hasZone ? local : zone->rules().instantOfLocal(local);
-    return Date::fromReferenceSeconds(static_cast<double>(instant) + fraction);
+    if (!reader) {
+      const Ref<NSCalendar> week = settings.calendar();
+      const detail::DateReader::Manner manner{isLenient, static_cast<std::int32_t>(week->firstWeekday()),
+                                              static_cast<std::int32_t>(week->minimumDaysInFirstWeek())};
+      reader = std::make_unique<const detail::DateReader>(pattern.view(), detail::icuLocale(*locale), manner);
+    }
+    const NSString wanted = isLenient ? text.stringByTrimming() : text;
+    const std::optional<detail::DateReader::Reading> reading = reader->read(wanted.view());
+    if (!reading) return std::nullopt;
+    const detail::ZoneRules& rules = reading->zone ? *reading->zone : zone->rules();
+    const std::int64_t instant =
+        reading->offset ? reading->localSeconds - *reading->offset : rules.instantOfLocal(reading->localSeconds);
+    return Date::fromReferenceSeconds(static_cast<double>(instant) + reading->fraction);
   }
 
  private:
@@ -175,8 +169,6 @@ struct NSDateFormatter::Engine {
     }
     icu = std::make_unique<icu::SimpleDateFormat>(detail::icuString(pattern), detail::icuLocale(*locale), status);
     icu->adoptCalendar(fields.release());
-    icu->setLenient(isLenient);
-    icu->set2DigitYearStart(-631'152'000'000.0, status);  // 1950-01-01
     return *icu;
   }
 
@@ -238,6 +230,7 @@ struct NSDateFormatter::Engine {
   std::unique_ptr<icu::SimpleDateFormat> icu;
   icu::SimpleTimeZone* fixedZone = nullptr;  // icu's, where it has only an offset
   bool zoneIsCurrent = false;                // icu has the zone of the span
+  std::unique_ptr<const detail::DateReader> reader;
 };
 
 NSDateFormatter::NSDateFormatter() : locale_(NSLocale::currentLocale()), timeZone_(NSTimeZone::defaultTimeZone()) {}
@@ -266,7 +259,7 @@ void NSDateFormatter::appendStringFromDate(Date date, std::string& text) const {
 }
 
 std::optional<Date> NSDateFormatter::dateFromString(const NSString& text) const {
-  return pattern_.empty() || text.empty() ? std::nullopt : engine().date(text);
+  return pattern_.empty() || text.empty() ? std::nullopt : engine().date(text, *this);
 }
 
 std::optional<NSString> NSDateFormatter::stringForObjectValue(const Value& value) const {

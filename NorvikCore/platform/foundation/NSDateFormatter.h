@@ -12,14 +12,42 @@
 // calendar holds for all times, also before 1582. Times are cut to milliseconds, up to what a double of seconds falls
 // short of one. Years beyond 5.8 million are shown as that.
 //
-// Reading takes the whole text or nothing. Fields that the pattern does not have are those of 2000-01-01 00:00:00;
-// years of two digits are 1950 to 2049. Strict reading wants a day that exists and the pattern's letters and signs;
-// lenient reading (see setLenient) carries fields over, but no hour above 24, and forgives spaces and signs.
+// Reading takes the whole text or nothing. A field that the pattern does not have is that of 2000-01-01 00:00:00. A
+// weekday without a day is the first such day.
+//
+// Strict reading is the default. It takes a text that the pattern writes for some date, and no other: spaces, signs and
+// the case of letters are those of the pattern, and fields do not contradict each other. "31/02/2021" is refused, and
+// "Tuesday 10 May 2021", which is a Monday.
+//
+// Lenient reading (see setLenient) takes what a clerk types. Fields out of range carry over (31/02 is 3 March), except
+// hours above 24. Weekdays, weeks and quarters beside a full date are not checked. Case and additional spaces do not
+// count. A sign may be another sign or a space: dd/MM/yyyy takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be missing
+// between a digit and a letter.
+//
+//   letters          strict                                          lenient
+//   d M L D H h K k  as many digits as letters, more only without    any number of digits that the field can need (2
+//   m s w W F e c    a leading zero (dd: "05", d: "5"), all of       for d, 3 for D) or the pattern has, the locale's
+//   Q q g A          them the locale's digits                        or 0 to 9; h takes 13 to 24, M names of months
+//   y u U r Y        the same, at least four digits: the year 21     two digits: 1950 to 2049; four or more: the year
+//                    is "0021" for yyyy, "21" is refused             itself; one or three are refused
+//   yy YY            two digits: 1950 to 2049                        the same as y
+//   y beside G       the same as d: "44 BC"                          any number of digits
+//   S                as many digits as letters                       1 to 18 digits
+//   MMM EEE QQQ a b  the locale's name of that width; a name that    a name of any width, the first letters, three or
+//   B G and wider    several have (MMMMM) is only checked            more, of one month or weekday; months by number
+//   Z X x            the form that is written; "+00:00" also where   any such form, with or without colon and minutes,
+//                    "Z" is written                                  "GMT" and "UTC"
+//   z v V O ZZZZ     the zone's name as the pattern writes it,       a name in any form that ICU knows
+//                    if ICU reads it
+//
+// Of numbers side by side (yyyyMMdd) the first has what the others leave, which have as many digits as letters.
+// A pattern with more than nine letters of one field (S, A: eighteen) reads nothing.
 //
 // Threads: confined; distinct formatters are independent. What was set is in force at the next text.
 // Cost:    patterns of digits and of the names of months, weekdays, quarters, halves of the day and eras ("EEE d MMM
 //          yyyy HH:mm") take some tens of nanoseconds a text; the names are looked up once a locale. Patterns with
-//          names of zones, and reading, take an ICU formatter (tens of microseconds to make): keep the formatter.
+//          names of zones take an ICU formatter (tens of microseconds to make): keep the formatter. Reading takes
+//          time linear in the text; the first text after a change also that of looking up the pattern's names.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -62,7 +90,7 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   [[nodiscard]] NSString stringFromDate(Date date) const;
   /// Appends that text as UTF-8. Made for one date after another: the times of one second take a few nanoseconds.
   void appendStringFromDate(Date date, std::string& text) const;
-  /// Absent where the text is no date in the pattern.
+  /// Absent where the text is no date in the pattern, and for patterns with letters that mean nothing.
   [[nodiscard]] std::optional<Date> dateFromString(const NSString& text) const;
 
   /// Dates only; absent for any other value.

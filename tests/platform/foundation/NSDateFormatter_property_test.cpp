@@ -7,6 +7,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/values/Date_literals.h"
@@ -82,6 +83,88 @@ TEST(NSDateFormatterProperty, PatternsOfWordsAreWrittenAsIcuWritesThem) {
       expectIcusTexts("UTC", locale, pattern, 60);
   }
   expectIcusTexts("Asia/Tokyo", "en_GB", "EEEE d MMMM yyyy HH:mm", 400);
+}
+
+constexpr const char* locales[] = {"en_GB", "en_US", "de_DE", "fr_FR", "pl_PL", "cy_GB", "ja_JP", "zh_CN",
+                                   "th_TH", "ar_EG", "fa_IR", "he_IL", "vi_VN", "hi_IN", "bn_BD", "fi_FI"};
+
+/// Each names the day and, but for the last ones, the second.
+constexpr const char* patterns[] = {"dd/MM/yyyy HH:mm:ss",
+                                    "d.M.y H:m:s",
+                                    "yyyyMMddHHmmss",
+                                    "EEEE d MMMM yyyy HH:mm:ss",
+                                    "EEE dd MMM yyyy h:mm:ss a",
+                                    "cccc, d LLLL y K:mm:ss aaaa",
+                                    "YYYY-'W'ww-e kk:mm:ss",
+                                    "yyyy-DDD HH:mm:ss",
+                                    "yyyy-MM-dd'T'HH:mm:ss.SSSXXX",
+                                    "d MMM y G HH:mm:ss",
+                                    "B h:mm:ss, d LLL y",
+                                    "d MMM y, h:mm:ss b",
+                                    "g A",
+                                    "uuuu QQQ dd/MM HH:mm:ss Z",
+                                    "EEE W MM yyyy HH:mm:ss",
+                                    "EEEE F M yyyy HH:mm:ss",
+                                    "'o''clock' HH:mm:ss, EEEEE EEEEEE dd/MM/yyyy",
+                                    "dd/MM/yyyy HH:mm:ss zzzz"};
+
+Ref<NSDateFormatter> utcFormatter(const char* locale, const char* pattern, bool isLenient) {
+  auto formatter = make<NSDateFormatter>();
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+  formatter->setTimeZone(NSTimeZone::timeZoneWithName("UTC"));
+  formatter->setDateFormat(pattern);
+  formatter->setLenient(isLenient);
+  return formatter;
+}
+
+/// A second of the years 1583 to 2400, one in four on the hour.
+Date anySecond(std::mt19937_64& random) {
+  std::uniform_int_distribution<std::int64_t> seconds(-12'212'553'600, 13'601'087'999);  // since 1970
+  const std::int64_t second = seconds(random);
+  return Date::dateWithTimeIntervalSince1970(static_cast<double>(random() % 4 == 0 ? second / 3600 * 3600 : second));
+}
+
+TEST(NSDateFormatterProperty, WhatIsWrittenIsReadInBothManners) {
+  std::mt19937_64 random(2400);
+  for (const char* locale : locales) {
+    for (const char* pattern : patterns) {
+      // ICU does not read the name that it writes: "UTC-yleisaika".
+      if (std::string_view(locale) == "fi_FI" && std::string_view(pattern).ends_with("zzzz")) continue;
+      const auto strict = utcFormatter(locale, pattern, false), lenient = utcFormatter(locale, pattern, true);
+      for (int i = 0; i < 60; ++i) {
+        const Date date = anySecond(random);
+        const NSString text = strict->stringFromDate(date);
+        ASSERT_EQ(strict->dateFromString(text), date) << locale << ' ' << pattern << ' ' << text;
+        ASSERT_EQ(lenient->dateFromString(text), date) << locale << ' ' << pattern << ' ' << text;
+      }
+    }
+  }
+}
+
+TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
+  std::mt19937_64 random(99);
+  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };
+  const std::string pieces[] = {" ", "0", "1", "9", "/", "-", "a", "A", "\u00A0", "\u0661", "\uFF11", "May", "pm", "+"};
+  int taken = 0;
+  for (const char* locale : {"en_GB", "de_DE", "ja_JP", "ar_EG"}) {
+    for (const char* pattern : patterns) {
+      if (std::string_view(pattern).find_first_of("zZX") != std::string_view::npos) continue;  // other zones are taken
+      const auto strict = utcFormatter(locale, pattern, false);
+      for (int i = 0; i < 300; ++i) {
+        std::u16string text = strict->stringFromDate(anySecond(random)).toUtf16();
+        for (std::size_t changes = 1 + upTo(1); changes > 0; --changes) {
+          const std::u16string piece = NSString(pieces[upTo(std::size(pieces) - 1)]).toUtf16();
+          text.replace(upTo(text.size() - 1), upTo(1), piece);
+        }
+        const NSString changed = NSString::fromUtf16(text);
+        const std::optional<Date> date = strict->dateFromString(changed);
+        if (!date || *date > "9999-12-31"_date) continue;  // far from now a double does not hold milliseconds
+        ++taken;
+        ASSERT_EQ(strict->stringFromDate(*date), changed) << locale << ' ' << pattern;
+      }
+    }
+  }
+  EXPECT_GT(taken, 200);
 }
 
 }  // namespace

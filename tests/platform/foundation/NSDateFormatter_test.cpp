@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 
 namespace norvik {
@@ -213,6 +214,218 @@ TEST(NSDateFormatter, ReadsTheWholeTextOrNothing) {
         << row.pattern << ' ' << row.text;
 }
 
+struct ReadingRow {
+  const char *pattern, *text;
+  std::optional<Date> expected;
+};
+
+void expectReadings(std::initializer_list<ReadingRow> rows, bool isLenient, const char* zone = "UTC",
+                    const char* locale = "en_GB") {
+  for (const auto& row : rows) {
+    const auto dates = formatter(zone, row.pattern, locale);
+    dates->setLenient(isLenient);
+    EXPECT_EQ(dates->dateFromString(row.text), row.expected) << row.pattern << " of \"" << row.text << '"';
+  }
+}
+
+TEST(NSDateFormatter, StrictReadingOfNumbersTakesThePatternAndNothingElse) {
+  expectReadings(
+      {
+          {"dd/MM/yyyy", "10/05/2021", "2021-05-10"_date},
+          {"dd/MM/yyyy", "10/5/2021", std::nullopt},
+          {"dd/MM/yyyy", "1/05/2021", std::nullopt},
+          {"dd/MM/yyyy", "010/05/2021", std::nullopt},
+          {"dd/MM/yyyy", " 10/05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10/ 05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10 /05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10-05-2021", std::nullopt},
+          {"dd/MM/yyyy", "+10/05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10/-5/2021", std::nullopt},
+          {"dd/MM/yyyy", "10/May/2021", std::nullopt},
+          {"dd/MM/yyyy", "\u0661\u0660/\u0660\u0665/\u0662\u0660\u0662\u0661", std::nullopt},
+          {"dd/MM/yyyy", "00/05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10/00/2021", std::nullopt},
+          {"d/M/y", "1/5/2021", "2021-05-01"_date},
+          {"d/M/y", "11/12/2021", "2021-12-11"_date},
+          {"d/M/y", "01/5/2021", std::nullopt},
+          {"d/M/y", "1/05/2021", std::nullopt},
+          {"yyyyMMdd", "20210510", "2021-05-10"_date},
+          {"yyyyMMdd", "120210510", "12021-05-10"_date},
+          {"yyyyMMdd", "2021510", std::nullopt},
+          {"HHmmss", "131415", "2000-01-01 13:14:15"_date},
+          {"HHmmss", "31415", std::nullopt},
+          {"HH:mm:ss", "13:14:60", std::nullopt},
+          {"HH:mm:ss", "13:60:14", std::nullopt},
+          {"kk:mm", "24:30", "2000-01-01 00:30"_date},
+          {"kk:mm", "00:30", std::nullopt},
+          {"ss.SSS", "12.250", "2000-01-01T00:00:12.25Z"_date},
+          {"ss.SSS", "12.25", std::nullopt},
+          {"ss.SSS", "12.2500", std::nullopt},
+          {"yyyy-DDD", "2020-366", "2020-12-31"_date},
+          {"yyyy-DDD", "2021-366", std::nullopt},
+          {"YYYY-'W'ww-e", "2020-W53-5", "2021-01-01"_date},
+          {"YYYY-'W'ww-e", "2021-W53-5", std::nullopt},
+          {"YYYY", "2021", "2021-01-04"_date},
+          {"dd/MM/YYYY", "01/01/2020", "2020-01-01"_date},
+          {"dd/MM/YYYY", "10/05/2021", "2021-05-10"_date},
+          {"MM/YYYY", "01/2021", "2021-01-04"_date},
+          {"Q yyyy", "2 2021", "2021-04-01"_date},
+          {"'d' dd''MM''yyyy", "d 10'05'2021", "2021-05-10"_date},
+          {"g", "2459345", "2021-05-10"_date},
+          {"A", "47655016", "2000-01-01T13:14:15.016Z"_date},
+      },
+      false);
+}
+
+TEST(NSDateFormatter, AYearOfTwoDigitsIsNeverAYearOfTheFirstCentury) {
+  expectReadings(
+      {
+          {"dd/MM/yyyy", "10/05/21", std::nullopt},
+          {"dd/MM/yyyy", "10/05/021", std::nullopt},
+          {"dd/MM/yyyy", "10/05/0021", "0021-05-10"_date},
+          {"dd/MM/yyyy", "10/05/02021", std::nullopt},
+          {"dd/MM/y", "10/05/21", std::nullopt},
+          {"dd/MM/y", "10/05/0021", std::nullopt},
+          {"dd/MM/yy", "10/05/2021", std::nullopt},
+          {"dd/MM/yy", "10/05/1", std::nullopt},
+          {"d MMMM y G", "10 May 21 AD", "0021-05-10"_date},
+      },
+      false);
+  expectReadings(
+      {
+          {"dd/MM/yyyy", "10/05/21", "2021-05-10"_date},
+          {"dd/MM/yyyy", "10/05/49", "2049-05-10"_date},
+          {"dd/MM/yyyy", "10/05/50", "1950-05-10"_date},
+          {"dd/MM/y", "10/05/21", "2021-05-10"_date},
+          {"dd/MM/yy", "10/05/2021", "2021-05-10"_date},
+          {"dd/MM/yyyy", "10/05/0021", "0021-05-10"_date},
+          {"dd/MM/yyyy", "10/05/1", std::nullopt},
+          {"dd/MM/yyyy", "10/05/202", std::nullopt},
+          {"yyyyMMdd", "210510", "2021-05-10"_date},
+          {"d MMMM y G", "10 May 21 AD", "0021-05-10"_date},
+      },
+      true);
+}
+
+TEST(NSDateFormatter, StrictReadingOfWordsTakesThePatternsWidthAndCase) {
+  expectReadings(
+      {
+          {"d MMM yyyy", "10 Dec 2021", "2021-12-10"_date},
+          {"d MMM yyyy", "10 December 2021", std::nullopt},
+          {"d MMMM yyyy", "10 Dec 2021", std::nullopt},
+          {"d MMMM yyyy", "10 december 2021", std::nullopt},
+          {"d MMMM yyyy", "10  December 2021", std::nullopt},
+          {"d MMMM yyyy", "10 12 2021", std::nullopt},
+          {"EEEE d MMMM yyyy", "Monday 10 May 2021", "2021-05-10"_date},
+          {"EEEE d MMMM yyyy", "Tuesday 10 May 2021", std::nullopt},
+          {"EEEE", "Monday", "2000-01-03"_date},
+          {"EEEEE dd/MM/yyyy", "T 11/05/2021", "2021-05-11"_date},
+          {"EEEEE dd/MM/yyyy", "T 10/05/2021", std::nullopt},
+          {"MMMMM yyyy", "J 2021", std::nullopt},
+          {"h:mm a", "1:05 pm", "2000-01-01 13:05"_date},
+          {"h:mm a", "12:05 am", "2000-01-01 00:05"_date},
+          {"h:mm a", "1:05 PM", std::nullopt},
+          {"h:mm a", "13:05 pm", std::nullopt},
+          {"h:mm a", "0:05 am", std::nullopt},
+          {"HH:mm a", "13:05 am", std::nullopt},
+          {"h:mm b", "12:00 noon", "2000-01-01 12:00"_date},
+          {"h:mm b", "12:05 noon", std::nullopt},
+          {"h:mm B", "1:05 in the afternoon", "2000-01-01 13:05"_date},
+          {"QQQ yyyy", "Q2 2021", "2021-04-01"_date},
+          {"QQQ MM yyyy", "Q2 07 2021", std::nullopt},
+          {"d MMMM y G", "15 March 44 BC", dateFromReferenceDay(referenceDay(-43, 3, 15))},
+      },
+      false);
+  expectReadings({{"d. MMMM yyyy", "10. Mai 2021", "2021-05-10"_date}, {"d. MMMM yyyy", "10. May 2021", std::nullopt}},
+                 false, "UTC", "de_DE");
+  expectReadings({{"dd/MM/yyyy", "\u0661\u0660/\u0660\u0665/\u0662\u0660\u0662\u0661", "2021-05-10"_date},
+                  {"dd/MM/yyyy", "10/05/2021", std::nullopt}},
+                 false, "UTC", "ar_EG");
+}
+
+TEST(NSDateFormatter, StrictReadingOfZonesTakesTheFormThatIsWritten) {
+  expectReadings(
+      {
+          {"dd/MM/yyyy HH:mm Z", "01/07/2021 01:30 +0100", "2021-07-01 00:30"_date},
+          {"dd/MM/yyyy HH:mm Z", "01/07/2021 01:30 +01:00", std::nullopt},
+          {"dd/MM/yyyy HH:mm Z", "01/07/2021 01:30 +1", std::nullopt},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30-05:00", "2021-07-01 06:30"_date},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30Z", "2021-07-01 01:30"_date},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30+00:00", "2021-07-01 01:30"_date},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30+0100", std::nullopt},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30+01:60", std::nullopt},
+          {"yyyy-MM-dd'T'HH:mmXXX", "2021-07-01T01:30+24:00", std::nullopt},
+          {"yyyy-MM-dd'T'HH:mmxxx", "2021-07-01T01:30Z", std::nullopt},
+          {"yyyy-MM-dd'T'HH:mmX", "2021-07-01T01:30+01", "2021-07-01 00:30"_date},
+          {"yyyy-MM-dd'T'HH:mmX", "2021-07-01T01:30+0130", "2021-07-01 00:00"_date},
+          {"yyyy-MM-dd'T'HH:mmZZZZZ", "2021-07-01T01:30+01:00", "2021-07-01 00:30"_date},
+          {"dd/MM/yyyy HH:mm zzz", "01/07/2021 01:30 BST", "2021-07-01 00:30"_date},
+          {"dd/MM/yyyy HH:mm zzz", "01/07/2021 01:30 GMT", "2021-07-01 01:30"_date},
+          {"dd/MM/yyyy HH:mm zzz", "01/07/2021 01:30 bst", std::nullopt},
+          {"dd/MM/yyyy HH:mm zzz", "01/07/2021 01:30 British Summer Time", std::nullopt},
+          {"dd/MM/yyyy HH:mm zzzz", "01/07/2021 01:30 British Summer Time", "2021-07-01 00:30"_date},
+          {"dd/MM/yyyy HH:mm ZZZZ", "01/07/2021 01:30 GMT+01:00", "2021-07-01 00:30"_date},
+          {"dd/MM/yyyy HH:mm VV", "01/07/2021 01:30 America/New_York", "2021-07-01 05:30"_date},
+          {"dd/MM/yyyy HH:mm VV", "28/03/2021 01:30 Europe/London", "2021-03-28 01:30"_date},
+      },
+      false, "Europe/London");
+}
+
+TEST(NSDateFormatter, LenientReadingTakesWhatAClerkTypes) {
+  expectReadings(
+      {
+          {"dd/MM/yyyy", "1-5-2021", "2021-05-01"_date},
+          {"dd/MM/yyyy", "1.5.2021", "2021-05-01"_date},
+          {"dd/MM/yyyy", "1 5 2021", "2021-05-01"_date},
+          {"dd/MM/yyyy", "10 May 2021", "2021-05-10"_date},
+          {"dd/MM/yyyy", "10May2021", "2021-05-10"_date},
+          {"dd/MM/yyyy", "10/-5/2021", std::nullopt},
+          {"dd/MM/yyyy", "10//5/2021", std::nullopt},
+          {"dd/MM/yyyy", "10052021", std::nullopt},
+          {"dd/MM/yyyy", "100/05/2021", std::nullopt},
+          {"dd/MM/yyyy", "10/05", std::nullopt},
+          {"dd/MM/yyyy", "10/05/2021 or so", std::nullopt},
+          {"d MMM yyyy", "10 DECEMBER 2021", "2021-12-10"_date},
+          {"d MMM yyyy", "10 sep 2021", "2021-09-10"_date},
+          {"d MMM yyyy", "10 Septem. 2021", "2021-09-10"_date},
+          {"d MMM yyyy", "10/9/2021", "2021-09-10"_date},
+          {"d MMM yyyy", "10/13/2021", std::nullopt},
+          {"d MMM yyyy", "10 Ma 2021", std::nullopt},
+          {"EEEE, d MMMM yyyy", "tue 10 may 2021", "2021-05-10"_date},
+          {"h:mm a", "1:05PM", "2000-01-01 13:05"_date},
+          {"h:mm a", "13:05 pm", "2000-01-01 13:05"_date},
+          {"h:mm a", "13:05 am", std::nullopt},
+          {"HH:mm", "9.30", "2000-01-01 09:30"_date},
+          {"ss.SSS", "12.5", "2000-01-01T00:00:12.5Z"_date},
+          {"dd/MM/yyyy 'at' HH:mm", "10/5/2021 AT 13:14", "2021-05-10 13:14"_date},
+          {"HH:mm Z", "13:14 -05:00", "2000-01-01 18:14"_date},
+          {"HH:mm XXXXX", "13:14 GMT+1", "2000-01-01 12:14"_date},
+          {"HH:mm XXXXX", "13:14 utc", "2000-01-01 13:14"_date},
+      },
+      true);
+  expectReadings({{"dd/MM/yyyy", "10/05/2021", "2021-05-10"_date}}, true, "UTC", "ar_EG");
+  expectReadings({{"EEEE d MMMM yyyy", "ch\u1EE7 nh\u1EADt 9 th\u00E1ng 5 2021", "2021-05-09"_date}}, true, "UTC",
+                 "vi_VN");
+}
+
+/// In time that grew with the square of the length each of these would take minutes.
+TEST(NSDateFormatter, LongJunkIsRefusedInLinearTime) {
+  constexpr std::size_t length = 1'000'000;
+  for (const bool isLenient : {false, true}) {
+    for (const char* pattern : {"dd/MM/yyyy", "EEEE d MMMM yyyy HH:mm:ss zzzz", "yyyyMMdd", "d MMM y h:mm a Z"}) {
+      const auto dates = formatter("Europe/London", pattern);
+      dates->setLenient(isLenient);
+      for (const char* unit : {"1", " ", "/", "a", "J", "0", "1 ", "Monday ", "\u00A0", "+", "10/05/2021"}) {
+        std::string junk;
+        while (junk.size() < length) junk += unit;
+        junk += 'x';
+        EXPECT_EQ(dates->dateFromString(junk), std::nullopt) << pattern << ' ' << unit;
+        EXPECT_EQ(dates->dateFromString("10/05/2021" + junk), std::nullopt) << pattern << ' ' << unit;
+      }
+    }
+  }
+}
+
 TEST(NSDateFormatter, LenientReadingCarriesFieldsOver) {
   auto lenient = formatter("UTC", "dd/MM/yyyy");
   lenient->setLenient(true);
@@ -229,6 +442,16 @@ TEST(NSDateFormatter, LenientReadingCarriesTimesOverUpToHour24) {
   EXPECT_EQ(lenient->dateFromString("01/07/2021 23:61"), "2021-07-02 00:01"_date);
   EXPECT_EQ(lenient->dateFromString("01/07/2021 24:00"), "2021-07-02"_date);
   EXPECT_EQ(lenient->dateFromString("01/07/2021 25:00"), std::nullopt);
+}
+
+TEST(NSDateFormatter, APatternOfMoreThanNineLettersOfAFieldReadsNothing) {
+  auto nine = formatter("UTC", "mmmmmmmmm");
+  nine->setLenient(true);
+  EXPECT_EQ(nine->dateFromString("000000090"), "2000-01-01 01:30"_date);
+  EXPECT_EQ(nine->dateFromString("999999999"), "3901-04-29 10:39"_date);
+  auto ten = formatter("UTC", "mmmmmmmmmm");
+  ten->setLenient(true);
+  EXPECT_EQ(ten->dateFromString("0000000090"), std::nullopt);
 }
 
 TEST(NSDateFormatter, LenientReadingForgivesSpacesAroundTheText) {
