@@ -1,21 +1,30 @@
 # Installs the library, its public headers, a CMake package and a pkg-config file whose prefix follows the file.
-include(CMakePackageConfigHelpers)
+if(NORVIK_INSTALL)
+  include(CMakePackageConfigHelpers)
 
-install(TARGETS NorvikCore EXPORT NorvikCoreTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+  install(TARGETS NorvikCore EXPORT NorvikCoreTargets
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-configure_package_config_file(cmake/NorvikCoreConfig.cmake.in ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
-                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake ${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
+                                INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+  write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  install(FILES ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake ${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-file(RELATIVE_PATH NORVIK_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-string(REGEX REPLACE "/$" "" NORVIK_PREFIX_FROM_PC "${NORVIK_PREFIX_FROM_PC}")
-configure_file(cmake/NorvikCore.pc.in ${PROJECT_BINARY_DIR}/NorvikCore.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  file(RELATIVE_PATH NORVIK_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" NORVIK_PREFIX_FROM_PC "${NORVIK_PREFIX_FROM_PC}")
+  # Whoever links a static library links what it uses, with or without pkg-config's --static: there is no other NorvikCore.
+  if(NOT BUILD_SHARED_LIBS)
+    set(NORVIK_PC_REQUIRES "icu-i18n icu-uc fmt sqlite3")
+    set(NORVIK_PC_LIBS " -Wl,-z,nodelete")
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCore.pc.in ${PROJECT_BINARY_DIR}/NorvikCore.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/NorvikCore)
+endif()
 
 # The installed headers, one a line as they are included: for the tests that compile each alone and for tools/include-times.
 get_target_property(NORVIK_PUBLIC_HEADERS NorvikCore HEADER_SET)

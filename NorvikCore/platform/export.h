@@ -10,3 +10,10 @@
 #else
 #define NK_NO_PLT
 #endif
+
+// Every public header that needs C++20 begins with this one, itself or by what it includes. The missing file ends the
+// compilation at the sentence, before C++20 is read as something older.
+#if __cplusplus < 202002L
+#error NorvikCore needs C++20 or later: compile with -std=c++20
+#include "C++20"
+#endif

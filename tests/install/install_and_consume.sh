@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# install_and_consume.sh find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library to a fresh prefix,
+# install_and_consume.sh find_package|old_find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library to a fresh prefix,
 # moves the prefix (so that nothing may depend on where it was), and builds and runs a program that includes every
-# installed header, outside of this repository's build.
+# installed header, outside of this repository's build. old_find_package reads the package as CMake before 3.23 does.
 set -eu
 way=$1 build=$2 compiler=$3 work=$4
 here=$(cd "$(dirname "$0")" && pwd)
@@ -20,17 +20,29 @@ sed 's/.*/#include "&"/' "$work/headers.txt" >"$work/consumer/every_header.h"
 cp "$here/consumer.cpp" "$here/consumer.cmake" "$work/consumer/"
 mv "$work/consumer/consumer.cmake" "$work/consumer/CMakeLists.txt"
 
+# A licence goes with the library.
+grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"
+
 case $way in
-  find_package)
+  find_package | old_find_package)
+    if [ "$way" = old_find_package ]; then
+      sed -i 's/^find_package/set(CMAKE_VERSION 3.22.1)\n&/' "$work/consumer/CMakeLists.txt"
+      echo "#include \"NorvikCore/platform/runtime/NSException.h\"" >"$work/consumer/every_header.h"
+    fi
     cmake -S "$work/consumer" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"
     "$work/build/consumer"
     ;;
   pkg_config)
-    export PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name NorvikCore.pc)")
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name NorvikCore.pc)")
+    export PKG_CONFIG_PATH
     flags=$(pkg-config --cflags --libs NorvikCore)
     # shellcheck disable=SC2086 - the flags are words
-    "$compiler" "$work/consumer/consumer.cpp" -o "$work/consumer/consumer" -Wall -Werror $flags -pthread
+    "$compiler" -std=c++20 "$work/consumer/consumer.cpp" -o "$work/consumer/consumer" -Wall -Werror $flags
+    # The standard is the program's: a flag for it, which came after its own, would replace that.
+    if grep -q -e '-std' <<<"$flags"; then echo "pkg-config dictates a standard: $flags"; exit 1; fi
+    # shellcheck disable=SC2086
+    "$compiler" -std=c++23 -fsyntax-only "$here/small_program.cpp" $flags
     LD_LIBRARY_PATH=$(pkg-config --variable=libdir NorvikCore) "$work/consumer/consumer"
     ;;
 esac

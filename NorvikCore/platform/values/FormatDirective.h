@@ -17,6 +17,8 @@
 // Everything here is constexpr: a literal is parsed by the compiler with the code that parses a run-time format.
 #pragma once
 
+#include "NorvikCore/platform/export.h"  // what is said to whoever compiles with less than C++20
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>

@@ -1,0 +1,28 @@
+// A program that uses something of most parts of the library, for valgrind and for the static library.
+#include "NorvikCore/Categories/NSDate+Norvik.h"
+#include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
+#include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+#include "NorvikCore/logging/DDLogMacros.h"
+#include "NorvikCore/platform/runtime/Class.h"
+
+#include <iostream>
+
+using namespace norvik;
+
+int main() {
+  // The header of no class that is asked for is included: a static library has them all the same.
+  for (const char* name :
+       {"NSColor", "NSDictionaryController", "NKDecimalFormatter", "DDFileLogger", "FBKVOController"}) {
+    if (Class::named(name) == nullptr) {
+      std::cout << "no class " << name << "\n";
+      return 1;
+    }
+  }
+  int answer = 0;
+  auto queue = TSKDispatchQueue::dispatchQueueWithLabel("small");
+  queue->dispatchSynchronously([&answer] { answer = 42; });
+  DDLogInfo("%d", answer);
+  std::cout << answer << " " << nk_utcDateStringWithFormat(nk_dateWithYear(2024, 4, 30), "d MMMM yyyy") << " "
+            << nk_currencyStyleString(2000_dec) << "\n";
+}
