@@ -132,4 +132,12 @@ void mk_printObjectMethodsOnly(const NSObject& object) {
   _printElements(object, *mk_methodListOnly(object.classObject()), methodsOnlyHeader, _itemBlock());
 }
 
+void mk_printObjectAt(const void* object) {
+  if (object) {
+    mk_printObject(*static_cast<const NSObject*>(object));
+  } else {
+    NSLog("(null)");
+  }
+}
+
 }  // namespace norvik

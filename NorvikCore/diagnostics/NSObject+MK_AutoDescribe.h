@@ -64,4 +64,11 @@ NK_EXPORT void mk_printObjectKeys(const NSObject& object, const NSArray& keys);
 NK_EXPORT void mk_printObjectMethods(const NSObject& object);
 NK_EXPORT void mk_printObjectMethodsOnly(const NSObject& object);
 
+/// mk_printObject for a debugger, which finds it by its name, without debug information of the library and on a `Ref`
+/// too:
+///   (gdb) call (void)mk_printObjectAt(payment.object_)
+/// `object` is the address of an NSObject, which is that of any object whose first base class is one. Without an object
+/// it prints "(null)".
+extern "C" NK_EXPORT void mk_printObjectAt(const void* object);
+
 }  // namespace norvik

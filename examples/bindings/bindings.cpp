@@ -1,11 +1,9 @@
 // examples/bindings/bindings.cpp - a view without a screen, bound to a pay slip in pounds that it shows in thousands.
-#include "NorvikCore/Categories/NSObject+Norvik.h"
+#include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 
 #include <iostream>
-
-namespace {
 
 using namespace norvik;
 
@@ -27,8 +25,6 @@ class PayField : public NSObject {
   NK_PROPERTY(Value, value, setValue)       // what the binding sets and follows
   NK_PROPERTY(bool, editable, setEditable)  // set by the binding, as the model can be written
 };
-
-}  // namespace
 
 int main() {
   auto payslip = make<Payslip>();

@@ -11,11 +11,8 @@
 
 using namespace norvik;
 
-namespace {
-
 dispatch_semaphore_t saved = dispatch_semaphore_create(0);
 
-// The class.
 class Hours {
  public:
   explicit Hours(std::map<std::string, int> hours) : hours_(std::move(hours)) {}
@@ -62,9 +59,6 @@ class Hours {
   std::map<std::string, int> hours_;
   bool unsaved_ = false;
 };
-// So far the class.
-
-}  // namespace
 
 int main() {
   Hours hours({{"Ann", 38}, {"Bob", 20}});

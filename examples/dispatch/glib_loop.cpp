@@ -1,12 +1,24 @@
 // examples/dispatch/glib_loop.cpp - a GLib or GTK program, whose main loop runs the main queue's blocks.
-#include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 
 #include <glib-unix.h>
 
-#include <cstdio>
-
 using namespace norvik;
+
+void runLoop(GMainLoop* loop) {
+  const auto drain = [](gint, GIOCondition, gpointer) -> gboolean {
+    dispatch_main_queue_drain();
+    return G_SOURCE_CONTINUE;
+  };
+  g_unix_fd_add(dispatch_main_queue_descriptor(), G_IO_IN, drain, nullptr);
+  g_main_loop_run(loop);
+}
+
+// So far the page.
+
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -28,13 +40,6 @@ void startImport(Done done) {
 int main() {
   GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
   startImport([loop] { g_main_loop_quit(loop); });
-
-  // The loop.
-  const auto drain = [](gint, GIOCondition, gpointer) -> gboolean {
-    dispatch_main_queue_drain();
-    return G_SOURCE_CONTINUE;
-  };
-  g_unix_fd_add(dispatch_main_queue_descriptor(), G_IO_IN, drain, nullptr);
-  g_main_loop_run(loop);
+  runLoop(loop);
   g_main_loop_unref(loop);
 }

@@ -1,12 +1,23 @@
 // examples/dispatch/plain_loop.cpp - a program whose own loop runs the main queue's blocks.
-#include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 
 #include <poll.h>
 
-#include <cstdio>
-
 using namespace norvik;
+
+void runLoop(const bool& running) {
+  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
+  while (running) {
+    poll(&ready, 1, -1);  // and the program's other descriptors
+    dispatch_main_queue_drain();
+  }
+}
+
+// So far the page.
+
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -28,11 +39,5 @@ void startImport(Done done) {
 int main() {
   bool running = true;
   startImport([&running] { running = false; });
-
-  // The loop.
-  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
-  while (running) {
-    poll(&ready, 1, -1);  // and the program's other descriptors
-    dispatch_main_queue_drain();
-  }
+  runLoop(running);
 }

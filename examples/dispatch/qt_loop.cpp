@@ -1,12 +1,26 @@
 // examples/dispatch/qt_loop.cpp - a Qt program, whose event loop runs the main queue's blocks.
-#include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
-#include <cstdio>
 
 using namespace norvik;
+
+int runLoop(QCoreApplication& application) {
+  QSocketNotifier ready(dispatch_main_queue_descriptor(), QSocketNotifier::Read);
+  QObject::connect(&ready, &QSocketNotifier::activated, &application, [&ready] {
+    ready.setEnabled(false);  // a block may run an event loop of its own, as a dialog does
+    dispatch_main_queue_drain();
+    ready.setEnabled(true);
+  });
+  return QCoreApplication::exec();
+}
+
+// So far the page.
+
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -28,13 +42,5 @@ void startImport(Done done) {
 int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);
   startImport([] { QCoreApplication::quit(); });
-
-  // The loop.
-  QSocketNotifier ready(dispatch_main_queue_descriptor(), QSocketNotifier::Read);
-  QObject::connect(&ready, &QSocketNotifier::activated, &application, [&ready] {
-    ready.setEnabled(false);  // a block may run an event loop of its own, as a dialog does
-    dispatch_main_queue_drain();
-    ready.setEnabled(true);
-  });
-  return QCoreApplication::exec();
+  return runLoop(application);
 }

@@ -8,8 +8,6 @@
 #include <atomic>
 #include <cstdio>
 
-namespace {
-
 using namespace norvik;
 
 class ErrorCounter : public DDAbstractLogger {
@@ -27,8 +25,6 @@ class WithThread : public DDLogFormatter {
     return stringWithFormat("%@ [%@] %@", message.timestamp(), message.threadName(), message.logMsg());
   }
 };
-
-}  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 2) {

@@ -3,8 +3,6 @@
 
 #include <iostream>
 
-namespace {
-
 using namespace norvik;
 
 class Employee : public NSObject {
@@ -21,8 +19,6 @@ class Window : public NSObject {
   NK_OBJECT(Window, NSObject)
   void show(const Value& name) { std::cout << name << "\n"; }
 };
-
-}  // namespace
 
 int main() {
   auto slip = make<Payslip>();

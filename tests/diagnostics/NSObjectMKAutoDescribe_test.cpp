@@ -120,8 +120,18 @@ TEST(NSObjectMKAutoDescribe, ThePageShowsWhatIsPrinted) {
   payment->setDate("2021-05-28"_date);
   std::ifstream file(DIAGNOSTICS_PAGE);
   const std::string page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  EXPECT_THAT(page,
-              testing::HasSubstr("```\nmk_printObject(*payment);\n" + mk_describeObject(*payment).utf8() + "```\n"));
+  EXPECT_THAT(page, testing::HasSubstr("```text\n" + mk_describeObject(*payment).utf8() + "```\n"));
+}
+
+TEST(NSObjectMKAutoDescribe, IsPrintedByItsAddressForADebugger) {
+  const auto slip = make<Payslip>();
+  slip->setGrossPay(1234.50_dec);
+  const kernel::SystemLogCapture console;
+  mk_printObjectAt(slip.get());
+  mk_printObjectAt(nullptr);
+  EXPECT_THAT(
+      console.lines(),
+      ElementsAre("\n- - - > Payslip attributes: \n\tgrossPay : 1234.50\n\tnetPay : 987.65\n< - - -", "(null)"));
 }
 
 TEST(NSObjectMKAutoDescribe, MethodsOnlyAreThoseThatAreNoAccessors) {

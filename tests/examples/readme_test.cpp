@@ -5,9 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <set>
+#include <map>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -23,44 +24,56 @@ TEST(Readme, ShowsTheExampleAsItIsCompiled) {
       << "README.md and examples/readme_example.cpp differ";
 }
 
-/// A line of code without indentation and without the remark at its end.
-std::string code(std::string line) {
-  line.erase(0, line.find_first_not_of(' '));
-  if (const std::size_t remark = line.find("  //"); remark != std::string::npos) line.erase(remark);
-  return line;
-}
-
-TEST(Documents, ShowOnlyCodeOfTheExampleThatTheyName) {
-  const std::string names = "The code below is";
-  std::size_t pages = 0;
+/// What the pages in docs/ show of each example, by the example's path: its blocks of code, one after the other. The
+/// example of a block is the one that the page named last.
+std::map<std::string, std::string> shownCode() {
+  std::map<std::string, std::string> shown;
   for (const auto& entry : std::filesystem::directory_iterator(PROJECT_FOLDER "/docs")) {
-    const std::string page = readFile(entry.path());
-    const std::size_t named = page.find(names);
-    if (named == std::string::npos) {
-      const bool hasCode = page.find("```cpp") != std::string::npos;
-      EXPECT_EQ(hasCode, entry.path().filename() == "dispatch.md")  // which names several: dispatch_examples_test.cpp
-          << entry.path() << " shows code of no example";
-      continue;
-    }
-    ++pages;
-    const std::size_t begin = page.find('`', named) + 1;
-    const std::string example = page.substr(begin, page.find('`', begin) - begin);
-    std::set<std::string> known;
-    std::istringstream source(readFile(PROJECT_FOLDER "/" + example));
-    for (std::string line; std::getline(source, line);) known.insert(code(line));
-    ASSERT_GT(known.size(), 1U) << example;
-    bool inside = false;
-    std::istringstream lines(page);
-    for (std::string line; std::getline(lines, line);) {
+    std::string example, fence;
+    std::istringstream page(readFile(entry.path()));
+    for (std::string line; std::getline(page, line);) {
       if (line.starts_with("```")) {
-        inside = line == "```cpp";
-      } else if (inside) {
-        EXPECT_TRUE(known.contains(code(line)))
-            << entry.path() << " shows a line that " << example << " has not: " << line;
+        const bool begins = fence.empty();
+        fence = begins ? line : "";
+        // What is no code says what it is.
+        if (begins)
+          EXPECT_TRUE(line == "```cpp" || line == "```text" || line == "```sh") << entry.path() << ": " << line;
+        if (line == "```cpp" && !shown[example].empty()) shown[example] += '\n';
+      } else if (fence == "```cpp") {
+        shown[example] += line + '\n';
+      } else if (const std::size_t name = line.find("`examples/"); name != std::string::npos) {
+        const std::size_t end = line.find('`', name + 1);
+        const std::string path = line.substr(name + 1, end - name - 1);
+        if (path.ends_with(".cpp")) example = path;
       }
     }
+    EXPECT_EQ(fence, "") << entry.path() << " has a block without an end";
   }
-  EXPECT_GE(pages, 3U);
+  return shown;
+}
+
+/// The text behind the remark at its beginning.
+std::string withoutHead(std::string text) {
+  while (text.starts_with("//")) text.erase(0, text.find('\n') + 1);
+  return text;
+}
+
+// It is compiled with the headers that the page shows, then, and with no others.
+TEST(Documents, ShowTheBeginningOfAnExample) {
+  const std::map<std::string, std::string> shown = shownCode();
+  for (const auto& [example, code] : shown) {
+    const std::string source = withoutHead(readFile(PROJECT_FOLDER "/" + example));
+    ASSERT_FALSE(source.empty()) << "no example '" << example << "'";
+    EXPECT_EQ(source.substr(0, code.size()), code) << example << " differs from what a page shows of it";
+    EXPECT_TRUE(source.size() == code.size() || source.substr(code.size()).starts_with("\n// So far the page.\n"))
+        << example;
+  }
+  std::vector<std::string> names;
+  for (const auto& [example, code] : shown) names.push_back(example);
+  EXPECT_EQ(names, (std::vector<std::string>{"examples/bindings/bindings.cpp", "examples/diagnostics/diagnostics.cpp",
+                                             "examples/dispatch/autosave.cpp", "examples/dispatch/glib_loop.cpp",
+                                             "examples/dispatch/plain_loop.cpp", "examples/dispatch/qt_loop.cpp",
+                                             "examples/logging/logging.cpp", "examples/observation/observation.cpp"}));
 }
 
 TEST(Readme, TheExamplePrintsWhatItSays) {
