@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/CallStack.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/internal/PermanentText.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <ostream>
@@ -48,7 +49,7 @@ struct ClassRegistry {
   /// Completes the class outside the lock, since describing it may touch other classes.
   static Class* build(const ClassStatement& statement) {
     auto* made = new Class;
-    made->name_ = NSString(statement.name);
+    made->name_ = permanentText(statement.name);
     made->type_ = statement.type;
     made->superclass_ = statement.superclass;
     made->makeObject_ = statement.makeObject;
@@ -101,9 +102,14 @@ SEL selectorOf(const char* name, const char* selector, std::size_t argumentCount
   return selector ? SEL(selector) : SEL(std::string(name) + std::string(argumentCount, ':'));
 }
 
+void keepNames(Property& property) {
+  for (NSString* name : {&property.name, &property.typeName, &property.setterName}) *name = permanentText(*name);
+}
+
 }  // namespace
 
 void ClassBuilder::property(Property property) {
+  keepNames(property);
   property.owner = &class_;
   class_.selectors_.emplace_back(property.name);
   if (!property.setterName.empty()) class_.selectors_.emplace_back(property.setterName + ":");
@@ -121,11 +127,12 @@ void ClassBuilder::classMethod(const char* name, const char* selector, std::size
 }
 
 void ClassBuilder::dependency(const char* key, const char* affectedBy) {
-  class_.tables_->dependencies.emplace_back(NSString(key), NSString(affectedBy));
+  class_.tables_->dependencies.emplace_back(permanentText(key), permanentText(affectedBy));
 }
 
 CategoryProperty::CategoryProperty(const Class& extended, Property property) {
   auto& c = const_cast<Class&>(extended);
+  keepNames(property);
   property.owner = &extended;
   // Kept apart from the class's own list, whose elements must not move.
   const auto* kept = new Property(std::move(property));

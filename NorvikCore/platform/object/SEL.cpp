@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/object/SEL.h"
 
 #include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/object/internal/PermanentText.h"
 
 #include <algorithm>
 #include <ostream>
@@ -30,7 +31,7 @@ SEL::SEL(std::string_view name) {
     name_ = found->second;
     return;
   }
-  const auto* kept = new NSString(name);
+  const auto* kept = new NSString(detail::permanentText(NSString(name)));
   known.names.emplace(kept->view(), kept);
   name_ = kept;
 }
