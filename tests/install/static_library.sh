@@ -35,7 +35,7 @@ check "$work/build/consumer"
 
 export PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name NorvikCore.pc)")
 # shellcheck disable=SC2046 - the flags are words
-"$compiler" -std=c++20 -c "$here/small_program.cpp" -o "$work/consumer.o" $(pkg-config --cflags NorvikCore)
+"$compiler" -std=c++20 -fPIC -c "$here/small_program.cpp" -o "$work/consumer.o" $(pkg-config --cflags NorvikCore)
 for static in "" --static; do
   # shellcheck disable=SC2046,SC2086
   "$compiler" "$work/consumer.o" -o "$work/program$static" $(pkg-config $static --libs NorvikCore)
@@ -43,4 +43,4 @@ for static in "" --static; do
 done
 # It may become a part of a shared library.
 # shellcheck disable=SC2046
-"$compiler" -shared "$work/consumer.o" -fPIC -o "$work/part.so" -Wl,-z,defs $(pkg-config --libs NorvikCore)
+"$compiler" -shared "$work/consumer.o" -o "$work/part.so" -Wl,-z,defs $(pkg-config --libs NorvikCore)
