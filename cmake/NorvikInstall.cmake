@@ -8,7 +8,8 @@ if(NORVIK_INSTALL)
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in
+                                ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
                                 INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
   write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
   install(FILES ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake ${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake

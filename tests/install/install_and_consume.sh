@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# install_and_consume.sh find_package|old_find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library to a fresh prefix,
-# moves the prefix (so that nothing may depend on where it was), and builds and runs a program that includes every
+# install_and_consume.sh find_package|old_find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library
+# to a fresh prefix, moves the prefix (so that nothing may depend on where it was), and builds and runs a program that includes every
 # installed header, outside of this repository's build. old_find_package reads the package as CMake before 3.23 does.
 set -eu
 way=$1 build=$2 compiler=$3 work=$4
@@ -27,7 +27,7 @@ case $way in
   find_package | old_find_package)
     if [ "$way" = old_find_package ]; then
       sed -i 's/^find_package/set(CMAKE_VERSION 3.22.1)\n&/' "$work/consumer/CMakeLists.txt"
-      echo "#include \"NorvikCore/platform/runtime/NSException.h\"" >"$work/consumer/every_header.h"
+      echo "#include \"NorvikCore/platform/values/NSException.h\"" >"$work/consumer/every_header.h"
     fi
     cmake -S "$work/consumer" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"

@@ -4,7 +4,7 @@
 #include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/logging/DDLogMacros.h"
-#include "NorvikCore/platform/runtime/Class.h"
+#include "NorvikCore/platform/object/Class.h"
 
 #include <iostream>
 

@@ -17,7 +17,7 @@
 // Everything here is constexpr: a literal is parsed by the compiler with the code that parses a run-time format.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // what is said to whoever compiles with less than C++20
+#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
 
 #include <cstddef>
 #include <cstdint>
