@@ -18,8 +18,8 @@
 namespace {
 
 using namespace norvik;
-using norvik_test::DecimalSamples;
-using norvik_test::Sample;
+using norvik::test::DecimalSamples;
+using norvik::test::Sample;
 
 [[noreturn]] void differs(const std::string& input, const Decimal& ours, const std::string& expected) {
   std::fprintf(stderr, "%s: %s, expected %s\n", input.c_str(), ours.stringValue().c_str(), expected.c_str());

@@ -24,6 +24,7 @@
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/object/Block.h"
 
 #include <cstdint>
@@ -203,7 +204,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   bool followsMainThread_ = false;
   std::optional<NSString> _label;
   const TSKDeadlockBehavior _deadlockBehavior;
-  const std::unique_ptr<detail::NamedTimers> namedTimers_;
+  const detail::Hidden<detail::NamedTimers> namedTimers_;
 };
 
 }  // namespace norvik

@@ -28,7 +28,7 @@ void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
 }  // namespace
 
 FBKVOController::FBKVOController(NSObject& observer, bool retainObserved)
-    : _objectInfosMap(std::make_unique<detail::ObservedObjects>(retainObserved)), _observer(&observer) {}
+    : _objectInfosMap(new detail::ObservedObjects(retainObserved)), _observer(&observer) {}
 
 FBKVOController::~FBKVOController() { _unobserveAll(); }
 

@@ -32,14 +32,13 @@
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/keyvalue/KeyPath.h"
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/object/Block.h"
 #include "NorvikCore/platform/object/SEL.h"
 #include "NorvikCore/platform/object/Weak.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -112,7 +111,7 @@ class NK_EXPORT FBKVOController : public NSObject {
   void _unobserve(NSObject& object);
   void _unobserveAll();
 
-  const std::unique_ptr<detail::ObservedObjects> _objectInfosMap NK_GUARDED_BY(_lock);
+  const detail::Hidden<detail::ObservedObjects> _objectInfosMap NK_GUARDED_BY(_lock);
   mutable Mutex _lock;
   const Weak<NSObject> _observer;
 };

@@ -13,7 +13,7 @@
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/HeadlessTextField.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 /// A pay slip's gross pay, its share of a month's payroll, and who hears of it.
@@ -166,4 +166,4 @@ TEST_F(FieldToModel, AModelThatGoesLeavesAFieldThatShowsItsLastValue) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -112,7 +112,7 @@ TEST(NSDecimalNumberNorvik, TheMaximumOfATieIsTheReceiver) {
 }
 
 TEST(NSDecimalNumberNorvik, AnAbsentArgumentWarnsWithTheCallStackAndComparesAsTheSame) {
-  norvik_test::WarningRecorder recorder;
+  norvik::test::WarningRecorder recorder;
   EXPECT_FALSE(nk_isLessThan(5, std::nullopt));
   const auto warnings = recorder.take();
   ASSERT_EQ(warnings.size(), 1u);
@@ -135,7 +135,7 @@ TEST(NSDecimalNumberNorvik, AnAbsentArgumentWarnsWithTheCallStackAndComparesAsTh
 }
 
 TEST(NSDecimalNumberNorvik, TheMaximumWithNothingWarnsTwiceAndIsTheReceiver) {
-  norvik_test::WarningRecorder recorder;
+  norvik::test::WarningRecorder recorder;
   EXPECT_EQ(nk_maximum(5, std::nullopt), 5);
   const auto warnings = recorder.take();
   ASSERT_EQ(warnings.size(), 2u);
@@ -144,7 +144,7 @@ TEST(NSDecimalNumberNorvik, TheMaximumWithNothingWarnsTwiceAndIsTheReceiver) {
 }
 
 TEST(NSDecimalNumberNorvik, WithWarningsOffNothingIsLogged) {
-  norvik_test::WarningRecorder recorder;
+  norvik::test::WarningRecorder recorder;
   ddLogLevel = 1;
   EXPECT_FALSE(nk_isLessThan(5, std::nullopt));
   ddLogLevel = 3;

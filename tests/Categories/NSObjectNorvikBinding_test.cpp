@@ -7,7 +7,7 @@
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 const NKTransformBlock pounds = [](const Value& pennies) -> Value { return pennies.as<Decimal>() / Decimal(100); };
@@ -348,4 +348,4 @@ TEST(NSObjectNorvikBinding, OfATableCellTheObjectValueIsFoundWhereAskedFor) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

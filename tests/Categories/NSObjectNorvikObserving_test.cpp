@@ -11,7 +11,7 @@
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/WarningRecorder.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -263,4 +263,4 @@ TEST_F(NSObjectNorvikObserving, AChangeByHandIsAnnouncedOnTheOwner) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -14,7 +14,7 @@
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/WarningRecorder.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 class SharedSlip : public NSObject {
@@ -207,4 +207,4 @@ TEST_F(ChangeOnAQueue, FindsAnObserverSafelyRemoved) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -9,7 +9,7 @@
 #include <random>
 #include <string>
 
-namespace norvik_test {
+namespace norvik::test {
 
 /// A number both ways. It is made from the parts that both are made of, not from one another.
 struct Sample {
@@ -89,4 +89,4 @@ class DecimalSamples {
   std::mt19937_64 random_;
 };
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace norvik_test {
+namespace norvik::test {
 
 /// The name of the NSException that the statement raises, "" where it raises none; other exceptions pass.
 template <class Statement>
@@ -20,8 +20,8 @@ std::string nameOfWhatIsRaised(Statement&& statement) {
   return "";
 }
 
-}  // namespace norvik_test
+}  // namespace norvik::test
 
 /// EXPECT_RAISES(statement, "NSRangeException")
 #define EXPECT_RAISES(statement, exceptionName) \
-  EXPECT_EQ(::norvik_test::nameOfWhatIsRaised([&] { statement; }), exceptionName) << #statement
+  EXPECT_EQ(::norvik::test::nameOfWhatIsRaised([&] { statement; }), exceptionName) << #statement

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 
-namespace norvik_test {
+namespace norvik::test {
 
 using namespace norvik;
 
@@ -70,4 +70,4 @@ bool HeadlessTextField::push(bool keepsText) {
   return isTaken || (keepsText && !error_);
 }
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -12,7 +12,7 @@
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/foundation/NSFormatter.h"
 
-namespace norvik_test {
+namespace norvik::test {
 
 class HeadlessTextField : public norvik::NSObject {
   NK_OBJECT(HeadlessTextField, NSObject)
@@ -52,4 +52,4 @@ class HeadlessTextField : public norvik::NSObject {
   bool keepsText_ = false;  ///< while the user types on, what the model makes of the value does not replace the text
 };
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -14,7 +14,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-namespace norvik_test {
+namespace norvik::test {
 
 /// For what is allocated on this thread: `const LeaksAllowed leaks;`.
 class LeaksAllowed {
@@ -33,4 +33,4 @@ class LeaksAllowed {
   LeaksAllowed& operator=(const LeaksAllowed&) = delete;
 };
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-namespace norvik_test {
+namespace norvik::test {
 
 /// Calls `work` with 0, 1, 2 ... `count` - 1, each on a thread of its own, and returns once all are done.
 template <class Work>
@@ -21,4 +21,4 @@ void onThreads(int count, Work work) {
   for (std::thread& thread : running) thread.join();
 }
 
-}  // namespace norvik_test
+}  // namespace norvik::test

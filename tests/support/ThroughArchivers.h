@@ -6,7 +6,7 @@
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "NorvikCore/platform/archives/NSUnarchiver.h"
 
-namespace norvik_test {
+namespace norvik::test {
 
 inline norvik::Value throughArchiver(const norvik::Value& value) {
   return norvik::NSUnarchiver::unarchiveObjectWithData(*norvik::NSArchiver::archivedDataWithRootObject(value));
@@ -21,4 +21,4 @@ inline norvik::Value throughKeyedArchiver(const norvik::Value& value) {
 inline constexpr norvik::Value (*throughBothArchivers[])(const norvik::Value&) = {&throughArchiver,
                                                                                   &throughKeyedArchiver};
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace norvik_test {
+namespace norvik::test {
 
 struct RecordedWarning {
   std::string text, file, function;
@@ -46,4 +46,4 @@ class WarningRecorder {
   norvik::Ref<RecordingLogger> logger_ = norvik::make<RecordingLogger>();
 };
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -15,7 +15,7 @@ struct NSHashTable::Table {
   Set set{false};
 };
 
-NSHashTable::NSHashTable() : table_(std::make_unique<Table>()) {}
+NSHashTable::NSHashTable() : table_(new Table()) {}
 
 NSHashTable::~NSHashTable() = default;
 

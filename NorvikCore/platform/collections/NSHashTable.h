@@ -11,9 +11,8 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/object/NSObject.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -36,7 +35,7 @@ class NK_EXPORT NSHashTable : public NSObject {
 
  private:
   struct Table;
-  const std::unique_ptr<Table> table_;
+  const detail::Hidden<Table> table_;
 };
 
 }  // namespace norvik

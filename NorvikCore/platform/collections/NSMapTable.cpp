@@ -35,7 +35,7 @@ struct NSMapTable::Table {
 };
 
 NSMapTable::NSMapTable(NSMapTableOptions keyOptions, NSMapTableOptions valueOptions)
-    : table_(std::make_unique<Table>(keyOptions == NSMapTableStrongMemory, valueOptions == NSMapTableStrongMemory)) {}
+    : table_(new Table(keyOptions == NSMapTableStrongMemory, valueOptions == NSMapTableStrongMemory)) {}
 
 NSMapTable::~NSMapTable() = default;
 

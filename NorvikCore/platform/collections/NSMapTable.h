@@ -15,10 +15,9 @@
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Value.h"
-
-#include <memory>
 
 namespace norvik {
 
@@ -47,7 +46,7 @@ class NK_EXPORT NSMapTable : public NSObject {
 
  private:
   struct Table;
-  const std::unique_ptr<Table> table_;
+  const detail::Hidden<Table> table_;
 };
 
 }  // namespace norvik

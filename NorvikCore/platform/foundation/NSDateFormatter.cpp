@@ -3,9 +3,11 @@
 #include "NorvikCore/platform/foundation/internal/DateNames.h"
 #include "NorvikCore/platform/foundation/internal/DatePattern.h"
 #include "NorvikCore/platform/foundation/internal/DateReader.h"
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -21,7 +23,7 @@
 namespace norvik {
 namespace {
 
-constexpr std::int64_t referenceDateSince1970 = 978'307'200;
+using kernel::referenceDateInUnixSeconds;
 constexpr std::int64_t lastIcuSecond = 183'800'000'000'000;  // from 1970, in the year 5,826,359
 
 icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style) {
@@ -199,7 +201,7 @@ struct NSDateFormatter::Engine {
   NSString icuText(Moment moment) {
     const kernel::ForkHold hold;
     enterSpan(moment.seconds);
-    const std::int64_t since1970 = detail::clamped(moment.seconds + referenceDateSince1970, lastIcuSecond);
+    const std::int64_t since1970 = detail::clamped(moment.seconds + referenceDateInUnixSeconds, lastIcuSecond);
     const double milliseconds = static_cast<double>(since1970) * 1000 + moment.millisecond;
     icu::SimpleDateFormat& format = icuFormat();
     if (!zoneIsCurrent) {

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/NSLocale.h"
 
 #include "NorvikCore/platform/foundation/NSCalendar.h"
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 
@@ -36,17 +37,6 @@ constinit const NSString NSLocaleAlternateQuotationBeginDelimiterKey = "NSLocale
 constinit const NSString NSLocaleAlternateQuotationEndDelimiterKey = "NSLocaleAlternateQuotationEndDelimiterKey";
 
 namespace detail {
-
-NSString stringFromIcu(const icu::UnicodeString& text) {
-  return NSString::fromUtf16({text.getBuffer(), static_cast<std::size_t>(text.length())});
-}
-
-icu::UnicodeString icuString(const NSString& text) {
-  if (text.isAscii())
-    return icu::UnicodeString::fromUTF8({text.view().data(), static_cast<std::int32_t>(text.view().size())});
-  const std::u16string units = text.toUtf16();
-  return {units.data(), static_cast<std::int32_t>(units.size())};
-}
 
 bool LocaleData::writesAsciiDigits() const {
   int known = asciiDigits_.load(std::memory_order_relaxed);

@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/NumberIncrement.h"
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
@@ -24,27 +25,14 @@
 namespace norvik {
 namespace {
 
+using detail::icuString;
 using detail::NumberReader;
 using detail::PlainNumberPattern;
+using detail::stringFromIcu;
+using detail::utf8FromIcu;
 using Symbol = icu::DecimalFormatSymbols::ENumberFormatSymbol;
 
 constexpr int noIntegerLimit = 309;  // the digits of the greatest double
-
-icu::UnicodeString toIcu(const NSString& text) {
-  const std::u16string units = text.toUtf16();
-  return {units.data(), static_cast<std::int32_t>(units.size())};
-}
-
-std::string_view unitsOf(std::string& storage, const icu::UnicodeString& text) {
-  storage.clear();
-  text.toUTF8String(storage);
-  return storage;
-}
-
-NSString fromIcu(const icu::UnicodeString& text) {
-  std::string utf8;
-  return NSString(unitsOf(utf8, text));
-}
 
 void check(UErrorCode status, const char* what) {
   if (U_FAILURE(status)) {
@@ -158,7 +146,7 @@ bool isPattern(const NSString& pattern) {
   UErrorCode status = U_ZERO_ERROR;
   static const icu::DecimalFormat& any = *new icu::DecimalFormat(u"0", status);
   icu::DecimalFormat trial(any);
-  trial.applyPattern(toIcu(pattern), status);
+  trial.applyPattern(icuString(pattern), status);
   return U_SUCCESS(status);
 }
 
@@ -271,7 +259,7 @@ struct NSNumberFormatter::Engine {
       chooseWords(*words, where);
     }
     if (ownPattern) {
-      digits->applyPattern(toIcu(*ownPattern), status);
+      digits->applyPattern(icuString(*ownPattern), status);
       check(status, "a number pattern");
     } else if (style == NSNumberFormatterNoStyle) {
       digits->applyPattern(u"#", status);
@@ -337,8 +325,7 @@ struct NSNumberFormatter::Engine {
   }
 
   [[nodiscard]] std::string symbol(Symbol which) const {
-    std::string storage;
-    return std::string(unitsOf(storage, digits->getDecimalFormatSymbols()->getConstSymbol(which)));
+    return utf8FromIcu(digits->getDecimalFormatSymbols()->getConstSymbol(which));
   }
   [[nodiscard]] std::string decimalSeparator() const {
     return symbol(isMoney ? Symbol::kMonetarySeparatorSymbol : Symbol::kDecimalSeparatorSymbol);
@@ -358,10 +345,10 @@ struct NSNumberFormatter::Engine {
     }
     PlainNumberPattern pattern;
     icu::UnicodeString affix;
-    unitsOf(pattern.positive.before, digits->getPositivePrefix(affix));
-    unitsOf(pattern.positive.after, digits->getPositiveSuffix(affix));
-    unitsOf(pattern.negative.before, digits->getNegativePrefix(affix));
-    unitsOf(pattern.negative.after, digits->getNegativeSuffix(affix));
+    pattern.positive.before = utf8FromIcu(digits->getPositivePrefix(affix));
+    pattern.positive.after = utf8FromIcu(digits->getPositiveSuffix(affix));
+    pattern.negative.before = utf8FromIcu(digits->getNegativePrefix(affix));
+    pattern.negative.after = utf8FromIcu(digits->getNegativeSuffix(affix));
     if (symbol(Symbol::kZeroDigitSymbol) != "0") return;
     pattern.isGrouped = digits->isGroupingUsed() && digits->getGroupingSize() != 0;
     const int secondary = digits->getSecondaryGroupingSize();
@@ -382,7 +369,7 @@ struct NSNumberFormatter::Engine {
   void chooseReader() {
     NumberReader::Settings settings;
     for (std::size_t i = 0; i < settings.digits.size(); ++i) {
-      unitsOf(settings.digits[i], digits->getDecimalFormatSymbols()->getConstDigitSymbol(static_cast<int>(i)));
+      settings.digits[i] = utf8FromIcu(digits->getDecimalFormatSymbols()->getConstDigitSymbol(static_cast<int>(i)));
     }
     settings.decimalSeparator = decimalSeparator();
     settings.groupingSeparator = groupingSeparator();
@@ -397,7 +384,7 @@ struct NSNumberFormatter::Engine {
     }
     settings.power = powerOfMultiplier();
     if (digits->getFormatWidth() > 0) {
-      unitsOf(settings.padding, digits->getPadCharacterString());
+      settings.padding = utf8FromIcu(digits->getPadCharacterString());
       const bool isPartOfNumbers = std::ranges::find(settings.digits, settings.padding) != settings.digits.end() ||
                                    settings.padding == settings.decimalSeparator ||
                                    settings.padding == settings.groupingSeparator;
@@ -414,10 +401,10 @@ struct NSNumberFormatter::Engine {
   [[nodiscard]] std::vector<NumberReader::Form> forms() const {
     std::vector<NumberReader::Form> result(2);
     icu::UnicodeString affix;
-    unitsOf(result[0].before, digits->getPositivePrefix(affix));
-    unitsOf(result[0].after, digits->getPositiveSuffix(affix));
-    unitsOf(result[1].before, digits->getNegativePrefix(affix));
-    unitsOf(result[1].after, digits->getNegativeSuffix(affix));
+    result[0].before = utf8FromIcu(digits->getPositivePrefix(affix));
+    result[0].after = utf8FromIcu(digits->getPositiveSuffix(affix));
+    result[1].before = utf8FromIcu(digits->getNegativePrefix(affix));
+    result[1].after = utf8FromIcu(digits->getNegativeSuffix(affix));
     result[1].isNegative = true;
     return result;
   }
@@ -439,8 +426,8 @@ struct NSNumberFormatter::Engine {
         const Span span = digitsIn(fields);
         NumberReader::Form form;
         form.isNegative = *sign != '\0';
-        unitsOf(form.before, text.tempSubStringBetween(0, span.from));
-        unitsOf(form.after, text.tempSubString(span.to));
+        form.before = utf8FromIcu(text.tempSubStringBetween(0, span.from));
+        form.after = utf8FromIcu(text.tempSubString(span.to));
         if (std::ranges::find(result, form) == result.end()) result.push_back(std::move(form));
       }
     }
@@ -457,10 +444,10 @@ struct NSNumberFormatter::Engine {
   /// Whether the pattern writes money of both signs as ICU does.
   [[nodiscard]] bool writesAsIcu(const PlainNumberPattern& pattern) const {
     for (const char* sample : {"1234567.891", "-0.5"}) {
-      std::string ours, icus;
+      std::string ours;
       const Decimal number = Decimal::decimalNumberWithString(sample);
       pattern.append(ours, number);
-      if (ours != unitsOf(icus, textInIcu(number))) return false;
+      if (ours != utf8FromIcu(textInIcu(number))) return false;
     }
     return true;
   }
@@ -514,7 +501,7 @@ struct NSNumberFormatter::Engine {
   /// "twelve twelve" as 1212.
   [[nodiscard]] std::optional<NSNumber> numberInWords(const NSString& text) const {
     const kernel::ForkHold hold;
-    const icu::UnicodeString units = toIcu(isLenient ? text.stringByTrimming() : text);
+    const icu::UnicodeString units = icuString(isLenient ? text.stringByTrimming() : text);
     icu::Formattable result;
     icu::ParsePosition position(0);
     words->parse(units, result, position);
@@ -584,7 +571,7 @@ NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
       return NSString(text);
     }
   }
-  return fromIcu(engine.textInIcu(number));
+  return stringFromIcu(engine.textInIcu(number));
 }
 
 std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text) const {
@@ -637,7 +624,7 @@ void NSNumberFormatter::setLocale(const Ref<NSLocale>& locale) {
 NSString NSNumberFormatter::format() const {
   const kernel::ForkHold hold;
   icu::UnicodeString pattern;
-  return fromIcu(engine_->built().digits->toPattern(pattern));
+  return stringFromIcu(engine_->built().digits->toPattern(pattern));
 }
 
 void NSNumberFormatter::setFormat(const NSString& pattern) {

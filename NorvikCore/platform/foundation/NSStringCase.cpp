@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/NSStringCase.h"
 
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 
 #include <algorithm>

@@ -78,8 +78,7 @@ Standard& standard() {
 }  // namespace
 
 NSUserDefaults::NSUserDefaults(const NSString& databasePath)
-    : store_(std::make_unique<detail::PreferenceStore>(checkedPath(databasePath))),
-      registered_(NSDictionary::dictionary()) {}
+    : store_(new detail::PreferenceStore(checkedPath(databasePath))), registered_(NSDictionary::dictionary()) {}
 
 NSUserDefaults::~NSUserDefaults() = default;
 

@@ -34,12 +34,12 @@
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSURL.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <atomic>
 #include <concepts>
 #include <cstdint>
-#include <memory>
 #include <optional>
 
 namespace norvik {
@@ -129,7 +129,7 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   void tellOfOthers();
   void postChange();
 
-  std::unique_ptr<detail::PreferenceStore> store_;
+  detail::Hidden<detail::PreferenceStore> store_;
   mutable Mutex mutex_;
   Ref<NSDictionary> registered_ NK_GUARDED_BY(mutex_);     ///< replaced, never changed
   mutable std::atomic<std::uint32_t> awaitsMainQueue_{0};  ///< 1 + the fork generation in which a block waits there

@@ -12,14 +12,12 @@
 #pragma once  // include time: <atomic>: a manual clock is moved and read on any threads
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/ReferenceDate.h"
 
 #include <atomic>
 #include <cstdint>
 
 namespace norvik::kernel {
-
-/// 2001-01-01 00:00:00 UTC, where a Date counts from, in seconds since 1970-01-01 00:00:00 UTC.
-inline constexpr std::int64_t referenceDateInUnixSeconds = 978'307'200;
 
 /// The wall clock in nanoseconds since 1970-01-01 00:00:00 UTC; good until the year 2262.
 [[nodiscard]] NK_EXPORT std::int64_t wallNanoseconds() noexcept;

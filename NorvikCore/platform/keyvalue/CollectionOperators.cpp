@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSMutableSet.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/values/DecimalSum.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 namespace norvik {
@@ -20,15 +21,15 @@ void forEachValue(const NSArray& elements, const NSString& path, Use&& use) {
   }
 }
 
-Decimal sum(const NSArray& elements, const NSString& path) {
-  Decimal total = 0;
-  forEachValue(elements, path, [&](const Value& value) { total += value.as<Decimal>(); });
-  return total;
+Decimal sumOf(const NSArray& elements, const NSString& path) {
+  DecimalSum sum;
+  forEachValue(elements, path, [&](const Value& value) { sum += value.as<Decimal>(); });
+  return sum.value();
 }
 
 Value average(const NSArray& elements, const NSString& path) {
   if (elements.count() == 0) return Decimal(0);
-  return sum(elements, path) / Decimal(elements.count());
+  return sumOf(elements, path) / Decimal(elements.count());
 }
 
 Value extreme(const NSArray& elements, const NSString& path, NSComparisonResult wanted) {
@@ -69,7 +70,7 @@ Value applyOperator(const NSArray& elements, const NSString& keyPath) {
   if (name == "@count") return elements.count();
   const NSString path = name.size() == text.size() ? NSString() : NSString(text.substr(name.size() + 1));
   if (!path.empty()) {
-    if (name == "@sum") return sum(elements, path);
+    if (name == "@sum") return sumOf(elements, path);
     if (name == "@avg") return average(elements, path);
     if (name == "@max") return extreme(elements, path, NSOrderedDescending);
     if (name == "@min") return extreme(elements, path, NSOrderedAscending);

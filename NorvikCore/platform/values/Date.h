@@ -12,6 +12,7 @@
 #pragma once  // include time: <string>, <string_view> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
 
 #include <compare>
@@ -27,7 +28,7 @@ namespace norvik {
 using NSTimeInterval = double;
 
 /// From 1970-01-01 to 2001-01-01, both 00:00:00 UTC, in seconds.
-inline constexpr NSTimeInterval NSTimeIntervalSince1970 = 978307200.0;
+inline constexpr NSTimeInterval NSTimeIntervalSince1970 = kernel::referenceDateInUnixSeconds;
 
 class Date {
  public:

@@ -17,7 +17,7 @@
 namespace norvik {
 
 namespace detail {
-inline constexpr std::chrono::sys_seconds referenceTimePoint{std::chrono::seconds{978'307'200}};
+inline constexpr std::chrono::sys_seconds referenceTimePoint{std::chrono::seconds{kernel::referenceDateInUnixSeconds}};
 inline constexpr std::chrono::sys_days referenceSysDays{std::chrono::days{11'323}};
 }  // namespace detail
 
@@ -34,7 +34,7 @@ template <class Duration>
 [[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint(Date date) noexcept {
   using Clock = std::chrono::system_clock;
   constexpr std::int64_t latest = Clock::duration::max() / std::chrono::seconds{1} - 1;
-  const std::int64_t seconds = detail::wholeSeconds(date) + 978'307'200;
+  const std::int64_t seconds = detail::wholeSeconds(date) + kernel::referenceDateInUnixSeconds;
   if (seconds >= latest) return Clock::time_point::max();
   if (seconds <= -latest) return Clock::time_point::min();
   const std::chrono::nanoseconds fraction{civilDateTime(date).time.nanosecond};

@@ -3,9 +3,9 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_charconv.h"
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
+#include "NorvikCore/platform/values/internal/DigitPairs.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <istream>
 #include <ostream>
@@ -14,20 +14,11 @@ namespace norvik {
 namespace detail {
 namespace {
 
-constexpr auto digitPairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}();
-
 /// Writes exactly `count` digits of n, with leading zeros, so that they end before `end`.
 void writeBackwards(char* end, std::uint64_t n, int count) noexcept {
   for (; count >= 2; count -= 2) {
     end -= 2;
-    std::memcpy(end, digitPairs.data() + 2 * (n % 100), 2);
+    writeDigitPair(end, n % 100);
     n /= 100;
   }
   if (count == 1) end[-1] = static_cast<char>('0' + n % 10);

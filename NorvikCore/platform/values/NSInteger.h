@@ -1,6 +1,8 @@
 // NorvikCore/platform/values/NSInteger.h - the platform's integers: 64 bits on every machine.
 #pragma once
 
+#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+
 #include <concepts>
 #include <cstdint>
 

@@ -10,7 +10,7 @@
 #include <functional>
 #include <optional>
 
-namespace norvik_test {
+namespace norvik::test {
 
 using namespace norvik;
 
@@ -93,4 +93,4 @@ inline void bind(NSObject& receiver, NSObject& object, const NSString& keyPath,
   bind_toObject_withKeyPath_options(receiver, NSValueBinding, object, keyPath, options);
 }
 
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 class CallingTransformer : public NSValueTransformer {
@@ -187,4 +187,4 @@ TEST(KeyValueBindingLife, AThousandBindingsLeaveNothingOnTheirModel) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

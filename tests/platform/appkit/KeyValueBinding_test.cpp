@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 class ShoutingTransformer : public NSValueTransformer {
@@ -488,4 +488,4 @@ TEST(KeyValueBinding, AnExceptionInASetterPassesAndTheBindingGoesOn) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -7,7 +7,7 @@
 
 #include "tests/platform/appkit/BindingModels.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 class SharedAmount : public NSObject {
@@ -107,4 +107,4 @@ TEST(KeyValueBindingThreads, ModelsGoWhileTheirReceiverChanges) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

@@ -55,7 +55,7 @@ Ref<NSData> archiveOfComponents(double red, double green, double blue, double al
 
 TEST(NSColor, ComesBackExactlyFromBothArchivers) {
   const auto color = NSColor::colorWithRed(0.1, 1.0 / 3, 0, 0.7000000000000001);
-  for (const auto archived : norvik_test::throughBothArchivers) {
+  for (const auto archived : norvik::test::throughBothArchivers) {
     const Value value = archived(color);
     const auto* back = value.object<NSColor>();
     ASSERT_TRUE(back);

@@ -6,7 +6,7 @@
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 using Entry = NSDictionaryControllerKeyValuePair;
@@ -261,4 +261,4 @@ TEST(NSDictionaryController, AnEntryRemovedInACallbackOfItsOwnGoes) {
 }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

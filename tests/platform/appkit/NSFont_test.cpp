@@ -47,7 +47,7 @@ TEST(NSFont, DescribesItself) {
 }
 
 TEST(NSFont, ComesBackFromBothArchivers) {
-  for (const auto archived : norvik_test::throughBothArchivers) {
+  for (const auto archived : norvik::test::throughBothArchivers) {
     for (const auto& font : {make<NSFont>("DejaVu Sans", 11.1, true, false), make<NSFont>("", 0.5, false, true)}) {
       const Value value = archived(font);
       const auto* back = value.object<NSFont>();

@@ -4,7 +4,7 @@
 
 #include "tests/platform/appkit/BindingModels.h"
 
-namespace norvik_test {
+namespace norvik::test {
 namespace {
 
 TEST(NSTableCellView, HeaderExample) {
@@ -23,4 +23,4 @@ TEST(NSTableCellView, HeaderExample) {
 TEST(NSTableCellView, ItsValueIsAbsentAtFirst) { EXPECT_TRUE(make<NSTableCellView>()->objectValue().isAbsent()); }
 
 }  // namespace
-}  // namespace norvik_test
+}  // namespace norvik::test

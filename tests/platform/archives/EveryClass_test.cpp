@@ -34,7 +34,7 @@
 #include <vector>
 
 using namespace norvik;
-using norvik_test::throughBothArchivers;
+using norvik::test::throughBothArchivers;
 
 namespace {
 

@@ -15,8 +15,8 @@
 namespace norvik {
 namespace {
 
-using norvik_test::throughArchiver;
-using norvik_test::throughBothArchivers;
+using norvik::test::throughArchiver;
+using norvik::test::throughBothArchivers;
 
 /// Codes itself by its values' order.
 class SlipCodedInOrder : public NSObject, public NSCoding {

@@ -47,7 +47,7 @@ Ref<NSData> archive(const Value& root) { return NSKeyedArchiver::archivedDataWit
 Ref<NSData> bytes(const std::string& text) { return NSData::dataWithText("NKARCH1\n" + text); }
 
 std::string unarchivingRaises(const Ref<NSData>& data) {
-  return norvik_test::nameOfWhatIsRaised([&] { (void)NSKeyedUnarchiver::unarchiveObjectWithData(*data); });
+  return norvik::test::nameOfWhatIsRaised([&] { (void)NSKeyedUnarchiver::unarchiveObjectWithData(*data); });
 }
 
 TEST(NSKeyedUnarchiver, HeaderExample) {
@@ -169,7 +169,7 @@ TEST(NSKeyedUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingEls
       auto damaged = whole->mutableCopy();
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
-      const norvik_test::LeaksAllowed rings;  // a changed byte may make an object hold itself
+      const norvik::test::LeaksAllowed rings;  // a changed byte may make an object hold itself
       const std::string name = unarchivingRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }

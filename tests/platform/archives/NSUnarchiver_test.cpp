@@ -64,7 +64,7 @@ Ref<NSData> archive(const Value& root) { return NSArchiver::archivedDataWithRoot
 Ref<NSData> bytes(const std::string& text) { return NSData::dataWithText("NKSEQU1\n" + text); }
 
 std::string unarchivingRaises(const Ref<NSData>& data) {
-  return norvik_test::nameOfWhatIsRaised([&] { (void)NSUnarchiver::unarchiveObjectWithData(*data); });
+  return norvik::test::nameOfWhatIsRaised([&] { (void)NSUnarchiver::unarchiveObjectWithData(*data); });
 }
 
 TEST(NSUnarchiver, HeaderExample) {
@@ -220,7 +220,7 @@ TEST(NSUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingElse) {
       auto damaged = whole->mutableCopy();
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
-      const norvik_test::LeaksAllowed rings;  // a changed byte may make an object hold itself
+      const norvik::test::LeaksAllowed rings;  // a changed byte may make an object hold itself
       const std::string name = unarchivingRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }

@@ -11,7 +11,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::nameOfWhatIsRaised;
+using norvik::test::nameOfWhatIsRaised;
 
 class Item : public NSObject {
   NK_OBJECT(Item, NSObject)

@@ -9,7 +9,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::nameOfWhatIsRaised;
+using norvik::test::nameOfWhatIsRaised;
 
 TEST(NSData, HeaderExample) {
   Ref<NSData> data = NSData::dataWithBytes("pay\n", 4);

@@ -15,7 +15,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::nameOfWhatIsRaised;
+using norvik::test::nameOfWhatIsRaised;
 
 std::string keys(const NSDictionary& dictionary) { return dictionary.allKeys()->componentsJoinedByString(",").str(); }
 

@@ -8,7 +8,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::nameOfWhatIsRaised;
+using norvik::test::nameOfWhatIsRaised;
 
 std::vector<int> numbers(const NSArray& array) {
   std::vector<int> result;

@@ -10,7 +10,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::nameOfWhatIsRaised;
+using norvik::test::nameOfWhatIsRaised;
 
 std::string elements(const NSSet& set) { return set.allObjects()->componentsJoinedByString(",").str(); }
 

@@ -104,7 +104,7 @@ TEST(TimerHeap, EntriesOfAForgottenHeapCanBeAddedAgain) {
   TimerHeap heap;
   Entry a, b;
   {
-    const norvik_test::LeaksAllowed nodes;  // which a thread that is not in the child may have been changing
+    const norvik::test::LeaksAllowed nodes;  // which a thread that is not in the child may have been changing
     heap.add(a, {10, 0, 0, 0});
     heap.add(b, {20, 0, 0, 0});
   }

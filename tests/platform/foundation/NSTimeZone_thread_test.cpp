@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-using norvik_test::onThreads;
+using norvik::test::onThreads;
 
 constexpr int threadCount = 4;
 

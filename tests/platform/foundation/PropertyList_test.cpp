@@ -120,7 +120,7 @@ TEST(PropertyList, AnythingElseIsRefusedWithItsReason) {
 }
 
 TEST(PropertyList, ACollectionThatHoldsItselfIsRefused) {
-  const norvik_test::LeaksAllowed rings;
+  const norvik::test::LeaksAllowed rings;
   const auto ring = NSMutableArray::array();
   ring->addObject(NSArray::arrayWithObjects(ring));
   EXPECT_EQ(reasonFor(ring), "the preference cannot hold a collection that holds itself");

@@ -26,7 +26,7 @@ TEST(Mutex, HeaderExample) {
 
 TEST(Mutex, LetsOneThreadInAtATime) {
   Guarded guarded;
-  norvik_test::onThreads(4, [&](int number) {
+  norvik::test::onThreads(4, [&](int number) {
     for (int round = 0; round < 1000; ++round) {
       MutexLock lock(guarded.mutex);
       guarded.items.push_back(number);
@@ -40,7 +40,7 @@ TEST(Mutex, IsRefusedWhileAnotherThreadHasItAndTakenWhenItIsFree) {
   Mutex mutex;
   const auto isRefused = [&mutex] {
     bool refused = true;
-    norvik_test::onThreads(1, [&](int) {
+    norvik::test::onThreads(1, [&](int) {
       if (!mutex.try_lock()) return;
       refused = false;
       mutex.unlock();

@@ -15,8 +15,8 @@
 namespace {
 
 using namespace norvik;
-using norvik_test::DecimalSamples;
-using norvik_test::Sample;
+using norvik::test::DecimalSamples;
+using norvik::test::Sample;
 
 // Sanitizers slow the model down twentyfold; there a twentieth of the pairs is enough to find what they look for.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

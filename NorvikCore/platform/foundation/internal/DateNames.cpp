@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/internal/DateNames.h"
 
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
@@ -19,7 +20,7 @@ std::vector<std::string> names(const icu::UnicodeString* all, std::int32_t count
                                std::int32_t wanted) {
   std::vector<std::string> result;
   if (!all || count < first + wanted) return result;
-  for (std::int32_t i = first; i < first + wanted; ++i) all[i].toUTF8String(result.emplace_back());
+  for (std::int32_t i = first; i < first + wanted; ++i) result.push_back(utf8FromIcu(all[i]));
   return result;
 }
 

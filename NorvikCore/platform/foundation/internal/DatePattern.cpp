@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/DatePattern.h"
 
 #include "NorvikCore/platform/foundation/internal/DateNames.h"
+#include "NorvikCore/platform/values/internal/DigitPairs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,14 +11,10 @@ namespace {
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-constexpr char digitPairs[] =
-    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
-    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
-
 /// The number with at least `digits` digits. Numbers are below 10000.
 inline char* writeNumber(char* out, std::uint32_t number, std::uint32_t digits) noexcept {
   if (digits == 2 && number < 100) [[likely]] {
-    std::memcpy(out, digitPairs + 2 * number, 2);
+    writeDigitPair(out, number);
     return out + 2;
   }
   const std::uint32_t needed = number < 10 ? 1 : number < 100 ? 2 : number < 1000 ? 3 : 4;
@@ -122,7 +119,7 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
 void DatePattern::writeMillisecond(char* text, std::int32_t millisecond) noexcept {
   const auto number = static_cast<std::uint32_t>(millisecond);
   *text = static_cast<char>('0' + number / 100);
-  std::memcpy(text + 1, digitPairs + number % 100 * 2, 2);
+  writeDigitPair(text + 1, number % 100);
 }
 
 std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields,
@@ -158,8 +155,8 @@ std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields
         break;
       case 'y':
         if (size == 4) {
-          std::memcpy(out, digitPairs + year / 100 * 2, 2);
-          std::memcpy(out + 2, digitPairs + year % 100 * 2, 2);
+          writeDigitPair(out, year / 100);
+          writeDigitPair(out + 2, year % 100);
           out += 4;
         } else {
           out = writeNumber(out, size == 2 ? year % 100 : year, size);

@@ -1,6 +1,8 @@
 #include "NorvikCore/platform/foundation/internal/DateReader.h"
 
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/ZoneDatabase.h"
+#include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Utf8.h"
 #include "NorvikCore/platform/values/internal/TextSearch.h"
@@ -17,7 +19,7 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::int64_t referenceDateSince1970 = 978'307'200;
+using kernel::referenceDateInUnixSeconds;
 constexpr std::int64_t julianDayOfReferenceDate = 2'451'911;
 constexpr std::size_t mostFields = 64;
 constexpr std::size_t longestZoneName = 200;  // in bytes
@@ -87,12 +89,11 @@ std::vector<std::pair<std::string, std::uint64_t>> writtenNames(icu::SimpleDateF
     std::int64_t day = referenceDay(2001, 1, 7) + (isPeriod ? 0 : i);  // a Sunday
     if (isOneOf(letter, "MLQq")) day = referenceDay(2001, isOneOf(letter, "ML") ? i + 1 : 3 * i + 1, 15);
     if (letter == 'G') day = referenceDay(i == 0 ? -100 : 2001, 1, 1);
-    const std::int64_t second = day * secondsPerDay + (isPeriod ? i * 1800 : 0) + referenceDateSince1970;
+    const std::int64_t second = day * secondsPerDay + (isPeriod ? i * 1800 : 0) + referenceDateInUnixSeconds;
     icu::UnicodeString text;
     format.format(static_cast<double>(second) * 1000, text);
     if (isPeriod) text.truncate(text.moveIndex32(text.length(), -4));
-    std::string name;
-    text.toUTF8String(name);
+    const std::string name = utf8FromIcu(text);
     const auto same = std::find_if(names.begin(), names.end(), [&](const auto& known) { return known.first == name; });
     if (same == names.end()) {
       names.emplace_back(name, std::uint64_t{1} << i);
@@ -586,21 +587,18 @@ bool DateReader::readOffset(Scanner& scanner, const Item& item, Reading& reading
 bool DateReader::readZoneName(Scanner& scanner, const Item& item, Fields& fields) const {
   std::size_t size = std::min(scanner.rest.size(), longestZoneName);
   while (size > 0 && size < scanner.rest.size() && utf8::isContinuation(scanner.rest[size])) --size;
-  const auto text =
-      icu::UnicodeString::fromUTF8(icu::StringPiece(scanner.rest.data(), static_cast<std::int32_t>(size)));
+  const icu::UnicodeString text = icuString(scanner.rest.substr(0, size));
   fields.zoneStyle = *zoneStyle(item.letter, item.count);
   icu::ParsePosition end(0);
   fields.zone.reset(zoneNames_->parse(fields.zoneStyle, text, end, &fields.zoneTime));
   if (!fields.zone || end.getIndex() == 0) return false;
   text.extract(0, end.getIndex(), fields.zoneText);
-  std::string taken;
-  fields.zoneText.toUTF8String(taken);
-  return scanner.take(taken);
+  return scanner.take(utf8FromIcu(fields.zoneText));
 }
 
 /// Strictly, the text must be what the pattern writes for the zone in one of its seasons.
 bool DateReader::placeZone(Fields& fields, Reading& reading) const {
-  const double local = static_cast<double>(reading.localSeconds + referenceDateSince1970) * 1000;
+  const double local = static_cast<double>(reading.localSeconds + referenceDateInUnixSeconds) * 1000;
   UErrorCode status = U_ZERO_ERROR;
   std::int32_t standard = 0, saving = 0;
   fields.zone->getOffset(local, true, standard, saving, status);
@@ -618,8 +616,7 @@ bool DateReader::placeZone(Fields& fields, Reading& reading) const {
     if (!isWritten) return false;
   }
   icu::UnicodeString id;
-  std::string name;
-  fields.zone->getID(id).toUTF8String(name);
+  const std::string name = utf8FromIcu(fields.zone->getID(id));
   if (fields.zoneTime == UTZFMT_TIME_TYPE_UNKNOWN) reading.zone = zoneNamed(name);
   if (reading.zone == nullptr) reading.offset = (standard + saving) / 1000;
   return true;

@@ -1,12 +1,10 @@
-// NorvikCore/platform/foundation/internal/LocaleData.h - the ICU side of a locale, and text between ICU and the
-// library.
+// NorvikCore/platform/foundation/internal/LocaleData.h - the ICU side of a locale.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 
 #include <unicode/locid.h>
-#include <unicode/unistr.h>
 
 #include <atomic>
 #include <string>
@@ -27,9 +25,6 @@ struct LocaleData {
 };
 
 [[nodiscard]] inline const icu::Locale& icuLocale(const NSLocale& locale) { return locale.data().locale; }
-
-[[nodiscard]] NSString stringFromIcu(const icu::UnicodeString& text);
-[[nodiscard]] icu::UnicodeString icuString(const NSString& text);
 
 /// The identifier that these values of environment variables mean, null where one is not set: the first that is not
 /// empty.

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/internal/ZoneDatabase.h"
 
+#include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 
@@ -20,7 +21,6 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::string_view zoneFolder = "/usr/share/zoneinfo/";
-constexpr double referenceDateMilliseconds = 978'307'200'000.0;
 
 /// Names have letters, digits, "_", "+", "-" and "/" between parts: nothing that leaves the folder.
 bool isZoneName(std::string_view name) {
@@ -109,8 +109,7 @@ const ZoneRules* zoneNamed(std::string_view name) {
 }
 
 std::optional<ZoneRules> zoneFromIcu(std::string_view name) {
-  const auto id = icu::UnicodeString::fromUTF8(icu::StringPiece(name.data(), static_cast<std::int32_t>(name.size())));
-  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
+  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(icuString(name)));
   const auto* basic = dynamic_cast<const icu::BasicTimeZone*>(zone.get());
   if (!basic || *zone == icu::TimeZone::getUnknown()) return std::nullopt;
 
@@ -121,8 +120,7 @@ std::optional<ZoneRules> zoneFromIcu(std::string_view name) {
     zone->getOffset(milliseconds, false, raw, saving, status);
     icu::UnicodeString text;
     zone->getDisplayName(saving != 0, icu::TimeZone::SHORT, icu::Locale::getUK(), text);
-    ZoneType type{(raw + saving) / 1000, saving != 0, {}};
-    text.toUTF8String(type.abbreviation);
+    ZoneType type{(raw + saving) / 1000, saving != 0, utf8FromIcu(text)};
     const auto known = std::find(types.begin(), types.end(), type);
     if (known != types.end()) return static_cast<std::size_t>(known - types.begin());
     types.push_back(std::move(type));
@@ -137,7 +135,7 @@ std::optional<ZoneRules> zoneFromIcu(std::string_view name) {
     at = transition.getTime();
     const std::size_t type = typeIndex(at);
     if (type > 255) return std::nullopt;
-    const auto instant = static_cast<std::int64_t>(std::floor((at - referenceDateMilliseconds) / 1000));
+    const auto instant = static_cast<std::int64_t>(std::floor(at / 1000)) - kernel::referenceDateInUnixSeconds;
     changes.push_back({instant, static_cast<std::uint8_t>(type)});
   }
   return ZoneRules::fromChanges(std::move(types), changes);

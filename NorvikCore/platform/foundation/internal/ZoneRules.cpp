@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 
+#include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::int64_t referenceDateSince1970 = 978'307'200;
+using kernel::referenceDateInUnixSeconds;
 constexpr std::int64_t widestOffset = 26 * 3600;
 
 /// Takes big-endian numbers and stretches of bytes off the front of a text; fails for good at its end.
@@ -95,7 +96,7 @@ bool nameType(ZoneType& type, std::string_view names, std::size_t start) {
 }
 
 /// A time of the file as seconds since the reference date; times before any clock stay at the end of the range.
-std::int64_t instantOfFileTime(std::int64_t time) { return saturatedSum(time, -referenceDateSince1970); }
+std::int64_t instantOfFileTime(std::int64_t time) { return saturatedSum(time, -referenceDateInUnixSeconds); }
 
 }  // namespace
 

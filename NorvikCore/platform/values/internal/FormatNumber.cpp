@@ -1,10 +1,11 @@
 #include "NorvikCore/platform/values/internal/FormatNumber.h"
 
+#include "NorvikCore/platform/values/internal/DigitPairs.h"
+
 #include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -34,18 +35,14 @@ std::string_view signText(bool isNegative, const FormatField& field) noexcept {
   return isNegative ? "-" : field.plusSign ? "+" : field.spaceSign ? " " : "";
 }
 
-constexpr char digitPairs[] =
-    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
-    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
-
 /// Writes the decimal digits of `number` so that they end at `end`; returns their start.
 inline char* decimalDigits(std::uint64_t number, char* end) noexcept {
   while (number >= 100) {
-    std::memcpy(end -= 2, digitPairs + number % 100 * 2, 2);
+    writeDigitPair(end -= 2, number % 100);
     number /= 100;
   }
   if (number >= 10) {
-    std::memcpy(end -= 2, digitPairs + number * 2, 2);
+    writeDigitPair(end -= 2, number);
   } else {
     *--end = static_cast<char>('0' + number);
   }
@@ -216,7 +213,7 @@ void appendFixed(FormatBuffer& out, double number) {
   char* end = text + sizeof text;
   char* begin = end;
   std::uint64_t fraction = digits % powersOfTen[places];
-  for (int i = 0; i < places; i += 2, fraction /= 100) std::memcpy(begin -= 2, digitPairs + fraction % 100 * 2, 2);
+  for (int i = 0; i < places; i += 2, fraction /= 100) writeDigitPair(begin -= 2, fraction % 100);
   *--begin = '.';
   begin = decimalDigits(digits / powersOfTen[places], begin);
   if (std::signbit(number)) *--begin = '-';
