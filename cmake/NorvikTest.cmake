@@ -72,7 +72,7 @@ endfunction()
 # its lines `#elif SHOULD_NOT_COMPILE == N  // sentence` it is refused with -DSHOULD_NOT_COMPILE=N, in at most 40 lines that hold
 # the sentence. Where the line has none, the errors have one of SENTENCES and any length. g++ compiles every case, with the
 # headers precompiled by a fixture. clang++ 14 crashes when it reads them precompiled, so it compiles only the cases that
-# have a sentence.
+# have a sentence. With ALONE the file includes what it needs itself.
 function(norvik_add_compile_fail_cases file sentences)
   get_filename_component(name ${file} NAME_WE)
   find_program(NORVIK_GXX NAMES g++-12 g++)
@@ -98,8 +98,10 @@ function(norvik_add_compile_fail_cases file sentences)
     if(NOT NORVIK_${compiler})
       continue()
     endif()
-    set(compile ${NORVIK_${compiler}} ${options} -Wno-unused-variable -fsyntax-only ${CMAKE_CURRENT_SOURCE_DIR}/${file}
-                -include $<IF:$<STREQUAL:${compiler},GXX>,${precompiled},${every_header}>)
+    set(compile ${NORVIK_${compiler}} ${options} -Wno-unused-variable -fsyntax-only ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    if(NOT ARGV2 STREQUAL "ALONE")
+      list(APPEND compile -include $<IF:$<STREQUAL:${compiler},GXX>,${precompiled},${every_header}>)
+    endif()
     string(REPLACE "XX" "++" prefix compile_fail.${name}.${compiler})
     set(tests ${prefix}.CompilesAsItStands)
     add_test(NAME ${prefix}.CompilesAsItStands COMMAND ${compile})
@@ -119,6 +121,8 @@ function(norvik_add_compile_fail_cases file sentences)
                        -DSHOULD_NOT_COMPILE=${number})
       list(APPEND tests ${prefix}.IsRefused.${number})
     endforeach()
-    set_tests_properties(${tests} PROPERTIES FIXTURES_REQUIRED every_header)
+    if(NOT ARGV2 STREQUAL "ALONE")
+      set_tests_properties(${tests} PROPERTIES FIXTURES_REQUIRED every_header)
+    endif()
   endforeach()
 endfunction()

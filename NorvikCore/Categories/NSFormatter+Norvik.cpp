@@ -1,26 +1,14 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 
 #include "NorvikCore/formatters/internal/AdditionalAttributes.h"
-#include "NorvikCore/platform/object/Stated.h"
+#include "NorvikCore/platform/object/AnnouncedChange.h"
 
 namespace norvik {
 namespace {
 
 constinit const NSString attributesKey = "nk_additionalAttributes";
 
-const detail::CategoryProperty additionalAttributes{
-    NSFormatter::staticClass(),
-    {.name = attributesKey,
-     .typeName = "Ref<NSDictionary>",
-     .setterName = "setNk_additionalAttributes",
-     .isComputed = true,
-     .get = [](const NSObject& formatter) -> Value {
-       return nk_additionalAttributes(static_cast<const NSFormatter&>(formatter));
-     },
-     .set =
-         [](NSObject& formatter, const Value& attributes) {
-           setNk_additionalAttributes(static_cast<NSFormatter&>(formatter), attributes.as<Ref<NSDictionary>>());
-         }}};
+NK_CATEGORY_PROPERTY(NSFormatter, Ref<NSDictionary>, nk_additionalAttributes, setNk_additionalAttributes)
 
 }  // namespace
 

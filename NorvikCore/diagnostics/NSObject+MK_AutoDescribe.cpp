@@ -8,6 +8,7 @@
 #include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace norvik {
@@ -50,8 +51,8 @@ ElementBlock _itemValueBlock(const NSObject& object) {
 }
 
 bool isManagedObject(const NSObject& object) {
-  const Class* managed = Class::named("NSManagedObject");
-  return managed && object.isKindOfClass(*managed);
+  const auto managed = Class::allNamed("NSManagedObject");
+  return std::ranges::any_of(managed, [&](const Class* each) { return object.isKindOfClass(*each); });
 }
 
 constinit const NSString attributesHeader = "attributes";

@@ -1,14 +1,31 @@
 #include "NorvikCore/logging/DDLog.h"
 
 #include "NorvikCore/logging/internal/LogDispatcher.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <new>
+#include <string>
 #include <utility>
 
 namespace norvik {
 
 using detail::LogDispatcher;
+
+namespace {
+
+/// Null, and a line on the console, where several classes share the name.
+const Class* classNamed(const NSString& name) {
+  const Class* found = Class::named(name);
+  if (!found) {
+    if (const std::string problem = detail::sharedNameProblem(name); !problem.empty())
+      NSLog("DDLog: %@", NSString(problem));
+  }
+  return found;
+}
+
+}  // namespace
 
 void* const GlobalLoggingQueueIdentityKey = const_cast<void**>(&GlobalLoggingQueueIdentityKey);
 
@@ -61,7 +78,7 @@ std::vector<const Class*> DDLog::registeredClasses() {
 
 std::vector<NSString> DDLog::registeredClassNames() {
   std::vector<NSString> names;
-  for (const Class* aClass : registeredClasses()) names.push_back(aClass->name());
+  for (const Class* aClass : registeredClasses()) names.push_back(aClass->distinctName());
   return names;
 }
 
@@ -71,7 +88,7 @@ std::uint32_t DDLog::logLevelForClass(const Class& aClass) {
 }
 
 std::uint32_t DDLog::logLevelForClassWithName(const NSString& aClassName) {
-  const Class* aClass = Class::named(aClassName);
+  const Class* aClass = classNamed(aClassName);
   return aClass ? logLevelForClass(*aClass) : 0xFFFFFFFF;
 }
 
@@ -89,7 +106,7 @@ void DDLog::setLogLevel_forClass(std::uint32_t level, const Class& aClass) {
 }
 
 void DDLog::setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName) {
-  if (const Class* aClass = Class::named(aClassName)) setLogLevel_forClass(level, *aClass);
+  if (const Class* aClass = classNamed(aClassName)) setLogLevel_forClass(level, *aClass);
 }
 
 }  // namespace norvik

@@ -120,11 +120,13 @@ class NK_EXPORT DDLog : public NSObject {
   [[nodiscard]] static bool isRegisteredClass(const Class& aClass);
   /// In the order in which the classes became known; empty also where there is no memory for the list.
   [[nodiscard]] static std::vector<const Class*> registeredClasses();
+  /// Where registered classes share a name: their C++ names, as in "pay::Row".
   [[nodiscard]] static std::vector<NSString> registeredClassNames();
-  /// 0xFFFFFFFF for a class that is not registered, and for a name that no class has.
+  /// 0xFFFFFFFF for a class that is not registered, and for a name that no class has, or several: Class::named().
   [[nodiscard]] static std::uint32_t logLevelForClass(const Class& aClass);
   [[nodiscard]] static std::uint32_t logLevelForClassWithName(const NSString& aClassName);
-  /// Nothing happens to a class that is not registered.
+  /// Nothing happens to a class that is not registered. A name that several classes share changes none of them, and the
+  /// system console says which they are.
   static void setLogLevel_forClass(std::uint32_t level, const Class& aClass);
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
 

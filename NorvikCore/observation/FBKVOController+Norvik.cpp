@@ -1,7 +1,7 @@
 #include "NorvikCore/observation/FBKVOController+Norvik.h"
 
+#include "NorvikCore/platform/object/AnnouncedChange.h"
 #include "NorvikCore/platform/object/AssociatedObjects.h"
-#include "NorvikCore/platform/object/Stated.h"
 
 namespace norvik {
 namespace {
@@ -17,23 +17,8 @@ void setFlag(FBKVOController& controller, const NSString& key, bool isSet) {
   detail::changeProperty(controller, key.view(), [&] { setAssociatedValue(controller, &key, isSet); });
 }
 
-const detail::CategoryProperty disposedProperty{
-    FBKVOController::staticClass(),
-    {.name = disposedKey,
-     .typeName = "bool",
-     .setterName = "setDisposed",
-     .isComputed = true,
-     .get = [](const NSObject& o) -> Value { return flag(o, disposedKey); },
-     .set = [](NSObject& o, const Value& value) { setDisposed(static_cast<FBKVOController&>(o), value.as<bool>()); }}};
-const detail::CategoryProperty requiresDisposalProperty{
-    FBKVOController::staticClass(),
-    {.name = requiresDisposalKey,
-     .typeName = "bool",
-     .setterName = "setRequiresDisposal",
-     .isComputed = true,
-     .get = [](const NSObject& o) -> Value { return flag(o, requiresDisposalKey); },
-     .set = [](NSObject& o,
-               const Value& value) { setRequiresDisposal(static_cast<FBKVOController&>(o), value.as<bool>()); }}};
+NK_CATEGORY_PROPERTY(FBKVOController, bool, disposed, setDisposed)
+NK_CATEGORY_PROPERTY(FBKVOController, bool, requiresDisposal, setRequiresDisposal)
 
 }  // namespace
 

@@ -27,7 +27,7 @@ class NK_EXPORT NKSender : public NSObject {
   NK_ATOMIC_PROPERTY(Block<void()>, onAlternateContinue, setOnAlternateContinue)
   NK_ATOMIC_PROPERTY(Block<void()>, onCancel, setOnCancel)
   NK_ATOMIC_PROPERTY(Ref<NSDictionary>, info, setInfo)
-  NK_STATEMENT(NK_PROPERTY_RECORD(senderTarget, setSenderTarget, "NSObject", false, true, true))
+  NK_STATEMENT("senderTarget", NK_PROPERTY_RECORD(senderTarget, setSenderTarget, "NSObject", false, true, true))
   NK_ATOMIC_PROPERTY(std::optional<NSString>, identifier, setIdentifier)
   NK_ATOMIC_PROPERTY(Value, representedObject, setRepresentedObject)
   NK_ATOMIC_PROPERTY(SEL, action, setAction)

@@ -75,12 +75,10 @@ class DescribedOddly : public NSObject {
 
 /// The properties that a category adds have any names.
 const detail::CategoryProperty streetProperty{
-    DescribedOddly::staticClass(), {.name = "Stra\u00DFe", .typeName = "NSString", .get = [](const NSObject&) -> Value {
-                                      return "Hauptstra\u00DFe 7";
-                                    }}};
-const detail::CategoryProperty namelessProperty{
     DescribedOddly::staticClass(),
-    {.name = "", .typeName = "NSString", .get = [](const NSObject&) -> Value { return 1; }}};
+    {.name = "Stra\u00DFe", .text = "NSString", .get = [](const NSObject&) -> Value { return "Hauptstra\u00DFe 7"; }}};
+const detail::CategoryProperty namelessProperty{
+    DescribedOddly::staticClass(), {.name = "", .text = "NSString", .get = [](const NSObject&) -> Value { return 1; }}};
 
 class DescribedFailing : public NSObject {
   NK_OBJECT(DescribedFailing, NSObject)

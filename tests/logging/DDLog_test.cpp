@@ -22,6 +22,24 @@
 #include <vector>
 
 namespace norvik {
+
+namespace pay {
+class Levelled : public NSObject {
+  NK_OBJECT(Levelled, NSObject)
+  static int ddLogLevel() { return level; }
+  static void ddSetLogLevel(int newLevel) { level = newLevel; }
+  NK_CLASS_METHOD(ddLogLevel)
+  NK_CLASS_METHOD(ddSetLogLevel)
+  static inline int level = 1;
+};
+}  // namespace pay
+
+namespace hr {
+class Levelled : public pay::Levelled {
+  NK_OBJECT(Levelled, pay::Levelled)
+};
+}  // namespace hr
+
 namespace {
 
 using test::Latch;
@@ -485,9 +503,11 @@ TEST_F(DDLogTest, AClassWithBothLevelOperationsIsRegisteredAlsoWhereItInheritsTh
   EXPECT_FALSE(DDLog::isRegisteredClass(WithGetterOnly::staticClass()));
   EXPECT_FALSE(DDLog::isRegisteredClass(NSObject::staticClass()));
   const std::vector<NSString> names = DDLog::registeredClassNames();
-  EXPECT_THAT(names, ElementsAre("WithLevel", "WithUnsignedLevel", "InheritsLevel"));
+  EXPECT_THAT(names, ElementsAre("norvik::pay::Levelled", "norvik::hr::Levelled", "WithLevel", "WithUnsignedLevel",
+                                 "InheritsLevel"));
   EXPECT_THAT(DDLog::registeredClasses(),
-              ElementsAre(&WithLevel::staticClass(), &WithUnsignedLevel::staticClass(), &InheritsLevel::staticClass()));
+              ElementsAre(&pay::Levelled::staticClass(), &hr::Levelled::staticClass(), &WithLevel::staticClass(),
+                          &WithUnsignedLevel::staticClass(), &InheritsLevel::staticClass()));
 }
 
 TEST_F(DDLogTest, InitializingAgainKeepsTheLoggingQueue) {
@@ -521,6 +541,25 @@ TEST_F(DDLogTest, AClassThatIsNotRegisteredHasTheLevelOfAllBits) {
   EXPECT_EQ(DDLog::logLevelForClassWithName("NobodysClass"), 4294967295U);
   DDLog::setLogLevel_forClass(1, WithGetterOnly::staticClass());
   DDLog::setLogLevel_forClassWithName(1, "NobodysClass");
+}
+
+TEST_F(DDLogTest, ANameThatClassesShareSetsNoLevelAndTheConsoleSaysWhy) {
+  pay::Levelled::level = 3;
+  testing::internal::CaptureStderr();
+  DDLog::setLogLevel_forClassWithName(7, "Levelled");
+  EXPECT_EQ(DDLog::logLevelForClassWithName("Levelled"), 4294967295U);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::HasSubstr("2 classes are named \"Levelled\": norvik::hr::Levelled, norvik::pay::Levelled"));
+  EXPECT_EQ(pay::Levelled::level, 3);
+  DDLog::setLogLevel_forClassWithName(7, "norvik::pay::Levelled");
+  EXPECT_EQ(pay::Levelled::level, 7);
+}
+
+TEST_F(DDLogTest, TheNamesOfRegisteredClassesFindEachOfThem) {
+  const auto classes = DDLog::registeredClasses();
+  const auto names = DDLog::registeredClassNames();
+  ASSERT_EQ(names.size(), classes.size());
+  for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(Class::named(names[i]), classes[i]) << names[i];
 }
 
 TEST_F(DDLogTest, ANodeKeepsWhatItWasMadeOf) {

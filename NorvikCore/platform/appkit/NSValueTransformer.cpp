@@ -72,9 +72,10 @@ void NSValueTransformer::setValueTransformer_forName(const Ref<NSValueTransforme
 
 Ref<NSValueTransformer> NSValueTransformer::valueTransformerForName(const NSString& name) {
   if (auto known = Registry::shared().find(name)) return known;
-  const Class* named = Class::named(name);
-  if (!named || !named->isSubclassOf(staticClass())) return nullptr;
-  auto made = refCast<NSValueTransformer>(named->makeObject());
+  auto classes = Class::allNamed(name);
+  std::erase_if(classes, [](const Class* each) { return !each->isSubclassOf(staticClass()); });
+  if (classes.size() != 1) return nullptr;
+  auto made = refCast<NSValueTransformer>(classes[0]->makeObject());
   if (made) setValueTransformer_forName(made, name);
   return made;
 }

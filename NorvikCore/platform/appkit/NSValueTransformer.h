@@ -42,8 +42,8 @@ class NK_EXPORT NSValueTransformer : public NSObject {
 
   /// Keeps the transformer under the name in place of what was there; an empty one only removes that.
   static void setValueTransformer_forName(const Ref<NSValueTransformer>& transformer, const NSString& name);
-  /// Empty where there is none. A name that none has been given, and that is the name of a transformer class that can
-  /// be made without arguments, gets one of that class.
+  /// Empty where there is none. A name that none has been given, and that is the name of one transformer class that can
+  /// be made without arguments, gets one of that class. The name of several transformer classes gets none of them.
   [[nodiscard]] static Ref<NSValueTransformer> valueTransformerForName(const NSString& name);
   /// In the order in which they were first given.
   [[nodiscard]] static Ref<NSArray> valueTransformerNames();

@@ -6,6 +6,7 @@
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableSet.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
+#include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <utility>
@@ -175,6 +176,9 @@ std::vector<Value> ArchiveReader::elementsOf(std::size_t number) {
 Ref<NSObject> ArchiveReader::makeCoded(std::size_t number) {
   const ArchivedObject& archived = content_.objects[number];
   const Class* theClass = Class::named(archived.className);
+  if (const std::string problem = theClass ? "" : sharedNameProblem(archived.className); !problem.empty()) {
+    raiseUnarchive("an object cannot be decoded: " + problem);
+  }
   const Method* operation = theClass ? decodingOperation(*theClass) : nullptr;
   if (!operation) {
     raiseUnarchive("objects of the class \"" + archived.className +

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSMutableData.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableSet.h"
+#include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
@@ -162,8 +163,12 @@ void ArchiveWriter::writeCodedObject(std::string& out, const NSObject& object) {
     raiseArchive("an object of the class " + theClass.name() + ", which " +
                  (coding ? "does not state NK_CODING" : "does not implement NSCoding"));
   }
+  const NSString className = theClass.distinctName();
+  if (theClass.sharesName() && Class::named(className) != &theClass) {
+    raiseArchive("an object cannot be encoded: " + sharedNameProblem(className));
+  }
   writeByte(out, ArchiveKind::Coded);
-  writeText(out, theClass.name());
+  writeText(out, className);
   keys_.emplace_back();
   writeCoded(out, *coding, coder_);
   keys_.pop_back();

@@ -12,6 +12,9 @@
 // in a circle, and mutable collections come back mutable. Equal content met in the same order gives equal bytes, on
 // every machine.
 //
+// Of an object's class the name is written. Where several classes of the process share it, it is the C++ name, as in
+// "pay::Row" (Class::distinctName()); classes of one name in anonymous namespaces cannot be encoded.
+//
 // Raises NSInvalidArchiveOperationException for an object that cannot be encoded, for a key that is used twice for one
 // object, and for objects that hold one another more than 512 deep. Confined: one thread at a time.
 #pragma once

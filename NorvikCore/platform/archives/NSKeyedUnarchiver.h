@@ -13,6 +13,9 @@
 // out of decoding an object, and objects that hold one another more than 512 deep. Memory stays within a small multiple
 // of the data's size. Confined: one thread at a time.
 //
+// A class is found by the name that was written, also by its C++ name (Class::named()). A name that several classes of
+// the process share, written where only one had it, raises too: NK_CLASS_NAME gives the others another name.
+//
 // An object that holds itself by way of others is seen by them before its initWithCoder is done; they may keep it, not
 // use it.
 #pragma once

@@ -201,8 +201,8 @@ void raiseMutated(const NSObject& collection) {
 }
 
 void raiseElement(const Value& element, const Class& wanted) {
-  NSException::raise(NSInvalidArgumentException, "an element is a " + element.classObject().name().str() + " where a " +
-                                                     wanted.name().str() + " is wanted");
+  NSException::raise(NSInvalidArgumentException, "an element is a " + element.classObject().distinctName().str() +
+                                                     " where a " + wanted.distinctName().str() + " is wanted");
 }
 
 void checkPresent(const Value& object, const char* operation) {

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
-#include "NorvikCore/platform/object/Stated.h"
+#include "NorvikCore/platform/object/AnnouncedChange.h"
 
 #include <utility>
 

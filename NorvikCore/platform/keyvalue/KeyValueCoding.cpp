@@ -31,7 +31,7 @@ std::string capitalised(const NSString& key) {
 
 [[noreturn]] void raiseUndefinedKey(const Class& theClass, const NSString& key, const char* what) {
   NSException::raise(NSUndefinedKeyException,
-                     "the class " + theClass.name() + " has no key \"" + key + "\" that can be " + what);
+                     "the class " + theClass.distinctName() + " has no key \"" + key + "\" that can be " + what);
 }
 
 /// The first key of a path and what follows it, absent where it is the last. Behind a dot at the end stands one more

@@ -2,11 +2,18 @@
 
 #include "NorvikCore/platform/kernel/CallStack.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
-#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
+#include "NorvikCore/platform/kernel/internal/KeepLoaded.h"
+#include "NorvikCore/platform/object/ClassDefinition.h"
 #include "NorvikCore/platform/object/internal/PermanentText.h"
+#include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
 
+#include <algorithm>
+#include <cstring>
 #include <ostream>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -14,6 +21,7 @@ namespace norvik {
 
 /// The class's own statements, found by name.
 struct Class::Tables {
+  std::span<const detail::Statement> statements;
   std::vector<std::pair<NSString, NSString>> dependencies;  ///< a key, and a key that changes it
   std::unordered_map<NSString, const Property*> properties;
   std::unordered_map<SEL, const Method*> methods, classMethods;
@@ -33,111 +41,177 @@ Class::Class() : tables_(new Tables) {}
 Class::~Class() = default;
 
 namespace detail {
+namespace {
+
+/// Types of one name are one type, in whichever shared objects they are, unless the name belongs to one file.
+bool isSameType(const std::type_info* a, const std::type_info* b) {
+  if (!a || !b || a == b) return a == b;
+  const std::string_view name = a->name();
+  return name == b->name() && name.find("_GLOBAL__N_") == name.npos;
+}
+
+bool isSameText(const char* a, const char* b) { return a == b || (a && b && std::strcmp(a, b) == 0); }
+
+bool isSameStatement(const Statement& a, const Statement& b) {
+  return a.kind == b.kind && a.isComputed == b.isComputed && a.isWeak == b.isWeak && a.isAtomic == b.isAtomic &&
+         a.argumentCount == b.argumentCount && isSameText(a.name, b.name) && isSameText(a.text, b.text) &&
+         isSameText(a.setterName, b.setterName);
+}
+
+SEL selectorOf(const Statement& operation) {
+  return operation.text ? SEL(operation.text)
+                        : SEL(std::string(operation.name) + std::string(operation.argumentCount, ':'));
+}
+
+Property propertyOf(const Statement& statement, const Class& owner) {
+  return {.name = permanentText(statement.name),
+          .typeName = permanentText(statement.text),
+          .setterName = statement.setterName ? permanentText(statement.setterName) : NSString(),
+          .owner = &owner,
+          .isReadOnly = statement.set == nullptr,
+          .isComputed = statement.isComputed,
+          .isWeak = statement.isWeak,
+          .isAtomic = statement.isAtomic,
+          .objectClass = statement.objectClass,
+          .get = statement.get,
+          .set = statement.set};
+}
+
+}  // namespace
 
 struct ClassRegistry {
+  using Classes = std::vector<const Class*>;
+  using Names = std::unordered_map<NSString, Classes>;
+
   static ClassRegistry& shared() {
     static auto& registry = *new ClassRegistry;
     return registry;
   }
 
-  const Class* find(const NSString& name) NK_EXCLUDES(mutex) {
-    MutexLock lock(mutex);
-    const auto found = byName.find(name);
-    return found == byName.end() ? nullptr : found->second;
+  static void take(Class& made, const Statement& statement) {
+    switch (statement.kind) {
+      case StatementKind::Property: {
+        made.properties_.push_back(propertyOf(statement, made));
+        const Property& property = made.properties_.back();
+        made.selectors_.emplace_back(property.name);
+        if (!property.setterName.empty()) made.selectors_.emplace_back(property.setterName + ":");
+        break;
+      }
+      case StatementKind::Method:
+        made.methods_.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
+        made.selectors_.push_back(made.methods_.back().selector);
+        break;
+      case StatementKind::ClassMethod:
+        made.classMethods_.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
+        break;
+      case StatementKind::Dependency:
+        made.tables_->dependencies.emplace_back(permanentText(statement.name), permanentText(statement.text));
+        break;
+      case StatementKind::ClassName:
+        break;
+    }
   }
 
-  /// Completes the class outside the lock, since describing it may touch other classes.
-  static Class* build(const ClassStatement& statement) {
+  static Class* build(const ClassDefinition& definition) {
     auto* made = new Class;
-    made->name_ = permanentText(statement.name);
-    made->type_ = statement.type;
-    made->superclass_ = statement.superclass;
-    made->makeObject_ = statement.makeObject;
-    made->answersKeysItself_ = statement.answersKeysItself;
-    ClassBuilder builder(*made);
-    if (statement.describe) statement.describe(builder);
+    made->name_ = permanentText(definition.name);
+    made->qualifiedName_ = definition.type ? permanentText(kernel::demangled(definition.type->name())) : made->name_;
+    made->type_ = definition.type;
+    made->objectSize_ = definition.objectSize;
+    made->superclass_ = definition.superclass;
+    made->makeObject_ = definition.makeObject;
+    made->answersKeysItself_ = definition.answersKeysItself;
+    made->tables_->statements = definition.statements;
+    for (const Statement& statement : definition.statements) take(*made, statement);
     for (Property& property : made->properties_) made->tables_->properties[property.name] = &property;
     for (Method& method : made->methods_) made->tables_->methods[method.selector] = &method;
     for (Method& method : made->classMethods_) made->tables_->classMethods[method.selector] = &method;
     return made;
   }
 
-  /// `known` where it is the class that is stated, in this shared object or another; two classes under one name would
-  /// each be handed objects of the other.
-  static const Class& same(const Class& known, const ClassStatement& statement) {
-    if (*known.type_ == *statement.type) return known;
-    NSException::raise(NSInternalInconsistencyException, std::string("two C++ classes state the class name \"") +
-                                                             statement.name +
-                                                             "\": " + kernel::demangled(known.type_->name()) + " and " +
-                                                             kernel::demangled(statement.type->name()));
+  static bool isSame(const Class& a, const Class& b) {
+    return isSameType(a.type_, b.type_) && a.objectSize_ == b.objectSize_ &&
+           std::ranges::equal(a.tables_->statements, b.tables_->statements, isSameStatement);
   }
 
-  const Class& define(const ClassStatement& statement) NK_EXCLUDES(mutex) {
-    if (const Class* known = find(NSString(statement.name))) return same(*known, statement);
-    Class* made = build(statement);
+  const Class& define(const ClassDefinition& definition) NK_EXCLUDES(mutex) {
+    // Outside the lock: dlopen, which keepLoaded calls, runs code that defines classes.
+    if (!definition.statements.empty()) kernel::keepLoaded(definition.statements.data());
+    Class* made = build(definition);
     const Class* registered = enter(made);
-    if (registered == made) return *made;
-    delete made;
-    return same(*registered, statement);
+    if (registered != made) delete made;
+    return *registered;
   }
 
-  /// The class of the name: `made`, unless another thread was faster.
+  /// `made`, or the same class that is registered already.
   const Class* enter(const Class* made) NK_EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    const auto [entry, isNew] = byName.emplace(made->name_, made);
-    if (isNew) inOrder.push_back(made);
-    return entry->second;
+    Classes& sameName = byName[made->name_];
+    for (const Class* known : sameName) {
+      if (isSame(*known, *made)) return known;
+    }
+    sameName.push_back(made);
+    byQualifiedName[made->qualifiedName_].push_back(made);
+    inOrder.push_back(made);
+    if (sameName.size() > 1) {
+      for (const Class* each : sameName) each->sharesName_.storeRelaxed(true);
+    }
+    return made;
+  }
+
+  Classes allNamed(const NSString& name) NK_EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    return classesNamed(name);
+  }
+
+  const Class* named(const NSString& name) NK_EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const Classes& found = classesNamed(name);
+    return found.size() == 1 ? found[0] : nullptr;
+  }
+
+  const Classes& classesNamed(const NSString& name) const NK_REQUIRES(mutex) {
+    if (name.hasPrefix("::")) return entry(byQualifiedName, name.substringFromIndex(2));
+    const Classes& found = entry(byName, name);
+    return found.empty() ? entry(byQualifiedName, name) : found;
+  }
+
+  static const Classes& entry(const Names& names, const NSString& name) {
+    static const auto& none = *new Classes;
+    const auto found = names.find(name);
+    return found == names.end() ? none : found->second;
   }
 
   Mutex mutex;
-  std::unordered_map<NSString, const Class*> byName NK_GUARDED_BY(mutex);
-  std::vector<const Class*> inOrder NK_GUARDED_BY(mutex);
+  Names byName NK_GUARDED_BY(mutex), byQualifiedName NK_GUARDED_BY(mutex);
+  Classes inOrder NK_GUARDED_BY(mutex);
 };
 
-const Class& defineClass(const ClassStatement& statement) { return ClassRegistry::shared().define(statement); }
+const Class& defineClass(const ClassDefinition& definition) { return ClassRegistry::shared().define(definition); }
 
-namespace {
-
-SEL selectorOf(const char* name, const char* selector, std::size_t argumentCount) {
-  return selector ? SEL(selector) : SEL(std::string(name) + std::string(argumentCount, ':'));
-}
-
-void keepNames(Property& property) {
-  for (NSString* name : {&property.name, &property.typeName, &property.setterName}) *name = permanentText(*name);
-}
-
-}  // namespace
-
-void ClassBuilder::property(Property property) {
-  keepNames(property);
-  property.owner = &class_;
-  class_.selectors_.emplace_back(property.name);
-  if (!property.setterName.empty()) class_.selectors_.emplace_back(property.setterName + ":");
-  class_.properties_.push_back(std::move(property));
-}
-
-void ClassBuilder::method(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
-  const SEL stated = selectorOf(name, selector, argumentCount);
-  class_.methods_.push_back({stated, argumentCount, &class_, invoke});
-  class_.selectors_.push_back(stated);
-}
-
-void ClassBuilder::classMethod(const char* name, const char* selector, std::size_t argumentCount, Invoke invoke) {
-  class_.classMethods_.push_back({selectorOf(name, selector, argumentCount), argumentCount, &class_, invoke});
-}
-
-void ClassBuilder::dependency(const char* key, const char* affectedBy) {
-  class_.tables_->dependencies.emplace_back(permanentText(key), permanentText(affectedBy));
-}
-
-CategoryProperty::CategoryProperty(const Class& extended, Property property) {
+CategoryProperty::CategoryProperty(const Class& extended, const Statement& statement) {
   auto& c = const_cast<Class&>(extended);
-  keepNames(property);
-  property.owner = &extended;
+  if (c.tables_->properties.contains(statement.name)) {
+    kernel::writeSystemLog("The property \"" + std::string(statement.name) + "\" that a category adds to the class " +
+                           c.qualifiedName_.str() + " is not used, because the class has one of that name");
+    return;
+  }
+  kernel::keepLoaded(statement.name);
   // Kept apart from the class's own list, whose elements must not move.
-  const auto* kept = new Property(std::move(property));
+  const auto* kept = new Property(propertyOf(statement, extended));
   c.tables_->properties[kept->name] = kept;
   c.categoryProperties_.push_back(kept);
+}
+
+std::string sharedNameProblem(const NSString& name) {
+  const std::vector<const Class*> classes = Class::allNamed(name);
+  if (classes.size() < 2) return {};
+  std::vector<std::string> names;
+  for (const Class* each : classes) names.push_back(each->qualifiedName().str());
+  std::ranges::sort(names);
+  std::string problem = std::to_string(names.size()) + " classes are named \"" + name.str() + "\": " + names[0];
+  for (std::size_t i = 1; i < names.size(); ++i) problem += ", " + names[i];
+  return problem + "; NK_CLASS_NAME gives one of them another name";
 }
 
 void checkArgumentCount(std::size_t wanted, std::size_t given) {
@@ -212,7 +286,18 @@ Value Class::performClassOperation(SEL selector, std::span<const Value> argument
 
 Ref<NSObject> Class::makeObject() const { return makeObject_ ? makeObject_() : nullptr; }
 
-const Class* Class::named(const NSString& name) noexcept { return detail::ClassRegistry::shared().find(name); }
+NSString Class::distinctName() const {
+  if (!sharesName()) return name_;
+  // The C++ name may be what NK_CLASS_NAME states for another class, or be the shared name itself.
+  const NSString fromOutside = "::" + qualifiedName_;
+  return named(qualifiedName_) != this && named(fromOutside) == this ? fromOutside : qualifiedName_;
+}
+
+const Class* Class::named(const NSString& name) { return detail::ClassRegistry::shared().named(name); }
+
+std::vector<const Class*> Class::allNamed(const NSString& name) {
+  return detail::ClassRegistry::shared().allNamed(name);
+}
 
 std::vector<const Class*> Class::all() {
   auto& registry = detail::ClassRegistry::shared();

@@ -3,15 +3,22 @@
 //   const Class& c = Payslip::staticClass();
 //   c.name();                                   // "Payslip"
 //   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
-//   Class::named("Payslip") == &c;              // one Class per name and process
+//   Class::named("Payslip") == &c;              // also "pay::Payslip", its C++ name
 //
 // Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may
-// be read on any thread. One class may be stated in many shared objects (its header is enough): the first registers it.
-// Two different C++ classes must not state one name: the second raises NSInternalInconsistencyException, which as its
-// shared object is loaded ends the process, saying which two they are.
+// be read on any thread. A shared object that registers a class is not unloaded by dlclose, because objects, properties
+// and operations of the class refer to it.
+//
+// One C++ class is one Class, though it is stated in several shared objects (its header is enough): the first registers
+// it. They are one class if their C++ names with namespaces are equal and so are their sizes and statements. A class in
+// an anonymous namespace is another one in each file.
+//
+// Different classes may have one name: pay::Row and hr::Row, or the instances of a class template. That name alone then
+// finds none of them, and archives hold their C++ names. NK_CLASS_NAME gives a class another name.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/object/SEL.h"
 #include "NorvikCore/platform/object/Value.h"
@@ -26,7 +33,6 @@ class Class;
 class NSObject;
 
 namespace detail {
-class ClassBuilder;
 struct CategoryProperty;
 struct ClassRegistry;
 }  // namespace detail
@@ -57,7 +63,15 @@ class NK_EXPORT Class {
   Class(const Class&) = delete;
   Class& operator=(const Class&) = delete;
 
+  /// The name of the C++ class without namespaces and template arguments, or the one that NK_CLASS_NAME states.
   [[nodiscard]] const NSString& name() const noexcept { return name_; }
+  /// The C++ name: "pay::Row", "pay::Box<int>", "(anonymous namespace)::Row". The classes of values have their name.
+  [[nodiscard]] const NSString& qualifiedName() const noexcept { return qualifiedName_; }
+  /// Another class has this name too.
+  [[nodiscard]] bool sharesName() const noexcept { return sharesName_.loadRelaxed(); }
+  /// A name that tells the class from others, and with which named() finds it: its name, or where that is shared the
+  /// C++ name ("::Row" outside of namespaces). Classes of one name in anonymous namespaces are not told apart.
+  [[nodiscard]] NSString distinctName() const;
   /// Null for a root class.
   [[nodiscard]] const Class* superclass() const noexcept { return superclass_; }
   /// True for the class itself too.
@@ -93,8 +107,11 @@ class NK_EXPORT Class {
   /// A new object made without arguments; empty where the class cannot be made so.
   [[nodiscard]] Ref<NSObject> makeObject() const;
 
-  /// The class of that name, or null.
-  [[nodiscard]] static const Class* named(const NSString& name) noexcept;
+  /// The one class of that name; where there is none, the one class of that C++ name. Null where there is none, and
+  /// where several classes share the name. A name that begins with "::" is a C++ name.
+  [[nodiscard]] static const Class* named(const NSString& name);
+  /// All of them, in the order of their registration.
+  [[nodiscard]] static std::vector<const Class*> allNamed(const NSString& name);
   /// Every class of the process, in the order of their registration.
   [[nodiscard]] static std::vector<const Class*> all();
 
@@ -103,15 +120,16 @@ class NK_EXPORT Class {
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const Class& value);
 
  private:
-  friend class detail::ClassBuilder;
   friend struct detail::CategoryProperty;
   friend struct detail::ClassRegistry;
   struct Tables;
   Class();
   ~Class();
 
-  NSString name_;
+  NSString name_, qualifiedName_;
+  mutable detail::AtomicWord<bool> sharesName_{false};
   const std::type_info* type_ = nullptr;
+  std::size_t objectSize_ = 0;
   const Class* superclass_ = nullptr;
   std::vector<Property> properties_;
   std::vector<Method> methods_, classMethods_;

@@ -42,7 +42,7 @@ NSObject::~NSObject() = default;
 bool NSObject::init() { return true; }
 
 const Class& NSObject::staticClass() {
-  static const Class& stated = detail::defineClass({"NSObject", &typeid(NSObject), nullptr, nullptr, nullptr});
+  static const Class& stated = detail::defineClass({.name = "NSObject", .type = &typeid(NSObject)});
   return stated;
 }
 

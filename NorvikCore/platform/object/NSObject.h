@@ -38,7 +38,11 @@ enum NSKeyValueObservingOptions : std::uint64_t;
 
 namespace detail {
 struct ObjectAccess;
-}
+template <class>
+struct NotAbove;
+template <class>
+struct StatedClass;
+}  // namespace detail
 
 class NK_EXPORT NSObject {
  public:
@@ -111,6 +115,7 @@ class NK_EXPORT NSObject {
 
  private:
   friend struct detail::ObjectAccess;
+  friend detail::StatedClass<NSObject> nk_stated_(const NSObject*, detail::NotAbove<NSObject>);
 
   static constexpr std::uint32_t observedFlag = 1;
   static constexpr std::uint32_t permanentFlag = 2;  ///< it lives as long as the process

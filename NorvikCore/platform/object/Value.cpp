@@ -15,7 +15,7 @@ namespace detail {
 namespace {
 
 const Class& valueClass(const char* name, const Class& superclass) {
-  return defineClass({name, nullptr, &superclass, nullptr, nullptr});
+  return defineClass({.name = name, .superclass = &superclass});
 }
 
 struct ValueClasses {

@@ -6,6 +6,25 @@
 #include "tests/support/ExpectRaises.h"
 
 namespace norvik {
+
+namespace pay {
+class Rounding : public NSValueTransformer {
+  NK_OBJECT(Rounding, NSValueTransformer)
+};
+class Doubling : public NSValueTransformer {
+  NK_OBJECT(Doubling, NSValueTransformer)
+};
+}  // namespace pay
+
+namespace hr {
+class Rounding : public NSValueTransformer {
+  NK_OBJECT(Rounding, NSValueTransformer)
+};
+class Doubling : public NSObject {
+  NK_OBJECT(Doubling, NSObject)
+};
+}  // namespace hr
+
 namespace {
 
 class PenniesToPounds : public NSValueTransformer {
@@ -62,6 +81,14 @@ TEST(NSValueTransformer, TheNameOfATransformerClassGetsOneOfItAndKeepsIt) {
   EXPECT_EQ(NSValueTransformer::valueTransformerForName("Negation"), made);
   EXPECT_FALSE(NSValueTransformer::valueTransformerForName("NSArray"));
   EXPECT_FALSE(NSValueTransformer::valueTransformerForName("NeedsArguments"));
+}
+
+TEST(NSValueTransformer, TheNameOfSeveralTransformerClassesGetsNone) {
+  EXPECT_FALSE(NSValueTransformer::valueTransformerForName("Rounding"));
+  EXPECT_TRUE(NSValueTransformer::valueTransformerForName("norvik::pay::Rounding"));
+  const auto doubling = NSValueTransformer::valueTransformerForName("Doubling");
+  ASSERT_TRUE(doubling) << "the other class of that name is no transformer";
+  EXPECT_EQ(&doubling->classObject(), &pay::Doubling::staticClass());
 }
 
 TEST(NSValueTransformer, ANameIsGivenAnewAndTakenAway) {

@@ -1,6 +1,8 @@
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 
+#include "NorvikCore/platform/archives/NSArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/archives/NSUnarchiver.h"
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableData.h"
@@ -14,7 +16,70 @@
 #include <limits>
 
 namespace norvik {
+
+namespace pay {
+class CodedRow : public NSObject, public NSCoding {
+  NK_OBJECT(CodedRow, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+class CodedCell : public NSObject, public NSCoding {
+  NK_OBJECT(CodedCell, NSObject)
+  NK_CODING
+  NK_CLASS_NAME("pay.CodedCell")
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+}  // namespace pay
+
+namespace hr {
+class CodedRow : public NSObject, public NSCoding {
+  NK_OBJECT(CodedRow, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+class CodedCell : public NSObject, public NSCoding {
+  NK_OBJECT(CodedCell, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+class CodedRo : public NSObject, public NSCoding {
+  NK_OBJECT(CodedRo, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+}  // namespace hr
+
 namespace {
+
+/// NSKeyedArchiver_other_file.cpp has one too.
+class CodedHidden : public NSObject, public NSCoding {
+  NK_OBJECT(CodedHidden, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+class CodedCow : public NSObject, public NSCoding {
+  NK_OBJECT(CodedCow, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+class CodedWithALongerNam : public NSObject, public NSCoding {
+  NK_OBJECT(CodedWithALongerNam, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
 
 class CodedSlip : public NSObject, public NSCoding {
   NK_OBJECT(CodedSlip, NSObject)
@@ -241,6 +306,60 @@ TEST(NSKeyedArchiver, NestingIsBoundedOnBothSides) {
   for (int i = 1; i < 512; ++i) chain = slip(1, chain);
   EXPECT_TRUE(thereAndBack(chain).isObject());
   EXPECT_RAISES((void)thereAndBack(slip(1, chain)), "NSInvalidArchiveOperationException");
+}
+
+/// What is raised is of this kind and says this.
+template <class Work>
+void expectRefusal(Work&& work, const char* name, const std::string& reason) {
+  try {
+    work();
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const NSException& refusal) {
+    EXPECT_EQ(refusal.name(), name);
+    EXPECT_NE(refusal.reason().str().find(reason), std::string::npos) << refusal.reason();
+  }
+}
+
+TEST(NSKeyedArchiver, OfClassesThatShareANameTheCppNameIsWrittenAndRead) {
+  for (const Ref<NSObject>& row : {Ref<NSObject>(make<pay::CodedRow>()), Ref<NSObject>(make<hr::CodedRow>())}) {
+    const auto data = NSKeyedArchiver::archivedDataWithRootObject(row);
+    EXPECT_NE(data->text().find(row->classObject().qualifiedName().view()), std::string_view::npos);
+    const Value read = NSKeyedUnarchiver::unarchiveObjectWithData(*data);
+    EXPECT_EQ(&read.object()->classObject(), &row->classObject());
+    EXPECT_EQ(
+        &NSUnarchiver::unarchiveObjectWithData(*NSArchiver::archivedDataWithRootObject(row)).object()->classObject(),
+        &row->classObject());
+  }
+}
+
+TEST(NSKeyedArchiver, ACppNameIsReadAlsoWhereTheNameIsNotSharedAnyMore) {
+  std::string bytes(NSKeyedArchiver::archivedDataWithRootObject(make<CodedWithALongerNam>())->text());
+  bytes.replace(bytes.find("CodedWithALongerNam"), 19, "norvik::hr::CodedRo");
+  const Value read = NSKeyedUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(bytes));
+  EXPECT_EQ(&read.object()->classObject(), &hr::CodedRo::staticClass());
+}
+
+TEST(NSKeyedArchiver, ASharedNameThatWasWrittenWhereOneClassHadItIsRefusedWithTheClasses) {
+  std::string bytes(NSKeyedArchiver::archivedDataWithRootObject(make<CodedCow>())->text());
+  bytes.replace(bytes.find("CodedCow"), 8, "CodedRow");
+  expectRefusal(
+      [&] { (void)NSKeyedUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(bytes)); },
+      "NSInvalidUnarchiveOperationException",
+      "2 classes are named \"CodedRow\": norvik::hr::CodedRow, norvik::pay::CodedRow; NK_CLASS_NAME gives one "
+      "of them another name");
+}
+
+TEST(NSKeyedArchiver, ClassesWithoutADistinctNameAreRefused) {
+  expectRefusal([] { (void)NSKeyedArchiver::archivedDataWithRootObject(make<CodedHidden>()); },
+                "NSInvalidArchiveOperationException",
+                "2 classes are named \"norvik::(anonymous namespace)::CodedHidden\"");
+}
+
+TEST(NSKeyedArchiver, AnExplicitNameTellsClassesOfOneNameApart) {
+  const auto data = NSKeyedArchiver::archivedDataWithRootObject(make<pay::CodedCell>());
+  EXPECT_NE(data->text().find("pay.CodedCell"), std::string::npos);
+  const Value read = NSKeyedUnarchiver::unarchiveObjectWithData(*data);
+  EXPECT_EQ(&read.object()->classObject(), &pay::CodedCell::staticClass());
 }
 
 }  // namespace

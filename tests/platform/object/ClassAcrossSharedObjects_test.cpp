@@ -18,7 +18,7 @@ TEST(ClassAcrossSharedObjects, ALoadedObjectsClassesJoinTheListAndOneNameIsOneCl
   const Class* loaded = Class::named("OnlyInThePlugin");
   ASSERT_NE(loaded, nullptr);
   const auto after = Class::all();
-  EXPECT_EQ(after.size(), before.size() + 1) << "the class stated in both counts once";
+  EXPECT_EQ(after.size(), before.size() + 2) << "a class stated in both counts once, its other version too";
   EXPECT_EQ(std::ranges::count(after, loaded), 1);
   EXPECT_EQ(loaded->performClassOperation("answer"), Value(42));
   EXPECT_EQ(loaded->superclass(), &StatedTwice::staticClass());
@@ -31,8 +31,26 @@ TEST(ClassAcrossSharedObjects, ALoadedObjectsClassesJoinTheListAndOneNameIsOneCl
   ASSERT_NE(hidden, nullptr);
   EXPECT_EQ(hidden(), &HiddenOnBothSides::staticClass());
 
+  // Its header says something else to the shared object: it is another class there.
+  const auto older = reinterpret_cast<const void* (*)()>(dlsym(plugin, "olderInThePlugin"));
+  ASSERT_NE(older, nullptr);
+  EXPECT_NE(older(), &OtherVersionOnBothSides::staticClass());
+  EXPECT_EQ(Class::named("OtherVersionOnBothSides"), nullptr);
+  EXPECT_EQ(Class::allNamed("OtherVersionOnBothSides").size(), 2u);
+
   const Ref<NSObject> made = loaded->makeObject();
   ASSERT_TRUE(made);
   made->setValue_forKey(Value(7), "number");
   EXPECT_EQ(made->valueForKey("number"), Value(7));
+}
+
+TEST(ClassAcrossSharedObjects, ASharedObjectThatRegistersAClassIsNotUnloaded) {
+  void* plugin = dlopen(NORVIK_HIDING_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(plugin, nullptr) << dlerror();
+  const Class* loaded = Class::named("OnlyInTheHidingPlugin");
+  ASSERT_NE(loaded, nullptr);
+  EXPECT_EQ(dlclose(plugin), 0);
+  ASSERT_NE(dlopen(NORVIK_HIDING_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was unloaded";
+  EXPECT_EQ(loaded->performClassOperation("answer"), Value(43));
+  EXPECT_TRUE(loaded->makeObject());
 }

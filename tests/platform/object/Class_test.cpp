@@ -8,9 +8,68 @@
 #include <algorithm>
 #include <array>
 
+#include <vector>
+
 using namespace norvik;
 
+namespace pay {
+
+class Row : public NSObject {
+  NK_OBJECT(Row, NSObject)
+  NK_PROPERTY(Decimal, gross, setGross)
+};
+
+class Cell : public NSObject {
+  NK_OBJECT(Cell, NSObject)
+  NK_PROPERTY(int, width, setWidth)
+  NK_CLASS_NAME("pay.Cell")
+};
+
+class WideCell : public Cell {
+  NK_OBJECT(WideCell, Cell)
+};
+
+template <class T>
+class Box : public NSObject {
+  NK_OBJECT(Box, NSObject)
+  NK_PROPERTY(T, content, setContent)
+};
+
+Ref<NSObject> neverCalled();
+Ref<NSObject> neverCalled() { return make<Box<double>>(); }
+
+}  // namespace pay
+
+namespace hr {
+
+class Row : public NSObject {
+  NK_OBJECT(Row, NSObject)
+  NK_PROPERTY(int, grade, setGrade)
+};
+
+class Cell : public NSObject {
+  NK_OBJECT(Cell, NSObject)
+};
+
+class Outside : public NSObject {
+  NK_OBJECT(Outside, NSObject)
+};
+
+}  // namespace hr
+
+class Outside : public NSObject {
+  NK_OBJECT(Outside, NSObject)
+};
+
+/// Of Class_other_file.cpp.
+const Class& localOfTheOtherFile();
+
 namespace {
+
+class Local : public NSObject {
+  NK_OBJECT(Local, NSObject)
+  NK_PROPERTY(int, here, setHere)
+};
 
 class Employee : public NSObject {
   NK_OBJECT(Employee, NSObject)
@@ -63,20 +122,100 @@ TEST(Class, KnowsItsNameAndSuperclass) {
   EXPECT_EQ(&make<Manager>()->classObject(), &Manager::staticClass());
 }
 
-TEST(Class, OneNameIsNotForTwoCppClasses) {
-  // What a second class named Employee would do as its statements are registered.
-  try {
-    detail::defineClass({"Employee", &typeid(Manager), &NSObject::staticClass(), nullptr, nullptr});
-    FAIL() << "the name is taken";
-  } catch (const NSException& refusal) {
-    EXPECT_EQ(refusal.name(), "NSInternalInconsistencyException");
-    EXPECT_EQ(refusal.reason(),
-              "two C++ classes state the class name \"Employee\": (anonymous namespace)::Employee and (anonymous "
-              "namespace)::Manager");
+TEST(Class, ClassesOfOneNameStandSideBySide) {
+  const Class& pay = pay::Row::staticClass();
+  const Class& hr = hr::Row::staticClass();
+  EXPECT_NE(&pay, &hr);
+  for (const Class* c : {&pay, &hr}) {
+    EXPECT_EQ(c->name(), "Row");
+    EXPECT_TRUE(c->sharesName());
   }
-  EXPECT_EQ(Class::named("Employee"), &Employee::staticClass());
-  EXPECT_EQ(&detail::defineClass({"Employee", &typeid(Employee), nullptr, nullptr, nullptr}), &Employee::staticClass())
-      << "the same class is welcome any number of times";
+  EXPECT_EQ(pay.qualifiedName(), "pay::Row");
+  EXPECT_EQ(hr.qualifiedName(), "hr::Row");
+  EXPECT_NE(pay.property("gross"), nullptr);
+  EXPECT_EQ(pay.property("grade"), nullptr);
+  EXPECT_NE(hr.property("grade"), nullptr);
+  EXPECT_EQ(&make<hr::Row>()->classObject(), &hr);
+  EXPECT_FALSE(Employee::staticClass().sharesName());
+}
+
+TEST(Class, ASharedNameFindsNoneOfItsClassesAndTheCppNameFindsEach) {
+  EXPECT_EQ(Class::named("Row"), nullptr);
+  EXPECT_EQ(Class::named("pay::Row"), &pay::Row::staticClass());
+  EXPECT_EQ(Class::named("::hr::Row"), &hr::Row::staticClass());
+  EXPECT_EQ(Class::named("norvik::Row"), nullptr);
+  EXPECT_EQ(Class::named("::Row"), nullptr);
+  EXPECT_EQ(Class::named("::"), nullptr);
+  EXPECT_EQ(Class::named(""), nullptr);
+  const auto rows = Class::allNamed("Row");
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_TRUE(std::ranges::count(rows, &pay::Row::staticClass()) && std::ranges::count(rows, &hr::Row::staticClass()));
+  EXPECT_EQ(Class::allNamed("hr::Row"), std::vector<const Class*>{&hr::Row::staticClass()});
+  EXPECT_TRUE(Class::allNamed("Nobody").empty());
+}
+
+TEST(Class, ADistinctNameIsTheNameUnlessSeveralClassesShareIt) {
+  EXPECT_EQ(Employee::staticClass().distinctName(), "Employee");
+  EXPECT_EQ(pay::Row::staticClass().distinctName(), "pay::Row");
+  EXPECT_EQ(Outside::staticClass().distinctName(), "::Outside");
+  EXPECT_EQ(Class::named("::Outside"), &Outside::staticClass());
+  EXPECT_EQ(Class::named("Outside"), nullptr);
+}
+
+TEST(Class, AStatedNameStandsInForThatOfTheCppClassAndIsNotInherited) {
+  const Class& c = pay::Cell::staticClass();
+  EXPECT_EQ(c.name(), "pay.Cell");
+  EXPECT_EQ(Class::named("pay.Cell"), &c);
+  EXPECT_EQ(Class::named("pay::Cell"), &c);
+  EXPECT_EQ(Class::named("Cell"), &hr::Cell::staticClass()) << "the only one of that name";
+  EXPECT_FALSE(c.sharesName());
+  EXPECT_EQ(pay::WideCell::staticClass().name(), "WideCell");
+}
+
+TEST(Class, EachInstanceOfAClassTemplateIsAClassOfItsOwn) {
+  const Class& numbers = pay::Box<int>::staticClass();
+  const Class& texts = pay::Box<NSString>::staticClass();
+  EXPECT_NE(&numbers, &texts);
+  EXPECT_EQ(numbers.name(), "Box");
+  EXPECT_EQ(numbers.qualifiedName(), "pay::Box<int>");
+  const auto box = make<pay::Box<NSString>>();
+  box->setValue_forKey("Z", "content");
+  EXPECT_EQ(box->content(), "Z");
+  EXPECT_EQ(Class::named("Box"), nullptr);
+  EXPECT_EQ(Class::named("pay::Box<int>"), &numbers);
+}
+
+TEST(Class, AnInstanceOfAClassTemplateIsKnownBeforeItIsUsed) { EXPECT_NE(Class::named("pay::Box<double>"), nullptr); }
+
+TEST(Class, ClassesOfAnonymousNamespacesAreOneInEachFile) {
+  const Class& here = Local::staticClass();
+  const Class& there = localOfTheOtherFile();
+  EXPECT_NE(&here, &there);
+  EXPECT_EQ(there.qualifiedName(), "(anonymous namespace)::Local");
+  EXPECT_NE(here.property("here"), nullptr);
+  EXPECT_NE(there.property("there"), nullptr);
+  EXPECT_EQ(Class::named("Local"), nullptr);
+  EXPECT_EQ(Class::named("(anonymous namespace)::Local"), nullptr);
+  EXPECT_EQ(Class::allNamed("Local").size(), 2u);
+}
+
+TEST(Class, ADefinitionOfTheSameTypeSizeAndStatementsIsTheSameClass) {
+  static constexpr detail::Statement statements[] = {{.name = "count", .text = "int"}};
+  static constexpr detail::Statement others[] = {{.name = "amount", .text = "int"}};
+  const detail::ClassDefinition definition{.name = "Versioned",
+                                           .type = &typeid(int),
+                                           .objectSize = 8,
+                                           .superclass = &NSObject::staticClass(),
+                                           .statements = statements};
+  const Class& first = detail::defineClass(definition);
+  EXPECT_EQ(&detail::defineClass(definition), &first);
+  auto other = definition;
+  other.objectSize = 16;
+  EXPECT_NE(&detail::defineClass(other), &first) << "another version of the class, which has another size";
+  other = definition;
+  other.statements = others;
+  EXPECT_NE(&detail::defineClass(other), &first) << "another version of the class, which has another property";
+  EXPECT_EQ(Class::allNamed("Versioned").size(), 3u);
 }
 
 TEST(Class, ListsPropertiesAndOperationsInDeclaredOrder) {

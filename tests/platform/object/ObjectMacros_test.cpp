@@ -1,11 +1,13 @@
 #include "NorvikCore/platform/object/ObjectMacros.h"
 
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/object/Block.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -34,7 +36,200 @@ class ButtonWatcher : public NSObject {
   std::vector<std::string> heard;
 };
 
+class Dial : public Button {
+  NK_OBJECT(Dial, Button)
+  NK_COMPUTED_PROPERTY_WITH_SETTER(int, turns, setTurns)
+  const int& turns() const noexcept { return turns_; }
+  void setTurns(const int& turns) noexcept { turns_ = turns; }
+  NK_COMPUTED_PROPERTY(NSString, caption)
+  NSString caption() const { return "dial"; }
+  NK_AFFECTED_BY(caption, turns)
+  NK_AFFECTED_BY(caption, press)
+  NK_AFFECTED_BY(caption, next)
+  int press() { return 1; }
+  NK_METHOD(press)
+
+ private:
+  int turns_ = 0;
+};
+
+// Several statements in a line are what is tested.
+// clang-format off
+/// What other macros use inside a class leaves the statements as they are.
+#define NK_TEST_COUNTER(a) [[maybe_unused]] static constexpr int counter##a = __COUNTER__;
+#define NK_TEST_COUNTERS(a)                                                              \
+  NK_TEST_COUNTER(a##0) NK_TEST_COUNTER(a##1) NK_TEST_COUNTER(a##2) NK_TEST_COUNTER(a##3) \
+  NK_TEST_COUNTER(a##4) NK_TEST_COUNTER(a##5) NK_TEST_COUNTER(a##6) NK_TEST_COUNTER(a##7)
+
+class Crowded : public NSObject {
+  NK_OBJECT(Crowded, NSObject)
+  NK_PROPERTY(int, first, setFirst)
+  NK_TEST_COUNTERS(a) NK_TEST_COUNTERS(b) NK_TEST_COUNTERS(c)
+  NK_PROPERTY(int, second, setSecond) NK_PROPERTY(int, third, setThird) NK_METHOD(work) NK_METHOD_AS(work, "toil")
+  NK_PROPERTY(std::map<int, std::vector<int>>, hours, setHours)
+  void work() {}
+  NK_METHOD_AS(add<int>, "add:")
+  template <class T>
+  T add(T amount) {
+    return first() + amount;
+  }
+
+  class Inner : public NSObject {
+    NK_OBJECT(Inner, NSObject)
+    NK_PROPERTY(int, only, setOnly)
+  };
+
+ private:
+  NK_PROPERTY(int, secret, setSecret)
+  NK_COMPUTED_PROPERTY(int, twice)
+  int twice() const { return 2 * secret(); }
+
+ protected:
+  NK_READONLY_PROPERTY(int, last)
+};
+
+template <class T>
+class Holder : public T {
+  NK_OBJECT(Holder, T)
+  NK_PROPERTY(int, one, setOne) NK_PROPERTY(int, two, setTwo)
+  NK_WEAK_PROPERTY(Holder, next, setNext)
+  NK_AFFECTED_BY(one, two)
+  NK_COMPUTED_PROPERTY(int, sum)
+  int sum() const { return one() + two(); }
+};
+
+/// As many statements as there can be.
+class Full : public NSObject {
+  NK_OBJECT(Full, NSObject)
+  void work() {}
+#define NK_TEST_ONE(n) NK_METHOD_AS(work, #n)
+#define NK_TEST_5(n) NK_TEST_ONE(n##0) NK_TEST_ONE(n##1) NK_TEST_ONE(n##2) NK_TEST_ONE(n##3) NK_TEST_ONE(n##4)
+#define NK_TEST_25(n) NK_TEST_5(n##0) NK_TEST_5(n##1) NK_TEST_5(n##2) NK_TEST_5(n##3) NK_TEST_5(n##4)
+#define NK_TEST_125(n) NK_TEST_25(n##0) NK_TEST_25(n##1) NK_TEST_25(n##2) NK_TEST_25(n##3) NK_TEST_25(n##4)
+  NK_TEST_125(a) NK_TEST_125(b) NK_TEST_125(c) NK_TEST_125(d) NK_TEST_25(e) NK_TEST_25(f) NK_TEST_25(g)
+};
+// clang-format on
+
+template <class T>
+concept readsSecret = requires(const T& object) {
+  object.secret();
+};
+template <class T>
+concept readsLast = requires(const T& object) {
+  object.last();
+};
+
+std::vector<std::string> namesOf(const Class& c) {
+  std::vector<std::string> names;
+  for (const Property& property : c.properties()) names.push_back(property.name.utf8());
+  return names;
+}
+
+// What a category of Button is.
+int pressure(const Button&) { return 7; }
+std::map<const Button*, Decimal>& weights() {
+  static auto& all = *new std::map<const Button*, Decimal>;
+  return all;
+}
+Decimal weight(const Button& button) { return weights()[&button]; }
+void setWeight(Button& button, const Decimal& weight) {
+  button.willChangeValueForKey("weight");
+  weights()[&button] = weight;
+  button.didChangeValueForKey("weight");
+}
+Ref<Button> neighbour(const Button& button) { return button.next(); }
+void setNeighbour(Button& button, const Ref<Button>& neighbour) { button.setNext(neighbour); }
+std::map<int, int> presses(const Button&) { return {}; }
+
+NK_CATEGORY_READONLY_PROPERTY(Button, int, pressure)
+NK_CATEGORY_PROPERTY(Button, Decimal, weight, setWeight)
+NK_CATEGORY_PROPERTY(Button, Ref<Button>, neighbour, setNeighbour)
+NK_CATEGORY_READONLY_PROPERTY(Button, std::map<int, int>, presses)
+
 }  // namespace
+
+TEST(ObjectMacros, StatementsKeepTheirOrderWhateverStandsBetweenThem) {
+  EXPECT_EQ(namesOf(Crowded::staticClass()),
+            (std::vector<std::string>{"first", "second", "third", "hours", "secret", "twice", "last"}));
+  EXPECT_EQ(Crowded::staticClass().property("hours")->typeName, "std::map<int, std::vector<int>>");
+  EXPECT_EQ(Crowded::staticClass().methods().size(), 3u);
+  EXPECT_EQ(make<Crowded>()->performSelector("add:", 3), Value(3));
+  EXPECT_EQ(namesOf(Crowded::Inner::staticClass()), std::vector<std::string>{"only"});
+}
+
+TEST(ObjectMacros, APropertyInAPrivateSectionIsStatedAndStaysPrivate) {
+  const auto crowded = make<Crowded>();
+  crowded->setValue_forKey(21, "secret");
+  EXPECT_EQ(crowded->valueForKey("twice"), Value(42));
+  EXPECT_FALSE(readsSecret<Crowded> || readsLast<Crowded>);
+}
+
+TEST(ObjectMacros, AClassTemplateStatesLikeAClass) {
+  using Held = Holder<Crowded::Inner>;
+  EXPECT_EQ(namesOf(Held::staticClass()), (std::vector<std::string>{"one", "two", "next", "sum"}));
+  EXPECT_EQ(Held::staticClass().superclass(), &Crowded::Inner::staticClass());
+  EXPECT_EQ(Held::staticClass().keysAffecting("one"), std::vector<NSString>{"two"});
+  const auto held = make<Held>();
+  held->setOne(3);
+  held->setValue_forKey(4, "two");
+  EXPECT_EQ(held->valueForKey("sum"), Value(7));
+}
+
+TEST(ObjectMacros, AClassCanMake575Statements) {
+  const auto methods = Full::staticClass().methods();
+  ASSERT_EQ(methods.size(), 575u);
+  EXPECT_EQ(methods.front().selector, SEL("a000"));
+  EXPECT_EQ(methods[124].selector, SEL("a444"));
+  EXPECT_EQ(methods.back().selector, SEL("g44"));
+}
+
+TEST(ObjectMacros, ACategoryStatesPropertiesForFreeFunctions) {
+  const Class& c = Button::staticClass();
+  const auto button = make<Button>();
+  EXPECT_EQ(button->valueForKey("pressure"), Value(7));
+  EXPECT_TRUE(c.property("pressure")->isReadOnly);
+  EXPECT_RAISES(button->setValue_forKey(1, "pressure"), "NSUnknownKeyException");
+  const Property& weight = *c.property("weight");
+  EXPECT_EQ(weight.typeName, "Decimal");
+  EXPECT_EQ(weight.setterName, "setWeight");
+  EXPECT_EQ(weight.owner, &c);
+  EXPECT_TRUE(weight.isComputed);
+  EXPECT_FALSE(weight.isReadOnly);
+  const auto watcher = make<ButtonWatcher>();
+  button->addObserver(*watcher, "weight", NSKeyValueObservingOptionOld | NSKeyValueObservingOptionNew);
+  button->setValue_forKey(2.50_dec, "weight");
+  EXPECT_EQ(watcher->heard, std::vector<std::string>{"weight:0>2.50"});
+  EXPECT_RAISES(button->setValue_forKey(Value(), "weight"), "NSInvalidArgumentException");
+  EXPECT_EQ(&c.property("neighbour")->objectClass(), &c);
+  button->setValue_forKey(button, "neighbour");
+  EXPECT_EQ(button->next(), button);
+  button->setNext(nullptr);
+  EXPECT_EQ(c.property("presses")->typeName, "std::map<int, int>");
+  EXPECT_RAISES((void)button->valueForKey("presses"), "NSUnknownKeyException");
+  EXPECT_EQ(c.categoryProperties().size(), 4u);
+}
+
+TEST(ObjectMacros, ACategoryCannotReplaceAPropertyAndTheConsoleSaysSo) {
+  const Class& c = Button::staticClass();
+  const Property* first = c.property("pressure");
+  const kernel::SystemLogCapture console;
+  const detail::CategoryProperty again(c, {.name = "pressure", .text = "double", .isComputed = true});
+  EXPECT_EQ(c.property("pressure"), first);
+  EXPECT_EQ(c.categoryProperties().size(), 4u);
+  EXPECT_EQ(console.lines(),
+            std::vector<std::string>{"The property \"pressure\" that a category adds to the class (anonymous "
+                                     "namespace)::Button is not used, because the class has one of that name"});
+}
+
+TEST(ObjectMacros, AComputedPropertyIsWrittenThroughTheSetterOfItsClass) {
+  const auto dial = make<Dial>();
+  dial->setValue_forKey(7, "turns");
+  EXPECT_EQ(dial->valueForKey("turns"), Value(7));
+  EXPECT_EQ(Dial::staticClass().property("turns")->setterName, "setTurns");
+  EXPECT_FALSE(Dial::staticClass().property("turns")->isReadOnly);
+  EXPECT_RAISES(dial->setValue_forKey(Value(), "turns"), "NSInvalidArgumentException");
+  EXPECT_EQ(Dial::staticClass().keysAffecting("caption"), (std::vector<NSString>{"turns", "press", "next"}));
+}
 
 TEST(ObjectMacros, ASelectorIsReadAndWrittenByKeyAsItsName) {
   const auto button = make<Button>();

@@ -9,9 +9,9 @@
 // holders, and a child finds it free (kernel/Fork.h). Not recursive, not fair.
 #pragma once
 
+#include "NorvikCore/platform/kernel/BusyWord.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/kernel/internal/ForkGate.h"
-#include "NorvikCore/platform/object/Stated.h"
 
 namespace norvik::detail {
 

@@ -1,3 +1,4 @@
+#define NORVIK_IN_THE_PLUGIN
 #include "tests/platform/object/plugin/PluginClasses.h"
 
 namespace {
@@ -12,3 +13,4 @@ class OnlyInThePlugin : public StatedTwice {
 
 extern "C" NK_EXPORT const void* statedTwiceInThePlugin() { return &StatedTwice::staticClass(); }
 extern "C" NK_EXPORT const void* hiddenInThePlugin() { return &HiddenOnBothSides::staticClass(); }
+extern "C" NK_EXPORT const void* olderInThePlugin() { return &OtherVersionOnBothSides::staticClass(); }

@@ -12,3 +12,13 @@ class NK_EXPORT StatedTwice : public norvik::NSObject {
 class HiddenOnBothSides : public norvik::NSObject {
   NK_OBJECT(HiddenOnBothSides, NSObject)
 };
+
+/// Of another version in the shared object: not exported, or the two would be mixed up by the linker.
+class OtherVersionOnBothSides : public norvik::NSObject {
+  NK_OBJECT(OtherVersionOnBothSides, NSObject)
+#ifdef NORVIK_IN_THE_PLUGIN
+  NK_PROPERTY(int, older, setOlder)
+#else
+  NK_PROPERTY(double, newer, setNewer)
+#endif
+};

@@ -1,0 +1,58 @@
+// NorvikCore/platform/object/AnnouncedChange.h - a change of a key, and its announcement to the observers of its
+// object.
+//
+//   detail::changeProperty(*this, "limit", [&] { limit_.store(limit); });
+//
+// An object that is not observed pays one relaxed load.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/object/NSObject.h"
+
+#include <string_view>
+#include <vector>
+
+namespace norvik::detail {
+
+/// A change of one key, from its announcement to prior observers until all observers were notified. The object lives as
+/// long as its change. If it is destroyed before complete(), observers are not notified.
+class NK_EXPORT AnnouncedChange {
+ public:
+  /// `key` stays valid until the change is complete.
+  AnnouncedChange(NSObject& object, std::string_view key);
+  ~AnnouncedChange();
+  AnnouncedChange(const AnnouncedChange&) = delete;
+  AnnouncedChange& operator=(const AnnouncedChange&) = delete;
+
+  void complete();
+
+ private:
+  [[nodiscard]] const Value& oldValue(std::size_t index) const;
+
+  const Ref<NSObject> object_;
+  const std::string_view key_;
+  const Ref<const NSObject> observers_;  ///< those of the moment of the announcement
+  std::size_t oldValueCount_ = 0;        ///< of the observers that asked for it
+  Value firstOldValue_;
+  std::vector<Value> furtherOldValues_;
+};
+
+template <class Store>
+[[gnu::noinline]] void changeObservedProperty(NSObject& object, std::string_view key, Store&& store) {
+  AnnouncedChange change(object, key);
+  store();
+  change.complete();
+}
+
+/// Calls `store`, and announces the change of that key around it if the object is observed. The object must not be used
+/// afterwards: an observer may have released it.
+template <class Store>
+inline void changeProperty(NSObject& object, std::string_view key, Store&& store) {
+  if (!object.isObserved()) [[likely]] {
+    store();
+  } else {
+    changeObservedProperty(object, key, store);
+  }
+}
+
+}  // namespace norvik::detail

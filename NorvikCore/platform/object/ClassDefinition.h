@@ -1,0 +1,76 @@
+// NorvikCore/platform/object/ClassDefinition.h - how a class becomes known with its statements, or is refused.
+// NK_OBJECT uses it; users need not read it.
+#pragma once
+
+#include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/StatementTable.h"
+
+#include <concepts>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+
+namespace norvik::detail {
+
+struct ClassDefinition {
+  const char* name = nullptr;
+  const std::type_info* type = nullptr;  ///< null for the classes of values
+  std::size_t objectSize = 0;
+  const Class* superclass = nullptr;
+  Ref<NSObject> (*makeObject)() = nullptr;
+  bool answersKeysItself = false;
+  std::span<const Statement> statements{};  ///< a constant of the class's shared object
+};
+
+/// The class of that type; its first definition registers it.
+NK_EXPORT const Class& defineClass(const ClassDefinition& definition);
+
+/// Makes the class known when its shared object is loaded, used or not.
+struct ClassAtLoad {
+  explicit ClassAtLoad(const Class& (*theClass)()) { theClass(); }
+};
+
+/// Adds a property to a class that is stated elsewhere, when its shared object is loaded. If the class has a property
+/// of that name already, it keeps that one, and the system console says so.
+struct NK_EXPORT CategoryProperty {
+  CategoryProperty(const Class& extended, const Statement& statement);
+};
+
+template <class T>
+Ref<NSObject> makeDefault() {
+  return make<T>();
+}
+
+/// Neither T nor a class between it and NSObject has its own way of answering keys.
+template <class T>
+inline constexpr bool readsKeysAsNSObject = requires {
+  requires std::same_as<decltype(&T::valueForKey), decltype(&NSObject::valueForKey)>;
+  requires std::same_as<decltype(&T::valueForUndefinedKey), decltype(&NSObject::valueForUndefinedKey)>;
+};
+
+template <class T, class Superclass>
+const Class& defineClass() {
+  constexpr std::span<const Statement> statements = statementsOf<T>;
+  static_assert(!statesTwice(StatementKind::Property, statementsOf<T>), "a class states a property twice");
+  static_assert(!statesTwice(StatementKind::Method, statementsOf<T>), "a class states an operation twice");
+  static_assert(!statesTwice(StatementKind::ClassMethod, statementsOf<T>), "a class states a class operation twice");
+  if constexpr (states(StatementKind::Dependency, statementsOf<T>)) {
+    static_assert(!statesTwice(StatementKind::Dependency, statementsOf<T>), "a class states NK_AFFECTED_BY twice");
+    static_assert(!readsKeysAsNSObject<T> || statesKeysOfDependencies<T>(),
+                  "NK_AFFECTED_BY names a key that neither the class nor a class above it states");
+  }
+  static_assert(hasOneName(statements), "a class states NK_CLASS_NAME twice");
+  static_assert(statedName(statements)[0] != '\0', "NK_CLASS_NAME needs a name that is not empty");
+  Ref<NSObject> (*makeObject)() = nullptr;
+  if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>) makeObject = &makeDefault<T>;
+  return defineClass({.name = statedName(statements),
+                      .type = &typeid(T),
+                      .objectSize = sizeof(T),
+                      .superclass = &Superclass::staticClass(),
+                      .makeObject = makeObject,
+                      .answersKeysItself = !readsKeysAsNSObject<T>,
+                      .statements = statements});
+}
+
+}  // namespace norvik::detail

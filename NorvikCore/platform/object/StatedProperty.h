@@ -1,0 +1,166 @@
+// NorvikCore/platform/object/StatedProperty.h - how a stated property is read and written by its key, whatever its
+// type. The statement macros use it; users need not read it.
+#pragma once
+
+#include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/StatementTable.h"
+
+#include <concepts>
+#include <type_traits>
+
+namespace norvik::detail {
+
+[[noreturn]] NK_EXPORT void raiseNotCodable(const char* key);
+
+template <class T>
+Value propertyValue(const T& value, const char* key) {
+  if constexpr (ValueConvertible<T>) {
+    return ValueConversion<T>::toValue(value);
+  } else {
+    raiseNotCodable(key);
+  }
+}
+
+template <class T, auto getter>
+Value getProperty(const NSObject& object, const char* key) {
+  using Result = std::remove_cvref_t<std::invoke_result_t<decltype(getter), const T&>>;
+  return propertyValue<Result>((static_cast<const T&>(object).*getter)(), key);
+}
+
+template <class Result>
+constexpr auto objectClassOfType() -> const Class& (*)() {
+  if constexpr (requires { []<class O>(std::type_identity<Ref<O>>) {}(std::type_identity<Result>()); }) {
+    return &Result::element_type::staticClass;
+  } else {
+    return nullptr;
+  }
+}
+
+/// The class of the objects that a property refers to, where its type is a Ref.
+template <class T, auto getter>
+constexpr auto objectClassOf() -> const Class& (*)() {
+  return objectClassOfType<std::remove_cvref_t<std::invoke_result_t<decltype(getter), const T&>>>();
+}
+
+/// A type without a form for nothing at all.
+template <class T>
+concept NeverAbsent = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::same_as<T, Decimal> ||
+    std::same_as<T, Date> || std::same_as<T, NSString> || std::same_as<T, NSNumber>;
+
+/// Calls `store` with the value as an Argument, or tells the object that it cannot become absent.
+template <class Argument, class Store>
+void setPropertyValue(NSObject& object, const Value& value, const char* key, Store&& store) {
+  if constexpr (NeverAbsent<Argument>) {
+    if (value.isAbsent() || value.isNull()) return object.setNilValueForKey(NSString(key));
+  }
+  if constexpr (ValueConvertible<Argument>) {
+    store(ValueConversion<Argument>::fromValue(value));
+  } else {
+    raiseNotCodable(key);
+  }
+}
+
+template <class T, auto setter>
+void setProperty(NSObject& object, const Value& value, const char* key) {
+  using Argument = std::remove_cvref_t<typename decltype(
+      []<class C, class R, class A>(R (C::*)(A)) { return std::type_identity<A>(); }(setter))::type>;
+  setPropertyValue<Argument>(object, value, key,
+                             [&](auto&& a) { (static_cast<T&>(object).*setter)(std::forward<decltype(a)>(a)); });
+}
+
+/// The accessor is `Type name() const`; refuses another one with one sentence.
+template <class T, class Type, class Find>
+constexpr bool findsGetter() {
+  if constexpr (findsMember<T, Find>()) {
+    using Getter = std::invoke_result_t<Find, std::type_identity<T>>;
+    constexpr bool reads = [] {
+      if constexpr (std::is_member_function_pointer_v<Getter> && std::is_invocable_v<Getter, const T&>) {
+        return std::same_as<std::remove_cvref_t<std::invoke_result_t<Getter, const T&>>, Type>;
+      } else {
+        return false;
+      }
+    }();
+    static_assert(reads, "the accessor of a computed property is not `Type name() const` with the type that is stated");
+    return reads;
+  } else {
+    return false;
+  }
+}
+
+/// The setter is `void setName(Type)`.
+template <class T, class Type, class Find>
+constexpr bool findsSetter() {
+  if constexpr (findsMember<T, Find>()) {
+    using Setter = std::invoke_result_t<Find, std::type_identity<T>>;
+    constexpr bool writes = std::is_member_function_pointer_v<Setter> && std::is_invocable_v<Setter, T&, const Type&>;
+    static_assert(writes, "the setter of a computed property is not `void setName(Type)` with the type that is stated");
+    return writes;
+  } else {
+    return false;
+  }
+}
+
+/// A property with an accessor that the class writes itself: `find` gives its address, `key` the property's name.
+template <class T, class Type, class Find, class Key>
+constexpr Statement computedStatement(const char* typeName, Find, Key key) {
+  Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};
+  if constexpr (findsGetter<T, Type, Find>()) {
+    stated.get = [](const NSObject& object) {
+      return getProperty<T, Find{}(std::type_identity<T>())>(object, Key{}());
+    };
+  }
+  return stated;
+}
+
+/// The same with a setter.
+template <class T, class Type, class Find, class FindSetter, class Key>
+constexpr Statement computedStatement(const char* typeName, Find find, Key key, const char* setterName, FindSetter) {
+  Statement stated = computedStatement<T, Type>(typeName, find, key);
+  stated.setterName = setterName;
+  if constexpr (findsSetter<T, Type, FindSetter>()) {
+    stated.set = [](NSObject& object, const Value& value) {
+      setPropertyValue<Type>(object, value, Key{}(), [&](auto&& a) {
+        (static_cast<T&>(object).*FindSetter{}(std::type_identity<T>()))(std::forward<decltype(a)>(a));
+      });
+    };
+  }
+  return stated;
+}
+
+/// A property that a category adds to T: `get` and `set` call its functions, and cannot be called where there are none.
+template <class T, class Type, class Get, class Key>
+constexpr Statement categoryStatement(const char* typeName, Get, Key key) {
+  Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};
+  static_assert(isStated<T>, "a category's property is of a class without NK_OBJECT");
+  static_assert(!statesKey<T>(Key{}(), false),
+                "a category's property has the name of a property that its class states");
+  if constexpr (std::is_invocable_v<Get, const T&>) {
+    constexpr bool reads = std::same_as<std::remove_cvref_t<std::invoke_result_t<Get, const T&>>, Type>;
+    static_assert(reads, "the accessor of a category's property gives another type than is stated");
+    if constexpr (reads) {
+      stated.get = [](const NSObject& object) {
+        return propertyValue<Type>(Get{}(static_cast<const T&>(object)), Key{}());
+      };
+    }
+  } else {
+    static_assert(std::is_invocable_v<Get, const T&>,
+                  "a category's property has no accessor `Type name(const Class&)` above its statement");
+  }
+  return stated;
+}
+
+template <class T, class Type, class Get, class Set, class Key>
+constexpr Statement categoryStatement(const char* typeName, Get get, Key key, const char* setterName, Set) {
+  Statement stated = categoryStatement<T, Type>(typeName, get, key);
+  stated.setterName = setterName;
+  constexpr bool writes = std::is_invocable_v<Set, T&, const Type&>;
+  static_assert(writes, "a category's property has no setter `void setName(Class&, Type)` above its statement");
+  if constexpr (writes) {
+    stated.set = [](NSObject& object, const Value& value) {
+      setPropertyValue<Type>(object, value, Key{}(), [&](const Type& a) { Set{}(static_cast<T&>(object), a); });
+    };
+  }
+  return stated;
+}
+
+}  // namespace norvik::detail

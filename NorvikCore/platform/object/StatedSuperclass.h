@@ -1,0 +1,38 @@
+// NorvikCore/platform/object/StatedSuperclass.h - finds the class above a class that has an NK_OBJECT, so that a wrong
+// argument of NK_OBJECT is refused.
+//
+// Each stated class declares a friend nk_stated_, whose parameter is a pointer to it. A call with a pointer to an
+// object chooses the nearest class that is stated, other than its own.
+#pragma once
+
+namespace norvik::detail {
+
+template <class T>
+struct StatedClass {};
+
+/// A call for the nearest class above T.
+template <class T>
+struct Above {};
+
+/// Any call but that for the nearest class above T.
+template <class T>
+struct NotAbove {
+  template <class U>
+  requires(!__is_same(T, U))
+      NotAbove(Above<U>);  // NOLINT(google-explicit-constructor): the conversion is what it is for
+};
+
+/// What a class finds that does not derive from NSObject.
+struct NoStatedClass {};
+NoStatedClass nk_stated_(const void*, ...);
+
+template <class T, class Below>
+using NearestStated = decltype(nk_stated_(static_cast<const T*>(nullptr), Above<Below>()));
+
+/// Super, or the nearest class above it that is stated, is the one that is nearest above T. True also where T is no
+/// NSObject, or broken: the compiler has said so.
+template <class T, class Super>
+inline constexpr bool isNearestStated = __is_same(NearestStated<T, T>, NearestStated<Super, T>) ||
+                                        __is_same(NearestStated<T, T>, NoStatedClass);
+
+}  // namespace norvik::detail

@@ -1,0 +1,46 @@
+// NorvikCore/platform/object/Statement.h - one statement of a class, as data.
+//
+// A class's statements are one constant table (StatementTable.h), which is read when the class is registered.
+#pragma once
+
+#include "NorvikCore/platform/object/StatementPlace.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+namespace norvik {
+
+class Class;
+class NSObject;
+class Value;
+
+namespace detail {
+
+enum class StatementKind : std::uint8_t { Property, Method, ClassMethod, Dependency, ClassName };
+
+/// What each kind leaves at its default it has no use for. All texts are literals.
+struct Statement {
+  StatementKind kind = StatementKind::Property;
+  const char* name = nullptr;  ///< the key, the operation's function, the affected key, or the class's name
+  const char* text = nullptr;  ///< the property's type, the selector text (null: from the name), or the affecting key
+  const char* setterName = nullptr;  ///< null where the property is read-only
+  bool isComputed = false, isWeak = false, isAtomic = false;
+  std::size_t argumentCount = 0;
+  const Class& (*objectClass)() = nullptr;
+  Value (*get)(const NSObject& object) = nullptr;
+  void (*set)(NSObject& object, const Value& value) = nullptr;
+  Value (*invoke)(NSObject* target, std::span<const Value> arguments) = nullptr;
+};
+
+/// Refuses with one sentence a member of T whose address `Find` does not give.
+template <class T, class Find>
+constexpr bool findsMember() {
+  constexpr bool finds = std::is_invocable_v<Find, std::type_identity<T>>;
+  static_assert(finds, "an operation or accessor that a class states is missing, or is overloaded");
+  return finds;
+}
+
+}  // namespace detail
+}  // namespace norvik

@@ -1,0 +1,118 @@
+// NorvikCore/platform/object/StatementTable.h - the statements of a class as one constant table, and what must hold of
+// it. NK_OBJECT uses it; users need not read it.
+#pragma once
+
+#include "NorvikCore/platform/object/Statement.h"
+
+#include <bit>
+#include <concepts>
+#include <cstddef>
+#include <utility>
+
+namespace norvik::detail {
+
+/// Reads a class's statements, whatever access was in force where they were written.
+struct StatementAccess {
+  template <class T>
+  static constexpr int count = decltype(T::nk_state_(LastPlaceInBlock<decltype(T::nk_state_(lastBlock))>()))::value;
+  template <class T, int number>
+  static constexpr Statement at() {
+    constexpr auto stated = T::nk_state_(static_cast<const Place<number>*>(nullptr));
+    static_assert(stated.value == number, "a statement stands above NK_OBJECT");
+    return stated;
+  }
+};
+
+template <class T, class Numbers = std::make_integer_sequence<int, StatementAccess::count<T> + 1>>
+inline constexpr Statement statementsOf[1] = {};
+template <class T, int... number>
+inline constexpr Statement statementsOf<T, std::integer_sequence<int, number...>>[sizeof...(number)] = {
+    StatementAccess::at<T, number>()...};
+
+constexpr bool isSameKey(const char* a, const char* b) {
+  while (*a && *a == *b) ++a, ++b;
+  return *a == *b;
+}
+
+/// What must differ from statement to statement of a kind: a property's name, a selector, a pair of keys.
+constexpr unsigned long long identityOf(const Statement& statement) {
+  unsigned long long key =
+      statementKey(statement.kind == StatementKind::Property || !statement.text ? statement.name : statement.text);
+  if (statement.kind == StatementKind::Dependency) return key + 31 * statementKey(statement.name);
+  if (statement.text || statement.kind == StatementKind::Property) return key;
+  for (std::size_t i = 0; i < statement.argumentCount; ++i) key = statementKey(":", key);
+  return key;
+}
+
+/// In linear time, because compilers bound the steps of a constant's evaluation.
+template <std::size_t count>
+constexpr bool statesTwice(StatementKind kind, const Statement (&statements)[count]) {
+  constexpr std::size_t size = 2 * std::bit_ceil(count);
+  unsigned long long seen[size] = {};
+  for (const Statement& statement : statements) {
+    if (statement.kind != kind) continue;
+    const unsigned long long key = identityOf(statement) | 1;
+    std::size_t i = (key >> 7) % size;
+    for (; seen[i] != 0; i = (i + 1) % size) {
+      if (seen[i] == key) return true;
+    }
+    seen[i] = key;
+  }
+  return false;
+}
+
+template <std::size_t count>
+constexpr bool states(StatementKind kind, const Statement (&statements)[count]) {
+  for (const Statement& statement : statements) {
+    if (statement.kind == kind) return true;
+  }
+  return false;
+}
+
+/// Not a class that only derives from one with NK_OBJECT.
+template <class T>
+inline constexpr bool isStated = std::same_as<T, NSObject>;
+template <class T>
+requires requires { typename T::Self; }
+inline constexpr bool isStated<T> = std::same_as<T, typename T::Self>;
+
+/// T or a class above it states a property of that name; an operation without arguments counts if it is asked for.
+template <class T>
+constexpr bool statesKey(const char* key, bool orOperation) {
+  if constexpr (std::same_as<T, NSObject>) {
+    return false;
+  } else {
+    for (const Statement& statement : statementsOf<typename T::Self>) {
+      const bool counts = statement.kind == StatementKind::Property ||
+                          (orOperation && statement.kind == StatementKind::Method && statement.argumentCount == 0);
+      if (counts && isSameKey(statement.name, key)) return true;
+    }
+    return statesKey<typename T::Super>(key, orOperation);
+  }
+}
+
+template <class T>
+constexpr bool statesKeysOfDependencies() {
+  for (const Statement& statement : statementsOf<T>) {
+    if (statement.kind != StatementKind::Dependency) continue;
+    if (!statesKey<T>(statement.name, true) || !statesKey<T>(statement.text, true)) return false;
+  }
+  return true;
+}
+
+/// The last one stated: NK_OBJECT states the name of the C++ class, NK_CLASS_NAME another one.
+constexpr const char* statedName(std::span<const Statement> statements) {
+  const char* name = nullptr;
+  for (const Statement& statement : statements) {
+    if (statement.kind == StatementKind::ClassName) name = statement.name;
+  }
+  return name;
+}
+
+constexpr bool hasOneName(std::span<const Statement> statements) {
+  int count = 0;
+  for (const Statement& statement : statements) count += statement.kind == StatementKind::ClassName ? 1 : 0;
+  return count <= 2;
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,16 @@
+// tests/platform/archives/NSKeyedArchiver_other_file.cpp - a class of the C++ name that one of NSKeyedArchiver_test.cpp
+// has.
+#include "NorvikCore/platform/object/NSCoder.h"
+
+namespace norvik {
+namespace {
+
+class CodedHidden : public NSObject, public NSCoding {
+  NK_OBJECT(CodedHidden, NSObject)
+  NK_CODING
+  void encodeWithCoder(NSCoder&) const override {}
+  bool initWithCoder(NSCoder&) override { return true; }
+};
+
+}  // namespace
+}  // namespace norvik

@@ -1,0 +1,16 @@
+// tests/platform/object/Class_other_file.cpp - a class of the name that one of Class_test.cpp has.
+#include "NorvikCore/platform/object/NSObject.h"
+
+using namespace norvik;
+
+namespace {
+
+class Local : public NSObject {
+  NK_OBJECT(Local, NSObject)
+  NK_PROPERTY(int, there, setThere)
+};
+
+}  // namespace
+
+const Class& localOfTheOtherFile();
+const Class& localOfTheOtherFile() { return Local::staticClass(); }
