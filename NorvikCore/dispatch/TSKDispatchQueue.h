@@ -28,7 +28,6 @@
 #include "NorvikCore/platform/object/Block.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>

@@ -43,5 +43,9 @@ expect 1 'levels: NorvikCore/platform/kernel/Clock.h (level 1) includes NorvikCo
   'levels: NorvikCore/logging/Log.cpp includes <sys/stat.h>, which is for platform/'
 
 write platform/kernel/Clock.h '#pragma once'
+write logging/Log.cpp '#include "../dispatch/Queue.h"' '#include <syslog.h>'
+expect 1 'levels: NorvikCore/logging/Log.cpp includes "../dispatch/Queue.h", which does not begin with NorvikCore/' \
+  'levels: NorvikCore/logging/Log.cpp includes <syslog.h>, which is for platform/'
+
 write logging/Log.cpp '#include "NorvikCore/markup/Parser.h"'
 expect 1 'levels: NorvikCore/markup/ has no level'

@@ -78,8 +78,8 @@ NSString NSFileHandle::description() const {
 void NSFileHandle::check(int error, const char* operation) const {
   if (error == 0) [[likely]]
     return;
-  throw NSException(NSFileHandleOperationException,
-                    stringWithFormat("NSFileHandle %s: %@: %s", operation, name_, kernel::errorText(error)));
+  NSException::raise(NSFileHandleOperationException,
+                     stringWithFormat("NSFileHandle %s: %@: %s", operation, name_, kernel::errorText(error)));
 }
 
 }  // namespace norvik

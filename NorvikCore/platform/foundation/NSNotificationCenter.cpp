@@ -146,7 +146,7 @@ Ref<NSObject> NSNotificationCenter::addObserverForName(std::optional<NSString> n
     Ref<NSObject> kept_;
     Block<void(const NSNotification&)> closure_;
   };
-  if (!block) throw NSException(NSInvalidArgumentException, "addObserverForName: needs a closure");
+  if (!block) NSException::raise(NSInvalidArgumentException, "addObserverForName: needs a closure");
   Ref<NSObject> observer = make<detail::ClosureObserver>();
   registrations_->add(std::make_shared<ByClosure>(observer, std::move(name), object, std::move(block)));
   return observer;
@@ -170,9 +170,9 @@ void NSNotificationCenter::addObserver(NSObject& observer, SEL selector, std::op
     SEL operation_;
   };
   if (selector.argumentCount() > 1 || !observer.respondsToSelector(selector)) {
-    throw NSException(NSInvalidArgumentException,
-                      stringWithFormat("addObserver: %@ cannot be told of notifications by \"%@\"",
-                                       observer.description(), selector.name()));
+    NSException::raise(NSInvalidArgumentException,
+                       stringWithFormat("addObserver: %@ cannot be told of notifications by \"%@\"",
+                                        observer.description(), selector.name()));
   }
   registrations_->add(std::make_shared<BySelector>(observer, selector, std::move(name), object));
 }

@@ -54,7 +54,7 @@ NSString NSThread::name() const {
 
 void NSThread::setName(const NSString& name) {
   if (id_ != kernel::currentThreadId()) {
-    throw NSException(NSInvalidArgumentException, "NSThread setName: called on another thread than its own");
+    NSException::raise(NSInvalidArgumentException, "NSThread setName: called on another thread than its own");
   }
   kernel::setCurrentThreadName(name.utf8());
   const MutexLock lock(mutex_);

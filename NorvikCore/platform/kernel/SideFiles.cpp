@@ -96,7 +96,9 @@ int getSideFile(const std::string& path, std::string_view attribute, std::string
 int setSideFile(const std::string& path, std::string_view attribute, std::string_view value) {
   const std::string unfinished = unfinishedPath(locate(path));
   FileDescriptor file;
-  if (const int error = openFile(unfinished, {.write = true, .create = true, .exclusive = true}, file)) return error;
+  // The user's alone: a creation date that others could change would reorder the log files.
+  const OpenOptions options{.write = true, .create = true, .exclusive = true, .mode = 0600};
+  if (const int error = openFile(unfinished, options, file)) return error;
   int error = writeAll(file.get(), value);
   if (const int closeError = file.close(); error == 0) error = closeError;
   if (error == 0) error = answer(rename(unfinished.c_str(), sideFilePath(path, attribute).c_str()));

@@ -5,6 +5,8 @@
 // object chooses the nearest class that is stated, other than its own.
 #pragma once
 
+#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+
 namespace norvik::detail {
 
 template <class T>

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -78,6 +79,17 @@ TEST_P(ExtendedAttributes, AValueComesBackAsItWasSet) {
   const std::string bytes("\0line\nfeed\xFF", 11);
   EXPECT_EQ(kernel::setAttribute(path, "payroll.note", bytes), 0);
   EXPECT_EQ(valueOf(path, "payroll.note"), bytes);
+}
+
+TEST_P(ExtendedAttributes, AFileThatKeepsThemIsTheUsersAlone) {
+  const std::string path = file();
+  const auto before = umask(0);
+  EXPECT_EQ(kernel::setAttribute(path, "payroll.note", "short"), 0);
+  umask(before);
+  for (const auto& entry : fs::directory_iterator(folder().path())) {
+    if (entry.path() == path) continue;
+    EXPECT_EQ(entry.status().permissions(), fs::perms::owner_read | fs::perms::owner_write) << entry.path();
+  }
 }
 
 TEST_P(ExtendedAttributes, AnEmptyValueIsAValue) {
