@@ -51,6 +51,4 @@ bool DDAbstractLogger::isOnGlobalLoggingQueue() const {
 
 bool DDAbstractLogger::isOnInternalLoggerQueue() const { return dispatch_get_specific(this) != nullptr; }
 
-detail::MessageRunLogger* DDAbstractLogger::messageRunLogger() { return nullptr; }
-
 }  // namespace norvik

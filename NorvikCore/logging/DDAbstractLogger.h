@@ -13,25 +13,7 @@
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/export.h"
 
-#include <cstddef>
-
 namespace norvik {
-
-namespace detail {
-class LogRecord;
-
-/// A logger of this library that takes several messages in one call, as if they came one by one. On the logger's queue.
-class MessageRunLogger {
- public:
-  /// False while code of others, such as a formatter, runs between the messages: it could tell.
-  [[nodiscard]] virtual bool takesRuns() const noexcept = 0;
-  /// Takes the first of the messages, as many as become done together; tells how many these are, one at least.
-  [[nodiscard]] virtual std::size_t logRecords(const LogRecord* const* records, std::size_t count) = 0;
-
- protected:
-  ~MessageRunLogger() = default;
-};
-}  // namespace detail
 
 class NK_EXPORT DDAbstractLogger : public DDLogger {
   NK_OBJECT(DDAbstractLogger, DDLogger)
@@ -51,9 +33,6 @@ class NK_EXPORT DDAbstractLogger : public DDLogger {
   [[nodiscard]] bool isOnGlobalLoggingQueue() const;
   /// True in a block of this logger's queue, from any thread. The key is the logger's own address.
   [[nodiscard]] bool isOnInternalLoggerQueue() const;
-
-  /// Null unless the object is exactly of a class whose logMessage() may be called for several messages at once.
-  [[nodiscard]] virtual detail::MessageRunLogger* messageRunLogger();
 
  protected:
   DDAbstractLogger() = default;

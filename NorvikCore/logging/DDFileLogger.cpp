@@ -3,9 +3,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
-#include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/logging/internal/LogFile.h"
-#include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/Clock.h"
@@ -87,10 +85,6 @@ bool DDFileLogger::init() {
 }
 
 std::optional<NSString> DDFileLogger::loggerName() { return "cocoa.quillmarch.fileLogger"; }
-
-detail::MessageRunLogger* DDFileLogger::messageRunLogger() {
-  return typeid(*this) == typeid(DDFileLogger) ? this : nullptr;  // a subclass may have a logMessage() of its own
-}
 
 // Settings
 
@@ -332,50 +326,35 @@ void DDFileLogger::logMessage(const DDLogMessage& message) {
   writePending();
 }
 
-/// Neither a formatter nor a manager of the user's runs while a run is written.
-bool DDFileLogger::takesRuns() const noexcept {
-  const DDLogFormatter* own = formatter().get();
-  const DDLogFileManager& manager = *logFileManager_;
-  return (!own || typeid(*own) == typeid(DDLogFileFormatterDefault) || typeid(*own) == typeid(DDLogLineFormatter)) &&
-         typeid(manager) == typeid(DDLogFileManagerDefault);
-}
+/// A subclass may have a logMessage() of its own.
+bool DDFileLogger::takesRuns() const noexcept { return typeid(*this) == typeid(DDFileLogger); }
 
-/// One write.
-std::size_t DDFileLogger::logRecords(const detail::LogRecord* const* records, std::size_t count) {
+std::size_t DDFileLogger::logMessages(const DDLogRun& run) {
+  const std::size_t most = !formatter() || formatter()->takesRuns() ? run.count() : 1;
   std::size_t taken = 0;
   do {
-    appendLine(*records[taken++]);
-  } while (taken < count && !mustWrite());
+    appendLine(run[taken++]);
+  } while (taken < most && !mustWrite());
   writePending();
   return taken;
 }
 
 void DDFileLogger::appendLine(const DDLogMessage& message) {
   const std::size_t begin = pending_.text.size();
-  DDLogFormatter* own = formatter().get();
-  if (!own) {
-    pending_.text += message.logMsg().utf8();
-  } else if (typeid(*own) == typeid(DDLogFileFormatterDefault)) {
-    static_cast<DDLogFileFormatterDefault*>(own)->appendLogMessage(pending_.text, message);
-  } else if (typeid(*own) == typeid(DDLogLineFormatter)) {
-    static_cast<DDLogLineFormatter*>(own)->appendLogMessage(pending_.text, message);
+  if (DDLogFormatter* own = formatter().get()) {
+    if (!own->appendLogMessage(pending_.text, message)) return pending_.text.resize(begin);
   } else {
-    const std::optional<NSString> text = own->formatLogMessage(message);
-    if (!text) return;
-    pending_.text += text->utf8();
+    pending_.text += message.logMsg().utf8();
   }
   endLine(begin);
 }
 
-/// Where the logger takes runs: its formatter is one of this library's, or none.
-void DDFileLogger::appendLine(const detail::LogRecord& record) {
+void DDFileLogger::appendLine(const DDLogEntry& entry) {
   const std::size_t begin = pending_.text.size();
-  DDLogFormatter* own = formatter().get();
-  if (own && typeid(*own) != typeid(DDLogFileFormatterDefault)) {
-    static_cast<DDLogLineFormatter*>(own)->appendRecord(pending_.text, record);
+  if (DDLogFormatter* own = formatter().get()) {
+    if (!own->appendLogEntry(pending_.text, entry)) return pending_.text.resize(begin);
   } else {
-    if (own) static_cast<DDLogFileFormatterDefault*>(own)->appendTimestamp(pending_.text, record.timestamp());
-    record.appendText(pending_.text);
+    entry.appendText(pending_.text);
   }
   endLine(begin);
 }

@@ -46,7 +46,7 @@ struct LogFileRefusal;
 struct OpenLogFile;
 }  // namespace detail
 
-class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageRunLogger {
+class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   NK_OBJECT(DDFileLogger, DDAbstractLogger)
 
   /// With a DDLogFileManagerDefault of its own, where no manager is given.
@@ -76,14 +76,16 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
   [[nodiscard]] Ref<NSFileHandle> currentLogFileHandle();
 
   void logMessage(const DDLogMessage& message) override;
+  /// Unless it is of a class derived from this one.
+  [[nodiscard]] bool takesRuns() const noexcept override;
+  /// Writes as many lines at once as end up in one file; one at a time where the formatter takes no runs.
+  [[nodiscard]] std::size_t logMessages(const DDLogRun& run) override;
   /// Archives the current file.
   void willRemoveLogger() override;
   /// "cocoa.quillmarch.fileLogger".
   [[nodiscard]] std::optional<NSString> loggerName() override;
 
   [[nodiscard]] const Ref<DDLogFileManager>& logFileManager() const noexcept { return logFileManager_; }
-
-  [[nodiscard]] detail::MessageRunLogger* messageRunLogger() override;
 
  protected:
   ~DDFileLogger() override;
@@ -95,16 +97,13 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger, private detail::MessageR
     std::vector<std::size_t> ends;  // where each line ends in it
   };
 
-  [[nodiscard]] bool takesRuns() const noexcept override;
-  [[nodiscard]] std::size_t logRecords(const detail::LogRecord* const* records, std::size_t count) override;
-
   template <class Setting>
   [[nodiscard]] Setting read(const Setting& setting) const;
   template <class Change>
   void change(Change change);
 
   void appendLine(const DDLogMessage& message);
-  void appendLine(const detail::LogRecord& record);
+  void appendLine(const DDLogEntry& entry);
   void endLine(std::size_t begin);
   [[nodiscard]] bool mustWrite() const noexcept;
   void writePending();

@@ -1,6 +1,7 @@
 #include "NorvikCore/logging/DDLog.h"
 
-#include "NorvikCore/logging/internal/LogDispatcher.h"
+#include "NorvikCore/logging/internal/LogIntake.h"
+#include "NorvikCore/logging/internal/LogPipeline.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -11,7 +12,7 @@
 
 namespace norvik {
 
-using detail::LogDispatcher;
+using detail::LogPipeline;
 
 namespace {
 
@@ -29,24 +30,30 @@ const Class* classNamed(const NSString& name) {
 
 void* const GlobalLoggingQueueIdentityKey = const_cast<void**>(&GlobalLoggingQueueIdentityKey);
 
-void DDLog::initialize() { LogDispatcher::shared(); }
+void DDLog::initialize() { (void)LogPipeline::shared(); }
 
-dispatch_queue_t DDLog::loggingQueue() { return LogDispatcher::shared().queue(); }
+dispatch_queue_t DDLog::loggingQueue() { return LogPipeline::shared().queue(); }
 
-void DDLog::applicationWillTerminate(const NSNotification&) { LogDispatcher::shared().flushFromAnyQueue(); }
+void DDLog::applicationWillTerminate(const NSNotification&) { LogPipeline::shared().lifetime().flushFromAnyQueue(); }
 
 void DDLog::addLogger(const Ref<DDLogger>& logger) { addLogger(logger, LOG_LEVEL_VERBOSE); }
 
 void DDLog::addLogger(const Ref<DDLogger>& logger, std::uint32_t withLogLevel) {
-  LogDispatcher::shared().addLogger(logger, static_cast<int>(withLogLevel));
+  LogPipeline::shared().addLogger(logger, static_cast<int>(withLogLevel));
 }
 
-void DDLog::removeLogger(const Ref<DDLogger>& logger) { LogDispatcher::shared().removeLogger(logger); }
+void DDLog::removeLogger(const Ref<DDLogger>& logger) { LogPipeline::shared().removeLogger(logger); }
 
-void DDLog::removeAllLoggers() { LogDispatcher::shared().removeAllLoggers(); }
+void DDLog::removeAllLoggers() { LogPipeline::shared().removeAllLoggers(); }
 
 void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously) {
-  LogDispatcher::shared().queueLogMessage(logMessage, asynchronously);
+  if (!logMessage) return;
+  LogPipeline& pipeline = LogPipeline::shared();
+  if (asynchronously) {
+    detail::LogIntake::queueMessage(logMessage);
+  } else {
+    pipeline.log(*logMessage);
+  }
 }
 
 void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
@@ -60,7 +67,7 @@ void DDLog::log(bool asynchronous, int level, int flag, int context, const char*
   log(asynchronous, level, flag, context, file, function, line, Value(), format, arguments);
 }
 
-void DDLog::flushLog() { LogDispatcher::shared().flush(); }
+void DDLog::flushLog() { LogPipeline::shared().flush(); }
 
 bool DDLog::isRegisteredClass(const Class& aClass) {
   return aClass.classMethod("ddLogLevel") && aClass.classMethod("ddSetLogLevel:");

@@ -14,7 +14,8 @@
 // A logger admits a message whose flag is not greater than the logger's level, compared as numbers.
 //
 // A call with `asynchronous` false returns when every admitting logger has processed the message. At most 1000 messages
-// wait: a call beyond that blocks until one is done. Messages that a logger takes with one write are done together.
+// wait: a call beyond that waits until one is done, or hands messages out itself if no other thread does. Messages that
+// loggers take in one run (DDLogRun.h) may be done together.
 // What code on the logging queue or on a logger's queue logs, such as a formatter, is not held up and does not count:
 // the messages that it would wait for may themselves wait for it.
 //
@@ -35,9 +36,7 @@
 //            loggers cannot keep up. What a synchronous call said is with the loggers.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log;
 //            messages that were waiting are the parent's, and a child flushes by flushLog() where it wants to, not at
-//            its exit. Loggers and formatters are to be made before the fork: what is made in the child, or uses key
-//            paths, observers, associated objects or time zones there, may wait for ever if another thread of the
-//            parent was changing such at the fork.
+//            its exit.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"

@@ -2,21 +2,10 @@
 
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 
+#include <typeinfo>
 #include <utility>
 
 namespace norvik {
-namespace {
-
-/// As UTF-8, which most texts are in already.
-void append(std::string& line, const NSString& text) {
-  if (text.isWellFormed()) {
-    line += text.view();
-  } else {
-    line += text.utf8();
-  }
-}
-
-}  // namespace
 
 DDLogFileFormatterDefault::DDLogFileFormatterDefault() : DDLogFileFormatterDefault(nullptr) {}
 
@@ -38,14 +27,25 @@ std::optional<NSString> DDLogFileFormatterDefault::formatLogMessage(const DDLogM
   return dateFormatter->stringFromDate(message.timestamp()) + "  " + message.logMsg();
 }
 
-void DDLogFileFormatterDefault::appendLogMessage(std::string& text, const DDLogMessage& message) {
-  appendTimestamp(text, message.timestamp());
-  append(text, message.logMsg());
+bool DDLogFileFormatterDefault::appendLogMessage(std::string& line, const DDLogMessage& message) {
+  if (!DDLogFileFormatterDefault::takesRuns()) return DDLogFormatter::appendLogMessage(line, message);
+  dateFormatter->appendStringFromDate(message.timestamp(), line);
+  line += "  ";
+  line += message.logMsg().utf8();
+  return true;
 }
 
-void DDLogFileFormatterDefault::appendTimestamp(std::string& line, Date timestamp) const {
-  dateFormatter->appendStringFromDate(timestamp, line);
+bool DDLogFileFormatterDefault::appendLogEntry(std::string& line, const DDLogEntry& entry) {
+  if (!DDLogFileFormatterDefault::takesRuns()) return DDLogFormatter::appendLogEntry(line, entry);
+  dateFormatter->appendStringFromDate(entry.timestamp(), line);
   line += "  ";
+  entry.appendText(line);
+  return true;
+}
+
+/// A class derived from this one may have a formatLogMessage() of its own.
+bool DDLogFileFormatterDefault::takesRuns() const noexcept {
+  return typeid(*this) == typeid(DDLogFileFormatterDefault);
 }
 
 }  // namespace norvik

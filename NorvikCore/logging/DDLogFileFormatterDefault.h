@@ -32,10 +32,10 @@ class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
 
   [[nodiscard]] std::optional<NSString> formatLogMessage(const DDLogMessage& message) override;
 
-  /// Appends what formatLogMessage() gives, as UTF-8.
-  void appendLogMessage(std::string& text, const DDLogMessage& message);
-  /// Appends the part of it before the message's text.
-  void appendTimestamp(std::string& line, Date timestamp) const;
+  bool appendLogMessage(std::string& line, const DDLogMessage& message) override;
+  bool appendLogEntry(std::string& line, const DDLogEntry& entry) override;
+  /// Unless it is of a class derived from this one.
+  [[nodiscard]] bool takesRuns() const noexcept override;
 
  protected:
   ~DDLogFileFormatterDefault() override;

@@ -2,13 +2,13 @@
 
 #include "NorvikCore/logging/LogLevel.h"
 #include "NorvikCore/logging/internal/LineEscape.h"
-#include "NorvikCore/logging/internal/LogRecord.h"
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
 
 #include <charconv>
 #include <string_view>
+#include <typeinfo>
 
 namespace norvik {
 namespace {
@@ -75,38 +75,49 @@ DDLogLineFormatter::DDLogLineFormatter() : dateFormatter_(make<NSDateFormatter>(
 
 DDLogLineFormatter::~DDLogLineFormatter() = default;
 
+/// A class derived from this one may have a formatLogMessage() of its own.
+bool DDLogLineFormatter::takesRuns() const noexcept { return typeid(*this) == typeid(DDLogLineFormatter); }
+
 std::optional<NSString> DDLogLineFormatter::formatLogMessage(const DDLogMessage& message) {
   std::string line;
-  appendLogMessage(line, message);
+  appendMessage(line, message);
   return NSString(line);
 }
 
-void DDLogLineFormatter::appendLogMessage(std::string& text, const DDLogMessage& message) const {
-  appendHead(text, {message.timestamp(), message.queueLabel(), message.machThreadID(), message.logFlag(),
+bool DDLogLineFormatter::appendLogMessage(std::string& line, const DDLogMessage& message) {
+  if (!DDLogLineFormatter::takesRuns()) return DDLogFormatter::appendLogMessage(line, message);
+  appendMessage(line, message);
+  return true;
+}
+
+bool DDLogLineFormatter::appendLogEntry(std::string& line, const DDLogEntry& entry) {
+  if (!DDLogLineFormatter::takesRuns()) return DDLogFormatter::appendLogEntry(line, entry);
+  appendHead(line, {entry.timestamp(), entry.queueLabel(), entry.machThreadID(), entry.logFlag(), entry.lineNumber(),
+                    entry.file()});
+  const std::size_t begin = line.size();
+  entry.appendText(line);
+  if (detail::plainPrefix(std::string_view(line).substr(begin)) == line.size() - begin) [[likely]]
+    return true;
+  line.resize(begin);
+  detail::appendEscaped(line, entry.text().view());  // which still has the halves that UTF-8 has no form for
+  return true;
+}
+
+void DDLogLineFormatter::appendMessage(std::string& line, const DDLogMessage& message) const {
+  appendHead(line, {message.timestamp(), message.queueLabel(), message.machThreadID(), message.logFlag(),
                     message.lineNumber(), message.file()});
-  detail::appendEscaped(text, message.logMsg().view());
+  detail::appendEscaped(line, message.logMsg().view());
 }
 
-void DDLogLineFormatter::appendRecord(std::string& text, const detail::LogRecord& record) const {
-  const detail::LogSite& site = record.site();
-  appendHead(text, {record.timestamp(), record.queueLabel(), record.threadId(), site.flag, site.line, site.file});
-  const std::size_t begin = text.size();
-  record.appendText(text);
-  if (detail::plainPrefix(std::string_view(text).substr(begin)) == text.size() - begin) [[likely]]
-    return;
-  text.resize(begin);
-  detail::appendEscaped(text, record.text().view());  // which still has the halves that UTF-8 has no form for
-}
-
-void DDLogLineFormatter::appendHead(std::string& text, const Head& head) const {
+void DDLogLineFormatter::appendHead(std::string& line, const Head& head) const {
   std::string heldLabel, heldFile;
   const std::string_view label = escapedName(head.label, ']', heldLabel);
   const std::string_view file = escapedName(lastPart(head.file), ' ', heldFile);
-  dateFormatter_->appendStringFromDate(head.timestamp, text);
+  dateFormatter_->appendStringFromDate(head.timestamp, line);
   constexpr std::string_view beforeLabel = " [", beforeFile = "] ", beforeText = "  ";
-  const std::size_t begin = text.size();
-  text.resize(begin + 3 * numberSize + label.size() + file.size() + 8);  // the punctuation has eight characters
-  char* at = text.data() + begin;
+  const std::size_t begin = line.size();
+  line.resize(begin + 3 * numberSize + label.size() + file.size() + 8);  // the punctuation has eight characters
+  char* at = line.data() + begin;
   at = put(putLevel(at, head.flag), beforeLabel);
   at = put(at, label);
   *at++ = ':';
@@ -114,7 +125,7 @@ void DDLogLineFormatter::appendHead(std::string& text, const Head& head) const {
   at = put(at, file);
   *at++ = ':';
   at = put(putNumber(at, head.line), beforeText);
-  text.resize(static_cast<std::size_t>(at - text.data()));
+  line.resize(static_cast<std::size_t>(at - line.data()));
 }
 
 NSString DDLogLineFormatter::escaped(const NSString& text) {

@@ -21,7 +21,6 @@
 //
 // Threads: confined, to the queue of the logger that has it; escaped() and unescaped() are pure.
 // Cost:    about a tenth of a microsecond more a line than DDLogFileFormatterDefault, on the thread that writes.
-//          DDFileLogger writes runs of messages with one write with either.
 #pragma once
 
 #include "NorvikCore/logging/DDLogger.h"
@@ -40,8 +39,10 @@ class NK_EXPORT DDLogLineFormatter : public DDLogFormatter {
   DDLogLineFormatter();
 
   [[nodiscard]] std::optional<NSString> formatLogMessage(const DDLogMessage& message) override;
-  /// Appends what formatLogMessage() gives, as UTF-8.
-  void appendLogMessage(std::string& text, const DDLogMessage& message) const;
+  bool appendLogMessage(std::string& line, const DDLogMessage& message) override;
+  bool appendLogEntry(std::string& line, const DDLogEntry& entry) override;
+  /// Unless it is of a class derived from this one.
+  [[nodiscard]] bool takesRuns() const noexcept override;
 
   /// The text with its escapes, as a line contains it.
   [[nodiscard]] static NSString escaped(const NSString& text);
@@ -52,11 +53,10 @@ class NK_EXPORT DDLogLineFormatter : public DDLogFormatter {
   ~DDLogLineFormatter() override;
 
  private:
-  friend class DDFileLogger;
   struct Head;
 
-  void appendRecord(std::string& text, const detail::LogRecord& record) const;
-  void appendHead(std::string& text, const Head& head) const;
+  void appendMessage(std::string& line, const DDLogMessage& message) const;
+  void appendHead(std::string& line, const Head& head) const;
 
   Ref<NSDateFormatter> dateFormatter_;
 };

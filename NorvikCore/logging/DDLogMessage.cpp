@@ -73,13 +73,13 @@ DDLogMessage::DDLogMessage(Fields fields)
   keepQueueLabel(dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL));
 }
 
-DDLogMessage::DDLogMessage(const detail::LogRecord& record)
+DDLogMessage::DDLogMessage(const detail::LogRecord& record, Date timestamp)
     : logLevel_(record.site().level),
       logFlag_(record.site().flag),
       logContext_(record.site().context),
       lineNumber_(record.site().line),
       logMsg_(record.text()),
-      timestamp_(record.timestamp()),
+      timestamp_(timestamp),
       file_(record.site().file),
       function_(record.site().function),
       tag_(record.tag()),

@@ -19,7 +19,7 @@
 namespace norvik {
 
 namespace detail {
-class LogDispatcher;
+class LogFanOut;
 class LogRecord;
 
 /// The place and the kind of a log call, as the call gives them.
@@ -55,6 +55,8 @@ class NK_EXPORT DDLogMessage : public NSObject {
   /// A number of the caller's, to group messages.
   [[nodiscard]] int logContext() const noexcept { return logContext_; }
   [[nodiscard]] const NSString& logMsg() const noexcept { return logMsg_; }
+  /// When it was logged, right to a microsecond: messages of different threads that are closer than that may have times
+  /// in another order than their own.
   [[nodiscard]] Date timestamp() const noexcept { return timestamp_; }
   [[nodiscard]] const char* file() const noexcept { return file_; }
   [[nodiscard]] const char* function() const noexcept { return function_; }
@@ -88,11 +90,11 @@ class NK_EXPORT DDLogMessage : public NSObject {
   };
   explicit DDLogMessage(Fields fields);
   /// Of a log call that was made before.
-  explicit DDLogMessage(const detail::LogRecord& record);
+  DDLogMessage(const detail::LogRecord& record, Date timestamp);
   ~DDLogMessage() override;
 
  private:
-  friend class detail::LogDispatcher;
+  friend class DDLogEntry;
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 

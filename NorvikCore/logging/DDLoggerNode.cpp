@@ -1,14 +1,9 @@
 #include "NorvikCore/logging/DDLoggerNode.h"
 
-#include "NorvikCore/logging/DDAbstractLogger.h"
-
 namespace norvik {
 
 DDLoggerNode::DDLoggerNode(const Ref<DDLogger>& logger, const dispatch_queue_t& loggerQueue, int logLevel)
-    : logger_(logger), loggerQueue_(loggerQueue), logLevel_(logLevel) {
-  auto* base = dynamic_cast<DDAbstractLogger*>(logger.get());
-  runLogger_ = base ? base->messageRunLogger() : nullptr;
-}
+    : logger_(logger), loggerQueue_(loggerQueue), logLevel_(logLevel), takesRuns_(logger && logger->takesRuns()) {}
 
 DDLoggerNode::~DDLoggerNode() = default;
 

@@ -9,10 +9,6 @@
 
 namespace norvik {
 
-namespace detail {
-class MessageRunLogger;
-}
-
 class NK_EXPORT DDLoggerNode : public NSObject {
   NK_OBJECT(DDLoggerNode, NSObject)
 
@@ -26,8 +22,8 @@ class NK_EXPORT DDLoggerNode : public NSObject {
   [[nodiscard]] const dispatch_queue_t& loggerQueue() const noexcept { return loggerQueue_; }
   [[nodiscard]] int logLevel() const noexcept { return logLevel_; }
 
-  /// The logger as one that takes several messages at once; null where it takes one at a time.
-  [[nodiscard]] detail::MessageRunLogger* runLogger() const noexcept { return runLogger_; }
+  /// What the logger said of runs when it was added.
+  [[nodiscard]] bool takesRuns() const noexcept { return takesRuns_; }
 
  protected:
   ~DDLoggerNode() override;
@@ -40,7 +36,7 @@ class NK_EXPORT DDLoggerNode : public NSObject {
   Ref<DDLogger> logger_;
   dispatch_queue_t loggerQueue_;
   int logLevel_;
-  detail::MessageRunLogger* runLogger_;
+  bool takesRuns_;
 };
 
 }  // namespace norvik

@@ -6,7 +6,9 @@
 #include "NorvikCore/logging/DDLogMacros.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdio>
+#include <string>
 
 using namespace norvik;
 
@@ -26,6 +28,19 @@ class WithThread : public DDLogFormatter {
   }
 };
 
+class Transcript : public DDAbstractLogger {
+  NK_OBJECT(Transcript, DDAbstractLogger)
+  bool takesRuns() const noexcept override { return true; }
+  std::size_t logMessages(const DDLogRun& run) override {
+    for (const DDLogEntry& entry : run) {
+      entry.appendText(text);  // or formatter()->appendLogEntry(text, entry)
+      text += '\n';
+    }
+    return run.count();  // fewer: the others come again
+  }
+  std::string text;
+};
+
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
@@ -36,8 +51,10 @@ int main(int argc, char** argv) {
   file->setMaximumFileSize(4 << 20);
   file->setLogFormatter(make<WithThread>());
   auto counter = make<ErrorCounter>();
+  auto transcript = make<Transcript>();
   DDLog::addLogger(file);
   DDLog::addLogger(counter, LOG_LEVEL_WARN);
+  DDLog::addLogger(transcript);
 
   ddLogLevel = LOG_LEVEL_INFO;
   DDLogInfo("%d payslips read", 40);
@@ -45,5 +62,5 @@ int main(int argc, char** argv) {
   DDLogVerbose("%@", file->logFileManager());  // not evaluated: the level has no verbose messages
 
   DDLog::flushLog();
-  std::printf("%d error\n", counter->errors.load());
+  std::printf("%d error\n%s", counter->errors.load(), transcript->text.c_str());
 }

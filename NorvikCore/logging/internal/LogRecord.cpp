@@ -1,46 +1,49 @@
 #include "NorvikCore/logging/internal/LogRecord.h"
 
-#include "NorvikCore/platform/values/internal/FormatCopy.h"
-
-#include <new>
-
 namespace norvik::detail {
 
-LogRecord* LogRecord::filledOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content) {
+void LogRecord::fillOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content) {
+  onHeap_ = nullptr;
+  made_ = nullptr;
+  format_ = nullptr;
   for (;;) {
     const std::size_t room =
         roomForFormatArguments(content.arguments) + caller.namesSize() + sizeof(Value) + alignof(Value);
-    void* const memory = ::operator new (sizeof(LogRecord) + room, std::align_val_t{alignof(LogRecord)});
+    void* const memory = ::operator new(sizeof(LogRecord) + room);
     auto* const record = ::new (memory) LogRecord;
-    record->onHeap_ = true;
-    if (record->fillWithin(static_cast<char*>(memory) + sizeof(LogRecord) + room, site, caller, content)) return record;
-    record->giveBack();  // a text has grown meanwhile: its owner's mistake, but no reason to end the process
+    if (record->fillWithin(static_cast<char*>(memory) + sizeof(LogRecord) + room, site, caller, content)) {
+      onHeap_ = record;
+      return;
+    }
+    ::operator delete(memory);  // a text has grown meanwhile: its owner's mistake, but no reason to end the process
   }
 }
 
-Date LogRecord::timestamp() const noexcept {
-  constexpr std::int64_t second = 1'000'000'000;
-  const auto seconds = static_cast<double>(wallNanoseconds_ / second);
-  return Date::dateWithTimeIntervalSince1970(seconds).dateByAddingTimeInterval(
-      static_cast<double>(wallNanoseconds_ % second) / 1e9);
+void LogRecord::fill(const Ref<DDLogMessage>& message) noexcept {
+  onHeap_ = nullptr;
+  made_ = Ref<DDLogMessage>(message).take();
 }
 
-NSString LogRecord::text() const { return stringWithFormatArguments({format_, formatSize_}, arguments()); }
+NSString LogRecord::text() const {
+  const LogRecord& record = whole();
+  return stringWithFormatArguments({record.format_, record.formatSize_}, record.arguments());
+}
 
 void LogRecord::appendText(std::string& line) const {
-  appendFormatArguments(line, {format_, formatSize_}, arguments());
+  const LogRecord& record = whole();
+  appendFormatArguments(line, {record.format_, record.formatSize_}, record.arguments());
 }
 
 void LogRecord::dispose() noexcept {
-  releaseFormatCopies(arguments());
-  if (tag_) tag_->~Value();
-  giveBack();
-}
-
-void LogRecord::giveBack() noexcept {
-  if (!onHeap_) return inUse_.store(false, std::memory_order_release);
-  this->~LogRecord();
-  ::operator delete (this, std::align_val_t{alignof(LogRecord)});
+  if (made_) [[unlikely]] {
+    (void)Ref<DDLogMessage>::adopt(made_);
+  } else if (onHeap_) [[unlikely]] {
+    onHeap_->dispose();
+    ::operator delete(onHeap_);
+  } else if (format_) {
+    releaseFormatCopies(arguments());
+    if (tag_) tag_->~Value();
+  }
 }
 
 }  // namespace norvik::detail

@@ -1,29 +1,20 @@
-// NorvikCore/logging/internal/LogRecord.h - what an asynchronous log call leaves for the logging queue: who called,
-// when, and copies of the format's arguments. The text is formed on the logging queue.
+// NorvikCore/logging/internal/LogRecord.h - what a log call leaves for the logging queue, as a letter of its mailbox:
+// who called, when, and copies of the format's arguments. The text is formed when a logger asks for it.
 //
-// A record is an item of that queue. It holds what a DDLogMessage is made of, in one piece of memory: first what every
-// call has, then, as long as each of them is, the rest. The caller writes it from its start to its end and touches no
-// other memory for it.
+// A record holds what a message is made of in one piece of memory: first what every call has, then, as long as each of
+// them is, the rest. The caller writes it from its start to its end and touches no other memory for it. What does not
+// fit goes to the heap, and the record refers to it; so does a record of a message that was made elsewhere.
 //
-//   LogRecord* record = pool.take();
-//   if (!record->fill(...)) ...                   // too much for its size: a larger one from the heap
-//   ...
-//   record->appendText(line);
-//   record->dispose();
-//
-// Threads: confined; the caller's until it is queued, then the queue's.
+// Threads: confined; the caller's until it is posted, then the logging queue's.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
-#include "NorvikCore/platform/dispatch/Item.h"
+#include "NorvikCore/platform/dispatch/internal/Mailbox.h"
 #include "NorvikCore/platform/export.h"
-#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 #include "NorvikCore/platform/object/Value.h"
-#include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/internal/FormatCopy.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -37,7 +28,7 @@ namespace norvik::detail {
 struct LogCaller {
   static constexpr std::size_t readable = 32;
 
-  std::int64_t wallNanoseconds;
+  std::uint64_t ticks;  // of the pipeline's TickClock
   std::uint32_t threadId, threadNameSize, queueLabelSize;
   const char* names;  // the thread's, then the queue's label; the first `readable` bytes can be read in any case
   [[nodiscard]] std::size_t namesSize() const noexcept { return std::size_t{threadNameSize} + queueLabelSize; }
@@ -50,86 +41,88 @@ struct LogContent {
   const Value* tag;
 };
 
-class alignas(64) LogRecord final : public Item {
+class LogRecord {
  public:
-  static constexpr std::size_t pooledSize = 256;
-
-  LogRecord() noexcept = default;
   LogRecord(const LogRecord&) = delete;
   LogRecord& operator=(const LogRecord&) = delete;
 
-  /// Copies all that is given. False, with nothing noted, where that is more than the record holds.
+  /// A new record, which is filled next by one of the fill functions.
+  [[nodiscard]] static LogRecord& make(Letter& letter) noexcept { return *::new (letter.content) LogRecord; }
+  [[nodiscard]] static LogRecord& of(Letter& letter) noexcept {
+    return *std::launder(reinterpret_cast<LogRecord*>(letter.content));
+  }
+
+  /// Copies all that is given. False, with nothing filled, where that is more than the record holds.
   [[nodiscard, gnu::always_inline]] bool fill(const LogSite& site, const LogCaller& caller,
                                               const LogContent& content) noexcept {
     return fillWithin(room_ + sizeof room_, site, caller, content);
   }
+  /// Copies all that is given to the heap. Where there is no memory it raises, and the record is one of nothing.
+  void fillOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content);
+  /// With a message that was made elsewhere.
+  void fill(const Ref<DDLogMessage>& message) noexcept;
 
-  /// A record from the heap that holds all of it.
-  [[nodiscard]] static LogRecord* filledOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content);
+  /// The call had no memory for what it says.
+  [[nodiscard]] bool isOfNothing() const noexcept { return whole().format_ == nullptr && made_ == nullptr; }
+  /// The message, where it was made elsewhere; else null.
+  [[nodiscard]] DDLogMessage* made() const noexcept { return made_; }
 
-  [[nodiscard]] const LogSite& site() const noexcept { return site_; }
-  [[nodiscard]] Date timestamp() const noexcept;
-  [[nodiscard]] std::uint32_t threadId() const noexcept { return threadId_; }
-  [[nodiscard]] std::string_view threadName() const noexcept { return {names(), threadNameSize_}; }
-  [[nodiscard]] std::string_view queueLabel() const noexcept { return {names() + threadNameSize_, queueLabelSize_}; }
-  [[nodiscard]] bool hasTag() const noexcept { return tag_ != nullptr; }
-  [[nodiscard]] Value tag() const { return tag_ ? *tag_ : Value(); }
+  // Of a record with content that was not made elsewhere.
+  [[nodiscard]] const LogSite& site() const noexcept { return whole().site_; }
+  [[nodiscard]] std::uint64_t ticks() const noexcept { return whole().ticks_; }
+  [[nodiscard]] std::uint32_t threadId() const noexcept { return whole().threadId_; }
+  [[nodiscard]] std::string_view threadName() const noexcept { return {whole().names(), whole().threadNameSize_}; }
+  [[nodiscard]] std::string_view queueLabel() const noexcept {
+    return {whole().names() + whole().threadNameSize_, whole().queueLabelSize_};
+  }
+  [[nodiscard]] bool hasTag() const noexcept { return whole().tag_ != nullptr; }
+  [[nodiscard]] Value tag() const { return whole().tag_ ? *whole().tag_ : Value(); }
   [[nodiscard]] NSString text() const;
   /// Appends the text as UTF-8.
   void appendText(std::string& line) const;
 
-  bool hasPermit = false;  // one of those of the bound on messages that wait; the dispatcher's
-
-  /// Lets go of what it holds, and gives it back to where it came from.
+  /// Releases what it holds. (A forked child leaves to its parent what it does not read.)
   void dispose() noexcept;
-  /// The same for a record that was not filled.
-  NK_EXPORT void giveBack() noexcept;
 
  private:
-  friend class LogRecordPool;
-
-  /// Asks for its memory, which is about to be written.
-  void prefetch() const noexcept {
-    for (std::size_t at = 0; at < pooledSize; at += 64)
-      kernel::prefetchForWrite(reinterpret_cast<const char*>(this) + at);
-  }
-  [[nodiscard]] bool claim() noexcept { return !inUse_.exchange(true, std::memory_order_acquire); }
+  LogRecord() noexcept {}  // NOLINT(modernize-use-equals-default): leaves the members as they are, to be filled
 
   [[gnu::always_inline]] bool fillWithin(char* end, const LogSite& site, const LogCaller& caller,
                                          const LogContent& content) noexcept;
+  [[nodiscard]] const LogRecord& whole() const noexcept { return onHeap_ ? *onHeap_ : *this; }
   [[nodiscard]] FormatArguments arguments() const noexcept {
     return {reinterpret_cast<const FormatArgument*>(room_), argumentCount_};
   }
   [[nodiscard]] const char* names() const noexcept { return room_ + argumentCount_ * sizeof(FormatArgument); }
 
-  std::atomic<bool> inUse_{false};
-  bool onHeap_ = false;
-  std::uint16_t argumentCount_ = 0;
-  LogSite site_{};
-  std::int64_t wallNanoseconds_ = 0;
-  std::uint32_t threadId_ = 0, threadNameSize_ = 0, queueLabelSize_ = 0, formatSize_ = 0;
-  const char* format_ = nullptr;
-  Value* tag_ = nullptr;
+  LogRecord* onHeap_;
+  DDLogMessage* made_;  // retained
+  std::uint64_t ticks_;
+  LogSite site_;
+  std::uint32_t threadId_, formatSize_, threadNameSize_, queueLabelSize_, argumentCount_;
+  const char* format_;
+  Value* tag_;
   // The arguments' copies, the thread's name, the queue's label, the tag, and what the copies refer to.
-  alignas(FormatArgument) char room_[152];
+  alignas(FormatArgument) char room_[136];
 };
-static_assert(sizeof(LogRecord) == LogRecord::pooledSize);
+static_assert(sizeof(LogRecord) <= Letter::contentSize && alignof(LogRecord) <= 16);
 
 inline bool LogRecord::fillWithin(char* end, const LogSite& site, const LogCaller& caller,
                                   const LogContent& content) noexcept {
-  argumentCount_ = static_cast<std::uint16_t>(content.arguments.size());
+  onHeap_ = nullptr;
+  made_ = nullptr;
+  argumentCount_ = static_cast<std::uint32_t>(content.arguments.size());
   site_.level = site.level;  // member by member, as the call site has just stored them (FormatCopy.h)
   site_.flag = site.flag;
   site_.context = site.context;
   site_.line = site.line;
   site_.file = site.file;
   site_.function = site.function;
-  wallNanoseconds_ = caller.wallNanoseconds;
+  ticks_ = caller.ticks;
   threadId_ = caller.threadId;
   threadNameSize_ = caller.threadNameSize;
   queueLabelSize_ = caller.queueLabelSize;
   formatSize_ = static_cast<std::uint32_t>(content.format.size());
-  format_ = content.format.data();
   tag_ = nullptr;
 
   const std::size_t copiesSize = content.arguments.size() * sizeof(FormatArgument);
@@ -150,8 +143,10 @@ inline bool LogRecord::fillWithin(char* end, const LogSite& site, const LogCalle
     if (!memory) return false;
     tag_ = ::new (memory) Value(*content.tag);
   }
-  if (copyFormatArguments(reinterpret_cast<FormatArgument*>(room_), content.arguments, room)) [[likely]]
+  if (copyFormatArguments(reinterpret_cast<FormatArgument*>(room_), content.arguments, room)) [[likely]] {
+    format_ = content.format.data();
     return true;
+  }
   if (tag_) tag_->~Value();
   return false;
 }

@@ -96,7 +96,7 @@ class Loop {
 /// False where any queue on the way is serial.
 bool runsSideBySide(const QueueCore* queue) {
   for (; queue != nullptr; queue = queue->target()) {
-    if (queue->kind() == QueueCore::Kind::serial || queue->kind() == QueueCore::Kind::main) return false;
+    if (queue->isSerial()) return false;
   }
   return true;
 }

@@ -1,15 +1,7 @@
 // NorvikCore/platform/dispatch/Item.h - what a queue is a list of.
 //
-// dispatch_async() makes an item of each block, closure and list node in one allocation. Code inside the library that
-// queues many things of one kind derives them from Item and queues them as they are, without any allocation; its run
-// function then gets a whole run of them at once:
-//
-//   struct Line : detail::Item { std::string text; };
-//   void write(detail::Item* item, detail::Cursor& cursor) {
-//     do { consume(static_cast<Line*>(item)); } while ((item = cursor.next()) != nullptr);
-//   }
-//   line->run = &write;
-//   detail::dispatch_async_run(queue, line, detail::Delivery::relaxed);
+// dispatch_async() makes an item of each block, closure and list node in one allocation. Many small things of one kind
+// are better sent as letters (internal/Mailbox.h).
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -22,27 +14,9 @@
 
 namespace norvik::detail {
 
-class QueueCore;
-struct Item;
-
-/// Where a drain of a serial queue stands. Good during one call of a run function.
-class NK_EXPORT Cursor {
- public:
-  /// The following item of the queue, now the caller's, when there is one and its run function is the one that is being
-  /// called; else null. Nothing that was queued in between is passed over.
-  [[nodiscard]] Item* next() noexcept;
-
- private:
-  friend class SerialQueue;
-  friend void runItem(Item* item, QueueCore* queue) noexcept;
-  Cursor(class SerialQueue* queue, void (*run)(Item*, Cursor&)) noexcept : queue_(queue), run_(run) {}
-  class SerialQueue* queue_;
-  void (*run_)(Item*, Cursor&);
-};
-
 /// An item belongs to the queue from when it is queued to when it is handed to its run function, which disposes of it.
 struct Item {
-  using Run = void (*)(Item* first, Cursor& cursor);
+  using Run = void (*)(Item* item);
 
   Item* queueLink = nullptr;  // the queue's
   Run run = nullptr;
@@ -88,7 +62,7 @@ class BlockItem final : public Item {
  private:
   template <class F>
   explicit BlockItem(F&& closure) : closure_(std::forward<F>(closure)) {
-    run = [](Item* item, Cursor&) {
+    run = [](Item* item) {
       const Disposal disposal{static_cast<BlockItem*>(item)};
       static_cast<void>(std::move(disposal.block->closure_)());
     };

@@ -132,10 +132,5 @@ void enqueue(const dispatch_queue_t& queue, Item* item, Delivery delivery, Order
   queue.core()->push(item, delivery, order);
 }
 
-void dispatch_async_run(const dispatch_queue_t& queue, Item* item, Delivery delivery) {
-  requireQueue(queue, "dispatch_async_run");
-  queue.core()->push(item, delivery, Order::normal);
-}
-
 }  // namespace detail
 }  // namespace norvik

@@ -33,6 +33,7 @@
 namespace norvik {
 
 namespace detail {
+class QueueCore;
 NK_EXPORT void retainCore(QueueCore* queue) noexcept;
 NK_EXPORT void releaseCore(QueueCore* queue) noexcept;
 }  // namespace detail
@@ -163,9 +164,6 @@ auto runSynchronously(const dispatch_queue_t& queue, Order order, F&& block) -> 
     return *std::move(result);
   }
 }
-
-/// Queues an item as it is (see Item.h).
-NK_EXPORT void dispatch_async_run(const dispatch_queue_t& queue, Item* item, Delivery delivery);
 
 }  // namespace detail
 

@@ -14,14 +14,14 @@ namespace detail {
 void retainCore(SemaphoreCore* semaphore) noexcept { semaphore->retain(); }
 void releaseCore(SemaphoreCore* semaphore) noexcept { semaphore->release(); }
 
-bool SemaphoreCore::takeBy(std::uint64_t deadline, const HelpGoal& goal) noexcept {
+bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
     if (tryTake()) return true;
     spinPause();
   }
   if (deadline <= monotonicNanoseconds()) return tryTake();
-  PatientWait wait(goal);
+  PatientWait wait(HelpGoal{});
   // give() adds the permit before it looks for sleepers, and here it is the other way round: one of the two sees the
   // other.
   sleepers_.fetch_add(1, std::memory_order_seq_cst);
@@ -31,18 +31,16 @@ bool SemaphoreCore::takeBy(std::uint64_t deadline, const HelpGoal& goal) noexcep
     taken = tryTake();
     if (taken || !timeLeft) break;
     timeLeft = wait.sleep(wakes_, seen, 1, deadline);
-    if (wait.hasForked()) [[unlikely]]
-      return false;
   }
   sleepers_.fetch_sub(1, std::memory_order_relaxed);
   return taken;
 }
 
-bool SemaphoreCore::give(std::uint32_t permits) noexcept {
-  permits_.fetch_add(permits, std::memory_order_seq_cst);
+bool SemaphoreCore::give() noexcept {
+  permits_.fetch_add(1, std::memory_order_seq_cst);
   if (sleepers_.load(std::memory_order_seq_cst) == 0) return false;
   wakes_.fetch_add(1, std::memory_order_seq_cst);
-  futexWake(&wakes_, static_cast<int>(permits));
+  futexWake(&wakes_, 1);
   return true;
 }
 
@@ -66,13 +64,4 @@ std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
   return kept.core()->give() ? 1 : 0;
 }
 
-namespace detail {
-
-std::uint32_t availablePermits(const dispatch_semaphore_t& semaphore) noexcept { return semaphore.core()->available(); }
-
-void givePermits(const dispatch_semaphore_t& semaphore, std::uint32_t permits) noexcept {
-  semaphore.core()->give(permits);
-}
-
-}  // namespace detail
 }  // namespace norvik

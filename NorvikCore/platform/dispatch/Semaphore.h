@@ -34,12 +34,4 @@ NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& sema
 /// Gives a permit. Not 0 when a thread was asleep for it.
 NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);
 
-namespace detail {
-/// How many permits are free at this moment.
-[[nodiscard]] NK_EXPORT std::uint32_t availablePermits(const dispatch_semaphore_t& semaphore) noexcept;
-
-/// Gives several permits at once, and wakes as many threads at most. For who keeps the semaphore for good.
-NK_EXPORT void givePermits(const dispatch_semaphore_t& semaphore, std::uint32_t permits) noexcept;
-}  // namespace detail
-
 }  // namespace norvik

@@ -132,33 +132,6 @@ TEST_F(Suspension, AReaderOfASuspendedConcurrentQueueMayReadWithinItsBlock) {
   EXPECT_TRUE(ran);
 }
 
-struct Line : detail::Item {
-  Line(std::string& page, const dispatch_queue_t& own) : text(&page), queue(&own) { run = &write; }
-  std::string* text;
-  const dispatch_queue_t* queue;
-
-  /// Notes how many lines came at once.
-  static void write(detail::Item* item, detail::Cursor& cursor) {
-    auto* line = static_cast<Line*>(item);
-    if (line->text->empty()) dispatch_suspend(*line->queue);
-    int count = 1;
-    while (cursor.next() != nullptr) ++count;
-    *line->text += std::to_string(count) + " ";
-  }
-};
-
-TEST_F(Suspension, ARunOfItemsEndsAtASuspension) {
-  std::string page;
-  std::vector<Line> lines(4, Line(page, serial));
-  dispatch_sync(serial, [&] {
-    for (Line& line : lines) detail::dispatch_async_run(serial, &line, detail::Delivery::prompt);
-  });
-  settle(target);
-  EXPECT_EQ(dispatch_sync(target, [&] { return page; }), "1 ");
-  dispatch_resume(serial);
-  EXPECT_EQ(dispatch_sync(serial, [&] { return page; }), "1 3 ");
-}
-
 TEST_F(Suspension, TimersThatFireTogetherStopAtASuspensionAndKeepTheirPlace) {
   dispatch_manual_clock clock;
   std::string seen;

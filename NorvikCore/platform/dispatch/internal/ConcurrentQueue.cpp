@@ -89,7 +89,7 @@ bool ConcurrentQueue::leadsTo(const HelpGoal& goal) noexcept {
   return !suspended_ && (goal.queue == this || admitted_.anyIs(isStep) || pending_.anyIs(isStep));
 }
 
-void ConcurrentQueue::Ticket::runTicket(Item* item, Cursor&) {
+void ConcurrentQueue::Ticket::runTicket(Item* item) {
   ConcurrentQueue* const of = static_cast<Ticket*>(item)->queue;
   freeItem(item);
   of->runAdmitted(takeHelpGoal());

@@ -33,7 +33,7 @@ class ConcurrentQueue final : public QueueCore {
  private:
   struct Ticket : Item {
     explicit Ticket(ConcurrentQueue* of) noexcept : queue(of) { run = &runTicket; }
-    static void runTicket(Item* item, Cursor& cursor);
+    static void runTicket(Item* item);
     ConcurrentQueue* const queue;
   };
   struct Admission {

@@ -5,13 +5,15 @@
 // save what the forking thread itself holds. The dropped blocks are not destroyed: what they hold is the parent's.
 #pragma once
 
+#include "NorvikCore/platform/export.h"
+
 #include <utility>
 
 namespace norvik::detail {
 
 /// Registered from watchForks() to unwatchForks(): between the end of the construction and the beginning of the
 /// destruction, for another thread may fork at any moment.
-class ForkAware {
+class NK_EXPORT ForkAware {
  public:
   ForkAware() = default;
   virtual ~ForkAware() = default;

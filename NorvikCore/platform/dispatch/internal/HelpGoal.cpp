@@ -10,7 +10,8 @@ constinit thread_local const HelpGoal* currentHelpGoal = nullptr;
 bool HelpGoal::isReachedBy(Item* item) const noexcept {
   if (item == waiter) return true;
   if (group != 0 && item->group == group) return true;
-  if (SerialQueue* serial = SerialQueue::drainedBy(item)) return serial->lastTowards(*this) != nullptr;
+  if (SerialQueue* serial = SerialQueue::drainedBy(item))
+    return serial == queue || serial->lastTowards(*this) != nullptr;
   if (ConcurrentQueue* concurrent = ConcurrentQueue::admittedBy(item)) return concurrent->leadsTo(*this);
   return false;
 }

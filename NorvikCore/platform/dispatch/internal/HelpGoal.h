@@ -14,12 +14,10 @@
 namespace norvik::detail {
 
 class QueueCore;
-class SerialQueue;
 
 /// One of these, or none: the thread waits for something that cannot be told from the queues.
 struct HelpGoal {
-  const Item* waiter = nullptr;      // the turn of a thread that waits in a queue,
-  const SerialQueue* of = nullptr;   // this one, if it is serial
+  const Item* waiter = nullptr;      // the turn of a thread that waits in a queue
   std::uint32_t group = 0;           // the blocks of a group
   const QueueCore* queue = nullptr;  // any progress of that queue
 

@@ -28,7 +28,7 @@ struct RemoteCall : Item {
   SyncWaiter done{false};
 };
 
-void runRemoteCall(Item* item, Cursor&) {
+void runRemoteCall(Item* item) {
   auto* call = static_cast<RemoteCall*>(item);
   {
     const FrameScope frame(call->queue, call->caller);

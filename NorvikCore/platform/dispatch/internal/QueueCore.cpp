@@ -1,7 +1,6 @@
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
 
 #include "NorvikCore/platform/dispatch/internal/GlobalQueue.h"
-#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 
@@ -73,13 +72,9 @@ void QueueCore::pushToTarget(Item* item, Delivery delivery) {
 void retainCore(QueueCore* queue) noexcept { queue->retainHandle(); }
 void releaseCore(QueueCore* queue) noexcept { queue->releaseHandle(); }
 
-Item* Cursor::next() noexcept { return queue_ == nullptr ? nullptr : queue_->takeNextLike(run_); }
-
 void runItem(Item* item, QueueCore* queue) noexcept {
-  const bool serial = queue->kind() == QueueCore::Kind::serial || queue->kind() == QueueCore::Kind::main;
-  Cursor cursor(serial ? static_cast<SerialQueue*>(queue) : nullptr, item->run);
   try {
-    item->run(item, cursor);
+    item->run(item);
   } catch (...) {
     endProcessForException(queue);
   }

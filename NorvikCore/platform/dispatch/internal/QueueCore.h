@@ -20,7 +20,7 @@ namespace norvik::detail {
 
 class QueueCore : public ForkAware {
  public:
-  enum class Kind : std::uint8_t { serial, concurrent, global, main };
+  enum class Kind : std::uint8_t { serial, mailbox, concurrent, global, main };
 
   QueueCore(Kind kind, const char* label) : kind_(kind), label_(label == nullptr ? "" : label) {}
   ~QueueCore() override;
@@ -46,6 +46,10 @@ class QueueCore : public ForkAware {
   void resume() noexcept;
 
   [[nodiscard]] Kind kind() const noexcept { return kind_; }
+  /// One block at a time: it is a SerialQueue.
+  [[nodiscard]] bool isSerial() const noexcept {
+    return kind_ == Kind::serial || kind_ == Kind::mailbox || kind_ == Kind::main;
+  }
   [[nodiscard]] const char* label() const noexcept { return label_.c_str(); }
   [[nodiscard]] QueueCore* target() const noexcept { return target_.load(std::memory_order_relaxed); }
   /// Only while running alone on the queue, which takes over a reference. Gives back the old target, with its

@@ -1,9 +1,6 @@
 // NorvikCore/platform/dispatch/internal/SemaphoreCore.h - permits, and how many threads sleep for one.
 #pragma once
 
-#include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
-#include "NorvikCore/platform/kernel/internal/Prefetch.h"
-
 #include <atomic>
 #include <cstdint>
 
@@ -18,25 +15,16 @@ class SemaphoreCore {
   }
 
   [[nodiscard]] bool tryTake() noexcept {
-    std::uint32_t permits = 0;
-    return tryTake(permits);
-  }
-  /// The same; tells how many permits there were.
-  [[nodiscard]] bool tryTake(std::uint32_t& permits) noexcept {
-    permits = permits_.load(std::memory_order_seq_cst);
+    std::uint32_t permits = permits_.load(std::memory_order_seq_cst);
     while (permits > 0) {
       if (permits_.compare_exchange_weak(permits, permits - 1, std::memory_order_seq_cst)) return true;
     }
     return false;
   }
-  /// False when the deadline, a point of the monotonic clock, came first. `goal`: what gives permits, if that is known;
-  /// false too where that has forked and this is the child.
-  bool takeBy(std::uint64_t deadline, const HelpGoal& goal = {}) noexcept;
-  /// Asks for the memory of the permits, which are about to change.
-  void prefetch() const noexcept { kernel::prefetchForWrite(&permits_); }
-  [[nodiscard]] std::uint32_t available() const noexcept { return permits_.load(std::memory_order_relaxed); }
+  /// False when the deadline, a point of the monotonic clock, came first.
+  bool takeBy(std::uint64_t deadline) noexcept;
   /// True when a thread slept.
-  bool give(std::uint32_t permits = 1) noexcept;
+  bool give() noexcept;
 
  private:
   std::atomic<std::uint32_t> references_{1};

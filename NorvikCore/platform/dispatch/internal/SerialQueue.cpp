@@ -19,7 +19,7 @@ SerialQueue::SerialQueue(Kind kind, const char* label) : QueueCore(kind, label) 
   drainItem_.run = &runDrain;
 }
 
-void SerialQueue::runDrain(Item* item, Cursor&) {
+void SerialQueue::runDrain(Item* item) {
   SerialQueue* queue = static_cast<DrainItem*>(item)->queue;
   queue->drainMayWait_.store(false, std::memory_order_relaxed);
   if (const HelpGoal* goal = takeHelpGoal()) [[unlikely]] {
@@ -31,8 +31,12 @@ void SerialQueue::runDrain(Item* item, Cursor&) {
 }
 
 void SerialQueue::push(Item* item, Delivery delivery, Order) {
+  append(item, delivery == Delivery::relaxed ? kItemRelaxed : 0, delivery);
+}
+
+void SerialQueue::append(Item* item, std::uint32_t flags, Delivery delivery) {
   const bool relaxed = delivery == Delivery::relaxed;
-  item->queueFlags = relaxed ? kItemRelaxed : 0;
+  item->queueFlags = flags;
   std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
   do {
     // Before the item can be seen, so that whoever is in a hurry later sees it too. In vain when another is faster
@@ -66,15 +70,19 @@ void SerialQueue::hurry() noexcept {
 
 void SerialQueue::enter(Order) {
   if (tryEnter()) return;
-  if (isHeld(this)) reportMisuse("dispatch_sync for a queue that the calling code holds would never return", this);
-  for (;;) {
-    SyncWaiter waiter(false);
-    while (!append(&waiter)) {
-      if (tryEnter()) return;
-    }
-    hurry();
-    if (waiter.wait(this)) return;
+  while (!waitForTurn(kItemWaiter)) {
   }
+}
+
+bool SerialQueue::waitForTurn(std::uint32_t flags) {
+  if (isHeld(this)) reportMisuse("dispatch_sync for a queue that the calling code holds would never return", this);
+  SyncWaiter waiter(false);
+  waiter.queueFlags = flags;
+  while (!tryAppend(&waiter)) {
+    if (tryEnter()) return true;
+  }
+  hurry();
+  return waiter.wait(this);
 }
 
 void SerialQueue::leave(Order) noexcept {
@@ -126,16 +134,8 @@ Item* SerialQueue::takeReady() noexcept {
   return item;
 }
 
-Item* SerialQueue::takeNextLike(Item::Run run) noexcept {
-  const Item* item = peek();
-  if (item == nullptr || item->run != run || (item->queueFlags & kItemWaiter) != 0) return nullptr;
-  if (isSuspended()) [[unlikely]]
-    return nullptr;
-  return takeReady();
-}
-
-void SerialQueue::putBack(Item* item) noexcept {
-  item->queueFlags = 0;
+void SerialQueue::putBack(Item* item, std::uint32_t flags) noexcept {
+  item->queueFlags = flags;
   item->queueLink = std::exchange(ready_, item);
   readyIsRelaxed_ = false;
 }
@@ -211,7 +211,7 @@ void SerialQueue::passOn() noexcept {
       continue;
     }
     if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & kItemWaiter) != 0) {
+    if ((item->queueFlags & kItemWaiter) != 0 && grantsAtOnce()) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
       return;

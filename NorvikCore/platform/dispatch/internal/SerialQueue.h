@@ -15,7 +15,6 @@
 #include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
-#include "NorvikCore/platform/kernel/internal/Prefetch.h"
 
 #include <atomic>
 #include <cstddef>
@@ -23,24 +22,16 @@
 
 namespace norvik::detail {
 
+class SyncWaiter;
+
 class SerialQueue : public QueueCore {
  public:
   explicit SerialQueue(const char* label) : SerialQueue(Kind::serial, label) {}
 
-  void push(Item* item, Delivery delivery, Order order) final;
+  void push(Item* item, Delivery delivery, Order order) override;
   void enter(Order order) override;
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;
-
-  /// push() of a relaxed item, where the queue is owned; that is one compare-and-swap and wakes nobody. False, with
-  /// nothing done, where it is idle.
-  [[nodiscard]] bool tryPushRelaxed(Item* item) noexcept {
-    item->queueFlags = kItemRelaxed;
-    return append(item);
-  }
-
-  /// Asks for the memory of the inbox, which is about to change.
-  void prefetch() const noexcept { kernel::prefetchForWrite(&inbox_); }
 
   /// enter(), where it takes no waiting.
   [[nodiscard]] bool tryEnter() noexcept {
@@ -50,8 +41,6 @@ class SerialQueue : public QueueCore {
   /// leave(), where nothing waits.
   [[nodiscard]] bool tryLeave() noexcept { return ready_ == nullptr && tryIdle(); }
 
-  /// The next item if its run function is `run`. For the owner.
-  [[nodiscard]] Item* takeNextLike(Item::Run run) noexcept;
   /// For the owner, between two items: whether to stop.
   [[nodiscard]] bool isSuspended() const noexcept { return mustPark_.load(std::memory_order_relaxed); }
   /// The queue whose drain the item is; null for other items.
@@ -61,7 +50,7 @@ class SerialQueue : public QueueCore {
   /// The last item that is a step to the goal, null where none is. For the owner.
   [[nodiscard]] Item* lastTowards(const HelpGoal& goal) noexcept;
   /// Puts an item before all others. For the owner.
-  void putBack(Item* item) noexcept;
+  void putBack(Item* item, std::uint32_t flags = 0) noexcept;
 
  protected:
   SerialQueue(Kind kind, const char* label);
@@ -70,12 +59,23 @@ class SerialQueue : public QueueCore {
   virtual void schedule(Delivery delivery);
 
   /// Runs the items; then the queue is idle, or passed on. By the owner.
-  void drain();
+  virtual void drain();
   /// The same, up to the goal.
-  void drainTowards(const HelpGoal& goal);
+  virtual void drainTowards(const HelpGoal& goal);
+
+  /// Queues an item with its flags; schedules a drain if the queue was idle.
+  void append(Item* item, std::uint32_t flags, Delivery delivery);
+  /// The end of enter(), where the queue was not idle. False where a block that ran meanwhile has forked and this is
+  /// the child.
+  [[nodiscard]] bool waitForTurn(std::uint32_t flags);
+  /// A waiter that is reached when the queue is passed on gets it at once; else a drain comes first.
+  [[nodiscard]] virtual bool grantsAtOnce() const noexcept { return true; }
 
   /// Ends ownership: idle, or parked, or the next waiter, or another drain.
   void passOn() noexcept;
+  /// Ends ownership of a suspended queue; false when it is not suspended.
+  [[nodiscard]] bool tryPark() noexcept;
+  void endSuspension() noexcept override;
 
   /// Takes over all that was queued; tells how many items there are now.
   std::size_t collectAll() noexcept;
@@ -101,9 +101,9 @@ class SerialQueue : public QueueCore {
     SerialQueue* queue = nullptr;
   };
 
-  static void runDrain(Item* item, Cursor& cursor);
+  static void runDrain(Item* item);
   /// Queues the item unless the queue is idle; tells whether it did.
-  bool append(Item* item) noexcept {
+  bool tryAppend(Item* item) noexcept {
     std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
     do {
       if (old == kIdle) return false;
@@ -113,10 +113,7 @@ class SerialQueue : public QueueCore {
     return true;
   }
   void collect() noexcept;
-  /// Ends ownership of a suspended queue; false when it is not suspended.
-  [[nodiscard]] bool tryPark() noexcept;
   void beginSuspension() noexcept override;
-  void endSuspension() noexcept override;
   static std::uintptr_t wordOf(const Item* item) noexcept { return reinterpret_cast<std::uintptr_t>(item); }
   static Item* itemOf(std::uintptr_t word) noexcept { return reinterpret_cast<Item*>(word & ~kFlags); }
 

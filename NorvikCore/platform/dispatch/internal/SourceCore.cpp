@@ -14,7 +14,7 @@ std::shared_ptr<TimerClock> systemClock() { return {std::shared_ptr<void>(), &Sy
 }  // namespace
 
 SourceCore::SourceCore(const dispatch_queue_t& queue) : clock_(systemClock()), queue_(queue) {
-  run = [](Item* item, Cursor&) {
+  run = [](Item* item) {
     SourceCore* source = static_cast<SourceCore*>(item);
     source->deliver();
     source->release();

@@ -20,8 +20,7 @@ bool SyncWaiter::wait(const QueueCore* queue) noexcept {
     if ((state_.load(std::memory_order_acquire) & kGranted) != 0) return true;
     spinPause();
   }
-  const bool isSerial = queue != nullptr && queue->kind() == QueueCore::Kind::serial;
-  PatientWait wait(HelpGoal{.waiter = this, .of = isSerial ? static_cast<const SerialQueue*>(queue) : nullptr});
+  PatientWait wait(HelpGoal{.waiter = this});
   std::uint32_t state = state_.fetch_or(kAsleep, std::memory_order_acquire) | kAsleep;
   for (; (state & kGranted) == 0; state = state_.load(std::memory_order_acquire)) {
     wait.sleep(state_, state, kNudge);

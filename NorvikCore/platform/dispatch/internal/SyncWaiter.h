@@ -8,6 +8,8 @@
 
 namespace norvik::detail {
 
+class QueueCore;
+
 /// Lives on the stack of the thread that waits. Whoever reaches it in the queue gives the queue to that thread.
 class SyncWaiter : public Item {
  public:

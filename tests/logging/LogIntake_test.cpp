@@ -2,7 +2,6 @@
 // queue.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
-#include "NorvikCore/logging/internal/LogRecordPool.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -51,7 +50,7 @@ struct Raising {
   [[nodiscard]] std::string description() const { throw NSException("NSGenericException", "no description"); }
 };
 
-class LogCall : public test::CleanDDLog {
+class LogIntake : public test::CleanDDLog {
  protected:
   void SetUp() override {
     CleanDDLog::SetUp();
@@ -81,7 +80,7 @@ class LogCall : public test::CleanDDLog {
   Latch held, released;
 };
 
-TEST_F(LogCall, TextsAreCopied) {
+TEST_F(LogIntake, TextsAreCopied) {
   hold();
   char array[] = "array";
   std::string buffer = "buffer", text = "text", view = "a view";
@@ -93,7 +92,7 @@ TEST_F(LogCall, TextsAreCopied) {
   EXPECT_THAT(go(), ElementsAre("array buffer text view string"));
 }
 
-TEST_F(LogCall, NumbersAndPlainValuesAreCopied) {
+TEST_F(LogIntake, NumbersAndPlainValuesAreCopied) {
   hold();
   int number = 42;
   double floating = 1.5;
@@ -109,7 +108,7 @@ TEST_F(LogCall, NumbersAndPlainValuesAreCopied) {
   EXPECT_THAT(go(), ElementsAre("42 1.50 x 1 1234.50 2001-01-01 00:00:00 +0000 7 (null)"));
 }
 
-TEST_F(LogCall, ObjectsAreDescribedAtTheCall) {
+TEST_F(LogIntake, ObjectsAreDescribedAtTheCall) {
   hold();
   const auto array = make<NSMutableArray>();
   std::string elsewhere = "before";
@@ -120,7 +119,7 @@ TEST_F(LogCall, ObjectsAreDescribedAtTheCall) {
   EXPECT_THAT(go(), ElementsAre(described + " before"));
 }
 
-TEST_F(LogCall, ARunTimeFormatNeedNotLive) {
+TEST_F(LogIntake, ARunTimeFormatNeedNotLive) {
   hold();
   std::string format = "%d items";
   {
@@ -130,7 +129,7 @@ TEST_F(LogCall, ARunTimeFormatNeedNotLive) {
   EXPECT_THAT(go(), ElementsAre("3 items"));
 }
 
-TEST_F(LogCall, APrecisionBoundsATextWithoutEnd) {
+TEST_F(LogIntake, APrecisionBoundsATextWithoutEnd) {
   hold();
   const auto letters = std::make_unique<char[]>(3);
   std::memcpy(letters.get(), "abc", 3);
@@ -140,14 +139,14 @@ TEST_F(LogCall, APrecisionBoundsATextWithoutEnd) {
   EXPECT_THAT(go(), ElementsAre("abc|ab|xy"));
 }
 
-TEST_F(LogCall, AddressesAreThoseOfTheArguments) {
+TEST_F(LogIntake, AddressesAreThoseOfTheArguments) {
   hold();
   const char* const text = "text";
   log("%p %s", text, text);
   EXPECT_THAT(go(), ElementsAre(stringWithFormat("%p text", text).str()));
 }
 
-TEST_F(LogCall, EveryConversionSaysLaterWhatItSaysAtOnce) {
+TEST_F(LogIntake, EveryConversionSaysLaterWhatItSaysAtOnce) {
   hold();
   log("%5d|%-5d|%05d|%+d|%*d", 42, 42, 42, 42, 4, 42);
   log("%x|%#X|%o|%u|%hhd", 255, 255, 8, 7U, static_cast<signed char>(-1));
@@ -163,14 +162,14 @@ TEST_F(LogCall, EveryConversionSaysLaterWhatItSaysAtOnce) {
                                 "no arguments", ""));
 }
 
-TEST_F(LogCall, HalvesOfACharacterRejoin) {
+TEST_F(LogIntake, HalvesOfACharacterRejoin) {
   hold();
   const NSString smile = "\U0001F600";
   log("%@%@", smile.substringToIndex(1), smile.substringFromIndex(1));
   EXPECT_THAT(go(), ElementsAre("\U0001F600"));
 }
 
-TEST_F(LogCall, WhatIsLargeArrivesToo) {
+TEST_F(LogIntake, WhatIsLargeArrivesToo) {
   hold();
   const std::string large(100000, 'y');
   const NSString shared(std::string(1000, 'z'));
@@ -180,7 +179,7 @@ TEST_F(LogCall, WhatIsLargeArrivesToo) {
   EXPECT_THAT(go(), ElementsAre(large, "short", "123456789" + std::string(1000, 'z')));
 }
 
-TEST_F(LogCall, AThousandCallsArriveInOrder) {
+TEST_F(LogIntake, AThousandCallsArriveInOrder) {
   hold();
   for (int i = 0; i < 999; ++i) log("%d", i);
   const std::vector<std::string> texts = go();
@@ -188,18 +187,19 @@ TEST_F(LogCall, AThousandCallsArriveInOrder) {
   for (std::size_t i = 0; i < texts.size(); ++i) ASSERT_EQ(texts[i], std::to_string(i));
 }
 
-TEST_F(LogCall, TheTimeIsThatOfTheCall) {
+TEST_F(LogIntake, TheTimeIsThatOfTheCall) {
   hold();
   const Date before = Date::systemDate();
   log("now");
   const Date after = Date::systemDate();
   while (Date::systemDate().timeIntervalSinceDate(after) < 0.01) std::this_thread::yield();
   go();
-  EXPECT_GE(messages.at(0)->timestamp(), before);
-  EXPECT_LE(messages.at(0)->timestamp(), after);
+  constexpr double accuracy = 1e-6;
+  EXPECT_GE(messages.at(0)->timestamp().timeIntervalSinceDate(before), -accuracy);
+  EXPECT_LE(messages.at(0)->timestamp().timeIntervalSinceDate(after), accuracy);
 }
 
-TEST_F(LogCall, TheTimeIsTheRealOneAlsoWhileAnotherDateIsMocked) {
+TEST_F(LogIntake, TheTimeIsTheRealOneAlsoWhileAnotherDateIsMocked) {
   hold();
   const Date before = Date::systemDate();
   const auto real = Date::setCurrentDateSource([]() -> std::optional<Date> { return Date::distantPast(); });
@@ -207,11 +207,11 @@ TEST_F(LogCall, TheTimeIsTheRealOneAlsoWhileAnotherDateIsMocked) {
   log("formed at once: %@", NSArray::arrayWith({1}));
   Date::setCurrentDateSource(real);
   go();
-  EXPECT_GE(messages.at(0)->timestamp(), before);
+  EXPECT_GE(messages.at(0)->timestamp().timeIntervalSinceDate(before), -1e-6);
   EXPECT_GE(messages.at(1)->timestamp(), before);
 }
 
-TEST_F(LogCall, ThreadAndNameAreThoseOfTheCall) {
+TEST_F(LogIntake, ThreadAndNameAreThoseOfTheCall) {
   hold();
   std::uint32_t id = 0;
   std::thread([&] {
@@ -236,7 +236,7 @@ TEST_F(LogCall, ThreadAndNameAreThoseOfTheCall) {
   for (const auto& message : messages) EXPECT_EQ(message->machThreadID(), id);
 }
 
-TEST_F(LogCall, AThreadThatIsRenamedBehindTheLibrarysBackSoonLogsItsNewName) {
+TEST_F(LogIntake, AThreadThatIsRenamedBehindTheLibrarysBackSoonLogsItsNewName) {
   std::thread([&] {
     pthread_setname_np(pthread_self(), "clerk");
     log("1");
@@ -253,7 +253,7 @@ TEST_F(LogCall, AThreadThatIsRenamedBehindTheLibrarysBackSoonLogsItsNewName) {
   }).join();
 }
 
-TEST_F(LogCall, TheQueueIsThatOfTheCall) {
+TEST_F(LogIntake, TheQueueIsThatOfTheCall) {
   hold();
   dispatch_sync(dispatch_queue_create("payroll"), [] { log("short"); });
   dispatch_sync(dispatch_queue_create(std::string(300, 'q').c_str()), [] { log("long"); });
@@ -267,7 +267,7 @@ TEST_F(LogCall, TheQueueIsThatOfTheCall) {
   EXPECT_STREQ(messages[2]->queueLabel(), "off any queue");
 }
 
-TEST_F(LogCall, CallsThatJustFitTheirRoomAndThoseThatDoNotAreWhole) {
+TEST_F(LogIntake, CallsThatJustFitTheirRoomAndThoseThatDoNotAreWhole) {
   // Off any queue a thread's name is the label too: together 2, 4, 30, 32, 34, 98, 100 and 102 bytes.
   constexpr std::size_t lengths[] = {1, 2, 15, 16, 17, 49, 50, 51};
   hold();
@@ -297,7 +297,7 @@ TEST_F(LogCall, CallsThatJustFitTheirRoomAndThoseThatDoNotAreWhole) {
   }
 }
 
-TEST_F(LogCall, ATagIsKeptAndLetGo) {
+TEST_F(LogIntake, ATagIsKeptAndLetGo) {
   hold();
   auto tag = make<NSMutableArray>();
   const Weak<NSMutableArray> watched = tag;
@@ -310,13 +310,13 @@ TEST_F(LogCall, ATagIsKeptAndLetGo) {
   EXPECT_FALSE(watched.lock());
 }
 
-TEST_F(LogCall, ADescriptionThatRaisesReachesTheCallerAndTakesNoPlaceInTheQueue) {
+TEST_F(LogIntake, ADescriptionThatRaisesReachesTheCallerAndTakesNoPlaceInTheQueue) {
   for (int i = 0; i < 1100; ++i) EXPECT_THROW(log("%@", Raising()), NSException);
   log("after");
   EXPECT_THAT(go(), ElementsAre("after"));
 }
 
-TEST_F(LogCall, AForkedChildLogsWithItsOwnThreadId) {
+TEST_F(LogIntake, AForkedChildLogsWithItsOwnThreadId) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
@@ -337,7 +337,7 @@ TEST_F(LogCall, AForkedChildLogsWithItsOwnThreadId) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST_F(LogCall, AForkLeavesTheLoggingQueueFreeWhereALoggersQueueIsBusy) {
+TEST_F(LogIntake, AForkLeavesTheLoggingQueueFreeWhereALoggersQueueIsBusy) {
   const dispatch_group_t goesOn = dispatch_group_create();
   dispatch_async(logger->loggerQueue(), [this] { released.wait(); });
   test::quietBeforeFork();
@@ -364,7 +364,7 @@ class SuspendingFormatter : public DDLogFormatter {
   Latch suspended;
 };
 
-TEST_F(LogCall, ALoggerThatSuspendsTheLoggingQueueGetsNoFurtherMessage) {
+TEST_F(LogIntake, ALoggerThatSuspendsTheLoggingQueueGetsNoFurtherMessage) {
   clean();
   const test::TemporaryFolder folder;
   const auto file = DDFileLogger::initWithLogFileManager(make<test::RecordingManager>(folder.path()));
@@ -382,7 +382,7 @@ TEST_F(LogCall, ALoggerThatSuspendsTheLoggingQueueGetsNoFurtherMessage) {
   EXPECT_THAT(formatter->formatted, ElementsAre("0", "1", "2", "3", "4", "5"));
 }
 
-TEST_F(LogCall, ALoggerThatTakesMessagesOneByOneMaySuspendTheLoggingQueueToo) {
+TEST_F(LogIntake, ALoggerThatTakesMessagesOneByOneMaySuspendTheLoggingQueueToo) {
   clean();
   const auto suspending = make<RecordingLogger>();
   Latch suspended;
@@ -423,7 +423,7 @@ class ForkingFormatter : public DDLogFormatter {
   int formatted = 0;
 };
 
-TEST_F(LogCall, AChildThatIsForkedWithinAMessageGoesOnWithThatOneAlone) {
+TEST_F(LogIntake, AChildThatIsForkedWithinAMessageGoesOnWithThatOneAlone) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
@@ -441,43 +441,6 @@ TEST_F(LogCall, AChildThatIsForkedWithinAMessageGoesOnWithThatOneAlone) {
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);
   EXPECT_EQ(formatter->formatted, 10);
-}
-
-TEST(LogRecordPool, ThreadsNeverShareARecord) {
-  const auto pool = std::make_unique<detail::LogRecordPool>();
-  const auto owners = std::make_unique<std::atomic<int>[]>(detail::LogRecordPool::count * 2);
-  std::atomic<bool> shared = false;
-  std::vector<std::thread> threads;
-  const auto* const base = reinterpret_cast<const char*>(pool.get());
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      detail::LogRecordPool::Cursor cursor;
-      for (int i = 0; i < 20000; ++i) {
-        detail::LogRecord* const record = pool->take(cursor);
-        if (!record) continue;
-        auto& owner = owners[static_cast<std::size_t>(reinterpret_cast<const char*>(record) - base) /
-                             detail::LogRecord::pooledSize];
-        if (owner.fetch_add(1) != 0) shared = true;
-        owner.fetch_sub(1);
-        record->giveBack();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_FALSE(shared);
-  EXPECT_FALSE(pool->isInUse());
-}
-
-TEST(LogRecordPool, GivesEveryRecordOnceAndThenNone) {
-  const auto pool = std::make_unique<detail::LogRecordPool>();
-  detail::LogRecordPool::Cursor cursor;
-  std::vector<detail::LogRecord*> taken;
-  for (std::size_t i = 0; i < 1024; ++i) taken.push_back(pool->take(cursor));
-  EXPECT_THAT(taken, ::testing::Each(::testing::NotNull()));
-  EXPECT_EQ(pool->take(cursor), nullptr);
-  EXPECT_TRUE(pool->isInUse());
-  for (detail::LogRecord* record : taken) record->giveBack();
-  EXPECT_FALSE(pool->isInUse());
 }
 
 }  // namespace

@@ -1,15 +1,15 @@
-// The caller's side of an asynchronous log call: clock, thread, copies, queue. What it touches is kept small and
+// The caller's side of an asynchronous log call: clock, thread, copies, mailbox. What it touches is kept small and
 // together, for in a program that logs now and then all of it comes from cold caches.
+#include "NorvikCore/logging/internal/LogIntake.h"
+
 #include "NorvikCore/logging/DDLog.h"
-#include "NorvikCore/logging/internal/LogDispatcher.h"
-#include "NorvikCore/platform/dispatch/internal/SemaphoreCore.h"
-#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
+#include "NorvikCore/logging/internal/LogPipeline.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
-#include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/Thread.h"
-#include "NorvikCore/platform/kernel/internal/Prefetch.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
 #include "NorvikCore/platform/kernel/internal/ThreadRevision.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -17,23 +17,20 @@ namespace norvik {
 namespace detail {
 namespace {
 
-// Below so many free permits a message is in a hurry: the writer that looks once a millisecond is asked to come now.
-constexpr std::uint32_t relaxedPermits = LogDispatcher::maximumQueueSize * 9 / 10;
+// How often a caller that waits for room checks whether the loggers wait for it.
+constexpr std::uint64_t lookPause = 10'000'000;
 
 /// What a thread's calls have in common while it is off any queue. Found out anew when the thread is renamed, and once
 /// in a while, for others may name it too.
 struct alignas(64) KnownCaller {
-  static constexpr std::uint64_t lifetime = 50'000'000;  // ns
-
-  std::int64_t since = 0;
+  std::uint64_t since = 0;
   std::uint32_t revision = 0, threadId = 0, threadNameSize = 0, queueLabelSize = 0;
-  LogRecordPool::Cursor cursor;
-  char names[96 + 4];
+  char names[96 + 8];
 };
 constinit thread_local KnownCaller known __attribute__((tls_model("initial-exec"))){};
 
 /// Notes the caller if its names are as short as names are.
-[[gnu::noinline]] bool findOutCaller(std::int64_t now) noexcept {
+[[gnu::noinline]] bool findOutCaller(std::uint64_t now) noexcept {
   const std::string_view name = kernel::currentThreadName();
   const std::string_view label = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL);
   if (name.size() + label.size() > sizeof known.names) return false;
@@ -47,54 +44,63 @@ constinit thread_local KnownCaller known __attribute__((tls_model("initial-exec"
   return true;
 }
 
-bool isKnown(std::int64_t now) noexcept {
-  // Without a sign: a clock that was put back is later than any lifetime.
-  const bool isRecent = static_cast<std::uint64_t>(now - known.since) < KnownCaller::lifetime;
+bool isKnown(std::uint64_t now) noexcept {
+  const bool isRecent = now - known.since < kernel::TickClock::briefly;
   return isRecent & (known.revision == kernel::threadRevision);
 }
 
 }  // namespace
 
-[[gnu::always_inline]] inline LogRecord* LogDispatcher::recordOf(const LogSite& site, const LogCaller& caller,
-                                                                 const LogContent& content) {
-  LogRecord* const record = way.records->take(known.cursor);
-  if (record && record->fill(site, caller, content)) [[likely]]
-    return record;
-  return recordOnHeap(record, site, caller, content);
+[[gnu::always_inline]] inline void LogIntake::queueCallOf(const LogCaller& caller, const LogSite& site,
+                                                          const LogContent& content) {
+  Mailbox& mailbox = *LogPipeline::way.mailbox;
+  Letter* const letter = mailbox.tryClaim();
+  if (letter) [[likely]] {
+    if (LogRecord::make(*letter).fill(site, caller, content)) [[likely]]
+      return mailbox.post(*letter);
+  }
+  queueSlowly(letter, caller, site, content);
 }
 
-/// Where a record is in use, or too small.
-[[gnu::cold]] LogRecord* LogDispatcher::recordOnHeap(LogRecord* record, const LogSite& site, const LogCaller& caller,
-                                                     const LogContent& content) {
-  if (record) record->giveBack();
-  return LogRecord::filledOnHeap(site, caller, content);
+/// A record that is too small for the call, or none free.
+[[gnu::cold, gnu::noinline]] void LogIntake::queueSlowly(Letter* claimed, const LogCaller& caller, const LogSite& site,
+                                                         const LogContent& content) {
+  post(claimed, [&](LogRecord& record) {
+    if (!record.fill(site, caller, content)) record.fillOnHeap(site, caller, content);
+  });
 }
 
-[[gnu::always_inline]] inline void LogDispatcher::queueCallOf(const LogCaller& caller, const LogSite& site,
-                                                              const LogContent& content) {
-  std::uint32_t permits = 0;
-  const bool hasPermit = way.permits->tryTake(permits) || shared().waitForPermit();
-  LogRecord* record = nullptr;
+void LogIntake::queueMessage(const Ref<DDLogMessage>& message) {
+  Letter* const letter = LogPipeline::way.mailbox->tryClaim();
+  post(letter, [&](LogRecord& record) { record.fill(message); });
+}
+
+/// Posts what `fill` makes. Without a letter it waits for one, but where the loggers wait for the caller it takes one
+/// past the bound.
+template <class Fill>
+void LogIntake::post(Letter* claimed, const Fill& fill) {
+  LogPipeline& pipeline = LogPipeline::shared();
+  Mailbox& mailbox = *LogPipeline::way.mailbox;
+  while (!claimed) {
+    if (pipeline.lifetime().holdsUpLoggers()) {
+      auto loose = std::make_unique<LooseLetter>();
+      fill(LogRecord::make(loose->letter));
+      return mailbox.post(loose.release());
+    }
+    if (mailbox.waitForRoom(monotonicNanoseconds() + lookPause)) claimed = mailbox.tryClaim();
+  }
   try {
-    record = recordOf(site, caller, content);
-  } catch (...) {  // no memory
-    if (hasPermit) way.permits->give();
+    fill(LogRecord::make(*claimed));
+  } catch (...) {  // no memory: the letter is one of nothing
+    mailbox.post(*claimed);
     throw;
   }
-  record->run = &LogDispatcher::runRecords;
-  record->hasPermit = hasPermit;
-  way.records->prefetch(known.cursor);  // the next call's, which is in memory of the writer's processor until now
-  if (permits < relaxedPermits) [[unlikely]] {
-    way.queue->push(record, Delivery::prompt, Order::normal);
-  } else if (!way.queue->tryPushRelaxed(record)) [[unlikely]] {
-    way.queue->push(record, Delivery::relaxed, Order::normal);
-  }
+  mailbox.post(*claimed);
 }
 
-[[gnu::always_inline]] inline void LogDispatcher::queueCall(const LogSite& site, const LogContent& content) {
-  way.permits->prefetch();
-  way.queue->prefetch();
-  const std::int64_t now = kernel::wallNanoseconds();
+[[gnu::always_inline]] inline void LogIntake::queueCall(const LogSite& site, const LogContent& content) {
+  LogPipeline::way.mailbox->prefetch();
+  const std::uint64_t now = LogPipeline::way.clock->now();
   if (currentFrame) [[unlikely]]
     return queueCallOfUnknown(site, now, content);
   if (!isKnown(now)) [[unlikely]] {
@@ -104,8 +110,8 @@ bool isKnown(std::int64_t now) noexcept {
 }
 
 /// On a queue, or with long names.
-[[gnu::noinline]] void LogDispatcher::queueCallOfUnknown(const LogSite& site, std::int64_t now,
-                                                         const LogContent& content) {
+[[gnu::noinline]] void LogIntake::queueCallOfUnknown(const LogSite& site, std::uint64_t now,
+                                                     const LogContent& content) {
   const std::string_view name = kernel::currentThreadName();
   const std::string_view label = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL);
   const auto queue = [&](const char* names) __attribute__((noinline)) {
@@ -128,8 +134,8 @@ bool isKnown(std::int64_t now) noexcept {
 
 void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
                      const detail::FormatArgument* arguments) {
-  (void)detail::LogDispatcher::shared();
-  detail::LogDispatcher::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
+  (void)detail::LogPipeline::shared();
+  detail::LogIntake::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
 }
 
 /// Where the text has to be formed now.

@@ -1,0 +1,32 @@
+// NorvikCore/logging/internal/LogIntake.h - the caller's side of the log: a call, or a message made elsewhere, becomes
+// a letter in the mailbox of the logging queue.
+#pragma once
+
+#include "NorvikCore/logging/DDLogMessage.h"
+#include "NorvikCore/logging/internal/LogRecord.h"
+#include "NorvikCore/platform/dispatch/internal/Mailbox.h"
+
+#include <cstdint>
+
+namespace norvik::detail {
+
+/// The permits for messages that wait or are being handed out: a caller without one waits, unless the loggers wait for
+/// it.
+inline constexpr std::uint64_t queueSemaphore = Mailbox::bound;
+static_assert(queueSemaphore == 1000);
+
+class LogIntake {
+ public:
+  /// The calling thread's part of it is as it is now.
+  static void queueCall(const LogSite& site, const LogContent& content);
+  static void queueMessage(const Ref<DDLogMessage>& message);
+
+ private:
+  static void queueCallOfUnknown(const LogSite& site, std::uint64_t ticks, const LogContent& content);
+  static void queueCallOf(const LogCaller& caller, const LogSite& site, const LogContent& content);
+  static void queueSlowly(Letter* claimed, const LogCaller& caller, const LogSite& site, const LogContent& content);
+  template <class Fill>
+  static void post(Letter* claimed, const Fill& fill);
+};
+
+}  // namespace norvik::detail
