@@ -33,7 +33,7 @@ using namespace norvik;
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kTasks = 400'000;
+constexpr int taskCount = 400'000;
 
 double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
@@ -98,11 +98,11 @@ void inPlaceOurs(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// Calls `post` kTasks times, from that many threads.
+/// Calls `post` taskCount times, from that many threads.
 template <class Post>
 void produce(int producers, const Post& post) {
   const auto run = [&] {
-    for (int i = 0; i < kTasks / producers; ++i) post();
+    for (int i = 0; i < taskCount / producers; ++i) post();
   };
   if (producers == 1) return run();
   std::vector<std::thread> threads;
@@ -117,9 +117,9 @@ void postOurs(benchmark::State& state) {
     produce(static_cast<int>(state.range(0)), [&] { queue->dispatchAsynchronously([&count] { ++count; }); });
     long seen = 0;
     queue->dispatchSynchronously([&] { seen = count; });
-    require(seen == kTasks, "every task runs once");
+    require(seen == taskCount, "every task runs once");
   }
-  state.SetItemsProcessed(state.iterations() * kTasks);
+  state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 void postAsio(benchmark::State& state) {
@@ -130,13 +130,13 @@ void postAsio(benchmark::State& state) {
     std::promise<long> all;
     produce(static_cast<int>(state.range(0)), [&] { boost::asio::post(strand, [&count] { ++count; }); });
     boost::asio::post(strand, [&] { all.set_value(count); });
-    require(all.get_future().get() == kTasks, "every task runs once");
+    require(all.get_future().get() == taskCount, "every task runs once");
   }
-  state.SetItemsProcessed(state.iterations() * kTasks);
+  state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
-constexpr int kNames = 20'000;
-constexpr double kInterval = 0.05;  // seconds
+constexpr int nameCount = 20'000;
+constexpr double interval = 0.05;  // seconds
 
 std::string nameOf(int i) { return "employee " + std::to_string(i); }
 
@@ -145,17 +145,17 @@ void namedTimersOurs(benchmark::State& state) {
   for (auto _ : state) {
     const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
     std::vector<NSString> names;
-    for (int i = 0; i < kNames; ++i) names.push_back(NSString(nameOf(i)));
+    for (int i = 0; i < nameCount; ++i) names.push_back(NSString(nameOf(i)));
     std::atomic<int> fired{0};
     const auto start = Clock::now();
     for (const NSString& name : names)
-      queue->scheduleTimerWithName(name, kInterval, TSKTimerRestart, [&fired] { ++fired; });
+      queue->scheduleTimerWithName(name, interval, TSKTimerRestart, [&fired] { ++fired; });
     queue->dispatchSynchronously([] {});
     state.SetIterationTime(secondsSince(start));
-    while (fired < kNames || queue->timerCount() > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    require(fired == kNames, "every timer fires once");
+    while (fired < nameCount || queue->timerCount() > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    require(fired == nameCount, "every timer fires once");
   }
-  state.SetItemsProcessed(state.iterations() * kNames);
+  state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
 /// What one would write for it: a table of timers on a strand.
@@ -165,7 +165,7 @@ class AsioTimers {
   void schedule(const std::string& name, const Handler& handler) {
     boost::asio::post(strand_, [this, name, handler] {
       auto& timer = timers_.try_emplace(name, strand_).first->second;
-      timer.expires_after(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(kInterval)));
+      timer.expires_after(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(interval)));
       timer.async_wait([handler](const boost::system::error_code& error) {
         if (!error) handler();
       });
@@ -187,16 +187,16 @@ void namedTimersAsio(benchmark::State& state) {
   for (auto _ : state) {
     std::atomic<int> fired{0};
     std::vector<std::string> names;
-    for (int i = 0; i < kNames; ++i) names.push_back(nameOf(i));
+    for (int i = 0; i < nameCount; ++i) names.push_back(nameOf(i));
     AsioTimers timers;
     const auto start = Clock::now();
     for (const std::string& name : names) timers.schedule(name, [&fired] { ++fired; });
     timers.waitUntilSet();
     state.SetIterationTime(secondsSince(start));
-    while (fired < kNames) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    require(fired == kNames, "every timer fires once");
+    while (fired < nameCount) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    require(fired == nameCount, "every timer fires once");
   }
-  state.SetItemsProcessed(state.iterations() * kNames);
+  state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
 /// A burst of changes that become one save.
@@ -206,15 +206,15 @@ void restartOurs(benchmark::State& state) {
     std::atomic<int> fired{0};
     const auto start = Clock::now();
     queue->dispatchSynchronously([&] {
-      for (int i = 0; i < kNames; ++i)
-        queue->scheduleTimerWithName("save", kInterval, TSKTimerRestart, [&fired] { ++fired; });
+      for (int i = 0; i < nameCount; ++i)
+        queue->scheduleTimerWithName("save", interval, TSKTimerRestart, [&fired] { ++fired; });
     });
     queue->dispatchSynchronously([] {});
     state.SetIterationTime(secondsSince(start));
     while (fired == 0 || queue->timerCount() > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     require(fired == 1, "the burst fires once");
   }
-  state.SetItemsProcessed(state.iterations() * kNames);
+  state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
 void restartAsio(benchmark::State& state) {
@@ -222,12 +222,12 @@ void restartAsio(benchmark::State& state) {
   for (auto _ : state) {
     std::atomic<int> fired{0};
     const auto start = Clock::now();
-    for (int i = 0; i < kNames; ++i) timers.schedule("save", [&fired] { ++fired; });
+    for (int i = 0; i < nameCount; ++i) timers.schedule("save", [&fired] { ++fired; });
     timers.waitUntilSet();
     state.SetIterationTime(secondsSince(start));
     while (fired == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  state.SetItemsProcessed(state.iterations() * kNames);
+  state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
 BENCHMARK(syncOurs)->Name("wrapper_sync_idle/ours");

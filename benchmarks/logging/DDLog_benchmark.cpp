@@ -330,11 +330,11 @@ void registerAll() {
             *costs = callerCost(who, rhythm.interval, rhythm.groups, rhythm.count);
             return costs->p50;
           },
-          benchmark::kNanosecond);
+          benchmark::nanosecond);
       report(
-          subject + ", p99/" + nameOf(who), [=] { return costs->p99; }, benchmark::kNanosecond);
+          subject + ", p99/" + nameOf(who), [=] { return costs->p99; }, benchmark::nanosecond);
       report(
-          subject + ", mean/" + nameOf(who), [=] { return costs->mean; }, benchmark::kNanosecond);
+          subject + ", mean/" + nameOf(who), [=] { return costs->mean; }, benchmark::nanosecond);
     }
   }
   const struct {

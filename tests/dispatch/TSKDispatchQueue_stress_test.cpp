@@ -23,12 +23,12 @@ using test::concurrent;
 using test::serial;
 using test::Wrapper;
 
-constexpr std::size_t kQueues = 64;
-constexpr std::size_t kThreads = 8;
-constexpr std::size_t kTurns = 1000;
-constexpr int kDepth = 5;
-constexpr std::size_t kMostHops = kThreads * kTurns * ((1 << kDepth) - 1);  // each makes two at most
-constexpr std::size_t kTimerNames = 4;
+constexpr std::size_t queueCount = 64;
+constexpr std::size_t threadCount = 8;
+constexpr std::size_t turns = 1000;
+constexpr int depthLimit = 5;
+constexpr std::size_t mostHops = threadCount * turns * ((1 << depthLimit) - 1);  // each makes two at most
+constexpr std::size_t timerNames = 4;
 
 /// A model of the hierarchy beside the real one: each block knows the queues that it is inside.
 ///
@@ -37,17 +37,17 @@ constexpr std::size_t kTimerNames = 4;
 class Hops {
  public:
   Hops() {
-    for (std::size_t i = 0; i < kQueues; ++i) {
+    for (std::size_t i = 0; i < queueCount; ++i) {
       queues_[i] = isConcurrent(i) ? concurrent() : serial("stress", static_cast<TSKDeadlockBehavior>(i % 4));
     }
   }
 
   void run() {
     std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < kThreads; ++i) {
+    for (std::size_t i = 0; i < threadCount; ++i) {
       threads.emplace_back([this, i] {
         std::mt19937 random(static_cast<unsigned>(i));
-        for (std::size_t turn = 0; turn < kTurns; ++turn) hop(random, {}, kDepth);
+        for (std::size_t turn = 0; turn < turns; ++turn) hop(random, {}, depthLimit);
       });
     }
     for (std::thread& thread : threads) thread.join();
@@ -72,7 +72,7 @@ class Hops {
 
   void hop(std::mt19937& random, const Stack& stack, int depth) {
     if (depth == 0) return;
-    const std::size_t target = random() % kQueues;
+    const std::size_t target = random() % queueCount;
     switch (random() % 8) {
       case 0:
         return setTimer(random, target);
@@ -137,12 +137,12 @@ class Hops {
   /// The real stack is the model's.
   void check(const Stack& stack, std::size_t current) {
     expect(queues_[current]->isCurrentQueue());
-    expect(queues_[current]->timerCount() <= kTimerNames);
-    for (std::size_t i = 0; i < kQueues; i += 3)
+    expect(queues_[current]->timerCount() <= timerNames);
+    for (std::size_t i = 0; i < queueCount; i += 3)
       expect(queues_[i]->isInCurrentQueueStack() == (contains(stack, i) && !isConcurrent(i)));
   }
 
-  static NSString timerName(std::mt19937& random) { return NSString(std::to_string(random() % kTimerNames)); }
+  static NSString timerName(std::mt19937& random) { return NSString(std::to_string(random() % timerNames)); }
   void setTimer(std::mt19937& random, std::size_t target) {
     ++timersSet;
     const double seconds = static_cast<double>(random() % 2000) * 1e-6;
@@ -153,9 +153,9 @@ class Hops {
     });
   }
 
-  std::array<Wrapper, kQueues> queues_;
+  std::array<Wrapper, queueCount> queues_;
   std::atomic<int> waiting_{0};
-  std::vector<std::atomic<unsigned char>> runsOfBlock_ = std::vector<std::atomic<unsigned char>>(kMostHops);
+  std::vector<std::atomic<unsigned char>> runsOfBlock_ = std::vector<std::atomic<unsigned char>>(mostHops);
   std::atomic<std::size_t> asynchronousBlocks_{0};
 };
 

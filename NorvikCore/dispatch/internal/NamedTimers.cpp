@@ -9,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-constexpr double kNanosecond = 1e-9;
+constexpr double nanosecond = 1e-9;
 
 /// Truncated; what is too far ahead is never.
 dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
@@ -108,7 +108,7 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
       date = entry->date + timeInterval;
       start(*timer, date - now);
     } else {
-      start(*timer, kNanosecond);
+      start(*timer, nanosecond);
     }
   } else {
     const double delay = std::max(0.0, timeInterval - (now - referenceTime));

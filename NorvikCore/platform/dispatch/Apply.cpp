@@ -65,11 +65,11 @@ class Loop {
 
   /// How many rounds the thread is to run from `first` on; 0 when none is left.
   std::size_t takeShare(std::size_t& first) noexcept {
-    constexpr std::size_t kSharesPerThread = 8;
+    constexpr std::size_t sharesPerThread = 8;
     first = next_.load(std::memory_order_acquire);
     for (;;) {
       if (first >= count_) return 0;
-      const std::size_t share = std::max<std::size_t>((count_ - first) / (threads_ * kSharesPerThread), 1);
+      const std::size_t share = std::max<std::size_t>((count_ - first) / (threads_ * sharesPerThread), 1);
       if (next_.compare_exchange_weak(first, first + share, std::memory_order_acq_rel, std::memory_order_acquire))
         return share;
     }

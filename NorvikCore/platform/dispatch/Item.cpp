@@ -12,13 +12,13 @@ struct Header {
   ItemPage* page;
 };
 // Keeps the item behind it aligned as the heap aligns.
-constexpr std::size_t kHeaderSpace = alignof(std::max_align_t);
+constexpr std::size_t headerSpace = alignof(std::max_align_t);
 
 Header* headerOf(void* item) { return static_cast<Header*>(item) - 1; }
 
 void* allocateFromHeap(std::size_t size) {
-  auto* memory = static_cast<std::byte*>(::operator new(kHeaderSpace + size));
-  return memory + kHeaderSpace;
+  auto* memory = static_cast<std::byte*>(::operator new(headerSpace + size));
+  return memory + headerSpace;
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ void freeItem(void* item) noexcept {
   ItemPage* page = headerOf(item)->page;
   if (page != nullptr) [[likely]]
     return ItemPages::giveBack(page);
-  ::operator delete(static_cast<std::byte*>(item) - kHeaderSpace);
+  ::operator delete(static_cast<std::byte*>(item) - headerSpace);
 }
 
 }  // namespace norvik::detail

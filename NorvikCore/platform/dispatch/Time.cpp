@@ -8,15 +8,15 @@ namespace {
 
 // A point of the wall clock is kept as its negative, so that bit 63 tells the clocks apart. ~0 is FOREVER and ~0 - 1
 // would be one nanosecond after 1970: the smallest wall point is 2.
-constexpr std::uint64_t kLast = (std::uint64_t{1} << 63) - 1;
-constexpr std::uint64_t kFirstWallPoint = 2;
+constexpr std::uint64_t lastPoint = (std::uint64_t{1} << 63) - 1;
+constexpr std::uint64_t firstWallPoint = 2;
 
-bool isWall(dispatch_time_t when) { return when > kLast; }
+bool isWall(dispatch_time_t when) { return when > lastPoint; }
 
 dispatch_time_t monotonicPoint(std::uint64_t nanoseconds) { return nanoseconds == 0 ? 1 : nanoseconds; }
 
 dispatch_time_t wallPoint(std::uint64_t nanoseconds) {
-  return std::uint64_t{0} - (nanoseconds < kFirstWallPoint ? kFirstWallPoint : nanoseconds);
+  return std::uint64_t{0} - (nanoseconds < firstWallPoint ? firstWallPoint : nanoseconds);
 }
 
 struct Shifted {
@@ -27,7 +27,7 @@ struct Shifted {
 Shifted shift(std::uint64_t nanoseconds, std::int64_t delta) {
   if (delta >= 0) {
     const std::uint64_t sum = nanoseconds + static_cast<std::uint64_t>(delta);  // both are below 2^63
-    return {sum, sum > kLast};
+    return {sum, sum > lastPoint};
   }
   const std::uint64_t back = std::uint64_t{0} - static_cast<std::uint64_t>(delta);
   return {back >= nanoseconds ? 0 : nanoseconds - back, false};
@@ -50,7 +50,7 @@ dispatch_time_t dispatch_walltime(const std::timespec* when, std::int64_t delta)
     start = detail::wallNanoseconds();
   } else if (when->tv_sec >= 0) {
     const std::uint64_t seconds = static_cast<std::uint64_t>(when->tv_sec);
-    if (seconds >= kLast / static_cast<std::uint64_t>(NSEC_PER_SEC)) return DISPATCH_TIME_FOREVER;
+    if (seconds >= lastPoint / static_cast<std::uint64_t>(NSEC_PER_SEC)) return DISPATCH_TIME_FOREVER;
     start = seconds * static_cast<std::uint64_t>(NSEC_PER_SEC) + static_cast<std::uint64_t>(when->tv_nsec);
   }
   const Shifted shifted = shift(start, delta);
@@ -68,7 +68,7 @@ ClockPoint clockPoint(dispatch_time_t when, std::uint64_t monotonicNow) noexcept
 std::uint64_t wallNanoseconds() noexcept { return static_cast<std::uint64_t>(kernel::wallNanoseconds()); }
 
 std::uint64_t monotonicDeadline(dispatch_time_t when) noexcept {
-  if (when == DISPATCH_TIME_FOREVER) return kNoDeadline;
+  if (when == DISPATCH_TIME_FOREVER) return noDeadline;
   const std::uint64_t now = monotonicNanoseconds();
   const ClockPoint point = clockPoint(when, now);
   if (point.clock == ClockKind::monotonic) return point.nanoseconds;

@@ -13,7 +13,7 @@
 namespace norvik {
 namespace {
 
-constexpr std::string_view kIdentifierKey = "CFBundleIdentifier";
+constexpr std::string_view identifierKey = "CFBundleIdentifier";
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view blanks = " \t\r";
@@ -90,7 +90,7 @@ bool NSBundle::isMain() const noexcept { return this == mainOnce(); }
 NSString NSBundle::bundlePath() const { return folderOf(executablePath_.str()); }
 
 std::optional<NSString> NSBundle::bundleIdentifier() const {
-  const Value value = objectForInfoDictionaryKey(kIdentifierKey);
+  const Value value = objectForInfoDictionaryKey(identifierKey);
   const NSString* text = value.string();
   if (text == nullptr || text->length() == 0) return std::nullopt;
   return *text;
@@ -101,7 +101,7 @@ Value NSBundle::objectForInfoDictionaryKey(const NSString& key) const {
     const MutexLock lock(mutex_);
     if (const Value* value = set_->find(key)) return *value;
   }
-  if (key == kIdentifierKey && isMain()) {
+  if (key == identifierKey && isMain()) {
     const char* identifier = std::getenv("NORVIK_BUNDLE_IDENTIFIER");
     if (identifier != nullptr && *identifier != '\0') return NSString(identifier);
   }
@@ -121,8 +121,8 @@ void NSBundle::setObject_forInfoDictionaryKey(const Value& value, const NSString
 
 Ref<NSDictionary> NSBundle::infoDictionary() const {
   const Ref<NSMutableDictionary> all = NSMutableDictionary::dictionaryWithDictionary(*read_);
-  const Value identifier = objectForInfoDictionaryKey(kIdentifierKey);
-  if (!identifier.isAbsent()) all->setObject(identifier, kIdentifierKey);
+  const Value identifier = objectForInfoDictionaryKey(identifierKey);
+  if (!identifier.isAbsent()) all->setObject(identifier, identifierKey);
   const MutexLock lock(mutex_);
   all->addEntriesFromDictionary(*set_);
   return all->copy();

@@ -11,7 +11,7 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
+constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
 
 long futex(const void* word, int operation, std::uint32_t value, const timespec* deadline) noexcept {
   return syscall(SYS_futex, word, operation | FUTEX_PRIVATE_FLAG, value, deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
@@ -21,10 +21,10 @@ long futex(const void* word, int operation, std::uint32_t value, const timespec*
 
 bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint64_t deadline) noexcept {
   timespec until{};
-  until.tv_sec = static_cast<time_t>(deadline / kNanosecondsPerSecond);
-  until.tv_nsec = static_cast<long>(deadline % kNanosecondsPerSecond);
+  until.tv_sec = static_cast<time_t>(deadline / nanosecondsPerSecond);
+  until.tv_nsec = static_cast<long>(deadline % nanosecondsPerSecond);
   // FUTEX_WAIT_BITSET takes an absolute deadline of the monotonic clock.
-  const long result = futex(&word, FUTEX_WAIT_BITSET, expected, deadline == kNoDeadline ? nullptr : &until);
+  const long result = futex(&word, FUTEX_WAIT_BITSET, expected, deadline == noDeadline ? nullptr : &until);
   return result == 0 || errno != ETIMEDOUT;
 }
 

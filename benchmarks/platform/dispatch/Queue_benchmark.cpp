@@ -32,7 +32,7 @@ namespace {
 using namespace norvik;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kTasks = 400'000;
+constexpr int taskCount = 400'000;
 
 void require(bool right, const char* what) {
   if (right) return;
@@ -40,11 +40,11 @@ void require(bool right, const char* what) {
   std::exit(1);
 }
 
-/// Calls `post` kTasks times, from that many threads.
+/// Calls `post` taskCount times, from that many threads.
 template <class Post>
 void produce(int producers, const Post& post) {
   const auto run = [&] {
-    for (int i = 0; i < kTasks / producers; ++i) post();
+    for (int i = 0; i < taskCount / producers; ++i) post();
   };
   if (producers == 1) return run();
   std::vector<std::thread> threads;
@@ -57,9 +57,9 @@ void postOurs(benchmark::State& state) {
   for (auto _ : state) {
     long count = 0;
     produce(static_cast<int>(state.range(0)), [&] { dispatch_async(queue, [&count] { ++count; }); });
-    require(dispatch_sync(queue, [&] { return count; }) == kTasks, "every task runs once");
+    require(dispatch_sync(queue, [&] { return count; }) == taskCount, "every task runs once");
   }
-  state.SetItemsProcessed(state.iterations() * kTasks);
+  state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 void postAsio(benchmark::State& state) {
@@ -70,9 +70,9 @@ void postAsio(benchmark::State& state) {
     std::promise<long> all;
     produce(static_cast<int>(state.range(0)), [&] { boost::asio::post(strand, [&count] { ++count; }); });
     boost::asio::post(strand, [&] { all.set_value(count); });
-    require(all.get_future().get() == kTasks, "every task runs once");
+    require(all.get_future().get() == taskCount, "every task runs once");
   }
-  state.SetItemsProcessed(state.iterations() * kTasks);
+  state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 void syncOurs(benchmark::State& state) {

@@ -146,11 +146,11 @@ TEST_F(ItemPages, AThreadMayDispatchToItsVeryEnd) {
 }
 
 TEST_F(ItemPages, ItemsMadeAndFreedByManyThreadsAtOnceAreAllDifferent) {
-  constexpr int kThreads = 4;
-  std::vector<std::vector<void*>> made(kThreads);
+  constexpr int threadCount = 4;
+  std::vector<std::vector<void*>> made(threadCount);
   const auto each = [](const auto& work) {
     std::vector<std::thread> threads;
-    for (std::size_t t = 0; t < kThreads; ++t) threads.emplace_back([&work, t] { work(t); });
+    for (std::size_t t = 0; t < threadCount; ++t) threads.emplace_back([&work, t] { work(t); });
     for (auto& thread : threads) thread.join();
   };
   for (int round = 0; round < 5; ++round) {
@@ -161,7 +161,7 @@ TEST_F(ItemPages, ItemsMadeAndFreedByManyThreadsAtOnceAreAllDifferent) {
     // Every thread frees a part of what every other has made.
     each([&](std::size_t t) {
       for (const auto& items : made) {
-        for (std::size_t i = t; i < items.size(); i += kThreads) freeItem(items[i]);
+        for (std::size_t i = t; i < items.size(); i += threadCount) freeItem(items[i]);
       }
     });
   }

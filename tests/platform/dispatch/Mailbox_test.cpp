@@ -35,7 +35,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-constexpr std::uint64_t kForever = UINT64_MAX;
+constexpr std::uint64_t forever = UINT64_MAX;
 
 /// A letter or a block: of whom, and which.
 struct Mark {
@@ -75,7 +75,7 @@ class Mailbox : public test::WatchedTest {
     return true;
   }
   void send(int number, int sender = 0) {
-    while (!trySend(number, sender)) (void)mailbox->waitForRoom(kForever);
+    while (!trySend(number, sender)) (void)mailbox->waitForRoom(forever);
   }
   void sendLoose(int number) {
     auto* loose = new LooseLetter;
@@ -247,7 +247,7 @@ TEST_F(Mailbox, AThousandLettersMayWaitAndNotOneMore) {
   EXPECT_FALSE(mailbox->waitForRoom(0));
   EXPECT_FALSE(mailbox->waitForRoom(static_cast<std::uint64_t>(kernel::monotonicNanoseconds()) + 2'000'000));
   dispatch_resume(queue());
-  EXPECT_TRUE(mailbox->waitForRoom(kForever));
+  EXPECT_TRUE(mailbox->waitForRoom(forever));
   send(1000);
   dispatch_sync(queue(), [] {});
   EXPECT_EQ(numbers(), upTo(1001));

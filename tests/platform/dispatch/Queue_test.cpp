@@ -53,15 +53,15 @@ TEST_F(Queue, SerialBlocksRunInTheOrderInWhichTheyWereQueued) {
 
 TEST_F(Queue, SerialBlocksOfManyProducersExcludeEachOtherAndKeepEachProducersOrder) {
   auto queue = dispatch_queue_create(nullptr);
-  constexpr int kProducers = 8;
-  constexpr int kBlocks = 5000;
-  std::vector<std::vector<int>> seen(kProducers);
+  constexpr int producerCount = 8;
+  constexpr int blockCount = 5000;
+  std::vector<std::vector<int>> seen(producerCount);
   std::vector<std::thread> producers;
-  std::latch start(kProducers);
-  for (std::size_t p = 0; p < kProducers; ++p) {
+  std::latch start(producerCount);
+  for (std::size_t p = 0; p < producerCount; ++p) {
     producers.emplace_back([&, p] {
       start.arrive_and_wait();
-      for (int i = 0; i < kBlocks; ++i) {
+      for (int i = 0; i < blockCount; ++i) {
         if (i % 100 == 99) {
           dispatch_sync(queue, [&] { seen[p].push_back(i); });
         } else if (i % 2 == 0) {
@@ -75,8 +75,8 @@ TEST_F(Queue, SerialBlocksOfManyProducersExcludeEachOtherAndKeepEachProducersOrd
   for (auto& producer : producers) producer.join();
   dispatch_sync(queue, [] {});
   for (const auto& list : seen) {
-    ASSERT_EQ(list.size(), static_cast<std::size_t>(kBlocks));
-    for (int i = 0; i < kBlocks; ++i) ASSERT_EQ(list[static_cast<std::size_t>(i)], i);
+    ASSERT_EQ(list.size(), static_cast<std::size_t>(blockCount));
+    for (int i = 0; i < blockCount; ++i) ASSERT_EQ(list[static_cast<std::size_t>(i)], i);
   }
 }
 
@@ -86,18 +86,18 @@ TEST_F(Queue, OnAnIdleQueueASyncBlockRunsOnTheCallersThread) {
 }
 
 TEST_F(Queue, TwoHundredSerialQueuesThatWaitForOneAnotherInAChainFinish) {
-  constexpr std::size_t kQueues = 200;
+  constexpr std::size_t queueCount = 200;
   std::vector<dispatch_queue_t> queues;
-  for (std::size_t i = 0; i < kQueues; ++i) queues.push_back(dispatch_queue_create(nullptr));
+  for (std::size_t i = 0; i < queueCount; ++i) queues.push_back(dispatch_queue_create(nullptr));
   auto done = dispatch_semaphore_create(0);
   std::atomic<int> finished{0};
   std::latch queued(1);
   // Each queue's block waits for the block of the next queue, which is on its way already.
-  for (std::size_t i = 0; i < kQueues; ++i) {
+  for (std::size_t i = 0; i < queueCount; ++i) {
     dispatch_async(queues[i], [&, i] {
       queued.wait();
-      if (i + 1 < kQueues) dispatch_sync(queues[i + 1], [] {});
-      if (finished.fetch_add(1) + 1 == static_cast<int>(kQueues)) dispatch_semaphore_signal(done);
+      if (i + 1 < queueCount) dispatch_sync(queues[i + 1], [] {});
+      if (finished.fetch_add(1) + 1 == static_cast<int>(queueCount)) dispatch_semaphore_signal(done);
     });
   }
   queued.count_down();

@@ -289,21 +289,21 @@ TEST_F(Source, TimersOfSeveralQueuesThatFireAtOnceKeepTheirOrderOnEach) {
 }
 
 TEST_F(Source, ThousandsOfTimersThatAreDueAtOnceFireOnceEachInOrder) {
-  constexpr int kTimers = 3000;
+  constexpr int timerCount = 3000;
   std::vector<dispatch_source_t> sources;
   std::vector<int> order;
-  for (int i = 0; i < kTimers; ++i) {
-    const int slot = i * 7919 % kTimers;
+  for (int i = 0; i < timerCount; ++i) {
+    const int slot = i * 7919 % timerCount;
     sources.push_back(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue_));
     dispatch_source_set_clock(sources.back(), clock_);
     dispatch_source_set_event_handler(sources.back(), [&order, slot] { order.push_back(slot); });
     dispatch_source_set_timer(sources.back(), clock_.time(slot), 0, 0);
     dispatch_resume(sources.back());
   }
-  clock_.advance(kTimers);
+  clock_.advance(timerCount);
   dispatch_sync(queue_, [] {});
   ASSERT_EQ(order.size(), 3000U);
-  for (int i = 0; i < kTimers; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+  for (int i = 0; i < timerCount; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
 TEST_F(Source, AHandlerMayCancelTheNextOneThatIsDueAtTheSameTime) {
@@ -392,21 +392,21 @@ TEST_F(Source, AnEmptyQueueIsTheGlobalOne) {
 
 TEST_F(Source, ByTheRealClockTimersFireInOrderAndNeverEarly) {
   using Clock = std::chrono::steady_clock;
-  constexpr int kTimers = 200;
+  constexpr int timerCount = 200;
   std::vector<dispatch_source_t> sources;
-  std::vector<Clock::time_point> due(kTimers);
+  std::vector<Clock::time_point> due(timerCount);
   std::vector<int> order;
   std::atomic<int> early{0};
   auto done = dispatch_semaphore_create(0);
   const auto base = Clock::now() + std::chrono::milliseconds(5);
-  for (int i = 0; i < kTimers; ++i) {
-    const int slot = (i * 37) % kTimers;  // set in a mixed order
+  for (int i = 0; i < timerCount; ++i) {
+    const int slot = (i * 37) % timerCount;  // set in a mixed order
     const auto at = base + std::chrono::microseconds(100 * slot);
     auto source = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue_);
     dispatch_source_set_event_handler(source, [&, slot, at] {
       if (Clock::now() < at) ++early;
       order.push_back(slot);
-      if (order.size() == kTimers) dispatch_semaphore_signal(done);
+      if (order.size() == timerCount) dispatch_semaphore_signal(done);
     });
     dispatch_source_set_timer(source, static_cast<dispatch_time_t>(at.time_since_epoch().count()), 0, 0);
     dispatch_resume(source);
@@ -414,7 +414,7 @@ TEST_F(Source, ByTheRealClockTimersFireInOrderAndNeverEarly) {
   }
   dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
   EXPECT_EQ(early.load(), 0);
-  for (int i = 0; i < kTimers; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+  for (int i = 0; i < timerCount; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
 TEST_F(Source, ATimerOfTheWallClockFollowsItWhenItIsSet) {

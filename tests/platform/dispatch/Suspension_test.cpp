@@ -200,7 +200,7 @@ TEST_F(Suspension, ASuspendedQueueWithoutWorkGoesWithItsLastHandle) {
 
 TEST_F(Suspension, NothingIsLostOrReorderedWhileManyThreadsSuspendAndResume) {
   for (const auto attribute : {DISPATCH_QUEUE_SERIAL, DISPATCH_QUEUE_CONCURRENT}) {
-    constexpr int kBlocks = 3000;
+    constexpr int blockCount = 3000;
     auto queue = dispatch_queue_create(nullptr, attribute);
     std::atomic<bool> stop{false};
     int next[2] = {0, 0};
@@ -217,7 +217,7 @@ TEST_F(Suspension, NothingIsLostOrReorderedWhileManyThreadsSuspendAndResume) {
     std::vector<std::thread> producers;
     for (int& mine : next) {
       producers.emplace_back([&] {
-        for (int i = 0; i < kBlocks; ++i) {
+        for (int i = 0; i < blockCount; ++i) {
           const auto block = [&mine, &wrong, i] { wrong += mine++ == i ? 0 : 1; };
           if (i % 100 == 99) {
             dispatch_barrier_sync(queue, block);
@@ -233,8 +233,8 @@ TEST_F(Suspension, NothingIsLostOrReorderedWhileManyThreadsSuspendAndResume) {
     stop = true;
     for (auto& thread : switches) thread.join();
     dispatch_barrier_sync(queue, [&] {
-      EXPECT_EQ(next[0], kBlocks);
-      EXPECT_EQ(next[1], kBlocks);
+      EXPECT_EQ(next[0], blockCount);
+      EXPECT_EQ(next[1], blockCount);
       EXPECT_EQ(wrong, 0);
     });
   }

@@ -34,7 +34,7 @@ using detail::ThreadStartsFail;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr const char* kReport = "no worker thread is free and none can be started";
+constexpr const char* report = "no worker thread is free and none can be started";
 
 class ThreadShortage : public test::WatchedTest {
  protected:
@@ -314,20 +314,20 @@ TEST_F(ThreadShortage, TheConsoleSaysSoOnceAndAttemptsAreRare) {
     EXPECT_EQ(runs, 1000);
     const std::uint64_t intervals = (detail::monotonicNanoseconds() - begin) / detail::ThreadShortage::interval;
     EXPECT_LE(ThreadStartsFail::attempts(), 2 * (intervals + 2)) << "of workers and of the timers' thread";
-    EXPECT_THAT(console.lines(), ElementsAre(HasSubstr(kReport)));
+    EXPECT_THAT(console.lines(), ElementsAre(HasSubstr(report)));
   });
 }
 
 TEST_F(ThreadShortage, AfterItNothingIsLostAndOrderIsKept) {
   RUN_IN_CHILD({
-    constexpr int kQueues = 20;
-    constexpr int kBlocks = 100;
+    constexpr int queueCount = 20;
+    constexpr int blockCount = 100;
     std::vector<dispatch_queue_t> queues;
-    std::vector<std::vector<int>> runs(kQueues);
+    std::vector<std::vector<int>> runs(queueCount);
     std::atomic<int> count{0};
     const auto add = [&](int begin, int end) {
       for (int i = begin; i < end; ++i) {
-        for (std::size_t q = 0; q < kQueues; ++q) {
+        for (std::size_t q = 0; q < queueCount; ++q) {
           dispatch_async(queues[q], [&, q, i] {
             runs[q].push_back(i);
             ++count;
@@ -335,21 +335,21 @@ TEST_F(ThreadShortage, AfterItNothingIsLostAndOrderIsKept) {
         }
       }
     };
-    for (int i = 0; i < kQueues; ++i) queues.push_back(dispatch_queue_create(nullptr));
+    for (int i = 0; i < queueCount; ++i) queues.push_back(dispatch_queue_create(nullptr));
     {
       const ThreadStartsFail shortage;
-      add(0, kBlocks / 2);
+      add(0, blockCount / 2);
       dispatch_sync(queues[3], [] {});
       dispatch_sync(queues[7], [] {});
-      EXPECT_EQ(count, kBlocks) << "two queues of " << kBlocks / 2;
+      EXPECT_EQ(count, blockCount) << "two queues of " << blockCount / 2;
     }
-    add(kBlocks / 2, kBlocks);
-    while (count < kQueues * kBlocks) {  // a thread that asks the library for nothing but the time
+    add(blockCount / 2, blockCount);
+    while (count < queueCount * blockCount) {  // a thread that asks the library for nothing but the time
       dispatch_async(dispatch_get_global_queue(), [] {});
       std::this_thread::yield();
     }
     std::vector<int> expected;
-    for (int i = 0; i < kBlocks; ++i) expected.push_back(i);
+    for (int i = 0; i < blockCount; ++i) expected.push_back(i);
     for (const std::vector<int>& run : runs) EXPECT_EQ(run, expected);
   });
 }
@@ -469,7 +469,7 @@ TEST_F(ThreadShortage, AProcessWhoseUserMayHaveNoMoreThreadsGoesOn) {
     auto done = dispatch_semaphore_create(0);
     std::string runs;
     dispatch_async(queue, [&] { runs += "1"; });
-    EXPECT_THAT(console.lines(), ElementsAre(HasSubstr(kReport)));
+    EXPECT_THAT(console.lines(), ElementsAre(HasSubstr(report)));
     dispatch_sync(queue, [&] { runs += "2"; });
     EXPECT_EQ(runs, "12");
     dispatch_async(queue, [&] { dispatch_semaphore_signal(done); });

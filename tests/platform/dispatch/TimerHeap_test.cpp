@@ -36,7 +36,7 @@ TEST(TimerHeap, GivesEntriesByDeadlineThenByAge) {
   EXPECT_EQ(due[2].entry, &c);
   EXPECT_EQ(due[1].setting, 7U);
   EXPECT_EQ(a.kept, 1);
-  EXPECT_EQ(heap.nextDeadline(), TimerHeap::kNever);
+  EXPECT_EQ(heap.nextDeadline(), TimerHeap::noMoment);
 }
 
 TEST(TimerHeap, CountsThePeriodsThatHavePassedAndStaysOnTheGrid) {
@@ -56,10 +56,10 @@ TEST(TimerHeap, CountsThePeriodsThatHavePassedAndStaysOnTheGrid) {
 TEST(TimerHeap, AVeryLongPeriodEndsAtTheEndOfTime) {
   TimerHeap heap;
   Entry entry;
-  heap.add(entry, {100, TimerHeap::kNever - 5, 0, 0});
+  heap.add(entry, {100, TimerHeap::noMoment - 5, 0, 0});
   std::vector<DueTimer> due;
   heap.takeDue(100, 10, due);
-  EXPECT_EQ(heap.nextDeadline(), TimerHeap::kNever);
+  EXPECT_EQ(heap.nextDeadline(), TimerHeap::noMoment);
 }
 
 TEST(TimerHeap, TimersWithALeewayMeetAtAMultipleOfTheLargestPowerOfTwoInIt) {
@@ -75,7 +75,7 @@ TEST(TimerHeap, TimersWithALeewayMeetAtAMultipleOfTheLargestPowerOfTwoInIt) {
       {"never by more than the leeway", 1001, 0, 16, 1008},
       {"half a period at most", 1000, 40, 1'000'000, 1008},
       {"a period of one", 1000, 1, 1'000'000, 1000},
-      {"the end of time", TimerHeap::kNever - 3, 0, 1024, TimerHeap::kNever},
+      {"the end of time", TimerHeap::noMoment - 3, 0, 1024, TimerHeap::noMoment},
       {"any leeway", 1000, 0, ~std::uint64_t{0}, std::uint64_t{1} << 63},
   };
   for (const auto& row : rows) {

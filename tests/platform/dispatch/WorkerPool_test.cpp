@@ -121,9 +121,9 @@ TEST_F(WorkerPool, AWorkerIsReadyWhereWorkIsAnnounced) {
 TEST_F(WorkerPool, WorkersThatAreBlockedInWaysNobodyKnowsOfGetHelp) {
   std::atomic<bool> release{false};
   std::atomic<int> blocked{0};
-  constexpr int kBlocks = 8;
+  constexpr int blockCount = 8;
   auto group = dispatch_group_create();
-  for (int i = 0; i < kBlocks; ++i) {
+  for (int i = 0; i < blockCount; ++i) {
     dispatch_group_async(group, dispatch_get_global_queue(), [&] {
       ++blocked;
       release.wait(false);  // the library cannot tell this from work
@@ -136,7 +136,7 @@ TEST_F(WorkerPool, WorkersThatAreBlockedInWaysNobodyKnowsOfGetHelp) {
     release.notify_all();
   });
   EXPECT_EQ(dispatch_group_wait(group, DISPATCH_TIME_FOREVER), 0);
-  EXPECT_EQ(blocked.load(), kBlocks);
+  EXPECT_EQ(blocked.load(), blockCount);
   EXPECT_EQ(ran, 1);
 }
 
@@ -216,15 +216,15 @@ TEST_F(WorkerPool, AnIdlePoolStopsLooking) {
 }
 
 TEST_F(WorkerPool, RelaxedBlocksFromManyThreadsAllRun) {
-  constexpr int kQueues = 8;
+  constexpr int queueCount = 8;
   std::vector<dispatch_queue_t> queues;
-  for (int i = 0; i < kQueues; ++i) queues.push_back(dispatch_queue_create(nullptr));
+  for (int i = 0; i < queueCount; ++i) queues.push_back(dispatch_queue_create(nullptr));
   std::atomic<int> runs{0};
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([&, t] {
       for (int i = 0; i < 5000; ++i) {
-        const auto& queue = queues[static_cast<std::size_t>((i + t) % kQueues)];
+        const auto& queue = queues[static_cast<std::size_t>((i + t) % queueCount)];
         dispatch_async_relaxed(queue, [&] { ++runs; });
         if (i % 500 == 0) std::this_thread::yield();
       }

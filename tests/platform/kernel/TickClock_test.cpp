@@ -10,7 +10,7 @@
 namespace norvik::kernel {
 namespace {
 
-constexpr std::int64_t kMicrosecond = 1000;
+constexpr std::int64_t microsecond = 1000;
 
 struct Noted {
   std::int64_t before, after;
@@ -59,7 +59,7 @@ TEST(TickClock, ANoteComesOutAsTheTimeOfItsMakingToAMicrosecond) {
   }
   // A virtual machine's own pauses show in one or the other.
   std::sort(errors.begin(), errors.end());
-  EXPECT_LE(errors[errors.size() * 95 / 100], kMicrosecond);
+  EXPECT_LE(errors[errors.size() * 95 / 100], microsecond);
 }
 
 TEST(TickClock, ANoteMayBeOlderOrYoungerThanTheLastReading) {
@@ -69,8 +69,8 @@ TEST(TickClock, ANoteMayBeOlderOrYoungerThanTheLastReading) {
   letPass(1'000'000);
   clock.read();
   const Noted younger = noteNow(clock);
-  EXPECT_LE(error(clock, older), 5 * kMicrosecond);
-  EXPECT_LE(error(clock, younger), 5 * kMicrosecond);
+  EXPECT_LE(error(clock, older), 5 * microsecond);
+  EXPECT_LE(error(clock, younger), 5 * microsecond);
   EXPECT_LT(clock.wallNanoseconds(older.note), clock.wallNanoseconds(younger.note));
 }
 
@@ -82,7 +82,7 @@ TEST(TickClock, NotesKeepTheirOrderAndTheirDistance) {
   const std::uint64_t second = clock.now();
   clock.read();
   const std::int64_t distance = clock.wallNanoseconds(second) - clock.wallNanoseconds(first);
-  EXPECT_GE(distance, 2'000'000 - kMicrosecond);
+  EXPECT_GE(distance, 2'000'000 - microsecond);
   EXPECT_LE(distance, 200'000'000) << "unless the machine paused";
 }
 
@@ -99,7 +99,7 @@ TEST(TickClock, ReadingsOverSecondsDoNotDrift) {
       errors.push_back(error(clock, noted));
     }
     std::sort(errors.begin(), errors.end());
-    ASSERT_LE(errors[2], kMicrosecond) << "in the tenth of a second number " << i;
+    ASSERT_LE(errors[2], microsecond) << "in the tenth of a second number " << i;
   }
 }
 

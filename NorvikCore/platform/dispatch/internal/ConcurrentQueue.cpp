@@ -9,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-Order orderOf(const Item* item) { return (item->queueFlags & kItemBarrier) != 0 ? Order::barrier : Order::normal; }
+Order orderOf(const Item* item) { return (item->queueFlags & itemBarrier) != 0 ? Order::barrier : Order::normal; }
 
 }  // namespace
 
@@ -26,7 +26,7 @@ void ConcurrentQueue::admit(Admission& admission) {
   while (!pending_.empty() && mayRun(orderOf(pending_.first()))) {
     Item* item = pending_.takeFirst();
     begin(orderOf(item));
-    if ((item->queueFlags & kItemWaiter) != 0) {
+    if ((item->queueFlags & itemWaiter) != 0) {
       admission.waiters.append(item);
     } else {
       admitted_.append(item);
@@ -44,7 +44,7 @@ void ConcurrentQueue::carryOut(Admission& admission, Delivery delivery) {
 }
 
 void ConcurrentQueue::push(Item* item, Delivery delivery, Order order) {
-  item->queueFlags = order == Order::barrier ? kItemBarrier : 0;
+  item->queueFlags = order == Order::barrier ? itemBarrier : 0;
   Admission admission;
   {
     const QueueLock lock(mutex_);

@@ -11,10 +11,10 @@ namespace {
 
 /// As the queue would run them one by one. What one throws ends the process.
 void runAll(const std::vector<Item*>& items, SerialQueue* queue) noexcept {
-  constexpr std::size_t kAhead = 4;
+  constexpr std::size_t ahead = 4;
   const std::uint32_t generation = kernel::forkGeneration();
   for (std::size_t i = 0; i < items.size(); ++i) {
-    if (i + kAhead < items.size()) prefetchItem(items[i + kAhead]);
+    if (i + ahead < items.size()) prefetchItem(items[i + ahead]);
     runItem(items[i], queue);
     if (kernel::forkGeneration() != generation) return;  // the others are the parent's
     if (queue->isSuspended()) [[unlikely]] {

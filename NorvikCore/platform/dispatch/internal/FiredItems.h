@@ -11,8 +11,9 @@ namespace norvik::detail {
 
 /// Asks the processor for an item's first lines of memory, of whatever it is part.
 inline void prefetchItem(const void* item) noexcept {
-  constexpr std::size_t kLine = 64;
-  for (std::size_t line = 0; line < 3; ++line) kernel::prefetchForWrite(static_cast<const char*>(item) + line * kLine);
+  constexpr std::size_t cacheLine = 64;
+  for (std::size_t line = 0; line < 3; ++line)
+    kernel::prefetchForWrite(static_cast<const char*>(item) + line * cacheLine);
 }
 
 /// Items that follow each other for one serial queue are handed to it as one, a table of them: one atomic operation,

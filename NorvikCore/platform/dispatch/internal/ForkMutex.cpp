@@ -3,21 +3,21 @@
 namespace norvik::detail {
 
 bool ForkMutex::lockSlowly() noexcept {
-  constexpr int kSpins = 60;
+  constexpr int spins = 60;
   const std::uint32_t free = wordOfThisProcess();
-  std::uint32_t asTaken = free | kTaken;
+  std::uint32_t asTaken = free | takenWord;
   for (int spin = 0;;) {
     std::uint32_t word = word_.load(std::memory_order_relaxed);
-    if ((word & ~kStates) != free || word == free) {
+    if ((word & ~stateBits) != free || word == free) {
       const bool forked = word != free;
       if (word_.compare_exchange_weak(word, asTaken, std::memory_order_acquire, std::memory_order_relaxed))
         return forked;
-    } else if (spin < kSpins) {
+    } else if (spin < spins) {
       ++spin;
       spinPause();
-    } else if (word == (free | kContended) || word_.compare_exchange_weak(word, free | kContended)) {
-      futexWait(word_, free | kContended);
-      asTaken = free | kContended;  // there may be other sleepers: at worst one wake-up too many
+    } else if (word == (free | contendedWord) || word_.compare_exchange_weak(word, free | contendedWord)) {
+      futexWait(word_, free | contendedWord);
+      asTaken = free | contendedWord;  // there may be other sleepers: at worst one wake-up too many
     }
   }
 }

@@ -19,18 +19,18 @@ class NK_CAPABILITY("mutex") ForkMutex {
   /// True the first time in a child made by fork().
   [[nodiscard]] bool lock() noexcept NK_ACQUIRE() {
     std::uint32_t free = wordOfThisProcess();
-    if (word_.compare_exchange_strong(free, free | kTaken, std::memory_order_acquire, std::memory_order_relaxed))
+    if (word_.compare_exchange_strong(free, free | takenWord, std::memory_order_acquire, std::memory_order_relaxed))
         [[likely]]
       return false;
     return lockSlowly();
   }
   void unlock() noexcept NK_RELEASE() {
-    const std::uint32_t free = word_.load(std::memory_order_relaxed) & ~kStates;
-    if ((word_.exchange(free, std::memory_order_release) & kStates) == kContended) futexWake(&word_, 1);
+    const std::uint32_t free = word_.load(std::memory_order_relaxed) & ~stateBits;
+    if ((word_.exchange(free, std::memory_order_release) & stateBits) == contendedWord) futexWake(&word_, 1);
   }
 
  private:
-  static constexpr std::uint32_t kTaken = 1, kContended = 2, kStates = 3;
+  static constexpr std::uint32_t takenWord = 1, contendedWord = 2, stateBits = 3;
   static std::uint32_t wordOfThisProcess() noexcept { return kernel::forkGeneration() << 2; }
   bool lockSlowly() noexcept;
 

@@ -6,10 +6,10 @@
 namespace norvik::detail {
 
 // What a queue notes on an item while it holds it.
-inline constexpr std::uint32_t kItemWaiter = 1;   // a SyncWaiter: a thread that waits for its turn
-inline constexpr std::uint32_t kItemBarrier = 2;  // runs alone on a concurrent queue
-inline constexpr std::uint32_t kItemRelaxed = 4;  // queued with Delivery::relaxed
-inline constexpr unsigned kItemFlagBits = 4;      // what is above them is a mailbox's: how many letters come before
+inline constexpr std::uint32_t itemWaiter = 1;   // a SyncWaiter: a thread that waits for its turn
+inline constexpr std::uint32_t itemBarrier = 2;  // runs alone on a concurrent queue
+inline constexpr std::uint32_t itemRelaxed = 4;  // queued with Delivery::relaxed
+inline constexpr unsigned itemFlagBits = 4;      // what is above them is a mailbox's: how many letters come before
 
 class ItemList {
  public:

@@ -9,22 +9,22 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::size_t kPageSize = 4096 - sizeof(void*);  // with the heap's own word a power of two
-constexpr std::size_t kAlignment = alignof(std::max_align_t);
-constexpr std::size_t kFirstPiece = (sizeof(ItemPage) + kAlignment - 1) / kAlignment * kAlignment + kAlignment / 2;
-constexpr std::size_t kLargestPiece = 512;
-constexpr std::size_t kMostSpares = 4096;  // 16 MiB, what a burst of some 350,000 small blocks takes
+constexpr std::size_t pageSize = 4096 - sizeof(void*);  // with the heap's own word a power of two
+constexpr std::size_t alignment = alignof(std::max_align_t);
+constexpr std::size_t firstPiece = (sizeof(ItemPage) + alignment - 1) / alignment * alignment + alignment / 2;
+constexpr std::size_t largestPiece = 512;
+constexpr std::size_t mostSpares = 4096;  // 16 MiB, what a burst of some 350,000 small blocks takes
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool kUsesPages = false;  // the address sanitizer watches every item by itself
+constexpr bool usesPages = false;  // the address sanitizer watches every item by itself
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-constexpr bool kUsesPages = false;
+constexpr bool usesPages = false;
 #else
-constexpr bool kUsesPages = true;
+constexpr bool usesPages = true;
 #endif
 #else
-constexpr bool kUsesPages = true;
+constexpr bool usesPages = true;
 #endif
 
 /// The pages that wait to be used again.
@@ -41,16 +41,16 @@ class SparePages final : public ForkAware {
 
   ItemPage* take() {
     if (ItemPage* page = takeSpare()) {
-      page->pieces.store(ItemPage::kOwned, std::memory_order_relaxed);
+      page->pieces.store(ItemPage::ownedBit, std::memory_order_relaxed);
       return page;
     }
-    return ::new (::operator new(kPageSize)) ItemPage;
+    return ::new (::operator new(pageSize)) ItemPage;
   }
 
   void put(ItemPage* page) noexcept {
     {
       const QueueLock lock(mutex_);
-      if (count() < kMostSpares) {
+      if (count() < mostSpares) {
         page->below = std::exchange(first_, page);
         count_.store(count() + 1, std::memory_order_relaxed);
         return;
@@ -106,7 +106,7 @@ void subtract(ItemPage* page, std::uint32_t pieces) noexcept {
 }
 
 void retireOwn() noexcept {
-  if (pages.own != nullptr) subtract(pages.own, ItemPage::kOwned - pages.cut);
+  if (pages.own != nullptr) subtract(pages.own, ItemPage::ownedBit - pages.cut);
   pages.own = nullptr;
   pages.next = pages.end = nullptr;
   pages.cut = 0;
@@ -134,22 +134,22 @@ void watchThreadEnd() {
 }
 
 bool startPage() {
-  if (!kUsesPages || pages.ended) return false;
+  if (!usesPages || pages.ended) return false;
   if (!pages.watched) watchThreadEnd();
   ItemPage* fresh = SparePages::shared().take();
   retireOwn();
   pages.own = fresh;
-  pages.next = reinterpret_cast<std::byte*>(fresh) + kFirstPiece;
-  pages.end = reinterpret_cast<std::byte*>(fresh) + kPageSize;
+  pages.next = reinterpret_cast<std::byte*>(fresh) + firstPiece;
+  pages.end = reinterpret_cast<std::byte*>(fresh) + pageSize;
   return true;
 }
 
 }  // namespace
 
 std::byte* ItemPages::take(std::size_t size, ItemPage*& page) {
-  const std::size_t length = (size + kAlignment - 1) / kAlignment * kAlignment;
+  const std::size_t length = (size + alignment - 1) / alignment * alignment;
   if (static_cast<std::size_t>(pages.end - pages.next) < length) [[unlikely]] {
-    if (length > kLargestPiece || !startPage()) return nullptr;
+    if (length > largestPiece || !startPage()) return nullptr;
   }
   std::byte* piece = pages.next;
   pages.next += length;

@@ -3,7 +3,7 @@
 //
 // A thread cuts its items from a page of its own, one behind the other: no list is searched, and the thread that runs
 // them reads memory in order, which its processor fetches ahead. Pieces are not used again one by one; a page is, once
-// all its pieces have been given back. It counts them: from kOwned down by one for each piece that is given back, and
+// all its pieces have been given back. It counts them: from ownedBit down by one for each piece that is given back, and
 // by what was never cut when its thread is done with it. Who gives pieces back does so in runs, one atomic operation
 // for neighbours of one page. Pages that have come free are kept for the next burst; the pool's lookout gives them back
 // to the heap, a part at each look, while nothing runs: an idle process keeps none.
@@ -18,8 +18,8 @@
 namespace norvik::detail {
 
 struct ItemPage {
-  static constexpr std::uint32_t kOwned = std::uint32_t{1} << 31;
-  std::atomic<std::uint32_t> pieces{kOwned};
+  static constexpr std::uint32_t ownedBit = std::uint32_t{1} << 31;
+  std::atomic<std::uint32_t> pieces{ownedBit};
   ItemPage* below = nullptr;  // while it waits to be used again
 };
 

@@ -13,11 +13,11 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t kLook = 1'000'000;    // a lingering worker looks once a millisecond
-constexpr std::uint64_t kQuiet = 60'000'000;  // and ends when nothing has come for this long
+constexpr std::uint64_t usualLook = 1'000'000;  // a lingering worker looks once a millisecond
+constexpr std::uint64_t quiet = 60'000'000;     // and ends when nothing has come for this long
 // Where it may not read what there is, it looks again soon, and then less and less often.
-constexpr std::uint64_t kFirstRetry = 20'000, kLastRetry = 64'000'000;
-constexpr std::size_t kBlocksPerTurn = 256;
+constexpr std::uint64_t firstRetry = 20'000, lastRetry = 64'000'000;
+constexpr std::size_t blocksPerTurn = 256;
 
 /// A letter is claimed and not yet posted: its sender is at it, or has lost its processor.
 void waitForSender() noexcept {
@@ -92,7 +92,7 @@ bool Mailbox::waitForRoom(std::uint64_t deadline) {
     bool inTime = true;
     if (!hasRoom()) {
       // Where the reader ends without having made room, as at a suspension, no thread wakes this one.
-      const std::uint64_t look = monotonicNanoseconds() + 10 * kLook;
+      const std::uint64_t look = monotonicNanoseconds() + 10 * usualLook;
       static_cast<void>(wait.sleep(roomMade_, made, 1, std::min(look, deadline)));
       inTime = monotonicNanoseconds() < deadline;
     }
@@ -116,7 +116,7 @@ void Mailbox::post(LooseLetter* loose) {
 }
 
 void Mailbox::push(Item* item, Delivery delivery, Order) {
-  append(item, marked(delivery == Delivery::relaxed ? kItemRelaxed : 0, sent()), delivery);
+  append(item, marked(delivery == Delivery::relaxed ? itemRelaxed : 0, sent()), delivery);
 }
 
 void Mailbox::enter(Order) {
@@ -128,7 +128,7 @@ void Mailbox::enter(Order) {
 /// target comes only afterwards, and where the queue is suspended meanwhile. False where a block or a reader that ran
 /// meanwhile has forked and this is the child.
 bool Mailbox::enterAfter(std::uint64_t position) noexcept {
-  const std::uint32_t flags = marked(kItemWaiter, position);
+  const std::uint32_t flags = marked(itemWaiter, position);
   if (!tryEnter() && !waitForTurn(flags)) return false;
   const std::uint32_t life = life_;
   while (life_ == life && done_.load(std::memory_order_relaxed) < position) {
@@ -220,7 +220,7 @@ Mailbox::Step Mailbox::step(const HelpGoal* goal, const Item* last) {
     }
     // Looked at after the item: what was queued after the suspension stays.
     if (isSuspended() && tryPark()) return Step::none;
-    const bool isWaiter = (item->queueFlags & kItemWaiter) != 0;
+    const bool isWaiter = (item->queueFlags & itemWaiter) != 0;
     if (lettersBefore(*item) > 0 && (!isWaiter || target() != nullptr)) {
       waitForSender();
       continue;
@@ -244,7 +244,7 @@ void Mailbox::drain() {
   for (std::size_t blocks = 0;;) {
     const Step done = step(nullptr, nullptr);
     if (done == Step::none) return;
-    if (done == Step::block && ++blocks < kBlocksPerTurn) continue;
+    if (done == Step::block && ++blocks < blocksPerTurn) continue;
     blocks = 0;
     if (WorkerPool::shared().hasReadyItems()) return schedule(Delivery::prompt);
   }
@@ -270,7 +270,7 @@ bool Mailbox::tryFallAsleep() noexcept {
 }
 
 void Mailbox::linger() {
-  std::uint64_t retry = kFirstRetry, quietSince = monotonicNanoseconds();
+  std::uint64_t retry = firstRetry, quietSince = monotonicNanoseconds();
   for (;;) {
     if (isShort_.load(std::memory_order_acquire)) [[unlikely]] {
       sent_.fetch_and(~asleep, std::memory_order_seq_cst);
@@ -290,13 +290,13 @@ void Mailbox::linger() {
     const std::uint64_t now = monotonicNanoseconds(), done = done_.load(std::memory_order_acquire);
     if (done != before || !isMail) {
       if (done != before || sent() != done) quietSince = now;
-      retry = kFirstRetry;
-      if (now - quietSince >= kQuiet && tryFallAsleep()) return;
+      retry = firstRetry;
+      if (now - quietSince >= quiet && tryFallAsleep()) return;
     } else {
-      retry = std::min(2 * retry, kLastRetry);
+      retry = std::min(2 * retry, lastRetry);
     }
     const BlockingScope blocking;
-    const std::uint64_t pause = isMail && done == before ? retry : kLook;
+    const std::uint64_t pause = isMail && done == before ? retry : usualLook;
     if (hurried_.load(std::memory_order_seq_cst) == 0) static_cast<void>(futexWait(hurried_, 0, now + pause));
     hurried_.store(0, std::memory_order_seq_cst);
   }

@@ -158,14 +158,14 @@ class NK_EXPORT Mailbox final : public SerialQueue {
   [[nodiscard]] bool enterAfter(std::uint64_t position) noexcept;
   /// How many letters come before the item that are not yet read; not above 0 where there are none.
   [[nodiscard]] std::int32_t lettersBefore(const Item& item) const noexcept {
-    constexpr std::uint32_t mask = ~std::uint32_t{0} << kItemFlagBits;
-    const auto done = static_cast<std::uint32_t>(done_.load(std::memory_order_relaxed)) << kItemFlagBits;
-    const std::int32_t before = static_cast<std::int32_t>((item.queueFlags & mask) - done) >> kItemFlagBits;
+    constexpr std::uint32_t mask = ~std::uint32_t{0} << itemFlagBits;
+    const auto done = static_cast<std::uint32_t>(done_.load(std::memory_order_relaxed)) << itemFlagBits;
+    const std::int32_t before = static_cast<std::int32_t>((item.queueFlags & mask) - done) >> itemFlagBits;
     return std::min(before, static_cast<std::int32_t>(sent() - done_.load(std::memory_order_relaxed)));
   }
   /// The flags of an item that comes after that position.
   [[nodiscard]] static std::uint32_t marked(std::uint32_t flags, std::uint64_t position) noexcept {
-    return flags | static_cast<std::uint32_t>(position) << kItemFlagBits;
+    return flags | static_cast<std::uint32_t>(position) << itemFlagBits;
   }
 
   const Read read_;

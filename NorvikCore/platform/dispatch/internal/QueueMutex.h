@@ -15,20 +15,20 @@ namespace norvik::detail {
 class NK_CAPABILITY("mutex") QueueMutex {
  public:
   void lock() noexcept NK_ACQUIRE() {
-    std::uint32_t expected = kFree;
-    if (!state_.compare_exchange_strong(expected, kTaken, std::memory_order_acquire, std::memory_order_relaxed))
+    std::uint32_t expected = freeWord;
+    if (!state_.compare_exchange_strong(expected, takenWord, std::memory_order_acquire, std::memory_order_relaxed))
       lockSlowly();
   }
   void unlock() noexcept NK_RELEASE() {
-    if (state_.exchange(kFree, std::memory_order_release) == kContended) futexWake(&state_, 1);
+    if (state_.exchange(freeWord, std::memory_order_release) == contendedWord) futexWake(&state_, 1);
   }
   /// In a child made by fork(), when no other thread is left.
-  void resetAfterFork() noexcept { state_.store(kFree, std::memory_order_relaxed); }
+  void resetAfterFork() noexcept { state_.store(freeWord, std::memory_order_relaxed); }
 
  private:
-  static constexpr std::uint32_t kFree = 0, kTaken = 1, kContended = 2;
+  static constexpr std::uint32_t freeWord = 0, takenWord = 1, contendedWord = 2;
   void lockSlowly() noexcept;
-  std::atomic<std::uint32_t> state_{kFree};
+  std::atomic<std::uint32_t> state_{freeWord};
 };
 
 /// Holds the mutex for a scope; may let go of it in between.

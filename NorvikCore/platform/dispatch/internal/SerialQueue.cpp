@@ -10,7 +10,7 @@ namespace norvik::detail {
 namespace {
 
 // A drain on a worker goes to the end of the pool's list after this many items when others wait there.
-constexpr std::size_t kItemsPerTurn = 256;
+constexpr std::size_t itemsPerTurn = 256;
 
 }  // namespace
 
@@ -31,7 +31,7 @@ void SerialQueue::runDrain(Item* item) {
 }
 
 void SerialQueue::push(Item* item, Delivery delivery, Order) {
-  append(item, delivery == Delivery::relaxed ? kItemRelaxed : 0, delivery);
+  append(item, delivery == Delivery::relaxed ? itemRelaxed : 0, delivery);
 }
 
 void SerialQueue::append(Item* item, std::uint32_t flags, Delivery delivery) {
@@ -41,11 +41,11 @@ void SerialQueue::append(Item* item, std::uint32_t flags, Delivery delivery) {
   do {
     // Before the item can be seen, so that whoever is in a hurry later sees it too. In vain when another is faster
     // here: then somebody in a hurry asks the workers once too often.
-    if (relaxed && old == kIdle) drainMayWait_.store(true, std::memory_order_relaxed);
+    if (relaxed && old == idleBit) drainMayWait_.store(true, std::memory_order_relaxed);
     item->queueLink = itemOf(old);
-  } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & ~kIdle & kFlags), std::memory_order_seq_cst,
+  } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & ~idleBit & flagBits), std::memory_order_seq_cst,
                                          std::memory_order_relaxed));
-  if (old == kIdle) {
+  if (old == idleBit) {
     schedule(delivery);
   } else if (!relaxed) {
     hurry();
@@ -70,7 +70,7 @@ void SerialQueue::hurry() noexcept {
 
 void SerialQueue::enter(Order) {
   if (tryEnter()) return;
-  while (!waitForTurn(kItemWaiter)) {
+  while (!waitForTurn(itemWaiter)) {
   }
 }
 
@@ -93,7 +93,7 @@ void SerialQueue::leave(Order) noexcept {
 void SerialQueue::collect() noexcept {
   std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
   if (itemOf(word) == nullptr) return;
-  while (!inbox_.compare_exchange_weak(word, word & kFlags, std::memory_order_acquire, std::memory_order_relaxed)) {
+  while (!inbox_.compare_exchange_weak(word, word & flagBits, std::memory_order_acquire, std::memory_order_relaxed)) {
   }
   Item* newest = itemOf(word);
   readyIsRelaxed_ = true;
@@ -101,7 +101,7 @@ void SerialQueue::collect() noexcept {
     Item* older = newest->queueLink;
     newest->queueLink = ready_;
     ready_ = newest;
-    readyIsRelaxed_ = readyIsRelaxed_ && (newest->queueFlags & kItemRelaxed) != 0;
+    readyIsRelaxed_ = readyIsRelaxed_ && (newest->queueFlags & itemRelaxed) != 0;
     newest = older;
   }
 }
@@ -150,12 +150,12 @@ void SerialQueue::drain() {
     }
     // Looked at after the item: what was queued after the suspension stays.
     if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & kItemWaiter) != 0) {
+    if ((item->queueFlags & itemWaiter) != 0) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
       return;
     }
-    if (count % kItemsPerTurn == 0 && (target() != nullptr || WorkerPool::shared().hasReadyItems())) {
+    if (count % itemsPerTurn == 0 && (target() != nullptr || WorkerPool::shared().hasReadyItems())) {
       schedule(Delivery::prompt);
       return;
     }
@@ -184,7 +184,7 @@ void SerialQueue::drainTowards(const HelpGoal& goal) {
       continue;
     }
     if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & kItemWaiter) != 0) {
+    if ((item->queueFlags & itemWaiter) != 0) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
       return;
@@ -211,7 +211,7 @@ void SerialQueue::passOn() noexcept {
       continue;
     }
     if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & kItemWaiter) != 0 && grantsAtOnce()) {
+    if ((item->queueFlags & itemWaiter) != 0 && grantsAtOnce()) {
       takeReady();
       static_cast<SyncWaiter*>(item)->grant();
       return;
@@ -219,7 +219,7 @@ void SerialQueue::passOn() noexcept {
     // Where everything may wait, so may the drain; what is queued from now on sees drainMayWait_, and what was queued
     // before it was set is in the inbox.
     drainMayWait_.store(readyIsRelaxed_, std::memory_order_seq_cst);
-    if (inbox_.load(std::memory_order_seq_cst) != kEmpty) drainMayWait_.store(false, std::memory_order_relaxed);
+    if (inbox_.load(std::memory_order_seq_cst) != emptyWord) drainMayWait_.store(false, std::memory_order_relaxed);
     schedule(drainMayWait_.load(std::memory_order_relaxed) ? Delivery::relaxed : Delivery::prompt);
     return;
   }
@@ -228,15 +228,15 @@ void SerialQueue::passOn() noexcept {
 bool SerialQueue::tryPark() noexcept {
   std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
   do {
-    if ((word & kSuspended) == 0) return false;
-  } while (!inbox_.compare_exchange_weak(word, word | kParked, std::memory_order_release, std::memory_order_relaxed));
+    if ((word & suspendedBit) == 0) return false;
+  } while (!inbox_.compare_exchange_weak(word, word | parkedBit, std::memory_order_release, std::memory_order_relaxed));
   return true;
 }
 
 void SerialQueue::beginSuspension() noexcept {
   mustPark_.store(true, std::memory_order_relaxed);
   std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
-  while (!inbox_.compare_exchange_weak(word, word == kIdle ? kSuspended | kParked : word | kSuspended,
+  while (!inbox_.compare_exchange_weak(word, word == idleBit ? suspendedBit | parkedBit : word | suspendedBit,
                                        std::memory_order_acq_rel, std::memory_order_relaxed)) {
   }
 }
@@ -244,10 +244,10 @@ void SerialQueue::beginSuspension() noexcept {
 void SerialQueue::endSuspension() noexcept {
   mustPark_.store(false, std::memory_order_relaxed);
   std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
-  while (!inbox_.compare_exchange_weak(word, word & ~(kSuspended | kParked), std::memory_order_acq_rel,
+  while (!inbox_.compare_exchange_weak(word, word & ~(suspendedBit | parkedBit), std::memory_order_acq_rel,
                                        std::memory_order_relaxed)) {
   }
-  if ((word & kParked) != 0) passOn();
+  if ((word & parkedBit) != 0) passOn();
 }
 
 void SerialQueue::resetAfterFork() noexcept {
@@ -258,9 +258,9 @@ void SerialQueue::resetAfterFork() noexcept {
   const bool suspended = resetSuspensionAfterFork();
   mustPark_.store(suspended, std::memory_order_relaxed);
   if (framesOnThisThread(this) > 0) {
-    inbox_.store(suspended ? kSuspended : kEmpty, std::memory_order_relaxed);
+    inbox_.store(suspended ? suspendedBit : emptyWord, std::memory_order_relaxed);
   } else {
-    inbox_.store(suspended ? kSuspended | kParked : kIdle, std::memory_order_relaxed);
+    inbox_.store(suspended ? suspendedBit | parkedBit : idleBit, std::memory_order_relaxed);
   }
 }
 

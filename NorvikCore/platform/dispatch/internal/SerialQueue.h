@@ -1,15 +1,15 @@
 // NorvikCore/platform/dispatch/internal/SerialQueue.h - one block at a time, in order.
 //
-// One word says all: `inbox_` is kIdle while nobody owns the queue; else somebody does, and it is the list of what was
-// queued since the owner last looked, newest first. The owner is a drain (on its way to a worker, or at work there) or
-// a thread in a synchronous block.
-//   - To queue is one compare-and-swap. Who finds kIdle has made the queue owned, and sends the drain on its way.
-//   - To own for a synchronous block is kIdle -> empty; to let go is empty -> kIdle, which fails when something was
+// One word says all: `inbox_` is idleBit while nobody owns the queue; else somebody does, and it is the list of what
+// was queued since the owner last looked, newest first. The owner is a drain (on its way to a worker, or at work there)
+// or a thread in a synchronous block.
+//   - To queue is one compare-and-swap. Who finds idleBit has made the queue owned, and sends the drain on its way.
+//   - To own for a synchronous block is idleBit -> empty; to let go is empty -> idleBit, which fails when something was
 //     queued meanwhile: then the owner passes the queue on, to the next waiter or to a drain. So nothing is overlooked.
 //   - Only the owner takes the list, reverses it into `ready_`, and runs from there.
-//   - The word of a suspended queue has kSuspended beside the list, and so is neither idle nor empty: nobody can take
-//     the queue, and its owner cannot let it go but by parking it (kParked), with all that waits there. The last resume
-//     takes the flag away; if the queue was parked, who resumes it becomes the owner, and passes it on.
+//   - The word of a suspended queue has suspendedBit beside the list, and so is neither idle nor empty: nobody can take
+//     the queue, and its owner cannot let it go but by parking it (parkedBit), with all that waits there. The last
+//     resume takes the flag away; if the queue was parked, who resumes it becomes the owner, and passes it on.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
@@ -35,8 +35,8 @@ class SerialQueue : public QueueCore {
 
   /// enter(), where it takes no waiting.
   [[nodiscard]] bool tryEnter() noexcept {
-    std::uintptr_t expected = kIdle;
-    return inbox_.compare_exchange_strong(expected, kEmpty, std::memory_order_acquire, std::memory_order_relaxed);
+    std::uintptr_t expected = idleBit;
+    return inbox_.compare_exchange_strong(expected, emptyWord, std::memory_order_acquire, std::memory_order_relaxed);
   }
   /// leave(), where nothing waits.
   [[nodiscard]] bool tryLeave() noexcept { return ready_ == nullptr && tryIdle(); }
@@ -83,18 +83,18 @@ class SerialQueue : public QueueCore {
   [[nodiscard]] Item* peek() noexcept;
   Item* takeReady() noexcept;
   [[nodiscard]] bool tryIdle() noexcept {
-    std::uintptr_t expected = kEmpty;
-    return inbox_.compare_exchange_strong(expected, kIdle, std::memory_order_release, std::memory_order_relaxed);
+    std::uintptr_t expected = emptyWord;
+    return inbox_.compare_exchange_strong(expected, idleBit, std::memory_order_release, std::memory_order_relaxed);
   }
-  [[nodiscard]] bool isIdle() const noexcept { return inbox_.load(std::memory_order_acquire) == kIdle; }
+  [[nodiscard]] bool isIdle() const noexcept { return inbox_.load(std::memory_order_acquire) == idleBit; }
   /// Somebody wants an answer soon: a drain that may take its time no longer may.
   void hurry() noexcept;
 
-  static constexpr std::uintptr_t kEmpty = 0;
-  static constexpr std::uintptr_t kIdle = 1;
-  static constexpr std::uintptr_t kSuspended = 2;
-  static constexpr std::uintptr_t kParked = 4;
-  static constexpr std::uintptr_t kFlags = kIdle | kSuspended | kParked;
+  static constexpr std::uintptr_t emptyWord = 0;
+  static constexpr std::uintptr_t idleBit = 1;
+  static constexpr std::uintptr_t suspendedBit = 2;
+  static constexpr std::uintptr_t parkedBit = 4;
+  static constexpr std::uintptr_t flagBits = idleBit | suspendedBit | parkedBit;
 
  private:
   struct DrainItem : Item {
@@ -106,18 +106,18 @@ class SerialQueue : public QueueCore {
   bool tryAppend(Item* item) noexcept {
     std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
     do {
-      if (old == kIdle) return false;
+      if (old == idleBit) return false;
       item->queueLink = itemOf(old);
-    } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & kFlags), std::memory_order_seq_cst,
+    } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & flagBits), std::memory_order_seq_cst,
                                            std::memory_order_relaxed));
     return true;
   }
   void collect() noexcept;
   void beginSuspension() noexcept override;
   static std::uintptr_t wordOf(const Item* item) noexcept { return reinterpret_cast<std::uintptr_t>(item); }
-  static Item* itemOf(std::uintptr_t word) noexcept { return reinterpret_cast<Item*>(word & ~kFlags); }
+  static Item* itemOf(std::uintptr_t word) noexcept { return reinterpret_cast<Item*>(word & ~flagBits); }
 
-  alignas(64) std::atomic<std::uintptr_t> inbox_{kIdle};
+  alignas(64) std::atomic<std::uintptr_t> inbox_{idleBit};
   std::atomic<bool> drainMayWait_{false};  // a drain is on its way with Delivery::relaxed
 
   // The owner's.

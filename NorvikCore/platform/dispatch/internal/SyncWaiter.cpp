@@ -17,13 +17,13 @@ bool SyncWaiter::wait(const QueueCore* queue) noexcept {
   // A turn often comes within a microsecond or two; sleeping and waking costs ten times that.
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
-    if ((state_.load(std::memory_order_acquire) & kGranted) != 0) return true;
+    if ((state_.load(std::memory_order_acquire) & grantedWord) != 0) return true;
     spinPause();
   }
   PatientWait wait(HelpGoal{.waiter = this});
-  std::uint32_t state = state_.fetch_or(kAsleep, std::memory_order_acquire) | kAsleep;
-  for (; (state & kGranted) == 0; state = state_.load(std::memory_order_acquire)) {
-    wait.sleep(state_, state, kNudge);
+  std::uint32_t state = state_.fetch_or(asleepWord, std::memory_order_acquire) | asleepWord;
+  for (; (state & grantedWord) == 0; state = state_.load(std::memory_order_acquire)) {
+    wait.sleep(state_, state, nudge);
     if (wait.hasForked()) [[unlikely]]
       return false;
   }
@@ -31,17 +31,17 @@ bool SyncWaiter::wait(const QueueCore* queue) noexcept {
 }
 
 void SyncWaiter::waitDraining() noexcept {
-  constexpr std::uint64_t kInterval = 1'000'000;
+  constexpr std::uint64_t interval = 1'000'000;
   MainThreadQueue* main = MainThreadQueue::shared();
   if (isHeld(main)) reportMisuse("dispatch_sync in a block of the main queue, for a queue that targets it", main);
-  state_.fetch_or(kAsleep, std::memory_order_acquire);
-  while ((state_.load(std::memory_order_acquire) & kGranted) == 0) {
-    if (main->drainSome(1) == 0) futexWait(state_, kAsleep, monotonicNanoseconds() + kInterval);
+  state_.fetch_or(asleepWord, std::memory_order_acquire);
+  while ((state_.load(std::memory_order_acquire) & grantedWord) == 0) {
+    if (main->drainSome(1) == 0) futexWait(state_, asleepWord, monotonicNanoseconds() + interval);
   }
 }
 
 void SyncWaiter::grant() noexcept {
-  if ((state_.exchange(kGranted, std::memory_order_acq_rel) & kAsleep) != 0) futexWake(&state_, 1);
+  if ((state_.exchange(grantedWord, std::memory_order_acq_rel) & asleepWord) != 0) futexWake(&state_, 1);
 }
 
 }  // namespace norvik::detail

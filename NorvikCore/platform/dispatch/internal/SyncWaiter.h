@@ -13,7 +13,7 @@ class QueueCore;
 /// Lives on the stack of the thread that waits. Whoever reaches it in the queue gives the queue to that thread.
 class SyncWaiter : public Item {
  public:
-  explicit SyncWaiter(bool barrier) noexcept { queueFlags = kItemWaiter | (barrier ? kItemBarrier : 0U); }
+  explicit SyncWaiter(bool barrier) noexcept { queueFlags = itemWaiter | (barrier ? itemBarrier : 0U); }
 
   /// Returns once it is this thread's turn on the queue. A worker counts as blocked meanwhile; the main thread goes on
   /// draining the main queue if that is what the queue's turn takes; any thread runs what is before it where no worker
@@ -23,7 +23,7 @@ class SyncWaiter : public Item {
   void grant() noexcept;
 
  private:
-  static constexpr std::uint32_t kGranted = 1, kAsleep = 2, kNudge = 4;  // the rest counts nudges
+  static constexpr std::uint32_t grantedWord = 1, asleepWord = 2, nudge = 4;  // the rest counts nudges
   void waitDraining() noexcept;
   std::atomic<std::uint32_t> state_{0};
 };

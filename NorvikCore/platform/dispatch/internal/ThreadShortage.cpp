@@ -15,11 +15,11 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t kLongestPause = 16 * ThreadShortage::interval;
-constexpr std::uint64_t kReportAgain = 60'000'000'000;
+constexpr std::uint64_t longestPause = 16 * ThreadShortage::interval;
+constexpr std::uint64_t reportAgain = 60'000'000'000;
 
 // What a thread runs for a wait may wait itself, and so on: how deep, for the sake of its stack.
-constexpr unsigned kMostHelp = 512;
+constexpr unsigned mostHelp = 512;
 constinit thread_local unsigned helpDepth = 0;
 
 }  // namespace
@@ -59,7 +59,7 @@ void ThreadShortage::report(int failure) noexcept {
   if (reported.exchange(true, std::memory_order_relaxed)) return;
   const std::uint64_t now = monotonicNanoseconds();
   const std::uint64_t before = reportedAt.load(std::memory_order_relaxed);
-  if (before != 0 && now - before < kReportAgain) return;
+  if (before != 0 && now - before < reportAgain) return;
   reportedAt.store(now, std::memory_order_relaxed);
   char reason[96];
   char line[256];
@@ -72,7 +72,7 @@ void ThreadShortage::report(int failure) noexcept {
 
 std::uint64_t ThreadShortage::tend() noexcept {
   if (exists(Of::workers)) WorkerPool::shared().attemptStart();
-  return exists(Of::timers) ? SystemTimerClock::shared().tend() : kNoDeadline;
+  return exists(Of::timers) ? SystemTimerClock::shared().tend() : noDeadline;
 }
 
 void ThreadShortage::resetAfterFork() noexcept {
@@ -110,7 +110,7 @@ void SleepingThread::nudge() noexcept {
 }
 
 bool PatientWait::help() const noexcept {
-  if (helpDepth >= kMostHelp) return false;
+  if (helpDepth >= mostHelp) return false;
   ++helpDepth;
   const bool helped = WorkerPool::shared().help(goal_);
   --helpDepth;
@@ -131,13 +131,13 @@ bool PatientWait::sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected
     until = std::min(deadline, ThreadShortage::tend());
     if (ThreadShortage::exists()) {
       until = std::min(until, monotonicNanoseconds() + pause_);
-      pause_ = std::min(2 * pause_, kLongestPause);
+      pause_ = std::min(2 * pause_, longestPause);
     }
   }
   const SleepingThread registered(word, nudge);
   if (ThreadShortage::nudges.load(std::memory_order_seq_cst) != seen) return true;
   if (futexWait(word, expected, until)) return true;
-  return until < deadline || deadline == kNoDeadline;
+  return until < deadline || deadline == noDeadline;
 }
 
 }  // namespace norvik::detail

@@ -47,7 +47,7 @@ class ThreadShortage final : public ForkAware {
   static void threadStarted() noexcept { reported.store(false, std::memory_order_relaxed); }
 
   /// Attempts to start what is missing, and fires the timers that are due if there is still no thread for them. Tells
-  /// when the next timer is due, kNoDeadline where a thread cares.
+  /// when the next timer is due, noDeadline where a thread cares.
   static std::uint64_t tend() noexcept;
 
   void resetAfterFork() noexcept override;
@@ -97,7 +97,7 @@ class PatientWait {
   /// Sleeps while `word` is `expected`, until woken, until the deadline or for no reason at all; or works towards the
   /// goal. The caller looks again. False when the deadline has passed.
   bool sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint32_t nudge,
-             std::uint64_t deadline = kNoDeadline) noexcept;
+             std::uint64_t deadline = noDeadline) noexcept;
 
   /// A block that it ran has forked and this is the child, in which nothing is left of what was waited for.
   [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }

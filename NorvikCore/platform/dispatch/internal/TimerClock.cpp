@@ -18,23 +18,23 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::size_t kTimersPerRound = 256;
-constexpr std::uint64_t kSecond = 1'000'000'000;
+constexpr std::size_t timersPerRound = 256;
+constexpr std::uint64_t second = 1'000'000'000;
 
 timespec timespecOf(std::uint64_t nanoseconds) {
   timespec time{};
-  time.tv_sec = static_cast<time_t>(nanoseconds / kSecond);
-  time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+  time.tv_sec = static_cast<time_t>(nanoseconds / second);
+  time.tv_nsec = static_cast<long>(nanoseconds % second);
   return time;
 }
 
 /// Under no mutex.
 void fire(std::vector<DueTimer>& due) {
   // An entry lies where it was made, and of a hundred thousand the next is rarely near.
-  constexpr std::size_t kAhead = 4;
+  constexpr std::size_t ahead = 4;
   FiredItems items;
   for (std::size_t i = 0; i < due.size(); ++i) {
-    if (i + kAhead < due.size()) prefetchItem(due[i + kAhead].entry);
+    if (i + ahead < due.size()) prefetchItem(due[i + ahead].entry);
     due[i].entry->fired(due[i].count, due[i].setting, items);
   }
   due.clear();
@@ -85,12 +85,12 @@ std::uint64_t SystemTimerClock::tend() noexcept {
   std::vector<DueTimer> due;
   {
     const QueueLock lock(mutex_);
-    if (threadRuns_ || tended_) return kNoDeadline;
+    if (threadRuns_ || tended_) return noDeadline;
     if (monotonic_.size() == 0 && wall_.size() == 0) {
       ThreadShortage::end(ThreadShortage::Of::timers);
-      return kNoDeadline;
+      return noDeadline;
     }
-    if (ensureThread()) return kNoDeadline;
+    if (ensureThread()) return noDeadline;
     collectDue(due);
     tended_ = true;
   }
@@ -98,7 +98,7 @@ std::uint64_t SystemTimerClock::tend() noexcept {
   const QueueLock lock(mutex_);
   tended_ = false;
   const std::uint64_t wall = wall_.nextDeadline(), now = wallNow_();
-  if (wall == TimerHeap::kNever) return monotonic_.nextDeadline();
+  if (wall == TimerHeap::noMoment) return monotonic_.nextDeadline();
   return std::min(monotonic_.nextDeadline(), monotonicNanoseconds() + (wall > now ? wall - now : 0));
 }
 
@@ -173,32 +173,32 @@ void SystemTimerClock::run() {
 }
 
 void SystemTimerClock::collectDue(std::vector<DueTimer>& due) {
-  if (monotonic_.size() > 0) monotonic_.takeDue(monotonicNanoseconds(), kTimersPerRound, due);
-  if (wall_.size() > 0) wall_.takeDue(wallNow_(), kTimersPerRound, due);
+  if (monotonic_.size() > 0) monotonic_.takeDue(monotonicNanoseconds(), timersPerRound, due);
+  if (wall_.size() > 0) wall_.takeDue(wallNow_(), timersPerRound, due);
 }
 
 void SystemTimerClock::sleepUntilNext() {
   if (const std::uint64_t next = wall_.nextDeadline(); next != wallSetTo_) {
     itimerspec wall{};
-    if (next != TimerHeap::kNever) wall.it_value = timespecOf(std::max<std::uint64_t>(next, 1));
+    if (next != TimerHeap::noMoment) wall.it_value = timespecOf(std::max<std::uint64_t>(next, 1));
     timerfd_settime(wallDescriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &wall, nullptr);
     wallSetTo_ = next;
   }
 
   const std::uint64_t now = monotonicNanoseconds();
   const std::uint64_t until =
-      std::min(monotonic_.nextDeadline(), wall_.size() > 0 ? TimerHeap::kNever : now + idleTime_);
+      std::min(monotonic_.nextDeadline(), wall_.size() > 0 ? TimerHeap::noMoment : now + idleTime_);
   const timespec distance = timespecOf(until <= now ? 0 : until - now);
   pollfd descriptors[] = {{wakeDescriptor_, POLLIN, 0}, {wallDescriptor_, POLLIN, 0}};
   awake_ = false;
   mutex_.unlock();
-  ppoll(descriptors, 2, until == TimerHeap::kNever ? nullptr : &distance, nullptr);
+  ppoll(descriptors, 2, until == TimerHeap::noMoment ? nullptr : &distance, nullptr);
   mutex_.lock();
   awake_ = true;
   for (const pollfd& descriptor : descriptors) {
     if (descriptor.revents != 0) drainDescriptor(descriptor.fd);
   }
-  if (descriptors[1].revents != 0) wallSetTo_ = kNotSet;
+  if (descriptors[1].revents != 0) wallSetTo_ = notSet;
 }
 
 bool SystemTimerClock::threadRuns() {
@@ -230,7 +230,7 @@ void SystemTimerClock::resetAfterFork() noexcept {
     if (*descriptor >= 0) close(*descriptor);  // the parent's own stay open
     *descriptor = -1;
   }
-  wallSetTo_ = kNotSet;
+  wallSetTo_ = notSet;
 }
 
 void ManualTimerClock::arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) {

@@ -36,7 +36,7 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   void resetAfterFork() noexcept override;
 
   /// Where the thread could not be started: attempts it again if it is time for that, else fires what is due. Tells
-  /// when the next timer is due, kNoDeadline where there is none or the thread runs.
+  /// when the next timer is due, noDeadline where there is none or the thread runs.
   std::uint64_t tend() noexcept;
 
   // For tests.
@@ -46,7 +46,7 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   void setWallClock(std::uint64_t (*wallNanoseconds)() noexcept);
 
  private:
-  static constexpr std::uint64_t kNotSet = ~std::uint64_t{0} - 1;
+  static constexpr std::uint64_t notSet = ~std::uint64_t{0} - 1;
 
   SystemTimerClock() = default;
   static void* threadMain(void* clock);
@@ -66,9 +66,9 @@ class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
   bool awake_ NK_GUARDED_BY(mutex_) = false;  // the thread will look at the heaps before it sleeps
   int wakeDescriptor_ NK_GUARDED_BY(mutex_) = -1;
   int wallDescriptor_ NK_GUARDED_BY(mutex_) = -1;
-  std::uint64_t wallSetTo_ NK_GUARDED_BY(mutex_) = kNotSet;  // what wallDescriptor_ waits for
-  std::uint64_t nextStart_ NK_GUARDED_BY(mutex_) = 0;        // in a shortage: when it may be attempted again
-  bool tended_ NK_GUARDED_BY(mutex_) = false;                // another thread fires what is due
+  std::uint64_t wallSetTo_ NK_GUARDED_BY(mutex_) = notSet;  // what wallDescriptor_ waits for
+  std::uint64_t nextStart_ NK_GUARDED_BY(mutex_) = 0;       // in a shortage: when it may be attempted again
+  bool tended_ NK_GUARDED_BY(mutex_) = false;               // another thread fires what is due
   std::uint64_t idleTime_ NK_GUARDED_BY(mutex_) = 10'000'000'000;
   std::uint64_t (*wallNow_)() noexcept NK_GUARDED_BY(mutex_) = &wallNanoseconds;
 };

@@ -27,7 +27,7 @@ void prefetchEntry(const TimerEntry& entry) {
 
 std::uint64_t TimerHeap::latestDeadline(const TimerEntry& entry) noexcept {
   const std::uint64_t below = (std::uint64_t{1} << entry.leewayBits_) - 1;
-  return entry.deadline_ > kNever - below ? kNever : (entry.deadline_ + below) & ~below;
+  return entry.deadline_ > noMoment - below ? noMoment : (entry.deadline_ + below) & ~below;
 }
 
 void TimerHeap::add(TimerEntry& entry, const TimerSetting& setting) {
@@ -50,7 +50,7 @@ void TimerHeap::remove(TimerEntry& entry) noexcept {
 void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTimer>& due) {
   for (; limit > 0 && !nodes_.empty() && nodes_[0].deadline <= now; --limit) {
     TimerEntry& entry = *nodes_[0].entry;
-    if (nodes_.size() > kChildren) prefetchEntry(*nodes_[leastChild(1)].entry);  // the next one
+    if (nodes_.size() > childCount) prefetchEntry(*nodes_[leastChild(1)].entry);  // the next one
     const std::uint64_t count = entry.interval_ == 0 ? 1 : 1 + (now - entry.deadline_) / entry.interval_;
     due.push_back({&entry, count, entry.setting_});
     entry.keepUntilFired();
@@ -59,7 +59,7 @@ void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTim
       removeAt(0);
     } else {
       const std::uint64_t step = count * entry.interval_;
-      entry.deadline_ = step < kNever - entry.deadline_ ? entry.deadline_ + step : kNever;
+      entry.deadline_ = step < noMoment - entry.deadline_ ? entry.deadline_ + step : noMoment;
       entry.age_ = added_++;
       siftDown(0, {latestDeadline(entry), &entry});
     }
@@ -68,7 +68,7 @@ void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTim
 
 void TimerHeap::siftUp(std::size_t index, const Node& node, std::size_t top) noexcept {
   while (index > top) {
-    const std::size_t parent = (index - 1) / kChildren;
+    const std::size_t parent = (index - 1) / childCount;
     if (!before(node, nodes_[parent])) break;
     place(index, nodes_[parent]);
     index = parent;
@@ -88,8 +88,8 @@ std::size_t TimerHeap::leastChild(std::size_t first) const noexcept {
 /// it would do, and what that is too deep it rises again.
 void TimerHeap::siftDown(std::size_t index, const Node& node) noexcept {
   const std::size_t top = index;
-  std::size_t first = kChildren * index + 1;
-  for (; first + kChildren <= nodes_.size(); first = kChildren * index + 1) {
+  std::size_t first = childCount * index + 1;
+  for (; first + childCount <= nodes_.size(); first = childCount * index + 1) {
     const std::size_t least = leastChild(first);
     place(index, nodes_[least]);
     index = least;
@@ -109,7 +109,7 @@ void TimerHeap::removeAt(std::size_t index) noexcept {
   const Node last = nodes_.back();
   nodes_.pop_back();
   if (index == nodes_.size()) return;
-  if (index > 0 && before(last, nodes_[(index - 1) / kChildren])) {
+  if (index > 0 && before(last, nodes_[(index - 1) / childCount])) {
     siftUp(index, last);
   } else {
     siftDown(index, last);

@@ -58,7 +58,7 @@ struct DueTimer {
 
 class NK_EXPORT TimerHeap {
  public:
-  static constexpr std::uint64_t kNever = ~std::uint64_t{0};
+  static constexpr std::uint64_t noMoment = ~std::uint64_t{0};
 
   /// The entry must be in no heap.
   void add(TimerEntry& entry, const TimerSetting& setting);
@@ -67,7 +67,7 @@ class NK_EXPORT TimerHeap {
   /// Takes up to `limit` entries that are due; repeating ones get their next deadline after `now`, on their grid.
   void takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTimer>& due);
 
-  [[nodiscard]] std::uint64_t nextDeadline() const noexcept { return nodes_.empty() ? kNever : nodes_[0].deadline; }
+  [[nodiscard]] std::uint64_t nextDeadline() const noexcept { return nodes_.empty() ? noMoment : nodes_[0].deadline; }
   [[nodiscard]] std::size_t size() const noexcept { return nodes_.size(); }
   /// In a child made by fork(): the entries are in no heap any more, the heap's memory is the parent's.
   void forgetAll() noexcept;
@@ -77,7 +77,7 @@ class NK_EXPORT TimerHeap {
     std::uint64_t deadline;
     TimerEntry* entry;
   };
-  static constexpr std::size_t kChildren = 4;
+  static constexpr std::size_t childCount = 4;
 
   static bool before(const Node& a, const Node& b) noexcept {
     if (a.deadline == b.deadline) [[unlikely]]

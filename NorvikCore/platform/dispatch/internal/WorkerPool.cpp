@@ -18,12 +18,12 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t kLookInterval = 1'000'000;   // a lookout looks once a millisecond
-constexpr std::uint64_t kQuietTime = 60'000'000;     // and sleeps when nothing has come for this long
-constexpr std::uint64_t kSpinTime = 15'000;          // how long it spins after prompt work
-constexpr unsigned kLooksBeforeHelp = 5;             // looks at a list from which nothing is taken
-constexpr std::uint64_t kIdleTime = 10'000'000'000;  // a sleeping worker ends after this
-constexpr unsigned kMostThreads = 4096;
+constexpr std::uint64_t lookInterval = 1'000'000;   // a lookout looks once a millisecond
+constexpr std::uint64_t quietTime = 60'000'000;     // and sleeps when nothing has come for this long
+constexpr std::uint64_t spinTime = 15'000;          // how long it spins after prompt work
+constexpr unsigned looksBeforeHelp = 5;             // looks at a list from which nothing is taken
+constexpr std::uint64_t idleTime = 10'000'000'000;  // a sleeping worker ends after this
+constexpr unsigned mostThreads = 4096;
 
 unsigned processorsOfThisProcess() {
   cpu_set_t set;
@@ -51,7 +51,7 @@ WorkerPool& WorkerPool::shared() {
 }
 
 WorkerPool::WorkerPool()
-    : processors_(processorsOfThisProcess()), target_(std::max(2U, processors_)), idleTime_(kIdleTime) {}
+    : processors_(processorsOfThisProcess()), target_(std::max(2U, processors_)), idleTime_(idleTime) {}
 
 // --- Those who bring work ---
 
@@ -81,7 +81,7 @@ void WorkerPool::expedite() noexcept {
   Wake wake;
   {
     const QueueLock lock(mutex_);
-    collectFromNapper(kOpen);
+    collectFromNapper(openWord);
     if (!items_.empty()) wake = cover();
   }
   carryOut(wake, Sleepers::nudged);
@@ -115,7 +115,7 @@ void WorkerPool::attemptStart() noexcept {
   Wake wake;
   {
     const QueueLock lock(mutex_);
-    collectFromNapper(kOpen);
+    collectFromNapper(openWord);
     if (items_.empty()) {
       ThreadShortage::end(ThreadShortage::Of::workers);
       return;
@@ -129,7 +129,7 @@ void WorkerPool::attemptStart() noexcept {
 bool WorkerPool::submitToNapper(Item* item) noexcept {
   std::uintptr_t newest = forNapper_.load(std::memory_order_relaxed);
   do {
-    if (newest == kClosed) return false;
+    if (newest == closedWord) return false;
     item->queueLink = reinterpret_cast<Item*>(newest);
   } while (!forNapper_.compare_exchange_weak(newest, reinterpret_cast<std::uintptr_t>(item), std::memory_order_seq_cst,
                                              std::memory_order_relaxed));
@@ -138,7 +138,7 @@ bool WorkerPool::submitToNapper(Item* item) noexcept {
 
 /// Takes over the napper's items; its list is `next` afterwards, or stays closed.
 void WorkerPool::collectFromNapper(std::uintptr_t next) noexcept {
-  if (forNapper_.load(std::memory_order_seq_cst) == kClosed) return;
+  if (forNapper_.load(std::memory_order_seq_cst) == closedWord) return;
   Item* newest = reinterpret_cast<Item*>(forNapper_.exchange(next, std::memory_order_seq_cst));
   Item* oldest = nullptr;
   while (newest != nullptr) {
@@ -176,7 +176,7 @@ WorkerPool::Wake WorkerPool::summon() {
     sleeper->word.store(1, std::memory_order_relaxed);
     return {&sleeper->word};
   }
-  if (threads_ >= kMostThreads) {
+  if (threads_ >= mostThreads) {
     const bool begins = ThreadShortage::begin(ThreadShortage::Of::workers);
     return {.isShort = true, .begins = begins, .nobodyComes = running_ == 0};
   }
@@ -281,27 +281,27 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     if (items_.empty()) {
       looksAtTheSame = 0;
       if (moved) quietSince = now;
-      if (now - quietSince >= kQuietTime && !ThreadShortage::exists(ThreadShortage::Of::timers)) break;
+      if (now - quietSince >= quietTime && !ThreadShortage::exists(ThreadShortage::Of::timers)) break;
     } else {
       outlook = Outlook::work;
       if (running_ < target_) break;
       outlook = Outlook::help;
       looksAtTheSame = moved ? 0 : looksAtTheSame + 1;
-      if (looksAtTheSame > kLooksBeforeHelp) break;
+      if (looksAtTheSame > looksBeforeHelp) break;
       outlook = Outlook::quiet;
       quietSince = now;
     }
     lookoutComes_ = false;
     self.word.store(0, std::memory_order_relaxed);
-    forNapper_.store(kOpen, std::memory_order_seq_cst);
+    forNapper_.store(openWord, std::memory_order_seq_cst);
     const bool idle = running_ == 0;
     mutex_.unlock();
     if (idle) ItemPages::trimSpares();
     if (ThreadShortage::exists(ThreadShortage::Of::timers)) [[unlikely]]
       SystemTimerClock::shared().tend();
-    futexWait(self.word, 0, now + kLookInterval);
+    futexWait(self.word, 0, now + lookInterval);
     mutex_.lock();
-    collectFromNapper(kClosed);
+    collectFromNapper(closedWord);
     lookoutComes_ = true;
   }
   lookout_ = nullptr;
@@ -312,7 +312,7 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
 void WorkerPool::spinForWork() {
   if (processors_ < 2) return;
   mutex_.unlock();
-  const std::uint64_t until = monotonicNanoseconds() + kSpinTime;
+  const std::uint64_t until = monotonicNanoseconds() + spinTime;
   do {
     for (int spin = 0; spin < 30 && readyCount_.load(std::memory_order_acquire) == 0; ++spin) spinPause();
   } while (readyCount_.load(std::memory_order_relaxed) == 0 && monotonicNanoseconds() < until);
@@ -398,7 +398,7 @@ void WorkerPool::resetAfterFork() noexcept {
   mutex_.resetAfterFork();
   const QueueLock lock(mutex_);
   items_.forget();
-  forNapper_.store(kClosed, std::memory_order_relaxed);
+  forNapper_.store(closedWord, std::memory_order_relaxed);
   readyCount_.store(0, std::memory_order_relaxed);
   sleepers_ = lookout_ = nullptr;
   lookoutComes_ = false;

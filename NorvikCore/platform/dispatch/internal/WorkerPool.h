@@ -101,11 +101,11 @@ class NK_EXPORT WorkerPool final : public ForkAware {
   const unsigned processors_;
   const unsigned target_;  // workers that run at once
 
-  // Relaxed items for a lookout that naps, newest first; kClosed while none does. Opened, closed and taken under the
+  // Relaxed items for a lookout that naps, newest first; closedWord while none does. Opened, closed and taken under the
   // mutex, filled without it.
-  static constexpr std::uintptr_t kOpen = 0;
-  static constexpr std::uintptr_t kClosed = 1;
-  alignas(64) std::atomic<std::uintptr_t> forNapper_{kClosed};
+  static constexpr std::uintptr_t openWord = 0;
+  static constexpr std::uintptr_t closedWord = 1;
+  alignas(64) std::atomic<std::uintptr_t> forNapper_{closedWord};
 
   alignas(64) QueueMutex mutex_;
   ItemList items_ NK_GUARDED_BY(mutex_);

@@ -10,7 +10,7 @@
 namespace norvik::detail {
 
 /// A deadline that never comes, in nanoseconds of the monotonic clock.
-inline constexpr std::uint64_t kNoDeadline = ~std::uint64_t{0};
+inline constexpr std::uint64_t noDeadline = ~std::uint64_t{0};
 
 /// The monotonic clock as deadlines count it.
 [[nodiscard]] inline std::uint64_t monotonicNanoseconds() noexcept {
@@ -20,7 +20,7 @@ inline constexpr std::uint64_t kNoDeadline = ~std::uint64_t{0};
 /// Sleeps while `word` is `expected`, until woken, until the deadline, or for no reason at all: the caller looks again.
 /// False when the deadline passed.
 bool futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t expected,
-               std::uint64_t monotonicDeadline = kNoDeadline) noexcept;
+               std::uint64_t monotonicDeadline = noDeadline) noexcept;
 
 /// Wakes up to `count` threads that sleep on the word. Only the address counts: the word may be gone already.
 void futexWake(const std::atomic<std::uint32_t>* word, int count) noexcept;
