@@ -143,6 +143,8 @@ void checkRead(const Decimal& number, std::string_view text, const Formatters& f
   if (number.isNegative() ? minus + brackets != 1 : minus + brackets != 0 && !number.isZero()) {
     fails("another sign", text, locale, form);
   }
+  constexpr std::size_t fewPlaces = 100;  // of 128; a percentage takes two
+  if (text.size() > fewPlaces) return;
   const std::string digits = withoutZerosAtTheEnd(digitsOf(text, formatters.digits));
   Decimal::Parts parts = number.parts();
   parts.exponent = 0;

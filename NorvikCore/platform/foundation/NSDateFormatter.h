@@ -17,7 +17,9 @@
 //
 // Strict reading is the default. It takes a text that the pattern writes for some date, and no other: spaces, signs and
 // the case of letters are those of the pattern, and fields do not contradict each other. "31/02/2021" is refused, and
-// "Tuesday 10 May 2021", which is a Monday.
+// "Tuesday 10 May 2021", which is a Monday. Two things are taken that no date is written as: a local time that the zone
+// skips, which reads as that much later, and the name of the zone's other season. Of S and A that come twice the last
+// counts.
 //
 // Lenient reading (see setLenient) takes what a clerk types. Fields out of range carry over (31/02 is 3 March), except
 // hours above 24. Weekdays, weeks and quarters beside a full date are not checked. Case and additional spaces do not
@@ -37,8 +39,8 @@
 //   B G and wider    several have (MMMMM) is only checked            more, of one month or weekday; months by number
 //   Z X x            the form that is written; "+00:00" also where   any such form, with or without colon and minutes,
 //                    "Z" is written                                  "GMT" and "UTC"
-//   z v V O ZZZZ     the zone's name as the pattern writes it,       a name in any form that ICU knows
-//                    if ICU reads it
+//   z v V O ZZZZ     the zone's name as the pattern writes it in     a name in any form that ICU knows
+//                    one of its seasons, if ICU reads it; UTC's
 //
 // Of numbers side by side (yyyyMMdd) the first has what the others leave, which have as many digits as letters.
 // A pattern with more than nine letters of one field (S, A: eighteen) reads nothing.

@@ -371,6 +371,19 @@ TEST(NSDateFormatter, StrictReadingOfZonesTakesTheFormThatIsWritten) {
       false, "Europe/London");
 }
 
+TEST(NSDateFormatter, WhatIsWrittenInUtcIsReadAgain) {
+  for (const char* locale : {"en_GB", "en_US", "de_DE", "fi_FI", "mn_MN", "ja_JP"}) {
+    for (const char* zone : {"z", "zzz", "zzzz", "v", "vvvv", "VV", "O", "ZZZZ"}) {
+      auto dates = formatter("UTC", NSString("d/M/yyyy HH:mm " + std::string(zone)), locale);
+      const NSString text = dates->stringFromDate("2021-07-01 12:00"_date);
+      EXPECT_EQ(dates->dateFromString(text), "2021-07-01 12:00"_date) << locale << ' ' << zone << ' ' << text;
+    }
+  }
+  auto dates = formatter("UTC", "d MMMM y HH:mm:ss z");
+  EXPECT_EQ(dates->dateFromString("1 July 2021 12:00:00 UTC"), "2021-07-01 12:00"_date);
+  EXPECT_EQ(dates->dateFromString("1 July 2021 12:00:00 UTC+1"), std::nullopt);
+}
+
 TEST(NSDateFormatter, LenientReadingTakesWhatAClerkTypes) {
   expectReadings(
       {

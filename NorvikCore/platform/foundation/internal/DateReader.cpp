@@ -23,6 +23,7 @@ using kernel::referenceDateInUnixSeconds;
 constexpr std::int64_t julianDayOfReferenceDate = 2'451'911;
 constexpr std::size_t mostFields = 64;
 constexpr std::size_t longestZoneName = 200;  // in bytes
+constexpr char16_t utcName[] = u"Etc/UTC";
 
 bool isOneOf(char letter, std::string_view letters) { return letters.find(letter) != std::string_view::npos; }
 bool isYear(char letter) { return isOneOf(letter, "yYuUr"); }
@@ -286,6 +287,12 @@ DateReader::DateReader(std::string_view pattern, const icu::Locale& locale, Mann
       status = U_ZERO_ERROR;
       zoneNames_.reset(icu::TimeZoneFormat::createInstance(locale, status));
       if (U_FAILURE(status)) isReadable_ = false;
+    }
+    if (item.kind == Kind::ZoneName && isReadable_) {
+      const std::unique_ptr<icu::TimeZone> utc(icu::TimeZone::createTimeZone(utcName));
+      icu::UnicodeString name;
+      zoneNames_->format(*zoneStyle(item.letter, item.count), *utc, 0, name);
+      item.text = utf8FromIcu(name);
     }
   }
 }
@@ -591,9 +598,16 @@ bool DateReader::readZoneName(Scanner& scanner, const Item& item, Fields& fields
   fields.zoneStyle = *zoneStyle(item.letter, item.count);
   icu::ParsePosition end(0);
   fields.zone.reset(zoneNames_->parse(fields.zoneStyle, text, end, &fields.zoneTime));
-  if (!fields.zone || end.getIndex() == 0) return false;
   text.extract(0, end.getIndex(), fields.zoneText);
-  return scanner.take(utf8FromIcu(fields.zoneText));
+  const std::string taken = utf8FromIcu(fields.zoneText);
+  // ICU takes the names of UTC for those of other zones, or for the beginning of one.
+  if (item.text.size() >= taken.size() && scanner.take(item.text)) {
+    fields.zone.reset(icu::TimeZone::createTimeZone(utcName));
+    fields.zoneTime = UTZFMT_TIME_TYPE_STANDARD;
+    fields.zoneText = icuString(std::string_view(item.text));
+    return true;
+  }
+  return fields.zone && end.getIndex() != 0 && scanner.take(taken);
 }
 
 /// Strictly, the text must be what the pattern writes for the zone in one of its seasons.

@@ -58,7 +58,7 @@ class NK_EXPORT DateReader {
     std::size_t count = 0;
     std::size_t digitsAfter = 0;  // that the numbers take which follow without anything between
     bool followsNumber = false;   // without anything between
-    std::string text;
+    std::string text;             // of Kind::ZoneName, the name of UTC
     std::vector<Name> names;      // as the pattern writes them, or leniently in every width
     std::vector<Name> fullNames;  // leniently, for abbreviations
   };
