@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
+#include "NorvikCore/platform/kernel/Fork.h"
 
 namespace norvik::detail {
 
@@ -10,6 +11,7 @@ constinit std::atomic<LogPipeline*> LogPipeline::pipeline{nullptr};
 constinit LogPipeline::Way LogPipeline::way{};
 
 LogPipeline& LogPipeline::makeShared() {
+  const kernel::ForkHold hold;  // a child would wait for ever for the thread that was at it
   static LogPipeline& made = *new LogPipeline;
   pipeline.store(&made, std::memory_order_release);
   return made;

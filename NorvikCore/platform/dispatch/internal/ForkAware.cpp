@@ -39,7 +39,10 @@ class ForkRegistry {
   ForkAware* first_ NK_GUARDED_BY(mutex_) = nullptr;
 };
 
-void ForkAware::watchForks() { ForkRegistry::shared().add(this); }
+void ForkAware::watchForks() {
+  const kernel::ForkHold hold;  // the first one makes the registry
+  ForkRegistry::shared().add(this);
+}
 void ForkAware::unwatchForks() noexcept { ForkRegistry::shared().remove(this); }
 
 }  // namespace norvik::detail

@@ -7,6 +7,9 @@
 
 #include "NorvikCore/platform/export.h"
 
+#include "NorvikCore/platform/kernel/Fork.h"
+
+#include <atomic>
 #include <utility>
 
 namespace norvik::detail {
@@ -43,6 +46,23 @@ template <class T>
 void deleteForkAware(T* object) noexcept {
   object->unwatchForks();
   delete object;
+}
+
+/// The one T, which `make` makes when it is first asked for. A fork waits for that: a child would wait for ever for the
+/// thread that was at it.
+template <class T, class Make>
+[[nodiscard]] T& sharedForkAware(Make make) {
+  static constinit std::atomic<T*> known{nullptr};
+  if (T* present = known.load(std::memory_order_acquire)) [[likely]]
+    return *present;
+  const kernel::ForkHold hold;
+  static T& made = [&make]() -> T& {
+    T* object = make();
+    object->watchForks();
+    return *object;
+  }();
+  known.store(&made, std::memory_order_release);
+  return made;
 }
 
 }  // namespace norvik::detail

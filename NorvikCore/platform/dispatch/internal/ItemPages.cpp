@@ -31,12 +31,7 @@ constexpr bool usesPages = true;
 class SparePages final : public ForkAware {
  public:
   static SparePages& shared() {
-    static auto& spares = []() -> SparePages& {
-      auto* made = new SparePages;
-      made->watchForks();
-      return *made;
-    }();
-    return spares;
+    return sharedForkAware<SparePages>([] { return new SparePages; });
   }
 
   ItemPage* take() {

@@ -30,12 +30,7 @@ constinit std::atomic<bool> ThreadShortage::reported{false};
 constinit std::atomic<std::uint64_t> ThreadShortage::reportedAt{0};
 
 ThreadShortage& ThreadShortage::shared() {
-  static auto& shortage = []() -> ThreadShortage& {
-    auto* made = new ThreadShortage;
-    made->watchForks();
-    return *made;
-  }();
-  return shortage;
+  return sharedForkAware<ThreadShortage>([] { return new ThreadShortage; });
 }
 
 bool ThreadShortage::begin(Of what) noexcept {

@@ -49,12 +49,7 @@ void drainDescriptor(int descriptor) {
 }  // namespace
 
 SystemTimerClock& SystemTimerClock::shared() {
-  static auto& clock = []() -> SystemTimerClock& {
-    auto* made = new SystemTimerClock;
-    made->watchForks();
-    return *made;
-  }();
-  return clock;
+  return sharedForkAware<SystemTimerClock>([] { return new SystemTimerClock; });
 }
 
 void SystemTimerClock::arm(TimerEntry& entry, dispatch_time_t start, TimerSetting setting) {

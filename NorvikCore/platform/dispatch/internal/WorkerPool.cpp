@@ -42,12 +42,7 @@ struct WorkerPool::Worker {
 };
 
 WorkerPool& WorkerPool::shared() {
-  static auto& pool = []() -> WorkerPool& {
-    auto* made = new WorkerPool;
-    made->watchForks();
-    return *made;
-  }();
-  return pool;
+  return sharedForkAware<WorkerPool>([] { return new WorkerPool; });
 }
 
 WorkerPool::WorkerPool()
