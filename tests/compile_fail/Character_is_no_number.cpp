@@ -14,33 +14,20 @@ void convert(char letter, char32_t point) {
   const Decimal five = small;
   const Value text = "x", truth = true, count = small, ofNumber = number;
   take(code + five);
-#elif SHOULD_NOT_COMPILE == 1
-  const Decimal y = 'x';
-#elif SHOULD_NOT_COMPILE == 2
-  const Decimal y('x');
-#elif SHOULD_NOT_COMPILE == 3
-  const Decimal y = L'x';
-#elif SHOULD_NOT_COMPILE == 4
-  const Decimal y = u8'x';
-#elif SHOULD_NOT_COMPILE == 5
-  const Decimal y = point;
-#elif SHOULD_NOT_COMPILE == 6
-  const Decimal y = true;
-#elif SHOULD_NOT_COMPILE == 7
-  take(letter);
-#elif SHOULD_NOT_COMPILE == 8
-  Decimal y; y += 'x';
-#elif SHOULD_NOT_COMPILE == 9
-  const NSNumber y = 'x';
-#elif SHOULD_NOT_COMPILE == 10
-  const NSNumber y = point;
-#elif SHOULD_NOT_COMPILE == 11
-  const Value y = 'x';
-#elif SHOULD_NOT_COMPILE == 12
-  const Value y('x');
-#elif SHOULD_NOT_COMPILE == 13
-  takeValue(u'x');
-#elif SHOULD_NOT_COMPILE == 14
-  const std::optional<Decimal> y = 'x';
+#else
+  const Decimal y1 = 'x';  // refused
+  const Decimal y2('x');  // refused
+  const Decimal y3 = L'x';  // refused
+  const Decimal y4 = u8'x';  // refused
+  const Decimal y5 = point;  // refused
+  const Decimal y6 = true;  // refused
+  take(letter);  // refused
+  Decimal y8; y8 += 'x';  // refused
+  const NSNumber y9 = 'x';  // refused
+  const NSNumber y10 = point;  // refused
+  const Value y11 = 'x';  // refused
+  const Value y12('x');  // refused
+  takeValue(u'x');  // refused
+  const std::optional<Decimal> y14 = 'x';  // refused
 #endif
 }
