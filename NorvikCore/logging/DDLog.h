@@ -34,7 +34,8 @@
 //            loggers are flushed as far as this does not wait for the block itself.
 // Crash:     what still waits is lost: asynchronous calls of about the last millisecond, or up to 1000 where the
 //            loggers cannot keep up. What a synchronous call said is with the loggers.
-// Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log, and
+// Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log,
+// and
 //            make loggers and formatters. Messages that were waiting are the parent's. A child flushes by flushLog()
 //            where it wants to, not at its exit.
 #pragma once

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/kernel/HostInfo.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace norvik::detail {
@@ -62,11 +63,18 @@ void LogFanOut::admitting(int flag, Nodes& nodes) const {
 template <class Hand>
 void LogFanOut::handToAll(const Nodes& nodes, const Hand& hand) {
   const std::size_t inParallel = numProcessors < 2 || nodes.empty() ? 0 : nodes.size() - 1;
+  const auto handOver = [&hand](std::size_t i) {
+    try {
+      hand(i);
+    } catch (...) {
+      std::terminate();  // here, where what was raised is still known and gets printed
+    }
+  };
   for (std::size_t i = 0; i < inParallel; ++i) {
-    dispatch_group_async(loggingGroup, nodes[i]->loggerQueue(), [&hand, i]() noexcept { hand(i); });
+    dispatch_group_async(loggingGroup, nodes[i]->loggerQueue(), [&handOver, i] { handOver(i); });
   }
   for (std::size_t i = inParallel; i < nodes.size(); ++i) {
-    dispatch_sync(nodes[i]->loggerQueue(), [&hand, i]() noexcept { hand(i); });
+    dispatch_sync(nodes[i]->loggerQueue(), [&handOver, i] { handOver(i); });
   }
   if (inParallel > 0) dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
 }

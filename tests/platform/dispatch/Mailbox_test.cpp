@@ -151,6 +151,7 @@ TEST_F(Mailbox, ALetterAfterALongSilenceIsReadToo) {
     while (kernel::monotonicNanoseconds() < until) std::this_thread::yield();
   }
   EXPECT_EQ(readCount.load(), 3U);
+  dispatch_sync(queue(), [] {});
 }
 
 TEST_F(Mailbox, WhileLettersComeNobodyIsWoken) {
@@ -165,6 +166,7 @@ TEST_F(Mailbox, WhileLettersComeNobodyIsWoken) {
   }
   EXPECT_LE(detail::WorkerPool::shared().wakeCount() - before, 2U) << "a worker that lost its processor may come again";
   waitUntilRead(200);
+  dispatch_sync(queue(), [] {});
 }
 
 TEST_F(Mailbox, ASynchronousBlockFindsReadWhatWasSentBeforeAndReadsItOnItsThread) {
@@ -410,6 +412,7 @@ TEST_F(Mailbox, LettersAreReadAsBlocksOfTheTarget) {
   dispatch_set_target_queue(queue(), nullptr);
   send(3000);
   waitUntilRead(3001);
+  dispatch_sync(queue(), [] {});  // the reader is done with what is destroyed now
 }
 
 TEST_F(Mailbox, ATargetThatIsBusyHoldsUpTheLetters) {

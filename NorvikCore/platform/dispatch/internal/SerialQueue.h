@@ -15,6 +15,7 @@
 #include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
 #include "NorvikCore/platform/dispatch/internal/ItemList.h"
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/export.h"
 
 #include <atomic>
 #include <cstddef>
@@ -24,7 +25,7 @@ namespace norvik::detail {
 
 class SyncWaiter;
 
-class SerialQueue : public QueueCore {
+class NK_EXPORT SerialQueue : public QueueCore {
  public:
   explicit SerialQueue(const char* label) : SerialQueue(Kind::serial, label) {}
 
