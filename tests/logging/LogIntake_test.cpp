@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/dispatch/internal/Mailbox.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -127,6 +128,68 @@ TEST_F(LogIntake, ARunTimeFormatNeedNotLive) {
     log(marked, 3);
   }
   EXPECT_THAT(go(), ElementsAre("3 items"));
+}
+
+TEST_F(LogIntake, WhereMessagesAreJammedTheirTextsAreTheSame) {
+  const auto& mailbox = static_cast<const detail::Mailbox&>(*DDLog::loggingQueue().core());
+  const std::string fits(96, 'x'), tooLong(97, 'y'), noText("b\xC3(d");
+  const NSString half = NSString::fromUtf16(
+      u"a\xD83D"
+      u"z");
+  const auto calls = [&] {
+    std::string text = "text";
+    log("%d %g %@ %s", -42, 2.5, *Decimal::parse("1234.50"), text.c_str());
+    text = "----";
+    log("%s", fits.c_str());
+    log("%s", tooLong.c_str());
+    log("%@", NSString(tooLong));
+    log("%s|%@", noText.c_str(), half);
+    log("%@", half);
+    log("%s", "");
+    log("nothing but %% text");
+    log("%100d", 7);
+    DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_WARN, 3, "file", "function", 5, NSString("tag"), "%d with a tag", 1);
+  };
+  const auto expected =
+      ElementsAre("-42 2.5 1234.50 text", fits, tooLong, tooLong, "b\xED\xB3\x83(d|a\xED\xA0\xBDz", "a\xED\xA0\xBDz",
+                  "", "nothing but % text", std::string(99, ' ') + "7", "1 with a tag");
+  EXPECT_FALSE(mailbox.isCrowded());
+  calls();
+  EXPECT_THAT(go(), expected);
+
+  Latch heldAgain, releasedAgain, lastReleased;
+  dispatch_async(DDLog::loggingQueue(), [&] {
+    held.open();
+    releasedAgain.wait();
+  });
+  held.wait();
+  for (int i = 0; i < 100; ++i) log("%d", i);
+  dispatch_async(DDLog::loggingQueue(), [&] {
+    heldAgain.open();
+    lastReleased.wait();
+  });
+  for (int i = 100; i < 1000; ++i) log("%d", i);
+  std::thread caller([&] {
+    kernel::setCurrentThreadName("a jammed thread");
+    log("the first beyond the bound");
+    EXPECT_TRUE(mailbox.isCrowded());
+    calls();
+    EXPECT_TRUE(mailbox.isCrowded());
+  });
+  releasedAgain.open();
+  heldAgain.wait();
+  caller.join();
+  messages.clear();
+  lastReleased.open();
+  DDLog::flushLog();
+  messages.erase(messages.begin(), messages.begin() + 901);
+  EXPECT_THAT(go(), expected);
+  const DDLogMessage& last = *messages.back();
+  EXPECT_EQ(last.threadName(), "a jammed thread");
+  EXPECT_EQ(last.logFlag(), LOG_FLAG_WARN);
+  EXPECT_EQ(last.logContext(), 3);
+  EXPECT_EQ(last.lineNumber(), 5);
+  EXPECT_EQ(last.tag(), NSString("tag"));
 }
 
 TEST_F(LogIntake, APrecisionBoundsATextWithoutEnd) {

@@ -20,6 +20,9 @@ namespace {
 // How often a caller that waits for room checks whether the loggers wait for it.
 constexpr std::uint64_t lookPause = 10'000'000;
 
+// A text that is formed by the caller fits a record up to this size.
+constexpr std::size_t shortText = 96;
+
 /// What a thread's calls have in common while it is off any queue. Found out anew when the thread is renamed, and once
 /// in a while, for others may name it too.
 struct alignas(64) KnownCaller {
@@ -51,7 +54,7 @@ bool isKnown(std::uint64_t now) noexcept {
 
 }  // namespace
 
-[[gnu::always_inline]] inline void LogIntake::queueCallOf(const LogCaller& caller, const LogSite& site,
+[[gnu::always_inline]] inline void LogIntake::queueAsItIs(const LogCaller& caller, const LogSite& site,
                                                           const LogContent& content) {
   Mailbox& mailbox = *LogPipeline::way.mailbox;
   Letter* const letter = mailbox.tryClaim();
@@ -60,6 +63,23 @@ bool isKnown(std::uint64_t now) noexcept {
       return mailbox.post(*letter);
   }
   queueSlowly(letter, caller, site, content);
+}
+
+[[gnu::always_inline]] inline void LogIntake::queueCallOf(const LogCaller& caller, const LogSite& site,
+                                                          const LogContent& content) {
+  Mailbox& mailbox = *LogPipeline::way.mailbox;
+  if (mailbox.isCrowded()) [[unlikely]]
+    return queueFormed(caller, site, content);
+  queueAsItIs(caller, site, content);
+}
+
+/// The caller is about to wait for the loggers. It forms the text itself, which is half of their work.
+[[gnu::noinline]] void LogIntake::queueFormed(const LogCaller& caller, const LogSite& site, const LogContent& content) {
+  char text[shortText];
+  const std::size_t size = formText(text, shortText, content.format, content.arguments);
+  if (size > shortText) return queueAsItIs(caller, site, content);
+  const FormatArgumentList list(std::string_view(text, size));
+  queueAsItIs(caller, site, {LogContent::formed, list, content.tag});
 }
 
 /// A record that is too small for the call, or none free.

@@ -24,6 +24,8 @@ class LogIntake {
  private:
   static void queueCallOfUnknown(const LogSite& site, std::uint64_t ticks, const LogContent& content);
   static void queueCallOf(const LogCaller& caller, const LogSite& site, const LogContent& content);
+  static void queueFormed(const LogCaller& caller, const LogSite& site, const LogContent& content);
+  static void queueAsItIs(const LogCaller& caller, const LogSite& site, const LogContent& content);
   static void queueSlowly(Letter* claimed, const LogCaller& caller, const LogSite& site, const LogContent& content);
   template <class Fill>
   static void post(Letter* claimed, const Fill& fill);

@@ -31,6 +31,12 @@ NSString LogRecord::text() const {
 
 void LogRecord::appendText(std::string& line) const {
   const LogRecord& record = whole();
+  if (record.format_ == LogContent::formed.data()) {
+    if (const FormatArgument& argument = record.arguments().data()[0]; argument.kind() == FormatKind::text) {
+      line.append(static_cast<const char*>(argument.pointer), argument.length);
+      return;
+    }
+  }
   appendFormatArguments(line, {record.format_, record.formatSize_}, record.arguments());
 }
 

@@ -36,6 +36,8 @@ struct LogCaller {
 
 /// What a log call says: a format that can wait, and arguments for it. The tag may be null.
 struct LogContent {
+  static constexpr std::string_view formed = "%@";  // the format of a text that the caller has formed
+
   std::string_view format;
   FormatArguments arguments;
   const Value* tag;

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/values/Format.h"
 
 #include "NorvikCore/platform/values/internal/FormatBuffer.h"
+#include "NorvikCore/platform/values/internal/FormatCopy.h"
 #include "NorvikCore/platform/values/internal/FormatNumber.h"
 #include "NorvikCore/platform/values/internal/Utf8Words.h"
 
@@ -269,7 +270,34 @@ class Renderer {
   std::size_t next_ = 0;
 };
 
+/// Whether what the argument refers to is no longer than that, found out without reading more.
+bool isWithin(const FormatArgument& argument, std::size_t size) noexcept {
+  switch (argument.kind()) {
+    case FormatKind::string:
+      return static_cast<const NSString*>(argument.pointer)->view().size() <= size;
+    case FormatKind::text:
+      return argument.length <= size;
+    case FormatKind::cText:
+      return ::strnlen(static_cast<const char*>(argument.pointer), std::min(argument.length, size + 1)) <= size;
+    default:
+      return true;
+  }
+}
+
 }  // namespace
+
+std::size_t formText(char* memory, std::size_t size, std::string_view format, FormatArguments arguments) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (!isWithin(arguments.data()[i], size)) return size + 1;
+  }
+  FormatBuffer buffer;
+  Renderer(buffer, format, arguments).render();
+  const std::string_view text = buffer.view();
+  if (text.size() > size || !isValidByWords(text) || (text.empty() && !format.empty())) return size + 1;
+  text.copy(memory, text.size());
+  return text.size();
+}
+
 }  // namespace detail
 
 NSString stringWithFormatArguments(std::string_view format, FormatArguments arguments) {

@@ -260,6 +260,25 @@ TEST_F(Mailbox, AThousandLettersMayWaitAndNotOneMore) {
   EXPECT_EQ(numbers(), upTo(1001));
 }
 
+TEST_F(Mailbox, ItIsCrowdedWhereASenderFoundMoreThanHalfOfThemWaiting) {
+  for (int i = 0; i < 500; ++i) ASSERT_TRUE(trySend(i));
+  dispatch_sync(queue(), [] {});
+  dispatch_suspend(queue());
+  for (int i = 500; i < 1000; ++i) ASSERT_TRUE(trySend(i));
+  EXPECT_FALSE(mailbox->isCrowded());
+  EXPECT_TRUE(trySend(1000));  // finds room only as it looks what was read: 500 wait
+  EXPECT_FALSE(mailbox->isCrowded());
+  for (int i = 1001; i < 1500; ++i) ASSERT_TRUE(trySend(i));
+  EXPECT_FALSE(trySend(1500));
+  EXPECT_TRUE(mailbox->isCrowded());
+  dispatch_resume(queue());
+  dispatch_sync(queue(), [] {});
+  EXPECT_TRUE(trySend(1500));
+  EXPECT_FALSE(mailbox->isCrowded());
+  dispatch_sync(queue(), [] {});
+  EXPECT_EQ(numbers(), upTo(1501));
+}
+
 TEST_F(Mailbox, ALetterCountsUntilItsReaderIsDoneWithIt) {
   RUN_IN_CHILD({
     const ThreadStartsFail noWorkers;

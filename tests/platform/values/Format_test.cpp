@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <limits>
 #include <optional>
+#include <random>
 #include <string>
+#include <string_view>
 
 namespace norvik {
 namespace {
@@ -125,6 +130,23 @@ TEST(Format, FloatingNumbersAreThoseOfPrintf) {
       {"%g", "0.0001", 0.0001},
       {"%g", "1e-05", 0.00001},
       {"%g", "1e+06", 1000000.0},
+      {"%g", "999999", 999999.4},
+      {"%g", "1e+06", 999999.5},
+      {"%g", "10", 9.9999996},
+      {"%g", "0", 0.0},
+      {"%g", "-0", -0.0},
+      {"%g", "1", 1.0},
+      {"%g", "0.25", 0.25},
+      {"%g", "1234.5", 1234.5},
+      {"%g", "100000", 100000.0},
+      {"%+010g", "+0000001.5", 1.5},
+      {"%-8g|", "-2.5    |", -2.5},
+      {"%.0g", "2", 2.5},
+      {"%.2g", "1e+02", 99.5},
+      {"%.2g", "98", 98.5},
+      {"%.11g", "12345678901", 12345678901.0},
+      {"%.12g", "123456789012", 123456789012.0},
+      {"%.17g", "2.6749999999999998", 2.675},
       {"%#g", "1.00000", 1.0},
       {"%#.3g", "0.00100", 0.001},
       {"%#g", "0.00000", 0.0},
@@ -142,6 +164,22 @@ TEST(Format, FloatingNumbersAreThoseOfPrintf) {
   for (const auto& row : rows) {
     EXPECT_EQ(stringWithFormat(runtimeFormat(NSString(row.format)), row.value), row.expected)
         << row.format << " of " << row.value;
+  }
+}
+
+TEST(Format, GeneralNumbersHaveTheDigitsOfTheStandardLibrary) {
+  std::mt19937_64 random(20261122);
+  std::uniform_real_distribution<double> exponent(-2, 14);
+  char expected[64];
+  for (int i = 0; i < 100'000; ++i) {
+    const int precision = static_cast<int>(random() % 14), places = static_cast<int>(random() % 8);
+    double number = std::pow(10.0, exponent(random));
+    // Half of them short decimals, where ties and trailing zeros are.
+    if (i % 2 == 0) number = std::round(number * std::pow(2.0, places)) / std::pow(2.0, places);
+    const auto end =
+        std::to_chars(expected, std::end(expected), number, std::chars_format::general, std::max(precision, 1));
+    ASSERT_EQ(stringWithFormat("%.*g", precision, number).view(), std::string_view(expected, end.ptr))
+        << "%." << precision << "g of " << std::hexfloat << number;
   }
 }
 

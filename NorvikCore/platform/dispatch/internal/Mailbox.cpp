@@ -43,6 +43,7 @@ Mailbox::~Mailbox() { delete[] ring_; }
 bool Mailbox::learnWhatIsRead(std::uint64_t sent) noexcept {
   const std::uint64_t done = done_.load(std::memory_order_acquire);
   knownRead_.store(done, std::memory_order_release);
+  isCrowded_.store(sent - done > bound / 2, std::memory_order_relaxed);
   return sent - done < bound;
 }
 
@@ -315,6 +316,7 @@ void Mailbox::resetAfterFork() noexcept {
   const std::uint64_t position = sent();
   sent_.store(position << 1 | asleep, std::memory_order_relaxed);
   knownRead_.store(position, std::memory_order_relaxed);
+  isCrowded_.store(false, std::memory_order_relaxed);
   done_.store(position, std::memory_order_relaxed);
   waitingForRoom_.store(0, std::memory_order_relaxed);
   hurried_.store(0, std::memory_order_relaxed);

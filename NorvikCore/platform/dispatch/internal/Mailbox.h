@@ -114,6 +114,10 @@ class NK_EXPORT Mailbox final : public SerialQueue {
   /// Takes over the letter.
   void post(LooseLetter* letter);
 
+  /// True where more than half of what may wait did wait when a sender last looked: the reader holds up its senders,
+  /// who have time to do a part of its work.
+  [[nodiscard]] bool isCrowded() const noexcept { return isCrowded_.load(std::memory_order_relaxed); }
+
   /// Asks for the memory of the next claim, which is about to change.
   void prefetch() const noexcept { kernel::prefetchForWrite(&sent_); }
 
@@ -173,6 +177,7 @@ class NK_EXPORT Mailbox final : public SerialQueue {
   // The senders'.
   alignas(64) std::atomic<std::uint64_t> sent_{asleep};  // letters claimed, times two, and `asleep`
   std::atomic<std::uint64_t> knownRead_{0};              // what done_ was when a sender last looked
+  std::atomic<bool> isCrowded_{false};                   // then
   Letter* ring_;                                         // of ringSize
 
   // The reader's.

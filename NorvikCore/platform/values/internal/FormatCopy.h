@@ -144,6 +144,10 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
   return true;
 }
 
+/// Forms the text in memory of that size, as UTF-8. Returns its length; more than the size where it does not fit, or
+/// where the arguments alone say that it hardly will.
+[[nodiscard]] std::size_t formText(char* memory, std::size_t size, std::string_view format, FormatArguments arguments);
+
 /// Room that is enough for the copies.
 [[nodiscard]] inline std::size_t roomForFormatArguments(FormatArguments arguments) noexcept {
   constexpr std::size_t most = sizeof(FormatArgument) + 2 * alignof(std::max_align_t) + copiedStringLimit;

@@ -103,6 +103,20 @@ void appendFixed(FormatBuffer& out, std::string_view sign, std::uint64_t digits,
   appendNumber(out, sign, 0, {begin, static_cast<std::size_t>(end - begin)}, field.zeroPad, field);
 }
 
+/// The digits that %g shows of a number that is zero, or at least one and written without an exponent: `places` of them
+/// are decimals, without trailing zeros.
+inline bool shortGeneralDigits(double magnitude, int precision, std::uint64_t& digits, int& places) noexcept {
+  if (precision >= static_cast<int>(std::size(powersOfTen))) return false;
+  const auto limit = powersOfTen[precision];
+  if ((magnitude < 1 && magnitude != 0) || magnitude >= static_cast<double>(limit)) return false;
+  int whole = 1;
+  while (magnitude >= static_cast<double>(powersOfTen[whole])) ++whole;
+  places = precision - whole;
+  if (!fixedDigits(magnitude, places, digits) || digits >= limit) return false;
+  for (; places > 0 && digits % 10 == 0; --places) digits /= 10;
+  return true;
+}
+
 /// The # flag: a decimal point always, and with %g the trailing zeros that it drops otherwise.
 void applyAlternate(std::string& text, char conversion, int precision) {
   const std::size_t exponent = text.find_first_of(conversion == 'a' ? "p" : "e");
@@ -158,6 +172,10 @@ void appendFloatingNumber(FormatBuffer& out, char conversion, Number number, con
     std::uint64_t digits = 0;
     if (lower == 'f' && fixedDigits(magnitude, precision, digits)) {
       return appendFixed(out, signText(isNegative, field), digits, precision, field);
+    }
+    int places = 0;
+    if (lower == 'g' && !field.alternate && shortGeneralDigits(magnitude, precision, digits, places)) {
+      return appendFixed(out, signText(isNegative, field), digits, places, field);
     }
   }
   std::string text = generalDigits(lower, magnitude, precision);
