@@ -1,10 +1,13 @@
 #include "NorvikCore/logging/DDLogFileInfo.h"
 
+#include "NorvikCore/logging/internal/LogFile.h"
 #include "NorvikCore/platform/foundation/NSFileManager.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 
+#include <cerrno>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 namespace norvik {
@@ -20,6 +23,12 @@ std::optional<T> attribute(const Ref<NSDictionary>& attributes, const NSString& 
 
 NSComparisonResult newestFirst(const std::optional<Date>& date, const std::optional<Date>& other) {
   return date < other ? NSOrderedDescending : other < date ? NSOrderedAscending : NSOrderedSame;
+}
+
+/// False of what would lead out of the folder.
+bool namesOneFile(const NSString& name) {
+  const std::string_view text = name.view();
+  return !text.empty() && text != "." && text != ".." && text.find('/') == text.npos;
 }
 
 }  // namespace
@@ -87,27 +96,35 @@ void DDLogFileInfo::renameFile(const NSString& newFileName) {
   if (newFileName == fileName()) return;
   const NSString newPath = filePath_.stringByDeletingLastPathComponent().stringByAppendingPathComponent(newFileName);
   Ref<NSError> error;
-  if (!NSFileManager::defaultManager().moveItemAtPath(filePath_, newPath, &error)) {
-    NSLog("DDLogFileInfo: Error renaming file (%@): %@", fileName(), error);
+  if (!namesOneFile(newFileName)) {
+    error = NSError::posixError(EINVAL, "move", filePath_ + " to " + newPath);
+  } else {
+    NSFileManager::defaultManager().moveItemAtPath(filePath_, newPath, &error);
+  }
+  if (error) {
+    NSLog("DDLogFileInfo: Error renaming file (%@): %@", detail::printable(fileName()),
+          detail::printable(error->description()));
   }
   filePath_ = newPath;
   reset();
 }
 
 bool DDLogFileInfo::hasExtendedAttributeWithName(const NSString& attributeName) const {
-  return kernel::hasAttribute(filePath_.fileSystemRepresentation(), attributeName.view());
+  return kernel::hasAttribute(filePath_.fileSystemRepresentation(), attributeName.view(), kernel::Links::stay);
 }
 
 void DDLogFileInfo::addExtendedAttributeWithName(const NSString& attributeName) {
-  const int error = kernel::setAttribute(filePath_.fileSystemRepresentation(), attributeName.view(), "");
-  if (error != 0) NSLog("DDLogFileInfo: setxattr(%@, %@): error = %i", attributeName, fileName(), error);
+  const int error =
+      kernel::setAttribute(filePath_.fileSystemRepresentation(), attributeName.view(), "", kernel::Links::stay);
+  if (error == 0) return;
+  NSLog("DDLogFileInfo: setxattr(%@, %@): error = %i", attributeName, detail::printable(fileName()), error);
 }
 
 void DDLogFileInfo::removeExtendedAttributeWithName(const NSString& attributeName) {
-  const int error = kernel::removeAttribute(filePath_.fileSystemRepresentation(), attributeName.view());
-  if (error != 0 && error != kernel::attributeAbsent) {
-    NSLog("DDLogFileInfo: removexattr(%@, %@): error = %i", attributeName, fileName(), error);
-  }
+  const int error =
+      kernel::removeAttribute(filePath_.fileSystemRepresentation(), attributeName.view(), kernel::Links::stay);
+  if (error == 0 || error == kernel::attributeAbsent) return;
+  NSLog("DDLogFileInfo: removexattr(%@, %@): error = %i", attributeName, detail::printable(fileName()), error);
 }
 
 NSComparisonResult DDLogFileInfo::reverseCompareByCreationDate(const DDLogFileInfo& another) const {

@@ -11,6 +11,9 @@
 // What is read from the file system is read on first use and then kept; a size of 0 counts as not read. reset() forgets
 // all of it but the size, which is kept on purpose.
 //
+// Everything here is about the entry of that name itself: a symbolic link in the place of a log file is not followed. It
+// has no attributes, so it is never archived, and can be given none; renaming moves the link.
+//
 // Threads: confined to one at a time.
 // Errors:  attributes and renames that fail are reported on the system console, and nothing is raised.
 #pragma once
@@ -48,7 +51,8 @@ class NK_EXPORT DDLogFileInfo : public NSObject {
 
   /// Forgets name, attributes and dates, so that they are read again; keeps the size.
   void reset();
-  /// Renames the file within its folder. Whether or not that works, this info is about the new path from then on.
+  /// Renames the file within its folder; a name that would lead out of it ("../old", "", "a/b") fails. Whether or not
+  /// that works, this info is about the new path from then on.
   void renameFile(const NSString& newFileName);
 
   [[nodiscard]] bool hasExtendedAttributeWithName(const NSString& attributeName) const;

@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/NSProcessInfo.h"
 #include "NorvikCore/platform/foundation/NSSearchPath.h"
+#include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/UUID.h"
@@ -246,7 +247,6 @@ bool DDLogFileManagerDefault::didMake(const kernel::FileStatus& status) const {
 void DDLogFileManagerDefault::deleteOldLogFiles() {
   const std::uint64_t kept = maximumNumberOfLogFiles();
   if (kept == 0) return;
-  NSFileManager& files = NSFileManager::defaultManager();
   std::vector<Ref<DDLogFileInfo>> infos = sortedLogFileInfos();
   NSString newest;
   {
@@ -258,7 +258,8 @@ void DDLogFileManagerDefault::deleteOldLogFiles() {
     if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
     const Ref<NSDictionary> attributes = infos[i]->fileAttributes();  // of a link itself
     if (!attributes || attributes->objectForKey(NSFileType) == Value(NSFileTypeDirectory)) continue;
-    files.removeItemAtPath(infos[i]->filePath());
+    // Never with what is in it: somebody may have put a folder there since the look at it.
+    static_cast<void>(kernel::removeWithAttributes(infos[i]->filePath().fileSystemRepresentation()));
   }
 }
 

@@ -136,6 +136,54 @@ TEST(DDLogFileInfo, TheArchivedMarkWorksOnRamfs) {
   });
 }
 
+/// Of a link in the place of a log file neither the mark of what it leads to is read, nor is that changed.
+void expectALinkIsNotFollowed() {
+  const TemporaryFolder folder, elsewhere;
+  const std::string outside = elsewhere.write("outside"), link = folder.path("log-ABC123.txt");
+  std::filesystem::create_symlink(outside, link);
+  const auto info = DDLogFileInfo::logFileWithPath(link), target = DDLogFileInfo::logFileWithPath(outside);
+  const SystemLogCapture console;
+  info->setIsArchived(true);
+  EXPECT_FALSE(target->isArchived());
+  EXPECT_FALSE(info->isArchived());
+  target->setIsArchived(true);
+  EXPECT_FALSE(info->isArchived());
+  info->setIsArchived(false);
+  EXPECT_TRUE(target->isArchived());
+  EXPECT_THAT(console.lines(),
+              ElementsAre("DDLogFileInfo: setxattr(quillmarch.log.archived, log-ABC123.txt): error = 1",
+                          "DDLogFileInfo: removexattr(quillmarch.log.archived, log-ABC123.txt): error = 1"));
+}
+
+TEST(DDLogFileInfo, ALinkInThePlaceOfALogFileIsNeitherMarkedNorFollowed) {
+  expectALinkIsNotFollowed();
+  const kernel::WithoutExtendedAttributes without;
+  expectALinkIsNotFollowed();
+}
+
+TEST(DDLogFileInfo, APipeIsNotOpenedToBeMarked) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.path("log-ABC123.txt");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const SystemLogCapture console;
+  const auto info = DDLogFileInfo::logFileWithPath(pipe);
+  info->setIsArchived(true);
+  EXPECT_FALSE(info->isArchived());
+  EXPECT_EQ(info->fileSize(), 0U);
+  EXPECT_EQ(console.lines().size(), 1U);
+}
+
+TEST(DDLogFileInfo, AReportIsOneLineWhateverTheFileIsCalled) {
+  const SystemLogCapture console;
+  const auto info = DDLogFileInfo::logFileWithPath("/nowhere/log-ABC123\nforged");
+  info->setIsArchived(true);
+  info->setIsArchived(false);
+  info->renameFile("other");
+  ASSERT_EQ(console.lines().size(), 3U);
+  for (const std::string& line : console.lines()) EXPECT_THAT(line, ::testing::HasSubstr("log-ABC123\\nforged"));
+  for (const std::string& line : console.lines()) EXPECT_THAT(line, ::testing::Not(::testing::HasSubstr("\n")));
+}
+
 TEST(DDLogFileInfo, AnAttributeThatCannotBeSetIsReported) {
   const SystemLogCapture console;
   DDLogFileInfo::logFileWithPath("/nowhere/log-ABC123.txt")->addExtendedAttributeWithName("mark");
@@ -175,6 +223,35 @@ TEST(DDLogFileInfo, ARenameThatFailsIsReportedAndTheInfoIsAboutTheNewPathAllTheS
   EXPECT_EQ(info->filePath(), folder.path("new"));
   EXPECT_EQ(TemporaryFolder::read(folder.path("new")), "new text");
   EXPECT_EQ(TemporaryFolder::read(folder.path("old")), "old text");
+}
+
+TEST(DDLogFileInfo, ANameThatLeadsOutOfTheFolderIsRefused) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path("logs"));
+  std::filesystem::create_directory(folder.path("logs/inner"));
+  const std::string path = folder.write("logs/old", "text");
+  for (const NSString& name : {NSString("../new"), NSString("inner/new"), NSString("/new"), NSString("."),
+                               NSString(".."), NSString("")}) {
+    const SystemLogCapture console;
+    const auto info = DDLogFileInfo::logFileWithPath(path);
+    info->renameFile(name);
+    ASSERT_EQ(console.lines().size(), 1U) << name;
+    EXPECT_THAT(console.lines()[0], ::testing::StartsWith("DDLogFileInfo: Error renaming file (old): ")) << name;
+    EXPECT_THAT(console.lines()[0], ::testing::HasSubstr("Invalid argument")) << name;
+    EXPECT_EQ(TemporaryFolder::read(path), "text") << name;
+    EXPECT_NE(info->filePath(), path) << name;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder.path("new")));
+  EXPECT_FALSE(std::filesystem::exists(folder.path("logs/inner/new")));
+}
+
+TEST(DDLogFileInfo, RenamingALinkMovesTheLinkItself) {
+  const TemporaryFolder folder, elsewhere;
+  const std::string outside = elsewhere.write("outside", "text");
+  std::filesystem::create_symlink(outside, folder.path("old"));
+  DDLogFileInfo::logFileWithPath(folder.path("old"))->renameFile("new");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("new")));
+  EXPECT_EQ(TemporaryFolder::read(outside), "text");
 }
 
 TEST(DDLogFileInfo, InfosAboutOnePathAreEqual) {

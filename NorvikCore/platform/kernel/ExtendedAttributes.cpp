@@ -28,20 +28,34 @@ bool meansNoSupport(int error) noexcept { return error == ENOTSUP || error == EN
 
 int translated(int error) noexcept { return error == ENODATA ? attributeAbsent : error; }
 
+// The file that the side files belong to: behind all links, or this entry, which must be one that may have attributes.
+int fileOfSideFiles(const std::string& path, Links links, std::string& file) {
+  if (links == Links::stay) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) return errno;
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return EPERM;
+    file = path;
+    return 0;
+  }
+  char* resolved = realpath(path.c_str(), nullptr);
+  if (!resolved) return errno;
+  file = resolved;
+  free(resolved);
+  return 0;
+}
+
 // Calls `native` where the file system may have attributes, else, or when it turns out to have none, `side` with the
-// path of the file behind all links. `native` gives what the system call gives; a text of -1 and errno for failure.
+// path of the file that has them. `native` gives what the system call gives; a text of -1 and errno for failure.
 template <class Native, class Side>
-int withFallback(const std::string& path, const Native& native, const Side& side) {
+int withFallback(const std::string& path, Links links, const Native& native, const Side& side) {
   if (path.find('\0') != path.npos) return ENOENT;  // the system would take the part before it
   if (disabled.load(std::memory_order_relaxed) == 0) {
     if (native() >= 0) return 0;
     if (!meansNoSupport(errno)) return translated(errno);
   }
-  char* resolved = realpath(path.c_str(), nullptr);
-  if (!resolved) return errno;
-  const std::string file = resolved;
-  free(resolved);
-  return side(file);
+  std::string file;
+  const int error = fileOfSideFiles(path, links, file);
+  return error == 0 ? side(file) : error;
 }
 
 // Reads a text whose length is known only by asking: again, where it grew between question and answer.
@@ -80,36 +94,39 @@ int renamedToFreeName(const std::string& from, const std::string& to) noexcept {
 
 }  // namespace
 
-int getAttribute(const std::string& path, std::string_view name, std::string& value) {
+int getAttribute(const std::string& path, std::string_view name, std::string& value, Links links) {
   const std::string full = kernelName(name);
+  const auto call = links == Links::stay ? lgetxattr : getxattr;
   std::string found;
   const int error = withFallback(
-      path,
+      path, links,
       [&] {
         return readGrowing(
-            found, [&](char* buffer, std::size_t size) { return getxattr(path.c_str(), full.c_str(), buffer, size); });
+            found, [&](char* buffer, std::size_t size) { return call(path.c_str(), full.c_str(), buffer, size); });
       },
       [&](const std::string& file) { return detail::getSideFile(file, name, found); });
   if (error == 0) value = std::move(found);
-  return error;
+  return links == Links::stay && error == EPERM ? attributeAbsent : error;
 }
 
-bool hasAttribute(const std::string& path, std::string_view name) {
+bool hasAttribute(const std::string& path, std::string_view name, Links links) {
   std::string value;
-  return getAttribute(path, name, value) == 0;
+  return getAttribute(path, name, value, links) == 0;
 }
 
-int setAttribute(const std::string& path, std::string_view name, std::string_view value) {
+int setAttribute(const std::string& path, std::string_view name, std::string_view value, Links links) {
   const std::string full = kernelName(name);
+  const auto call = links == Links::stay ? lsetxattr : setxattr;
   return withFallback(
-      path, [&] { return setxattr(path.c_str(), full.c_str(), value.data(), value.size(), 0); },
+      path, links, [&] { return call(path.c_str(), full.c_str(), value.data(), value.size(), 0); },
       [&](const std::string& file) { return detail::setSideFile(file, name, value); });
 }
 
-int removeAttribute(const std::string& path, std::string_view name) {
+int removeAttribute(const std::string& path, std::string_view name, Links links) {
   const std::string full = kernelName(name);
+  const auto call = links == Links::stay ? lremovexattr : removexattr;
   return withFallback(
-      path, [&] { return removexattr(path.c_str(), full.c_str()); },
+      path, links, [&] { return call(path.c_str(), full.c_str()); },
       [&](const std::string& file) { return detail::removeSideFile(file, name); });
 }
 
@@ -119,7 +136,7 @@ int listAttributes(const std::string& path, std::vector<std::string>& names) {
   // A file system without attributes may answer the question with an empty list, or with those that are not ours: a
   // look at one attribute tells.
   const int error = withFallback(
-      path,
+      path, Links::follow,
       [&]() -> ssize_t {
         if (getxattr(path.c_str(), "user.norvik.probe", nullptr, 0) < 0 && errno != ENODATA) return -1;
         return readGrowing(list, [&](char* buffer, std::size_t size) { return listxattr(path.c_str(), buffer, size); });

@@ -12,11 +12,14 @@
 // .attr%2D, so that names stay apart). A side file does not follow a file that is renamed or removed by other means
 // than the two operations at the end of this header, and one that stays behind would mark the next file of that name.
 //
-// Paths are followed through symbolic links, except by those two. Operations answer 0 or an error number (see
+// Paths are followed through symbolic links, except by those two and where Links::stay is given: then the last name of
+// the path may be a link, a pipe or a device without anything being followed or opened; it has no attributes
+// (attributeAbsent) and can be given none (EPERM). Operations answer 0 or an error number (see
 // SystemError.h). Any thread; two that change the same attribute leave one of the two values whole.
 #pragma once  // include time: <string> and <vector> are what it gives
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/SystemError.h"
 
 #include <string>
@@ -27,17 +30,21 @@ namespace norvik::kernel {
 
 /// attributeAbsent where the file has no attribute of that name; ENOENT where there is no file. `value` is set on
 /// success only.
-[[nodiscard]] NK_EXPORT int getAttribute(const std::string& path, std::string_view name, std::string& value);
+[[nodiscard]] NK_EXPORT int getAttribute(const std::string& path, std::string_view name, std::string& value,
+                                         Links links = Links::follow);
 
 /// True where getAttribute() would succeed; any failure counts as no.
-[[nodiscard]] NK_EXPORT bool hasAttribute(const std::string& path, std::string_view name);
+[[nodiscard]] NK_EXPORT bool hasAttribute(const std::string& path, std::string_view name,
+                                          Links links = Links::follow);
 
 /// Adds or replaces. File systems limit names (to about 250 bytes) and values (to some kilobytes): ERANGE,
 /// ENAMETOOLONG, ENOSPC or E2BIG beyond that.
-[[nodiscard]] NK_EXPORT int setAttribute(const std::string& path, std::string_view name, std::string_view value);
+[[nodiscard]] NK_EXPORT int setAttribute(const std::string& path, std::string_view name, std::string_view value,
+                                         Links links = Links::follow);
 
 /// attributeAbsent where there is nothing to remove.
-[[nodiscard]] NK_EXPORT int removeAttribute(const std::string& path, std::string_view name);
+[[nodiscard]] NK_EXPORT int removeAttribute(const std::string& path, std::string_view name,
+                                            Links links = Links::follow);
 
 /// The attributes' names in alphabetical order. Those outside "user." are not ours and are left out.
 [[nodiscard]] NK_EXPORT int listAttributes(const std::string& path, std::vector<std::string>& names);

@@ -114,8 +114,9 @@ int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) n
 
 int noteCreation(const std::string& path) {
   FileStatus status;
-  if (const int error = read(AT_FDCWD, path.c_str(), 0, status)) return error;
-  return status.hasBirthTime ? 0 : setAttribute(path, creationAttribute, std::to_string(wallNanoseconds()));
+  if (const int error = read(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, status)) return error;
+  if (status.hasBirthTime) return 0;
+  return setAttribute(path, creationAttribute, std::to_string(wallNanoseconds()), Links::stay);
 }
 
 WithoutBirthTimes::WithoutBirthTimes() noexcept { ++birthTimesHidden; }

@@ -47,7 +47,7 @@ enum class Links { follow, stay };
 [[nodiscard]] NK_EXPORT int setModificationTime(const std::string& path, std::int64_t unixNanoseconds) noexcept;
 
 /// To be called by who has just made a file: keeps the present time as its creation time where the file system will
-/// not. 0 or the error of keeping it; nothing to do is success.
+/// not. 0 or the error of keeping it (EPERM where a link has taken the file's place); nothing to do is success.
 [[nodiscard]] NK_EXPORT int noteCreation(const std::string& path);
 
 /// Makes every file system look like one without birth times while one of these lives; for tests.

@@ -94,12 +94,18 @@ int getSideFile(const std::string& path, std::string_view attribute, std::string
 }
 
 int setSideFile(const std::string& path, std::string_view attribute, std::string_view value) {
-  const std::string unfinished = unfinishedPath(locate(path));
+  const Location location = locate(path);
+  std::string unfinished;
   FileDescriptor file;
   // The user's alone: a creation date that others could change would reorder the log files.
   const OpenOptions options{.write = true, .create = true, .exclusive = true, .mode = 0600};
-  if (const int error = openFile(unfinished, options, file)) return error;
-  int error = writeAll(file.get(), value);
+  int error = 0;
+  do {  // a killed process that had the same number may have left some
+    unfinished = unfinishedPath(location);
+    error = openFile(unfinished, options, file);
+  } while (error == EEXIST);
+  if (error != 0) return error;
+  error = writeAll(file.get(), value);
   if (const int closeError = file.close(); error == 0) error = closeError;
   if (error == 0) error = answer(rename(unfinished.c_str(), sideFilePath(path, attribute).c_str()));
   if (error != 0) unlink(unfinished.c_str());

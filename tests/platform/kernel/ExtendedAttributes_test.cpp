@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+#include "tests/support/InChild.h"
 #include "tests/support/PrivateMount.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -177,6 +178,29 @@ TEST_P(ExtendedAttributes, ALinkLeadsToTheFilesAttributes) {
   EXPECT_EQ(valueOf(path, "payroll.locked"), "through the link");
 }
 
+TEST_P(ExtendedAttributes, ALinkThatIsNotFollowedHasNoneAndIsGivenNone) {
+  const std::string path = file(), link = folder().path("link.csv");
+  ASSERT_EQ(symlink(path.c_str(), link.c_str()), 0);
+  ASSERT_EQ(kernel::setAttribute(path, "payroll.locked", ""), 0);
+  std::string value = "untouched";
+  EXPECT_EQ(kernel::getAttribute(link, "payroll.locked", value, kernel::Links::stay), attributeAbsent);
+  EXPECT_EQ(value, "untouched");
+  EXPECT_FALSE(kernel::hasAttribute(link, "payroll.locked", kernel::Links::stay));
+  EXPECT_EQ(kernel::setAttribute(link, "payroll.sealed", "", kernel::Links::stay), EPERM);
+  EXPECT_EQ(kernel::removeAttribute(link, "payroll.locked", kernel::Links::stay), EPERM);
+  EXPECT_EQ(namesOf(path), Names({"payroll.locked"}));
+  EXPECT_FALSE(fs::exists(folder().path(".link.csv.attr-payroll.sealed")));
+}
+
+TEST_P(ExtendedAttributes, AFileIsGivenThemWhetherLinksAreFollowedOrNot) {
+  const std::string path = file();
+  ASSERT_EQ(kernel::setAttribute(path, "payroll.locked", "yes", kernel::Links::stay), 0);
+  EXPECT_EQ(valueOf(path, "payroll.locked"), "yes");
+  EXPECT_EQ(kernel::removeAttribute(path, "payroll.locked", kernel::Links::stay), 0);
+  EXPECT_EQ(kernel::removeAttribute(path, "payroll.locked", kernel::Links::stay), attributeAbsent);
+  EXPECT_EQ(kernel::setAttribute(folder().path("nowhere"), "payroll.locked", "", kernel::Links::stay), ENOENT);
+}
+
 TEST_P(ExtendedAttributes, AFolderHasAttributesToo) {
   const std::string path = folder().path("April");
   fs::create_directory(path);
@@ -262,6 +286,18 @@ TEST(ExtendedAttributesStorage, SideFilesAreLeftOutOfAListOnlyBesideTheirFile) {
   names = all;
   kernel::leaveOutSideFiles(folder.path(), names);
   EXPECT_EQ(names, all) << "where attributes are the file system's, such a file is one like any other";
+}
+
+TEST(ExtendedAttributesStorage, WhatAKilledProcessLeftUnfinishedIsNoObstacle) {
+  RUN_IN_CHILD({
+    const kernel::WithoutExtendedAttributes off;
+    const norvik::test::TemporaryFolder folder;
+    const std::string path = folder.write("pay.csv");
+    for (int i = 0; i < 10; ++i) folder.write(".attrtmp-" + std::to_string(getpid()) + "-" + std::to_string(i), "left");
+    EXPECT_EQ(kernel::setAttribute(path, "payroll.locked", ""), 0);
+    EXPECT_TRUE(kernel::hasAttribute(path, "payroll.locked"));
+    EXPECT_EQ(folder.read(folder.path(".attrtmp-" + std::to_string(getpid()) + "-0")), "left");
+  });
 }
 
 TEST(ExtendedAttributesStorage, ARelativePathHasItsSideFileInTheSameFolder) {

@@ -189,6 +189,15 @@ TEST(FileCreationFallback, WithoutBirthTimeAndNoteItIsTheEarlierOfTheLastWriteAn
   EXPECT_LT(std::abs(statusOf(path).creation - kernel::wallNanoseconds()), 60 * second);
 }
 
+TEST(FileCreationFallback, NothingIsNotedThroughALink) {
+  const test::TemporaryFolder folder;
+  const kernel::WithoutBirthTimes hidden;
+  const std::string path = folder.write("file"), link = folder.path("link");
+  ASSERT_EQ(symlink(path.c_str(), link.c_str()), 0);
+  EXPECT_EQ(kernel::noteCreation(link), EPERM);
+  EXPECT_FALSE(kernel::hasAttribute(path, "norvik.created"));
+}
+
 TEST(FileCreationFallback, ADamagedNoteCountsAsNone) {
   const kernel::WithoutBirthTimes hidden;
   const TemporaryFolder folder;
