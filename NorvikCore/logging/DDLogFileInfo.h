@@ -11,8 +11,8 @@
 // What is read from the file system is read on first use and then kept; a size of 0 counts as not read. reset() forgets
 // all of it but the size, which is kept on purpose.
 //
-// Everything here is about the entry of that name itself: a symbolic link in the place of a log file is not followed. It
-// has no attributes, so it is never archived, and can be given none; renaming moves the link.
+// Everything here is about the entry of that name itself: a symbolic link in the place of a log file is not followed.
+// It has no attributes, so it is never archived, and can be given none; renaming moves the link.
 //
 // Threads: confined to one at a time.
 // Errors:  attributes and renames that fail are reported on the system console, and nothing is raised.

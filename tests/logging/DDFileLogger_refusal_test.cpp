@@ -247,22 +247,35 @@ TEST_F(DDFileLoggerRefusal, AFileWithoutPermissionToWriteIsPassedOver) {
   });
 }
 
-TEST_F(DDFileLoggerRefusal, AFileThatMayBeWrittenButNotReadIsUsed) {
-  const std::string blind = folder.write("log-ABCDEF.txt", "blind\n");
-  ASSERT_EQ(chmod(blind.c_str(), 0200), 0);
-  if (geteuid() == 0) {
-    ASSERT_EQ(chown(folder.path().c_str(), somebodyElse, somebodyElse), 0);
-    ASSERT_EQ(chown(blind.c_str(), somebodyElse, somebodyElse), 0);
-  }
-  RUN_IN_CHILD({
+// What it ends with is not known: an empty line is better than two lines in one.
+TEST_F(DDFileLoggerRefusal, AFileThatMayBeWrittenButNotReadIsUsedAndHasALineFeedFirstUnlessItIsEmpty) {
+  const struct {
+    const char *why, *left, *expected;
+  } rows[] = {
+      {"cut in the middle", "whole\nhal", "whole\nhal\ntext\nmore\n"},
+      {"whole", "whole\n", "whole\n\ntext\nmore\n"},
+      {"empty", "", "text\nmore\n"},
+  };
+  for (const auto& row : rows) {
+    const TemporaryFolder logs;
+    const std::string blind = logs.write("log-ABCDEF.txt", row.left);
+    ASSERT_EQ(chmod(blind.c_str(), 0200), 0);
     if (geteuid() == 0) {
-      ASSERT_EQ(setuid(somebodyElse), 0);
+      ASSERT_EQ(chown(logs.path().c_str(), somebodyElse, somebodyElse), 0);
+      ASSERT_EQ(chown(blind.c_str(), somebodyElse, somebodyElse), 0);
     }
-    addLogger(folder.path());
-    sayNow("text");
-    ASSERT_EQ(chmod(blind.c_str(), 0600), 0);
-    EXPECT_EQ(TemporaryFolder::read(blind), "blind\ntext\n");
-  });
+    RUN_IN_CHILD({
+      if (geteuid() == 0) {
+        ASSERT_EQ(setuid(somebodyElse), 0);
+      }
+      const SystemLogCapture console;
+      addLogger(logs.path());
+      sayNow("text"), sayNow("more");
+      ASSERT_EQ(chmod(blind.c_str(), 0600), 0);
+      EXPECT_EQ(TemporaryFolder::read(blind), row.expected) << row.why;
+      EXPECT_THAT(console.lines(), IsEmpty());
+    });
+  }
 }
 
 TEST_F(DDFileLoggerRefusal, TheLongestNameIsALogFileLikeAnyOther) {

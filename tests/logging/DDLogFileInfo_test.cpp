@@ -230,8 +230,8 @@ TEST(DDLogFileInfo, ANameThatLeadsOutOfTheFolderIsRefused) {
   std::filesystem::create_directory(folder.path("logs"));
   std::filesystem::create_directory(folder.path("logs/inner"));
   const std::string path = folder.write("logs/old", "text");
-  for (const NSString& name : {NSString("../new"), NSString("inner/new"), NSString("/new"), NSString("."),
-                               NSString(".."), NSString("")}) {
+  for (const NSString& name :
+       {NSString("../new"), NSString("inner/new"), NSString("/new"), NSString("."), NSString(".."), NSString("")}) {
     const SystemLogCapture console;
     const auto info = DDLogFileInfo::logFileWithPath(path);
     info->renameFile(name);

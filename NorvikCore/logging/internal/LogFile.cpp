@@ -41,15 +41,17 @@ bool concernsEveryFile(int error) noexcept {
   return error == EMFILE || error == ENFILE || error == ENOMEM || error == EROFS;
 }
 
-/// The last byte is no line feed, and no other process is about to write one: the file stays as it is.
+/// The last byte is no line feed, or cannot be read, and no other process is about to write one: the file stays as it
+/// is.
 bool endsInsideLine(int descriptor) {
   std::uint64_t before = 0;
   for (int look = 0; look < 100; ++look) {
     kernel::FileStatus status;
-    char last = '\n';
+    char last = '\0';
     std::size_t count = 0;
     if (kernel::readFileStatus(descriptor, status) != 0 || status.size == 0) return false;
-    if (kernel::readAt(descriptor, status.size - 1, &last, 1, &count) != 0 || last == '\n') return false;
+    if (kernel::readAt(descriptor, status.size - 1, &last, 1, &count) != 0) return true;
+    if (last == '\n') return false;
     if (status.size == before) return true;
     before = status.size;
     kernel::awaitOtherWrites(descriptor);
@@ -77,13 +79,12 @@ LogFileRefusal openLogFile(const std::string& path, LogFileOwner owner, OpenLogF
   }
   if (std::string reason = reasonAgainst(opened.status, owner); !reason.empty()) return {std::move(reason), 0, true};
   int error = kernel::openFile(path, {.read = true, .append = true, .regular = true}, opened.descriptor);
-  const bool isReadable = error == 0;
   if (error == EACCES) error = kernel::openFile(path, {.append = true, .regular = true}, opened.descriptor);
   if (error == 0) error = kernel::readFileStatus(opened.descriptor.get(), opened.status);
   if (error != 0) return refused(error, !concernsEveryFile(error));
   // Again, because somebody may have replaced it meanwhile.
   if (std::string reason = reasonAgainst(opened.status, owner); !reason.empty()) return {std::move(reason), 0, true};
-  opened.endsInsideLine = isReadable && endsInsideLine(opened.descriptor.get());
+  opened.endsInsideLine = endsInsideLine(opened.descriptor.get());
   file = std::move(opened);
   return {};
 }

@@ -33,7 +33,7 @@ struct LogFileRefusal {
 struct OpenLogFile {
   kernel::FileDescriptor descriptor;  // appends
   kernel::FileStatus status;
-  bool endsInsideLine = false;  // no line feed at its end; false where the file may not be read
+  bool endsInsideLine = false;  // no line feed at its end, or what is there may not be read
 };
 
 /// By what the file system says of it; empty where nothing is.

@@ -34,8 +34,7 @@ namespace norvik::kernel {
                                          Links links = Links::follow);
 
 /// True where getAttribute() would succeed; any failure counts as no.
-[[nodiscard]] NK_EXPORT bool hasAttribute(const std::string& path, std::string_view name,
-                                          Links links = Links::follow);
+[[nodiscard]] NK_EXPORT bool hasAttribute(const std::string& path, std::string_view name, Links links = Links::follow);
 
 /// Adds or replaces. File systems limit names (to about 250 bytes) and values (to some kilobytes): ERANGE,
 /// ENAMETOOLONG, ENOSPC or E2BIG beyond that.
