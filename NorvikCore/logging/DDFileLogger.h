@@ -9,8 +9,8 @@
 // The file is opened with the first message: the newest of the folder, unless it is archived, too large or too old.
 // Every line goes to the end of the file, so that processes may share one. A file that was deleted or moved is noticed
 // within half a second or 500 lines, and writing goes on in another. A file ends slightly larger than the limit, with a
-// whole line. Where a killed process left a part of a line, a line feed ends it first; so it does where the file may
-// not be read (0200) and is not empty, which leaves an empty line after a whole one.
+// whole line. Where a killed process left a part of a line, a line feed ends it first. A file that may not be read
+// (0200) is given that line feed unless it is empty, because what it ends with is not known.
 //
 // Only a regular file of this user with one name is written to, by root too. Where the newest is anything else (a link,
 // a folder, a named pipe, a second name of another file, a file of another user, one without permission), the console

@@ -7,9 +7,12 @@
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/NSProcessInfo.h"
 #include "NorvikCore/platform/foundation/NSSearchPath.h"
+#include "NorvikCore/platform/kernel/Directory.h"
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/Paths.h"
 #include "NorvikCore/platform/kernel/UUID.h"
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -47,6 +50,31 @@ bool comesFirst(const SortedFile& a, const SortedFile& b) {
   return a.info->reverseCompareByModificationDate(*b.info) == NSOrderedAscending;
 }
 
+/// The user's; absent where no home is known.
+std::optional<NSString> libraryFolder() {
+  const Ref<NSArray> libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, true);
+  if (!libraries || libraries->count() == 0) return std::nullopt;
+  return libraries->firstObject().as<NSString>();
+}
+
+NSString processFolderIn(const NSString& logs) {
+  return logs.stringByAppendingPathComponent(NSProcessInfo::processInfo().processName());
+}
+
+/// The first name for this user's logs in the temporary folder that is not in the way (EPERM of `attempt(path)`), and
+/// the answer to it.
+template <class Attempt>
+int findTemporaryLogs(std::string& path, const Attempt& attempt) {
+  const std::string usual = kernel::temporaryDirectory() + "/Logs";
+  const std::string own = usual + "-" + std::to_string(kernel::effectiveUserId());
+  int error = attempt(path = usual);
+  if (error == EPERM) error = attempt(path = own);
+  for (int number = 2; error == EPERM && number < 10; ++number) {
+    error = attempt(path = own + "-" + std::to_string(number));
+  }
+  return error;
+}
+
 void requirePermissions(std::uint32_t permissions, std::uint32_t least) {
   if (permissions <= 0777 && (permissions & least) == least) return;
   NSException::raise(
@@ -73,7 +101,10 @@ Ref<DDLogFileManagerDefault> DDLogFileManagerDefault::initWithLogsDirectory(std:
 
 bool DDLogFileManagerDefault::init() {
   if (!DDLogFileManager::init()) return false;
-  if (!_logsDirectory) _logsDirectory = defaultLogsDirectory();
+  if (!_logsDirectory) {
+    _logsDirectory = defaultLogsDirectory();
+    isInTemporaryFolder_ = !libraryFolder() && *_logsDirectory == DDLogFileManagerDefault::defaultLogsDirectory();
+  }
   if (_logsDirectory->empty()) {  // files would be made in the process's current folder
     NSLog("DDLogFileManagerDefault: the folder for log files has an empty name");
     return false;
@@ -114,27 +145,41 @@ void DDLogFileManagerDefault::observeValueForKeyPath(const NSString& keyPath, NS
 }
 
 NSString DDLogFileManagerDefault::defaultLogsDirectory() const {
-  const Ref<NSArray> libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, true);
-  const NSString library =
-      libraries && libraries->count() > 0 ? libraries->firstObject().as<NSString>() : NSTemporaryDirectory();
-  return library.stringByAppendingPathComponent("Logs").stringByAppendingPathComponent(
-      NSProcessInfo::processInfo().processName());
+  if (const std::optional<NSString> library = libraryFolder())
+    return processFolderIn(library->stringByAppendingPathComponent("Logs"));
+  std::string logs;
+  static_cast<void>(findTemporaryLogs(logs, [](const std::string& path) { return kernel::checkOwnDirectory(path); }));
+  return processFolderIn(NSString::fromBytes(logs));
 }
 
 NSString DDLogFileManagerDefault::logsDirectory() {
   NSFileManager& files = NSFileManager::defaultManager();
+  const std::uint32_t permissions = logsDirectoryPermissions();
+  NSString directory = *_logsDirectory;
   Ref<NSError> error;
+  if (isInTemporaryFolder_) {
+    std::string logs;
+    static_cast<void>(kernel::createDirectories(kernel::temporaryDirectory(), permissions));  // if it is missing
+    const int failure =
+        findTemporaryLogs(logs, [&](const std::string& path) { return kernel::createOwnDirectory(path, permissions); });
+    directory = processFolderIn(NSString::fromBytes(logs));
+    if (failure != 0) error = NSError::posixError(failure, "create folder", NSString::fromBytes(logs));
+  }
   bool isFolder = false;
-  if (!files.fileExistsAtPath(*_logsDirectory, &isFolder) || !isFolder) {
-    const std::uint32_t permissions = logsDirectoryPermissions();
+  if (!error && (!files.fileExistsAtPath(directory, &isFolder) || !isFolder)) {
     const auto attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, permissions}});
-    if (files.createDirectoryAtPath(*_logsDirectory, true, attributes, &error)) {
+    if (files.createDirectoryAtPath(directory, true, attributes, &error)) {
       // Where it fails, on a disk without permissions, the folder has those of the disk.
-      static_cast<void>(kernel::setFolderPermissions(_logsDirectory->fileSystemRepresentation(), permissions));
+      static_cast<void>(kernel::setFolderPermissions(directory.fileSystemRepresentation(), permissions));
     }
   }
   reportFolder(error);
-  return *_logsDirectory;
+  return directory;
+}
+
+bool DDLogFileManagerDefault::hasFolder() const {
+  const MutexLock lock(mutex_);
+  return folderFailure_.empty();
 }
 
 /// Reports that the folder cannot be made, unless that was reported before; an empty error is success.
@@ -146,6 +191,22 @@ void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
     folderFailure_ = failure;
   }
   if (error) NSLog("DDFileLogManagerDefault: Error creating logsDirectory: %@", error);
+}
+
+/// The same of the list of its files. A folder that is missing has been reported, and where the process has no
+/// descriptor or memory left, whoever makes the next file reports that.
+void DDLogFileManagerDefault::reportListing(const Ref<NSError>& error) {
+  const std::int64_t failure = error ? error->code() : 0;
+  if (failure == EMFILE || failure == ENFILE || failure == ENOMEM) return;
+  {
+    const MutexLock lock(mutex_);
+    if (!folderFailure_.empty() || listingFailure_ == failure) return;
+    listingFailure_ = failure;
+  }
+  if (error) {
+    NSLog("DDFileLogManagerDefault: Error listing logsDirectory, no old file is used or removed: %@",
+          error->localizedDescription());
+  }
 }
 
 /// The same of a file, by the error alone, because each has another name. A folder that is missing has been reported.
@@ -169,7 +230,10 @@ bool DDLogFileManagerDefault::isLogFile(const NSString& fileName) const {
 std::vector<NSString> DDLogFileManagerDefault::unsortedLogFilePaths() {
   const NSString directory = logsDirectory();
   std::vector<NSString> paths;
-  const Ref<NSArray> names = NSFileManager::defaultManager().contentsOfDirectoryAtPath(directory);
+  if (!hasFolder()) return paths;
+  Ref<NSError> error;
+  const Ref<NSArray> names = NSFileManager::defaultManager().contentsOfDirectoryAtPath(directory, &error);
+  reportListing(error);
   if (!names) return paths;
   for (const Value& element : *names) {
     const NSString name = element.as<NSString>();
@@ -217,8 +281,8 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
     kernel::FileDescriptor file;
     const std::string systemPath = path.fileSystemRepresentation();
     const std::uint32_t permissions = logFilePermissions();
-    const int error =
-        kernel::openFile(systemPath, {.write = true, .create = true, .exclusive = true, .mode = permissions}, file);
+    const kernel::OpenOptions options{.write = true, .create = true, .exclusive = true, .mode = permissions};
+    const int error = hasFolder() ? kernel::openFile(systemPath, options, file) : ENOENT;
     if (error == EEXIST) continue;
     if (error == 0) {
       kernel::FileStatus status;

@@ -16,9 +16,17 @@
 // Files are made readable and writable by this user alone, and so are the folders. For a log that a group may read, set
 // 0640 and 0750 before the first message.
 //
+// A user whom neither the environment nor an account gives a home has the log folder in the temporary folder, which
+// users share: "Logs/<process>". Only a "Logs" there counts that belongs to this user, is no link, and that no other
+// user may write to. Where another is in the way the folder is "Logs-<user number>", or "Logs-<user number>-2" to "-9";
+// where all are taken, that is reported and lines are lost. It is looked at before each use, so log files may move to
+// the next name when somebody takes the place of a folder that was cleaned up. That others cannot rename the folder is
+// the temporary folder's business: it must have the sticky bit, as /tmp has.
+//
 // Threads: synchronised.
-// Errors:  a folder or a file that cannot be made is reported on the system console, once until it could be made or the
-//          cause is another; files that cannot be listed or removed are left as they are, silently.
+// Errors:  a folder that cannot be made or listed and a file that cannot be made are reported on the system console,
+//          once until it worked or the cause is another; files that cannot be removed are left as they are, silently.
+//          In a folder that may not be listed (0300) each run begins a file, and none is removed.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManager.h"
@@ -41,8 +49,8 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   NK_OBJECT(DDLogFileManagerDefault, DDLogFileManager)
 
   /// Absent: the folder "Logs", and in it the one named after the process, in the user's library folder, or in the
-  /// temporary folder where neither the environment nor an account tells the user's home. An empty name is refused: the
-  /// console says so, and make() and initWithLogsDirectory() give an empty Ref.
+  /// temporary folder (see above) where no home is known. An empty name is refused: the console says so, and make() and
+  /// initWithLogsDirectory() give an empty Ref.
   explicit DDLogFileManagerDefault(std::optional<NSString> logsDirectory = std::nullopt);
 
   [[nodiscard]] static Ref<DDLogFileManagerDefault> initWithLogsDirectory(std::optional<NSString> logsDirectory);
@@ -62,7 +70,7 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   void setLogsDirectoryPermissions(std::uint32_t permissions);
 
   [[nodiscard]] virtual NSString defaultLogsDirectory() const;
-  /// Made, with the folders above it, where it does not exist.
+  /// Made, with the folders above it, where it does not exist. The default folder in the temporary one may change.
   [[nodiscard]] NSString logsDirectory() override;
 
   [[nodiscard]] virtual bool isLogFile(const NSString& fileName) const;
@@ -91,10 +99,14 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
 
   /// The last file made here.
   [[nodiscard]] bool didMake(const kernel::FileStatus& status) const;
+  /// Of a folder that is made here or was found: is it one to put files into?
+  [[nodiscard]] bool hasFolder() const;
   void reportFolder(const Ref<NSError>& error);
+  void reportListing(const Ref<NSError>& error);
   void reportFile(const NSString& path, int error);
 
   std::optional<NSString> _logsDirectory;  // the default one until init()
+  bool isInTemporaryFolder_ = false;       // it is chosen anew each time
   std::atomic<std::uint64_t> maximumNumberOfLogFiles_{5};
   std::atomic<std::uint32_t> logFilePermissions_{0600}, logsDirectoryPermissions_{0700};
   mutable Mutex mutex_;
@@ -102,8 +114,9 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   // Its identity, with the time because the number of a removed file is used again.
   std::uint64_t newestDevice_ NK_GUARDED_BY(mutex_) = 0, newestInode_ NK_GUARDED_BY(mutex_) = 0;
   std::int64_t newestCreation_ NK_GUARDED_BY(mutex_) = 0;
-  NSString folderFailure_ NK_GUARDED_BY(mutex_);  // the last report; empty while there is a folder
-  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;     // the last error reported; 0 while files can be made
+  NSString folderFailure_ NK_GUARDED_BY(mutex_);           // the last report; empty while there is a folder
+  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;              // the last error reported; 0 while files can be made
+  std::int64_t listingFailure_ NK_GUARDED_BY(mutex_) = 0;  // the same while the folder can be listed
 };
 
 }  // namespace norvik

@@ -20,6 +20,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <string>
 #include <thread>
@@ -519,6 +520,28 @@ TEST(DDLogFileManagerDefault, AFileThatCannotBeMadeIsReportedOnceUntilOneCould) 
   });
 }
 
+TEST(DDLogFileManagerDefault, AFolderThatCannotBeListedIsReportedOnceUntilItCouldBeListed) {
+  RUN_IN_CHILD({
+    const TemporaryFolder folder;
+    if (geteuid() == 0) {  // who may list anything
+      ASSERT_EQ(chown(folder.path().c_str(), 54321, 54321), 0);
+      ASSERT_EQ(setuid(54321), 0);
+    }
+    const kernel::SystemLogCapture console;
+    const auto manager = managerFor(folder);
+    for (std::size_t reports : {1U, 2U}) {
+      ASSERT_EQ(chmod(folder.path().c_str(), 0300), 0);
+      for (int i = 0; i < 3; ++i) static_cast<void>(manager->createNewLogFile());
+      ASSERT_EQ(console.lines().size(), reports);
+      EXPECT_EQ(console.lines().back(),
+                "DDFileLogManagerDefault: Error listing logsDirectory, no old file is used or removed: list folder " +
+                    folder.path() + ": Permission denied");
+      ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
+      EXPECT_EQ(manager->unsortedLogFilePaths().size(), 3 * reports);
+    }
+  });
+}
+
 TEST(DDLogFileManagerDefault, SurplusLinksAndPipesGoButNotWhatLinksLeadTo) {
   const TemporaryFolder folder;
   folder.write("kept", "text");
@@ -541,15 +564,102 @@ TEST(DDLogFileManagerDefault, SurplusLinksAndPipesGoButNotWhatLinksLeadTo) {
   EXPECT_EQ(TemporaryFolder::read(folder.path("kept")), "text");
 }
 
+/// A user without an account and without a home, whose logs are in the given folder. False where there is an account.
+bool becomeNobody(const TemporaryFolder& temporary) {
+  if (geteuid() == 0) {
+    EXPECT_EQ(chmod(temporary.path().c_str(), 01777), 0);
+    EXPECT_EQ(setuid(54321), 0);
+  }
+  for (const char* name : {"HOME", "XDG_DATA_HOME"}) unsetenv(name);
+  setenv("TMPDIR", temporary.path().c_str(), 1);
+  return !getpwuid(geteuid());
+}
+
 TEST(DDLogFileManagerDefault, WithoutAHomeTheDefaultFolderIsInTheTemporaryOne) {
   RUN_IN_CHILD({
-    if (geteuid() == 0) {
-      ASSERT_EQ(setuid(54321), 0);
+    const TemporaryFolder temporary;
+    if (!becomeNobody(temporary)) return;
+    const std::string expected = temporary.path("Logs/" + kernel::processName());
+    const auto manager = make<DDLogFileManagerDefault>();
+    EXPECT_EQ(manager->defaultLogsDirectory(), expected);
+    EXPECT_TRUE(filesIn(temporary.path()).empty());
+    EXPECT_EQ(manager->logsDirectory(), expected);
+    EXPECT_EQ(filesIn(expected).size(), 0U);
+    EXPECT_EQ(manager->createNewLogFile().stringByDeletingLastPathComponent(), expected);
+    EXPECT_EQ(filesIn(expected).size(), 1U);
+  });
+}
+
+TEST(DDLogFileManagerDefault, AMissingTemporaryFolderIsMade) {
+  RUN_IN_CHILD({
+    const TemporaryFolder temporary;
+    if (!becomeNobody(temporary)) return;
+    setenv("TMPDIR", temporary.path("missing").c_str(), 1);
+    EXPECT_TRUE(std::filesystem::exists(make<DDLogFileManagerDefault>()->createNewLogFile().str()));
+  });
+}
+
+TEST(DDLogFileManagerDefault, AFolderOfAnotherUserInTheTemporaryOneIsNotUsed) {
+  const struct {
+    const char* why;
+    std::function<void(const std::string& logs, const std::string& theirs)> put;
+  } rows[] = {
+      {"a folder of another user",
+       [](auto& logs, auto&) {
+         ASSERT_EQ(mkdir(logs.c_str(), 0777), 0);
+         ASSERT_EQ(chmod(logs.c_str(), 0777), 0);
+       }},
+      {"a link to a folder of another user",
+       [](auto& logs, auto& theirs) { ASSERT_EQ(symlink(theirs.c_str(), logs.c_str()), 0); }},
+      {"a link that leads nowhere", [](auto& logs, auto&) { ASSERT_EQ(symlink("nowhere", logs.c_str()), 0); }},
+      {"a file", [](auto& logs, auto&) { ASSERT_EQ(mknod(logs.c_str(), S_IFREG | 0666, 0), 0); }},
+  };
+  if (geteuid() != 0) GTEST_SKIP() << "only root may be two users";
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    RUN_IN_CHILD({
+      const TemporaryFolder temporary, theirs;
+      ASSERT_EQ(chmod(theirs.path().c_str(), 0777), 0);
+      row.put(temporary.path("Logs"), theirs.path());
+      if (!becomeNobody(temporary)) return;
+      const kernel::SystemLogCapture console;
+      const std::string first = temporary.path("Logs-54321/" + kernel::processName());
+      const auto manager = make<DDLogFileManagerDefault>();
+      EXPECT_EQ(manager->defaultLogsDirectory(), first);
+      EXPECT_EQ(manager->createNewLogFile().stringByDeletingLastPathComponent(), first);
+      EXPECT_EQ(filesIn(first).size(), 1U);
+      EXPECT_TRUE(filesIn(theirs.path()).empty());
+      EXPECT_TRUE(console.lines().empty());
+      // One that others may write to is not used either, though it is this user's.
+      ASSERT_EQ(chmod(temporary.path("Logs-54321").c_str(), 0770), 0);
+      const std::string second = temporary.path("Logs-54321-2/" + kernel::processName());
+      EXPECT_EQ(manager->createNewLogFile().stringByDeletingLastPathComponent(), second);
+      EXPECT_EQ(manager->sortedLogFilePaths().size(), 1U);
+    });
+  }
+}
+
+TEST(DDLogFileManagerDefault, WhereEveryNameIsTakenNoFileIsMadeAndTheReasonIsReported) {
+  RUN_IN_CHILD({
+    const TemporaryFolder temporary;
+    if (!becomeNobody(temporary)) return;
+    const std::string own = "Logs-" + std::to_string(geteuid());
+    std::vector<std::string> taken{"Logs", own};
+    for (int i = 2; i < 10; ++i) taken.push_back(own + "-" + std::to_string(i));
+    for (const std::string& name : taken) {
+      const std::string inner = temporary.path(name) + "/" + kernel::processName();
+      std::filesystem::create_directories(inner);
+      ASSERT_EQ(chmod(temporary.path(name).c_str(), 0777), 0);
+      ASSERT_EQ(chmod(inner.c_str(), 0777), 0);
     }
-    if (getpwuid(geteuid())) return;  // this user has an account
-    for (const char* name : {"HOME", "XDG_DATA_HOME"}) unsetenv(name);
-    setenv("TMPDIR", "/tmp/of-nobody", 1);
-    EXPECT_EQ(make<DDLogFileManagerDefault>()->defaultLogsDirectory(), "/tmp/of-nobody/Logs/" + kernel::processName());
+    const kernel::SystemLogCapture console;
+    const auto manager = make<DDLogFileManagerDefault>();
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(std::filesystem::exists(manager->createNewLogFile().str()));
+    EXPECT_TRUE(manager->unsortedLogFilePaths().empty());
+    ASSERT_EQ(console.lines().size(), 1U);
+    EXPECT_THAT(console.lines()[0], ::testing::HasSubstr("Operation not permitted"));
+    std::filesystem::remove_all(temporary.path(own));
+    EXPECT_TRUE(std::filesystem::exists(manager->createNewLogFile().str()));
   });
 }
 

@@ -7,12 +7,15 @@
 #include <errno.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string_view>
 
 namespace norvik::kernel {
 namespace {
+
+constexpr unsigned writableByOthers = S_IWGRP | S_IWOTH;
 
 bool isDirectory(const std::string& path) noexcept {
   struct stat status {};
@@ -46,6 +49,19 @@ int createDirectories(const std::string& path, unsigned mode, std::string* faile
 
 int createDirectory(const std::string& path, unsigned mode) noexcept {
   return mkdir(path.c_str(), mode) == 0 ? 0 : errno;
+}
+
+int checkOwnDirectory(const std::string& path) noexcept {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return errno;
+  const bool isOwn = S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & writableByOthers) == 0;
+  return isOwn ? 0 : EPERM;
+}
+
+int createOwnDirectory(const std::string& path, unsigned mode) noexcept {
+  const int error = createDirectory(path, mode & ~writableByOthers);
+  const int refusal = checkOwnDirectory(path);
+  return refusal == ENOENT && error != 0 ? error : refusal;
 }
 
 int listDirectory(const std::string& path, std::vector<std::string>& names) {

@@ -19,6 +19,14 @@ namespace norvik::kernel {
 /// Makes a folder where nothing is yet and its parent exists.
 [[nodiscard]] NK_EXPORT int createDirectory(const std::string& path, unsigned mode = 0777) noexcept;
 
+/// Whether nobody but this user (and root) may put anything into the folder of that name: 0, ENOENT where nothing is
+/// there, EPERM where it is a folder of another user, one that others may write to, a link, or no folder.
+[[nodiscard]] NK_EXPORT int checkOwnDirectory(const std::string& path) noexcept;
+
+/// Makes such a folder where nothing is yet; one that is there is checked. Others may not write to it whatever `mode`
+/// says. For a place where everybody may make folders, such as /tmp.
+[[nodiscard]] NK_EXPORT int createOwnDirectory(const std::string& path, unsigned mode = 0700) noexcept;
+
 /// The names of the entries, in the order of the file system, without "." and "..".
 [[nodiscard]] NK_EXPORT int listDirectory(const std::string& path, std::vector<std::string>& names);
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <thread>
@@ -113,6 +114,30 @@ TEST(Directory, ATemporaryFolderIsNewAndPrivate) {
   EXPECT_EQ(status.st_mode & 0777U, 0700U);
   EXPECT_EQ(kernel::removeTree(first), 0);
   EXPECT_EQ(kernel::removeTree(second), 0);
+}
+
+TEST(Directory, AFolderAmongThoseOfOthersIsTheUsersAloneOrIsRefused) {
+  const TemporaryFolder folder;
+  const std::string own = folder.path("own");
+  EXPECT_EQ(kernel::checkOwnDirectory(own), ENOENT);
+  ASSERT_EQ(kernel::createOwnDirectory(own, 0777), 0);
+  EXPECT_EQ(fs::status(own).permissions() & fs::perms(022), fs::perms::none);
+  EXPECT_EQ(kernel::createOwnDirectory(own), 0);
+  EXPECT_EQ(kernel::checkOwnDirectory(own), 0);
+  EXPECT_EQ(kernel::createOwnDirectory(folder.path("missing/own")), ENOENT);
+  fs::create_directory_symlink(own, folder.path("link"));
+  EXPECT_EQ(kernel::createOwnDirectory(folder.path("link")), EPERM);
+  fs::create_symlink("nowhere", folder.path("dangling"));
+  EXPECT_EQ(kernel::createOwnDirectory(folder.path("dangling")), EPERM);
+  EXPECT_EQ(kernel::createOwnDirectory(folder.write("file")), EPERM);
+  for (const unsigned writable : {0720U, 0702U}) {
+    fs::permissions(own, fs::perms(writable));
+    EXPECT_EQ(kernel::createOwnDirectory(own), EPERM) << writable;
+  }
+  if (geteuid() != 0) return;  // only root may make a folder somebody else's
+  fs::permissions(own, fs::perms(0700));
+  ASSERT_EQ(chown(own.c_str(), 54321, 54321), 0);
+  EXPECT_EQ(kernel::createOwnDirectory(own), EPERM);
 }
 
 }  // namespace
