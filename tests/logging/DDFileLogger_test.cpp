@@ -580,13 +580,30 @@ TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
 
 // What the system refuses
 
+/// Files of the process end there while one of these lives: the test's own output too, which may be a long file.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
+    const rlimit limit{bytes, before_.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before_), 0); }
+
+ private:
+  rlimit before_{};
+};
+
 TEST_F(DDFileLoggerTest, TenExceptionsAreReportedAndNoMore) {
   RUN_IN_CHILD({
     const SystemLogCapture console;
     sayNow("fits");
-    const rlimit limit{8, 8};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    for (int i = 0; i < 15; ++i) sayNow("does not fit");
+    {
+      const FileSizeLimit limit(8);
+      for (int i = 0; i < 15; ++i) sayNow("does not fit");
+    }
     const Strings lines = console.lines();
     ASSERT_EQ(lines.size(), 11U);
     for (std::size_t i = 0; i < 10; ++i)
@@ -599,12 +616,13 @@ TEST_F(DDFileLoggerTest, LinesThatFailTogetherAreReportedOneByOne) {
   RUN_IN_CHILD({
     const SystemLogCapture console;
     sayNow("fits");
-    const rlimit limit{8, 8};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    dispatch_sync(DDLog::loggingQueue(), [] {
-      for (int i = 0; i < 4; ++i) say("does not fit");
-    });
-    settle();
+    {
+      const FileSizeLimit limit(8);
+      dispatch_sync(DDLog::loggingQueue(), [] {
+        for (int i = 0; i < 4; ++i) say("does not fit");
+      });
+      settle();
+    }
     EXPECT_EQ(console.lines().size(), 4U);
   });
 }
@@ -620,16 +638,15 @@ TEST_F(DDFileLoggerTest, OfLinesThatAreWrittenTogetherThoseThatFitArriveAndEvery
     DDLog::addLogger(plain);
     const SystemLogCapture console;
     sayNow("the first");  // 10 bytes, as each that follows
-    rlimit limit{45, RLIM_INFINITY};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    const dispatch_semaphore_t gate = dispatch_semaphore_create(0);
-    dispatch_async(DDLog::loggingQueue(), [gate] { dispatch_semaphore_wait(gate, DISPATCH_TIME_FOREVER); });
-    for (int i = 0; i < 8; ++i) say(stringWithFormat("line %04d", i));
-    dispatch_semaphore_signal(gate);
-    DDLog::flushLog();
+    {
+      const FileSizeLimit limit(45);
+      const dispatch_semaphore_t gate = dispatch_semaphore_create(0);
+      dispatch_async(DDLog::loggingQueue(), [gate] { dispatch_semaphore_wait(gate, DISPATCH_TIME_FOREVER); });
+      for (int i = 0; i < 8; ++i) say(stringWithFormat("line %04d", i));
+      dispatch_semaphore_signal(gate);
+      DDLog::flushLog();
+    }
     EXPECT_EQ(console.lines().size(), 5U);  // the line that was cut, and the four after it
-    limit.rlim_cur = RLIM_INFINITY;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     sayNow("room again");
     ASSERT_EQ(filesIn(plainFolder.path()).size(), 1U);
     EXPECT_EQ(TemporaryFolder::read(filesIn(plainFolder.path())[0]),
