@@ -35,7 +35,8 @@ std::string cannotBeRead(const std::string& path, const std::string& why) {
   return "The preferences in " + path + " cannot be read: " + why + ".";
 }
 std::string cannotBeWritten(const std::string& path, const std::string& why) {
-  return "The preferences in " + path + " cannot be written: " + why + ". What is set lasts until this process ends.";
+  return "The preferences in " + path + " cannot be written: " + why +
+         ". What is set is kept, and writing is tried again until this process ends.";
 }
 
 TEST(NSUserDefaultsFailures, AFileThatIsNoDatabaseIsToldOnceAndLeftAsItIs) {

@@ -11,7 +11,6 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::int64_t nanosecondsBetweenLooks = 250'000'000;
-constexpr const char* untilTheEnd = " lasts until this process ends";
 
 /// Of a key, for a line.
 std::string beginning(const NSString& key) {
@@ -135,13 +134,15 @@ bool PreferenceStore::writeFile(Lines& lines) {
   std::string failure;
   isWriteDue_ = !database_.write(changes, failure);
   if (isWriteDue_) {
-    report("written", failure + ". What is set" + untilTheEnd, toldOfWriting_, lines);
+    report("written", failure + ". What is set is kept, and writing is tried again until this process ends",
+           toldOfWriting_, lines);
     return false;
   }
   if (changes.empty()) {
     toldOfWriting_.clear();
   } else {
-    report("written", "the value of \"" + beginning(changes.begin()->first) + "\" is too long. It" + untilTheEnd,
+    report("written",
+           "the value of \"" + beginning(changes.begin()->first) + "\" is too long. It lasts until this process ends",
            toldOfWriting_, lines);
   }
   const MutexLock lock(memory_);
