@@ -73,7 +73,8 @@ TEST(Documents, ShowTheBeginningOfAnExample) {
   EXPECT_EQ(names, (std::vector<std::string>{"examples/bindings/bindings.cpp", "examples/diagnostics/diagnostics.cpp",
                                              "examples/dispatch/autosave.cpp", "examples/dispatch/glib_loop.cpp",
                                              "examples/dispatch/plain_loop.cpp", "examples/dispatch/qt_loop.cpp",
-                                             "examples/logging/logging.cpp", "examples/observation/observation.cpp"}));
+                                             "examples/logging/logging.cpp", "examples/observation/observation.cpp",
+                                             "examples/runtime/runtime.cpp"}));
 }
 
 TEST(Readme, TheExamplePrintsWhatItSays) {
