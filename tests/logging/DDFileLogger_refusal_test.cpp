@@ -3,7 +3,6 @@
 #include "NorvikCore/logging/DDFileLogger.h"
 
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
-#include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
@@ -393,7 +392,6 @@ TEST_F(DDFileLoggerRefusal, WithoutADescriptorLinesAreLostAndTheReasonIsSaidOnce
     const SystemLogCapture console;
     addLogger(folder.path());
     DDLog::flushLog();
-    static_cast<void>(dispatch_get_main_queue());  // which has a descriptor of its own
     const int next = dup(STDIN_FILENO);
     close(next);
     rlimit limit{static_cast<rlim_t>(next), 0};

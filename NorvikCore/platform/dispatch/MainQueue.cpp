@@ -23,12 +23,12 @@ std::size_t dispatch_main_queue_drain(std::size_t limit) {
 int dispatch_main_queue_descriptor() { return MainThreadQueue::shared()->descriptor(); }
 
 void dispatch_main() {
-  constexpr int shortagePause = 10;  // ms: every drain attempts to start the thread that is missing
-  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
+  constexpr int shortagePause = 10;  // ms: every round attempts to get the thread or the descriptor that is missing
   for (;;) {
     dispatch_main_queue_drain();
+    pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
     const detail::SleepingThread registered(ready.fd);
-    poll(&ready, 1, detail::ThreadShortage::exists() ? shortagePause : -1);
+    poll(&ready, 1, ready.fd < 0 || detail::ThreadShortage::exists() ? shortagePause : -1);
   }
 }
 

@@ -28,7 +28,8 @@ namespace norvik {
 NK_EXPORT std::size_t dispatch_main_queue_drain(std::size_t limit = ~std::size_t{0});
 
 /// A descriptor that is readable while blocks wait on the main queue. Poll it; never read, write or close it. The same
-/// one for the life of the process; a child made by fork() has another.
+/// one for the life of the process, from the first call on; a child made by fork() has another. -1 where the process
+/// has no descriptor left, which the system console says once: ask again, and drain meanwhile (poll() ignores -1).
 [[nodiscard]] NK_EXPORT int dispatch_main_queue_descriptor();
 
 /// Runs the main queue's blocks for ever. Main thread only.

@@ -1,10 +1,14 @@
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 
 #include "NorvikCore/platform/dispatch/Semaphore.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/platform/dispatch/Watchdog.h"
+#include "tests/support/InChild.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -15,14 +19,15 @@
 namespace norvik {
 namespace {
 
+bool readable() {
+  pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
+  return poll(&ready, 1, 0) == 1;
+}
+
 class MainQueue : public test::WatchedTest {
  protected:
   const dispatch_queue_t main_ = dispatch_get_main_queue();
 
-  static bool readable() {
-    pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
-    return poll(&ready, 1, 0) == 1;
-  }
   static void waitUntilReadable() {
     pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};
     ASSERT_EQ(poll(&ready, 1, -1), 1);
@@ -182,6 +187,56 @@ TEST_F(MainQueueDeathTest, DispatchMainRunsBlocksUntilTheProcessExits) {
         dispatch_main();
       },
       ::testing::ExitedWithCode(7), "");
+}
+
+TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnceUntilThereIsOne) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
+#endif
+  RUN_IN_CHILD({
+    const kernel::SystemLogCapture console;
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit none{static_cast<rlim_t>(next), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_STREQ(dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL), "com.norvik.main-thread");
+    EXPECT_TRUE(console.lines().empty());  // nobody has asked for it
+    int runs = 0;
+    dispatch_async(dispatch_get_main_queue(), [&] { ++runs; });
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(dispatch_main_queue_descriptor(), -1);
+    EXPECT_EQ(dispatch_main_queue_drain(), 1U);
+    ASSERT_EQ(console.lines().size(), 1U);
+    EXPECT_EQ(console.lines()[0],
+              "dispatch: no descriptor for the main queue: Too many open files; the next call for it tries again");
+    dispatch_async(dispatch_get_main_queue(), [&] { ++runs; });
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(readable());  // for the block that was queued before
+    EXPECT_EQ(dispatch_main_queue_drain(), 1U);
+    EXPECT_FALSE(readable());
+    EXPECT_EQ(runs, 2);
+  });
+}
+
+TEST_F(MainQueueDeathTest, TheMainLoopNeedsNoDescriptor) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
+#endif
+  RUN_IN_CHILD({
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit none{static_cast<rlim_t>(next), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    std::thread([] {
+      while (dispatch_main_queue_descriptor() >= 0) std::this_thread::yield();
+      dispatch_sync(dispatch_get_main_queue(), [] {});
+      dispatch_async(dispatch_get_main_queue(), [] { std::_Exit(testing::Test::HasFailure() ? 1 : 0); });
+    }).detach();
+    dispatch_main();
+  });
 }
 
 TEST_F(MainQueueDeathTest, ASyncBlockForTheMainQueueWithinADrainAborts) {

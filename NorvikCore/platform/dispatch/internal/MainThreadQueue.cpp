@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 
@@ -52,26 +51,56 @@ MainThreadQueue* MainThreadQueue::shared() {
   return queue;
 }
 
-MainThreadQueue::MainThreadQueue() : SerialQueue(Kind::main, "com.norvik.main-thread") { openDescriptor(); }
+MainThreadQueue::MainThreadQueue() : SerialQueue(Kind::main, "com.norvik.main-thread") {}
 
-void MainThreadQueue::openDescriptor() noexcept {
-  descriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (descriptor_ >= 0) return;
+int MainThreadQueue::descriptor() noexcept {
+  const int open = descriptor_.load(std::memory_order_relaxed);
+  return open >= 0 ? open : openDescriptor();
+}
+
+int MainThreadQueue::openDescriptor() noexcept {
+  const int made = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (made < 0) {
+    reportNoDescriptor(errno);
+    return -1;
+  }
+  mayReport_.store(true, std::memory_order_relaxed);
+  int other = -1;
+  if (!descriptor_.compare_exchange_strong(other, made, std::memory_order_seq_cst)) {
+    close(made);
+    return other;
+  }
+  // Whoever queued a block without seeing the descriptor did so before this fence.
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+  if (!isIdle()) setReadable();
+  return made;
+}
+
+void MainThreadQueue::reportNoDescriptor(int error) noexcept {
+  if (!mayReport_.exchange(false, std::memory_order_relaxed)) return;
   char line[160];
-  std::snprintf(line, sizeof line, "dispatch: no descriptor for the main queue: %s", std::strerror(errno));
+  std::snprintf(line, sizeof line, "dispatch: no descriptor for the main queue: %s; the next call for it tries again",
+                std::strerror(error));
   kernel::writeSystemLog(line);
-  std::abort();
 }
 
 void MainThreadQueue::setReadable() noexcept {
+  int descriptor = descriptor_.load(std::memory_order_relaxed);
+  if (descriptor < 0) {
+    std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with openDescriptor()'s
+    descriptor = descriptor_.load(std::memory_order_relaxed);
+    if (descriptor < 0) return;
+  }
   const std::uint64_t one = 1;
-  while (write(descriptor_, &one, sizeof one) < 0 && errno == EINTR) {
+  while (write(descriptor, &one, sizeof one) < 0 && errno == EINTR) {
   }  // EAGAIN: readable already
 }
 
 void MainThreadQueue::clearReadable() noexcept {
+  const int descriptor = descriptor_.load(std::memory_order_relaxed);
+  if (descriptor < 0) return;
   std::uint64_t count = 0;
-  while (read(descriptor_, &count, sizeof count) < 0 && errno == EINTR) {
+  while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {
   }  // EAGAIN: it was not readable
 }
 
@@ -117,8 +146,10 @@ void MainThreadQueue::call(QueueCore* queue, void (*function)(void*), void* cont
 
 void MainThreadQueue::resetAfterFork() noexcept {
   SerialQueue::resetAfterFork();
-  close(descriptor_);
-  openDescriptor();
+  const int parents = descriptor_.exchange(-1, std::memory_order_relaxed);
+  if (parents < 0) return;
+  close(parents);
+  (void)openDescriptor();
 }
 
 }  // namespace norvik::detail

@@ -3,10 +3,12 @@
 
 #include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 
+#include <atomic>
+
 namespace norvik::detail {
 
 /// Owned by a drain from its first item on, like every serial queue; but the drain waits for the main thread to call
-/// drainSome() or enter(). An eventfd is readable while it waits.
+/// drainSome() or enter(). An eventfd is readable while it waits, from when somebody has asked for it.
 class MainThreadQueue final : public SerialQueue {
  public:
   /// Never destroyed.
@@ -14,7 +16,8 @@ class MainThreadQueue final : public SerialQueue {
 
   /// On the main thread: runs the items there were on entry, `limit` at most.
   std::size_t drainSome(std::size_t limit);
-  [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
+  /// Opened by the first call; -1, and a line on the system console, where the process has no descriptor left.
+  [[nodiscard]] int descriptor() noexcept;
 
   /// From another thread: the main thread calls `function`; waits, and passes on what it throws. `queue` is whose block
   /// that is.
@@ -30,11 +33,13 @@ class MainThreadQueue final : public SerialQueue {
 
  private:
   MainThreadQueue();
-  void openDescriptor() noexcept;
+  int openDescriptor() noexcept;
+  void reportNoDescriptor(int error) noexcept;
   void setReadable() noexcept;
   void clearReadable() noexcept;
 
-  int descriptor_ = -1;
+  std::atomic<int> descriptor_{-1};
+  std::atomic<bool> mayReport_{true};  // no failure was reported since the last success
 };
 
 }  // namespace norvik::detail
