@@ -18,7 +18,7 @@
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <exception>
-#include <memory>
+#include <memory>  // the holder of the user info, whose type is not complete at this level
 
 namespace norvik {
 

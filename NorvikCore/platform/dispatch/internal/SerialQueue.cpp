@@ -12,6 +12,8 @@ namespace {
 // A drain on a worker goes to the end of the pool's list after this many items when others wait there.
 constexpr std::size_t itemsPerTurn = 256;
 
+constexpr auto always = [] { return true; };
+
 }  // namespace
 
 SerialQueue::SerialQueue(Kind kind, const char* label) : QueueCore(kind, label) {
@@ -140,22 +142,26 @@ void SerialQueue::putBack(Item* item, std::uint32_t flags) noexcept {
   readyIsRelaxed_ = false;
 }
 
+// In place in each of its callers: a drain takes one step for each item.
+template <class Grants>
+[[gnu::always_inline]] inline Item* SerialQueue::nextToRun(Grants grants) noexcept {
+  Item* item;
+  while ((item = peek()) == nullptr) {
+    if (tryIdle() || tryPark()) return nullptr;
+  }
+  // Looked at after the item: what was queued after the suspension stays.
+  if (isSuspended() && tryPark()) return nullptr;
+  if ((item->queueFlags & itemWaiter) == 0 || !grants()) return item;
+  takeReady();
+  static_cast<SyncWaiter*>(item)->grant();
+  return nullptr;
+}
+
 void SerialQueue::drain() {
   const FrameScope frame(this);
-  for (std::size_t count = 1;; ++count) {
-    Item* item = peek();
-    if (item == nullptr) {
-      if (tryIdle() || tryPark()) return;
-      continue;
-    }
-    // Looked at after the item: what was queued after the suspension stays.
-    if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & itemWaiter) != 0) {
-      takeReady();
-      static_cast<SyncWaiter*>(item)->grant();
-      return;
-    }
-    if (count % itemsPerTurn == 0 && (target() != nullptr || WorkerPool::shared().hasReadyItems())) {
+  std::size_t count = 0;
+  while (Item* item = nextToRun(always)) {
+    if (++count % itemsPerTurn == 0 && (target() != nullptr || WorkerPool::shared().hasReadyItems())) {
       schedule(Delivery::prompt);
       return;
     }
@@ -177,18 +183,7 @@ Item* SerialQueue::lastTowards(const HelpGoal& goal) noexcept {
 void SerialQueue::drainTowards(const HelpGoal& goal) {
   const FrameScope frame(this);
   const Item* last = lastTowards(goal);
-  for (;;) {
-    Item* item = peek();
-    if (item == nullptr) {
-      if (tryIdle() || tryPark()) return;
-      continue;
-    }
-    if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & itemWaiter) != 0) {
-      takeReady();
-      static_cast<SyncWaiter*>(item)->grant();
-      return;
-    }
+  while (Item* item = nextToRun(always)) {
     if (last == nullptr) {
       schedule(Delivery::prompt);
       return;
@@ -204,25 +199,12 @@ void SerialQueue::drainTowards(const HelpGoal& goal) {
 }
 
 void SerialQueue::passOn() noexcept {
-  for (;;) {
-    Item* item = peek();
-    if (item == nullptr) {
-      if (tryIdle() || tryPark()) return;
-      continue;
-    }
-    if (isSuspended() && tryPark()) return;
-    if ((item->queueFlags & itemWaiter) != 0 && grantsAtOnce()) {
-      takeReady();
-      static_cast<SyncWaiter*>(item)->grant();
-      return;
-    }
-    // Where everything may wait, so may the drain; what is queued from now on sees drainMayWait_, and what was queued
-    // before it was set is in the inbox.
-    drainMayWait_.store(readyIsRelaxed_, std::memory_order_seq_cst);
-    if (inbox_.load(std::memory_order_seq_cst) != emptyWord) drainMayWait_.store(false, std::memory_order_relaxed);
-    schedule(drainMayWait_.load(std::memory_order_relaxed) ? Delivery::relaxed : Delivery::prompt);
-    return;
-  }
+  if (nextToRun([this] { return grantsAtOnce(); }) == nullptr) return;
+  // Where everything may wait, so may the drain; what is queued from now on sees drainMayWait_, and what was queued
+  // before it was set is in the inbox.
+  drainMayWait_.store(readyIsRelaxed_, std::memory_order_seq_cst);
+  if (inbox_.load(std::memory_order_seq_cst) != emptyWord) drainMayWait_.store(false, std::memory_order_relaxed);
+  schedule(drainMayWait_.load(std::memory_order_relaxed) ? Delivery::relaxed : Delivery::prompt);
 }
 
 bool SerialQueue::tryPark() noexcept {

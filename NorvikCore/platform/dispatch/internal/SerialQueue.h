@@ -83,6 +83,10 @@ class NK_EXPORT SerialQueue : public QueueCore {
   /// The first item, left where it is; null when there is none.
   [[nodiscard]] Item* peek() noexcept;
   Item* takeReady() noexcept;
+  /// For the owner: the first item, left where it is. Null where the ownership has ended: nothing is queued, the queue
+  /// is suspended, or the first item was a waiter, which has it now unless `grants()` is false.
+  template <class Grants>
+  [[nodiscard]] Item* nextToRun(Grants grants) noexcept;
   [[nodiscard]] bool tryIdle() noexcept {
     std::uintptr_t expected = emptyWord;
     return inbox_.compare_exchange_strong(expected, idleBit, std::memory_order_release, std::memory_order_relaxed);
