@@ -292,6 +292,25 @@ TEST(NSUserDefaultsAccess, AnotherUsersFolderOrFileInASharedFolderIsNotUsed) {
   }
 }
 
+// Another user can make a second name of a file that he may not change, and have it overwritten by its owner.
+TEST(NSUserDefaultsAccess, ASecondNameOfAFileInASharedFolderIsNotUsed) {
+  const SharedFolder shared;
+  const TemporaryFolder elsewhere;
+  const std::string victim = elsewhere.write("victim", "text"), path = (*shared).path("defaults.sqlite");
+  for (const char* side : {"", "-wal", "-shm", "-journal"}) {
+    std::filesystem::remove(path);
+    if (*side != '\0') make<NSUserDefaults>(NSString(path))->setInteger(1, "rate");
+    std::filesystem::create_hard_link(victim, path + side);
+    const SystemLogCapture console;
+    make<NSUserDefaults>(NSString(path))->setInteger(2, "rate");
+    const std::string place = *side == '\0' ? "its place" : "the place of " + path + side;
+    EXPECT_THAT(console.lines(), ElementsAre(cannotBe("read", path, "another name of a file is in " + place),
+                                             cannotBe("written", path, "another name of a file is in " + place)));
+    EXPECT_EQ(TemporaryFolder::read(victim), "text") << side;
+    std::filesystem::remove(path + side);
+  }
+}
+
 TEST(NSUserDefaultsAccess, OnesOwnFolderInASharedFolderIsUsed) {
   const SharedFolder shared;
   const SystemLogCapture console;

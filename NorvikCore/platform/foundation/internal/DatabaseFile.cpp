@@ -32,6 +32,9 @@ void sleepMilliseconds(int milliseconds) {
   nanosleep(&time, nullptr);
 }
 
+/// Whoever may make names in the folder can give any file of this user a second one, and have it written to.
+bool mayBeAnothersName(const FileStatus& status, bool isShared) { return isShared && status.links > 1; }
+
 std::string kindName(FileKind kind) {
   switch (kind) {
     case FileKind::directory:
@@ -216,6 +219,10 @@ bool DatabaseFile::findPlace(Place& place, std::string& failure) const {
     failure = kindName(place.found.status.kind) + " is in its place";
     return false;
   }
+  if (mayBeAnothersName(place.found.status, place.found.isShared)) {
+    failure = "another name of a file is in its place";
+    return false;
+  }
   if (!areSideFilesTrusted(place, failure)) return false;
   const bool isThere = kernel::readFileStatus(place.found.path + "-wal", place.log, Links::stay) == 0;
   if (!isThere) place.log = {};
@@ -238,6 +245,10 @@ bool DatabaseFile::areSideFilesTrusted(const Place& place, std::string& failure)
     }
     if (status.kind != FileKind::regular) {
       failure = kindName(status.kind) + " is in the place of " + path;
+      return false;
+    }
+    if (mayBeAnothersName(status, place.found.isShared)) {
+      failure = "another name of a file is in the place of " + path;
       return false;
     }
   }
