@@ -26,6 +26,9 @@
 namespace norvik {
 namespace {
 
+/// As many may be taken before that is an error.
+constexpr int mostNames = 1000;
+
 constexpr NSString limitKey = "maximumNumberOfLogFiles";
 
 std::vector<NSString> lastComponents(const std::vector<NSString>& paths) {
@@ -272,7 +275,7 @@ NSString DDLogFileManagerDefault::generateShortUUID() const { return kernel::mak
 NSString DDLogFileManagerDefault::createNewLogFile() {
   const NSString directory = logsDirectory();
   NSString path;
-  for (;;) {
+  for (int attempt = 1;; ++attempt) {
     path = directory.stringByAppendingPathComponent(stringWithFormat("log-%@.txt", generateShortUUID()));
     {
       const MutexLock lock(mutex_);  // before it is there for others to find
@@ -283,7 +286,7 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
     const std::uint32_t permissions = logFilePermissions();
     const kernel::OpenOptions options{.write = true, .create = true, .exclusive = true, .mode = permissions};
     const int error = hasFolder() ? kernel::openFile(systemPath, options, file) : ENOENT;
-    if (error == EEXIST) continue;
+    if (error == EEXIST && attempt < mostNames) continue;
     if (error == 0) {
       kernel::FileStatus status;
       if (kernel::readFileStatus(file.get(), status) == 0) {
@@ -322,7 +325,7 @@ void DDLogFileManagerDefault::deleteOldLogFiles() {
     if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
     const Ref<NSDictionary> attributes = infos[i]->fileAttributes();  // of a link itself
     if (!attributes || attributes->objectForKey(NSFileType) == Value(NSFileTypeDirectory)) continue;
-    // Never with what is in it: somebody may have put a folder there since the look at it.
+    // Not with its content: a folder may have taken its place since the look at it.
     static_cast<void>(kernel::removeWithAttributes(infos[i]->filePath().fileSystemRepresentation()));
   }
 }

@@ -20,7 +20,7 @@
 // users share: "Logs/<process>". Only a "Logs" there counts that belongs to this user, is no link, and that no other
 // user may write to. Where another is in the way the folder is "Logs-<user number>", or "Logs-<user number>-2" to "-9";
 // where all are taken, that is reported and lines are lost. It is looked at before each use, so log files may move to
-// the next name when somebody takes the place of a folder that was cleaned up. That others cannot rename the folder is
+// the next name when another user takes the place of one that was cleaned up. That others cannot rename the folder is
 // the temporary folder's business: it must have the sticky bit, as /tmp has.
 //
 // Threads: synchronised.
@@ -81,7 +81,8 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   [[nodiscard]] std::vector<NSString> sortedLogFileNames() override;
   [[nodiscard]] std::vector<Ref<DDLogFileInfo>> sortedLogFileInfos() override;
 
-  /// The first six characters of a new UUID.
+  /// The first six characters of a new UUID. A subclass gives another each time: where a thousand in a row are taken,
+  /// createNewLogFile() reports that and gives the path of the last, whose file stays as it is.
   [[nodiscard]] virtual NSString generateShortUUID() const;
   [[nodiscard]] NSString createNewLogFile() override;
   /// Keeps the newest archived files, as many as maximumNumberOfLogFiles() says, and the file in use.

@@ -139,6 +139,30 @@ TEST(DDLogFileManagerDefault, ANameThatIsTakenIsNotUsedAgain) {
   EXPECT_EQ(TemporaryFolder::read(folder.path("log-ABC123.txt")), "older text");
 }
 
+/// As of a subclass that names files after the day.
+class OneName : public DDLogFileManagerDefault {
+  NK_OBJECT(OneName, DDLogFileManagerDefault)
+  using DDLogFileManagerDefault::DDLogFileManagerDefault;
+  NSString generateShortUUID() const override { return "20240430"; }
+};
+
+TEST(DDLogFileManagerDefault, WhereEveryNameIsTakenTheFileOfTheLastOneIsLeftAndReported) {
+  RUN_IN_CHILD({
+    alarm(60);  // a search without an end is ended by the signal
+    const TemporaryFolder folder;
+    const kernel::SystemLogCapture console;
+    const auto manager = make<OneName>(NSString(folder.path()));
+    const std::string path = folder.path("log-20240430.txt");
+    EXPECT_EQ(manager->createNewLogFile(), path);
+    EXPECT_TRUE(console.lines().empty());
+    folder.write("log-20240430.txt", "text\n");
+    EXPECT_EQ(manager->createNewLogFile(), path);
+    EXPECT_EQ(TemporaryFolder::read(path), "text\n");
+    ASSERT_EQ(console.lines().size(), 1U);
+    EXPECT_THAT(console.lines()[0], ::testing::HasSubstr("File exists"));
+  });
+}
+
 TEST(DDLogFileManagerDefault, ShortIdentifiersAreSixHexadecimalDigitsThatDiffer) {
   const auto manager = DDLogFileManagerDefault::initWithLogsDirectory("/tmp");
   std::set<std::string> seen;

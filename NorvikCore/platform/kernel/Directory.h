@@ -19,7 +19,7 @@ namespace norvik::kernel {
 /// Makes a folder where nothing is yet and its parent exists.
 [[nodiscard]] NK_EXPORT int createDirectory(const std::string& path, unsigned mode = 0777) noexcept;
 
-/// Whether nobody but this user (and root) may put anything into the folder of that name: 0, ENOENT where nothing is
+/// Whether only this user and root may put anything into the folder of that name: 0, ENOENT where nothing is
 /// there, EPERM where it is a folder of another user, one that others may write to, a link, or no folder.
 [[nodiscard]] NK_EXPORT int checkOwnDirectory(const std::string& path) noexcept;
 

@@ -87,8 +87,11 @@ std::string_view ownerOfSideFile(std::string_view name) noexcept {
 
 int getSideFile(const std::string& path, std::string_view attribute, std::string& value) {
   std::string content;
-  const int error = readFile(sideFilePath(path, attribute), content);
+  FileDescriptor file;
+  // Whoever may write to the folder may put a pipe there, which would be waited for, or a link.
+  int error = openFile(sideFilePath(path, attribute), {.read = true, .regular = true}, file);
   if (error == ENOENT) return attributeAbsent;
+  if (error == 0) error = readAll(file.get(), content);
   if (error == 0) value = std::move(content);
   return error;
 }

@@ -202,7 +202,7 @@ TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnce
     const rlimit none{static_cast<rlim_t>(next), before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     EXPECT_STREQ(dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL), "com.norvik.main-thread");
-    EXPECT_TRUE(console.lines().empty());  // nobody has asked for it
+    EXPECT_TRUE(console.lines().empty());  // it was not asked for
     int runs = 0;
     dispatch_async(dispatch_get_main_queue(), [&] { ++runs; });
     for (int i = 0; i < 3; ++i) EXPECT_EQ(dispatch_main_queue_descriptor(), -1);

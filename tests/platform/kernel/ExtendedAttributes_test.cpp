@@ -288,6 +288,26 @@ TEST(ExtendedAttributesStorage, SideFilesAreLeftOutOfAListOnlyBesideTheirFile) {
   EXPECT_EQ(names, all) << "where attributes are the file system's, such a file is one like any other";
 }
 
+TEST(ExtendedAttributesStorage, APipeOrALinkInThePlaceOfASideFileIsNotOpened) {
+  RUN_IN_CHILD({
+    alarm(60);  // a read that waits for a writer is ended by the signal
+    const kernel::WithoutExtendedAttributes off;
+    const norvik::test::TemporaryFolder folder;
+    const std::string path = folder.write("pay.csv"), secret = folder.write("secret", "secret");
+    ASSERT_EQ(mkfifo(folder.path(".pay.csv.attr-pipe").c_str(), 0600), 0);
+    ASSERT_EQ(symlink(secret.c_str(), folder.path(".pay.csv.attr-link").c_str()), 0);
+    std::string value;
+    EXPECT_EQ(kernel::getAttribute(path, "pipe", value), ENXIO);
+    EXPECT_EQ(kernel::getAttribute(path, "link", value), ELOOP);
+    EXPECT_EQ(value, "");
+    EXPECT_EQ(kernel::setAttribute(path, "link", "own"), 0);
+    EXPECT_EQ(kernel::setAttribute(path, "pipe", "own"), 0);
+    EXPECT_EQ(folder.read(secret), "secret");
+    EXPECT_EQ(kernel::getAttribute(path, "pipe", value), 0);
+    EXPECT_EQ(value, "own");
+  });
+}
+
 TEST(ExtendedAttributesStorage, WhatAKilledProcessLeftUnfinishedIsNoObstacle) {
   RUN_IN_CHILD({
     const kernel::WithoutExtendedAttributes off;

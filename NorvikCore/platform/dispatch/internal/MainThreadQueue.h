@@ -8,7 +8,7 @@
 namespace norvik::detail {
 
 /// Owned by a drain from its first item on, like every serial queue; but the drain waits for the main thread to call
-/// drainSome() or enter(). An eventfd is readable while it waits, from when somebody has asked for it.
+/// drainSome() or enter(). An eventfd is readable while it waits, once descriptor() was called.
 class MainThreadQueue final : public SerialQueue {
  public:
   /// Never destroyed.
