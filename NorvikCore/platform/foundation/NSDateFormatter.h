@@ -38,7 +38,7 @@
 //   MMM EEE QQQ a b  the locale's name of that width; a name that    a name of any width, the first letters, three or
 //   B G and wider    several have (MMMMM) is only checked            more, of one month or weekday; months by number
 //   Z X x            the form that is written; "+00:00" also where   any such form, with or without colon and minutes,
-//                    "Z" is written                                  "GMT" and "UTC"
+//                    "Z" is written, "-00:00" nowhere                "-00:00", "GMT" and "UTC"
 //   z v V O ZZZZ     the zone's name as the pattern writes it in     a name in any form that ICU knows
 //                    one of its seasons, if ICU reads it; UTC's
 //

@@ -371,6 +371,37 @@ TEST(NSDateFormatter, StrictReadingOfZonesTakesTheFormThatIsWritten) {
       false, "Europe/London");
 }
 
+/// The formatter writes no offset as "-00", and no minutes or seconds that could be left away and are zero.
+TEST(NSDateFormatter, StrictReadingOfOffsetsTakesNoneThatIsNotWritten) {
+  const std::initializer_list<ReadingRow> unwritten = {
+      {"HH:mm Z", "13:14 -0000", "2000-01-01 13:14"_date},
+      {"HH:mm ZZZZZ", "13:14 -00:00", "2000-01-01 13:14"_date},
+      {"HH:mm X", "13:14 -00", "2000-01-01 13:14"_date},
+      {"HH:mm XX", "13:14 -0000", "2000-01-01 13:14"_date},
+      {"HH:mm XXX", "13:14 -00:00", "2000-01-01 13:14"_date},
+      {"HH:mm XXXX", "13:14 -000000", "2000-01-01 13:14"_date},
+      {"HH:mm XXXXX", "13:14 -00:00:00", "2000-01-01 13:14"_date},
+      {"HH:mm x", "13:14 -00", "2000-01-01 13:14"_date},
+      {"HH:mm xxx", "13:14 -00:00", "2000-01-01 13:14"_date},
+      {"HH:mm x", "13:14 +0100", "2000-01-01 12:14"_date},
+      {"HH:mm Z", "13:14 +010000", "2000-01-01 12:14"_date},
+      {"HH:mm xxxxx", "13:14 +01:00:00", "2000-01-01 12:14"_date},
+  };
+  expectReadings(unwritten, true);
+  for (const ReadingRow& row : unwritten) expectReadings({{row.pattern, row.text, std::nullopt}}, false);
+  expectReadings(
+      {
+          {"HH:mm Z", "13:14 +0000", "2000-01-01 13:14"_date},
+          {"HH:mm x", "13:14 +00", "2000-01-01 13:14"_date},
+          {"HH:mm xxx", "13:14 +00:00", "2000-01-01 13:14"_date},
+          {"HH:mm XXX", "13:14 +00:00", "2000-01-01 13:14"_date},
+          {"HH:mm x", "13:14 -0030", "2000-01-01 13:44"_date},
+          {"HH:mm xxxxx", "13:14 -00:00:30", "2000-01-01 13:14:30"_date},
+          {"HH:mm Z", "13:14 +010001", "2000-01-01 12:13:59"_date},
+      },
+      false);
+}
+
 TEST(NSDateFormatter, WhatIsWrittenInUtcIsReadAgain) {
   for (const char* locale : {"en_GB", "en_US", "de_DE", "fi_FI", "mn_MN", "ja_JP"}) {
     for (const char* zone : {"z", "zzz", "zzzz", "v", "vvvv", "VV", "O", "ZZZZ"}) {

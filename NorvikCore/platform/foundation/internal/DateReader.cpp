@@ -583,10 +583,14 @@ bool DateReader::readOffset(Scanner& scanner, const Item& item, Reading& reading
       break;
     }
     if (*part > 59) return false;
+    // Strictly, parts that may be missing are written only where they are not zero.
+    const bool mayBeMissing = i == 1 || (item.letter != 'Z' && item.count == 1);
+    if (!manner_.isLenient && mayBeMissing && *part == 0) return false;
     parts[i] = *part;
     scanner = ahead;
   }
   const std::int32_t offset = *hour * 3600 + parts[0] * 60 + parts[1];
+  if (!manner_.isLenient && isWest && offset == 0) return false;
   reading.offset = isWest ? -offset : offset;
   return true;
 }
