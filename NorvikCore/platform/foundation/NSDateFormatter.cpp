@@ -110,8 +110,7 @@ struct NSDateFormatter::Engine {
                                               static_cast<std::int32_t>(week->minimumDaysInFirstWeek())};
       reader = std::make_unique<const detail::DateReader>(pattern.view(), detail::icuLocale(*locale), manner);
     }
-    const NSString wanted = isLenient ? text.stringByTrimming() : text;
-    const std::optional<detail::DateReader::Reading> reading = reader->read(wanted.view());
+    const std::optional<detail::DateReader::Reading> reading = reader->read(text.view());
     if (!reading) return std::nullopt;
     const detail::ZoneRules& rules = reading->zone ? *reading->zone : zone->rules();
     const std::int64_t instant =

@@ -21,10 +21,10 @@
 // skips, which reads as that much later, and the name of the zone's other season. Of S and A that come twice the last
 // counts.
 //
-// Lenient reading (see setLenient) takes what a clerk types. Fields out of range carry over (31/02 is 3 March), except
-// hours above 24. Weekdays, weeks and quarters beside a full date are not checked. Case and additional spaces do not
-// count. A sign may be another sign or a space: dd/MM/yyyy takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be missing
-// between a digit and a letter.
+// Lenient reading (see setLenient) takes what a clerk types; what strict reading takes is the same date for both.
+// Fields out of range carry over (31/02 is 3 March), except hours above 24. Weekdays, weeks and quarters beside a full
+// date are not checked. Case and additional spaces do not count. A sign may be another sign or a space: dd/MM/yyyy
+// takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be missing between a digit and a letter.
 //
 //   letters          strict                                          lenient
 //   d M L D H h K k  as many digits as letters, more only without    any number of digits that the field can need (2

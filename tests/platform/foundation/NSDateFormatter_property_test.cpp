@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
+#include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 
 namespace norvik {
@@ -141,6 +142,34 @@ TEST(NSDateFormatterProperty, WhatIsWrittenIsReadInBothManners) {
   }
 }
 
+/// Whatever stands beside a name in the pattern: letters that could belong to it, periods, digits, nothing.
+TEST(NSDateFormatterProperty, LenientReadingTakesEveryTextThatStrictReadingTakes) {
+  constexpr const char* names[] = {"EEE", "EEEE",  "EEEEEE", "ccc", "LLL", "MMM",   "MMMM",  "QQQ",
+                                   "a",   "aaaaa", "b",      "B",   "G",   "GGGGG", "EEEEE", "MMMMM"};
+  constexpr const char* texts[] = {"'T'", "'de'", "'m'", "'.'", "", " "};
+  int compared = 0;
+  for (const char* locale : {"de_DE", "en_GB", "fr_FR", "nl_NL", "pl_PL", "ca_ES", "vi_VN", "ja_JP", "ar_EG"}) {
+    for (const std::string name : names) {
+      const std::string rest = name.find_first_of("abB") == 0 ? "h:mm:ss dd.MM.yyyy" : "dd.MM.yyyy H";
+      for (const std::string text : texts) {
+        const std::string pattern = name + text + rest;
+        const auto strict = utcFormatter(locale, pattern.c_str(), false),
+                   lenient = utcFormatter(locale, pattern.c_str(), true);
+        for (int i = 0; i < 12; ++i) {
+          const Date date =
+              dateFromReferenceDay(referenceDay(2021, 1 + i, 3 + 2 * i)).dateByAddingTimeInterval(i * 7200);
+          const NSString written = strict->stringFromDate(date);
+          const std::optional<Date> read = strict->dateFromString(written);
+          if (!read) continue;  // a month "1" before a day "01" reads as 10
+          ++compared;
+          ASSERT_EQ(lenient->dateFromString(written), read) << locale << ' ' << pattern << ' ' << written;
+        }
+      }
+    }
+  }
+  EXPECT_GT(compared, 10'000);
+}
+
 TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
   std::mt19937_64 random(99);
   const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };
@@ -149,7 +178,7 @@ TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
   for (const char* locale : {"en_GB", "de_DE", "ja_JP", "ar_EG"}) {
     for (const char* pattern : patterns) {
       if (std::string_view(pattern).find_first_of("zZX") != std::string_view::npos) continue;  // other zones are taken
-      const auto strict = utcFormatter(locale, pattern, false);
+      const auto strict = utcFormatter(locale, pattern, false), lenient = utcFormatter(locale, pattern, true);
       for (int i = 0; i < 300; ++i) {
         std::u16string text = strict->stringFromDate(anySecond(random)).toUtf16();
         for (std::size_t changes = 1 + upTo(1); changes > 0; --changes) {
@@ -158,7 +187,9 @@ TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
         }
         const NSString changed = NSString::fromUtf16(text);
         const std::optional<Date> date = strict->dateFromString(changed);
-        if (!date || *date > "9999-12-31"_date) continue;  // far from now a double does not hold milliseconds
+        if (!date) continue;
+        ASSERT_EQ(lenient->dateFromString(changed), date) << locale << ' ' << pattern << ' ' << changed;
+        if (*date > "9999-12-31"_date) continue;  // far from now a double does not hold milliseconds
         ++taken;
         ASSERT_EQ(strict->stringFromDate(*date), changed) << locale << ' ' << pattern;
       }

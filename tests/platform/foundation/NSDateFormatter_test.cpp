@@ -450,6 +450,13 @@ TEST(NSDateFormatter, LenientReadingTakesWhatAClerkTypes) {
   expectReadings({{"dd/MM/yyyy", "10/05/2021", "2021-05-10"_date}}, true, "UTC", "ar_EG");
   expectReadings({{"EEEE d MMMM yyyy", "ch\u1EE7 nh\u1EADt 9 th\u00E1ng 5 2021", "2021-05-09"_date}}, true, "UTC",
                  "vi_VN");
+  expectReadings({{"EEE'T'd", "Mo.T3", "2000-01-03"_date},
+                  {"EEE'T'd", "mo.t3", "2000-01-03"_date},
+                  {"EEE'T'd", "Montag T3", "2000-01-03"_date},
+                  {"EEE'T'd", "MontagT3", "2000-01-03"_date},
+                  {"ccc'T'd", "MiT5", "2000-01-05"_date},
+                  {"d.MMM'de'y", "7.Sept.de2021", "2021-09-07"_date}},
+                 true, "UTC", "de_DE");
 }
 
 /// In time that grew with the square of the length each of these would take minutes.

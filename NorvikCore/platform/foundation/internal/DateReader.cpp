@@ -271,6 +271,10 @@ struct DateReader::Civil {
 };
 
 DateReader::DateReader(std::string_view pattern, const icu::Locale& locale, Manner manner) : manner_(manner) {
+  if (manner.isLenient) {
+    manner.isLenient = false;
+    strict_ = std::make_unique<const DateReader>(pattern, locale, manner);
+  }
   compile(pattern);
   UErrorCode status = U_ZERO_ERROR;
   for (std::size_t i = 0; i < 10; ++i) digits_[i] = U'0' + static_cast<char32_t>(i);
@@ -282,7 +286,7 @@ DateReader::DateReader(std::string_view pattern, const icu::Locale& locale, Mann
   }
   for (Item& item : items_) {
     const bool isMonth = item.kind == Kind::Number && (item.letter == 'M' || item.letter == 'L');
-    if (item.kind == Kind::Words || (isMonth && manner.isLenient)) findNames(item, locale);
+    if (item.kind == Kind::Words || (isMonth && manner_.isLenient)) findNames(item, locale);
     if (item.kind == Kind::ZoneName && !zoneNames_) {
       status = U_ZERO_ERROR;
       zoneNames_.reset(icu::TimeZoneFormat::createInstance(locale, status));
@@ -383,11 +387,15 @@ void DateReader::findNames(Item& item, const icu::Locale& locale) const {
 
 std::optional<DateReader::Reading> DateReader::read(std::string_view text) const {
   if (!isReadable_) return std::nullopt;
+  if (strict_) {
+    if (std::optional<Reading> reading = strict_->read(text)) return reading;
+  }
   Reading reading;
   Fields fields;
   Field read[mostFields];
   std::size_t count = 0;
   Scanner scanner{text};
+  if (manner_.isLenient) scanner.skipSeparators(0);
   for (const Item& item : items_) {
     if (manner_.isLenient && item.kind != Kind::Text && !item.followsNumber) scanner.skipSeparators(0);
     Field field{&item};
@@ -414,6 +422,7 @@ std::optional<DateReader::Reading> DateReader::read(std::string_view text) const
     fields.take(field, manner_);
     read[count++] = field;
   }
+  if (manner_.isLenient) scanner.skipSeparators(0);
   if (!scanner.rest.empty()) return std::nullopt;
 
   const std::optional<std::int64_t> day = dayOf(fields), second = secondOfDay(fields);
@@ -512,7 +521,7 @@ bool DateReader::readName(Scanner& scanner, const Item& item, Field& field) cons
     for (const Name& name : item.names) {
       Scanner ahead = scanner;
       if (!(manner_.isLenient ? ahead.takeFolded(name.text) : ahead.take(name.text))) continue;
-      if (asWords && isLetter(ahead.peek())) continue;
+      if (asWords && isLetter(ahead.last) && isLetter(ahead.peek())) continue;
       scanner = ahead;
       field.values = name.values;
       return;

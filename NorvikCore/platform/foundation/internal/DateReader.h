@@ -88,6 +88,7 @@ class NK_EXPORT DateReader {
   [[nodiscard]] bool agrees(const Field& field, const Civil& civil) const;
 
   const Manner manner_;
+  std::unique_ptr<const DateReader> strict_;  // of a lenient reader, which asks it first
   std::vector<Item> items_;
   bool isReadable_ = true, hasEra_ = false;
   std::array<char32_t, 10> digits_{};
