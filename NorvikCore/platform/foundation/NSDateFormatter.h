@@ -17,14 +17,16 @@
 //
 // Strict reading is the default. It takes a text that the pattern writes for some date, and no other: spaces, signs and
 // the case of letters are those of the pattern, and fields do not contradict each other. "31/02/2021" is refused, and
-// "Tuesday 10 May 2021", which is a Monday. Two things are taken that no date is written as: a local time that the zone
-// skips, which reads as that much later, and the name of the zone's other season. Of S and A that come twice the last
-// counts.
+// "Tuesday 10 May 2021", which is a Monday. Without the year "Tuesday 10 May" is a date of 2000 and contradicts
+// nothing, because it is written in other years; the same holds for weeks. Two things are taken that no date is written
+// as: a local time that the zone skips, which reads as that much later, and the name of the zone's other season. Of S
+// and A that come twice the last counts.
 //
 // Lenient reading (see setLenient) takes what a clerk types; what strict reading takes is the same date for both.
 // Fields out of range carry over (31/02 is 3 March), except hours above 24. Weekdays, weeks and quarters beside a full
-// date are not checked. Case and additional spaces do not count. A sign may be another sign or a space: dd/MM/yyyy
-// takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be missing between a digit and a letter.
+// date are not checked. Case and additional spaces
+// do not count. A sign may be another sign or a space: dd/MM/yyyy takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be
+// missing between a digit and a letter.
 //
 //   letters          strict                                          lenient
 //   d M L D H h K k  as many digits as letters, more only without    any number of digits that the field can need (2

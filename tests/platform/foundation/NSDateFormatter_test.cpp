@@ -343,6 +343,34 @@ TEST(NSDateFormatter, StrictReadingOfWordsTakesThePatternsWidthAndCase) {
                  false, "UTC", "ar_EG");
 }
 
+/// A pattern without a year or month writes the same text for dates of many; what is read is the one in 2000, in
+/// January.
+TEST(NSDateFormatter, AWeekdayContradictsNoDateWhoseYearIsNotThere) {
+  const std::initializer_list<ReadingRow> both = {
+      {"EEE d MMM", "Wed 10 May", "2000-05-10"_date}, {"EEE d MMM", "Mon 10 May", "2000-05-10"_date},
+      {"EEE d MMM", "Tue 29 Feb", "2000-02-29"_date}, {"EEE d MMM", "Mon 29 Feb", "2000-02-29"_date},
+      {"EEE d", "Mon 4", "2000-01-04"_date},          {"EEE d yyyy", "Fri 4 2021", "2021-01-04"_date},
+      {"e d/M", "1 10/5", "2000-05-10"_date},         {"D d/M", "61 1/3", "2000-03-01"_date},
+      {"D d/M", "60 1/3", "2000-03-01"_date},
+  };
+  expectReadings(both, false);
+  expectReadings(both, true);
+  expectReadings(
+      {
+          {"EEE d MMM", "Mon 30 Feb", std::nullopt},
+          {"EEE d MMM", "Mon 0 May", std::nullopt},
+          {"EEE d", "Mon 32", std::nullopt},
+          {"EEE d yyyy", "Fri 31 2026", "2026-01-31"_date},
+          {"EEE d M yyyy", "Fri 31 1 2026", std::nullopt},
+          {"e d/M", "8 10/5", std::nullopt},
+          {"D d/M", "59 1/3", std::nullopt},
+          {"'W'w EEE d MMM", "W1 Mon 10 May", std::nullopt},
+          {"'W'w EEE d MMM", "W19 Mon 10 May", "2000-05-10"_date},
+          {"QQQ d", "Q2 4", "2000-04-04"_date},
+      },
+      false);
+}
+
 TEST(NSDateFormatter, StrictReadingOfZonesTakesTheFormThatIsWritten) {
   expectReadings(
       {

@@ -428,11 +428,9 @@ std::optional<DateReader::Reading> DateReader::read(std::string_view text) const
   const std::optional<std::int64_t> day = dayOf(fields), second = secondOfDay(fields);
   if (!day || !second) return std::nullopt;
   if (!manner_.isLenient) {
-    const Civil civil(*day, *second);
+    const std::span<const Field> all(read, count);
     if (*second >= secondsPerDay) return std::nullopt;
-    for (std::size_t i = 0; i < count; ++i) {
-      if (!agrees(read[i], civil)) return std::nullopt;
-    }
+    if (!agree(all, *day, *second) && !agreeInAnotherMonth(all, fields, *second)) return std::nullopt;
   }
   reading.localSeconds = *day * secondsPerDay + *second;
   reading.fraction = fields.fraction;
@@ -714,6 +712,29 @@ std::optional<std::int64_t> DateReader::secondOfDay(const Fields& fields) const 
   }
   if (hour > 24) return std::nullopt;
   return hour * 3600 + minute * 60 + second;
+}
+
+bool DateReader::agree(std::span<const Field> fields, std::int64_t day, std::int64_t second) const {
+  const Civil civil(day, second);
+  return std::all_of(fields.begin(), fields.end(), [&](const Field& field) { return agrees(field, civil); });
+}
+
+/// A pattern without a year or month writes the text for a date of some other year or month.
+bool DateReader::agreeInAnotherMonth(std::span<const Field> all, Fields& fields, std::int64_t second) const {
+  const bool hasYear = fields.year || fields.weekYear, hasMonth = fields.month.has_value();
+  if (!fields.day || fields.julianDay || (fields.dayOfYear && !hasMonth)) return false;
+  constexpr std::int64_t yearsOfCycle = 28;  // in which every weekday is on every day of a leap and another year
+  for (std::int64_t year = 2000; year < 2000 + yearsOfCycle; ++year) {
+    if (!hasYear) fields.year = year;
+    for (std::int64_t month = 1; month <= 12; ++month) {
+      if (!hasMonth) fields.month = month;
+      const std::optional<std::int64_t> day = dayOf(fields);
+      if (day && agree(all, *day, second)) return true;
+      if (hasMonth) break;
+    }
+    if (hasYear) break;
+  }
+  return false;
 }
 
 bool DateReader::agrees(const Field& field, const Civil& civil) const {

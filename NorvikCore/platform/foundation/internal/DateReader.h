@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +86,8 @@ class NK_EXPORT DateReader {
   [[nodiscard]] bool placeZone(Fields& fields, Reading& reading) const;
   [[nodiscard]] std::optional<std::int64_t> dayOf(const Fields& fields) const;
   [[nodiscard]] std::optional<std::int64_t> secondOfDay(const Fields& fields) const;
+  [[nodiscard]] bool agree(std::span<const Field> fields, std::int64_t day, std::int64_t second) const;
+  [[nodiscard]] bool agreeInAnotherMonth(std::span<const Field> all, Fields& fields, std::int64_t second) const;
   [[nodiscard]] bool agrees(const Field& field, const Civil& civil) const;
 
   const Manner manner_;
