@@ -24,7 +24,7 @@
 //
 // Lenient reading (see setLenient) takes what a clerk types; what strict reading takes is the same date for both.
 // Fields out of range carry over (31/02 is 3 March), except hours above 24. Weekdays, weeks and quarters beside a full
-// date are not checked. Case and additional spaces
+// date are not checked. The half of the day is: "13:15 pm" is taken, "13:15 am" is refused. Case and additional spaces
 // do not count. A sign may be another sign or a space: dd/MM/yyyy takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be
 // missing between a digit and a letter.
 //

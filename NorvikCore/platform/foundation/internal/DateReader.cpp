@@ -699,6 +699,7 @@ std::optional<std::int64_t> DateReader::secondOfDay(const Fields& fields) const 
   std::int64_t hour = 0;
   if (fields.hour) {
     hour = *fields.hour;
+    if (!isInPeriod(hour)) return std::nullopt;
   } else if (fields.halfDayHour) {
     hour = *fields.halfDayHour;
     const bool isOfHalfDay = hour <= 12;
