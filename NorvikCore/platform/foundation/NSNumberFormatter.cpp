@@ -463,6 +463,9 @@ struct NSNumberFormatter::Engine {
       } else {
         words->format(number.doubleValue(), text);
       }
+    } else if (decimal.isNaN() && stepless && std::isfinite(number.doubleValue())) {
+      icu::FieldPositionIterator fields;
+      text = written(*stepless, multipleNear(detail::NumberDigits::of(number.doubleValue())), fields);
     } else if (decimal.isNaN()) {
       digits->format(number.doubleValue(), text);
     } else if (words && !own.fractionDigits) {
@@ -475,12 +478,15 @@ struct NSNumberFormatter::Engine {
     return text;
   }
 
+  /// The multiple of the pattern's increment that is shown for the number.
+  [[nodiscard]] std::string multipleNear(const detail::NumberDigits& number) const {
+    return detail::roundedToIncrement(number, powerOfMultiplier(), Decimal(digits->getRoundingIncrement()), rounding);
+  }
+
   /// A number that shows as zero has no sign.
   [[nodiscard]] icu::UnicodeString textInDigits(const icu::DecimalFormat& format, const Decimal& number) const {
     const std::string plainDigits =
-        &format == stepless.get()
-            ? detail::roundedToIncrement(number, powerOfMultiplier(), Decimal(digits->getRoundingIncrement()), rounding)
-            : number.stringValue();
+        &format == stepless.get() ? multipleNear(detail::NumberDigits::of(number)) : number.stringValue();
     icu::FieldPositionIterator fields;
     icu::UnicodeString text = written(format, plainDigits, fields);
     const Span span = digitsIn(fields);

@@ -10,6 +10,7 @@
 #include <unicode/decimfmt.h>
 #include <unicode/uchar.h>
 
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -616,6 +617,37 @@ TEST(NSNumberFormatter, RoundsToIncrementsWhateverTheNumberOfDigits) {
     EXPECT_EQ(british(row.pattern)->stringFromNumber(dec(row.number)), row.expected)
         << row.pattern << " of " << row.number;
   }
+}
+
+/// Doubles beyond the greatest decimal number. ICU writes them inexactly, some as the empty text.
+TEST(NSNumberFormatter, RoundsTheGreatestDoublesToIncrementsExactly) {
+  const auto zeros = [](std::size_t count) { return std::string(count, '0'); };
+  const struct {
+    const char* pattern;
+    double number;
+    std::string expected;
+  } rows[] = {
+      {"0.25", 1e164, "1" + zeros(164) + ".00"},
+      {"0.25", 1e165, "1" + zeros(165) + ".00"},
+      {"0.25", 1.5e165, "15" + zeros(164) + ".00"},
+      {"0.25", -1e308, "-1" + zeros(308) + ".00"},
+      {"0.25", 1.2345678901234567e300, "12345678901234567" + zeros(284) + ".00"},
+      {"0.07", 1e300, std::string(300, '9') + ".98"},
+      {"0.25%", 1e300, "1" + zeros(302) + ".00%"},
+      {"#,##0.25", 1e165,
+       "1" +
+           [] {
+             std::string groups;
+             for (int i = 0; i < 55; ++i) groups += ",000";
+             return groups + ".00";
+           }()},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(british(row.pattern)->stringFromNumber(row.number), row.expected.c_str())
+        << row.pattern << " of " << row.number;
+  }
+  EXPECT_FALSE(british("0.25")->stringFromNumber(std::numeric_limits<double>::infinity()).empty());
+  EXPECT_FALSE(british("0.25")->stringFromNumber(std::numeric_limits<double>::quiet_NaN()).empty());
 }
 
 TEST(NSNumberFormatter, IncrementsAreRoundedAsIcuRoundsThem) {

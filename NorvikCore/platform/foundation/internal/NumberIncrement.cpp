@@ -1,23 +1,13 @@
 #include "NorvikCore/platform/foundation/internal/NumberIncrement.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+#include <string_view>
 
 namespace norvik::detail {
 namespace {
-
-/// A number's digits and the power of ten of the last one.
-struct Digits {
-  std::string text;
-  int exponent;
-};
-
-Digits digitsOf(const Decimal& number) {
-  Decimal::Parts parts = number.parts();
-  const int exponent = parts.exponent;
-  parts.exponent = 0;
-  parts.isNegative = false;
-  return {Decimal::fromParts(parts)->stringValue(), exponent};
-}
 
 /// What the division left over, as a part of the increment.
 enum class Rest { None, BelowHalf, Half, AboveHalf };
@@ -77,11 +67,34 @@ std::string product(const std::string& digits, UInt128 factor) {
 
 }  // namespace
 
-std::string roundedToIncrement(const Decimal& number, int power, const Decimal& increment,
+NumberDigits NumberDigits::of(const Decimal& number) {
+  Decimal::Parts parts = number.parts();
+  const int exponent = parts.exponent;
+  parts.exponent = 0;
+  parts.isNegative = false;
+  return {Decimal::fromParts(parts)->stringValue(), exponent, number.isNegative()};
+}
+
+NumberDigits NumberDigits::of(double number) {
+  char text[32];
+  const auto written = std::to_chars(text, std::end(text), std::fabs(number), std::chars_format::scientific);
+  const std::string_view all(text, static_cast<std::size_t>(written.ptr - text));
+  const std::size_t exponentAt = all.find('e');
+  NumberDigits digits;
+  digits.isNegative = std::signbit(number);
+  digits.text = all.front();
+  if (exponentAt > 1) digits.text += all.substr(2, exponentAt - 2);
+  const char* const exponent = text + exponentAt + (all[exponentAt + 1] == '+' ? 2 : 1);
+  std::from_chars(exponent, written.ptr, digits.exponent);
+  digits.exponent -= static_cast<int>(digits.text.size()) - 1;
+  return digits;
+}
+
+std::string roundedToIncrement(const NumberDigits& number, int power, const Decimal& increment,
                                NSNumberFormatterRoundingMode mode) {
-  auto [whole, exponent] = digitsOf(number);
+  std::string whole = number.text;
   const UInt128 divisor = DecimalAccess::mantissa(increment);
-  const int shift = exponent + power - increment.exponent();
+  const int shift = number.exponent + power - increment.exponent();
   std::string fraction;
   if (shift >= 0) {
     whole.append(static_cast<std::size_t>(shift), '0');
@@ -100,8 +113,8 @@ std::string roundedToIncrement(const Decimal& number, int power, const Decimal& 
     remainder %= divisor;
   }
   const Rest rest = restOf(remainder, fraction, divisor);
-  if (roundsAway(rest, number.isNegative(), (quotient.back() - '0') % 2 != 0, mode)) addOne(quotient);
-  return (number.isNegative() ? "-" : "") + product(quotient, divisor) + "E" +
+  if (roundsAway(rest, number.isNegative, (quotient.back() - '0') % 2 != 0, mode)) addOne(quotient);
+  return (number.isNegative ? "-" : "") + product(quotient, divisor) + "E" +
          std::to_string(increment.exponent() - power);
 }
 
