@@ -32,6 +32,8 @@ using detail::stringFromIcu;
 using detail::utf8FromIcu;
 using Symbol = icu::DecimalFormatSymbols::ENumberFormatSymbol;
 
+/// No language takes 470 for a number below 10^15. ICU reads in time that grows with the square of the length.
+constexpr std::size_t mostUnitsOfWords = 500;
 constexpr int noIntegerLimit = 309;  // the digits of the greatest double
 
 void check(UErrorCode status, const char* what) {
@@ -506,8 +508,10 @@ struct NSNumberFormatter::Engine {
   /// Words are a number where they are how one of the language's rules spells it, other than as a year: ICU reads
   /// "twelve twelve" as 1212.
   [[nodiscard]] std::optional<NSNumber> numberInWords(const NSString& text) const {
+    const NSString wanted = isLenient ? text.stringByTrimming() : text;
+    if (wanted.length() > mostUnitsOfWords) return std::nullopt;
     const kernel::ForkHold hold;
-    const icu::UnicodeString units = icuString(isLenient ? text.stringByTrimming() : text);
+    const icu::UnicodeString units = icuString(wanted);
     icu::Formattable result;
     icu::ParsePosition position(0);
     words->parse(units, result, position);

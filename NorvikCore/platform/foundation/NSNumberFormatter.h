@@ -20,7 +20,7 @@
 // the minus sign; a currency's code for its symbol; and grouping separators anywhere between two digits, where any
 // space and an ASCII apostrophe do for the locale's own. Digits behind the point are never cut off while reading;
 // beyond 38 digits, or 128 places behind the point, the number is rounded. Words are a number below 10^15 and only as
-// the language spells it: "twelve twelve" is none.
+// the language spells it: "twelve twelve" is none, nor are more than 500 units of text.
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.
 // Cost:    the first text after a setting is expensive (tens of microseconds, words half a millisecond); keep one.

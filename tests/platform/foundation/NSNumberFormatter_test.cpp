@@ -701,6 +701,34 @@ TEST(NSNumberFormatter, WordsAreReadWhereTheyAreOneNumber) {
   EXPECT_EQ(read(*words, " five "), "5");
 }
 
+/// In time that grew with the square of the length, as ICU's does, each of these would take minutes.
+TEST(NSNumberFormatter, LongTextsAreNoWordsAndAreRefusedInLinearTime) {
+  auto words = make<NSNumberFormatter>();
+  words->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
+  words->setNumberStyle(NSNumberFormatterSpellOutStyle);
+  words->setGeneratesDecimalNumbers(true);
+  for (const bool isLenient : {false, true}) {
+    words->setLenient(isLenient);
+    for (const char* unit : {"1", "0", "1 ", "minus ", "thousand ", "point ", "one million one thousand "}) {
+      std::string text;
+      while (text.size() < 1'000'000) text += unit;
+      EXPECT_EQ(read(*words, (text + "x").c_str()), "no") << unit;
+    }
+  }
+  EXPECT_EQ(read(*words, (std::string(1000, ' ') + "five" + std::string(1000, ' ')).c_str()), "5");
+}
+
+TEST(NSNumberFormatter, ReadsTheLongestWordsOfANumber) {
+  auto words = make<NSNumberFormatter>();
+  words->setNumberStyle(NSNumberFormatterSpellOutStyle);
+  words->setGeneratesDecimalNumbers(true);
+  for (const char* locale : {"kl", "fi", "de", "en_GB"}) {
+    words->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+    const NSString text = words->stringFromNumber(-888'888'888'888'888);
+    EXPECT_EQ(read(*words, text.utf8().c_str()), "-888888888888888") << locale << ' ' << text.length();
+  }
+}
+
 TEST(NSNumberFormatter, ReadsPercentagesAndMoneyInWhatStandsAroundThem) {
   const auto percentage = british("#,##0.##%");
   EXPECT_EQ(read(*percentage, "12.5%"), "0.125");
