@@ -2,6 +2,7 @@
 
 #include "NorvikCore/Categories/internal/AbsentArgument.h"
 #include "NorvikCore/platform/foundation/NSCalendar.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -70,9 +71,10 @@ Date nk_todayOrStartOfPayrollCalendar(Date startOfPayrollCalendar) {
 bool nk_isLocalCalendarToday(Date date) { return NSCalendar::currentCalendar()->isDateInToday(date); }
 
 const Ref<NSArray>& nk_weekDayNames() {
-  static auto& names = *new Ref<NSArray>(
-      NSArray::arrayWithObjects("Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"));
-  return names;
+  return kernel::madeOnce([] {
+    return new Ref<NSArray>(
+        NSArray::arrayWithObjects("Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"));
+  });
 }
 
 Date nk_addHours(Date date, NSInteger hours) noexcept {

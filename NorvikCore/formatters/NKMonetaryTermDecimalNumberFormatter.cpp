@@ -2,6 +2,7 @@
 
 #include "NorvikCore/formatters/internal/DecimalTerms.h"
 #include "NorvikCore/formatters/internal/PayrollCalendars.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 
 namespace norvik {
@@ -34,7 +35,8 @@ void NKMonetaryTermDecimalNumberFormatter::setup() {
 
 NSString NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(const NSNumber& number) {
   if (!kernel::isMainThread()) return formatterInDefaultLocale()->stringFromNumber(number);
-  static const auto& kept = *new Ref<NKMonetaryTermDecimalNumberFormatter>(formatterInDefaultLocale());
+  const auto& kept =
+      kernel::madeOnce([] { return new Ref<NKMonetaryTermDecimalNumberFormatter>(formatterInDefaultLocale()); });
   return kept->stringFromNumber(number);
 }
 

@@ -1,5 +1,7 @@
 #include "NorvikCore/formatters/internal/PayrollCalendars.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
+
 namespace norvik::detail {
 namespace {
 
@@ -13,33 +15,27 @@ Ref<NSCalendar> gregorianIn(const Ref<NSTimeZone>& zone) {
 }  // namespace
 
 const Ref<NSLocale>& defaultLocale() {
-  static const auto& locale = *new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB"));
-  return locale;
+  return kernel::madeOnce([] { return new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB")); });
 }
 
 const Ref<NSLocale>& ukLocale() {
-  static const auto& locale = *new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB"));
-  return locale;
+  return kernel::madeOnce([] { return new Ref<NSLocale>(NSLocale::localeWithLocaleIdentifier("en_GB")); });
 }
 
 const Ref<NSTimeZone>& defaultTimeZone() {
-  static const auto& zone = *new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("UTC"));
-  return zone;
+  return kernel::madeOnce([] { return new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("UTC")); });
 }
 
 const Ref<NSTimeZone>& ukTimeZone() {
-  static const auto& zone = *new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("Europe/London"));
-  return zone;
+  return kernel::madeOnce([] { return new Ref<NSTimeZone>(NSTimeZone::timeZoneWithName("Europe/London")); });
 }
 
 const Ref<NSCalendar>& defaultCalendar() {
-  static const auto& calendar = *new Ref<NSCalendar>(gregorianIn(defaultTimeZone()));
-  return calendar;
+  return kernel::madeOnce([] { return new Ref<NSCalendar>(gregorianIn(defaultTimeZone())); });
 }
 
 const Ref<NSCalendar>& ukCalendar() {
-  static const auto& calendar = *new Ref<NSCalendar>(gregorianIn(ukTimeZone()));
-  return calendar;
+  return kernel::madeOnce([] { return new Ref<NSCalendar>(gregorianIn(ukTimeZone())); });
 }
 
 }  // namespace norvik::detail

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/appkit/NSColor.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -16,8 +17,8 @@ double limited(double component) noexcept {
 
 int byteOf(double component) noexcept { return static_cast<int>(std::lround(component * 255)); }
 
-const Ref<NSColor>& kept(double red, double green, double blue, double alpha) {
-  return *new Ref<NSColor>(make<NSColor>(red, green, blue, alpha));
+Ref<NSColor>* kept(double red, double green, double blue, double alpha) {
+  return new Ref<NSColor>(make<NSColor>(red, green, blue, alpha));
 }
 
 }  // namespace
@@ -34,32 +35,25 @@ Ref<NSColor> NSColor::colorWithRed(double red, double green, double blue, double
 Ref<NSColor> NSColor::colorWithWhite(double white, double alpha) { return make<NSColor>(white, white, white, alpha); }
 
 const Ref<NSColor>& NSColor::blackColor() {
-  static const auto& color = kept(0, 0, 0, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(0, 0, 0, 1); });
 }
 const Ref<NSColor>& NSColor::whiteColor() {
-  static const auto& color = kept(1, 1, 1, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(1, 1, 1, 1); });
 }
 const Ref<NSColor>& NSColor::grayColor() {
-  static const auto& color = kept(0.5, 0.5, 0.5, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(0.5, 0.5, 0.5, 1); });
 }
 const Ref<NSColor>& NSColor::redColor() {
-  static const auto& color = kept(1, 0, 0, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(1, 0, 0, 1); });
 }
 const Ref<NSColor>& NSColor::greenColor() {
-  static const auto& color = kept(0, 1, 0, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(0, 1, 0, 1); });
 }
 const Ref<NSColor>& NSColor::blueColor() {
-  static const auto& color = kept(0, 0, 1, 1);
-  return color;
+  return kernel::madeOnce([] { return kept(0, 0, 1, 1); });
 }
 const Ref<NSColor>& NSColor::clearColor() {
-  static const auto& color = kept(0, 0, 0, 0);
-  return color;
+  return kernel::madeOnce([] { return kept(0, 0, 0, 0); });
 }
 
 Ref<NSColor> NSColor::colorWithAlphaComponent(double alpha) const { return make<NSColor>(red_, green_, blue_, alpha); }

@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
@@ -17,8 +18,7 @@ constinit const NSString NSLinkAttributeName = "NSLink";
 namespace {
 
 const Ref<NSDictionary>& noAttributes() {
-  static const auto& none = *new Ref<NSDictionary>(NSDictionary::dictionary());
-  return none;
+  return kernel::madeOnce([] { return new Ref<NSDictionary>(NSDictionary::dictionary()); });
 }
 
 [[noreturn]] void raiseDamaged() {

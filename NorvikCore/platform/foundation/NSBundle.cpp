@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -68,8 +69,7 @@ std::string mainExecutable() {
 }
 
 NSBundle* mainOnce() {
-  static auto* bundle = make<NSBundle>(NSString(mainExecutable())).take();
-  return bundle;
+  return &kernel::madeOnce([] { return make<NSBundle>(NSString(mainExecutable())).take(); });
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 #include <errno.h>
 
@@ -102,8 +103,7 @@ int applyAttributes(const std::string& path, const NSDictionary& attributes) {
 NSFileManager::~NSFileManager() = default;
 
 NSFileManager& NSFileManager::defaultManager() {
-  static auto& manager = *make<NSFileManager>().take();
-  return manager;
+  return kernel::madeOnce([] { return make<NSFileManager>().take(); });
 }
 
 bool NSFileManager::fileExistsAtPath(const NSString& path, bool* isDirectory) const {

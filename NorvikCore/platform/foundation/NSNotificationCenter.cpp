@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -126,11 +127,10 @@ NSNotificationCenter::NSNotificationCenter() : registrations_(new Registrations)
 NSNotificationCenter::~NSNotificationCenter() = default;
 
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
-  static auto& center = []() -> NSNotificationCenter& {
+  return kernel::madeOnce([] {
     detail::postTerminationAtExit();
-    return *make<NSNotificationCenter>().take();
-  }();
-  return center;
+    return make<NSNotificationCenter>().take();
+  });
 }
 
 Ref<NSObject> NSNotificationCenter::addObserverForName(std::optional<NSString> name, const Ref<NSObject>& object,

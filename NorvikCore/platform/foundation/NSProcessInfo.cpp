@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/UUID.h"
 
 #include <unistd.h>
@@ -13,8 +14,7 @@ namespace norvik {
 NSProcessInfo::~NSProcessInfo() = default;
 
 NSProcessInfo& NSProcessInfo::processInfo() {
-  static auto& info = *make<NSProcessInfo>().take();
-  return info;
+  return kernel::madeOnce([] { return make<NSProcessInfo>().take(); });
 }
 
 NSString NSProcessInfo::processName() const { return kernel::processName(); }

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/kernel/HostInfo.h"
 
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 #include <errno.h>
 #include <limits.h>
@@ -70,15 +71,14 @@ const std::string& processName() {
 }
 
 const std::string& executablePath() {
-  static const auto& path = *new std::string([] {
+  return madeOnce([] {
     std::string target(PATH_MAX, '\0');
     const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
     target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
     constexpr std::string_view removed = " (deleted)";  // what the kernel adds where there is no such file any more
     if (target.ends_with(removed) && access(target.c_str(), F_OK) != 0) target.resize(target.size() - removed.size());
-    return target;
-  }());
-  return path;
+    return new std::string(std::move(target));
+  });
 }
 
 std::optional<SystemVersion> parseSystemVersion(std::string_view text) noexcept {
@@ -105,21 +105,19 @@ SystemVersion operatingSystemVersion() {
 }
 
 const std::string& operatingSystemVersionString() {
-  static const auto& text = *new std::string([] {
+  return madeOnce([] {
     const std::string name = osReleaseValue("PRETTY_NAME"), kernel = "Linux " + kernelRelease();
-    return name.empty() ? kernel : name + ", " + kernel;
-  }());
-  return text;
+    return new std::string(name.empty() ? kernel : name + ", " + kernel);
+  });
 }
 
 const std::string& hardwareModel() {
-  static const auto& model = *new std::string([] {
+  return madeOnce([] {
     for (const char* path : {"/sys/devices/virtual/dmi/id/product_name", "/proc/device-tree/model"}) {
-      if (std::string text = firstLine(path); !text.empty()) return text;
+      if (std::string text = firstLine(path); !text.empty()) return new std::string(std::move(text));
     }
-    return std::string();
-  }());
-  return model;
+    return new std::string();
+  });
 }
 
 }  // namespace norvik::kernel

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 
+#include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
 #include <algorithm>
@@ -45,6 +46,7 @@ std::size_t StringIndex::unit(std::string_view text, std::size_t byte) const noe
 
 const StringIndex& permanentIndex(std::string_view text) {
   using Key = std::pair<const char*, std::size_t>;
+  const kernel::ForkHold hold;  // a child would have the mutex as another thread held it
   static auto& mutex = *new std::shared_mutex;
   static auto& indexes = *new std::map<Key, std::unique_ptr<const StringIndex>>;
   const Key key(text.data(), text.size());
