@@ -10,7 +10,7 @@ bool compare(Date payday, Decimal rate, const NSNumber& hours, const NSString& n
              const std::string& text, const Value& value) {
   // clang-format off
 #ifndef SHOULD_NOT_COMPILE
-  return value == payday && value == rate && rate == value && value == 0.1 && value == "x" && "x" == value && value == text &&
+  return value == payday && value == rate && rate == value && value == 0.1 && value == 0.5f && value == "x" && "x" == value && value == text &&
          value == name && value == hours && value == slips && slips == value && value == pay && value == paid &&
          value == true && value != 3 && rate == 3 && 3 < rate && rate == hours && hours == 0.1 && hours < rate &&
          hours == true && name == "x" && name == text && text < name && name == std::string_view("x") && bonus == rate &&
@@ -51,6 +51,17 @@ bool compare(Date payday, Decimal rate, const NSNumber& hours, const NSString& n
   static_cast<void>(bonus == name);  // refused
   static_cast<void>(text == payday);  // refused
   static_cast<void>(value == 'x');  // refused
+  static_cast<void>(value == 1.1L);  // refused
+  static_cast<void>(1.1L != value);  // refused
+  static_cast<void>(value == std::optional<long double>(1.1L));  // refused
+  static_cast<void>(value == nullptr);  // refused
+  static_cast<void>(value == u8"x");  // refused
+  static_cast<void>(value == u"x");  // refused
+  static_cast<void>(value == L"x");  // refused
+  static_cast<void>(value == &payday);  // refused
+  static_cast<void>(value == Frequency::weekly);  // refused
+  static_cast<void>(hours == 1.1L);  // refused
+  static_cast<void>(rate == 1.1L);  // refused
   static_cast<void>(value < 5);  // refused
   static_cast<void>(rate == Frequency::weekly);  // refused
   return false;

@@ -61,10 +61,10 @@ class NK_EXPORT Value {
     }
     storage_.integer = static_cast<std::int64_t>(integer);
   }
+  /// A float is kept as the double of the same value; a long double would lose digits and does not convert.
   template <std::floating_point F>
-  Value(F real) noexcept : kind_(Kind::Double) {
-    storage_.real = static_cast<double>(real);
-  }
+  requires(sizeof(F) <= sizeof(double)) Value(F real)
+  noexcept : kind_(Kind::Double) { storage_.real = static_cast<double>(real); }
   Value(const norvik::Decimal& decimal) noexcept { emplace(Kind::Decimal, storage_.decimal, decimal); }
   Value(norvik::Date date) noexcept { emplace(Kind::Date, storage_.date, date); }
   Value(NSString string) noexcept { emplace(Kind::String, storage_.string, std::move(string)); }

@@ -68,7 +68,7 @@ requires std::integral<T> &&(!std::same_as<T, bool>)struct ValueConversion<T> {
   }
 };
 template <std::floating_point T>
-struct ValueConversion<T> {
+requires(sizeof(T) <= sizeof(double)) struct ValueConversion<T> {
   static Value toValue(T content) { return content; }
   static T fromValue(const Value& value) { return static_cast<T>(detail::doubleFrom(value)); }
 };
