@@ -214,5 +214,14 @@ class Full : public NSObject {
   ALL(0) ALL(1) ALL(2) ONE(x)
   TWENTY_FIVE(a) TWENTY_FIVE(b) TWENTY_FIVE(c) TWENTY_FIVE(d) TWENTY_FIVE(e)
 };
+#elif SHOULD_NOT_COMPILE == 34  // NK_OBJECT names a class that is not the superclass
+class Manager : public NSObject {
+  NK_OBJECT(Manager, Manager)
+};
+#elif SHOULD_NOT_COMPILE == 35  // an operation or accessor that a class states is missing, or is overloaded
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_METHOD_AS(pay, "pay:now")
+};
 #endif
 // clang-format on

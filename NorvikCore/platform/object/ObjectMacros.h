@@ -13,8 +13,11 @@
 //   };
 //
 // NK_OBJECT makes what follows public, as a class that states itself is there to be used; no other statement changes
-// the access in force. Statements take no semicolon. A type may hold commas. The storage of property `x` is the member
-// `x_`, which only the class itself can read (`*x_`) and write (`x_ = value`, which announces nothing).
+// the access in force. Statements take no semicolon. A type may hold six commas. The storage of property `x` is the
+// member `x_`, which only the class itself can read (`*x_`) and write (`x_ = value`, which announces nothing).
+//
+// A class makes 575 statements at most. A class that is local to a function cannot make any. A property may refer to a
+// class that is only declared so far (`Ref<Department>`), if it is defined further down in the same file.
 //
 // A selector text is the operation's name with one colon an argument; NK_METHOD_AS and NK_CLASS_METHOD_AS take another
 // text.

@@ -27,10 +27,16 @@ Value getProperty(const NSObject& object, const char* key) {
   return propertyValue<Result>((static_cast<const T&>(object).*getter)(), key);
 }
 
+/// Its body is compiled where O is complete: a property may refer to a class that is defined below it.
+template <class O>
+const Class& referredClass() {
+  return O::staticClass();
+}
+
 template <class Result>
 constexpr auto objectClassOfType() -> const Class& (*)() {
   if constexpr (requires { []<class O>(std::type_identity<Ref<O>>) {}(std::type_identity<Result>()); }) {
-    return &Result::element_type::staticClass;
+    return &referredClass<typename Result::element_type>;
   } else {
     return nullptr;
   }

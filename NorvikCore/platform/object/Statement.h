@@ -38,7 +38,13 @@ struct Statement {
 /// Refuses with one sentence a member of T whose address `Find` does not give.
 template <class T, class Find>
 constexpr bool findsMember() {
-  constexpr bool finds = std::is_invocable_v<Find, std::type_identity<T>>;
+  constexpr bool finds = [] {
+    if constexpr (std::is_invocable_v<Find, std::type_identity<T>>) {
+      return !std::is_void_v<std::invoke_result_t<Find, std::type_identity<T>>>;
+    } else {
+      return false;
+    }
+  }();
   static_assert(finds, "an operation or accessor that a class states is missing, or is overloaded");
   return finds;
 }

@@ -27,6 +27,19 @@ class Button : public NSObject {
   NK_ATOMIC_PROPERTY(Ref<Button>, next, setNext)
 };
 
+class Socket;
+
+class Plug : public NSObject {
+  NK_OBJECT(Plug, NSObject)
+  NK_PROPERTY(Ref<Socket>, socket, setSocket)
+  NK_WEAK_PROPERTY(Socket, formerSocket, setFormerSocket)
+};
+
+class Socket : public NSObject {
+  NK_OBJECT(Socket, NSObject)
+  NK_WEAK_PROPERTY(Plug, plug, setPlug)
+};
+
 class ButtonWatcher : public NSObject {
   NK_OBJECT(ButtonWatcher, NSObject)
   void observeValueForKeyPath(const NSString& path, NSObject&, const KeyValueChange& change, void*) override {
@@ -292,4 +305,17 @@ TEST(ObjectMacros, APropertySaysTheClassItRefersTo) {
   EXPECT_EQ(&Button::staticClass().property("next")->objectClass(), &Button::staticClass());
   EXPECT_EQ(&Button::staticClass().property("target")->objectClass(), &NSObject::staticClass());
   EXPECT_EQ(Button::staticClass().property("action")->objectClass, nullptr);
+}
+
+TEST(ObjectMacros, APropertyMayReferToAClassThatIsDefinedBelow) {
+  const auto plug = make<Plug>();
+  const auto socket = make<Socket>();
+  plug->setValue_forKey(socket, "socket");
+  plug->setFormerSocket(socket);
+  socket->setPlug(plug);
+  EXPECT_EQ(plug->valueForKeyPath("socket.plug"), Value(plug));
+  EXPECT_EQ(plug->valueForKey("formerSocket"), Value(socket));
+  EXPECT_RAISES(plug->setValue_forKey(plug, "socket"), "NSInvalidArgumentException");
+  EXPECT_EQ(&Plug::staticClass().property("socket")->objectClass(), &Socket::staticClass());
+  EXPECT_EQ(&Plug::staticClass().property("formerSocket")->objectClass(), &Socket::staticClass());
 }
