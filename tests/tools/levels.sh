@@ -47,5 +47,11 @@ write logging/Log.cpp '#include "../dispatch/Queue.h"' '#include <syslog.h>'
 expect 1 'levels: NorvikCore/logging/Log.cpp includes "../dispatch/Queue.h", which does not begin with NorvikCore/' \
   'levels: NorvikCore/logging/Log.cpp includes <syslog.h>, which is for platform/'
 
+write logging/Log.cpp $'#include\t"NorvikCore/dispatch/Queue.h"'
+write platform/kernel/Clock.inc '#include_next <NorvikCore/platform/values/Date.h>'
+expect 1 'levels: NorvikCore/logging/Log.cpp (level 3) includes NorvikCore/dispatch/Queue.h (level 3)' \
+  'levels: NorvikCore/platform/kernel/Clock.inc (level 1) includes NorvikCore/platform/values/Date.h (level 2)'
+rm "$work/NorvikCore/platform/kernel/Clock.inc"
+
 write logging/Log.cpp '#include "NorvikCore/markup/Parser.h"'
 expect 1 'levels: NorvikCore/markup/ has no level'
