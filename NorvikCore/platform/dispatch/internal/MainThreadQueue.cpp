@@ -66,12 +66,11 @@ int MainThreadQueue::openDescriptor() noexcept {
   }
   mayReport_.store(true, std::memory_order_relaxed);
   int other = -1;
-  if (!descriptor_.compare_exchange_strong(other, made, std::memory_order_seq_cst)) {
+  // Whoever queued a block without finding the descriptor did so before.
+  if (!descriptor_.compare_exchange_strong(other, made, std::memory_order_acq_rel)) {
     close(made);
     return other;
   }
-  // Whoever queued a block without seeing the descriptor did so before this fence.
-  std::atomic_thread_fence(std::memory_order_seq_cst);
   if (!isIdle()) setReadable();
   return made;
 }
@@ -87,8 +86,8 @@ void MainThreadQueue::reportNoDescriptor(int error) noexcept {
 void MainThreadQueue::setReadable() noexcept {
   int descriptor = descriptor_.load(std::memory_order_relaxed);
   if (descriptor < 0) {
-    std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with openDescriptor()'s
-    descriptor = descriptor_.load(std::memory_order_relaxed);
+    // Read by changing it, so that openDescriptor() comes either before or after, and then finds what was queued.
+    descriptor = descriptor_.fetch_add(0, std::memory_order_acq_rel);
     if (descriptor < 0) return;
   }
   const std::uint64_t one = 1;
