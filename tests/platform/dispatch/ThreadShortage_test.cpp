@@ -419,6 +419,38 @@ TEST_F(ThreadShortage, AForkedChildWithoutThreadsMayDispatch) {
   });
 }
 
+TEST_F(ThreadShortage, AChildThatIsForkedAmidTheFirstBlockOfAProcessMayDispatch) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
+#endif
+  RUN_IN_CHILD({
+    // Each process has used no queue before, so its first worker is just making what the library makes on first use.
+    const auto process = [] {
+      auto queue = dispatch_queue_create("queue");
+      dispatch_async(queue, [] {});
+      const pid_t child = fork();
+      if (child == 0) {
+        alarm(20);
+        const ThreadStartsFail shortage;
+        int sum = 0;
+        dispatch_async(queue, [&] { sum += 1; });
+        dispatch_sync(queue, [&] { sum += 2; });
+        _exit(sum == 3 ? 0 : 1);
+      }
+      int status = 0;
+      waitpid(child, &status, 0);
+      return status;
+    };
+    for (int round = 0; round < 200 && !HasFailure(); ++round) {
+      const pid_t parent = fork();
+      if (parent == 0) _exit(process() == 0 ? 0 : 1);
+      int status = 0;
+      waitpid(parent, &status, 0);
+      EXPECT_EQ(status, 0) << "round " << round;
+    }
+  });
+}
+
 TEST_F(ThreadShortage, ABlockThatAWaitingThreadRunsMayForkAndTheChildGoesOn) {
   RUN_IN_CHILD({
     const ThreadStartsFail shortage;

@@ -5,12 +5,7 @@
 namespace norvik::detail {
 
 GlobalQueue* GlobalQueue::shared() {
-  static auto* queue = [] {
-    auto* made = new GlobalQueue;
-    made->watchForks();
-    return made;
-  }();
-  return queue;
+  return &sharedForkAware<GlobalQueue>([] { return new GlobalQueue; });
 }
 
 void GlobalQueue::push(Item* item, Delivery delivery, Order) {

@@ -43,12 +43,7 @@ void runRemoteCall(Item* item) {
 }  // namespace
 
 MainThreadQueue* MainThreadQueue::shared() {
-  static auto* queue = [] {
-    auto* made = new MainThreadQueue;
-    made->watchForks();
-    return made;
-  }();
-  return queue;
+  return &sharedForkAware<MainThreadQueue>([] { return new MainThreadQueue; });
 }
 
 MainThreadQueue::MainThreadQueue() : SerialQueue(Kind::main, "com.norvik.main-thread") {}
