@@ -26,7 +26,8 @@
 //            messages may live: pass literals.
 // Threads:   synchronised. flushLog(), synchronous log calls and the reading of settings of loggers must not be called
 //            on the logging queue or on a logger's queue: they would wait for themselves for ever. Where the calling
-//            thread itself holds the queue this is noticed, and the process aborts with a line.
+//            thread itself holds the queue this is noticed, and the process aborts with a line. With a logger on the
+//            main queue the main thread must not wait for a thread that may be held up by the bound of 1000.
 // Errors:    logging itself raises nothing; what the description of an argument raises reaches the caller.
 // At exit:   when NSApplicationWillTerminateNotification is posted every logger is flushed; and once more when the
 //            process exits (exit, or return from main), after the destructors of the program's statics. Where exit
@@ -35,9 +36,8 @@
 // Crash:     what still waits is lost: asynchronous calls of about the last millisecond, or up to 1000 where the
 //            loggers cannot keep up. What a synchronous call said is with the loggers.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log,
-// and
-//            make loggers and formatters. Messages that were waiting are the parent's. A child flushes by flushLog()
-//            where it wants to, not at its exit.
+//            and make loggers and formatters. Messages that were waiting are the parent's. A child flushes by
+//            flushLog() where it wants to, not at its exit.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -79,7 +79,8 @@ class NK_EXPORT DDLog : public NSObject {
   /// gets every message twice. Returns at once: the logger gets what is logged afterwards.
   static void addLogger(const Ref<DDLogger>& logger);
   static void addLogger(const Ref<DDLogger>& logger, std::uint32_t withLogLevel);
-  /// Removes a logger, once if it was added twice; one that was not added is ignored. Returns at once.
+  /// Removes a logger, once if it was added twice; one that was not added is ignored. Returns at once; its
+  /// willRemoveLogger() may come after a flushLog() that follows.
   static void removeLogger(const Ref<DDLogger>& logger);
   static void removeAllLoggers();
 
