@@ -398,7 +398,7 @@ TEST_F(Source, ByTheRealClockTimersFireInOrderAndNeverEarly) {
   std::vector<int> order;
   std::atomic<int> early{0};
   auto done = dispatch_semaphore_create(0);
-  const auto base = Clock::now() + std::chrono::milliseconds(5);
+  const auto base = Clock::now() + std::chrono::milliseconds(200);  // later than the last one is set
   for (int i = 0; i < timerCount; ++i) {
     const int slot = (i * 37) % timerCount;  // set in a mixed order
     const auto at = base + std::chrono::microseconds(100 * slot);

@@ -49,7 +49,7 @@ MainThreadQueue* MainThreadQueue::shared() {
 MainThreadQueue::MainThreadQueue() : SerialQueue(Kind::main, "com.norvik.main-thread") {}
 
 int MainThreadQueue::descriptor() noexcept {
-  const int open = descriptor_.load(std::memory_order_relaxed);
+  const int open = descriptor_.load(std::memory_order_acquire);
   return open >= 0 ? open : openDescriptor();
 }
 
@@ -79,7 +79,7 @@ void MainThreadQueue::reportNoDescriptor(int error) noexcept {
 }
 
 void MainThreadQueue::setReadable() noexcept {
-  int descriptor = descriptor_.load(std::memory_order_relaxed);
+  int descriptor = descriptor_.load(std::memory_order_acquire);
   if (descriptor < 0) {
     // Read by changing it, so that openDescriptor() comes either before or after, and then finds what was queued.
     descriptor = descriptor_.fetch_add(0, std::memory_order_acq_rel);
@@ -91,7 +91,7 @@ void MainThreadQueue::setReadable() noexcept {
 }
 
 void MainThreadQueue::clearReadable() noexcept {
-  const int descriptor = descriptor_.load(std::memory_order_relaxed);
+  const int descriptor = descriptor_.load(std::memory_order_acquire);
   if (descriptor < 0) return;
   std::uint64_t count = 0;
   while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {
