@@ -1,5 +1,6 @@
 #include "NorvikCore/Categories/NSDate+Mock.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 namespace norvik {
@@ -12,8 +13,7 @@ struct MockState {
   Date::CurrentDateSource dateBefore NK_GUARDED_BY(mutex) = nullptr;
 
   static MockState& shared() {
-    static auto& state = *new MockState;
-    return state;
+    return kernel::madeOnce([] { return new MockState; });
   }
 };
 

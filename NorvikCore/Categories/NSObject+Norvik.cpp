@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/archives/NSArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/Format.h"
 
 #include <algorithm>
@@ -14,12 +15,11 @@ namespace {
 
 /// The class below the root that all closures have in common, found from an empty closure.
 const Class& closureClass() {
-  static const Class& found = []() -> const Class& {
+  return kernel::madeOnce([] {
     const Class* c = &Block<void()>([] {}).object()->classObject();
     while (c->superclass() && *c->superclass() != NSObject::staticClass()) c = c->superclass();
-    return *c;
-  }();
-  return found;
+    return c;
+  });
 }
 
 Value valueOf(const NSObject& object) { return Ref<NSObject>(const_cast<NSObject*>(&object)); }

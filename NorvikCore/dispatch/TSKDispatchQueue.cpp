@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -62,23 +63,22 @@ Ref<TSKDispatchQueue> TSKDispatchQueue::makeShared(const dispatch_queue_t& queue
 // The shared wrappers live as long as the process.
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::globalDispatchQueue() {
-  static const auto& wrapper = *new Ref(makeShared(dispatch_get_global_queue(), TSKDeadlockNoCheck, true));
-  return wrapper;
+  return kernel::madeOnce([] { return new Ref(makeShared(dispatch_get_global_queue(), TSKDeadlockNoCheck, true)); });
 }
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::mainDispatchQueue() {
-  static const auto& TSKMainDispatchQueue = *new Ref([] {
+  return kernel::madeOnce([] {
     auto wrapper = makeShared(dispatch_get_main_queue(), TSKDeadlockExecuteInline, false);
     wrapper->followsMainThread_ = true;
-    return wrapper;
-  }());
-  return TSKMainDispatchQueue;
+    return new Ref(std::move(wrapper));
+  });
 }
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::sharedConcurrentQueue() {
-  static const auto& TSKSharedConcurrentQueue = *new Ref(makeShared(
-      dispatch_queue_create("TSKSharedConcurrentQueue", DISPATCH_QUEUE_CONCURRENT), TSKDeadlockNoCheck, true));
-  return TSKSharedConcurrentQueue;
+  return kernel::madeOnce([] {
+    return new Ref(makeShared(dispatch_queue_create("TSKSharedConcurrentQueue", DISPATCH_QUEUE_CONCURRENT),
+                              TSKDeadlockNoCheck, true));
+  });
 }
 
 NSString TSKDispatchQueue::description() const {

@@ -9,8 +9,7 @@ namespace norvik {
 namespace {
 
 detail::DecimalTerms& moneyTerms() {
-  static auto& terms = *new detail::DecimalTerms;
-  return terms;
+  return kernel::madeOnce([] { return new detail::DecimalTerms; });
 }
 
 Ref<NKMonetaryTermDecimalNumberFormatter> formatterInDefaultLocale() {

@@ -1,13 +1,13 @@
 #include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
 
 #include "NorvikCore/formatters/internal/DecimalTerms.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 namespace norvik {
 namespace {
 
 detail::DecimalTerms& percentageTerms() {
-  static auto& terms = *new detail::DecimalTerms;
-  return terms;
+  return kernel::madeOnce([] { return new detail::DecimalTerms; });
 }
 
 }  // namespace

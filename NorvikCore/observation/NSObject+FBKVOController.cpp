@@ -15,7 +15,7 @@ Ref<FBKVOController> associated(const NSObject& observer, const char& key) {
 
 Ref<FBKVOController> associatedOrMade(NSObject& observer, const char& key, bool retainObserved) {
   if (Ref<FBKVOController> present = associated(observer, key)) return present;
-  static auto& mutex = *new Mutex;
+  static constinit Mutex mutex;
   MutexLock lock(mutex);
   if (Ref<FBKVOController> present = associated(observer, key)) return present;
   const Ref<FBKVOController> made = FBKVOController::initWithObserver(observer, retainObserved);

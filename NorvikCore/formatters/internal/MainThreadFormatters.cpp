@@ -1,10 +1,11 @@
 #include "NorvikCore/formatters/internal/MainThreadFormatters.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
+
 namespace norvik::detail {
 
 MainThreadFormatters& mainThreadFormatters() {
-  static auto& formatters = *new MainThreadFormatters;
-  return formatters;
+  return kernel::madeOnce([] { return new MainThreadFormatters; });
 }
 
 }  // namespace norvik::detail

@@ -3,7 +3,7 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
-#include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 namespace norvik::detail {
 
@@ -11,8 +11,7 @@ constinit std::atomic<LogPipeline*> LogPipeline::pipeline{nullptr};
 constinit LogPipeline::Way LogPipeline::way{};
 
 LogPipeline& LogPipeline::makeShared() {
-  const kernel::ForkHold hold;  // a child would wait for ever for the thread that was at it
-  static LogPipeline& made = *new LogPipeline;
+  LogPipeline& made = kernel::madeOnce([] { return new LogPipeline; });
   pipeline.store(&made, std::memory_order_release);
   return made;
 }

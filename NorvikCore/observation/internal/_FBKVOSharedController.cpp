@@ -2,6 +2,7 @@
 
 #include "NorvikCore/observation/internal/ChangeDictionary.h"
 #include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -12,12 +13,11 @@
 namespace norvik {
 
 _FBKVOSharedController& _FBKVOSharedController::sharedController() {
-  static auto& shared = []() -> _FBKVOSharedController& {
+  return kernel::madeOnce([] {
     auto* made = make<_FBKVOSharedController>().take();
     detail::ObjectAccess::setPermanent(*made);
-    return *made;
-  }();
-  return shared;
+    return made;
+  });
 }
 
 void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {

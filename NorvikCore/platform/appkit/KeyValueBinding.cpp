@@ -54,7 +54,7 @@ Ref<Bindings> bindingsOf(const NSObject& receiver) {
 
 Ref<Bindings> bindingsMadeOf(NSObject& receiver) {
   if (auto present = bindingsOf(receiver)) return present;
-  static auto& making = *new Mutex;
+  static constinit Mutex making;
   MutexLock lock(making);
   if (auto present = bindingsOf(receiver)) return present;
   auto made = make<Bindings>();

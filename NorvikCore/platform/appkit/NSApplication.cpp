@@ -1,12 +1,13 @@
 #include "NorvikCore/platform/appkit/NSApplication.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
+
 namespace norvik {
 
 NSApplication::~NSApplication() = default;
 
 NSApplication& NSApplication::sharedApplication() {
-  static NSApplication& shared = *make<NSApplication>().take();
-  return shared;
+  return kernel::madeOnce([] { return make<NSApplication>().take(); });
 }
 
 bool NSApplication::sendAction_to_from(SEL action, const Ref<NSObject>& target, const Value& sender) {

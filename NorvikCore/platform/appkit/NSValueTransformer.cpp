@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -18,8 +19,7 @@ struct Named {
 
 struct Registry {
   static Registry& shared() {
-    static auto& registry = *new Registry;
-    return registry;
+    return kernel::madeOnce([] { return new Registry; });
   }
 
   Ref<NSValueTransformer> find(const NSString& name) NK_EXCLUDES(mutex) {

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -42,7 +43,7 @@ std::atomic<EndFunctions*> endFunctions{nullptr};
 std::atomic<void (*)()> lastFunction{nullptr};
 
 EndFunctions& allEndFunctions() {
-  static auto& functions = *new EndFunctions;
+  auto& functions = kernel::madeOnce([] { return new EndFunctions; });
   endFunctions.store(&functions);
   return functions;
 }

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/LocaleData.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 #include <unicode/dcfmtsym.h>
 #include <unicode/ucurr.h>
@@ -202,16 +203,14 @@ NSLocale::~NSLocale() = default;
 Ref<NSLocale> NSLocale::localeWithLocaleIdentifier(const NSString& identifier) { return make<NSLocale>(identifier); }
 
 Ref<NSLocale> NSLocale::currentLocale() {
-  const kernel::ForkHold hold;
-  static auto& current = *new Ref<NSLocale>(make<NSLocale>(NSString(
-      detail::localeIdentifierFromEnvironment(std::getenv("LC_ALL"), std::getenv("LC_TIME"), std::getenv("LANG")))));
-  return current;
+  return kernel::madeOnce([] {
+    return new Ref<NSLocale>(make<NSLocale>(NSString(
+        detail::localeIdentifierFromEnvironment(std::getenv("LC_ALL"), std::getenv("LC_TIME"), std::getenv("LANG")))));
+  });
 }
 
 Ref<NSLocale> NSLocale::systemLocale() {
-  const kernel::ForkHold hold;
-  static auto& root = *new Ref<NSLocale>(make<NSLocale>(""));
-  return root;
+  return kernel::madeOnce([] { return new Ref<NSLocale>(make<NSLocale>("")); });
 }
 
 Value NSLocale::objectForKey(const NSString& key) const {

@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -18,6 +19,7 @@
 #include <atomic>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -144,9 +146,15 @@ Span digitsIn(icu::FieldPositionIterator& fields) {
 
 /// Whether ICU can follow the pattern, in any locale.
 bool isPattern(const NSString& pattern) {
+  const auto& any = kernel::madeOnce([] {
+    UErrorCode status = U_ZERO_ERROR;
+    auto made = std::make_unique<icu::DecimalFormat>(u"0", status);
+    if (!made) throw std::bad_alloc();
+    check(status, "a number format");
+    return made.release();
+  });
   const kernel::ForkHold hold;
   UErrorCode status = U_ZERO_ERROR;
-  static const icu::DecimalFormat& any = *new icu::DecimalFormat(u"0", status);
   icu::DecimalFormat trial(any);
   trial.applyPattern(icuString(pattern), status);
   return U_SUCCESS(status);

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/NSThread.h"
 
 #include "NorvikCore/platform/kernel/CallStack.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -22,7 +23,7 @@ void releaseAtThreadEnd() {
     pthread_key_t key{};
     bool made = pthread_key_create(&key, releaseCurrent) == 0;
   };
-  static const auto& end = *new Key;
+  const auto& end = kernel::madeOnce([] { return new Key; });
   if (end.made) pthread_setspecific(end.key, &current);
 }
 

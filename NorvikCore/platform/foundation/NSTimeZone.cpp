@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/internal/ZoneDatabase.h"
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -21,8 +22,7 @@ struct SharedZones {
   std::map<NSInteger, const detail::ZoneRules*> fixed NK_GUARDED_BY(mutex);
 
   static SharedZones& shared() {
-    static auto& zones = *new SharedZones;
-    return zones;
+    return kernel::madeOnce([] { return new SharedZones; });
   }
 };
 

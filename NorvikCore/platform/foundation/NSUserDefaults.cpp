@@ -9,6 +9,7 @@
 #include "NorvikCore/platform/foundation/internal/PreferenceStore.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Paths.h"
 #include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -71,8 +72,7 @@ struct Standard {
 };
 
 Standard& standard() {
-  static auto& state = *new Standard;
-  return state;
+  return kernel::madeOnce([] { return new Standard; });
 }
 
 }  // namespace

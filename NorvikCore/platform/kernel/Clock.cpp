@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/kernel/Clock.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
+
 #include <time.h>
 
 namespace norvik::kernel {
@@ -35,8 +37,7 @@ std::int64_t monotonicNanoseconds() noexcept { return read(CLOCK_MONOTONIC); }
 ClockSource::~ClockSource() = default;
 
 const ClockSource& systemClock() noexcept {
-  static const auto& clock = *new SystemClock;
-  return clock;
+  return madeOnce([] { return new SystemClock; });
 }
 
 ManualClock::ManualClock(std::int64_t wall, std::int64_t monotonic) noexcept : wall_(wall), monotonic_(monotonic) {}

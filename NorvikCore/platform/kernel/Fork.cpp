@@ -32,7 +32,8 @@ thread_local constinit bool isEnding __attribute__((tls_model("initial-exec"))) 
 struct Handlers {
   ForkHandler before, inParent, inChild;
 };
-/// Guarded by the gate: changed while forks are held, called while the gate is closed.
+/// Guarded by the gate: changed while forks are held, called while the gate is closed. Made while the library is
+/// loaded, and so is the key of endOfThread(): no fork meets these statics half made.
 std::vector<Handlers>& handlersAlone() {
   static auto& all = *new std::vector<Handlers>;
   return all;
@@ -157,6 +158,7 @@ void inChild() {
 // While the library is loaded: before anybody forks, and before all other handlers, so that the gate closes last.
 [[maybe_unused]] const bool gateIsSet = [] {
   handlersAlone();
+  endOfThread();
 #if !defined(__SANITIZE_THREAD__)
   if (orderedByKernel()) openGateOfThisProcess = gateOpen;
   gate.store(openGateOfThisProcess, std::memory_order_seq_cst);

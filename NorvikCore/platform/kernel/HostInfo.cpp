@@ -65,10 +65,15 @@ std::int32_t processId() noexcept { return getpid(); }
 std::uint32_t effectiveUserId() noexcept { return geteuid(); }
 
 const std::string& processName() {
-  static const auto& name =
-      *new std::string(*program_invocation_short_name != '\0' ? program_invocation_short_name : "unknown");
-  return name;
+  return madeOnce([] {
+    return new std::string(*program_invocation_short_name != '\0' ? program_invocation_short_name : "unknown");
+  });
 }
+
+namespace {
+// While the library is loaded: a line of the system console names it, and neither allocates nor waits for anything.
+[[maybe_unused]] const std::string& nameAtLoad = processName();
+}  // namespace
 
 const std::string& executablePath() {
   return madeOnce([] {

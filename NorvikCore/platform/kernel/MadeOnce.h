@@ -5,8 +5,7 @@
 //   }
 //
 // A function-local static does the same, except that a fork does not wait for it: a child of a process in which another
-// thread was making it would wait for that thread until it ends. A static that takes a few instructions to make may be
-// one all the same.
+// thread was making it would wait for that thread until it ends. So the library has none (tools/statics).
 //
 // Threads: synchronised. Cost: one load once it is made.
 #pragma once

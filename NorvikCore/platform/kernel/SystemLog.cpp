@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Thread.h"
 
 #include <errno.h>
@@ -28,16 +29,16 @@ struct SystemLogCapture::State {
 
 namespace {
 
+constinit std::atomic<int> captureCount{0};
+
 // The captures that live, the latest last.
 struct Captures {
-  std::atomic<int> count{0};
   std::mutex mutex;
   std::vector<SystemLogCapture*> stack;
 };
 
 Captures& captures() {
-  static auto& all = *new Captures;
-  return all;
+  return madeOnce([] { return new Captures; });
 }
 
 using Head = std::array<char, 384>;
@@ -96,7 +97,7 @@ void writeToStandardError(std::string_view text) noexcept {
 void writeSystemLog(std::string_view text) noexcept {
   const int savedErrno = errno;
   bool captured = false;
-  if (captures().count.load(std::memory_order_acquire) > 0) [[unlikely]] {
+  if (captureCount.load(std::memory_order_acquire) > 0) [[unlikely]] {
     captured = SystemLogCapture::take(text);
   }
   if (!captured) writeToStandardError(text);
@@ -106,13 +107,13 @@ void writeSystemLog(std::string_view text) noexcept {
 SystemLogCapture::SystemLogCapture() : state_(new State) {
   const std::lock_guard lock(captures().mutex);
   captures().stack.push_back(this);
-  ++captures().count;
+  ++captureCount;
 }
 
 SystemLogCapture::~SystemLogCapture() {
   const std::lock_guard lock(captures().mutex);
   std::erase(captures().stack, this);
-  --captures().count;
+  --captureCount;
 }
 
 bool SystemLogCapture::take(std::string_view text) {

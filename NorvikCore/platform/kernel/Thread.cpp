@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/kernel/Thread.h"
 
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/internal/ThreadRevision.h"
 
 #include <pthread.h>
@@ -68,7 +69,7 @@ bool freeAtThreadEnd(const void* marker) {
     pthread_key_t key{};
     bool made = pthread_key_create(&key, freeGivenName) == 0;
   };
-  static const auto& end = *new Key;
+  const auto& end = madeOnce([] { return new Key; });
   return end.made && pthread_setspecific(end.key, marker) == 0;
 }
 

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/object/Class.h"
 
 #include "NorvikCore/platform/kernel/CallStack.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "NorvikCore/platform/kernel/internal/KeepLoaded.h"
@@ -84,8 +85,7 @@ struct ClassRegistry {
   using Names = std::unordered_map<NSString, Classes>;
 
   static ClassRegistry& shared() {
-    static auto& registry = *new ClassRegistry;
-    return registry;
+    return kernel::madeOnce([] { return new ClassRegistry; });
   }
 
   static void take(Class& made, const Statement& statement) {
@@ -177,9 +177,8 @@ struct ClassRegistry {
   }
 
   static const Classes& entry(const Names& names, const NSString& name) {
-    static const auto& none = *new Classes;
     const auto found = names.find(name);
-    return found == names.end() ? none : found->second;
+    return found == names.end() ? kernel::madeOnce([] { return new Classes; }) : found->second;
   }
 
   Mutex mutex;

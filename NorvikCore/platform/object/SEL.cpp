@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/object/SEL.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/internal/PermanentText.h"
 
@@ -17,8 +18,7 @@ struct Selectors {
 };
 
 Selectors& selectors() {
-  static auto& shared = *new Selectors;
-  return shared;
+  return kernel::madeOnce([] { return new Selectors; });
 }
 
 }  // namespace

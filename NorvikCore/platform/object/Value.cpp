@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/object/Value.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -27,8 +28,7 @@ struct ValueClasses {
 };
 
 const ValueClasses& valueClasses() {
-  static const auto& classes = *new ValueClasses;
-  return classes;
+  return kernel::madeOnce([] { return new ValueClasses; });
 }
 
 // The classes of values stand in the list of all classes from the start.

@@ -2,14 +2,14 @@
 
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 
 namespace norvik::detail {
 
 class ForkRegistry {
  public:
   static ForkRegistry& shared() {
-    static auto& registry = *new ForkRegistry;
-    return registry;
+    return kernel::madeOnce([] { return new ForkRegistry; });
   }
 
   void add(ForkAware* object) {
@@ -39,10 +39,7 @@ class ForkRegistry {
   ForkAware* first_ NK_GUARDED_BY(mutex_) = nullptr;
 };
 
-void ForkAware::watchForks() {
-  const kernel::ForkHold hold;  // the first one makes the registry
-  ForkRegistry::shared().add(this);
-}
+void ForkAware::watchForks() { ForkRegistry::shared().add(this); }
 void ForkAware::unwatchForks() noexcept { ForkRegistry::shared().remove(this); }
 
 }  // namespace norvik::detail

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/foundation/internal/ProcessEnd.h"
 #include "NorvikCore/platform/kernel/Directory.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/SystemError.h"
 #include "NorvikCore/platform/kernel/internal/OwnFile.h"
 
@@ -80,8 +81,7 @@ bool isSame(const FileStatus& a, const FileStatus& b) {
 class DatabaseFiles {
  public:
   static DatabaseFiles& shared() {
-    static auto& files = *new DatabaseFiles;
-    return files;
+    return kernel::madeOnce([] { return new DatabaseFiles; });
   }
 
   void add(DatabaseFile& file) {

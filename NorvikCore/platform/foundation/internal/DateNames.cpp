@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <unicode/dtfmtsym.h>
@@ -90,8 +91,8 @@ const std::vector<std::string>* DateNames::of(char field, std::size_t count) con
 }
 
 const DateNames& DateNames::ofLocale(const icu::Locale& locale) {
-  static auto& mutex = *new Mutex;
-  static auto& all = *new std::unordered_map<std::string, std::unique_ptr<const DateNames>>;
+  static constinit Mutex mutex;
+  auto& all = kernel::madeOnce([] { return new std::unordered_map<std::string, std::unique_ptr<const DateNames>>; });
   const std::string key = locale.getName();
   {
     const MutexLock lock(mutex);

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/ZoneDatabase.h"
 
 #include "NorvikCore/platform/foundation/internal/IcuText.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 
@@ -48,8 +49,7 @@ struct ZoneCache {
   std::map<std::string, std::unique_ptr<const ZoneRules>, std::less<>> zones NK_GUARDED_BY(mutex);
 
   static ZoneCache& shared() {
-    static auto& cache = *new ZoneCache;
-    return cache;
+    return kernel::madeOnce([] { return new ZoneCache; });
   }
 
   /// The kept rules of that key, or those that `load` finds now. What is not found is asked again next time.

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <algorithm>
@@ -42,8 +43,8 @@ std::unique_ptr<const ObservedKey> describe(const Class& theClass, const NSStrin
 }
 
 const ObservedKey* find(const Class& theClass, const NSString& key) {
-  static auto& mutex = *new Mutex;
-  static auto& known = *new std::map<std::pair<const Class*, NSString>, const ObservedKey*>;
+  static constinit Mutex mutex;
+  auto& known = kernel::madeOnce([] { return new std::map<std::pair<const Class*, NSString>, const ObservedKey*>; });
   {
     MutexLock lock(mutex);
     if (const auto found = known.find({&theClass, key}); found != known.end()) return found->second;

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/object/internal/PermanentText.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 
 #include <string>
@@ -14,8 +15,7 @@ struct Texts {
 };
 
 Texts& texts() {
-  static auto& shared = *new Texts;
-  return shared;
+  return kernel::madeOnce([] { return new Texts; });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 
 #include "NorvikCore/platform/kernel/Fork.h"
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
 #include <algorithm>
@@ -47,8 +48,8 @@ std::size_t StringIndex::unit(std::string_view text, std::size_t byte) const noe
 const StringIndex& permanentIndex(std::string_view text) {
   using Key = std::pair<const char*, std::size_t>;
   const kernel::ForkHold hold;  // a child would have the mutex as another thread held it
-  static auto& mutex = *new std::shared_mutex;
-  static auto& indexes = *new std::map<Key, std::unique_ptr<const StringIndex>>;
+  static constinit std::shared_mutex mutex;
+  auto& indexes = kernel::madeOnce([] { return new std::map<Key, std::unique_ptr<const StringIndex>>; });
   const Key key(text.data(), text.size());
   {
     const std::shared_lock lock(mutex);
