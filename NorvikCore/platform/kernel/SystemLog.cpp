@@ -4,7 +4,9 @@
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/kernel/Thread.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -15,16 +17,16 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
-#include <mutex>
 
 namespace norvik::kernel {
 
 struct SystemLogCapture::State {
   std::vector<std::string> lines;
-  std::condition_variable changed;
+  std::atomic<std::uint32_t> taken{0};  // what waitForLines() sleeps on
 };
 
 namespace {
@@ -33,8 +35,8 @@ constinit std::atomic<int> captureCount{0};
 
 // The captures that live, the latest last.
 struct Captures {
-  std::mutex mutex;
-  std::vector<SystemLogCapture*> stack;
+  Mutex mutex;
+  std::vector<SystemLogCapture*> stack NK_GUARDED_BY(mutex);
 };
 
 Captures& captures() {
@@ -105,36 +107,50 @@ void writeSystemLog(std::string_view text) noexcept {
 }
 
 SystemLogCapture::SystemLogCapture() : state_(new State) {
-  const std::lock_guard lock(captures().mutex);
-  captures().stack.push_back(this);
+  Captures& all = captures();
+  const MutexLock lock(all.mutex);
+  all.stack.push_back(this);
   ++captureCount;
 }
 
 SystemLogCapture::~SystemLogCapture() {
-  const std::lock_guard lock(captures().mutex);
-  std::erase(captures().stack, this);
+  Captures& all = captures();
+  const MutexLock lock(all.mutex);
+  std::erase(all.stack, this);
   --captureCount;
 }
 
 bool SystemLogCapture::take(std::string_view text) {
-  const std::lock_guard lock(captures().mutex);
-  if (captures().stack.empty()) return false;
-  State& state = *captures().stack.back()->state_;
+  Captures& all = captures();
+  const MutexLock lock(all.mutex);
+  if (all.stack.empty()) return false;
+  State& state = *all.stack.back()->state_;
   if (text.ends_with('\n')) text.remove_suffix(1);
   state.lines.emplace_back(text);
-  state.changed.notify_all();
+  state.taken.fetch_add(1);
+  norvik::detail::futexWake(&state.taken, INT_MAX);
   return true;
 }
 
 std::vector<std::string> SystemLogCapture::lines() const {
-  const std::lock_guard lock(captures().mutex);
+  const MutexLock lock(captures().mutex);
   return state_->lines;
 }
 
 bool SystemLogCapture::waitForLines(std::size_t count, double seconds) const {
-  std::unique_lock lock(captures().mutex);
-  return state_->changed.wait_for(lock, std::chrono::duration<double>(seconds),
-                                  [&] { return state_->lines.size() >= count; });
+  constexpr double mostSeconds = 1e9;
+  const double bounded = seconds > 0 ? std::min(seconds, mostSeconds) : 0;
+  const std::uint64_t deadline = norvik::detail::monotonicNanoseconds() + static_cast<std::uint64_t>(bounded * 1e9);
+  for (bool inTime = true;;) {
+    std::uint32_t seen = 0;
+    {
+      const MutexLock lock(captures().mutex);
+      if (state_->lines.size() >= count) return true;
+      seen = state_->taken.load();
+    }
+    if (!inTime) return false;
+    inTime = norvik::detail::futexWait(state_->taken, seen, deadline);
+  }
 }
 
 }  // namespace norvik::kernel

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -171,6 +172,34 @@ TEST(SystemLog, AfterTheLastCaptureStandardErrorHasTheTextAgain) {
     writeSystemLog("back again");
   });
   EXPECT_TRUE(text.ends_with("] back again\n"));
+}
+
+TEST(SystemLog, AChildWritesAndReadsUnderACaptureThatThreadsOfItsParentUse) {
+  const SystemLogCapture capture;
+  std::atomic<bool> stop{false};
+  std::atomic<int> reading{0};
+  const auto read = [&] {
+    EXPECT_FALSE(capture.waitForLines(2, 0));
+    ++reading;
+    while (!stop) EXPECT_FALSE(capture.waitForLines(2, 0));
+  };
+  std::thread readers[] = {std::thread(read), std::thread(read), std::thread(read), std::thread(read)};
+  while (reading < 4) std::this_thread::yield();  // from here on they allocate nothing
+  int failed = 0;
+  for (int round = 0; round < 300 && failed == 0; ++round) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(10);
+      writeSystemLog("of the child");
+      _exit(capture.lines() == std::vector<std::string>{"of the child"} && capture.waitForLines(1) ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    failed += status != 0;
+  }
+  stop = true;
+  for (std::thread& reader : readers) reader.join();
+  EXPECT_EQ(failed, 0);
 }
 
 TEST(SystemLog, ACaptureCanBeWaitedFor) {
