@@ -330,11 +330,11 @@ void registerAll() {
             *costs = callerCost(who, rhythm.interval, rhythm.groups, rhythm.count);
             return costs->p50;
           },
-          benchmark::nanosecond);
+          benchmark::kNanosecond);
       report(
-          subject + ", p99/" + nameOf(who), [=] { return costs->p99; }, benchmark::nanosecond);
+          subject + ", p99/" + nameOf(who), [=] { return costs->p99; }, benchmark::kNanosecond);
       report(
-          subject + ", mean/" + nameOf(who), [=] { return costs->mean; }, benchmark::nanosecond);
+          subject + ", mean/" + nameOf(who), [=] { return costs->mean; }, benchmark::kNanosecond);
     }
   }
   const struct {
