@@ -34,6 +34,7 @@
 //   Q q g A          them the locale's digits                        or 0 to 9; h takes 13 to 24, M names of months
 //   y u U r Y        the same, at least four digits: the year 21     two digits: 1950 to 2049; four or more: the year
 //                    is "0021" for yyyy, "21" is refused             itself; one or three are refused
+//                    and 0 except for u and r                        and 0 except for u and r
 //   yy YY            two digits: 1950 to 2049                        the same as y
 //   y beside G       the same as d: "44 BC"                          any number of digits
 //   S                as many digits as letters                       1 to 18 digits

@@ -345,6 +345,23 @@ TEST(NSDateFormatter, StrictReadingOfWordsTakesThePatternsWidthAndCase) {
 
 /// A pattern without a year or month writes the same text for dates of many; what is read is the one in 2000, in
 /// January.
+TEST(NSDateFormatter, ThereIsNoYearZero) {
+  for (const bool isLenient : {false, true}) {
+    expectReadings(
+        {
+            {"dd/MM/yyyy", "10/05/0000", std::nullopt},
+            {"dd/MM/yyyy", "10/05/0001", "0001-05-10"_date},
+            {"yyyyMMddHHmmss", "00000426180135", std::nullopt},
+            {"d MMMM y G", "10 May 0 AD", std::nullopt},
+            {"d MMMM y G", "10 May 0 BC", std::nullopt},
+            {"d MMMM y G", "10 May 1 BC", "0000-05-10"_date},
+            {"dd/MM/uuuu", "10/05/0000", "0000-05-10"_date},
+            {"dd/MM/yy", "10/05/00", "2000-05-10"_date},
+        },
+        isLenient);
+  }
+}
+
 TEST(NSDateFormatter, AWeekdayContradictsNoDateWhoseYearIsNotThere) {
   const std::initializer_list<ReadingRow> both = {
       {"EEE d MMM", "Wed 10 May", "2000-05-10"_date}, {"EEE d MMM", "Mon 10 May", "2000-05-10"_date},

@@ -496,6 +496,7 @@ bool DateReader::readNumber(Scanner& scanner, const Item& item, Field& field) co
   field.digits = taken;
   if (!hasTheDigitsOf(item, field, values[0] == 0)) return false;
   if (isNegative) field.value = -field.value;
+  if (field.value == 0 && isOneOf(item.letter, "yU")) return false;  // eras begin with their year 1
   scanner.skip(ends[taken - 1]);
   return true;
 }
