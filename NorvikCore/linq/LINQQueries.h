@@ -1,0 +1,20 @@
+// NorvikCore/linq/LINQQueries.h - every query by itself, without chains. Users include LINQ.h.
+#pragma once
+
+#include "NorvikCore/linq/NSArray+LINQ_Aggregation.h"
+#include "NorvikCore/linq/NSArray+LINQ_Converting.h"
+#include "NorvikCore/linq/NSArray+LINQ_Filtering.h"
+#include "NorvikCore/linq/NSArray+LINQ_Generation.h"
+#include "NorvikCore/linq/NSArray+LINQ_Grouping.h"
+#include "NorvikCore/linq/NSArray+LINQ_Partitioning.h"
+#include "NorvikCore/linq/NSArray+LINQ_Projection.h"
+#include "NorvikCore/linq/NSArray+LINQ_Quantifier.h"
+#include "NorvikCore/linq/NSArray+LINQ_Sets.h"
+#include "NorvikCore/linq/NSArray+LINQ_Sorting.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Aggregation.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Converting.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Filtering.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Generation.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Partitioning.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Quantifier.h"
+#include "NorvikCore/linq/NSDictionary+LINQ_Sets.h"

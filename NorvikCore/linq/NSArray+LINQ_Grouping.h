@@ -1,0 +1,76 @@
+// NorvikCore/linq/NSArray+LINQ_Grouping.h - the elements of an array by a key.
+//
+//   auto byDepartment = linq_groupBy(*payslips, &Payslip::department);
+//   for (const auto& [department, group] : *byDepartment) ...
+//
+// A key may be any value; the null marker is one. A closure that gives no key for an element raises
+// NSInvalidArgumentException, so that no payslip is lost from a total: return Value::null() to keep such elements
+// together. An empty Block raises the same. LINQ.h tells what all queries have in common.
+#pragma once
+
+#include "NorvikCore/linq/Closure.h"
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+
+namespace norvik {
+namespace detail {
+
+/// Puts elements below their keys.
+class NK_EXPORT Grouping {
+ public:
+  void add(const Value& key, const Value& element);
+  /// From each key, in the order of their first elements, to a mutable array.
+  [[nodiscard]] Ref<NSMutableDictionary> take() &&;
+
+ private:
+  struct Group {
+    Value key;
+    std::vector<Value> elements;
+    friend const Value& keyOf(const Group& group) noexcept { return group.key; }
+  };
+  OrderedTable<Group> groups_;
+};
+
+}  // namespace detail
+
+/// A mutable dictionary from each key, in the order of their first elements, to a mutable array of the elements with
+/// that key, in their order. Of keys that are equal (5 and 5.00) the first is kept.
+template <class KeySelector>
+[[nodiscard]] Ref<NSMutableDictionary> linq_groupBy(const NSArray& receiver, KeySelector&& key) {
+  static_assert(!detail::isNullptr<KeySelector>, "linq_groupBy needs a closure");
+  detail::Grouping groups;
+  if constexpr (!detail::isNullptr<KeySelector>) {
+    detail::checkClosure(key, "linq_groupBy");
+    detail::walk(
+        receiver, [&](const Value& element) { return detail::valueFrom(key, element); },
+        [&](const Value& element, const Value& found) {
+          groups.add(found, element);
+          return true;
+        });
+  }
+  return std::move(groups).take();
+}
+
+/// For each element, in order, a dictionary with one entry, from its key to the element.
+template <class KeySelector>
+[[nodiscard]] Ref<NSArray> linq_toLookup(const NSArray& receiver, KeySelector&& key) {
+  static_assert(!detail::isNullptr<KeySelector>, "linq_toLookup needs a closure");
+  std::vector<Value> entries;
+  if constexpr (!detail::isNullptr<KeySelector>) {
+    detail::checkClosure(key, "linq_toLookup");
+    entries.reserve(receiver.count());
+    detail::walk(
+        receiver, [&](const Value& element) { return detail::valueFrom(key, element); },
+        [&](const Value& element, Value&& found) {
+          entries.push_back(NSDictionary::dictionaryWithObject(element, std::move(found)));
+          return true;
+        });
+  }
+  return make<NSArray>(std::move(entries));
+}
+
+/// Of an array of dictionaries, those that have an entry for the key, as a mutable array. An element that is no
+/// dictionary raises NSInvalidArgumentException. An absent key finds none.
+[[nodiscard]] NK_EXPORT Ref<NSMutableArray> linq_lookup(const NSArray& receiver, const Value& key);
+
+}  // namespace norvik

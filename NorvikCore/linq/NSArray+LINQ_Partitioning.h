@@ -1,0 +1,20 @@
+// NorvikCore/linq/NSArray+LINQ_Partitioning.h - the first elements of an array, or all but those.
+//
+//   linq_take(*payslips, 10);
+//   linq_skip(*payslips, 10);
+//
+// LINQ.h tells what all queries have in common. Both results are new arrays.
+#pragma once
+
+#include "NorvikCore/platform/collections/NSArray.h"
+
+namespace norvik {
+
+/// The elements behind the first `count`; none where there are not more than `count`.
+[[nodiscard]] NK_EXPORT Ref<NSArray> linq_skip(const NSArray& receiver, std::size_t count);
+
+/// The first `count` elements where there are more than `count`. Where there are not, the result is empty. This is
+/// deliberate: taking as many as there are, or more, gives nothing.
+[[nodiscard]] NK_EXPORT Ref<NSArray> linq_take(const NSArray& receiver, std::size_t count);
+
+}  // namespace norvik

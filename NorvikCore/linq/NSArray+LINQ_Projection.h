@@ -1,0 +1,69 @@
+// NorvikCore/linq/NSArray+LINQ_Projection.h - what a closure makes of each element of an array.
+//
+//   linq_select(*payslips, &Payslip::netPay);
+//   linq_selectMany(*payslips, [](const Payslip& p) { return p.lines(); });       // the lines of all payslips
+//
+// LINQ.h tells what all queries have in common.
+#pragma once
+
+#include "NorvikCore/linq/Closure.h"
+#include "NorvikCore/platform/collections/NSArray.h"
+
+namespace norvik {
+namespace detail {
+
+/// An empty array of the receiver's class.
+[[nodiscard]] NK_EXPORT Ref<NSArray> emptyLike(const NSArray& receiver);
+/// Appends the elements of an array; nothing for an absent value or the null marker. Anything else raises
+/// NSInvalidArgumentException.
+NK_EXPORT void appendElements(std::vector<Value>& elements, const Value& array);
+
+/// Appends what a closure gave: an array, nothing, or any range whose elements become Values.
+template <class Many>
+void appendMany(std::vector<Value>& elements, const Many& many) {
+  if constexpr (isNullptr<Many> || std::is_constructible_v<Value, const Many&>) {
+    appendElements(elements, valueOf(many));
+  } else {
+    for (const auto& each : many) elements.push_back(orNull(valueOf(each)));
+  }
+}
+
+}  // namespace detail
+
+/// What the selector gives for each element, in order, the null marker where it gives nothing. With no selector, an
+/// empty array of the receiver's class.
+template <class Selector>
+[[nodiscard]] Ref<NSArray> linq_select(const NSArray& receiver, Selector&& selector) {
+  if (detail::isAbsent(selector)) return detail::emptyLike(receiver);
+  std::vector<Value> results;
+  if constexpr (!detail::isNullptr<Selector>) {
+    results.reserve(receiver.count());
+    detail::walk(
+        receiver, [&](const Value& element) { return detail::orNull(detail::valueFrom(selector, element)); },
+        [&](const Value&, Value&& result) {
+          results.push_back(std::move(result));
+          return true;
+        });
+  }
+  return make<NSArray>(std::move(results));
+}
+
+/// The elements of all arrays that the selector gives, one after the other. The selector gives an array, or another
+/// range whose elements become Values; nothing and the null marker contribute nothing, and any other value raises
+/// NSInvalidArgumentException. With no selector, an empty array of the receiver's class.
+template <class Selector>
+[[nodiscard]] Ref<NSArray> linq_selectMany(const NSArray& receiver, Selector&& selector) {
+  if (detail::isAbsent(selector)) return detail::emptyLike(receiver);
+  std::vector<Value> results;
+  if constexpr (!detail::isNullptr<Selector>) {
+    detail::walk(
+        receiver, [&](const Value& element) { return detail::call(selector, element); },
+        [&](const Value&, const auto& many) {
+          detail::appendMany(results, many);
+          return true;
+        });
+  }
+  return make<NSArray>(std::move(results));
+}
+
+}  // namespace norvik

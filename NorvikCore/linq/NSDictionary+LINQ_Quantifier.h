@@ -1,0 +1,41 @@
+// NorvikCore/linq/NSDictionary+LINQ_Quantifier.h - whether all entries of a dictionary, or any, pass a test.
+//
+//   linq_any(*rates, [](const NSString& band, const Decimal& rate) { return rate > 0.40_dec; });
+//
+// LINQ.h tells what all queries have in common.
+#pragma once
+
+#include "NorvikCore/linq/Closure.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+
+namespace norvik {
+
+/// predicate(key, value) is true for every entry; it is not called for those behind the first for which it is false.
+/// True for an empty dictionary and with no predicate.
+template <class Predicate>
+[[nodiscard]] bool linq_all(const NSDictionary& receiver, Predicate&& predicate) {
+  bool allPass = true;
+  if (detail::isAbsent(predicate)) return allPass;
+  if constexpr (!detail::isNullptr<Predicate>) {
+    detail::walk(
+        receiver, [&](const auto& entry) { return detail::test(predicate, entry.key, entry.value); },
+        [&](const auto&, bool passes) { return allPass = passes; });
+  }
+  return allPass;
+}
+
+/// predicate(key, value) is true for an entry; it is not called for those behind. False for an empty dictionary and
+/// with no predicate.
+template <class Predicate>
+[[nodiscard]] bool linq_any(const NSDictionary& receiver, Predicate&& predicate) {
+  bool anyPasses = false;
+  if (detail::isAbsent(predicate)) return anyPasses;
+  if constexpr (!detail::isNullptr<Predicate>) {
+    detail::walk(
+        receiver, [&](const auto& entry) { return detail::test(predicate, entry.key, entry.value); },
+        [&](const auto&, bool passes) { return !(anyPasses = passes); });
+  }
+  return anyPasses;
+}
+
+}  // namespace norvik

@@ -1,0 +1,17 @@
+// NorvikCore/linq/internal/ReceivingClass.h - collections of a class that is known at run time.
+#pragma once
+
+#include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
+
+namespace norvik::detail {
+
+/// An empty collection of the receiver's class; where that cannot be made without arguments, of the nearest class above
+/// it that can.
+[[nodiscard]] Ref<NSArray> emptyOfClassOf(const NSArray& receiver);
+[[nodiscard]] Ref<NSDictionary> emptyOfClassOf(const NSDictionary& receiver);
+
+/// Puts entries into a dictionary that was just made, whether it is mutable or not.
+void fill(NSDictionary& dictionary, std::vector<NSDictionary::Entry> entries);
+
+}  // namespace norvik::detail

@@ -1,0 +1,40 @@
+// Mistakes in queries are refused in a sentence, the one after each number.
+#include "NorvikCore/linq/LINQ.h"
+
+using namespace norvik;
+
+struct Line {
+  NSString kind;
+  int pence = 0;
+};
+struct Money {
+  int pence;
+};
+
+void mistake(const Ref<NSArray>& array, const std::vector<Line>& lines) {
+  [[maybe_unused]] const auto isText = [](const Value& each) { return each.isString(); };
+  [[maybe_unused]] const auto kind = [](const Line& line) { return line.kind; };
+  // clang-format off
+#ifndef SHOULD_NOT_COMPILE
+  const Ref<NSArray> texts = array | linq_where(isText);
+  const Ref<NSMutableDictionary> kinds = lines | linq_select(kind) | linq_groupBy([](const NSString& each) { return each; });
+#elif SHOULD_NOT_COMPILE == 1  // a chain is evaluated in the statement in which it is written
+  auto chain = array | linq_where(isText);
+  const Ref<NSArray> texts = chain;
+#elif SHOULD_NOT_COMPILE == 2  // a chain is evaluated in the statement in which it is written
+  auto chain = array | linq_where(isText);
+  chain | linq_sum();
+#elif SHOULD_NOT_COMPILE == 3  // a predicate answers with a bool
+  const Ref<NSArray> texts = linq_where(*array, [](const Value& each) { return each; });
+#elif SHOULD_NOT_COMPILE == 4  // this query needs elements that become Values: linq_select what becomes one first
+  const Ref<NSArray> kinds = lines | linq_orderByAscending();
+#elif SHOULD_NOT_COMPILE == 5  // linq_groupBy needs a closure
+  const Ref<NSMutableDictionary> kinds = linq_groupBy(*array, nullptr);
+#elif SHOULD_NOT_COMPILE == 6  // a query's closure gives what becomes a Value: an object does by its Ref
+  const Ref<NSArray> money = linq_select(*array, [](const Value&) { return Money{1}; });
+#elif SHOULD_NOT_COMPILE == 7  // the query calls this closure with another number of arguments
+  const Ref<NSArray> texts = linq_where(*array, [](const Value&, const Value&) { return true; });
+#elif SHOULD_NOT_COMPILE == 8  // a predicate answers with a bool
+  const Ref<NSArray> texts = linq_where(*array, [](const Value&) { return std::optional<bool>(false); });
+#endif
+}
