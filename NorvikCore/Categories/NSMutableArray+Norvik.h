@@ -1,0 +1,15 @@
+// NorvikCore/Categories/NSMutableArray+Norvik.h - arrays without null markers.
+//
+//   nk_removeNulls(*fields);                           // a mutable array is changed
+//   const NSArray& kept = *fields;
+//   Ref<NSMutableArray> copy = nk_removeNulls(kept);   // of any other, a copy is made
+#pragma once
+
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+
+namespace norvik {
+
+/// Removes every null marker.
+NK_EXPORT void nk_removeNulls(NSMutableArray& array);
+
+}  // namespace norvik

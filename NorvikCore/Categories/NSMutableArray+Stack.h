@@ -1,0 +1,18 @@
+// NorvikCore/Categories/NSMutableArray+Stack.h - an array whose last element is the top of a stack.
+//
+//   push(*open, "b");
+//   pop(*open);                                        // "b"
+#pragma once
+
+#include "NorvikCore/platform/collections/NSMutableArray.h"
+
+namespace norvik {
+
+/// An absent object raises NSInvalidArgumentException.
+NK_EXPORT void push(NSMutableArray& stack, const Value& object);
+/// Takes the last element out; absent where there is none, and then changes nothing.
+NK_EXPORT Value pop(NSMutableArray& stack);
+/// The last element; absent where there is none.
+[[nodiscard]] NK_EXPORT Value stackPeek(const NSMutableArray& stack);
+
+}  // namespace norvik
