@@ -4,7 +4,7 @@
 //   linq_distinctWithBlock(*payslips, &Payslip::department);      // the first payslip of each department
 //   linq_except(*invited, paid);
 //
-// Elements are equal as Values are: 5 and 5.00 are one element, and the one that stands first is kept. Elements'
+// Elements are equal as Values are: 5 and 5.00 are one element, and the first is kept. Elements'
 // isEqual and hash must not change an array. An absent other array is an empty Ref. Where two rules hold, the first one
 // counts. Costs what hashing the elements costs, in constant time each. LINQ.h tells what all queries have in common.
 #pragma once

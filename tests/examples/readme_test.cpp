@@ -74,7 +74,7 @@ TEST(Documents, ShowTheBeginningOfAnExample) {
                                              "examples/dispatch/autosave.cpp", "examples/dispatch/glib_loop.cpp",
                                              "examples/dispatch/plain_loop.cpp", "examples/dispatch/qt_loop.cpp",
                                              "examples/logging/logging.cpp", "examples/observation/observation.cpp",
-                                             "examples/runtime/runtime.cpp"}));
+                                             "examples/queries/queries.cpp", "examples/runtime/runtime.cpp"}));
 }
 
 TEST(Readme, TheExamplePrintsWhatItSays) {
