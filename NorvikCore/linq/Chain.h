@@ -14,13 +14,16 @@
 // calls of different closures alternate, and a closure of any such step that changes the array which the chain began
 // with raises NSGenericException. A step stops early only where no closure before it would have been called again.
 //
+// Over a dictionary each step is the query itself.
+//
 // A chain is evaluated in the statement in which it is written: it is a value only until then, so what is kept is its
 // result, as a Ref or by linq_toArray(). It keeps an array that it began with, and not another range.
 //
-// Over a range of the user's, a closure gets the range's own elements. What has to be a Value, to be sorted, grouped,
-// added or put into an array, is what becomes one; linq_select makes it so. A chain that ends before becomes a
-// std::vector of its elements, linq_firstOrNil of such elements gives a std::optional, linq_take and linq_skip work as
-// on arrays, and an absent closure does as over an array.
+// Over a range of the user's, a closure gets the range's own elements. They need not become Values in linq_where,
+// linq_select, linq_selectMany, linq_skip, linq_take, linq_distinctWithBlock, linq_all, linq_any, linq_count, in
+// linq_firstOrNil, which gives a std::optional of them, and in linq_groupBy, which gives a std::vector of groups, each
+// with its `key` and its `elements`. A chain that ends with them becomes a std::vector. For every other query,
+// linq_select what becomes a Value. Everything else is as over arrays.
 #pragma once
 
 #include "NorvikCore/linq/ChainSteps.h"
