@@ -5,8 +5,9 @@
 //                        | linq_sum();
 //   Ref<NSMutableDictionary> groups = payslips | linq_where(isPaid) | linq_groupBy(&Payslip::department);
 //
-// A chain begins with an array, a dictionary or a Ref to one, or with any range of the user's, such as a
-// std::vector<Line>. Each step is the query of that name without its receiver, and gives what the query gives.
+// A chain begins with an array, a dictionary or a Ref to one, with a Value that holds an array, or with any range of
+// the user's, such as a std::vector<Line>. Each step is the query of that name without its receiver, and gives what the
+// query gives.
 //
 // linq_where, linq_select, linq_selectMany, linq_ofType and linq_skip make no arrays in between: each element passes
 // through all of them, up to the next query that needs the whole. That changes nothing in the results, in how often and

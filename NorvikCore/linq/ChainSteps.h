@@ -69,20 +69,35 @@ struct FirstOf<Parameters<First, Others...>> {
   using Type = std::remove_cvref_t<First>;
 };
 
+/// What a closure gives for an argument that lives on: a plain value that it refers to is not copied.
+template <class F, class A>
+decltype(auto) resultOf(F& closure, A& argument) {
+  using R = std::invoke_result_t<F&, A&>;
+  using T = std::remove_cvref_t<R>;
+  checkAccessor(closure);
+  if constexpr (std::is_lvalue_reference_v<R> && isPlain<T>)
+    return static_cast<const T&>(std::invoke(closure, argument));
+  else
+    return owned(std::invoke(closure, argument));
+}
+
 /// Calls a closure with an element.
 template <bool ofValues, class F, class E>
-auto callWith(F& closure, const E& element) {
+decltype(auto) callWith(F& closure, const E& element) {
   using P = typename ParametersOf<F>::Type;
   using Wanted = typename FirstOf<P>::Type;
   if constexpr (std::is_same_v<E, Value>) {
-    return call(closure, element);
+    if constexpr (std::is_base_of_v<NSObject, Wanted>)
+      return resultOf(closure, elementAs<Wanted>(element));
+    else
+      return call(closure, element);
   } else if constexpr (std::is_void_v<P>) {
     if constexpr (ofValues)
       return call(closure, asElement(element));
     else
-      return owned(std::invoke(closure, element));
+      return resultOf(closure, element);
   } else if constexpr (std::is_invocable_v<F&, const E&> && (!isPlain<E> || std::is_same_v<E, Wanted>)) {
-    return owned(std::invoke(closure, element));
+    return resultOf(closure, element);
   } else {
     return call(closure, asElement(element));
   }
@@ -119,9 +134,13 @@ class Behind {
   [[nodiscard]] bool wantsMore() const noexcept { return wantsMore_; }
   template <class E, class Guard>
   void put(const E& element, const Guard& guard) {
-    if (!wantsMore_) return;
+    if (!wantsMore_) [[unlikely]]
+      return;
     try {
-      wantsMore_ = next_.put(element, guard);
+      if constexpr (std::is_void_v<decltype(next_.put(element, guard))>)
+        next_.put(element, guard);
+      else
+        wantsMore_ = next_.put(element, guard);
     } catch (...) {
       wantsMore_ = false;
       failure_ = std::current_exception();
@@ -144,12 +163,11 @@ struct WhereSink {
   Behind<Next> next;
 
   template <class E, class Guard>
-  bool put(const E& element, const Guard& guard) {
+  void put(const E& element, const Guard& guard) {
     if (passes(element)) {
       guard.check();
       next.put(element, guard);
     }
-    return true;
   }
   auto finish() { return next.finish(); }
 
@@ -169,9 +187,14 @@ struct SelectSink {
   Behind<Next> next;
 
   template <class E, class Guard>
-  bool put(const E& given, const Guard&) {
-    if (!isAbsent(selector)) next.put(element<ofValues>(callWith<ofValues>(selector, given)), NoGuard());
-    return true;
+  void put(const E& given, const Guard&) {
+    if (isAbsent(selector)) return;
+    decltype(auto) result = callWith<ofValues>(selector, given);
+    using R = std::remove_cvref_t<decltype(result)>;
+    if constexpr (isPlain<R>)
+      next.put(result, NoGuard());
+    else
+      next.put(element<ofValues, R>(std::move(result)), NoGuard());
   }
   auto finish() { return next.finish(); }
 };
@@ -182,8 +205,8 @@ struct SelectManySink {
   Behind<Next> next;
 
   template <class E, class Guard>
-  bool put(const E& given, const Guard&) {
-    if (isAbsent(selector)) return true;
+  void put(const E& given, const Guard&) {
+    if (isAbsent(selector)) return;
     const auto many = callWith<ofValues>(selector, given);
     using Many = std::remove_cvref_t<decltype(many)>;
     if constexpr (isNullptr<Many> || std::is_constructible_v<Value, const Many&>) {
@@ -193,7 +216,6 @@ struct SelectManySink {
     } else {
       for (const auto& each : many) next.put(element<ofValues, std::remove_cvref_t<decltype(each)>>(each), NoGuard());
     }
-    return true;
   }
   auto finish() { return next.finish(); }
 };
@@ -265,10 +287,9 @@ struct DistinctSink {
   DistinctValues seen{};
 
   template <class E, class Guard>
-  bool put(const E& element, const Guard& guard) {
+  void put(const E& element, const Guard& guard) {
     const Value found = valueOf(callWith<false>(key, element));
     if (!found.isAbsent() && seen.add(found)) next.put(element, guard);
-    return true;
   }
   auto finish() { return next.finish(); }
 };
@@ -286,13 +307,12 @@ struct GroupSink {
   OrderedTable<Group<E>> groups{};
 
   template <class Guard>
-  bool put(const E& element, const Guard&) {
+  void put(const E& element, const Guard&) {
     const Value found = valueOf(callWith<false>(key, element));
     checkPresent(found, "linq_groupBy:, key");
     Group<E>* group = groups.find(found);
     if (!group) group = groups.insert({found, {}}).first;
     group->elements.push_back(element);
-    return true;
   }
   auto finish() { return groups.takeAll(); }
 };
@@ -302,9 +322,8 @@ struct CollectSink {
   std::vector<E> elements{};
 
   template <class Guard>
-  bool put(const E& element, const Guard&) {
+  void put(const E& element, const Guard&) {
     elements.push_back(element);
-    return true;
   }
   auto finish() { return std::move(elements); }
 };
@@ -312,9 +331,8 @@ struct CollectValuesSink {
   std::vector<Value> elements{};
 
   template <class E, class Guard>
-  bool put(const E& element, const Guard&) {
+  void put(const E& element, const Guard&) {
     elements.push_back(asElement(element));
-    return true;
   }
   auto finish() { return std::move(elements); }
 };
@@ -324,12 +342,11 @@ struct AggregateSink {
   Aggregate aggregate{};
 
   template <class E, class Guard>
-  bool put(const E& element, const Guard&) {
+  void put(const E& element, const Guard&) {
     if constexpr (std::is_same_v<E, Decimal> || std::is_same_v<E, Value>)
       aggregate.add(element);
     else
       aggregate.add(asElement(element));
-    return true;
   }
   auto finish() { return (aggregate.*result)(); }
 };
@@ -362,12 +379,11 @@ struct CountSink {
   std::size_t count = 0;
 
   template <class E, class Guard>
-  bool put(const E& element, const Guard&) {
+  void put(const E& element, const Guard&) {
     if constexpr (isNullptr<Predicate>)
       ++count;
     else
       count += isAbsent(predicate) || testWith<ofValues>(predicate, element);
-    return true;
   }
   auto finish() { return count; }
 };
@@ -650,6 +666,11 @@ struct CountStep : LastStep {
 
 // Sources
 
+/// The sink never wants to stop: its put() gives nothing.
+template <class Sink, class E, class Guard>
+inline constexpr bool wantsAll =
+    std::is_void_v<decltype(std::declval<Sink&>().put(std::declval<const E&>(), std::declval<const Guard&>()))>;
+
 struct ArraySource {
   static constexpr bool isOfValues = true;
   using Element = Value;
@@ -658,9 +679,14 @@ struct ArraySource {
   template <class Sink>
   void feed(Sink& sink) {
     for (auto at = array->begin(), end = array->end(); at != end;) {
-      const bool wantsMore = sink.put(*at, ArrayGuard{at});
-      ++at;
-      if (!wantsMore) return;
+      if constexpr (wantsAll<Sink, Value, ArrayGuard>) {
+        sink.put(*at, ArrayGuard{at});
+        ++at;
+      } else {
+        const bool wantsMore = sink.put(*at, ArrayGuard{at});
+        ++at;
+        if (!wantsMore) return;
+      }
     }
   }
 };
@@ -676,7 +702,10 @@ struct RangeSource {
   void feed(Sink& sink) {
     for (auto&& each : range) {
       const Element& element = each;
-      if (!sink.put(element, NoGuard())) return;
+      if constexpr (wantsAll<Sink, Element, NoGuard>)
+        sink.put(element, NoGuard());
+      else if (!sink.put(element, NoGuard()))
+        return;
     }
   }
 };
@@ -831,6 +860,11 @@ template <class T, StepOfAChain Step>
 auto operator|(const Ref<T>& collection, Step step) {
   checkSource(collection.get());
   return *collection | std::move(step);
+}
+/// Over the array that a Value holds, such as a group of linq_groupBy.
+template <std::same_as<Value> V, StepOfAChain Step>
+auto operator|(const V& array, Step step) {
+  return elementAs<NSArray>(array) | std::move(step);
 }
 template <UsersRange R, StepOfAChain Step>
 auto operator|(R&& range, Step step) {

@@ -71,12 +71,15 @@ struct ParametersOf<R C::*> {
 template <class T>
 inline constexpr bool isNullptr = std::is_null_pointer_v<std::remove_cvref_t<T>>;
 
-/// A closure that may be absent at run time: an empty Block or std::function, a null pointer. A lambda never is.
+/// A closure that may be absent at run time: an empty Block or std::function, a null pointer. A lambda or the address
+/// of a member never is.
 template <class F>
 consteval bool canBeAbsent() {
   using Closure = std::decay_t<F>;
-  if constexpr (std::is_null_pointer_v<Closure> || std::is_pointer_v<Closure> || std::is_member_pointer_v<Closure>)
+  if constexpr (std::is_null_pointer_v<Closure> || std::is_pointer_v<Closure>)
     return true;
+  else if constexpr (std::is_member_pointer_v<Closure>)
+    return false;
   else
     return requires(const Closure& closure) { closure == nullptr; }
   &&!requires(const Closure& closure) { +closure; };  // a lambda without captures compares as the pointer it becomes
@@ -101,6 +104,15 @@ template <class F>
 void checkClosure(const F& closure, const char* operation) {
   if (isAbsent(closure)) [[unlikely]]
     raiseNoClosure(operation);
+}
+
+/// A pointer to a member that is null raises NSInvalidArgumentException.
+template <class F>
+void checkAccessor([[maybe_unused]] const F& closure) {
+  if constexpr (std::is_member_pointer_v<F>) {
+    if (closure == nullptr) [[unlikely]]
+      raiseNoClosure("a query");
+  }
 }
 
 /// The element as a closure's parameter of type P: a reference where the element holds just that.
@@ -138,6 +150,7 @@ auto owned(R&& result) {
 template <class F, class... V>
 auto call(F& closure, const V&... elements) {
   using P = typename ParametersOf<std::decay_t<F>>::Type;
+  checkAccessor(closure);
   if constexpr (std::is_void_v<P>) {
     return owned(std::invoke(closure, elements...));
   } else {

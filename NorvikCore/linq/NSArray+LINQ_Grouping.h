@@ -15,20 +15,24 @@
 namespace norvik {
 namespace detail {
 
-/// Puts elements below their keys.
+/// Puts elements below their keys. First each element is given the number of its group, so that the groups are then
+/// filled without ever growing.
 class NK_EXPORT Grouping {
  public:
-  void add(const Value& key, const Value& element);
-  /// From each key, in the order of their first elements, to a mutable array.
-  [[nodiscard]] Ref<NSMutableDictionary> take() &&;
+  /// The next element has this key.
+  void add(Value&& key);
+  /// From each key, in the order of their first elements, to a mutable array of the elements, which are as many as keys
+  /// were added.
+  [[nodiscard]] Ref<NSMutableDictionary> groups(std::span<const Value> elements) &&;
 
  private:
   struct Group {
     Value key;
-    std::vector<Value> elements;
+    std::size_t number = 0, count = 0;
     friend const Value& keyOf(const Group& group) noexcept { return group.key; }
   };
   OrderedTable<Group> groups_;
+  std::vector<std::uint32_t> numbers_;
 };
 
 }  // namespace detail
@@ -43,12 +47,12 @@ template <class KeySelector>
     detail::checkClosure(key, "linq_groupBy");
     detail::walk(
         receiver, [&](const Value& element) { return detail::valueFrom(key, element); },
-        [&](const Value& element, const Value& found) {
-          groups.add(found, element);
+        [&](const Value&, Value&& found) {
+          groups.add(std::move(found));
           return true;
         });
   }
-  return std::move(groups).take();
+  return std::move(groups).groups(receiver.elements());
 }
 
 /// For each element, in order, a dictionary with one entry, from its key to the element.

@@ -129,6 +129,20 @@ TEST(Chain, KeepsTheIdentityOfTheReceiver) {
   EXPECT_EQ((numbers->mutableCopy() | linq_select(nullptr))->classObject(), NSMutableArray::staticClass());
 }
 
+TEST(Chain, BeginsWithTheArrayThatAValueHolds) {
+  const Ref<NSArray> payslips = slips();
+  std::string found;
+  const Ref<NSDictionary> groups = linq_groupBy(*payslips, &LinqPayslip::department);
+  for (const auto& [department, group] : *groups) {
+    found += text(department) + " " + text(group | linq_where(isPaid) | linq_sumForKey("netPay")) + "; ";
+  }
+  EXPECT_EQ(found, "Works 30.30; Sales 5; ");
+  EXPECT_EQ(Value(payslips) | linq_where(nullptr), payslips);
+  for (const Value& none : {Value(), Value::null(), Value("a"), Value(NSDictionary::dictionary())}) {
+    EXPECT_EQ(nameOfRaised([&] { static_cast<void>(none | linq_sum()); }), "NSInvalidArgumentException");
+  }
+}
+
 TEST(Chain, AnEmptyRefRaises) {
   const Ref<NSArray> none;
   const Ref<NSDictionary> noDictionary;

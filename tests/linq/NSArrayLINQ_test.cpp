@@ -151,6 +151,12 @@ TEST(NSArrayLINQ_Projection, SelectGivesWhatTheSelectorMakesOfEachElement) {
   EXPECT_EQ(text(linq_select(*NSArray::array(), &LinqPayslip::name)), "[]");
 }
 
+TEST(NSArrayLINQ_Projection, APointerToAMemberThatIsNullRaises) {
+  auto slips = NSArray::arrayWithObjects(linqPayslip("Ann", "Sales", {}));
+  const NSString& (LinqPayslip::*const none)() const = nullptr;
+  EXPECT_EQ(nameOfRaised([&] { static_cast<void>(linq_select(*slips, none)); }), "NSInvalidArgumentException");
+}
+
 TEST(NSArrayLINQ_Projection, NothingBecomesTheNullMarker) {
   auto numbers = NSArray::arrayWithObjects(1, 2, 3);
   const Ref<NSArray> nulls = linq_select(*numbers, [](const Value&) { return Value(); });
