@@ -2,10 +2,13 @@
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/foundation/internal/AttributeRuns.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 namespace norvik {
 
@@ -16,6 +19,8 @@ constinit const NSString NSUnderlineStyleAttributeName = "NSUnderline";
 constinit const NSString NSLinkAttributeName = "NSLink";
 
 namespace {
+
+using detail::AttributeRuns;
 
 const Ref<NSDictionary>& noAttributes() {
   return kernel::madeOnce([] { return new Ref<NSDictionary>(NSDictionary::dictionary()); });
@@ -28,24 +33,60 @@ const Ref<NSDictionary>& noAttributes() {
 /// A dictionary that stays as it is, whatever becomes of the given one.
 Ref<NSDictionary> kept(const Ref<NSDictionary>& attributes) { return attributes ? attributes->copy() : noAttributes(); }
 
-}  // namespace
-
-NSAttributedString::NSAttributedString(NSString string, const Ref<NSDictionary>& attributes)
-    : string_(std::move(string)) {
-  if (!string_.empty()) runs_.push_back({string_.length(), kept(attributes)});
+std::vector<AttributeRun> kept(std::vector<AttributeRun> runs) {
+  for (AttributeRun& run : runs) run.attributes = kept(run.attributes);
+  return runs;
 }
 
-NSAttributedString::~NSAttributedString() = default;
+std::vector<AttributeRun> oneRun(NSUInteger length, Ref<NSDictionary> attributes) {
+  std::vector<AttributeRun> runs;
+  if (length > 0) runs.push_back({length, std::move(attributes)});
+  return runs;
+}
+
+bool hasAll(const NSDictionary& present, const NSDictionary& attributes) {
+  return std::ranges::all_of(attributes, [&](const NSDictionary::Entry& entry) {
+    const Value* value = present.find(entry.key);
+    return value && value->isIdenticalTo(entry.value);
+  });
+}
+
+/// A change of attributes that is computed once for neighbours which share theirs.
+template <class Change>
+auto rememberingTheLast(Change change) {
+  return [change, before = Ref<NSDictionary>(), after = Ref<NSDictionary>()](const Ref<NSDictionary>& present) mutable {
+    if (before != present) {
+      after = change(present);
+      before = present;
+    }
+    return after;
+  };
+}
+
+}  // namespace
+
+NSAttributedString::NSAttributedString() : runs_(new AttributeRuns) {}
+
+NSAttributedString::NSAttributedString(NSString string, const Ref<NSDictionary>& attributes)
+    : string_(std::move(string)), runs_(new AttributeRuns(oneRun(string_.length(), kept(attributes)))) {}
+
+NSAttributedString::NSAttributedString(NSString string, std::vector<AttributeRun> runs)
+    : string_(std::move(string)), runs_(new AttributeRuns(kept(std::move(runs)))) {
+  if (length() == string_.length()) return;
+  const std::string covered = std::to_string(length());
+  delete runs_;
+  NSException::raise(NSRangeException,
+                     "runs of " + covered + " units for a text of " + std::to_string(string_.length()) + " units");
+}
+
+NSAttributedString::~NSAttributedString() { delete runs_; }
 
 Ref<NSAttributedString> NSAttributedString::attributedStringWithString(NSString string,
                                                                        const Ref<NSDictionary>& attributes) {
   return make<NSAttributedString>(std::move(string), attributes);
 }
 
-std::size_t NSAttributedString::runAt(NSUInteger index) const noexcept {
-  const auto run = std::ranges::upper_bound(runs_, index, {}, &Run::end);
-  return static_cast<std::size_t>(run - runs_.begin());
-}
+NSUInteger NSAttributedString::length() const noexcept { return runs_->length(); }
 
 void NSAttributedString::checkRange(NSRange range) const {
   const NSUInteger size = length();
@@ -57,10 +98,9 @@ void NSAttributedString::checkRange(NSRange range) const {
 
 Ref<NSDictionary> NSAttributedString::attributesAtIndex(NSUInteger index, NSRange* run) const {
   checkRange({index, 1});
-  const std::size_t found = runAt(index);
-  const NSUInteger start = found == 0 ? 0 : runs_[found - 1].end;
-  if (run) *run = {start, runs_[found].end - start};
-  return runs_[found].attributes;
+  const AttributeRuns::Place place = runs_->at(index);
+  if (run) *run = place.range;
+  return place.attributes;
 }
 
 Value NSAttributedString::attribute_atIndex(const NSString& name, NSUInteger index) const {
@@ -69,64 +109,84 @@ Value NSAttributedString::attribute_atIndex(const NSString& name, NSUInteger ind
 
 Ref<NSAttributedString> NSAttributedString::attributedSubstringFromRange(NSRange range) const {
   checkRange(range);
-  auto part = make<NSAttributedString>();
-  part->string_ = string_.substringWithRange(range);
-  const NSUInteger end = range.location + range.length;
-  for (std::size_t i = runAt(range.location); i < runs_.size() && range.length > 0; ++i) {
-    part->runs_.push_back({std::min(runs_[i].end, end) - range.location, runs_[i].attributes});
-    if (runs_[i].end >= end) break;
-  }
-  return part;
+  return make<NSAttributedString>(string().substringWithRange(range), runs_->part(range));
+}
+
+std::vector<AttributeRun> NSAttributedString::runsOf(const NSAttributedString& text) {
+  return text.runs_->part({0, text.length()});
+}
+
+NSAttributedString::Iterator NSAttributedString::begin() const { return Iterator(*this, 0); }
+
+NSAttributedString::Iterator NSAttributedString::end() const { return Iterator(*this, length()); }
+
+NSAttributedString::Iterator::Iterator(const NSAttributedString& text, NSUInteger from)
+    : text_(&text), changes_(text.changes_), run_{{from, 0}, nullptr} {
+  if (from >= text.length()) return;
+  const AttributeRuns::Place place = text.runs_->at(from);
+  run_ = {place.range, place.attributes};
+}
+
+NSAttributedString::Iterator& NSAttributedString::Iterator::operator++() {
+  if (text_->changes_ != changes_) detail::raiseMutated(*text_);
+  return *this = Iterator(*text_, NSMaxRange(run_.range));
 }
 
 bool NSAttributedString::isEqual(const NSObject& other) const {
   const auto* text = dynamic_cast<const NSAttributedString*>(&other);
-  return text && string_ == text->string_ && std::ranges::equal(runs_, text->runs_, [](const Run& a, const Run& b) {
-           return a.end == b.end && a.attributes->isEqual(*b.attributes);
-         });
+  if (text == this) return true;
+  if (!text || length() != text->length() || string() != text->string()) return false;
+  for (NSUInteger unit = 0; unit < length();) {
+    const AttributeRuns::Place here = runs_->at(unit), there = text->runs_->at(unit);
+    if (!detail::sameAttributes(here.attributes, there.attributes)) return false;
+    unit = std::min(NSMaxRange(here.range), NSMaxRange(there.range));
+  }
+  return true;
 }
 
-std::size_t NSAttributedString::hash() const { return std::hash<NSString>()(string_); }
+std::size_t NSAttributedString::hash() const { return std::hash<NSString>()(string()); }
 
 NSString NSAttributedString::description() const {
-  NSString text;
-  NSUInteger start = 0;
-  for (const Run& run : runs_) {
-    text = text + string_.substringWithRange({start, run.end - start}) + run.attributes->description();
-    start = run.end;
+  const NSString whole = string();
+  NSMutableString text;
+  for (const auto& [range, attributes] : *this) {
+    text.appendString(whole.substringWithRange(range));
+    text.appendString(attributes->description());
   }
-  return text;
+  return text.string();
 }
 
+Ref<NSAttributedString> NSAttributedString::copy() const { return ref(const_cast<NSAttributedString&>(*this)); }
+
 Ref<NSMutableAttributedString> NSAttributedString::mutableCopy() const {
-  auto copy = make<NSMutableAttributedString>();
-  copy->appendAttributedString(*this);
-  return copy;
+  return make<NSMutableAttributedString>(string(), runsOf(*this));
 }
 
 /// The runs are an array of each one's end and attributes in turn.
 void NSAttributedString::encodeWithCoder(NSCoder& coder) const {
   const auto runs = NSMutableArray::array();
-  for (const Run& run : runs_) {
-    runs->addObject(run.end);
-    runs->addObject(run.attributes);
+  for (const auto& [range, attributes] : *this) {
+    runs->addObject(NSMaxRange(range));
+    runs->addObject(attributes);
   }
-  coder.encodeObject(string_, "string");
+  coder.encodeObject(string(), "string");
   coder.encodeObject(runs, "runs");
 }
 
 bool NSAttributedString::initWithCoder(NSCoder& coder) {
   string_ = coder.decode<NSString>("string");
-  const auto runs = coder.decode<Ref<NSArray>>("runs");
+  const auto ends = coder.decode<Ref<NSArray>>("runs");
+  std::vector<AttributeRun> runs;
   NSUInteger start = 0;
-  for (NSUInteger i = 0; runs && i + 1 < runs->count(); i += 2) {
-    const auto end = (*runs)[i].as<NSUInteger>();
-    const auto attributes = (*runs)[i + 1].as<Ref<NSDictionary>>();
+  for (NSUInteger i = 0; ends && i + 1 < ends->count(); i += 2) {
+    const auto end = (*ends)[i].as<NSUInteger>();
+    const auto attributes = (*ends)[i + 1].as<Ref<NSDictionary>>();
     if (end <= start || !attributes) raiseDamaged();
-    runs_.push_back({end, kept(attributes)});
+    runs.push_back({end - start, kept(attributes)});
     start = end;
   }
-  if (start != length()) raiseDamaged();
+  if (start != string_.length()) raiseDamaged();
+  *runs_ = AttributeRuns(std::move(runs));
   return true;
 }
 
@@ -137,42 +197,47 @@ Ref<NSMutableAttributedString> NSMutableAttributedString::attributedStringWithSt
   return make<NSMutableAttributedString>(std::move(string), attributes);
 }
 
-void NSMutableAttributedString::splitAt(NSUInteger index) {
-  const std::size_t run = runAt(index);
-  const NSUInteger start = run == 0 ? 0 : runs_[run - 1].end;
-  if (run == runs_.size() || start == index) return;
-  runs_.insert(runs_.begin() + static_cast<std::ptrdiff_t>(run), {index, runs_[run].attributes});
+NSString NSMutableAttributedString::string() const {
+  if (!stringIsCurrent_) {
+    string_ = buffer_.string();
+    stringIsCurrent_ = true;
+  }
+  return string_;
 }
 
-void NSMutableAttributedString::joinEqualRuns() {
-  std::vector<Run> joined;
-  for (Run& run : runs_) {
-    const NSUInteger start = joined.empty() ? 0 : joined.back().end;
-    if (run.end == start) continue;
-    if (!joined.empty() && joined.back().attributes->isEqual(*run.attributes)) {
-      joined.back().end = run.end;
-    } else {
-      joined.push_back(std::move(run));
-    }
+void NSMutableAttributedString::replace(NSRange range, const NSString& text, std::vector<AttributeRun> runs) {
+  checkRange(range);
+  const NSUInteger newLength = text.length();
+  if (range.length == 0 && newLength == 0) return;
+  if (!bufferIsCurrent_) {
+    buffer_.setString(string_);
+    bufferIsCurrent_ = true;
   }
-  runs_ = std::move(joined);
+  // Room for the text is made first, so that the runs never change without it.
+  buffer_.reserve(buffer_.view().size() + text.view().size());
+  const bool atTheEnd = range.location == length();
+  runs_->replace(range, std::move(runs));
+  stringIsCurrent_ = false;
+  string_ = NSString();
+  if (atTheEnd) {
+    buffer_.appendString(text);
+  } else {
+    buffer_.replaceCharactersInRange(range, text);
+  }
+  noteEdit(range, newLength);
 }
 
 template <class Change>
 void NSMutableAttributedString::changeRuns(NSRange range, Change&& change) {
   checkRange(range);
   if (range.length == 0) return;
-  splitAt(range.location);
-  splitAt(range.location + range.length);
-  for (std::size_t i = runAt(range.location); i < runs_.size(); ++i) {
-    runs_[i].attributes = change(runs_[i].attributes);
-    if (runs_[i].end == range.location + range.length) break;
-  }
-  joinEqualRuns();
+  runs_->change(range, rememberingTheLast(std::forward<Change>(change)));
+  noteEdit(range, range.length);
 }
 
 void NSMutableAttributedString::addAttributes(const NSDictionary& attributes, NSRange range) {
   changeRuns(range, [&](const Ref<NSDictionary>& present) -> Ref<NSDictionary> {
+    if (hasAll(*present, attributes)) return present;
     const auto both = present->mutableCopy();
     both->addEntriesFromDictionary(attributes);
     return both->copy();
@@ -185,6 +250,7 @@ void NSMutableAttributedString::addAttribute(const NSString& name, const Value& 
 
 void NSMutableAttributedString::removeAttribute(const NSString& name, NSRange range) {
   changeRuns(range, [&](const Ref<NSDictionary>& present) -> Ref<NSDictionary> {
+    if (!present->find(name)) return present;
     const auto others = present->mutableCopy();
     others->removeObjectForKey(name);
     return others->copy();
@@ -192,41 +258,65 @@ void NSMutableAttributedString::removeAttribute(const NSString& name, NSRange ra
 }
 
 void NSMutableAttributedString::setAttributes(const Ref<NSDictionary>& attributes, NSRange range) {
-  changeRuns(range, [only = kept(attributes)](const Ref<NSDictionary>&) { return only; });
+  checkRange(range);
+  if (range.length == 0) return;
+  runs_->replace(range, oneRun(range.length, kept(attributes)));
+  noteEdit(range, range.length);
 }
 
 void NSMutableAttributedString::appendAttributedString(const NSAttributedString& text) {
-  // A copy first: the text to append may be this one.
-  const auto whole = text.attributedSubstringFromRange({0, text.length()});
-  NSUInteger at = 0;
-  NSUInteger end = length();
-  for (NSUInteger start = 0; start < whole->length(); start = at) {
-    NSRange run;
-    Ref<NSDictionary> attributes = whole->attributesAtIndex(start, &run);
-    at = start + run.length;
-    end += run.length;
-    runs_.push_back({end, std::move(attributes)});
-  }
-  string_ = string_ + whole->string();
-  joinEqualRuns();
+  replaceCharactersInRange({length(), 0}, text);
+}
+
+void NSMutableAttributedString::insertAttributedString(const NSAttributedString& text, NSUInteger index) {
+  replaceCharactersInRange({index, 0}, text);
+}
+
+void NSMutableAttributedString::replaceCharactersInRange(NSRange range, const NSAttributedString& text) {
+  const NSString units = text.string();  // the text may be this one
+  replace(range, units, runsOf(text));
+}
+
+void NSMutableAttributedString::setAttributedString(const NSAttributedString& text) {
+  replaceCharactersInRange({0, length()}, text);
 }
 
 void NSMutableAttributedString::replaceCharactersInRange(NSRange range, const NSString& text) {
   checkRange(range);
-  Ref<NSDictionary> attributes = noAttributes();
-  if (range.length > 0) {
-    attributes = attributesAtIndex(range.location);
-  } else if (range.location > 0) {
-    attributes = attributesAtIndex(range.location - 1);
+  const NSUInteger like = range.length > 0 || range.location == 0 ? range.location : range.location - 1;
+  replace(range, text, oneRun(text.length(), like < length() ? runs_->at(like).attributes : noAttributes()));
+}
+
+void NSMutableAttributedString::deleteCharactersInRange(NSRange range) { replace(range, NSString(), {}); }
+
+void NSMutableAttributedString::beginEditing() { ++batches_; }
+
+void NSMutableAttributedString::endEditing() {
+  if (batches_ == 0) NSException::raise(NSInternalInconsistencyException, "endEditing() without a beginEditing()");
+  if (--batches_ > 0 || !wasEdited_) return;
+  wasEdited_ = false;
+  edited(editedRange_, changeInLength_);
+}
+
+void NSMutableAttributedString::noteEdit(NSRange replaced, NSUInteger newLength) {
+  ++changes_;
+  const auto growth = static_cast<NSInteger>(newLength - replaced.length);
+  if (wasEdited_) {
+    const NSRange both = NSUnionRange(editedRange_, replaced);
+    editedRange_ = {both.location, both.length + newLength - replaced.length};
+    changeInLength_ += growth;
+  } else {
+    editedRange_ = {replaced.location, newLength};
+    changeInLength_ = growth;
   }
-  const auto before = attributedSubstringFromRange({0, range.location});
-  const NSUInteger behind = range.location + range.length;
-  const auto after = attributedSubstringFromRange({behind, length() - behind});
-  string_ = NSString();
-  runs_.clear();
-  appendAttributedString(*before);
-  appendAttributedString(*NSAttributedString::attributedStringWithString(text, attributes));
-  appendAttributedString(*after);
+  wasEdited_ = batches_ > 0;
+  if (!wasEdited_) edited(editedRange_, changeInLength_);
+}
+
+void NSMutableAttributedString::edited(NSRange, NSInteger) {}
+
+Ref<NSAttributedString> NSMutableAttributedString::copy() const {
+  return make<NSAttributedString>(string(), runsOf(*this));
 }
 
 }  // namespace norvik
