@@ -5,6 +5,7 @@
 #include "NorvikCore/formatters/NKUkDateFormatter.h"
 #include "NorvikCore/formatters/NKUtcDateFormatter.h"
 #include "NorvikCore/logging/DDLogMessage.h"
+#include "NorvikCore/markup/MRKTaggedString.h"
 #include "NorvikCore/platform/appkit/NSColor.h"
 #include "NorvikCore/platform/appkit/NSFont.h"
 #include "NorvikCore/platform/collections/NSError.h"
@@ -110,6 +111,7 @@ std::vector<Coded> codedValues() {
       {"NSCalendar", someCalendar(NSISO8601Calendar)},
       {"NSCalendar", NSCalendar::calendarWithIdentifier(NSGregorianCalendar)},
       {"NSColor", NSColor::colorWithRed(0.1, 0.2, 0.3, 0.4)},
+      {"MRKTaggedString", MRKTaggedString::stringWithString("<b>Zo\u00EB" + half)},
       {"NSFont", make<NSFont>("DejaVu Sans", 11.5, true, false)},
   };
 }
