@@ -39,7 +39,8 @@ bool HeadlessTextField::edit(const NSString& inserted) {
   NSRange selection = caret;
   const bool isAccepted =
       !formatter() || formatter()->isPartialStringValid(accepted, selection, text_, selection_, &whyUnreadable_);
-  if (!isAccepted && accepted == proposed) return false;  // refused without another text in its place
+  const bool isReplaced = !accepted.isIdenticalTo(proposed) || accepted.empty();
+  if (!isAccepted && !isReplaced) return false;
   text_ = accepted;
   selection_ = selection;
   const auto info = infoForBinding(*this, NSValueBinding);

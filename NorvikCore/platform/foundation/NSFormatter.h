@@ -39,8 +39,9 @@ class NK_EXPORT NSFormatter : public NSObject {
                                                                        NSString* error = nullptr) const = 0;
 
   /// Asked at every edit: `proposed` is the whole text with the edit and `selection` the caret it leads to; `original`
-  /// and `originalSelection` are what the edit was made on. True accepts. False refuses; to put another edit in its
-  /// place, it changes `proposed` and `selection`. This one accepts everything.
+  /// and `originalSelection` are what the edit was made on. True accepts. False refuses where `proposed` still is the
+  /// very text (isIdenticalTo); whatever was assigned to it, also an equal text, takes the place of the edit, with
+  /// `selection`. An empty text has no identity and always takes it. This one accepts everything.
   [[nodiscard]] virtual bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                                   NSRange originalSelection, NSString* error = nullptr) const;
 };

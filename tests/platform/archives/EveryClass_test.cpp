@@ -2,6 +2,8 @@
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 #include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
+#include "NorvikCore/formatters/NKPlainTextFormatter.h"
+#include "NorvikCore/formatters/NKUKSortCodeFormatter.h"
 #include "NorvikCore/formatters/NKUkDateFormatter.h"
 #include "NorvikCore/formatters/NKUtcDateFormatter.h"
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -160,6 +162,8 @@ std::vector<CodedFormatter> codedFormatters() {
        "-1.234,50"},
       {"NKPercentageTermDecimalNumberFormatter", numberFormatter<NKPercentageTermDecimalNumberFormatter>(), -1234.5_dec,
        "-1.234,5"},
+      {"NKPlainTextFormatter", make<NKPlainTextFormatter>(), "Zo\u00EB", "Zo\u00EB"},
+      {"NKUKSortCodeFormatter", make<NKUKSortCodeFormatter>(), "123456", "12-34-56"},
       {"NSDateFormatter", zonedFormatter(), date, "jeu. 2021-07-01 01:00"},
       {"NKUkDateFormatter", dateFormatter<NKUkDateFormatter>(), date, "Thu 2021-07-01 01:00"},
       {"NKUtcDateFormatter", dateFormatter<NKUtcDateFormatter>(), date, "Thu 2021-07-01 00:00"},

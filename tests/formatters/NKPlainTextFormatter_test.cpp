@@ -1,0 +1,203 @@
+#include "NorvikCore/formatters/NKPlainTextFormatter.h"
+
+#include "NorvikCore/platform/foundation/NSStringCase.h"
+#include "tests/support/HeadlessTextField.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+namespace norvik {
+namespace {
+
+struct Edit {
+  NSString text;
+  NSRange selection;
+  bool isAccepted;
+};
+
+/// The caret a field proposes is at the end of the proposed text.
+Edit edit(const NKPlainTextFormatter& formatter, NSString proposed, const NSString& original, NSRange selected) {
+  NSRange selection{proposed.length(), 0};
+  const bool isAccepted = formatter.isPartialStringValid(proposed, selection, original, selected);
+  return {proposed, selection, isAccepted};
+}
+
+Ref<NKPlainTextFormatter> limitedTo(std::int64_t length) {
+  auto formatter = make<NKPlainTextFormatter>();
+  formatter->setMaxLength(length);
+  return formatter;
+}
+
+}  // namespace
+
+TEST(NKPlainTextFormatter, HeaderExample) {
+  auto formatter = make<NKPlainTextFormatter>();
+  formatter->setMaxLength(9);
+  formatter->setUpperCase(true);
+  EXPECT_EQ(formatter->stringForObjectValue("qq123456c"), "QQ123456C");
+}
+
+TEST(NKPlainTextFormatter, HasNoLimitAndNoCaseAtFirst) {
+  const auto formatter = make<NKPlainTextFormatter>();
+  EXPECT_EQ(formatter->maxLength(), 2147483647);
+  EXPECT_FALSE(formatter->upperCase());
+  EXPECT_FALSE(formatter->lowerCase());
+}
+
+TEST(NKPlainTextFormatter, OneCaseEndsTheOther) {
+  const auto formatter = make<NKPlainTextFormatter>();
+  formatter->setUpperCase(true);
+  formatter->setLowerCase(true);
+  EXPECT_FALSE(formatter->upperCase());
+  EXPECT_TRUE(formatter->lowerCase());
+  formatter->setUpperCase(false);
+  EXPECT_TRUE(formatter->lowerCase());
+  formatter->setLowerCase(false);
+  EXPECT_FALSE(formatter->upperCase());
+  EXPECT_FALSE(formatter->lowerCase());
+  formatter->setValue_forKey(true, "lowerCase");
+  formatter->setValue_forKey(true, "upperCase");
+  EXPECT_EQ(formatter->valueForKey("lowerCase"), Value(false));
+  EXPECT_EQ(formatter->valueForKey("upperCase"), Value(true));
+}
+
+TEST(NKPlainTextFormatter, ShowsAndReadsTextInItsCaseAndNothingElse) {
+  const auto formatter = make<NKPlainTextFormatter>();
+  Value read;
+  EXPECT_EQ(formatter->stringForObjectValue("Stra\u00DFe"), "Stra\u00DFe");
+  EXPECT_FALSE(formatter->stringForObjectValue(5));
+  EXPECT_FALSE(formatter->stringForObjectValue(Value()));
+  EXPECT_FALSE(formatter->stringForObjectValue(Value::null()));
+  EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(read, "Pay"));
+  EXPECT_EQ(read, Value("Pay"));
+  formatter->setUpperCase(true);
+  EXPECT_EQ(formatter->stringForObjectValue("Stra\u00DFe"), "STRASSE");
+  EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(read, "Pay"));
+  EXPECT_EQ(read, Value("PAY"));
+  formatter->setLowerCase(true);
+  EXPECT_EQ(formatter->stringForObjectValue("\u039F\u03A3"), "\u03BF\u03C2");  // a sigma at the end
+  NSString why = "untouched";
+  EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(read, "", &why));
+  EXPECT_EQ(read, Value(""));
+  EXPECT_EQ(why, "untouched");
+}
+
+TEST(NKPlainTextFormatter, AnEditThatFitsIsAccepted) {
+  const Edit fits = edit(*limitedTo(3), "abc", "ab", {2, 0});
+  EXPECT_TRUE(fits.isAccepted);
+  EXPECT_EQ(fits.text, "abc");
+  EXPECT_EQ(fits.selection, (NSRange{3, 0}));
+}
+
+TEST(NKPlainTextFormatter, OfAnEditThatDoesNotFitTheFirstCharactersAreTaken) {
+  const Edit pasted = edit(*limitedTo(5), "aXYZWd", "abcd", {1, 2});
+  EXPECT_FALSE(pasted.isAccepted);
+  EXPECT_EQ(pasted.text, "aXYZd");
+  EXPECT_EQ(pasted.selection, (NSRange{4, 0}));
+  const Edit full = edit(*limitedTo(4), "abXcd", "abcd", {2, 0});
+  EXPECT_EQ(full.text, "abcd");
+  EXPECT_EQ(full.selection, (NSRange{2, 0}));
+}
+
+TEST(NKPlainTextFormatter, ALimitOfNothingTakesNothing) {
+  for (const std::int64_t limit : {std::int64_t{0}, std::int64_t{-1}, INT64_MIN}) {
+    const Edit typed = edit(*limitedTo(limit), "a", "", {0, 0});
+    EXPECT_FALSE(typed.isAccepted);
+    EXPECT_EQ(typed.text, "");
+    EXPECT_EQ(typed.selection, (NSRange{0, 0}));
+    EXPECT_TRUE(edit(*limitedTo(limit), "", "", {0, 0}).isAccepted);
+  }
+}
+
+TEST(NKPlainTextFormatter, ATextThatIsTooLongAlreadyLosesOnlyWhatWasSelected) {
+  const Edit typed = edit(*limitedTo(3), "abcdeX", "abcde", {5, 0});
+  EXPECT_EQ(typed.text, "abcde");
+  EXPECT_EQ(typed.selection, (NSRange{5, 0}));
+  const Edit replaced = edit(*limitedTo(3), "aXcde", "abcde", {1, 1});
+  EXPECT_EQ(replaced.text, "acde");
+  EXPECT_EQ(replaced.selection, (NSRange{1, 0}));
+  const Edit deleted = edit(*limitedTo(3), "abcd", "abcde", {4, 1});
+  EXPECT_EQ(deleted.text, "abcd");
+}
+
+TEST(NKPlainTextFormatter, ASelectionBeyondTheTextIsTakenAsItsEnd) {
+  const Edit beyond = edit(*limitedTo(3), "abcd", "abc", {7, 2});
+  EXPECT_EQ(beyond.text, "abc");
+  EXPECT_EQ(beyond.selection, (NSRange{3, 0}));
+}
+
+// What looks like a mistake: an edit that is right already is answered by itself.
+TEST(NKPlainTextFormatter, WithACaseSetNoEditIsAcceptedAsItIs) {
+  const auto formatter = limitedTo(3);
+  formatter->setUpperCase(true);
+  const Edit right = edit(*formatter, "AB", "A", {1, 0});
+  EXPECT_FALSE(right.isAccepted);
+  EXPECT_EQ(right.text, "AB");
+  EXPECT_EQ(right.selection, (NSRange{2, 0}));
+  const Edit longer = edit(*formatter, "a\u00DF", "a", {1, 0});
+  EXPECT_EQ(longer.text, "ASS");
+  EXPECT_EQ(longer.selection, (NSRange{2, 0}));
+  formatter->setLowerCase(true);
+  const Edit cut = edit(*formatter, "ABCD", "ABC", {3, 0});
+  EXPECT_EQ(cut.text, "abc");
+  EXPECT_EQ(cut.selection, (NSRange{3, 0}));
+}
+
+TEST(NKPlainTextFormatter, AFieldTakesCapitalsThatAreTypedAsCapitals) {
+  const auto formatter = limitedTo(4);
+  formatter->setUpperCase(true);
+  const auto field = make<test::HeadlessTextField>();
+  field->setEditable(true);
+  field->setFormatter(formatter);
+  field->type("Aba");
+  EXPECT_EQ(field->text(), "ABA");
+  field->select({0, 3});
+  field->type("xYzWv");
+  EXPECT_EQ(field->text(), "XYZW");
+  EXPECT_TRUE(field->commit());
+  EXPECT_EQ(field->value(), Value("XYZW"));
+}
+
+// A field that types units one by one, beside a string in which they are put where they fit.
+TEST(NKPlainTextFormatter, AFieldHoldsWhatAStringModelHoldsUnderRandomEdits) {
+  std::mt19937 engine(5);
+  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
+  static constexpr char16_t alphabet[] = {u'a', u'B', u'-', 0x00E9, 0xD83D, 0xDCB7};
+  for (int round = 0; round < 300; ++round) {
+    const std::size_t limit = upTo(8);
+    const std::size_t manner = upTo(2);
+    const auto formatter = limitedTo(static_cast<std::int64_t>(limit));
+    if (manner == 1) formatter->setUpperCase(true);
+    if (manner == 2) formatter->setLowerCase(true);
+    const auto field = make<test::HeadlessTextField>();
+    field->setEditable(true);
+    field->setFormatter(formatter);
+    std::u16string model;
+    if (upTo(3) == 0) {
+      model = u"too long a text";
+      field->setValue(NSString::fromUtf16(model));
+      model = field->text().toUtf16();
+    }
+    std::size_t caret = model.size();
+    for (int typed = 0; typed < 40; ++typed) {
+      std::size_t selected = 0;
+      if (upTo(3) == 0) {
+        caret = upTo(model.size());
+        selected = upTo(model.size() - caret);
+        field->select({caret, selected});
+      }
+      const char16_t unit = alphabet[upTo(5)];
+      model.erase(caret, selected);
+      if (model.size() < limit) model.insert(caret++, 1, unit);
+      const NSString text = NSString::fromUtf16(model);
+      model = (manner == 1 ? uppercaseString(text) : manner == 2 ? lowercaseString(text) : text).toUtf16();
+      field->type(NSString::fromUtf16({&unit, 1}));
+      ASSERT_EQ(field->text().toUtf16(), model) << "round " << round;
+    }
+  }
+}
+
+}  // namespace norvik
