@@ -31,4 +31,9 @@ NSString lowercaseString(const NSString& text) {
   return detail::stringFromIcu(detail::icuString(text).toLower(icu::Locale::getRoot()));
 }
 
+NSString capitalizedString(const NSString& text) {
+  if (text.isAscii() && text.view().size() == 1) return uppercaseString(text);
+  return detail::stringFromIcu(detail::icuString(text).toTitle(nullptr, icu::Locale::getRoot()));
+}
+
 }  // namespace norvik

@@ -2,6 +2,7 @@
 //
 //   uppercaseString("Straße 7");      // "STRASSE 7": the length may change
 //   lowercaseString("PAYE");          // "paye"
+//   capitalizedString("net pay");     // "Net Pay"
 //
 // By Unicode's full mappings, the same in every locale. A lone surrogate half stays as it is. Any thread.
 #pragma once
@@ -13,5 +14,7 @@ namespace norvik {
 
 [[nodiscard]] NK_EXPORT NSString uppercaseString(const NSString& text);
 [[nodiscard]] NK_EXPORT NSString lowercaseString(const NSString& text);
+/// The first letter of each word in title case ("\u01C6" becomes "\u01C5"), the others small. Words are Unicode's.
+[[nodiscard]] NK_EXPORT NSString capitalizedString(const NSString& text);
 
 }  // namespace norvik
