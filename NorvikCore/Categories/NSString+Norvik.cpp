@@ -79,10 +79,9 @@ NSString nk_sanitizeFileNameString(const NSString& string, const NSString& repla
 }
 
 NSString nk_sanitizeFileNameExtString(const NSString& string, const NSString& replacement) {
-  const NSString extension = string.pathExtension();
+  const NSString extension = nk_sanitizeFileNameString(string.pathExtension(), replacement);
   const NSString name = nk_sanitizeFileNameString(string.stringByDeletingPathExtension(), replacement);
-  if (extension.empty()) return name;
-  return name.stringByAppendingPathExtension(nk_sanitizeFileNameString(extension, replacement));
+  return extension.empty() ? name : name.stringByAppendingPathExtension(extension);
 }
 
 NSString nk_imageMimeTypeFromPathExtension(const NSString& path) {

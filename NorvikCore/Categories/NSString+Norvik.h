@@ -41,8 +41,8 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT NSString nk_sanitizeFileNameString(const NSString& string,
                                                            const NSString& replacement = NSString());
 /// The same for the name and for its path extension, which stays one. As with every path, slashes at the end do not
-/// count, and a name that begins with its only dot has no extension. A name of which nothing is left stays empty, also
-/// where there is an extension.
+/// count, and a name that begins with its only dot has no extension. Without an extension, or where nothing is left of
+/// it, there is no dot. A name of which nothing is left stays empty, also where there is an extension.
 [[nodiscard]] NK_EXPORT NSString nk_sanitizeFileNameExtString(const NSString& string, const NSString& replacement);
 
 /// "image/jpg" for jpg and jpeg, "image/png", "image/gif", whatever the case; else "application/octet-stream". JPEG is

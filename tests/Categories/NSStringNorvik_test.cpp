@@ -106,6 +106,7 @@ TEST(NSStringNorvik, KeepsThePathExtensionOfAFileName) {
   };
   for (const auto& row : rows) EXPECT_EQ(nk_sanitizeFileNameExtString(row.name, "-"), row.expected) << row.name;
   EXPECT_EQ(nk_sanitizeFileNameExtString("?.pdf", ""), "");
+  EXPECT_EQ(nk_sanitizeFileNameExtString("pay.???", ""), "pay");
 }
 
 TEST(NSStringNorvik, KnowsTypesOfImagesByTheirExtension) {
