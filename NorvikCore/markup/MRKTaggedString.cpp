@@ -25,7 +25,7 @@ std::optional<NSString> MRKTaggedString::stringWithError(Ref<NSError>* error) co
 
 std::optional<NSString> MRKTaggedString::stringWithOptions(const MRKTaggedStringOptions& options,
                                                            Ref<NSError>* error) const {
-  static const Class& plain = Value(NSString()).classObject();
+  const Class& plain = Value(NSString()).classObject();
   return MRKStringParser::stringWithTaggedString(*this, options, plain, error).as<std::optional<NSString>>();
 }
 
