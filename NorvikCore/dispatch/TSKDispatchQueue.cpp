@@ -67,11 +67,12 @@ const Ref<TSKDispatchQueue>& TSKDispatchQueue::globalDispatchQueue() {
 }
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::mainDispatchQueue() {
-  return kernel::madeOnce([] {
+  const Ref<TSKDispatchQueue>& TSKMainDispatchQueue = kernel::madeOnce([] {
     auto wrapper = makeShared(dispatch_get_main_queue(), TSKDeadlockExecuteInline, false);
     wrapper->followsMainThread_ = true;
     return new Ref(std::move(wrapper));
   });
+  return TSKMainDispatchQueue;
 }
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::sharedConcurrentQueue() {
