@@ -159,6 +159,15 @@ TEST(NSMutableDictionary, ChangesUnderALoopRaise) {
   }
 }
 
+TEST(NSMutableDictionary, RemovingTheAbsentKeyRemovesNothing) {
+  const auto dictionary = NSMutableDictionary::dictionaryWith({{0, "a"}, {12345, "b"}});
+  dictionary->removeObjectForKey(0);  // leaves a gap, whose hash is that of the absent key
+  dictionary->removeObjectForKey(Value());
+  EXPECT_EQ(dictionary->count(), 1U);
+  EXPECT_EQ(dictionary->objectForKey(12345), Value("b"));
+  for (const auto& [key, object] : *dictionary) EXPECT_EQ(key, Value(12345));
+}
+
 TEST(NSMutableDictionary, RemovingWhatIsNotThereUnderALoopIsNoChange) {
   auto dictionary = NSMutableDictionary::dictionaryWith({{"a", 1}, {"b", 2}});
   int rounds = 0;

@@ -134,5 +134,13 @@ TEST(NSMutableSet, KeepsTheOrderWhileManyComeAndGo) {
   EXPECT_FALSE(set->containsObject(901));
 }
 
+TEST(NSMutableSet, RemovingTheAbsentValueRemovesNothing) {
+  const auto set = NSMutableSet::setWithObjects(0, 12345);
+  set->removeObject(0);
+  set->removeObject(Value());
+  EXPECT_EQ(set->count(), 1U);
+  EXPECT_TRUE(set->containsObject(12345));
+}
+
 }  // namespace
 }  // namespace norvik
