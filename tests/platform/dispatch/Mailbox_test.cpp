@@ -279,6 +279,19 @@ TEST_F(Mailbox, ItIsCrowdedWhereASenderFoundMoreThanHalfOfThemWaiting) {
   EXPECT_EQ(numbers(), upTo(1501));
 }
 
+TEST_F(Mailbox, ItIsCrowdedWithOneMoreThanHalfThoughThereIsRoom) {
+  for (int i = 0; i < 499; ++i) ASSERT_TRUE(trySend(i));
+  dispatch_sync(queue(), [] {});
+  dispatch_suspend(queue());
+  for (int i = 499; i < 1000; ++i) ASSERT_TRUE(trySend(i));
+  EXPECT_FALSE(mailbox->isCrowded());
+  EXPECT_TRUE(trySend(1000));  // looks what was read: 501 wait
+  EXPECT_TRUE(mailbox->isCrowded());
+  dispatch_resume(queue());
+  dispatch_sync(queue(), [] {});
+  EXPECT_EQ(numbers(), upTo(1001));
+}
+
 TEST_F(Mailbox, ALetterCountsUntilItsReaderIsDoneWithIt) {
   RUN_IN_CHILD({
     const ThreadStartsFail noWorkers;
