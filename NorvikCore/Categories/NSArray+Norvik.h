@@ -22,9 +22,8 @@ class NSDictionary;
 /// of which may be missing or null:
 /// - "suffix", a text behind each element that is joined, the last included;
 /// - "joinLastWith", a text in place of the last separator;
-/// - "skipEmptyComponents", a boolean: elements of blanks and line breaks alone are left out. As soon as one is,
-///   "joinLastWith" is not used. That is deliberate: it stands before the element that has as many written before it as
-///   the array has elements, less one.
+/// - "skipEmptyComponents", a boolean: elements of blanks and line breaks alone are left out. Where one is,
+///   "joinLastWith" is not used. That is deliberate: it is used once all elements but one were written.
 /// An option of another kind raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT NSString nk_componentsJoinedByString(const NSArray& array, const NSString& separator,
                                                              const Ref<NSDictionary>& options = nullptr);

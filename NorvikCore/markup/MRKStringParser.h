@@ -29,7 +29,7 @@ class NK_EXPORT MRKStringParser : public NSObject {
   [[nodiscard]] static Value stringWithTaggedString(const MRKTaggedString& taggedString,
                                                     const MRKTaggedStringOptions& options, const Class& returnClass,
                                                     Ref<NSError>* error = nullptr);
-  /// Without attributes, whatever stands before it; an absent text appends nothing.
+  /// The new text has no attributes, whatever the text before it has. An absent text appends nothing.
   static void appendString(const std::optional<NSString>& string, NSMutableAttributedString& intoAttributedString);
 };
 

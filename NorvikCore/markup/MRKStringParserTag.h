@@ -1,12 +1,12 @@
-// NorvikCore/markup/MRKStringParserTag.h - one tag as the parser found it, and where it stands in the text.
+// NorvikCore/markup/MRKStringParserTag.h - one tag as the parser found it, and its place in the text.
 //
 //   auto tag = make<MRKStringParserTag>("a", 4u);
 //   tag->addRawTagAttributes("href='https://example.org' target=new flag");
 //   tag->tagAttributes();      // href, target, and flag with the null marker
 //
-// Attributes stand behind the name, one after the other:
+// Attributes follow the name, one after the other:
 // - A name ends at a space or "=". A tab does not end it. Names keep their case.
-// - A value stands behind "=", in quotes or up to the next space or tab. What opens with one kind of quote (" or ')
+// - A value follows "=", in quotes or up to the next space or tab. What opens with one kind of quote (" or ')
 //   ends at the next quote of either kind. That is deliberate: title="it's" is "it", and then the attribute s".
 // - Two quotes or more are the empty text. No value, or an empty one without both quotes, is the null marker.
 // - "=value" without a name is left out. That is deliberate too.
