@@ -2,7 +2,8 @@
 //
 //   splitToWidth("net pay of April", 80, [&](const NSString& line) { return widthOf(line, font); });
 //
-// Each blank and each tab ends a word, so that two of them have an empty word between them. A word that is too wide has a line of its own. Line breaks are no blanks: they stay in their word.
+// Each blank and each tab ends a word, so that two of them have an empty word between them. A word that is too wide has
+// a line of its own. Line breaks are no blanks: they stay in their word.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSCharacterClass.h"
