@@ -27,7 +27,7 @@
 // linq_select what becomes a Value. Everything else is as over arrays.
 #pragma once
 
-#include "NorvikCore/linq/ChainSteps.h"
+#include "NorvikCore/linq/ChainEvaluation.h"
 
 namespace norvik {
 

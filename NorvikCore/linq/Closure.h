@@ -5,12 +5,13 @@
 // has no type of its own (`const auto&`) takes the Value.
 #pragma once
 
-#include "NorvikCore/platform/collections/Enumeration.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Value.h"
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -194,16 +195,66 @@ Value valueFrom(F& closure, const V&... elements) {
 
 inline Value orNull(Value value) { return value.isAbsent() ? Value::null() : std::move(value); }
 
+/// Values that need no Value around them: as one they are just that.
+template <class E>
+inline constexpr bool isPlain = (std::is_arithmetic_v<E> && !isCharacter<E> && std::is_constructible_v<Value, E>) ||
+                                std::is_same_v<E, Decimal> || std::is_same_v<E, Date> || std::is_same_v<E, NSString>;
+
+/// What a closure gives for an argument that lives on: a plain value that it refers to is not copied.
+template <class F, class A>
+decltype(auto) resultOf(F& closure, A& argument) {
+  using R = std::invoke_result_t<F&, A&>;
+  using T = std::remove_cvref_t<R>;
+  checkAccessor(closure);
+  if constexpr (std::is_lvalue_reference_v<R> && isPlain<T>)
+    return static_cast<const T&>(std::invoke(closure, argument));
+  else
+    return owned(std::invoke(closure, argument));
+}
+
+template <class P>
+struct FirstOf {
+  using Type = void;
+};
+template <class First, class... Others>
+struct FirstOf<Parameters<First, Others...>> {
+  using Type = std::remove_cvref_t<First>;
+};
+
+/// Calls a closure with an element of a collection.
+template <class F>
+decltype(auto) callWith(F& closure, const Value& element) {
+  using Wanted = typename FirstOf<typename ParametersOf<std::decay_t<F>>::Type>::Type;
+  if constexpr (std::is_base_of_v<NSObject, Wanted>)
+    return resultOf(closure, elementAs<Wanted>(element));
+  else
+    return call(closure, element);
+}
+
+/// Asks the memory for the object of an element some places behind `at`, so that it is there when a query reaches it.
+/// Two lines of the cache, since that is as much as most objects take. Always inline: a call of a function that only
+/// prefetches has no effect for the compiler, which leaves it out.
+[[gnu::always_inline]] inline void prefetchObject(std::span<const Value> elements, std::size_t at) noexcept {
+  constexpr std::size_t ahead = 24, line = 64;
+  if (at + ahead >= elements.size()) return;
+  const auto* object = reinterpret_cast<const char*>(elements[at + ahead].object());
+  if (!object) return;
+  __builtin_prefetch(object);
+  __builtin_prefetch(object + line);
+}
+
 /// For each element of a collection: ask(element), then use(element, answer) until that gives false. A collection that
 /// was changed by `ask` raises NSGenericException before its elements are used again.
 template <class Collection, class Ask, class Use>
 void walk(const Collection& collection, Ask&& ask, Use&& use) {
   const Ref<const Collection> kept(&collection);
+  [[maybe_unused]] std::size_t index = 0;
   for (auto at = collection.begin(), end = collection.end(); at != end;) {
     const auto& element = *at;
-    auto answer = ask(element);
+    if constexpr (std::is_base_of_v<NSArray, Collection>) prefetchObject(collection.elements(), index++);
+    decltype(auto) answer = ask(element);
     ++at;
-    if (!use(element, std::move(answer))) return;
+    if (!use(element, std::forward<decltype(answer)>(answer))) return;
   }
 }
 

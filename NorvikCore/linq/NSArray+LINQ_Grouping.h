@@ -11,6 +11,11 @@
 #include "NorvikCore/linq/Closure.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/collections/OrderedTable.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
 
 namespace norvik {
 namespace detail {
@@ -19,20 +24,29 @@ namespace detail {
 /// filled without ever growing.
 class NK_EXPORT Grouping {
  public:
-  /// The next element has this key.
-  void add(Value&& key);
-  /// From each key, in the order of their first elements, to a mutable array of the elements, which are as many as keys
-  /// were added.
+  /// For so many elements.
+  explicit Grouping(std::size_t count);
+
+  /// The next element and its key.
+  void add(const Value& element, const Value& key);
+  void add(const Value& element, const NSString& key);  // the same, without a Value made of the key
+  /// From each key, in the order of their first elements, to a mutable array of the elements, which are those added.
   [[nodiscard]] Ref<NSMutableDictionary> groups(std::span<const Value> elements) &&;
 
  private:
   struct Group {
     Value key;
-    std::size_t number = 0, count = 0;
-    friend const Value& keyOf(const Group& group) noexcept { return group.key; }
+    std::size_t count = 0;
   };
-  OrderedTable<Group> groups_;
+  template <class Key, class IsKey>
+  std::size_t find(std::size_t hash, const Key& key, IsKey isKey);
+  void addTo(std::size_t number, const Value& element);
+
+  std::vector<Group> groups_;
+  PositionIndex index_;
+  std::vector<std::uint32_t> likely_;  ///< by the place of a text's bytes: the group whose key may be that very text
   std::vector<std::uint32_t> numbers_;
+  std::vector<Ref<NSObject>> objects_;  ///< of the elements that are objects, kept while they are at hand
 };
 
 }  // namespace detail
@@ -42,13 +56,17 @@ class NK_EXPORT Grouping {
 template <class KeySelector>
 [[nodiscard]] Ref<NSMutableDictionary> linq_groupBy(const NSArray& receiver, KeySelector&& key) {
   static_assert(!detail::isNullptr<KeySelector>, "linq_groupBy needs a closure");
-  detail::Grouping groups;
+  const Ref<const NSArray> kept(&receiver);
+  detail::Grouping groups(receiver.count());
   if constexpr (!detail::isNullptr<KeySelector>) {
     detail::checkClosure(key, "linq_groupBy");
     detail::walk(
-        receiver, [&](const Value& element) { return detail::valueFrom(key, element); },
-        [&](const Value&, Value&& found) {
-          groups.add(std::move(found));
+        receiver, [&](const Value& element) -> decltype(auto) { return detail::callWith(key, element); },
+        [&](const Value& element, const auto& found) {
+          if constexpr (std::is_same_v<decltype(found), const NSString&>)
+            groups.add(element, found);
+          else
+            groups.add(element, detail::valueOf(found));
           return true;
         });
   }

@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace norvik {
 namespace {
@@ -413,6 +415,41 @@ TEST(NSArrayLINQ_Grouping, GroupByKeepsTheOrderOfTheKeysAndOfTheElements) {
       text(linq_groupBy(*NSArray::arrayWithObjects(1.50_dec, 2, 1.5, 2.0), [](const Value& each) { return each; })),
       "{1.50: [1.50, 1.5], 2: [2, 2]}");
   EXPECT_EQ(text(linq_groupBy(*NSArray::array(), &LinqPayslip::department)), "{}");
+}
+
+TEST(NSArrayLINQ_Grouping, TheReceiverLivesUntilItsElementsAreInTheirGroups) {
+  auto names = NSMutableArray::arrayWithObjects(linqPayslip("Ann", "Works", {}), linqPayslip("Bob", "Sales", {}));
+  const NSArray& receiver = *names;
+  EXPECT_EQ(text(linq_groupBy(receiver,
+                              [&](const LinqPayslip& each) {
+                                names = nullptr;
+                                return each.department();
+                              })),
+            "{Works: [Ann], Sales: [Bob]}");
+}
+
+TEST(NSArrayLINQ_Grouping, TextsAreOneKeyByWhatTheySayWhereverTheirBytesAre) {
+  std::vector<NSString> shared;
+  for (int i = 0; i < 3000; ++i) shared.emplace_back("Department " + std::to_string(i));
+  std::vector<Value> numbers;
+  for (int i = 0; i < 9000; ++i) numbers.emplace_back(i);
+  const auto groups = linq_groupBy(*make<NSArray>(numbers), [&](std::int64_t each) -> NSString {
+    const auto department = static_cast<std::size_t>(each % 3000);
+    return each < 6000 ? shared[department] : NSString("Department " + std::to_string(department));
+  });
+  ASSERT_EQ(groups->count(), 3000u);
+  std::int64_t department = 0;
+  for (const auto& [key, group] : *groups) {
+    EXPECT_EQ(key, Value(shared[static_cast<std::size_t>(department)]));
+    EXPECT_EQ(group, Value(NSArray::arrayWithObjects(department, department + 3000, department + 6000)));
+    ++department;
+  }
+  const auto mixed = linq_groupBy(*NSArray::arrayWithObjects("5", 5, "", Value::null(), "5", 5.0, ""),
+                                  [](const Value& each) { return each; });
+  EXPECT_EQ(mixed->count(), 4u);
+  EXPECT_EQ(mixed->objectForKey("5"), Value(NSArray::arrayWithObjects("5", "5")));
+  EXPECT_EQ(mixed->objectForKey(5), Value(NSArray::arrayWithObjects(5, 5.0)));
+  EXPECT_EQ(mixed->objectForKey(""), Value(NSArray::arrayWithObjects("", "")));
 }
 
 TEST(NSArrayLINQ_Grouping, AnElementWithoutAKeyRaisesRatherThanGetLost) {

@@ -3,6 +3,7 @@
 #include "NorvikCore/markup/MRKEscapedStringForString.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/collections/NSSet.h"
+#include "NorvikCore/platform/values/Decimal_literal.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -198,6 +199,61 @@ TEST(MRKStringParser, InnerTagsWinOverOuterOnes) {
   }
 }
 
+// 5 and 5.00 are equal, but a reader can tell them apart.
+TEST(MRKStringParser, EqualAttributesOfTwoTagsKeepTheirDigitsUnlessTheyMeet) {
+  const auto options = MRKTaggedStringOptions::options();
+  options->setAttributes(NSDictionary::dictionaryWithObject(5_dec, "size"), "b");
+  options->setAttributes(NSDictionary::dictionaryWithObject(5.00_dec, "size"), "i");
+  const auto digits = [](const NSAttributedString& text, NSUInteger unit) {
+    return text.attribute_atIndex("size", unit).description();
+  };
+  const auto apart = styled("<b>x</b>-<i>y</i>-<b>z</b>", *options);
+  EXPECT_EQ(digits(*apart, 0), "5");
+  EXPECT_EQ(digits(*apart, 2), "5.00");
+  EXPECT_EQ(digits(*apart, 4), "5");
+  const auto together = styled("<i>y</i><b>x</b>", *options);
+  NSRange run;
+  (void)together->attributesAtIndex(1, &run);
+  EXPECT_EQ(run, (NSRange{0, 2}));
+  EXPECT_EQ(digits(*together, 1), "5.00");
+  const auto nested = styled("<i>y<b>x</b></i>", *options);
+  EXPECT_EQ(digits(*nested, 1), "5.00");
+}
+
+TEST(MRKStringParser, AFixedDictionaryCountsAsItIsWhenTheTextIsParsed) {
+  const auto options = MRKTaggedStringOptions::options();
+  const auto dictionary = NSMutableDictionary::dictionary();
+  dictionary->setObject(1, "size");
+  options->setAttributes(dictionary, "b");
+  const auto before = styled("<b>x</b>", *options);
+  dictionary->setObject(2, "size");
+  EXPECT_EQ(before->attribute_atIndex("size", 0), Value(1));
+  EXPECT_EQ(styled("<b>x</b>", *options)->attribute_atIndex("size", 0), Value(2));
+}
+
+TEST(MRKStringParser, ATextMadeOfMarkupCanBeEdited) {
+  const auto text = styled("a<b>bc</b>d<b>e</b>", *boldForB())->mutableCopy();
+  text->addAttributes(*bold(), {3, 1});
+  NSRange run;
+  (void)text->attributesAtIndex(3, &run);
+  EXPECT_EQ(run, (NSRange{1, 4}));
+  text->deleteCharactersInRange({0, 2});
+  EXPECT_EQ(text->string(), "cde");
+  EXPECT_EQ(text->attribute_atIndex(NSFontAttributeName, 0), Value("bold"));
+}
+
+TEST(MRKStringParser, EachTagKeepsItsOwnOfValuesThatAreEqual) {
+  const auto options = MRKTaggedStringOptions::options();
+  const auto first = NSMutableDictionary::dictionary(), second = NSMutableDictionary::dictionary();
+  options->setAttributes(NSDictionary::dictionaryWith({{"size", 5}, {"notes", first}}), "a");
+  options->setAttributes(NSDictionary::dictionaryWith({{"size", 5.00_dec}, {"notes", second}}), "b");
+  const auto text = styled("<a>x</a>y<b>z</b>", *options);
+  EXPECT_EQ(text->attribute_atIndex("size", 0).description(), "5");
+  EXPECT_EQ(text->attribute_atIndex("size", 2).description(), "5.00");
+  EXPECT_EQ(text->attribute_atIndex("notes", 0).object(), first.get());
+  EXPECT_EQ(text->attribute_atIndex("notes", 2).object(), second.get());
+}
+
 TEST(MRKStringParser, ClosuresAreCalledFromTheTagClosedLastWithWhatIsThere) {
   Calls calls;
   (void)styled("<o>1<p>2</p><q>3</q></o><r>4</r>", *calls.options);
@@ -313,6 +369,13 @@ TEST(MRKStringParser, TenMegabytesOfAnythingTakeLinearTime) {
   EXPECT_TRUE(styled(NSString("<a" + repeated(" =", size) + ">x</a>"), *options));
   EXPECT_EQ(attributes, 0u);
   EXPECT_TRUE(styled(NSString("<a x='" + repeated("\"'", size) + ">x</a>"), *options));
+
+  options->setDynamicAttributes(
+      [](const NSString&, const NSDictionary&, const NSDictionary&) {
+        return NSDictionary::dictionaryWithObject(NSMutableDictionary::dictionary(), "equal, but another one");
+      },
+      "a");
+  EXPECT_TRUE(styled(NSString(repeated("<a>x</a>y", size / 10)), *options));
 }
 
 }  // namespace norvik

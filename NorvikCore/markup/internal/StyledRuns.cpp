@@ -1,122 +1,237 @@
 #include "NorvikCore/markup/internal/StyledRuns.h"
 
+#include "NorvikCore/markup/internal/Combinations.h"
+#include "NorvikCore/markup/internal/MarkupScan.h"
 #include "NorvikCore/markup/internal/TagAttributes.h"
-#include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/values/Utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <unordered_set>
+#include <new>
 #include <utility>
 
 namespace norvik::detail {
 namespace {
 
-using Attributes = const NSDictionary*;
+constexpr std::size_t names = 64;
 
-struct HashOfContent {
-  std::size_t operator()(const Ref<NSDictionary>& attributes) const { return attributes->hash(); }
-};
-struct SameContent {
-  bool operator()(const Ref<NSDictionary>& a, const Ref<NSDictionary>& b) const { return a == b || a->isEqual(*b); }
-};
+/// Where in a table of `names` a name may be: most texts use few.
+std::size_t placeOf(std::string_view name) noexcept {
+  const auto first = static_cast<unsigned char>(name.front()), last = static_cast<unsigned char>(name.back());
+  return (name.size() * 7 + first + last * 3u) % names;
+}
 
-/// Dictionaries, one of each content, and the sums of two of them.
-class Combinations {
+Ref<MRKTaggedStringAttribute> entryOf(std::string_view name, const MRKTaggedStringOptions& options) {
+  // Borrowed for the time of the call.
+  return options.attributeForTagName(utf8::isAscii(name) ? NSString::borrowing(name) : textOfBytes(name));
+}
+
+/// Runs as they are put together, one after the other. Neighbours with equal attributes become one.
+class RunList {
  public:
-  Attributes only(const Ref<NSDictionary>& attributes) { return known_.insert(attributes->copy()).first->get(); }
+  /// Of a source of so many bytes.
+  RunList(Combinations& combinations, std::size_t sourceSize) : combinations_(combinations) {
+    runs_.runs.reserve(std::min<std::size_t>(sourceSize / 8, 32));
+  }
 
-  /// `present` is one of these; what `dictionary` has replaces what is of the same name.
-  Attributes sum(Attributes present, const Ref<NSDictionary>& dictionary) {
-    const Ref<NSDictionary> added = dictionary->copy();  // another one at each time, unless it cannot change
-    Sum& last = sums_[(reinterpret_cast<std::uintptr_t>(present) / 16 * 31 +
-                       reinterpret_cast<std::uintptr_t>(added.get()) / 16) %
-                      sums_.size()];
-    if (last.present == present && last.added == added) return last.result;
-    Attributes result = present;
-    if (added->count() > 0) {
-      const auto both = present->mutableCopy();
-      both->addEntriesFromDictionary(*added);
-      result = only(both);
+  void extendTo(NSUInteger end, Combinations::Number attributes) {
+    if (end == end_) return;
+    end_ = end;
+    if (!runs_.runs.empty() && combinations_.areEqual(runs_.runs.back().attributes, attributes)) {
+      runs_.runs.back().end = end;
+    } else {
+      runs_.runs.push_back({end, attributes});
     }
-    last = {present, added, result};
-    return result;
+  }
+
+  /// The combinations are used up.
+  [[nodiscard]] AttributeRuns take() {
+    if (runs_.runs.empty()) return {};
+    runs_.attributes = combinations_.take();
+    return AttributeRuns(std::move(runs_));
+  }
+
+ private:
+  Combinations& combinations_;
+  NumberedRuns runs_;
+  NSUInteger end_ = 0;
+};
+
+/// The attributes of tags, as long as these are fixed.
+class FixedStyles {
+ public:
+  FixedStyles(const MRKTaggedStringOptions& options, std::size_t sourceSize)
+      : options_(options), runs_(combinations_, sourceSize), present_(combinations_.of(options.baseAttributes())) {}
+
+  bool open(std::string_view name, std::string_view, NSUInteger unit) {
+    runs_.extendTo(unit, present_);
+    around_.push_back(present_);
+    if (name.empty()) return true;
+    Style& style = seen_[placeOf(name)];
+    if (!areSameNames(style.name, name) && !find(name, style)) return false;
+    if (style.adds) present_ = combinations_.sum(present_, style.added);
+    return true;
+  }
+
+  void close(NSUInteger unit) {
+    runs_.extendTo(unit, present_);
+    present_ = around_.back();
+    around_.pop_back();
+  }
+
+  [[nodiscard]] AttributeRuns finish(NSUInteger length) {
+    runs_.extendTo(length, present_);
+    return runs_.take();
+  }
+
+ private:
+  struct Style {
+    std::string_view name;
+    bool adds = false;
+    Combinations::Number added = 0;
+  };
+
+  /// False where a closure has to be called.
+  bool find(std::string_view name, Style& style) {
+    const auto entry = entryOf(name, options_);
+    const Ref<NSDictionary> fixed = entry ? entry->staticDictionary() : nullptr;
+    if (entry && !fixed && entry->dynamicAttributes()) return false;
+    style = {name, static_cast<bool>(fixed), fixed ? combinations_.of(fixed->copy()) : 0};
+    return true;
+  }
+
+  const MRKTaggedStringOptions& options_;
+  Combinations combinations_;
+  RunList runs_;
+  Combinations::Number present_;
+  std::vector<Combinations::Number> around_;
+  std::array<Style, names> seen_;
+};
+
+/// The tags of a text, and which of them is the innermost where.
+class TagList {
+ public:
+  using Index = std::uint32_t;
+  static constexpr Index none = UINT32_MAX;
+
+  struct Tag {
+    std::string_view name, rawAttributes;
+    NSUInteger location = 0, end = 0;
+    Index around = none;  ///< the tag that this one is in
+    Index stretch = 0;    ///< the stretch that begins where the tag does, if there is any behind it
+  };
+  /// Text without a tag in it, and never empty.
+  struct Stretch {
+    NSUInteger end;
+    Index tag;  ///< the innermost around it
+  };
+
+  std::vector<Tag> tags;        ///< as they were opened
+  std::vector<Index> finished;  ///< as they were closed
+  std::vector<Stretch> stretches;
+
+  bool open(std::string_view name, std::string_view rawAttributes, NSUInteger unit) {
+    endStretch(unit);
+    if (tags.size() == none) throw std::bad_alloc();
+    tags.push_back({name, rawAttributes, unit, 0, innermost_, static_cast<Index>(stretches.size())});
+    innermost_ = static_cast<Index>(tags.size() - 1);
+    return true;
+  }
+
+  void close(NSUInteger unit) {
+    endStretch(unit);
+    tags[innermost_].end = unit;
+    finished.push_back(innermost_);
+    innermost_ = tags[innermost_].around;
+  }
+
+  void endStretch(NSUInteger unit) {
+    if (unit > (stretches.empty() ? 0 : stretches.back().end)) stretches.push_back({unit, innermost_});
+  }
+
+ private:
+  Index innermost_ = none;
+};
+
+/// What computed and fixed attributes of tags add, where the same was added to the same shortly before.
+class Sums {
+ public:
+  explicit Sums(Combinations& combinations) noexcept : combinations_(combinations) {}
+
+  Combinations::Number of(Combinations::Number present, const Ref<NSDictionary>& added) {
+    Sum& last = last_[(present * 31 + reinterpret_cast<std::uintptr_t>(added.get()) / 16) % last_.size()];
+    if (!last.added || last.present != present || last.added != added)
+      last = {present, added, combinations_.sum(present, added)};
+    return last.result;
   }
 
  private:
   struct Sum {
-    Attributes present = nullptr;
-    Ref<NSDictionary> added;
-    Attributes result = nullptr;
+    Combinations::Number present = 0;
+    Ref<NSDictionary> added;  ///< kept, so that no other one comes to its address
+    Combinations::Number result = 0;
   };
 
-  std::unordered_set<Ref<NSDictionary>, HashOfContent, SameContent> known_;
-  std::array<Sum, 64> sums_;
+  Combinations& combinations_;
+  std::array<Sum, 64> last_;
 };
 
-/// The entries of names, of which most texts use few.
-class Entries {
- public:
-  explicit Entries(const MRKTaggedStringOptions& options) noexcept : options_(options) {}
+struct NamedEntry {
+  std::string_view name;
+  Ref<MRKTaggedStringAttribute> entry;
+};
 
-  const MRKTaggedStringAttribute* of(std::string_view name) {
-    const auto first = static_cast<unsigned char>(name.front()), last = static_cast<unsigned char>(name.back());
-    Entry& seen = seen_[(name.size() * 7 + first + last * 3u) % seen_.size()];
-    if (seen.name != name) seen = {name, options_.attributeForTagName(textOfBytes(name))};
-    return seen.entry.get();
+AttributeRuns runsOf(const TagList& list, NSUInteger length, const MRKTaggedStringOptions& options) {
+  Combinations combinations;
+  Sums sums(combinations);
+  std::array<NamedEntry, names> seen;
+  const Combinations::Number base = combinations.of(options.baseAttributes());
+  const auto none = NSDictionary::dictionary();
+  std::vector<Combinations::Number> inside(list.tags.size(), base);
+  const auto insideOf = [&](TagList::Index tag) { return tag == TagList::none ? base : inside[tag]; };
+
+  for (std::size_t i = list.finished.size(); i-- > 0;) {
+    const TagList::Tag& tag = list.tags[list.finished[i]];
+    Combinations::Number& result = inside[list.finished[i]];
+    result = insideOf(tag.around);
+    NamedEntry& known = seen[placeOf(tag.name)];
+    if (!areSameNames(known.name, tag.name)) known = {tag.name, entryOf(tag.name, options)};
+    if (!known.entry) continue;
+    Ref<NSDictionary> added = known.entry->staticDictionary();
+    if (const auto computed = added ? MRKDynamicAttributes() : known.entry->dynamicAttributes()) {
+      // Behind an empty tag, the unit's own tags are closed later and so are known already.
+      const bool atTheEnd = tag.location == length;
+      const Ref<NSDictionary> present = tag.end > tag.location ? combinations[result]
+                                        : atTheEnd             ? none
+                                                   : combinations[insideOf(list.stretches[tag.stretch].tag)];
+      added = computed(textOfBytes(tag.name), *tagAttributesIn(tag.rawAttributes), *present);
+    }
+    if (added) result = sums.of(result, added->copy());  // another one at each time, unless it cannot change
   }
 
- private:
-  struct Entry {
-    std::string_view name;
-    Ref<MRKTaggedStringAttribute> entry;
-  };
-
-  const MRKTaggedStringOptions& options_;
-  std::array<Entry, 64> seen_;
-};
+  RunList runs(combinations, list.stretches.size() * 8);
+  for (const TagList::Stretch& stretch : list.stretches) runs.extendTo(stretch.end, insideOf(stretch.tag));
+  return runs.take();
+}
 
 }  // namespace
 
-std::vector<AttributeRun> styledRuns(const MarkupScan& scan, const MRKTaggedStringOptions& options) {
-  std::vector<AttributeRun> runs;
-  if (scan.length == 0) return runs;
-  Combinations combinations;
-  Entries entries(options);
-  const Attributes base = combinations.only(options.baseAttributes());
-  const Attributes none = combinations.only(NSDictionary::dictionary());
-  std::vector<Attributes> inside(scan.tags.size(), base);
-  const auto insideOf = [&](MarkupScan::Index tag) { return tag == MarkupScan::none ? base : inside[tag]; };
-
-  for (std::size_t i = scan.finished.size(); i-- > 0;) {
-    const MarkupScan::Tag& tag = scan.tags[scan.finished[i]];
-    const Attributes around = insideOf(tag.around);
-    inside[scan.finished[i]] = around;
-    const MRKTaggedStringAttribute* entry = entries.of(tag.name);
-    if (!entry) continue;
-    Ref<NSDictionary> added = entry->staticDictionary();
-    if (!added && entry->dynamicAttributes()) {
-      // Behind an empty tag, the unit's own tags are closed later and so are known already.
-      const bool atTheEnd = tag.location == scan.length;
-      const Attributes present = tag.end > tag.location ? around
-                                 : atTheEnd             ? none
-                                                        : insideOf(scan.stretches[tag.stretch].tag);
-      added = entry->dynamicAttributes()(textOfBytes(tag.name), *tagAttributesIn(tag.rawAttributes), *present);
-    }
-    if (added) inside[scan.finished[i]] = combinations.sum(around, added);
+StyledText styledText(const NSString& source, const MRKTaggedStringOptions& options) {
+  FixedStyles fixed(options, source.view().size());
+  MarkupScan quick(source, fixed);
+  if (quick.run()) {
+    if (quick.fault()) return {{}, {}, quick.fault()};
+    return {quick.text(), fixed.finish(quick.length()), {}};
   }
-
-  runs.reserve(scan.stretches.size());
-  Attributes last = nullptr;
-  for (const MarkupScan::Stretch& stretch : scan.stretches) {
-    const Attributes attributes = insideOf(stretch.tag);
-    if (attributes == last) {
-      runs.back().length += stretch.length;
-    } else {
-      runs.push_back({stretch.length, ref(const_cast<NSDictionary&>(*attributes))});
-      last = attributes;
-    }
-  }
-  return runs;
+  TagList tags;
+  MarkupScan scan(source, tags);
+  (void)scan.run();
+  if (scan.fault()) return {{}, {}, scan.fault()};
+  const NSUInteger length = scan.length();
+  tags.endStretch(length);
+  if (length == 0) return {};
+  return {scan.text(), runsOf(tags, length, options), {}};
 }
 
 }  // namespace norvik::detail
