@@ -19,14 +19,16 @@ NSString nk_componentsJoinedByString(const NSArray& array, const NSString& separ
       options && options->objectForKey("skipEmptyComponents").as<std::optional<bool>>().value_or(false);
   NSMutableString joined;
   std::size_t written = 0;
-  for (const Value& element : array) {
-    const NSString component = element.description();
-    if (skipsEmpty && isEmpty(component)) continue;
-    if (written > 0) joined.appendString(written == array.count() - 1 ? last : separator);
-    joined.appendString(component);
-    joined.appendString(suffix);
-    ++written;
-  }
+  detail::walk(
+      array, [](const Value& element) { return element.description(); },
+      [&](const Value&, const NSString& component) {
+        if (skipsEmpty && isEmpty(component)) return true;
+        if (written > 0) joined.appendString(written == array.count() - 1 ? last : separator);
+        joined.appendString(component);
+        joined.appendString(suffix);
+        ++written;
+        return true;
+      });
   return joined.string();
 }
 
@@ -46,9 +48,16 @@ Ref<NSMutableArray> nk_removeNulls(const NSArray& array) {
 Ref<NSArray> nk_moveItemsToStart(const NSArray& array, const NSArray& items) {
   const auto moved = NSSet::setWithArray(items);
   std::vector<Value> elements(items.elements().begin(), items.elements().end());
-  for (const Value& element : array) {
-    if (!moved->containsObject(element)) elements.push_back(element);
-  }
+  detail::walk(
+      array,
+      [&](const Value& element) {
+        const Value kept = element;  // what hashes and compares it may change the array
+        return moved->containsObject(kept);
+      },
+      [&](const Value& element, bool isMoved) {
+        if (!isMoved) elements.push_back(element);
+        return true;
+      });
   return make<NSArray>(std::move(elements));
 }
 

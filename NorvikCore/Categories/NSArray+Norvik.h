@@ -7,10 +7,13 @@
 // The receiver does not change; results are new arrays. Linear. Any thread, as far as the array is.
 #pragma once
 
+#include "NorvikCore/Categories/NSMutableArray+Norvik.h"  // so that nk_removeNulls is one or the other by type alone
+#include "NorvikCore/linq/Closure.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/export.h"
 
 #include <cstddef>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -33,20 +36,32 @@ class NSDictionary;
                                                           std::size_t maxLength);
 
 /// The elements for which `predicate(element, index, stop)` is true, in order. Where it sets `stop`, no element behind
-/// is asked; the present one still counts by its answer.
+/// is asked; the present one still counts by its answer. The predicate takes an element as a `const Value&` or as what
+/// it is, `[](const Payslip& slip, std::size_t, bool&)`; an element that is something else raises
+/// NSInvalidArgumentException. A predicate that changes the array raises NSGenericException; it may release it.
 template <class Predicate>
 [[nodiscard]] Ref<NSArray> nk_filteredArrayUsingBlock(const NSArray& array, Predicate&& predicate) {
   std::vector<Value> kept;
   std::size_t index = 0;
   bool stop = false;
-  for (const Value& element : array) {
-    if (predicate(element, index++, stop)) kept.push_back(element);
-    if (stop) break;
-  }
+  detail::walk(
+      array,
+      [&](const Value& element) -> bool {
+        using Wanted = typename detail::FirstOf<typename detail::ParametersOf<std::decay_t<Predicate>>::Type>::Type;
+        if constexpr (std::is_void_v<Wanted>) {
+          return predicate(element, index++, stop);
+        } else {
+          return predicate(detail::argument<Wanted>(element), index++, stop);
+        }
+      },
+      [&](const Value& element, bool isKept) {
+        if (isKept) kept.push_back(element);
+        return !stop;
+      });
   return make<NSArray>(std::move(kept));
 }
 
-/// Without the null markers.
+/// Without the null markers. An NSMutableArray that is not const is changed instead: NSMutableArray+Norvik.h.
 [[nodiscard]] NK_EXPORT Ref<NSMutableArray> nk_removeNulls(const NSArray& array);
 
 /// The items, whether the array has them or not, and then the elements that equal none of them.

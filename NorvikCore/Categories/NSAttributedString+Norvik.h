@@ -12,9 +12,7 @@
 // - attributed text stays as it is, whatever attributes are given;
 // - an array is a pair of a value and the dictionary with its attributes, the null marker for none; what else it holds
 //   is ignored, and one of fewer than two elements raises NSRangeException;
-// - of anything else the description is shown, "(null)" of an absent value, with the attributes of arguments and none
-// of
-//   the format's.
+// - of anything else the description is shown, "(null)" of an absent value, with the attributes of arguments alone.
 // A "%@" without an argument shows "(bad argument)"; arguments without a "%@" are ignored.
 //
 // An empty Ref is no attributes. Every form gives a new mutable text, in time linear in what is put together. Any

@@ -11,8 +11,7 @@ namespace norvik {
 
 /// An absent object raises NSInvalidArgumentException.
 NK_EXPORT void enqueue(NSMutableArray& queue, const Value& object);
-/// Takes the first element out; absent where there is none, and then changes nothing. Moves the elements behind it:
-/// takes time in proportion to their number.
+/// Takes the first element out, in constant time on average; absent where there is none, and then changes nothing.
 NK_EXPORT Value dequeue(NSMutableArray& queue);
 /// The first element; absent where there is none.
 [[nodiscard]] NK_EXPORT Value queuePeek(const NSMutableArray& queue);

@@ -1,5 +1,7 @@
 #include "NorvikCore/Categories/NSString+Norvik.h"
 
+#include "NorvikCore/Categories/internal/WordWrap.h"
+#include "NorvikCore/platform/appkit/NSStringDrawing.h"
 #include "NorvikCore/platform/foundation/NSCharacterClass.h"
 #include "NorvikCore/platform/foundation/NSStringCase.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
@@ -22,6 +24,11 @@ NSString joined(const std::vector<NSString>& parts, const NSString& separator) {
 }
 
 bool isBlankOrLineBreak(char32_t point) { return isWhitespace(point) || isLineBreak(point); }
+
+std::vector<NSString> linesOf(const NSString& string, double maxWidth, const NSFont& font) {
+  return detail::splitToWidth(string, maxWidth, widthInFont(" "_ns, font),
+                              [&](const NSString& word) { return widthInFont(word, font); });
+}
 
 /// Without one line break at the end; CR LF is one.
 std::string_view withoutLineBreak(std::string_view text) {
@@ -131,6 +138,15 @@ NSString nk_stringByReplacingFirstOccurrenceOfString(const NSString& string, con
   const NSRange found = string.rangeOfString(occurrence);
   if (found.length == 0) return string;
   return string.substringToIndex(found.location) + withString + string.substringFromIndex(NSMaxRange(found));
+}
+
+Ref<NSArray> nk_splitStringMaxWidth(const NSString& string, double maxWidth, const NSFont& font) {
+  const std::vector<NSString> lines = linesOf(string, maxWidth, font);
+  return NSArray::arrayFrom(lines);
+}
+
+NSString nk_wrapStringMaxWidth(const NSString& string, double maxWidth, const NSFont& forFont) {
+  return joined(linesOf(string, maxWidth, forFont), "\n"_ns);
 }
 
 Ref<NSAttributedString> nk_addAttributes(const NSString& string, const Ref<NSDictionary>& attributes) {

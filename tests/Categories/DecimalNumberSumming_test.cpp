@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
+#include "tests/support/Decimals.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 class Slip : public NSObject {
   NK_OBJECT(Slip, NSObject)

@@ -1,12 +1,17 @@
+// Arrays joined, cut and filtered. NORVIK_TEXT_INPUTS says how many are joined beside a model
+// (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/NSArray+Norvik.h"
 
-#include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "tests/support/ExpectRaises.h"
+#include "tests/support/RandomTexts.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <iterator>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace norvik {
@@ -18,14 +23,34 @@ Ref<NSDictionary> options(std::initializer_list<NSDictionary::Entry> entries) {
   return NSDictionary::dictionaryWith(entries);
 }
 
+/// Takes everything out of the list when it is hashed or described.
+class Emptying : public NSObject {
+  NK_OBJECT(Emptying, NSObject)
+  [[nodiscard]] std::size_t hash() const override {
+    empty();
+    return 0;
+  }
+  [[nodiscard]] NSString description() const override {
+    empty();
+    return "emptying";
+  }
+  NSMutableArray* list = nullptr;
+
+ private:
+  void empty() const { list->removeAllObjects(); }
+};
+
+using Units = std::u16string;
+
 /// Joined step by step.
-std::string modelJoined(const std::vector<std::string>& parts, const std::string& separator, const std::string& suffix,
-                        const std::string& last, bool skips) {
-  std::string text;
+Units modelJoined(const std::vector<Units>& parts, const Units& separator, const Units& suffix, const Units& last,
+                  bool skips) {
+  constexpr std::u16string_view blanksAndBreaks = u" \t\n\r\u00A0\u2028\u3000";
+  Units text;
   std::size_t count = 0;
-  for (const std::string& part : parts) {
-    if (skips && part.find_first_not_of(" \n") == std::string::npos) continue;
-    std::string component = part + suffix;
+  for (const Units& part : parts) {
+    if (skips && part.find_first_not_of(blanksAndBreaks) == Units::npos) continue;
+    Units component = part + suffix;
     if (count != 0) component = (count == parts.size() - 1 ? last : separator) + component;
     text += component;
     count += 1;
@@ -79,18 +104,24 @@ TEST(NSArrayNorvik, OptionsThatAreNullAreMissingAndOthersRaise) {
 }
 
 TEST(NSArrayNorvik, JoinsAsTheModelDoes) {
-  std::mt19937 engine(3);
-  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
-  const std::string texts[] = {"", " ", "\n", "a", "bc"};
-  for (int round = 0; round < 20'000; ++round) {
-    std::vector<std::string> parts;
-    for (std::size_t i = upTo(5); i > 0; --i) parts.push_back(texts[upTo(4)]);
-    const std::string separator = texts[upTo(4)], suffix = texts[upTo(4)], last = texts[upTo(4)];
-    const bool skips = upTo(1) == 1;
-    ASSERT_EQ(nk_componentsJoinedByString(
-                  *NSArray::arrayFrom(parts), separator,
-                  options({{"suffix", suffix}, {"joinLastWith", last}, {"skipEmptyComponents", skips}})),
-              modelJoined(parts, separator, suffix, last, skips));
+  static const Units texts[] = {u"",       u" ",        u"\n\t", u"\u00A0\u2028", u"\u200B", u"\xD83D",
+                                u"\xDCB7", u"\u3000\r", u"a",    u"b\u00E9"};
+  test::RandomTexts random(3, 20'000);
+  const auto text = [&] { return texts[random.upTo(std::size(texts) - 1)]; };
+  for (int i = 0; i < random.inputs(); ++i) {
+    std::vector<Units> parts(random.upTo(5));
+    std::vector<NSString> elements;
+    for (Units& part : parts) elements.push_back(NSString::fromUtf16(part = text()));
+    const Units separator = text(), suffix = text(), last = text();
+    const bool skips = random.upTo(1) == 1, hasSuffix = random.upTo(3) > 0, hasLast = random.upTo(3) > 0;
+    const auto given = NSMutableDictionary::dictionary();
+    given->setObject(skips, "skipEmptyComponents");
+    if (hasSuffix) given->setObject(NSString::fromUtf16(suffix), "suffix");
+    if (hasLast) given->setObject(NSString::fromUtf16(last), "joinLastWith");
+    ASSERT_EQ(
+        nk_componentsJoinedByString(*NSArray::arrayFrom(elements), NSString::fromUtf16(separator), given).toUtf16(),
+        modelJoined(parts, separator, hasSuffix ? suffix : u"", hasLast ? last : separator, skips))
+        << random.at(i);
   }
 }
 
@@ -121,6 +152,54 @@ TEST(NSArrayNorvik, FiltersByElementAndIndexUntilItIsStopped) {
   EXPECT_TRUE(refused->isEqual(*NSArray::arrayWithObjects("a")));
 }
 
+TEST(NSArrayNorvik, APredicateTakesAnElementAsWhatItIs) {
+  const auto texts =
+      nk_filteredArrayUsingBlock(*abc(), [](const NSString& name, std::size_t, bool&) { return name.hasPrefix("b"); });
+  EXPECT_TRUE(texts->isEqual(*NSArray::arrayWithObjects("b")));
+  const auto lists =
+      nk_filteredArrayUsingBlock(*NSArray::arrayWithObjects(abc(), NSArray::array()),
+                                 [](const NSArray& list, std::size_t, bool&) { return list.count() > 0; });
+  EXPECT_TRUE(lists->isEqual(*NSArray::arrayWithObjects(abc())));
+  EXPECT_RAISES((void)nk_filteredArrayUsingBlock(*NSArray::arrayWith({1}),
+                                                 [](const NSString&, std::size_t, bool&) { return true; }),
+                "NSInvalidArgumentException");
+  const auto generic =
+      nk_filteredArrayUsingBlock(*abc(), [](const auto& element, auto, auto&) { return element == Value("c"); });
+  EXPECT_TRUE(generic->isEqual(*NSArray::arrayWithObjects("c")));
+}
+
+TEST(NSArrayNorvik, AnArrayThatItsPredicateChangesRaises) {
+  const auto list = NSMutableArray::arrayWithObjects("a", "b", "c");
+  int asked = 0;
+  EXPECT_RAISES((void)nk_filteredArrayUsingBlock(*list,
+                                                 [&](const Value&, std::size_t, bool& stop) {
+                                                   ++asked;
+                                                   list->removeAllObjects();
+                                                   stop = true;
+                                                   return true;
+                                                 }),
+                "NSGenericException");
+  EXPECT_EQ(asked, 1);
+}
+
+TEST(NSArrayNorvik, APredicateMayReleaseTheArray) {
+  Ref<NSArray> list = NSArray::arrayWithObjects(NSArray::arrayWithObjects("a"), "b");
+  const auto kept = nk_filteredArrayUsingBlock(*list, [&](const Value&, std::size_t, bool&) {
+    list = nullptr;
+    return true;
+  });
+  EXPECT_EQ(kept->count(), 2u);
+  EXPECT_EQ(kept->objectAtIndex(1), Value("b"));
+}
+
+TEST(NSArrayNorvik, WhatAPredicateThrowsPasses) {
+  const auto list = abc();
+  EXPECT_THROW((void)nk_filteredArrayUsingBlock(
+                   *list, [](const Value&, std::size_t, bool&) -> bool { throw std::runtime_error("no"); }),
+               std::runtime_error);
+  EXPECT_EQ(list->count(), 3u);
+}
+
 TEST(NSArrayNorvik, LeavesOutNullMarkersInACopyThatCanChange) {
   const auto list = NSArray::arrayWith({Value::null(), 0, "", Value::null()});
   const Ref<NSMutableArray> kept = nk_removeNulls(*list);
@@ -135,6 +214,16 @@ TEST(NSArrayNorvik, PutsItemsFirst) {
   EXPECT_TRUE(nk_moveItemsToStart(*list, *NSArray::array())->isEqual(*list));
   EXPECT_TRUE(
       nk_moveItemsToStart(*list, *NSArray::arrayWith({5, 5}))->isEqual(*NSArray::arrayWith({5, 5, 1, 2, 3, 2})));
+}
+
+TEST(NSArrayNorvik, AnArrayThatItsElementsChangeRaises) {
+  const auto list = make<NSMutableArray>();
+  const auto emptying = make<Emptying>();
+  emptying->list = list.get();
+  for (int i = 0; i < 3; ++i) list->addObject(emptying);
+  EXPECT_RAISES((void)nk_moveItemsToStart(*list, *NSArray::arrayWithObjects("Zoe")), "NSGenericException");
+  for (int i = 0; i < 3; ++i) list->addObject(emptying);
+  EXPECT_RAISES((void)nk_componentsJoinedByString(*list, ", "), "NSGenericException");
 }
 
 TEST(NSArrayNorvik, TheUpperHalfHasTheOddElement) {

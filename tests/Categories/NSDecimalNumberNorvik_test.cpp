@@ -1,5 +1,6 @@
 #include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
 
+#include "tests/support/Decimals.h"
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/WarningRecorder.h"
 
@@ -9,7 +10,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 }  // namespace
 

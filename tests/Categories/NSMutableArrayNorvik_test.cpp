@@ -1,6 +1,7 @@
 // Stacks, queues, arrays without null markers and several objects under one key.
 #include "NorvikCore/Categories/NSMutableArray+Norvik.h"
 
+#include "NorvikCore/Categories/NSArray+Norvik.h"
 #include "NorvikCore/Categories/NSMutableArray+Queue.h"
 #include "NorvikCore/Categories/NSMutableArray+Stack.h"
 #include "NorvikCore/Categories/NSMutableDictionary+Norvik.h"
@@ -8,6 +9,8 @@
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <gtest/gtest.h>
+
+#include <type_traits>
 
 namespace norvik {
 namespace {
@@ -69,6 +72,29 @@ TEST(NSMutableArrayNorvik, RemoveNullsTakesTheMarkersOut) {
   auto empty = NSMutableArray::array();
   nk_removeNulls(*empty);
   EXPECT_EQ(empty->count(), 0u);
+}
+
+TEST(NSMutableArrayNorvik, RemoveNullsChangesWhatMayBeChangedAndCopiesWhatMayNot) {
+  const auto fields = NSMutableArray::arrayWithObjects(Value::null(), "a");
+  const NSMutableArray& readOnly = *fields;
+  const Ref<NSMutableArray> copyOfReadOnly = nk_removeNulls(readOnly);
+  NSArray& plain = *fields;
+  const Ref<NSMutableArray> copyOfPlain = nk_removeNulls(plain);
+  const Ref<NSArray> kept = fields;
+  const Ref<NSMutableArray> copyOfKept = nk_removeNulls(*kept);
+  for (const auto& copy : {copyOfReadOnly, copyOfPlain, copyOfKept}) {
+    EXPECT_NE(copy, fields);
+    EXPECT_TRUE(areEqual(*copy, NSArray::arrayWithObjects("a")));
+  }
+  EXPECT_TRUE(areEqual(*fields, NSArray::arrayWithObjects(Value::null(), "a")));
+
+  static_assert(std::is_void_v<decltype(nk_removeNulls(*fields))>, "the array itself is changed");
+  nk_removeNulls(*fields);
+  EXPECT_TRUE(areEqual(*fields, NSArray::arrayWithObjects("a")));
+  fields->addObject(Value::null());
+  const auto owner = [&] { return fields; };
+  nk_removeNulls(*owner());
+  EXPECT_TRUE(areEqual(*fields, NSArray::arrayWithObjects("a")));
 }
 
 class Listener : public NSObject {

@@ -1,18 +1,22 @@
 // Guesses and conversions beside what they are defined by: regular expressions as ICU matches them, and plain loops
-// over units.
+// over units. NORVIK_TEXT_INPUTS says how many inputs each test compares (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/NSString+Norvik.h"
+
+#include "tests/support/ExpectRaises.h"
+#include "tests/support/RandomTexts.h"
 
 #include <gtest/gtest.h>
 #include <unicode/regex.h>
 #include <unicode/uchar.h>
 
 #include <memory>
-#include <random>
 #include <string>
+#include <vector>
 
 namespace norvik {
 namespace {
 
+using test::RandomTexts;
 using Units = std::u16string;
 
 class Pattern {
@@ -33,65 +37,66 @@ class Pattern {
   std::unique_ptr<icu::RegexPattern> pattern_;
 };
 
-class Source {
- public:
-  explicit Source(std::uint32_t seed) : engine_(seed) {}
-  std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine_); }
-  Units of(const std::u16string_view alphabet, std::size_t most) {
-    Units units;
-    for (std::size_t length = upTo(most); units.size() < length;) units += alphabet[upTo(alphabet.size() - 1)];
-    return units;
-  }
-
- private:
-  std::mt19937 engine_;
-};
-
 constexpr std::u16string_view breaksAndBlanks = u"\n\r\v\f\t \u0085\u00A0\u2028\u2029\u3000\u200B";
+
+/// The texts before, between and behind the separators.
+std::vector<Units> split(const Units& units, const Units& separator) {
+  std::vector<Units> parts;
+  std::size_t from = 0;
+  while (!separator.empty()) {
+    const std::size_t found = units.find(separator, from);
+    if (found == Units::npos) break;
+    parts.push_back(units.substr(from, found - from));
+    from = found + separator.size();
+  }
+  parts.push_back(units.substr(from));
+  return parts;
+}
 
 }  // namespace
 
 TEST(NSStringNorvikProperty, JsonIsWhatItsPatternFinds) {
   const Pattern pattern("^\\{\\s*\".*\\}$");
-  Source source(1);
+  RandomTexts random(1, 200'000);
   int found = 0;
-  for (int i = 0; i < 200'000; ++i) {
-    const Units units = u"{" + source.of(breaksAndBlanks, 1) + u"\"" + source.of(u"a}\"\U0001F4B7", 2) +
-                        source.of(breaksAndBlanks, 1) + u"}" + source.of(breaksAndBlanks, 2);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units object = u"{" + random.of(breaksAndBlanks, 1) + u"\"" + random.of(u"a}\"\U0001F4B7", 2) +
+                         random.of(breaksAndBlanks, 1) + u"}" + random.of(breaksAndBlanks, 2);
+    const Units units = random.upTo(3) == 0 ? random.of(u"{}\"a \n\u2028\xDCB7", 8) : object;
     const bool expected = pattern.isFoundIn(units);
     found += expected ? 1 : 0;
-    ASSERT_EQ(nk_isJson(NSString::fromUtf16(units)), expected) << i << ": " << NSString::fromUtf16(units);
+    ASSERT_EQ(nk_isJson(NSString::fromUtf16(units)), expected) << random.at(i) << ": " << NSString::fromUtf16(units);
   }
-  EXPECT_GT(found, 1000);
+  EXPECT_GT(found, random.inputs() / 200);
 }
 
 TEST(NSStringNorvikProperty, AnActionsSelectorIsWhatItsPatternMatchesWhole) {
   const Pattern pattern("\\A[^\\s:]+:\\z");
-  Source source(2);
-  for (int i = 0; i < 100'000; ++i) {
-    const Units units = source.of(u"ab:\u00E9 \n\u00A0\u2028", 4) + source.of(u":", 1);
-    ASSERT_EQ(isValidActionSelectorName(NSString::fromUtf16(units)), pattern.isFoundIn(units)) << i;
+  RandomTexts random(2, 100'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units units = random.of(u"ab:\u00E9 \n\u00A0\u2028", 4) + random.of(u":", 1);
+    ASSERT_EQ(isValidActionSelectorName(NSString::fromUtf16(units)), pattern.isFoundIn(units)) << random.at(i);
   }
 }
 
 TEST(NSStringNorvikProperty, CamelCaseIsALoopOverUnits) {
-  Source source(3);
-  for (int i = 0; i < 100'000; ++i) {
-    const Units units = source.of(u"aB1\u00C9\u01C5\u0130\xD801\xDC00 ", 8);
+  RandomTexts random(3, 100'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units units = random.of(u"aB1\u00C9\u01C5\u0130\xD801\xDC00 ", 8);
     Units expected;
     for (const char16_t unit : units) {
       const int type = u_charType(unit);
       if (type == U_UPPERCASE_LETTER || type == U_TITLECASE_LETTER) expected += u' ';
       expected += unit;
     }
-    ASSERT_EQ(nk_stringFromCamelCase(NSString::fromUtf16(units)).toUtf16(), expected) << i;
+    ASSERT_EQ(nk_stringFromCamelCase(NSString::fromUtf16(units)).toUtf16(), expected) << random.at(i);
   }
 }
 
 TEST(NSStringNorvikProperty, FileNamesAreAReplacementOfUnitsAndTrimmed) {
-  Source source(4);
-  for (int i = 0; i < 50'000; ++i) {
-    const Units units = source.of(u"a./:\\ \u00A0\xD83D\xDCB7", 8), replacement = source.of(u"-_ ", 2);
+  RandomTexts random(4, 50'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units units = random.of(u"a./:\\ \u00A0\xD83D\xDCB7", 8), replacement = random.of(u"-_ ", 2);
     Units expected;
     for (const char16_t unit : units) {
       if (std::u16string_view(u".:/\\?%*|\"<>").find(unit) == Units::npos) {
@@ -100,9 +105,49 @@ TEST(NSStringNorvikProperty, FileNamesAreAReplacementOfUnitsAndTrimmed) {
         expected += replacement;
       }
     }
-    ASSERT_EQ(nk_sanitizeFileNameString(NSString::fromUtf16(units), NSString::fromUtf16(replacement)),
-              NSString::fromUtf16(expected).stringByTrimming())
-        << i;
+    const std::size_t first = expected.find_first_not_of(breaksAndBlanks);
+    expected =
+        first == Units::npos ? Units() : expected.substr(first, expected.find_last_not_of(breaksAndBlanks) - first + 1);
+    ASSERT_EQ(nk_sanitizeFileNameString(NSString::fromUtf16(units), NSString::fromUtf16(replacement)).toUtf16(),
+              expected)
+        << random.at(i);
+  }
+}
+
+TEST(NSStringNorvikProperty, TheFirstOccurrenceIsFoundUnitByUnit) {
+  constexpr std::u16string_view alphabet = u"ab\xD83D\xDCB7";
+  RandomTexts random(5, 50'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units units = random.of(alphabet, 8), target = random.of(alphabet, 2), replacement = random.of(alphabet, 2);
+    Units expected = units;
+    const std::size_t found = target.empty() ? Units::npos : units.find(target);
+    if (found != Units::npos) expected.replace(found, target.size(), replacement);
+    ASSERT_EQ(nk_stringByReplacingFirstOccurrenceOfString(NSString::fromUtf16(units), NSString::fromUtf16(target),
+                                                          NSString::fromUtf16(replacement))
+                  .toUtf16(),
+              expected)
+        << random.at(i);
+  }
+}
+
+TEST(NSStringNorvikProperty, PartsBetweenSeparatorsBeginWithASmallLetterOrRaise) {
+  RandomTexts random(6, 50'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units units = random.of(u"AB.\xD83D\xDCB7", 8), separator = random.of(u".B\xD83D\xDCB7", 2);
+    Units expected;
+    bool raises = false;
+    for (const Units& part : split(units, separator)) {
+      raises = raises || part.empty();
+      if (!expected.empty()) expected += separator;
+      expected += part;
+      if (!part.empty() && (part[0] == u'A' || part[0] == u'B')) expected[expected.size() - part.size()] += u'a' - u'A';
+    }
+    NSString answer;
+    const std::string raised = test::nameOfWhatIsRaised([&] {
+      answer = nk_lowercaseFirstCharactersSeparatedByString(NSString::fromUtf16(units), NSString::fromUtf16(separator));
+    });
+    ASSERT_EQ(raised, raises ? "NSRangeException" : "") << random.at(i);
+    ASSERT_EQ(answer.toUtf16(), raises ? Units() : expected) << random.at(i);
   }
 }
 

@@ -1,9 +1,12 @@
 #include "NorvikCore/Categories/NSString+Norvik.h"
 
+#include "NorvikCore/platform/appkit/NSStringDrawing.h"
+
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace norvik {
@@ -33,6 +36,9 @@ TEST(NSStringNorvik, NothingButBlanksAndLineBreaksIsEmpty) {
 TEST(NSStringNorvik, QuotesTextForSql) {
   EXPECT_EQ(sqlLiteEscapeString(""), "''");
   EXPECT_EQ(sqlLiteEscapeString("''"), "''''''");
+  EXPECT_EQ(sqlLiteEscapeString("O'Neil"), "'O''Neil'");
+  EXPECT_EQ(sqlLiteEscapeString("a\0'b"_ns), "'a\0''b'"_ns);
+  EXPECT_EQ(sqlLiteEscapeString(units({u"\xD83D", 1})), "'" + units({u"\xD83D", 1}) + "'");
   EXPECT_EQ(sqlLiteEscapeString("Zo\u00EB \"x\""), "'Zo\u00EB \"x\"'");
 }
 
@@ -81,7 +87,9 @@ TEST(NSStringNorvik, TakesOutOfFileNamesWhatPathsGiveAMeaning) {
   EXPECT_EQ(nk_sanitizeFileNameString(".:/\\?%*|\"<>", "_"), "___________");
   EXPECT_EQ(nk_sanitizeFileNameString("a/b:c.pdf"), "abcpdf");
   EXPECT_EQ(nk_sanitizeFileNameString(" \na/b\u00A0", "-"), "a-b");
+  EXPECT_EQ(nk_sanitizeFileNameString("a/b:c.pdf", "-"), "a-b-c-pdf");
   EXPECT_EQ(nk_sanitizeFileNameString("/a/", " "), "a");
+  EXPECT_EQ(nk_sanitizeFileNameString("a\0\nb"_ns), "a\0\nb"_ns);
   EXPECT_EQ(nk_sanitizeFileNameString("???"), "");
   EXPECT_EQ(nk_sanitizeFileNameString("\U0001F4B7|x", "\u20AC"), "\U0001F4B7\u20ACx");
 }
@@ -103,6 +111,15 @@ TEST(NSStringNorvik, KeepsThePathExtensionOfAFileName) {
       {"a.pdf/", "a.pdf"},
       {"", ""},
       {" pay .pdf", "pay.pdf"},
+      {"pay. pdf ", "pay.pdf"},
+      {"pay. ", "pay"},
+      {" .pdf", ""},
+      {"a..pdf", "a-.pdf"},
+      {"..pdf", "--pdf"},
+      {"..", "--"},
+      {"/", "-"},
+      {"a/.pdf", "a--pdf"},
+      {"a.b/c", "a-b-c"},
   };
   for (const auto& row : rows) EXPECT_EQ(nk_sanitizeFileNameExtString(row.name, "-"), row.expected) << row.name;
   EXPECT_EQ(nk_sanitizeFileNameExtString("?.pdf", ""), "");
@@ -120,6 +137,12 @@ TEST(NSStringNorvik, KnowsTypesOfImagesByTheirExtension) {
       {"a.bmp", "application/octet-stream"},
       {"jpg", "application/octet-stream"},
       {".jpg", "application/octet-stream"},
+      {"..jpg", "application/octet-stream"},
+      {"a..jpg", "image/jpg"},
+      {"a.jpg.", "application/octet-stream"},
+      {"a.jpg ", "application/octet-stream"},
+      {"a.jpg/", "image/jpg"},
+      {"a.jpg/b", "application/octet-stream"},
       {"", "application/octet-stream"},
   };
   for (const auto& row : rows) EXPECT_EQ(nk_imageMimeTypeFromPathExtension(row.path), row.expected) << row.path;
@@ -194,6 +217,27 @@ TEST(NSStringNorvik, BecomesAttributedText) {
   EXPECT_EQ(run, (NSRange{0, 3}));
   EXPECT_EQ(nk_addAttributes("pay", nullptr)->attributesAtIndex(0)->count(), 0u);
   EXPECT_EQ(nk_addAttributes("", attributes)->length(), 0u);
+}
+
+TEST(NSStringNorvik, SplitsATextIntoLinesThatFitAWidthInAFont) {
+  const auto font = NSFont::fontWithName("DejaVu Sans", 11);
+  const auto lines = [&](const NSString& text, double width) -> Value {
+    return nk_splitStringMaxWidth(text, width, *font);
+  };
+  const double twoWords = std::trunc(widthInFont("net pay", *font));
+  EXPECT_EQ(lines("net pay of April", twoWords), NSArray::arrayWith({"net pay", "of April"}));
+  EXPECT_EQ(lines("net pay of April", twoWords - 1), NSArray::arrayWith({"net", "pay of", "April"}));
+  EXPECT_EQ(lines("net pay of April", 1e9), NSArray::arrayWith({"net pay of April"}));
+  EXPECT_EQ(lines("Llanfairpwllgwyngyll", 10), NSArray::arrayWith({"Llanfairpwllgwyngyll"}));
+  EXPECT_EQ(lines("", 10), NSArray::arrayWith({""}));
+  EXPECT_EQ(lines("a\tb  c", 1e9), NSArray::arrayWith({"a b  c"}));
+}
+
+TEST(NSStringNorvik, WrapsATextAtAWidthInAFont) {
+  const auto font = NSFont::fontWithName("DejaVu Sans", 11);
+  EXPECT_EQ(nk_wrapStringMaxWidth("net pay of April", std::trunc(widthInFont("net pay", *font)), *font),
+            "net pay\nof April");
+  EXPECT_EQ(nk_wrapStringMaxWidth("", 10, *font), "");
 }
 
 }  // namespace norvik

@@ -1,38 +1,59 @@
+// Lines beside those of a model. NORVIK_TEXT_INPUTS says how many texts are compared (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/internal/WordWrap.h"
+
+#include "tests/support/RandomTexts.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
-#include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace norvik {
 namespace {
 
-/// A unit is 7.5 points wide.
-double width(const NSString& line) { return 7.5 * static_cast<double>(line.length()); }
+using test::RandomTexts;
+
+constexpr double unitWidth = 7.5;
+
+double width(const NSString& word) { return unitWidth * static_cast<double>(word.length()); }
 
 std::vector<std::string> wrapped(const NSString& text, double maxWidth) {
   std::vector<std::string> lines;
-  for (const NSString& line : detail::splitToWidth(text, maxWidth, width)) lines.push_back(line.utf8());
+  for (const NSString& line : detail::splitToWidth(text, maxWidth, unitWidth, width)) lines.push_back(line.utf8());
   return lines;
 }
 
 using Lines = std::vector<std::string>;
 
+using Units = std::u16string;
+constexpr std::u16string_view blanks = u" \t\u00A0\u1680\u2000\u200A\u202F\u205F\u3000";
+constexpr std::u16string_view breaks = u"\n\v\f\r\u0085\u2028\u2029";
+
+/// Of the widest line.
+double modelWidth(const Units& text) {
+  std::size_t widest = 0, length = 0;
+  for (const char16_t c : text) {
+    length = breaks.find(c) != Units::npos ? 0 : length + 1;
+    widest = std::max(widest, length);
+  }
+  return unitWidth * static_cast<double>(widest);
+}
+
 /// The steps one by one, over words that a loop cut.
-Lines modelWrapped(const std::string& text, double maxWidth) {
-  std::vector<std::string> words(1);
-  for (const char c : text) {
-    if (c == ' ' || c == '\t') {
+std::vector<Units> modelWrapped(const Units& text, double maxWidth) {
+  std::vector<Units> words(1);
+  for (const char16_t c : text) {
+    if (blanks.find(c) != Units::npos) {
       words.emplace_back();
     } else {
       words.back() += c;
     }
   }
-  Lines lines;
-  std::string line;
+  std::vector<Units> lines;
+  Units line;
   std::size_t i = 0;
   for (;;) {
     if (line.empty()) line = words[i];
@@ -40,8 +61,8 @@ Lines modelWrapped(const std::string& text, double maxWidth) {
       lines.push_back(line);
       return lines;
     }
-    const std::string candidate = line + " " + words[i + 1];
-    const auto whole = static_cast<long>(7.5 * static_cast<double>(candidate.size()));
+    const Units candidate = line + u" " + words[i + 1];
+    const auto whole = static_cast<long>(modelWidth(candidate));
     if (maxWidth >= static_cast<double>(whole)) {
       line = candidate;
     } else {
@@ -85,14 +106,32 @@ TEST(WordWrap, AWidthThatIsNoNumberFitsNothing) {
   EXPECT_EQ(wrapped("a b", std::numeric_limits<double>::infinity()), (Lines{"a b"}));
 }
 
+TEST(WordWrap, EveryKindOfBlankSplits) {
+  for (const char16_t blank : blanks)
+    EXPECT_EQ(wrapped(NSString::fromUtf16(Units{u'a', blank, u'b'}), 10), (Lines{"a", "b"})) << int(blank);
+  EXPECT_EQ(wrapped("a\u200Bb", 10), (Lines{"a\u200B"
+                                            "b"}));  // no blank to Unicode
+}
+
+TEST(WordWrap, AHalfThatStandsAloneStays) {
+  const NSString text = NSString::fromUtf16({u"a \xD83D b\xDCB7", 6});
+  const auto lines = detail::splitToWidth(text, 25, unitWidth, width);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].toUtf16(), (Units{u'a', u' ', 0xD83D}));
+  EXPECT_EQ(lines[1].toUtf16(), (Units{u'b', 0xDCB7}));
+}
+
 TEST(WordWrap, WrapsAsTheModelDoes) {
-  std::mt19937 engine(4);
-  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
-  for (int round = 0; round < 100'000; ++round) {
-    std::string text;
-    for (std::size_t length = upTo(24); text.size() < length;) text += "abcd  \t\n"[upTo(7)];
-    const double maxWidth = static_cast<double>(upTo(80));
-    ASSERT_EQ(wrapped(text, maxWidth), modelWrapped(text, maxWidth)) << "\"" << text << "\" to " << maxWidth;
+  RandomTexts random(4, 100'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const Units text = random.upTo(1) == 0 ? random.of(u"abcd  \t\n", 24)
+                                           : random.of(u"a\xD83D\xDCB7\u00E9 \u00A0\u3000\u200B\r\u0085\u2028", 24);
+    const double maxWidth = static_cast<double>(random.upTo(80));
+    std::vector<Units> lines;
+    for (const NSString& line : detail::splitToWidth(NSString::fromUtf16(text), maxWidth, unitWidth, width))
+      lines.push_back(line.toUtf16());
+    ASSERT_EQ(lines, modelWrapped(text, maxWidth))
+        << "\"" << NSString::fromUtf16(text) << "\" to " << maxWidth << ", " << random.at(i);
   }
 }
 

@@ -1,56 +1,100 @@
 // NorvikCore/Categories/internal/WordWrap.h - a text broken into lines that fit a width.
 //
-//   splitToWidth("net pay of April", 80, [&](const NSString& line) { return widthOf(line, font); });
+//   splitToWidth("net pay of April", 80, blankWidth, [&](const NSString& word) { return widthOf(word, font); });
 //
 // Each blank and each tab ends a word, so that two of them have an empty word between them. A word that is too wide has
-// a line of its own. Line breaks are no blanks: they stay in their word.
+// a line of its own. Line breaks are no blanks: they stay in their word, and a text with some is as wide as the widest
+// of its lines.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSCharacterClass.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace norvik::detail {
 
-/// Always one more than there are blanks.
-[[nodiscard]] inline std::vector<NSString> wordsOf(const NSString& text) {
-  std::vector<NSString> words;
-  NSMutableString word;
-  for (const char32_t point : text.codePoints()) {
-    if (isWhitespace(point)) {
-      words.push_back(word.string());
-      word = NSMutableString();
-    } else {
-      word.appendCodePoint(point);
+/// The text between the characters of a kind: always one more than there are of these.
+template <class IsSeparator>
+[[nodiscard]] std::vector<NSString> splitAt(const NSString& text, IsSeparator&& isSeparator) {
+  std::vector<NSString> parts;
+  const std::string_view bytes = text.view();
+  std::size_t from = 0, at = 0;
+  NSUInteger fromUnit = 0, unit = 0;
+  // By units where halves stand alone, because the bytes of these are no UTF-8.
+  const auto addPart = [&] {
+    parts.push_back(text.isWellFormed() ? NSString(bytes.substr(from, at - from))
+                                        : text.substringWithRange({fromUnit, unit - fromUnit}));
+  };
+  while (at < bytes.size()) {
+    const utf8::Character character = utf8::decode(bytes.data() + at);
+    const NSUInteger units = character.point < 0x10000 ? 1 : 2;
+    if (isSeparator(character.point)) {
+      addPart();
+      from = at + character.size;
+      fromUnit = unit + units;
     }
+    at += character.size;
+    unit += units;
   }
-  words.push_back(word.string());
-  return words;
+  addPart();
+  return parts;
 }
 
-/// `measure(line)` is the width of a line; its fraction does not count. Measures each line once for each word in it.
+/// How wide a text is whose lines end at line breaks, such that texts can be put behind each other.
+struct TextExtent {
+  double first = 0, last = 0, widest = 0;
+  bool isOneLine = true;
+
+  /// This text, a blank, and the other.
+  [[nodiscard]] TextExtent followedBy(const TextExtent& other, double blankWidth) const {
+    const double between = last + blankWidth + other.first;
+    return {isOneLine ? between : first, other.isOneLine ? between : other.last,
+            std::max({widest, other.widest, between}), isOneLine && other.isOneLine};
+  }
+};
+
 template <class Measure>
-[[nodiscard]] std::vector<NSString> splitToWidth(const NSString& text, double maxWidth, Measure&& measure) {
-  const std::vector<NSString> words = wordsOf(text);
+[[nodiscard]] TextExtent extentOf(const NSString& word, Measure&& measure) {
+  const std::vector<NSString> lines = splitAt(word, isLineBreak);
+  TextExtent extent;
+  extent.isOneLine = lines.size() == 1;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    extent.last = measure(lines[i]);
+    if (i == 0) extent.first = extent.last;
+    extent.widest = std::max(extent.widest, extent.last);
+  }
+  return extent;
+}
+
+/// `measure(word)` is the width of a text without blanks and line breaks; the fraction of a line's width does not
+/// count. Measures each word once.
+template <class Measure>
+[[nodiscard]] std::vector<NSString> splitToWidth(const NSString& text, double maxWidth, double blankWidth,
+                                                 Measure&& measure) {
+  const std::vector<NSString> words = splitAt(text, isWhitespace);
   std::vector<NSString> lines;
-  NSString line;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (line.empty()) line = words[i];
-    if (i + 1 == words.size()) {
-      lines.push_back(line);
-      break;
-    }
-    const NSString longer = line + " " + words[i + 1];
-    if (maxWidth >= std::trunc(measure(longer))) {
-      line = longer;
+  NSMutableString line(words.front());
+  TextExtent extent = extentOf(words.front(), measure);
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const TextExtent next = extentOf(words[i], measure);
+    const TextExtent longer = extent.followedBy(next, blankWidth);
+    if (maxWidth >= std::trunc(longer.widest)) {
+      line.appendString(" ");
+      line.appendString(words[i]);
+      extent = longer;
     } else {
-      lines.push_back(line);
-      line = NSString();
+      lines.push_back(line.string());
+      line.setString(words[i]);
+      extent = next;
     }
   }
+  lines.push_back(line.string());
   return lines;
 }
 

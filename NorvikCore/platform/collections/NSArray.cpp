@@ -16,19 +16,22 @@ std::vector<Value> detail::sorted(std::span<const Value> elements, const void* c
 }
 
 NSArray::NSArray(std::vector<Value> elements) : elements_(std::move(elements)) {
-  for (const Value& element : elements_) detail::checkPresent(element, "NSArray");
+  for (const Value& element : elements_) {
+    if (element.isAbsent()) detail::checkPresent(element, "NSArray");
+  }
 }
 
 NSArray::~NSArray() { detail::releaseAll(std::move(elements_)); }
 
 std::size_t NSArray::indexOfObject(const Value& object) const {
-  const auto found = std::ranges::find(elements_, object);
-  return found == elements_.end() ? NSNotFound : static_cast<std::size_t>(found - elements_.begin());
+  const auto all = elements();
+  const auto found = std::ranges::find(all, object);
+  return found == all.end() ? NSNotFound : static_cast<std::size_t>(found - all.begin());
 }
 
 std::size_t NSArray::indexOfObjectIdenticalTo(const Value& object) const noexcept {
-  for (std::size_t i = 0; i < elements_.size(); ++i) {
-    if (elements_[i].isIdenticalTo(object)) return i;
+  for (std::size_t i = 0; i < count(); ++i) {
+    if (elements()[i].isIdenticalTo(object)) return i;
   }
   return NSNotFound;
 }
@@ -42,22 +45,21 @@ Ref<NSArray> NSArray::subarrayWithRange(NSRange range) const {
 Ref<NSArray> NSArray::arrayByAddingObject(const Value& object) const {
   detail::checkPresent(object, "arrayByAddingObject");
   std::vector<Value> sum;
-  sum.reserve(elements_.size() + 1);
-  sum = elements_;
+  sum.reserve(count() + 1);
+  sum.insert(sum.end(), elements().begin(), elements().end());
   sum.push_back(object);
   return make<NSArray>(std::move(sum));
 }
 
 Ref<NSArray> NSArray::arrayByAddingObjectsFromArray(const NSArray& other) const {
   std::vector<Value> sum;
-  sum.reserve(elements_.size() + other.elements_.size());
-  sum.insert(sum.end(), elements_.begin(), elements_.end());
-  sum.insert(sum.end(), other.elements_.begin(), other.elements_.end());
+  sum.reserve(count() + other.count());
+  for (const NSArray* each : {this, &other}) sum.insert(sum.end(), each->elements().begin(), each->elements().end());
   return make<NSArray>(std::move(sum));
 }
 
 Ref<NSArray> NSArray::reversedArray() const {
-  return make<NSArray>(std::vector<Value>(elements_.rbegin(), elements_.rend()));
+  return make<NSArray>(std::vector<Value>(elements().rbegin(), elements().rend()));
 }
 
 Ref<NSArray> NSArray::sortedArray() const {
@@ -68,42 +70,48 @@ NSString NSArray::componentsJoinedByString(const NSString& separator) const {
   std::u16string units;
   std::string text;
   bool isWellFormed = separator.isWellFormed();
-  for (std::size_t i = 0; i < elements_.size(); ++i) {
-    const NSString element = elements_[i].description();
+  const auto all = elements();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const NSString element = all[i].description();
     isWellFormed = isWellFormed && element.isWellFormed();
     if (i > 0) text += separator.view();
     text += element.view();
   }
   if (isWellFormed) return NSString(text);
-  for (std::size_t i = 0; i < elements_.size(); ++i) {  // halves of characters may meet
+  for (std::size_t i = 0; i < all.size(); ++i) {  // halves of characters may meet
     if (i > 0) units += separator.toUtf16();
-    units += elements_[i].description().toUtf16();
+    units += all[i].description().toUtf16();
   }
   return NSString::fromUtf16(units);
 }
 
 Ref<NSArray> NSArray::copy() const { return ref(const_cast<NSArray&>(*this)); }
 
-Ref<NSMutableArray> NSArray::mutableCopy() const { return make<NSMutableArray>(elements_); }
+Ref<NSMutableArray> NSArray::mutableCopy() const { return make<NSMutableArray>(values()); }
 
 bool NSArray::isEqual(const NSObject& other) const {
   if (this == &other) return true;
   const auto* array = dynamic_cast<const NSArray*>(&other);
   if (!array || count() != array->count()) return false;
   detail::Comparison comparison(*this, other);
-  return comparison.isKnown() || comparison.conclude(elements_ == array->elements_);
+  return comparison.isKnown() || comparison.conclude(std::ranges::equal(elements(), array->elements()));
 }
 
 std::size_t NSArray::hash() const {
-  std::size_t hash = elements_.size();
-  for (const Value& element : elements_) hash = hash * 31 + detail::elementHash(element);
+  std::size_t hash = count();
+  for (const Value& element : elements()) hash = hash * 31 + detail::elementHash(element);
   return hash;
 }
 
 NSString NSArray::description() const { return detail::describeCollection(*this); }
 
+void NSArray::giveUpRoom() noexcept {
+  elements_.erase(elements_.begin(), elements_.begin() + static_cast<std::ptrdiff_t>(first_));
+  first_ = 0;
+}
+
 void NSArray::raiseIndex(const char* operation, std::size_t index) const {
-  const std::string bounds = elements_.empty() ? "an empty array" : "bounds [0 .. " + std::to_string(count() - 1) + "]";
+  const std::string bounds = count() == 0 ? "an empty array" : "bounds [0 .. " + std::to_string(count() - 1) + "]";
   NSException::raise(NSRangeException, "-[" + classObject().name().str() + " " + operation + "]: index " +
                                            std::to_string(index) + " beyond " + bounds);
 }

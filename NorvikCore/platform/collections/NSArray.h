@@ -63,28 +63,28 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] static Ref<NSArray> arrayWithObjects(V&&... objects) {
     return arrayWith({detail::elementOf(std::forward<V>(objects))...});
   }
-  [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.elements_); }
+  [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.values()); }
   /// From any range whose elements are or become values, such as a std::vector<NSString>.
   template <class Range>
   [[nodiscard]] static Ref<NSArray> arrayFrom(const Range& objects) {
     return make<NSArray>(detail::elementsOf(objects));
   }
 
-  [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
+  [[nodiscard]] std::size_t count() const noexcept { return elements_.size() - first_; }
   [[nodiscard]] const Value& objectAtIndex(std::size_t index) const {
-    if (index >= elements_.size()) [[unlikely]]
+    if (index >= count()) [[unlikely]]
       raiseIndex("objectAtIndex", index);
-    return elements_[index];
+    return elements_[first_ + index];
   }
   [[nodiscard]] const Value& operator[](std::size_t index) const { return objectAtIndex(index); }
   /// Absent where the array is empty.
-  [[nodiscard]] Value firstObject() const { return elements_.empty() ? Value() : elements_.front(); }
-  [[nodiscard]] Value lastObject() const { return elements_.empty() ? Value() : elements_.back(); }
+  [[nodiscard]] Value firstObject() const { return count() == 0 ? Value() : elements_[first_]; }
+  [[nodiscard]] Value lastObject() const { return count() == 0 ? Value() : elements_.back(); }
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
-  [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(elements_.size()); }
+  [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(count()); }
   /// The elements without the check for changes.
-  [[nodiscard]] std::span<const Value> elements() const noexcept { return elements_; }
+  [[nodiscard]] std::span<const Value> elements() const noexcept { return {elements_.data() + first_, count()}; }
   /// For a range-based for: the elements as `T&` where T is a class of objects, otherwise as `T` by value. An element
   /// that is something else raises NSInvalidArgumentException when the loop reaches it.
   template <class T>
@@ -132,13 +132,18 @@ class NK_EXPORT NSArray : public NSObject {
   [[noreturn]] void raiseIndex(const char* operation, std::size_t index) const;
   void checkRange(const char* operation, NSRange range) const;
 
+  /// Moves the elements to the beginning of elements_.
+  void giveUpRoom() noexcept;
+  [[nodiscard]] std::vector<Value> values() const { return {elements().begin(), elements().end()}; }
+
   std::vector<Value> elements_;
+  std::size_t first_ = 0;      ///< those before it were removed from an NSMutableArray, and are absent
   std::uint64_t changes_ = 0;  ///< how often an NSMutableArray was changed
 
  private:
   friend struct detail::CollectionAccess;
   [[nodiscard]] const_iterator iteratorAt(std::size_t index) const noexcept {
-    return {elements_.data() + index, elements_.data() + elements_.size(), *this, changes_};
+    return {elements_.data() + first_ + index, elements_.data() + elements_.size(), *this, changes_};
   }
 };
 

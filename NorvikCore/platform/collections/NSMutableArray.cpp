@@ -34,7 +34,7 @@ void NSMutableArray::addObjectsFromArray(const NSArray& other) {
 void NSMutableArray::insertObject(Value object, std::size_t index) {
   detail::checkPresent(object, "insertObject:atIndex:");
   if (index > count()) raiseIndex("insertObject:atIndex:", index);
-  elements_.insert(elements_.begin() + static_cast<std::ptrdiff_t>(index), std::move(object));
+  elements_.insert(elements_.begin() + static_cast<std::ptrdiff_t>(first_ + index), std::move(object));
   ++changes_;
 }
 
@@ -42,13 +42,13 @@ void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
   detail::checkPresent(object, "replaceObjectAtIndex:withObject:");
   if (index >= count()) raiseIndex("replaceObjectAtIndex:withObject:", index);
   ++changes_;
-  std::swap(elements_[index], object);
+  std::swap(elements_[first_ + index], object);
 }
 
 void NSMutableArray::exchangeObjectAtIndex(std::size_t index, std::size_t other) {
   if (index >= count()) raiseIndex("exchangeObjectAtIndex:withObjectAtIndex:", index);
   if (other >= count()) raiseIndex("exchangeObjectAtIndex:withObjectAtIndex:", other);
-  std::swap(elements_[index], elements_[other]);
+  std::swap(elements_[first_ + index], elements_[first_ + other]);
   ++changes_;
 }
 
@@ -59,23 +59,29 @@ void NSMutableArray::setArray(const NSArray& other) {
 
 void NSMutableArray::removeObjectAtIndex(std::size_t index) {
   if (index >= count()) raiseIndex("removeObjectAtIndex:", index);
-  const Value removed = std::move(elements_[index]);
-  elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(index));
+  const Value removed = std::exchange(elements_[first_ + index], Value());
+  if (index == 0) {
+    ++first_;
+    // The room of what was removed is given up when it is half of all, so that a queue moves each element once or so.
+    if (2 * first_ >= elements_.size()) giveUpRoom();
+  } else {
+    elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(first_ + index));
+  }
   ++changes_;
 }
 
 void NSMutableArray::removeLastObject() {
-  if (!elements_.empty()) removeObjectAtIndex(count() - 1);
+  if (count() > 0) removeObjectAtIndex(count() - 1);
 }
 
 void NSMutableArray::removeAllObjects() {
-  if (!elements_.empty()) replaceAll({});
+  if (count() > 0) replaceAll({});
 }
 
 void NSMutableArray::removeObjectsInRange(NSRange range) {
   checkRange("removeObjectsInRange:", range);
   if (range.length == 0) return;
-  const auto first = elements_.begin() + static_cast<std::ptrdiff_t>(range.location);
+  const auto first = elements_.begin() + static_cast<std::ptrdiff_t>(first_ + range.location);
   const auto last = first + static_cast<std::ptrdiff_t>(range.length);
   std::vector<Value> removed(std::make_move_iterator(first), std::make_move_iterator(last));
   elements_.erase(first, last);
@@ -99,10 +105,11 @@ void NSMutableArray::sort() {
   sortUsingComparator([](const Value& a, const Value& b) { return a.compare(b); });
 }
 
-Ref<NSArray> NSMutableArray::copy() const { return make<NSArray>(elements_); }
+Ref<NSArray> NSMutableArray::copy() const { return make<NSArray>(values()); }
 
 void NSMutableArray::replaceAll(std::vector<Value> elements) noexcept {
   elements_.swap(elements);
+  first_ = 0;
   ++changes_;
   detail::releaseAll(std::move(elements));
 }

@@ -45,6 +45,7 @@ class NK_EXPORT NSMutableArray : public NSArray {
   void exchangeObjectAtIndex(std::size_t index, std::size_t other);
   void setArray(const NSArray& other);
 
+  /// The first one is removed in constant time on average, any other in that of moving those behind it.
   void removeObjectAtIndex(std::size_t index);
   /// Does nothing where the array is empty.
   void removeLastObject();

@@ -41,7 +41,6 @@ void NSMutableDictionary::setDictionary(const NSDictionary& other) {
 }
 
 void NSMutableDictionary::removeObjectForKey(const Value& key) {
-  if (key.isAbsent()) return;  // the table's mark of a removed entry
   const Entry removed = table_.remove(key);
   if (!removed.key.isAbsent()) ++changes_;
 }

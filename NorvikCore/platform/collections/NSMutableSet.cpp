@@ -25,7 +25,6 @@ void NSMutableSet::addObjectsFromArray(const NSArray& array) {
 }
 
 void NSMutableSet::removeObject(const Value& object) {
-  if (object.isAbsent()) return;                // the table's mark of a removed one
   const Value removed = table_.remove(object);  // goes when the table is whole again
   if (!removed.isAbsent()) ++changes_;
 }

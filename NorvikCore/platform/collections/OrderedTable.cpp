@@ -13,7 +13,7 @@ void PositionIndex::append(std::uint32_t hash) {
     NSException::raise(NSRangeException, "a dictionary or a set holds at most 4294967294 entries");
   }
   if (hashes_.size() >= greatestUnindexed && (hashes_.size() + 1) * 4 > slots_.size() * 3) {
-    std::vector<std::uint32_t> slots(std::bit_ceil((hashes_.size() + 1) * 2));
+    std::vector<Slot> slots(std::bit_ceil((hashes_.size() + 1) * 2));
     hashes_.push_back(hash);
     slots_.swap(slots);
     for (std::size_t position = 0; position < hashes_.size(); ++position) enter(position);
@@ -26,7 +26,7 @@ void PositionIndex::append(std::uint32_t hash) {
 void PositionIndex::keepFirst(std::size_t count) noexcept {
   hashes_.resize(count);
   slots_.resize(count <= greatestUnindexed ? 0 : std::min(slots_.size(), std::bit_ceil(count * 2)));  // never grows
-  std::ranges::fill(slots_, 0u);
+  std::ranges::fill(slots_, Slot());
   if (slots_.empty()) return;
   for (std::size_t position = 0; position < count; ++position) enter(position);
 }
@@ -37,9 +37,10 @@ void PositionIndex::clear() noexcept {
 }
 
 void PositionIndex::enter(std::size_t position) noexcept {
-  std::size_t slot = hashes_[position] & mask();
-  while (slots_[slot] != 0) slot = (slot + 1) & mask();
-  slots_[slot] = static_cast<std::uint32_t>(position + 1);
+  const std::uint32_t hash = hashes_[position];
+  std::size_t at = hash & mask();
+  while (slots_[at].next != 0) at = (at + 1) & mask();
+  slots_[at] = {hash, static_cast<std::uint32_t>(position + 1)};
 }
 
 }  // namespace norvik::detail

@@ -34,10 +34,10 @@ class NK_EXPORT PositionIndex {
       }
       return notFound;
     }
-    for (std::size_t slot = hash & mask();; slot = (slot + 1) & mask()) {
-      if (slots_[slot] == 0) return notFound;
-      const std::size_t position = slots_[slot] - 1;
-      if (hashes_[position] == hash && isEqualAt(position)) return position;
+    for (std::size_t at = hash & mask();; at = (at + 1) & mask()) {
+      const Slot& slot = slots_[at];
+      if (slot.next == 0) return notFound;
+      if (slot.hash == hash && isEqualAt(std::size_t{slot.next} - 1)) return std::size_t{slot.next} - 1;
     }
   }
 
@@ -54,11 +54,17 @@ class NK_EXPORT PositionIndex {
  private:
   static constexpr std::size_t greatestUnindexed = 8;
 
+  /// With the hash beside the position, a search reads one place of the memory before it looks at an entry.
+  struct Slot {
+    std::uint32_t hash = 0;
+    std::uint32_t next = 0;  ///< 0 where it is empty, else a position + 1
+  };
+
   [[nodiscard]] std::size_t mask() const noexcept { return slots_.size() - 1; }
   void enter(std::size_t position) noexcept;
 
   std::vector<std::uint32_t> hashes_;
-  std::vector<std::uint32_t> slots_;  ///< a power of two of them: 0 where empty, else a position + 1
+  std::vector<Slot> slots_;  ///< a power of two of them
 };
 
 inline const Value& keyOf(const Value& element) noexcept { return element; }
@@ -122,6 +128,7 @@ class OrderedTable {
 
  private:
   [[nodiscard]] std::size_t positionOf(const Value& key, std::uint32_t hash) const {
+    if (key.isAbsent()) return PositionIndex::notFound;  // and not where an entry was removed
     return index_.find(hash, [&](std::size_t position) { return keyOf(entries_[position]) == key; });
   }
 

@@ -7,26 +7,42 @@
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <climits>
+#include <cstdint>
 #include <string>
 #include <utility>
 
 namespace norvik {
 namespace detail {
+namespace {
+
+constexpr std::uint64_t greatestCount = UINT32_MAX;
+
+std::uint64_t countIn(std::uint64_t state) noexcept { return state & greatestCount; }
+std::uint64_t generationIn(std::uint64_t state) noexcept { return state >> 32; }
+/// The next generation, with nothing in it.
+std::uint64_t emptyAfter(std::uint64_t state) noexcept { return (generationIn(state) + 1) << 32; }
+
+}  // namespace
 
 void retainCore(GroupCore* group) noexcept { group->retain(); }
 void releaseCore(GroupCore* group) noexcept { group->release(); }
 
+void GroupCore::enter() noexcept {
+  const std::uint64_t before = state_.fetch_add(1, std::memory_order_relaxed);
+  if (countIn(before) == greatestCount) [[unlikely]]
+    reportMisuse("dispatch_group_enter more than four thousand million times without dispatch_group_leave");
+}
+
 void GroupCore::leave() noexcept {
-  const std::int64_t before = count_.fetch_sub(1, std::memory_order_seq_cst);
-  if (before > 1) return;
-  if (before < 1) {
-    if (forked_) {
-      count_.fetch_add(1, std::memory_order_relaxed);
-      return;
+  std::uint64_t before = state_.load(std::memory_order_relaxed), after = 0;
+  do {
+    if (countIn(before) == 0) {
+      if (forked_) return;
+      reportMisuse("dispatch_group_leave without dispatch_group_enter");
     }
-    reportMisuse("dispatch_group_leave without dispatch_group_enter");
-  }
-  generation_.fetch_add(1, std::memory_order_seq_cst);
+    after = countIn(before) == 1 ? emptyAfter(before) : before - 1;
+  } while (!state_.compare_exchange_weak(before, after, std::memory_order_seq_cst, std::memory_order_relaxed));
+  if (countIn(after) > 0) return;
   if (sleepers_.load(std::memory_order_seq_cst) > 0) {
     wakes_.fetch_add(1, std::memory_order_seq_cst);
     futexWake(&wakes_, INT_MAX);
@@ -44,23 +60,23 @@ std::uint32_t GroupCore::nextNumber() noexcept {
 bool GroupCore::wait(std::uint64_t deadline, Waiter waiter) noexcept {
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
-    if (count_.load(std::memory_order_acquire) == 0) return true;
+    if (countIn(state_.load(std::memory_order_acquire)) == 0) return true;
     spinPause();
   }
-  const std::uint32_t generation = generation_.load(std::memory_order_seq_cst);
-  if (count_.load(std::memory_order_seq_cst) == 0) return true;
+  const std::uint64_t begun = state_.load(std::memory_order_seq_cst);
+  if (countIn(begun) == 0) return true;
   if (deadline <= monotonicNanoseconds()) return false;
   PatientWait wait(HelpGoal{.group = waiter == Waiter::helps ? number_ : 0});
   sleepers_.fetch_add(1, std::memory_order_seq_cst);
   for (bool timeLeft = true; timeLeft;) {
     const std::uint32_t seen = wakes_.load(std::memory_order_seq_cst);
-    if (generation_.load(std::memory_order_seq_cst) != generation) break;
+    if (generationIn(state_.load(std::memory_order_seq_cst)) != generationIn(begun)) break;
     timeLeft = wait.sleep(wakes_, seen, 1, deadline);
     if (wait.hasForked()) [[unlikely]]
       return true;  // the child's groups are empty
   }
   sleepers_.fetch_sub(1, std::memory_order_relaxed);
-  return generation_.load(std::memory_order_acquire) != generation;
+  return generationIn(state_.load(std::memory_order_acquire)) != generationIn(begun);
 }
 
 void GroupCore::notify(const dispatch_queue_t& queue, Item* item) {
@@ -76,7 +92,7 @@ void GroupCore::notifyIfEmpty() {
   std::vector<Notification> due;
   {
     const QueueLock lock(mutex_);
-    if (count_.load(std::memory_order_seq_cst) != 0) return;
+    if (countIn(state_.load(std::memory_order_seq_cst)) != 0) return;
     hasNotifications_.store(false, std::memory_order_relaxed);
     due.swap(notifications_);
   }
@@ -87,7 +103,7 @@ void GroupCore::notifyIfEmpty() {
 void GroupCore::resetAfterFork() noexcept {
   mutex_.resetAfterFork();
   forked_ = true;
-  count_.store(0, std::memory_order_relaxed);
+  state_.store(emptyAfter(state_.load(std::memory_order_relaxed)), std::memory_order_relaxed);
   sleepers_.store(0, std::memory_order_relaxed);
   hasNotifications_.store(false, std::memory_order_relaxed);
   const QueueLock lock(mutex_);

@@ -48,6 +48,15 @@ EndFunctions& allEndFunctions() {
   return functions;
 }
 
+// Runs when the loader finishes this library: after every function given to atexit() and all static destructors of the
+// program.
+[[gnu::destructor]] void endProcess() {
+  callEndFunctions();
+  if (void (*function)() = lastFunction.load()) function();
+}
+
+}  // namespace
+
 // A forked child does not even take the lock, which a thread of its parent may have held.
 void callEndFunctions() NK_NO_THREAD_SAFETY_ANALYSIS {
   EndFunctions* const all = endFunctions.load();
@@ -59,15 +68,6 @@ void callEndFunctions() NK_NO_THREAD_SAFETY_ANALYSIS {
   }
   for (void (*function)() : functions) function();
 }
-
-// Runs when the loader finishes this library: after every function given to atexit() and all static destructors of the
-// program.
-[[gnu::destructor]] void endProcess() {
-  callEndFunctions();
-  if (void (*function)() = lastFunction.load()) function();
-}
-
-}  // namespace
 
 void atProcessEnd(void (*function)()) {
   EndFunctions& all = allEndFunctions();

@@ -71,13 +71,14 @@ NSAttributedString::NSAttributedString(NSString string, const Ref<NSDictionary>&
     : string_(std::move(string)), runs_(new AttributeRuns(oneRun(string_.length(), kept(attributes)))) {}
 
 NSAttributedString::NSAttributedString(NSString string, std::vector<AttributeRun> runs)
-    : string_(std::move(string)), runs_(new AttributeRuns(kept(std::move(runs)))) {
+    : NSAttributedString(std::move(string), AttributeRuns(kept(std::move(runs)))) {
   if (length() == string_.length()) return;
-  const std::string covered = std::to_string(length());
-  delete runs_;
-  NSException::raise(NSRangeException,
-                     "runs of " + covered + " units for a text of " + std::to_string(string_.length()) + " units");
+  NSException::raise(NSRangeException, "runs of " + std::to_string(length()) + " units for a text of " +
+                                           std::to_string(string_.length()) + " units");
 }
+
+NSAttributedString::NSAttributedString(NSString string, AttributeRuns runs)
+    : string_(std::move(string)), runs_(new AttributeRuns(std::move(runs))) {}
 
 NSAttributedString::~NSAttributedString() { delete runs_; }
 

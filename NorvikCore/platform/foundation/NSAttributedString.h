@@ -60,6 +60,8 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   explicit NSAttributedString(NSString string, const Ref<NSDictionary>& attributes = nullptr);
   /// The text in runs. Raises NSRangeException where their lengths are not that of the text. Linear.
   NSAttributedString(NSString string, std::vector<AttributeRun> runs);
+  /// For the library itself, which alone makes such runs. Their lengths are that of the text.
+  NSAttributedString(NSString string, detail::AttributeRuns runs);
   ~NSAttributedString() override;
 
   [[nodiscard]] static Ref<NSAttributedString> attributedStringWithString(

@@ -3,11 +3,12 @@
 #include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/kernel/SystemError.h"
+#include "NorvikCore/platform/kernel/internal/OwnFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -25,15 +26,15 @@ std::string_view trimmed(std::string_view text) {
 
 /// False where there is no such file.
 bool readInformation(const std::string& path, NSMutableDictionary& values) {
-  errno = 0;
-  std::ifstream file(path);
-  if (!file) {
-    if (errno == ENOENT || errno == ENOTDIR) return false;
-    NSLog("Unable to read the bundle's information %@: %s", path, std::strerror(errno));
-    return true;
-  }
-  std::string line;
-  for (int number = 1; std::getline(file, line); ++number) {
+  constexpr std::size_t most = 1 << 20;
+  std::string content;
+  const int error = kernel::readOwnFile(path, most, content);
+  if (error == ENOENT) return false;
+  if (error != 0) NSLog("Unable to read the bundle's information %@: %@", path, kernel::errorText(error));
+  std::string_view rest = content;
+  for (int number = 1; !rest.empty(); ++number) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
     const std::string_view text = trimmed(line);
     if (text.empty() || text.front() == '#') continue;
     const std::size_t equals = text.find('=');
@@ -56,7 +57,7 @@ Ref<NSDictionary> informationOf(const std::string& executable) {
   const Ref<NSMutableDictionary> values = NSMutableDictionary::dictionary();
   values->setObject(NSString(name), "CFBundleExecutable");
   values->setObject(NSString(name), "CFBundleName");
-  if (name.empty()) return values->copy();
+  if (name.empty() || !executable.starts_with('/')) return values->copy();
   const std::string folder = folderOf(executable);
   if (!readInformation(folder + "/" + name + ".info", *values))
     readInformation(folder + "/../share/" + name + "/" + name + ".info", *values);

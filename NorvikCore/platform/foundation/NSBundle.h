@@ -20,7 +20,10 @@
 //   CFBundleIdentifier = uk.co.norvik.payroll
 //   CFBundleShortVersionString = 4.2
 //   NKBundleExecutablePreviousVersion = payroll-3
-// It is read once. A line without `=`, and a file that is there and cannot be read, are told on the system console.
+// It is read once. A line without `=`, and an existing file that cannot be read, are reported on the system console. A
+// file is refused if it is no regular file, if it is larger than a megabyte, or if its path leads through a folder in
+// which everybody may write and it, or a link to it, belongs to another user. An executable whose path does not begin
+// with '/' has no information file.
 //
 // Threads: synchronised, while nobody changes the environment.
 #pragma once

@@ -10,13 +10,12 @@
 #include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/NSException.h"
+#include "NorvikCore/platform/values/internal/ShownMillisecond.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
 #include <unicode/smpdtfmt.h>
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -24,6 +23,7 @@ namespace norvik {
 namespace {
 
 using kernel::referenceDateInUnixSeconds;
+using Moment = detail::ShownMoment;
 constexpr std::int64_t lastIcuSecond = 183'800'000'000'000;  // from 1970, in the year 5,826,359
 
 icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style) {
@@ -119,19 +119,6 @@ struct NSDateFormatter::Engine {
   }
 
  private:
-  struct Moment {
-    explicit Moment(Date date) noexcept : seconds(detail::wholeSeconds(date)) {
-      const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
-      // A double of seconds falls a little short of most thousandths, the more the farther from 2001 it is.
-      const double shortfall = 0.001 + std::fabs(instant) * 3e-13;
-      millisecond =
-          std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
-    }
-
-    std::int64_t seconds;  // since the reference date
-    std::int32_t millisecond;
-  };
-
   /// In UTF-8; empty where the pattern is not compiled, or does not know the year. Good until the next call.
   std::string_view compiledText(Moment moment) {
     if (moment.seconds == kept.second) {

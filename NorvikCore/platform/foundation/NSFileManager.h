@@ -58,15 +58,17 @@ class NK_EXPORT NSFileManager : public NSObject {
 
   [[nodiscard]] static NSFileManager& defaultManager();
 
+  // A subclass may replace these two, which Categories/NSFileManager+... build on.
+
   /// Follows links: one that leads nowhere does not exist. `*isDirectory`, if given, is set only where something
   /// exists.
-  [[nodiscard]] bool fileExistsAtPath(const NSString& path, bool* isDirectory = nullptr) const;
+  [[nodiscard]] virtual bool fileExistsAtPath(const NSString& path, bool* isDirectory = nullptr) const;
 
   /// Makes a folder, with the missing ones above it or only where its parent exists. With intermediate folders one that
   /// is there already is success, without it is a failure. Of the attributes NSFilePosixPermissions counts (of the
   /// folder itself), less the process's umask.
-  bool createDirectoryAtPath(const NSString& path, bool withIntermediateDirectories,
-                             const Ref<NSDictionary>& attributes, Ref<NSError>* error = nullptr);
+  virtual bool createDirectoryAtPath(const NSString& path, bool withIntermediateDirectories,
+                                     const Ref<NSDictionary>& attributes, Ref<NSError>* error = nullptr);
 
   /// The names in the folder, in the order of the file system, side files of attributes left out. Empty Ref on failure.
   [[nodiscard]] Ref<NSArray> contentsOfDirectoryAtPath(const NSString& path, Ref<NSError>* error = nullptr) const;
@@ -89,7 +91,8 @@ class NK_EXPORT NSFileManager : public NSObject {
   /// Files, links (as such), and folders with all that is in them; permissions, modification times and extended
   /// attributes too. What cannot be copied whole is not left at `toPath` in part.
   bool copyItemAtPath(const NSString& path, const NSString& toPath, Ref<NSError>* error = nullptr);
-  /// A folder with all that is in it; a link, not what it leads to.
+  /// A folder with all that is in it, however deep; a link, not what it leads to, also with '/' behind it. "/" (EBUSY)
+  /// and a path that ends with "." or ".." (EINVAL) are refused.
   bool removeItemAtPath(const NSString& path, Ref<NSError>* error = nullptr);
 };
 

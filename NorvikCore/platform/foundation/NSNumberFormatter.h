@@ -9,17 +9,17 @@
 //
 // Patterns are those of Unicode's locale data ("#,##0.00;(#,##0.00)"); words and symbols are the locale's. A style or a
 // pattern sets the digit limits and the grouping; setters called after it change them again. A number that shows as
-// zero has no sign: -0.001 is "0.00", because that is what it reads back as.
+// zero has no sign: -0.001 is "0.00", because it reads back as that. Padding by a digit or a separator is read as one.
 //
 // Reading takes the whole text or nothing. How many digits there are does not count: "1.2345", ".5" and "5." are
 // numbers to "0.00" too, and so are digits without separators. Digits are the locale's or ASCII's, of one kind in a
 // number; separators are the locale's only, so that "12.50" is no number in Arabic. A number has one sign at most.
-// Strict reading wants the formatter's own signs and separators, each in its place. Lenient reading also takes, in
-// every pattern alike: white space and marks of direction before and after the number, its sign and what the pattern
-// puts around it; a number without what the pattern puts around it, brackets that mean a minus excepted; "+", "-" and
-// the minus sign; a currency's code for its symbol; and grouping separators anywhere between two digits, where any
-// space and an ASCII apostrophe do for the locale's own. Digits behind the point are never cut off while reading;
-// beyond 38 digits, or 128 places behind the point, the number is rounded. Words are a number below 10^15 and only as
+// Strict reading wants the formatter's own signs and separators, each in its place. Lenient reading gives the same
+// number for such a text. It also takes, in every pattern alike: white space and marks of direction before and after
+// the number, its sign and what the pattern puts around it; a number without what the pattern puts around it, brackets
+// that mean a minus excepted; "+", "-" and the minus sign; a currency's code for its symbol; and grouping separators
+// anywhere between two digits, where any space and an ASCII apostrophe do for the locale's own. Digits behind the point
+// are never cut off; beyond 38 digits, or 128 places, the number is rounded. Words are a number below 10^15 and only as
 // the language spells it: "twelve twelve" is none, nor are more than 500 units of text.
 //
 // Threads: confined; a kept formatter may be read by several threads once its settings are done.

@@ -37,8 +37,8 @@ enum NSSearchPathDomainMask : std::uint64_t {
   return static_cast<NSSearchPathDomainMask>(static_cast<std::uint64_t>(a) | static_cast<std::uint64_t>(b));
 }
 
-/// The paths of that kind in those domains, the user's first; empty where there are none (no library folder without a
-/// known home), and for any other number. The library and application-support folders are the same. Without
+/// The paths of that kind in those domains, the user's first; empty where there are none (the user's without a known
+/// home), and for any other number. The library and application-support folders are the same. Without
 /// `expandTilde` a path in the user's home folder begins with "~". Folders need not exist.
 [[nodiscard]] NK_EXPORT Ref<NSArray> NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
                                                                          NSSearchPathDomainMask domainMask,

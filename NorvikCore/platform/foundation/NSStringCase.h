@@ -4,7 +4,8 @@
 //   lowercaseString("PAYE");          // "paye"
 //   capitalizedString("net pay");     // "Net Pay"
 //
-// By Unicode's full mappings, the same in every locale. A lone surrogate half stays as it is. Any thread.
+// By Unicode's full mappings, the same in every locale; a sigma at the end of a word becomes the final one. A lone
+// surrogate half stays as it is. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

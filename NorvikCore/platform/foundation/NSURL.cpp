@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/foundation/NSURL.h"
 
+#include "NorvikCore/platform/foundation/internal/Address.h"
+#include "NorvikCore/platform/foundation/internal/HostName.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
 
 #include <errno.h>
@@ -36,23 +38,48 @@ bool standsForItself(char c) noexcept {
          std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
-std::string percentEncoded(std::string_view bytes) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  std::string encoded;
-  for (const char c : bytes) {
-    if (standsForItself(c)) {
-      encoded += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      encoded += {'%', digits[byte >> 4], digits[byte & 15]};
-    }
-  }
-  return encoded;
+std::optional<NSString> text(const std::optional<std::string>& part) {
+  return part ? std::optional<NSString>(*part) : std::nullopt;
 }
+
+/// What a "file:" address has to be for the address of a file of this machine. An escaped slash would become one
+/// between names.
+bool isPlain(const detail::Address& address) {
+  return address.scheme == "file" && address.host == "" && !address.query && !address.fragment;
+}
+
+bool hasEscapedSlash(std::string_view path) { return detail::asciiLower(path).find("%2f") != std::string::npos; }
 
 }  // namespace
 
+NSURL::NSURL() = default;
+NSURL::NSURL(NSString path, bool isDirectory) : path_(std::move(path)), isDirectory_(isDirectory) {}
 NSURL::~NSURL() = default;
+
+/// False where it is the address of nothing.
+bool NSURL::take(detail::Address address) {
+  std::string path = detail::percentDecoded(address.path);
+  if (isPlain(address) && hasEscapedSlash(address.path)) return false;
+  isDirectory_ = path.ends_with('/');
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  path_ = NSString::fromBytes(path);
+  if (!isPlain(address)) address_ = detail::Hidden<const detail::Address>(new detail::Address(std::move(address)));
+  return true;
+}
+
+Ref<NSURL> NSURL::URLWithString(const NSString& text) {
+  std::optional<detail::Address> address = detail::readAddress(text.bytes());
+  const Ref<NSURL> url = Ref<NSURL>::adopt(new NSURL());
+  return address && url->take(std::move(*address)) ? url : nullptr;
+}
+
+Ref<NSURL> NSURL::URLWithString(const NSString& text, const NSURL& relativeToURL) {
+  const std::optional<detail::Address> base = detail::readAddress(relativeToURL.absoluteString().bytes());
+  if (!base) return nullptr;
+  std::optional<detail::Address> address = detail::resolveAddress(*base, text.bytes());
+  const Ref<NSURL> url = Ref<NSURL>::adopt(new NSURL());
+  return address && url->take(std::move(*address)) ? url : nullptr;
+}
 
 Ref<NSURL> NSURL::fileURLWithPath(const NSString& path) {
   const std::string bytes = path.bytes();
@@ -68,15 +95,43 @@ Ref<NSURL> NSURL::fileURLWithPath(const NSString& path, bool isDirectory) {
   return Ref<NSURL>::adopt(new NSURL(NSString::fromBytes(whole), isDirectory || whole == "/"));
 }
 
-NSString NSURL::scheme() const { return "file"_ns; }
+std::optional<NSString> NSURL::scheme() const { return address_ ? text(address_->scheme) : "file"_ns; }
 
-NSString NSURL::absoluteString() const {
-  return "file://" + percentEncoded(path_.bytes()) + (isDirectory_ && path_ != "/" ? "/" : "");
+std::optional<NSString> NSURL::host() const {
+  return address_ && address_->host != "" ? text(address_->host) : std::nullopt;
 }
+
+std::optional<std::int64_t> NSURL::port() const {
+  return address_ && address_->port ? std::optional<std::int64_t>(*address_->port) : std::nullopt;
+}
+
+std::optional<NSString> NSURL::user() const {
+  if (!address_ || !address_->userInfo) return std::nullopt;
+  return NSString(address_->userInfo->substr(0, address_->userInfo->find(':')));
+}
+
+std::optional<NSString> NSURL::password() const {
+  if (!address_ || !address_->userInfo) return std::nullopt;
+  const std::size_t colon = address_->userInfo->find(':');
+  return colon == std::string::npos ? std::nullopt : std::optional<NSString>(address_->userInfo->substr(colon + 1));
+}
+
+NSString NSURL::percentEncodedPath() const {
+  if (address_) return address_->path;
+  return detail::percentEncoded(path_.bytes(), standsForItself) + (isDirectory_ && path_ != "/" ? "/" : "");
+}
+
+std::optional<NSString> NSURL::query() const { return address_ ? text(address_->query) : std::nullopt; }
+
+std::optional<NSString> NSURL::fragment() const { return address_ ? text(address_->fragment) : std::nullopt; }
+
+NSString NSURL::absoluteString() const { return address_ ? address_->text() : "file://" + percentEncodedPath(); }
 
 bool NSURL::isEqual(const NSObject& other) const {
   const auto* url = dynamic_cast<const NSURL*>(&other);
-  return url && url->isDirectory_ == isDirectory_ && url->path_ == path_;
+  if (!url || url->isDirectory_ != isDirectory_ || url->path_ != path_) return false;
+  if (!address_ || !url->address_) return !address_ && !url->address_;
+  return address_->text() == url->address_->text();
 }
 
 std::size_t NSURL::hash() const { return std::hash<NSString>{}(path_); }
@@ -84,11 +139,19 @@ std::size_t NSURL::hash() const { return std::hash<NSString>{}(path_); }
 NSString NSURL::description() const { return absoluteString(); }
 
 void NSURL::encodeWithCoder(NSCoder& coder) const {
-  coder.encodeObject(path_, "path");
-  coder.encodeBool(isDirectory_, "isDirectory");
+  if (address_) {
+    coder.encodeObject(absoluteString(), "address");
+  } else {
+    coder.encodeObject(path_, "path");
+    coder.encodeBool(isDirectory_, "isDirectory");
+  }
 }
 
 bool NSURL::initWithCoder(NSCoder& coder) {
+  if (coder.containsValueForKey("address")) {
+    std::optional<detail::Address> address = detail::readAddress(coder.decode<NSString>("address").bytes());
+    return address && take(std::move(*address));
+  }
   path_ = coder.decode<NSString>("path");
   isDirectory_ = coder.decodeBoolForKey("isDirectory");
   const bool isWhole = path_.hasPrefix("/") && (path_ == "/" ? isDirectory_ : !path_.hasSuffix("/"));

@@ -2,11 +2,10 @@
 
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
-#include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/foundation/NSPathUtilities.h"
-#include "NorvikCore/platform/foundation/NSProcessInfo.h"
-#include "NorvikCore/platform/foundation/internal/PreferenceStore.h"
+#include "NorvikCore/platform/foundation/internal/ApplicationFolder.h"
+#include "NorvikCore/platform/foundation/internal/KeyedStore.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
@@ -15,7 +14,6 @@
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -25,22 +23,23 @@ constexpr NSString NSUserDefaultsDidChangeNotification = "NSUserDefaultsDidChang
 
 namespace {
 
-std::string checkedPath(const NSString& path) {
-  std::string bytes = path.bytes();
-  if (!bytes.starts_with('/') || bytes.find('\0') != bytes.npos) {
-    NSException::raise(NSInvalidArgumentException, "user defaults need the whole path of a file, not \"" + path + "\"");
-  }
-  return bytes;
-}
+constexpr detail::KeyedStore::Kind preferences = {
+    .table = {.format = {.applicationId = 0x4E6B5072,  // absent from the files of the first programs
+                         .version = 1,
+                         .schema = "CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID",
+                         .sample = "SELECT key, value FROM preference"},
+              .all = "SELECT key, value FROM preference",
+              .put = "INSERT OR REPLACE INTO preference(key, value) VALUES(?, ?)",
+              .remove = "DELETE FROM preference WHERE key = ?"},
+    .plural = "preferences",
+    .singular = "preference",
+    .decode = [](const NSString&, std::string_view bytes) { return detail::decodePropertyList(bytes); },
+};
 
-std::string defaultsFolder() {
-  const char* folder = std::getenv("NORVIK_DEFAULTS_FOLDER");
-  return folder != nullptr && *folder == '/' ? folder : kernel::configurationDirectory();
-}
-
-NSString applicationName() {
-  const std::optional<NSString> identifier = NSBundle::mainBundle().bundleIdentifier();
-  return identifier ? *identifier : NSProcessInfo::processInfo().processName();
+/// Paths of files are stored beside addresses, and begin with '/' or '~'.
+bool beginsWithAScheme(std::string_view text) {
+  const std::size_t end = text.find_first_of(":/~");
+  return end != text.npos && end > 0 && text[end] == ':';
 }
 
 /// The value that one thread sees for one key in the place of the present one, while observers are told what it was.
@@ -78,7 +77,8 @@ Standard& standard() {
 }  // namespace
 
 NSUserDefaults::NSUserDefaults(const NSString& databasePath)
-    : store_(new detail::PreferenceStore(checkedPath(databasePath))), registered_(NSDictionary::dictionary()) {}
+    : store_(new detail::KeyedStore(detail::checkedDatabasePath(databasePath, "user defaults"), preferences)),
+      registered_(NSDictionary::dictionary()) {}
 
 NSUserDefaults::~NSUserDefaults() = default;
 
@@ -88,7 +88,7 @@ NSUserDefaults& NSUserDefaults::standardUserDefaults() {
     return *current;
   const MutexLock lock(state.mutex);
   if (NSUserDefaults* current = state.current.load(std::memory_order_relaxed)) return *current;
-  if (!state.usual) state.usual = initWithSuiteName(applicationName());
+  if (!state.usual) state.usual = initWithSuiteName(detail::applicationName());
   state.current.store(state.usual.get(), std::memory_order_release);
   return *state.usual;
 }
@@ -101,11 +101,8 @@ void NSUserDefaults::setStandardUserDefaults(const Ref<NSUserDefaults>& defaults
 }
 
 NSString NSUserDefaults::databasePathOfSuite(const NSString& suiteName) {
-  const std::string name = suiteName.bytes();
-  if (name.empty() || name == "." || name == ".." || name.find('/') != name.npos || name.find('\0') != name.npos) {
-    NSException::raise(NSInvalidArgumentException, "\"" + suiteName + "\" cannot be the name of a folder");
-  }
-  return NSString::fromBytes(defaultsFolder() + "/" + name + "/defaults.sqlite");
+  return NSString::fromBytes(detail::pathInApplicationFolder("NORVIK_DEFAULTS_FOLDER", kernel::configurationDirectory(),
+                                                             suiteName, "defaults.sqlite"));
 }
 
 Ref<NSUserDefaults> NSUserDefaults::initWithSuiteName(const NSString& suiteName) {
@@ -168,6 +165,9 @@ Ref<NSData> NSUserDefaults::dataForKey(const NSString& key) const { return Ref(o
 Ref<NSURL> NSUserDefaults::URLForKey(const NSString& key) const {
   const Value value = objectForKey(key);
   if (!value.isString()) return nullptr;
+  if (beginsWithAScheme(value.string()->view())) {
+    if (Ref<NSURL> url = NSURL::URLWithString(*value.string())) return url;
+  }
   const NSString path = stringByExpandingTildeInPath(*value.string());
   return value.string()->hasSuffix("/") ? NSURL::fileURLWithPath(path, true) : NSURL::fileURLWithPath(path);
 }
@@ -199,6 +199,14 @@ void NSUserDefaults::setObject(const Value& value, const NSString& key) {
 void NSUserDefaults::setURL(const Ref<NSURL>& url, const NSString& key) {
   if (!url) {
     removeObjectForKey(key);
+    return;
+  }
+  if (!url->isFileURL()) {
+    const NSString address = url->absoluteString();
+    if (!beginsWithAScheme(address.view())) {
+      NSException::raise(NSInvalidArgumentException, "the address \"" + address + "\" has no scheme to be known by");
+    }
+    setObject(address, key);
     return;
   }
   const NSString path = stringByAbbreviatingWithTildeInPath(url->path());

@@ -45,7 +45,7 @@
 namespace norvik {
 
 namespace detail {
-class PreferenceStore;
+class KeyedStore;
 }
 
 /// The object of the notification is the user defaults; posted after each set..., remove... and finding of others'
@@ -87,7 +87,8 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   [[nodiscard]] Ref<NSArray> stringArrayForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSDictionary> dictionaryForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSData> dataForKey(const NSString& key) const;
-  /// What setURL() was given, or the address of the path that a text is, "~" being expanded.
+  /// What setURL() was given. Of another text: the address that it is, where it begins with a scheme, else that of the
+  /// path that it is, "~" being expanded.
   [[nodiscard]] Ref<NSURL> URLForKey(const NSString& key) const;
 
   /// An absent value removes.
@@ -95,7 +96,8 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   void setBool(std::same_as<bool> auto value, const NSString& key) { setObject(value, key); }
   void setInteger(std::int64_t value, const NSString& key) { setObject(value, key); }
   void setDouble(double value, const NSString& key) { setObject(value, key); }
-  /// As its path, the home folder as "~", so that it moves with the user; an empty Ref removes.
+  /// A file's as its path, the home folder as "~", so that it moves with the user; any other as its text. One without a
+  /// scheme raises NSInvalidArgumentException; an empty Ref removes.
   void setURL(const Ref<NSURL>& url, const NSString& key);
   /// What is registered under the key shows again.
   void removeObjectForKey(const NSString& key);
@@ -129,7 +131,7 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   void tellOfOthers();
   void postChange();
 
-  detail::Hidden<detail::PreferenceStore> store_;
+  detail::Hidden<detail::KeyedStore> store_;
   mutable Mutex mutex_;
   Ref<NSDictionary> registered_ NK_GUARDED_BY(mutex_);     ///< replaced, never changed
   mutable std::atomic<std::uint32_t> awaitsMainQueue_{0};  ///< 1 + the fork generation in which a block waits there

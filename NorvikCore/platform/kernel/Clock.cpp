@@ -10,7 +10,7 @@ namespace {
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
 // Neither clock can fail: both are always there, and the pointer is good.
-std::int64_t read(clockid_t clock) noexcept {
+std::int64_t readClock(clockid_t clock) noexcept {
   timespec now;
   clock_gettime(clock, &now);
   return std::int64_t{now.tv_sec} * nanosecondsPerSecond + now.tv_nsec;
@@ -24,7 +24,7 @@ class SystemClock final : public ClockSource {
 
 }  // namespace
 
-std::int64_t wallNanoseconds() noexcept { return read(CLOCK_REALTIME); }
+std::int64_t wallNanoseconds() noexcept { return readClock(CLOCK_REALTIME); }
 
 double wallSeconds() noexcept {
   timespec now;
@@ -32,7 +32,7 @@ double wallSeconds() noexcept {
   return static_cast<double>(now.tv_sec - referenceDateInUnixSeconds) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-std::int64_t monotonicNanoseconds() noexcept { return read(CLOCK_MONOTONIC); }
+std::int64_t monotonicNanoseconds() noexcept { return readClock(CLOCK_MONOTONIC); }
 
 ClockSource::~ClockSource() = default;
 

@@ -1,16 +1,20 @@
 #include "NorvikCore/platform/kernel/Directory.h"
 
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
+#include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/Paths.h"
 
 #include <dirent.h>
 #include <errno.h>
+#include <fcntl.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace norvik::kernel {
 namespace {
@@ -34,9 +38,138 @@ int failedAt(const std::string& path, int error, std::string* failedPath) {
   return error;
 }
 
+// Closes the folder.
+int takeNames(DIR* opened, std::vector<std::string>& names) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opened, closedir);
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(folder.get());
+    if (!entry) return errno;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
+}
+
+std::string withoutSlashesAtEnd(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+// What the system removes not even when it is empty is not to be emptied first.
+int checkName(std::string_view path) noexcept {
+  if (path == "/") return EBUSY;
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  return name == "." || name == ".." ? EINVAL : 0;
+}
+
+struct Identity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  bool operator==(const Identity&) const = default;
+};
+
+// Empties a folder. Each entry is removed by its name in an open folder, so that depth is no limit and a link that
+// another process puts in a folder's place meanwhile is not followed. At most three descriptors are open.
+class TreeRemoval {
+ public:
+  explicit TreeRemoval(std::string path) : path_(std::move(path)) {}
+
+  int emptyFolder(std::string* failedPath) {
+    Level top;
+    int error = open(AT_FDCWD, path_.c_str(), top, folder_);
+    if (error != 0) return failedAt(path_, error, failedPath);
+    levels_.push_back(std::move(top));
+    while (!(levels_.size() == 1 && levels_.back().names.empty())) {
+      std::string name;
+      if (levels_.back().names.empty()) {
+        name = std::move(levels_.back().name);
+        levels_.pop_back();
+        error = goUp();
+        if (error == 0) error = removeOne(name, AT_REMOVEDIR);
+      } else {
+        name = std::move(levels_.back().names.back());
+        levels_.back().names.pop_back();
+        error = removeOrEnter(name);
+      }
+      if (error != 0) return failedAt(pathOf(name), error, failedPath);
+    }
+    return 0;
+  }
+
+ private:
+  struct Level {
+    std::string name;  ///< in the folder above
+    Identity identity;
+    std::vector<std::string> names;  ///< what is still to be removed
+  };
+
+  static int open(int above, const char* name, Level& level, FileDescriptor& folder) {
+    FileDescriptor opened(openat(above, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!opened.isOpen()) return errno;
+    if (const int error = identify(opened, level.identity)) return error;
+    FileDescriptor listed(fcntl(opened.get(), F_DUPFD_CLOEXEC, 0));
+    DIR* const list = listed.isOpen() ? fdopendir(listed.get()) : nullptr;
+    if (!list) return errno;
+    static_cast<void>(listed.release());
+    folder = std::move(opened);
+    return takeNames(list, level.names);
+  }
+
+  static int identify(const FileDescriptor& folder, Identity& identity) noexcept {
+    struct stat status {};
+    if (fstat(folder.get(), &status) != 0) return errno;
+    identity = {status.st_dev, status.st_ino};
+    return 0;
+  }
+
+  // An entry that is gone already is no failure.
+  int removeOne(const std::string& name, int flags) noexcept {
+    return unlinkat(folder_.get(), name.c_str(), flags) == 0 || errno == ENOENT ? 0 : errno;
+  }
+
+  // An empty folder is not entered: this user may have no right to leave it through "..".
+  int removeOrEnter(const std::string& name) {
+    const int refusal = removeOne(name, 0);
+    if (refusal != EISDIR && refusal != EPERM) return refusal;
+    Level below;
+    FileDescriptor folder;
+    const int error = open(folder_.get(), name.c_str(), below, folder);
+    if (error == ENOENT) return 0;
+    if (error == ENOTDIR || error == ELOOP) return refusal;
+    if (error != 0) return error;
+    if (below.names.empty()) return removeOne(name, AT_REMOVEDIR);
+    below.name = name;
+    levels_.push_back(std::move(below));
+    folder_ = std::move(folder);
+    return 0;
+  }
+
+  // ENOENT where the folder has been moved elsewhere meanwhile.
+  int goUp() noexcept {
+    FileDescriptor above(openat(folder_.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!above.isOpen()) return errno;
+    Identity identity;
+    if (const int error = identify(above, identity)) return error;
+    if (identity != levels_.back().identity) return ENOENT;
+    folder_ = std::move(above);
+    return 0;
+  }
+
+  std::string pathOf(const std::string& name) const {
+    std::string path = path_;
+    for (std::size_t i = 1; i < levels_.size(); ++i) path += "/" + levels_[i].name;
+    return path + "/" + name;
+  }
+
+  const std::string path_;
+  std::vector<Level> levels_;  ///< from the top
+  FileDescriptor folder_;      ///< of the last level
+};
+
 }  // namespace
 
 int createDirectories(const std::string& path, unsigned mode, std::string* failedPath) {
+  if (path.size() >= PATH_MAX) return failedAt(path, ENAMETOOLONG, failedPath);
   for (std::size_t at = 0; at < path.size();) {
     at = path.find('/', at);
     if (at == path.npos) break;
@@ -66,29 +199,22 @@ int createOwnDirectory(const std::string& path, unsigned mode) noexcept {
 
 int listDirectory(const std::string& path, std::vector<std::string>& names) {
   names.clear();
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
-  if (!folder) return errno;
-  for (;;) {
-    errno = 0;
-    const dirent* entry = readdir(folder.get());
-    if (!entry) return errno;
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(name);
-  }
+  DIR* const folder = opendir(path.c_str());
+  return folder ? takeNames(folder, names) : errno;
 }
 
 int removeTree(const std::string& path, std::string* failedPath) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return failedAt(path, errno, failedPath);
-  if (!S_ISDIR(status.st_mode)) return failedAt(path, removeWithAttributes(path), failedPath);
-  std::vector<std::string> names;
-  if (const int error = listDirectory(path, names)) return failedAt(path, error, failedPath);
-  for (const std::string& name : names) {
-    const int error = removeTree(path + "/" + name, failedPath);
-    // A side file leaves with the file it belongs to.
-    if (error != 0 && error != ENOENT) return error;
+  // With a slash behind it a link would be followed.
+  const std::string thing = withoutSlashesAtEnd(path);
+  if (const int error = checkName(thing)) return failedAt(path, error, failedPath);
+  if (lstat(thing.c_str(), &status) != 0) return failedAt(path, errno, failedPath);
+  if (S_ISDIR(status.st_mode)) {
+    if (const int error = TreeRemoval(thing).emptyFolder(failedPath)) return error;
   }
-  return failedAt(path, removeWithAttributes(path), failedPath);
+  // Within the tree side files are entries like all others; those of the thing itself are beside it.
+  return failedAt(path, removeWithAttributes(thing), failedPath);
 }
 
 int makeTemporaryDirectory(const std::string& prefix, std::string& path) {

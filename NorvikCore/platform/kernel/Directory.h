@@ -12,7 +12,7 @@ namespace norvik::kernel {
 
 /// Makes a folder and the missing ones above it. One that is there, also by a link, or that somebody else makes
 /// meanwhile is success. When it fails, `*failedPath` (if given) is the folder that could not be made; those above it
-/// stay.
+/// stay. A path that is longer than the system takes one (4095 bytes) makes none (ENAMETOOLONG).
 [[nodiscard]] NK_EXPORT int createDirectories(const std::string& path, unsigned mode = 0777,
                                               std::string* failedPath = nullptr);
 
@@ -30,8 +30,10 @@ namespace norvik::kernel {
 /// The names of the entries, in the order of the file system, without "." and "..".
 [[nodiscard]] NK_EXPORT int listDirectory(const std::string& path, std::vector<std::string>& names);
 
-/// Removes a file, a link (not what it points to), or a folder with all that is in it, and the attributes of the thing
-/// itself. Stops at the first thing that cannot be removed, and `*failedPath` (if given) is that.
+/// Removes a file, a link (not what it points to, also with '/' behind it), or a folder with all that is in it, however
+/// deep, and the attributes of the thing itself. Stops at the first thing that cannot be removed, and `*failedPath` (if
+/// given) is that. "/" (EBUSY) and a path that ends with "." or ".." (EINVAL) are refused before anything is removed. A
+/// link that another process puts in the place of a folder of the tree meanwhile is not followed.
 [[nodiscard]] NK_EXPORT int removeTree(const std::string& path, std::string* failedPath = nullptr);
 
 /// A new folder in the temporary folder, named `prefix` and six random characters, which only this user may enter.

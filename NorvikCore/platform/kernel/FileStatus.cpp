@@ -90,6 +90,11 @@ int readFileStatus(const std::string& path, FileStatus& status, Links links) {
 
 int readFileStatus(int descriptor, FileStatus& status) { return read(descriptor, "", AT_EMPTY_PATH, status); }
 
+bool isOpenFile(int descriptor, std::uint64_t device, std::uint64_t inode) noexcept {
+  struct stat status {};
+  return descriptor >= 0 && fstat(descriptor, &status) == 0 && status.st_dev == device && status.st_ino == inode;
+}
+
 int setPermissions(const std::string& path, unsigned permissions) noexcept {
   return chmod(path.c_str(), permissions) == 0 ? 0 : errno;
 }

@@ -39,6 +39,9 @@ enum class Links { follow, stay };
 /// earlier time.
 [[nodiscard]] NK_EXPORT int readFileStatus(int descriptor, FileStatus& status);
 
+/// True where the descriptor is open and is still that file. In signal handlers too.
+[[nodiscard]] NK_EXPORT bool isOpenFile(int descriptor, std::uint64_t device, std::uint64_t inode) noexcept;
+
 /// The lower twelve bits of the mode.
 [[nodiscard]] NK_EXPORT int setPermissions(const std::string& path, unsigned permissions) noexcept;
 [[nodiscard]] NK_EXPORT int setPermissions(int descriptor, unsigned permissions) noexcept;

@@ -1,16 +1,18 @@
 #include "NorvikCore/platform/kernel/HostInfo.h"
 
-#include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/kernel/internal/OwnFile.h"
 
 #include <errno.h>
 #include <limits.h>
+#include <strings.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <utility>
 
 namespace norvik::kernel {
 namespace {
@@ -23,17 +25,41 @@ std::string kernelRelease() {
   return uname(&names) == 0 ? names.release : "";
 }
 
-std::string firstLine(const char* path) {
+std::atomic<const std::string*> systemRoot{nullptr};
+
+// Empty where it cannot be read; such a file is small.
+std::string systemFile(const char* path) {
+  constexpr std::size_t most = 65536;
+  const std::string* root = systemRoot.load();
   std::string text;
-  if (readFile(path, text) != 0) return "";
-  return text.substr(0, text.find_first_of(std::string_view("\n\0", 2)));
+  static_cast<void>(readOwnFile(root ? *root + path : path, most, text));
+  return text;
+}
+
+// Up to the line's end or the zero that ends a text of the device tree.
+std::string firstLine(const char* path) {
+  const std::string text = systemFile(path);
+  const std::string_view line = std::string_view(text).substr(0, text.find_first_of(std::string_view("\n\0", 2)));
+  constexpr std::string_view blanks = " \t\r";
+  const std::size_t first = line.find_first_not_of(blanks);
+  return first == line.npos ? "" : std::string(line.substr(first, line.find_last_not_of(blanks) + 1 - first));
+}
+
+// What makers leave in a field that they forgot.
+bool isFilledIn(const std::string& model) {
+  if (model.empty()) return false;
+  for (const char* unfilled : {"System Product Name", "To be filled by O.E.M.", "Default string", "Not Specified",
+                               "Not Applicable", "Product Name", "Unknown", "None", "OEM", "O.E.M."}) {
+    if (strcasecmp(model.c_str(), unfilled) == 0) return false;
+  }
+  return true;
 }
 
 // The value of KEY=value or KEY="value"; the few escapes that os-release allows do not occur in the keys asked for
 // here.
 std::string osReleaseValue(std::string_view key) {
-  std::string text;
-  if (readFile("/etc/os-release", text) != 0 && readFile("/usr/lib/os-release", text) != 0) return "";
+  std::string text = systemFile("/etc/os-release");
+  if (text.empty()) text = systemFile("/usr/lib/os-release");
   std::string_view rest = text;
   while (!rest.empty()) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
@@ -116,13 +142,16 @@ const std::string& operatingSystemVersionString() {
   });
 }
 
-const std::string& hardwareModel() {
-  return madeOnce([] {
-    for (const char* path : {"/sys/devices/virtual/dmi/id/product_name", "/proc/device-tree/model"}) {
-      if (std::string text = firstLine(path); !text.empty()) return new std::string(std::move(text));
-    }
-    return new std::string();
-  });
+std::string hardwareModel() {
+  for (const char* path : {"/sys/devices/virtual/dmi/id/product_name", "/sys/devices/virtual/dmi/id/board_name",
+                           "/proc/device-tree/model"}) {
+    if (std::string model = firstLine(path); isFilledIn(model)) return model;
+  }
+  return "";
 }
+
+SystemFilesOverride::SystemFilesOverride(std::string root)
+    : root_(std::move(root)), before_(systemRoot.exchange(&root_)) {}
+SystemFilesOverride::~SystemFilesOverride() { systemRoot.store(before_); }
 
 }  // namespace norvik::kernel

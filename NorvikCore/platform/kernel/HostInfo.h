@@ -1,6 +1,6 @@
 // NorvikCore/platform/kernel/HostInfo.h - the machine, its system and this process.
 //
-// Safe on any thread. The texts are read once and kept for the life of the process.
+// Safe on any thread. Texts that are given by reference are read once and kept for the life of the process.
 #pragma once  // include time: <string> and <optional> are what it gives
 
 #include "NorvikCore/platform/export.h"
@@ -59,7 +59,26 @@ struct SystemVersion {
 /// For people: "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64".
 [[nodiscard]] NK_EXPORT const std::string& operatingSystemVersionString();
 
-/// The machine's model as its firmware gives it; empty where it gives none, as many virtual machines.
-[[nodiscard]] NK_EXPORT const std::string& hardwareModel();
+/// The machine's model as its firmware gives it (DMI, else the device tree): one line without the blanks around it and
+/// without the zero at its end. Where a maker left the field as it was ("System Product Name"), the model of the main
+/// board. A virtual machine has the model that its hypervisor gives it, such as "KVM" or "VMware Virtual Platform"; a
+/// container has its host's. Empty where there is none, or where a container does not see it. Read each time, in some
+/// tens of microseconds.
+[[nodiscard]] NK_EXPORT std::string hardwareModel();
+
+/// Makes operatingSystemVersion() and hardwareModel() look for the system's files in the folder `root` instead of in
+/// "/", for as long as this object lives; for tests. The latest one made counts. Synchronised; nested ones end in
+/// reverse order.
+class NK_EXPORT SystemFilesOverride {
+ public:
+  explicit SystemFilesOverride(std::string root);
+  ~SystemFilesOverride();
+  SystemFilesOverride(const SystemFilesOverride&) = delete;
+  SystemFilesOverride& operator=(const SystemFilesOverride&) = delete;
+
+ private:
+  const std::string root_;
+  const std::string* const before_;
+};
 
 }  // namespace norvik::kernel

@@ -93,6 +93,29 @@ int makeOwnFile(const std::string& path) noexcept {
   return mknod(path.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0 ? 0 : errno;
 }
 
+int readOwnFile(const std::string& path, std::size_t most, std::string& text) {
+  text.clear();
+  OwnPath own;
+  if (const int error = resolveOwnPath(path, own)) return error;
+  if (!own.exists) return ENOENT;
+  FileDescriptor file;
+  if (const int error = openFile(own.path, {.read = true, .regular = true}, file)) return error;
+  FileStatus status;
+  if (const int error = readFileStatus(file.get(), status)) return error;
+  if (!isTrusted(status, own.isShared)) return EPERM;  // it was replaced meanwhile
+  constexpr std::size_t step = 16384;
+  for (;;) {
+    const std::size_t length = text.size(), wanted = std::min(step, most + 1 - length);
+    text.resize(length + wanted);
+    std::size_t count = 0;
+    int error = readAt(file.get(), length, text.data() + length, wanted, &count);
+    text.resize(length + count);
+    if (error == 0 && text.size() > most) error = EFBIG;
+    if (error != 0) text.clear();
+    if (error != 0 || count < wanted) return error;
+  }
+}
+
 int setPermissionsOfFile(const std::string& path, unsigned permissions) noexcept {
   const int descriptor = open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
   if (descriptor < 0) return errno;

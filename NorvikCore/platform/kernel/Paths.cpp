@@ -1,6 +1,6 @@
 #include "NorvikCore/platform/kernel/Paths.h"
 
-#include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/internal/OwnFile.h"
 
 #include <errno.h>
 #include <pwd.h>
@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace norvik::kernel {
@@ -58,38 +59,55 @@ std::string knownHome() {
   });
 }
 
-// user-dirs.dirs: lines such as XDG_DOCUMENTS_DIR="$HOME/Papers" or ="/data/papers", with a backslash before special
-// characters; the last line for a name counts.
+// Takes blanks, then `expected`, off the front; false where something else is there.
+bool takeOff(std::string_view& line, std::string_view expected) {
+  line.remove_prefix(std::min(line.size(), line.find_first_not_of(" \t")));
+  if (!line.starts_with(expected)) return false;
+  line.remove_prefix(expected.size());
+  return true;
+}
+
+// The value of a line NAME="value" of user-dirs.dirs, as Paths.h says; empty where the line is another one.
+std::string folderIn(std::string_view line, std::string_view name) {
+  if (!takeOff(line, name) || !takeOff(line, "=") || !takeOff(line, "\"")) return "";
+  constexpr std::string_view home = "$HOME";
+  std::string value;
+  if (line.starts_with(home)) {
+    line.remove_prefix(home.size());
+    value = knownHome();
+    if (value.empty() || !(line.starts_with('/') || line.starts_with('"'))) return "";
+    if (value == "/") value.clear();
+  } else if (!line.starts_with('/')) {
+    return "";
+  }
+  std::size_t i = 0;
+  for (; i < line.size() && line[i] != '"'; ++i) {
+    if (line[i] == '\\' && i + 1 < line.size()) ++i;
+    value += line[i];
+  }
+  const bool isWhole = i < line.size() && value.find('\0') == value.npos;
+  if (!isWhole) return "";
+  return value.empty() ? "/" : withoutSlashAtEnd(value);
+}
+
 std::string fromUserDirectories(std::string_view name) {
-  std::string text;
-  if (readFile(configurationDirectory() + "/user-dirs.dirs", text) != 0) return "";
-  std::string answer;
+  constexpr std::size_t most = 1 << 20;
+  std::string text, answer;
+  if (readOwnFile(configurationDirectory() + "/user-dirs.dirs", most, text) != 0) return "";
   std::string_view rest = text;
   while (!rest.empty()) {
-    std::string_view line = rest.substr(0, rest.find('\n'));
+    const std::string_view line = rest.substr(0, rest.find('\n'));
     rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-    line.remove_prefix(std::min(line.size(), line.find_first_not_of(" \t")));
-    if (!line.starts_with(name)) continue;
-    line.remove_prefix(name.size());
-    if (!line.starts_with("=\"")) continue;
-    line.remove_prefix(2);
-    std::string value;
-    for (std::size_t i = 0; i < line.size() && line[i] != '"'; ++i) {
-      if (line[i] == '\\' && i + 1 < line.size()) ++i;
-      value += line[i];
-    }
-    if (value.starts_with("$HOME/")) {
-      answer = withoutSlashAtEnd(inHome(std::string_view(value).substr(6)));
-    } else if (value.starts_with('/')) {
-      answer = withoutSlashAtEnd(value);
-    }
+    if (std::string folder = folderIn(line, name); !folder.empty()) answer = std::move(folder);
   }
   return answer;
 }
 
+std::string inKnownHome(std::string_view name) { return knownHome().empty() ? "" : inHome(name); }
+
 std::string userDirectory(std::string_view variable, std::string_view usual) {
   std::string path = fromUserDirectories(variable);
-  return path.empty() ? inHome(usual) : path;
+  return path.empty() ? inKnownHome(usual) : path;
 }
 
 }  // namespace
@@ -108,10 +126,13 @@ std::string homeDirectoryOfUser(const std::string& name) {
 
 std::string libraryDirectory() {
   std::string path = fromEnvironment("XDG_DATA_HOME");
-  return !path.empty() || knownHome().empty() ? path : inHome(".local/share");
+  return path.empty() ? inKnownHome(".local/share") : path;
 }
 std::string configurationDirectory() { return environmentOrHome("XDG_CONFIG_HOME", ".config"); }
-std::string cachesDirectory() { return environmentOrHome("XDG_CACHE_HOME", ".cache"); }
+std::string cachesDirectory() {
+  std::string path = fromEnvironment("XDG_CACHE_HOME");
+  return path.empty() ? inKnownHome(".cache") : path;
+}
 std::string stateDirectory() { return environmentOrHome("XDG_STATE_HOME", ".local/state"); }
 std::string documentsDirectory() { return userDirectory("XDG_DOCUMENTS_DIR", "Documents"); }
 std::string downloadsDirectory() { return userDirectory("XDG_DOWNLOAD_DIR", "Downloads"); }

@@ -7,14 +7,28 @@
 // | home          | HOME             | that of the user's account, else /           |
 // | library       | XDG_DATA_HOME    | ~/.local/share; none where no home is known  |
 // | configuration | XDG_CONFIG_HOME  | ~/.config                                    |
-// | caches        | XDG_CACHE_HOME   | ~/.cache                                     |
+// | caches        | XDG_CACHE_HOME   | ~/.cache; none where no home is known        |
 // | state         | XDG_STATE_HOME   | ~/.local/state                               |
-// | documents, downloads, desktop: what user-dirs.dirs in the configuration folder says, else ~/Documents and so on |
+// | documents     | user-dirs.dirs   | ~/Documents; none where no home is known     |
+// | downloads     | user-dirs.dirs   | ~/Downloads; none where no home is known     |
+// | desktop       | user-dirs.dirs   | ~/Desktop; none where no home is known       |
 // | temporary     | TMPDIR           | /tmp                                         |
 //
 // The library folder holds what belongs to the user: application data in a folder per application, and "Logs". An
 // environment variable counts only where its value begins with '/'. Answers have no '/' at their end; the folders need
-// not exist. The environment is read each time. Any thread, while nobody changes the environment.
+// not exist. The environment and user-dirs.dirs are read each time. Any thread, while no thread changes the
+// environment.
+//
+// user-dirs.dirs is a file of the configuration folder in which each line names a folder, as desktops write and read
+// it:
+//
+//   XDG_DOCUMENTS_DIR="$HOME/Papers"
+//   XDG_DOWNLOAD_DIR="/data/new \"files\""
+//
+// A value is written in quotation marks. It is "$HOME", which is the home folder itself, or it begins with "$HOME/" or
+// '/'. A backslash before a character makes it a plain one. The last valid line for a folder counts; other lines are
+// ignored. The whole file is ignored if it cannot be read, if it is no regular file or larger than a megabyte, and if
+// it belongs to another user and its path leads through a folder in which everybody may write.
 #pragma once  // include time: <string> is what it gives
 
 #include "NorvikCore/platform/export.h"
@@ -28,7 +42,7 @@ namespace norvik::kernel {
 /// Of a user by name; empty where there is no such user.
 [[nodiscard]] NK_EXPORT std::string homeDirectoryOfUser(const std::string& name);
 
-/// Empty where neither the environment nor an account tells.
+// Empty where there is none.
 [[nodiscard]] NK_EXPORT std::string libraryDirectory();
 [[nodiscard]] NK_EXPORT std::string configurationDirectory();
 [[nodiscard]] NK_EXPORT std::string cachesDirectory();

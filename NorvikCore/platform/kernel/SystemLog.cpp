@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 
 #include "NorvikCore/platform/kernel/Clock.h"
-#include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "NorvikCore/platform/kernel/GatherWrite.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
@@ -9,8 +9,6 @@
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <errno.h>
-#include <poll.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,7 +18,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 
 namespace norvik::kernel {
 
@@ -61,37 +58,12 @@ std::size_t writeHead(Head& head) noexcept {
   return length > 0 ? std::min(static_cast<std::size_t>(length), head.size() - 1) : 0;
 }
 
-// True when standard error takes more within the second that all waiting for one line may last.
-bool awaitStandardError(std::int64_t deadline) noexcept {
-  const std::int64_t left = (deadline - monotonicNanoseconds()) / 1'000'000;
-  if (left <= 0) return false;
-  pollfd wait{STDERR_FILENO, POLLOUT, 0};
-  const int ready = poll(&wait, 1, static_cast<int>(left));
-  return ready > 0 || (ready < 0 && errno == EINTR);
-}
-
 void writeToStandardError(std::string_view text) noexcept {
   Head head;
-  iovec parts[] = {
-      {head.data(), writeHead(head)},
-      {const_cast<char*>(text.data()), text.size()},  // NOLINT(cppcoreguidelines-pro-type-const-cast): iovec
-      {const_cast<char*>("\n"), text.ends_with('\n') ? 0U : 1U}};
+  const std::string_view pieces[] = {{head.data(), writeHead(head)}, text, text.ends_with('\n') ? "" : "\n"};
   const std::int64_t deadline = monotonicNanoseconds() + 1'000'000'000;
-  WriteSignalGuard guard;
-  for (std::size_t part = 0; part < std::size(parts);) {
-    ssize_t count = writev(STDERR_FILENO, parts + part, static_cast<int>(std::size(parts) - part));
-    if (count < 0) {
-      if (errno == EINTR || (errno == EAGAIN && awaitStandardError(deadline))) continue;
-      guard.failed(errno);
-      return;
-    }
-    auto done = static_cast<std::size_t>(count);
-    for (; part < std::size(parts) && done >= parts[part].iov_len; ++part) done -= parts[part].iov_len;
-    if (part < std::size(parts)) {
-      parts[part].iov_base = static_cast<char*>(parts[part].iov_base) + done;
-      parts[part].iov_len -= done;
-    }
-  }
+  std::size_t written = 0;
+  if (awaitRoom(STDERR_FILENO, deadline)) writeGathered(STDERR_FILENO, pieces, deadline, written);
 }
 
 }  // namespace

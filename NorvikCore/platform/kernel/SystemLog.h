@@ -20,7 +20,8 @@ namespace norvik::kernel {
 /// Writes one line by one system call, so that lines of several threads and processes do not mix; a line feed is added
 /// unless the text ends with one. Takes no lock, allocates nothing, leaves errno alone and works in a forked child.
 /// What standard error does not take is lost: nothing is raised, a closed pipe does no harm, a full one is waited for
-/// no longer than a second.
+/// no longer than a second (if it blocks, and takes only the beginning of a text over 4,000 bytes: until it takes the
+/// rest).
 NK_EXPORT void writeSystemLog(std::string_view text) noexcept;
 
 /// Takes the lines of all threads for itself while it lives, so that a test can read them and standard error stays
@@ -43,7 +44,7 @@ class NK_EXPORT SystemLogCapture {
   [[nodiscard]] static bool take(std::string_view text);
 
   struct State;
-  detail::Hidden<State> state_;
+  norvik::detail::Hidden<State> state_;
 };
 
 }  // namespace norvik::kernel

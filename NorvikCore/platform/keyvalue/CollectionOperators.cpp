@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSMutableSet.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -65,11 +66,10 @@ Ref<NSArray> flattened(const NSArray& collections) {
 }  // namespace
 
 Value applyOperator(const NSArray& elements, const NSString& keyPath) {
-  const std::string_view text = keyPath.view();
-  const std::string_view name = text.substr(0, text.find('.'));
+  const auto [name, rest] = firstKey(keyPath);
   if (name == "@count") return elements.count();
-  const NSString path = name.size() == text.size() ? NSString() : NSString(text.substr(name.size() + 1));
-  if (!path.empty()) {
+  if (rest && !rest->empty()) {
+    const NSString& path = *rest;
     if (name == "@sum") return sumOf(elements, path);
     if (name == "@avg") return average(elements, path);
     if (name == "@max") return extreme(elements, path, NSOrderedDescending);

@@ -3,12 +3,11 @@
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <array>
-#include <optional>
 #include <string>
-#include <utility>
 
 namespace norvik {
 namespace {
@@ -32,15 +31,6 @@ std::string capitalised(const NSString& key) {
 [[noreturn]] void raiseUndefinedKey(const Class& theClass, const NSString& key, const char* what) {
   NSException::raise(NSUndefinedKeyException,
                      "the class " + theClass.distinctName() + " has no key \"" + key + "\" that can be " + what);
-}
-
-/// The first key of a path and what follows it, absent where it is the last. Behind a dot at the end stands one more
-/// key, the empty one, which nothing has.
-std::pair<NSString, std::optional<NSString>> firstKey(const NSString& keyPath) {
-  const std::string_view path = keyPath.view();
-  const std::size_t dot = path.find('.');
-  if (dot == std::string_view::npos) return {keyPath, std::nullopt};
-  return {NSString(path.substr(0, dot)), NSString(path.substr(dot + 1))};
 }
 
 template <class Content>
@@ -105,7 +95,7 @@ Value valueForKey(const Value& target, const NSString& key) {
 
 Value valueForKeyPath(const Value& target, const NSString& keyPath) {
   if (const NSObject* object = target.object()) return object->valueForKeyPath(keyPath);
-  const auto [key, rest] = firstKey(keyPath);
+  const auto [key, rest] = detail::firstKey(keyPath);
   const Value next = valueForKey(target, key);
   return rest ? valueForKeyPath(next, *rest) : next;
 }
@@ -133,13 +123,13 @@ void NSObject::setValue_forKey(const Value& value, const NSString& key) {
 }
 
 Value NSObject::valueForKeyPath(const NSString& keyPath) const {
-  const auto [key, rest] = firstKey(keyPath);
+  const auto [key, rest] = detail::firstKey(keyPath);
   const Value next = valueForKey(key);
   return rest ? norvik::valueForKeyPath(next, *rest) : next;
 }
 
 void NSObject::setValue_forKeyPath(const Value& value, const NSString& keyPath) {
-  const auto [key, rest] = firstKey(keyPath);
+  const auto [key, rest] = detail::firstKey(keyPath);
   if (!rest) return setValue_forKey(value, key);
   const Value next = valueForKey(key);
   if (next.isAbsent() || next.isNull()) return;
@@ -167,7 +157,7 @@ bool NSObject::validateValue_forKey_error(Value& value, const NSString& key, Ref
 }
 
 bool NSObject::validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error) {
-  const auto [key, rest] = firstKey(keyPath);
+  const auto [key, rest] = detail::firstKey(keyPath);
   if (!rest) return validateValue_forKey_error(value, key, error);
   const Value next = valueForKey(key);
   NSObject* object = next.object();

@@ -10,7 +10,8 @@
 // key that is not found goes to valueForUndefinedKey or setValue_forUndefinedKey, which raise NSUndefinedKeyException
 // with the class and the key unless a class overrides them. An absent or null value for a number, a text, a decimal or
 // a date that is not a std::optional goes to setNilValueForKey, which raises NSInvalidArgumentException unless
-// overridden. A path that breaks off at an absent value gives an absent value, and sets nothing.
+// overridden. A path that breaks off at an absent value gives an absent value, and sets nothing. A path of more than
+// 1,000 keys raises NSInvalidArgumentException.
 //
 // A dictionary looks a key up; an array or a set asks each of its elements, and gives an array of the answers with the
 // null marker for an absent one. Texts have "length", "intValue", "integerValue", "doubleValue", "boolValue",
@@ -19,7 +20,7 @@
 //
 // Collection operators stand before the path they work on, over the elements of an array or set, or the values of a
 // dictionary. An absent or null value is left out of all but @avg:
-//   @count                                               how many elements there are
+//   @count                                               how many elements there are; what follows it is not read
 //   @sum.path                                            as a Decimal; 0 where there are none
 //   @avg.path                                            the sum by the number of all elements, as a Decimal;
 //                                                        0 where there are none

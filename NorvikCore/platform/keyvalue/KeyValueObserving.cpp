@@ -77,6 +77,30 @@ class Reader {
   Value value_;
 };
 
+/// The value before a change. Where it cannot be read, the change may be what mends that: it counts as leading nowhere.
+Value readBefore(Reader& reader, const Entry& entry) {
+  try {
+    return reader.read(entry);
+  } catch (const NSException&) {
+    return Value::null();
+  }
+}
+
+/// False for a registration whose observer was removed or is gone: what reading its path raises concerns no one.
+bool isHeard(const Entry& entry) noexcept {
+  return entry.registration->isActive() && !entry.registration->isObserverGone();
+}
+
+/// The value after a change.
+Value readAfter(Reader& reader, const Entry& entry) {
+  try {
+    return reader.read(entry);
+  } catch (...) {
+    if (isHeard(entry)) throw;
+    return {};
+  }
+}
+
 /// Ends a registration if its observer is gone without having been removed.
 void prune(const Entry& entry, NSObject& here) {
   Registration& registration = *entry.registration;
@@ -114,9 +138,9 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     isPriorWanted = isPriorWanted || registration.wants(NSKeyValueObservingOptionPrior);
     if (!registration.wants(NSKeyValueObservingOptionOld)) return;
     if (oldValueCount_++ == 0) {
-      firstOldValue_ = reader.read(entry);
+      firstOldValue_ = readBefore(reader, entry);
     } else {
-      furtherOldValues_.push_back(reader.read(entry));
+      furtherOldValues_.push_back(readBefore(reader, entry));
     }
   });
   if (!isPriorWanted) return;
@@ -147,7 +171,7 @@ void AnnouncedChange::complete() {
     }
   };
   const auto follow = [&](const Entry& entry) {
-    if (entry.registration->isLast(entry.depth)) return;
+    if (entry.registration->isLast(entry.depth) || !isHeard(entry)) return;
     guarded([&] {
       if (const Ref<NSObject> root = entry.registration->root(*object_, entry.depth)) entry.registration->follow(*root);
     });
@@ -162,7 +186,7 @@ void AnnouncedChange::complete() {
     if (!entry.registration->isActive() || isHeardEarlier(observers, entry, key_)) return;
     guarded([&] {
       const bool wantsNew = entry.registration->wants(NSKeyValueObservingOptionNew);
-      if (!tell(entry, *object_, {before, wantsNew ? reader.read(entry) : Value(), false})) isAnyGone = true;
+      if (!tell(entry, *object_, {before, wantsNew ? readAfter(reader, entry) : Value(), false})) isAnyGone = true;
     });
   });
   if (isAnyGone) {

@@ -11,7 +11,11 @@
 //
 // A path leads from object to object; what stands behind a text, a number, a date or a collection is read, but only the
 // objects before it are watched. A misspelt path raises NSUndefinedKeyException at once, with the class and the key:
-// also where the path breaks off at present, as far as properties are stated as a Ref to a class.
+// also where the path breaks off at present, as far as properties are stated as a Ref to a class. A collection operator
+// is observed on the object that holds the collection: on the collection itself it raises NSInvalidArgumentException.
+//
+// A change after which the path cannot be read is made, and the setter raises what reading raised. The next change can
+// mend it: the value before is the null marker then.
 //
 // Ownership: an observer is not kept, and neither is the observed object. An observer that goes without being
 //            removed is not told any more; registrations on an object end when it goes.

@@ -49,6 +49,20 @@ inline constexpr bool readsKeysAsNSObject = requires {
   requires std::same_as<decltype(&T::valueForUndefinedKey), decltype(&NSObject::valueForUndefinedKey)>;
 };
 
+/// What NK_OBJECT names where the compiler does not know it.
+struct UnknownObject {
+  using nk_Class = UnknownType;
+  using nk_Superclass = UnknownType;
+};
+
+template <class This, class Named>
+inline constexpr bool isNamed = std::same_as<This, const Named*> || std::same_as<Named, UnknownType>;
+
+template <class T, class Superclass>
+requires(std::same_as<T, UnknownType> || std::same_as<Superclass, UnknownType>) const Class& defineClass() {
+  return NSObject::staticClass();
+}
+
 template <class T, class Superclass>
 const Class& defineClass() {
   constexpr std::span<const Statement> statements = statementsOf<T>;

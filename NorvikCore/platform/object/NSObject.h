@@ -16,6 +16,7 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/AtomicWord.h"
 #include "NorvikCore/platform/object/Ref.h"
+#include "NorvikCore/platform/object/StatementPlace.h"
 #include "NorvikCore/platform/object/Value.h"
 #include "NorvikCore/platform/values/NSString.h"
 
@@ -112,6 +113,12 @@ class NK_EXPORT NSObject {
 
   /// The second half of making an object; false refuses, and make() gives an empty Ref.
   virtual bool init();
+
+  // What a statement finds in a class without NK_OBJECT, which is refused.
+  static detail::Owner<NSObject> nk_owner_(detail::OfClass);
+  static detail::InClass nk_scope_(detail::OfClass);
+  static detail::StatementNumber<const detail::Place<0>*> nk_state_(const detail::Place<0>*);
+  NSObject& nk_object_(detail::OfClass) noexcept { return *this; }
 
  private:
   friend struct detail::ObjectAccess;

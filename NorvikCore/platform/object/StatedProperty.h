@@ -4,6 +4,7 @@
 
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/StatementTable.h"
+#include "NorvikCore/platform/object/Weak.h"
 
 #include <concepts>
 #include <type_traits>
@@ -42,12 +43,6 @@ constexpr auto objectClassOfType() -> const Class& (*)() {
   }
 }
 
-/// The class of the objects that a property refers to, where its type is a Ref.
-template <class T, auto getter>
-constexpr auto objectClassOf() -> const Class& (*)() {
-  return objectClassOfType<std::remove_cvref_t<std::invoke_result_t<decltype(getter), const T&>>>();
-}
-
 /// A type without a form for nothing at all.
 template <class T>
 concept NeverAbsent = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::same_as<T, Decimal> ||
@@ -66,12 +61,13 @@ void setPropertyValue(NSObject& object, const Value& value, const char* key, Sto
   }
 }
 
-template <class T, auto setter>
-void setProperty(NSObject& object, const Value& value, const char* key) {
-  using Argument = std::remove_cvref_t<typename decltype(
-      []<class C, class R, class A>(R (C::*)(A)) { return std::type_identity<A>(); }(setter))::type>;
-  setPropertyValue<Argument>(object, value, key,
-                             [&](auto&& a) { (static_cast<T&>(object).*setter)(std::forward<decltype(a)>(a)); });
+template <class T, class P>
+constexpr Statement propertyStatement() {
+  Statement stated = P::nk_stated();
+  stated.objectClass = objectClassOfType<std::remove_cv_t<typename P::nk_Argument>>();
+  stated.get = &P::template nk_get<T>;
+  if constexpr (P::nk_stated().setterName != nullptr) stated.set = &P::template nk_set<T>;
+  return stated;
 }
 
 /// The accessor is `Type name() const`; refuses another one with one sentence.
@@ -86,7 +82,8 @@ constexpr bool findsGetter() {
         return false;
       }
     }();
-    static_assert(reads, "the accessor of a computed property is not `Type name() const` with the type that is stated");
+    static_assert(reads || std::same_as<Type, UnknownType>,
+                  "the accessor of a computed property is not `Type name() const` with the type that is stated");
     return reads;
   } else {
     return false;
@@ -99,7 +96,8 @@ constexpr bool findsSetter() {
   if constexpr (findsMember<T, Find>()) {
     using Setter = std::invoke_result_t<Find, std::type_identity<T>>;
     constexpr bool writes = std::is_member_function_pointer_v<Setter> && std::is_invocable_v<Setter, T&, const Type&>;
-    static_assert(writes, "the setter of a computed property is not `void setName(Type)` with the type that is stated");
+    static_assert(writes || std::same_as<Type, UnknownType>,
+                  "the setter of a computed property is not `void setName(Type)` with the type that is stated");
     return writes;
   } else {
     return false;
@@ -133,24 +131,49 @@ constexpr Statement computedStatement(const char* typeName, Find find, Key key, 
   return stated;
 }
 
+/// The class of a weak property.
+template <class T>
+struct ReferredClass {
+  using Type = T;
+};
+template <>
+struct ReferredClass<UnknownType> {
+  using Type = NSObject;
+};
+template <class T>
+using WeakRef = Ref<typename ReferredClass<T>::Type>;
+template <class T>
+using WeakStorage = Weak<typename ReferredClass<T>::Type>;
+
+template <class T>
+const Class& extendedClass() {
+  if constexpr (isStated<T>) {
+    return T::staticClass();
+  } else {
+    static_assert(std::same_as<T, UnknownType>, "a category's property is of a class without NK_OBJECT");
+    return NSObject::staticClass();
+  }
+}
+
 /// A property that a category adds to T: `get` and `set` call its functions, and cannot be called where there are none.
 template <class T, class Type, class Get, class Key>
 constexpr Statement categoryStatement(const char* typeName, Get, Key key) {
   Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};
-  static_assert(isStated<T>, "a category's property is of a class without NK_OBJECT");
-  static_assert(!statesKey<T>(Key{}(), false),
-                "a category's property has the name of a property that its class states");
-  if constexpr (std::is_invocable_v<Get, const T&>) {
-    constexpr bool reads = std::same_as<std::remove_cvref_t<std::invoke_result_t<Get, const T&>>, Type>;
-    static_assert(reads, "the accessor of a category's property gives another type than is stated");
-    if constexpr (reads) {
-      stated.get = [](const NSObject& object) {
-        return propertyValue<Type>(Get{}(static_cast<const T&>(object)), Key{}());
-      };
+  if constexpr (isStated<T> && !std::same_as<Type, UnknownType>) {
+    static_assert(!statesKey<T>(Key{}(), false),
+                  "a category's property has the name of a property that its class states");
+    if constexpr (std::is_invocable_v<Get, const T&>) {
+      constexpr bool reads = std::same_as<std::remove_cvref_t<std::invoke_result_t<Get, const T&>>, Type>;
+      static_assert(reads, "the accessor of a category's property gives another type than is stated");
+      if constexpr (reads) {
+        stated.get = [](const NSObject& object) {
+          return propertyValue<Type>(Get{}(static_cast<const T&>(object)), Key{}());
+        };
+      }
+    } else {
+      static_assert(std::is_invocable_v<Get, const T&>,
+                    "a category's property has no accessor `Type name(const Class&)` above its statement");
     }
-  } else {
-    static_assert(std::is_invocable_v<Get, const T&>,
-                  "a category's property has no accessor `Type name(const Class&)` above its statement");
   }
   return stated;
 }
@@ -159,12 +182,14 @@ template <class T, class Type, class Get, class Set, class Key>
 constexpr Statement categoryStatement(const char* typeName, Get get, Key key, const char* setterName, Set) {
   Statement stated = categoryStatement<T, Type>(typeName, get, key);
   stated.setterName = setterName;
-  constexpr bool writes = std::is_invocable_v<Set, T&, const Type&>;
-  static_assert(writes, "a category's property has no setter `void setName(Class&, Type)` above its statement");
-  if constexpr (writes) {
-    stated.set = [](NSObject& object, const Value& value) {
-      setPropertyValue<Type>(object, value, Key{}(), [&](const Type& a) { Set{}(static_cast<T&>(object), a); });
-    };
+  if constexpr (isStated<T> && !std::same_as<Type, UnknownType>) {
+    constexpr bool writes = std::is_invocable_v<Set, T&, const Type&>;
+    static_assert(writes, "a category's property has no setter `void setName(Class&, Type)` above its statement");
+    if constexpr (writes) {
+      stated.set = [](NSObject& object, const Value& value) {
+        setPropertyValue<Type>(object, value, Key{}(), [&](const Type& a) { Set{}(static_cast<T&>(object), a); });
+      };
+    }
   }
   return stated;
 }

@@ -31,11 +31,14 @@ NoStatedClass nk_stated_(const void*, ...);
 template <class T, class Below>
 using NearestStated = decltype(nk_stated_(static_cast<const T*>(nullptr), Above<Below>()));
 
+struct UnknownType;
+
 /// Super, or the nearest class above it that is stated, is the one that is nearest above T. True also where T is no
 /// NSObject, or broken: the compiler has said so.
 template <class T, class Super>
-inline constexpr bool isNearestStated =
-    !__is_same(T, Super) &&
-    (__is_same(NearestStated<T, T>, NearestStated<Super, T>) || __is_same(NearestStated<T, T>, NoStatedClass));
+inline constexpr bool isNearestStated = __is_same(T, UnknownType) || __is_same(Super, UnknownType) ||
+                                        (!__is_same(T, Super) &&
+                                         (__is_same(NearestStated<T, T>, NearestStated<Super, T>) ||
+                                          __is_same(NearestStated<T, T>, NoStatedClass)));
 
 }  // namespace norvik::detail

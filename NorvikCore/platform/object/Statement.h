@@ -35,6 +35,16 @@ struct Statement {
   Value (*invoke)(NSObject* target, std::span<const Value> arguments) = nullptr;
 };
 
+/// A way to find a member that the compiler words the refusal of.
+template <class Find>
+struct RefusedByCompiler : Find {};
+template <class Find>
+RefusedByCompiler(Find) -> RefusedByCompiler<Find>;
+template <class Find>
+inline constexpr bool isRefusedByCompiler = false;
+template <class Find>
+inline constexpr bool isRefusedByCompiler<RefusedByCompiler<Find>> = true;
+
 /// Refuses with one sentence a member of T whose address `Find` does not give.
 template <class T, class Find>
 constexpr bool findsMember() {
@@ -45,7 +55,8 @@ constexpr bool findsMember() {
       return false;
     }
   }();
-  static_assert(finds, "an operation or accessor that a class states is missing, or is overloaded");
+  static_assert(finds || isRefusedByCompiler<Find> || std::is_same_v<T, NoOwner>,
+                "an operation or accessor that a class states is missing, or is overloaded");
   return finds;
 }
 

@@ -11,15 +11,22 @@
 
 namespace norvik::detail {
 
+/// The statement of a stored property of T that P describes. StatedProperty.h defines it.
+template <class T, class P>
+constexpr Statement propertyStatement();
+
 /// Reads a class's statements, whatever access was in force where they were written.
 struct StatementAccess {
   template <class T>
   static constexpr int count = decltype(T::nk_state_(LastPlaceInBlock<decltype(T::nk_state_(lastBlock))>()))::value;
   template <class T, int number>
   static constexpr Statement at() {
-    constexpr auto stated = T::nk_state_(static_cast<const Place<number>*>(nullptr));
-    static_assert(stated.value == number, "a statement stands above NK_OBJECT");
-    return stated;
+    using Stated = decltype(T::nk_state_(static_cast<const Place<number>*>(nullptr)));
+    if constexpr (requires { typename Stated::nk_Argument; }) {
+      return propertyStatement<T, Stated>();
+    } else {
+      return T::nk_state_(static_cast<const Place<number>*>(nullptr));
+    }
   }
 };
 
@@ -44,17 +51,19 @@ constexpr unsigned long long identityOf(const Statement& statement) {
   return key;
 }
 
-/// In linear time, because compilers bound the steps of a constant's evaluation.
+/// In linear time, because compilers bound the steps of a constant's evaluation. The compiler refuses two stored
+/// properties of one name itself.
 template <std::size_t count>
 constexpr bool statesTwice(StatementKind kind, const Statement (&statements)[count]) {
   constexpr std::size_t size = 2 * std::bit_ceil(count);
   unsigned long long seen[size] = {};
   for (const Statement& statement : statements) {
     if (statement.kind != kind) continue;
-    const unsigned long long key = identityOf(statement) | 1;
+    const bool isStored = kind == StatementKind::Property && !statement.isComputed;
+    const unsigned long long key = (identityOf(statement) | 3) - (isStored ? 2 : 0);
     std::size_t i = (key >> 7) % size;
     for (; seen[i] != 0; i = (i + 1) % size) {
-      if (seen[i] == key) return true;
+      if ((seen[i] | 2) == (key | 2) && !(isStored && seen[i] == key)) return true;
     }
     seen[i] = key;
   }

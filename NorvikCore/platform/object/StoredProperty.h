@@ -9,6 +9,26 @@
 
 namespace norvik::detail {
 
+/// For the accessors, which are compiled in a class with mistakes too.
+struct StoredAccess {
+  template <class Storage>
+  static decltype(auto) read(const Storage& storage) {
+    return *storage;
+  }
+  template <class Storage, class T>
+  static void write(Storage& storage, T&& value) {
+    storage = std::forward<T>(value);
+  }
+  template <class Storage>
+  static auto load(const Storage& storage) {
+    return storage.load();
+  }
+  template <class Storage, class T>
+  static void store(Storage& storage, T&& value) {
+    storage.store(std::forward<T>(value));
+  }
+};
+
 /// Readable and writable by its class as `*field_` and `field_ = value`, closed to all other code.
 template <class Owner, class T>
 class Stored {
@@ -16,7 +36,8 @@ class Stored {
   Stored() = default;
 
  private:
-  friend Owner;
+  friend typename Owner::Class;
+  friend StoredAccess;
   Stored& operator=(T value) {
     value_ = std::move(value);
     return *this;
@@ -36,7 +57,8 @@ class AtomicStored {
   AtomicStored() = default;
 
  private:
-  friend Owner;
+  friend typename Owner::Class;
+  friend StoredAccess;
   [[nodiscard]] T load() const {
     Guard guard(busy_);
     return value_;

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/NSException.h"
+#include "NorvikCore/platform/values/internal/NumberMixing.h"
 
 #include <bit>
 #include <charconv>
@@ -130,6 +131,14 @@ Ref<NSObject> objectFrom(const Value& value, const char* wanted) {
 
 }  // namespace detail
 
+namespace {
+
+// Apart from their callers, which would have room for numbers in their frames for every kind of value.
+[[gnu::noinline]] bool areSameNumber(const Value& a, const Value& b) { return a.number() == b.number(); }
+[[gnu::noinline]] std::size_t hashOfNumber(const Value& value) { return value.number().hash(); }
+
+}  // namespace
+
 void Value::destroyShared() noexcept {
   if (kind_ == Kind::String) {
     std::destroy_at(std::addressof(storage_.string));
@@ -174,7 +183,7 @@ NSNumber Value::number() const {
 }
 
 bool Value::operator==(const Value& other) const {
-  if (kind_ != other.kind_) return isNumber() && other.isNumber() && number() == other.number();
+  if (kind_ != other.kind_) return isNumber() && other.isNumber() && areSameNumber(*this, other);
   switch (kind_) {
     case Kind::Absent:
     case Kind::Null:
@@ -184,8 +193,9 @@ bool Value::operator==(const Value& other) const {
     case Kind::Integer:
       return storage_.integer == other.storage_.integer;
     case Kind::Double:
+      return areSameNumber(*this, other);
     case Kind::Decimal:
-      return number() == other.number();
+      return storage_.decimal == other.storage_.decimal;
     case Kind::Date:
       return storage_.date == other.storage_.date;
     case Kind::String:
@@ -208,8 +218,12 @@ std::size_t Value::hash() const {
       return std::hash<NSString>()(storage_.string);
     case Kind::Object:
       return storage_.object->hash();
+    case Kind::Integer:
+      return detail::hashInteger(storage_.integer);
+    case Kind::Decimal:
+      return storage_.decimal.hash();
     default:
-      return std::hash<NSNumber>()(number());
+      return hashOfNumber(*this);
   }
 }
 

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
 #include "NorvikCore/platform/values/internal/DecimalText.h"
+#include "NorvikCore/platform/values/internal/NumberMixing.h"
 
 #include <charconv>
 #include <cmath>
@@ -106,28 +107,16 @@ double Decimal::doubleValue() const noexcept {
 std::size_t Decimal::hash() const noexcept {
   if (isNaN()) return 0x9e3779b97f4a7c15u;
   UInt128 mantissa = DecimalAccess::mantissa(*this);
-  if (mantissa == 0) return 0;
   int exponent = this->exponent();
   while (detail::high64(mantissa) != 0) {
     UInt128 remainder;
     const UInt128 shorter = detail::divideByPowerOfTen(mantissa, 1, remainder);
-    if (remainder != 0) break;
+    if (remainder != 0)
+      return detail::mixNumber(detail::high64(mantissa), detail::low64(mantissa), exponent, isNegative());
     mantissa = shorter;
     ++exponent;
   }
-  std::uint64_t low = detail::low64(mantissa);
-  if (detail::high64(mantissa) == 0) {
-    for (; low % 100 == 0; low /= 100) exponent += 2;
-    if (low % 10 == 0) {
-      low /= 10;
-      ++exponent;
-    }
-  }
-  std::uint64_t mixed = (low ^ detail::high64(mantissa) * 0xff51afd7ed558ccdu) * 0x9e3779b97f4a7c15u;
-  mixed ^= mixed >> 32;
-  mixed += static_cast<std::uint64_t>(2 * (exponent + 1024) + (isNegative() ? 1 : 0)) * 0xc2b2ae3d27d4eb4fu;
-  mixed = (mixed ^ mixed >> 29) * 0xd6e8feb86659fd93u;
-  return mixed ^ mixed >> 32;
+  return detail::hashNumber(detail::low64(mantissa), exponent, isNegative());
 }
 
 std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noexcept {

@@ -293,6 +293,17 @@ TEST(KeyValueBinding, EditableSaysWhetherChangesCanBeWritten) {
                                    NSDictionary::dictionaryWith({{NSConditionallySetsEditableBindingOption, false}})));
 }
 
+TEST(KeyValueBinding, EditableFollowsAPathWhateverStandsBetweenItsFullStops) {
+  const NSString half = NSString::fromCodePoint(0xD83D);
+  auto slips = NSMutableDictionary::dictionary();
+  slips->setObject(make<BoundSlip>(), half);
+  auto field = make<BoundField>();
+  bind(*field, *slips, half + ".grossPay");
+  EXPECT_TRUE(field->editable());
+  field->setValue(500_dec);
+  EXPECT_EQ(slips->objectForKey(half).object<BoundSlip>()->grossPay(), 500);
+}
+
 TEST(KeyValueBinding, EditableFollowsThePath) {
   auto slip = make<BoundSlip>();
   auto field = make<BoundField>();

@@ -58,12 +58,12 @@ Ref<PickyInOrder> picky(const Value& content) {
   return made;
 }
 
-Ref<NSData> archive(const Value& root) { return NSArchiver::archivedDataWithRootObject(root); }
+Ref<NSData> archiveInOrder(const Value& root) { return NSArchiver::archivedDataWithRootObject(root); }
 
 /// An archive of these bytes behind the mark.
-Ref<NSData> bytes(const std::string& text) { return NSData::dataWithText("NKSEQU1\n" + text); }
+Ref<NSData> bytesInOrder(const std::string& text) { return NSData::dataWithText("NKSEQU1\n" + text); }
 
-std::string unarchivingRaises(const Ref<NSData>& data) {
+std::string readingInOrderRaises(const Ref<NSData>& data) {
   return norvik::test::nameOfWhatIsRaised([&] { (void)NSUnarchiver::unarchiveObjectWithData(*data); });
 }
 
@@ -78,42 +78,42 @@ TEST(NSUnarchiver, HeaderExample) {
 }
 
 TEST(NSUnarchiver, AsksForValuesInTheirOrderAndRaisesBehindTheLast) {
-  auto unarchiver = make<NSUnarchiver>(*archive("text"));
+  auto unarchiver = make<NSUnarchiver>(*archiveInOrder("text"));
   EXPECT_EQ(unarchiver->decodeObject(), Value("text"));
   EXPECT_RAISES((void)unarchiver->decodeObject(), "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, AValueOfAnotherKindRaises) {
-  auto unarchiver = make<NSUnarchiver>(*archive("text"));
+  auto unarchiver = make<NSUnarchiver>(*archiveInOrder("text"));
   EXPECT_RAISES((void)unarchiver->decodeValue<Decimal>(), "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, NothingUnderAKeyIsAbsent) {
-  auto unarchiver = make<NSUnarchiver>(*bytes(""));
+  auto unarchiver = make<NSUnarchiver>(*bytesInOrder(""));
   EXPECT_TRUE(unarchiver->decodeObjectForKey("root").isAbsent());
   EXPECT_FALSE(unarchiver->containsValueForKey("root"));
   EXPECT_TRUE(unarchiver->isAtEnd());
 }
 
 TEST(NSUnarchiver, OnlyReads) {
-  auto unarchiver = make<NSUnarchiver>(*bytes(""));
+  auto unarchiver = make<NSUnarchiver>(*bytesInOrder(""));
   EXPECT_RAISES(unarchiver->encodeValue(true), "NSInvalidUnarchiveOperationException");
   EXPECT_RAISES(unarchiver->encodeBool(true, "x"), "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, AnObjectThatRefusesIsAbsent) {
-  EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(*archive(picky("refuse"))).isAbsent());
-  EXPECT_EQ(unarchivingRaises(archive(NSArray::arrayWithObjects(picky("refuse")))),
+  EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(*archiveInOrder(picky("refuse"))).isAbsent());
+  EXPECT_EQ(readingInOrderRaises(archiveInOrder(NSArray::arrayWithObjects(picky("refuse")))),
             "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, AnExceptionOutOfDecodingBecomesTheUnarchivers) {
-  EXPECT_EQ(unarchivingRaises(archive(picky("raise"))), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(archive(picky("more"))), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(archiveInOrder(picky("raise"))), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(archiveInOrder(picky("more"))), "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, ExceptionsOfOtherKindsPass) {
-  EXPECT_THROW((void)NSUnarchiver::unarchiveObjectWithData(*archive(picky("throw"))), int);
+  EXPECT_THROW((void)NSUnarchiver::unarchiveObjectWithData(*archiveInOrder(picky("throw"))), int);
 }
 
 TEST(NSUnarchiver, AnObjectThatCouldNotBeDecodedIsNotGivenOutHalfMade) {
@@ -129,16 +129,17 @@ TEST(NSUnarchiver, AnObjectThatCouldNotBeDecodedIsNotGivenOutHalfMade) {
 }
 
 TEST(NSUnarchiver, AnObjectMadeWholeCannotHoldItself) {
-  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x0c"
-                                    "DecodedWhole\x09\x01\x0b"s)),
+  EXPECT_EQ(readingInOrderRaises(bytesInOrder("\x09\0\0\0\x0c"
+                                              "DecodedWhole\x09\x01\x0b"s)),
             "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(bytes("\x09\0\0\0\x0c"
-                                    "DecodedWhole\x01\x0b"s)),
+  EXPECT_EQ(readingInOrderRaises(bytesInOrder("\x09\0\0\0\x0c"
+                                              "DecodedWhole\x01\x0b"s)),
             "");
 }
 
 TEST(NSUnarchiver, AnArchiveOfTheOtherKindRaises) {
-  EXPECT_EQ(unarchivingRaises(NSKeyedArchiver::archivedDataWithRootObject(1)), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(NSKeyedArchiver::archivedDataWithRootObject(1)),
+            "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, DamageRaises) {
@@ -165,14 +166,14 @@ TEST(NSUnarchiver, DamageRaises) {
       {"a double cut short", "\x05pay"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(unarchivingRaises(bytes(row.bytes)), "NSInvalidUnarchiveOperationException") << row.why;
+    EXPECT_EQ(readingInOrderRaises(bytesInOrder(row.bytes)), "NSInvalidUnarchiveOperationException") << row.why;
   }
 }
 
 TEST(NSUnarchiver, NestingInTheBytesIsBounded) {
   std::string deep;
   for (int i = 0; i < 100'000; ++i) deep += "\x09\0\x01\x01"s;
-  EXPECT_EQ(unarchivingRaises(bytes(deep + '\x02')), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(bytesInOrder(deep + '\x02')), "NSInvalidUnarchiveOperationException");
 }
 
 TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomForIt) {
@@ -184,7 +185,7 @@ TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomF
       nested += static_cast<char>(left < 0x80 ? left : (left & 0x7F) | 0x80);
     }
   }
-  const Ref<NSData> damaged = bytes(nested + std::string(1'000'000, '\xff'));
+  const Ref<NSData> damaged = bytesInOrder(nested + std::string(1'000'000, '\xff'));
 #if defined(__SANITIZE_ADDRESS__)
   constexpr rlim_t greatestMemory = RLIM_INFINITY;  // the sanitizer needs terabytes of addresses for itself
 #else
@@ -193,26 +194,26 @@ TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomF
   RUN_IN_CHILD({
     const rlimit limit{greatestMemory, greatestMemory};
     ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
-    EXPECT_EQ(unarchivingRaises(damaged), "NSInvalidUnarchiveOperationException");
+    EXPECT_EQ(readingInOrderRaises(damaged), "NSInvalidUnarchiveOperationException");
   });
 }
 
 TEST(NSUnarchiver, OnlyClassesThatStateItAreMade) {
   const auto withClass = [](const std::string& name) {
-    return bytes("\x09\0\0\0"s + static_cast<char>(name.size()) + name + "\x02\x0b");
+    return bytesInOrder("\x09\0\0\0"s + static_cast<char>(name.size()) + name + "\x02\x0b");
   };
-  EXPECT_EQ(unarchivingRaises(withClass("NeverDecoded")), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(withClass("NoSuchClass")), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(withClass("NSString")), "NSInvalidUnarchiveOperationException");
-  EXPECT_EQ(unarchivingRaises(withClass("PickyInOrder")), "");
+  EXPECT_EQ(readingInOrderRaises(withClass("NeverDecoded")), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(withClass("NoSuchClass")), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(withClass("NSString")), "NSInvalidUnarchiveOperationException");
+  EXPECT_EQ(readingInOrderRaises(withClass("PickyInOrder")), "");
 }
 
 TEST(NSUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingElse) {
-  const auto whole = archive(NSArray::arrayWithObjects(
+  const auto whole = archiveInOrder(NSArray::arrayWithObjects(
       picky(NSSet::setWith({1, "two", 3.5_dec})), NSDictionary::dictionaryWith({{"key", Date()}}), 2.5, true,
       NSData::dataWithText("pay"), NSString::fromCodePoint(0x1F600).substringToIndex(1)));
   for (std::size_t length = 0; length < whole->length(); ++length) {
-    EXPECT_EQ(unarchivingRaises(whole->subdataWithRange({0, length})), "NSInvalidUnarchiveOperationException")
+    EXPECT_EQ(readingInOrderRaises(whole->subdataWithRange({0, length})), "NSInvalidUnarchiveOperationException")
         << length;
   }
   for (std::size_t at = 0; at < whole->length(); ++at) {
@@ -221,7 +222,7 @@ TEST(NSUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingElse) {
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
       const norvik::test::LeaksAllowed rings;  // a changed byte may make an object hold itself
-      const std::string name = unarchivingRaises(damaged->copy());
+      const std::string name = readingInOrderRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }
   }

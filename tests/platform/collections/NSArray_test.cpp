@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/ExpectRaises.h"
+#include "tests/support/NumbersIn.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@ namespace norvik {
 namespace {
 
 using norvik::test::nameOfWhatIsRaised;
+using norvik::test::numbersIn;
 
 class Item : public NSObject {
   NK_OBJECT(Item, NSObject)
@@ -27,12 +29,6 @@ class SpecialItem : public Item {
   using Item::Item;
 };
 
-std::vector<int> numbers(const NSArray& array) {
-  std::vector<int> result;
-  for (const Value& each : array) result.push_back(each.as<int>());
-  return result;
-}
-
 TEST(NSArray, HeaderExample) {
   Ref<NSArray> pay = NSArray::arrayWithObjects(1200_dec, 950.50_dec, "unpaid");
   EXPECT_EQ(pay->count(), 3u);
@@ -41,7 +37,7 @@ TEST(NSArray, HeaderExample) {
   EXPECT_EQ(listed, "1200;950.50;unpaid;");
   auto sorted = NSArray::arrayWithObjects(3, 1, 2)->sortedArrayUsingComparator(
       [](const Value& a, const Value& b) { return a.compare(b); });
-  EXPECT_EQ(numbers(*sorted), (std::vector{1, 2, 3}));
+  EXPECT_EQ(numbersIn(*sorted), (std::vector{1, 2, 3}));
 }
 
 TEST(NSArray, IsMadeInEveryNaturalForm) {
@@ -95,7 +91,7 @@ TEST(NSArray, FindsByEqualityAndByIdentity) {
 
 TEST(NSArray, ASubarrayMayBeEmptyAtTheEndButNotReachBeyond) {
   const auto array = NSArray::arrayWith({1, 2, 3});
-  EXPECT_EQ(numbers(*array->subarrayWithRange({1, 2})), (std::vector{2, 3}));
+  EXPECT_EQ(numbersIn(*array->subarrayWithRange({1, 2})), (std::vector{2, 3}));
   EXPECT_EQ(array->subarrayWithRange({3, 0})->count(), 0u);
   EXPECT_EQ(nameOfWhatIsRaised([&] { (void)array->subarrayWithRange({2, 2}); }), "NSRangeException");
   EXPECT_EQ(nameOfWhatIsRaised([&] { (void)array->subarrayWithRange({4, 0}); }), "NSRangeException");
@@ -104,9 +100,9 @@ TEST(NSArray, ASubarrayMayBeEmptyAtTheEndButNotReachBeyond) {
 
 TEST(NSArray, AddingGivesANewArrayAndLeavesTheOldOne) {
   const auto array = NSArray::arrayWith({1});
-  EXPECT_EQ(numbers(*array->arrayByAddingObject(2)), (std::vector{1, 2}));
-  EXPECT_EQ(numbers(*array->arrayByAddingObjectsFromArray(*array)), (std::vector{1, 1}));
-  EXPECT_EQ(numbers(*array), (std::vector{1}));
+  EXPECT_EQ(numbersIn(*array->arrayByAddingObject(2)), (std::vector{1, 2}));
+  EXPECT_EQ(numbersIn(*array->arrayByAddingObjectsFromArray(*array)), (std::vector{1, 1}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1}));
 }
 
 TEST(NSArray, SortingKeepsTheOrderOfEqualElements) {
@@ -122,7 +118,7 @@ TEST(NSArray, SortsByAFreeFunctionToo) {
   struct Descending {
     static NSComparisonResult compare(const Value& a, const Value& b) { return b.compare(a); }
   };
-  EXPECT_EQ(numbers(*NSArray::arrayWith({1, 3, 2})->sortedArrayUsingComparator(Descending::compare)),
+  EXPECT_EQ(numbersIn(*NSArray::arrayWith({1, 3, 2})->sortedArrayUsingComparator(Descending::compare)),
             (std::vector{3, 2, 1}));
 }
 
@@ -175,7 +171,7 @@ TEST(NSArray, ACopyOfAnArrayThatDoesNotChangeIsItself) {
   const Ref<NSArray> copy = mutableArray->copy();
   EXPECT_EQ(copy->classObject().name(), "NSArray");
   mutableArray->addObject(3);
-  EXPECT_EQ(numbers(*copy), (std::vector{1, 2}));
+  EXPECT_EQ(numbersIn(*copy), (std::vector{1, 2}));
 }
 
 TEST(NSArray, EqualityLooksAtElementsAndOrder) {

@@ -159,6 +159,19 @@ TEST(NSMutableDictionary, ChangesUnderALoopRaise) {
   }
 }
 
+// A removed 0 leaves a gap, and its hash is that of the absent key.
+TEST(NSMutableDictionary, TheAbsentKeyIsNotFoundWhereAnEntryWasRemoved) {
+  for (const int others : {1, 5, 50}) {
+    const auto dictionary = NSMutableDictionary::dictionaryWith({{0, "a"}});
+    for (int i = 1; i <= others; ++i) dictionary->setObject("b", i);
+    dictionary->removeObjectForKey(0);
+    EXPECT_EQ(dictionary->find(Value()), nullptr) << others;
+    EXPECT_TRUE(dictionary->objectForKey(Value()).isAbsent());
+    EXPECT_EQ(nameOfWhatIsRaised([&] { dictionary->setObject("c", Value()); }), "NSInvalidArgumentException");
+    EXPECT_EQ(dictionary->count(), static_cast<std::size_t>(others));
+  }
+}
+
 TEST(NSMutableDictionary, RemovingTheAbsentKeyRemovesNothing) {
   const auto dictionary = NSMutableDictionary::dictionaryWith({{0, "a"}, {12345, "b"}});
   dictionary->removeObjectForKey(0);  // leaves a gap, whose hash is that of the absent key

@@ -2,19 +2,21 @@
 
 #include "NorvikCore/platform/values/NSException.h"
 #include "tests/support/ExpectRaises.h"
+#include "tests/support/NumbersIn.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <random>
+#include <vector>
 
 namespace norvik {
 namespace {
 
 using norvik::test::nameOfWhatIsRaised;
-
-std::vector<int> numbers(const NSArray& array) {
-  std::vector<int> result;
-  for (const Value& each : array) result.push_back(each.as<int>());
-  return result;
-}
+using norvik::test::numbersIn;
 
 Ref<NSMutableArray> oneTwoThree() { return NSMutableArray::arrayWith({1, 2, 3}); }
 
@@ -32,15 +34,15 @@ TEST(NSMutableArray, AddsAndInserts) {
   array->addObject(2);
   array->insertObject(1, 0);
   array->insertObject(3, 2);
-  EXPECT_EQ(numbers(*array), (std::vector{1, 2, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 2, 3}));
   array->addObjectsFromArray(*NSArray::arrayWith({4, 5}));
-  EXPECT_EQ(numbers(*array), (std::vector{1, 2, 3, 4, 5}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 2, 3, 4, 5}));
 }
 
 TEST(NSMutableArray, AddsItselfToItself) {
   auto array = oneTwoThree();
   array->addObjectsFromArray(*array);
-  EXPECT_EQ(numbers(*array), (std::vector{1, 2, 3, 1, 2, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 2, 3, 1, 2, 3}));
 }
 
 TEST(NSMutableArray, AddsItsOwnElement) {
@@ -54,7 +56,7 @@ TEST(NSMutableArray, RefusesAbsentValuesAndStaysAsItWas) {
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->addObject({}); }), "NSInvalidArgumentException");
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->insertObject({}, 0); }), "NSInvalidArgumentException");
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->replaceObjectAtIndex(0, {}); }), "NSInvalidArgumentException");
-  EXPECT_EQ(numbers(*array), (std::vector{1, 2, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 2, 3}));
 }
 
 TEST(NSMutableArray, RefusesIndexesBeyondTheEnd) {
@@ -64,24 +66,24 @@ TEST(NSMutableArray, RefusesIndexesBeyondTheEnd) {
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->removeObjectAtIndex(3); }), "NSRangeException");
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->exchangeObjectAtIndex(0, 3); }), "NSRangeException");
   EXPECT_EQ(nameOfWhatIsRaised([&] { array->removeObjectsInRange({2, 2}); }), "NSRangeException");
-  EXPECT_EQ(numbers(*array), (std::vector{1, 2, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 2, 3}));
 }
 
 TEST(NSMutableArray, ReplacesAndExchanges) {
   auto array = oneTwoThree();
   array->replaceObjectAtIndex(1, 20);
   array->exchangeObjectAtIndex(0, 2);
-  EXPECT_EQ(numbers(*array), (std::vector{3, 20, 1}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{3, 20, 1}));
   array->setArray(*NSArray::arrayWith({9}));
-  EXPECT_EQ(numbers(*array), (std::vector{9}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{9}));
 }
 
 TEST(NSMutableArray, RemovesByIndexRangeEqualityAndIdentity) {
   auto array = NSMutableArray::arrayWith({1, 2, 1, 3, 1});
   array->removeObject(1);
-  EXPECT_EQ(numbers(*array), (std::vector{2, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{2, 3}));
   array->removeObjectAtIndex(0);
-  EXPECT_EQ(numbers(*array), (std::vector{3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{3}));
   array->removeLastObject();
   array->removeLastObject();
   EXPECT_EQ(array->count(), 0u);
@@ -93,7 +95,105 @@ TEST(NSMutableArray, RemovesByIndexRangeEqualityAndIdentity) {
 
   auto range = NSMutableArray::arrayWith({1, 2, 3, 4});
   range->removeObjectsInRange({1, 2});
-  EXPECT_EQ(numbers(*range), (std::vector{1, 4}));
+  EXPECT_EQ(numbersIn(*range), (std::vector{1, 4}));
+}
+
+// In time that grows with the square this takes an hour.
+TEST(NSMutableArray, TheFirstElementIsRemovedWithoutMovingTheOthers) {
+  constexpr int count = 1'000'000;
+  auto queue = NSMutableArray::arrayWithCapacity(count);
+  for (int i = 0; i < count; ++i) queue->addObject(i);
+  std::int64_t sum = 0;
+  for (; queue->count() > 0; queue->removeObjectAtIndex(0)) sum += queue->firstObject().as<int>();
+  EXPECT_EQ(sum, std::int64_t{count} * (count - 1) / 2);
+}
+
+TEST(NSMutableArray, IsWhatADequeIsAfterAnyChanges) {
+  std::mt19937 engine(5);
+  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
+  for (int round = 0; round < 200; ++round) {
+    auto array = NSMutableArray::array();
+    std::deque<int> model;
+    for (int change = 0; change < 200; ++change) {
+      const std::size_t at = model.empty() ? 0 : upTo(model.size() - 1), other = model.empty() ? 0 : upTo(at);
+      const auto place = model.begin() + static_cast<std::ptrdiff_t>(at);
+      switch (const std::size_t kind = upTo(12); model.empty() ? 0 : kind) {
+        case 0:
+        case 1:
+        case 2:
+          array->addObject(change);
+          model.push_back(change);
+          break;
+        case 3:
+        case 4:
+        case 5:
+          array->removeObjectAtIndex(0);
+          model.pop_front();
+          break;
+        case 6:
+          array->removeLastObject();
+          model.pop_back();
+          break;
+        case 7:
+          array->insertObject(change, at);
+          model.insert(place, change);
+          break;
+        case 8:
+          array->replaceObjectAtIndex(at, change);
+          *place = change;
+          break;
+        case 9:
+          array->exchangeObjectAtIndex(at, other);
+          std::swap(model[at], model[other]);
+          break;
+        case 10:
+          array->removeObjectsInRange({other, at - other});
+          model.erase(model.begin() + static_cast<std::ptrdiff_t>(other), place);
+          break;
+        case 11:
+          array->removeObjectAtIndex(at);
+          model.erase(place);
+          break;
+        default:
+          array->addObjectsFromArray(*NSArray::arrayWithObjects(change, -change));
+          model.insert(model.end(), {change, -change});
+          break;
+      }
+      const std::vector<int> expected(model.begin(), model.end());
+      ASSERT_EQ(numbersIn(*array), expected) << "round " << round << ", change " << change;
+      ASSERT_EQ(array->count(), expected.size());
+      ASSERT_EQ(numbersIn(*array->copy()), expected);
+      ASSERT_EQ(numbersIn(*array->mutableCopy()), expected);
+      ASSERT_TRUE(array->isEqual(*NSArray::arrayFrom(expected)));
+      ASSERT_EQ(array->hash(), NSArray::arrayFrom(expected)->hash());
+      if (expected.empty()) continue;
+      ASSERT_EQ(array->firstObject(), Value(expected.front()));
+      ASSERT_EQ(array->lastObject(), Value(expected.back()));
+      ASSERT_EQ((*array)[expected.size() / 2], Value(expected[expected.size() / 2]));
+      ASSERT_EQ(array->indexOfObject(expected.back()),
+                static_cast<std::size_t>(std::ranges::find(expected, expected.back()) - expected.begin()));
+      ASSERT_THROW((void)array->objectAtIndex(expected.size()), NSException);
+    }
+    array->sort();
+    std::ranges::sort(model);
+    ASSERT_EQ(numbersIn(*array), std::vector<int>(model.begin(), model.end()));
+  }
+}
+
+TEST(NSMutableArray, AnObjectThatGoesWithTheFirstElementSeesTheOthers) {
+  auto array = NSMutableArray::array();
+  std::vector<int> seen;
+  struct Last : NSObject {
+    std::function<void()> atEnd;
+    ~Last() override { atEnd(); }
+  };
+  auto first = make<Last>();
+  first->atEnd = [&] { seen = numbersIn(*array); };
+  array->addObject(first);
+  for (const int each : {1, 2, 3}) array->addObject(each);
+  first = nullptr;
+  array->removeObjectAtIndex(0);
+  EXPECT_EQ(seen, (std::vector{1, 2, 3}));
 }
 
 TEST(NSMutableArray, RemovesAnElementNamedByAReferenceIntoItself) {
@@ -105,7 +205,7 @@ TEST(NSMutableArray, RemovesAnElementNamedByAReferenceIntoItself) {
 TEST(NSMutableArray, RemovesAnotherArraysElementsAndItsOwn) {
   auto array = oneTwoThree();
   array->removeObjectsInArray(*NSArray::arrayWith({3, 1, 7}));
-  EXPECT_EQ(numbers(*array), (std::vector{2}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{2}));
   array->removeObjectsInArray(*array);
   EXPECT_EQ(array->count(), 0u);
 }
@@ -113,7 +213,7 @@ TEST(NSMutableArray, RemovesAnotherArraysElementsAndItsOwn) {
 TEST(NSMutableArray, RemovesWhatATestPicks) {
   auto array = NSMutableArray::arrayWith({1, 2, 3, 4});
   EXPECT_EQ(array->removeObjectsPassingTest([](const Value& v) { return v.as<int>() % 2 == 0; }), 2u);
-  EXPECT_EQ(numbers(*array), (std::vector{1, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 3}));
 }
 
 TEST(NSMutableArray, AComparatorThatRaisesLeavesTheArrayAsItWas) {
@@ -168,7 +268,7 @@ TEST(NSMutableArray, ALoopThatEndsAfterItsChangeDoesNotRaise) {
       break;
     }
   }
-  EXPECT_EQ(numbers(*array), (std::vector{1, 3}));
+  EXPECT_EQ(numbersIn(*array), (std::vector{1, 3}));
 }
 
 TEST(NSMutableArray, WhatFindsNothingToDoIsNoChange) {

@@ -134,6 +134,19 @@ TEST(NSMutableSet, KeepsTheOrderWhileManyComeAndGo) {
   EXPECT_FALSE(set->containsObject(901));
 }
 
+// A removed 0 leaves a gap, and its hash is that of the absent value.
+TEST(NSMutableSet, TheAbsentValueIsNotFoundWhereAnElementWasRemoved) {
+  for (const int others : {1, 5, 50}) {
+    const auto set = NSMutableSet::setWithObjects(0);
+    for (int i = 1; i <= others; ++i) set->addObject(i);
+    set->removeObject(0);
+    EXPECT_FALSE(set->containsObject(Value())) << others;
+    EXPECT_TRUE(set->member(Value()).isAbsent());
+    set->removeObject(Value());
+    EXPECT_EQ(set->count(), static_cast<std::size_t>(others));
+  }
+}
+
 TEST(NSMutableSet, RemovingTheAbsentValueRemovesNothing) {
   const auto set = NSMutableSet::setWithObjects(0, 12345);
   set->removeObject(0);

@@ -360,8 +360,9 @@ TEST_F(ThreadShortage, TimersFireFromWaitingThreadsInTheirOrder) {
     auto queue = dispatch_queue_create("queue");
     auto never = dispatch_semaphore_create(0);
     std::string runs;
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 2 * NSEC_PER_MSEC), queue, [&] { runs += "2"; });
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 1 * NSEC_PER_MSEC), queue, [&] { runs += "1"; });
+    const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
+    dispatch_after(dispatch_time(now, 2 * NSEC_PER_MSEC), queue, [&] { runs += "2"; });
+    dispatch_after(dispatch_time(now, 1 * NSEC_PER_MSEC), queue, [&] { runs += "1"; });
     dispatch_after(dispatch_walltime(nullptr, 3 * NSEC_PER_MSEC), queue, [&] { runs += "3"; });
     while (runs.size() < 3) {
       dispatch_semaphore_wait(never, dispatch_time(DISPATCH_TIME_NOW, 1 * NSEC_PER_MSEC));

@@ -133,8 +133,8 @@ void editOnce(Source& source, NSMutableAttributedString& text, AttributedTextMod
 TEST(NSAttributedStringProperty, AModelAndTheTextAgreeAfterAnyEdits) {
   for (std::uint32_t seed = 0; seed < 300; ++seed) {
     Source source(seed);
-    AttributedTextModel model;
-    const auto text = make<NSMutableAttributedString>();
+    AttributedTextModel model = source.text(8);
+    const auto text = textOf(model)->mutableCopy();
     for (int edit = 0; edit < 40; ++edit) {
       editOnce(source, *text, model);
       ASSERT_NO_FATAL_FAILURE(expectSame(*text, model)) << "seed " << seed << ", edit " << edit;

@@ -2,11 +2,13 @@
 
 #include "NorvikCore/platform/kernel/HostInfo.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
+#include "tests/support/AnotherUser.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <thread>
@@ -125,6 +127,59 @@ TEST(NSBundle, AFileThatCannotBeReadIsToldOnTheConsole) {
   EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt);
   EXPECT_EQ(console.lines(), std::vector<std::string>{"Unable to read the bundle's information " + loop +
                                                       ": Too many levels of symbolic links"});
+}
+
+TEST(NSBundle, WhatIsNoFileIsNotReadAndIsToldOnTheConsole) {
+  const struct {
+    const char *name, *why;
+  } rows[] = {{"pipe", "No such device or address"}, {"folder", "Is a directory"}, {"large", "File too large"}};
+  const TemporaryFolder folder;
+  ASSERT_EQ(mkfifo(folder.path("pipe.info").c_str(), 0600), 0);
+  ASSERT_EQ(mkdir(folder.path("folder.info").c_str(), 0700), 0);
+  folder.write("large.info", "CFBundleIdentifier = uk.co.norvik.payroll\n");
+  ASSERT_EQ(truncate(folder.path("large.info").c_str(), 100 << 20), 0);
+  for (const auto& row : rows) {
+    const kernel::SystemLogCapture console;
+    const auto bundle = NSBundle::bundleWithExecutablePath(NSString(folder.path(row.name)));
+    EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt) << row.name;
+    EXPECT_EQ(console.lines(), std::vector<std::string>{"Unable to read the bundle's information " +
+                                                        folder.path(row.name) + ".info: " + row.why});
+  }
+}
+
+TEST(NSBundle, AnInformationFileMayBeBehindALink) {
+  const TemporaryFolder folder;
+  folder.write("kept", "CFBundleIdentifier = uk.co.norvik.payroll\n");
+  ASSERT_EQ(symlink("kept", folder.path("payroll.info").c_str()), 0);
+  const auto bundle = NSBundle::bundleWithExecutablePath(NSString(folder.path("payroll")));
+  EXPECT_EQ(bundle->bundleIdentifier(), NSString("uk.co.norvik.payroll"));
+}
+
+TEST(NSBundle, AnotherUsersFileInASharedFolderIsNotRead) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  const TemporaryFolder folder;
+  const std::string file = folder.write("payroll.info", "CFBundleIdentifier = uk.co.norvik.payroll\n");
+  ASSERT_EQ(chmod(folder.path().c_str(), 01777), 0);
+  const NSString path(folder.path("payroll"));
+  EXPECT_EQ(NSBundle::bundleWithExecutablePath(path)->bundleIdentifier(), NSString("uk.co.norvik.payroll"));
+  ASSERT_EQ(chown(file.c_str(), test::userWithoutRights, test::userWithoutRights), 0);
+  const kernel::SystemLogCapture console;
+  EXPECT_EQ(NSBundle::bundleWithExecutablePath(path)->bundleIdentifier(), std::nullopt);
+  EXPECT_EQ(console.lines(),
+            std::vector<std::string>{"Unable to read the bundle's information " + file + ": Operation not permitted"});
+}
+
+TEST(NSBundle, WithoutAWholePathTheCurrentFolderIsNotSearched) {
+  RUN_IN_CHILD({
+    const TemporaryFolder folder;
+    folder.write("payroll.info", "CFBundleIdentifier = uk.co.norvik.payroll\n");
+    ASSERT_EQ(chdir(folder.path().c_str()), 0);
+    for (const char* path : {"payroll", "./payroll"}) {
+      const auto bundle = NSBundle::bundleWithExecutablePath(path);
+      EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt) << path;
+      EXPECT_EQ(bundle->objectForInfoDictionaryKey("CFBundleExecutable"), Value("payroll")) << path;
+    }
+  });
 }
 
 TEST(NSBundle, ValuesAreSetAndReadFromSeveralThreads) {

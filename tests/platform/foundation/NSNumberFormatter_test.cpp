@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "tests/support/Decimals.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 Ref<NSNumberFormatter> british(const char* pattern) {
   auto formatter = make<NSNumberFormatter>();
@@ -510,6 +511,108 @@ TEST(NSNumberFormatter, LenientSpacesAreTheSameInEveryPattern) {
     for (const std::string& text :
          {std::string("5 5"), "1 000" + std::string(row.after), "5 .5" + std::string(row.after)}) {
       EXPECT_EQ(read(*formatter, text.c_str()), "no") << row.pattern << " " << text;
+    }
+  }
+}
+
+TEST(NSNumberFormatter, DigitsInWhatStandsAroundANumberAreNoneOfItsOwn) {
+  const struct {
+    const char *pattern, *text, *expected;
+  } rows[] = {
+      {"'1'0;'2'0", "15", "5"},
+      {"'1'0;'2'0", "25", "-5"},
+      {"'Week 52: '0.00", "Week 52: 3.50", "3.50"},
+      {"0.00' at 20'", "3.50 at 20", "3.50"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(read(*formatter, row.text), row.expected) << row.pattern;
+    formatter->setLenient(true);
+    EXPECT_EQ(read(*formatter, row.text), row.expected) << row.pattern;
+    EXPECT_EQ(read(*formatter, (" " + std::string(row.text) + "\t").c_str()), row.expected) << row.pattern;
+    EXPECT_EQ(read(*formatter, "7"), "7") << row.pattern;
+  }
+}
+
+TEST(NSNumberFormatter, LenientReadingTakesANumberWithoutASignAsThePatternWritesIt) {
+  const auto formatter = british("0 'CR';0");
+  EXPECT_EQ(formatter->stringFromNumber(-5), "5");
+  for (const bool isLenient : {false, true}) {
+    formatter->setLenient(isLenient);
+    EXPECT_EQ(read(*formatter, "5"), "-5") << isLenient;
+    EXPECT_EQ(read(*formatter, "5 CR"), "5") << isLenient;
+  }
+  EXPECT_EQ(read(*formatter, " 5 "), "-5");
+  EXPECT_EQ(read(*formatter, "5CR"), "5");
+}
+
+TEST(NSNumberFormatter, LenientReadingGivesTheNumberThatStrictReadingGives) {
+  const struct {
+    const char *why, *pattern, *text, *expected;
+  } rows[] = {
+      {"only a tab tells the sign", "'J'#,##0.0;0.00\t", "2,892,579.0\t", "-2892579.0"},
+      {"the text of positive numbers", "'J'#,##0.0;0.00\t", "J2,892,579.0", "2892579.0"},
+      {"only a space in front tells the sign", "0'CR'; 0", " 5", "-5"},
+      {"a blank and nothing else tells the sign", "0;0 ", "5 ", "-5"},
+      {"no blank", "0;0 ", "5", "5"},
+      {"a plus sign means a minus", "0;+0", "+5", "-5"},
+      {"no plus sign", "0;+0", "5", "5"},
+      {"the signs are exchanged", "-0;+0", "-5", "5"},
+      {"the signs are exchanged", "-0;+0", "+5", "-5"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(formatter->stringFromNumber(dec(row.expected)), row.text) << row.why << ": " << row.pattern;
+    for (const bool isLenient : {false, true}) {
+      formatter->setLenient(isLenient);
+      EXPECT_EQ(read(*formatter, row.text), row.expected) << row.why << ": " << row.pattern << " " << isLenient;
+    }
+  }
+}
+
+TEST(NSNumberFormatter, LenientReadingTakesTheSignThatThePatternMeansWhereBlanksAreMissingOrAdded) {
+  const struct {
+    const char *pattern, *text, *expected;
+  } rows[] = {
+      {"0.00 'CR';0.00   ", "5.00", "-5.00"},
+      {"0.00 'CR';0.00   ", " 5.00 ", "-5.00"},
+      {"0.00 'CR';0.00   ", "5.00 CR", "5.00"},
+      {"0.00 'CR';0.00   ", "5.00CR ", "5.00"},
+      {"'J'#,##0.0;0.00\t", "2,892", "-2892"},
+      {"'J'#,##0.0;0.00\t", "J 2,892", "2892"},
+      {"0;0 ", " 5", "5"},
+      {"0;0 ", "\t5\t", "5"},
+      {"'DR '0 'x';'DR'0", "DR 5", "-5"},
+      {"'DR '0 'x';'DR'0", "DR5 x", "5"},
+      {"'DR '0 'x';'DR'0", "5", "5"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    formatter->setLenient(true);
+    EXPECT_EQ(read(*formatter, row.text), row.expected) << row.pattern << " \"" << row.text << '"';
+  }
+}
+
+TEST(NSNumberFormatter, PaddingThatIsAlsoInWhatStandsAroundANumberLeavesThatWhole) {
+  const auto formatter = british("*L##0'LLD'");
+  EXPECT_EQ(formatter->stringFromNumber(5), "LL5LLD");
+  EXPECT_EQ(read(*formatter, "LL5LLD"), "5");
+  formatter->setLenient(true);
+  EXPECT_EQ(read(*formatter, "LL5LLD"), "5");
+  EXPECT_EQ(read(*formatter, " LL5LLD "), "5");
+  EXPECT_EQ(read(*formatter, "5"), "5");
+}
+
+TEST(NSNumberFormatter, PaddingByADigitOrASeparatorIsReadAsOne) {
+  const struct {
+    const char *pattern, *written, *read;
+  } rows[] = {{"*0####", "0007", "7"}, {"*5####", "5557", "5557"}, {"*x####", "xxx7", "7"}, {"*,####", ",,,7", "no"}};
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(formatter->stringFromNumber(7), row.written) << row.pattern;
+    for (const bool isLenient : {false, true}) {
+      formatter->setLenient(isLenient);
+      EXPECT_EQ(read(*formatter, row.written), row.read) << row.pattern << " " << isLenient;
     }
   }
 }

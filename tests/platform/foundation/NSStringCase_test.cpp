@@ -8,6 +8,7 @@ namespace {
 TEST(NSStringCase, HeaderExample) {
   EXPECT_EQ(uppercaseString("Stra\u00DFe 7"), "STRASSE 7");
   EXPECT_EQ(lowercaseString("PAYE"), "paye");
+  EXPECT_EQ(capitalizedString("net pay"), "Net Pay");
 }
 
 TEST(NSStringCase, MapsEveryScriptAndLeavesTheRest) {
@@ -27,6 +28,22 @@ TEST(NSStringCase, MapsEveryScriptAndLeavesTheRest) {
     EXPECT_EQ(uppercaseString(row.text), row.upper) << row.why;
     EXPECT_EQ(lowercaseString(row.text), row.lower) << row.why;
   }
+}
+
+TEST(NSStringCase, CapitalisedWordsBeginInTitleCaseAndGoOnInSmallLetters) {
+  EXPECT_EQ(capitalizedString(""), "");
+  EXPECT_EQ(capitalizedString("a"), "A");
+  EXPECT_EQ(capitalizedString("NET pAY"), "Net Pay");
+  EXPECT_EQ(capitalizedString("o'neil"), "O'neil");
+  EXPECT_EQ(capitalizedString("\u01C6"), "\u01C5");
+  EXPECT_EQ(capitalizedString("\u00DF"), "Ss");
+  EXPECT_EQ(capitalizedString("\u039F\u03A3"), "\u039F\u03C2");
+  EXPECT_EQ(capitalizedString("\U00010428"), "\U00010400");
+}
+
+TEST(NSStringCase, ASigmaAtTheEndOfAWordIsFinal) {
+  EXPECT_EQ(lowercaseString("\u039F\u03A3 \u03A3\u039F"), "\u03BF\u03C2 \u03C3\u03BF");
+  EXPECT_EQ(lowercaseString("\u03A3"), "\u03C3");  // a word that is nothing else
 }
 
 TEST(NSStringCase, ALoneHalfStays) {

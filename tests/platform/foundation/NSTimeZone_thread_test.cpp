@@ -14,11 +14,11 @@ namespace {
 
 using norvik::test::onThreads;
 
-constexpr int threadCount = 4;
+constexpr int zoneThreads = 4;
 
 TEST(NSTimeZoneThreads, AZoneThatManyAskForFirstIsReadOnce) {
-  std::array<const detail::ZoneRules*, threadCount> found{};
-  onThreads(threadCount,
+  std::array<const detail::ZoneRules*, zoneThreads> found{};
+  onThreads(zoneThreads,
             [&](int number) { found[static_cast<std::size_t>(number)] = detail::zoneNamed("America/St_Johns"); });
   ASSERT_NE(found[0], nullptr);
   for (const detail::ZoneRules* rules : found) EXPECT_EQ(rules, found[0]);
@@ -29,7 +29,7 @@ TEST(NSTimeZoneThreads, ManyLookUpNamesThatAreKnownNewAndNone) {
     const char* name;
     NSInteger inJuly;
   } zones[] = {{"Europe/London", 3600}, {"Asia/Kathmandu", 20700}, {"America/New_York", -14400}, {"UTC", 0}};
-  onThreads(threadCount, [&](int number) {
+  onThreads(zoneThreads, [&](int number) {
     for (int round = 0; round < 50; ++round) {
       const auto& [name, inJuly] = zones[static_cast<std::size_t>(number + round) % std::size(zones)];
       EXPECT_EQ(NSTimeZone::timeZoneWithName(name)->secondsFromGMTForDate("2021-07-01"_date), inJuly) << name;
@@ -43,7 +43,7 @@ TEST(NSTimeZoneThreads, TheDefaultIsWhatSomeThreadHasSet) {
   const Ref<NSTimeZone> tokyo = NSTimeZone::timeZoneWithName("Asia/Tokyo");
   const Ref<NSTimeZone> utc = NSTimeZone::timeZoneWithName("UTC");
   NSTimeZone::setDefaultTimeZone(utc);
-  onThreads(threadCount, [&](int number) {
+  onThreads(zoneThreads, [&](int number) {
     for (int round = 0; round < 200; ++round) {
       NSTimeZone::setDefaultTimeZone((number + round) % 2 == 0 ? tokyo : utc);
       const Ref<NSTimeZone> found = NSTimeZone::defaultTimeZone();
@@ -55,7 +55,7 @@ TEST(NSTimeZoneThreads, TheDefaultIsWhatSomeThreadHasSet) {
 
 TEST(NSTimeZoneThreads, TheSystemsZoneIsThereWhileItIsAskedAnew) {
   const NSString name = NSTimeZone::systemTimeZone()->name();
-  onThreads(threadCount, [&](int number) {
+  onThreads(zoneThreads, [&](int number) {
     for (int round = 0; round < 50; ++round) {
       if (number == 0) NSTimeZone::resetSystemTimeZone();
       EXPECT_EQ(NSTimeZone::systemTimeZone()->name(), name);

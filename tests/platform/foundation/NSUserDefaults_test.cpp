@@ -236,6 +236,22 @@ TEST(NSUserDefaults, AnAddressIsKeptAsAPathFromTheHomeFolder) {
   });
 }
 
+TEST(NSUserDefaults, AnAddressThatIsNoFilesIsStoredAsItsText) {
+  const DefaultsFolder folder;
+  const Ref<NSUserDefaults> defaults = folder.open();
+  defaults->setURL(NSURL::URLWithString("https://pay.example.com/slips?month=4"), "service");
+  EXPECT_EQ(defaults->stringForKey("service"), NSString("https://pay.example.com/slips?month=4"));
+  EXPECT_EQ(folder.open()->URLForKey("service")->host(), NSString("pay.example.com"));
+  EXPECT_RAISES(defaults->setURL(NSURL::URLWithString("slips/april"), "service"), "NSInvalidArgumentException");
+  EXPECT_EQ(defaults->URLForKey("service")->path(), "/slips");
+  defaults->setObject("/pay/a:b", "service");
+  EXPECT_EQ(defaults->URLForKey("service")->absoluteString(), "file:///pay/a:b");
+  defaults->setObject("~/a:b c", "service");
+  EXPECT_TRUE(defaults->URLForKey("service")->isFileURL());
+  defaults->setObject("/x/Pay: April", "service");
+  EXPECT_EQ(defaults->URLForKey("service")->path(), "/x/Pay: April");
+}
+
 TEST(NSUserDefaults, ItsDictionaryHasEverythingInTheOrderOfTheKeys) {
   const DefaultsFolder folder;
   const Ref<NSUserDefaults> defaults = folder.open();

@@ -10,7 +10,7 @@
 namespace norvik::detail {
 namespace {
 
-std::int64_t instant(const std::string& text) { return wholeSeconds(*Date::dateWithString(text)); }
+std::int64_t secondsAt(const std::string& text) { return wholeSeconds(*Date::dateWithString(text)); }
 
 const ZoneType winter{0, false, "GMT"}, summer{3600, true, "BST"};
 
@@ -37,7 +37,7 @@ std::int64_t lastSunday(int year, int month) {
 /// All changes from 1970 to 2037: the table, then the last Sundays of March and October at 01:00 UTC.
 std::vector<std::int64_t> londonChanges() {
   std::vector<std::int64_t> changes;
-  for (const char* change : changesTo1995) changes.push_back(instant(change));
+  for (const char* change : changesTo1995) changes.push_back(secondsAt(change));
   for (int year = 1996; year <= 2037; ++year) {
     changes.push_back(lastSunday(year, 3) * 86'400 + 3600);
     changes.push_back(lastSunday(year, 10) * 86'400 + 3600);
@@ -47,7 +47,7 @@ std::vector<std::int64_t> londonChanges() {
 
 void expectLondonChanges(const ZoneRules& london) {
   bool isSummer = true;
-  std::int64_t before = instant("1970-01-01");
+  std::int64_t before = secondsAt("1970-01-01");
   for (const std::int64_t change : londonChanges()) {
     const std::string why = Date::fromReferenceSeconds(static_cast<double>(change)).description();
     ASSERT_EQ(london.nextChangeAfter(before), change) << why;
@@ -101,7 +101,7 @@ TEST(ZoneDatabase, LondonIsRightFrom1847To1970AndAfter2037) {
       {"summer 2100", "2100-03-28 01:00:00", summer},
       {"its end", "2100-10-31 01:00:00", winter},
   };
-  for (const auto& row : rows) EXPECT_EQ(london.typeAt(instant(row.instant)), row.expected) << row.why;
+  for (const auto& row : rows) EXPECT_EQ(london.typeAt(secondsAt(row.instant)), row.expected) << row.why;
 }
 
 TEST(ZoneDatabase, AgreesWithIcuFrom1847To2100) {
@@ -109,14 +109,14 @@ TEST(ZoneDatabase, AgreesWithIcuFrom1847To2100) {
   const std::optional<ZoneRules> icu = zoneFromIcu("Europe/London");
   ASSERT_TRUE(icu);
   // ICU gives the local mean time in whole minutes or seconds by version; from the first change on both are exact.
-  const std::int64_t first = instant("1847-12-02"), last = instant("2100-12-31");
+  const std::int64_t first = secondsAt("1847-12-02"), last = secondsAt("2100-12-31");
   for (std::int64_t at = first; at < last; at += 11 * 3600)
     ASSERT_EQ(london.typeAt(at).offset, icu->typeAt(at).offset) << at;
 }
 
 TEST(ZoneDatabase, LocalTimesComeBackInManyZones) {
   std::mt19937_64 random(7);
-  std::uniform_int_distribution<std::int64_t> anyInstant(instant("1850-01-01"), instant("2150-01-01"));
+  std::uniform_int_distribution<std::int64_t> anyInstant(secondsAt("1850-01-01"), secondsAt("2150-01-01"));
   for (const char* name :
        {"Europe/London", "Europe/Dublin", "America/New_York", "Australia/Lord_Howe", "Asia/Kathmandu", "Pacific/Apia",
         "Africa/Casablanca", "Antarctica/Troll", "America/St_Johns", "UTC"}) {
@@ -144,7 +144,7 @@ TEST(ZoneDatabase, RefusesNamesOfNoZone) {
 }
 
 TEST(ZoneDatabase, TheEnvironmentNamesAZoneAFileOrARule) {
-  const std::int64_t summerDay = instant("2021-07-01");
+  const std::int64_t summerDay = secondsAt("2021-07-01");
   EXPECT_EQ(zoneFromEnvironmentValue("Europe/London").name, "Europe/London");
   EXPECT_EQ(zoneFromEnvironmentValue(":Europe/London").rules, zoneNamed("Europe/London"));
   EXPECT_EQ(zoneFromEnvironmentValue("").name, "UTC");

@@ -9,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-std::int64_t instant(const char* text) { return wholeSeconds(*Date::dateWithString(text)); }
+std::int64_t instantOf(const char* text) { return wholeSeconds(*Date::dateWithString(text)); }
 
 std::string bigEndian(std::uint64_t value, int size) {
   std::string bytes;
@@ -55,13 +55,13 @@ TEST(ZoneRules, ReadsTheTableAndGoesOnWithTheRule) {
   const auto rules = ZoneRules::fromTzif(ZoneFile().bytes());
   ASSERT_TRUE(rules);
   const ZoneType winter{0, false, "GMT"}, summer{3600, true, "BST"};
-  EXPECT_EQ(rules->typeAt(instant("1900-01-01")), winter);
-  EXPECT_EQ(rules->typeAt(instant("2001-09-09 01:46:39")), winter);
-  EXPECT_EQ(rules->typeAt(instant("2001-09-09 01:46:40")), summer);
-  EXPECT_EQ(rules->typeAt(instant("2002-01-02 19:33:19")), summer);
-  EXPECT_EQ(rules->typeAt(instant("2002-01-02 19:33:20")), winter);
-  EXPECT_EQ(rules->typeAt(instant("2002-03-31 01:00:00")), summer);
-  EXPECT_EQ(rules->typeAt(instant("2099-07-01")), summer);
+  EXPECT_EQ(rules->typeAt(instantOf("1900-01-01")), winter);
+  EXPECT_EQ(rules->typeAt(instantOf("2001-09-09 01:46:39")), winter);
+  EXPECT_EQ(rules->typeAt(instantOf("2001-09-09 01:46:40")), summer);
+  EXPECT_EQ(rules->typeAt(instantOf("2002-01-02 19:33:19")), summer);
+  EXPECT_EQ(rules->typeAt(instantOf("2002-01-02 19:33:20")), winter);
+  EXPECT_EQ(rules->typeAt(instantOf("2002-03-31 01:00:00")), summer);
+  EXPECT_EQ(rules->typeAt(instantOf("2099-07-01")), summer);
 }
 
 TEST(ZoneRules, ReadsTheFirstVersionWithoutARule) {
@@ -69,8 +69,8 @@ TEST(ZoneRules, ReadsTheFirstVersionWithoutARule) {
   file.version = '\0';
   const auto rules = ZoneRules::fromTzif(file.bytes());
   ASSERT_TRUE(rules);
-  EXPECT_EQ(rules->typeAt(instant("2001-12-01")).abbreviation, "BST");
-  EXPECT_EQ(rules->typeAt(instant("2099-07-01")).abbreviation, "GMT");
+  EXPECT_EQ(rules->typeAt(instantOf("2001-12-01")).abbreviation, "BST");
+  EXPECT_EQ(rules->typeAt(instantOf("2099-07-01")).abbreviation, "GMT");
 }
 
 TEST(ZoneRules, AnEmptyRuleLetsTheLastTypeHold) {
@@ -78,8 +78,8 @@ TEST(ZoneRules, AnEmptyRuleLetsTheLastTypeHold) {
   file.footer = "\n\n";
   const auto rules = ZoneRules::fromTzif(file.bytes());
   ASSERT_TRUE(rules);
-  EXPECT_EQ(rules->typeAt(instant("2099-07-01")).abbreviation, "GMT");
-  EXPECT_EQ(rules->nextChangeAfter(instant("2003-01-01")), std::nullopt);
+  EXPECT_EQ(rules->typeAt(instantOf("2099-07-01")).abbreviation, "GMT");
+  EXPECT_EQ(rules->nextChangeAfter(instantOf("2003-01-01")), std::nullopt);
 }
 
 TEST(ZoneRules, RefusesEveryFileThatEndsEarly) {
@@ -138,7 +138,8 @@ TEST(ZoneRules, LocalTimesThatAreSkippedMoveForwardAndThoseThatOccurTwiceAreTheF
       {"2021-10-31 01:00:00", "2021-10-31 00:00:00"}, {"2021-10-31 01:59:59", "2021-10-31 00:59:59"},
       {"2021-10-31 02:00:00", "2021-10-31 02:00:00"}, {"2021-12-31 23:59:59", "2021-12-31 23:59:59"},
   };
-  for (const auto& row : rows) EXPECT_EQ(rules->instantOfLocal(instant(row.local)), instant(row.expected)) << row.local;
+  for (const auto& row : rows)
+    EXPECT_EQ(rules->instantOfLocal(instantOf(row.local)), instantOf(row.expected)) << row.local;
 }
 
 TEST(ZoneRules, ALocalTimeThatAChangeSoonAfterAGapBringsBackIsNotSkipped) {

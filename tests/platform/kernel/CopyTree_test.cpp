@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using norvik::test::TemporaryFolder;
 
-kernel::FileStatus statusOf(const std::string& path) {
+kernel::FileStatus statusAt(const std::string& path) {
   kernel::FileStatus status;
   EXPECT_EQ(kernel::readFileStatus(path, status, kernel::Links::stay), 0) << path;
   return status;
@@ -52,8 +52,8 @@ TEST_P(CopyTree, AFileIsCopiedWithPermissionsTimeAndAttributes) {
   ASSERT_EQ(kernel::setModificationTime(from, 1'000'000'000'123'456'789), 0);
   EXPECT_EQ(kernel::copyTree(from, to), 0);
   EXPECT_EQ(folder.read(to), content);
-  EXPECT_EQ(statusOf(to).permissions, 0440U);
-  EXPECT_EQ(statusOf(to).modification, 1'000'000'000'123'456'789);
+  EXPECT_EQ(statusAt(to).permissions, 0440U);
+  EXPECT_EQ(statusAt(to).modification, 1'000'000'000'123'456'789);
   EXPECT_TRUE(kernel::hasAttribute(to, "payroll.locked"));
   EXPECT_TRUE(fs::exists(from));
 }
@@ -66,7 +66,7 @@ TEST_P(CopyTree, AFolderIsCopiedWithAllThatIsInIt) {
   EXPECT_EQ(kernel::copyTree(folder.path("a"), folder.path("copy")), 0);
   EXPECT_EQ(folder.read(folder.path("copy/link")), "12");
   EXPECT_EQ(fs::read_symlink(folder.path("copy/link")), "b/pay.csv");
-  EXPECT_EQ(statusOf(folder.path("copy/b")).permissions, 0555U);
+  EXPECT_EQ(statusAt(folder.path("copy/b")).permissions, 0555U);
   EXPECT_TRUE(kernel::hasAttribute(folder.path("copy/b/pay.csv"), "payroll.locked"));
   ASSERT_EQ(kernel::setPermissions(folder.path("a/b"), 0755), 0);
   ASSERT_EQ(kernel::setPermissions(folder.path("copy/b"), 0755), 0);

@@ -349,7 +349,7 @@ TEST(FileDescriptor, WhereARegularFileIsAskedForNothingElseIsOpened) {
   } rows[] = {
       {folder.path("file"), 0},         {folder.path("pipe"), ENXIO}, {folder.path("read pipe"), ENXIO},
       {folder.path("folder"), EISDIR},  {folder.path("link"), ELOOP}, {folder.path("dangling"), ELOOP},
-      {folder.path("missing"), ENOENT}, {"/dev/null", ENXIO},
+      {folder.path("missing"), ENOENT}, {"/dev/urandom", ENXIO},
   };
   for (const auto& row : rows) {
     FileDescriptor file;

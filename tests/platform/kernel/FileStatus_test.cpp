@@ -136,7 +136,7 @@ class FileCreation : public ::testing::TestWithParam<Source> {
   std::optional<kernel::WithoutExtendedAttributes> off_;
 };
 
-std::string nameOf(const ::testing::TestParamInfo<Source>& row) {
+std::string nameOfSource(const ::testing::TestParamInfo<Source>& row) {
   const char* const names[] = {"BirthTime", "KeptByHand", "KeptByHandWithoutAttributes", "KeptOnRamfs"};
   return names[static_cast<int>(row.param)];
 }
@@ -144,7 +144,7 @@ std::string nameOf(const ::testing::TestParamInfo<Source>& row) {
 INSTANTIATE_TEST_SUITE_P(From, FileCreation,
                          ::testing::Values(Source::birthTime, Source::keptByHand, Source::keptByHandWithoutAttributes,
                                            Source::keptOnRamfs),
-                         nameOf);
+                         nameOfSource);
 
 TEST_P(FileCreation, IsTheTimeTheFileWasMade) {
   const std::int64_t before = kernel::wallNanoseconds();

@@ -5,6 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <string>
+
 #include "tests/support/TemporaryFolder.h"
 
 namespace norvik {
@@ -85,8 +88,126 @@ TEST(HostInfo, TheSystemsVersionIsKnown) {
 }
 
 TEST(HostInfo, TextsAreReadOnce) {
-  EXPECT_EQ(&kernel::hardwareModel(), &kernel::hardwareModel());
-  EXPECT_EQ(kernel::hardwareModel().find('\n'), std::string::npos);
+  EXPECT_EQ(&kernel::operatingSystemVersionString(), &kernel::operatingSystemVersionString());
+  EXPECT_EQ(&kernel::processName(), &kernel::processName());
+}
+
+/// A machine of a test's own: the files by which the system describes it, in a fresh folder.
+class Machine {
+ public:
+  void write(const std::string& path, const std::string& content) const {
+    std::filesystem::create_directories(std::filesystem::path(folder_.path(path)).parent_path());
+    folder_.write(path, content);
+  }
+  [[nodiscard]] std::string model() const {
+    const kernel::SystemFilesOverride instead(folder_.path());
+    return kernel::hardwareModel();
+  }
+  [[nodiscard]] SystemVersion version() const {
+    const kernel::SystemFilesOverride instead(folder_.path());
+    return kernel::operatingSystemVersion();
+  }
+  [[nodiscard]] std::string path(const std::string& name) const { return folder_.path(name); }
+
+ private:
+  test::TemporaryFolder folder_;
+};
+
+constexpr const char *product = "sys/devices/virtual/dmi/id/product_name",
+                     *board = "sys/devices/virtual/dmi/id/board_name", *deviceTree = "proc/device-tree/model";
+
+TEST(HostInfo, TheModelIsTheOneOfTheFirmware) {
+  const struct {
+    const char* why;
+    std::string_view content, expected;
+  } rows[] = {
+      {"a desktop", "OptiPlex 7010\n", "OptiPlex 7010"},
+      {"blanks around it", "  20HRCTO1WW \t\n", "20HRCTO1WW"},
+      {"a virtual machine", "Standard PC (Q35 + ICH9, 2009)\n", "Standard PC (Q35 + ICH9, 2009)"},
+      {"no line end", "KVM", "KVM"},
+      {"several lines", "KVM\nand more\n", "KVM"},
+      {"bytes that are no UTF-8", "Mod\xE8le\n", "Mod\xE8le"},
+      {"nothing", "", ""},
+      {"an empty line", "\n", ""},
+      {"blanks only", " \t\n", ""},
+  };
+  for (const auto& row : rows) {
+    const Machine machine;
+    machine.write(product, std::string(row.content));
+    EXPECT_EQ(machine.model(), row.expected) << row.why;
+  }
+}
+
+TEST(HostInfo, AZeroEndsTheModelAndIsNotPartOfIt) {
+  const Machine machine;
+  machine.write(deviceTree, std::string("Raspberry Pi 4 Model B Rev 1.1\0", 31));
+  EXPECT_EQ(machine.model(), "Raspberry Pi 4 Model B Rev 1.1");
+  machine.write(deviceTree, std::string("\0", 1));
+  EXPECT_EQ(machine.model(), "");
+}
+
+TEST(HostInfo, WhereTheMakerFilledNothingInTheBoardIsTheModel) {
+  for (const char* unfilled : {"System Product Name\n", "To Be Filled By O.E.M.\n", "Default string\n", "None\n"}) {
+    const Machine machine;
+    machine.write(product, unfilled);
+    EXPECT_EQ(machine.model(), "") << unfilled;
+    machine.write(board, "PRIME B450M-A\n");
+    EXPECT_EQ(machine.model(), "PRIME B450M-A") << unfilled;
+  }
+}
+
+TEST(HostInfo, TheProductComesBeforeTheBoardAndThatBeforeTheDeviceTree) {
+  const Machine machine;
+  machine.write(deviceTree, "third");
+  EXPECT_EQ(machine.model(), "third");
+  machine.write(board, "second");
+  EXPECT_EQ(machine.model(), "second");
+  machine.write(product, "first");
+  EXPECT_EQ(machine.model(), "first");
+}
+
+TEST(HostInfo, AMachineThatSaysNothingHasNoModel) {
+  EXPECT_EQ(Machine().model(), "");
+  const kernel::SystemFilesOverride nowhere("/nowhere/at/all");
+  EXPECT_EQ(kernel::hardwareModel(), "");
+}
+
+TEST(HostInfo, WhatIsNoFileInThePlaceOfTheModelIsPassedOver) {
+  const Machine machine;
+  machine.write(deviceTree, "the device tree's");
+  std::filesystem::create_directories(machine.path(product));
+  ASSERT_EQ(mkfifo(machine.path(board).c_str(), 0600), 0);
+  EXPECT_EQ(machine.model(), "the device tree's");
+}
+
+TEST(HostInfo, TheModelOfThisMachineIsOneLine) {
+  const std::string model = kernel::hardwareModel();
+  EXPECT_EQ(model.find_first_of(std::string_view("\n\0", 2)), std::string::npos);
+}
+
+TEST(HostInfo, TheVersionIsTheDistributionsOrElseTheKernels) {
+  const Machine machine;
+  const SystemVersion ofKernel = machine.version();
+  EXPECT_GE(ofKernel.major, 2U);
+  machine.write("usr/lib/os-release", "NAME=Debian\nVERSION_ID='11'\n");
+  EXPECT_EQ(machine.version(), (SystemVersion{11, 0, 0}));
+  machine.write("etc/os-release", "NAME=Debian\nVERSION_ID=\"10.15.7\"\n");
+  EXPECT_EQ(machine.version(), (SystemVersion{10, 15, 7}));
+  machine.write("etc/os-release", "NAME=Debian\nVERSION_ID=trixie/sid\n");
+  EXPECT_EQ(machine.version(), ofKernel);
+}
+
+TEST(HostInfo, TheFormerFilesComeBackWhenAnOverrideEnds) {
+  const SystemVersion real = kernel::operatingSystemVersion();
+  const Machine first, second;
+  first.write("etc/os-release", "VERSION_ID=1\n");
+  second.write("etc/os-release", "VERSION_ID=2\n");
+  {
+    const kernel::SystemFilesOverride outer(first.path("."));
+    EXPECT_EQ(second.version(), (SystemVersion{2, 0, 0}));
+    EXPECT_EQ(kernel::operatingSystemVersion(), (SystemVersion{1, 0, 0}));
+  }
+  EXPECT_EQ(kernel::operatingSystemVersion(), real);
 }
 
 TEST(HostInfo, TheEffectiveUserIsTheOneWhoOwnsNewFiles) {

@@ -135,6 +135,24 @@ TEST(SystemLog, AFullPipeThatDoesNotBlockIsNotWaitedForForEver) {
   EXPECT_EQ(status, 0);
 }
 
+TEST(SystemLog, AFullPipeThatBlocksIsNotWaitedForForEver) {
+  const pid_t child = fork();
+  if (child == 0) {
+    int ends[2];
+    if (pipe2(ends, O_NONBLOCK) != 0) _exit(1);
+    const std::string block(4096, 'x');
+    while (write(ends[1], block.data(), block.size()) > 0) {
+    }
+    if (fcntl(ends[1], F_SETFL, 0) != 0 || dup2(ends[1], STDERR_FILENO) < 0) _exit(1);
+    alarm(60);
+    writeSystemLog("nobody reads this");
+    _exit(0);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
 TEST(SystemLog, ErrnoStaysAsItWas) {
   const SystemLogCapture capture;
   errno = ENOTDIR;

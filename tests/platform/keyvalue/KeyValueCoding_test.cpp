@@ -103,6 +103,46 @@ TEST(KeyValueCoding, ADotTooManyIsAnUnknownKey) {
   EXPECT_RAISES((void)valueForKeyPath("text", "length."), "NSUnknownKeyException");
 }
 
+TEST(KeyValueCoding, APathIsCutAtItsFullStopsWhateverStandsBetweenThem) {
+  const NSString high = NSString::fromCodePoint(0xD83D), low = NSString::fromCodePoint(0xDCB7);
+  const NSString byte = NSString::fromBytes("\xFF"), pound = "\u00A3";
+  for (const NSString& key : {high, low, byte, high + "x" + high, pound + low, NSString("\U0001F4B7")}) {
+    const auto inner = NSMutableDictionary::dictionaryWith({{key, 7}});
+    const auto outer = NSMutableDictionary::dictionaryWith({{key, inner}});
+    EXPECT_EQ(outer->valueForKeyPath(key + "." + key), Value(7)) << key;
+    EXPECT_EQ(valueForKeyPath(outer, key + "." + key), Value(7)) << key;
+    EXPECT_EQ(NSArray::arrayWithObjects(inner)->valueForKeyPath("@max." + key), Value(7)) << key;
+    outer->setValue_forKeyPath(8, key + "." + key);
+    EXPECT_EQ(inner->objectForKey(key), Value(8)) << key;
+  }
+  // Halves that a full stop parts are two keys, and what is behind it is not joined to what is before.
+  const auto parted = NSMutableDictionary::dictionaryWith({{high, NSDictionary::dictionaryWith({{low, 9}})}});
+  EXPECT_EQ(parted->valueForKeyPath(high + "." + low), Value(9));
+}
+
+TEST(KeyValueCoding, APathOfMoreThanAThousandKeysRaises) {
+  auto one = slip(5);
+  const auto selves = [](int count) {
+    std::string path;
+    for (int i = 0; i < count; ++i) path += "self.";
+    return path;
+  };
+  EXPECT_EQ(one->valueForKeyPath(selves(999) + "grossPay"), Value(5));
+  one->setValue_forKeyPath(6, selves(999) + "grossPay");
+  EXPECT_EQ(one->grossPay(), 6);
+  Value value = 1;
+  for (const std::string& path : {selves(1000) + "grossPay", selves(1000) + "", std::string(1'000'000, '.')}) {
+    EXPECT_RAISES((void)one->valueForKeyPath(path), "NSInvalidArgumentException");
+    EXPECT_RAISES((void)valueForKeyPath("text", path), "NSInvalidArgumentException");
+    EXPECT_RAISES(one->setValue_forKeyPath(7, path), "NSInvalidArgumentException");
+    EXPECT_RAISES(one->validateValue_forKeyPath_error(value, path, nullptr), "NSInvalidArgumentException");
+    EXPECT_RAISES((void)NSArray::array()->valueForKeyPath("@sum." + path), "NSInvalidArgumentException");
+  }
+  EXPECT_EQ(one->grossPay(), 6);
+  const std::string longKey(5000, 'k');
+  EXPECT_EQ(NSDictionary::dictionaryWith({{longKey, one}})->valueForKeyPath(longKey + ".grossPay"), Value(6));
+}
+
 class LenientKeyed : public NSObject {
   NK_OBJECT(LenientKeyed, NSObject)
   NK_PROPERTY(int, number, setNumber)
@@ -230,6 +270,7 @@ TEST(KeyValueCoding, CollectionOperators) {
     Value expected;
   } rows[] = {
       {"@count", 3},
+      {"@count.stringValue", 3},
       {"@sum.grossPay", 400.40_dec},
       {"@sum.bonus", 12},
       {"@avg.grossPay", Decimal::parse("133.46666666666666666666666666666666667").value()},  // 38 digits

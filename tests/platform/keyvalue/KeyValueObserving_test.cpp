@@ -294,6 +294,87 @@ TEST_F(KeyValueObserving, AnObjectWithoutTheKeyOnThePathRaisesInTheSetterAfterTh
   EXPECT_EQ(recorder->heard, (Texts{"anything.name:(null)>Ann", "anything.name:(null)>Bea"}));
 }
 
+TEST_F(KeyValueObserving, AnObjectThatIsNoLongerOnThePathIsNotHeardAlsoWhereThePathCannotBeRead) {
+  const auto before = make<Person>();
+  before->setManager(make<Person>());
+  person->setAnything(before);
+  person->addObserver(*recorder, "anything.manager.name", New);
+  EXPECT_RAISES(person->setAnything(make<Recorder>()), "NSUnknownKeyException");
+  before->manager()->setName("unheard");
+  before->setManager(nullptr);
+  EXPECT_TRUE(recorder->heard.empty());
+  EXPECT_FALSE(before->isObserved());
+  person->setAnything(before);
+  EXPECT_EQ(recorder->heard, (Texts{"anything.manager.name:(null)><null>"}));
+}
+
+TEST_F(KeyValueObserving, AnObjectThatMadeThePathUnreadableCanBeReplaced) {
+  person->addObserver(*recorder, "anything.name", Old | New | Prior);
+  EXPECT_RAISES(person->setAnything(make<Recorder>()), "NSUnknownKeyException");
+  const auto other = make<Person>();
+  other->setName("Ann");
+  person->setAnything(other);
+  other->setName("Bea");
+  EXPECT_EQ(recorder->heard,
+            (Texts{"anything.name:<null>>(null) prior", "anything.name:<null>>(null) prior", "anything.name:<null>>Ann",
+                   "anything.name:Ann>(null) prior", "anything.name:Ann>Bea"}));
+}
+
+TEST_F(KeyValueObserving, WhatCannotBeReadForAnObserverThatIsGoneOrRemovedDoesNotRaise) {
+  person->addObserver(*recorder, "anything.name", Old | New);
+  recorder = nullptr;
+  person->setAnything(make<Recorder>());
+  EXPECT_TRUE(person->anything().object<Recorder>());
+  person->setAnything({});
+
+  recorder = make<Recorder>();
+  recorder->then = [&] { person->removeObserver(*recorder, "anything.name"); };
+  person->addObserver(*recorder, "anything.name", Old | New | Prior);
+  person->setAnything(make<Recorder>());
+  EXPECT_EQ(recorder->heard, (Texts{"anything.name:<null>>(null) prior"}));
+  EXPECT_FALSE(person->isObserved());
+}
+
+TEST_F(KeyValueObserving, AnOperatorIsObservedThroughTheObjectThatHoldsTheCollection) {
+  const auto boss = make<Person>();
+  boss->setPay(5);
+  const auto notes = NSMutableDictionary::dictionaryWith({{"boss", boss}});
+  for (const char* path : {"@count", "@sum.pay"}) {
+    EXPECT_RAISES(notes->addObserver(*recorder, path, New), "NSInvalidArgumentException") << path;
+    EXPECT_RAISES(notes->allValues()->addObserver(*recorder, path, New), "NSInvalidArgumentException") << path;
+  }
+  EXPECT_FALSE(notes->isObserved());
+  person->addObserver(*recorder, "notes.@sum.pay", New);
+  person->setNotes(notes);
+  EXPECT_EQ(recorder->heard, (Texts{"notes.@sum.pay:(null)>5"}));
+}
+
+TEST_F(KeyValueObserving, APathIsCutAtItsFullStopsWhateverStandsBetweenThem) {
+  const NSString key = NSString::fromCodePoint(0xD83D);
+  const auto inner = NSMutableDictionary::dictionary(), outer = NSMutableDictionary::dictionary();
+  outer->setObject(inner, key);
+  outer->addObserver(*recorder, key + "." + key, New);
+  inner->setValue_forKey(5, key);
+  const auto other = NSMutableDictionary::dictionary();
+  other->setObject(6, key);
+  outer->setValue_forKey(other, key);
+  ASSERT_EQ(recorder->heard.size(), 2u);
+  EXPECT_TRUE(recorder->heard[0].ends_with(":(null)>5"));
+  EXPECT_TRUE(recorder->heard[1].ends_with(":(null)>6"));
+}
+
+TEST_F(KeyValueObserving, APathOfMoreThanAThousandKeysRaises) {
+  std::string path = "name";
+  for (int i = 0; i < 999; ++i) path = "self." + path;
+  person->addObserver(*recorder, path, New);
+  person->setName("Ann");
+  EXPECT_EQ(recorder->heard.size(), 1u);
+  person->removeObserver(*recorder, path);
+  EXPECT_RAISES(person->addObserver(*recorder, "self." + path, New), "NSInvalidArgumentException");
+  EXPECT_RAISES(person->addObserver(*recorder, std::string(1'000'000, '.'), New), "NSInvalidArgumentException");
+  EXPECT_FALSE(person->isObserved());
+}
+
 TEST_F(KeyValueObserving, PathsThroughTextsAndCollectionsAreReadAndHeardWhereTheyAreSet) {
   person->addObserver(*recorder, "name.length", Old | New);
   person->setName("Zoe");

@@ -111,6 +111,19 @@ class Holder : public T {
   int sum() const { return one() + two(); }
 };
 
+/// Types that are written with commas or with parts on both sides of the name, and that name parameters of the class.
+template <class K, class V>
+class Pairs : public NSObject {
+  NK_OBJECT(Pairs, NSObject)
+  NK_PROPERTY(std::map<K, V>, pairs, setPairs)
+  NK_COMPUTED_PROPERTY(std::map<K, V>, copy)
+  std::map<K, V> copy() const { return pairs(); }
+  NK_PROPERTY(V (*)(K, V), merge, setMerge)
+  NK_READONLY_PROPERTY(V[3], last)
+  void clear() { pairs_->clear(); }
+  NK_METHOD(clear)
+};
+
 /// As many statements as there can be.
 class Full : public NSObject {
   NK_OBJECT(Full, NSObject)
@@ -186,6 +199,21 @@ TEST(ObjectMacros, AClassTemplateStatesLikeAClass) {
   held->setOne(3);
   held->setValue_forKey(4, "two");
   EXPECT_EQ(held->valueForKey("sum"), Value(7));
+}
+
+TEST(ObjectMacros, ATypeIsWrittenAsWhereverATypeIsNamed) {
+  using IntPairs = Pairs<int, double>;
+  EXPECT_EQ(namesOf(IntPairs::staticClass()), (std::vector<std::string>{"pairs", "copy", "merge", "last"}));
+  EXPECT_EQ(IntPairs::staticClass().property("pairs")->typeName, "std::map<K, V>");
+  EXPECT_EQ(IntPairs::staticClass().property("merge")->typeName, "V (*)(K, V)");
+  const auto pairs = make<IntPairs>();
+  pairs->setPairs({{1, 2.5}});
+  EXPECT_EQ(pairs->copy(), (std::map<int, double>{{1, 2.5}}));
+  pairs->setMerge([](int count, double value) { return count * value; });
+  EXPECT_EQ(pairs->merge()(3, 1.5), 4.5);
+  EXPECT_EQ(pairs->last()[2], 0.0);
+  pairs->performSelector("clear");
+  EXPECT_TRUE(pairs->pairs().empty());
 }
 
 TEST(ObjectMacros, AClassCanMake575Statements) {

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
+#include "tests/support/Decimals.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(const char* text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 enum class Colour : int { Red = 1, Green = 2 };
 

@@ -9,12 +9,13 @@
 #include <unordered_set>
 
 #include "NorvikCore/platform/values/Date_literals.h"
+#include "tests/support/Doubles.h"
 
 namespace norvik {
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
+using norvik::test::infinity;
+using norvik::test::notANumber;
 
 TEST(DateLiterals, HeaderExample) {
   using namespace norvik::literals;

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/values/DecimalSum.h"
 
 #include "NorvikCore/platform/values/NSException.h"
+#include "tests/support/Decimals.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,7 @@
 namespace norvik {
 namespace {
 
-Decimal read(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 std::string sumOf(const std::vector<Decimal>& numbers) {
   DecimalSum sum;
@@ -36,20 +37,20 @@ TEST(DecimalSum, OfNothingIsZero) {
 TEST(DecimalSum, HasTheSmallestExponent) {
   EXPECT_EQ(sumOf({1.10_dec, 2.205_dec}), "3.305");
   EXPECT_EQ(sumOf({2.205_dec, 1.1_dec, 1_dec}), "4.305");
-  EXPECT_EQ(sumOf({read("5E3")}), "5000");
+  EXPECT_EQ(sumOf({dec("5E3")}), "5000");
   EXPECT_EQ(sumOf({-1.50_dec, 1.5_dec}), "0.00");
 }
 
 TEST(DecimalSum, IsExactBeyond64Bits) {
-  EXPECT_EQ(sumOf({read("18446744073709551615"), read("18446744073709551615"), 1}), "36893488147419103231");
-  EXPECT_EQ(sumOf({read("99999999999999999999999999999999999998"), 1}), "99999999999999999999999999999999999999");
+  EXPECT_EQ(sumOf({dec("18446744073709551615"), dec("18446744073709551615"), 1}), "36893488147419103231");
+  EXPECT_EQ(sumOf({dec("99999999999999999999999999999999999998"), 1}), "99999999999999999999999999999999999999");
 }
 
 TEST(DecimalSum, ComesBackFromSumsThatNeedAll38Digits) {
-  EXPECT_EQ(sumOf({read("99999999999999999999999999999999999998"), read("-99999999999999999999999999999999999990"),
-                   0.25_dec}),
-            "8.25");
-  EXPECT_EQ(sumOf({read("1E38"), 1, read("-1E38")}), "0");
+  EXPECT_EQ(
+      sumOf({dec("99999999999999999999999999999999999998"), dec("-99999999999999999999999999999999999990"), 0.25_dec}),
+      "8.25");
+  EXPECT_EQ(sumOf({dec("1E38"), 1, dec("-1E38")}), "0");
 }
 
 TEST(DecimalSum, ANotANumberMakesTheSumNotANumberForGood) { EXPECT_EQ(sumOf({1, Decimal::notANumber(), 2}), "NaN"); }

@@ -1,6 +1,8 @@
 #include "NorvikCore/platform/values/Decimal.h"
 
 #include "NorvikCore/platform/values/NSException.h"
+#include "tests/support/Decimals.h"
+#include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
 
@@ -16,17 +18,8 @@ namespace {
 
 const char* const nines38 = "99999999999999999999999999999999999999";
 
-Decimal read(std::string_view text) { return Decimal::parse(text).value(); }
-
-template <class Operation>
-std::string raisedBy(Operation operation) {
-  try {
-    operation();
-  } catch (const NSException& exception) {
-    return exception.name().str();
-  }
-  return "nothing";
-}
+using norvik::test::dec;
+using norvik::test::nameOfWhatIsRaised;
 
 TEST(Decimal, HeaderExample) {
   Decimal gross = 2500.00_dec, rate = 0.20_dec;
@@ -108,7 +101,7 @@ TEST(Decimal, ADoubleOutOfRangeIsNoNumberAndATinyOneIsZero) {
   EXPECT_TRUE(Decimal(1e166).isNaN());
   EXPECT_FALSE(Decimal(1e164).isNaN());
   EXPECT_TRUE(Decimal(1e-200).isZero());
-  EXPECT_EQ(Decimal(1e-128), read("1E-128"));
+  EXPECT_EQ(Decimal(1e-128), dec("1E-128"));
   EXPECT_FALSE(Decimal(-0.0).isNegative());
 }
 
@@ -116,10 +109,10 @@ TEST(Decimal, IsMadeOfMantissaExponentAndSign) {
   EXPECT_EQ(Decimal::decimalNumberWithMantissa(12345, -2, true).stringValue(), "-123.45");
   EXPECT_EQ(Decimal::decimalNumberWithMantissa(1, 0, true), -1_dec);
   EXPECT_EQ(Decimal::decimalNumberWithMantissa(0, -2, true).stringValue(), "0.00");
-  EXPECT_EQ(Decimal::decimalNumberWithMantissa(1, 130, false), read("1E130"));
-  EXPECT_EQ(raisedBy([] { (void)Decimal::decimalNumberWithMantissa(1, 200, false); }),
+  EXPECT_EQ(Decimal::decimalNumberWithMantissa(1, 130, false), dec("1E130"));
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)Decimal::decimalNumberWithMantissa(1, 200, false); }),
             "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([] { (void)Decimal::decimalNumberWithMantissa(1, -129, false); }),
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)Decimal::decimalNumberWithMantissa(1, -129, false); }),
             "NSDecimalNumberUnderflowException");
 }
 
@@ -157,18 +150,18 @@ TEST(Decimal, ASumHasTheSmallerExponent) {
 }
 
 TEST(Decimal, ASumIsExactWhere38DigitsHoldIt) {
-  EXPECT_EQ((read("99999999999999999999999999999999999998") + 1).stringValue(), nines38);
-  EXPECT_EQ((read("18446744073709551615") + 1).stringValue(), "18446744073709551616");
-  EXPECT_EQ((read("1E30") + read("0.0000001")).stringValue(), "1000000000000000000000000000000.0000001");
-  EXPECT_EQ((read(nines38) - read(nines38)).stringValue(), "0");
+  EXPECT_EQ((dec("99999999999999999999999999999999999998") + 1).stringValue(), nines38);
+  EXPECT_EQ((dec("18446744073709551615") + 1).stringValue(), "18446744073709551616");
+  EXPECT_EQ((dec("1E30") + dec("0.0000001")).stringValue(), "1000000000000000000000000000000.0000001");
+  EXPECT_EQ((dec(nines38) - dec(nines38)).stringValue(), "0");
 }
 
 TEST(Decimal, ASumThatNeedsMoreDigitsIsRoundedHalfAwayFromZero) {
-  EXPECT_EQ(read(nines38) + 1, read("1E38"));
-  EXPECT_EQ(read("1E38") + 4, read("1E38"));
-  EXPECT_EQ(read("1E38") + 5, read("100000000000000000000000000000000000010"));
-  EXPECT_EQ(read("-1E38") - 5, read("-100000000000000000000000000000000000010"));
-  EXPECT_EQ(read("1E38") - read("1E-100"), read("1E38"));
+  EXPECT_EQ(dec(nines38) + 1, dec("1E38"));
+  EXPECT_EQ(dec("1E38") + 4, dec("1E38"));
+  EXPECT_EQ(dec("1E38") + 5, dec("100000000000000000000000000000000000010"));
+  EXPECT_EQ(dec("-1E38") - 5, dec("-100000000000000000000000000000000000010"));
+  EXPECT_EQ(dec("1E38") - dec("1E-100"), dec("1E38"));
 }
 
 TEST(Decimal, ADifferenceOfEqualNumbersIsAZeroWithoutSign) {
@@ -184,7 +177,7 @@ TEST(Decimal, AProductHasTheSumOfTheExponents) {
   EXPECT_EQ((1.10_dec * 2.20_dec).stringValue(), "2.4200");
   EXPECT_EQ((-1.5_dec * 3).stringValue(), "-4.5");
   EXPECT_EQ((-1.5_dec * -3).stringValue(), "4.5");
-  EXPECT_EQ((read("18446744073709551615") * read("18446744073709551615")).stringValue(),
+  EXPECT_EQ((dec("18446744073709551615") * dec("18446744073709551615")).stringValue(),
             "340282366920938463426481119284349108230");
   EXPECT_EQ((9999999999999999999_dec * 9999999999999999999_dec).stringValue(),
             "99999999999999999980000000000000000001");
@@ -196,26 +189,26 @@ TEST(Decimal, AnExactQuotientStopsWhereItIsExact) {
   EXPECT_EQ((1_dec / 1024).stringValue(), "0.0009765625");
   EXPECT_EQ((600_dec / 2.00_dec).exponent(), 2);
   EXPECT_EQ((600_dec / 2.00_dec).stringValue(), "300");
-  EXPECT_EQ((read("1E38") / read("1E30")).stringValue(), "100000000");
+  EXPECT_EQ((dec("1E38") / dec("1E30")).stringValue(), "100000000");
   EXPECT_EQ((0.00_dec / 7).stringValue(), "0.00");
 }
 
 TEST(Decimal, WhatLiesBeyondTheGreatestNumberRaisesHoweverCloseItIs) {
   const Decimal greatest = Decimal::maximumDecimalNumber(), lowest = Decimal::minimumDecimalNumber();
-  const Decimal least = read("1E-128"), step = read("1E127");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest + 1); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest + least); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest + read("1E126")); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest + step); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest * 10); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest * read("1.0000000000000000000000000000000000001")); }),
+  const Decimal least = dec("1E-128"), step = dec("1E127");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest + 1); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest + least); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest + dec("1E126")); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest + step); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest * 10); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest * dec("1.0000000000000000000000000000000000001")); }),
             "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest / read("0.99999999999999999999999999999999999999")); }),
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest / dec("0.99999999999999999999999999999999999999")); }),
             "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(lowest - 1); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(lowest - least); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(least / 1.1_dec); }), "NSDecimalNumberUnderflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(-least / 1.1_dec); }), "NSDecimalNumberUnderflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(lowest - 1); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(lowest - least); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(least / 1.1_dec); }), "NSDecimalNumberUnderflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(-least / 1.1_dec); }), "NSDecimalNumberUnderflowException");
 
   EXPECT_EQ(greatest + 0, greatest);
   EXPECT_EQ(greatest * 1, greatest);
@@ -231,7 +224,7 @@ TEST(Decimal, ATextBeyondTheGreatestNumberIsNone) {
   EXPECT_EQ(Decimal::parse(nines + ".0E127"), Decimal::maximumDecimalNumber());
   EXPECT_EQ(Decimal::parse(nines + ".1E127"), std::nullopt);
   EXPECT_EQ(Decimal::parse("-" + nines + ".1E127"), std::nullopt);
-  EXPECT_EQ(Decimal::parse(nines + ".1E126"), read(nines + "E126"));
+  EXPECT_EQ(Decimal::parse(nines + ".1E126"), dec(nines + "E126"));
 }
 
 TEST(Decimal, AnEndlessQuotientHas38DigitsRoundedHalfAwayFromZero) {
@@ -239,30 +232,30 @@ TEST(Decimal, AnEndlessQuotientHas38DigitsRoundedHalfAwayFromZero) {
   EXPECT_EQ((-2_dec / 3).stringValue(), "-0.66666666666666666666666666666666666667");
   EXPECT_EQ((10_dec / 3).stringValue(), "3.3333333333333333333333333333333333333");
   EXPECT_EQ((1_dec / 3000000).stringValue(), "0.00000033333333333333333333333333333333333333");
-  EXPECT_EQ((read("12345678901234567890123456789") / read("98765432109876543210987654321")).stringValue(),
+  EXPECT_EQ((dec("12345678901234567890123456789") / dec("98765432109876543210987654321")).stringValue(),
             "0.12499999886093750001423828124982202148");
 }
 
 TEST(Decimal, ArithmeticOutOfRangeRaisesByDefault) {
-  const Decimal greatest = Decimal::maximumDecimalNumber(), least = read("1E-128");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest + greatest); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(-greatest - greatest); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest * 2); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(greatest / 0.1_dec); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(least * least); }), "NSDecimalNumberUnderflowException");
-  EXPECT_EQ(raisedBy([&] { (void)(least / 2); }), "NSDecimalNumberUnderflowException");
-  EXPECT_EQ(raisedBy([] { (void)(1_dec / 0); }), "NSDecimalNumberDivideByZeroException");
-  EXPECT_EQ(raisedBy([] { (void)(0_dec / 0.00_dec); }), "NSDecimalNumberDivideByZeroException");
-  EXPECT_EQ(raisedBy([] { (void)(1_dec / 3); }), "nothing");
+  const Decimal greatest = Decimal::maximumDecimalNumber(), least = dec("1E-128");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest + greatest); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(-greatest - greatest); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest * 2); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(greatest / 0.1_dec); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(least * least); }), "NSDecimalNumberUnderflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(least / 2); }), "NSDecimalNumberUnderflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(1_dec / 0); }), "NSDecimalNumberDivideByZeroException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(0_dec / 0.00_dec); }), "NSDecimalNumberDivideByZeroException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(1_dec / 3); }), "");
 }
 
 TEST(Decimal, TheLastNumbersBeforeARangeEndsAreNumbers) {
-  const Decimal greatest = Decimal::maximumDecimalNumber(), least = read("1E-128");
+  const Decimal greatest = Decimal::maximumDecimalNumber(), least = dec("1E-128");
   EXPECT_EQ(greatest - greatest, 0);
-  EXPECT_EQ(read("1E100") * read("1E64"), read("1E164"));
-  EXPECT_EQ(read("1E-64") * read("1E-64"), least);
+  EXPECT_EQ(dec("1E100") * dec("1E64"), dec("1E164"));
+  EXPECT_EQ(dec("1E-64") * dec("1E-64"), least);
   EXPECT_EQ(least - least, 0);
-  EXPECT_EQ(read("1.5E-127") / 2, read("8E-128"));
+  EXPECT_EQ(dec("1.5E-127") / 2, dec("8E-128"));
 }
 
 TEST(Decimal, NotANumberStaysAndNothingRaises) {
@@ -284,7 +277,8 @@ TEST(Decimal, NamedOperationsWithoutABehaviourAreTheOperators) {
   EXPECT_EQ((1.5_dec).decimalNumberBySubtracting(2).stringValue(), "-0.5");
   EXPECT_EQ((1.5_dec).decimalNumberByMultiplyingBy(2).stringValue(), "3.0");
   EXPECT_EQ((1.5_dec).decimalNumberByDividingBy(2).stringValue(), "0.75");
-  EXPECT_EQ(raisedBy([] { (void)(1_dec).decimalNumberByDividingBy(0); }), "NSDecimalNumberDivideByZeroException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(1_dec).decimalNumberByDividingBy(0); }),
+            "NSDecimalNumberDivideByZeroException");
 }
 
 TEST(Decimal, AssignmentOperatorsChangeTheirReceiver) {
@@ -308,8 +302,8 @@ TEST(Decimal, PowersAreExactOrRoundedTo38Digits) {
   EXPECT_EQ((0_dec).decimalNumberByRaisingToPower(0), 1);
   EXPECT_EQ((0_dec).decimalNumberByRaisingToPower(5), 0);
   EXPECT_EQ((2_dec).decimalNumberByRaisingToPower(126).stringValue(), "85070591730234615865843651857942052864");
-  EXPECT_EQ((2_dec).decimalNumberByRaisingToPower(127), read("170141183460469231731687303715884105730"));
-  EXPECT_EQ((100_dec).decimalNumberByRaisingToPower(80), read("1E160"));
+  EXPECT_EQ((2_dec).decimalNumberByRaisingToPower(127), dec("170141183460469231731687303715884105730"));
+  EXPECT_EQ((100_dec).decimalNumberByRaisingToPower(80), dec("1E160"));
   EXPECT_EQ((1.00_dec).decimalNumberByRaisingToPower(1'000'000'000), 1);
   // (1 + 1E-9)^1E9 = e * (1 - 0.5E-9 + ...)
   EXPECT_EQ((1.000000001_dec).decimalNumberByRaisingToPower(1'000'000'000).stringValue().substr(0, 20),
@@ -317,21 +311,23 @@ TEST(Decimal, PowersAreExactOrRoundedTo38Digits) {
 }
 
 TEST(Decimal, PowersOutOfRangeRaise) {
-  EXPECT_EQ(raisedBy([] { (void)(10_dec).decimalNumberByRaisingToPower(165); }), "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([] { (void)(0.1_dec).decimalNumberByRaisingToPower(129); }), "NSDecimalNumberUnderflowException");
-  EXPECT_EQ(raisedBy([] { (void)(-1.01_dec).decimalNumberByRaisingToPower(~std::uint64_t{0}); }),
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(10_dec).decimalNumberByRaisingToPower(165); }),
             "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([] { (void)(0.99_dec).decimalNumberByRaisingToPower(~std::uint64_t{0}); }),
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(0.1_dec).decimalNumberByRaisingToPower(129); }),
+            "NSDecimalNumberUnderflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(-1.01_dec).decimalNumberByRaisingToPower(~std::uint64_t{0}); }),
+            "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(0.99_dec).decimalNumberByRaisingToPower(~std::uint64_t{0}); }),
             "NSDecimalNumberUnderflowException");
 }
 
 TEST(Decimal, APowerOfTenMovesThePoint) {
   EXPECT_EQ((12.5_dec).decimalNumberByMultiplyingByPowerOf10(3).stringValue(), "12500");
   EXPECT_EQ((12.5_dec).decimalNumberByMultiplyingByPowerOf10(-2).stringValue(), "0.125");
-  EXPECT_EQ((1_dec).decimalNumberByMultiplyingByPowerOf10(164), read("1E164"));
-  EXPECT_EQ(raisedBy([] { (void)(1_dec).decimalNumberByMultiplyingByPowerOf10(165); }),
+  EXPECT_EQ((1_dec).decimalNumberByMultiplyingByPowerOf10(164), dec("1E164"));
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(1_dec).decimalNumberByMultiplyingByPowerOf10(165); }),
             "NSDecimalNumberOverflowException");
-  EXPECT_EQ(raisedBy([] { (void)(1_dec).decimalNumberByMultiplyingByPowerOf10(-32768); }),
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(1_dec).decimalNumberByMultiplyingByPowerOf10(-32768); }),
             "NSDecimalNumberUnderflowException");
 }
 
@@ -341,11 +337,11 @@ TEST(Decimal, ComparesByValue) {
   EXPECT_EQ((1.1_dec).compare(1.09_dec), NSOrderedDescending);
   EXPECT_EQ((-1.1_dec).compare(-1.09_dec), NSOrderedAscending);
   EXPECT_LT(-1_dec, 0_dec);
-  EXPECT_LT(read("1E-128"), read("1E127"));
-  EXPECT_GT(read("1E-128"), 0);
-  EXPECT_LT(read("-1E-128"), 0);
-  EXPECT_EQ(read("1E37"), read("10000000000000000000000000000000000000"));
-  EXPECT_LT(read("99999999999999999999999999999999999998"), read(nines38));
+  EXPECT_LT(dec("1E-128"), dec("1E127"));
+  EXPECT_GT(dec("1E-128"), 0);
+  EXPECT_LT(dec("-1E-128"), 0);
+  EXPECT_EQ(dec("1E37"), dec("10000000000000000000000000000000000000"));
+  EXPECT_LT(dec("99999999999999999999999999999999999998"), dec(nines38));
   EXPECT_TRUE(3 == 3.0_dec);
 }
 
@@ -362,27 +358,27 @@ TEST(Decimal, LongLongValueDiscardsTheFraction) {
   EXPECT_EQ((-7.9_dec).longLongValue(), -7);
   EXPECT_EQ((7.9_dec).longLongValue(), 7);
   EXPECT_EQ((0.99999_dec).longLongValue(), 0);
-  EXPECT_EQ(read("12E2").longLongValue(), 1200);
-  EXPECT_EQ(read("123456789012345678901E-2").longLongValue(), 1234567890123456789);
-  EXPECT_EQ(read("1E-128").longLongValue(), 0);
+  EXPECT_EQ(dec("12E2").longLongValue(), 1200);
+  EXPECT_EQ(dec("123456789012345678901E-2").longLongValue(), 1234567890123456789);
+  EXPECT_EQ(dec("1E-128").longLongValue(), 0);
   EXPECT_EQ(Decimal::notANumber().longLongValue(), 0);
 }
 
 TEST(Decimal, LongLongValueOutOfRangeIsTheNearestEnd) {
   constexpr auto least = std::numeric_limits<std::int64_t>::min(), most = std::numeric_limits<std::int64_t>::max();
-  EXPECT_EQ(read("9223372036854775807.9").longLongValue(), most);
-  EXPECT_EQ(read("9223372036854775808").longLongValue(), most);
-  EXPECT_EQ(read("-9223372036854775807").longLongValue(), least + 1);
-  EXPECT_EQ(read("-9223372036854775808").longLongValue(), least);
-  EXPECT_EQ(read("-9223372036854775809").longLongValue(), least);
+  EXPECT_EQ(dec("9223372036854775807.9").longLongValue(), most);
+  EXPECT_EQ(dec("9223372036854775808").longLongValue(), most);
+  EXPECT_EQ(dec("-9223372036854775807").longLongValue(), least + 1);
+  EXPECT_EQ(dec("-9223372036854775808").longLongValue(), least);
+  EXPECT_EQ(dec("-9223372036854775809").longLongValue(), least);
   EXPECT_EQ(Decimal::maximumDecimalNumber().longLongValue(), most);
   EXPECT_EQ(Decimal::minimumDecimalNumber().longLongValue(), least);
 }
 
 TEST(Decimal, UnsignedLongLongValueStopsAtZeroAndAtItsGreatest) {
   constexpr auto most = std::numeric_limits<std::uint64_t>::max();
-  EXPECT_EQ(read("18446744073709551615").unsignedLongLongValue(), most);
-  EXPECT_EQ(read("18446744073709551616").unsignedLongLongValue(), most);
+  EXPECT_EQ(dec("18446744073709551615").unsignedLongLongValue(), most);
+  EXPECT_EQ(dec("18446744073709551616").unsignedLongLongValue(), most);
   EXPECT_EQ((-1_dec).unsignedLongLongValue(), 0u);
   EXPECT_EQ((41.99_dec).unsignedLongLongValue(), 41u);
   EXPECT_EQ(Decimal::notANumber().unsignedLongLongValue(), 0u);
@@ -391,10 +387,10 @@ TEST(Decimal, UnsignedLongLongValueStopsAtZeroAndAtItsGreatest) {
 TEST(Decimal, DoubleValueIsTheNearestDouble) {
   EXPECT_EQ((0.1_dec).doubleValue(), 0.1);
   EXPECT_EQ((-1234.5_dec).doubleValue(), -1234.5);
-  EXPECT_EQ(read("1E127").doubleValue(), 1e127);
-  EXPECT_EQ(read("1E-128").doubleValue(), 1e-128);
-  EXPECT_EQ(read("9007199254740993").doubleValue(), 9007199254740992.0);  // a tie, to even
-  EXPECT_EQ(read("9007199254740993.00001").doubleValue(), 9007199254740994.0);
+  EXPECT_EQ(dec("1E127").doubleValue(), 1e127);
+  EXPECT_EQ(dec("1E-128").doubleValue(), 1e-128);
+  EXPECT_EQ(dec("9007199254740993").doubleValue(), 9007199254740992.0);  // a tie, to even
+  EXPECT_EQ(dec("9007199254740993.00001").doubleValue(), 9007199254740994.0);
   EXPECT_TRUE(std::isnan(Decimal::notANumber().doubleValue()));
 }
 
@@ -406,7 +402,7 @@ TEST(Decimal, BoolValueIsTrueForANumberOtherThanZero) {
 }
 
 TEST(Decimal, EqualNumbersAreOneInAHashedSet) {
-  const std::unordered_set<Decimal> set{5_dec, 5.00_dec, read("0.5E1"), 50_dec, read("5E1"), -5_dec};
+  const std::unordered_set<Decimal> set{5_dec, 5.00_dec, dec("0.5E1"), 50_dec, dec("5E1"), -5_dec};
   EXPECT_EQ(set.size(), 3u);
   EXPECT_EQ((0_dec).hash(), (0.000_dec).hash());
 }
@@ -434,7 +430,7 @@ TEST(Decimal, TextIsPlainDigits) {
       {"00000000000000000000000000000000000000000000000001", "1"},
       {"0.00000000000000000000000000000000000000000000000001", "0.00000000000000000000000000000000000000000000000001"},
   };
-  for (const auto& row : rows) EXPECT_EQ(read(row.text).stringValue(), row.plain) << row.text;
+  for (const auto& row : rows) EXPECT_EQ(dec(row.text).stringValue(), row.plain) << row.text;
 }
 
 TEST(Decimal, TextIsReadWholeOrNotAtAll) {
@@ -479,24 +475,23 @@ TEST(Decimal, TextOutOfRangeIsReadAsNothing) {
   EXPECT_TRUE(Decimal::parse("1E-128").has_value());
   EXPECT_FALSE(Decimal::parse("1E99999999999999999999999999").has_value());
   EXPECT_FALSE(Decimal::parse("1E-99999999999999999999999999").has_value());
-  EXPECT_EQ(read("0E99999").exponent(), 127);
-  EXPECT_EQ(read("0E-99999").exponent(), -128);
+  EXPECT_EQ(dec("0E99999").exponent(), 127);
+  EXPECT_EQ(dec("0E-99999").exponent(), -128);
 }
 
 TEST(Decimal, TextOfMoreThan38DigitsIsRoundedHalfAwayFromZero) {
-  EXPECT_EQ(read("1.00000000000000000000000000000000000004").stringValue(), "1.0000000000000000000000000000000000000");
-  EXPECT_EQ(read("1.00000000000000000000000000000000000005").stringValue(), "1.0000000000000000000000000000000000001");
-  EXPECT_EQ(read("-1.00000000000000000000000000000000000005").stringValue(),
-            "-1.0000000000000000000000000000000000001");
-  EXPECT_EQ(read("999999999999999999999999999999999999995"), read("1E39"));
-  EXPECT_EQ(read("1" + std::string(164, '0')), read("1E164"));
-  EXPECT_EQ(read("1.4999E-128").stringValue(), "0." + std::string(127, '0') + "1");
-  EXPECT_EQ(read("1.5E-128").stringValue(), "0." + std::string(127, '0') + "2");
+  EXPECT_EQ(dec("1.00000000000000000000000000000000000004").stringValue(), "1.0000000000000000000000000000000000000");
+  EXPECT_EQ(dec("1.00000000000000000000000000000000000005").stringValue(), "1.0000000000000000000000000000000000001");
+  EXPECT_EQ(dec("-1.00000000000000000000000000000000000005").stringValue(), "-1.0000000000000000000000000000000000001");
+  EXPECT_EQ(dec("999999999999999999999999999999999999995"), dec("1E39"));
+  EXPECT_EQ(dec("1" + std::string(164, '0')), dec("1E164"));
+  EXPECT_EQ(dec("1.4999E-128").stringValue(), "0." + std::string(127, '0') + "1");
+  EXPECT_EQ(dec("1.5E-128").stringValue(), "0." + std::string(127, '0') + "2");
 }
 
 TEST(Decimal, TheLongestTextsHave168CharactersAtMost) {
   EXPECT_EQ(Decimal::minimumDecimalNumber().stringValue().size(), 166u);
-  EXPECT_EQ(read("-1E-128").stringValue().size(), 131u);
+  EXPECT_EQ(dec("-1E-128").stringValue().size(), 131u);
 }
 
 TEST(Decimal, StreamsWriteTextAndReadAWord) {
@@ -520,7 +515,7 @@ TEST(Decimal, LimitsDescribeTheType) {
   EXPECT_TRUE(Limits::is_specialized && Limits::is_signed && !Limits::is_integer && !Limits::is_exact);
   EXPECT_EQ(Limits::radix, 10);
   EXPECT_EQ(Limits::digits10, 38);
-  EXPECT_EQ(Limits::min(), read("1E-128"));
+  EXPECT_EQ(Limits::min(), dec("1E-128"));
   EXPECT_EQ(Limits::max(), Decimal::maximumDecimalNumber());
   EXPECT_EQ(Limits::lowest(), Decimal::minimumDecimalNumber());
   EXPECT_EQ(1 + Limits::epsilon() - 1, Limits::epsilon());

@@ -2,6 +2,8 @@
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
+#include "tests/support/Decimals.h"
+#include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
 
@@ -10,24 +12,15 @@
 namespace norvik {
 namespace {
 
-Decimal read(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
+using norvik::test::nameOfWhatIsRaised;
 
 NSDecimalNumberHandler rounding(NSRoundingMode mode, std::int16_t scale) {
   return NSDecimalNumberHandler::decimalNumberHandlerWithRoundingMode(mode, scale, true, true, true, true);
 }
 
 std::string rounded(std::string_view text, NSRoundingMode mode, std::int16_t scale) {
-  return read(text).decimalNumberByRoundingAccordingToBehavior(rounding(mode, scale)).stringValue();
-}
-
-template <class Operation>
-std::string raisedBy(Operation operation) {
-  try {
-    operation();
-  } catch (const NSException& exception) {
-    return exception.name().str();
-  }
-  return "nothing";
+  return dec(text).decimalNumberByRoundingAccordingToBehavior(rounding(mode, scale)).stringValue();
 }
 
 TEST(NSDecimalNumberHandler, HeaderExample) {
@@ -122,12 +115,12 @@ TEST(NSDecimalNumberHandler, ANegativeScaleRoundsBeforeThePoint) {
   EXPECT_EQ(rounded("500", NSRoundBankers, -3), "0");
   EXPECT_EQ(rounded("5", NSRoundPlain, -200), "0");
   EXPECT_EQ(rounded("1", NSRoundUp, -164), "1" + std::string(164, '0'));
-  EXPECT_EQ(raisedBy([] { (void)rounded("1", NSRoundUp, -165); }), "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)rounded("1", NSRoundUp, -165); }), "NSDecimalNumberOverflowException");
 }
 
 TEST(NSDecimalNumberHandler, AnOperationRoundsItsExactResultOnce) {
   // Rounded to 38 digits first, 0.004999...9 would become 0.005, and then 0.01.
-  const Decimal nearlyHalf = read("0.004" + std::string(37, '9')), rest = read("9E-41");
+  const Decimal nearlyHalf = dec("0.004" + std::string(37, '9')), rest = dec("9E-41");
   EXPECT_EQ(nearlyHalf.decimalNumberByAdding(rest, NSDecimalNumberHandler({.scale = 2})).stringValue(), "0.00");
   EXPECT_EQ((2_dec)
                 .decimalNumberByDividingBy(3, NSDecimalNumberHandler({.roundingMode = NSRoundDown, .scale = 2}))
@@ -153,34 +146,36 @@ TEST(NSDecimalNumberHandler, TheModeAlsoRoundsTo38Digits) {
 
 TEST(NSDecimalNumberHandler, LossOfPrecisionIsAResultOfMoreThan38DigitsNotWhatAScaleCuts) {
   const auto all = rounding(NSRoundPlain, 2);
-  EXPECT_EQ(raisedBy([&] { (void)(1.005_dec).decimalNumberByRoundingAccordingToBehavior(all); }), "nothing");
-  EXPECT_EQ(raisedBy([&] { (void)(1.005_dec).decimalNumberByAdding(0.001_dec, all); }), "nothing");
-  EXPECT_EQ(raisedBy([&] { (void)(1.005_dec).decimalNumberByMultiplyingBy(1.005_dec, all); }), "nothing");
-  EXPECT_EQ(raisedBy([&] { (void)(1_dec).decimalNumberByDividingBy(8, all); }), "nothing");
-  EXPECT_EQ(raisedBy([&] { (void)(1_dec).decimalNumberByDividingBy(3, all); }), "NSDecimalNumberExactnessException");
-  EXPECT_EQ(raisedBy([&] { (void)read("1E38").decimalNumberByAdding(1, all); }), "NSDecimalNumberExactnessException");
-  EXPECT_EQ(raisedBy([&] { (void)read("1E38").decimalNumberByAdding(10, all); }), "nothing");
-  EXPECT_EQ(raisedBy([&] { (void)(1.1_dec).decimalNumberByRaisingToPower(36, all); }),
-            "nothing");  // 11^36 has 38 digits
-  EXPECT_EQ(raisedBy([&] { (void)(1.1_dec).decimalNumberByRaisingToPower(37, all); }),
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1.005_dec).decimalNumberByRoundingAccordingToBehavior(all); }), "");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1.005_dec).decimalNumberByAdding(0.001_dec, all); }), "");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1.005_dec).decimalNumberByMultiplyingBy(1.005_dec, all); }), "");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1_dec).decimalNumberByDividingBy(8, all); }), "");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1_dec).decimalNumberByDividingBy(3, all); }),
+            "NSDecimalNumberExactnessException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)dec("1E38").decimalNumberByAdding(1, all); }),
+            "NSDecimalNumberExactnessException");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)dec("1E38").decimalNumberByAdding(10, all); }), "");
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1.1_dec).decimalNumberByRaisingToPower(36, all); }),
+            "");  // 11^36 has 38 digits
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1.1_dec).decimalNumberByRaisingToPower(37, all); }),
             "NSDecimalNumberExactnessException");
 }
 
 TEST(NSDecimalNumberHandler, EachFlagRaisesItsExceptionAndNoOther) {
-  const Decimal greatest = Decimal::maximumDecimalNumber(), least = read("1E-128");
+  const Decimal greatest = Decimal::maximumDecimalNumber(), least = dec("1E-128");
   for (int set = 0; set < 16; ++set) {
     const NSDecimalNumberHandler some({.raiseOnExactness = (set & 1) != 0,
                                        .raiseOnOverflow = (set & 2) != 0,
                                        .raiseOnUnderflow = (set & 4) != 0,
                                        .raiseOnDivideByZero = (set & 8) != 0});
-    EXPECT_EQ(raisedBy([&] { (void)(1_dec).decimalNumberByDividingBy(3, some); }),
-              (set & 1) != 0 ? "NSDecimalNumberExactnessException" : "nothing");
-    EXPECT_EQ(raisedBy([&] { (void)greatest.decimalNumberByMultiplyingBy(10, some); }),
-              (set & 2) != 0 ? "NSDecimalNumberOverflowException" : "nothing");
-    EXPECT_EQ(raisedBy([&] { (void)least.decimalNumberByMultiplyingBy(0.1_dec, some); }),
-              (set & 4) != 0 ? "NSDecimalNumberUnderflowException" : "nothing");
-    EXPECT_EQ(raisedBy([&] { (void)(1_dec).decimalNumberByDividingBy(0, some); }),
-              (set & 8) != 0 ? "NSDecimalNumberDivideByZeroException" : "nothing");
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1_dec).decimalNumberByDividingBy(3, some); }),
+              (set & 1) != 0 ? "NSDecimalNumberExactnessException" : "");
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)greatest.decimalNumberByMultiplyingBy(10, some); }),
+              (set & 2) != 0 ? "NSDecimalNumberOverflowException" : "");
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)least.decimalNumberByMultiplyingBy(0.1_dec, some); }),
+              (set & 4) != 0 ? "NSDecimalNumberUnderflowException" : "");
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(1_dec).decimalNumberByDividingBy(0, some); }),
+              (set & 8) != 0 ? "NSDecimalNumberDivideByZeroException" : "");
   }
 }
 
@@ -188,9 +183,9 @@ TEST(NSDecimalNumberHandler, AFaultThatDoesNotRaiseGivesNotANumberAndALossTheRou
   const NSDecimalNumberHandler none(
       {.raiseOnOverflow = false, .raiseOnUnderflow = false, .raiseOnDivideByZero = false});
   EXPECT_TRUE(Decimal::maximumDecimalNumber().decimalNumberByMultiplyingBy(10, none).isNaN());
-  EXPECT_TRUE(read("1E-128").decimalNumberByMultiplyingBy(0.1_dec, none).isNaN());
+  EXPECT_TRUE(dec("1E-128").decimalNumberByMultiplyingBy(0.1_dec, none).isNaN());
   EXPECT_TRUE((1_dec).decimalNumberByDividingBy(0, none).isNaN());
-  EXPECT_EQ((1_dec).decimalNumberByDividingBy(3, none), read("0.33333333333333333333333333333333333333"));
+  EXPECT_EQ((1_dec).decimalNumberByDividingBy(3, none), dec("0.33333333333333333333333333333333333333"));
 }
 
 TEST(NSDecimalNumberHandler, WhatLiesBeyondTheGreatestNumberIsAFaultInEveryRoundingMode) {
@@ -199,8 +194,10 @@ TEST(NSDecimalNumberHandler, WhatLiesBeyondTheGreatestNumberIsAFaultInEveryRound
     for (const std::int16_t scale : {NSDecimalNoScale, std::int16_t{2}, std::int16_t{-127}}) {
       const NSDecimalNumberHandler all = rounding(mode, scale);
       const NSDecimalNumberHandler quiet({.roundingMode = mode, .scale = scale, .raiseOnOverflow = false});
-      EXPECT_EQ(raisedBy([&] { (void)greatest.decimalNumberByAdding(1, all); }), "NSDecimalNumberOverflowException");
-      EXPECT_EQ(raisedBy([&] { (void)lowest.decimalNumberBySubtracting(1, all); }), "NSDecimalNumberOverflowException");
+      EXPECT_EQ(nameOfWhatIsRaised([&] { (void)greatest.decimalNumberByAdding(1, all); }),
+                "NSDecimalNumberOverflowException");
+      EXPECT_EQ(nameOfWhatIsRaised([&] { (void)lowest.decimalNumberBySubtracting(1, all); }),
+                "NSDecimalNumberOverflowException");
       EXPECT_TRUE(greatest.decimalNumberByAdding(1, quiet).isNaN());
       EXPECT_TRUE(lowest.decimalNumberBySubtracting(1, quiet).isNaN());
       EXPECT_TRUE(greatest.decimalNumberByMultiplyingBy(10, quiet).isNaN());
@@ -211,19 +208,20 @@ TEST(NSDecimalNumberHandler, WhatLiesBeyondTheGreatestNumberIsAFaultInEveryRound
 
 TEST(NSDecimalNumberHandler, AScaleThatRoundsTheGreatestNumberUpIsAnOverflow) {
   const Decimal greatest = Decimal::maximumDecimalNumber();
-  EXPECT_EQ(raisedBy([&] { (void)greatest.decimalNumberByRoundingAccordingToBehavior(rounding(NSRoundPlain, -128)); }),
+  EXPECT_EQ(nameOfWhatIsRaised(
+                [&] { (void)greatest.decimalNumberByRoundingAccordingToBehavior(rounding(NSRoundPlain, -128)); }),
             "NSDecimalNumberOverflowException");
   EXPECT_EQ(greatest.decimalNumberByRoundingAccordingToBehavior(rounding(NSRoundDown, -128)),
-            read(std::string(37, '9') + "E127") * 10);
+            dec(std::string(37, '9') + "E127") * 10);
 }
 
 TEST(NSDecimalNumberHandler, FaultsAreJudgedBeforeTheScaleRounds) {
   const auto pennies = rounding(NSRoundPlain, 2);
-  EXPECT_EQ(raisedBy([&] { (void)read("1E-100").decimalNumberByMultiplyingBy(read("1E-100"), pennies); }),
+  EXPECT_EQ(nameOfWhatIsRaised([&] { (void)dec("1E-100").decimalNumberByMultiplyingBy(dec("1E-100"), pennies); }),
             "NSDecimalNumberUnderflowException");
-  EXPECT_EQ(
-      raisedBy([&] { (void)read("1E100").decimalNumberByMultiplyingBy(read("1E100"), rounding(NSRoundPlain, -300)); }),
-      "NSDecimalNumberOverflowException");
+  EXPECT_EQ(nameOfWhatIsRaised(
+                [&] { (void)dec("1E100").decimalNumberByMultiplyingBy(dec("1E100"), rounding(NSRoundPlain, -300)); }),
+            "NSDecimalNumberOverflowException");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/values/NSNumber.h"
 
+#include "tests/support/Doubles.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -9,8 +11,8 @@
 namespace norvik {
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+using norvik::test::infinity;
+using norvik::test::notANumber;
 constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
 constexpr std::uint64_t greatestUnsigned = std::numeric_limits<std::uint64_t>::max();

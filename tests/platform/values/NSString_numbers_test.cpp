@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/values/NSString.h"
 
+#include "tests/support/Doubles.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,7 +10,7 @@
 namespace norvik {
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+using norvik::test::infinity;
 
 TEST(NSStringNumbers, IntegersAreReadFromTheStartAndStopAtTheLimits) {
   const struct {

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/values/NumberOrder.h"
 
 #include "NorvikCore/platform/values/NSNumber.h"
+#include "tests/support/Doubles.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +18,8 @@
 namespace norvik {
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+using norvik::test::infinity;
+using norvik::test::notANumber;
 
 TEST(NumberOrder, HeaderExample) {
   EXPECT_TRUE(numberEqual(5, 5.00_dec) && numberEqual(0.1, 0.1_dec));

@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
@@ -180,10 +181,10 @@ void Binding::setObserved(const NSObject& receiver, NSObject& observed) const {
 
 bool Binding::canWrite(const NSObject& observed) const {
   if (transformer_ && !transformer_->canReverse()) return false;
-  const auto dot = keyPath_.view().rfind('.');
-  if (dot == std::string_view::npos) return !isReadOnly(observed, keyPath_);
-  const Value owner = observed.valueForKeyPath(NSString(keyPath_.view().substr(0, dot)));
-  return owner.object() && !isReadOnly(*owner.object(), NSString(keyPath_.view().substr(dot + 1)));
+  const auto [before, key] = lastKey(keyPath_);
+  if (!before) return !isReadOnly(observed, key);
+  const Value owner = observed.valueForKeyPath(*before);
+  return owner.object() && !isReadOnly(*owner.object(), key);
 }
 
 void Binding::showWhetherWritable(NSObject& receiver, const NSObject& observed) const {

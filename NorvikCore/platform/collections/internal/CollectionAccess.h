@@ -12,7 +12,10 @@ namespace norvik::detail {
 
 /// Puts content into a collection that was just made and that nobody else can change.
 struct CollectionAccess {
-  static std::vector<Value>& elements(NSArray& array) noexcept { return array.elements_; }
+  static std::vector<Value>& elements(NSArray& array) noexcept {
+    array.giveUpRoom();
+    return array.elements_;
+  }
   static OrderedTable<NSDictionary::Entry>& table(NSDictionary& dictionary) noexcept { return dictionary.table_; }
   /// Exchanges the value of the entry at that position, which is there.
   static void setValueAt(NSDictionary& dictionary, std::size_t position, Value value) noexcept {

@@ -1,8 +1,9 @@
-// NorvikCore/platform/dispatch/internal/GroupCore.h - a count, its generation, a word to sleep on, and who is told.
+// NorvikCore/platform/dispatch/internal/GroupCore.h - a count with its generation, a word to sleep on, and the blocks
+// to enqueue when the count reaches 0.
 //
-// The generation changes each time the count reaches 0. Who waits reads the generation before the count: either it sees
-// 0, or the count reaches 0 later, and then the generation is another. Then the word to sleep on changes too, if
-// anybody sleeps.
+// The generation changes in the same step in which the count reaches 0, because both are one word. Were it changed a
+// moment later, a thread that saw the count at 0, entered the group again and waited would take that late change for
+// the end of its own round. If a thread sleeps, the word to sleep on changes after that.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -22,7 +23,7 @@ class GroupCore final : public ForkAware {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
   }
 
-  void enter() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+  void enter() noexcept;
   void leave() noexcept;
   enum class Waiter : std::uint8_t { helps, waits };
   /// False when the deadline, a point of the monotonic clock, came first. A waiter that helps runs the group's blocks
@@ -42,8 +43,7 @@ class GroupCore final : public ForkAware {
   static std::uint32_t nextNumber() noexcept;
 
   std::atomic<std::uint32_t> references_{1};
-  std::atomic<std::int64_t> count_{0};
-  std::atomic<std::uint32_t> generation_{0};
+  std::atomic<std::uint64_t> state_{0};  // the generation above the count, 32 bits each
   std::atomic<std::uint32_t> sleepers_{0};
   std::atomic<std::uint32_t> wakes_{0};  // sleepers sleep on it
   const std::uint32_t number_ = nextNumber();

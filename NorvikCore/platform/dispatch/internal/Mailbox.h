@@ -121,6 +121,22 @@ class NK_EXPORT Mailbox final : public SerialQueue {
   /// Asks for the memory of the next claim, which is about to change.
   void prefetch() const noexcept { kernel::prefetchForWrite(&sent_); }
 
+  // For a process that is about to end, whose reader may be gone: from any thread, in signal handlers too, without a
+  // lock. The positions count all letters that there ever were.
+  [[nodiscard]] std::uint64_t sentPosition() const noexcept { return sent(); }
+  [[nodiscard]] std::uint64_t readPosition() const noexcept { return done_.load(std::memory_order_acquire); }
+  /// A letter that was posted and is not yet read; null for one that was only claimed.
+  [[nodiscard]] Letter* unreadLetter(std::uint64_t position) const noexcept {
+    Letter& letter = ring_[position % ringSize];
+    return letter.posted.load(std::memory_order_acquire) == position + 1 ? &letter : nullptr;
+  }
+  /// The first letter that is not read, where its sender has not posted it: a sender that has crashed never will. The
+  /// caller may then post it in its place.
+  [[nodiscard]] Letter* abandonedLetter() const noexcept {
+    const std::uint64_t position = readPosition();
+    return position < sent() && !unreadLetter(position) ? &ring_[position % ringSize] : nullptr;
+  }
+
   void push(Item* item, Delivery delivery, Order order) override;
   void enter(Order order) override;
   void resetAfterFork() noexcept override;

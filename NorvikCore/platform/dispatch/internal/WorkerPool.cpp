@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
 #include "NorvikCore/platform/dispatch/internal/TimerClock.h"
+#include "NorvikCore/platform/kernel/FatalSignals.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
 #include <pthread.h>
@@ -219,6 +220,7 @@ int WorkerPool::startWorker(Wake& rest) noexcept {
 void* WorkerPool::threadMain(void* pool) {
   thisThreadIsWorker = true;
   pthread_setname_np(pthread_self(), "norvik-worker");
+  kernel::coverThread();
   const FrameScope frame(GlobalQueue::shared());
   Worker self;
   static_cast<WorkerPool*>(pool)->work(self);
@@ -295,6 +297,7 @@ WorkerPool::Outlook WorkerPool::lookOut(Worker& self) {
     if (ThreadShortage::exists(ThreadShortage::Of::timers)) [[unlikely]]
       SystemTimerClock::shared().tend();
     futexWait(self.word, 0, now + lookInterval);
+    kernel::coverThread();
     mutex_.lock();
     collectFromNapper(closedWord);
     lookoutComes_ = true;
@@ -325,6 +328,7 @@ bool WorkerPool::sleep(Worker& self) {
     const std::uint64_t deadline = since + idleTime_;
     mutex_.unlock();
     futexWait(self.word, 0, deadline);
+    kernel::coverThread();
     mutex_.lock();
   }
   if (self.word.load(std::memory_order_relaxed) != 0) {

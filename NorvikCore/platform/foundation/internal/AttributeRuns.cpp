@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/AttributeRuns.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -25,11 +26,32 @@ std::vector<AttributeRun> joinedRuns(std::vector<AttributeRun> runs) {
 
 AttributeRuns::AttributeRuns(std::vector<AttributeRun> runs) {
   runs = joinedRuns(std::move(runs));
+  if (runs.size() >= none) throw std::bad_alloc();
+  list_.attributes.reserve(runs.size());
+  list_.runs.reserve(runs.size());
+  NSUInteger end = 0;
+  for (AttributeRun& run : runs) {
+    end += run.length;
+    list_.runs.push_back({end, static_cast<std::uint32_t>(list_.attributes.size())});
+    list_.attributes.push_back(std::move(run.attributes));
+  }
+}
+
+void AttributeRuns::becomeTree() {
+  if (!isList()) return;
+  std::vector<AttributeRun> runs = part({0, length()});
   reserve(runs.size());
   root_ = built(runs, 0, runs.size());
+  // Released last: an object that is destroyed by it may read the text.
+  const NumberedRuns list = std::exchange(list_, {});
 }
 
 AttributeRuns::Place AttributeRuns::at(NSUInteger unit) const noexcept {
+  if (isList()) {
+    const auto run = std::ranges::upper_bound(list_.runs, unit, {}, &NumberedRuns::Run::end);
+    const NSUInteger start = run == list_.runs.begin() ? 0 : std::prev(run)->end;
+    return {{start, run->end - start}, list_.attributes[run->attributes]};
+  }
   NSUInteger start = 0;
   Index here = root_;
   for (;;) {
@@ -60,6 +82,7 @@ std::vector<AttributeRun> AttributeRuns::part(NSRange range) const {
 
 void AttributeRuns::append(NSUInteger length, const Ref<NSDictionary>& attributes) {
   if (length == 0) return;
+  becomeTree();
   const bool join = root_ != none && sameAttributes(nodes_[edge(root_, true)].run.attributes, attributes);
   reserve(1);
   root_ = joined(root_, made({length, attributes}), join);
@@ -68,6 +91,7 @@ void AttributeRuns::append(NSUInteger length, const Ref<NSDictionary>& attribute
 void AttributeRuns::replace(NSRange range, std::vector<AttributeRun> runs) {
   runs = joinedRuns(std::move(runs));
   if (range.length == 0 && runs.empty()) return;
+  becomeTree();
   const NSUInteger end = NSMaxRange(range);
   const Ref<NSDictionary> before = range.location > 0 ? at(range.location - 1).attributes : nullptr;
   const Ref<NSDictionary> after = end < length() ? at(end).attributes : nullptr;

@@ -5,9 +5,10 @@
 //   runs.change({0, 5}, [&](const Ref<NSDictionary>&) { return red; });
 //   runs.at(2);                                      // {0, 5}, red
 //
-// Neighbours never have equal attributes: they are one run. The runs are a balanced tree in which each node knows the
-// units below it, so that finding, cutting and joining take the logarithm of the number of runs. The tree is balanced
-// by chance, by numbers that its content has no part in.
+// Neighbours never have equal attributes: they are one run. Runs are kept as a list until the first change, because
+// most texts never change. Then they become a balanced tree in which each node knows the units below it, so that
+// finding, cutting and joining take the logarithm of the number of runs. The tree is balanced by chance, by numbers
+// that its content has no part in.
 //
 // Ranges are the caller's to check. Where memory runs out or a change raises, the runs stay as they were. Confined.
 #pragma once
@@ -15,11 +16,23 @@
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace norvik::detail {
 
 [[nodiscard]] bool sameAttributes(const Ref<NSDictionary>& a, const Ref<NSDictionary>& b);
+
+/// Runs in order, each with its end and the number of its attributes in the list of these.
+struct NumberedRuns {
+  struct Run {
+    NSUInteger end;
+    std::uint32_t attributes;
+  };
+
+  std::vector<Ref<NSDictionary>> attributes;
+  std::vector<Run> runs;
+};
 
 class AttributeRuns {
  public:
@@ -31,11 +44,19 @@ class AttributeRuns {
   AttributeRuns() = default;
   /// Of runs in order; empty ones are left out, equal neighbours joined. Linear.
   explicit AttributeRuns(std::vector<AttributeRun> runs);
+  /// Of runs none of which is empty or has attributes equal to the next one's, and of dictionaries that do not change.
+  explicit AttributeRuns(NumberedRuns runs) noexcept : list_(std::move(runs)) {}
 
   /// The units of all runs.
-  [[nodiscard]] NSUInteger length() const noexcept { return root_ == none ? 0 : nodes_[root_].total; }
+  [[nodiscard]] NSUInteger length() const noexcept {
+    if (isList()) return list_.runs.back().end;
+    return root_ == none ? 0 : nodes_[root_].total;
+  }
   /// How many there are.
-  [[nodiscard]] std::size_t count() const noexcept { return root_ == none ? 0 : nodes_[root_].count; }
+  [[nodiscard]] std::size_t count() const noexcept {
+    if (isList()) return list_.runs.size();
+    return root_ == none ? 0 : nodes_[root_].count;
+  }
   /// The run that holds the unit.
   [[nodiscard]] Place at(NSUInteger unit) const noexcept;
   /// The part of each run that lies in the range. Takes the time of that many look-ups.
@@ -63,6 +84,8 @@ class AttributeRuns {
     std::uint32_t count;  ///< runs below, this one included
   };
 
+  [[nodiscard]] bool isList() const noexcept { return !list_.runs.empty(); }
+  void becomeTree();
   [[nodiscard]] Index made(AttributeRun run) noexcept;
   [[nodiscard]] Index built(std::vector<AttributeRun>& runs, std::size_t from, std::size_t to) noexcept;
   void reserve(std::size_t runs);
@@ -76,6 +99,7 @@ class AttributeRuns {
   [[nodiscard]] Index joined(Index before, Index after, bool join) noexcept;
   [[nodiscard]] bool takesLeft(std::uint32_t left, std::uint32_t right) noexcept;
 
+  NumberedRuns list_;  ///< without runs once they are a tree
   std::vector<Node> nodes_;
   std::vector<Index> free_;
   Index root_ = none;

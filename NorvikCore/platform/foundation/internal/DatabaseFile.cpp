@@ -205,7 +205,9 @@ DatabaseFile::Presence DatabaseFile::open(std::string& failure) {
 }
 
 bool DatabaseFile::findPlace(Place& place, std::string& failure) const {
-  const int error = kernel::resolveOwnPath(path_, place.found);
+  // The system would take the path to end at a zero byte.
+  const bool hasZero = path_.find('\0') != path_.npos;
+  const int error = hasZero ? EINVAL : kernel::resolveOwnPath(path_, place.found);
   if (error == EPERM && !place.found.foreign.empty()) {
     failure = place.found.foreign + " belongs to another user";
     return false;
@@ -322,7 +324,10 @@ DatabaseFile::Presence DatabaseFile::openAt(const Place& place, std::string& fai
     }
     std::string mode;
     isModeSet_ = connection_.readText("PRAGMA journal_mode", mode) && mode == writeAhead;
-    if (isModeSet_) connection_.run("PRAGMA synchronous = NORMAL");
+    if (isModeSet_) {
+      connection_.run("PRAGMA synchronous = NORMAL");
+      connection_.run("PRAGMA wal_autocheckpoint = " + std::to_string(format_.logPages));
+    }
   }
   ++openings_;
   return Presence::Open;
@@ -407,13 +412,14 @@ bool DatabaseFile::create(std::string& failure) {
   }
   if (openConnection(place.found.path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW, failure) != SQLITE_OK)
     return false;
+  if (format_.canShrink) connection_.run("PRAGMA auto_vacuum = INCREMENTAL");
   bool isDone = connection_.run("BEGIN IMMEDIATE") == SQLITE_OK;
   if (isDone) {
     switch (recognize(failure)) {
       case Content::Ours:
         break;
       case Content::Empty:
-        isDone = connection_.run(format_.schema) == SQLITE_OK &&
+        isDone = connection_.runAll(format_.schema) == SQLITE_OK &&
                  connection_.run("PRAGMA application_id = " + std::to_string(format_.applicationId)) == SQLITE_OK &&
                  connection_.run("PRAGMA user_version = " + std::to_string(format_.version)) == SQLITE_OK;
         break;

@@ -59,10 +59,12 @@ class DatabaseFile {
  public:
   struct Format {
     std::int32_t
-        applicationId;     ///< tells its databases from others; one without an id counts too, if it has the tables
-    std::int32_t version;  ///< from 1 on
-    const char* schema;    ///< the statement that makes the tables
-    const char* sample;    ///< a statement that can be prepared where the tables are there
+        applicationId;       ///< tells its databases from others; one without an id counts too, if it has the tables
+    std::int32_t version;    ///< from 1 on
+    const char* schema;      ///< the statements that make the tables
+    const char* sample;      ///< a statement that can be prepared where the tables are there
+    bool canShrink = false;  ///< the file is made so that "PRAGMA incremental_vacuum" can make it smaller
+    int logPages = 1000;     ///< of SQLite's log; then it is brought into the database, which waits for the disk
   };
 
   /// What an owner wants to do when the process forks or ends.

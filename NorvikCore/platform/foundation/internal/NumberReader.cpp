@@ -114,6 +114,16 @@ NumberReader::NumberReader(Settings settings)
     const LooseForm loose = looseForm(form, all);
     if (std::ranges::find(looseForms_, loose) == looseForms_.end()) looseForms_.push_back(loose);
   }
+  const std::vector<LooseForm> forms = looseForms_;
+  std::stable_partition(looseForms_.begin(), looseForms_.end(),
+                        [&](const LooseForm& form) { return isWithinAnother(form, forms); });
+}
+
+bool NumberReader::isWithinAnother(const LooseForm& form, const std::vector<LooseForm>& forms) {
+  return form.impliesMinus && std::ranges::any_of(forms, [&](const LooseForm& other) {
+           return !other.impliesMinus && (form.before.empty() || form.before == other.before) &&
+                  (form.after.empty() || form.after == other.after);
+         });
 }
 
 NumberReader::LooseForm NumberReader::withoutSign(const Form& form) const {
@@ -141,15 +151,29 @@ NumberReader::LooseForm NumberReader::looseForm(const Form& form, const std::vec
 }
 
 std::optional<NumberReader::Reading> NumberReader::read(std::string_view text, bool isLenient) const {
-  if (!isLenient) {
-    for (const Form& form : settings_.forms) {
-      if (auto reading = readStrictly(text, form)) return reading;
-    }
-    return std::nullopt;
+  if (!isLenient) return readStrictly(text);
+  if (auto reading = readStrictly(text)) return reading;
+  const std::string_view trimmed = withoutBlanksAround(text);
+  if (trimmed.size() < text.size()) {
+    if (auto reading = readStrictly(trimmed)) return reading;
   }
-  text = withoutBlanksAround(text);
   for (const LooseForm& form : looseForms_) {
-    if (auto reading = readLoosely(text, form)) return reading;
+    if (auto reading = readLoosely(trimmed, form)) return reading;
+  }
+  return std::nullopt;
+}
+
+inline bool NumberReader::mayBegin(char first, const Form& form) const noexcept {
+  if (!settings_.padding.empty()) return true;
+  if (!form.before.empty()) return first == form.before.front();
+  return isAsciiDigit(first) || hasOwnDigits_ || settings_.decimalSeparator.starts_with(first);
+}
+
+std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view text) const {
+  if (text.empty()) return std::nullopt;
+  for (const Form& form : settings_.forms) {
+    if (!mayBegin(text.front(), form)) continue;
+    if (auto reading = readStrictly(text, form)) return reading;
   }
   return std::nullopt;
 }

@@ -42,7 +42,8 @@ class NumberReader {
     Decimal number;
     bool hasFraction = false;
   };
-  /// Strict reading takes the formatter's own texts, with any number of digits. Lenient reading also takes white space
+  /// Strict reading takes the formatter's own texts, with any number of digits. Lenient reading gives the same number
+  /// for them, so it begins with strict reading, also of the text without blanks around it. It also takes white space
   /// and marks of direction anywhere but between digits, another minus sign, "+", a number without the texts before and
   /// after it or with one of them, and grouping separators anywhere between two digits, typed as any space or an ASCII
   /// apostrophe if they are of that kind.
@@ -59,11 +60,16 @@ class NumberReader {
 
   class Digits;
 
+  /// The texts around negative numbers are a part of the others: 5 CR, and 5 for -5. Such a form is tried first,
+  /// because the other one takes its numbers too.
+  [[nodiscard]] static bool isWithinAnother(const LooseForm& form, const std::vector<LooseForm>& forms);
   [[nodiscard]] LooseForm withoutSign(const Form& form) const;
   /// A plus or minus sign is one, and no text such as the hyphen of "A-5", where numbers of the other sign have the
   /// same texts around them without it.
   [[nodiscard]] LooseForm looseForm(const Form& form, const std::vector<Form>& all) const;
   [[nodiscard]] std::string_view withoutPadding(std::string_view text) const noexcept;
+  /// False only if no text of the form begins with it. Refuses most lenient texts before they are read strictly.
+  [[nodiscard]] bool mayBegin(char first, const Form& form) const noexcept;
   bool takeSign(std::string_view& text, bool& isNegative) const noexcept;
   bool takeGroupingSeparator(std::string_view& text, bool isLenient) const noexcept;
   /// The digits that the text begins with, as ASCII: how many. The first one decides of which kind the others are.
@@ -72,6 +78,7 @@ class NumberReader {
   std::size_t takeOwnRun(std::string_view& text, Kind& kind, Digits& digits) const;
   bool takeDigits(std::string_view& text, bool isLenient, Digits& digits, bool& hasPoint) const;
   bool takeExponent(std::string_view& text, bool isLenient, Digits& digits) const;
+  [[nodiscard]] std::optional<Reading> readStrictly(std::string_view text) const;
   [[nodiscard]] std::optional<Reading> readStrictly(std::string_view text, const Form& form) const;
   [[nodiscard]] std::optional<Reading> readLoosely(std::string_view text, const LooseForm& form) const;
   [[nodiscard]] std::optional<Reading> reading(std::string_view digits, bool hasPoint) const;

@@ -17,6 +17,10 @@ namespace norvik::detail {
 /// ends the process, which may be any thread and may hold any lock.
 NK_EXPORT void atProcessEnd(void (*function)());
 
+/// Calls those functions now, and again when the process ends: for a component that they need, and whose libraries are
+/// finished before this one. At the end of the process.
+NK_EXPORT void callEndFunctions();
+
 /// Calls `function` at the very end, in a child made by fork() too if it ends by exit(). There is one such function.
 void atLastProcessEnd(void (*function)());
 

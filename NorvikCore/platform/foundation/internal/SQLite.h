@@ -38,6 +38,8 @@ class Statement {
   /// Parameters count from 1. The bytes must stay until reset(). What is too long fails the next step.
   void bindText(int parameter, std::string_view text);
   void bindBlob(int parameter, std::string_view bytes);
+  void bindInteger(int parameter, sqlite3_int64 number) { sqlite3_bind_int64(statement_, parameter, number); }
+  void bindReal(int parameter, double number) { sqlite3_bind_double(statement_, parameter, number); }
 
   /// SQLITE_ROW, SQLITE_DONE, or what failed.
   int step() {
@@ -78,6 +80,10 @@ class Connection {
   [[nodiscard]] Statement prepare(const char* sql);
   int run(const char* sql) { return prepare(sql).run(); }
   int run(const std::string& sql) { return run(sql.c_str()); }
+  /// Several statements, with semicolons between them.
+  int runAll(const char* sql) { return sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr); }
+  /// How many rows the last statement has inserted, changed or deleted.
+  [[nodiscard]] sqlite3_int64 changedRows() const noexcept { return sqlite3_changes64(connection_); }
   [[nodiscard]] bool isInTransaction() const noexcept { return sqlite3_get_autocommit(connection_) == 0; }
   /// The first column of the first row; false where there is none.
   bool readInteger(const char* sql, sqlite3_int64& result);

@@ -8,6 +8,7 @@
 
 #include "NorvikCore/platform/kernel/FileStatus.h"
 
+#include <cstddef>
 #include <string>
 
 namespace norvik::kernel {
@@ -29,6 +30,11 @@ struct OwnPath {
 /// Makes an empty file that only this user may read and write, from its first moment on. EEXIST where anything is
 /// there, a link too. Opens no descriptor: to close one would drop the locks that this process holds on the file.
 [[nodiscard]] int makeOwnFile(const std::string& path) noexcept;
+
+/// Replaces `text` with the content of a regular file that the user or the system wrote, links followed. What may be
+/// another user's trap gives EPERM, what is no regular file EISDIR or ENXIO without being waited for, and a file of
+/// more than `most` bytes EFBIG; `text` is then empty.
+[[nodiscard]] int readOwnFile(const std::string& path, std::size_t most, std::string& text);
 
 /// Sets the lower nine bits of the mode; a link is not followed (ELOOP). Opens no descriptor that holds locks either.
 [[nodiscard]] int setPermissionsOfFile(const std::string& path, unsigned permissions) noexcept;

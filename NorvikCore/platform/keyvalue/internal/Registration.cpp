@@ -1,8 +1,11 @@
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 
 #include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
+#include "NorvikCore/platform/keyvalue/internal/CollectionOperators.h"
+#include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
@@ -12,6 +15,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <exception>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -76,20 +80,24 @@ NSObject* observable(const Value& value) {
 
 Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
-      observerRecord_(ObjectAccess::isPermanent(observer) ? nullptr : weakRecord(&observer)),
       hash_(hashOf(observer, keyPath, context)),
       keyPath_(std::move(keyPath)),
       context_(context),
       options_(options) {
-  if (keyPath_.view().find('.') == std::string_view::npos) return;
-  path_ = std::make_unique<Path>();
-  path_->keys = keyPath_.componentsSeparatedBy(".");
-  for (NSUInteger start = 0; const NSString& key : path_->keys) {
-    path_->rests.push_back(keyPath_.substringFromIndex(start));
+  if (keyPath_.view().find('.') != std::string_view::npos) path_ = makePath(keyPath_);
+  if (!ObjectAccess::isPermanent(observer)) observerRecord_ = weakRecord(&observer);  // last: nothing raises after it
+}
+
+std::unique_ptr<Registration::Path> Registration::makePath(const NSString& keyPath) {
+  auto path = std::make_unique<Path>();
+  path->keys = allKeys(keyPath);
+  for (NSUInteger start = 0; const NSString& key : path->keys) {
+    path->rests.push_back(keyPath.substringFromIndex(start));
     start += key.length() + 1;
   }
-  MutexLock lock(path_->mutex);
-  path_->places.resize(path_->keys.size());
+  MutexLock lock(path->mutex);
+  path->places.resize(path->keys.size());
+  return path;
 }
 
 Registration::~Registration() {
@@ -127,6 +135,13 @@ Value Registration::valueFrom(const NSObject& object, std::size_t depth) const {
 }
 
 void Registration::check(const NSObject& root) const {
+  if (isOperator(key(0)) &&
+      (!observable(ref(const_cast<NSObject&>(root))) || dynamic_cast<const NSDictionary*>(&root))) {
+    NSException::raise(NSInvalidArgumentException,
+                       "\"" + keyPath_ +
+                           "\" cannot be observed on the collection itself, which announces no change of " +
+                           "its elements: observe it on the object that holds the collection");
+  }
   if (!path_) {
     // Asking the class is enough where it knows the key; where it does not, the object has the last word.
     if (!root.classObject().property(keyPath_) && !hasOperation(root.classObject(), keyPath_)) {
@@ -146,9 +161,8 @@ void Registration::check(const NSObject& root) const {
   }
 }
 
-/// The objects at the second and further elements, as far as there are any.
-std::vector<Ref<NSObject>> Registration::objectsBehind(const NSObject& root) const {
-  std::vector<Ref<NSObject>> objects;
+/// Adds the objects at the second and further elements, as far as there are any.
+void Registration::findObjectsBehind(const NSObject& root, std::vector<Ref<NSObject>>& objects) const {
   objects.reserve(length() - 1);
   const NSObject* current = &root;
   for (std::size_t depth = 0; !isLast(depth) && !key(depth + 1).hasPrefix("@"); ++depth) {
@@ -158,7 +172,6 @@ std::vector<Ref<NSObject>> Registration::objectsBehind(const NSObject& root) con
     objects.push_back(ref(*next));
     current = next;
   }
-  return objects;
 }
 
 void Registration::place(std::size_t depth, NSObject* object) {
@@ -178,7 +191,16 @@ void Registration::follow(NSObject& root) {
       MutexLock lock(path_->mutex);
       version = path_->version;
     }
-    if (arrange(root, objectsBehind(root), version)) return;
+    std::vector<Ref<NSObject>> objects;
+    std::exception_ptr raised;
+    try {
+      findObjectsBehind(root, objects);
+    } catch (...) {
+      raised = std::current_exception();
+    }
+    if (!arrange(root, objects, version)) continue;
+    if (raised) std::rethrow_exception(raised);
+    return;
   }
 }
 

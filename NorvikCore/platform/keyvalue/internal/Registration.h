@@ -55,7 +55,8 @@ class NK_EXPORT Registration : public NSObject {
   [[nodiscard]] Value valueFrom(const NSObject& object, std::size_t depth) const;
   /// Raises unless every key along the path exists, as far as objects or their stated classes tell.
   void check(const NSObject& root) const;
-  /// Moves the entries behind the root to the objects that stand along the path now.
+  /// Moves the entries behind the root to the objects that stand along the path now, as far as it can be read; what
+  /// reading it raises passes afterwards.
   void follow(NSObject& root);
   /// Takes the entries behind the root away, after the end.
   void leavePath();
@@ -74,12 +75,13 @@ class NK_EXPORT Registration : public NSObject {
     std::uint64_t version NK_GUARDED_BY(mutex) = 0;  ///< how often `places` was brought up to date
   };
 
-  [[nodiscard]] std::vector<Ref<NSObject>> objectsBehind(const NSObject& root) const;
+  [[nodiscard]] static std::unique_ptr<Path> makePath(const NSString& keyPath);
+  void findObjectsBehind(const NSObject& root, std::vector<Ref<NSObject>>& objects) const;
   [[nodiscard]] bool arrange(const NSObject& root, const std::vector<Ref<NSObject>>& objects, std::uint64_t version);
   void place(std::size_t depth, NSObject* object) NK_REQUIRES(path_->mutex);
 
   NSObject* const observer_;
-  SideRecord* const observerRecord_;  ///< with one count; null for an observer that is never destroyed
+  SideRecord* observerRecord_ = nullptr;  ///< with one count; null for an observer that is never destroyed
   const std::uint32_t hash_;
   const NSString keyPath_;
   void* const context_;

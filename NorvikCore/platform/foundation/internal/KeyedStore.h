@@ -1,5 +1,8 @@
-// The preferences of one database, kept in memory: read from there, written through, and looked at again once somebody
-// else has written.
+// NorvikCore/platform/foundation/internal/KeyedStore.h - the values of one database by their keys, kept in memory: read
+// from there, written through, and read again after another process has written.
+//
+//   KeyedStore store(path, preferences);       // which table, how its values are read, what messages call them
+//   store.set("rate", value, encodePropertyList(value));
 //
 // - A read finds what was read or set last. When the last look at the database is more than a quarter of a second
 //   ago, it looks first, unless another thread is at the database just then.
@@ -10,7 +13,7 @@
 // Synchronised; calls nobody back.
 #pragma once
 
-#include "NorvikCore/platform/foundation/internal/PreferenceFile.h"
+#include "NorvikCore/platform/foundation/internal/KeyedFile.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/Value.h"
@@ -23,25 +26,33 @@
 
 namespace norvik::detail {
 
-class PreferenceStore final : DatabaseFile::Owner {
+class KeyedStore final : DatabaseFile::Owner {
  public:
+  struct Kind {
+    KeyedFile::Table table;
+    const char* plural;    ///< "preferences"
+    const char* singular;  ///< "preference"
+    /// Raises NSException where the bytes are damaged.
+    Value (*decode)(const NSString& key, std::string_view bytes);
+  };
+
   /// A value that somebody else has set, or removed.
   struct Change {
     NSString key;
     Value before;
   };
 
-  explicit PreferenceStore(std::string path);
-  PreferenceStore(const PreferenceStore&) = delete;
-  PreferenceStore& operator=(const PreferenceStore&) = delete;
-  ~PreferenceStore();
+  KeyedStore(std::string path, const Kind& kind);
+  KeyedStore(const KeyedStore&) = delete;
+  KeyedStore& operator=(const KeyedStore&) = delete;
+  ~KeyedStore();
 
   /// Absent where there is none.
   [[nodiscard]] Value value(const NSString& key);
   /// All, in no order.
   [[nodiscard]] std::vector<std::pair<NSString, Value>> all();
 
-  /// The value is a propertyListCopy() and the bytes are its encoding.
+  /// The value does not change any more, and the bytes are its encoding.
   void set(const NSString& key, const Value& value, std::string bytes);
   void remove(const NSString& key);
 
@@ -69,9 +80,10 @@ class PreferenceStore final : DatabaseFile::Owner {
   void change(const NSString& key, Entry entry, std::optional<std::string> bytes);
   bool readFile(Lines& lines) NK_REQUIRES(file_);
   bool writeFile(Lines& lines) NK_REQUIRES(file_);
-  void merge(std::vector<PreferenceFile::Row> rows, Lines& lines) NK_REQUIRES(file_);
+  void merge(std::vector<KeyedFile::Row> rows, Lines& lines) NK_REQUIRES(file_);
   void report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) NK_REQUIRES(file_);
 
+  const Kind kind_;
   Mutex file_;  ///< taken before memory_
   const std::string path_;
   bool isWriteDue_ NK_GUARDED_BY(file_) = false;  ///< the last one failed
@@ -79,13 +91,13 @@ class PreferenceStore final : DatabaseFile::Owner {
 
   Mutex memory_;
   Entries entries_ NK_GUARDED_BY(memory_);
-  PreferenceFile::Changes unwritten_ NK_GUARDED_BY(memory_);
+  KeyedFile::Changes unwritten_ NK_GUARDED_BY(memory_);
   std::vector<Change> changes_ NK_GUARDED_BY(memory_);
   std::atomic<bool> hasChanges_{false};
   std::atomic<bool> isRead_{false};
   std::atomic<std::int64_t> nextLook_{0};
 
-  PreferenceFile database_ NK_GUARDED_BY(file_);  ///< the first to be destroyed: until then a fork may call back
+  KeyedFile database_ NK_GUARDED_BY(file_);  ///< the first to be destroyed: until then a fork may call back
 };
 
 }  // namespace norvik::detail

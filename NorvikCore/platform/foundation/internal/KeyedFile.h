@@ -1,11 +1,9 @@
-// The database file that preferences are kept in: a table of keys and their encoded values.
+// NorvikCore/platform/foundation/internal/KeyedFile.h - a database file of keys and their encoded values.
 //
-//   PRAGMA application_id = 1315655794, PRAGMA user_version = 1
 //   CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID
 //
 // A key is TEXT in UTF-8, or where a surrogate half stands alone in it a BLOB of its UTF-16 units, least significant
-// byte first. A value is what encodePropertyList() makes of it. The application_id is absent in files of the first
-// programs. DatabaseFile has the rest. Confined to the thread that holds the mutex.
+// byte first. DatabaseFile has the rest. Confined to the thread that holds the mutex.
 #pragma once
 
 #include "NorvikCore/platform/foundation/internal/DatabaseFile.h"
@@ -18,8 +16,16 @@
 
 namespace norvik::detail {
 
-class PreferenceFile {
+class KeyedFile {
  public:
+  /// The statements are of a table as above, with a name of its own. They are literals.
+  struct Table {
+    DatabaseFile::Format format;
+    const char* all;     ///< SELECT key, value
+    const char* put;     ///< parameters: the key and the value
+    const char* remove;  ///< parameter: the key
+  };
+
   struct Row {
     NSString key;
     std::string value;
@@ -27,7 +33,7 @@ class PreferenceFile {
   /// New values by their keys; an absent one removes the key.
   using Changes = std::map<NSString, std::optional<std::string>>;
 
-  PreferenceFile(std::string path, Mutex& mutex, DatabaseFile::Owner* owner);
+  KeyedFile(std::string path, const Table& table, Mutex& mutex, DatabaseFile::Owner* owner);
 
   enum class Outcome { Same, Changed, Failed };
   /// All rows, where they may differ from those given the last time: after anybody else has written, and after a
@@ -43,6 +49,7 @@ class PreferenceFile {
   [[nodiscard]] bool writeRows(const Changes& changes, Changes& tooLong);
   [[nodiscard]] bool isWhole();
 
+  const Table table_;
   DatabaseFile file_;
   bool isDamaged_ = false;  ///< it could not be read: nothing is written before it can be
   std::uint64_t opening_ = 0;

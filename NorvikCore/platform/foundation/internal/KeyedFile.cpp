@@ -1,16 +1,10 @@
-#include "NorvikCore/platform/foundation/internal/PreferenceFile.h"
+#include "NorvikCore/platform/foundation/internal/KeyedFile.h"
 
 #include <utility>
 
 namespace norvik::detail {
 namespace {
 
-constexpr DatabaseFile::Format format = {
-    .applicationId = 0x4E6B5072,
-    .version = 1,
-    .schema = "CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID",
-    .sample = "SELECT key, value FROM preference",
-};
 constexpr sqlite3_int64 missingFile = -1;
 
 /// The key as the database has it, and whether it is TEXT.
@@ -35,10 +29,10 @@ NSString keyFromUnits(std::string_view bytes) {
 
 }  // namespace
 
-PreferenceFile::PreferenceFile(std::string path, Mutex& mutex, DatabaseFile::Owner* owner)
-    : file_(std::move(path), format, mutex, owner) {}
+KeyedFile::KeyedFile(std::string path, const Table& table, Mutex& mutex, DatabaseFile::Owner* owner)
+    : table_(table), file_(std::move(path), table.format, mutex, owner) {}
 
-PreferenceFile::Outcome PreferenceFile::readIfChanged(std::vector<Row>& rows, std::string& failure) {
+KeyedFile::Outcome KeyedFile::readIfChanged(std::vector<Row>& rows, std::string& failure) {
   const QuietWrites quiet;
   rows.clear();
   const DatabaseFile::Presence presence = file_.open(failure);
@@ -69,7 +63,7 @@ PreferenceFile::Outcome PreferenceFile::readIfChanged(std::vector<Row>& rows, st
   return Outcome::Changed;
 }
 
-bool PreferenceFile::write(Changes& changes, std::string& failure) {
+bool KeyedFile::write(Changes& changes, std::string& failure) {
   Changes tooLong;
   const bool isDone = file_.change(failure, [&] { return isWhole() && writeRows(changes, tooLong); });
   if (isDone) changes = std::move(tooLong);
@@ -77,18 +71,17 @@ bool PreferenceFile::write(Changes& changes, std::string& failure) {
 }
 
 /// A change elsewhere in a damaged database could succeed, and what could still be saved of it be lost.
-bool PreferenceFile::isWhole() {
+bool KeyedFile::isWhole() {
   if (!isDamaged_) return true;
   std::vector<Row> rows;
   isDamaged_ = !readRows(rows);
   return !isDamaged_;
 }
 
-bool PreferenceFile::writeRows(const Changes& changes, Changes& tooLong) {
+bool KeyedFile::writeRows(const Changes& changes, Changes& tooLong) {
   for (const auto& [key, value] : changes) {
     const auto [stored, isText] = storedKey(key);
-    sqlite::Statement& statement = value ? file_.statement("INSERT OR REPLACE INTO preference(key, value) VALUES(?, ?)")
-                                         : file_.statement("DELETE FROM preference WHERE key = ?");
+    sqlite::Statement& statement = file_.statement(value ? table_.put : table_.remove);
     if (isText) {
       statement.bindText(1, stored);
     } else {
@@ -105,8 +98,8 @@ bool PreferenceFile::writeRows(const Changes& changes, Changes& tooLong) {
   return true;
 }
 
-bool PreferenceFile::readRows(std::vector<Row>& rows) {
-  sqlite::Statement& select = file_.statement("SELECT key, value FROM preference");
+bool KeyedFile::readRows(std::vector<Row>& rows) {
+  sqlite::Statement& select = file_.statement(table_.all);
   int result = SQLITE_DONE;
   while ((result = select.step()) == SQLITE_ROW) {
     const bool isText = select.type(0) == SQLITE_TEXT;

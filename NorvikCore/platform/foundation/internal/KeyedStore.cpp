@@ -1,7 +1,6 @@
-#include "NorvikCore/platform/foundation/internal/PreferenceStore.h"
+#include "NorvikCore/platform/foundation/internal/KeyedStore.h"
 
 #include "NorvikCore/platform/foundation/NSLog.h"
-#include "NorvikCore/platform/foundation/internal/PropertyList.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
@@ -24,35 +23,36 @@ void tell(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-PreferenceStore::PreferenceStore(std::string path) : path_(path), database_(std::move(path), file_, this) {}
+KeyedStore::KeyedStore(std::string path, const Kind& kind)
+    : kind_(kind), path_(path), database_(std::move(path), kind.table, file_, this) {}
 
 // What is still unwritten is in the memory of both sides afterwards, and both would write it.
-void PreferenceStore::beforeFork() noexcept {
+void KeyedStore::beforeFork() noexcept {
   Lines untold;
   const std::string told = toldOfWriting_;
   writeFile(untold);
   toldOfWriting_ = told;
 }
 
-void PreferenceStore::beforeEnd() noexcept {
+void KeyedStore::beforeEnd() noexcept {
   Lines lines;
   writeFile(lines);
   tell(lines);
 }
 
-PreferenceStore::~PreferenceStore() {
+KeyedStore::~KeyedStore() {
   const MutexLock lock(file_);
   beforeEnd();
 }
 
-Value PreferenceStore::value(const NSString& key) {
+Value KeyedStore::value(const NSString& key) {
   look();
   const MutexLock lock(memory_);
   const auto found = entries_.find(key);
   return found == entries_.end() ? Value() : found->second.value;
 }
 
-std::vector<std::pair<NSString, Value>> PreferenceStore::all() {
+std::vector<std::pair<NSString, Value>> KeyedStore::all() {
   look();
   std::vector<std::pair<NSString, Value>> all;
   const MutexLock lock(memory_);
@@ -63,7 +63,7 @@ std::vector<std::pair<NSString, Value>> PreferenceStore::all() {
   return all;
 }
 
-void PreferenceStore::look() {
+void KeyedStore::look() {
   const bool isRead = isRead_.load(std::memory_order_acquire);
   if (isRead && kernel::monotonicNanoseconds() < nextLook_.load(std::memory_order_relaxed)) [[likely]]
     return;
@@ -79,13 +79,11 @@ void PreferenceStore::look() {
   tell(lines);
 }
 
-void PreferenceStore::set(const NSString& key, const Value& value, std::string bytes) {
-  change(key, {value, bytes}, bytes);
-}
+void KeyedStore::set(const NSString& key, const Value& value, std::string bytes) { change(key, {value, bytes}, bytes); }
 
-void PreferenceStore::remove(const NSString& key) { change(key, {}, std::nullopt); }
+void KeyedStore::remove(const NSString& key) { change(key, {}, std::nullopt); }
 
-void PreferenceStore::change(const NSString& key, Entry entry, std::optional<std::string> bytes) {
+void KeyedStore::change(const NSString& key, Entry entry, std::optional<std::string> bytes) {
   look();
   Lines lines;
   Entry replaced;  // goes after the locks
@@ -106,7 +104,7 @@ void PreferenceStore::change(const NSString& key, Entry entry, std::optional<std
   tell(lines);
 }
 
-bool PreferenceStore::synchronize() {
+bool KeyedStore::synchronize() {
   Lines lines;
   bool isDone = false;
   {
@@ -118,14 +116,14 @@ bool PreferenceStore::synchronize() {
   return isDone;
 }
 
-std::vector<PreferenceStore::Change> PreferenceStore::takeChanges() {
+std::vector<KeyedStore::Change> KeyedStore::takeChanges() {
   const MutexLock lock(memory_);
   hasChanges_.store(false, std::memory_order_relaxed);
   return std::exchange(changes_, {});
 }
 
-bool PreferenceStore::writeFile(Lines& lines) {
-  PreferenceFile::Changes changes;
+bool KeyedStore::writeFile(Lines& lines) {
+  KeyedFile::Changes changes;
   {
     const MutexLock lock(memory_);
     changes = unwritten_;
@@ -150,22 +148,22 @@ bool PreferenceStore::writeFile(Lines& lines) {
   return unwritten_.empty();
 }
 
-bool PreferenceStore::readFile(Lines& lines) {
+bool KeyedStore::readFile(Lines& lines) {
   nextLook_.store(kernel::monotonicNanoseconds() + nanosecondsBetweenLooks, std::memory_order_relaxed);
-  std::vector<PreferenceFile::Row> rows;
+  std::vector<KeyedFile::Row> rows;
   std::string failure;
-  const PreferenceFile::Outcome outcome = database_.readIfChanged(rows, failure);
-  if (outcome == PreferenceFile::Outcome::Failed) {
+  const KeyedFile::Outcome outcome = database_.readIfChanged(rows, failure);
+  if (outcome == KeyedFile::Outcome::Failed) {
     report("read", failure, toldOfReading_, lines);
   } else {
     toldOfReading_.clear();
   }
-  if (outcome == PreferenceFile::Outcome::Changed) merge(std::move(rows), lines);
+  if (outcome == KeyedFile::Outcome::Changed) merge(std::move(rows), lines);
   isRead_.store(true, std::memory_order_release);
-  return outcome != PreferenceFile::Outcome::Failed;
+  return outcome != KeyedFile::Outcome::Failed;
 }
 
-void PreferenceStore::merge(std::vector<PreferenceFile::Row> rows, Lines& lines) {
+void KeyedStore::merge(std::vector<KeyedFile::Row> rows, Lines& lines) {
   Entries merged;
   std::vector<Change> changes;
   Entries replaced;  // goes after the lock
@@ -179,9 +177,10 @@ void PreferenceStore::merge(std::vector<PreferenceFile::Row> rows, Lines& lines)
     }
     Entry entry;
     try {
-      entry.value = decodePropertyList(bytes);
+      entry.value = kind_.decode(key, bytes);
     } catch (const NSException& e) {
-      lines.push_back("The preference \"" + beginning(key) + "\" in " + path_ + " is damaged: " + e.reason().utf8());
+      lines.push_back("The " + std::string(kind_.singular) + " \"" + beginning(key) + "\" in " + path_ +
+                      " is damaged: " + e.reason().utf8());
     }
     entry.bytes = std::move(bytes);
     changes.push_back({key, known == entries_.end() ? Value() : known->second.value});
@@ -203,8 +202,8 @@ void PreferenceStore::merge(std::vector<PreferenceFile::Row> rows, Lines& lines)
   hasChanges_.store(!changes_.empty(), std::memory_order_relaxed);
 }
 
-void PreferenceStore::report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) {
-  std::string line = "The preferences in " + path_ + " cannot be " + what + ": " + why + ".";
+void KeyedStore::report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) {
+  std::string line = "The " + std::string(kind_.plural) + " in " + path_ + " cannot be " + what + ": " + why + ".";
   if (line == lastTold) return;
   lastTold = line;
   lines.push_back(std::move(line));

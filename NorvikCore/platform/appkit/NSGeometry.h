@@ -1,0 +1,26 @@
+// NorvikCore/platform/appkit/NSGeometry.h - places and sizes on a page, in points: 72 to the inch.
+//
+// The origin is the page's upper left corner; x grows to the right, y downwards.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+namespace norvik {
+
+struct NSPoint {
+  double x = 0, y = 0;
+  friend constexpr bool operator==(const NSPoint&, const NSPoint&) = default;
+};
+
+struct NSSize {
+  double width = 0, height = 0;
+  friend constexpr bool operator==(const NSSize&, const NSSize&) = default;
+};
+
+struct NSRect {
+  NSPoint origin;
+  NSSize size;
+  friend constexpr bool operator==(const NSRect&, const NSRect&) = default;
+};
+
+}  // namespace norvik

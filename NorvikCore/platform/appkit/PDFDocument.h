@@ -1,0 +1,45 @@
+// NorvikCore/platform/appkit/PDFDocument.h - pages on paper: a PDF file in memory.
+//
+//   PDFDocument document(a4Paper, "Payslip of April");
+//   document.drawText(*text, {56, 56}, 480);
+//   document.beginPage();
+//   document.drawText(*more, {56, 56}, 480);
+//   Ref<NSData> file = document.data();
+//
+// What is drawn is text that can be selected and searched; the fonts are in the file. See Canvas for what can be drawn.
+#pragma once
+
+#include "NorvikCore/platform/appkit/Canvas.h"
+#include "NorvikCore/platform/collections/NSData.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
+
+namespace norvik {
+
+namespace detail {
+class ByteSink;
+}  // namespace detail
+
+/// 210 by 297 millimetres.
+constexpr NSSize a4Paper{210 / 25.4 * 72, 297 / 25.4 * 72};
+
+class NK_EXPORT PDFDocument final : public Canvas {
+ public:
+  /// With one page. A side that is not between 1 and 14,400 points raises NSInvalidArgumentException.
+  explicit PDFDocument(NSSize pageSize = a4Paper, const NSString& title = NSString());
+  ~PDFDocument() override;
+
+  /// Adds a page behind the others; later calls draw on it.
+  void beginPage();
+  /// The file. The document is complete then: drawing on it raises NSInternalInconsistencyException, and the next call
+  /// gives the same bytes. What could not be drawn or kept raises NSGenericException.
+  [[nodiscard]] Ref<NSData> data();
+
+ protected:
+  [[nodiscard]] detail::CairoContext& context() override { return *context_; }
+
+ private:
+  detail::Hidden<detail::ByteSink> drawn_;
+  detail::Hidden<detail::CairoContext> context_;
+};
+
+}  // namespace norvik

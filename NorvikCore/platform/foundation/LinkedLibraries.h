@@ -1,0 +1,26 @@
+// NorvikCore/platform/foundation/LinkedLibraries.h - the versions of NorvikCore, ICU and SQLite that this process
+// has loaded.
+//
+//   for (const LinkedLibrary& library : linkedLibraries()) NSLog("%@ %@", library.name, library.version);
+//   // NorvikCore 0.1.0
+//   // ICU 72.1
+//   // SQLite 3.40.1
+//
+// Each is asked of the loaded library itself, which may be a later one than a program was built with. Any thread.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/NSString.h"
+
+#include <vector>
+
+namespace norvik {
+
+struct LinkedLibrary {
+  NSString name, version;
+};
+
+/// Those three, in that order. Libraries that are loaded on first use, as for drawing, are not listed.
+[[nodiscard]] NK_EXPORT std::vector<LinkedLibrary> linkedLibraries();
+
+}  // namespace norvik
