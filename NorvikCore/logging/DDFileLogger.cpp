@@ -3,6 +3,8 @@
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
+#include "NorvikCore/logging/internal/CrashFiles.h"
+#include "NorvikCore/logging/internal/ExceptionReports.h"
 #include "NorvikCore/logging/internal/LogFile.h"
 #include "NorvikCore/platform/foundation/NSFileHandle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
@@ -13,7 +15,6 @@
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <ctime>
@@ -30,19 +31,7 @@ constexpr std::size_t largestWrite = 64 * 1024;
 constexpr std::int64_t lookInterval = 500 * NSEC_PER_MSEC;
 constexpr std::uint64_t lookLines = 500;
 
-constexpr std::int32_t reportedExceptions = 10;
-
-/// Shared by all file loggers of the process; stops one past the limit.
-std::atomic<std::int32_t> exceptionCount{0};
-
-void report(const NSException& exception) {
-  if (exceptionCount.load(std::memory_order_relaxed) >= reportedExceptions) return;
-  const std::int32_t before = exceptionCount.fetch_add(1, std::memory_order_relaxed);
-  if (before < reportedExceptions) NSLog("DDFileLogger.logMessage: %@", exception);
-  if (before == reportedExceptions - 1) {
-    NSLog("DDFileLogger.logMessage: Too many exceptions -- will not log any more of them.");
-  }
-}
+constinit detail::ExceptionReports exceptionReports{"DDFileLogger.logMessage"};
 
 /// If others than the owner may write to the manager's files, files of other users are used too.
 detail::LogFileOwner ownerFor(const DDLogFileManager& manager) {
@@ -266,6 +255,7 @@ Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
   inode_ = file.status.inode;
   endsInsideLine_ = file.endsInsideLine;
   currentLogFileHandle_ = std::move(handle);
+  detail::CrashFiles::note(this, currentLogFileHandle_->fileDescriptor(), device_, inode_);
   // After the line for which the file was opened: the first timer of a process starts a thread.
   dispatch_async_relaxed(loggerQueue(), [logger = Weak<DDFileLogger>(this)] {
     if (const Ref<DDFileLogger> alive = logger.lock()) alive->scheduleTimerToRollLogFileDueToAge();
@@ -277,11 +267,12 @@ Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
 void DDFileLogger::closeFile() {
   const Ref<NSFileHandle> handle = std::exchange(currentLogFileHandle_, nullptr);
   if (!handle) return;
+  detail::CrashFiles::forget(this);
   try {
     handle->synchronizeFile();
     handle->closeFile();
   } catch (const NSException& exception) {
-    report(exception);
+    exceptionReports.add(exception);
   }
 }
 
@@ -379,7 +370,7 @@ void DDFileLogger::writePending() {
     lookAfterFile();
     write(lines);
   } catch (const NSException& exception) {
-    report(exception);
+    exceptionReports.add(exception);
   }
   if (pending_.ends.empty() && lines.text.capacity() <= 2 * largestWrite) {  // keeps the memory for the next ones
     lines.text.clear();
@@ -431,7 +422,7 @@ void DDFileLogger::writeRest(const Lines& lines, std::size_t written) {
       offset_ = handle->offsetInFile();
       maybeRollLogFileDueToSize();
     } catch (const NSException& exception) {
-      report(exception);
+      exceptionReports.add(exception);
     }
   }
 }

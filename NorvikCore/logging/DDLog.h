@@ -33,8 +33,8 @@
 //            process exits (exit, or return from main), after the destructors of the program's statics. Where exit
 //            is called on the logging queue or on a logger's queue, what is queued behind that block is lost, and the
 //            loggers are flushed as far as this does not wait for the block itself.
-// Crash:     what still waits is lost: asynchronous calls of about the last millisecond, or up to 1000 where the
-//            loggers cannot keep up. What a synchronous call said is with the loggers.
+// Crash:     with DDCrashHandler.h nothing is lost. Without it asynchronous calls of about the last millisecond are, or
+//            up to 1000 where the loggers cannot keep up. What a synchronous call said is with the loggers.
 // Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log,
 //            and make loggers and formatters. Messages that were waiting are the parent's. A child flushes by
 //            flushLog() where it wants to, not at its exit.

@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-Ref<DDLogMessage> message(const NSString& text) {
+Ref<DDLogMessage> messageOf(const NSString& text) {
   return DDLogMessage::initWithLogMsg(text, 31, 1, 0, "f", "g", 1, Value(), 0);
 }
 
@@ -24,16 +24,16 @@ TEST(DDLogFileFormatterDefault, HeaderExample) {
   const auto isoFormatter = make<NSDateFormatter>();
   isoFormatter->setDateFormat("yyyy-MM-dd'T'HH:mm:ss");
   logger->setLogFormatter(DDLogFileFormatterDefault::initWithDateFormatter(isoFormatter));
-  const std::string line = logger->logFormatter()->formatLogMessage(*message("40 payslips written"))->str();
+  const std::string line = logger->logFormatter()->formatLogMessage(*messageOf("40 payslips written"))->str();
   EXPECT_THAT(line,
               ::testing::MatchesRegex("20[0-9]{2}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}  40 payslips written"));
   EXPECT_THAT(
-      usual->formatLogMessage(*message("40 payslips written"))->str(),
+      usual->formatLogMessage(*messageOf("40 payslips written"))->str(),
       ::testing::MatchesRegex("20[0-9]{2}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}:[0-9]{3}  40 payslips written"));
 }
 
 TEST(DDLogFileFormatterDefault, ALineIsTheTimeTwoBlanksAndTheText) {
-  const auto made = message("40 payslips written");
+  const auto made = messageOf("40 payslips written");
   const std::string line = make<DDLogFileFormatterDefault>()->formatLogMessage(*made)->str();
   const std::time_t seconds = static_cast<std::time_t>(made->timestamp().timeIntervalSince1970());
   std::tm fields{};
@@ -48,14 +48,14 @@ TEST(DDLogFileFormatterDefault, AnotherDateFormatterIsUsedWhereOneIsGiven) {
   const auto dates = make<NSDateFormatter>();
   dates->setTimeZone(NSTimeZone::timeZoneWithName("UTC"));
   dates->setDateFormat("'at' yyyy");
-  const auto made = message("text");
+  const auto made = messageOf("text");
   const double years = made->timestamp().timeIntervalSinceReferenceDate() / 86400 / 365.2425;
   EXPECT_EQ(DDLogFileFormatterDefault::initWithDateFormatter(dates)->formatLogMessage(*made),
             "at " + std::to_string(2001 + static_cast<int>(years)) + "  text");
 }
 
 TEST(DDLogFileFormatterDefault, WithoutADateFormatterTheUsualOneIsMade) {
-  const auto made = message("text");
+  const auto made = messageOf("text");
   EXPECT_EQ(DDLogFileFormatterDefault::initWithDateFormatter(nullptr)->formatLogMessage(*made),
             make<DDLogFileFormatterDefault>()->formatLogMessage(*made));
 }
@@ -63,7 +63,7 @@ TEST(DDLogFileFormatterDefault, WithoutADateFormatterTheUsualOneIsMade) {
 TEST(DDLogFileFormatterDefault, AppendingGivesTheSameLine) {
   const auto formatter = make<DDLogFileFormatterDefault>();
   for (const NSString& text : {NSString("text"), NSString("Zoë"), NSString("")}) {
-    const auto made = message(text);
+    const auto made = messageOf(text);
     std::string appended = "before ";
     formatter->appendLogMessage(appended, *made);
     EXPECT_EQ(appended, "before " + formatter->formatLogMessage(*made)->str());
@@ -72,7 +72,7 @@ TEST(DDLogFileFormatterDefault, AppendingGivesTheSameLine) {
 
 TEST(DDLogFileFormatterDefault, ALoneHalfOfACharacterIsWrittenAsItsReplacement) {
   std::string line;
-  make<DDLogFileFormatterDefault>()->appendLogMessage(line, *message(NSString("😀").substringToIndex(1)));
+  make<DDLogFileFormatterDefault>()->appendLogMessage(line, *messageOf(NSString("😀").substringToIndex(1)));
   EXPECT_EQ(line.substr(23), "  \uFFFD");
 }
 

@@ -460,8 +460,8 @@ mode_t modeOf(const std::string& path) {
 TEST(DDLogFileManagerDefault, FilesAndFoldersHaveThePermissionsThatAreAskedForWhateverTheUmask) {
   for (const mode_t mask : {0U, 022U, 077U, 0277U}) {
     RUN_IN_CHILD({
-      umask(mask);
       const TemporaryFolder folder;
+      umask(mask);
       const auto usual = DDLogFileManagerDefault::initWithLogsDirectory(folder.path("usual"));
       EXPECT_EQ(modeOf(usual->createNewLogFile().str()), 0600U);
       EXPECT_EQ(modeOf(folder.path("usual")), 0700U);

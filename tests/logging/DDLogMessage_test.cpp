@@ -16,7 +16,7 @@
 namespace norvik {
 namespace {
 
-Ref<DDLogMessage> message(const char* file = "f", const char* function = "g", std::uint32_t options = 0) {
+Ref<DDLogMessage> messageAt(const char* file = "f", const char* function = "g", std::uint32_t options = 0) {
   return DDLogMessage::initWithLogMsg("text", 3, 2, 0, file, function, 1, Value(), options);
 }
 
@@ -47,21 +47,21 @@ TEST(DDLogMessage, KeepsWhatItWasMadeOf) {
 
 TEST(DDLogMessage, BorrowsItsTextsUnlessItIsToldToCopyThem) {
   const std::string file = "File.m", function = "run";
-  const auto borrowing = message(file.c_str(), function.c_str());
+  const auto borrowing = messageAt(file.c_str(), function.c_str());
   EXPECT_EQ(borrowing->file(), file.c_str());
   EXPECT_EQ(borrowing->function(), function.c_str());
-  const auto copyingFile = message(file.c_str(), function.c_str(), DDLogMessage::copyFile);
+  const auto copyingFile = messageAt(file.c_str(), function.c_str(), DDLogMessage::copyFile);
   EXPECT_NE(copyingFile->file(), file.c_str());
   EXPECT_STREQ(copyingFile->file(), "File.m");
   EXPECT_EQ(copyingFile->function(), function.c_str());
-  const auto copyingFunction = message(file.c_str(), function.c_str(), DDLogMessage::copyFunction);
+  const auto copyingFunction = messageAt(file.c_str(), function.c_str(), DDLogMessage::copyFunction);
   EXPECT_EQ(copyingFunction->file(), file.c_str());
   EXPECT_NE(copyingFunction->function(), function.c_str());
   EXPECT_STREQ(copyingFunction->function(), "run");
 }
 
 TEST(DDLogMessage, ANullFileOrFunctionStaysNull) {
-  const auto made = message(nullptr, nullptr, DDLogMessage::copyFile | DDLogMessage::copyFunction);
+  const auto made = messageAt(nullptr, nullptr, DDLogMessage::copyFile | DDLogMessage::copyFunction);
   EXPECT_EQ(made->file(), nullptr);
   EXPECT_EQ(made->function(), nullptr);
   EXPECT_EQ(made->fileName(), std::nullopt);
@@ -72,7 +72,7 @@ TEST(DDLogMessage, HasTheTimeOfItsMakingAlsoWhileAnotherDateIsMocked) {
   const auto unixNow = [] { return static_cast<double>(std::time(nullptr)); };
   const auto before = unixNow();
   const auto old = Date::setCurrentDateSource([]() -> std::optional<Date> { return Date::distantPast(); });
-  const auto made = message();
+  const auto made = messageAt();
   Date::setCurrentDateSource(old);
   EXPECT_GE(made->timestamp().timeIntervalSince1970(), before - 1);
   EXPECT_LE(made->timestamp().timeIntervalSince1970(), unixNow() + 2);
@@ -84,9 +84,9 @@ TEST(DDLogMessage, NamesItsThread) {
   std::thread([&] {
     id = static_cast<std::uint32_t>(syscall(SYS_gettid));
     kernel::setCurrentThreadName("Pay run of Norvik Engineering");
-    made = message();
+    made = messageAt();
     kernel::setCurrentThreadName("Another");
-    renamed = message();
+    renamed = messageAt();
   }).join();
   EXPECT_EQ(made->machThreadID(), id);
   EXPECT_EQ(made->threadName(), "Pay run of Norvik Engineering");
@@ -100,14 +100,14 @@ TEST(DDLogMessage, CanBeMadeWhileTheThreadEnds) {
   struct AtThreadEnd {
     Ref<DDLogMessage>* result = nullptr;
     ~AtThreadEnd() {
-      if (result) *result = message();
+      if (result) *result = messageAt();
     }
   };
   Ref<DDLogMessage> last;
   std::thread([&] {
     static thread_local AtThreadEnd atEnd;
     atEnd.result = &last;  // made first, so destroyed last
-    message();
+    messageAt();
   }).join();
   ASSERT_TRUE(last);
   EXPECT_EQ(last->logMsg(), "text");
@@ -115,17 +115,17 @@ TEST(DDLogMessage, CanBeMadeWhileTheThreadEnds) {
 
 TEST(DDLogMessage, KeepsTheLabelOfItsQueueAfterTheQueueIsGone) {
   Ref<DDLogMessage> shortLabel, longLabel;
-  dispatch_sync(dispatch_queue_create("payroll"), [&] { shortLabel = message(); });
+  dispatch_sync(dispatch_queue_create("payroll"), [&] { shortLabel = messageAt(); });
   const std::string label(200, 'q');
-  dispatch_sync(dispatch_queue_create(label.c_str()), [&] { longLabel = message(); });
+  dispatch_sync(dispatch_queue_create(label.c_str()), [&] { longLabel = messageAt(); });
   EXPECT_STREQ(shortLabel->queueLabel(), "payroll");
   EXPECT_EQ(longLabel->queueLabel(), label);
 }
 
 TEST(DDLogMessage, FileNameIsWithoutFoldersAndExtension) {
-  EXPECT_EQ(message("/a/b/File.m")->fileName(), "File");
-  EXPECT_EQ(message("Categories/NSDate+Norvik")->fileName(), "NSDate+Norvik");
-  EXPECT_EQ(message("f", "nk_addDays:")->methodName(), "nk_addDays:");
+  EXPECT_EQ(messageAt("/a/b/File.m")->fileName(), "File");
+  EXPECT_EQ(messageAt("Categories/NSDate+Norvik")->fileName(), "NSDate+Norvik");
+  EXPECT_EQ(messageAt("f", "nk_addDays:")->methodName(), "nk_addDays:");
 }
 
 TEST(DDLogMessage, TheNameOfAFileEndsAtTheLastDotOfItsPath) {

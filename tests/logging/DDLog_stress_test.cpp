@@ -18,7 +18,7 @@
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr int messagesInAll = 80'000;
 #else
-constexpr int messagesInAll = 1'000'000;
+constexpr int messagesInAll = 300'000;
 #endif
 
 namespace norvik {

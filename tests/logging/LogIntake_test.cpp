@@ -153,6 +153,11 @@ TEST_F(LogIntake, WhereMessagesAreJammedTheirTextsAreTheSame) {
   const auto expected =
       ElementsAre("-42 2.5 1234.50 text", fits, tooLong, tooLong, "b\xED\xB3\x83(d|a\xED\xA0\xBDz", "a\xED\xA0\xBDz",
                   "", "nothing but % text", std::string(99, ' ') + "7", "1 with a tag");
+  for (int i = 0; mailbox.isCrowded() && i < 2000; ++i) {  // of an earlier test, until a sender looks
+    log("%d", i);
+    DDLog::flushLog();
+  }
+  messages.clear();
   EXPECT_FALSE(mailbox.isCrowded());
   calls();
   EXPECT_THAT(go(), expected);

@@ -263,7 +263,10 @@ int main(int argc, char** argv) {
       }
       int status = 0;
       waitpid(child, &status, 0);
-      if (!WIFEXITED(status) || WEXITSTATUS(status) != 7) ++bad;
+      if (!WIFEXITED(status) || WEXITSTATUS(status) != 7) {
+        std::fprintf(stderr, "the child of fork %d ended with status %#x\n", i, static_cast<unsigned>(status));
+        ++bad;
+      }
     }
     done = true;
     busy.join();

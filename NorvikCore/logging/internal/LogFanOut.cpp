@@ -1,6 +1,7 @@
 #include "NorvikCore/logging/internal/LogFanOut.h"
 
 #include "NorvikCore/logging/internal/LogRecord.h"
+#include "NorvikCore/platform/kernel/FatalSignals.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
 
@@ -64,6 +65,7 @@ template <class Hand>
 void LogFanOut::handToAll(const Nodes& nodes, const Hand& hand) {
   const std::size_t inParallel = numProcessors < 2 || nodes.empty() ? 0 : nodes.size() - 1;
   const auto handOver = [&hand](std::size_t i) {
+    kernel::coverThread();
     try {
       hand(i);
     } catch (...) {
@@ -82,19 +84,23 @@ void LogFanOut::handToAll(const Nodes& nodes, const Hand& hand) {
 void LogFanOut::lt_log(const DDLogMessage& message) {
   DDLogEntry entry;
   entry.message_.storeRelaxed(const_cast<DDLogMessage*>(&message));
-  handOut(entry);
+  handOut(entry, nullptr);
 }
 
-void LogFanOut::handOut(const DDLogEntry& entry) {
+/// The record is that of a letter, or null.
+void LogFanOut::handOut(const DDLogEntry& entry, const LogRecord* record) {
   Nodes nodes;
   admitting(entry.logFlag(), nodes);
   const DDLogEntry* const one = &entry;
+  for (std::size_t i = 0; i < nodes.size(); ++i) progress_.begin(i, nodes[i]->logger().get(), record);
+  progress_.begun(nodes.size(), record);
   handToAll(nodes, [&](std::size_t i) {
     if (nodes[i]->takesRuns()) {
       (void)nodes[i]->logger()->logMessages({&one, 1});
     } else {
       nodes[i]->logger()->logMessage(entry.message());
     }
+    progress_.advance(i, nullptr);
   });
 }
 
@@ -117,6 +123,7 @@ LogFanOut::Admittance LogFanOut::admittance(const LogRecord& record) const noexc
 }
 
 void LogFanOut::lt_read(LetterRun& letters) {
+  kernel::coverThread();
   clock_.read();
   for (;;) {
     std::size_t count = 0;
@@ -129,11 +136,13 @@ bool LogFanOut::readOne(LetterRun& letters) {
   const LogRecord& record = LogRecord::of(letters.first());
   entriesFinished_ = 0;
   if (const DDLogMessage* made = record.made()) {
-    lt_log(*made);
+    DDLogEntry entry;
+    entry.message_.storeRelaxed(const_cast<DDLogMessage*>(made));
+    handOut(entry, &record);
   } else {
     entries_[0].record_ = &record;
     entries_[0].wallNanoseconds_ = clock_.wallNanoseconds(record.ticks());
-    handOut(entries_[0]);
+    handOut(entries_[0], &record);
   }
   return finish(letters, 1);
 }
@@ -160,10 +169,16 @@ bool LogFanOut::readSome(LetterRun& letters, std::size_t count) {
         entries_[i].record_->isOfNothing() ? 0 : clock_.wallNanoseconds(entries_[i].record_->ticks());
   }
 
+  for (std::size_t i = 0; i < nodes_.size(); ++i) progress_.begin(i, nodes_[i]->logger().get(), runs_[i][0]->record_);
+  progress_.begun(nodes_.size(), entries_[count - 1].record_);
+
   const auto hand = [this](std::size_t i, std::size_t from) {
     const std::vector<const DDLogEntry*>& run = runs_[i];
     const std::size_t left = run.size() - from;
-    return std::clamp<std::size_t>(nodes_[i]->logger()->logMessages({run.data() + from, left}), 1, left);
+    const std::size_t taken =
+        std::clamp<std::size_t>(nodes_[i]->logger()->logMessages({run.data() + from, left}), 1, left);
+    progress_.advance(i, taken < left ? run[from + taken]->record_ : nullptr);
+    return taken;
   };
   if (nodes_.size() == 1) {
     const std::vector<const DDLogEntry*>& run = runs_[0];
@@ -186,6 +201,7 @@ bool LogFanOut::readSome(LetterRun& letters, std::size_t count) {
 
 /// Releases the messages, and gives back their letters.
 bool LogFanOut::finish(LetterRun& letters, std::size_t count) noexcept {
+  progress_.ended(&LogRecord::of(letters[count - 1]));
   for (std::size_t i = 0; i < count; ++i) {
     DDLogEntry& entry = entries_[entriesFinished_ + i];
     if (DDLogMessage* made = entry.message_.loadRelaxed()) {

@@ -9,6 +9,7 @@
 
 #include "NorvikCore/logging/DDLogRun.h"
 #include "NorvikCore/logging/DDLoggerNode.h"
+#include "NorvikCore/logging/internal/LogProgress.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/internal/Mailbox.h"
 #include "NorvikCore/platform/kernel/internal/TickClock.h"
@@ -34,6 +35,8 @@ class LogFanOut {
   void lt_read(LetterRun& letters);
 
   [[nodiscard]] const std::vector<Ref<DDLoggerNode>>& nodes() const noexcept { return loggers; }
+  /// Of what is being handed out; from any thread.
+  [[nodiscard]] const LogProgress& progress() const noexcept { return progress_; }
 
  private:
   using Nodes = std::vector<DDLoggerNode*>;
@@ -42,7 +45,7 @@ class LogFanOut {
   [[nodiscard]] static int flagOf(const LogRecord& record) noexcept;
   void admitting(int flag, Nodes& nodes) const;
 
-  void handOut(const DDLogEntry& entry);
+  void handOut(const DDLogEntry& entry, const LogRecord* record);
   /// Calls `hand` for each of the nodes on its queue, and returns when all are done.
   template <class Hand>
   void handToAll(const Nodes& nodes, const Hand& hand);
@@ -54,6 +57,7 @@ class LogFanOut {
   dispatch_group_t loggingGroup;
   std::vector<Ref<DDLoggerNode>> loggers;
   kernel::TickClock& clock_;
+  LogProgress progress_;
 
   // What is being handed out; kept for its memory.
   Nodes nodes_;

@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/internal/LogIntake.h"
 
 #include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/internal/LogCrash.h"
 #include "NorvikCore/logging/internal/LogPipeline.h"
 #include "NorvikCore/platform/dispatch/internal/ThreadFrames.h"
 #include "NorvikCore/platform/kernel/Thread.h"
@@ -18,7 +19,7 @@ namespace detail {
 namespace {
 
 // How often a caller that waits for room checks whether the loggers wait for it.
-constexpr std::uint64_t lookPause = 10'000'000;
+constexpr std::uint64_t roomPause = 10'000'000;
 
 // A text that is formed by the caller fits a record up to this size.
 constexpr std::size_t shortText = 96;
@@ -34,6 +35,7 @@ constinit thread_local KnownCaller known __attribute__((tls_model("initial-exec"
 
 /// Notes the caller if its names are as short as names are.
 [[gnu::noinline]] bool findOutCaller(std::uint64_t now) noexcept {
+  LogCrash::cover();
   const std::string_view name = kernel::currentThreadName();
   const std::string_view label = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL);
   if (name.size() + label.size() > sizeof known.names) return false;
@@ -107,7 +109,7 @@ void LogIntake::post(Letter* claimed, const Fill& fill) {
       fill(LogRecord::make(loose->letter));
       return mailbox.post(loose.release());
     }
-    if (mailbox.waitForRoom(monotonicNanoseconds() + lookPause)) claimed = mailbox.tryClaim();
+    if (mailbox.waitForRoom(monotonicNanoseconds() + roomPause)) claimed = mailbox.tryClaim();
   }
   try {
     fill(LogRecord::make(*claimed));
@@ -162,6 +164,7 @@ void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* 
 void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
                    FormatArguments arguments) {
   const NSString text = stringWithFormatArguments(format, arguments);
+  detail::LogCrash::cover();
   if (asynchronous) {
     const FormatArgumentList list(text);
     logLater(site, tag, "%@", {2, 1}, FormatArguments(list).data());

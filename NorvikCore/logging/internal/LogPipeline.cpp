@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/foundation/NSApplicationTermination.h"
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/kernel/internal/Futex.h"
 
 namespace norvik::detail {
 
@@ -58,6 +59,14 @@ void LogPipeline::log(const DDLogMessage& message) {
 
 void LogPipeline::flush() {
   dispatch_sync(loggingQueue, [this] { fanOut_.lt_flush(); });
+}
+
+void LogPipeline::flushLater(std::atomic<std::uint32_t>& word) {
+  dispatch_async(loggingQueue, [this, &word] {
+    fanOut_.lt_flush();
+    ++word;
+    futexWake(&word, 1);
+  });
 }
 
 }  // namespace norvik::detail

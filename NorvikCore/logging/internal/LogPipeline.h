@@ -14,6 +14,7 @@
 #include "NorvikCore/platform/kernel/internal/TickClock.h"
 
 #include <atomic>
+#include <cstdint>
 
 namespace norvik::detail {
 
@@ -26,12 +27,15 @@ class LogPipeline {
 
   [[nodiscard]] const dispatch_queue_t& queue() const noexcept { return loggingQueue; }
   [[nodiscard]] LogLifetime& lifetime() noexcept { return lifetime_; }
+  [[nodiscard]] const LogFanOut& fanOut() const noexcept { return fanOut_; }
 
   void addLogger(const Ref<DDLogger>& logger, int level);
   void removeLogger(const Ref<DDLogger>& logger);
   void removeAllLoggers();
   void log(const DDLogMessage& message);
   void flush();
+  /// Returns at once; when every logger has flushed, it counts `word` up and wakes a thread that sleeps on it.
+  void flushLater(std::atomic<std::uint32_t>& word);
 
   /// All that a call needs, in one cache line. The mailbox is null until there is a pipeline.
   struct alignas(64) Way {

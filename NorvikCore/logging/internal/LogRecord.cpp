@@ -24,6 +24,12 @@ void LogRecord::fill(const Ref<DDLogMessage>& message) noexcept {
   made_ = Ref<DDLogMessage>(message).take();
 }
 
+void LogRecord::fillWithNothing() noexcept {
+  onHeap_ = nullptr;
+  made_ = nullptr;
+  format_ = nullptr;
+}
+
 NSString LogRecord::text() const {
   const LogRecord& record = whole();
   return stringWithFormatArguments({record.format_, record.formatSize_}, record.arguments());

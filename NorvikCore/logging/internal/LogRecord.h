@@ -63,6 +63,8 @@ class LogRecord {
   void fillOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content);
   /// With a message that was made elsewhere.
   void fill(const Ref<DDLogMessage>& message) noexcept;
+  /// A record of nothing, in the place of a call that crashed.
+  void fillWithNothing() noexcept;
 
   /// The call had no memory for what it says.
   [[nodiscard]] bool isOfNothing() const noexcept { return whole().format_ == nullptr && made_ == nullptr; }
@@ -82,6 +84,9 @@ class LogRecord {
   [[nodiscard]] NSString text() const;
   /// Appends the text as UTF-8.
   void appendText(std::string& line) const;
+  /// What the text is formed of, for code that may not form it.
+  [[nodiscard]] std::string_view format() const noexcept { return {whole().format_, whole().formatSize_}; }
+  [[nodiscard]] FormatArguments formatArguments() const noexcept { return whole().arguments(); }
 
   /// Releases what it holds. (A forked child leaves to its parent what it does not read.)
   void dispose() noexcept;

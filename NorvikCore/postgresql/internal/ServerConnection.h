@@ -1,0 +1,88 @@
+// NorvikCore/postgresql/internal/ServerConnection.h - a connection to a PostgreSQL server that is waited for until a
+// deadline, and no longer.
+//
+//   ServerConnection connection("host=db.office dbname=payroll");
+//   ServerFailure failure;
+//   if (!connection.open(deadline, failure)) return failure.text;
+//   connection.run("SELECT 1", {}, deadline, failure, &answer);
+//
+// Failures name hosts, databases and users as the server and libpq do. They never hold the connection string or a part
+// of it that could be a password.
+//
+// Confined. The library's locks are not held while it waits for the server. When the process ends, or shuts down what
+// libpq needs (LibpqVisit.h), every operation fails, and the connection is left as it is.
+#pragma once
+
+#include "NorvikCore/postgresql/internal/LibpqVisit.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+struct pg_conn;
+struct pg_result;
+
+namespace norvik::kernel {
+enum class Readiness : std::uint8_t;
+}
+
+namespace norvik::detail {
+
+struct ServerFailure {
+  std::string text;
+  std::string state;  // the five characters of the server's SQLSTATE; empty where it was not the server that failed
+};
+
+class ServerConnection {
+ public:
+  /// A connection string or address as libpq reads it.
+  explicit ServerConnection(std::string parameters);
+  ServerConnection(const ServerConnection&) = delete;
+  ServerConnection& operator=(const ServerConnection&) = delete;
+  ~ServerConnection();
+
+  /// The host and the database, for messages.
+  [[nodiscard]] static std::string nameOf(const std::string& parameters);
+
+  [[nodiscard]] bool open(std::int64_t deadline, ServerFailure& failure);
+  [[nodiscard]] bool isOpen() const noexcept { return connection_ != nullptr; }
+  void close() noexcept;
+  /// In a child made by fork(): leaves the connection to the parent.
+  void abandon() noexcept;
+
+  /// One or several statements, or one with arguments ($1 and so on). `answer` is the first column of the first row of
+  /// the last of them that gives rows.
+  [[nodiscard]] bool run(const char* sql, std::initializer_list<std::string> arguments, std::int64_t deadline,
+                         ServerFailure& failure, std::string* answer = nullptr);
+  /// Statements of which one is a COPY FROM STDIN, which gets `data`. `isUncertain` where the connection was lost after
+  /// all was sent: the statements may or may not have been carried out.
+  [[nodiscard]] bool copy(const std::string& sql, std::string_view data, std::int64_t deadline, ServerFailure& failure,
+                          bool& isUncertain);
+
+ private:
+  [[nodiscard]] bool connect(std::int64_t deadline, ServerFailure& failure);
+  [[nodiscard]] bool perform(const char* sql, std::initializer_list<std::string> arguments, std::int64_t deadline,
+                             ServerFailure& failure, std::string* answer);
+  [[nodiscard]] bool performCopy(const std::string& sql, std::string_view data, std::int64_t deadline,
+                                 ServerFailure& failure, bool& isUncertain);
+  /// Does `work()` in a visit to libpq.
+  template <class Work>
+  [[nodiscard]] bool visit(ServerFailure& failure, Work work);
+  [[nodiscard]] bool start(std::int64_t deadline, ServerFailure& failure);
+  [[nodiscard]] bool flush(std::int64_t deadline, ServerFailure& failure);
+  [[nodiscard]] bool awaitResult(std::int64_t deadline, ServerFailure& failure, pg_result*& result);
+  [[nodiscard]] bool put(std::string_view data, std::int64_t deadline, ServerFailure& failure);
+  [[nodiscard]] bool beginVisit() { return visit_.isOn() || visit_.begin(use_); }
+  [[nodiscard]] bool wait(kernel::Readiness wanted, std::int64_t deadline, ServerFailure& failure);
+  bool lost(ServerFailure& failure);
+  bool timedOut(ServerFailure& failure);
+  bool tooLate(ServerFailure& failure);
+
+  const std::string parameters_;
+  pg_conn* connection_ = nullptr;
+  LibpqVisit visit_;
+  LibpqVisit::Use use_ = LibpqVisit::Use::ofOpenSSL;  // of the connection
+};
+
+}  // namespace norvik::detail
