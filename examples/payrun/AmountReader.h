@@ -14,8 +14,11 @@ class AmountReader {
  public:
   AmountReader();
 
-  /// The amount rounded to the penny, a half away from zero; empty where the whole text is not one amount.
-  [[nodiscard]] std::optional<norvik::Decimal> read(std::string_view text) const;
+  enum class Problem { NoAmount, TooLarge };
+
+  /// The amount rounded to the penny, a half away from zero. Where the whole text is not one amount of at most
+  /// 999,999,999.99 either way there is none, and the problem says why.
+  [[nodiscard]] std::optional<norvik::Decimal> read(std::string_view text, Problem& problem) const;
 
  private:
   norvik::Ref<norvik::NKMonetaryTermDecimalNumberFormatter> formatter_;

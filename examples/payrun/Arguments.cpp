@@ -10,21 +10,38 @@ const char* const helpText =
     R"(payrun - the payslips of an employer for one tax month, from files, in exact decimals
 
 usage:
-  payrun --input FOLDER --month N [--watch] [--output FILE] [--logs FOLDER]
+  payrun --input FOLDER --month N [--output FILE] [--payslips] [--html FOLDER] [--pdf FOLDER]
+         [--template FILE] [--log LIST] [--logs FOLDER]
+  payrun --input FOLDER --month N --watch [--output FILE] [--log LIST] [--logs FOLDER]
   payrun --generate N --input FOLDER
-  payrun --help | --version
+  payrun --diagnose | --help | --version
 
 options:
   --input FOLDER    the folder that holds the employer's three files
   --month N         the tax month to pay: 1 is 6 April to 5 May, 12 is 6 March to 5 April
   --output FILE     write the report there instead of to standard output; the file is there in whole or not at all,
                     keeps the permissions of one that it replaces, and may not be one of the input's
-  --logs FOLDER     write the log there, a new file each day; the last five and today's stay
+  --payslips        print each employee's payslip, in colour on a terminal unless NO_COLOR is set; the report is then
+                    only written where --output says
+  --html FOLDER     write each employee's payslip as a page for browser, phone and printer, named after the number, the
+                    name and the month; the folder is made where there is none
+  --pdf FOLDER      write each employee's payslip on A4 pages, one where its items have room on one, named alike
+  --template FILE   how payslips look: marked-up text with placeholders, see below (default: payslip.template, which is
+                    installed with the program)
+  --log LIST        where the log goes, with commas between: console (standard error), file (the default),
+                    sqlite=PATH (a database), postgres=URL (one for an office, as libpq reads it; a password is better
+                    kept in ~/.pgpass), syslog (the system's log). norvik-log reads files and databases. A run that
+                    cannot write its log file is not done; what a database does not take is said on standard error
+  --logs FOLDER     write the log's files there, a new one each day; the last five and today's stay
                     (default: Logs/payrun in the user's library folder)
   --watch           stay after the report, and pay anew whenever one of the three files changes; SIGINT (Ctrl-C) and
                     SIGTERM end it
   --generate N      write the three files of an invented employer of N people, 1 to 1000000, with a tax year of items
                     each, to the folder of --input, which must not hold any of them; the same N gives the same files
+  --diagnose        print what a support request needs: folders, versions, the machine, whether the open files are
+                    valid, and the names of the preferences; their values only where they cannot be secret. It makes
+                    no folder and stores nothing. With NORVIK_BUNDLE_IDENTIFIER=NAME the preferences are those of the
+                    application of that name
   --help            this text
   --version         the program's version
 
@@ -32,7 +49,8 @@ input, all UTF-8:
   employer.ini      [employer] with name, paye_reference and tax_year (such as 2024-25);
                     [departments] with one line CODE = Name for each department
   employees.csv     employee,name,department,sort_code,account
-                    department is a code of employer.ini; sort_code is six digits, in pairs or not; account is eight
+                    department is a code of employer.ini; sort_code is six digits, in pairs or not; account is eight;
+                    a sixth column, address, may follow: its parts separated by commas, or empty
   items.csv         employee,date,kind,description,amount
                     employee is a number of employees.csv; date is 2024-05-28 or 2024-05-28 14:30:00; kind is pay,
                     bonus or deduction; amount is as typed: 1,234.50 or 1234.5, a correction with a minus sign,
@@ -46,9 +64,17 @@ input, all UTF-8:
   13:00:00 the next), and the log says so. Days must lie in the tax year. Amounts are rounded to the penny, a half
   away from zero, each on its own before they are summed.
 
+template:
+  A line is a paragraph, "| cell | cell |" a row of a table, "---" a line across. Tags are <b>, <i>, <u>, <big>,
+  <small>, <color value="#B00020">, <background value="#FFF0C0">, <a href="https://...">, <right> and, in rows,
+  <heading>. Placeholders such as {employee} stand for values. Lines between <items>, <pay> or <deductions> and its end
+  are there once for each item. docs/payslips.md has all of it.
+
 output:
   A payslip summary for each employee (pay with bonuses, deductions, net, and the same to date since 6 April), totals
-  for each department and for the employer, and the employer's net pay in words.
+  for each department and for the employer, and the employer's net pay in words. Then what has to be looked at: the
+  month's items that their time of day moved to the next day, with their line in items.csv, and net pays below zero.
+  Standard error says how many there are; where no report is shown, it names them.
 
   With --watch, each change of the files prints a line for every payslip that changed, came or went, and one with the
   employer's totals; FILE is written anew. Files saved within 0.2 s of each other are read once. Files that cannot be
@@ -57,10 +83,11 @@ output:
   On a terminal a progress bar shows on standard error while large files are read.
 
 exit status:
-  0  the report or the files were written; a watch was ended by a signal
+  0  the report or the files were written, whether or not there is something to look at; a watch was ended by a signal;
+     a diagnosis was printed, whatever it found
   1  something outside of the input failed, such as a file that could not be written
-  2  the command line or the input cannot be followed; the message names file, line, column and the offending text, and
-     no output is written
+  2  the command line, the input or the template cannot be followed; the message names file, line, column and the
+     offending text, and no output is written
 )";
 
 namespace {
@@ -78,30 +105,46 @@ std::size_t numberIn(const std::string& option, const std::string& text, std::si
 
 /// Option names to their values; those that stand alone have an empty one.
 std::map<std::string, std::string> optionsIn(const std::vector<std::string>& words) {
-  static const std::set<std::string> alone = {"--help", "--version", "--watch"};
-  static const std::set<std::string> valued = {"--input", "--month", "--output", "--logs", "--generate"};
+  static const std::set<std::string> alone = {"--help", "--version", "--diagnose", "--watch", "--payslips"};
+  static const std::set<std::string> valued = {"--input", "--month", "--output",   "--logs",    "--log",
+                                               "--html",  "--pdf",   "--template", "--generate"};
   std::map<std::string, std::string> options;
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::size_t equals = words[i].find('=');
     const std::string name = words[i].substr(0, equals);
     std::string value;
-    if (alone.contains(name) && equals == std::string::npos) {
+    if (alone.contains(name)) {
+      if (equals != std::string::npos) throw UsageError(name + " takes no value");
       options.emplace(name, value);
       continue;
     }
-    if (!valued.contains(name)) throw UsageError("there is no option \"" + words[i] + "\"");
+    if (!valued.contains(name)) throw UsageError("there is no option \"" + withoutValue(words[i]) + "\"");
     if (equals != std::string::npos) {
       value = words[i].substr(equals + 1);
     } else if (i + 1 < words.size()) {
       value = words[++i];
     }
     if (value.empty()) throw UsageError(name + " needs a value");
+    if (name != "--month" && name != "--generate" && name != "--log") refuseTilde(name, value);
     if (!options.emplace(name, value).second) throw UsageError(name + " is there twice");
   }
   return options;
 }
 
+void refuseBeside(const std::string& option, const std::vector<std::string>& others,
+                  const std::map<std::string, std::string>& options) {
+  for (const std::string& other : others) {
+    if (options.contains(other)) throw UsageError(option + " does not go with " + other);
+  }
+}
+
 }  // namespace
+
+void refuseTilde(std::string_view option, std::string_view path) {
+  if (!programs::beginsWithTilde(path)) return;
+  throw UsageError(std::string(option) + " \"" + std::string(path) +
+                   "\" begins with ~, which the shell replaces at the beginning of a word only");
+}
 
 Arguments parseArguments(const std::vector<std::string>& words) {
   const std::map<std::string, std::string> options = optionsIn(words);
@@ -118,12 +161,20 @@ Arguments parseArguments(const std::vector<std::string>& words) {
     arguments.task = Arguments::Task::Version;
     return arguments;
   }
+  if (options.contains("--diagnose")) {
+    refuseBeside("--diagnose",
+                 {"--input", "--month", "--output", "--log", "--logs", "--watch", "--payslips", "--html", "--pdf",
+                  "--template", "--generate"},
+                 options);
+    arguments.task = Arguments::Task::Diagnose;
+    return arguments;
+  }
   if (!value("--input")) throw UsageError("--input is missing");
   arguments.input = *value("--input");
   if (value("--generate")) {
-    for (const char* other : {"--month", "--output", "--logs", "--watch"}) {
-      if (options.contains(other)) throw UsageError(std::string("--generate does not go with ") + other);
-    }
+    refuseBeside("--generate",
+                 {"--month", "--output", "--log", "--logs", "--watch", "--payslips", "--html", "--pdf", "--template"},
+                 options);
     arguments.task = Arguments::Task::Generate;
     arguments.people = numberIn("--generate", *value("--generate"), 1'000'000);
     return arguments;
@@ -131,8 +182,20 @@ Arguments parseArguments(const std::vector<std::string>& words) {
   if (!value("--month")) throw UsageError("--month is missing");
   arguments.month = static_cast<int>(numberIn("--month", *value("--month"), 12));
   arguments.output = value("--output");
-  arguments.logs = value("--logs");
-  if (options.contains("--watch")) arguments.task = Arguments::Task::Watch;
+  if (value("--log")) arguments.log = parseLogChoice(*value("--log"));
+  arguments.log.folder = value("--logs");
+  if (arguments.log.folder && !arguments.log.file) throw UsageError("--logs is for files, which --log leaves out");
+  arguments.payslips = options.contains("--payslips");
+  arguments.html = value("--html");
+  arguments.pdf = value("--pdf");
+  arguments.form = value("--template");
+  if (arguments.form && !arguments.wantsPayslips()) {
+    throw UsageError("--template is for payslips, which --payslips, --html or --pdf asks for");
+  }
+  if (options.contains("--watch")) {
+    refuseBeside("--watch", {"--payslips", "--html", "--pdf", "--template"}, options);
+    arguments.task = Arguments::Task::Watch;
+  }
   return arguments;
 }
 

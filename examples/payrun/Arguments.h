@@ -6,19 +6,29 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "LogChoice.h"
+#include "programs/common/CommandLine.h"
 
 namespace payrun {
 
 struct Arguments {
-  enum class Task { PayRun, Watch, Generate, Help, Version };
+  enum class Task { PayRun, Watch, Generate, Diagnose, Help, Version };
 
   Task task = Task::PayRun;
   std::filesystem::path input;                  // the employer's folder
   int month = 0;                                // tax month, 1 (from 6 April) to 12 (to 5 April)
   std::optional<std::filesystem::path> output;  // absent: standard output
-  std::optional<std::filesystem::path> logs;    // absent: the library's folder for this program's logs
-  std::size_t people = 0;                       // to generate
+  LogChoice log{.file = true};
+  std::size_t people = 0;                     // to generate
+  bool payslips = false;                      // on standard output
+  std::optional<std::filesystem::path> html;  // the folder for payslips as pages
+  std::optional<std::filesystem::path> pdf;   // the folder for payslips on paper
+  std::optional<std::filesystem::path> form;  // the payslips' template; absent: the installed one
+
+  [[nodiscard]] bool wantsPayslips() const { return payslips || html || pdf; }
 };
 
 /// A command line that cannot be followed; what() says why.
@@ -26,6 +36,10 @@ class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+using programs::withoutValue;
+/// Refuses a path that begins with "~", which the shell has not replaced. Throws UsageError.
+void refuseTilde(std::string_view option, std::string_view path);
 
 /// Takes `--name value` and `--name=value`, each once, in any order. Throws UsageError.
 Arguments parseArguments(const std::vector<std::string>& words);

@@ -1,8 +1,10 @@
 #include "Characters.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
+#include "NorvikCore/platform/foundation/TerminalCells.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
 namespace payrun {
@@ -29,7 +31,12 @@ std::size_t controlCharacter(std::string_view text) {
   if (text.empty()) return 0;
   const auto byte = static_cast<unsigned char>(text[0]);
   if (byte < 0x20 || byte == 0x7F) return 1;
-  return byte == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0 ? 2 : 0;
+  if (byte == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0) return 2;
+  if (byte != 0xE2 || text.size() < 3) return 0;
+  const std::string_view three = text.substr(0, 3);
+  const bool isControl =
+      (three >= "\xE2\x80\xA8" && three <= "\xE2\x80\xAE") || (three >= "\xE2\x81\xA6" && three <= "\xE2\x81\xA9");
+  return isControl ? 3 : 0;
 }
 
 bool hasControlCharacter(std::string_view text) {
@@ -48,14 +55,35 @@ std::size_t characterCount(std::string_view text) {
   return count;
 }
 
-std::size_t columnCount(std::string_view text) {
-  constexpr std::string_view firstAccent = "\xCC\x80", lastAccent = "\xCD\xAF";  // U+0300 to U+036F
-  std::size_t accents = 0;
-  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-    const std::string_view two = text.substr(i, 2);
-    if (firstAccent <= two && two <= lastAccent) ++accents;
+std::size_t cellCount(std::string_view text) {
+  std::size_t count = 0;
+  while (!text.empty()) {
+    const std::size_t length = norvik::utf8::validSequence(text);
+    count += length == 0 ? 1 : norvik::terminalCells(norvik::utf8::decode(text.data()).point);
+    text.remove_prefix(length == 0 ? 1 : length);
   }
-  return characterCount(text) - accents;
+  return count;
+}
+
+std::string oneLine(std::string_view text, std::size_t longest) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string result;
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size(); ++characters) {
+    if (characters == longest) {
+      result += "...";
+      break;
+    }
+    const std::size_t length = norvik::utf8::validSequence(text.substr(i)),
+                      hidden = length == 0 ? 1 : controlCharacter(text.substr(i));
+    for (std::size_t j = 0; j < hidden; ++j) {
+      const auto byte = static_cast<unsigned char>(text[i + j]);
+      result += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+    }
+    if (hidden == 0) result += text.substr(i, length);
+    i += std::max(length, hidden);
+  }
+  return result;
 }
 
 }  // namespace payrun

@@ -20,6 +20,7 @@ struct Employee {
   std::size_t department = 0;  // index in the employer's departments
   std::string sortCode;        // three pairs of digits: 12-34-56
   std::string account;         // eight digits
+  std::string address;         // its parts separated by commas; empty where none is known
 };
 
 class Employer {

@@ -8,6 +8,7 @@
 #include "Characters.h"
 #include "CsvReader.h"
 #include "IniFile.h"
+#include "NorvikCore/Categories/NSDate+Norvik.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Coercion.h"
 #include "ProgressBar.h"
 #include "TaxMonth.h"
@@ -35,14 +36,19 @@ std::string listed(std::span<const std::string_view> words) {
   return result;
 }
 
-/// Reads the first record, which must be the headings.
-void readHeadings(CsvReader& records, std::span<const std::string_view> headings) {
-  if (!records.next()) records.file().refuse(0, "\"\" is not the headings " + listed(headings));
-  for (std::size_t i = 0; i < std::max(records.size(), headings.size()); ++i) {
+/// Reads the first record, which must be the headings, with or without those that are optional; gives how many there
+/// are.
+std::size_t readHeadings(CsvReader& records, std::span<const std::string_view> headings, std::size_t optional = 0) {
+  const auto required = headings.first(headings.size() - optional);
+  const std::string wanted =
+      listed(required) + (optional == 0 ? "" : ", with or without " + listed(headings.last(optional)));
+  if (!records.next()) records.file().refuse(0, "\"\" is not the headings " + wanted);
+  for (std::size_t i = 0; i < std::max(records.size(), required.size()); ++i) {
     if (i < records.size() && i < headings.size() && records[i].text == headings[i]) continue;
     const CsvField wrong = i < records.size() ? records[i] : records.record();
-    records.file().refuse(wrong.offset, quoted(records.record().text) + " is not the headings " + listed(headings));
+    records.file().refuse(wrong.offset, quoted(records.record().text) + " is not the headings " + wanted);
   }
+  return records.size();
 }
 
 /// Reads the next record, which must have as many fields as there are headings.
@@ -110,7 +116,9 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
     file.refuse(record[column].offset, quoted(record[column].text) + problem);
   };
   Employee employee;
-  for (const std::size_t column : {0U, 1U}) checkPrintable(file, record[column].text, record[column].offset);
+  for (const std::size_t column : {0U, 1U, 5U}) {
+    if (column < record.size()) checkPrintable(file, record[column].text, record[column].offset);
+  }
   employee.number = record[0].text;
   if (isBlank(employee.number)) refuse(0, " is no employee's number");
   employee.name = record[1].text;
@@ -122,6 +130,7 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
   if (employee.sortCode.empty()) refuse(3, " is no sort code");
   employee.account = record[4].text;
   if (employee.account.size() != 8 || !isDigits(employee.account)) refuse(4, " is no account number of eight digits");
+  if (record.size() > 5 && !isBlank(record[5].text)) employee.address = record[5].text;
   return employee;
 }
 
@@ -136,6 +145,23 @@ std::optional<Date> dateIn(std::string_view text) {
   return Date::dateWithString(text);
 }
 
+/// Counts lines from where it was asked last, so that many places in their order cost one pass.
+class LineCounter {
+ public:
+  explicit LineCounter(std::string_view text) : text_(text) {}
+
+  std::size_t lineOf(std::size_t offset) {
+    const std::string_view passed = text_.substr(offset_, offset - offset_);
+    line_ += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));
+    offset_ = offset;
+    return line_;
+  }
+
+ private:
+  std::string_view text_;
+  std::size_t offset_ = 0, line_ = 1;
+};
+
 std::optional<ItemKind> kindIn(std::string_view text) {
   if (text == "pay") return ItemKind::Pay;
   if (text == "bonus") return ItemKind::Bonus;
@@ -149,12 +175,13 @@ Employer readEmployer(const std::filesystem::path& folder) {
   Employer employer;
   readIniOf(employer, TextFile(folder / "employer.ini"));
 
-  constexpr std::array<std::string_view, 5> headings = {"employee", "name", "department", "sort_code", "account"};
+  constexpr std::array<std::string_view, 6> headings = {"employee",  "name",    "department",
+                                                        "sort_code", "account", "address"};
   const TextFile file(folder / "employees.csv");
   ProgressBar progress("reading employees", file.text().size());
   CsvReader records(file);
-  readHeadings(records, headings);
-  while (readRecord(records, headings.size())) {
+  const std::size_t columns = readHeadings(records, headings, 1);
+  while (readRecord(records, columns)) {
     if (!employer.add(employeeIn(records, employer))) {
       file.refuse(records[0].offset, quoted(records[0].text) + " is there twice");
     }
@@ -173,6 +200,7 @@ std::size_t readItems(const std::filesystem::path& folder, const Employer& emplo
   CsvReader records(file);
   readHeadings(records, headings);
   std::size_t count = 0;
+  LineCounter lines(file.text());
   while (readRecord(records, headings.size())) {
     const auto refuse = [&](std::size_t column, const std::string& problem) {
       file.refuse(records[column].offset, quoted(records[column].text) + problem);
@@ -185,9 +213,15 @@ std::size_t readItems(const std::filesystem::path& folder, const Employer& emplo
     if (!year.contains(day)) refuse(1, " is not in the tax year " + taxYearName(employer.taxYear));
     const auto kind = kindIn(records[2].text);
     if (!kind) refuse(2, " is none of pay, bonus and deduction");
-    const auto amount = amounts.read(records[4].text);
+    AmountReader::Problem problem{};
+    const auto amount = amounts.read(records[4].text, problem);
+    if (!amount && problem == AmountReader::Problem::TooLarge) {
+      refuse(4, " is too large: an amount is 999,999,999.99 at most");
+    }
     if (!amount) refuse(4, " is no amount");
-    use({*employee, day, *kind, *amount});
+    PayItem item{*employee, day, *kind, *amount, records[3].text, std::nullopt};
+    if (day > *date) item.moved = {lines.lineOf(records.record().offset), nk_addDays(day, -1), records[1].text};
+    use(item);
     ++count;
     progress.show(records.position());
   }

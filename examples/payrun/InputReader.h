@@ -18,7 +18,8 @@ constexpr const char* inputFiles[] = {"employer.ini", "employees.csv", "items.cs
 Employer readEmployer(const std::filesystem::path& folder);
 
 /// Reads items.csv of a folder and gives each item to `use`, in the file's order, then returns how many there were. A
-/// date with a time of day is brought to its nearest start of day, with a warning in the log.
+/// date with a time of day is brought to its nearest start of day, with a warning in the log; where that is the next
+/// day's, the item says so.
 std::size_t readItems(const std::filesystem::path& folder, const Employer& employer,
                       const std::function<void(const PayItem&)>& use);
 

@@ -22,6 +22,8 @@ class LivePayRun {
   LivePayRun(const std::filesystem::path& folder, int month);
 
   [[nodiscard]] std::string report() const;
+  /// As they are now; for the caller to read from, until the next readAgain().
+  [[nodiscard]] const PayRun& run() const { return state_->run; }
 
   /// Something changed that readAgain() has to read: the people as well, or the items only.
   void noteChange(bool people) { peopleChanged_ |= people; }

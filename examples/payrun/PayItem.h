@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <string_view>
 
 #include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/Decimal.h"
@@ -10,11 +12,21 @@ namespace payrun {
 
 enum class ItemKind { Pay, Bonus, Deduction };
 
+/// Where an item stood that its time of day moved to the next day.
+struct MovedFrom {
+  std::size_t line = 0;   // of items.csv, from 1
+  norvik::Date day;       // the day before the one on which it counts
+  std::string_view date;  // as typed
+};
+
+/// The texts are those of the record that is read, and valid until the next.
 struct PayItem {
   std::size_t employee = 0;  // index in the employer's employees
   norvik::Date day;          // a payroll date: 00:00:00 UTC
   ItemKind kind = ItemKind::Pay;
   norvik::Decimal amount;  // pounds, two decimals; positive for pay and for deductions alike
+  std::string_view description;
+  std::optional<MovedFrom> moved;
 };
 
 }  // namespace payrun

@@ -1,9 +1,13 @@
 // examples/payrun/PayRun.h - what everybody is paid in a tax month, and has been since the tax year began.
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Employer.h"
+#include "NorvikCore/platform/values/NSString.h"
 #include "PayItem.h"
 #include "TaxMonth.h"
 
@@ -14,15 +18,36 @@ struct Amounts {
   norvik::Decimal pay, deductions;
 
   [[nodiscard]] norvik::Decimal net() const { return pay - deductions; }
-  Amounts& operator+=(const Amounts& other);
 };
 
 struct Payslip {
-  Amounts month, toDate;  // toDate: from the tax year's first day to the month's last
-
-  Payslip& operator+=(const Payslip& other);
+  std::size_t department = 0;  // index in the employer's departments
+  Amounts month, toDate;       // toDate: from the tax year's first day to the month's last
 };
 
+/// An item of the month, as its payslip shows it.
+struct PayslipItem {
+  norvik::Date day;
+  ItemKind kind = ItemKind::Pay;
+  norvik::Decimal amount;
+  norvik::NSString description;
+};
+
+/// The people of a department, and their payslips added up.
+struct DepartmentTotal {
+  std::size_t people = 0;
+  Amounts month, toDate;
+};
+
+/// An item that its time of day moved into, out of or within the month.
+struct MovedItem {
+  std::size_t employee = 0;
+  std::size_t line = 0;  // of items.csv
+  std::string from;      // the date as typed
+  norvik::Date to;
+};
+
+/// Any number of threads may read one that nothing is added to.
 class PayRun {
  public:
   /// The employer must outlive the run.
@@ -36,15 +61,41 @@ class PayRun {
   [[nodiscard]] const Days& days() const { return days_; }
   /// In the order of the employer's employees.
   [[nodiscard]] const std::vector<Payslip>& payslips() const { return payslips_; }
+  /// The month's items of an employee by their days, those of a day in the order in which they were added.
+  [[nodiscard]] std::vector<PayslipItem> itemsOf(std::size_t employee) const;
   /// In the order of the employer's departments.
-  [[nodiscard]] std::vector<Payslip> departmentTotals() const;
-  [[nodiscard]] Payslip total() const;
+  [[nodiscard]] std::vector<DepartmentTotal> departmentTotals() const;
+  [[nodiscard]] DepartmentTotal total() const;
+
+  // What has to be looked at.
+  /// In the order in which they were added.
+  [[nodiscard]] const std::vector<MovedItem>& movedItems() const { return movedItems_; }
+  /// The employees whose net pay of the month is below zero.
+  [[nodiscard]] std::vector<std::size_t> employeesBelowZero() const;
 
  private:
+  static constexpr std::uint32_t none = 0xFFFFFFFF;
+  /// The items of an employee are a list within one vector, for most have few and there may be a million employees.
+  struct KeptItem {
+    PayslipItem item;
+    std::uint32_t next = none;
+  };
+  struct Hash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+  struct List {
+    std::uint32_t first = none, last = none;
+  };
+  void keep(const PayItem& item);
+
   const Employer& employer_;
   int month_;
   Days days_;
   std::vector<Payslip> payslips_;
+  std::vector<KeptItem> items_;
+  std::vector<List> lists_;
+  std::unordered_map<std::string, norvik::NSString, Hash, std::equal_to<>> descriptions_;  // few differ
+  std::vector<MovedItem> movedItems_;
 };
 
 }  // namespace payrun

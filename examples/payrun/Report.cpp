@@ -4,8 +4,9 @@
 #include "NorvikCore/Categories/NSDecimalNumber+Norvik.h"
 #include "NorvikCore/Categories/NSLocale+Norvik.h"
 #include "NorvikCore/Categories/NSNumber+Norvik.h"
-#include "NorvikCore/Categories/NSNumberFormatter+Norvik.h"
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
+#include "NorvikCore/platform/foundation/NSNumberFormatter.h"
+#include "Notices.h"
 #include "Table.h"
 
 namespace payrun {
@@ -14,9 +15,14 @@ using namespace norvik;
 
 namespace {
 
-using Side = Table::Side;
-
 std::string text(const NSString& string) { return std::string(string.view()); }
+
+Ref<NSNumberFormatter> britishWords() {
+  const auto formatter = make<NSNumberFormatter>();
+  formatter->setLocale(nk_defaultLocale());
+  formatter->setNumberStyle(NSNumberFormatterSpellOutStyle);
+  return formatter;
+}
 
 Ref<NKMonetaryTermDecimalNumberFormatter> britishMoney() {
   const auto formatter = make<NKMonetaryTermDecimalNumberFormatter>();
@@ -24,8 +30,8 @@ Ref<NKMonetaryTermDecimalNumberFormatter> britishMoney() {
   return formatter;
 }
 
-void appendAmounts(std::vector<std::string>& row, const Payslip& payslip) {
-  for (const Amounts& amounts : {payslip.month, payslip.toDate}) {
+void appendAmounts(std::vector<std::string>& row, const Amounts& month, const Amounts& toDate) {
+  for (const Amounts& amounts : {month, toDate}) {
     row.push_back(amountText(amounts.pay));
     row.push_back(amountText(amounts.deductions));
     row.push_back(amountText(amounts.net()));
@@ -46,7 +52,7 @@ void appendPayslips(std::string& result, const PayRun& run) {
     const Employee& employee = employer.employees()[i];
     std::vector<std::string> row = {employee.number, employee.name, employer.departments()[employee.department].name,
                                     employee.sortCode, employee.account};
-    appendAmounts(row, run.payslips()[i]);
+    appendAmounts(row, run.payslips()[i].month, run.payslips()[i].toDate);
     table.addRow(std::move(row));
   }
   table.appendTo(result);
@@ -55,33 +61,30 @@ void appendPayslips(std::string& result, const PayRun& run) {
 void appendTotals(std::string& result, const PayRun& run) {
   Table table(withAmounts({{"Department"}, {"People", Side::Right}}));
   const Employer& employer = run.employer();
-  std::vector<std::size_t> people(employer.departments().size());
-  for (const Employee& employee : employer.employees()) ++people[employee.department];
-  const std::vector<Payslip> totals = run.departmentTotals();
-  for (std::size_t i = 0; i < totals.size(); ++i) {
-    std::vector<std::string> row = {employer.departments()[i].name, std::to_string(people[i])};
-    appendAmounts(row, totals[i]);
+  const auto addRow = [&](const std::string& name, const DepartmentTotal& total) {
+    std::vector<std::string> row = {name, std::to_string(total.people)};
+    appendAmounts(row, total.month, total.toDate);
     table.addRow(std::move(row));
-  }
+  };
+  const std::vector<DepartmentTotal> totals = run.departmentTotals();
+  for (std::size_t i = 0; i < totals.size(); ++i) addRow(employer.departments()[i].name, totals[i]);
   table.addRule();
-  std::vector<std::string> row = {"Employer", std::to_string(employer.employees().size())};
-  appendAmounts(row, run.total());
-  table.addRow(std::move(row));
+  addRow("Employer", run.total());
   table.appendTo(result);
 }
 
 Decimal magnitudeOf(const Decimal& amount) { return amount.isNegative() ? negate(amount) : amount; }
 
-std::string poundsText(const Decimal& amount) {
-  return (amount.isNegative() ? "-£" : "£") + amountText(magnitudeOf(amount));
-}
-
 std::string dayText(Date day) { return text(nk_utcDateStringWithFormat(day, "d MMMM yyyy")); }
 
 }  // namespace
 
-// nk_currencyStyleString would make a formatter for each amount on the queue of a pay run that stays: a report has
-// many.
+std::string poundsText(const Decimal& amount) {
+  return (amount.isNegative() ? "-£" : "£") + amountText(magnitudeOf(amount));
+}
+
+// nk_currencyStyleString and nk_defaultStringFromNumber would make a formatter for each amount off the main thread:
+// payslips have many.
 std::string amountText(const Decimal& amount) {
   thread_local const Ref<NKMonetaryTermDecimalNumberFormatter> kept = britishMoney();
   return text(kept->stringFromNumber(amount));
@@ -91,12 +94,12 @@ std::string amountInWords(const Decimal& amount) {
   const Decimal magnitude = magnitudeOf(amount);
   const NSNumber pounds = integralNumber(magnitude);
   const NSNumber pence = integralNumber((magnitude - nk_decimalNumber(pounds)) * 100);
-  const auto counted = [](const NSNumber& number, const char* one, const char* many) {
-    return text(nk_defaultStringFromNumber(number, NSNumberFormatterSpellOutStyle)) + " " +
-           (number == NSNumber(1) ? one : many);
+  thread_local const Ref<NSNumberFormatter> kept = britishWords();
+  const auto inWords = [](const NSNumber& number, const char* one, const char* many) {
+    return text(kept->stringFromNumber(number)) + " " + (number == NSNumber(1) ? one : many);
   };
-  return (amount.isNegative() ? "minus " : "") + counted(pounds, "pound", "pounds") + " and " +
-         counted(pence, "penny", "pence");
+  return (amount.isNegative() ? "minus " : "") + inWords(pounds, "pound", "pounds") + " and " +
+         inWords(pence, "penny", "pence");
 }
 
 std::string report(const PayRun& run) {
@@ -111,6 +114,7 @@ std::string report(const PayRun& run) {
   const Decimal net = run.total().month.net();
   result += "\nNet pay: " + poundsText(net) + "\n";
   result += "In words: " + amountInWords(net) + "\n";
+  result += noticesText(run);
   return result;
 }
 

@@ -8,10 +8,13 @@
 
 namespace payrun {
 
+/// Ends with what has to be looked at, where there is something.
 std::string report(const PayRun& run);
 
 /// Two decimals at least, thousands in groups: "1,234.50".
 std::string amountText(const norvik::Decimal& amount);
+/// The same in pounds: "-£1,234.50".
+std::string poundsText(const norvik::Decimal& amount);
 /// "one thousand two hundred and thirty-four pounds and fifty pence". `amount` has at most two decimals.
 std::string amountInWords(const norvik::Decimal& amount);
 

@@ -3,17 +3,27 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
+#include "NorvikCore/logging/DDASLLogger.h"
+#include "NorvikCore/logging/DDCrashHandler.h"
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/logging/DDLogMacros.h"
+#include "NorvikCore/logging/DDTTYLogger.h"
+#include "NorvikCore/logging/database/DDSQLiteLogger.h"
 #include "NorvikCore/platform/foundation/NSUUID.h"
+#ifdef PAYRUN_POSTGRESQL
+#include "NorvikCore/postgresql/DDPostgreSQLLogger.h"
+#endif
 
 namespace payrun {
 
@@ -35,27 +45,57 @@ std::string endOf(const std::string& path) {
   return text;
 }
 
-}  // namespace
+void addConsole() {
+  const Ref<DDTTYLogger>& console = DDTTYLogger::sharedInstance();
+  const char* const noColor = std::getenv("NO_COLOR");
+  console->setColorsEnabled(::isatty(STDERR_FILENO) == 1 && !(noColor && *noColor));
+  console->setLogFormatter(make<DDLogLineFormatter>());  // names and amounts come from files of others
+  DDLog::addLogger(console);
+}
 
-RunLog::RunLog(const std::optional<std::filesystem::path>& folder) {
-  ddLogLevel = LOG_LEVEL_INFO;
+void addServer([[maybe_unused]] const std::string& connection) {
+#ifdef PAYRUN_POSTGRESQL
+  DDLog::addLogger(DDPostgreSQLLogger::initWithConnectionString(NSString(connection)));
+#else
+  throw std::runtime_error("this payrun was built without PostgreSQL");
+#endif
+}
+
+/// Logs the first line, and makes sure that it is there.
+void addFiles(const std::optional<std::filesystem::path>& folder, const std::string& first) {
   const auto manager = folder ? DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder->string()))
                               : make<DDLogFileManagerDefault>();
   if (!manager) throw std::runtime_error("a log needs the name of its folder");
   const auto logger = DDFileLogger::initWithLogFileManager(manager);
-  logger->setLogFormatter(make<DDLogLineFormatter>());  // names and amounts come from files of others
+  logger->setLogFormatter(make<DDLogLineFormatter>());
   logger->setMaximumFileSize(0);  // where files are as small as may be, the first warnings of a large run would go
   DDLog::addLogger(logger);
   // A logger whose file cannot be opened drops its lines, so that logging never stops its caller.
-  // The identifier makes the line this run's: in a container every run may be process 1.
-  const std::string first =
-      "begun by process " + std::to_string(::getpid()) + ", run " + std::string(NSUUID::UUID()->UUIDString().view());
   DDLogInfo("%s", first.c_str());
   DDLog::flushLog();
   for (const NSString& path : manager->sortedLogFilePaths()) {
     if (endOf(path.fileSystemRepresentation()).find(first) != std::string::npos) return;
   }
   throw std::runtime_error("no log can be written in " + std::string(manager->logsDirectory().view()));
+}
+
+}  // namespace
+
+RunLog::RunLog(const LogChoice& choice) {
+  ddLogLevel = LOG_LEVEL_INFO;
+  if (choice.console) addConsole();
+  if (choice.syslog) DDLog::addLogger(DDASLLogger::sharedInstance());
+  if (choice.sqlite) DDLog::addLogger(DDSQLiteLogger::initWithPath(NSString(choice.sqlite->string())));
+  if (choice.postgres) addServer(*choice.postgres);
+  // The identifier makes the line this run's: in a container every run may be process 1.
+  const std::string first =
+      "begun by process " + std::to_string(::getpid()) + ", run " + std::string(NSUUID::UUID()->UUIDString().view());
+  if (choice.file) {
+    addFiles(choice.folder, first);
+  } else {
+    DDLogInfo("%s", first.c_str());
+  }
+  DDCrashHandler::install();
 }
 
 RunLog::~RunLog() { DDLog::flushLog(); }

@@ -9,9 +9,9 @@ namespace payrun {
 
 void Table::appendTo(std::string& result) const {
   std::vector<std::size_t> widths;
-  for (const Column& column : columns_) widths.push_back(columnCount(column.heading));
+  for (const Column& column : columns_) widths.push_back(cellCount(column.heading));
   for (const auto& row : rows_) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columnCount(row[i]));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], cellCount(row[i]));
   }
 
   constexpr std::string_view gap = "  ";
@@ -22,7 +22,7 @@ void Table::appendTo(std::string& result) const {
   }
   const auto appendRow = [&](const std::vector<std::string>& row) {
     for (std::size_t i = 0; i < row.size(); ++i) {
-      const std::size_t padding = widths[i] - columnCount(row[i]);
+      const std::size_t padding = widths[i] - cellCount(row[i]);
       if (i > 0) result += gap;
       if (columns_[i].side == Side::Right) result.append(padding, ' ');
       result += row[i];

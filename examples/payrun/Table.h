@@ -1,14 +1,16 @@
-// examples/payrun/Table.h - rows of texts under headings, set in columns as wide as their widest text.
+// examples/payrun/Table.h - rows of texts under headings, set in columns as wide on a terminal as
+// their widest text.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "Side.h"
+
 namespace payrun {
 
 class Table {
  public:
-  enum class Side { Left, Right };
   struct Column {
     std::string heading;
     Side side = Side::Left;

@@ -17,6 +17,7 @@
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/logging/DDLogMacros.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
+#include "Notices.h"
 #include "OutputFile.h"
 
 namespace payrun {
@@ -33,6 +34,7 @@ void deliver(const Arguments& arguments, const LivePayRun& run) {
   } else {
     printWhole(run.report());
   }
+  tellNotices(run.run(), true);
 }
 
 /// What failed on the queue and ends the watch. Confined to the main thread.
@@ -65,6 +67,7 @@ void readAgain(const Arguments& arguments, LivePayRun& run) {
     const std::string changes = run.readAgain();
     if (arguments.output) writeWhole(*arguments.output, run.report());
     printWhole(changes);
+    tellNotices(run.run(), arguments.output.has_value());
     DDLogInfo("%s: read again", arguments.input.c_str());
   } catch (const InputError& error) {
     DDLogError("%s", error.what());

@@ -2,20 +2,30 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "Arguments.h"
+#include "Diagnosis.h"
+#include "DocumentHTML.h"
+#include "DocumentPDF.h"
+#include "DocumentTerminal.h"
 #include "Generator.h"
 #include "InputError.h"
 #include "InputReader.h"
 #include "NorvikCore/logging/DDLogMacros.h"
+#include "Notices.h"
 #include "OutputFile.h"
 #include "PayRun.h"
+#include "PayslipFiles.h"
+#include "PayslipTemplate.h"
 #include "Report.h"
 #include "RunLog.h"
 #include "StopSignals.h"
+#include "Terminal.h"
 #include "Watch.h"
 
 namespace {
@@ -24,33 +34,64 @@ using namespace payrun;
 
 constexpr int succeeded = 0, failed = 1, refused = 2;
 
-/// The report must not take the place of what it was made from.
+/// The report must not take the place of what it was made from, nor of the run's log.
 void checkOutput(const Arguments& arguments) {
-  for (const char* name : inputFiles) {
+  if (!arguments.output) return;
+  const auto isOutput = [&](const std::filesystem::path& path) {
     std::error_code error;
-    if (arguments.output && std::filesystem::equivalent(*arguments.output, arguments.input / name, error)) {
-      throw UsageError("--output " + payrun::quoted(arguments.output->string()) + " is a file of the input");
-    }
+    if (std::filesystem::equivalent(*arguments.output, path, error)) return true;
+    // Files that do not exist yet are compared by their paths.
+    const auto placeOf = [&](const auto& name) { return std::filesystem::weakly_canonical(behindLink(name), error); };
+    return placeOf(*arguments.output) == placeOf(path);
+  };
+  const std::string option = "--output " + payrun::quoted(arguments.output->string());
+  for (const char* name : inputFiles) {
+    if (isOutput(arguments.input / name)) throw UsageError(option + " is a file of the input");
+  }
+  if (arguments.form && isOutput(*arguments.form)) throw UsageError(option + " is the template");
+  if (!arguments.log.sqlite) return;
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+    if (isOutput(arguments.log.sqlite->string() + suffix))
+      throw UsageError(option + " is a file of the log's database");
   }
 }
 
+void printPayslips(const PayRun& run, const PayslipTemplate& form) {
+  const norvik::TerminalColors colors = outputColors();
+  const std::size_t width = outputWidth();
+  std::string text;
+  for (std::size_t i = 0; i < run.payslips().size(); ++i) {
+    if (i > 0) text += "\n" + std::string(width, '=') + "\n\n";
+    text += terminalDocument(form.payslip(run, i), width, colors);
+    constexpr std::size_t chunk = 1 << 16;
+    if (text.size() >= chunk) printWhole(std::exchange(text, {}));
+  }
+  printWhole(text);
+}
+
 void pay(const Arguments& arguments) {
+  std::optional<PayslipTemplate> form;  // read first: a fault in it ends the run before anything is written
+  if (arguments.wantsPayslips()) form.emplace(arguments.form ? TextFile(*arguments.form) : installedTemplate());
   const Employer employer = readEmployer(arguments.input);
   PayRun run(employer, arguments.month);
   const std::size_t items = readItems(arguments.input, employer, [&](const PayItem& item) { run.add(item); });
   DDLogInfo("%s: %zu employees, %zu items", arguments.input.c_str(), employer.employees().size(), items);
-  const std::string text = report(run);
+  if (arguments.html) writePayslips(run, *form, *arguments.html, "html", htmlDocument);
+  if (arguments.pdf) writePayslips(run, *form, *arguments.pdf, "pdf", pdfDocument);
+  const bool isReportShown = arguments.output || !arguments.payslips;
   if (arguments.output) {
-    writeWhole(*arguments.output, text);
-  } else {
-    printWhole(text);
+    writeWhole(*arguments.output, report(run));
+  } else if (isReportShown) {
+    printWhole(report(run));
   }
+  if (arguments.payslips) printPayslips(run, *form);
+  tellNotices(run, isReportShown);
 }
 
 template <class Task>
 void runLogged(const Arguments& arguments, Task&& task) {
   checkOutput(arguments);
-  const RunLog log(arguments.logs);
+  const RunLog log(arguments.log);
   try {
     task();
   } catch (const std::exception& error) {
@@ -71,6 +112,9 @@ int runTask(const Arguments& arguments) {
       break;
     case Arguments::Task::Version:
       printWhole("payrun " PAYRUN_VERSION "\n");
+      break;
+    case Arguments::Task::Diagnose:
+      printWhole(diagnosis(PAYRUN_VERSION));
       break;
     case Arguments::Task::Generate:
       generateEmployer(arguments.people, arguments.input);

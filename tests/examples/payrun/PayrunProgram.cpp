@@ -97,6 +97,37 @@ Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::s
   return result;
 }
 
+Result runPayrunPrintingOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments,
+                                   unsigned short columns,
+                                   const std::vector<std::pair<std::string, std::string>>& variables) {
+  const TemporaryFolder outputs;
+  const int err = openForWriting(outputs.path("err"));
+  int terminal = -1, end = -1;
+  const winsize size{24, columns, 0, 0};
+  if (::openpty(&terminal, &end, nullptr, nullptr, &size) != 0) throw std::runtime_error("no terminal");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const auto& [name, value] : variables) {
+      if (value.empty()) {
+        ::unsetenv(name.c_str());
+      } else {
+        ::setenv(name.c_str(), value.c_str(), 1);
+      }
+    }
+    becomePayrun(home, arguments, end, err);
+  }
+  ::close(end);
+  ::close(err);
+  Result result;
+  for (const char c : readToEnd(terminal)) {
+    if (c != '\r') result.out += c;
+  }
+  ::close(terminal);
+  waitFor(child, result);
+  result.err = readFile(outputs.path("err"));
+  return result;
+}
+
 namespace {
 
 std::string takeThrough(std::string& pending, int descriptor, const std::string& text) {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
@@ -25,6 +26,12 @@ Result runPayrun(const TemporaryFolder& home, const std::vector<std::string>& ar
                  const std::string& locale = "en_GB.UTF-8");
 /// The same with standard error on a terminal, whose text is `err`.
 Result runPayrunOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments);
+
+/// The same with standard output on a terminal of so many columns, whose text is `out` with its lines ended by line
+/// feeds, and with these environment variables; an empty one is removed.
+Result runPayrunPrintingOnTerminal(const TemporaryFolder& home, const std::vector<std::string>& arguments,
+                                   unsigned short columns,
+                                   const std::vector<std::pair<std::string, std::string>>& variables);
 
 /// One that stays: started with `--watch`, read as it goes on, ended by a signal.
 class WatchingPayrun {

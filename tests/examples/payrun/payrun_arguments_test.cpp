@@ -14,8 +14,10 @@ TEST(PayrunArguments, HelpNamesEveryOptionFileAndStatus) {
   const Result result = runPayrun(folder, {"--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
-  for (const char* word : {"--input", "--month", "--output", "--logs", "--watch", "--generate", "--help", "--version",
-                           "employer.ini", "employees.csv", "items.csv", "SIGINT", "SIGTERM", "exit status"}) {
+  for (const char* word :
+       {"--input",      "--month",       "--output",   "--log ",     "--logs",     "--watch",    "--payslips",
+        "--html",       "--pdf",         "--template", "--generate", "--diagnose", "--help",     "--version",
+        "employer.ini", "employees.csv", "items.csv",  "SIGINT",     "SIGTERM",    "exit status"}) {
     EXPECT_THAT(result.out, HasSubstr(word));
   }
   for (const std::string& line : linesOf(result.out)) EXPECT_LE(line.size(), 120U) << line;
@@ -58,8 +60,29 @@ TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
       {{"--generate", "5", "--input", "x", "--month", "1"}, "--generate does not go with --month"},
       {{"--generate", "5", "--input", "x", "--watch"}, "--generate does not go with --watch"},
       {{"--generate", "5"}, "--input is missing"},
+      {{"--generate", "5", "--input", "x", "--payslips"}, "--generate does not go with --payslips"},
+      {{"--generate", "5", "--input", "x", "--html", "y"}, "--generate does not go with --html"},
+      {{"--watch", "--input", "x", "--month", "1", "--payslips"}, "--watch does not go with --payslips"},
+      {{"--watch", "--input", "x", "--month", "1", "--html", "y"}, "--watch does not go with --html"},
+      {{"--input", "x", "--month", "1", "--html"}, "--html needs a value"},
+      {{"--input", "x", "--month", "1", "--template", "y"},
+       "--template is for payslips, which --payslips, --html or --pdf asks for"},
       {{"--watch", "--input", "x"}, "--month is missing"},
-      {{"--watch=yes", "--input", "x", "--month", "1"}, "there is no option \"--watch=yes\""},
+      {{"--input", "x", "--month", "1", "--log", "paper"},
+       "--log takes console, file, sqlite=PATH, postgres=URL and syslog, with commas between them, not \"paper\""},
+      {{"--input", "x", "--month", "1", "--logs=~"},
+       "--logs \"~\" begins with ~, which the shell replaces at the beginning of a word only"},
+      {{"--input", "x", "--month", "1", "--output=~/report.txt"},
+       "--output \"~/report.txt\" begins with ~, which the shell replaces at the beginning of a word only"},
+      {{"--input=~/employer", "--month", "1"},
+       "--input \"~/employer\" begins with ~, which the shell replaces at the beginning of a word only"},
+      {{"--input", "x", "--month", "1", "--log", "file,sqlite=~/pay.db"},
+       "--log sqlite \"~/pay.db\" begins with ~, which the shell replaces at the beginning of a word only"},
+      {{"--diagnose", "--input", "x"}, "--diagnose does not go with --input"},
+      {{"--diagnose", "--logs", "x"}, "--diagnose does not go with --logs"},
+      {{"--diagnose", "--generate", "5"}, "--diagnose does not go with --generate"},
+      {{"--diagnose=all"}, "--diagnose takes no value"},
+      {{"--watch=yes", "--input", "x", "--month", "1"}, "--watch takes no value"},
   };
   for (const auto& row : rows) {
     const TemporaryFolder folder;
@@ -68,6 +91,33 @@ TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
     EXPECT_EQ(result.out, "") << row.complaint;
     EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; payrun --help tells more\n");
     EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << row.complaint;
+  }
+}
+
+TEST(PayrunArguments, WhatMayBeAPasswordIsNotRepeated) {
+  const std::string server = "postgresql://clerk:hunter2@db/pay";
+  const struct {
+    std::vector<std::string> words;
+    const char* complaint;
+  } rows[] = {
+      {{"--postgres=" + server}, "there is no option \"--postgres=...\""},
+      {{"--postgres", server}, "there is no option \"--postgres\""},
+      {{server}, "there is no option \"postgresql:...\""},
+      {{"password=hunter2"}, "there is no option \"password=...\""},
+      {{"--diagnose=" + server}, "--diagnose takes no value"},
+      {{"--input", "x", "--month", "1", "--log", "file,pg=" + server},
+       "--log takes console, file, sqlite=PATH, postgres=URL and syslog, with commas between them, not \"pg=...\""},
+      {{"--input", "x", "--month", "1", "--log", server},
+       "--log takes console, file, sqlite=PATH, postgres=URL and syslog, with commas between them, not "
+       "\"postgresql:...\""},
+      {{"--input", "x", "--month", "1", "--log", "postgres=" + server + ",postgres=" + server},
+       "--log has \"postgres=\" twice"},
+  };
+  for (const auto& row : rows) {
+    const TemporaryFolder folder;
+    const Result result = runPayrun(folder, row.words);
+    EXPECT_EQ(result.status, 2) << row.complaint;
+    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; payrun --help tells more\n");
   }
 }
 

@@ -105,7 +105,15 @@ const BadInput badIni[] = {
 const BadInput badEmployees[] = {
     {"headings missing", "employees.csv", "employee,name", "E0,name",
      "employees.csv:1:1: \"E0,name,department,sort_code,account\" is not the headings "
-     "employee,name,department,sort_code,account"},
+     "employee,name,department,sort_code,account, with or without address"},
+    {"a sixth heading that is not the address", "employees.csv", "account\n", "account,e-mail\n",
+     "employees.csv:1:44: \"employee,name,department,sort_code,account,e-mail\" is not the headings "
+     "employee,name,department,sort_code,account, with or without address"},
+    {"a heading behind the address", "employees.csv", "account\n", "account,address,address\n",
+     "employees.csv:1:52: \"employee,name,department,sort_code,account,address,address\" is not the headings "
+     "employee,name,department,sort_code,account, with or without address"},
+    {"no address where there is a column for it", "employees.csv", "account\n", "account,address\n",
+     "employees.csv:2:37: \"E1,Zoë O'Brien,OPS,12-34-56,12345678\" has 5 fields instead of 6"},
     {"a field too few", "employees.csv", ",12345678", "",
      "employees.csv:2:28: \"E1,Zoë O'Brien,OPS,12-34-56\" has 4 fields instead of 5"},
     {"a field too many", "employees.csv", ",12345678", ",12345678,x",
@@ -120,6 +128,10 @@ const BadInput badEmployees[] = {
      "Zo\xC2\x9B"
      "31m",
      "employees.csv:2:4: \"Zo\\xC2\\x9B31m O'Brien\" has a control character"},
+    {"a name that turns the amounts behind it", "employees.csv", "Zoë", "\u202EZoë",
+     "employees.csv:2:4: \"\\xE2\\x80\\xAEZoë O'Brien\" has a control character"},
+    {"a name with a line separator", "employees.csv", "Zoë", "Zoë\u2028",
+     "employees.csv:2:4: \"Zoë\\xE2\\x80\\xA8 O'Brien\" has a control character"},
     {"a number with a control character", "employees.csv", "E1", "E\x7F",
      "employees.csv:2:1: \"E\\x7F\" has a control character"},
     {"an unknown department", "employees.csv", "Zoë O'Brien,OPS", "Zoë O'Brien,SAL",
@@ -165,6 +177,23 @@ const BadInput badItems[] = {
     {"an amount with groups of any length", "items.csv", "1,234.50", "1,2,34.5x",
      "items.csv:2:26: \"1,2,34.5x\" is no amount"},
     {"an amount with two points", "items.csv", "1,234.50", "1.2.3", "items.csv:2:26: \"1.2.3\" is no amount"},
+    {"an amount above the bound", "items.csv", "1,234.50", "1,000,000,000.00",
+     "items.csv:2:26: \"1,000,000,000.00\" is too large: an amount is 999,999,999.99 at most"},
+    {"an amount a fraction of a penny above the bound", "items.csv", "1,234.50", "999,999,999.991",
+     "items.csv:2:26: \"999,999,999.991\" is too large: an amount is 999,999,999.99 at most"},
+    {"a correction below the bound", "items.csv", "1,234.50", "-1,000,000,000",
+     "items.csv:2:26: \"-1,000,000,000\" is too large: an amount is 999,999,999.99 at most"},
+    {"an amount of thirty digits", "items.csv", "1,234.50", "123456789012345678901234567890",
+     "items.csv:2:26: \"123456789012345678901234567890\" is too large: an amount is 999,999,999.99 at most"},
+    {"an amount of sixty digits", "items.csv", "1,234.50",
+     "123456789012345678901234567890123456789012345678901234567890",
+     "items.csv:2:26: \"123456789012345678901234567890123456789012345678901234567890\" is too large: an amount is "
+     "999,999,999.99 at most"},
+    {"an amount of more digits than any number has", "items.csv", "1,234.50",
+     "10000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000"
+     "000000000000000000000000000000000000000000000000000000000000000000000000000000",
+     "items.csv:2:26: \"100000000000000000000000000000000000000000000000000000000000...\" is too large: an amount is "
+     "999,999,999.99 at most"},
     {"an empty amount", "items.csv", "1,234.50", "", "items.csv:2:26: \"\" is no amount"},
     {"an amount of blanks", "items.csv", "1,234.50", "  ", "items.csv:2:26: \"  \" is no amount"},
     {"bytes that are not UTF-8", "items.csv", "Salary", "Sala\xFFry", "items.csv:2:23: \"Sala\\xFFry\" is not UTF-8"},
@@ -175,6 +204,18 @@ const BadInput badItems[] = {
 INSTANTIATE_TEST_SUITE_P(Ini, PayrunBadInput, testing::ValuesIn(badIni));
 INSTANTIATE_TEST_SUITE_P(Employees, PayrunBadInput, testing::ValuesIn(badEmployees));
 INSTANTIATE_TEST_SUITE_P(Items, PayrunBadInput, testing::ValuesIn(badItems));
+
+TEST_F(PayrunInput, TheLargestAmountsAreTaken) {
+  writeFile(folder_.path("items.csv"),
+            "employee,date,kind,description,amount\n"
+            "E1,2024-04-28,pay,Salary,\"999,999,999.99\"\n"
+            "E2,2024-04-28,pay,Correction,\"-999,999,999.99\"\n");
+  EXPECT_EQ(run().status, 0);
+  const std::string report = readFile(folder_.path("report.txt"));
+  EXPECT_THAT(report, HasSubstr(" 999,999,999.99 "));
+  EXPECT_THAT(report, HasSubstr(" -999,999,999.99 "));
+  EXPECT_THAT(report, HasSubstr("\nNet pay: £0.00\n"));
+}
 
 TEST_F(PayrunInput, AMissingFileIsNamed) {
   for (const char* name : {"items.csv", "employees.csv", "employer.ini"}) {

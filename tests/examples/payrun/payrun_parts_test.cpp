@@ -73,7 +73,8 @@ TEST(PayrunRunLog, ALineOfAnEarlierProcessOfTheSameNumberIsNoLog) {
     const TemporaryFolder folder;
     writeFile(folder.path("log-ABCDEF.txt"), "begun by process " + std::to_string(::getpid()) + "\n");
     limitFilesTo(0);
-    EXPECT_THROW(payrun::RunLog{folder.path()}, std::runtime_error);
+    const payrun::LogChoice choice{.file = true, .folder = folder.path()};
+    EXPECT_THROW(payrun::RunLog{choice}, std::runtime_error);
   });
 }
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <map>
 
 #include "tests/examples/payrun/PayrunProgram.h"
 #include "tests/examples/payrun/Pennies.h"
@@ -23,7 +24,7 @@ std::vector<std::string> arguments(const std::filesystem::path& input, int month
 }
 
 /// "1,234.50" in every column of the line that begins with "Employer", from "Pay" to "Net to date".
-std::vector<Pennies> employerTotals(const std::string& report) {
+std::vector<Pennies> totalsOfEmployer(const std::string& report) {
   std::vector<Pennies> totals;
   for (const std::string& line : linesOf(report)) {
     if (!line.starts_with("Employer ")) continue;
@@ -43,7 +44,10 @@ TEST_P(PayrunReport, IsWordForWordTheExpectedOne) {
   std::snprintf(name, sizeof name, "month-%02d.txt", GetParam());
   const Result result = runPayrun(folder, arguments(exampleEmployer(), GetParam(), folder.path("logs")));
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.err, "");
+  const char* const moved = "payrun: to be looked at: 1 item moved by its time of day; the report names them\n";
+  const char* const negative = "payrun: to be looked at: 1 net pay below zero; the report names them\n";
+  const std::map<int, const char*> notices = {{3, moved}, {4, moved}, {6, negative}, {9, moved}, {10, moved}};
+  EXPECT_EQ(result.err, notices.contains(GetParam()) ? notices.at(GetParam()) : "");
   EXPECT_EQ(firstDifference(result.out, readFile(expectedReports() / name)), "");
 }
 
@@ -62,7 +66,7 @@ TEST(Payrun, TotalsOfEveryMonthReconcileToThePennyWithASumOfWholePennies) {
     deductionsToDate += deductions;
     const std::vector<Pennies> expected = {pay,       deductions,       pay - deductions,
                                            payToDate, deductionsToDate, payToDate - deductionsToDate};
-    EXPECT_EQ(employerTotals(result.out), expected) << "month " << month;
+    EXPECT_EQ(totalsOfEmployer(result.out), expected) << "month " << month;
   }
 }
 

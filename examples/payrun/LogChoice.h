@@ -1,0 +1,25 @@
+// examples/payrun/LogChoice.h - which loggers a run has.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace payrun {
+
+struct LogChoice {
+  bool console = false;
+  bool file = false;
+  std::optional<std::filesystem::path> folder =
+      std::nullopt;  // of the files; absent: the library's folder for this program's logs
+  std::optional<std::filesystem::path> sqlite = std::nullopt;
+  std::optional<std::string> postgres = std::nullopt;  // a connection string
+  bool syslog = false;
+};
+
+/// Of "console", "file", "sqlite=PATH", "postgres=URL" and "syslog", with commas between them. A comma that is followed
+/// by none of these is a part of the path or address. Throws UsageError.
+LogChoice parseLogChoice(std::string_view list);
+
+}  // namespace payrun
