@@ -4,17 +4,15 @@
 // Subjects that are percentiles or whole runs are measured once, by the clock around each call or run, and reported as
 // one iteration. Every line is counted in the files before anything is reported; a run that lost one ends the program.
 //
-// g++ 12.2 -O2, 2 virtual cores, 2026-11-21, medians of 3 runs (every 200 us: of 19, which scatter from 113 to 183 ns
-// with where the program's pages happen to lie; and of 4 on a busy machine), ours and spdlog's:
+// g++ 12.2 -O2, 2 virtual cores, 2026-11-22, nothing else running, medians of 3 runs, ours and spdlog's:
 //   caller's cost, ns      p50            p99
-//     every 3 us           91 / 769       416 / 4,037
-//     every 200 us         146 / 1,488    852 / 4,933; on a busy machine p50 429 / 3,653
-//     bursts of 500        95 / 460       355 / 4,545
-//   a million lines        0.32 s / 0.83 s; from four threads 0.37 s / 3.32 s; rolling at 1 MiB 0.39 s / 0.96 s
-//   a suppressed call      0.65 ns / 9.8 ns (load and branch: 0.65 ns)
-//   lines of 10,000 that abort() leaves: at once 9,212 / 9,339, 20 ms later 10,000 / 9,994
-//   abort() 3 ms after a process's first ten calls leaves all ten in 159 of 180 processes, on a machine of load 7 to 10
-//   (2026-11-22; 144 of 180 where the worker was not started with the logger)
+//     every 3 us           78 / 754       182 / 5,591
+//     every 200 us         167 / 2,156    1,033 / 11,612
+//     bursts of 500        97 / 672       332 / 6,080
+//   a million lines        0.32 s / 1.00 s; from four threads 0.27 s / 3.40 s; rolling at 1 MiB 0.40 s / 1.29 s
+//   a suppressed call      0.67 ns / 10.2 ns (load and branch: 0.67 ns)
+//   lines of 10,000 that abort() leaves: at once 9,356 / 9,543, 20 ms later 10,000 / 9,994
+//   abort() 3 ms after a process's first ten calls leaves all ten in 150 of 150 processes, spdlog in none
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
