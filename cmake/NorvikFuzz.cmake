@@ -1,7 +1,5 @@
-# norvik_add_fuzzer(CONCEPT): fuzz/<Concept>_fuzzer.cpp with its corpus in fuzz/corpus/<Concept>/.
-#
-# With NORVIK_FUZZERS (clang) it is a libFuzzer program; everywhere else it is linked with a small main that replays the
-# corpus. In both cases a test replays the corpus, so that every input that once failed stays a test.
+# norvik_add_fuzzer(CONCEPT): fuzz/<Concept>_fuzzer.cpp, a program of libFuzzer's, with its corpus in fuzz/corpus/<Concept>/.
+# A test replays the corpus, so that every input that once failed stays a test.
 function(norvik_add_fuzzer concept)
   set(name ${concept}_fuzzer)
   set(corpus ${PROJECT_SOURCE_DIR}/fuzz/corpus/${concept})
@@ -9,12 +7,7 @@ function(norvik_add_fuzzer concept)
   target_link_libraries(${name} PRIVATE NorvikCore::NorvikCore)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   norvik_private_options(${name})
-  if(NORVIK_FUZZERS)
-    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
-    add_test(NAME fuzz.${concept} COMMAND ${name} -runs=0 ${corpus})
-  else()
-    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-    add_test(NAME fuzz.${concept} COMMAND ${name} ${corpus})
-  endif()
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  add_test(NAME fuzz.${concept} COMMAND ${name} -runs=0 ${corpus})
   set_tests_properties(fuzz.${concept} PROPERTIES TIMEOUT 300)
 endfunction()

@@ -8,6 +8,15 @@ if(NORVIK_INSTALL)
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
+  # The component's targets come from a file of their own: who asks for the core alone needs no libpq.
+  if(NORVIK_POSTGRESQL)
+    install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    install(EXPORT NorvikCorePostgreSQLTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+  endif()
+
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in
                                 ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
                                 INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
@@ -33,3 +42,12 @@ string(REPLACE "${PROJECT_SOURCE_DIR}/" "" NORVIK_PUBLIC_HEADERS "${NORVIK_PUBLI
 list(SORT NORVIK_PUBLIC_HEADERS)
 list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
 file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")
+
+# Those of the components, in the same way.
+set(component_headers "")
+if(NORVIK_POSTGRESQL)
+  get_target_property(component_headers NorvikPostgreSQL HEADER_SET)
+  string(REPLACE "${PROJECT_SOURCE_DIR}/" "" component_headers "${component_headers};")
+endif()
+list(JOIN component_headers "\n" component_headers)
+file(WRITE ${PROJECT_BINARY_DIR}/component_headers.txt "${component_headers}")

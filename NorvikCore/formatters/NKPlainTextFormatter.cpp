@@ -1,6 +1,7 @@
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
 
 #include "NorvikCore/platform/foundation/NSStringCase.h"
+#include "NorvikCore/platform/object/AnnouncedChange.h"
 
 #include <algorithm>
 
@@ -28,19 +29,24 @@ bool NKPlainTextFormatter::initWithCoder(NSCoder&) {
 }
 
 void NKPlainTextFormatter::setUpperCase(bool upperCase) {
-  change(upperCase_, upperCase, "upperCase");
-  if (upperCase && lowerCase_) change(lowerCase_, false, "lowerCase");
+  setCase({"upperCase", upperCase_}, upperCase, {"lowerCase", lowerCase_});
 }
 
 void NKPlainTextFormatter::setLowerCase(bool lowerCase) {
-  change(lowerCase_, lowerCase, "lowerCase");
-  if (lowerCase && upperCase_) change(upperCase_, false, "upperCase");
+  setCase({"lowerCase", lowerCase_}, lowerCase, {"upperCase", upperCase_});
 }
 
-void NKPlainTextFormatter::change(bool& flag, bool value, const NSString& key) {
-  willChangeValueForKey(key);
-  flag = value;
-  didChangeValueForKey(key);
+/// Where both flags change, observers of either are notified when both have changed.
+void NKPlainTextFormatter::setCase(const CaseFlag& set, bool value, const CaseFlag& other) {
+  const auto store = [&] {
+    set.flag = value;
+    if (value) other.flag = false;
+  };
+  if (value && other.flag) {
+    detail::changeProperty(*this, set.key, [&] { detail::changeProperty(*this, other.key, store); });
+  } else {
+    detail::changeProperty(*this, set.key, store);
+  }
 }
 
 NSString NKPlainTextFormatter::converted(const NSString& text) const {
@@ -61,10 +67,13 @@ bool NKPlainTextFormatter::getObjectValue_forString_errorDescription(Value& valu
 bool NKPlainTextFormatter::isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                                 NSRange originalSelection, NSString*) const {
   bool accepted = true;
-  if (const NSUInteger limit = maxLength() > 0 ? static_cast<NSUInteger>(maxLength()) : 0; proposed.length() > limit) {
-    const NSUInteger location = std::min(originalSelection.location, original.length());
-    const NSUInteger length = std::min(originalSelection.length, original.length() - location);
-    const NSUInteger kept = original.length() - length;
+  const bool isTooLong = static_cast<std::int64_t>(proposed.length()) > maxLength();
+  const NSUInteger limit = maxLength() > 0 ? static_cast<NSUInteger>(maxLength()) : 0;
+  const NSUInteger location = std::min(originalSelection.location, original.length());
+  const NSUInteger length = std::min(originalSelection.length, original.length() - location);
+  const NSUInteger kept = original.length() - length;
+  const bool onlyDeletes = proposed.length() < kept;
+  if (isTooLong && !onlyDeletes) {
     const NSUInteger room = kept < limit ? limit - kept : 0;
     const NSUInteger fitting = std::min(room, proposed.length() - std::min(location, proposed.length()));
     proposed = original.substringToIndex(location) +

@@ -27,9 +27,9 @@ class NK_EXPORT NKPlainTextFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NKPlainTextFormatter, NSFormatter)
   NK_CODING
   /// The greatest number of UTF-16 units the field may hold, 2147483647 at first. 0 is no exception: nothing fits then,
-  /// nor for less than 0.
+  /// nor for less than 0, where the empty text is refused too and its replacement is empty.
   NK_PROPERTY(std::int64_t, maxLength, setMaxLength)
-  /// False at first. Setting one to true sets the other to false.
+  /// False at first. Setting one to true sets the other to false, before observers of either are notified.
   NK_COMPUTED_PROPERTY_WITH_SETTER(bool, upperCase, setUpperCase)
   NK_COMPUTED_PROPERTY_WITH_SETTER(bool, lowerCase, setLowerCase)
 
@@ -47,9 +47,10 @@ class NK_EXPORT NKPlainTextFormatter : public NSFormatter, public NSCoding {
   [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
                                                                NSString* error = nullptr) const override;
 
-  /// As many of the inserted characters as still fit take the place of the selection, and the caret goes behind them.
-  /// Where the text was too long already, or the selection is not in it, none fits and nothing else of it is lost: an
-  /// edit may shorten such a text, by what was selected, but not lengthen it.
+  /// As many of the inserted units as still fit take the place of the selection, and the caret goes behind them. Of a
+  /// character of two units the first may fit alone. Where the text was too long already, none fits and nothing but the
+  /// selection is lost: an edit may shorten such a text but not lengthen it. One that deletes more than was selected,
+  /// as a backspace behind the caret does, is accepted. A selection beyond the text ends with it.
   [[nodiscard]] bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                           NSRange originalSelection, NSString* error = nullptr) const override;
 
@@ -61,7 +62,11 @@ class NK_EXPORT NKPlainTextFormatter : public NSFormatter, public NSCoding {
   bool init() override;
 
  private:
-  void change(bool& flag, bool value, const NSString& key);
+  struct CaseFlag {
+    const char* key;
+    bool& flag;
+  };
+  void setCase(const CaseFlag& set, bool value, const CaseFlag& other);
   [[nodiscard]] NSString converted(const NSString& text) const;
 
   bool upperCase_ = false, lowerCase_ = false;

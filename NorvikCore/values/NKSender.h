@@ -27,7 +27,8 @@ class NK_EXPORT NKSender : public NSObject {
   NK_ATOMIC_PROPERTY(Block<void()>, onAlternateContinue, setOnAlternateContinue)
   NK_ATOMIC_PROPERTY(Block<void()>, onCancel, setOnCancel)
   NK_ATOMIC_PROPERTY(Ref<NSDictionary>, info, setInfo)
-  NK_STATEMENT("senderTarget", NK_PROPERTY_RECORD(senderTarget, setSenderTarget, "NSObject", false, true, true))
+  NK_STORED_PROPERTY(senderTarget, "setSenderTarget", "NSObject", true, true, Ref<nk_Type>,
+                     NK_SET_BY_KEY(senderTarget, setSenderTarget), NSObject)
   NK_ATOMIC_PROPERTY(std::optional<NSString>, identifier, setIdentifier)
   NK_ATOMIC_PROPERTY(Value, representedObject, setRepresentedObject)
   NK_ATOMIC_PROPERTY(SEL, action, setAction)
@@ -47,7 +48,7 @@ class NK_EXPORT NKSender : public NSObject {
   [[nodiscard]] static Value fromSender_getRepresentedObjectWithClass(const Value& sender, const Class& wanted);
 
  private:
-  detail::AtomicStored<NKSender, Weak<NSObject>> senderTarget_;
+  detail::AtomicStored<detail::Owner<NKSender>, Weak<NSObject>> senderTarget_;
 };
 
 }  // namespace norvik

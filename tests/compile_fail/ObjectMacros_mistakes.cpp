@@ -1,5 +1,7 @@
-// Mistakes in the statements of a class are refused in a sentence, the one after each number.
+// A mistake in the statements of a class is one error, the sentence after each number.
 #include "NorvikCore/platform/object/NSObject.h"
+
+#include <tuple>
 
 using namespace norvik;
 
@@ -218,10 +220,198 @@ class Full : public NSObject {
 class Manager : public NSObject {
   NK_OBJECT(Manager, Manager)
 };
-#elif SHOULD_NOT_COMPILE == 35  // an operation or accessor that a class states is missing, or is overloaded
+#elif SHOULD_NOT_COMPILE == 35  // is not a member of | no member named
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD_AS(pay, "pay:now")
+};
+#elif SHOULD_NOT_COMPILE == 36  // a statement stands in a class without NK_OBJECT, or above it
+class Manager : public Employee {
+  NK_METHOD(pay)
+  NK_OBJECT(Manager, Employee)
+  void pay() {}
+};
+#elif SHOULD_NOT_COMPILE == 37  // a statement stands in a class without NK_OBJECT
+class Manager : public NSObject {
+ public:
+  NK_PROPERTY(int, size, setSize)
+  NK_READONLY_PROPERTY(int, width)
+  NK_ATOMIC_PROPERTY(int, depth, setDepth)
+  NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
+};
+int sizeOf(const Manager& manager) { return manager.size(); }
+#elif SHOULD_NOT_COMPILE == 38  // a statement stands in a class without NK_OBJECT
+class Manager : public NSObject {
+  NK_METHOD(pay)
+  NK_CLASS_METHOD(count)
+  NK_AFFECTED_BY(size, width)
+  NK_COMPUTED_PROPERTY(int, size)
+  void pay() {}
+  static int count() { return 1; }
+  int size() const { return 1; }
+};
+#elif SHOULD_NOT_COMPILE == 39  // a statement stands in a class without NK_OBJECT
+class Manager : public Employee {
+  NK_PROPERTY(int, size, setSize)
+  NK_READONLY_PROPERTY(int, width)
+  NK_ATOMIC_PROPERTY(int, depth, setDepth)
+  NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
+};
+#elif SHOULD_NOT_COMPILE == 40  // a statement stands in a class without NK_OBJECT
+class Manager : public Employee {
+  NK_METHOD(pay)
+  NK_CLASS_METHOD(count)
+  NK_AFFECTED_BY(size, width)
+  NK_COMPUTED_PROPERTY(int, size)
+  void pay() {}
+  static int count() { return 1; }
+  int size() const { return 1; }
+};
+#elif SHOULD_NOT_COMPILE == 41  // a statement stands in a class without NK_OBJECT | AStatementStandsInAClassWithoutNK_OBJECT
+class Manager {
+  NK_PROPERTY(int, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 42  // a statement stands in a class without NK_OBJECT
+class Manager {
+  NK_METHOD(pay)
+  void pay() {}
+};
+#elif SHOULD_NOT_COMPILE == 43  // a statement stands in a class without NK_OBJECT | AStatementStandsInAClassWithoutNK_OBJECT
+NK_PROPERTY(int, size, setSize)
+#elif SHOULD_NOT_COMPILE == 44  // a statement stands in a class without NK_OBJECT
+NK_METHOD(pay)
+NK_CLASS_METHOD(count)
+NK_AFFECTED_BY(size, width)
+NK_COMPUTED_PROPERTY(int, size)
+#elif SHOULD_NOT_COMPILE == 45  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_PROPERTY(Unknown, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 46  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_READONLY_PROPERTY(Unknown, size)
+};
+#elif SHOULD_NOT_COMPILE == 47  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_ATOMIC_PROPERTY(Unknown, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 48  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_WEAK_PROPERTY(Unknown, deputy, setDeputy)
+};
+#elif SHOULD_NOT_COMPILE == 49  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_COMPUTED_PROPERTY(Unknown, size)
+  NSString size() const { return "big"; }
+};
+#elif SHOULD_NOT_COMPILE == 50  // [g++: 2, clang++: 1] Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_PROPERTY(Ref<Unknown>, deputy, setDeputy)
+};
+#elif SHOULD_NOT_COMPILE == 51  // Unknown
+NK_CATEGORY_PROPERTY(Employee, Unknown, age, setAge)
+#elif SHOULD_NOT_COMPILE == 52  // Unknown
+NK_CATEGORY_PROPERTY(Unknown, int, age, setAge)
+#elif SHOULD_NOT_COMPILE == 53  // NK_OBJECT names another class than its own
+class Manager : public NSObject {
+  NK_OBJECT(Employee, NSObject)
+  NK_PROPERTY(int, size, setSize)
+  NK_READONLY_PROPERTY(int, width)
+  NK_ATOMIC_PROPERTY(int, depth, setDepth)
+  NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
+};
+#elif SHOULD_NOT_COMPILE == 54  // NK_OBJECT names another class than its own
+class Manager : public NSObject {
+  NK_OBJECT(Employee, NSObject)
+  NK_METHOD(pay)
+  NK_COMPUTED_PROPERTY(int, size)
+  void pay() {}
+  int size() const { return 1; }
+};
+#elif SHOULD_NOT_COMPILE == 55  // [g++: 3, clang++: 1] redeclaration of | class member cannot be redeclared
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_PROPERTY(int, size, setSize)
+  NK_PROPERTY(int, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 56  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_READONLY_PROPERTY(int, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 57  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_PROPERTY(int, size, setSize, width)
+};
+#elif SHOULD_NOT_COMPILE == 58  // a category's property is of a class without NK_OBJECT
+NK_CATEGORY_PROPERTY(Money, int, age, setAge)
+#elif SHOULD_NOT_COMPILE == 59  // a category's property is of a class without NK_OBJECT
+NK_CATEGORY_PROPERTY(Trainee, int, age, setAge)
+#elif SHOULD_NOT_COMPILE == 60  // the type of a property has more than six commas
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_PROPERTY(std::tuple<int, int, int, int, int, int, int, int>, size, setSize)
+};
+#elif SHOULD_NOT_COMPILE == 61  // the type of a property has more than six commas
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_READONLY_PROPERTY(std::tuple<int, int, int, int, int, int, int, int>, size)
+};
+#elif SHOULD_NOT_COMPILE == 62  // Mangaer
+class Manager : public Employee {
+  NK_OBJECT(Mangaer, Employee)
+  NK_PROPERTY(int, size, setSize)
+  NK_METHOD(pay)
+  void pay() {}
+};
+#elif SHOULD_NOT_COMPILE == 63  // Emplyoee
+class Manager : public Employee {
+  NK_OBJECT(Manager, Emplyoee)
+  NK_PROPERTY(int, size, setSize)
+  NK_METHOD(pay)
+  void pay() {}
+};
+#elif SHOULD_NOT_COMPILE == 64  // a statement stands in a class without NK_OBJECT, or above it
+class Manager : public NSObject {
+  NK_PROPERTY(int, size, setSize)
+  NK_PROPERTY(int, width, setWidth)
+  NK_OBJECT(Manager, NSObject)
+  NK_PROPERTY(int, depth, setDepth)
+};
+#elif SHOULD_NOT_COMPILE == 65  // a statement stands in a class without NK_OBJECT
+template <class T>
+class Manager : public T {
+  NK_METHOD(pay)
+  void pay() {}
+};
+template class Manager<Employee>;
+#elif SHOULD_NOT_COMPILE == 66  // a class states a property twice
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_READONLY_PROPERTY(int, size)
+  NK_COMPUTED_PROPERTY(int, size)
+};
+#elif SHOULD_NOT_COMPILE == 67  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+NK_CATEGORY_READONLY_PROPERTY(Employee, int, age, setAge)
+#elif SHOULD_NOT_COMPILE == 68  // Unknown
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_COMPUTED_PROPERTY_WITH_SETTER(Unknown, size, setSize)
+  NSString size() const { return "big"; }
+  void setSize(const NSString&) {}
+};
+#elif SHOULD_NOT_COMPILE == 69  // [g++: 2, clang++: 1] redeclaration of | class member cannot be redeclared
+class Manager : public Employee {
+  NK_OBJECT(Manager, Employee)
+  NK_READONLY_PROPERTY(int, size)
+  NK_READONLY_PROPERTY(int, size)
 };
 #endif
 // clang-format on

@@ -1,18 +1,26 @@
 #!/usr/bin/env bash
-# refused.sh LINES SENTENCE COMMAND...: the command, a compilation, fails; its output has at most LINES lines and holds the
-# sentence (or one of several, with " | " in between). Prints the output and what is wrong with it.
+# refused.sh LINES ERRORS SENTENCE COMMAND...: the command, a compilation, fails; its output has at most LINES lines and holds
+# the sentence (or one of several, with " | " in between). Where ERRORS is a number and not `any`, it has as many errors, of at
+# most LINES lines each, and the first one's line holds the sentence. Prints the output and what is wrong with it.
 set -u
 export LC_ALL=C
-most_lines=$1 sentence=$2
-shift 2
+most_lines=$1 errors=$2 sentence=$3
+shift 3
 if output=$("$@" 2>&1); then
   echo "compiles"
   exit 1
 fi
 printf '%s\n' "$output"
+[ "$errors" = any ] || most_lines=$((most_lines * errors))
 [ "$(wc -l <<<"$output")" -le "$most_lines" ] || { echo "too long: $(wc -l <<<"$output") lines"; exit 1; }
+where=$output
+if [ "$errors" != any ]; then
+  found=$(grep -cE ' (fatal )?error: ' <<<"$output")
+  [ "$found" -eq "$errors" ] || { echo "$found errors, not $errors"; exit 1; }
+  where=$(grep -m 1 -E ' (fatal )?error: ' <<<"$output")
+fi
 while IFS= read -r each; do
-  grep -qF -- "$each" <<<"$output" && exit 0
+  grep -qF -- "$each" <<<"$where" && exit 0
 done <<<"${sentence// | /$'\n'}"
 echo "does not say: $sentence"
 exit 1

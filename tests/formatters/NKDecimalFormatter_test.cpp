@@ -3,6 +3,7 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "tests/support/Decimals.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 Ref<NKDecimalFormatter> british() {
   auto formatter = make<NKDecimalFormatter>();

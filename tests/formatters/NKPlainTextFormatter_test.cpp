@@ -1,16 +1,32 @@
+// Edits beside a string model. NORVIK_TEXT_INPUTS says how many (tests/support/RandomTexts.h).
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
 
 #include "NorvikCore/platform/foundation/NSStringCase.h"
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "tests/support/HeadlessTextField.h"
+#include "tests/support/RandomTexts.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace norvik {
 namespace {
+
+/// Notes what it hears of, and which cases are set at that moment.
+class CaseWatcher : public NSObject {
+  NK_OBJECT(CaseWatcher, NSObject)
+  void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange&, void*) override {
+    auto& formatter = dynamic_cast<NKPlainTextFormatter&>(object);
+    seen.push_back(path.str() + " " + (formatter.upperCase() ? "u" : "-") + (formatter.lowerCase() ? "l" : "-"));
+    if (insistsOnLowerCase && formatter.upperCase()) formatter.setLowerCase(true);
+  }
+  std::vector<std::string> seen;
+  bool insistsOnLowerCase = false;
+};
 
 struct Edit {
   NSString text;
@@ -64,6 +80,34 @@ TEST(NKPlainTextFormatter, OneCaseEndsTheOther) {
   EXPECT_EQ(formatter->valueForKey("upperCase"), Value(true));
 }
 
+TEST(NKPlainTextFormatter, ObserversNeverSeeBothCases) {
+  const auto formatter = make<NKPlainTextFormatter>();
+  const auto watcher = make<CaseWatcher>();
+  for (const char* key : {"upperCase", "lowerCase"})
+    formatter->addObserver(*watcher, key, NSKeyValueObservingOptionNew | NSKeyValueObservingOptionPrior);
+  formatter->setLowerCase(true);
+  formatter->setUpperCase(true);
+  formatter->setLowerCase(true);
+  formatter->setLowerCase(false);
+  const std::vector<std::string> expected = {
+      "lowerCase --", "lowerCase -l",                                  // before and after
+      "upperCase -l", "lowerCase -l", "lowerCase u-", "upperCase u-",  // both change at once
+      "lowerCase u-", "upperCase u-", "upperCase -l", "lowerCase -l",  //
+      "lowerCase -l", "lowerCase --"};
+  EXPECT_EQ(watcher->seen, expected);
+}
+
+TEST(NKPlainTextFormatter, ACaseThatAnObserverSetsIsTheLast) {
+  const auto formatter = make<NKPlainTextFormatter>();
+  formatter->setLowerCase(true);
+  const auto watcher = make<CaseWatcher>();
+  watcher->insistsOnLowerCase = true;
+  formatter->addObserver(*watcher, "upperCase", NSKeyValueObservingOptionNew);
+  formatter->setUpperCase(true);
+  EXPECT_TRUE(formatter->lowerCase());
+  EXPECT_FALSE(formatter->upperCase());
+}
+
 TEST(NKPlainTextFormatter, ShowsAndReadsTextInItsCaseAndNothingElse) {
   const auto formatter = make<NKPlainTextFormatter>();
   Value read;
@@ -108,7 +152,10 @@ TEST(NKPlainTextFormatter, ALimitOfNothingTakesNothing) {
     EXPECT_FALSE(typed.isAccepted);
     EXPECT_EQ(typed.text, "");
     EXPECT_EQ(typed.selection, (NSRange{0, 0}));
-    EXPECT_TRUE(edit(*limitedTo(limit), "", "", {0, 0}).isAccepted);
+    const Edit nothing = edit(*limitedTo(limit), "", "", {0, 0});
+    EXPECT_EQ(nothing.isAccepted, limit == 0) << limit;
+    EXPECT_EQ(nothing.text, "");
+    EXPECT_EQ(nothing.selection, (NSRange{0, 0}));
   }
 }
 
@@ -121,6 +168,22 @@ TEST(NKPlainTextFormatter, ATextThatIsTooLongAlreadyLosesOnlyWhatWasSelected) {
   EXPECT_EQ(replaced.selection, (NSRange{1, 0}));
   const Edit deleted = edit(*limitedTo(3), "abcd", "abcde", {4, 1});
   EXPECT_EQ(deleted.text, "abcd");
+}
+
+TEST(NKPlainTextFormatter, ATextThatIsTooLongCanBeShortenedByBackspaces) {
+  const Edit behind = edit(*limitedTo(3), "abcd", "abcde", {5, 0});
+  EXPECT_TRUE(behind.isAccepted);
+  EXPECT_EQ(behind.text, "abcd");
+  EXPECT_EQ(behind.selection, (NSRange{4, 0}));
+  const auto formatter = limitedTo(3);
+  formatter->setUpperCase(true);
+  EXPECT_EQ(edit(*formatter, "ABDE", "ABCDE", {3, 0}).text, "ABDE");
+}
+
+TEST(NKPlainTextFormatter, OfACharacterOfTwoUnitsOneMayFit) {
+  const Edit typed = edit(*limitedTo(2), "a\U0001F4B7", "a", {1, 0});
+  EXPECT_EQ(typed.text.toUtf16(), (std::u16string{u'a', 0xD83D}));
+  EXPECT_EQ(typed.selection, (NSRange{2, 0}));
 }
 
 TEST(NKPlainTextFormatter, ASelectionBeyondTheTextIsTakenAsItsEnd) {
@@ -161,12 +224,71 @@ TEST(NKPlainTextFormatter, AFieldTakesCapitalsThatAreTypedAsCapitals) {
   EXPECT_EQ(field->value(), Value("XYZW"));
 }
 
+// Texts typed or pasted over any selection, beside the rule step by step.
+TEST(NKPlainTextFormatter, AnEditIsAnsweredAsTheModelDoes) {
+  constexpr std::u16string_view alphabet = u"ab\u00E9\xD83D\xDCB7";
+  test::RandomTexts random(6, 50'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const std::u16string original = random.of(alphabet, 8), inserted = random.of(alphabet, 4);
+    const std::size_t location = random.upTo(original.size()), length = random.upTo(original.size() - location);
+    const auto limit = static_cast<std::int64_t>(random.upTo(10)) - 1;
+    const std::u16string before = original.substr(0, location), behind = original.substr(location + length);
+    std::u16string expected = before + inserted + behind;
+    NSRange caret{location + inserted.size(), 0};
+    bool isAccepted = true;
+    if (static_cast<std::int64_t>(expected.size()) > limit) {
+      std::int64_t fitting = limit - static_cast<std::int64_t>(original.size()) + static_cast<std::int64_t>(length);
+      if (fitting < 0) fitting = 0;
+      const std::u16string taken = expected.substr(location, static_cast<std::size_t>(fitting));
+      expected = before + taken + behind;
+      caret = {location + static_cast<std::size_t>(fitting), 0};
+      isAccepted = false;
+    }
+    NSString proposed = NSString::fromUtf16(before + inserted + behind);
+    NSRange selection{location + inserted.size(), 0};
+    const bool answer =
+        limitedTo(limit)->isPartialStringValid(proposed, selection, NSString::fromUtf16(original), {location, length});
+    ASSERT_EQ(answer, isAccepted) << random.at(i);
+    ASSERT_EQ(proposed.toUtf16(), expected) << random.at(i);
+    ASSERT_EQ(selection, caret) << random.at(i);
+  }
+}
+
+// What no field should ask: nothing is invented, and nothing but what was selected or deleted is lost.
+TEST(NKPlainTextFormatter, AnEditThatDoesNotFollowFromTheSelectionInventsNothing) {
+  constexpr std::u16string_view alphabet = u"ab\xD83D\xDCB7";
+  test::RandomTexts random(7, 50'000);
+  for (int i = 0; i < random.inputs(); ++i) {
+    const std::u16string original = random.of(alphabet, 6), wanted = random.of(alphabet, 8);
+    const NSRange selected{random.upTo(9) == 0 ? NSNotFound : random.upTo(8),
+                           random.upTo(9) == 0 ? NSNotFound : random.upTo(8)};
+    const std::size_t limit = random.upTo(8);
+    const std::size_t location = std::min<std::size_t>(selected.location, original.size());
+    const std::u16string before = original.substr(0, location);
+    const std::u16string behind =
+        original.substr(location + std::min<std::size_t>(selected.length, original.size() - location));
+    const std::size_t kept = before.size() + behind.size();
+    std::u16string expected = wanted;
+    if (wanted.size() > limit && wanted.size() >= kept) {
+      const std::u16string inserted = location < wanted.size() ? wanted.substr(location) : u"";
+      expected = before + inserted.substr(0, kept < limit ? limit - kept : 0) + behind;
+    }
+    NSString proposed = NSString::fromUtf16(wanted);
+    NSRange selection{wanted.size(), 0};
+    (void)limitedTo(static_cast<std::int64_t>(limit))
+        ->isPartialStringValid(proposed, selection, NSString::fromUtf16(original), selected);
+    ASSERT_EQ(proposed.toUtf16(), expected) << random.at(i);
+    ASSERT_LE(selection.location, proposed.length()) << random.at(i);
+  }
+}
+
 // A field that types units one by one, beside a string in which they are put where they fit.
 TEST(NKPlainTextFormatter, AFieldHoldsWhatAStringModelHoldsUnderRandomEdits) {
-  std::mt19937 engine(5);
-  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
+  constexpr int editsInAField = 40;
+  test::RandomTexts random(5, 300 * editsInAField);
+  const auto upTo = [&](std::size_t most) { return random.upTo(most); };
   static constexpr char16_t alphabet[] = {u'a', u'B', u'-', 0x00E9, 0xD83D, 0xDCB7};
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < random.inputs() / editsInAField; ++round) {
     const std::size_t limit = upTo(8);
     const std::size_t manner = upTo(2);
     const auto formatter = limitedTo(static_cast<std::int64_t>(limit));
@@ -182,7 +304,7 @@ TEST(NKPlainTextFormatter, AFieldHoldsWhatAStringModelHoldsUnderRandomEdits) {
       model = field->text().toUtf16();
     }
     std::size_t caret = model.size();
-    for (int typed = 0; typed < 40; ++typed) {
+    for (int typed = 0; typed < editsInAField; ++typed) {
       std::size_t selected = 0;
       if (upTo(3) == 0) {
         caret = upTo(model.size());
@@ -195,7 +317,7 @@ TEST(NKPlainTextFormatter, AFieldHoldsWhatAStringModelHoldsUnderRandomEdits) {
       const NSString text = NSString::fromUtf16(model);
       model = (manner == 1 ? uppercaseString(text) : manner == 2 ? lowercaseString(text) : text).toUtf16();
       field->type(NSString::fromUtf16({&unit, 1}));
-      ASSERT_EQ(field->text().toUtf16(), model) << "round " << round;
+      ASSERT_EQ(field->text().toUtf16(), model) << random.at(round * editsInAField + typed);
     }
   }
 }

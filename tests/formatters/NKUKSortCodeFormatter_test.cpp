@@ -1,16 +1,21 @@
+// Texts and edits beside a model of patterns. NORVIK_TEXT_INPUTS says how many (tests/support/RandomTexts.h).
 #include "NorvikCore/formatters/NKUKSortCodeFormatter.h"
 
 #include "tests/support/HeadlessTextField.h"
+#include "tests/support/RandomTexts.h"
 #include "tests/support/ThroughArchivers.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <optional>
 #include <regex>
 #include <string>
+#include <string_view>
 
 namespace norvik {
 namespace {
+
+using namespace std::string_view_literals;
 
 Ref<test::HeadlessTextField> sortCodeField() {
   auto field = make<test::HeadlessTextField>();
@@ -21,8 +26,9 @@ Ref<test::HeadlessTextField> sortCodeField() {
 
 /// By the patterns that say what a sort code is.
 std::string modelSortCode(const std::string& text) {
-  const std::string digits = std::regex_replace(text, std::regex("[^0-9]+"), "");
-  if (!std::regex_match(digits, std::regex("[0-9]{6}"))) return text;
+  static const std::regex others("[^0-9]+"), sixDigits("[0-9]{6}");
+  const std::string digits = std::regex_replace(text, others, "");
+  if (!std::regex_match(digits, sixDigits)) return text;
   return digits.substr(0, 2) + "-" + digits.substr(2, 2) + "-" + digits.substr(4, 2);
 }
 
@@ -104,15 +110,30 @@ TEST(NKUKSortCodeFormatter, StaysAsItIsSetUpInArchives) {
     EXPECT_EQ(archived(formatter).as<Ref<NKUKSortCodeFormatter>>()->maxLength(), 8);
 }
 
-TEST(NKUKSortCodeFormatter, AFieldHoldsAndCommitsWhatAStringModelDoes) {
-  std::mt19937 engine(9);
-  const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine); };
+TEST(NKUKSortCodeFormatter, TransformsAsThePatternsSay) {
+  const auto formatter = make<NKUKSortCodeFormatter>();
+  test::RandomTexts random(8, 20'000);
   int codes = 0;
-  for (int round = 0; round < 400; ++round) {
+  for (int i = 0; i < random.inputs(); ++i) {
+    const NSString text =
+        NSString::fromUtf16(random.of(u"0123456789012345678901234567890123456789- x\0\n\u0661\xD83D\xDCB7"sv, 10));
+    const std::optional<NSString> shown = formatter->stringForObjectValue(text);
+    ASSERT_TRUE(shown);
+    ASSERT_EQ(shown->str(), modelSortCode(text.str())) << random.at(i);
+    if (*shown != text) ++codes;
+  }
+  EXPECT_GT(codes, random.inputs() / 20);
+}
+
+TEST(NKUKSortCodeFormatter, AFieldHoldsAndCommitsWhatAStringModelDoes) {
+  test::RandomTexts random(9, 2'400);
+  const auto upTo = [&](std::size_t most) { return random.upTo(most); };
+  int codes = 0;
+  for (int edits = 0; edits < random.inputs();) {
     const auto field = sortCodeField();
     std::string model;
     std::size_t caret = 0;
-    for (std::size_t typed = upTo(12); typed > 0; --typed) {
+    for (std::size_t typed = upTo(12); typed > 0; --typed, ++edits) {
       std::size_t selected = 0;
       if (upTo(4) == 0) {
         caret = upTo(model.size());
@@ -123,7 +144,7 @@ TEST(NKUKSortCodeFormatter, AFieldHoldsAndCommitsWhatAStringModelDoes) {
       model.erase(caret, selected);
       if (model.size() < 8) model.insert(caret++, 1, unit);
       field->type(NSString(std::string(1, unit)));
-      ASSERT_EQ(field->text(), model) << "round " << round;
+      ASSERT_EQ(field->text(), model) << random.at(edits);
     }
     ASSERT_TRUE(field->commit());
     ASSERT_EQ(field->value(), Value(modelSortCode(model)));

@@ -4,6 +4,7 @@
 
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
+#include "tests/support/Decimals.h"
 #include "tests/support/ExpectRaises.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ using namespace norvik;
 
 namespace {
 
-Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
+using norvik::test::dec;
 
 struct TermDecimalNumberFormatters : testing::Test {
   /// The formatter that the main thread keeps is made here, without bounds, whichever test comes first.
@@ -35,6 +36,7 @@ TEST_F(TermDecimalNumberFormatters, HeaderExample) {
   NKPercentageTermDecimalNumberFormatter::defineMaxDecimalTerm(100, 0);
   auto formatter = make<NKPercentageTermDecimalNumberFormatter>();
   EXPECT_EQ(formatter->maximum(), NSNumber(100));
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));  // the user's is the default
   EXPECT_EQ(formatter->stringFromNumber(dec("12.125")), "12.125");
 }
 

@@ -13,12 +13,22 @@ mv "$work/first" "$work/prefix"
 prefix=$work/prefix
 
 (cd "$prefix/include" && find NorvikCore -name '*.h' | sort) >"$work/headers.txt"
-diff "$build/public_headers.txt" "$work/headers.txt" || { echo "installed headers and the listed ones differ"; exit 1; }
+diff <(sort "$build/public_headers.txt" "$build/component_headers.txt") "$work/headers.txt" || { echo "installed headers and the listed ones differ"; exit 1; }
 if grep -E '/internal/' "$work/headers.txt"; then echo "an internal header is installed"; exit 1; fi
 
-sed 's/.*/#include "&"/' "$work/headers.txt" >"$work/consumer/every_header.h"
+sed 's/.*/#include "&"/' "$build/public_headers.txt" >"$work/consumer/every_header.h"
 cp "$here/consumer.cpp" "$here/consumer.cmake" "$work/consumer/"
 mv "$work/consumer/consumer.cmake" "$work/consumer/CMakeLists.txt"
+
+# The pay run finds its library and its template where the prefix is now.
+if [ -x "$prefix/bin/payrun" ]; then
+  "$prefix/bin/payrun" --version
+  echo '<b>' >"$prefix/share/norvikcore/payslip.template"
+  status=0
+  "$prefix/bin/payrun" --input "$work" --month 1 --payslips --logs "$work/logs" 2>"$work/payrun.err" || status=$?
+  [ "$status" -eq 2 ]
+  grep -q "/prefix/share/norvikcore/payslip.template:1:1: \"<b>\": Reached end of string" "$work/payrun.err"
+fi
 
 # A licence goes with the library.
 grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"
@@ -32,6 +42,24 @@ case $way in
     cmake -S "$work/consumer" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"
     "$work/build/consumer"
+    # A component is found by its name, and only who asks for it needs its library.
+    if [ "$way" = find_package ] && [ -e "$prefix/include/NorvikCore/postgresql" ]; then
+      if ldd "$work/build/consumer" | grep libpq; then echo "the core needs libpq"; exit 1; fi
+      mkdir "$work/component"
+      sed 's/NorvikCore 0.1 REQUIRED/NorvikCore 0.1 REQUIRED COMPONENTS PostgreSQL/; s/NorvikCore::NorvikCore/NorvikCore::PostgreSQL/' \
+        "$here/consumer.cmake" >"$work/component/CMakeLists.txt"
+      cp "$here/postgresql.cpp" "$work/component/consumer.cpp"
+      cmake -S "$work/component" -B "$work/component/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+      cmake --build "$work/component/build"
+      "$work/component/build/consumer"
+      sed -i 's/COMPONENTS PostgreSQL/COMPONENTS Oracle/' "$work/component/CMakeLists.txt"
+      if cmake -S "$work/component" -B "$work/component/other" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
+        -DCMAKE_PREFIX_PATH="$prefix" 2>"$work/component/refused.txt"; then
+        echo "a component that is not there was found"
+        exit 1
+      fi
+      grep -q "it was built without a component Oracle" "$work/component/refused.txt"
+    fi
     ;;
   pkg_config)
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name NorvikCore.pc)")

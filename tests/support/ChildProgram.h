@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -54,6 +55,19 @@ class ChildProgram {
     for (char byte = 0; read(fromChild_, &byte, 1) == 1 && byte != '\n';) line += byte;
     return line;
   }
+
+  /// What it still writes until it closes its output.
+  std::string readAll() {
+    std::string text;
+    char bytes[4096];
+    for (ssize_t count; (count = read(fromChild_, bytes, sizeof bytes)) > 0;) {
+      text.append(bytes, static_cast<std::size_t>(count));
+    }
+    return text;
+  }
+
+  /// Ends it without warning.
+  void kill() { EXPECT_EQ(::kill(process_, SIGKILL), 0); }
 
   /// The number that it ended with, or 128 and the signal that ended it. Closes its input.
   int wait() {

@@ -9,6 +9,8 @@
 // it forks at any moment.
 #pragma once
 
+#include "tests/support/Sanitizers.h"
+
 #include <sched.h>
 #include <unistd.h>
 
@@ -17,12 +19,15 @@
 #include <string>
 #include <system_error>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define NK_TEST_ADDRESS_SANITIZER 1
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define NK_TEST_ADDRESS_SANITIZER 1
+/// At the start of a test whose child is forked at any moment and starts threads.
+#if defined(NK_TEST_ADDRESS_SANITIZER)
+#define NK_SKIP_WHERE_A_BUSY_FORK_IS_NOT_SUPPORTED() \
+  GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process"
+#elif defined(NK_TEST_THREAD_SANITIZER)
+#define NK_SKIP_WHERE_A_BUSY_FORK_IS_NOT_SUPPORTED() \
+  GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
+#else
+#define NK_SKIP_WHERE_A_BUSY_FORK_IS_NOT_SUPPORTED() static_cast<void>(0)
 #endif
 
 namespace norvik::test {

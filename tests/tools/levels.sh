@@ -55,3 +55,11 @@ rm "$work/NorvikCore/platform/kernel/Clock.inc"
 
 write logging/Log.cpp '#include "NorvikCore/markup/Parser.h"'
 expect 1 'levels: NorvikCore/markup/ has no level'
+
+# A folder within another has the level that the table gives it.
+rm "$work/NorvikCore/logging/Log.cpp"
+mkdir -p "$work/NorvikCore/logging/database"
+sed -i 's/^| 3 |/| 4 | `logging\/database` | a folder within |\n&/' "$work/docs/architecture.md"
+write logging/Log.cpp '#include "NorvikCore/logging/database/Store.h"'
+write logging/database/Store.h '#include "NorvikCore/logging/Log.h"'
+expect 1 'levels: NorvikCore/logging/Log.cpp (level 3) includes NorvikCore/logging/database/Store.h (level 4)'

@@ -42,7 +42,8 @@ run_ctest() {
   shift 2
   mkdir -p "$logs"
   log=$logs/$name.tests.log
-  ctest --test-dir "$folder" -j "$jobs" --output-on-failure --no-tests=error "$@" >"$log" 2>&1 || status=$?
+  # Many tests wait for another process or for a clock: twice as many run as there are processors.
+  ctest --test-dir "$folder" -j "$((2 * jobs))" --output-on-failure --no-tests=error "$@" >"$log" 2>&1 || status=$?
   tests_passed=0 tests_failed=0 tests_skipped=0
   summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+' "$log" | tail -n 1)
   if [[ $summary =~ ([0-9]+)\ tests\ failed\ out\ of\ ([0-9]+) ]]; then
@@ -52,9 +53,10 @@ run_ctest() {
   fi
   if [ "$status" -ne 0 ] && [ "$tests_failed" -eq 0 ]; then tests_failed=1; fi
   if [ "$tests_failed" -ne 0 ]; then
-    grep -E '\(Failed\)|\(Timeout\)|\(Not Run\)|\(SEGFAULT\)|Subprocess|No tests were found' "$log" | head -n 40
-    printf 'the tests failed; everything they printed is in %s\n' "${log#"$root"/}"
-    tail -n 60 "$log" | sed 's/^/    /'
+    grep -E '\((Failed|Timeout|Not Run|SEGFAULT)\)|Subprocess|No tests were found' "$log" | head -n 40
+    printf 'the tests failed; everything they printed is in %s; what those that failed printed first:\n' "${log#"$root"/}"
+    awk '/^ *[0-9]+\/[0-9]+ Test +#[0-9]+:/ { of_failed = /\*\*\*/ && !/\*\*\*Skipped/; lines = 0 }
+         of_failed && !/^ +Start +[0-9]+:/ && lines++ < 60' "$log" | head -n 240 | sed 's/^/    /'
   fi
   return "$status"
 }

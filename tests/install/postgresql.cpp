@@ -1,0 +1,8 @@
+// A program that uses the component PostgreSQL, as one installed by find_package.
+#include "NorvikCore/postgresql/DDPostgreSQLLogger.h"
+
+int main() {
+  using namespace norvik;
+  const auto logger = DDPostgreSQLLogger::initWithConnectionString("host=/nowhere dbname=payroll");
+  return logger->loggerName() == "cocoa.quillmarch.postgresqlLogger" ? 0 : 1;
+}

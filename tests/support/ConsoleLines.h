@@ -1,0 +1,25 @@
+// tests/support/ConsoleLines.h - what a piece of a test writes to the system console, line by line, without the time
+// and the process that each line begins with.
+//
+//   EXPECT_THAT(consoleOf([&] { save("text"); }), IsEmpty());
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace norvik::test {
+
+template <class Work>
+std::vector<std::string> consoleOf(Work work) {
+  ::testing::internal::CaptureStderr();
+  work();
+  std::istringstream console(::testing::internal::GetCapturedStderr());
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(console, line);) lines.push_back(line.substr(line.find("] ") + 2));
+  return lines;
+}
+
+}  // namespace norvik::test

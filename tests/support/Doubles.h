@@ -1,0 +1,11 @@
+// tests/support/Doubles.h - the doubles that are no finite number.
+#pragma once
+
+#include <limits>
+
+namespace norvik::test {
+
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+}  // namespace norvik::test
