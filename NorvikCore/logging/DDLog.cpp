@@ -46,6 +46,12 @@ void DDLog::removeLogger(const Ref<DDLogger>& logger) { LogPipeline::shared().re
 
 void DDLog::removeAllLoggers() { LogPipeline::shared().removeAllLoggers(); }
 
+std::vector<Ref<DDLogger>> DDLog::allLoggers() {
+  std::vector<Ref<DDLogger>> loggers;
+  for (const auto& node : LogPipeline::shared().lifetime().rememberedLoggers()) loggers.push_back(node->logger());
+  return loggers;
+}
+
 void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously) {
   if (!logMessage) return;
   LogPipeline& pipeline = LogPipeline::shared();

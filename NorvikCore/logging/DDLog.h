@@ -83,6 +83,9 @@ class NK_EXPORT DDLog : public NSObject {
   /// willRemoveLogger() may come after a flushLog() that follows.
   static void removeLogger(const Ref<DDLogger>& logger);
   static void removeAllLoggers();
+  /// Those that are added, in their order; one that was added twice, twice. What this thread added or removed counts
+  /// after a flushLog().
+  [[nodiscard]] static std::vector<Ref<DDLogger>> allLoggers();
 
   /// Queues a message that was made elsewhere; an empty one is ignored.
   static void queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously);

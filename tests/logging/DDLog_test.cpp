@@ -120,6 +120,22 @@ TEST_F(DDLogTest, EveryLoggerGetsEveryMessageOnceInOrder) {
   EXPECT_THAT(second->all(), ElementsAre("[added]", "a", "b", "c", "[flushed]"));
 }
 
+TEST_F(DDLogTest, AllLoggersAreThoseThatAreAdded) {
+  EXPECT_THAT(DDLog::allLoggers(), ElementsAre());
+  const Ref<DDLogger> first = make<RecordingLogger>(), second = make<BareLogger>();
+  DDLog::addLogger(first);
+  DDLog::addLogger(second);
+  DDLog::addLogger(first);
+  DDLog::flushLog();
+  EXPECT_THAT(DDLog::allLoggers(), ElementsAre(first, second, first));
+  DDLog::removeLogger(first);
+  DDLog::flushLog();
+  EXPECT_THAT(DDLog::allLoggers(), ElementsAre(second, first));
+  DDLog::removeAllLoggers();
+  DDLog::flushLog();
+  EXPECT_THAT(DDLog::allLoggers(), ElementsAre());
+}
+
 TEST_F(DDLogTest, ManyLoggersGetEveryMessageAlsoWhereTheyShareAQueue) {
   std::vector<Ref<BareLogger>> loggers;
   const auto shared = make<LoggerWithQueue>(), sharing = make<LoggerWithQueue>();

@@ -77,9 +77,15 @@ class CleanDDLog : public ::testing::Test {
   void TearDown() override { clean(); }
   /// Waits for everything that was asked of the dispatcher and of the loggers it has.
   static void settle() { DDLog::flushLog(); }
+  /// Waits until the loggers that it removes have done their last work, such as archiving files of the test.
   static void clean() {
+    DDLog::flushLog();
+    const std::vector<Ref<DDLogger>> loggers = DDLog::allLoggers();
     DDLog::removeAllLoggers();
     DDLog::flushLog();
+    for (const Ref<DDLogger>& logger : loggers) {
+      if (const dispatch_queue_t queue = logger->loggerQueue()) dispatch_sync(queue, [] {});
+    }
     ddLogLevel = LOG_LEVEL_WARN;
   }
 };

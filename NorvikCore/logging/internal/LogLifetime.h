@@ -25,6 +25,8 @@ class LogLifetime {
   void watch();
   /// These are the loggers now. On the logging queue.
   void rememberLoggers(std::vector<Ref<DDLoggerNode>> nodes);
+  /// From any thread.
+  [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
 
   /// The loggers cannot go on before the calling code returns, or may wait for it.
   [[nodiscard]] bool holdsUpLoggers();
@@ -34,7 +36,6 @@ class LogLifetime {
  private:
   struct ForkGate;
 
-  [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
   /// The caller is in a block of the logging queue or of a logger's queue.
   [[nodiscard]] bool isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) const;
   /// No block of the logging queue or of some logger's queue can run before the caller's block ends.
