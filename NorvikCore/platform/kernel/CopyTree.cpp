@@ -18,7 +18,7 @@ namespace {
 
 int copyContent(const std::string& from, const std::string& to) {
   FileDescriptor source, target;
-  if (const int error = openFile(from, {.read = true}, source)) return error;
+  if (const int error = openFile(from, {.read = true, .regular = true}, source)) return error;
   if (const int error = openFile(to, {.write = true, .create = true, .exclusive = true, .mode = 0600}, target)) {
     return error;
   }

@@ -603,6 +603,18 @@ TEST(NSNumberFormatter, PaddingThatIsAlsoInWhatStandsAroundANumberLeavesThatWhol
   EXPECT_EQ(read(*formatter, "5"), "5");
 }
 
+TEST(NSNumberFormatter, ATextBeforeTheNumberThatIsThePaddingTooIsNotTakenForPadding) {
+  const auto formatter = british("x*x0;0");
+  EXPECT_EQ(formatter->stringFromNumber(4), "x4");
+  EXPECT_EQ(formatter->stringFromNumber(-4), "4");
+  for (const bool isLenient : {false, true}) {
+    formatter->setLenient(isLenient);
+    EXPECT_EQ(read(*formatter, "x4"), "4") << isLenient;
+    EXPECT_EQ(read(*formatter, "4"), "-4") << isLenient;
+    EXPECT_EQ(read(*formatter, "xxx4"), "4") << isLenient;
+  }
+}
+
 TEST(NSNumberFormatter, PaddingByADigitOrASeparatorIsReadAsOne) {
   const struct {
     const char *pattern, *written, *read;

@@ -175,6 +175,13 @@ std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view
     if (!mayBegin(text.front(), form)) continue;
     if (auto reading = readStrictly(text, form)) return reading;
   }
+  if (settings_.padding.empty()) return std::nullopt;
+  // After the texts as they are: one may begin or end as the padding does.
+  const std::string_view unpadded = withoutPadding(text);
+  if (unpadded.size() == text.size()) return std::nullopt;
+  for (const Form& form : settings_.forms) {
+    if (auto reading = readStrictly(unpadded, form)) return reading;
+  }
   return std::nullopt;
 }
 
@@ -187,7 +194,6 @@ std::string_view NumberReader::withoutPadding(std::string_view text) const noexc
 }
 
 std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view text, const Form& form) const {
-  if (!settings_.padding.empty()) text = withoutPadding(text);
   const std::size_t size = form.before.size() + form.after.size();
   if (text.size() <= size || !text.starts_with(form.before) || !text.ends_with(form.after)) return std::nullopt;
   text = text.substr(form.before.size(), text.size() - size);
