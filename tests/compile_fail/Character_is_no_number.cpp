@@ -14,6 +14,9 @@ void convert(char letter, char32_t point) {
   const Decimal five = small;
   const Value text = "x", truth = true, count = small, ofNumber = number;
   take(code + five);
+  const Date payday, next = payday + 86'400, before = 0.5 + payday - 1u;
+  const NSTimeInterval seconds = next - before;
+  take(Decimal(seconds));
 #else
   const Decimal y1 = 'x';  // refused
   const Decimal y2('x');  // refused
@@ -29,5 +32,10 @@ void convert(char letter, char32_t point) {
   const Value y12('x');  // refused
   takeValue(u'x');  // refused
   const std::optional<Decimal> y14 = 'x';  // refused
+  const Date y15 = Date() + 'x';  // refused
+  const Date y16 = Date() - true;  // refused
+  const Date y17 = Date() + Date();  // refused
+  const Date y18 = Date() + five;  // refused
+  const Decimal y19 = Decimal(7) % 'x';  // refused
 #endif
 }

@@ -4,7 +4,8 @@
 // 1582).
 //
 //   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
-//   payday->dateByAddingTimeInterval(86400).description();      // "2021-05-11 00:00:00 +0000"
+//   (*payday + 86400).description();                            // "2021-05-11 00:00:00 +0000"
+//   *payday - Date::dateWithTimeIntervalSince1970(0);           // 1620604800 seconds
 //
 // A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a
 // computation that failed, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h,
@@ -14,8 +15,10 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
+#include "NorvikCore/platform/values/NSInteger.h"
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <iosfwd>
 #include <optional>
@@ -29,6 +32,14 @@ using NSTimeInterval = double;
 
 /// From 1970-01-01 to 2001-01-01, both 00:00:00 UTC, in seconds.
 inline constexpr NSTimeInterval NSTimeIntervalSince1970 = kernel::referenceDateInUnixSeconds;
+
+namespace detail {
+
+/// Neither a character nor a boolean is one.
+template <class T>
+concept NumberOfSeconds = std::floating_point<T> || WholeNumber<T>;
+
+}  // namespace detail
 
 class Date {
  public:
@@ -95,6 +106,29 @@ class Date {
     if (a.seconds_ == b.seconds_) [[likely]]
       return std::strong_ordering::equal;
     return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
+  }
+
+  /// In seconds, as timeIntervalSinceDate() and dateByAddingTimeInterval(). Date_chrono.h adds durations.
+  [[nodiscard]] friend constexpr NSTimeInterval operator-(Date a, Date b) noexcept { return a.seconds_ - b.seconds_; }
+  template <detail::NumberOfSeconds Seconds>
+  [[nodiscard]] friend constexpr Date operator+(Date date, Seconds seconds) noexcept {
+    return Date(date.seconds_ + static_cast<NSTimeInterval>(seconds));
+  }
+  template <detail::NumberOfSeconds Seconds>
+  [[nodiscard]] friend constexpr Date operator+(Seconds seconds, Date date) noexcept {
+    return date + seconds;
+  }
+  template <detail::NumberOfSeconds Seconds>
+  [[nodiscard]] friend constexpr Date operator-(Date date, Seconds seconds) noexcept {
+    return Date(date.seconds_ - static_cast<NSTimeInterval>(seconds));
+  }
+  template <detail::NumberOfSeconds Seconds>
+  constexpr Date& operator+=(Seconds seconds) noexcept {
+    return *this = *this + seconds;
+  }
+  template <detail::NumberOfSeconds Seconds>
+  constexpr Date& operator-=(Seconds seconds) noexcept {
+    return *this = *this - seconds;
   }
 
   /// Writes description(). There is no >>: a date's text has spaces; read a line or a field and give it to

@@ -7,6 +7,7 @@
 //   Decimal tax = gross * rate;                  // 500.0000
 //   to_string(gross - tax);                      // "2000.0000"
 //   *Decimal::parse("1234.50") + 1;              // 1235.50; parse takes the whole text or nothing
+//   (gross / 12).round(2);                       // 208.33
 //
 // A sum, difference or product is exact where 38 digits hold it; its exponent is then the smaller one of the operands,
 // for a product their sum. An exact quotient's exponent is the difference of the operands' exponents, or the nearest
@@ -15,6 +16,8 @@
 // NSDecimalNumberOverflowException when the exact magnitude is above maximumDecimalNumber(), if only by 1,
 // NSDecimalNumberUnderflowException when it is below 1E-128 and not zero, NSDecimalNumberDivideByZeroException.
 // With not-a-number as an operand the result is not-a-number, and nothing raises.
+//
+// Literals, comparisons, abs() and the sign work in constant expressions: static_assert(rate < 1).
 //
 // Values of 24 bytes: no allocation, constant time, safe on any thread.
 #pragma once  // include time: <string>, <string_view> and <optional> are in its operations
@@ -33,6 +36,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace norvik {
 
@@ -122,6 +126,10 @@ class NK_EXPORT Decimal {
       std::int16_t power,
       const NSDecimalNumberHandler& behavior = NSDecimalNumberHandler::defaultDecimalNumberHandler()) const;
   [[nodiscard]] Decimal decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumberHandler& behavior) const;
+  /// Rounded to that many digits after the point; a negative count rounds before it (-3: to thousands). No digits are
+  /// added: 1.5 stays 1.5. Raises NSDecimalNumberOverflowException if rounding goes beyond the greatest number.
+  [[nodiscard]] Decimal round(int places, NSRoundingMode mode = NSRoundPlain) const;
+  [[nodiscard]] constexpr Decimal abs() const noexcept { return Decimal(high_, low_, signAndExponent_ & ~signBit); }
 
   /// Not-a-number is the same as itself and less than every number, so that the order is total.
   [[nodiscard]] NSComparisonResult compare(const Decimal& other) const noexcept {
@@ -168,26 +176,36 @@ class NK_EXPORT Decimal {
   Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
   Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
   Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
+  /// What is left of `a` after whole multiples of `b` are taken away, exactly: less than `b` in magnitude, with the
+  /// sign of `a`, as for integers (-7 % 3 is -1). The exponent is the smaller one of the operands. Raises
+  /// NSDecimalNumberDivideByZeroException. Cost: proportional to the difference of the exponents, 255 at most.
+  [[nodiscard]] friend Decimal operator%(const Decimal& a, const Decimal& b) { return remainder(a, b); }
+  Decimal& operator%=(const Decimal& other) { return *this = *this % other; }
 
-  [[nodiscard]] friend bool operator==(const Decimal& a, const Decimal& b) noexcept {
+  [[nodiscard]] friend constexpr Decimal abs(const Decimal& value) noexcept { return value.abs(); }
+  [[nodiscard]] friend Decimal round(const Decimal& value, int places, NSRoundingMode mode = NSRoundPlain) {
+    return value.round(places, mode);
+  }
+
+  [[nodiscard]] friend constexpr bool operator==(const Decimal& a, const Decimal& b) noexcept {
     if (alike(a, b)) [[likely]]
       return a.smallOrder() == b.smallOrder();
-    return compareWide(a, b) == 0;
+    return compareUnlike(a, b) == 0;
   }
-  [[nodiscard]] friend std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
+  [[nodiscard]] friend constexpr std::weak_ordering operator<=>(const Decimal& a, const Decimal& b) noexcept {
     if (alike(a, b)) [[likely]]
       return a.smallOrder() <=> b.smallOrder();
-    return compareWide(a, b);
+    return compareUnlike(a, b);
   }
   // As <=> says, without its three-way result in between.
-  [[nodiscard]] friend bool operator<(const Decimal& a, const Decimal& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator<(const Decimal& a, const Decimal& b) noexcept {
     if (alike(a, b)) [[likely]]
       return a.smallOrder() < b.smallOrder();
-    return compareWide(a, b) < 0;
+    return compareUnlike(a, b) < 0;
   }
-  [[nodiscard]] friend bool operator>(const Decimal& a, const Decimal& b) noexcept { return b < a; }
-  [[nodiscard]] friend bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
-  [[nodiscard]] friend bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
+  [[nodiscard]] friend constexpr bool operator>(const Decimal& a, const Decimal& b) noexcept { return b < a; }
+  [[nodiscard]] friend constexpr bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
+  [[nodiscard]] friend constexpr bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
 
   /// Writes stringValue(); the stream's width, fill and adjustment count.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& stream, const Decimal& value);
@@ -222,13 +240,33 @@ class NK_EXPORT Decimal {
   static Decimal addWide(const Decimal& a, const Decimal& b);
   static Decimal multiplyWide(const Decimal& a, const Decimal& b);
   static Decimal divide(const Decimal& a, const Decimal& b);
+  static Decimal remainder(const Decimal& a, const Decimal& b);
   static std::weak_ordering compareWide(const Decimal& a, const Decimal& b) noexcept;
+  static constexpr std::weak_ordering compareUnlike(const Decimal& a, const Decimal& b) noexcept {
+    return std::is_constant_evaluated() ? compareConstants(a, b) : compareWide(a, b);
+  }
+  static constexpr std::weak_ordering compareConstants(const Decimal& a, const Decimal& b) noexcept;
 
   std::uint64_t low_ = 0, high_ = 0;
   std::uint64_t signAndExponent_ = 0;  // the top bit and the lower half: one word to load and compare
 };
 
 static_assert(sizeof(Decimal) == 24 && alignof(Decimal) == 8);
+
+constexpr std::weak_ordering Decimal::compareConstants(const Decimal& a, const Decimal& b) noexcept {
+  if (a.isNaN() || b.isNaN()) return b.isNaN() <=> a.isNaN();
+  const int signA = a.isZero() ? 0 : a.isNegative() ? -1 : 1, signB = b.isZero() ? 0 : b.isNegative() ? -1 : 1;
+  if (signA != signB || signA == 0) return signA <=> signB;
+  if (a.exponent() < b.exponent()) return 0 <=> compareConstants(b, a);
+  using Whole = detail::UInt128;
+  Whole x = Whole{a.high_} << 64 | a.low_;
+  const Whole y = Whole{b.high_} << 64 | b.low_, greatest = (Whole{powerOf38High} << 64 | powerOf38Low) - 1;
+  for (int shift = a.exponent() - b.exponent(); shift > 0; --shift) {
+    if (x > greatest / 10) return signA <=> 0;  // beyond every mantissa
+    x *= 10;
+  }
+  return signA > 0 ? x <=> y : y <=> x;
+}
 
 namespace detail {
 

@@ -238,4 +238,30 @@ Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumbe
   return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent(), isNegative(), behavior);
 }
 
+Decimal Decimal::round(int places, NSRoundingMode mode) const {
+  constexpr int most = maximumExponent + maximumDigits;  // whatever is rounded further is zero or overflows
+  if (places >= -minimumExponent) return *this;
+  const auto scale = static_cast<std::int16_t>(std::max(places, -most - 1));
+  return decimalNumberByRoundingAccordingToBehavior(NSDecimalNumberHandler({.roundingMode = mode, .scale = scale}));
+}
+
+Decimal Decimal::remainder(const Decimal& a, const Decimal& b) {
+  if (a.isNaN() || b.isNaN()) return notANumber();
+  if (b.isZero()) return a / b;
+  UInt128 rest = DecimalAccess::mantissa(a), divisor = DecimalAccess::mantissa(b);
+  int shift = a.exponent() - b.exponent();
+  const int exponent = std::min(a.exponent(), b.exponent());
+  if (shift < 0) {  // the divisor in units of the smaller exponent; a longer one than any mantissa leaves all of a
+    if (-shift + detail::digitCount(divisor) > maximumDigits) return a;
+    divisor *= detail::powerOfTen(-shift);
+  }
+  detail::divide(rest, divisor, rest);
+  while (shift > 0 && rest != 0) {
+    const int step = std::min(shift, maximumDigits);
+    detail::divide(detail::multiply(rest, detail::powerOfTen(step)), divisor, rest);
+    shift -= step;
+  }
+  return DecimalAccess::make(rest, exponent, a.isNegative() && rest != 0);
+}
+
 }  // namespace norvik

@@ -3,9 +3,11 @@
 //   fmt::format("{}", 1234.5_dec);             // "1234.5"
 //   fmt::format("{:>10.2f}|", 1234.5_dec);     // "   1234.50|"
 //   fmt::format("{:+08.1}", -2.25_dec);        // "-00002.3"
+//   fmt::format("{:,.2f}", 1234567.5_dec);     // "1,234,567.50"
 //
-// [[fill]align][sign][0][width][.precision][f]: numbers stand right unless told otherwise; a precision rounds plainly
-// and pads with zeros; without one all digits are written.
+// [[fill]align][sign][0][width][,][.precision][f]: numbers are aligned to the right by default. A comma separates
+// thousands, and cannot be combined with 0. A precision rounds plainly and pads with zeros; without one all digits are
+// written.
 #pragma once  // include time: <fmt/format.h> is what it is for
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -36,6 +38,11 @@ struct fmt::formatter<norvik::Decimal> {
       ++p;
     }
     width_ = static_cast<std::size_t>(std::max(0, number(p, end)));
+    if (p != end && *p == ',') {
+      if (zeros_) throw fmt::format_error("a decimal number has either leading zeros or separated thousands");
+      isGrouped_ = true;
+      ++p;
+    }
     if (p != end && *p == '.') {
       precision_ = number(++p, end);
       if (precision_ < 0) throw fmt::format_error("missing precision of a decimal number");
@@ -57,6 +64,8 @@ struct fmt::formatter<norvik::Decimal> {
       sign = '-';
       digits.remove_prefix(1);
     }
+    char grouped[sizeof text / 3 * 4 + 1];
+    if (isGrouped_) digits = withThousands(digits, grouped);
     const std::size_t length = digits.size() + (sign != '\0' ? 1 : 0);
     const std::size_t padding = width_ > length ? width_ - length : 0;
     const bool zeros = zeros_ && !value.isNaN();
@@ -83,8 +92,18 @@ struct fmt::formatter<norvik::Decimal> {
     return n;
   }
 
+  static std::string_view withThousands(std::string_view digits, char* text) noexcept {
+    const std::size_t whole = std::min(digits.find('.'), digits.size());
+    char* out = text;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+      if (i > 0 && i < whole && (whole - i) % 3 == 0) *out++ = ',';
+      *out++ = digits[i];
+    }
+    return {text, static_cast<std::size_t>(out - text)};
+  }
+
   char fill_ = ' ', align_ = '\0', sign_ = '-';
-  bool zeros_ = false;
+  bool zeros_ = false, isGrouped_ = false;
   std::size_t width_ = 0;
   int precision_ = -1;
 };

@@ -126,14 +126,14 @@ std::string NSString::bytes() const {
 
 std::u16string NSString::toUtf16() const {
   std::u16string units;
-  units.reserve(isAscii() ? size() : utf8::unitCount(view()));
+  units.reserve(isAscii() ? byteCount() : utf8::unitCount(view()));
   detail::StringUnits reader(view(), false);
   for (int unit = reader.next(); unit != reader.end; unit = reader.next()) units += static_cast<char16_t>(unit);
   return units;
 }
 
 const detail::StringIndex* NSString::index() const {
-  if (isAscii() || size() < detail::StringIndex::smallestIndexed) return nullptr;
+  if (isAscii() || byteCount() < detail::StringIndex::smallestIndexed) return nullptr;
   if ((bits_ & countedBit) == 0) return &detail::permanentIndex(view());
   auto& kept = storage()->index;
   const detail::StringIndex* index = kept.loadAcquire();
@@ -162,7 +162,7 @@ NSUInteger NSString::unitAtByte(std::size_t byte) const {
 }
 
 NSUInteger NSString::length() const {
-  if (isAscii()) return size();
+  if (isAscii()) return byteCount();
   const detail::StringIndex* const known = index();
   return known != nullptr ? known->length() : utf8::unitCount(view());
 }
@@ -194,7 +194,7 @@ NSString NSString::substringWithRange(NSRange range) const {
 NSString NSString::slice(std::size_t from, std::size_t to) const {
   if (from == to) return {};
   const detail::StringPlace first = place(from), last = place(to);
-  if (first.byte == 0 && !first.secondHalf && last.byte == size()) return *this;
+  if (first.byte == 0 && !first.secondHalf && last.byte == byteCount()) return *this;
   if (!first.secondHalf && !last.secondHalf) return sliceBytes(first.byte, last.byte);
   std::string part;
   if (first.secondHalf) appendHalf(part, utf8::lowHalf(utf8::decode(data_ + first.byte).point));
@@ -205,7 +205,7 @@ NSString NSString::slice(std::size_t from, std::size_t to) const {
 }
 
 NSString NSString::sliceBytes(std::size_t from, std::size_t to) const {
-  if (from == 0 && to == size()) return *this;
+  if (from == 0 && to == byteCount()) return *this;
   const std::string_view part = view().substr(from, to - from);
   // A part of a constant is borrowed too, unless its index would have to be kept for ever.
   const bool isBorrowed = (bits_ & countedBit) == 0;
@@ -228,9 +228,9 @@ void NSString::raiseBeyondEnd(const char* operation, NSUInteger index) const {
 
 std::strong_ordering NSString::order(const NSString& other) const noexcept {
   if (!isWellFormed() || !other.isWellFormed()) return detail::compareUnits(view(), other.view(), false);
-  const std::size_t common = size() < other.size() ? size() : other.size();
+  const std::size_t common = byteCount() < other.byteCount() ? byteCount() : other.byteCount();
   const int bytes = std::memcmp(data_, other.data_, common);
-  if (bytes == 0) return size() <=> other.size();
+  if (bytes == 0) return byteCount() <=> other.byteCount();
   if (isAscii() || other.isAscii()) return bytes <=> 0;
   // The bytes are in the units' order but for the pairs, 0xF0 and above, whose halves come before U+E000.
   std::size_t at = 0;

@@ -123,7 +123,9 @@ class NK_EXPORT NSString {
   [[nodiscard]] static NSString borrowing(std::string_view permanentText);
 
   /// The bytes inside: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
-  [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, size()}; }
+  [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, byteCount()}; }
+  /// view(), which costs nothing. Explicit, because the view is valid only while the text lives.
+  explicit constexpr operator std::string_view() const noexcept { return view(); }
   [[nodiscard]] std::string str() const { return std::string(view()); }
   explicit operator std::string() const { return str(); }
   /// UTF-8 whatever the text holds: each lone half becomes U+FFFD. This is what is printed.
@@ -133,16 +135,18 @@ class NK_EXPORT NSString {
   [[nodiscard]] std::string fileSystemRepresentation() const { return bytes(); }
   [[nodiscard]] std::u16string toUtf16() const;
 
-  [[nodiscard]] constexpr bool empty() const noexcept { return size() == 0; }
+  [[nodiscard]] constexpr bool empty() const noexcept { return byteCount() == 0; }
   [[nodiscard]] constexpr bool isAscii() const noexcept { return (bits_ & asciiBit) != 0; }
   /// False where a surrogate half stands alone; then `view()` is not UTF-8.
   [[nodiscard]] constexpr bool isWellFormed() const noexcept { return (bits_ & halvesBit) == 0; }
   /// True for copies of one text, also for parts of the same constant; two texts made separately differ.
   [[nodiscard]] constexpr bool isIdenticalTo(const NSString& other) const noexcept {
-    return (data_ == other.data_ || empty()) && size() == other.size();
+    return (data_ == other.data_ || empty()) && byteCount() == other.byteCount();
   }
 
   [[nodiscard]] NSUInteger length() const;
+  /// length(): in UTF-16 units, not in bytes.
+  [[nodiscard]] NSUInteger size() const { return length(); }
   [[nodiscard]] char16_t characterAtIndex(NSUInteger index) const;
   [[nodiscard]] NSString substringFromIndex(NSUInteger from) const;
   [[nodiscard]] NSString substringToIndex(NSUInteger to) const;
@@ -197,9 +201,20 @@ class NK_EXPORT NSString {
   /// "/tmp/pay" and "csv" give "/tmp/pay.csv"; slashes at the end go first. An empty path or "/" stays as it is.
   [[nodiscard]] NSString stringByAppendingPathExtension(const NSString& extension) const;
 
-  /// The characters in order, for a range-based for; a lone half is given as its number. The range keeps the text.
+  /// The characters in order, as a forward range of char32_t; a lone half is given as its number. The range keeps the
+  /// text.
   class CodePoints;
   [[nodiscard]] CodePoints codePoints() const noexcept;
+  /// The UTF-16 units in order, as a forward range of char16_t, which keeps the text.
+  class Units;
+  [[nodiscard]] Units units() const noexcept;
+
+  /// Copies both texts: to append in a loop, use NSMutableString.
+  NSString& operator+=(const NSString& text) { return *this = *this + text; }
+  template <detail::PlainText Text>
+  NSString& operator+=(const Text& text) {
+    return *this = withAppended(text);
+  }
 
   NK_EXPORT friend NSString operator+(const NSString& a, const NSString& b);
   template <detail::PlainText Text>
@@ -236,7 +251,7 @@ class NK_EXPORT NSString {
   constexpr NSString(const char* data, std::size_t size, std::size_t flags) noexcept
       : data_(data), bits_(size << sizeShift | flags) {}
 
-  [[nodiscard]] constexpr std::size_t size() const noexcept { return bits_ >> sizeShift; }
+  [[nodiscard]] constexpr std::size_t byteCount() const noexcept { return bits_ >> sizeShift; }
   [[nodiscard]] detail::StringStorage* storage() const noexcept {
     return reinterpret_cast<detail::StringStorage*>(const_cast<char*>(data_) - sizeof(detail::StringStorage));
   }
@@ -303,6 +318,47 @@ class NSString::CodePoints {
 };
 
 inline NSString::CodePoints NSString::codePoints() const noexcept { return CodePoints(*this); }
+
+class NSString::Units {
+ public:
+  class iterator {
+   public:
+    using value_type = char16_t;
+    using difference_type = std::ptrdiff_t;
+    constexpr iterator() noexcept = default;
+    constexpr explicit iterator(const char* at) noexcept : at_(at) {}
+    constexpr char16_t operator*() const noexcept {
+      const char32_t point = utf8::decode(at_).point;
+      if (point < 0x10000) return static_cast<char16_t>(point);
+      return isAtLowHalf_ ? utf8::lowHalf(point) : utf8::highHalf(point);
+    }
+    constexpr iterator& operator++() noexcept {
+      const utf8::Character character = utf8::decode(at_);
+      isAtLowHalf_ = character.point >= 0x10000 && !isAtLowHalf_;
+      if (!isAtLowHalf_) at_ += character.size;
+      return *this;
+    }
+    constexpr iterator operator++(int) noexcept {
+      iterator before = *this;
+      ++*this;
+      return before;
+    }
+    friend constexpr bool operator==(iterator, iterator) noexcept = default;
+
+   private:
+    const char* at_ = nullptr;
+    bool isAtLowHalf_ = false;
+  };
+
+  explicit Units(NSString text) noexcept : text_(std::move(text)) {}
+  [[nodiscard]] iterator begin() const noexcept { return iterator(text_.view().data()); }
+  [[nodiscard]] iterator end() const noexcept { return iterator(text_.view().data() + text_.view().size()); }
+
+ private:
+  NSString text_;
+};
+
+inline NSString::Units NSString::units() const noexcept { return Units(*this); }
 
 constexpr void NSString::borrowConstant(std::string_view text) {
   if (!utf8::isValid(text)) detail::thisLiteralIsNotUtf8();

@@ -18,6 +18,20 @@ TEST(DateChrono, HeaderExample) {
   EXPECT_GT(day, std::chrono::January / 1 / 2024);
   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
   EXPECT_EQ(payday, "2021-05-10"_date);
+  Date reminder = payday - std::chrono::days{3};
+  EXPECT_EQ(reminder, "2021-05-07"_date);
+}
+
+TEST(DateChrono, DurationsAreAddedAndTakenAway) {
+  constexpr Date start = "2021-04-06"_date;
+  static_assert(start + 90min == "2021-04-06 01:30:00 +0000"_date && 1h + start == start + 1h);
+  static_assert(start + 250ms - start == 0.25 && start - 1s - start == -1);
+  static_assert(start + std::chrono::duration<double>(0.5) - start == 0.5);
+  Date date = start;
+  date += std::chrono::days{1};
+  EXPECT_EQ(date, "2021-04-07"_date);
+  date -= 24h;
+  EXPECT_EQ(date, start);
 }
 
 TEST(DateChrono, TimePointsKeepTheirFractions) {

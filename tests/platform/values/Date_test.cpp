@@ -27,7 +27,22 @@ TEST(DateLiterals, HeaderExample) {
 
 TEST(Date, HeaderExample) {
   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
-  EXPECT_EQ(payday->dateByAddingTimeInterval(86400).description(), "2021-05-11 00:00:00 +0000");
+  EXPECT_EQ((*payday + 86400).description(), "2021-05-11 00:00:00 +0000");
+  EXPECT_EQ(*payday - Date::dateWithTimeIntervalSince1970(0), 1620604800);
+}
+
+TEST(Date, SecondsAreAddedAndTakenAway) {
+  using namespace norvik::literals;
+  constexpr Date start = "2021-04-06"_date;
+  static_assert(start + 0.5 - start == 0.5 && 60 + start == start + 60u && start - start == 0);
+  EXPECT_EQ(start.dateByAddingTimeInterval(86400), "2021-04-07"_date);
+  EXPECT_EQ(start - 86400, "2021-04-05"_date);
+  Date date = start;
+  date += 3600;
+  EXPECT_EQ(date, "2021-04-06 01:00:00 +0000"_date);
+  date -= 3600.5;
+  EXPECT_EQ(date - start, -0.5);
+  EXPECT_TRUE(std::isnan((start + notANumber) - start));
 }
 
 TEST(Date, IsEightBytes) { EXPECT_EQ(sizeof(Date), 8u); }

@@ -11,6 +11,29 @@ TEST(Decimal_fmt, HeaderExample) {
   EXPECT_EQ(fmt::format("{}", 1234.5_dec), "1234.5");
   EXPECT_EQ(fmt::format("{:>10.2f}|", 1234.5_dec), "   1234.50|");
   EXPECT_EQ(fmt::format("{:+08.1}", -2.25_dec), "-00002.3");
+  EXPECT_EQ(fmt::format("{:,.2f}", 1234567.5_dec), "1,234,567.50");
+}
+
+TEST(Decimal_fmt, ACommaSeparatesThousands) {
+  const struct {
+    const char* format;
+    Decimal number;
+    const char* expected;
+  } rows[] = {
+      {"{:,}", 0_dec, "0"},
+      {"{:,}", 999_dec, "999"},
+      {"{:,}", -1000_dec, "-1,000"},
+      {"{:,}", 1000.1234_dec, "1,000.1234"},
+      {"{:,.0f}", 999999.5_dec, "1,000,000"},
+      {"{:>12,.2f}|", 1234.5_dec, "    1,234.50|"},
+      {"{:12,}|", -123456_dec, "    -123,456|"},
+      {"{:+,}", 123456_dec, "+123,456"},
+      {"{:,}", Decimal::notANumber(), "NaN"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(fmt::format(fmt::runtime(row.format), row.number), row.expected) << row.format;
+  const std::string longest = fmt::format("{:,.999f}", Decimal::minimumDecimalNumber());
+  EXPECT_EQ(longest.size(), 1u + 165 + 54 + 1 + 999);
+  EXPECT_TRUE(longest.starts_with("-999,999,"));
 }
 
 TEST(Decimal_fmt, WritesAllDigitsWithoutAPrecision) {
@@ -46,7 +69,7 @@ TEST(Decimal_fmt, SignsAndLeadingZeros) {
 }
 
 TEST(Decimal_fmt, RefusesUnknownFormats) {
-  for (const char* format : {"{:x}", "{:.f}", "{:1000}", "{:.2fx}", "{:2.2.2}"}) {
+  for (const char* format : {"{:x}", "{:.f}", "{:1000}", "{:.2fx}", "{:2.2.2}", "{:08,}", "{:,,}", "{:.2,f}"}) {
     EXPECT_THROW((void)fmt::format(fmt::runtime(format), 1_dec), fmt::format_error) << format;
   }
 }

@@ -57,6 +57,39 @@ Decimal::Parts expected(const model::Result& result) {
       << text(a) << " and " << text(b) << ", scale " << (behavior).scale() << ": " << (actual) << (actual).exponent() \
       << ", model " << model::print((result).number) << (result).number.exponent
 
+/// Digit by digit, as on paper; both as whole numbers, the divisor with 37 digits at most.
+std::string remainderOnPaper(const std::string& dividend, const std::string& divisor) {
+  detail::UInt128 by = 0, rest = 0;
+  for (const char c : divisor) by = by * 10 + static_cast<unsigned>(c - '0');
+  for (const char c : dividend) rest = (rest * 10 + static_cast<unsigned>(c - '0')) % by;
+  std::string digits;
+  for (; rest != 0; rest /= 10) digits.insert(0, 1, static_cast<char>('0' + static_cast<int>(rest % 10)));
+  return digits.empty() ? "0" : digits;
+}
+
+TEST(Decimal_property, RemaindersAreThoseOnPaper) {
+  DecimalSamples samples(2'024'11);
+  int compared = 0;
+  for (int i = 0; i < pairs; ++i) {
+    const Decimal a = samples.next().decimal, b = samples.next().decimal;
+    if (a.isNaN() || b.isNaN() || b.isZero()) continue;
+    const int exponent = std::min(a.exponent(), b.exponent());
+    const auto whole = [exponent](const Decimal& d) {
+      const Decimal::Parts parts = d.parts();
+      const Decimal mantissa =
+          Decimal::fromParts({.mantissaHigh = parts.mantissaHigh, .mantissaLow = parts.mantissaLow}).value();
+      return mantissa.stringValue() + std::string(static_cast<std::size_t>(d.exponent() - exponent), '0');
+    };
+    if (whole(b).size() > 37) continue;
+    ++compared;
+    const Decimal rest = a % b;
+    ASSERT_EQ(rest.exponent(), exponent);
+    ASSERT_EQ(whole(rest), remainderOnPaper(whole(a), whole(b))) << a << " % " << b;
+    ASSERT_EQ(rest.isNegative(), a.isNegative() && !rest.isZero());
+  }
+  EXPECT_GT(compared, pairs / 10);
+}
+
 TEST_P(DecimalModelTest, SumsAreTheModels) {
   for (int i = 0; i < pairs; ++i) {
     const Sample a = samples.next(), b = samples.next();

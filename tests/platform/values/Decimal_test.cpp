@@ -27,6 +27,101 @@ TEST(Decimal, HeaderExample) {
   EXPECT_EQ(to_string(tax), "500.0000");
   EXPECT_EQ(to_string(gross - tax), "2000.0000");
   EXPECT_EQ(to_string(*Decimal::parse("1234.50") + 1), "1235.50");
+  EXPECT_EQ(to_string((gross / 12).round(2)), "208.33");
+  static_assert(0.20_dec < 1);
+}
+
+TEST(Decimal, RoundsToPlaces) {
+  const struct {
+    const char* number;
+    int places;
+    NSRoundingMode mode;
+    const char* expected;
+  } rows[] = {
+      {"2.345", 2, NSRoundPlain, "2.35"},
+      {"-2.345", 2, NSRoundPlain, "-2.35"},
+      {"2.345", 2, NSRoundBankers, "2.34"},
+      {"2.349", 2, NSRoundDown, "2.34"},
+      {"-2.341", 2, NSRoundDown, "-2.35"},
+      {"2.341", 2, NSRoundUp, "2.35"},
+      {"1.5", 2, NSRoundPlain, "1.5"},
+      {"1499", -3, NSRoundPlain, "1000"},
+      {"1500", -3, NSRoundPlain, "2000"},
+      {"0.4", 0, NSRoundPlain, "0"},
+      {"-0.4", 0, NSRoundPlain, "0"},
+      {"1E-128", 128, NSRoundPlain, nullptr},
+      {"1E-128", 127, NSRoundPlain, "0"},
+      {"1E-128", 1'000'000, NSRoundPlain, nullptr},
+      {"5", -1'000'000, NSRoundPlain, "0"},
+      {"5", std::numeric_limits<int>::min(), NSRoundPlain, "0"},
+      {"99999999999999999999999999999999999999", -20, NSRoundDown, "99999999999999999900000000000000000000"},
+      {"NaN", 2, NSRoundPlain, "NaN"},
+  };
+  for (const auto& row : rows) {
+    const Decimal rounded = dec(row.number).round(row.places, row.mode);
+    EXPECT_EQ(rounded, dec(row.expected ? row.expected : row.number)) << row.number << " to " << row.places;
+    EXPECT_EQ(rounded, round(dec(row.number), row.places, row.mode));
+  }
+  EXPECT_EQ(nameOfWhatIsRaised([] { (void)(5_dec).round(-200, NSRoundUp); }), NSDecimalNumberOverflowException);
+}
+
+TEST(Decimal, AbsIsTheMagnitude) {
+  EXPECT_EQ(abs(-2.50_dec), 2.50_dec);
+  EXPECT_EQ((-2.50_dec).abs().exponent(), -2);
+  EXPECT_EQ(abs(2_dec), 2);
+  EXPECT_EQ(abs(Decimal()), 0);
+  EXPECT_TRUE(Decimal::notANumber().abs().isNaN());
+  EXPECT_EQ(abs(Decimal::minimumDecimalNumber()), Decimal::maximumDecimalNumber());
+}
+
+TEST(Decimal, RemaindersHaveTheSignOfTheDividend) {
+  const struct {
+    const char *a, *b, *expected;
+    int exponent;
+  } rows[] = {
+      {"7", "3", "1", 0},
+      {"-7", "3", "-1", 0},
+      {"7", "-3", "1", 0},
+      {"-7", "-3", "-1", 0},
+      {"6", "3", "0", 0},
+      {"100.00", "0.07", "0.04", -2},
+      {"100", "0.03", "0.01", -2},
+      {"0.05", "100", "0.05", -2},
+      {"5.5", "2", "1.5", -1},
+      {"0", "0.5", "0", -1},
+      {"1E127", "7", "5", 0},
+      {"1E127", "3E-128", "1E-128", -128},
+      {"1E-128", "1E127", "1E-128", -128},
+      {"99999999999999999999999999999999999999", "1E20", "99999999999999999999", 0},
+  };
+  for (const auto& row : rows) {
+    const Decimal rest = dec(row.a) % dec(row.b);
+    EXPECT_EQ(rest, dec(row.expected)) << row.a << " % " << row.b;
+    EXPECT_EQ(rest.exponent(), row.exponent) << row.a << " % " << row.b;
+  }
+  Decimal hours = 37.5_dec;
+  hours %= 7.5_dec;
+  EXPECT_EQ(hours, 0);
+  EXPECT_FALSE((-6_dec % 3_dec).isNegative());
+  EXPECT_TRUE((Decimal::notANumber() % 3).isNaN());
+  EXPECT_TRUE((3_dec % Decimal::notANumber()).isNaN());
+  for (const Decimal& zero : {0_dec, 0.00_dec}) {
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(3_dec % zero); }), NSDecimalNumberDivideByZeroException);
+    EXPECT_EQ(nameOfWhatIsRaised([&] { (void)(0_dec % zero); }), nameOfWhatIsRaised([&] { (void)(0_dec / zero); }));
+  }
+}
+
+TEST(Decimal, ComparesInConstantExpressions) {
+  static_assert(5_dec == 5.00_dec && 5_dec != 5.01_dec && 5_dec <= 5.00_dec);
+  static_assert(-5_dec < 5_dec && -5_dec < -4.99_dec && -4.99_dec > -5_dec && 0_dec == -0.00_dec);
+  static_assert(1E127_dec > 1E-128_dec && -1E127_dec < -1E-128_dec && 1E-128_dec > 0);
+  static_assert(99999999999999999999999999999999999999_dec < 1E38_dec);
+  static_assert(99999999999999999999999999999999999999_dec > 9999999999999999999999999999999999999.9_dec);
+  static_assert(10000000000000000000000000000000000000_dec == 1E37_dec);
+  static_assert(Decimal::notANumber() == Decimal::notANumber() && Decimal::notANumber() < -1E127_dec);
+  static_assert(Decimal::minimumDecimalNumber() < Decimal::maximumDecimalNumber());
+  static_assert(abs(-2.50_dec) == 2.5_dec && (-3_dec).abs() == 3);
+  static_assert((2_dec <=> 10_dec) < 0 && (2.0_dec <=> 2_dec) == 0);
 }
 
 TEST(Decimal, IsAValueOf24BytesThatIsCopiedAsBytes) {

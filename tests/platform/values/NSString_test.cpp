@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
+#include <ranges>
 #include <sstream>
 #include <unordered_set>
 
@@ -43,6 +45,52 @@ TEST(NSString, HeaderExample) {
   EXPECT_EQ(name.substringFromIndex(4), "Smith");
   EXPECT_EQ(name.rangeOfString("smith", NSCaseInsensitiveSearch), (NSRange{4, 5}));
   EXPECT_EQ("Payslip of " + name, "Payslip of Zo\u00EB Smith");
+}
+
+TEST(NSString, IsAppendedTo) {
+  NSString text = "Zo\u00EB";
+  const NSString before = text;
+  text += " Smith";
+  text += std::string(", ");
+  text += std::string_view("Leeds");
+  text += NSString("!");
+  EXPECT_EQ(text, "Zo\u00EB Smith, Leeds!");
+  EXPECT_EQ(before, "Zo\u00EB");
+  text = "ab";
+  text += text;
+  EXPECT_EQ(text, "abab");
+  NSString halves = NSString::fromCodePoint(0xD83D);
+  halves += NSString::fromCodePoint(0xDCB7);
+  EXPECT_EQ(halves, "\U0001F4B7") << "halves that meet are one character";
+}
+
+TEST(NSString, ItsSizeCountsUnits) {
+  EXPECT_EQ(NSString().size(), 0u);
+  EXPECT_EQ(NSString("Zo\u00EB").size(), 3u);
+  EXPECT_EQ(NSString("\U0001F4B7").size(), 2u);
+  EXPECT_EQ(std::size(NSString("pay")), 3u);
+}
+
+TEST(NSString, ConvertsToAViewOnRequestOnly) {
+  const NSString text = "Zo\u00EB";
+  const auto view = static_cast<std::string_view>(text);
+  EXPECT_EQ(view.data(), text.view().data());
+  EXPECT_EQ(view, "Zo\u00EB");
+  static_assert(!std::is_convertible_v<NSString, std::string_view> && !std::is_convertible_v<NSString, std::string>);
+}
+
+TEST(NSString, ItsUnitsAreARange) {
+  static_assert(std::ranges::forward_range<NSString::Units> && std::ranges::forward_range<NSString::CodePoints>);
+  const NSString text = NSString("a\u00E9\u20AC\U0001F4B7b") + NSString::fromCodePoint(0xDC80);
+  std::u16string units;
+  for (const char16_t unit : text.units()) units += unit;
+  EXPECT_EQ(units, text.toUtf16());
+  EXPECT_EQ(units.size(), text.size());
+  EXPECT_EQ(std::ranges::distance(text.units()), 7);
+  EXPECT_EQ(std::ranges::count(text.units(), u'b'), 1);
+  EXPECT_TRUE(NSString().units().begin() == NSString().units().end());
+  const auto range = NSString("kept").units();  // the text itself is gone
+  EXPECT_EQ(std::u16string(range.begin(), range.end()), u"kept");
 }
 
 TEST(NSString, ConstantsAreBorrowedFromTheirLiterals) {
