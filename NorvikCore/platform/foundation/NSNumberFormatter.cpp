@@ -125,19 +125,24 @@ bool hasWords(const NSNumber& number) {
   return Decimal(real) == decimal && places() == decimal;
 }
 
-/// The digits between the fixed texts of a pattern: where they are in the text.
+/// The number between the fixed texts of a pattern, or its digits without an exponent: where they are in the text.
 struct Span {
   std::int32_t from = INT32_MAX, to = 0;
 };
 
-bool isOfNumber(std::int32_t field) noexcept {
+bool isOfDigits(std::int32_t field) noexcept {
   return field == UNUM_INTEGER_FIELD || field == UNUM_FRACTION_FIELD || field == UNUM_DECIMAL_SEPARATOR_FIELD;
 }
 
-Span digitsIn(icu::FieldPositionIterator& fields) {
+bool isOfNumber(std::int32_t field) noexcept {
+  return isOfDigits(field) || field == UNUM_EXPONENT_SYMBOL_FIELD || field == UNUM_EXPONENT_SIGN_FIELD ||
+         field == UNUM_EXPONENT_FIELD;
+}
+
+Span spanOf(bool (*isWanted)(std::int32_t field), icu::FieldPositionIterator& fields) {
   Span span;
   for (icu::FieldPosition field; fields.next(field);) {
-    if (!isOfNumber(field.getField())) continue;
+    if (!isWanted(field.getField())) continue;
     span.from = std::min(span.from, field.getBeginIndex());
     span.to = std::max(span.to, field.getEndIndex());
   }
@@ -427,13 +432,19 @@ struct NSNumberFormatter::Engine {
     icu::UnicodeString pattern;
     const bool hasName = unpadded.toPattern(pattern).indexOf(u"\u00A4\u00A4\u00A4") >= 0;
     std::vector<std::string> samples{"5", "0.5"};
-    if (hasName) samples.insert(samples.end(), {"0", "1", "2", "3", "11", "21", "100", "1000000", "1.5"});
+    if (hasName) {
+      const int power = powerOfMultiplier();
+      for (const char* shown : {"0", "1", "2", "3", "11", "21", "100", "1000000", "1.5"}) {
+        samples.emplace_back(shown);
+        if (power > 0) samples.push_back(shown + ("E-" + std::to_string(power)));
+      }
+    }
     std::vector<NumberReader::Form> result;
     for (const char* sign : {"", "-"}) {
       for (const std::string& sample : samples) {
         icu::FieldPositionIterator fields;
         const icu::UnicodeString text = written(unpadded, sign + sample, fields);
-        const Span span = digitsIn(fields);
+        const Span span = spanOf(isOfNumber, fields);
         NumberReader::Form form;
         form.isNegative = *sign != '\0';
         form.before = utf8FromIcu(text.tempSubStringBetween(0, span.from));
@@ -499,7 +510,7 @@ struct NSNumberFormatter::Engine {
         &format == stepless.get() ? multipleNear(detail::NumberDigits::of(number)) : number.stringValue();
     icu::FieldPositionIterator fields;
     icu::UnicodeString text = written(format, plainDigits, fields);
-    const Span span = digitsIn(fields);
+    const Span span = spanOf(isOfDigits, fields);
     if (number.isNegative() && isZero(text.tempSubStringBetween(span.from, span.to))) {
       text = written(format, "0", fields);
     }

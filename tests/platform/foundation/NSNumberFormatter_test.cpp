@@ -604,7 +604,7 @@ TEST(NSNumberFormatter, PaddingThatIsAlsoInWhatStandsAroundANumberLeavesThatWhol
 }
 
 TEST(NSNumberFormatter, ATextBeforeTheNumberThatIsThePaddingTooIsNotTakenForPadding) {
-  const auto formatter = british("x*x0;0");
+  const auto formatter = british("x*x;3");
   EXPECT_EQ(formatter->stringFromNumber(4), "x4");
   EXPECT_EQ(formatter->stringFromNumber(-4), "4");
   for (const bool isLenient : {false, true}) {
@@ -612,6 +612,26 @@ TEST(NSNumberFormatter, ATextBeforeTheNumberThatIsThePaddingTooIsNotTakenForPadd
     EXPECT_EQ(read(*formatter, "x4"), "4") << isLenient;
     EXPECT_EQ(read(*formatter, "4"), "-4") << isLenient;
     EXPECT_EQ(read(*formatter, "xxx4"), "4") << isLenient;
+  }
+}
+
+TEST(NSNumberFormatter, ReadsMoneyWithPowersOfTenAndWithTheNameOfWhatAPercentageShows) {
+  const struct {
+    const char *pattern, *number, *written;
+  } rows[] = {
+      {"\u00A40.##E0", "514", "\u00A35.14E2"},
+      {"\u00A40.##E0", "0.0514", "\u00A35.14E-2"},
+      {"\u00A4\u00A4\u00A4 %0.##E0", "5.14", "British pounds %5.14E2"},
+      {"\u00A4\u00A4\u00A4 %0.##E0", "0.01", "British pound %1E0"},
+      {"%0.## \u00A4\u00A4\u00A4", "0.02", "%2 British pounds"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(formatter->stringFromNumber(Decimal::decimalNumberWithString(row.number)), row.written) << row.pattern;
+    for (const bool isLenient : {false, true}) {
+      formatter->setLenient(isLenient);
+      EXPECT_EQ(read(*formatter, row.written), row.number) << row.pattern << " " << isLenient;
+    }
   }
 }
 
