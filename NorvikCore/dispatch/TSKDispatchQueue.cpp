@@ -125,8 +125,8 @@ void TSKDispatchQueue::runInNewStack(detail::BlockCall block) {
   block();
 }
 
-void TSKDispatchQueue::scheduleTimerWithName(const NSString& name, double timeInterval, TSKTimerBehavior behavior,
-                                             Block<void()> block) {
+void TSKDispatchQueue::scheduleTimer(const NSString& name, double timeInterval, TSKTimerBehavior behavior,
+                                     Block<void()> block) {
   detail::requireBlock(block);
   namedTimers_->schedule(name, timeInterval, behavior, std::move(block));
 }

@@ -161,7 +161,12 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   /// Timers do not keep the wrapper. When it goes, those that are pending are cancelled and their blocks destroyed on
   /// the thread that lets the wrapper go; no block begins after that. A block that is running keeps the wrapper until
   /// it has returned. In a child made by fork() a wrapper begins without timers.
-  void scheduleTimerWithName(const NSString& name, double timeInterval, TSKTimerBehavior behavior, Block<void()> block);
+  /// An interval may be a duration of std::chrono too.
+  template <detail::TimeInterval Interval>
+  void scheduleTimerWithName(const NSString& name, Interval timeInterval, TSKTimerBehavior behavior,
+                             Block<void()> block) {
+    scheduleTimer(name, detail::inSeconds(timeInterval), behavior, std::move(block));
+  }
   /// Nothing where there is no such timer.
   void cancelTimerWithName(const NSString& name);
   void cancelAllTimers();
@@ -188,11 +193,12 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   NK_METHOD_AS(dispatchBarrierAsynchronously<const Block<void()>&>, "dispatchBarrierAsynchronously:")
   NK_METHOD(isCurrentQueue)
   NK_METHOD(isInCurrentQueueStack)
-  NK_METHOD_AS(scheduleTimerWithName, "scheduleTimerWithName:timeInterval:behavior:block:")
+  NK_METHOD_AS(scheduleTimerWithName<double>, "scheduleTimerWithName:timeInterval:behavior:block:")
   NK_METHOD(cancelTimerWithName)
   NK_METHOD(cancelAllTimers)
 
  private:
+  void scheduleTimer(const NSString& name, double seconds, TSKTimerBehavior behavior, Block<void()> block);
   friend class detail::NamedTimers;
 
   static Ref<TSKDispatchQueue> makeShared(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior, bool concurrent);

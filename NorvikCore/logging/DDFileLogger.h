@@ -62,6 +62,10 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   /// Seconds after which a file is closed; 24 hours unless set, 0 or less for no limit.
   [[nodiscard]] double rollingFrequency() const;
   void setRollingFrequency(double seconds);
+  template <detail::ChronoDuration Duration>
+  void setRollingFrequency(const Duration& duration) {
+    setRollingFrequency(detail::inSeconds(duration));
+  }
 
   /// Archives the current file, if there is one; the next message begins another. At once on the logger's queue,
   /// elsewhere in its turn.

@@ -55,6 +55,10 @@ class NK_EXPORT DDPostgreSQLLogger : public DDAbstractDatabaseLogger {
   /// flush does not wait for that.
   [[nodiscard]] double timeout() const;
   void setTimeout(double seconds);
+  template <detail::ChronoDuration Duration>
+  void setTimeout(const Duration& duration) {
+    setTimeout(detail::inSeconds(duration));
+  }
   /// How many entries were lost since the logger was made. Waits as the settings do.
   [[nodiscard]] std::uint64_t lostEntryCount() const;
 

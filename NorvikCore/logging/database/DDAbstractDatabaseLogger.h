@@ -60,13 +60,25 @@ class NK_EXPORT DDAbstractDatabaseLogger : public DDAbstractLogger {
   /// Saves at the latest so many seconds after the first unsaved entry; 60 unless set, 0 or less for never.
   [[nodiscard]] double saveInterval() const;
   void setSaveInterval(double seconds);
+  template <detail::ChronoDuration Duration>
+  void setSaveInterval(const Duration& duration) {
+    setSaveInterval(detail::inSeconds(duration));
+  }
   /// Entries older than so many seconds are deleted; 7 days unless set, 0 or less for none. A shorter age deletes at
   /// once.
   [[nodiscard]] double maxAge() const;
   void setMaxAge(double seconds);
+  template <detail::ChronoDuration Duration>
+  void setMaxAge(const Duration& duration) {
+    setMaxAge(detail::inSeconds(duration));
+  }
   /// How often entries are deleted; 5 minutes unless set, 0 or less for never.
   [[nodiscard]] double deleteInterval() const;
   void setDeleteInterval(double seconds);
+  template <detail::ChronoDuration Duration>
+  void setDeleteInterval(const Duration& duration) {
+    setDeleteInterval(detail::inSeconds(duration));
+  }
   /// Deletes with every save (db_saveAndDelete); not unless set.
   [[nodiscard]] bool deleteOnEverySave() const;
   void setDeleteOnEverySave(bool deletes);

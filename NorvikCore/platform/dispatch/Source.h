@@ -70,6 +70,14 @@ inline constexpr dispatch_source_type_t DISPATCH_SOURCE_TYPE_TIMER = dispatch_so
 /// cancelled source.
 NK_EXPORT void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, std::uint64_t interval,
                                          std::uint64_t leeway);
+/// The same by durations of std::chrono. Those below zero count as zero.
+template <detail::ChronoDuration Interval, detail::ChronoDuration Leeway = Interval>
+void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, const Interval& interval,
+                               const Leeway& leeway = Leeway::zero()) {
+  const auto nanoseconds = [](std::int64_t count) { return count > 0 ? static_cast<std::uint64_t>(count) : 0; };
+  dispatch_source_set_timer(source, start, nanoseconds(detail::inNanoseconds(interval)),
+                            nanoseconds(detail::inNanoseconds(leeway)));
+}
 
 /// Counted: a source is at work while it has been resumed as often as suspended, its creation included. One resume too
 /// many aborts with a line "BUG: ..." on the system console. What fires meanwhile is handled, once, after the resume. A

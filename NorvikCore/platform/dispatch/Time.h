@@ -4,12 +4,14 @@
 //
 //   dispatch_time_t inTwoSeconds = dispatch_time(DISPATCH_TIME_NOW, 2 * NSEC_PER_SEC);
 //   dispatch_time_t later = dispatch_time(inTwoSeconds, 500 * NSEC_PER_MSEC);
+//   dispatch_time_t inAMinute = dispatch_time(DISPATCH_TIME_NOW, 1min);             // any duration of std::chrono
 //   dispatch_time_t noonByTheWall = dispatch_walltime(&noon, 0);
 //
 // Plain numbers; every function is safe on any thread and allocates nothing.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/values/TimeInterval.h"
 
 #include <cstdint>
 #include <ctime>
@@ -30,6 +32,11 @@ inline constexpr std::int64_t MSEC_PER_SEC = 1'000;
 /// `when` moved by `delta` nanoseconds, on the clock of `when`; DISPATCH_TIME_NOW is the monotonic clock's present.
 /// What would lie before the clock's start is its start, what would lie too far ahead is DISPATCH_TIME_FOREVER.
 [[nodiscard]] NK_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta) noexcept;
+
+template <detail::ChronoDuration Duration>
+[[nodiscard]] dispatch_time_t dispatch_time(dispatch_time_t when, const Duration& delta) noexcept {
+  return dispatch_time(when, detail::inNanoseconds(delta));
+}
 
 /// A point of the wall clock: `when` (seconds and nanoseconds since 1970-01-01 UTC; null: the present) moved by `delta`
 /// nanoseconds. A timer that starts there follows the wall clock when it is set.

@@ -404,6 +404,8 @@ struct NSNumberFormatter::Engine {
                                    settings.padding == settings.decimalSeparator ||
                                    settings.padding == settings.groupingSeparator;
       if (isPartOfNumbers) settings.padding.clear();
+      settings.padPosition = padPosition();
+      settings.width = static_cast<std::size_t>(digits->getFormatWidth());
     }
     settings.forms = isMoney ? formsOfMoney() : forms();
     if (isMoney) {
@@ -411,6 +413,19 @@ struct NSNumberFormatter::Engine {
       settings.currencyCode = symbol(Symbol::kIntlCurrencySymbol);
     }
     reader.emplace(std::move(settings));
+  }
+
+  [[nodiscard]] NumberReader::PadPosition padPosition() const {
+    switch (digits->getPadPosition()) {
+      case icu::DecimalFormat::kPadAfterPrefix:
+        return NumberReader::PadPosition::afterPrefix;
+      case icu::DecimalFormat::kPadBeforeSuffix:
+        return NumberReader::PadPosition::beforeSuffix;
+      case icu::DecimalFormat::kPadAfterSuffix:
+        return NumberReader::PadPosition::afterSuffix;
+      default:
+        return NumberReader::PadPosition::beforePrefix;
+    }
   }
 
   [[nodiscard]] std::vector<NumberReader::Form> forms() const {

@@ -5,6 +5,7 @@
 //
 //   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
 //   (*payday + 86400).description();                            // "2021-05-11 00:00:00 +0000"
+//   *payday + std::chrono::hours(8);                              // or any other duration
 //   *payday - Date::dateWithTimeIntervalSince1970(0);           // 1620604800 seconds
 //
 // A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a
@@ -15,10 +16,9 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/ReferenceDate.h"
 #include "NorvikCore/platform/values/NSComparisonResult.h"
-#include "NorvikCore/platform/values/NSInteger.h"
+#include "NorvikCore/platform/values/TimeInterval.h"
 
 #include <compare>
-#include <concepts>
 #include <cstddef>
 #include <iosfwd>
 #include <optional>
@@ -32,14 +32,6 @@ using NSTimeInterval = double;
 
 /// From 1970-01-01 to 2001-01-01, both 00:00:00 UTC, in seconds.
 inline constexpr NSTimeInterval NSTimeIntervalSince1970 = kernel::referenceDateInUnixSeconds;
-
-namespace detail {
-
-/// Neither a character nor a boolean is one.
-template <class T>
-concept NumberOfSeconds = std::floating_point<T> || WholeNumber<T>;
-
-}  // namespace detail
 
 class Date {
  public:
@@ -108,27 +100,28 @@ class Date {
     return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
   }
 
-  /// In seconds, as timeIntervalSinceDate() and dateByAddingTimeInterval(). Date_chrono.h adds durations.
+  /// As timeIntervalSinceDate() and dateByAddingTimeInterval(): in seconds. An interval is a number of seconds or a
+  /// duration of std::chrono; a calendar's days and months are in Categories/NSDate+Norvik.h.
   [[nodiscard]] friend constexpr NSTimeInterval operator-(Date a, Date b) noexcept { return a.seconds_ - b.seconds_; }
-  template <detail::NumberOfSeconds Seconds>
-  [[nodiscard]] friend constexpr Date operator+(Date date, Seconds seconds) noexcept {
-    return Date(date.seconds_ + static_cast<NSTimeInterval>(seconds));
+  template <detail::TimeInterval Interval>
+  [[nodiscard]] friend constexpr Date operator+(Date date, Interval interval) noexcept {
+    return Date(date.seconds_ + detail::inSeconds(interval));
   }
-  template <detail::NumberOfSeconds Seconds>
-  [[nodiscard]] friend constexpr Date operator+(Seconds seconds, Date date) noexcept {
-    return date + seconds;
+  template <detail::TimeInterval Interval>
+  [[nodiscard]] friend constexpr Date operator+(Interval interval, Date date) noexcept {
+    return date + interval;
   }
-  template <detail::NumberOfSeconds Seconds>
-  [[nodiscard]] friend constexpr Date operator-(Date date, Seconds seconds) noexcept {
-    return Date(date.seconds_ - static_cast<NSTimeInterval>(seconds));
+  template <detail::TimeInterval Interval>
+  [[nodiscard]] friend constexpr Date operator-(Date date, Interval interval) noexcept {
+    return Date(date.seconds_ - detail::inSeconds(interval));
   }
-  template <detail::NumberOfSeconds Seconds>
-  constexpr Date& operator+=(Seconds seconds) noexcept {
-    return *this = *this + seconds;
+  template <detail::TimeInterval Interval>
+  constexpr Date& operator+=(Interval interval) noexcept {
+    return *this = *this + interval;
   }
-  template <detail::NumberOfSeconds Seconds>
-  constexpr Date& operator-=(Seconds seconds) noexcept {
-    return *this = *this - seconds;
+  template <detail::TimeInterval Interval>
+  constexpr Date& operator-=(Interval interval) noexcept {
+    return *this = *this - interval;
   }
 
   /// Writes description(). There is no >>: a date's text has spaces; read a line or a field and give it to

@@ -3,7 +3,6 @@
 //   Date now = dateFromTimePoint(std::chrono::system_clock::now());
 //   std::chrono::year_month_day day{sysDays(now)};
 //   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
-//   Date reminder = payday - std::chrono::days{3};
 //
 // A time point of the system clock holds nanoseconds from 1677 to 2262: a date beyond gives the nearest it can hold,
 // and one that is not a number the reference date. A double of this century resolves about 100 ns.
@@ -40,27 +39,6 @@ template <class Duration>
   if (seconds <= -latest) return Clock::time_point::min();
   const std::chrono::nanoseconds fraction{civilDateTime(date).time.nanosecond};
   return Clock::time_point{std::chrono::seconds{seconds} + fraction};
-}
-
-template <class Rep, class Period>
-[[nodiscard]] constexpr Date operator+(Date date, std::chrono::duration<Rep, Period> duration) noexcept {
-  return date + std::chrono::duration<NSTimeInterval>(duration).count();
-}
-template <class Rep, class Period>
-[[nodiscard]] constexpr Date operator+(std::chrono::duration<Rep, Period> duration, Date date) noexcept {
-  return date + duration;
-}
-template <class Rep, class Period>
-[[nodiscard]] constexpr Date operator-(Date date, std::chrono::duration<Rep, Period> duration) noexcept {
-  return date - std::chrono::duration<NSTimeInterval>(duration).count();
-}
-template <class Rep, class Period>
-constexpr Date& operator+=(Date& date, std::chrono::duration<Rep, Period> duration) noexcept {
-  return date = date + duration;
-}
-template <class Rep, class Period>
-constexpr Date& operator-=(Date& date, std::chrono::duration<Rep, Period> duration) noexcept {
-  return date = date - duration;
 }
 
 /// 00:00:00 UTC of the day.

@@ -18,11 +18,35 @@ TEST(DateChrono, HeaderExample) {
   EXPECT_GT(day, std::chrono::January / 1 / 2024);
   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
   EXPECT_EQ(payday, "2021-05-10"_date);
+}
+
+TEST(TimeInterval, HeaderExample) {
+  const Date payday = "2021-05-10"_date;
   Date reminder = payday - std::chrono::days{3};
   EXPECT_EQ(reminder, "2021-05-07"_date);
 }
 
-TEST(DateChrono, DurationsAreAddedAndTakenAway) {
+TEST(TimeInterval, IsSecondsOrNanoseconds) {
+  using detail::inNanoseconds;
+  using detail::inSeconds;
+  using Halves = std::chrono::duration<std::int64_t, std::ratio<1, 2>>;
+  using Thirds = std::chrono::duration<std::int64_t, std::ratio<1, 3>>;
+  using Seconds = std::chrono::duration<double>;
+  static_assert(inSeconds(90min) == 5400 && inSeconds(250ms) == 0.25 && inSeconds(2) == 2 && inSeconds(0.5f) == 0.5);
+  static_assert(inSeconds(Halves(3)) == 1.5 && inSeconds(Seconds(0.1)) == 0.1 && inSeconds(-1ns) == -1e-9);
+  static_assert(inNanoseconds(1s) == 1'000'000'000 && inNanoseconds(-250ms) == -250'000'000);
+  static_assert(inNanoseconds(Halves(3)) == 1'500'000'000 && inNanoseconds(Seconds(0.5)) == 500'000'000);
+  static_assert(inNanoseconds(Thirds(6)) == 2'000'000'000 && inNanoseconds(Thirds(1)) == 333'333'333);
+  static_assert(inNanoseconds(std::chrono::hours::max()) == INT64_MAX &&
+                inNanoseconds(std::chrono::hours::min()) == INT64_MIN);
+  static_assert(inNanoseconds(std::chrono::nanoseconds::max()) == INT64_MAX);
+  static_assert(inNanoseconds(std::chrono::nanoseconds::min()) == INT64_MIN);
+  EXPECT_EQ(inNanoseconds(Seconds(1e300)), INT64_MAX);
+  EXPECT_EQ(inNanoseconds(Seconds(-1e300)), INT64_MIN);
+  EXPECT_EQ(inNanoseconds(Seconds(std::numeric_limits<double>::quiet_NaN())), 0);
+}
+
+TEST(TimeInterval, DurationsAreAddedToDatesAndTakenAway) {
   constexpr Date start = "2021-04-06"_date;
   static_assert(start + 90min == "2021-04-06 01:30:00 +0000"_date && 1h + start == start + 1h);
   static_assert(start + 250ms - start == 0.25 && start - 1s - start == -1);

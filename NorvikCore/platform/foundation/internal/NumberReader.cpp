@@ -43,6 +43,10 @@ inline bool take(std::string_view& text, std::string_view prefix) noexcept {
   return true;
 }
 
+std::size_t characterCount(std::string_view text) noexcept {
+  return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return !utf8::isContinuation(c); }));
+}
+
 constexpr bool isAsciiDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 /// Without the first occurrence; whether there was one.
@@ -175,14 +179,39 @@ std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view
     if (!mayBegin(text.front(), form)) continue;
     if (auto reading = readStrictly(text, form)) return reading;
   }
-  if (settings_.padding.empty()) return std::nullopt;
-  // After the texts as they are: one may begin or end as the padding does.
-  const std::string_view unpadded = withoutPadding(text);
-  if (unpadded.size() == text.size()) return std::nullopt;
-  for (const Form& form : settings_.forms) {
-    if (auto reading = readStrictly(unpadded, form)) return reading;
-  }
   return std::nullopt;
+}
+
+std::string_view NumberReader::withoutOuterPadding(std::string_view text, const Form& form) const noexcept {
+  const std::string_view padding = settings_.padding;
+  const auto countAtStart = [padding](std::string_view of) {
+    std::size_t count = 0;
+    for (; of.starts_with(padding); of.remove_prefix(padding.size())) ++count;
+    return count;
+  };
+  const auto countAtEnd = [padding](std::string_view of) {
+    std::size_t count = 0;
+    for (; of.ends_with(padding); of.remove_suffix(padding.size())) ++count;
+    return count;
+  };
+  if (settings_.padPosition == PadPosition::beforePrefix) {
+    const std::size_t found = countAtStart(text), own = countAtStart(form.before);
+    if (found > own) text.remove_prefix((found - own) * padding.size());
+  } else if (settings_.padPosition == PadPosition::afterSuffix) {
+    const std::size_t found = countAtEnd(text), own = countAtEnd(form.after);
+    if (found > own) text.remove_suffix((found - own) * padding.size());
+  }
+  return text;
+}
+
+std::string_view NumberReader::withoutInnerPadding(std::string_view number) const noexcept {
+  const std::string_view padding = settings_.padding;
+  if (settings_.padPosition == PadPosition::afterPrefix) {
+    while (number.starts_with(padding)) number.remove_prefix(padding.size());
+  } else if (settings_.padPosition == PadPosition::beforeSuffix) {
+    while (number.ends_with(padding)) number.remove_suffix(padding.size());
+  }
+  return number;
 }
 
 std::string_view NumberReader::withoutPadding(std::string_view text) const noexcept {
@@ -194,10 +223,19 @@ std::string_view NumberReader::withoutPadding(std::string_view text) const noexc
 }
 
 std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view text, const Form& form) const {
+  const bool mayBePadded = !settings_.padding.empty();
+  const std::string_view whole = text;
+  if (mayBePadded) text = withoutOuterPadding(text, form);
+  bool isPadded = text.size() < whole.size();
   const std::size_t size = form.before.size() + form.after.size();
   if (text.size() <= size || !text.starts_with(form.before) || !text.ends_with(form.after)) return std::nullopt;
   text = text.substr(form.before.size(), text.size() - size);
-  if (!settings_.padding.empty()) text = withoutPadding(text);
+  if (mayBePadded) {
+    const std::string_view number = withoutInnerPadding(text);
+    isPadded |= number.size() < text.size();
+    text = number;
+  }
+  if (isPadded && characterCount(whole) != settings_.width) return std::nullopt;
   Digits digits(text.size());
   bool hasPoint = false;
   if (!takeDigits(text, false, digits, hasPoint)) return std::nullopt;

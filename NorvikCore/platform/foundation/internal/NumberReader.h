@@ -24,11 +24,16 @@ class NumberReader {
     friend bool operator==(const Form&, const Form&) = default;
   };
 
+  /// Where a text is filled up: around the text before the number, or around the one after it.
+  enum class PadPosition { beforePrefix, afterPrefix, beforeSuffix, afterSuffix };
+
   struct Settings {
     std::array<std::string, 10> digits;
     std::string decimalSeparator, groupingSeparator, minusSign, plusSign;
     std::string exponentSign;  ///< written before a power of ten; empty if the pattern has none
     std::string padding;       ///< fills the text up to the width of the pattern; empty if it has none
+    PadPosition padPosition = PadPosition::beforePrefix;
+    std::size_t width = 0;  ///< of texts with padding, in characters
     bool isGrouped = false;
     int lastGroup = 3, otherGroups = 3;  ///< how many digits; 12,34,567 has two in the others
     int power = 0;                       ///< the power of ten that numbers are multiplied by: 2 in percentages
@@ -68,6 +73,9 @@ class NumberReader {
   /// same texts around them without it.
   [[nodiscard]] LooseForm looseForm(const Form& form, const std::vector<Form>& all) const;
   [[nodiscard]] std::string_view withoutPadding(std::string_view text) const noexcept;
+  /// Without the padding on the outer side of the form's texts, which may themselves begin or end as the padding does.
+  [[nodiscard]] std::string_view withoutOuterPadding(std::string_view text, const Form& form) const noexcept;
+  [[nodiscard]] std::string_view withoutInnerPadding(std::string_view number) const noexcept;
   /// False only if no text of the form begins with it. Refuses most lenient texts before they are read strictly.
   [[nodiscard]] bool mayBegin(char first, const Form& form) const noexcept;
   bool takeSign(std::string_view& text, bool& isNegative) const noexcept;

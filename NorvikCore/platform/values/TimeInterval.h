@@ -1,0 +1,57 @@
+// NorvikCore/platform/values/TimeInterval.h - lengths of time as arguments: a number of seconds, or any duration of
+// std::chrono.
+//
+//   logger->setRollingFrequency(24h);
+//   Date reminder = payday - std::chrono::days{3};
+//   dispatch_time(DISPATCH_TIME_NOW, 500ms);
+//
+// This header does not include <chrono>: a duration is whatever has the members of one.
+#pragma once
+
+#include "NorvikCore/platform/values/NSInteger.h"
+
+#include <concepts>
+#include <cstdint>
+
+namespace norvik::detail {
+
+template <class T>
+concept ChronoDuration = requires(const T& duration) {
+  typename T::rep;
+  duration.count();
+  T::period::num;
+  T::period::den;
+};
+
+/// Neither a character nor a boolean is one.
+template <class T>
+concept TimeInterval = std::floating_point<T> || WholeNumber<T> || ChronoDuration<T>;
+
+template <TimeInterval T>
+[[nodiscard]] constexpr double inSeconds(const T& time) noexcept {
+  if constexpr (ChronoDuration<T>) {
+    return static_cast<double>(time.count()) * static_cast<double>(T::period::num) /
+           static_cast<double>(T::period::den);
+  } else {
+    return static_cast<double>(time);
+  }
+}
+
+/// The nearest limit where 64 bits do not hold them; 0 for not-a-number.
+template <ChronoDuration T>
+[[nodiscard]] constexpr std::int64_t inNanoseconds(const T& time) noexcept {
+  constexpr std::int64_t perSecond = 1'000'000'000;
+  if constexpr (std::integral<typename T::rep>) {
+    __extension__ using Wide = __int128;
+    constexpr Wide numerator = Wide{perSecond} * T::period::num;
+    if constexpr (numerator % T::period::den == 0 && numerator / T::period::den <= INT64_MAX) {
+      const Wide exact = Wide{time.count()} * (numerator / T::period::den);
+      return exact > INT64_MAX ? INT64_MAX : exact < INT64_MIN ? INT64_MIN : static_cast<std::int64_t>(exact);
+    }
+  }
+  const double nanoseconds = inSeconds(time) * perSecond;
+  if (nanoseconds != nanoseconds) return 0;
+  return nanoseconds >= 0x1p63 ? INT64_MAX : nanoseconds < -0x1p63 ? INT64_MIN : static_cast<std::int64_t>(nanoseconds);
+}
+
+}  // namespace norvik::detail
