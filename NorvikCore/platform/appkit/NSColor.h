@@ -42,7 +42,7 @@ class NK_EXPORT NSColor : public NSObject, public NSCoding {
   /// "#RRGGBB", followed by "AA" if the colour is not opaque.
   [[nodiscard]] NSString description() const override;
 
-  /// The components, exactly.
+  /// Archives the components exactly.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSColor> colorWithCoder(NSCoder& coder);
 

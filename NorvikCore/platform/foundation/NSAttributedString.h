@@ -12,7 +12,8 @@
 // pair. A range or index beyond the text raises NSRangeException.
 //
 // A mutable dictionary is copied when it is passed in. Its values are shared. Runs are compared when the text is
-// edited: if a value becomes equal or unequal to another one later, the existing runs are neither joined nor split.
+// created or edited: if a value becomes equal or unequal to another one later, the existing runs are neither joined nor
+// split.
 //
 // Threads: any number of threads may read an NSAttributedString; an NSMutableAttributedString is confined to one thread
 //          at a time.

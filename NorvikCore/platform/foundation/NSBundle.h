@@ -14,7 +14,7 @@
 //   3. the information file: NAME.info in the folder of the executable NAME or, if there is none,
 //      ../share/NAME/NAME.info relative to that folder;
 //   4. for CFBundleExecutable and CFBundleName, the name of the executable's file.
-// An application without any of these sources has no identifier.
+// An application has an identifier only if one of the first three sources has one.
 //
 // An information file is UTF-8 text with one key per line; `#` begins a comment:
 //   CFBundleIdentifier = uk.co.norvik.payroll

@@ -35,14 +35,14 @@
 //   Q q g A          them the locale's digits                        or 0 to 9; h takes 13 to 24, M names of months
 //   y u U r Y        the same, at least four digits: the year 21     two digits: 1950 to 2049; four or more: the year
 //                    is "0021" for yyyy, "21" is refused             itself; one or three are refused
-//                    and 0 except for u and r                        and 0 except for u and r
+//                    and so is 0 except for u and r                  and so is 0 except for u and r
 //   yy YY            two digits: 1950 to 2049                        the same as y
 //   y beside G       the same as d: "44 BC"                          any number of digits
 //   S                as many digits as letters                       1 to 18 digits
 //   MMM EEE QQQ a b  the locale's name of that width; a name that    a name of any width, the first letters, three or
-//   B G and wider    several have (MMMMM) is only checked            more, of one month or weekday; months by number
-//   Z X x            the form that is written; "+00:00" also where   any such form, with or without colon and minutes,
-//                    "Z" is written, "-00:00" nowhere                "-00:00", "GMT" and "UTC"
+//   B G and wider    several share (MMMMM) is only checked           more, of one month or weekday; months by number
+//   Z X x            the written form; "+00:00" also instead of      any such form, with or without colon and minutes,
+//                    "Z", but never "-00:00"                         "-00:00", "GMT" and "UTC"
 //   z v V O ZZZZ     the zone's name as the pattern writes it in     a name in any form that ICU knows
 //                    one of its seasons, if ICU reads it; UTC's
 //

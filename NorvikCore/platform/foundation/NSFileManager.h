@@ -34,9 +34,9 @@ NK_EXPORT extern const NSString NSFileTypeSymbolicLink;
 NK_EXPORT extern const NSString NSFileTypeCharacterSpecial;
 NK_EXPORT extern const NSString NSFileTypeBlockSpecial;
 NK_EXPORT extern const NSString NSFileTypeSocket;
-/// Pipes too.
+/// Also the type of pipes.
 NK_EXPORT extern const NSString NSFileTypeUnknown;
-/// Bytes.
+/// In bytes.
 NK_EXPORT extern const NSString NSFileSize;
 NK_EXPORT extern const NSString NSFileModificationDate;
 /// kernel/FileStatus.h describes the value if the file system stores no creation time.

@@ -1,5 +1,4 @@
-// NorvikCore/platform/foundation/NSHTTPCookieStorage.h - the cookies of the application, stored from one start to the
-// next.
+// NorvikCore/platform/foundation/NSHTTPCookieStorage.h - the cookies of the application, which outlive the process.
 //
 //   NSHTTPCookieStorage& storage = NSHTTPCookieStorage::sharedHTTPCookieStorage();
 //   storage.setCookieLine("lang=en-GB; Max-Age=3600", *url);     // a line "Set-Cookie:" of a response from url

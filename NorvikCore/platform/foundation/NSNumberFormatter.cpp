@@ -36,7 +36,7 @@ using Symbol = icu::DecimalFormatSymbols::ENumberFormatSymbol;
 
 /// No language needs more than 470 units for a number below 10^15. ICU reads in time quadratic in the length.
 constexpr std::size_t mostUnitsOfWords = 500;
-constexpr int noIntegerLimit = 309;  // the digits of the greatest double
+constexpr int noIntegerLimit = 309;  // the number of digits of the greatest double
 
 void check(UErrorCode status, const char* what) {
   if (U_FAILURE(status)) {

@@ -11,7 +11,7 @@
 // L d D H h K k m s S w Q q, and Z as "+0100") and, if names are given, the fields written in a locale's words: months,
 // weekdays, quarters, halves of the day and eras. Years must be 1 to 9999.
 //
-// A value, immutable: safe on any thread.
+// Immutable value: safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -161,7 +161,7 @@ struct DateReader::Scanner {
 /// The fields that were read. If a field occurs twice, the last one counts.
 struct DateReader::Fields {
   std::optional<std::int64_t> era, year, weekYear, month, day, dayOfYear, julianDay;
-  std::optional<std::int64_t> week, weekOfMonth, weekdayOrdinal, weekday, quarter;  // weekday from 0, Sunday
+  std::optional<std::int64_t> week, weekOfMonth, weekdayOrdinal, weekday, quarter;  // weekday 0 is Sunday
   std::optional<std::int64_t> hour, halfDayHour, minute, second, millisecondOfDay;
   std::uint64_t periods = 0;  // the times of day that a period may mean
   double fraction = 0;
@@ -496,7 +496,7 @@ bool DateReader::readNumber(Scanner& scanner, const Item& item, Field& field) co
   field.digits = taken;
   if (!hasTheDigitsOf(item, field, values[0] == 0)) return false;
   if (isNegative) field.value = -field.value;
-  if (field.value == 0 && isOneOf(item.letter, "yU")) return false;  // eras begin with their year 1
+  if (field.value == 0 && isOneOf(item.letter, "yU")) return false;  // because eras begin with year 1
   scanner.skip(ends[taken - 1]);
   return true;
 }

@@ -15,7 +15,7 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::size_t longestHost =
-    1024;  // the name system ends at 253, and an international name takes quadratic time
+    1024;  // host names have 253 bytes at most, and reading an international name takes quadratic time
 
 int hexadecimal(char c) noexcept {
   if (isAsciiDigit(c)) return c - '0';

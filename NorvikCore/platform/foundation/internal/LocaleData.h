@@ -21,7 +21,7 @@ struct LocaleData {
   const icu::Locale locale;
 
  private:
-  mutable std::atomic<int> asciiDigits_{-1};  // not known yet
+  mutable std::atomic<int> asciiDigits_{-1};  // -1 until it is determined
 };
 
 [[nodiscard]] inline const icu::Locale& icuLocale(const NSLocale& locale) { return locale.data().locale; }

@@ -50,7 +50,7 @@ class NK_EXPORT PosixZoneRule {
     enum class Kind : std::uint8_t { JulianWithoutLeapDay, ZeroBasedDay, MonthWeekDay };
     Kind kind = Kind::MonthWeekDay;
     std::int32_t month = 1, week = 1;
-    std::int32_t day = 0;  // weekday, 0 is Sunday, or day of the year
+    std::int32_t day = 0;  // weekday (0 is Sunday) or day of the year
     std::int32_t time = 7200;
 
     [[nodiscard]] std::int64_t localSecondsIn(std::int64_t year) const noexcept;

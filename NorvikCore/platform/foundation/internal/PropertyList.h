@@ -1,5 +1,5 @@
-// The values that preferences can hold: booleans, numbers, decimals, dates, texts, data, and arrays and dictionaries of
-// them, with texts as keys.
+// NorvikCore/platform/foundation/internal/PropertyList.h - the values that preferences can hold: booleans, numbers,
+// decimals, dates, texts, data, and arrays and dictionaries of them, with texts as keys.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

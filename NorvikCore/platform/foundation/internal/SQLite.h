@@ -1,4 +1,5 @@
-// Owning wrappers of SQLite's connections and statements, with texts for errors.
+// NorvikCore/platform/foundation/internal/SQLite.h - owning wrappers of SQLite's connections and statements, with texts
+// for errors.
 //
 //   sqlite::Connection connection;
 //   if (connection.open(path, SQLITE_OPEN_READWRITE) != SQLITE_OK) return connection.whatFailed();
