@@ -70,8 +70,8 @@ class DatabaseFile {
   /// The actions of an owner when the process forks or ends.
   class Owner {
    public:
-    /// The last use of the file before the fork; it must not wait for other processes. No thread holds a lock of the
-    /// library, and the calling thread does not hold the mutex.
+    /// The last use of the file before the fork. Operations in it do not wait for other processes. No thread holds a
+    /// lock of the library, and the calling thread does not hold the mutex.
     virtual void beforeFork() noexcept {}
     /// The last use of the file. The calling thread holds the mutex.
     virtual void beforeEnd() noexcept {}

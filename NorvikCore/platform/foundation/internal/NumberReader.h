@@ -60,8 +60,8 @@ class NumberReader {
 
   class Digits;
 
-  /// True if the texts around negative numbers are a part of those around other numbers, such as "5 CR" and "5" for -5.
-  /// Such a form is tried first, because the other one accepts its numbers too.
+  /// True if the texts around negative numbers are a part of those around other numbers, such as "5 CR" for 5, "5" for
+  /// -5. Such a form is tried first, because the other one accepts its numbers too.
   [[nodiscard]] static bool isWithinAnother(const LooseForm& form, const std::vector<LooseForm>& forms);
   [[nodiscard]] LooseForm withoutSign(const Form& form) const;
   /// A plus or minus sign in a form is removed only if numbers of the other sign have the same texts around them
