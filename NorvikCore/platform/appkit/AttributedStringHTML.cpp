@@ -56,8 +56,8 @@ void appendText(std::string& result, char32_t character, LineBreaks& lines) {
   }
 }
 
-/// A family's name as a string of CSS, escaped for an HTML attribute. A character that could end the string becomes a
-/// number.
+/// A family name as a CSS string, escaped for an HTML attribute. A character that could end the string is written as
+/// its number.
 std::string quotedFamily(const NSString& family) {
   std::string result = "&#39;";
   for (const char32_t character : family.codePoints()) {
@@ -72,7 +72,7 @@ std::string quotedFamily(const NSString& family) {
   return result + "&#39;";
 }
 
-/// With three decimals at most.
+/// With at most three decimal places.
 std::string sizeText(double size) {
   constexpr double least = 0.001, greatest = 10000;
   char text[32];
@@ -83,7 +83,7 @@ std::string sizeText(double size) {
   return result;
 }
 
-/// Declarations with a semicolon between them, escaped for an attribute.
+/// CSS declarations, separated by semicolons and escaped for an attribute.
 std::string cssOf(const TextStyle& style, const NSFont* surrounding) {
   std::string css;
   const auto add = [&](const char* property, const std::string& value) {
@@ -110,7 +110,7 @@ std::string cssOf(const TextStyle& style, const NSFont* surrounding) {
   return css;
 }
 
-/// The tags around a text of one style; both empty for a text as it is.
+/// The tags around a text of one style; both empty if it needs none.
 struct Tags {
   std::string before, behind;
 };

@@ -1,15 +1,16 @@
 // NorvikCore/platform/appkit/AttributedStringHTML.h - attributed text as a fragment of HTML.
 //
 //   htmlText(*text);                  // "<span style=\"font-weight:bold\">Pay</span> now"
-//   htmlText(*text, body.get());      // within an element of that font: sizes are relative to it
+//   htmlText(*text, body.get());      // inside an element with that font: sizes are relative to it
 //
-// The fragment holds text, <br>, <span style> and <a href style>, so it may stand wherever text may, in a paragraph or
-// a cell. It refers to nothing outside but the addresses of links. A link is an <a> where its address is one of http,
-// https or mailto; any other, such as javascript:, is left out and its text stays.
+// The fragment consists of text, <br>, <span style> and <a href style>, so it may be placed wherever text is allowed,
+// such as a paragraph or a cell. It refers to nothing outside it except the addresses of links. A link becomes an <a>
+// only if its address is one of http, https or mailto. For any other address, such as javascript:, only the text of the
+// link is written.
 //
-// Whatever the text holds is text: & < > " and ' are written as entities. A line break of any kind, CR LF as one,
-// becomes <br>; a control character other than the tab, and a lone surrogate half, U+FFFD. Browsers collapse blanks
-// unless the fragment's element says `white-space: pre-wrap`.
+// All content of the text is escaped: & < > " and ' are written as entities. A line break of any kind (CR LF is one)
+// becomes <br>. A control character other than the tab and a lone surrogate half become U+FFFD. Browsers collapse
+// blanks unless the fragment's element has `white-space: pre-wrap`.
 //
 // Any thread. Linear.
 #pragma once
@@ -22,8 +23,8 @@
 
 namespace norvik {
 
-/// UTF-8. Without a surrounding font sizes are in points, and every font names its family; with one, only what differs
-/// from it is written, and sizes are in em.
+/// UTF-8. Without a surrounding font, sizes are in points and every font has its family. With one, only differences
+/// from it are written, and sizes are in em.
 [[nodiscard]] NK_EXPORT std::string htmlText(const NSAttributedString& text, const NSFont* surroundingFont = nullptr);
 
 /// Plain text, escaped in the same way.

@@ -68,7 +68,7 @@ constexpr std::array<Rgb, 240> indexedColors() {
   return colors;
 }
 
-/// The parameters that set a colour, of the text or of what is behind it.
+/// The parameters that set a colour of the text or of its background.
 std::string colorParameters(const NSColor& color, TerminalColors colors, bool isBackground) {
   static constexpr std::array<Rgb, 240> indexed = indexedColors();
   const Rgb rgb = rgbOf(color);
@@ -85,7 +85,7 @@ std::string colorParameters(const NSColor& color, TerminalColors colors, bool is
   return std::to_string(first + index + (isBackground ? background : 0));
 }
 
-/// What is written before and behind a text of one style; both empty for a text as it is.
+/// The sequences before and after a text of one style; both empty if it needs none.
 struct Sequences {
   std::string before, behind;
 };
@@ -128,7 +128,7 @@ void appendVisible(std::string& result, char32_t character) {
 
 std::string terminalText(const NSAttributedString& text, TerminalColors colors, TerminalLinks links) {
   std::string result;
-  Sequences set;  // what is in force
+  Sequences set;  // the sequences in effect
   const auto reset = [&] {
     result += set.behind;
     set = {};

@@ -1,18 +1,18 @@
-// NorvikCore/platform/appkit/Canvas.h - a page to draw on: of a PDFDocument, or a PNGImage.
+// NorvikCore/platform/appkit/Canvas.h - a page for drawing: a page of a PDFDocument, or a PNGImage.
 //
 //   const NSSize used = page.drawText(*address, {56, 56}, 200);                // wrapped within 200 points
 //   page.drawText(*amount, {440, 56}, 100, NSTextAlignmentRight);
 //   page.drawLine({56, 56 + used.height}, {540, 56 + used.height}, 0.5, *NSColor::blackColor());
 //
-// Places and sizes are in points, from the page's upper left corner. What is drawn later covers what is there.
+// Positions and sizes are in points, from the page's upper left corner. Later drawings cover earlier ones.
 //
-// Text is drawn as its attributes say: NSFontAttributeName (else the system's font), NSForegroundColorAttributeName
-// (else black), NSBackgroundColorAttributeName, NSUnderlineStyleAttributeName, and NSLinkAttributeName, which makes a
-// link of addresses that begin with http, https or mailto, and nothing of others. Arabic and Hebrew run from right to
-// left; a line of them stands at the side that the alignment says.
+// Text is drawn with these attributes: NSFontAttributeName (default: the system's font), NSForegroundColorAttributeName
+// (default: black), NSBackgroundColorAttributeName, NSUnderlineStyleAttributeName, and NSLinkAttributeName, which makes
+// a link if the address begins with http, https or mailto and is ignored otherwise. Arabic and Hebrew run from right to
+// left; the alignment alone determines at which side their lines are.
 //
-// Confined to one thread at a time; several canvases on several threads draw at once. A place or size that is no finite
-// number raises NSInvalidArgumentException.
+// Confined to one thread at a time; several threads may draw on different canvases at once. A position or size that is
+// not a finite number raises NSInvalidArgumentException.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSColor.h"
@@ -37,8 +37,8 @@ class NK_EXPORT Canvas {
 
   [[nodiscard]] NSSize size() const noexcept { return size_; }
 
-  /// The text between `at.x` and `at.x + width`, from `at.y` downwards, however many lines it has. Returns the room
-  /// that it takes, as sizeOfText() does. Without a width lines end at line breaks only, and all are set at `at.x`.
+  /// Draws the text between `at.x` and `at.x + width`, from `at.y` downwards, with any number of lines. Returns the
+  /// size of the text, as sizeOfText() does. Without a width, lines end at line breaks only, and all begin at `at.x`.
   NSSize drawText(const NSAttributedString& text, NSPoint at, double width = unlimitedWidth,
                   NSTextAlignment alignment = NSTextAlignmentLeft);
   void drawLine(NSPoint from, NSPoint to, double thickness, const NSColor& color);

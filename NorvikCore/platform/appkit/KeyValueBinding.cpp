@@ -13,7 +13,7 @@ namespace {
 
 using BindingRef = Ref<detail::Binding>;
 
-/// The bindings of one receiver, with which they end.
+/// The bindings of one receiver. They end when the receiver is destroyed.
 class Bindings final : public NSObject {
  public:
   ~Bindings() override {
@@ -26,7 +26,7 @@ class Bindings final : public NSObject {
     return found == all_.end() ? nullptr : *found;
   }
 
-  /// Gives back the binding of the same name that was there.
+  /// Stores the binding and returns the one of the same name that it replaces.
   BindingRef put(const BindingRef& binding) NK_EXCLUDES(mutex_) {
     MutexLock lock(mutex_);
     const auto found = std::ranges::find(all_, binding->name(), &detail::Binding::name);
@@ -35,7 +35,7 @@ class Bindings final : public NSObject {
     return nullptr;
   }
 
-  /// True where it was still there.
+  /// Removes the binding. True if it was present.
   bool take(const BindingRef& binding) NK_EXCLUDES(mutex_) {
     MutexLock lock(mutex_);
     return std::erase(all_, binding) > 0;

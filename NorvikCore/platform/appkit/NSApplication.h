@@ -1,10 +1,10 @@
-// NorvikCore/platform/appkit/NSApplication.h - the application as the one who hands actions to their targets.
+// NorvikCore/platform/appkit/NSApplication.h - the application, which sends actions to their targets.
 //
 //   NSApplication::sharedApplication().sendAction_to_from("closePayRun:", window, sender);
 //   // has called window->closePayRun(sender)
 //
-// There is no screen, no event loop and no chain of views: an action without a target goes to the application itself,
-// then to its delegate. Confined to the main thread.
+// There is no screen, no event loop and no chain of views: an action without a target is sent to the application itself
+// or, if that does not respond to it, to its delegate. Confined to the main thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -18,12 +18,12 @@ class NK_EXPORT NSApplication : public NSObject {
   NK_WEAK_PROPERTY(NSObject, delegate, setDelegate)
   ~NSApplication() override;
 
-  /// Made on first use, never destroyed.
+  /// Created on first use, never destroyed.
   [[nodiscard]] static NSApplication& sharedApplication();
 
-  /// Performs the action on the target, with the sender where it takes an argument. False where nobody responds to it.
-  /// What the action gives back is dropped, what it raises passes; one that takes more than one argument raises
-  /// NSInvalidArgumentException.
+  /// Performs the action on the target; the sender is passed if the action takes an argument. False if no object
+  /// responds to it. The action's result is discarded, and its exceptions pass. An action with more than one argument
+  /// raises NSInvalidArgumentException.
   bool sendAction_to_from(SEL action, const Ref<NSObject>& target, const Value& sender);
 };
 

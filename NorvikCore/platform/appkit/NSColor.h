@@ -2,8 +2,8 @@
 //
 //   text->addAttribute(NSForegroundColorAttributeName, NSColor::redColor(), {0, 5});
 //
-// Colours are immutable objects, equal by their components; any thread. Components out of range are taken to the
-// nearest limit, not-a-number to 0.
+// Colours are immutable objects, equal if their components are equal; any thread. Components out of range are set to
+// the nearest limit, not-a-number to 0.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -19,7 +19,7 @@ class NK_EXPORT NSColor : public NSObject, public NSCoding {
   ~NSColor() override;
 
   [[nodiscard]] static Ref<NSColor> colorWithRed(double red, double green, double blue, double alpha);
-  /// The grey between black, 0, and white, 1.
+  /// A grey between black (0) and white (1).
   [[nodiscard]] static Ref<NSColor> colorWithWhite(double white, double alpha);
 
   // The same object on every call.
@@ -39,10 +39,10 @@ class NK_EXPORT NSColor : public NSObject, public NSCoding {
 
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// "#RRGGBB", followed by "AA" where the colour is not opaque.
+  /// "#RRGGBB", followed by "AA" if the colour is not opaque.
   [[nodiscard]] NSString description() const override;
 
-  /// The components, exactly.
+  /// Archives the components exactly.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSColor> colorWithCoder(NSCoder& coder);
 

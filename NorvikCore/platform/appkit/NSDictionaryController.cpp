@@ -35,7 +35,7 @@ NSDictionaryController::~NSDictionaryController() {
   for (const Ref<Entry>& entry : entries_) entry->stopFollowing();
 }
 
-/// Announces both lists around a change of what they are made from.
+/// Announces both lists around a change of the data from which they are created.
 template <class Change>
 void NSDictionaryController::changeEntries(Change&& change) {
   {
@@ -87,7 +87,7 @@ bool NSDictionaryController::setSelectedObjects(const Ref<NSArray>& objects) {
   return true;
 }
 
-/// The entries have the content's keys in the content's order.
+/// True if the entries have the content's keys in the content's order.
 bool NSDictionaryController::isCurrent() const {
   const std::size_t count = content_ ? content_->count() : 0;
   if (count != entries_.size()) return false;

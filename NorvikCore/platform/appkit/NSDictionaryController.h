@@ -6,14 +6,15 @@
 //   for (const auto& entry : entries->as<NSDictionaryControllerKeyValuePair>()) show(entry.key());
 //   controller->setSelectedObjects(NSArray::arrayWithObjects(entries->firstObject()));
 //
-// The arranged objects are the dictionary's entries in the dictionary's order, read from it each time: an entry that
-// stays is the same object, a key that goes takes its entry out of the list and out of the selection.
+// The arranged objects are the dictionary's entries in the dictionary's order. They are read from it each time. The
+// entry of a key stays the same object; when a key is removed, its entry is removed from the list and from the
+// selection.
 //
-// Observers of "arrangedObjects" and "selectedObjects" hear of another content, of a changed selection, and of keys
-// that are removed through their entry or by key (setValue_forKey). Who changes the dictionary's keys in another way
-// calls rearrangeObjects() to tell them.
+// Observers of "arrangedObjects" and "selectedObjects" are notified of another content, of a changed selection, and of
+// keys that are removed through their entry or by key (setValue_forKey). After any other change of the dictionary's
+// keys, call rearrangeObjects() to notify them.
 //
-// Ownership: keeps the dictionary and the entries. Confined: one thread at a time.
+// Ownership: retains the dictionary and the entries. Confined: one thread at a time.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h"
@@ -34,16 +35,16 @@ class NK_EXPORT NSDictionaryController : public NSObject {
   ~NSDictionaryController() override;
 
   [[nodiscard]] const Ref<NSDictionary>& contentDictionary() const noexcept { return content_; }
-  /// An empty one is no content. The selection is empty then.
+  /// An empty Ref means no content; then the selection is empty too.
   void setContentDictionary(const Ref<NSDictionary>& content);
 
   [[nodiscard]] Ref<NSArray> arrangedObjects() const;
-  /// Tells observers that arranged and selected objects may have changed.
+  /// Notifies observers that arranged and selected objects may have changed.
   void rearrangeObjects();
 
   /// In the order of the arranged objects.
   [[nodiscard]] Ref<NSArray> selectedObjects() const;
-  /// What is no arranged object is ignored; an empty Ref selects nothing. True where the selection changed.
+  /// Objects that are not arranged objects are ignored; an empty Ref selects nothing. True if the selection changed.
   bool setSelectedObjects(const Ref<NSArray>& objects);
 
  private:
@@ -54,10 +55,10 @@ class NK_EXPORT NSDictionaryController : public NSObject {
   void changeEntries(Change&& change);
 
   Ref<NSDictionary> content_;
-  // What was read from the content last; reading it anew is part of asking for it.
+  // The result of the last reading of the content. They are mutable because the getters read it again.
   mutable std::vector<Ref<Entry>> entries_;
   mutable Ref<NSArray> arranged_, selected_;
-  bool holdsStill_ = false;  ///< while a change is announced, observers see what was read last
+  bool holdsStill_ = false;  ///< while a change is announced, observers get the result of the last reading
 };
 
 }  // namespace norvik

@@ -10,7 +10,7 @@
 namespace norvik {
 namespace {
 
-/// A key that key-value coding takes for itself: not for a path, nor for an operator.
+/// A key that key-value coding does not interpret as a path or an operator.
 bool isPlainKey(const Value& key) {
   const NSString* text = key.string();
   return text && !text->empty() && text->view().find('.') == std::string_view::npos && text->view().front() != '@';
@@ -50,7 +50,7 @@ void NSDictionaryControllerKeyValuePair::observeValueForKeyPath(const NSString&,
   if (change.isPrior()) {
     willChangeValueForKey("value");
     isChanging_ = follows_;
-    if (!follows_) didChangeValueForKey("value");  // a callback ended it: nobody else will say so
+    if (!follows_) didChangeValueForKey("value");  // a callback stopped the observation: no second notice will come
   } else {
     isChanging_ = false;
     didChange();

@@ -1,13 +1,13 @@
-// NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h - one entry of a dictionary, as an object that views
-// can be bound to.
+// NorvikCore/platform/appkit/NSDictionaryControllerKeyValuePair.h - one entry of a dictionary as an object to which
+// views can be bound.
 //
 //   entry->key();                        // "basic"
-//   entry->setValue(0.25_dec);           // the dictionary has it
+//   entry->setValue(0.25_dec);           // sets it in the dictionary
 //   bind_toObject_withKeyPath_options(*field, NSValueBinding, *entry, "value", nullptr);
 //
-// NSDictionaryController makes them. "value" is read from the dictionary each time; its observers hear of what is set
-// here, and of what is set by key (setValue_forKey) on the dictionary where the key is a text without full stops.
-// Confined to the thread of its controller.
+// NSDictionaryController creates them. "value" is read from the dictionary each time. Its observers are notified of
+// values that are set here and, if the key is a text without full stops, of values that are set by key
+// (setValue_forKey) on the dictionary. Confined to the thread of its controller.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -26,10 +26,10 @@ class NK_EXPORT NSDictionaryControllerKeyValuePair : public NSObject {
   NSDictionaryControllerKeyValuePair(NSDictionaryController& controller, Ref<NSDictionary> dictionary, Value key);
   ~NSDictionaryControllerKeyValuePair() override;
 
-  /// Absent once the dictionary has lost the key.
+  /// Absent once the key was removed from the dictionary.
   [[nodiscard]] Value value() const;
-  /// An absent value removes the key, and with it this entry. Raises what setting a key of the dictionary raises, so
-  /// always where the dictionary is not mutable.
+  /// An absent value removes the key, and with it this entry. Raises what setting a key of the dictionary raises; it
+  /// therefore always raises if the dictionary is immutable.
   void setValue(const Value& value);
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
@@ -44,7 +44,7 @@ class NK_EXPORT NSDictionaryControllerKeyValuePair : public NSObject {
   const Weak<NSDictionaryController> controller_;
   const Ref<NSDictionary> dictionary_;
   bool follows_ = false;     ///< observes the dictionary under the key
-  bool isChanging_ = false;  ///< has announced a change of the dictionary that is not made yet
+  bool isChanging_ = false;  ///< has announced a change of the dictionary that is not complete yet
 };
 
 }  // namespace norvik

@@ -2,8 +2,8 @@
 //
 //   text->addAttribute(NSFontAttributeName, NSFont::fontWithName("DejaVu Sans", 11), {0, 5});
 //
-// Fonts are immutable objects, equal by what they say; any thread. Naming a font does not ask whether the machine has
-// it.
+// Fonts are immutable objects, equal if all properties are equal; any thread. A font object may name a font that the
+// machine does not have.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -18,7 +18,7 @@ class NK_EXPORT NSFont : public NSObject, public NSCoding {
   NSFont(NSString familyName, double pointSize, bool isBold = false, bool isItalic = false);
   ~NSFont() override;
 
-  /// Empty for an empty name. A size of 0 or less, or none that is a number, becomes the system's.
+  /// An empty Ref for an empty name. A size that is not above 0 or not a finite number becomes the system's size.
   [[nodiscard]] static Ref<NSFont> fontWithName(const NSString& familyName, double size);
   /// The desktop's sans-serif family.
   [[nodiscard]] static Ref<NSFont> systemFontOfSize(double size);
@@ -35,7 +35,7 @@ class NK_EXPORT NSFont : public NSObject, public NSCoding {
   /// "DejaVu Sans Bold Italic 11".
   [[nodiscard]] NSString description() const override;
 
-  /// What it says, exactly; whether this machine has it does not matter.
+  /// Archives its properties exactly; this machine need not have the font.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSFont> fontWithCoder(NSCoder& coder);
 

@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/NSGeometry.h - places and sizes on a page, in points: 72 to the inch.
+// NorvikCore/platform/appkit/NSGeometry.h - positions and sizes on a page, in points: 72 to the inch.
 //
 // The origin is the page's upper left corner; x grows to the right, y downwards.
 #pragma once

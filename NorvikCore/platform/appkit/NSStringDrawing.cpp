@@ -13,7 +13,7 @@
 namespace norvik {
 namespace {
 
-/// In Pango's units.
+/// The width is in Pango's units.
 struct Extent {
   std::int64_t width = 0;
   std::int64_t lines = 0;

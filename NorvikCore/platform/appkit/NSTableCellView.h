@@ -4,7 +4,7 @@
 //   bind_toObject_withKeyPath_options(*label, NSValueBinding, *cell, "objectValue.grossPay", nullptr);
 //   cell->setObjectValue(another);              // the label follows
 //
-// Without a screen this is all there is of it. Confined to the thread of its table.
+// Without a screen it has no other functions. Confined to the thread of its table.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

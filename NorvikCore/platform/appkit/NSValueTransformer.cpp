@@ -28,7 +28,7 @@ struct Registry {
     return found == all.end() ? nullptr : found->transformer;
   }
 
-  /// Gives back what stood under the name, so that it goes without the lock.
+  /// Returns the replaced transformer, so that the caller releases it without the lock.
   Ref<NSValueTransformer> put(const Ref<NSValueTransformer>& transformer, const NSString& name) NK_EXCLUDES(mutex) {
     Ref<NSValueTransformer> replaced = transformer;
     MutexLock lock(mutex);

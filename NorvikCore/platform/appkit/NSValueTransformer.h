@@ -1,5 +1,4 @@
-// NorvikCore/platform/appkit/NSValueTransformer.h - what a binding does to a value on its way, in one direction or
-// both.
+// NorvikCore/platform/appkit/NSValueTransformer.h - converts values for a binding, in one direction or in both.
 //
 //   class PenniesToPounds : public NSValueTransformer {
 //     NK_OBJECT(PenniesToPounds, NSValueTransformer)
@@ -11,9 +10,10 @@
 //   NSValueTransformer::setValueTransformer_forName(make<PenniesToPounds>(), "pounds");
 //   NSValueTransformer::valueTransformerForName("pounds")->transformedValue(1250);     // 12.50
 //
-// A subclass that can go back states allowsReverseTransformation again, as above; without that it goes one way only.
+// A subclass that supports the reverse direction must declare allowsReverseTransformation again, as above. Otherwise it
+// works in one direction only.
 //
-// Threads: the names are synchronised; a transformer is called on the thread that makes the change it carries.
+// Threads: the names are synchronised; a transformer is called on the thread that changes the value.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -27,25 +27,26 @@ class NK_EXPORT NSValueTransformer : public NSObject {
   NK_OBJECT(NSValueTransformer, NSObject)
   ~NSValueTransformer() override;
 
-  /// The class of what the transformer makes; the root class where it may be anything.
+  /// The class of the transformed values; the root class if they may be of any class.
   [[nodiscard]] static const Class& transformedValueClass();
   [[nodiscard]] static bool allowsReverseTransformation() { return false; }
   NK_CLASS_METHOD(allowsReverseTransformation)
-  /// What this transformer's own class says.
+  /// allowsReverseTransformation() of this transformer's own class.
   [[nodiscard]] bool canReverse() const;
 
-  /// The value itself, unless a subclass makes something of it. An absent value may be asked for, and given.
+  /// The default returns the value itself. Argument and result may be absent.
   [[nodiscard]] virtual Value transformedValue(const Value& value);
-  /// Raises NSInvalidArgumentException where the class does not allow it; otherwise transformedValue, unless a subclass
-  /// has another way back.
+  /// Raises NSInvalidArgumentException if the class does not allow it; otherwise the default returns
+  /// transformedValue().
   [[nodiscard]] virtual Value reverseTransformedValue(const Value& value);
 
-  /// Keeps the transformer under the name in place of what was there; an empty one only removes that.
+  /// Registers the transformer under the name and replaces an existing one; an empty Ref only removes that.
   static void setValueTransformer_forName(const Ref<NSValueTransformer>& transformer, const NSString& name);
-  /// Empty where there is none. A name that none has been given, and that is the name of one transformer class that can
-  /// be made without arguments, gets one of that class. The name of several transformer classes gets none of them.
+  /// An empty Ref if there is none. If no transformer was registered under the name, and it is the name of exactly one
+  /// transformer class that can be created without arguments, a transformer of that class is created and registered. If
+  /// several transformer classes have the name, none is used.
   [[nodiscard]] static Ref<NSValueTransformer> valueTransformerForName(const NSString& name);
-  /// In the order in which they were first given.
+  /// In the order in which they were first registered.
   [[nodiscard]] static Ref<NSArray> valueTransformerNames();
 };
 

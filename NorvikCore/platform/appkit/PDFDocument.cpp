@@ -9,7 +9,7 @@
 namespace norvik {
 namespace {
 
-constexpr double longestSide = 14'400;  // more is not allowed in the format
+constexpr double longestSide = 14'400;  // the limit of the format
 
 NSSize checked(NSSize size) {
   const auto fits = [](double side) { return side >= 1 && side <= longestSide; };
@@ -23,7 +23,7 @@ NSSize checked(NSSize size) {
 
 PDFDocument::PDFDocument(NSSize pageSize, const NSString& title)
     : Canvas(checked(pageSize)), drawn_(new detail::ByteSink) {
-  const kernel::ForkHold hold;  // Cairo asks for the local time, under a lock of the C library
+  const kernel::ForkHold hold;  // because Cairo asks for the local time, under a lock of the C library
   context_ = detail::Hidden(new detail::CairoContext(detail::pangoLibrary().cairo_pdf_surface_create_for_stream(
       detail::ByteSink::append, drawn_.get(), pageSize.width, pageSize.height)));
   if (title.empty()) return;

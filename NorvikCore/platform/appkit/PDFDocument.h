@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/PDFDocument.h - pages on paper: a PDF file in memory.
+// NorvikCore/platform/appkit/PDFDocument.h - creates a PDF file in memory, page by page.
 //
 //   PDFDocument document(a4Paper, "Payslip of April");
 //   document.drawText(*text, {56, 56}, 480);
@@ -6,7 +6,7 @@
 //   document.drawText(*more, {56, 56}, 480);
 //   Ref<NSData> file = document.data();
 //
-// What is drawn is text that can be selected and searched; the fonts are in the file. See Canvas for what can be drawn.
+// Text in the file can be selected and searched; the fonts are embedded. Canvas describes what can be drawn.
 #pragma once
 
 #include "NorvikCore/platform/appkit/Canvas.h"
@@ -24,14 +24,15 @@ constexpr NSSize a4Paper{210 / 25.4 * 72, 297 / 25.4 * 72};
 
 class NK_EXPORT PDFDocument final : public Canvas {
  public:
-  /// With one page. A side that is not between 1 and 14,400 points raises NSInvalidArgumentException.
+  /// Has one page at first. A side that is not between 1 and 14,400 points raises NSInvalidArgumentException.
   explicit PDFDocument(NSSize pageSize = a4Paper, const NSString& title = NSString());
   ~PDFDocument() override;
 
-  /// Adds a page behind the others; later calls draw on it.
+  /// Adds a page at the end; later calls draw on it.
   void beginPage();
-  /// The file. The document is complete then: drawing on it raises NSInternalInconsistencyException, and the next call
-  /// gives the same bytes. What could not be drawn or kept raises NSGenericException.
+  /// The file. The document is complete after that: drawing on it raises NSInternalInconsistencyException, and the next
+  /// call returns the same bytes. Raises NSGenericException if something could not be drawn or there was no memory for
+  /// it.
   [[nodiscard]] Ref<NSData> data();
 
  protected:

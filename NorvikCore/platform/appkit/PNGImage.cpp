@@ -10,7 +10,7 @@
 namespace norvik {
 namespace {
 
-constexpr double longestSide = 32'000;  // of Cairo's 32,767
+constexpr double longestSide = 32'000;  // Cairo's limit is 32,767
 
 cairo_surface_t* makeImage(NSSize size, double scale) {
   const auto pixels = [&](double side) {

@@ -10,7 +10,8 @@
 namespace norvik::detail {
 namespace {
 
-/// What the two kinds of archive share. They differ in where texts and objects stand, and in what a coded object has.
+/// The common part of the parsers of both kinds of archive. They differ in where texts and objects are, and in the
+/// content of coded objects.
 class Parser {
  public:
   Parser(const Parser&) = delete;
@@ -20,7 +21,7 @@ class Parser {
   explicit Parser(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
   virtual ~Parser() = default;
 
-  /// The text, or the object's number, that comes next.
+  /// The next text, and the number of the next object.
   virtual NSString text() = 0;
   virtual std::size_t object() = 0;
   virtual void parseCoded(ArchivedObject& object) = 0;
@@ -59,7 +60,8 @@ class Parser {
     fail("a number is too large");
   }
 
-  /// Of things that take at least one byte each, so that no more are made room for than there can be.
+  /// The count of items that take at least one byte each. It is limited by the bytes left, so that no more memory is
+  /// reserved than they can need.
   std::size_t count() {
     const std::uint64_t result = number();
     if (result > left()) fail("a count is larger than what follows");
@@ -153,7 +155,7 @@ class Parser {
 
   void parseValues(std::vector<ArchivedValue>& values, std::size_t valuesAnElement) {
     const std::size_t elements = count();
-    // Room for the first ones only: where objects nest, each of them may claim all that is left.
+    // Memory is reserved for the first elements only, because each of several nested objects may claim all bytes left.
     values.reserve(std::min<std::size_t>(elements, 64));
     for (std::size_t i = 0; i < elements * valuesAnElement; ++i) {
       values.push_back(value());

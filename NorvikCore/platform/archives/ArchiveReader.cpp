@@ -31,7 +31,7 @@ void insert(OrderedTable<Entry>& table, Entry entry) {
 
 }  // namespace
 
-/// Counts how deep objects being made hold one another.
+/// Counts the nesting of objects being created.
 class ArchiveReader::Nesting {
  public:
   explicit Nesting(unsigned& depth) : depth_(depth) {
@@ -166,7 +166,7 @@ Ref<NSObject> ArchiveReader::fill(std::size_t number, const Ref<NSDictionary>& d
   return dictionary;
 }
 
-/// All of them are made before the first one is looked for by its hash.
+/// All elements are created before the first one is searched for by its hash.
 std::vector<Value> ArchiveReader::elementsOf(std::size_t number) {
   std::vector<Value> elements;
   for (const ArchivedValue& each : content_.objects[number].values) elements.push_back(element(each));

@@ -123,7 +123,7 @@ void ArchiveWriter::writeObject(std::string& out, const NSObject& object) {
     raiseArchive("objects hold one another more than " + std::to_string(depth_) + " deep");
   }
   ++depth_;
-  isComplete_ = false;  // for good, should an exception leave from here
+  isComplete_ = false;  // remains false if an exception leaves this function
   writeContent(out, object);
   isComplete_ = --depth_ == 0;
 }

@@ -4,7 +4,7 @@
 
 namespace norvik {
 
-/// Writes everything into one text, each thing where it is met.
+/// Writes everything into one text, each item at its first occurrence.
 class NSArchiver::Writer : public detail::ArchiveWriter {
  public:
   explicit Writer(NSCoder& coder) : ArchiveWriter(coder), out_(detail::sequentialArchiveMark) {}

@@ -17,7 +17,7 @@ class NSKeyedArchiver::Writer : public detail::ArchiveWriter {
     std::string bytes;
     writeText(bytes, key);
     writeValue(bytes, value);
-    Fields& fields = fields_.back();  // looked up only now: objects written meanwhile had fields of their own
+    Fields& fields = fields_.back();  // looked up only now, because objects written meanwhile had fields of their own
     fields.bytes += bytes;
     ++fields.count;
   }

@@ -1,4 +1,4 @@
-// NorvikCore/platform/archives/NSKeyedUnarchiver.h - values and objects from the bytes of an archive.
+// NorvikCore/platform/archives/NSKeyedUnarchiver.h - decodes values and objects from the bytes of an archive.
 //
 //   Value root = NSKeyedUnarchiver::unarchiveObjectWithData(*data);
 //
@@ -8,16 +8,17 @@
 //   auto unarchiver = make<NSKeyedUnarchiver>(*data);
 //   Value payslips = unarchiver->decodeObjectForKey("payslips");
 //
-// Data that NSKeyedArchiver did not write, or that were changed or cut since, raise
-// NSInvalidUnarchiveOperationException: so do a class that is not there or states no way of decoding, an exception
-// out of decoding an object, and objects that hold one another more than 512 deep. Memory stays within a small multiple
-// of the data's size. Confined: one thread at a time.
+// NSInvalidUnarchiveOperationException is raised for data that NSKeyedArchiver did not write or that were changed or
+// truncated, for a class that does not exist or does not declare how it is decoded, if decoding an object raises an
+// NSException, and for objects nested more than 512 deep. Memory use is within a small multiple of the data's size.
+// Confined: one thread at a time.
 //
-// A class is found by the name that was written, also by its C++ name (Class::named()). A name that several classes of
-// the process share, written where only one had it, raises too: NK_CLASS_NAME gives the others another name.
+// A class is found by the name in the archive, also if that is its C++ name (Class::named()). A name that several
+// classes of the process share, although only one had it when it was written, raises too: give the other classes
+// another name with NK_CLASS_NAME.
 //
-// An object that holds itself by way of others is seen by them before its initWithCoder is done; they may keep it, not
-// use it.
+// If an object indirectly holds itself, the objects between see it before its initWithCoder has returned. They may
+// store it but must not use it.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSData.h"
@@ -38,10 +39,10 @@ class NK_EXPORT NSKeyedUnarchiver : public NSCoder {
   explicit NSKeyedUnarchiver(const NSData& data);
   ~NSKeyedUnarchiver() override;
 
-  /// What NSKeyedArchiver::archivedDataWithRootObject was given.
+  /// The value that was given to NSKeyedArchiver::archivedDataWithRootObject.
   [[nodiscard]] static Value unarchiveObjectWithData(const NSData& data);
-  /// The same, where it is of that class or a subclass; otherwise, and where unarchiveObjectWithData would raise,
-  /// absent with an error of the domain NSCoderErrorDomain.
+  /// The same if it is of that class or a subclass. Otherwise, and if unarchiveObjectWithData would raise
+  /// NSInvalidUnarchiveOperationException, absent with an error of the domain NSCoderErrorDomain.
   [[nodiscard]] static Value unarchivedObjectOfClass(const Class& wanted, const NSData& data,
                                                      Ref<NSError>* error = nullptr);
 
@@ -49,7 +50,7 @@ class NK_EXPORT NSKeyedUnarchiver : public NSCoder {
   [[nodiscard]] bool containsValueForKey(const NSString& key) const override;
   [[nodiscard]] Value decodeObjectForKey(const NSString& key) override;
 
-  // An unarchiver only reads: these raise NSInvalidUnarchiveOperationException.
+  // An unarchiver cannot write: these raise NSInvalidUnarchiveOperationException.
   void encodeObject(const Value& value) override;
   void encodeObject(const Value& value, const NSString& key) override;
 

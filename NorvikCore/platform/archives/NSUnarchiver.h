@@ -1,4 +1,4 @@
-// NorvikCore/platform/archives/NSUnarchiver.h - values and objects from the bytes that NSArchiver wrote, in the same
+// NorvikCore/platform/archives/NSUnarchiver.h - decodes values and objects from the bytes of NSArchiver, in the same
 // order.
 //
 //   Ref<NSColor> colour = NSUnarchiver::unarchiveObjectWithData(*data).as<Ref<NSColor>>();
@@ -8,14 +8,14 @@
 //   auto version = unarchiver->decodeValue<int>();
 //   unarchiver->isAtEnd();                            // true
 //
-// Classes are looked up by their names. Data that NSArchiver did not write, or that were changed or cut since, raise
-// NSInvalidUnarchiveOperationException: so do a class that is not there or states no way of decoding, an exception out
-// of decoding an object, a value that is asked for and was not encoded, and objects that hold one another more than 512
-// deep. What an object encoded and does not ask for is passed over. Memory stays within a small multiple of the data's
-// size. Confined: one thread at a time.
+// Classes are looked up by their names. NSInvalidUnarchiveOperationException is raised for data that NSArchiver did not
+// write or that were changed or truncated, for a class that does not exist or does not declare how it is decoded, if
+// decoding an object raises an NSException, for a value that is requested but was not encoded, and for objects nested
+// more than 512 deep. Values that an object encoded but does not request are skipped. Memory use is within a small
+// multiple of the data's size. Confined: one thread at a time.
 //
-// An object that holds itself by way of others is seen by them before its initWithCoder is done; they may keep it, not
-// use it.
+// If an object indirectly holds itself, the objects between see it before its initWithCoder has returned. They may
+// store it but must not use it.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSData.h"
@@ -34,16 +34,16 @@ class NK_EXPORT NSUnarchiver : public NSCoder {
   explicit NSUnarchiver(const NSData& data);
   ~NSUnarchiver() override;
 
-  /// What NSArchiver::archivedDataWithRootObject was given: the first value.
+  /// The value that was given to NSArchiver::archivedDataWithRootObject: the first one.
   [[nodiscard]] static Value unarchiveObjectWithData(const NSData& data);
 
-  /// No value is left that was encoded without a key.
+  /// True if no value that was encoded without a key is left.
   [[nodiscard]] bool isAtEnd() const noexcept;
   [[nodiscard]] Value decodeObject() override;
   [[nodiscard]] bool containsValueForKey(const NSString& key) const override;
   [[nodiscard]] Value decodeObjectForKey(const NSString& key) override;
 
-  // An unarchiver only reads: these raise NSInvalidUnarchiveOperationException.
+  // An unarchiver cannot write: these raise NSInvalidUnarchiveOperationException.
   void encodeObject(const Value& value) override;
   void encodeObject(const Value& value, const NSString& key) override;
 

@@ -6,7 +6,8 @@
 //   // ICU 72.1
 //   // SQLite 3.40.1
 //
-// Each is asked of the loaded library itself, which may be a later one than a program was built with. Any thread.
+// Each version is read from the loaded library, which may be newer than the one that the program was built with. Any
+// thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -20,7 +21,7 @@ struct LinkedLibrary {
   NSString name, version;
 };
 
-/// Those three, in that order. Libraries that are loaded on first use, as for drawing, are not listed.
+/// These three, in this order. Libraries that are loaded on first use, such as those for drawing, are not listed.
 [[nodiscard]] NK_EXPORT std::vector<LinkedLibrary> linkedLibraries();
 
 }  // namespace norvik

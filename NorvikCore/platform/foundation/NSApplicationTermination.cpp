@@ -37,7 +37,7 @@ struct EndFunctions {
   std::uint32_t generation NK_GUARDED_BY(mutex) = kernel::forkGeneration();
 };
 
-// Null until somebody asks for a function: where nobody does, the end of the process makes nothing.
+// Null until the first request for a function. If there is none, the end of the process creates nothing.
 std::atomic<EndFunctions*> endFunctions{nullptr};
 
 std::atomic<void (*)()> lastFunction{nullptr};
@@ -48,7 +48,7 @@ EndFunctions& allEndFunctions() {
   return functions;
 }
 
-// Runs when the loader finishes this library: after every function given to atexit() and all static destructors of the
+// Runs when the loader finalises this library: after every function given to atexit() and all static destructors of the
 // program.
 [[gnu::destructor]] void endProcess() {
   callEndFunctions();
@@ -57,7 +57,7 @@ EndFunctions& allEndFunctions() {
 
 }  // namespace
 
-// A forked child does not even take the lock, which a thread of its parent may have held.
+// A forked child does not lock the mutex, because a thread of its parent may have held it.
 void callEndFunctions() NK_NO_THREAD_SAFETY_ANALYSIS {
   EndFunctions* const all = endFunctions.load();
   if (!all || all->generation != kernel::forkGeneration()) return;

@@ -1,16 +1,18 @@
-// NorvikCore/platform/foundation/NSApplicationTermination.h - the last thing that everybody is told.
+// NorvikCore/platform/foundation/NSApplicationTermination.h - the notification that is posted when the process ends.
 //
 //   NSNotificationCenter::defaultCenter().addObserverForName(NSApplicationWillTerminateNotification, nullptr,
 //       [](const NSNotification&) { saveOpenPayRun(); });
 //
-// When the process ends (main() returns, exit() is called) this notification has been posted to the default center
-// once: by the application, or else by the platform, on the thread that ends the process. An observer's NSException is
-// then reported on the system console, and the observers after it are not called.
+// When the process ends (main() returns or exit() is called), this notification is posted to the default center once.
+// The application may post it; if it did not, the platform posts it on the thread that ends the process. If an observer
+// raises an NSException then, the exception is reported on the system console and the observers after it are not
+// called.
 //
-// The platform posts it among the functions given to atexit(), at the place where defaultCenter() was first called:
-// what was static before that is still there. Nothing is posted by _exit(), quick_exit(), abort() or a deadly signal,
-// nor when a child made by fork() ends, whose threads and queues are gone; a child that becomes the program proper (a
-// service that goes to the background) first uses the notification center after its fork(), or posts by itself.
+// The platform posts it in a function that it registers with atexit() when defaultCenter() is first called. Static
+// objects that were constructed before that call therefore still exist. Nothing is posted if the process ends by
+// _exit(), quick_exit(), abort() or a deadly signal, or if it is a child made by fork(), because the threads and queues
+// of the parent do not exist there. If a child continues as the actual program (a service that moves to the
+// background), it must either first use the notification center after its fork() or post the notification itself.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

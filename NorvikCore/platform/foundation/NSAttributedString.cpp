@@ -30,7 +30,7 @@ const Ref<NSDictionary>& noAttributes() {
   NSException::raise(NSInvalidUnarchiveOperationException, "the runs of an attributed text do not cover it");
 }
 
-/// A dictionary that stays as it is, whatever becomes of the given one.
+/// A dictionary that stays the same even if the given one is changed.
 Ref<NSDictionary> kept(const Ref<NSDictionary>& attributes) { return attributes ? attributes->copy() : noAttributes(); }
 
 std::vector<AttributeRun> kept(std::vector<AttributeRun> runs) {
@@ -51,7 +51,7 @@ bool hasAll(const NSDictionary& present, const NSDictionary& attributes) {
   });
 }
 
-/// A change of attributes that is computed once for neighbours which share theirs.
+/// Wraps a change of attributes so that it is computed once for neighbours that share a dictionary.
 template <class Change>
 auto rememberingTheLast(Change change) {
   return [change, before = Ref<NSDictionary>(), after = Ref<NSDictionary>()](const Ref<NSDictionary>& present) mutable {
@@ -163,7 +163,7 @@ Ref<NSMutableAttributedString> NSAttributedString::mutableCopy() const {
   return make<NSMutableAttributedString>(string(), runsOf(*this));
 }
 
-/// The runs are an array of each one's end and attributes in turn.
+/// The runs are an array with the end and the attributes of each run in turn.
 void NSAttributedString::encodeWithCoder(NSCoder& coder) const {
   const auto runs = NSMutableArray::array();
   for (const auto& [range, attributes] : *this) {
@@ -214,7 +214,7 @@ void NSMutableAttributedString::replace(NSRange range, const NSString& text, std
     buffer_.setString(string_);
     bufferIsCurrent_ = true;
   }
-  // Room for the text is made first, so that the runs never change without it.
+  // The memory for the text is reserved first, so that the runs never change without the text.
   buffer_.reserve(buffer_.view().size() + text.view().size());
   const bool atTheEnd = range.location == length();
   runs_->replace(range, std::move(runs));
@@ -274,7 +274,7 @@ void NSMutableAttributedString::insertAttributedString(const NSAttributedString&
 }
 
 void NSMutableAttributedString::replaceCharactersInRange(NSRange range, const NSAttributedString& text) {
-  const NSString units = text.string();  // the text may be this one
+  const NSString units = text.string();  // copied, because `text` may be this object
   replace(range, units, runsOf(text));
 }
 

@@ -7,17 +7,19 @@
 //   text->attributesAtIndex(2, &run);                       // red's attributes; run is {0, 5}
 //   for (const auto& [range, attributes] : *text) {}        // {0, 5} in red, then {5, 3} without attributes
 //
-// Attributes are a dictionary of names and values; every unit of the text has one, mostly shared with its neighbours.
-// Ranges and indexes count UTF-16 units, also within a pair of halves; one beyond the text raises NSRangeException.
-// Neighbours with equal attributes make one run.
+// Each UTF-16 unit of the text has a dictionary of attributes (names and values). Neighbouring units with equal
+// attributes form one run and share the dictionary. Ranges and indexes count UTF-16 units and may split a surrogate
+// pair. A range or index beyond the text raises NSRangeException.
 //
-// A dictionary given is copied where it can change. The values in it are shared: where one changes its equality later,
-// runs are compared as they were.
+// A mutable dictionary is copied when it is passed in. Its values are shared. Runs are compared when the text is
+// created or edited: if a value becomes equal or unequal to another one later, the existing runs are neither joined nor
+// split.
 //
-// Threads: any number may read an NSAttributedString; an NSMutableAttributedString is confined to one at a time.
-// Cost:    finding, adding or removing a run takes the logarithm of the number of runs, a change of a range the number
-//          of runs in it. Text is appended in proportion to what is appended; a change elsewhere moves the text behind
-//          it.
+// Threads: any number of threads may read an NSAttributedString; an NSMutableAttributedString is confined to one thread
+//          at a time.
+// Cost:    finding, adding or removing a run takes time logarithmic in the number of runs; changing a range takes time
+//          linear in the number of runs in it. Appending takes time linear in the appended text. A change elsewhere
+//          also moves the text behind it.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -45,10 +47,10 @@ namespace detail {
 class AttributeRuns;
 }
 
-/// So many units one after the other, and the attributes of all of them.
+/// A number of consecutive units that have the same attributes.
 struct AttributeRun {
   NSUInteger length = 0;
-  Ref<NSDictionary> attributes;  ///< empty for none
+  Ref<NSDictionary> attributes;  ///< an empty Ref means no attributes
 };
 
 class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
@@ -56,11 +58,11 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   NK_CODING
 
   NSAttributedString();
-  /// The whole text with these attributes; an empty Ref is none.
+  /// The whole text has these attributes; an empty Ref means none.
   explicit NSAttributedString(NSString string, const Ref<NSDictionary>& attributes = nullptr);
-  /// The text in runs. Raises NSRangeException where their lengths are not that of the text. Linear.
+  /// The text in runs. Raises NSRangeException unless their lengths add up to the length of the text. Linear.
   NSAttributedString(NSString string, std::vector<AttributeRun> runs);
-  /// For the library itself, which alone makes such runs. Their lengths are that of the text.
+  /// For the library itself, because only the library can make such runs. Their lengths must add up to the text's.
   NSAttributedString(NSString string, detail::AttributeRuns runs);
   ~NSAttributedString() override;
 
@@ -70,35 +72,35 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   [[nodiscard]] virtual NSString string() const { return string_; }
   [[nodiscard]] NSUInteger length() const noexcept;
 
-  /// The attributes there, empty but never absent, and the whole run of units that have just these.
+  /// The attributes of the unit (may be empty, never absent); `run` is set to the whole run that the unit belongs to.
   [[nodiscard]] Ref<NSDictionary> attributesAtIndex(NSUInteger index, NSRange* run = nullptr) const;
-  /// Absent where the unit has no attribute of that name.
+  /// Absent if the unit has no attribute of that name.
   [[nodiscard]] Value attribute_atIndex(const NSString& name, NSUInteger index) const;
   [[nodiscard]] Ref<NSAttributedString> attributedSubstringFromRange(NSRange range) const;
 
-  /// A run as a loop over the text gives it.
+  /// One run, as a loop over the text yields it.
   struct Run {
     NSRange range;
     Ref<NSDictionary> attributes;
   };
   class Iterator;
-  /// The runs in order. Where an NSMutableAttributedString is changed under the loop, the loop raises
-  /// NSGenericException at its next step. The loop does not keep the text: hold it by a Ref.
+  /// The runs in order. If an NSMutableAttributedString is changed during the loop, the next step of the loop raises
+  /// NSGenericException. The loop does not retain the text: hold it by a Ref.
   [[nodiscard]] Iterator begin() const;
   [[nodiscard]] Iterator end() const;
 
   [[nodiscard]] bool isEqualToAttributedString(const NSAttributedString& other) const { return isEqual(other); }
-  /// Same text, and equal attributes everywhere, mutable or not.
+  /// True if the texts are the same and the attributes are equal everywhere. Mutability does not matter.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   /// Each run's text, followed by its attributes.
   [[nodiscard]] NSString description() const override;
 
-  /// A text that does not change: this one, unless it is an NSMutableAttributedString.
+  /// An immutable text: this one, unless it is an NSMutableAttributedString.
   [[nodiscard]] virtual Ref<NSAttributedString> copy() const;
   [[nodiscard]] Ref<NSMutableAttributedString> mutableCopy() const;
 
-  /// The attributes go with it, so all their values must be codable.
+  /// The attributes are archived too, so all their values must be codable.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 
@@ -108,7 +110,7 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
 
   mutable NSString string_;
   detail::AttributeRuns* runs_;  ///< never null
-  std::size_t changes_ = 0;      ///< how often an NSMutableAttributedString was changed
+  std::size_t changes_ = 0;      ///< the number of changes of an NSMutableAttributedString
 };
 
 class NSAttributedString::Iterator {
@@ -146,28 +148,28 @@ class NK_EXPORT NSMutableAttributedString : public NSAttributedString {
   [[nodiscard]] static Ref<NSMutableAttributedString> attributedStringWithString(
       NSString string, const Ref<NSDictionary>& attributes = nullptr);
 
-  /// After a change of the text the first call copies it, once.
+  /// The first call after a change of the text copies the text.
   [[nodiscard]] NSString string() const override;
 
-  /// These replace attributes of the same name in the range; others there stay.
+  /// Attributes of the same name in the range are replaced; other attributes there stay.
   void addAttributes(const NSDictionary& attributes, NSRange range);
   void addAttribute(const NSString& name, const Value& value, NSRange range);
   void removeAttribute(const NSString& name, NSRange range);
-  /// These alone; an empty Ref leaves none.
+  /// Replaces all attributes in the range; an empty Ref removes them.
   void setAttributes(const Ref<NSDictionary>& attributes, NSRange range);
 
-  // A text that is put in keeps its attributes; it may be this text itself.
+  // An inserted text keeps its attributes. It may be this text itself.
   void appendAttributedString(const NSAttributedString& text);
   void insertAttributedString(const NSAttributedString& text, NSUInteger index);
   void replaceCharactersInRange(NSRange range, const NSAttributedString& text);
   void setAttributedString(const NSAttributedString& text);
-  /// The new text has the attributes of the first unit it replaces, or of the unit before where it replaces none; at
-  /// the very start, of the unit behind it, and in an empty text none.
+  /// The new text gets the attributes of the first unit that it replaces. If it replaces none, it gets those of the
+  /// unit before it; at the start of the text, those of the unit behind it; in an empty text, none.
   void replaceCharactersInRange(NSRange range, const NSString& text);
   void deleteCharactersInRange(NSRange range);
 
-  /// Changes up to the matching endEditing() are one edit: edited() is called once, after the outermost. Everything
-  /// that is read in between sees each change at once. An endEditing() too many raises
+  /// Changes up to the matching endEditing() count as one edit: edited() is called once, by the outermost endEditing().
+  /// Reads in between see each change at once. An endEditing() without a beginEditing() raises
   /// NSInternalInconsistencyException.
   void beginEditing();
   void endEditing();
@@ -175,8 +177,8 @@ class NK_EXPORT NSMutableAttributedString : public NSAttributedString {
   [[nodiscard]] Ref<NSAttributedString> copy() const override;
 
  protected:
-  /// Called after each edit, for a subclass that shows the text. `range` holds all that is new, in units of the present
-  /// text; `changeInLength` is how many units it has more than before. This one does nothing.
+  /// Called after each edit, for a subclass that shows the text. `range` covers everything that is new, in units of the
+  /// present text; `changeInLength` is the number of units by which the text became longer. The default does nothing.
   virtual void edited(NSRange range, NSInteger changeInLength);
 
  private:

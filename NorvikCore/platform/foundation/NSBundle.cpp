@@ -24,7 +24,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// False where there is no such file.
+/// False if there is no such file.
 bool readInformation(const std::string& path, NSMutableDictionary& values) {
   constexpr std::size_t most = 1 << 20;
   std::string content;
@@ -110,7 +110,7 @@ Value NSBundle::objectForInfoDictionaryKey(const NSString& key) const {
 }
 
 void NSBundle::setObject_forInfoDictionaryKey(const Value& value, const NSString& key) {
-  Value old;  // let go of after the lock
+  Value old;  // released after the lock
   const MutexLock lock(mutex_);
   old = set_->objectForKey(key);
   if (value.isAbsent()) {

@@ -28,14 +28,15 @@ using detail::secondsPerDay;
 
 constexpr NSInteger undefined = NSUndefinedDateComponent;
 
-/// The product, or the end of the type's range that it passed.
+/// The product, or the limit of the type that it exceeds.
 NSInteger saturatedProduct(NSInteger a, NSInteger b) {
   NSInteger product = 0;
   if (!__builtin_mul_overflow(a, b, &product)) return product;
   return (a < 0) == (b < 0) ? INT64_MAX : INT64_MIN;
 }
 
-/// Of two instants: the seconds from the earlier to the later one, rounded down, and the rest in nanoseconds.
+/// The time between two instants: the seconds from the earlier to the later one, rounded down, and the rest in
+/// nanoseconds.
 struct Elapsed {
   std::int64_t seconds;
   double nanoseconds;
@@ -43,13 +44,13 @@ struct Elapsed {
 
 NSInteger orElse(NSInteger value, NSInteger otherwise) { return value == undefined ? otherwise : value; }
 
-/// The fraction of a second that wholeSeconds leaves.
+/// The fraction of a second that wholeSeconds() cuts off.
 double fractionOf(Date date) {
   return detail::instantInRange(date.timeIntervalSinceReferenceDate()) -
          static_cast<double>(detail::wholeSeconds(date));
 }
 
-/// Exact where the difference of two doubles would be rounded.
+/// Exact, although the difference of the two doubles may be rounded.
 Elapsed elapsed(Date earlier, Date later) {
   const std::int64_t seconds = detail::wholeSeconds(later) - detail::wholeSeconds(earlier);
   const double fraction = fractionOf(later) - fractionOf(earlier);
@@ -65,7 +66,7 @@ Date dateFromLocal(const detail::ZoneRules& zone, std::int64_t localSeconds, dou
 NSInteger eraOfYear(std::int64_t year) { return year > 0 ? 1 : 0; }
 NSInteger yearOfEra(std::int64_t year) { return year > 0 ? year : 1 - year; }
 
-/// The week within a month or a year whose first day has the weekday `weekdayOfFirst`, of its day `dayIndex` (0 is the
+/// The week within a month or a year whose first day has the weekday `weekdayOfFirst`, for its day `dayIndex` (0 is the
 /// first). Days before the first week are in week 0.
 std::int32_t weekWithin(std::int32_t weekdayOfFirst, std::int64_t dayIndex, std::int32_t firstWeekday,
                         std::int32_t minimumDays) {
@@ -79,7 +80,7 @@ void requireNoOptions(NSUInteger options) {
 
 }  // namespace
 
-/// A date in the calendar's time zone, taken apart.
+/// The fields of a date in the calendar's time zone.
 struct NSCalendar::Fields {
   std::int64_t localSeconds, day;
   std::int32_t secondOfDay;
@@ -227,10 +228,10 @@ Ref<NSDateComponents> NSCalendar::components(NSCalendarUnit units, Date fromDate
   const bool countsOldWeek = (units & NSWeekCalendarUnit) != 0;
   for (const auto& step : civilSteps) {
     if (!(units & step.unit) || (step.unit == NSCalendarUnitWeekOfYear && countsOldWeek)) continue;
-    // About as many as fit, then the exact number: the steps differ in length.
+    // An estimate of the number that fits, then the exact number, because the steps differ in length.
     auto count = static_cast<NSInteger>(to.timeIntervalSinceDate(from) / (step.days * secondsPerDay));
     for (int i = 0; i < 4 && count != 0 && passes(addUnit(step.unit, count, from)); ++i) count -= sign;
-    // At the end of the calendar another step leads nowhere.
+    // At the end of the calendar another step does not change the date.
     for (Date next = addUnit(step.unit, count + sign, from); !passes(next) && next != addUnit(step.unit, count, from);
          next = addUnit(step.unit, count + sign, from))
       count += sign;
@@ -324,7 +325,7 @@ Date NSCalendar::addUnit(NSCalendarUnit unit, NSInteger value, Date date) const 
     case NSCalendarUnitDay:
     case NSCalendarUnitWeekday:
       return daysLater(value);
-    case NSCalendarUnitYearForWeekOfYear: {  // the same week, or the last of a year that has fewer
+    case NSCalendarUnitYearForWeekOfYear: {  // the same week, or the last one of a year that has fewer weeks
       const Fields fields = this->fields(date);
       const CivilWeek week = norvik::weekOfYear(fields.day, firstWeekday_, minimumDays_);
       const std::int64_t year = clamped(saturatedSum(week.year, value), 95'000'000);
@@ -345,7 +346,7 @@ Date NSCalendar::addUnit(NSCalendarUnit unit, NSInteger value, Date date) const 
     case NSCalendarUnitSecond:
       return passing(1);
     case NSCalendarUnitNanosecond: {
-      // Seconds and their fraction one by one, so that the sum is rounded once.
+      // Seconds and fraction are added separately, so that the sum is rounded once.
       const std::int64_t seconds = detail::wholeSeconds(date) + floorDivide(value, 1'000'000'000);
       const double fraction = static_cast<double>(floorModulo(value, 1'000'000'000)) / 1e9;
       return Date::fromReferenceSeconds(static_cast<double>(seconds) + (fractionOf(date) + fraction));
@@ -453,7 +454,7 @@ NSInteger NSCalendar::ordinalityOfUnit(NSCalendarUnit smaller, NSCalendarUnit in
   const NSInteger weekOfMonth = component(NSCalendarUnitWeekOfMonth, forDate);
   const NSInteger monthOfQuarter = (fields.date.month - 1) % 3 + 1;
 
-  // Where the larger unit started, in local seconds.
+  // The start of the larger unit, in local seconds.
   std::int64_t start = 0;
   switch (inUnit) {
     case NSCalendarUnitEra:

@@ -6,14 +6,14 @@
 //   calendar->component(NSCalendarUnitHour, "2021-07-01"_date);                // 1: summer time
 //   calendar->dateByAddingUnit(NSCalendarUnitMonth, 1, "2021-01-31"_date);     // 2021-02-28
 //
-// One Gregorian calendar for all times, also before 1582; years before year 1 are years of era 0, counted backwards.
-// Dates beyond the range of CivilDate.h count as its ends. A local time that the time zone skips moves forward by what
-// is skipped; of one that occurs twice the first is meant.
+// The Gregorian calendar is used for all times, also before 1582. Years before year 1 are years of era 0, counted
+// backwards. A date beyond the range of CivilDate.h counts as the end of that range. If the time zone skips a local
+// time, the time moves forward by the skipped amount; if a local time occurs twice, the first one is meant.
 //
-// Units from the day up keep the time of day when they are added; hours, minutes and seconds pass as on a stop-watch.
+// Adding units from the day up keeps the local time of day. Hours, minutes and seconds are added as elapsed time.
 //
-// Threads: reading is safe on any threads at once; setters are confined.
-// Cost:    constant time and no allocation, but for the operations that make components.
+// Threads: any number of threads may read at once; setters are confined.
+// Cost:    constant time without allocation, except for the operations that create components.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -26,80 +26,80 @@
 namespace norvik {
 
 NK_EXPORT extern const NSString NSGregorianCalendar;
-NK_EXPORT extern const NSString NSISO8601Calendar;  ///< the same with weeks from Monday, four days in the first
+NK_EXPORT extern const NSString NSISO8601Calendar;  ///< the same; weeks start on Monday, the first has at least 4 days
 
 class NK_EXPORT NSCalendar : public NSObject, public NSCoding {
   NK_OBJECT(NSCalendar, NSObject)
   NK_DECODED_BY(calendarWithCoder)
 
-  /// A calendar of the root locale in the default time zone; empty for an identifier other than the two above.
+  /// A calendar of the root locale in the default time zone; an empty Ref for an identifier other than the two above.
   [[nodiscard]] static Ref<NSCalendar> calendarWithIdentifier(const NSString& identifier);
   [[nodiscard]] static Ref<NSCalendar> initWithCalendarIdentifier(const NSString& identifier) {
     return calendarWithIdentifier(identifier);
   }
-  /// A new Gregorian calendar of the user: the current locale, the default time zone.
+  /// A new Gregorian calendar with the current locale and the default time zone.
   [[nodiscard]] static Ref<NSCalendar> currentCalendar();
 
   [[nodiscard]] const NSString& calendarIdentifier() const noexcept { return identifier_; }
   [[nodiscard]] const Ref<NSLocale>& locale() const noexcept { return locale_; }
-  /// Also sets the week as the locale has it, where it was not set itself. Empty is the root locale.
+  /// Also takes the week settings of the locale, unless they were set explicitly. An empty Ref means the root locale.
   void setLocale(const Ref<NSLocale>& locale);
   [[nodiscard]] const Ref<NSTimeZone>& timeZone() const noexcept { return timeZone_; }
-  /// Empty is the default time zone of now.
+  /// An empty Ref means the present default time zone.
   void setTimeZone(const Ref<NSTimeZone>& timeZone);
   /// 1 is Sunday, 2 Monday ... 7 Saturday. Setting another number raises NSInvalidArgumentException.
   [[nodiscard]] NSUInteger firstWeekday() const noexcept { return static_cast<NSUInteger>(firstWeekday_); }
   void setFirstWeekday(NSUInteger weekday);
-  /// How many days of a year its first week has at least: 1 to 7. Setting another number raises
+  /// The smallest number of days of a year that its first week can have: 1 to 7. Setting another number raises
   /// NSInvalidArgumentException.
   [[nodiscard]] NSUInteger minimumDaysInFirstWeek() const noexcept { return static_cast<NSUInteger>(minimumDays_); }
   void setMinimumDaysInFirstWeek(NSUInteger days);
 
   /// One field of the date; NSUndefinedDateComponent for a sum of units.
   [[nodiscard]] NSInteger component(NSCalendarUnit unit, Date date) const noexcept;
-  /// The fields named by `units`, the others not set. The old week unit sets `week` and `weekOfYear`.
+  /// The fields named by `units`; the others are not set. The old week unit sets `week` and `weekOfYear`.
   [[nodiscard]] Ref<NSDateComponents> components(NSCalendarUnit units, Date fromDate) const;
-  /// How much of each unit lies between the dates, the largest first: the rest in the next smaller. Negative where
-  /// `toDate` is the earlier. Years, quarters, months, weeks, days, hours, minutes, seconds and nanoseconds, of which
-  /// 292 years at the most are counted. The old week unit sets `week` and `weekOfYear`. dateByAddingComponents() leads
-  /// from `fromDate` back to `toDate`, up to what is smaller than the smallest unit.
+  /// The time between the dates in each of the units, the largest unit first, then the rest in the next smaller one.
+  /// Negative if `toDate` is earlier. The units are years, quarters, months, weeks, days, hours, minutes, seconds and
+  /// nanoseconds (at most 292 years of them). The old week unit sets `week` and `weekOfYear`.
+  /// dateByAddingComponents() leads from `fromDate` to `toDate`, except for a rest below the smallest unit.
   [[nodiscard]] Ref<NSDateComponents> components(NSCalendarUnit units, Date fromDate, Date toDate) const;
 
-  /// The date with these fields. Fields out of range carry over; ones that are not set are their first: 1 for year,
-  /// month and day, 0 for the time. Without month and day, a week of the year with a weekday counts; with a month and
-  /// without a day, a weekday with its ordinal or week of the month. A time zone among the fields counts in place of
-  /// the calendar's.
+  /// The date with these fields. Fields out of range carry over. Fields that are not set have their first value: 1 for
+  /// year, month and day, 0 for the time. If the day is not set, it is determined by the week of the year and the
+  /// weekday (if the month is not set either), else by the weekday and its ordinal, else by the week of the month and
+  /// the weekday. A time zone among the fields is used instead of the calendar's.
   [[nodiscard]] Date dateFromComponents(const NSDateComponents& components) const;
 
-  /// The date `value` units later; for 0 exactly `toDate`, whatever it is. A day that a shorter month does not have
-  /// becomes the last of that month. `options` must be 0; others raise NSInvalidArgumentException. Era and sums of
-  /// units add nothing.
+  /// The date `value` units later. For 0 it is exactly `toDate`, even if that is out of range. A day that a shorter
+  /// month does not have becomes the last day of that month. `options` must be 0; other values raise
+  /// NSInvalidArgumentException. Era and sums of units add nothing.
   [[nodiscard]] Date dateByAddingUnit(NSCalendarUnit unit, NSInteger value, Date toDate, NSUInteger options = 0) const;
-  /// The same with every field that is set, one after the other, the largest first: a year and a month after
-  /// 2020-02-29 is 2021-03-28, because a year after it is 2021-02-28. Time zone and era add nothing.
+  /// The same for each field that is set, one after the other, the largest first: a year and a month after 2020-02-29
+  /// is 2021-03-28, because a year after it is 2021-02-28. Time zone and era add nothing.
   [[nodiscard]] Date dateByAddingComponents(const NSDateComponents& components, Date toDate,
                                             NSUInteger options = 0) const;
 
-  /// The numbers that the smaller unit has within the larger one that holds the date: days in a month are {1, 28} to
-  /// {1, 31}. {NSNotFound, 0} where the units do not go together.
+  /// The values that the smaller unit can have within the larger unit that holds the date: days in a month are {1, 28}
+  /// to {1, 31}. {NSNotFound, 0} if the smaller unit is not a part of the larger one.
   [[nodiscard]] NSRange rangeOfUnit(NSCalendarUnit smaller, NSCalendarUnit inUnit, Date forDate) const noexcept;
-  /// The place of the smaller unit that holds the date within the larger one, from 1: the day in the year, the day in
-  /// the era. Counts within the era go on through zero before year 1, so that differences count units. NSNotFound where
-  /// the units do not go together.
+  /// The number, from 1, of the smaller unit that holds the date within the larger one: the day in the year, the day in
+  /// the era. Numbers within the era continue through zero before year 1, so that their differences count units.
+  /// NSNotFound if the smaller unit is not a part of the larger one.
   [[nodiscard]] NSInteger ordinalityOfUnit(NSCalendarUnit smaller, NSCalendarUnit inUnit, Date forDate) const noexcept;
 
-  /// The first instant of the date's day, never later than the date: 00:00, or the first time after it where that is
+  /// The first instant of the date's day, never later than the date: 00:00, or the first time after it if 00:00 is
   /// skipped.
   [[nodiscard]] Date startOfDayForDate(Date date) const noexcept;
-  /// The date falls on the day of the current date; false where there is no current date.
+  /// True if the date is on the day of the current date; false if there is no current date.
   [[nodiscard]] bool isDateInToday(Date date) const;
 
   [[nodiscard]] NSString description() const override;
-  /// Equal in identifier, locale, time zone and week.
+  /// Equal if identifier, locale, time zone and week settings are equal.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
 
-  /// The week as well, where it was set itself.
+  /// Archives the week settings only if they were set explicitly.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSCalendar> calendarWithCoder(NSCoder& coder);
 

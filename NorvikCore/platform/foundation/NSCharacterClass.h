@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/NSCharacterClass.h - what kind of character one is, by Unicode.
+// NorvikCore/platform/foundation/NSCharacterClass.h - classes of characters, by Unicode.
 //
 //   isUppercaseLetter(u'\u00C9');      // true
 //   isWhitespace(U'\u00A0');           // true: a no-break space is a blank
 //
-// A surrogate half is of no kind. Pure; any thread.
+// A surrogate half belongs to no class. Pure; any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/NSDateComponents.h - the fields of a date or of a span of time, each set or left open.
+// NorvikCore/platform/foundation/NSDateComponents.h - the fields of a date or of a span of time, each set or not set.
 //
 //   auto parts = make<NSDateComponents>();
 //   parts->setYear(2021);
@@ -17,10 +17,10 @@
 
 namespace norvik {
 
-/// What a field that is not set has.
+/// The value of a field that is not set.
 inline constexpr NSInteger NSUndefinedDateComponent = INT64_MAX;
 
-/// The fields of a calendar; values may be added to name several.
+/// The fields of a calendar. Units may be combined by `|`.
 enum NSCalendarUnit : NSUInteger {
   NSCalendarUnitEra = 2,
   NSCalendarUnitYear = 4,
@@ -61,7 +61,7 @@ class NK_EXPORT NSDateComponents : public NSObject, public NSCoding {
   NK_PROPERTY(NSInteger, weekOfMonth, setWeekOfMonth)
   NK_PROPERTY(NSInteger, weekOfYear, setWeekOfYear)
   NK_PROPERTY(NSInteger, yearForWeekOfYear, setYearForWeekOfYear)
-  NK_PROPERTY(Ref<NSTimeZone>, timeZone, setTimeZone)  // in place of the calendar's
+  NK_PROPERTY(Ref<NSTimeZone>, timeZone, setTimeZone)  // used instead of the calendar's
 
   /// No field is set.
   NSDateComponents();
@@ -74,11 +74,11 @@ class NK_EXPORT NSDateComponents : public NSObject, public NSCoding {
 
   /// The fields that are set: "<NSDateComponents: year 2021, month 5>".
   [[nodiscard]] NSString description() const override;
-  /// Equal in every field, set or not.
+  /// Equal if every field is equal, set or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
 
-  /// The fields that are set, each under its name.
+  /// Archives the fields that are set, each under its name.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 };

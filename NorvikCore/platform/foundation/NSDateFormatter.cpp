@@ -24,7 +24,7 @@ namespace {
 
 using kernel::referenceDateInUnixSeconds;
 using Moment = detail::ShownMoment;
-constexpr std::int64_t lastIcuSecond = 183'800'000'000'000;  // from 1970, in the year 5,826,359
+constexpr std::int64_t lastIcuSecond = 183'800'000'000'000;  // since 1970; in the year 5,826,359
 
 icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style) {
   switch (style) {
@@ -52,7 +52,7 @@ NSString patternOfStyles(NSDateFormatterStyle dateStyle, NSDateFormatterStyle ti
   return detail::stringFromIcu(pattern);
 }
 
-/// The pattern shows a zone by its name, for which ICU must know the zone and not only its offset.
+/// The pattern contains a zone's name, for which ICU needs the zone and not only its offset.
 bool namesZone(std::string_view pattern) {
   bool isQuoted = false;
   for (const char c : pattern) {
@@ -64,8 +64,7 @@ bool namesZone(std::string_view pattern) {
 
 }  // namespace
 
-/// What the settings come to: a compiled pattern where it has digits and names only, ICU's formatter for everything
-/// else.
+/// The formatter that the settings result in: a compiled pattern if it has digits and names only, else ICU's formatter.
 struct NSDateFormatter::Engine {
   explicit Engine(const NSDateFormatter& settings)
       : pattern(settings.pattern_),
@@ -119,7 +118,7 @@ struct NSDateFormatter::Engine {
   }
 
  private:
-  /// In UTF-8; empty where the pattern is not compiled, or does not know the year. Good until the next call.
+  /// In UTF-8; empty if the pattern is not compiled or does not support the year. Valid until the next call.
   std::string_view compiledText(Moment moment) {
     if (moment.seconds == kept.second) {
       if (kept.millisecondAt != nowhere)
@@ -150,7 +149,7 @@ struct NSDateFormatter::Engine {
     UErrorCode status = U_ZERO_ERROR;
     auto fields =
         std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), detail::icuLocale(*locale), status);
-    fields->setGregorianChange(-1e20, status);  // one calendar for all times
+    fields->setGregorianChange(-1e20, status);  // the Gregorian calendar for all times
     if (calendar) {
       fields->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(calendar->firstWeekday()));
       fields->setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(calendar->minimumDaysInFirstWeek()));
@@ -160,8 +159,8 @@ struct NSDateFormatter::Engine {
     return *icu;
   }
 
-  /// ICU is told the offset that this library's rules give. Where the zone's name is shown, it gets the zone itself, as
-  /// far as its own data says the same.
+  /// Gives ICU the offset of this library's rules. If the pattern contains the zone's name, ICU gets the zone itself,
+  /// provided that its data has the same offset.
   void setIcuZone(double milliseconds) {
     const std::int32_t offset = span.type->offset * 1000;
     if (fixedZone && !namesItsZone) {
@@ -202,22 +201,22 @@ struct NSDateFormatter::Engine {
   const NSString pattern;
   const Ref<NSLocale> locale;
   const Ref<NSTimeZone> zone;
-  const Ref<NSCalendar> calendar;  // empty for the locale's
+  const Ref<NSCalendar> calendar;  // an empty Ref means the locale's
   const bool isLenient, namesItsZone;
   std::optional<detail::DatePattern> compiled;
   detail::DatePattern::Fields compiledFields;
   static constexpr std::int64_t never = std::numeric_limits<std::int64_t>::min();
   static constexpr std::size_t nowhere = detail::DatePattern::maximalLength;
-  /// The last text that was written, for other times of its second.
+  /// The last text, reused for other times of the same second.
   struct {
     std::int64_t second = never;
     std::size_t length = 0, millisecondAt = nowhere;
     char text[detail::DatePattern::maximalLength];
   } kept;
-  detail::ZoneSpan span;  // around the last date: the next one is mostly in it
+  detail::ZoneSpan span;  // the span of the last date, which usually contains the next one too
   std::unique_ptr<icu::SimpleDateFormat> icu;
-  icu::SimpleTimeZone* fixedZone = nullptr;  // icu's, where it has only an offset
-  bool zoneIsCurrent = false;                // icu has the zone of the span
+  icu::SimpleTimeZone* fixedZone = nullptr;  // owned by icu; null if icu has a named zone
+  bool zoneIsCurrent = false;                // icu has the zone of `span`
   std::unique_ptr<const detail::DateReader> reader;
 };
 

@@ -1,5 +1,5 @@
-// NorvikCore/platform/foundation/NSDateFormatter.h - dates as text by a pattern or in a locale's manner, and text back
-// to dates.
+// NorvikCore/platform/foundation/NSDateFormatter.h - formats dates by a pattern or by a locale's style, and reads them
+// back.
 //
 //   auto formatter = make<NSDateFormatter>();
 //   formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
@@ -8,25 +8,26 @@
 //   formatter->stringFromDate("2021-07-01"_date);                         // "Thursday 1 July 2021, 01:00"
 //   formatter->dateFromString("Thursday 1 July 2021, 01:00");             // 2021-07-01 00:00:00 +0000
 //
-// Patterns are those of Unicode's locale data (yyyy is the year, YYYY the year that the week belongs to). One Gregorian
-// calendar holds for all times, also before 1582. Times are cut to milliseconds, up to what a double of seconds falls
-// short of one. Years beyond 5.8 million are shown as that.
+// Patterns are those of Unicode's locale data (yyyy is the year, YYYY the year that the week belongs to). The Gregorian
+// calendar is used for all times, also before 1582. Times are truncated to milliseconds; a time that falls short of a
+// millisecond only by the rounding error of a double shows that millisecond. Years beyond 5.8 million are shown as the
+// last date that ICU can format.
 //
-// Reading takes the whole text or nothing. A field that the pattern does not have is that of 2000-01-01 00:00:00. A
-// weekday without a day is the first such day.
+// Reading succeeds only if the whole text is a date. A field that the pattern does not have is taken from 2000-01-01
+// 00:00:00. A weekday without a day means the first such day.
 //
-// Strict reading is the default. It takes a text that the pattern writes for some date, and no other: spaces, signs and
-// the case of letters are those of the pattern, and fields do not contradict each other. "31/02/2021" is refused, and
-// "Tuesday 10 May 2021", which is a Monday. Without the year "Tuesday 10 May" is a date of 2000 and contradicts
-// nothing, because it is written in other years; the same holds for weeks. Two things are taken that no date is written
-// as: a local time that the zone skips, which reads as that much later, and the name of the zone's other season. Of S
-// and A that come twice the last counts.
+// Strict reading is the default. It accepts a text only if the pattern writes that text for some date: spaces, signs
+// and the case of letters must be those of the pattern, and fields must not contradict each other. "31/02/2021" is
+// refused, and so is "Tuesday 10 May 2021", because that day is a Monday. Without the year, "Tuesday 10 May" is
+// accepted as a date of 2000, because the pattern writes that text in other years; the same holds for weeks. Two texts
+// are accepted although no date is written that way: a local time that the zone skips, which is read as that much
+// later, and the name of the zone's other season. If S or A occurs twice, the last one counts.
 //
-// Lenient reading (see setLenient) takes what a clerk types; what strict reading takes is the same date for both.
-// Fields out of range carry over (31/02 is 3 March), except hours above 24. Weekdays, weeks and quarters beside a full
-// date are not checked. The half of the day is: "13:15 pm" is taken, "13:15 am" is refused. Case and additional spaces
-// do not count. A sign may be another sign or a space: dd/MM/yyyy takes 10.5.2021, 10-05-2021 and 10 5 2021. It may be
-// missing between a digit and a letter.
+// Lenient reading (see setLenient) accepts what a clerk types. A text that strict reading accepts gives the same date
+// in both modes. Fields out of range carry over (31/02 is 3 March), except hours above 24. Weekdays, weeks and quarters
+// are not checked if the text has a full date. The half of the day is checked: "13:15 pm" is accepted, "13:15 am" is
+// refused. Case and additional spaces are ignored. A sign may be replaced by another sign or a space: dd/MM/yyyy
+// accepts 10.5.2021, 10-05-2021 and 10 5 2021. A sign between a digit and a letter may be missing.
 //
 //   letters          strict                                          lenient
 //   d M L D H h K k  as many digits as letters, more only without    any number of digits that the field can need (2
@@ -34,25 +35,27 @@
 //   Q q g A          them the locale's digits                        or 0 to 9; h takes 13 to 24, M names of months
 //   y u U r Y        the same, at least four digits: the year 21     two digits: 1950 to 2049; four or more: the year
 //                    is "0021" for yyyy, "21" is refused             itself; one or three are refused
-//                    and 0 except for u and r                        and 0 except for u and r
+//                    and so is 0 except for u and r                  and so is 0 except for u and r
 //   yy YY            two digits: 1950 to 2049                        the same as y
 //   y beside G       the same as d: "44 BC"                          any number of digits
 //   S                as many digits as letters                       1 to 18 digits
 //   MMM EEE QQQ a b  the locale's name of that width; a name that    a name of any width, the first letters, three or
-//   B G and wider    several have (MMMMM) is only checked            more, of one month or weekday; months by number
-//   Z X x            the form that is written; "+00:00" also where   any such form, with or without colon and minutes,
-//                    "Z" is written, "-00:00" nowhere                "-00:00", "GMT" and "UTC"
+//   B G and wider    several share (MMMMM) is only checked           more, of one month or weekday; months by number
+//   Z X x            the written form; "+00:00" also instead of      any such form, with or without colon and minutes,
+//                    "Z", but never "-00:00"                         "-00:00", "GMT" and "UTC"
 //   z v V O ZZZZ     the zone's name as the pattern writes it in     a name in any form that ICU knows
 //                    one of its seasons, if ICU reads it; UTC's
 //
-// Of numbers side by side (yyyyMMdd) the first has what the others leave, which have as many digits as letters.
-// A pattern with more than nine letters of one field (S, A: eighteen) reads nothing.
+// If numbers follow each other without a separator (yyyyMMdd), each but the first has as many digits as letters, and
+// the first one has the remaining digits. A pattern with more than nine letters of one field (S, A: eighteen) reads
+// nothing.
 //
-// Threads: confined; distinct formatters are independent. What was set is in force at the next text.
+// Threads: confined; distinct formatters are independent. A setting takes effect with the next text.
 // Cost:    patterns of digits and of the names of months, weekdays, quarters, halves of the day and eras ("EEE d MMM
-//          yyyy HH:mm") take some tens of nanoseconds a text; the names are looked up once a locale. Patterns with
-//          names of zones take an ICU formatter (tens of microseconds to make): keep the formatter. Reading takes
-//          time linear in the text; the first text after a change also that of looking up the pattern's names.
+//          yyyy HH:mm") take some tens of nanoseconds per text; the names are looked up once per locale. Patterns with
+//          names of zones need an ICU formatter, which takes tens of microseconds to create: keep the formatter.
+//          Reading takes time linear in the text; the first text after a change of settings also includes the look-up
+//          of the pattern's names.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -84,7 +87,8 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NSDateFormatter, NSFormatter)
   NK_CODING
 
-  /// No pattern and no style, which gives empty texts; the user's locale, the default time zone, the locale's calendar.
+  /// No pattern and no style, which gives empty texts; the user's locale, the default time zone and the locale's
+  /// calendar.
   NSDateFormatter();
   ~NSDateFormatter() override;
 
@@ -93,9 +97,9 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
                                                         NSDateFormatterStyle timeStyle);
 
   [[nodiscard]] NSString stringFromDate(Date date) const;
-  /// Appends that text as UTF-8. Made for one date after another: the times of one second take a few nanoseconds.
+  /// Appends that text as UTF-8. For successive dates: another time of the same second takes a few nanoseconds.
   void appendStringFromDate(Date date, std::string& text) const;
-  /// Absent where the text is no date in the pattern, and for patterns with letters that mean nothing.
+  /// Absent if the text is not a date in the pattern, or if the pattern has letters without a meaning.
   [[nodiscard]] std::optional<Date> dateFromString(const NSString& text) const;
 
   /// Dates only; absent for any other value.
@@ -103,36 +107,36 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
                                                                NSString* error = nullptr) const override;
 
-  /// The pattern in force: the one that was set, or that of the styles in the locale.
+  /// The pattern in use: the one that was set, or that of the styles in the locale.
   [[nodiscard]] NSString dateFormat() const;
-  /// Takes the place of the styles, which become none.
+  /// Replaces the styles, which become NSDateFormatterNoStyle.
   void setDateFormat(const NSString& pattern);
   [[nodiscard]] NSDateFormatterStyle dateStyle() const noexcept { return dateStyle_; }
-  /// Takes the place of a pattern that was set.
+  /// Replaces a pattern that was set.
   void setDateStyle(NSDateFormatterStyle style);
   [[nodiscard]] NSDateFormatterStyle timeStyle() const noexcept { return timeStyle_; }
-  /// Takes the place of a pattern that was set.
+  /// Replaces a pattern that was set.
   void setTimeStyle(NSDateFormatterStyle style);
 
   [[nodiscard]] const Ref<NSLocale>& locale() const noexcept { return locale_; }
-  /// Empty is the user's locale.
+  /// An empty Ref means the user's locale.
   void setLocale(const Ref<NSLocale>& locale);
   [[nodiscard]] const Ref<NSTimeZone>& timeZone() const noexcept { return timeZone_; }
-  /// Empty is the default time zone of now.
+  /// An empty Ref means the present default time zone.
   void setTimeZone(const Ref<NSTimeZone>& timeZone);
   /// The calendar that was set, or a new one of the formatter's locale and time zone.
   [[nodiscard]] Ref<NSCalendar> calendar() const;
-  /// Of the calendar, the formatter takes the week. Changes of the calendar afterwards do not count. Empty is the
-  /// locale's.
+  /// The formatter uses the calendar's week settings only. Later changes of the calendar have no effect. An empty Ref
+  /// means the locale's calendar.
   void setCalendar(const Ref<NSCalendar>& calendar);
 
   [[nodiscard]] bool lenient() const noexcept { return lenient_; }
   void setLenient(bool lenient);
-  /// Kept and given back; this formatter behaves as 10.4 whatever it is.
+  /// Stored and returned only: the formatter always behaves as 10.4.
   [[nodiscard]] NSDateFormatterBehavior formatterBehavior() const noexcept { return behavior_; }
   void setFormatterBehavior(NSDateFormatterBehavior behavior) noexcept { behavior_ = behavior; }
 
-  /// All settings. Of styles the pattern is that of the locale where they are decoded.
+  /// All settings. If styles are set, the pattern is that of the locale data where they are decoded.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 
@@ -148,7 +152,7 @@ class NK_EXPORT NSDateFormatter : public NSFormatter, public NSCoding {
   Ref<NSCalendar> calendar_;
   bool lenient_ = false;
   NSDateFormatterBehavior behavior_ = NSDateFormatterBehaviorDefault;
-  mutable detail::Hidden<Engine> engine_;  // made of the settings above when needed
+  mutable detail::Hidden<Engine> engine_;  // built from the settings above when needed
 };
 
 }  // namespace norvik

@@ -41,7 +41,7 @@ void NSFileHandle::writeData(const NSData& data) { writeData(data.text()); }
 void NSFileHandle::writeData(std::string_view bytes) {
   if (const int error = kernel::writeAll(descriptor_.get(), bytes)) [[unlikely]]
     check(error, "writeData");
-  if (!descriptor_.isOpen()) check(EBADF, "writeData");  // also where there is nothing to write
+  if (!descriptor_.isOpen()) check(EBADF, "writeData");  // also if there is nothing to write
 }
 
 Ref<NSData> NSFileHandle::readDataToEndOfFile() {

@@ -5,12 +5,12 @@
 //     file->synchronizeFile();
 //   }
 //
-// Opening answers an empty Ref where it fails. Everything else raises the NSException NSFileHandleOperationException
-// where the system refuses; its reason tells the operation, the file and why. A write is whole or raises: interrupted
-// and cut writes go on, and neither a reader that is gone nor a limit of the file's size ends the process
+// Opening returns an empty Ref on failure. Every other operation raises the NSException NSFileHandleOperationException
+// if the system refuses it; the reason names the operation, the file and the cause. A write is complete or raises:
+// interrupted and partial writes are continued. A closed reader or a limit of the file's size does not end the process
 // (kernel/FileDescriptor.h).
 //
-// The file is closed with the object. Threads: confined to one at a time.
+// The file is closed when the object is destroyed. Threads: confined to one thread at a time.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSData.h"
@@ -25,33 +25,33 @@ namespace norvik {
 class NK_EXPORT NSFileHandle : public NSObject {
   NK_OBJECT(NSFileHandle, NSObject)
 
-  /// Takes the descriptor over; `name` is what the reasons of exceptions call it.
+  /// Takes ownership of the descriptor; `name` is its name in the reasons of exceptions.
   NSFileHandle(kernel::FileDescriptor descriptor, NSString name);
   ~NSFileHandle() override;
 
   /// From the file's beginning. The file must exist.
   [[nodiscard]] static Ref<NSFileHandle> fileHandleForReadingAtPath(const NSString& path);
-  /// From the file's beginning, over what stands there. The file must exist.
+  /// From the file's beginning; existing content is overwritten in place. The file must exist.
   [[nodiscard]] static Ref<NSFileHandle> fileHandleForWritingAtPath(const NSString& path);
-  /// Every write goes to the end of the file, wherever that is then: several handles and processes may share a file and
-  /// lose nothing. The file must exist.
+  /// Every write is appended to the present end of the file, so that several handles and processes may share a file
+  /// without losing data. The file must exist.
   [[nodiscard]] static Ref<NSFileHandle> fileHandleForAppendingAtPath(const NSString& path);
 
   void writeData(const NSData& data);
   void writeData(std::string_view bytes);
-  /// From where the handle stands.
+  /// From the present offset.
   [[nodiscard]] Ref<NSData> readDataToEndOfFile();
 
-  /// Where the next read or write takes place; after an appending write, its end.
+  /// The offset of the next read or write; after an appending write, the end of that write.
   [[nodiscard]] std::uint64_t offsetInFile() const;
   std::uint64_t seekToEndOfFile();
   void seekToFileOffset(std::uint64_t offset);
 
-  /// Waits until what was written is on the disk.
+  /// Blocks until everything that was written is on the disk.
   void synchronizeFile();
-  /// After that every operation but this one raises.
+  /// Every later operation raises, except closeFile().
   void closeFile();
-  /// -1 once it is closed.
+  /// -1 after closeFile().
   [[nodiscard]] int fileDescriptor() const noexcept { return descriptor_.get(); }
 
   [[nodiscard]] NSString description() const override;

@@ -36,14 +36,14 @@ constexpr NSString NSFileSystemFileNumber = "NSFileSystemFileNumber";
 
 namespace {
 
-// The bytes that the system knows the path by. One that holds a NUL would end there and name something else, so it
-// becomes the empty one, which names nothing (ENOENT).
+// The path as bytes for the system, which would end it at a NUL and use another file. A path that holds a NUL therefore
+// becomes the empty path, which names nothing (ENOENT).
 std::string systemPath(const NSString& path) {
   std::string bytes = path.fileSystemRepresentation();
   return bytes.find('\0') == bytes.npos ? bytes : "";
 }
 
-// True for success; otherwise tells the caller what failed, on what, and why.
+// True for success; otherwise sets the error's operation, subject and cause.
 bool report(int number, const char* operation, const NSString& subject, Ref<NSError>* error) {
   if (number != 0 && error) *error = NSError::posixError(number, operation, subject);
   return number == 0;
@@ -87,7 +87,7 @@ int applyAttributes(const std::string& path, const NSDictionary& attributes) {
   }
   if (const Value value = attributes.objectForKey(NSFileModificationDate); !value.isAbsent()) {
     const double seconds = value.as<Date>().timeIntervalSinceReferenceDate();
-    // Whole seconds and the rest apart, since a double is too short for nanoseconds since 1970.
+    // Whole seconds and fraction are converted separately, because a double cannot hold nanoseconds since 1970.
     const double whole = std::floor(seconds);
     if (!(std::abs(whole) < 8e9)) return EINVAL;
     const std::int64_t nanoseconds =
@@ -164,7 +164,7 @@ bool NSFileManager::createFileAtPath(const NSString& path, const Ref<NSData>& co
   }
   if (error == 0 && contents) error = kernel::writeAll(descriptor.get(), contents->text());
   if (const int closeError = descriptor.close(); error == 0) error = closeError;
-  // Without a kept creation time the file is what was asked for all the same.
+  // A failure to store the creation time is ignored, because the file itself is complete.
   if (error == 0 && isNew) static_cast<void>(kernel::noteCreation(file));
   if (error == 0 && attributes) error = applyAttributes(file, *attributes);
   return error == 0;

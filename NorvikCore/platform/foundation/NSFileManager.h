@@ -5,15 +5,15 @@
 //   if (!files.createDirectoryAtPath(folder, true, nullptr, &error)) NSLog("%@", error);
 //   if (Ref<NSDictionary> file = files.attributesOfItemAtPath(path, &error)) file->objectForKey(NSFileSize);
 //
-// A path is a text; bytes of a file's name that are not UTF-8 take NSString's form for them in both directions, so
-// every entry of a folder can be used by the name it was listed with. A '~' stands for itself; one that holds a NUL
-// names nothing.
+// A path is a text. Bytes of a file name that are not UTF-8 are mapped to NSString's form for them and back, so that
+// every entry of a folder can be used under its listed name. A '~' is not expanded. A path that holds a NUL names no
+// file.
 //
-// An operation that fails says so by its result, and by an NSError that tells what failed, on which path, and why:
-// domain NSPOSIXErrorDomain, the system's error number as code.
+// An operation that fails reports it by its result and by an NSError, which describes the operation, the path and the
+// cause: domain NSPOSIXErrorDomain, the system's error number as code.
 //
-// Files and folders take their extended attributes along, also where the file system has none and they are side files
-// (kernel/ExtendedAttributes.h). Any thread.
+// Extended attributes are moved, copied and removed together with their file or folder, also if the file system has
+// none and they are in side files (kernel/ExtendedAttributes.h). Any thread.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -26,7 +26,7 @@
 
 namespace norvik {
 
-// Keys of an item's attributes, and the texts that stand under NSFileType.
+// Keys of an item's attributes, and the values of NSFileType.
 NK_EXPORT extern const NSString NSFileType;
 NK_EXPORT extern const NSString NSFileTypeRegular;
 NK_EXPORT extern const NSString NSFileTypeDirectory;
@@ -34,18 +34,18 @@ NK_EXPORT extern const NSString NSFileTypeSymbolicLink;
 NK_EXPORT extern const NSString NSFileTypeCharacterSpecial;
 NK_EXPORT extern const NSString NSFileTypeBlockSpecial;
 NK_EXPORT extern const NSString NSFileTypeSocket;
-/// Pipes too.
+/// Also the type of pipes.
 NK_EXPORT extern const NSString NSFileTypeUnknown;
-/// Bytes.
+/// In bytes.
 NK_EXPORT extern const NSString NSFileSize;
 NK_EXPORT extern const NSString NSFileModificationDate;
-/// kernel/FileStatus.h says what it is where the file system keeps none.
+/// kernel/FileStatus.h describes the value if the file system stores no creation time.
 NK_EXPORT extern const NSString NSFileCreationDate;
 /// The lower twelve bits of the mode, as a number.
 NK_EXPORT extern const NSString NSFilePosixPermissions;
 NK_EXPORT extern const NSString NSFileOwnerAccountID;
 NK_EXPORT extern const NSString NSFileGroupOwnerAccountID;
-/// The number of names.
+/// The number of names (hard links).
 NK_EXPORT extern const NSString NSFileReferenceCount;
 NK_EXPORT extern const NSString NSFileSystemNumber;
 NK_EXPORT extern const NSString NSFileSystemFileNumber;
@@ -58,41 +58,39 @@ class NK_EXPORT NSFileManager : public NSObject {
 
   [[nodiscard]] static NSFileManager& defaultManager();
 
-  // A subclass may replace these two, which Categories/NSFileManager+... build on.
+  // A subclass may override these two, which Categories/NSFileManager+... build on.
 
-  /// Follows links: one that leads nowhere does not exist. `*isDirectory`, if given, is set only where something
-  /// exists.
+  /// Follows links; a dangling link does not exist. `*isDirectory`, if given, is set only if the path exists.
   [[nodiscard]] virtual bool fileExistsAtPath(const NSString& path, bool* isDirectory = nullptr) const;
 
-  /// Makes a folder, with the missing ones above it or only where its parent exists. With intermediate folders one that
-  /// is there already is success, without it is a failure. Of the attributes NSFilePosixPermissions counts (of the
-  /// folder itself), less the process's umask.
+  /// Creates a folder. If `withIntermediateDirectories` is true, missing parents are created too and an existing folder
+  /// is a success; else the parent must exist and an existing folder is a failure. Of the attributes only
+  /// NSFilePosixPermissions is used, for the folder itself, reduced by the process's umask.
   virtual bool createDirectoryAtPath(const NSString& path, bool withIntermediateDirectories,
                                      const Ref<NSDictionary>& attributes, Ref<NSError>* error = nullptr);
 
-  /// The names in the folder, in the order of the file system, side files of attributes left out. Empty Ref on failure.
+  /// The names in the folder, in the order of the file system, without side files of attributes. Empty Ref on failure.
   [[nodiscard]] Ref<NSArray> contentsOfDirectoryAtPath(const NSString& path, Ref<NSError>* error = nullptr) const;
 
-  /// Under the keys above; of a link itself, not of what it leads to. Empty Ref on failure.
+  /// The attributes under the keys above. Links are not followed. Empty Ref on failure.
   [[nodiscard]] Ref<NSDictionary> attributesOfItemAtPath(const NSString& path, Ref<NSError>* error = nullptr) const;
-  /// Of the attributes NSFilePosixPermissions and NSFileModificationDate count.
+  /// Of the attributes only NSFilePosixPermissions and NSFileModificationDate are used.
   bool setAttributes(const NSDictionary& attributes, const NSString& ofItemAtPath, Ref<NSError>* error = nullptr);
 
-  /// Writes a file with that content (absent: empty), in the place of one that is there. Attributes as for
+  /// Writes a file with that content (absent: empty), and replaces the content of an existing one. Attributes as for
   /// setAttributes().
   bool createFileAtPath(const NSString& path, const Ref<NSData>& contents,
                         const Ref<NSDictionary>& attributes = nullptr);
-  /// The whole content; an empty Ref where it cannot be read.
+  /// The whole content; an empty Ref if it cannot be read.
   [[nodiscard]] Ref<NSData> contentsAtPath(const NSString& path) const;
 
-  /// Where something is at `toPath` already, that is a failure (EEXIST). To another file system the item is copied and
-  /// then removed.
+  /// Fails with EEXIST if `toPath` exists. On another file system the item is copied and then removed.
   bool moveItemAtPath(const NSString& path, const NSString& toPath, Ref<NSError>* error = nullptr);
-  /// Files, links (as such), and folders with all that is in them; permissions, modification times and extended
-  /// attributes too. What cannot be copied whole is not left at `toPath` in part.
+  /// Copies a file, a link (not its target) or a folder with its content, including permissions, modification times and
+  /// extended attributes. If the copy fails, no partial copy is left at `toPath`.
   bool copyItemAtPath(const NSString& path, const NSString& toPath, Ref<NSError>* error = nullptr);
-  /// A folder with all that is in it, however deep; a link, not what it leads to, also with '/' behind it. "/" (EBUSY)
-  /// and a path that ends with "." or ".." (EINVAL) are refused.
+  /// Removes a file, a folder with its content at any depth, or a link (not its target, also if '/' follows its name).
+  /// Refuses "/" (EBUSY) and a path that ends with "." or ".." (EINVAL).
   bool removeItemAtPath(const NSString& path, Ref<NSError>* error = nullptr);
 };
 

@@ -35,7 +35,7 @@ constexpr std::string_view httpOnlyMark = "#HttpOnly_";
 
 std::int64_t unixNow() { return kernel::wallNanoseconds() / 1'000'000'000; }
 
-/// What names that begin so promise to a server, which sees nothing else of a cookie.
+/// Whether the cookie fulfils what the prefix of its name promises. A server sees only the name and value of a cookie.
 bool keepsPrefixPromise(const detail::SetCookie& cookie) {
   const std::string name = detail::asciiLower(cookie.name);
   if (name.starts_with("__secure-")) return cookie.isSecure;
@@ -43,7 +43,8 @@ bool keepsPrefixPromise(const detail::SetCookie& cookie) {
   return true;
 }
 
-/// Of the cookie, with a full stop before a domain that is more than one host; absent where the host may not set it.
+/// The domain of the cookie, with a leading full stop if it covers more than one host; absent if the host may not set
+/// it.
 std::optional<std::string> acceptedDomain(const std::optional<std::string>& attribute, const std::string& host) {
   if (!attribute) return host;
   const std::optional<std::string> domain =
@@ -54,7 +55,7 @@ std::optional<std::string> acceptedDomain(const std::optional<std::string>& attr
   return detail::isPublicSuffix(host) ? host : "." + host;
 }
 
-/// The forms of NSHTTPCookieDomain.
+/// The canonical form of NSHTTPCookieDomain.
 std::optional<std::string> canonicalDomain(std::string_view domain) {
   if (domain.find(':') != domain.npos) {
     const Ref<NSURL> url = NSURL::URLWithString("http://[" + NSString::fromBytes(domain) + "]/");
@@ -126,7 +127,7 @@ Ref<NSHTTPCookie> NSHTTPCookie::cookieWithSetCookieLine(const NSString& line, co
   std::optional<detail::SetCookie> read = detail::readSetCookie(line.bytes(), unixNow());
   if (!urlHost || !read) return nullptr;
   const std::string host = urlHost->bytes();
-  if (host.starts_with('.')) return nullptr;  // it would be the domain of every host below it
+  if (host.starts_with('.')) return nullptr;  // because that would mean the domain of every host below it
   if ((read->isSecure && !isSecureURL(url)) || !keepsPrefixPromise(*read)) return nullptr;
   const std::optional<std::string> domain = acceptedDomain(read->domain, host);
   if (!domain) return nullptr;
@@ -150,7 +151,7 @@ Ref<NSHTTPCookie> NSHTTPCookie::cookieWithCookieFileLine(const NSString& fileLin
   std::array<std::string_view, fieldCount> fields;
   for (std::size_t i = 0; i < fieldCount; ++i) {
     const std::size_t end = line.find('\t');
-    // An empty value may come without the tab before it.
+    // If the value is empty, the tab before it may be missing.
     if (end == line.npos ? i < NameField : i == ValueField) return nullptr;
     fields[i] = line.substr(0, end);
     if (end == line.npos) break;
@@ -237,7 +238,7 @@ NSString NSHTTPCookie::cookieFileLine() const {
   line += isWide ? "\tTRUE\t" : "\tFALSE\t";
   line += path_.bytes();
   line += isSecure_ ? "\tTRUE\t" : "\tFALSE\t";
-  // 0 stands for the session.
+  // 0 means a session cookie.
   const double expiry = expires_ ? std::max(expires_->timeIntervalSince1970(), 1.0) : 0;
   line += std::to_string(static_cast<std::int64_t>(expiry));
   ((line += '\t') += name_.bytes() + '\t') += value_.bytes();

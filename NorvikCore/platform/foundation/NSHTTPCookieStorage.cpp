@@ -32,24 +32,24 @@ Shared& shared() {
   return kernel::madeOnce([] { return new Shared; });
 }
 
-/// A device or pipe is neither waited for nor replaced.
+/// A device or pipe is refused, so that it is neither waited for nor replaced.
 int refusalOf(const kernel::FileStatus& status) noexcept {
   if (status.kind == kernel::FileKind::regular) return 0;
   return status.kind == kernel::FileKind::directory ? EISDIR : ENXIO;
 }
 
-/// For this user only, in the place of what is there.
+/// Replaces the file by one that is readable by this user only.
 int replaceFile(const std::string& path, std::string_view content) {
   if (path.empty() || path.find('\0') != path.npos) return ENOENT;
   kernel::FileStatus status;
   if (kernel::readFileStatus(path, status) == 0) {
     if (const int error = refusalOf(status)) return error;
   }
-  // Not a longer name: the file's own may be as long as one can be.
+  // Not the file's name with a suffix, because that could be longer than a name may be.
   const std::string made = path.substr(0, path.rfind('/') + 1) + "." + kernel::makeUUID().text();
   int error = kernel::makeOwnFile(made);
   if (error != 0) return error;
-  error = kernel::setPermissionsOfFile(made, 0600);  // whatever the umask took away
+  error = kernel::setPermissionsOfFile(made, 0600);  // because the umask may have removed some
   kernel::FileDescriptor file;
   if (error == 0) error = kernel::openFile(made, {.write = true, .regular = true}, file);
   if (error == 0) error = kernel::writeAll(file.get(), content);

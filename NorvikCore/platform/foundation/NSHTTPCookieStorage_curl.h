@@ -2,14 +2,15 @@
 //
 //   CURL* curl = curl_easy_init();
 //   curl_easy_setopt(curl, CURLOPT_URL, "https://pay.example.com/slips");
-//   CURLcode result = performWithCookies(curl);      // in the place of curl_easy_perform(curl)
+//   CURLcode result = performWithCookies(curl);      // instead of curl_easy_perform(curl)
 //
-// libcurl's cookie engine decides what is sent and what an answer may set, and keeps what an answer set in the handle;
-// here the handle is given the cookies of the storage before a transfer, and the storage what the transfer changed
-// afterwards. What another thread or process changed meanwhile stays, unless the answer changed the same cookie.
+// libcurl's cookie engine decides which cookies are sent and which cookies of a response are accepted, and stores those
+// in the handle. Before a transfer, the functions here copy the cookies of the storage to the handle; after it, they
+// copy what the transfer changed back to the storage. Changes that another thread or process made meanwhile stay,
+// unless the response changed the same cookie.
 //
-// The library is not linked to libcurl: a program that includes this header is. Any thread, one handle on one at a
-// time. A handle must not share its cookies with others by CURLOPT_SHARE.
+// The library is not linked to libcurl; a program that includes this header must be. Any thread may call this, but a
+// handle is confined to one thread at a time. A handle must not share its cookies with others by CURLOPT_SHARE.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
@@ -22,19 +23,19 @@
 
 namespace norvik {
 
-/// For transfers that curl_easy_perform() does not make, as with the multi interface: give() before and take() after
-/// each.
+/// For transfers that curl_easy_perform() does not make, such as those of the multi interface: call give() before each
+/// transfer and take() after it.
 class CurlCookies {
  public:
-  /// Keeps neither, and both outlive it.
+  /// Does not own them; both must outlive it.
   explicit CurlCookies(CURL* curl,
                        NSHTTPCookieStorage& storage = NSHTTPCookieStorage::sharedHTTPCookieStorage()) noexcept
       : curl_(curl), storage_(storage) {}
 
-  /// The handle forgets its own cookies and the files of CURLOPT_COOKIEFILE.
+  /// Discards the handle's own cookies and the files of CURLOPT_COOKIEFILE.
   void give() {
     curl_easy_setopt(curl_, CURLOPT_COOKIEFILE, nullptr);
-    curl_easy_setopt(curl_, CURLOPT_COOKIEFILE, "");  // starts the engine, and names no file
+    curl_easy_setopt(curl_, CURLOPT_COOKIEFILE, "");  // starts the engine without a file
     curl_easy_setopt(curl_, CURLOPT_COOKIELIST, "ALL");
     const auto stored = NSMutableDictionary::dictionary();
     const Ref<NSArray> cookies = storage_.cookies();
@@ -42,7 +43,7 @@ class CurlCookies {
       stored->setObject(ref(cookie), cookie.storageKey());
       curl_easy_setopt(curl_, CURLOPT_COOKIELIST, cookie.cookieFileLine().bytes().c_str());
     }
-    // As the engine has them: it may refuse one, or change it.
+    // Read back from the engine, because it may refuse or change a cookie.
     given_.clear();
     for (Ref<NSHTTPCookie>& cookie : inHandle()) {
       const NSString key = cookie->storageKey();
@@ -50,7 +51,7 @@ class CurlCookies {
     }
   }
 
-  /// Sets in the storage what is new or changed since give(), and deletes what is gone.
+  /// Sets new and changed cookies since give() in the storage, and deletes removed ones.
   void take() {
     const auto present = NSMutableDictionary::dictionary();
     for (const Ref<NSHTTPCookie>& cookie : inHandle()) present->setObject(cookie, cookie->storageKey());
@@ -89,8 +90,8 @@ class CurlCookies {
   std::vector<Given> given_;
 };
 
-/// curl_easy_perform() with the cookies of the storage. What an answer set is taken also where the transfer failed
-/// later.
+/// curl_easy_perform() with the cookies of the storage. Cookies that a response set are stored even if the transfer
+/// failed later.
 inline CURLcode performWithCookies(CURL* curl,
                                    NSHTTPCookieStorage& storage = NSHTTPCookieStorage::sharedHTTPCookieStorage()) {
   CurlCookies cookies(curl, storage);

@@ -52,7 +52,7 @@ bool LocaleData::writesAsciiDigits() const {
   return known != 0;
 }
 
-/// What the system's names of locales say of the script behind their ends, and the identifiers in the middle.
+/// The modifiers in the system's locale names that mean a script, and the subtags of identifiers for them.
 constexpr std::pair<std::string_view, const char*> scripts[] = {
     {"@latin", "_Latn"}, {"@cyrillic", "_Cyrl"}, {"@devanagari", "_Deva"}};
 
@@ -128,7 +128,7 @@ NSString languageTag(const icu::Locale& locale) {
 
 using LocaleLookup = Value (*)(const NSLocale&, const icu::Locale&);
 
-/// How to answer each key.
+/// The look-up function of each key.
 constexpr struct {
   const NSString& key;
   LocaleLookup value;
@@ -186,7 +186,8 @@ constexpr struct {
      [](const NSLocale&, const icu::Locale& locale) -> Value { return delimiter(locale, ULOCDATA_ALT_QUOTATION_END); }},
 };
 
-/// The root for a text that is no identifier, as "Europe/London": ICU makes a locale of it that crashes its readers.
+/// The root locale if the text is not an identifier ("Europe/London"), because ICU would make a locale of it on which
+/// its functions crash.
 icu::Locale localeOf(const NSString& identifier) {
   const kernel::ForkHold hold;
   icu::Locale locale = icu::Locale::createCanonical(identifier.str().c_str());

@@ -31,8 +31,8 @@ NSString NSNotification::description() const {
 
 namespace detail {
 
-// One wish of one observer. Observers and senders are told apart by their addresses; the weak references tell whether
-// what is at the address is still what was meant.
+// One registration of one observer. Observers and senders are identified by their addresses; the weak references show
+// whether the object at the address is still the same one.
 class NotificationWish {
  public:
   NotificationWish(NSObject& observer, std::optional<NSString> name, const Ref<NSObject>& sender)
@@ -45,7 +45,7 @@ class NotificationWish {
   NotificationWish& operator=(const NotificationWish&) = delete;
   virtual ~NotificationWish() = default;
 
-  /// Tells the observer, if it wants to know and is still there.
+  /// Calls the observer if the notification matches and the observer still exists.
   void tell(const NSNotification& notification) {
     if (removed_.load(std::memory_order_acquire)) return;
     if (name_ && *name_ != notification.name()) return;
@@ -56,7 +56,8 @@ class NotificationWish {
   [[nodiscard]] bool isOf(const NSObject& observer, const std::optional<NSString>& name, const NSObject* sender) const {
     return observer_ == &observer && (!name || name_ == name) && (!sender || sender_ == sender);
   }
-  /// Not to be asked under a lock: what it looks at may go meanwhile, and with it whatever it holds.
+  /// Must not be called under a lock, because the observer may be destroyed meanwhile, and the objects it retains with
+  /// it.
   [[nodiscard]] bool isOver() const { return !observerAlive_.lock(); }
   void remove() noexcept { removed_.store(true, std::memory_order_release); }
 
@@ -69,14 +70,14 @@ class NotificationWish {
   std::atomic<bool> removed_{false};
 };
 
-/// What addObserverForName() answers.
+/// The result of addObserverForName().
 class ClosureObserver final : public NSObject {
   NK_OBJECT(ClosureObserver, NSObject)
 };
 
 }  // namespace detail
 
-/// The wishes in the order in which they were made. Whoever tells them holds the list of that moment.
+/// The registrations in the order in which they were added. A posting uses the list as it was at its beginning.
 class NSNotificationCenter::Registrations {
  public:
   using Wish = std::shared_ptr<detail::NotificationWish>;
@@ -96,7 +97,7 @@ class NSNotificationCenter::Registrations {
                    [](const auto& each) { return !each->isOver(); });
       changed->push_back(wish);
       const MutexLock lock(mutex_);
-      if (list_ != before) continue;  // somebody was faster
+      if (list_ != before) continue;  // another thread has changed the list
       list_ = std::move(changed);
       return;
     }
@@ -105,7 +106,7 @@ class NSNotificationCenter::Registrations {
   void remove(const NSObject& observer, const std::optional<NSString>& name, const NSObject* sender)
       NK_EXCLUDES(mutex_) {
     auto changed = std::make_shared<std::vector<Wish>>();
-    List before;  // lives longer than the lock: closures go with it
+    List before;  // outlives the lock, because closures are destroyed with it
     const MutexLock lock(mutex_);
     before = list_;
     for (const auto& each : *before) {

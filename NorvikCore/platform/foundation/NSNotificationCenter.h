@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/NSNotificationCenter.h - who wants to know is told what happened.
+// NorvikCore/platform/foundation/NSNotificationCenter.h - notifies observers of events.
 //
 //   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
 //   Ref<NSObject> token = center.addObserverForName("PayRunDidEnd", nullptr, [](const NSNotification& note) {
@@ -7,15 +7,16 @@
 //   center.postNotificationName("PayRunDidEnd", payRun);
 //   center.removeObserver(*token);
 //
-// Posting calls the observers one after another, in the order in which they were added, on the poster's thread, and
-// returns when all have been called. No lock is held meanwhile, so an observer may post, add and remove as it likes:
-// - one that is added during a posting hears of the next one;
-// - one that is removed is not called any more, not even by a posting under way; a call that another thread has
-//   already begun may still be running when removeObserver() returns;
-// - an exception that leaves an observer leaves the posting, and the observers after it are not called.
+// Posting calls the observers one after another, in the order in which they were added, on the posting thread, and
+// returns when all have been called. No lock is held during the calls, so an observer may post, add and remove
+// observers:
+// - An observer that is added during a posting is first called by the next one.
+// - An observer that is removed is not called any more, not even by a posting that is running. A call that another
+//   thread has already begun may still be running when removeObserver() returns.
+// - An exception raised by an observer leaves the posting, and the observers after it are not called.
 //
-// Observers and senders are not kept: an observer that is gone is not called, and need not be removed. During a call it
-// is kept. A closure is kept until it is removed.
+// Observers and senders are not retained: an observer that has been destroyed is not called and need not be removed. An
+// observer is retained during its call. A closure is retained until it is removed.
 //
 // Threads: synchronised.
 #pragma once
@@ -29,7 +30,7 @@
 
 namespace norvik {
 
-/// What happened, to whom, and what else is to be said. Immutable.
+/// The name of the event, its sender and additional data. Immutable.
 class NK_EXPORT NSNotification : public NSObject {
   NK_OBJECT(NSNotification, NSObject)
 
@@ -62,21 +63,21 @@ class NK_EXPORT NSNotificationCenter : public NSObject {
   NSNotificationCenter();
   ~NSNotificationCenter() override;
 
-  /// The one that everybody uses.
+  /// The center of the application.
   [[nodiscard]] static NSNotificationCenter& defaultCenter();
 
-  /// Calls the closure for notifications of that name (absent: any name) from that sender (empty: any sender). The
-  /// result is the observer, to be removed by; the center keeps it and the closure until then.
+  /// Calls the closure for notifications of that name (absent: any name) from that sender (empty: any sender). Returns
+  /// an observer, by which the closure is removed; the center retains it and the closure until then.
   Ref<NSObject> addObserverForName(std::optional<NSString> name, const Ref<NSObject>& object,
                                    Block<void(const NSNotification&)> block);
 
-  /// Performs `selector` on the observer, with the notification where it takes an argument. An observer that has no
-  /// such operation raises NSInvalidArgumentException. What is added twice is called twice.
+  /// Performs `selector` on the observer; the notification is passed if the operation takes an argument. Raises
+  /// NSInvalidArgumentException if the observer has no such operation. An observer that is added twice is called twice.
   void addObserver(NSObject& observer, SEL selector, std::optional<NSString> name, const Ref<NSObject>& object);
 
-  /// Everything the observer was added for.
+  /// Removes all registrations of the observer.
   void removeObserver(const NSObject& observer);
-  /// What the observer was added for with this name and this sender; an absent name or empty sender stands for all.
+  /// Removes the observer's registrations with this name and this sender; an absent name or empty sender means any.
   void removeObserver(const NSObject& observer, const std::optional<NSString>& name, const Ref<NSObject>& object);
 
   void postNotification(const NSNotification& notification);

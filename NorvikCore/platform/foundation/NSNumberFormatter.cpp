@@ -34,9 +34,9 @@ using detail::stringFromIcu;
 using detail::utf8FromIcu;
 using Symbol = icu::DecimalFormatSymbols::ENumberFormatSymbol;
 
-/// No language takes 470 for a number below 10^15. ICU reads in time that grows with the square of the length.
+/// No language needs more than 470 units for a number below 10^15. ICU reads in time quadratic in the length.
 constexpr std::size_t mostUnitsOfWords = 500;
-constexpr int noIntegerLimit = 309;  // the digits of the greatest double
+constexpr int noIntegerLimit = 309;  // the number of digits of the greatest double
 
 void check(UErrorCode status, const char* what) {
   if (U_FAILURE(status)) {
@@ -111,8 +111,8 @@ void chooseWords(icu::RuleBasedNumberFormat& words, const icu::Locale& locale) {
 NSDecimalNumberHandler atScale(std::int16_t scale) { return NSDecimalNumberHandler({.scale = scale}); }
 
 /// Languages have words for numbers below 10^18, and ICU spells the double nearest to a number, with 20 digits behind
-/// the point at most. Beyond, ICU writes 64-bit integers in digits and spells doubles, some of them as other numbers
-/// than they are.
+/// the point at most. Beyond that, ICU writes 64-bit integers in digits and spells doubles, some of them with a wrong
+/// value.
 bool hasWords(const NSNumber& number) {
   constexpr std::int64_t firstWithout = 1'000'000'000'000'000'000;
   constexpr int mostPlaces = 20;
@@ -125,7 +125,8 @@ bool hasWords(const NSNumber& number) {
   return Decimal(real) == decimal && places() == decimal;
 }
 
-/// The number between the fixed texts of a pattern, or its digits without an exponent: where they are in the text.
+/// The range of the number in a text, between the fixed texts of the pattern, or the range of its digits without an
+/// exponent.
 struct Span {
   std::int32_t from = INT32_MAX, to = 0;
 };
@@ -149,7 +150,7 @@ Span spanOf(bool (*isWanted)(std::int32_t field), icu::FieldPositionIterator& fi
   return span;
 }
 
-/// Whether ICU can follow the pattern, in any locale.
+/// Whether ICU accepts the pattern. This does not depend on the locale.
 bool isPattern(const NSString& pattern) {
   const auto& any = kernel::madeOnce([] {
     UErrorCode status = U_ZERO_ERROR;
@@ -178,30 +179,30 @@ enum class DigitLimit { MinimumInteger, MaximumInteger, MinimumFraction, Maximum
 
 }  // namespace
 
-/// The settings, and the formats that they come to. ICU takes microseconds for each setting of a format: it is made
-/// once they are all known, when the first text or limit is asked for.
+/// The settings, and the ICU formats built from them. ICU takes microseconds for each setting of a format. A format is
+/// therefore built when all settings are known, that is when the first text or limit is requested.
 struct NSNumberFormatter::Engine {
   Ref<NSLocale> locale = NSLocale::currentLocale();
   NSNumberFormatterStyle style = NSNumberFormatterNoStyle;
   NSNumberFormatterBehavior behavior = NSNumberFormatterBehavior10_4;
   NSNumberFormatterRoundingMode rounding = NSNumberFormatterRoundHalfEven;
-  std::optional<NSString> ownPattern;  ///< in place of the style's
-  /// What was set since the style or the pattern: it outlasts a change of the locale.
+  std::optional<NSString> ownPattern;  ///< replaces the style's
+  /// The limits that were set after the style or the pattern. A change of the locale keeps them.
   struct {
-    std::optional<std::pair<int, int>> integerDigits, fractionDigits;  ///< least and greatest
+    std::optional<std::pair<int, int>> integerDigits, fractionDigits;  ///< minimum and maximum
     std::optional<bool> grouping;
   } own;
   bool allowsFloats = true, isLenient = false, generatesDecimals = false, keepsEveryDigit = false;
   std::optional<NSNumber> maximum, minimum;
 
-  // What the settings come to, once it is built.
+  // The formats, valid once they are built.
   std::unique_ptr<icu::DecimalFormat> digits;
-  std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< of the spell-out style alone
-  std::unique_ptr<icu::DecimalFormat> stepless;       ///< of a pattern with an increment: without it
-  std::optional<PlainNumberPattern> plain;            ///< the fast way, where the settings allow it
+  std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< for the spell-out style only
+  std::unique_ptr<icu::DecimalFormat> stepless;       ///< for a pattern with an increment: the same without it
+  std::optional<PlainNumberPattern> plain;            ///< the fast path, if the settings allow it
   std::optional<NumberReader> reader;
 
-  /// Several threads may read by one formatter, and any of them be the first.
+  /// Several threads may read by one formatter, and any of them may be the first.
   Engine& built() {
     if (isBuilt.load(std::memory_order_acquire)) [[likely]]
       return *this;
@@ -213,14 +214,14 @@ struct NSNumberFormatter::Engine {
     return *this;
   }
 
-  /// After a change of style, pattern or locale.
+  /// Called after a change of style, pattern or locale.
   void startAfresh() noexcept { isBuilt.store(false, std::memory_order_relaxed); }
   void forgetOwnLimits() noexcept {
     own = {};
     waiting.clear();
   }
 
-  /// Limits hold as they come out in the locale in which they were set.
+  /// Limits take the values that result in the locale in which they were set.
   void applyWaiting() {
     if (!waiting.empty()) built();
   }
@@ -250,14 +251,14 @@ struct NSNumberFormatter::Engine {
  private:
   std::atomic<bool> isBuilt{false};
   Mutex building;
-  std::vector<std::pair<DigitLimit, int>> waiting;  ///< limits that were set and not yet applied, in order
+  std::vector<std::pair<DigitLimit, int>> waiting;  ///< limits that were set but not yet applied, in order
   bool isMoney = false;                             ///< the pattern has a currency
 
   [[nodiscard]] icu::Locale icuLocale() const {
     return icu::Locale::createCanonical(locale->localeIdentifier().utf8().c_str());
   }
 
-  /// Applies style or pattern in the locale, from scratch.
+  /// Applies style or pattern in the locale to new formats.
   void build() {
     const icu::Locale where = icuLocale();
     UErrorCode status = U_ZERO_ERROR;
@@ -296,7 +297,7 @@ struct NSNumberFormatter::Engine {
     settingsChanged();
   }
 
-  /// ICU moves the other limit where the two would cross.
+  /// ICU moves the other limit if the two would cross.
   void apply(DigitLimit limit, int count) {
     switch (limit) {
       case DigitLimit::MinimumInteger:
@@ -319,7 +320,7 @@ struct NSNumberFormatter::Engine {
     }
   }
 
-  /// ICU's format in the forms in which it is used.
+  /// Derives the other formats from ICU's format.
   void settingsChanged() {
     icu::UnicodeString pattern;
     isMoney = digits->toPattern(pattern).indexOf(u'\u00A4') >= 0;
@@ -328,7 +329,7 @@ struct NSNumberFormatter::Engine {
     chooseReader();
   }
 
-  /// An increment finer than the last digit shown is not used, as in ICU.
+  /// An increment finer than the last digit shown is ignored, as in ICU.
   void chooseStepless() {
     stepless.reset();
     const double increment = digits->getRoundingIncrement();
@@ -349,7 +350,7 @@ struct NSNumberFormatter::Engine {
     return symbol(isMoney ? Symbol::kMonetaryGroupingSeparatorSymbol : Symbol::kGroupingSeparatorSymbol);
   }
 
-  /// Everything of ICU's format that the fast way covers, or nothing.
+  /// Copies all settings of ICU's format to the fast path, or leaves it unset if it does not support one of them.
   void choosePlainPattern() {
     plain.reset();
     const auto mode = plainRounding(rounding);
@@ -380,7 +381,7 @@ struct NSNumberFormatter::Engine {
     if (!isMoney || writesAsIcu(pattern)) plain = std::move(pattern);
   }
 
-  /// How the texts that the settings give are read.
+  /// Builds the reader for the texts that the settings result in.
   void chooseReader() {
     NumberReader::Settings settings;
     for (std::size_t i = 0; i < settings.digits.size(); ++i) {
@@ -439,8 +440,8 @@ struct NSNumberFormatter::Engine {
     return result;
   }
 
-  /// The text around money depends on the number: on its digits, as the space between a currency's letters and a
-  /// digit does, and where the pattern has the currency's name, on the name's plurals.
+  /// The text around money depends on the number: on its digits (such as the space between a currency's letters and a
+  /// digit) and, if the pattern has the currency's name, on the plural of the name.
   [[nodiscard]] std::vector<NumberReader::Form> formsOfMoney() const {
     icu::DecimalFormat unpadded(*digits);
     unpadded.setFormatWidth(0);
@@ -470,14 +471,14 @@ struct NSNumberFormatter::Engine {
     return result;
   }
 
-  /// The power of ten that numbers are multiplied by. Patterns have no other multipliers.
+  /// The power of ten by which numbers are multiplied. Patterns have no other multipliers.
   [[nodiscard]] int powerOfMultiplier() const {
     int power = digits->getMultiplierScale();
     for (std::int32_t multiplier = digits->getMultiplier(); multiplier > 1; multiplier /= 10) ++power;
     return power;
   }
 
-  /// Whether the pattern writes money of both signs as ICU does.
+  /// Whether the pattern writes positive and negative money as ICU does.
   [[nodiscard]] bool writesAsIcu(const PlainNumberPattern& pattern) const {
     for (const char* sample : {"1234567.891", "-0.5"}) {
       std::string ours;
@@ -514,7 +515,7 @@ struct NSNumberFormatter::Engine {
     return text;
   }
 
-  /// The multiple of the pattern's increment that is shown for the number.
+  /// The multiple of the pattern's increment to which the number is rounded.
   [[nodiscard]] std::string multipleNear(const detail::NumberDigits& number) const {
     return detail::roundedToIncrement(number, powerOfMultiplier(), Decimal(digits->getRoundingIncrement()), rounding);
   }
@@ -539,8 +540,8 @@ struct NSNumberFormatter::Engine {
     return true;
   }
 
-  /// Words are a number where they are how one of the language's rules spells it, other than as a year: ICU reads
-  /// "twelve twelve" as 1212.
+  /// Words are accepted only if one of the language's rules, except those for years, spells the number that way,
+  /// because ICU reads "twelve twelve" as 1212.
   [[nodiscard]] std::optional<NSNumber> numberInWords(const NSString& text) const {
     const NSString wanted = isLenient ? text.stringByTrimming() : text;
     if (wanted.length() > mostUnitsOfWords) return std::nullopt;
@@ -554,7 +555,7 @@ struct NSNumberFormatter::Engine {
     const double real = result.getDouble(status);
     if (U_FAILURE(status)) return std::nullopt;
     if (isSpelt(units, real)) return NSNumber(real);
-    // ICU adds the digits of a fraction up in doubles.
+    // ICU adds the digits of a fraction in doubles, so neighbouring doubles are tried too.
     constexpr int mostSteps = 8;
     double below = real, above = real;
     for (int i = 0; i < mostSteps && real != std::trunc(real); ++i) {
@@ -590,7 +591,8 @@ struct NSNumberFormatter::Engine {
     return accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
   }
 
-  /// In the kind that the settings ask for; absent for a fraction where none is allowed and for what is out of bounds.
+  /// The number in the kind that the settings require; absent if it has a fraction that is not allowed or is out of
+  /// bounds.
   [[nodiscard]] std::optional<NSNumber> accepted(const NSNumber& number, bool hasFraction) const {
     if (!allowsFloats && hasFraction) return std::nullopt;
     if ((maximum && number > *maximum) || (minimum && number < *minimum)) return std::nullopt;
@@ -725,7 +727,7 @@ Enumeration decodeEnumerator(NSCoder& coder, const NSString& key, Enumeration la
   return static_cast<Enumeration>(number);
 }
 
-/// A count of digits, wherever one can be.
+/// A count of digits, limited to the range of counts.
 int decodeDigits(NSCoder& coder, const NSString& key) {
   return static_cast<int>(std::clamp<std::int64_t>(coder.decodeIntegerForKey(key), 0, noIntegerLimit));
 }

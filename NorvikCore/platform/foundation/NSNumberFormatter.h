@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/NSNumberFormatter.h - numbers as text in a locale's manner, and text back to numbers.
+// NorvikCore/platform/foundation/NSNumberFormatter.h - formats numbers in a locale's style and reads them back.
 //
 //   auto money = make<NSNumberFormatter>();
 //   money->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));
@@ -8,25 +8,30 @@
 //   money->numberFromString(" 1,234.5 ");           // 1234.5
 //
 // Patterns are those of Unicode's locale data ("#,##0.00;(#,##0.00)"); words and symbols are the locale's. A style or a
-// pattern sets the digit limits and the grouping; setters called after it change them again. A number that shows as
-// zero has no sign: -0.001 is "0.00", because it reads back as that. Padding by a digit or a separator is read as one.
+// pattern sets the digit limits and the grouping; setters called after it change them again. A number that is shown as
+// zero has no sign: -0.001 is "0.00", because it reads back as that. If the padding is a digit or a separator, it is
+// read as one.
 //
-// Reading takes the whole text or nothing. How many digits there are does not count: "1.2345", ".5" and "5." are
-// numbers to "0.00" too, and so are digits without separators. Digits are the locale's or ASCII's, of one kind in a
-// number; separators are the locale's only, so that "12.50" is no number in Arabic. A number has one sign at most.
-// Strict reading wants the formatter's own signs and separators, each in its place. Lenient reading gives the same
-// number for such a text. It also takes, in every pattern alike: white space and marks of direction before and after
-// the number, its sign and what the pattern puts around it; a number without what the pattern puts around it, brackets
-// that mean a minus excepted; "+", "-" and the minus sign; a currency's code for its symbol; and grouping separators
-// anywhere between two digits, where any space and an ASCII apostrophe do for the locale's own. Digits behind the point
-// are never cut off; beyond 38 digits, or 128 places, the number is rounded. Words are a number below 10^15 and only as
-// the language spells it: "twelve twelve" is none, nor are more than 500 units of text.
+// Reading succeeds only if the whole text is a number. The number of digits does not matter: "1.2345", ".5" and "5."
+// are numbers for "0.00" too, and so are digits without separators. Digits are the locale's or ASCII, but not both in
+// one number. Separators are the locale's only, so "12.50" is not a number in Arabic. A number has one sign at most.
+// Strict reading accepts only the formatter's own signs and separators, each in its place. Lenient reading gives the
+// same number for such a text and also accepts, for every pattern:
+// - white space and marks of direction before and after the number, its sign and the texts around it;
+// - a number without the texts that the pattern puts around it, unless they are brackets that mean a minus;
+// - "+", "-" and the minus sign;
+// - a currency's code instead of its symbol;
+// - grouping separators anywhere between two digits; if the locale's is a space or an apostrophe, any space or the
+//   ASCII apostrophe.
+// Digits behind the point are never cut off; beyond 38 digits or 128 places the number is rounded. Words must be a
+// number below 10^15 in the spelling of the language: "twelve twelve" is refused, and so is a text of more than 500
+// UTF-16 units.
 //
-// Threads: confined; a kept formatter may be read by several threads once its settings are done.
-// Cost:    the first text after a setting is expensive (tens of microseconds, words half a millisecond); keep one.
-//          Formatting a decimal in a decimal, percent or currency pattern takes some tens of nanoseconds, and so does
-//          reading in any pattern; significant digits, powers of ten, increments, words, padding and digits other than
-//          ASCII's are written by ICU.
+// Threads: confined; several threads may use a formatter at once if its settings do not change any more.
+// Cost:    the first text after a change of settings is expensive (tens of microseconds, for words half a millisecond);
+//          keep the formatter. Formatting a decimal in a decimal, percent or currency pattern takes some tens of
+//          nanoseconds, and so does reading in any pattern. ICU formats significant digits, powers of ten, increments,
+//          words, padding and digits other than ASCII.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -70,20 +75,20 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NSNumberFormatter, NSFormatter)
   NK_CODING
 
-  /// No style, the user's current locale.
+  /// No style; the user's current locale.
   NSNumberFormatter();
   ~NSNumberFormatter() override;
 
-  /// The number as text. Never absent: not-a-number and infinities have texts of their own, which do not read back.
+  /// The number as text. Never absent: not-a-number and infinities have texts too, but those do not read back.
   [[nodiscard]] NSString stringFromNumber(const NSNumber& number) const;
-  /// Absent where the text is not a number, has a fraction and floats are not allowed, or is beyond minimum() or
-  /// maximum(). A Decimal where generatesDecimalNumbers() is on; otherwise an integer, or a double where there is a
-  /// fraction or a 64-bit integer does not suffice.
+  /// Absent if the text is not a number, has a fraction although floats are not allowed, or is beyond minimum() or
+  /// maximum(). The result is a Decimal if generatesDecimalNumbers() is on; else an integer, or a double if there is a
+  /// fraction or the number does not fit a 64-bit integer.
   [[nodiscard]] std::optional<NSNumber> numberFromString(const NSString& text) const;
 
-  /// Numbers only; an absent or null value gives the empty text, any other none.
+  /// Accepts numbers only; an absent or null value gives the empty text, any other value gives none.
   [[nodiscard]] std::optional<NSString> stringForObjectValue(const Value& value) const override;
-  /// The text with the given attributes all over.
+  /// The text with the given attributes for its whole length.
   [[nodiscard]] Ref<NSAttributedString> attributedStringForObjectValue_withDefaultAttributes(
       const Value& value, const Ref<NSDictionary>& attributes) const override;
   /// The empty text reads as an absent value.
@@ -93,20 +98,21 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   [[nodiscard]] NSNumberFormatterStyle numberStyle() const noexcept;
   void setNumberStyle(NSNumberFormatterStyle style);
   [[nodiscard]] Ref<NSLocale> locale() const noexcept;
-  /// What was set since the style or the pattern stays. An empty Ref is the user's current locale.
+  /// Limits and grouping that were set after the style or the pattern stay. An empty Ref means the user's current
+  /// locale.
   void setLocale(const Ref<NSLocale>& locale);
-  /// The pattern in force.
+  /// The pattern in use.
   [[nodiscard]] NSString format() const;
   /// A malformed pattern raises NSInvalidArgumentException and changes nothing.
   void setFormat(const NSString& pattern);
-  /// Kept and given back; this formatter behaves as 10.4 whatever it is.
+  /// Stored and returned only: the formatter always behaves as 10.4.
   [[nodiscard]] NSNumberFormatterBehavior formatterBehavior() const noexcept;
   void setFormatterBehavior(NSNumberFormatterBehavior behavior) noexcept;
 
   [[nodiscard]] int minimumIntegerDigits() const;
   void setMinimumIntegerDigits(int digits);
   [[nodiscard]] int maximumIntegerDigits() const;
-  /// A number with more keeps its last ones: 1234 with a maximum of 2 shows as "34".
+  /// A number with more digits shows its last ones: 1234 with a maximum of 2 is "34".
   void setMaximumIntegerDigits(int digits);
   [[nodiscard]] int minimumFractionDigits() const;
   void setMinimumFractionDigits(int digits);
@@ -123,18 +129,18 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   void setLenient(bool lenient);
   [[nodiscard]] bool generatesDecimalNumbers() const noexcept;
   void setGeneratesDecimalNumbers(bool generates) noexcept;
-  /// Bounds for reading, absent for none.
+  /// Bounds for reading; absent for none.
   [[nodiscard]] const std::optional<NSNumber>& maximum() const noexcept;
   virtual void setMaximum(std::optional<NSNumber> maximum);
   [[nodiscard]] const std::optional<NSNumber>& minimum() const noexcept;
   virtual void setMinimum(std::optional<NSNumber> minimum);
 
-  /// All settings. What was damaged raises NSInvalidUnarchiveOperationException.
+  /// All settings. Damaged settings raise NSInvalidUnarchiveOperationException.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 
  protected:
-  /// Whether a number is read as a Decimal wherever a double has other digits. Off at first; not in archives.
+  /// Whether a number is read as a Decimal if a double would change its digits. Off by default; not archived.
   void setKeepsEveryDigit(bool keeps) noexcept;
 
  private:

@@ -4,9 +4,10 @@
 //   stringByExpandingTildeInPath("~sian/Pay");                     // "/home/sian/Pay", by the account database
 //   stringByAbbreviatingWithTildeInPath("/home/pat/Pay");          // "~/Pay"
 //
-// The home folder is what HOME says where that begins with '/', else that of the user's account. Nothing need exist.
-// Slashes at the end go, but for a path that is nothing else; otherwise the text counts as it stands: "." and ".."
-// stay, and a home folder reached by a link is not recognised. Any thread, while nobody changes the environment.
+// The home folder is the value of HOME if it begins with '/', else that of the user's account. Nothing need exist.
+// Trailing slashes are removed, unless the path consists of slashes only. Otherwise the text is not interpreted: "."
+// and ".." stay, and a home folder reached by a link is not recognised. Any thread, as long as no thread changes the
+// environment.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,10 +15,10 @@
 
 namespace norvik {
 
-/// "~" and "~name" at the beginning become that user's home folder; with the name of an unknown user they stay.
+/// "~" and "~name" at the beginning become that user's home folder; the name of an unknown user stays.
 [[nodiscard]] NK_EXPORT NSString stringByExpandingTildeInPath(const NSString& path);
 
-/// The user's home folder at the beginning becomes "~"; not where the home folder is "/", and no other user's.
+/// The user's own home folder at the beginning becomes "~", unless the home folder is "/".
 [[nodiscard]] NK_EXPORT NSString stringByAbbreviatingWithTildeInPath(const NSString& path);
 
 }  // namespace norvik

@@ -25,17 +25,17 @@ class NK_EXPORT NSProcessInfo : public NSObject {
 
   [[nodiscard]] static NSProcessInfo& processInfo();
 
-  /// The last part of the path the program was started by.
+  /// The last part of the path by which the program was started.
   [[nodiscard]] NSString processName() const;
   [[nodiscard]] std::int32_t processIdentifier() const;
   /// Configured processors, at least 1.
   [[nodiscard]] std::uint64_t processorCount() const;
-  /// The variables and their values at this moment, of a variable that is there twice the first.
+  /// The variables and their present values; if a variable occurs twice, the first one.
   [[nodiscard]] Ref<NSDictionary> environment() const;
-  /// Of the distribution, or of the kernel where the distribution has no number.
+  /// The version of the distribution, or of the kernel if the distribution has no number.
   [[nodiscard]] NSOperatingSystemVersion operatingSystemVersion() const;
   [[nodiscard]] NSString operatingSystemVersionString() const;
-  /// A text that no other process and no other call gives.
+  /// A text that is unique among all processes and calls.
   [[nodiscard]] NSString globallyUniqueString() const;
 
   NK_METHOD(processName)

@@ -9,7 +9,7 @@
 namespace norvik {
 namespace {
 
-/// Most texts are names of programs' things and need no more than this.
+/// A fast path for ASCII, because most texts are identifiers.
 template <class Change>
 NSString changedAscii(const NSString& text, Change&& change) {
   std::string changed(text.view());

@@ -13,7 +13,7 @@
 namespace norvik {
 namespace {
 
-// Released by a thread-specific-data destructor, after all thread-local objects of the program are gone.
+// Released by the destructor of thread-specific data, after all thread-local objects of the program were destroyed.
 thread_local constinit NSThread* current = nullptr;
 
 void releaseCurrent(void*) { const auto last = Ref<NSThread>::adopt(std::exchange(current, nullptr)); }
@@ -33,7 +33,7 @@ NSThread::NSThread() : id_(kernel::currentThreadId()) {}
 NSThread::~NSThread() = default;
 
 Ref<NSThread> NSThread::currentThread() {
-  // The thread that a fork() carried into the child is another one there.
+  // In a child made by fork(), the copied thread has another id.
   if (current && current->id_ != kernel::currentThreadId()) releaseCurrent(nullptr);
   if (!current) {
     current = make<NSThread>().take();
@@ -44,7 +44,7 @@ Ref<NSThread> NSThread::currentThread() {
 
 bool NSThread::isMainThread() { return kernel::isMainThread(); }
 
-// Never inlined, since it leaves its own frame out.
+// Never inlined, because it omits its own frame.
 [[gnu::noinline]] Ref<NSArray> NSThread::callStackSymbols() { return NSArray::arrayFrom(kernel::callStackSymbols(1)); }
 
 NSString NSThread::name() const {

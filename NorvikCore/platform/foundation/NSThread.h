@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/NSThread.h - the calling thread as an object, and how it got where it is.
+// NorvikCore/platform/foundation/NSThread.h - a thread as an object, and the call stack of the calling thread.
 //
 //   NSThread::currentThread()->setName("Import of bank files");
 //   if (!NSThread::isMainThread()) NSLog("%@", NSThread::callStackSymbols());
 //
-// There is one object per thread, made when it is first asked for.
+// There is one object per thread. It is created when it is first requested.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -20,19 +20,19 @@ class NK_EXPORT NSThread : public NSObject {
   NSThread();
   ~NSThread() override;
 
-  /// The same object each time on the same thread; it may be kept beyond the thread's end.
+  /// The same object each time on the same thread. It may be retained beyond the end of the thread.
   [[nodiscard]] static Ref<NSThread> currentThread();
   /// True on the thread whose id is the process id.
   [[nodiscard]] static bool isMainThread();
-  /// The callers, innermost first, one text a frame; kernel/CallStack.h says what is in it.
+  /// The callers, innermost first, one text per frame; kernel/CallStack.h describes the texts.
   [[nodiscard]] static Ref<NSArray> callStackSymbols();
 
-  /// In full, whatever the kernel keeps of it. On its own thread a thread without a name has the kernel's, elsewhere it
-  /// has none: then the text is empty.
+  /// The full name, even if the kernel truncates it. For a thread without a name, it is the kernel's name on that
+  /// thread and the empty text on other threads.
   [[nodiscard]] NSString name() const;
-  /// An empty text takes the name back. Raises NSInvalidArgumentException on another thread than its own.
+  /// An empty text removes the name. Raises NSInvalidArgumentException if it is called on another thread.
   void setName(const NSString& name);
-  /// The kernel's number of the thread.
+  /// The kernel's id of the thread.
   [[nodiscard]] std::uint32_t threadID() const noexcept { return id_; }
 
   [[nodiscard]] NSString description() const override;

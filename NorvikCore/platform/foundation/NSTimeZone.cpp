@@ -47,7 +47,7 @@ Ref<NSTimeZone> NSTimeZone::timeZoneForSecondsFromGMT(NSInteger seconds) {
   const detail::ZoneRules*& rules = shared.fixed[minutes];
   if (!rules) {
     const detail::ZoneType type{static_cast<std::int32_t>(minutes * 60), false, name.str()};
-    rules = new detail::ZoneRules(detail::ZoneRules::fixed(type));  // kept for the life of the process
+    rules = new detail::ZoneRules(detail::ZoneRules::fixed(type));  // kept until the process ends
   }
   return make<NSTimeZone>(name, *rules);
 }
@@ -119,7 +119,7 @@ void NSTimeZone::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(name_
 Ref<NSTimeZone> NSTimeZone::timeZoneWithCoder(NSCoder& coder) {
   const auto name = coder.decodeValue<NSString>();
   if (Ref<NSTimeZone> zone = timeZoneWithName(name)) return zone;
-  // What TZ means may be a rule or a file's path. Neither is taken from an archive.
+  // The value of TZ may be a rule or a path of a file. Neither is read from an archive.
   if (Ref<NSTimeZone> zone = systemTimeZone(); zone->name() == name) return zone;
   NSException::raise(NSInvalidUnarchiveOperationException, "there is no time zone \"" + name.utf8() + "\" here");
 }

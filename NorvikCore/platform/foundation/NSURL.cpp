@@ -16,7 +16,7 @@ namespace {
 std::string currentFolder() {
   std::string path(256, '\0');
   while (getcwd(path.data(), path.size()) == nullptr) {
-    if (errno != ERANGE) return "/";  // it was removed, or this user may not see where it is
+    if (errno != ERANGE) return "/";  // the folder was removed, or this user may not see its path
     path.resize(path.size() * 2);
   }
   path.resize(path.find('\0'));
@@ -42,8 +42,7 @@ std::optional<NSString> text(const std::optional<std::string>& part) {
   return part ? std::optional<NSString>(*part) : std::nullopt;
 }
 
-/// What a "file:" address has to be for the address of a file of this machine. An escaped slash would become one
-/// between names.
+/// Whether a "file:" address means a file of this machine. (An escaped slash in it would become a separator.)
 bool isPlain(const detail::Address& address) {
   return address.scheme == "file" && address.host == "" && !address.query && !address.fragment;
 }
@@ -56,7 +55,7 @@ NSURL::NSURL() = default;
 NSURL::NSURL(NSString path, bool isDirectory) : path_(std::move(path)), isDirectory_(isDirectory) {}
 NSURL::~NSURL() = default;
 
-/// False where it is the address of nothing.
+/// False if the address cannot mean a file.
 bool NSURL::take(detail::Address address) {
   std::string path = detail::percentDecoded(address.path);
   if (isPlain(address) && hasEscapedSlash(address.path)) return false;

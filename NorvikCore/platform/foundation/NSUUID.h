@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/NSUUID.h - an identifier that nobody else makes, as an object.
+// NorvikCore/platform/foundation/NSUUID.h - a universally unique identifier as an object.
 //
 //   NSUUID::UUID()->UUIDString();                                          // "3F2504E0-4F89-41D3-9A0C-0305E82C3301"
 //   NSUUID::initWithUUIDString("3f2504e0-4f89-41d3-9a0c-0305e82c3301");    // an empty Ref for any other form
@@ -27,7 +27,7 @@ class NK_EXPORT NSUUID : public NSObject, public NSCoding {
   [[nodiscard]] NSString UUIDString() const;
   NK_METHOD(UUIDString)
 
-  /// The same 16 bytes.
+  /// Equal if the 16 bytes are equal.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   [[nodiscard]] NSString description() const override;

@@ -24,7 +24,7 @@ constexpr NSString NSUserDefaultsDidChangeNotification = "NSUserDefaultsDidChang
 namespace {
 
 constexpr detail::KeyedStore::Kind preferences = {
-    .table = {.format = {.applicationId = 0x4E6B5072,  // absent from the files of the first programs
+    .table = {.format = {.applicationId = 0x4E6B5072,  // missing in files of the first versions
                          .version = 1,
                          .schema = "CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID",
                          .sample = "SELECT key, value FROM preference"},
@@ -36,13 +36,14 @@ constexpr detail::KeyedStore::Kind preferences = {
     .decode = [](const NSString&, std::string_view bytes) { return detail::decodePropertyList(bytes); },
 };
 
-/// Paths of files are stored beside addresses, and begin with '/' or '~'.
+/// Distinguishes stored addresses from stored paths, which begin with '/' or '~'.
 bool beginsWithAScheme(std::string_view text) {
   const std::size_t end = text.find_first_of(":/~");
   return end != text.npos && end > 0 && text[end] == ':';
 }
 
-/// The value that one thread sees for one key in the place of the present one, while observers are told what it was.
+/// While an object exists, its thread reads this value for the key instead of the present one, so that observers are
+/// notified with the former value.
 struct FormerValue {
   FormerValue(const NSUserDefaults& defaults, const NSString& key, const Value& value);
   FormerValue(const FormerValue&) = delete;
@@ -172,10 +173,10 @@ Ref<NSURL> NSUserDefaults::URLForKey(const NSString& key) const {
   return value.string()->hasSuffix("/") ? NSURL::fileURLWithPath(path, true) : NSURL::fileURLWithPath(path);
 }
 
-/// Makes a change and tells of it. An exception that leaves an observer leaves here too, the change being made.
+/// Makes a change and notifies observers. An exception raised by an observer leaves this function; the change stays.
 template <class Change>
 void NSUserDefaults::changing(const NSString& key, Change change) {
-  const Ref<NSUserDefaults> kept = ref(*this);  // an observer may let go of it
+  const Ref<NSUserDefaults> kept = ref(*this);  // an observer may release it
   if (isObserved()) {
     willChangeValueForKey(key);
     change();
@@ -228,7 +229,7 @@ void NSUserDefaults::registerDefaults(const NSDictionary& defaults) {
     }
   }
   for (const NSString& key : changed) willChangeValueForKey(key);
-  Ref<NSDictionary> replaced;  // goes after the lock
+  Ref<NSDictionary> replaced;  // destroyed after the lock is released
   {
     const MutexLock lock(mutex_);
     const Ref<NSMutableDictionary> all = registered_->mutableCopy();
@@ -245,7 +246,7 @@ Ref<NSDictionary> NSUserDefaults::dictionaryRepresentation() const {
     entries.assign(registered_->begin(), registered_->end());
   }
   for (auto& [key, value] : store_->all()) entries.push_back({key, std::move(value)});
-  // What is set comes after what is registered under the same key, and counts.
+  // Values that are set come after the registered ones of the same key, so that they take precedence.
   std::ranges::stable_sort(entries, {}, [](const NSDictionary::Entry& entry) { return *entry.key.string(); });
   return make<NSDictionary>(std::move(entries));
 }

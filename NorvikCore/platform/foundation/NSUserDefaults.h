@@ -1,32 +1,32 @@
-// NorvikCore/platform/foundation/NSUserDefaults.h - the user's preferences: values that outlive the process, by keys.
+// NorvikCore/platform/foundation/NSUserDefaults.h - the user's preferences: values by keys that outlive the process.
 //
 //   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
 //   defaults.registerDefaults(*NSDictionary::dictionaryWith({{NKMaxAutoSnapshotCount, 20}}));
-//   defaults.integerForKey(NKMaxAutoSnapshotCount);          // 20, as long as the user has set nothing
+//   defaults.integerForKey(NKMaxAutoSnapshotCount);          // 20, until the user sets a value
 //   defaults.setObject(0.135_dec, "EmployerRate");           // on the disk when it returns
 //   defaults.objectForKey("EmployerRate").as<Decimal>();     // 0.135, in every later process too
 //
-// Values are booleans, integers, doubles, decimals, dates, texts, data, and arrays and dictionaries of those, the keys
-// of dictionaries being texts. Each comes back as the kind that it was, with every digit, unit and bit; of collections
-// and data a copy is kept that does not change. Anything else, the null marker too, raises NSInvalidArgumentException.
+// Values are booleans, integers, doubles, decimals, dates, texts, data, and arrays and dictionaries of those; keys of
+// dictionaries must be texts. Each value is read back as the same kind, with every digit, unit and bit. Collections and
+// data are stored as immutable copies. Any other value, including the null marker, raises NSInvalidArgumentException.
 //
-// A read finds the value that was set, else the registered one. It is answered from memory.
+// A read returns the value that was set, else the registered one. It reads from memory.
 //
-// Where: <configuration folder>/<application>/defaults.sqlite, from its first moment readable by this user only. The
-// configuration folder is
-//        that of kernel/Paths.h (XDG_CONFIG_HOME), or NORVIK_DEFAULTS_FOLDER where that variable holds a path that
-//        begins with '/'; the application is the main bundle's identifier, or else the process's name, when the
-//        standard defaults are first asked for. docs/preferences.md tells more.
-// Other processes see a change that set... made, at once, when they look at the database: before a read or a write that
-//        comes a quarter of a second or more after their last look, and in synchronize().
-// Errors: what cannot be written or read is told on the system console, once until it works again. A value that could
-//        not be written counts in this process. It is tried again with the next one, by reads a quarter of a second
-//        later, in synchronize(), before a fork and at the end of the process. Only a
-//        regular file is opened, and never what another user has put into a shared folder.
-// Told:  observers of a key (its value, or none before or after) and those of NSUserDefaultsDidChangeNotification, on
-//        the thread that makes the change. Of changes that another process made they hear in synchronize(), or else on
-//        the main queue after a read has found them. No lock is held; an observer may read, set, add and remove.
-// Threads: synchronised. After a fork parent and child both go on.
+// Where:     <configuration folder>/<application>/defaults.sqlite; the file is created readable by this user only. The
+//            configuration folder is that of kernel/Paths.h (XDG_CONFIG_HOME), or NORVIK_DEFAULTS_FOLDER if that
+//            variable holds a path that begins with '/'. The application is the main bundle's identifier, or else the
+//            process's name, when the standard defaults are first requested. More is in docs/preferences.md.
+// Processes: a change is in the database when set... returns. Another process sees it when it next checks the database:
+//            before a read or write that comes a quarter of a second or more after its last check, and in
+//            synchronize().
+// Errors:    a failed read or write is reported on the system console, once until it succeeds again. A value that could
+//            not be written is used in this process. Writing is repeated with the next value, by reads a quarter of a
+//            second later, in synchronize(), before a fork and at the end of the process. Only a regular file is
+//            opened, and never a file that another user has put into a shared folder.
+// Callbacks: observers of a key (its value, or none before or after) and of NSUserDefaultsDidChangeNotification are
+//            notified on the thread that makes the change. Changes of other processes are notified in synchronize(), or
+//            on the main queue after a read has found them. No lock is held; an observer may read, set, add and remove.
+// Threads:   synchronised. After a fork, parent and child can both go on using it.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -48,69 +48,71 @@ namespace detail {
 class KeyedStore;
 }
 
-/// The object of the notification is the user defaults; posted after each set..., remove... and finding of others'
-/// changes, equal values included.
+/// The object of the notification is the user defaults. Posted after each set... and remove..., also if the value is
+/// equal, and after changes of other processes were found.
 NK_EXPORT extern const NSString NSUserDefaultsDidChangeNotification;
 
 class NK_EXPORT NSUserDefaults : public NSObject {
   NK_OBJECT(NSUserDefaults, NSObject)
 
-  /// On the database at that path, which begins with '/' and holds no NUL, or NSInvalidArgumentException is raised.
-  /// Nothing is made there before something is set.
+  /// Uses the database at that path. Raises NSInvalidArgumentException unless the path begins with '/' and holds no
+  /// NUL. The file is created when the first value is set.
   explicit NSUserDefaults(const NSString& databasePath);
   ~NSUserDefaults() override;
 
-  /// Those of the application. Raises NSInvalidArgumentException where its name cannot name a folder.
+  /// The defaults of the application. Raises NSInvalidArgumentException if the application's name cannot name a folder.
   [[nodiscard]] static NSUserDefaults& standardUserDefaults();
-  /// Makes another object the standard one, for tests; an empty Ref brings back the usual. Objects that once were the
-  /// standard one are kept until the process ends.
+  /// Makes another object the standard one, for tests; an empty Ref restores the usual one. Objects that were the
+  /// standard one are retained until the process ends.
   static void setStandardUserDefaults(const Ref<NSUserDefaults>& defaults);
-  /// Those of an application or a part of one, by the name of its folder: one that is empty, ".", ".." or holds '/' or
-  /// NUL raises NSInvalidArgumentException. Objects of one name share the database and nothing else.
+  /// The defaults of an application or of a part of one, by the name of its folder. Raises NSInvalidArgumentException
+  /// if the name is empty, "." or "..", or holds '/' or NUL. Objects of one name share only the database.
   [[nodiscard]] static Ref<NSUserDefaults> initWithSuiteName(const NSString& suiteName);
-  /// Where initWithSuiteName() has its database; for the standard ones the suite's name is the application's.
+  /// The path of the database of initWithSuiteName(); the suite name of the standard defaults is the application.
   [[nodiscard]] static NSString databasePathOfSuite(const NSString& suiteName);
 
-  /// Absent where nothing is set or registered.
+  /// Absent if nothing is set or registered.
   [[nodiscard]] Value objectForKey(const NSString& key) const;
   /// A text, or the digits of a number; absent for anything else.
   [[nodiscard]] std::optional<NSString> stringForKey(const NSString& key) const;
-  /// A number that is not 0; a text that begins as NSString::boolValue() wants it ("YES", "true", "1"). Else false.
+  /// True for a number other than 0 and for a text for which NSString::boolValue() is true ("YES", "true", "1").
   [[nodiscard]] bool boolForKey(const NSString& key) const;
-  /// A number without its fraction, the nearest where it is out of range; the number that a text begins with. Else 0.
+  /// A number without its fraction, or the nearest limit if it is out of range; the number that a text begins with;
+  /// else 0.
   [[nodiscard]] std::int64_t integerForKey(const NSString& key) const;
-  /// A number, or the one that a text begins with. Else 0.
+  /// A number, or the one that a text begins with; else 0.
   [[nodiscard]] double doubleForKey(const NSString& key) const;
-  // Empty where something else is under the key.
+  // An empty Ref if the value is of another kind.
   [[nodiscard]] Ref<NSArray> arrayForKey(const NSString& key) const;
-  /// Empty also where one of the elements is no text.
+  /// An empty Ref also if one of the elements is not a text.
   [[nodiscard]] Ref<NSArray> stringArrayForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSDictionary> dictionaryForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSData> dataForKey(const NSString& key) const;
-  /// What setURL() was given. Of another text: the address that it is, where it begins with a scheme, else that of the
-  /// path that it is, "~" being expanded.
+  /// The address that setURL() stored. Any other text is read as an address if it begins with a scheme, else as a path
+  /// with "~" expanded.
   [[nodiscard]] Ref<NSURL> URLForKey(const NSString& key) const;
 
-  /// An absent value removes.
+  /// An absent value removes the key.
   void setObject(const Value& value, const NSString& key);
   void setBool(std::same_as<bool> auto value, const NSString& key) { setObject(value, key); }
   void setInteger(std::int64_t value, const NSString& key) { setObject(value, key); }
   void setDouble(double value, const NSString& key) { setObject(value, key); }
-  /// A file's as its path, the home folder as "~", so that it moves with the user; any other as its text. One without a
-  /// scheme raises NSInvalidArgumentException; an empty Ref removes.
+  /// The address of a file is stored as its path, with "~" for the home folder so that it moves with the user; any
+  /// other address as its text. An address without a scheme raises NSInvalidArgumentException; an empty Ref removes the
+  /// key.
   void setURL(const Ref<NSURL>& url, const NSString& key);
-  /// What is registered under the key shows again.
+  /// Later reads return the registered value.
   void removeObjectForKey(const NSString& key);
 
-  /// Values for keys under which nothing is set: of this object, in memory only, added to those of earlier calls. All
-  /// keys are texts, or NSInvalidArgumentException is raised and nothing is registered.
+  /// Values for keys that are not set: for this object, in memory only, in addition to those of earlier calls. If a key
+  /// is not a text, NSInvalidArgumentException is raised and nothing is registered.
   void registerDefaults(const NSDictionary& defaults);
 
-  /// Everything set or registered, in the order of the keys.
+  /// All values that are set or registered, in the order of the keys.
   [[nodiscard]] Ref<NSDictionary> dictionaryRepresentation() const;
 
-  /// Writes what could not be written before, takes in what other processes have changed, and tells observers of it.
-  /// False where something could not be written or read. Seldom needed.
+  /// Writes what could not be written before, reads the changes of other processes and notifies observers of them.
+  /// False if something could not be written or read. Seldom needed.
   bool synchronize();
 
   NK_METHOD(objectForKey)
@@ -119,7 +121,7 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   NK_METHOD(dictionaryRepresentation)
   NK_METHOD(synchronize)
 
-  /// Any key; a key path goes on into a dictionary. Keys with a full stop in them cannot be observed.
+  /// Any key; a key path continues into a dictionary. A key with a full stop in it cannot be observed.
   [[nodiscard]] Value valueForKey(const NSString& key) const override;
   void setValue_forKey(const Value& value, const NSString& key) override;
 
@@ -134,7 +136,7 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   detail::Hidden<detail::KeyedStore> store_;
   mutable Mutex mutex_;
   Ref<NSDictionary> registered_ NK_GUARDED_BY(mutex_);     ///< replaced, never changed
-  mutable std::atomic<std::uint32_t> awaitsMainQueue_{0};  ///< 1 + the fork generation in which a block waits there
+  mutable std::atomic<std::uint32_t> awaitsMainQueue_{0};  ///< 1 + the fork generation in which a block is enqueued
 };
 
 }  // namespace norvik

@@ -15,7 +15,7 @@ bool isZeroWidth(UChar32 character) {
     case U_LINE_SEPARATOR:
     case U_PARAGRAPH_SEPARATOR:
       return true;
-    case U_FORMAT_CHAR:  // a few are drawn, such as the Arabic number sign
+    case U_FORMAT_CHAR:  // a few are visible, such as the Arabic number sign
       return character != softHyphen && !u_hasBinaryProperty(character, UCHAR_PREPENDED_CONCATENATION_MARK);
     default:
       break;

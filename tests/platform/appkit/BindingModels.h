@@ -32,7 +32,7 @@ class BoundSlip : public NSObject {
  public:
   [[nodiscard]] Decimal netPay() const { return grossPay() - tax(); }
 
-  /// Refuses less than nothing; cuts what is above 10,000.
+  /// Refuses negative values; reduces values above 10,000 to that.
   bool validateGrossPay(Value* value, Ref<NSError>* error) {
     if (value->as<Decimal>() < Decimal(0)) {
       if (error) *error = NSError::errorWithDomain("Pay", 1);
@@ -65,7 +65,7 @@ class BoundField : public NSObject {
   Value shown_;
 };
 
-/// Calls a function at each change it hears of.
+/// Calls a function at each change that it is notified of.
 class CallingObserver : public NSObject {
  public:
   explicit CallingObserver(std::function<void()> call) : call_(std::move(call)) {}

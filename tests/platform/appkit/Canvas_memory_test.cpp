@@ -1,4 +1,4 @@
-// What is drawn where memory runs out while the file is made. A program of its own, since it replaces operator new.
+// Drawing when memory runs out while the file is written. In a program of its own, because it replaces operator new.
 #include "NorvikCore/platform/appkit/PDFDocument.h"
 
 #include "tests/support/ExpectRaises.h"
@@ -15,7 +15,7 @@ thread_local bool isMemoryShort = false;
 
 }  // namespace
 
-// Not inlined, where the compiler would see free() meet what operator new gave.
+// Not inlined, because the compiler would otherwise see free() applied to memory from operator new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   constexpr std::size_t large = 2048;
   void* const memory = isMemoryShort && size > large ? nullptr : std::malloc(size);

@@ -71,9 +71,9 @@ TEST(PDFDocument, FontsAreInTheFile) {
   PDFDocument document;
   document.drawText(*styled("Net pay"), {56, 56});
   const Lines fonts = test::readPdf(NORVIK_PDFFONTS, {}, bytesOf(*document.data()));
-  ASSERT_EQ(fonts.size(), 3u);  // two of headings
+  ASSERT_EQ(fonts.size(), 3u);  // the first two lines are headings
   EXPECT_THAT(fonts[2], HasSubstr("DejaVuSans"));
-  EXPECT_THAT(fonts[2], HasSubstr("yes yes yes"));  // embedded, a subset, with its characters' numbers
+  EXPECT_THAT(fonts[2], HasSubstr("yes yes yes"));  // embedded, a subset, with a map to Unicode
 }
 
 TEST(PDFDocument, AddressesAreLinksUnlessTheyCouldDoHarm) {
@@ -98,7 +98,7 @@ TEST(PDFDocument, ALinkIsWhereItsTextIs) {
   PDFDocument document({200, 100});
   const auto text = styled("pay slip", 10);
   text->addAttribute(NSLinkAttributeName, "https://example.org", {4, 4});
-  text->addAttribute(NSUnderlineStyleAttributeName, 1, {4, 4});  // laid out
+  text->addAttribute(NSUnderlineStyleAttributeName, 1, {4, 4});  // makes Pango lay it out
   const NSSize size = document.drawText(*text, {20, 30});
   const std::string file = bytesOf(*document.data());
   const std::size_t at = file.find("/Rect [");
@@ -106,7 +106,7 @@ TEST(PDFDocument, ALinkIsWhereItsTextIs) {
   double left = 0, bottom = 0, right = 0, top = 0;
   ASSERT_EQ(std::sscanf(file.c_str() + at, "/Rect [ %lf %lf %lf %lf", &left, &bottom, &right, &top), 4);
   const double blankEnd = 20 + widthInFont("pay ", *NSFont::fontWithName("DejaVu Sans", 10));
-  // Cairo widens the area to whole points.
+  // Cairo extends the area to whole points.
   EXPECT_EQ(left, std::floor(blankEnd));
   EXPECT_EQ(right, std::ceil(20 + size.width));
   EXPECT_EQ(std::max(bottom, top), 100 - 30);
@@ -193,7 +193,7 @@ TEST(PNGImage, HeaderExample) {
   const Picture picture(bytesOf(*image.data()));
   EXPECT_EQ(picture.width(), 400);
   EXPECT_EQ(picture.height(), 160);
-  EXPECT_GT(picture.count({20, 20, 200, 60}, 0x000000), 20);  // ink
+  EXPECT_GT(picture.count({20, 20, 200, 60}, 0x000000), 20);  // black pixels
   EXPECT_EQ(picture.count({200, 0, 400, 160}, 0xFFFFFF), 200 * 160);
 }
 

@@ -55,7 +55,7 @@ TEST(DrawingThreads, AChildDrawsWhileOthersMakeDocuments) {
     for (int round = 0; number == 0 && round < 40; ++round) {
       const pid_t child = fork();
       if (child == 0) {
-        alarm(20);  // a child that waits for a lock would do so until the tests are ended
+        alarm(20);  // because a child that waits for a lock would wait until the tests end
         _exit(draw(1) > 1000 ? 7 : 8);
       }
       int status = 0;

@@ -1,4 +1,4 @@
-// Either side of a binding goes, or is unbound, at every moment that a callback can choose.
+// Either side of a binding is destroyed or unbound at every point at which a callback can do so.
 #include <gtest/gtest.h>
 
 #include "tests/platform/appkit/BindingModels.h"

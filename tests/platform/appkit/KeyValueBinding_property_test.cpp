@@ -1,5 +1,5 @@
-// Bindings among a few cells against a model: after any list of operations every cell has the value that the last set
-// reached it with, along the bindings in whatever direction.
+// Compares bindings among a few cells with a model: after any list of operations, every cell has the value of the last
+// set that reached it, along bindings in either direction.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -25,7 +25,7 @@ struct Model {
 
   Model() { boundTo.fill(none); }
 
-  /// Every cell that bindings connect with this one has its value.
+  /// Gives the value of this cell to every cell that is connected with it by bindings.
   void spreadFrom(std::size_t cell) {
     std::array<bool, cellCount> reached{};
     reached[cell] = true;
@@ -94,7 +94,7 @@ class Simulation {
     }
   }
 
-  /// Without bindings nobody observes anybody.
+  /// After all bindings have ended, no cell is observed.
   void end() {
     for (auto& cell : cells_) unbind(*cell, "value");
     for (auto& cell : cells_) EXPECT_FALSE(cell->isObserved()) << did_;

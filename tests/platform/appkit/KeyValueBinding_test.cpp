@@ -16,7 +16,7 @@ class ShoutingTransformer : public NSValueTransformer {
   Value transformedValue(const Value& text) override { return text.description() + "!"; }
 };
 
-/// Gives back more than it took: two of them in a circle never agree.
+/// Returns a greater number in both directions: two of them in a cycle never agree.
 class RisingTransformer : public NSValueTransformer {
   NK_OBJECT(RisingTransformer, NSValueTransformer)
   static bool allowsReverseTransformation() { return true; }
@@ -107,7 +107,7 @@ TEST(KeyValueBinding, AnAbsentValueRaisesWhereTheReceiverCannotHaveIt) {
                 "NSInvalidArgumentException");
   EXPECT_FALSE(infoForBinding(*other, "grossPay"));
   slip->setNote(5);
-  EXPECT_EQ(other->grossPay(), 0_dec);  // not bound: what was raised left nothing behind
+  EXPECT_EQ(other->grossPay(), 0_dec);  // not bound, because binding raised
 }
 
 TEST(KeyValueBinding, AnEqualValueIsNotSetAgain) {
@@ -137,7 +137,7 @@ TEST(KeyValueBinding, AChangeDoesNotComeBack) {
   EXPECT_EQ(field->sets, 1);
   EXPECT_EQ(watcher->calls, 1);
   field->setValue(8_dec);
-  EXPECT_EQ(field->sets, 2);  // the test's own
+  EXPECT_EQ(field->sets, 2);  // only the test's own set was added
   EXPECT_EQ(watcher->calls, 2);
   slip->removeObserver(*watcher, "grossPay");
 }
@@ -355,7 +355,7 @@ TEST(KeyValueBinding, OptionsAreCopied) {
   EXPECT_EQ(slip->grossPay(), -1_dec);
 }
 
-// Binding anew, and ending.
+// Binding again, and ending.
 
 TEST(KeyValueBinding, BindingAKeyAgainEndsTheFormerBinding) {
   auto first = make<BoundSlip>(), second = make<BoundSlip>();

@@ -40,7 +40,7 @@ TEST(KeyValueBindingThreads, ABindingActsOnTheThreadThatMakesTheChange) {
   std::jthread([&] {
     changedOn = std::this_thread::get_id();
     model->setValue(7);
-    EXPECT_EQ(field->value(), Value(7));  // already there when the setter returns
+    EXPECT_EQ(field->value(), Value(7));  // set before the setter returned
   }).join();
   EXPECT_EQ(actedOn, changedOn);
 }

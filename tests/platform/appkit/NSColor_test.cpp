@@ -44,10 +44,10 @@ TEST(NSColor, DescribesItselfInHexadecimal) {
 
 namespace {
 
-/// What an archive of these four components is.
+/// The archive of a colour with these four components.
 Ref<NSData> archiveOfComponents(double red, double green, double blue, double alpha) {
   const auto data = NSArchiver::archivedDataWithRootObject(NSArray::arrayWithObjects(red, green, blue, alpha));
-  const std::string content(data->text().substr(12));  // behind the mark, the new object, its kind and count
+  const std::string content(data->text().substr(12));  // after the mark, the new object, its kind and count
   return NSData::dataWithText(std::string("NKSEQU1\n\x09\0\0\0\x07NSColor", 20) + content + "\x0b");
 }
 

@@ -215,7 +215,7 @@ TEST(NSDictionaryController, ObserversGetTheListAsItWasAndAsItIs) {
   rates.controller->removeObserver(*recorder, "arrangedObjects");
 }
 
-// Lives.
+// Lifetimes.
 
 TEST(NSDictionaryController, TheControllerGoesAndItsEntriesStayUsable) {
   Rates rates;
@@ -245,7 +245,7 @@ TEST(NSDictionaryController, TheControllerIsLetGoBeforeAChangeItWasToldOf) {
   basic->addObserver(*watcher, "value", NSKeyValueObservingOptionPrior);
   rates.content->setValue_forKey(0.9_dec, "basic");
   EXPECT_EQ(basic->value(), Value(0.9_dec));
-  EXPECT_EQ(watcher->calls, 2);  // before, and when the controller went
+  EXPECT_EQ(watcher->calls, 2);  // once before, and once when the controller was destroyed
   EXPECT_FALSE(rates.content->isObserved());
   basic->removeObserver(*watcher, "value");
 }

@@ -51,7 +51,7 @@ TEST(NSStringDrawing, PangoIsLoadedWhenTextIsFirstMeasured) {
   });
 }
 
-// {fmt} is for the header of its users. (The undefined behaviour sanitizer needs the types of its exceptions.)
+// Only the header for users of {fmt} needs it. (The undefined behaviour sanitizer needs the types of its exceptions.)
 #ifndef NK_TEST_ADDRESS_SANITIZER
 TEST(NSStringDrawing, MeasuringNeedsNoFmt) {
   EXPECT_GT(widthInFont("wages", *sans()), 0);
@@ -59,7 +59,7 @@ TEST(NSStringDrawing, MeasuringNeedsNoFmt) {
 }
 #endif
 
-// The font's own table: an advance of 1,303 of 2,048 units for each digit.
+// From the font's own table: the advance of each digit is 1,303 of 2,048 units.
 TEST(NSStringDrawing, AWidthIsTheSumOfTheFontsAdvances) {
   EXPECT_NEAR(widthInFont("0", *sans(100)), 100 * 1303 / 2048.0, 0.01);
   EXPECT_NEAR(widthInFont("12345", *sans(100)), 5 * 100 * 1303 / 2048.0, 0.05);
@@ -144,7 +144,7 @@ TEST(NSStringDrawing, ManyFontsAndWordsAreForgottenAndMeasuredAgain) {
   EXPECT_EQ(widthInFont("wages", *sans()), before);
 }
 
-// An advance of 1,995 of 2,048 units for each m.
+// The advance of each m is 1,995 of 2,048 units.
 TEST(NSStringDrawing, AWordMayBeWiderThanPangoCounts) {
   const double wide = 400'000 * 11 * (1995 / 2048.0);
   EXPECT_NEAR(widthInFont(NSString(std::string(400'000, 'm')), *sans()), wide, wide * 1e-3);
@@ -207,7 +207,7 @@ TEST(NSStringDrawing, StyledTextIsBrokenBetweenWords) {
   EXPECT_NEAR(sizeOfText(*text).height, line, 0.01);
   EXPECT_NEAR(sizeOfText(*text, widthInFont("net pay of", *sans()) + 1).height, 2 * line, 0.05);
   EXPECT_LE(sizeOfText(*text, 60).width, 60);
-  EXPECT_GT(sizeOfText(*text, 0).height, 10 * line);  // a letter to a line at least
+  EXPECT_GT(sizeOfText(*text, 0).height, 10 * line);  // one letter per line at least
   EXPECT_GT(sizeOfText(*text, -1).height, 10 * line);
   EXPECT_GT(sizeOfText(*text, std::nan("")).height, 0);
   EXPECT_NEAR(sizeOfText(*text, std::numeric_limits<double>::infinity()).height, line, 0.01);
@@ -216,7 +216,7 @@ TEST(NSStringDrawing, StyledTextIsBrokenBetweenWords) {
 TEST(NSStringDrawing, APlainLineAndOneThatIsLaidOutTakeTheSameRoom) {
   const auto plain = NSMutableAttributedString::attributedStringWithString("Weekly wages 1,234.50", inFont(sans()));
   const NSSize before = sizeOfText(*plain);
-  plain->addAttribute(NSUnderlineStyleAttributeName, 1, {0, 6});  // an underline is left to the layout
+  plain->addAttribute(NSUnderlineStyleAttributeName, 1, {0, 6});  // an underline makes Pango lay it out
   EXPECT_NEAR(sizeOfText(*plain).width, before.width, 0.01);
   EXPECT_NEAR(sizeOfText(*plain).height, before.height, 0.01);
 }

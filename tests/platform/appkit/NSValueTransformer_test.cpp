@@ -35,7 +35,7 @@ class PenniesToPounds : public NSValueTransformer {
   Value reverseTransformedValue(const Value& pounds) override { return pounds.as<Decimal>() * Decimal(100); }
 };
 
-/// Its own inverse.
+/// Is its own inverse.
 class Negation : public NSValueTransformer {
   NK_OBJECT(Negation, NSValueTransformer)
   static bool allowsReverseTransformation() { return true; }

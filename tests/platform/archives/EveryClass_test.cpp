@@ -1,4 +1,4 @@
-// Every class of the library, through both archivers: its objects come back, or are refused by name.
+// Passes objects of every class of the library through both archivers: each is decoded again or refused by name.
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 #include "NorvikCore/formatters/NKPercentageTermDecimalNumberFormatter.h"
@@ -69,7 +69,7 @@ struct Coded {
   Value sample;
 };
 
-/// What is equal by content.
+/// Values that are equal if their contents are equal.
 std::vector<Coded> codedValues() {
   const NSString half = NSString::fromCodePoint(0x1F600).substringToIndex(1);
   return {
@@ -145,7 +145,7 @@ Ref<NSDateFormatter> zonedFormatter() {
   return formatter;
 }
 
-/// What is equal by what it does: the text it shows for -1234.5, or for a date.
+/// Formatters are compared by their results: the text for -1234.5, or for a date.
 struct CodedFormatter {
   const char* className;
   Ref<NSFormatter> sample;
@@ -170,7 +170,7 @@ std::vector<CodedFormatter> codedFormatters() {
   };
 }
 
-/// The class states how its objects are decoded.
+/// True if the class declares how its objects are decoded.
 bool isDecodable(const Class& theClass) {
   return std::ranges::any_of(theClass.classMethods(), [](const Method& method) {
     return method.selector == "nk_makeForDecoding" || method.selector == "nk_decodeWithCoder:";

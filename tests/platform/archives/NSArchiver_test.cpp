@@ -18,7 +18,7 @@ namespace {
 using norvik::test::throughArchiver;
 using norvik::test::throughBothArchivers;
 
-/// Codes itself by its values' order.
+/// Encodes its values without keys, in order.
 class SlipCodedInOrder : public NSObject, public NSCoding {
   NK_OBJECT(SlipCodedInOrder, NSObject)
   NK_CODING
@@ -41,7 +41,7 @@ class SlipCodedInOrder : public NSObject, public NSCoding {
   NSString period;
 };
 
-/// Codes itself by keys alone, and decodes them in another order.
+/// Encodes its values with keys only, and decodes them in another order.
 class SlipCodedByKeys : public NSObject, public NSCoding {
   NK_OBJECT(SlipCodedByKeys, NSObject)
   NK_CODING
@@ -59,7 +59,7 @@ class SlipCodedByKeys : public NSObject, public NSCoding {
   }
 };
 
-/// Adds to its superclass's keys values without any.
+/// Adds values without keys to its superclass's keys.
 class SlipCodedBothWays : public SlipCodedByKeys {
   NK_OBJECT(SlipCodedBothWays, SlipCodedByKeys)
   NK_CODING
@@ -77,7 +77,7 @@ class SlipCodedBothWays : public SlipCodedByKeys {
   int first = 0, second = 0;
 };
 
-/// Never changes, so that it is made whole.
+/// Immutable, so that it is decoded as a complete object.
 class CodedWhole : public NSObject, public NSCoding {
   NK_OBJECT(CodedWhole, NSObject)
   NK_DECODED_BY(payCodeWithCoder)
@@ -262,7 +262,7 @@ TEST(NSArchiver, EqualContentGivesEqualBytes) {
 TEST(NSArchiver, TheBytesAreAsDocumented) {
   EXPECT_EQ(NSArchiver::archivedDataWithRootObject(NSArray::arrayWith({"ab", -1, true, "ab"}))->text(),
             std::string_view("NKSEQU1\n"
-                             "\x09\x00\x01\x04"  // a new object: an array of four
+                             "\x09\x00\x01\x04"  // a new object: an array of four elements
                              "\x08\x00\x02"
                              "ab"            // a new text
                              "\x04\x01\x03"  // -1, true

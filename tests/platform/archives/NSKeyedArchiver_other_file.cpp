@@ -1,5 +1,5 @@
-// tests/platform/archives/NSKeyedArchiver_other_file.cpp - a class of the C++ name that one of NSKeyedArchiver_test.cpp
-// has.
+// tests/platform/archives/NSKeyedArchiver_other_file.cpp - a class with the same C++ name as one in
+// NSKeyedArchiver_test.cpp.
 #include "NorvikCore/platform/object/NSCoder.h"
 
 namespace norvik {

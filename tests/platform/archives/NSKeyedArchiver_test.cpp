@@ -59,7 +59,7 @@ class CodedRo : public NSObject, public NSCoding {
 
 namespace {
 
-/// NSKeyedArchiver_other_file.cpp has one too.
+/// NSKeyedArchiver_other_file.cpp has a class with the same name.
 class CodedHidden : public NSObject, public NSCoding {
   NK_OBJECT(CodedHidden, NSObject)
   NK_CODING
@@ -125,7 +125,7 @@ class CodedBonusSlip : public CodedSlip {
   double rate = 0;
 };
 
-/// Inherits coding, but does not state NK_CODING itself.
+/// Inherits NSCoding but does not declare NK_CODING itself.
 class UnstatedSlip : public CodedSlip {
   NK_OBJECT(UnstatedSlip, CodedSlip)
 };
@@ -308,7 +308,7 @@ TEST(NSKeyedArchiver, NestingIsBoundedOnBothSides) {
   EXPECT_RAISES((void)thereAndBack(slip(1, chain)), "NSInvalidArchiveOperationException");
 }
 
-/// What is raised is of this kind and says this.
+/// Expects an exception with this name and this reason.
 template <class Work>
 void expectRefusal(Work&& work, const char* name, const std::string& reason) {
   try {

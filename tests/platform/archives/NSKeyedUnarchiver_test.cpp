@@ -43,7 +43,7 @@ Ref<Choosy> choosy(const Value& content) {
 
 Ref<NSData> archive(const Value& root) { return NSKeyedArchiver::archivedDataWithRootObject(root); }
 
-/// An archive of these bytes behind the mark.
+/// An archive with these bytes after the mark.
 Ref<NSData> bytes(const std::string& text) { return NSData::dataWithText("NKARCH1\n" + text); }
 
 std::string unarchivingRaises(const Ref<NSData>& data) {
@@ -169,7 +169,7 @@ TEST(NSKeyedUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingEls
       auto damaged = whole->mutableCopy();
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
-      const norvik::test::LeaksAllowed rings;  // a changed byte may make an object hold itself
+      const norvik::test::LeaksAllowed rings;  // because a changed byte may make an object hold itself
       const std::string name = unarchivingRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }
@@ -177,7 +177,7 @@ TEST(NSKeyedUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingEls
 }
 
 TEST(NSKeyedUnarchiver, ManyLevelsOfSharedElementsAreComparedOnce) {
-  // Two equal towers of arrays, each level holding the one below twice, in one set.
+  // One set contains two equal towers of arrays; each level contains the level below twice.
   std::string objects("\x79\x05\x02\x09\x01\x09\x3d", 7);
   for (int tower = 0; tower < 2; ++tower) {
     for (int level = 1; level <= 60; ++level) {
@@ -190,7 +190,7 @@ TEST(NSKeyedUnarchiver, ManyLevelsOfSharedElementsAreComparedOnce) {
 }
 
 TEST(NSKeyedUnarchiver, ArraysThatHoldThemselvesCanBeElementsOfASet) {
-  // A set of two arrays that each hold only themselves: nothing tells them apart.
+  // A set of two arrays, each of which contains only itself: they cannot be distinguished.
   EXPECT_EQ(
       unarchivingRaises(bytes("\x01\x04root\x03\x05\x02\x09\x01\x09\x02\x01\x01\x09\x01\x01\x01\x09\x02\x01\0\x09\0"s)),
       "NSInvalidUnarchiveOperationException");

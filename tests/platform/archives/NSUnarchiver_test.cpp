@@ -35,7 +35,7 @@ class PickyInOrder : public NSObject, public NSCoding {
   Value content;
 };
 
-/// Made whole, of what it holds.
+/// Decoded as a complete object that holds another one.
 class DecodedWhole : public NSObject, public NSCoding {
   NK_OBJECT(DecodedWhole, NSObject)
   NK_DECODED_BY(holderWithCoder)
@@ -60,7 +60,7 @@ Ref<PickyInOrder> picky(const Value& content) {
 
 Ref<NSData> archiveInOrder(const Value& root) { return NSArchiver::archivedDataWithRootObject(root); }
 
-/// An archive of these bytes behind the mark.
+/// An archive with these bytes after the mark.
 Ref<NSData> bytesInOrder(const std::string& text) { return NSData::dataWithText("NKSEQU1\n" + text); }
 
 std::string readingInOrderRaises(const Ref<NSData>& data) {
@@ -177,7 +177,7 @@ TEST(NSUnarchiver, NestingInTheBytesIsBounded) {
 }
 
 TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomForIt) {
-  const std::size_t claimed = 990'000;  // elements, of each of 500 arrays one in the other
+  const std::size_t claimed = 990'000;  // elements in each of 500 nested arrays
   std::string nested;
   for (int i = 0; i < 500; ++i) {
     nested += "\x09\0\x01"s;
@@ -187,7 +187,7 @@ TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomF
   }
   const Ref<NSData> damaged = bytesInOrder(nested + std::string(1'000'000, '\xff'));
 #if defined(__SANITIZE_ADDRESS__)
-  constexpr rlim_t greatestMemory = RLIM_INFINITY;  // the sanitizer needs terabytes of addresses for itself
+  constexpr rlim_t greatestMemory = RLIM_INFINITY;  // the sanitizer needs terabytes of address space for itself
 #else
   constexpr rlim_t greatestMemory = rlim_t{2} << 30;
 #endif
@@ -221,7 +221,7 @@ TEST(NSUnarchiver, EveryCutAndEveryChangedByteIsRefusedOrReadAsSomethingElse) {
       auto damaged = whole->mutableCopy();
       std::uint8_t& byte = damaged->mutableBytes()[at];
       byte = static_cast<std::uint8_t>(byte ^ change);
-      const norvik::test::LeaksAllowed rings;  // a changed byte may make an object hold itself
+      const norvik::test::LeaksAllowed rings;  // because a changed byte may make an object hold itself
       const std::string name = readingInOrderRaises(damaged->copy());
       EXPECT_TRUE(name.empty() || name == "NSInvalidUnarchiveOperationException") << name << " at " << at;
     }

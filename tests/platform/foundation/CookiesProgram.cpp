@@ -1,14 +1,14 @@
-// A program that has cookies and talks HTTP by libcurl, for tests of two processes: cookies_program DATABASE PORT
-// STEP...
+// A program that has cookies and makes HTTP transfers with libcurl, for tests of two processes: cookies_program
+// DATABASE PORT STEP...
 //
-//   get:URL      a transfer with the storage's cookies; every host is this machine's server on PORT
-//   jar:FILE     from now on libcurl's own cookie file
-//   plain:URL    a transfer with that file, by libcurl alone
+//   get:URL      makes a transfer with the storage's cookies; every host is the local server on PORT
+//   jar:FILE     uses libcurl's own cookie file FILE in later "plain" steps
+//   plain:URL    makes a transfer with that file, by libcurl alone
 //   line:LINE    sets a "Set-Cookie" line of http://pay.example.co.uk/
 //   import:FILE  adds the cookies of a cookie file
-//   export:FILE  writes them to one
-//   show         prints each as a line of a cookie file, and an empty line
-//   wait         reads a line from its input
+//   export:FILE  writes the cookies to a cookie file
+//   show         prints each cookie as a line of a cookie file, and an empty line
+//   wait         reads a line from standard input
 #include "NorvikCore/platform/foundation/NSHTTPCookieStorage_curl.h"
 
 #include <cstdio>

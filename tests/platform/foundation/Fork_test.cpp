@@ -40,7 +40,7 @@ class Clerk : public NSObject {
   std::atomic<int> heard{0};
 };
 
-/// Without a lock of its own.
+/// Has no lock of its own.
 class CountingLogger : public DDAbstractLogger {
   NK_OBJECT(CountingLogger, DDAbstractLogger)
   void logMessage(const DDLogMessage&) override { ++count; }
@@ -49,8 +49,8 @@ class CountingLogger : public DDAbstractLogger {
 
 const char associationKey = 0;
 
-/// What threads of the parent and each child do to one subsystem, on objects that all of them share. Each answers
-/// whether it saw what it should.
+/// The work that threads of the parent and each child do with one subsystem, on shared objects. run() returns whether
+/// the results were as expected.
 struct Work {
   const char* name;
   std::function<bool(int round)> run;

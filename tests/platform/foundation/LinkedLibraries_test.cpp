@@ -15,7 +15,7 @@ TEST(LinkedLibraries, HeaderExample) {
   EXPECT_EQ(shown, "NorvikCore\nICU\nSQLite\n");
 }
 
-// The tests are built with the headers of the libraries that they are run with.
+// The tests are built with the headers of the libraries with which they run.
 TEST(LinkedLibraries, TheVersionsAreThoseOfTheLibraries) {
   const std::vector<LinkedLibrary> libraries = linkedLibraries();
   ASSERT_EQ(libraries.size(), 3U);

@@ -11,7 +11,7 @@
 namespace norvik {
 namespace {
 
-// What a program that ends in the given way says: one word for each thing that happens. TerminationProgram.cpp has the
+// The words written by a program that ends in the given way, one for each event. TerminationProgram.cpp defines the
 // ways.
 std::string wordsOf(const char* way, int expectedStatus = 0) {
   const norvik::test::TemporaryFolder folder;
@@ -55,7 +55,7 @@ TEST(NSApplicationTermination, WithoutANotificationCenterTheEndIsStillTold) {
 }
 
 TEST(NSApplicationTermination, AnObserversExceptionIsReportedAndTheProcessEnds) {
-  const std::string words = wordsOf("observer-raises");  // the console is in it
+  const std::string words = wordsOf("observer-raises");  // includes the output on the console
   EXPECT_TRUE(words.starts_with("posted ")) << words;
   EXPECT_TRUE(
       words.ends_with("] An observer of NSApplicationWillTerminateNotification raised PayrollException: closed\n"

@@ -1,5 +1,5 @@
-// Attributed texts against a model with a dictionary for each unit, under random edits of texts with pairs and lone
-// halves.
+// Compares attributed texts with a model that has a dictionary for each unit, under random edits of texts with
+// surrogate pairs and lone surrogates.
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 
 #include "tests/support/AttributedTextModel.h"

@@ -28,7 +28,7 @@ class Ink : public NSObject {
   int number_;
 };
 
-/// A text that notes what it is told of its edits.
+/// A text that records its calls of edited().
 class ShownText : public NSMutableAttributedString {
   NK_OBJECT(ShownText, NSMutableAttributedString)
   using NSMutableAttributedString::NSMutableAttributedString;

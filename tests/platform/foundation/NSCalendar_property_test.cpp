@@ -1,5 +1,5 @@
-// Fields of dates and steps from them, against ICU's calendar: all days from 1970 to 2037 in zones whose clocks change
-// by an hour, by half of one, in the other half of the year, or never.
+// Compares fields of dates and steps from them with ICU's calendar: all days from 1970 to 2037 in zones whose clocks
+// change by an hour, by half an hour, in the other half of the year, or never.
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
@@ -24,7 +24,7 @@ namespace {
 constexpr struct {
   NSCalendarUnit unit;
   UCalendarDateFields field;
-  int icusFirst;  ///< what ICU counts from where this library counts from 1
+  int icusFirst;  ///< the first value in ICU if this library counts from 1
 } fields[] = {{NSCalendarUnitYear, UCAL_YEAR, 1},
               {NSCalendarUnitMonth, UCAL_MONTH, 0},
               {NSCalendarUnitDay, UCAL_DATE, 1},
@@ -58,7 +58,7 @@ class NSCalendarProperty : public testing::TestWithParam<Place> {
     EXPECT_TRUE(U_SUCCESS(status));
   }
 
-  /// Half of the dates on a half hour, when clocks change.
+  /// Half of the dates are on a full or half hour, when clocks change.
   Date anyDate() {
     std::uniform_int_distribution<std::int64_t> seconds(0, 2'145'916'799);
     const std::int64_t since1970 = seconds(random_);
@@ -78,7 +78,7 @@ class NSCalendarProperty : public testing::TestWithParam<Place> {
     EXPECT_TRUE(U_SUCCESS(status));
     return value;
   }
-  /// What the clock on the wall shows in the model. Of a time that occurs twice the two mean different ones.
+  /// The local time in the model. If a local time occurs twice, calendar and model may mean different instants.
   std::string modelsClock() {
     std::string text;
     for (const auto field : {UCAL_YEAR, UCAL_MONTH, UCAL_DATE, UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND})
@@ -146,7 +146,7 @@ TEST_P(NSCalendarProperty, DifferencesAddedLeadBack) {
     for (const NSCalendarUnit unit : units) {
       if (random_() % 2 == 0) wanted = wanted | unit;
     }
-    // Nanoseconds alone count no more than 292 years.
+    // A count of nanoseconds alone is limited to 292 years.
     const Ref<NSDateComponents> between = calendar_->components(wanted, from, to);
     ASSERT_EQ(calendar_->dateByAddingComponents(*between, from), to) << from << " to " << to << ' ' << wanted;
     Date oneByOne = from;
@@ -177,8 +177,8 @@ INSTANTIATE_TEST_SUITE_P(Places, NSCalendarProperty,
                                          Place("America/New_York", "en_US"), Place("Australia/Lord_Howe", "en_AU"),
                                          Place("Asia/Kathmandu", "ar_EG")));
 
-/// The first second that clocks show the same day as at the instant: the earliest candidate, where candidates are all
-/// changes near by and all instants that could be a midnight.
+/// The first second at which clocks show the same day as at the instant: the earliest of all candidates, which are the
+/// changes nearby and all instants that could be a midnight.
 std::int64_t slowStartOfDay(const detail::ZoneRules& rules, std::int64_t instant) {
   constexpr std::int64_t reach = 3 * detail::secondsPerDay;
   const auto dayAt = [&](std::int64_t at) {
@@ -219,7 +219,7 @@ TEST(NSCalendarZones, EveryDayNearEveryChangeOfEveryZoneStartsAtItsFirstInstant)
       changes.push_back(at = *next);
     }
     for (const std::int64_t change : changes) {
-      if (change < -detail::secondsPerDay * 100'000) continue;  // before any clock
+      if (change < -detail::secondsPerDay * 100'000) continue;  // before clocks existed
       for (const std::int64_t distance : {-90'000, -3601, -1, 0, 1, 1799, 3600, 40'000, 90'000}) {
         const std::int64_t instant = change + distance;
         const Date date = Date::fromReferenceSeconds(static_cast<double>(instant) + 0.5);

@@ -229,7 +229,7 @@ TEST(NSCalendar, HugeValuesGiveTheEndsOfTheCalendar) {
 }
 
 TEST(NSCalendar, AddsComponentsTheLargestFirst) {
-  // A year after it is 28 February 2021.
+  // A year after 2020-02-29 is 2021-02-28.
   EXPECT_EQ(utc->dateByAddingComponents(*parts({{NSCalendarUnitYear, 1}, {NSCalendarUnitMonth, 1}}), "2020-02-29"_date),
             "2021-03-28"_date);
   EXPECT_EQ(utc->dateByAddingComponents(*parts({{NSCalendarUnitMonth, 1}, {NSCalendarUnitDay, 1}}), "2021-01-31"_date),
@@ -287,7 +287,7 @@ TEST(NSCalendar, NanosecondsAreCountedExactly) {
   const Date payday = "2021-05-28T09:30:00.123456789Z"_date, start = "2001-05-28T09:30:00.5Z"_date;
   const auto all = utc->components(NSCalendarUnitNanosecond, start, payday);
   EXPECT_EQ(utc->dateByAddingComponents(*all, start), payday);
-  // What lies just below a second is not a whole one.
+  // A difference just below a second is not a whole second.
   const Date almost = Date::fromReferenceSeconds(0.99999999999);
   EXPECT_EQ(utc->components(NSCalendarUnitSecond | NSCalendarUnitNanosecond, Date(), almost)->description(),
             "<NSDateComponents: second 0, nanosecond 999999999>");

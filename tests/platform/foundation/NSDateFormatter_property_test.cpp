@@ -1,5 +1,5 @@
-// The formatter writes what ICU writes, whichever of its ways it takes: the reference here is ICU's own formatter with
-// its own calendar and time zone.
+// The formatter must write what ICU writes on each of its code paths. The reference is ICU's own formatter with its own
+// calendar and time zone.
 #include <gtest/gtest.h>
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
@@ -53,7 +53,7 @@ void expectIcusTexts(const char* zone, const char* locale, const char* pattern, 
     const Date date = Date::dateWithTimeIntervalSince1970(static_cast<double>(milliseconds) / 1000);
     ASSERT_EQ(formatter->stringFromDate(date).str(), icu.text(static_cast<double>(milliseconds)))
         << zone << ' ' << locale << ' ' << pattern << ' ' << milliseconds;
-    // Another time of the same second, for which the text is not made anew.
+    // Another time of the same second, for which the formatter reuses the text.
     const std::int64_t within = (milliseconds % 1000 + 1000) % 1000;
     const std::int64_t other = milliseconds - within + static_cast<std::int64_t>(random() % 1000);
     std::string text;
@@ -89,7 +89,7 @@ TEST(NSDateFormatterProperty, PatternsOfWordsAreWrittenAsIcuWritesThem) {
 constexpr const char* locales[] = {"en_GB", "en_US", "de_DE", "fr_FR", "pl_PL", "cy_GB", "ja_JP", "zh_CN",
                                    "th_TH", "ar_EG", "fa_IR", "he_IL", "vi_VN", "hi_IN", "bn_BD", "fi_FI"};
 
-/// Each names the day and, but for the last ones, the second.
+/// Each determines the day and, except for the last ones, the second.
 constexpr const char* patterns[] = {"dd/MM/yyyy HH:mm:ss",
                                     "d.M.y H:m:s",
                                     "yyyyMMddHHmmss",
@@ -129,7 +129,7 @@ TEST(NSDateFormatterProperty, WhatIsWrittenIsReadInBothManners) {
   std::mt19937_64 random(2400);
   for (const char* locale : locales) {
     for (const char* pattern : patterns) {
-      // ICU does not read the name that it writes: "UTC-yleisaika".
+      // ICU does not read the name that it writes itself: "UTC-yleisaika".
       if (std::string_view(locale) == "fi_FI" && std::string_view(pattern).ends_with("zzzz")) continue;
       const auto strict = utcFormatter(locale, pattern, false), lenient = utcFormatter(locale, pattern, true);
       for (int i = 0; i < 60; ++i) {
@@ -142,7 +142,7 @@ TEST(NSDateFormatterProperty, WhatIsWrittenIsReadInBothManners) {
   }
 }
 
-/// Whatever stands beside a name in the pattern: letters that could belong to it, periods, digits, nothing.
+/// For different neighbours of a name in the pattern: letters that could belong to it, periods, digits, nothing.
 TEST(NSDateFormatterProperty, LenientReadingTakesEveryTextThatStrictReadingTakes) {
   constexpr const char* names[] = {"EEE", "EEEE",  "EEEEEE", "ccc", "LLL", "MMM",   "MMMM",  "QQQ",
                                    "a",   "aaaaa", "b",      "B",   "G",   "GGGGG", "EEEEE", "MMMMM"};
@@ -177,7 +177,7 @@ TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
   int taken = 0;
   for (const char* locale : {"en_GB", "de_DE", "ja_JP", "ar_EG"}) {
     for (const char* pattern : patterns) {
-      if (std::string_view(pattern).find_first_of("zZX") != std::string_view::npos) continue;  // other zones are taken
+      if (std::string_view(pattern).find_first_of("zZX") != std::string_view::npos) continue;  // accepts other zones
       const auto strict = utcFormatter(locale, pattern, false), lenient = utcFormatter(locale, pattern, true);
       for (int i = 0; i < 300; ++i) {
         std::u16string text = strict->stringFromDate(anySecond(random)).toUtf16();
@@ -189,7 +189,7 @@ TEST(NSDateFormatterProperty, StrictReadingTakesNoTextThatIsNotWritten) {
         const std::optional<Date> date = strict->dateFromString(changed);
         if (!date) continue;
         ASSERT_EQ(lenient->dateFromString(changed), date) << locale << ' ' << pattern << ' ' << changed;
-        if (*date > "9999-12-31"_date) continue;  // far from now a double does not hold milliseconds
+        if (*date > "9999-12-31"_date) continue;  // a double is too short for milliseconds far from now
         ++taken;
         ASSERT_EQ(strict->stringFromDate(*date), changed) << locale << ' ' << pattern;
       }

@@ -343,8 +343,8 @@ TEST(NSDateFormatter, StrictReadingOfWordsTakesThePatternsWidthAndCase) {
                  false, "UTC", "ar_EG");
 }
 
-/// A pattern without a year or month writes the same text for dates of many; what is read is the one in 2000, in
-/// January.
+/// A pattern without a year or month writes the same text for dates of many years or months. A missing year is read as
+/// 2000, a missing month as January.
 TEST(NSDateFormatter, ThereIsNoYearZero) {
   for (const bool isLenient : {false, true}) {
     expectReadings(
@@ -416,7 +416,7 @@ TEST(NSDateFormatter, StrictReadingOfZonesTakesTheFormThatIsWritten) {
       false, "Europe/London");
 }
 
-/// The formatter writes no offset as "-00", and no minutes or seconds that could be left away and are zero.
+/// The formatter writes no offset as "-00", and omits optional minutes or seconds that are zero.
 TEST(NSDateFormatter, StrictReadingOfOffsetsTakesNoneThatIsNotWritten) {
   const std::initializer_list<ReadingRow> unwritten = {
       {"HH:mm Z", "13:14 -0000", "2000-01-01 13:14"_date},
@@ -513,7 +513,7 @@ TEST(NSDateFormatter, LenientReadingTakesWhatAClerkTypes) {
                  true, "UTC", "de_DE");
 }
 
-/// In time that grew with the square of the length each of these would take minutes.
+/// If the time were quadratic in the length, each of these would take minutes.
 TEST(NSDateFormatter, LongJunkIsRefusedInLinearTime) {
   constexpr std::size_t length = 1'000'000;
   for (const bool isLenient : {false, true}) {

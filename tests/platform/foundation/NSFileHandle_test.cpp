@@ -15,7 +15,7 @@ namespace {
 
 using norvik::test::TemporaryFolder;
 
-// The reason of the file handle's exception that `body` raises.
+// The reason of the file handle's exception raised by `body`.
 template <class Body>
 NSString reasonOf(const Body& body) {
   try {
@@ -130,7 +130,7 @@ TEST(NSFileHandle, TheFileIsClosedWithTheObject) {
   EXPECT_LT(lseek(descriptor, 0, SEEK_CUR), 0);
 }
 
-// A child process of its own, since the limit cannot be raised again.
+// In a child process, because the limit cannot be raised again.
 TEST(NSFileHandle, ALimitOfTheFilesSizeIsAnExceptionAndNotDeadly) {
   const TemporaryFolder folder;
   const std::string path = folder.write("a");

@@ -1,4 +1,4 @@
-// One set of cookies with libcurl: a program of two processes, real transfers, and libcurl's own cookie file.
+// Sharing cookies with libcurl: a program of two processes, real transfers, and libcurl's own cookie file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,7 +28,8 @@ std::vector<std::string> program(const CookieFolder& folder, const HttpServer& s
   return arguments;
 }
 
-/// What a server was sent, in no order: libcurl has one of its own among cookies of one path.
+/// The cookies that a server received, to be compared in any order, because libcurl orders cookies of one path by its
+/// own rules.
 std::vector<std::string> sent(const std::string& line) {
   std::vector<std::string> cookies;
   for (std::size_t start = 0; start <= line.size();) {
@@ -73,7 +74,7 @@ TEST(NSHTTPCookieStorageCurl, WhatIsInTheStorageIsSentByLibcurlInAnotherProcess)
                            "deep=4; Max-Age=60; Path=/slips", "secret=5; Max-Age=60; Secure"}) {
     EXPECT_TRUE(storage->setCookieLine(line, *url)) << line;
   }
-  // libcurl refuses the application's own, which breaks the promise of its name, and the storage keeps it.
+  // libcurl refuses this cookie of the application, because it breaks the promise of its name. The storage keeps it.
   storage->setCookie(
       *NSHTTPCookie::cookieWithCookieFileLine("pay.example.co.uk\tFALSE\t/\tFALSE\t4102444800\t__Secure-a\t1"));
   ChildProgram client(program(folder, server,
@@ -102,7 +103,7 @@ TEST(NSHTTPCookieStorageCurl, AServerChangesAndRemovesWhatIsInTheStorage) {
                                  "Set-Cookie: session=; Max-Age=0\r\n")),
               UnorderedElementsAre("a=1", "b=1", "c=1", "d=1", "session=1"));
   EXPECT_TRUE(client.readLine().ends_with("\ta\t2"));
-  // Another process changes the set while libcurl has it in its handle.
+  // Another process changes the cookies while libcurl has them in its handle.
   EXPECT_TRUE(storage->synchronize());
   EXPECT_THAT(texts(*storage->cookies()), ElementsAre("pay.example.co.uk / a=2", "pay.example.co.uk / d=1"));
   EXPECT_TRUE(storage->setCookieLine("d=2; Max-Age=600", *url));

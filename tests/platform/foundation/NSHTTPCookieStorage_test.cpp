@@ -78,7 +78,7 @@ TEST(NSHTTPCookieStorage, ACookieTakesThePlaceOfTheFormerOne) {
               ElementsAre("pay.example.com /slips b=2", "pay.example.com / a=1", ".pay.example.com /slips a=1"));
 }
 
-// libcurl takes "/slips/" where a line has no path, RFC 6265 "/slips".
+// For a line without a path, libcurl uses "/slips/" and RFC 6265 "/slips".
 TEST(NSHTTPCookieStorage, PathsThatDifferInTheirLastSlashAreOneAsInLibcurl) {
   const CookieFolder folder;
   const Ref<NSHTTPCookieStorage> storage = folder.open();
@@ -184,7 +184,7 @@ TEST(NSHTTPCookieStorage, TheCookiesOfADomainAreBounded) {
   }
   EXPECT_TRUE(storage->setCookieLine("used=1; Path=/used", *url("https://pay2.example.com/")));
   EXPECT_EQ(storage->cookies()->count(), 182u);
-  EXPECT_TRUE(storage->setCookieLine("a0=2; Path=/", *url()));  // is used later than a1
+  EXPECT_TRUE(storage->setCookieLine("a0=2; Path=/", *url()));  // so that it was used later than a1
   EXPECT_TRUE(storage->setCookieLine("a180=1; Path=/", *url()));
   EXPECT_EQ(storage->cookies()->count(), 182u);
   const std::vector<std::string> present = all(*storage);
@@ -222,7 +222,7 @@ TEST(NSHTTPCookieStorage, FolderAndFilesAreForTheUserOnly) {
   for (const mode_t mask : {mode_t{0}, mode_t{022}, mode_t{0777}}) {
     RUN_IN_CHILD({
       const CookieFolder folder;
-      // Under such a mask a new folder admits no user.
+      // With this mask no user can access a new folder, so the folder is created in advance.
       if (mask == 0777) std::filesystem::create_directory(folder.folder().path("pay"), folder.folder().path());
       umask(mask);
       const Ref<NSHTTPCookieStorage> storage = folder.open();
@@ -333,7 +333,8 @@ TEST(NSHTTPCookieStorage, ADamagedCookieIsReportedOnceAndTheOthersAreRead) {
   EXPECT_THAT(all(*folder.open()), ElementsAre("pay.example.com /slips b=1", "pay.example.com /slips a=2"));
 }
 
-// The limit on the size of files stands for a full disk: it is there for every user, and comes with a deadly signal.
+// The limit on the size of files simulates a full disk. It applies to every user, and exceeding it sends a deadly
+// signal.
 TEST(NSHTTPCookieStorage, AFullDiskIsReportedAndWhatIsLeftIsWrittenOnceThereIsRoom) {
   RUN_IN_CHILD({
     const CookieFolder folder;
@@ -352,7 +353,7 @@ TEST(NSHTTPCookieStorage, AFullDiskIsReportedAndWhatIsLeftIsWrittenOnceThereIsRo
     Ref<NSError> error;
     EXPECT_FALSE(storage->writeToCookieFile(NSString(folder.folder().path("cookies.txt")), &error));
     EXPECT_EQ(error->code(), EFBIG);
-    // Neither the file nor a part of it: only the folder of the database.
+    // Neither the file nor a partial file is there, only the folder of the database.
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.folder().path()), {}), 1);
     limit.rlim_cur = greatest;
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);

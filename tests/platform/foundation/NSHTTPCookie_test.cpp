@@ -17,13 +17,13 @@ Ref<NSHTTPCookie> cookie(std::string_view line, const char* url = "https://pay.e
   return NSHTTPCookie::cookieWithSetCookieLine(NSString::fromBytes(line), *NSURL::URLWithString(url));
 }
 
-/// "nothing", or the line that a file has of the cookie.
+/// The cookie's line in a cookie file, or "nothing".
 std::string read(std::string_view line, const char* url = "https://pay.example.co.uk/slips/april") {
   const Ref<NSHTTPCookie> made = cookie(line, url);
   return made ? made->cookieFileLine().bytes() : "nothing";
 }
 
-/// Its date, "session" for none, "nothing" where it is refused.
+/// The expiry date, "session" if there is none, or "nothing" if the line is refused.
 std::string expiry(const std::string& attributes) {
   const Ref<NSHTTPCookie> made = cookie("a=1; " + attributes);
   if (!made) return "nothing";
@@ -113,7 +113,7 @@ TEST(NSHTTPCookie, SizesAreBounded) {
   EXPECT_EQ(expiry("Max-Age=60; Max-Age=" + std::string(1025, '1')).substr(0, 2), "20");
 }
 
-// The lines of the public suffix list that these names rest on: "com", "co.uk", "github.io", "*.ck" and "!www.ck".
+// These names depend on the following lines of the public suffix list: "com", "co.uk", "github.io", "*.ck", "!www.ck".
 TEST(NSHTTPCookie, NobodySetsCookiesForAPublicSuffix) {
   const struct {
     const char *url, *domain, *cookieDomain;

@@ -25,7 +25,7 @@ class PayRun : public NSObject {
   NSString description() const override { return "April"; }
 };
 
-/// Keeps what it is told.
+/// Records the notifications that it gets.
 class Listener : public NSObject {
   NK_OBJECT(Listener, NSObject)
   void payRunDidEnd(const Ref<NSNotification>& notification) { heard.push_back(notification->name().str()); }
@@ -175,7 +175,7 @@ TEST_F(NSNotificationCenterTest, ASenderThatIsGoneIsNotMistakenForAnother) {
   Ref<NSObject> sender = make<PayRun>();
   add("Paid", "april", sender);
   sender = nullptr;
-  for (int i = 0; i < 100; ++i) center.postNotificationName("Paid", make<PayRun>());  // often at the same address
+  for (int i = 0; i < 100; ++i) center.postNotificationName("Paid", make<PayRun>());  // often at the former address
   EXPECT_EQ(heard, Names());
 }
 
@@ -245,7 +245,7 @@ TEST_F(NSNotificationCenterTest, AnExceptionLeavesThePosting) {
   EXPECT_EQ(heard, (Names{"before"}));
 }
 
-/// Takes itself out when it goes, as many classes do.
+/// Removes itself in its destructor, as many classes do.
 class Leaver : public NSObject {
   NK_OBJECT(Leaver, NSObject)
   explicit Leaver(NSNotificationCenter& center) : center_(center) {}
@@ -271,7 +271,7 @@ TEST_F(NSNotificationCenterTest, AClosureMayHoldTheLastRefToAnObserver) {
     const Ref<Leaver> leaver = make<Leaver>(center);
     token = center.addObserverForName("Paid", nullptr, [leaver](const NSNotification&) {});
   }
-  center.removeObserver(*token);  // and with the closure goes the Leaver, which calls back
+  center.removeObserver(*token);  // destroys the closure and with it the Leaver, which calls back
   center.postNotificationName("Paid");
 }
 

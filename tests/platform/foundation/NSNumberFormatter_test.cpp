@@ -31,13 +31,13 @@ Ref<NSNumberFormatter> british(const char* pattern) {
   return formatter;
 }
 
-/// What was read as plain digits, or "no" for a text that is refused.
+/// The number that was read, as plain digits, or "no" for a text that is refused.
 std::string read(const NSNumberFormatter& formatter, const char* text) {
   const auto number = formatter.numberFromString(text);
   return number ? number->stringValue().utf8() : "no";
 }
 
-/// What ICU writes; what it writes of zero, where there is no other digit in it.
+/// The text that ICU writes, or the text that it writes for zero if all digits are zero.
 icu::UnicodeString withoutSignOfZero(const icu::NumberFormat& format, const Decimal& number) {
   UErrorCode status = U_ZERO_ERROR;
   icu::UnicodeString text, zero;
@@ -348,7 +348,7 @@ TEST(NSNumberFormatter, RefusesADamagedArchive) {
   EXPECT_GT(refused, 0u);
 }
 
-// The fast way beside ICU itself, over patterns, roundings and numbers of all sizes.
+// Compares the fast path with ICU itself, for many patterns, rounding modes and numbers of all sizes.
 TEST(NSNumberFormatter, StylesOfEveryLocaleAreWrittenAsIcuWritesThem) {
   std::mt19937_64 random(19990101);
   for (const char* locale :
@@ -780,7 +780,7 @@ TEST(NSNumberFormatter, RoundsToIncrementsWhateverTheNumberOfDigits) {
   }
 }
 
-/// Doubles beyond the greatest decimal number. ICU writes them inexactly, some as the empty text.
+/// Doubles beyond the greatest decimal number. ICU writes them inexactly, some of them as the empty text.
 TEST(NSNumberFormatter, RoundsTheGreatestDoublesToIncrementsExactly) {
   const auto zeros = [](std::size_t count) { return std::string(count, '0'); };
   const struct {
@@ -862,7 +862,7 @@ TEST(NSNumberFormatter, WordsAreReadWhereTheyAreOneNumber) {
   EXPECT_EQ(read(*words, " five "), "5");
 }
 
-/// In time that grew with the square of the length, as ICU's does, each of these would take minutes.
+/// If the time were quadratic in the length, as it is in ICU, each of these would take minutes.
 TEST(NSNumberFormatter, LongTextsAreNoWordsAndAreRefusedInLinearTime) {
   auto words = make<NSNumberFormatter>();
   words->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));

@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-/// HOME is what a test says, in a process of its own.
+/// Sets HOME; called in a process of its own.
 void setHome(const char* home) { setenv("HOME", home, 1); }
 
 TEST(NSPathUtilities, HeaderExample) {

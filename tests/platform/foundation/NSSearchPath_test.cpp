@@ -8,7 +8,7 @@
 namespace norvik {
 namespace {
 
-// HOME is /home/pat and no XDG variable is set, in a process of its own per test.
+// HOME is /home/pat and no XDG variable is set. Each test runs in a process of its own.
 class NSSearchPath : public ::testing::Test {
  protected:
   NSSearchPath() : home_(std::getenv("HOME") ? std::getenv("HOME") : "") {

@@ -43,7 +43,7 @@ TEST(NSStringCase, CapitalisedWordsBeginInTitleCaseAndGoOnInSmallLetters) {
 
 TEST(NSStringCase, ASigmaAtTheEndOfAWordIsFinal) {
   EXPECT_EQ(lowercaseString("\u039F\u03A3 \u03A3\u039F"), "\u03BF\u03C2 \u03C3\u03BF");
-  EXPECT_EQ(lowercaseString("\u03A3"), "\u03C3");  // a word that is nothing else
+  EXPECT_EQ(lowercaseString("\u03A3"), "\u03C3");  // the whole word is one sigma
 }
 
 TEST(NSStringCase, ALoneHalfStays) {

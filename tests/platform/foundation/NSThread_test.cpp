@@ -11,11 +11,11 @@
 #include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/values/NSException.h"
 
-// Outside the unnamed namespace, exported: its name is to be found in call stacks.
+// Exported and outside the unnamed namespace, so that its name appears in call stacks.
 namespace payroll {
 [[gnu::noinline]] NK_EXPORT norvik::Ref<norvik::NSArray> whereAmI() {
   norvik::Ref<norvik::NSArray> symbols = norvik::NSThread::callStackSymbols();
-  return symbols->reversedArray()->reversedArray();  // something to do after the call, so that it is no jump
+  return symbols->reversedArray()->reversedArray();  // work after the call, so that it is not a tail call
 }
 }  // namespace payroll
 

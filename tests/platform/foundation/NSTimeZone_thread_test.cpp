@@ -1,4 +1,4 @@
-// The class operations and the zones' cache are synchronised: what the thread sanitizer and these values have to say.
+// The class operations and the cache of zones are synchronised. Checked by the thread sanitizer and by these values.
 #include <gtest/gtest.h>
 
 #include <array>

@@ -75,7 +75,7 @@ TEST(NSURL, ARelativePathIsTakenFromTheCurrentFolder) {
   });
 }
 
-// The parts of an address, absent ones as "-".
+// The parts of an address; "-" for an absent part.
 std::string parts(const NSURL& url) {
   const auto part = [](const std::optional<NSString>& text) { return text ? text->str() : std::string("-"); };
   return part(url.scheme()) + " " + part(url.user()) + " " + part(url.password()) + " " + part(url.host()) + " " +
@@ -83,7 +83,7 @@ std::string parts(const NSURL& url) {
          part(url.fragment());
 }
 
-/// "nothing" where the text is no address.
+/// The address, or "nothing" if the text is not an address.
 NSString read(std::string_view text) {
   const Ref<NSURL> url = NSURL::URLWithString(NSString::fromBytes(text));
   return url ? url->absoluteString() : "nothing"_ns;
@@ -140,7 +140,7 @@ TEST(NSURL, TheseTextsAreAddresses) {
       {"http://h:65535/", "http://h:65535/"},
       {"http://h:00081/", "http://h:81/"},
       {"x-pay+1.0:april", "x-pay+1.0:april"},
-      // what is pasted
+      // pasted texts
       {" \t http://h/a\r\n", "http://h/a"},
       {"http://h/long\n\tline", "http://h/longline"},
       {"http:\\\\h\\a\\b?c", "http://h/a/b?c"},

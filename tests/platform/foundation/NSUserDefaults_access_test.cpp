@@ -1,4 +1,4 @@
-// Which users can read the database, and what happens where its place is taken by something else.
+// Which users can read the database, and what happens if something else has its path.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -122,7 +122,7 @@ TEST(NSUserDefaultsAccess, WhatWasWrittenLastIsReadWhereNothingCanBeWritten) {
     const DefaultsFolder folder;
     if (!becomeUserWithoutRights(folder.folder().path()) && geteuid() == 0) return;
     const Ref<NSUserDefaults> kept = folder.open();
-    kept->setInteger(1, "rate");  // in the log, not in the database
+    kept->setInteger(1, "rate");  // is in the log, not in the database
     ASSERT_EQ(chmod(folder.path().c_str(), 0400), 0);
     const SystemLogCapture console;
     const Ref<NSUserDefaults> reader = folder.open();
@@ -228,7 +228,7 @@ TEST(NSUserDefaultsAccess, LinksThatGoRoundAreTold) {
                                            cannotBe("written", path, "Too many levels of symbolic links")));
 }
 
-/// A folder in which everybody may write and only remove what is his own, such as /tmp.
+/// A folder in which every user may create files but remove only their own, such as /tmp.
 class SharedFolder {
  public:
   SharedFolder() { EXPECT_EQ(chmod(folder_.path().c_str(), 01777), 0); }
@@ -292,7 +292,8 @@ TEST(NSUserDefaultsAccess, AnotherUsersFolderOrFileInASharedFolderIsNotUsed) {
   }
 }
 
-// Another user can make a second name of a file that he may not change, and have it overwritten by its owner.
+// Another user can create a second name for a file that they may not change, so that its owner would overwrite the
+// file.
 TEST(NSUserDefaultsAccess, ASecondNameOfAFileInASharedFolderIsNotUsed) {
   const SharedFolder shared;
   const TemporaryFolder elsewhere;

@@ -1,4 +1,4 @@
-// What becomes of preferences when a program ends: what could not be written before is, and nothing ends it early.
+// What happens to preferences when a program ends: unwritten values are written, and nothing ends the program early.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
@@ -87,7 +87,7 @@ TEST(NSUserDefaultsEnd, NoLimitOnTheSizeOfFilesEndsTheProcess) {
     EXPECT_EQ(child.wait(), 0) << limit;
   }
   for (const char* limit : {"limit:0", "limit:4096", "limit:10000"}) {
-    ChildProgram child(program(folder, {"rate=4", limit}));  // what it leaves in the log is for the next
+    ChildProgram child(program(folder, {"rate=4", limit}));  // its log is read by the next process
     EXPECT_EQ(child.wait(), 0) << limit;
     EXPECT_EQ(folder.open()->integerForKey("rate"), 4) << limit;
   }

@@ -1,4 +1,4 @@
-// What happens where the database cannot be written or read: a line on the console, and the process goes on.
+// What happens if the database cannot be written or read: a line is written on the console, and the process continues.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -139,7 +139,7 @@ TEST(NSUserDefaultsFailures, ADatabaseThatIsCutShortIsToldAndLeftAsItIs) {
   }
 }
 
-// The change alone would succeed: the damage is in another page.
+// The change alone would succeed, because the damage is in another page.
 TEST(NSUserDefaultsFailures, NothingIsWrittenToADatabaseThatCannotBeReadAsAWhole) {
   const DefaultsFolder folder;
   {
@@ -147,7 +147,7 @@ TEST(NSUserDefaultsFailures, NothingIsWrittenToADatabaseThatCannotBeReadAsAWhole
     for (int i = 100; i < 600; ++i) defaults->setObject(NSString(std::string(100, 'a')), NSString(std::to_string(i)));
   }
   std::string content = TemporaryFolder::read(folder.path());
-  // The leaf that holds one of the keys in the middle.
+  // The leaf page that contains one of the keys in the middle.
   const std::size_t page = content.find("350", 8192) / 4096 * 4096;
   content.replace(page, 8, 8, '\xFF');
   folder.folder().write("pay/defaults.sqlite", content);
@@ -170,7 +170,7 @@ TEST(NSUserDefaultsFailures, AnEmptyFileIsAFreshDatabase) {
   EXPECT_TRUE(console.lines().empty());
 }
 
-// As one does whose maker was killed between making it and changing its mode.
+// As after a process that was killed between creating the database and changing its mode.
 TEST(NSUserDefaultsFailures, ADatabaseThatIsNotInWriteAheadModeGetsThere) {
   const DefaultsFolder folder;
   folder.open()->setInteger(1, "rate");
@@ -337,7 +337,7 @@ TEST(NSUserDefaultsFailures, WhatCouldNotBeWrittenIsNotOverwrittenByWhatAnotherH
   EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 2u);
 }
 
-/// SQLite calls it for each new connection of the process: what is longer than 50,000 bytes is too long.
+/// Called by SQLite for each new connection of the process: limits values to 50,000 bytes.
 int shortenEverything(sqlite3* database, char**, const void*) {
   sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 50'000);
   return SQLITE_OK;
@@ -372,7 +372,8 @@ TEST(NSUserDefaultsFailures, AValueThatIsTooLongIsToldOnceAndTheOthersAreWritten
   sqlite3_cancel_auto_extension(function);
 }
 
-// The limit on the size of files stands for a full disk: it is there for every user, and comes with a deadly signal.
+// The limit on the size of files simulates a full disk. It applies to every user, and exceeding it sends a deadly
+// signal.
 TEST(NSUserDefaultsFailures, AFullDiskIsToldAndWhatIsLeftIsWrittenOnceThereIsRoom) {
   RUN_IN_CHILD({
     const DefaultsFolder folder;
@@ -393,7 +394,7 @@ TEST(NSUserDefaultsFailures, AFullDiskIsToldAndWhatIsLeftIsWrittenOnceThereIsRoo
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     EXPECT_TRUE(defaults->synchronize());
     EXPECT_EQ(folder.open()->dictionaryRepresentation()->count(), 41u);
-    // More than one line where a write succeeds in between, the log having been brought into the database.
+    // More than one line if a write succeeds in between, after the log was copied to the database.
     EXPECT_THAT(console.lines(),
                 AllOf(Not(IsEmpty()), Each(cannotBeWritten(folder.path(), "disk I/O error (File too large)"))));
     sigset_t waiting;
@@ -405,7 +406,7 @@ TEST(NSUserDefaultsFailures, AFullDiskIsToldAndWhatIsLeftIsWrittenOnceThereIsRoo
 TEST(NSUserDefaultsFailures, AFullFileSystemIsToldAndTheDatabaseStaysWhole) {
   RUN_IN_CHILD({
     const PrivateMount disk("tmpfs", "size=192k");
-    if (!disk.mounted()) return;  // nobody may mount here; the limit on the size of files is tested above
+    if (!disk.mounted()) return;  // mounting is not permitted here; the limit on the size of files is tested above
     const std::string path = disk.folder().path("pay/defaults.sqlite");
     const auto defaults = make<NSUserDefaults>(NSString(path));
     defaults->setInteger(1, "before");
@@ -420,7 +421,7 @@ TEST(NSUserDefaultsFailures, AFullFileSystemIsToldAndTheDatabaseStaysWhole) {
 TEST(NSUserDefaultsFailures, WhereNothingCanBeWrittenWhatIsThereIsRead) {
   RUN_IN_CHILD({
     const PrivateMount disk("tmpfs");
-    if (!disk.mounted()) return;  // nobody may mount here
+    if (!disk.mounted()) return;  // mounting is not permitted here
     const std::string path = disk.folder().path("pay%3F?/defaults.sqlite");
     make<NSUserDefaults>(NSString(path))->setInteger(1, "rate");
     ASSERT_TRUE(disk.makeReadOnly());

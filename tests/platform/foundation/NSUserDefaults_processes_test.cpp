@@ -1,4 +1,4 @@
-// Several processes on one database, processes that fork, and processes that are killed.
+// Several processes that use one database, processes that fork, and processes that are killed.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
@@ -36,7 +36,7 @@ bool endedWell(pid_t child) {
 
 NSString numbered(const char* name, int number) { return NSString(name + std::to_string(number)); }
 
-/// What SQLite finds wrong with the file; "ok" where that is nothing.
+/// The errors that SQLite finds in the file; "ok" if there are none.
 std::string integrity(const std::string& path) {
   sqlite3* database = nullptr;
   std::string result;
@@ -68,7 +68,8 @@ TEST(NSUserDefaultsProcesses, AChildReadsAndWritesWhatItsParentHasOpen) {
   EXPECT_EQ(integrity(folder.path()), "ok");
 }
 
-// The parent closes last, and would take the log away under a child that does not hold a lock of its own.
+// The parent closes the database last. It would remove the log that a child uses if the child did not hold its own
+// lock.
 TEST(NSUserDefaultsProcesses, WhatAChildWritesOutlivesItsParentsConnection) {
   const DefaultsFolder folder;
   Ref<NSUserDefaults> defaults = folder.open();
@@ -136,7 +137,7 @@ TEST(NSUserDefaultsProcesses, ProcessesThatStartTogetherInAnEmptyFolderLoseNothi
   }
 }
 
-/// Another connection makes the database before one of the statements of this process, the one that counts down to 0.
+/// Another connection creates the database before one of the statements of this process: when the count has reached 0.
 struct Meanwhile {
   const DefaultsFolder* folder = nullptr;
   int statements = 0;
@@ -169,7 +170,8 @@ TEST(NSUserDefaultsProcesses, ADatabaseThatAnotherMakesAtAnyMomentIsNotTakenForS
   }
 }
 
-// A child sets numbers that rise and tells each one when it is set; whenever it is killed, what it told is there.
+// A child sets increasing numbers and reports each one after it was set. Whenever it is killed, the last reported
+// number must be in the database.
 TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
   const DefaultsFolder folder;
   std::int64_t last = 0;
@@ -185,7 +187,7 @@ TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
       }
     });
     close(told[1]);
-    // At least one number, and in each round a different moment after it.
+    // Kills the child at a different moment in each round, after one number at least.
     std::int64_t number = 0;
     for (int i = 0; i <= round; ++i)
       ASSERT_EQ(read(told[0], &number, sizeof number), static_cast<ssize_t>(sizeof number));
@@ -203,7 +205,7 @@ TEST(NSUserDefaultsProcesses, WhatWasSetSurvivesTheKillingOfTheProcess) {
   }
 }
 
-// Each round a little later, from before the database is made until after it is.
+// The child is killed a little later in each round, from before the database is created until after that.
 TEST(NSUserDefaultsProcesses, AKillWhileTheDatabaseIsMadeLeavesOneThatCanBeMade) {
   for (int round = 0; round < 60; ++round) {
     const DefaultsFolder folder;
@@ -226,7 +228,7 @@ TEST(NSUserDefaultsProcesses, AKillWhileTheDatabaseIsMadeLeavesOneThatCanBeMade)
 TEST(NSUserDefaultsProcesses, TheEndOfTheProcessLeavesNoLogBesideTheDatabase) {
   const char* const variable = "NORVIK_TEST_DATABASE";
   const DefaultsFolder folder;
-  setenv(variable, folder.path().c_str(), 0);  // in the child it is set already
+  setenv(variable, folder.path().c_str(), 0);  // already set in the child
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {

@@ -277,7 +277,7 @@ TEST(NSUserDefaults, KeyValueCodingFindsEveryKey) {
   EXPECT_TRUE(defaults->valueForKey("user").isAbsent());
 }
 
-/// Keeps what it is told of, as "key: old > new".
+/// Records the changes that it is notified of, as "key: old > new".
 class Watcher : public NSObject {
   NK_OBJECT(Watcher, NSObject)
   void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange& change, void*) override {
@@ -334,7 +334,7 @@ TEST(NSUserDefaults, AnObserverMayChangeOtherKeysAndTheSameOne) {
   EXPECT_EQ(folder.open()->integerForKey("rate"), 3);
 }
 
-/// How often NSUserDefaultsDidChangeNotification came from these user defaults while it lives.
+/// Counts the NSUserDefaultsDidChangeNotification of these user defaults while it exists.
 class ChangeCount {
  public:
   explicit ChangeCount(const Ref<NSUserDefaults>& defaults)
@@ -466,7 +466,7 @@ TEST(NSUserDefaults, WhatAnotherHasSetIsReadBeforeLong) {
   while (mine->integerForKey("rate") != 2 && spent < std::chrono::seconds(20)) {
     spent = std::chrono::steady_clock::now() - start;
   }
-  EXPECT_LT(spent, std::chrono::seconds(10));  // a quarter of a second on a machine with nothing else to do
+  EXPECT_LT(spent, std::chrono::seconds(10));  // a quarter of a second on an idle machine
 }
 
 TEST(NSUserDefaults, ObserversHearWhatAnotherHasChangedInSynchronize) {
@@ -500,7 +500,7 @@ TEST(NSUserDefaults, WithoutSynchronizeTheyHearOfItOnTheMainQueueAfterARead) {
   const auto watcher = make<Watcher>();
   mine->addObserver(*watcher, "rate", oldAndNew);
   others->setInteger(2, "rate");
-  while (mine->integerForKey("rate") != 2) continue;  // the test before has a limit on this
+  while (mine->integerForKey("rate") != 2) continue;  // the previous test limits the time that this takes
   EXPECT_THAT(watcher->heard, IsEmpty());
   dispatch_main_queue_drain();
   EXPECT_THAT(watcher->heard, ElementsAre("rate: 1 > 2"));

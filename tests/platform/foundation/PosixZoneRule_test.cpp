@@ -64,7 +64,7 @@ TEST(PosixZoneRule, SummerTimeAllTheYearNeverChanges) {
 }
 
 TEST(PosixZoneRule, ChangesThatOvertakeEachOtherStillFollowInOrder) {
-  const auto rule = PosixZoneRule::parse("EST5EDT,0/02,J365/31");  // each end falls on the day after the next start
+  const auto rule = PosixZoneRule::parse("EST5EDT,0/02,J365/31");  // each end is on the day after the next start
   ASSERT_TRUE(rule);
   const ZoneSpan span = rule->spanAt(instant("2024-01-01 08:00"));
   EXPECT_EQ(span.from, instant("2024-01-01 07:00:00"));

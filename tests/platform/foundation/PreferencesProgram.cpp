@@ -1,11 +1,11 @@
-// A program that has preferences, for tests of what happens when it ends: preferences_program DATABASE STEP...
+// A program that has preferences, for tests of the end of a process: preferences_program DATABASE STEP...
 //
-//   KEY=NUMBER   sets it
-//   get:KEY      prints its number and a line end
-//   limit:BYTES  no file may grow beyond that
-//   wait         prints a line end, then reads one from its input
-//   fork         the remaining steps are done by a child, and the program ends as the child did
-//   busy         another thread sets values until the process ends
+//   KEY=NUMBER   sets the value of KEY
+//   get:KEY      prints the number and a line end
+//   limit:BYTES  limits the size of files to BYTES
+//   wait         prints a line end, then reads a line from standard input
+//   fork         lets a child do the remaining steps, and ends with its status
+//   busy         starts a thread that sets values until the process ends
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
 
 #include <sys/resource.h>

@@ -154,7 +154,7 @@ TEST(PropertyList, BytesThatAreNoPropertyListAreRefused) {
   EXPECT_RAISES((void)decodePropertyList(whole + "x"), "NSInvalidUnarchiveOperationException");
 }
 
-/// Counts how many were made of an archive.
+/// Counts the objects that were created from an archive.
 class Decoded : public NSObject, public NSCoding {
   NK_OBJECT(Decoded, NSObject)
   NK_CODING
@@ -187,8 +187,8 @@ TEST(PropertyList, AnArchiveOfSomethingElseIsRefusedBeforeAnythingIsMadeOfIt) {
 
 TEST(PropertyList, AnArchiveOfARingIsRefused) {
   using namespace std::string_view_literals;
-  EXPECT_EQ(decodePropertyList("NKSEQU1\n\x09\x00\x01\x00"sv), Value(NSArray::array()));  // an array, new, of 0
-  EXPECT_RAISES((void)decodePropertyList("NKSEQU1\n\x09\x00\x01\x01\x09\x01"sv),  // of 1, which is object number 1
+  EXPECT_EQ(decodePropertyList("NKSEQU1\n\x09\x00\x01\x00"sv), Value(NSArray::array()));  // a new, empty array
+  EXPECT_RAISES((void)decodePropertyList("NKSEQU1\n\x09\x00\x01\x01\x09\x01"sv),  // an array that contains itself
                 "NSInvalidUnarchiveOperationException");
 }
 

@@ -1,5 +1,5 @@
-// A program that ends in the way that its first argument names, and appends a word to the file that its second argument
-// names for each thing that happens meanwhile. For NSApplicationTermination_test.cpp.
+// A program that ends in the way that its first argument names, and appends a word for each event to the file that its
+// second argument names. For NSApplicationTermination_test.cpp.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@ void say(const std::string& word) {
   if (write(words, text.data(), text.size()) < 0) std::abort();
 }
 
-// Made before main() and destroyed after it.
+// Constructed before main() and destroyed after it.
 struct Static {
   ~Static() {
     if (words >= 0) say("static-destroyed");

@@ -14,8 +14,8 @@ std::int64_t secondsAt(const std::string& text) { return wholeSeconds(*Date::dat
 
 const ZoneType winter{0, false, "GMT"}, summer{3600, true, "BST"};
 
-/// The instants at which London changed its clocks from 1970 to 1995: the first ends British Standard Time, then summer
-/// time starts and ends in turn.
+/// The instants at which London changed its clocks from 1970 to 1995. The first one ends British Standard Time; then
+/// summer time alternately starts and ends.
 const char* const changesTo1995[] = {
     "1971-10-31 02:00", "1972-03-19 02:00", "1972-10-29 02:00", "1973-03-18 02:00", "1973-10-28 02:00",
     "1974-03-17 02:00", "1974-10-27 02:00", "1975-03-16 02:00", "1975-10-26 02:00", "1976-03-21 02:00",
@@ -34,7 +34,7 @@ std::int64_t lastSunday(int year, int month) {
   return day;
 }
 
-/// All changes from 1970 to 2037: the table, then the last Sundays of March and October at 01:00 UTC.
+/// All changes from 1970 to 2037: the table, then the last Sundays in March and October at 01:00 UTC.
 std::vector<std::int64_t> londonChanges() {
   std::vector<std::int64_t> changes;
   for (const char* change : changesTo1995) changes.push_back(secondsAt(change));
@@ -108,7 +108,8 @@ TEST(ZoneDatabase, AgreesWithIcuFrom1847To2100) {
   const ZoneRules& london = *zoneNamed("Europe/London");
   const std::optional<ZoneRules> icu = zoneFromIcu("Europe/London");
   ASSERT_TRUE(icu);
-  // ICU gives the local mean time in whole minutes or seconds by version; from the first change on both are exact.
+  // The version of ICU determines whether local mean time is in whole minutes or seconds. After the first change both
+  // sources are exact.
   const std::int64_t first = secondsAt("1847-12-02"), last = secondsAt("2100-12-31");
   for (std::int64_t at = first; at < last; at += 11 * 3600)
     ASSERT_EQ(london.typeAt(at).offset, icu->typeAt(at).offset) << at;

@@ -17,7 +17,7 @@ std::string bigEndian(std::uint64_t value, int size) {
   return bytes;
 }
 
-/// A zone file put together by hand: GMT, and BST between two instants, then the rule.
+/// A hand-made zone file: GMT, BST between two instants, then the rule.
 struct ZoneFile {
   char version = '2';
   std::uint32_t utIndicators = 0, standardIndicators = 0, leapSeconds = 0, changes = 2, types = 2, characters = 8;

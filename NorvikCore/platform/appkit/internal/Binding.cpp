@@ -12,14 +12,14 @@
 namespace norvik::detail {
 namespace {
 
-/// After so many sets on one thread without agreement a circle of bindings is taken for one that never ends.
+/// After this number of sets on one thread without agreement, a cycle of bindings is treated as endless.
 constexpr int mostRounds = 16;
 
-// What tells a binding which of its sides has changed, also where both are one object.
+// The contexts of the observations. They identify the side that changed, also if both sides are one object.
 constexpr char observedSide = 0, receiverSide = 0;
 void* contextOf(const char& side) noexcept { return const_cast<char*>(&side); }
 
-/// The option, absent where it is not there or the null marker.
+/// The option; absent if it is missing or the null marker.
 Value optionIn(const NSDictionary& options, const NSString& option) {
   Value value = options.objectForKey(option);
   return value.isNull() ? Value() : value;
@@ -38,7 +38,7 @@ Ref<NSValueTransformer> transformerIn(const NSDictionary& options) {
   return named;
 }
 
-/// The class states the key and a setter for it.
+/// True if the class declares the key and a setter for it.
 bool hasSetter(const Class& owner, const NSString& key) {
   const Property* property = owner.property(key);
   if (property && property->set) return true;
@@ -47,7 +47,7 @@ bool hasSetter(const Class& owner, const NSString& key) {
   return owner.instanceMethod(setter) != nullptr;
 }
 
-/// Setting the key cannot work. A key that the class does not state may still be one that it handles by itself.
+/// True if setting the key cannot work. A key that the class does not declare may still be handled by the class itself.
 bool isReadOnly(const NSObject& owner, const NSString& key) {
   if (dynamic_cast<const NSDictionary*>(&owner)) return !dynamic_cast<const NSMutableDictionary*>(&owner);
   const Class& c = owner.classObject();
@@ -56,8 +56,8 @@ bool isReadOnly(const NSObject& owner, const NSString& key) {
 
 }  // namespace
 
-/// A change on its way through a binding, on this thread. What the binding hears meanwhile is counted, not carried: the
-/// carry that runs looks at the counts when its own set is done.
+/// A change that a binding is carrying on this thread. Notifications that the binding gets meanwhile are counted, not
+/// carried: the running carry checks the counts after each set.
 struct Binding::Carry {
   explicit Carry(const Binding& carried) : binding(carried), outer(innermost()) { innermost() = this; }
   ~Carry() { innermost() = outer; }
@@ -76,7 +76,7 @@ struct Binding::Carry {
 
   const Binding& binding;
   Carry* const outer;
-  int heardOfObserved = 0, heardOfReceiver = 0;  ///< since the last set began
+  int heardOfObserved = 0, heardOfReceiver = 0;  ///< notifications since the last set began
 };
 
 Binding::Binding(NSObject& receiver, NSString name, NSObject& observed, NSString keyPath, Ref<NSDictionary> options)
@@ -103,7 +103,7 @@ void Binding::start() {
   receiver->addObserver(*this, name_, {}, contextOf(receiverSide));
   observesReceiver_ = true;
   isStarted_ = true;
-  if (isEnded_) return end();  // ended on another thread before it could see this registration
+  if (isEnded_) return end();  // another thread ended the binding before this registration was visible to it
   carry(true);
 }
 
@@ -156,7 +156,7 @@ void Binding::carry(bool toReceiver) {
                          "\" of <" + observed->classObject().name() + "> never settles");
 }
 
-/// True where a callback has given the receiver another value than the one that was set.
+/// True if a callback has given the receiver another value than the one that was set.
 bool Binding::setReceiver(NSObject& receiver, const NSObject& observed, const Carry& carry) {
   Value value = observed.valueForKeyPath(keyPath_);
   if (transformer_) value = transformer_->transformedValue(value);
@@ -164,7 +164,7 @@ bool Binding::setReceiver(NSObject& receiver, const NSObject& observed, const Ca
   const bool sets = receiver.valueForKey(name_) != value;
   if (sets) receiver.setValue_forKey(value, name_);
   if (!isEnded_) showWhetherWritable(receiver, observed);
-  // The set itself is heard of once. A setter may adjust what it is given: that is not carried back.
+  // The set itself causes one notification. A setter may adjust the value: the adjusted value is not carried back.
   const int ownNotices = sets ? 1 : 0;
   return carry.heardOfReceiver > ownNotices && receiver.valueForKey(name_) != value;
 }

@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/internal/Binding.h - one binding: the observer of both of its sides.
+// NorvikCore/platform/appkit/internal/Binding.h - one binding, as the observer of both of its sides.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
@@ -10,22 +10,22 @@
 
 namespace norvik::detail {
 
-/// Kept by its receiver. KeyValueBinding.h tells what it does.
+/// Owned by its receiver. KeyValueBinding.h describes its behaviour.
 class Binding final : public NSObject {
  public:
-  /// Raises where the options name no transformer.
+  /// Raises if the options do not name a transformer that exists.
   Binding(NSObject& receiver, NSString name, NSObject& observed, NSString keyPath, Ref<NSDictionary> options);
   ~Binding() override;
 
-  /// Observes the key path; changes have no effect yet. Raises where the path or the receiver's key is unknown.
+  /// Observes the key path; changes have no effect yet. Raises if the path or the receiver's key is unknown.
   void observe();
-  /// Sets the receiver, then follows both sides.
+  /// Sets the receiver, then lets each side follow the other.
   void start();
-  /// Stops observing, for good. A change that is being carried sets nothing more.
+  /// Stops observing permanently. A change that is being carried sets nothing more.
   void end();
 
   [[nodiscard]] const NSString& name() const noexcept { return name_; }
-  /// Empty once the observed object is gone.
+  /// Empty once the observed object was destroyed.
   [[nodiscard]] Ref<NSDictionary> info() const;
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,

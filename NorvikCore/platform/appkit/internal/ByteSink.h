@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/internal/ByteSink.h - the bytes that Cairo makes of a document or picture.
+// NorvikCore/platform/appkit/internal/ByteSink.h - collects the bytes that Cairo writes for a document or picture.
 //
 //   ByteSink sink;
 //   cairo_pdf_surface_create_for_stream(ByteSink::append, &sink, width, height);
@@ -15,7 +15,7 @@ class ByteSink {
   /// For Cairo; `closure` is the sink.
   static cairo_status_t append(void* closure, const unsigned char* bytes, unsigned int count) noexcept;
 
-  /// Raises NSGenericException, each time, where something could not be kept. Cairo goes on without saying so.
+  /// Raises NSGenericException, on each call, if bytes were lost for lack of memory. Cairo does not report that.
   [[nodiscard]] const std::string& bytes() const;
 
  private:

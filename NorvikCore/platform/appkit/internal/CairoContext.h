@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/internal/CairoContext.h - a surface of Cairo, what draws on it, and the bytes it becomes.
+// NorvikCore/platform/appkit/internal/CairoContext.h - a surface of Cairo and the context that draws on it.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSColor.h"
@@ -7,7 +7,7 @@
 namespace norvik::detail {
 
 struct CairoContext {
-  /// Owns the surface. Raises NSGenericException where it is none.
+  /// Owns the surface. Raises NSGenericException if it is not valid.
   explicit CairoContext(cairo_surface_t* made);
   ~CairoContext();
   CairoContext(const CairoContext&) = delete;
@@ -16,7 +16,7 @@ struct CairoContext {
   /// Raises NSInternalInconsistencyException once the surface is finished.
   [[nodiscard]] cairo_t* cairo() const;
   [[nodiscard]] cairo_surface_t* surface() const noexcept { return surface_; }
-  /// Nothing can be drawn any more. Raises NSGenericException, each time, where something that was drawn could not be.
+  /// After this nothing can be drawn. Raises NSGenericException, on each call, if an earlier drawing failed.
   void finish();
 
  private:
@@ -25,7 +25,7 @@ struct CairoContext {
   cairo_status_t failure_ = CAIRO_STATUS_SUCCESS;
 };
 
-/// Raises NSGenericException with Cairo's words for a failure.
+/// Raises NSGenericException with Cairo's text for a failure.
 void checkCairo(cairo_status_t status);
 
 void setColor(cairo_t* cairo, const NSColor& color);

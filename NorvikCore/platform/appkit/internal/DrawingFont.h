@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/internal/DrawingFont.h - the font in which text with attributes is drawn.
+// NorvikCore/platform/appkit/internal/DrawingFont.h - the font for drawing text with attributes.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSFont.h"
@@ -6,7 +6,8 @@
 
 namespace norvik::detail {
 
-/// NSFontAttributeName's; the system's where there is none, or where the value is no font. An empty Ref has none.
+/// The value of NSFontAttributeName; the system's font if there is none, if the value is not a font, or for an empty
+/// Ref.
 [[nodiscard]] Ref<const NSFont> drawingFont(const Ref<NSDictionary>& attributes);
 
 }  // namespace norvik::detail

@@ -9,7 +9,7 @@ namespace norvik::detail {
 
 const PangoLibrary& pangoLibrary() {
   return kernel::madeOnce([] {
-    // The libraries that libpangocairo needs are searched too.
+    // This also searches the libraries that libpangocairo depends on.
     const SharedLibrary library("libpangocairo-1.0.so.0", "text cannot be measured or drawn without Pango");
     auto functions = std::make_unique<PangoLibrary>();
 #define NK_PANGO_LOAD(name) library.find(#name, functions->name);

@@ -1,10 +1,10 @@
-// NorvikCore/platform/appkit/internal/PangoLibrary.h - the functions of Pango and Cairo, loaded when the first is used.
+// NorvikCore/platform/appkit/internal/PangoLibrary.h - the functions of Pango and Cairo, loaded on first use.
 //
 //   const PangoLibrary& pango = pangoLibrary();
 //   PangoLayout* layout = pango.pango_layout_new(context);
 //
-// The library is not linked to Pango: a program that never measures or draws text does not load it and its thirty
-// libraries, and starts as fast as without.
+// The library is not linked to Pango: a program that never measures or draws text does not load it and the thirty
+// libraries that it depends on, and therefore starts faster.
 #pragma once
 
 #include <cairo-pdf.h>
@@ -13,7 +13,7 @@
 
 namespace norvik::detail {
 
-// One a line would be two pages.
+// Several per line, because one per line would take two pages.
 // clang-format off
 #define NK_PANGO_FUNCTIONS(function)                                                             \
   function(cairo_create) function(cairo_destroy) function(cairo_fill)                            \
@@ -58,10 +58,10 @@ struct PangoLibrary {
 #undef NK_PANGO_MEMBER
 };
 
-/// Raises NSGenericException where it cannot be loaded; the next call tries again.
+/// Raises NSGenericException if it cannot be loaded; the next call tries again.
 [[nodiscard]] const PangoLibrary& pangoLibrary();
 
-/// Calls one of the functions with what it frees.
+/// A deleter that calls one of the functions.
 template <auto function>
 struct PangoFree {
   void operator()(auto* object) const { (pangoLibrary().*function)(object); }

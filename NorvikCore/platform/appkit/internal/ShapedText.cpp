@@ -12,16 +12,16 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::size_t mostSets = 16;        // as many threads measure and draw at once
-constexpr std::size_t mostFonts = 64;       // in a set
-constexpr std::size_t mostWords = 1 << 13;  // of a font
+constexpr std::size_t mostSets = 16;        // the number of threads that can measure and draw at once
+constexpr std::size_t mostFonts = 64;       // per set
+constexpr std::size_t mostWords = 1 << 13;  // per font
 constexpr std::size_t tableSize = 4 * mostWords;
-constexpr std::size_t mostBytes = std::size_t{1} << 20;  // of a font's words
+constexpr std::size_t mostBytes = std::size_t{1} << 20;  // of words per font
 constexpr std::int64_t blanksOfATab = 8;
 
 constexpr double greatestSize = 10'000;  // points
 
-// Sizes in points without regard to pixels, so that they are the same wherever the text is drawn.
+// Sizes are in points and not rounded to pixels, so that they are the same wherever the text is drawn.
 PangoOwned<PangoContext> makeContext() {
   const PangoLibrary& pango = pangoLibrary();
   const PangoOwned<PangoFontMap> fonts(pango.pango_cairo_font_map_new());
@@ -37,11 +37,11 @@ PangoOwned<PangoContext> makeContext() {
   return context;
 }
 
-// True for one run whose glyphs follow the text from left to right, each with an outline. Hebrew and all later scripts
-// of Unicode are left to layouts, since some of them run from right to left.
+// True for one run whose glyphs follow the text from left to right, each with an outline. Text with Hebrew or any later
+// script of Unicode is laid out by Pango, because some of these scripts run from right to left.
 bool isPlainRun(std::string_view text, const PangoLayoutLine& line) {
   const bool isLeftToRight = std::none_of(text.begin(), text.end(), [](char byte) {
-    return static_cast<unsigned char>(byte) >= 0xD6;  // U+0580 and beyond
+    return static_cast<unsigned char>(byte) >= 0xD6;  // U+0580 and above
   });
   if (!isLeftToRight || !line.runs || line.runs->next) return false;
   const PangoLayoutRun& run = *static_cast<const PangoLayoutRun*>(line.runs->data);
@@ -83,7 +83,7 @@ std::uint64_t loaded(const char* from) noexcept {
   return number;
 }
 
-// Words are short: loads that overlap and a few multiplications, without a call.
+// Optimised for short words: overlapping loads and a few multiplications, without a call.
 std::size_t hashOf(std::string_view text) noexcept {
   constexpr std::uint64_t factor = 0x9E37'79B9'7F4A'7C15;
   const char* const bytes = text.data();
@@ -178,7 +178,7 @@ void settle(PangoContext* context, const PangoFontDescription& description, Pang
       pango.pango_font_map_load_fontset(pango.pango_context_get_font_map(context), context, &description, language));
   int seen = 0;
   const auto isSecond = [](PangoFontset*, PangoFont*, gpointer count) -> gboolean {
-    return ++*static_cast<int*>(count) == 2;  // the first is found without ranking the others
+    return ++*static_cast<int*>(count) == 2;  // because the first font is found without ranking the others
   };
   pango.pango_fontset_foreach(ranked.get(), isSecond, &seen);
 }
@@ -270,7 +270,7 @@ std::int64_t KeptFont::widthOf(std::string_view line, std::int64_t from) {
   return width;
 }
 
-// Its first font is loaded at once: only then Pango's thread has read what fonts there are.
+// A first font is loaded at once, because Pango's thread reads the list of fonts only then.
 FontSet::FontSet() : context_(makeContext()) {
   static_cast<void>(fontFor(*make<NSFont>("Sans", NSFont::systemFontSize())));
 }
@@ -302,7 +302,7 @@ FontSet& setOfThisThread() {
     const MutexLock lock(making);
     set = sets[number].load(std::memory_order_acquire);
     if (!set || !set->isOfThisProcess()) {
-      set = new FontSet;  // one of the parent's stays: what its thread left undone cannot be told
+      set = new FontSet;  // the parent process's set is not destroyed, because its thread may have left it unfinished
       sets[number].store(set, std::memory_order_release);
     }
   }

@@ -17,9 +17,9 @@ namespace {
 
 constexpr double inPoints(std::int64_t units) { return static_cast<double>(units) / PANGO_SCALE; }
 
-// Pango counts a line's width in an int, which overflows at two million points; lines are wrapped long before.
+// Pango stores a line's width in an int, which overflows at two million points. Lines are wrapped well below that.
 constexpr int greatestWidth = 1 << 29;
-// Pango's time for a long word grows with the square of its length, so that a long paragraph is laid out in pieces.
+// Pango's time for a long word is quadratic in its length, so a long paragraph is laid out in pieces.
 constexpr std::size_t pieceSize = 4096;
 
 int pangoWidth(double width) {
@@ -27,8 +27,8 @@ int pangoWidth(double width) {
   return units < greatestWidth ? static_cast<int>(units) : greatestWidth;
 }
 
-// Appends UTF-8 for Pango, each line break as a line feed; true where the text ends in a return, to which a line feed
-// that follows belongs.
+// Appends UTF-8 for Pango, each line break as a line feed. True if the text ends with CR, so that an LF at the start of
+// the next text belongs to it.
 bool appendDrawn(std::string& drawn, const NSString& text, bool isBehindReturn) {
   const std::string drawable = drawableText(text);
   for (std::size_t at = 0; at < drawable.size();) {
@@ -44,7 +44,7 @@ bool appendDrawn(std::string& drawn, const NSString& text, bool isBehindReturn) 
   return isBehindReturn;
 }
 
-// Cairo puts an address into the file as it is: what would end the text of an address there is written as its number.
+// Cairo writes an address to the file unchanged. Characters that would end the address there are percent-encoded.
 std::string encoded(const std::string& address) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string text;
@@ -58,11 +58,12 @@ std::string encoded(const std::string& address) {
   return text;
 }
 
-// A link's attributes for Cairo, with a blank before each number. The {fmt} library would be loaded for this alone.
+// A link's attributes for Cairo, with a blank before each number. Not formatted by {fmt}, because that library would be
+// loaded for this alone.
 std::string linkTag(const std::string& address, const NSRect& place) {
   std::string tag = "uri='" + address + "' rect=[";
   for (const double number : {place.origin.x, place.origin.y, place.size.width, place.size.height}) {
-    char text[400];  // the greatest number has 309 digits
+    char text[400];  // the greatest double has 309 digits
     tag.append(" ").append(text, std::to_chars(text, std::end(text), number, std::chars_format::fixed, 3).ptr);
   }
   return tag + "]";
@@ -82,7 +83,7 @@ TextLayout::TextLayout(const NSAttributedString& text, double width, FontUse& fo
   if (!measurePlainLine()) layOut();
 }
 
-// A character whose halves are of two runs belongs to the first.
+// A character whose two surrogates are in different runs belongs to the first run.
 void TextLayout::collectRuns(const NSAttributedString& text) {
   const NSString string = text.string();
   const NSUInteger length = string.length();
@@ -101,7 +102,7 @@ void TextLayout::collectRuns(const NSAttributedString& text) {
     run.to = text_.size();
     run.font = drawingFont(attributes);
     const TextStyle style = styleOf(*attributes);
-    const Value color = attributes->objectForKey(NSForegroundColorAttributeName);  // a transparent colour counts too
+    const Value color = attributes->objectForKey(NSForegroundColorAttributeName);  // transparent colours are used too
     run.foreground = Ref<const NSColor>(color.object<NSColor>());
     run.background = style.background;
     run.isUnderlined = style.isUnderlined;
@@ -181,12 +182,12 @@ void TextLayout::layOut() {
   size_ = {};
   double greatestFont = 0;
   for (const Run& run : runs_) greatestFont = std::max(greatestFont, run.font->pointSize());
-  const double inPiece = inPoints(greatestWidth) / greatestFont;  // far less for fonts of thousands of points
+  const double inPiece = inPoints(greatestWidth) / greatestFont;  // much less for fonts of thousands of points
   const auto most = static_cast<std::size_t>(std::clamp(inPiece, 16.0, static_cast<double>(pieceSize)));
   for (std::size_t from = 0; from != std::string::npos;) from = addPiece(from, most);
 }
 
-// A piece ends at a line break; or without its last line, which begins the next piece.
+// A piece ends at a line break, or it leaves out its last line, which begins the next piece.
 std::size_t TextLayout::addPiece(std::size_t from, std::size_t most) {
   const PangoLibrary& pango = pangoLibrary();
   const std::string_view text = text_;
@@ -268,7 +269,7 @@ void TextLayout::drawPlainLine(cairo_t* cairo, NSPoint at) {
   }
 }
 
-// The words and blanks of one font at once, so that a reader of the file finds a line and not words.
+// Draws the words and blanks of one font at once, so that a reader of the file finds a line and not single words.
 void TextLayout::drawPlainRun(cairo_t* cairo, const Run& run, NSPoint at) {
   const PangoLibrary& pango = pangoLibrary();
   KeptFont& font = fonts_.fontFor(*run.font);

@@ -1,8 +1,8 @@
-// NorvikCore/platform/appkit/internal/TextLayout.h - styled text in lines, ready to be drawn.
+// NorvikCore/platform/appkit/internal/TextLayout.h - styled text, broken into lines and ready to be drawn.
 //
-// Most text on a form is one short line of common words: it is put together from glyphs that are known already. All
-// else (more lines, tabs, underlines, right to left, letters of other fonts) is laid out by Pango. Both take the same
-// room to a hundredth of a point.
+// Most text on a form is one short line of common words. It is composed of cached glyphs. All other text (several
+// lines, tabs, underlines, right to left, characters of other fonts) is laid out by Pango. The sizes from both methods
+// agree to a hundredth of a point.
 #pragma once
 
 #include "NorvikCore/platform/appkit/Canvas.h"
@@ -32,29 +32,29 @@ class TextLayout {
   struct Run {
     std::size_t from = 0, to = 0;  ///< bytes of text_
     Ref<const NSFont> font;
-    Ref<const NSColor> foreground, background;  ///< empty for black, and for none
+    Ref<const NSColor> foreground, background;  ///< empty Refs mean black, and no background
     bool isUnderlined = false;
-    std::string link;  ///< empty for none
-    double width = 0;  ///< where the text is one plain line
+    std::string link;  ///< empty if there is none
+    double width = 0;  ///< set if the text is one plain line
   };
 
-  /// Whole lines of a long text.
+  /// Some whole lines of a long text.
   struct Piece {
     std::size_t from;  ///< its first byte of text_
     PangoOwned<PangoLayout> layout;
-    int lines;   ///< that count; a last one may be the next piece's first
-    double top;  ///< below the text's, in points
+    int lines;   ///< the number that is used; the last line may be left to the next piece
+    double top;  ///< distance from the top of the text, in points
   };
 
   void collectRuns(const NSAttributedString& text);
   [[nodiscard]] bool measurePlainLine();
   void layOut();
-  /// Returns where the next piece begins; npos behind the last. Such a piece has so many bytes at first, and more if
-  /// that is less than a line.
+  /// Returns the start of the next piece; npos after the last one. The piece has `most` bytes at first, and more if
+  /// that is less than one line.
   [[nodiscard]] std::size_t addPiece(std::size_t from, std::size_t most);
   [[nodiscard]] PangoOwned<PangoLayout> layoutOf(std::size_t from, std::size_t to) const;
   [[nodiscard]] OwnedAttributes attributes(std::size_t from, std::size_t to) const;
-  /// The run that holds the byte; the end where none does.
+  /// The run that contains the byte; the end if there is none.
   [[nodiscard]] std::vector<Run>::const_iterator runAt(std::size_t place) const;
   void drawPlainLine(cairo_t* cairo, NSPoint at);
   void drawPlainRun(cairo_t* cairo, const Run& run, NSPoint at);
@@ -69,7 +69,7 @@ class TextLayout {
   std::vector<Run> runs_;
   NSSize size_;
   double ascent_ = 0;          ///< of a plain line
-  std::vector<Piece> pieces_;  ///< none for a plain line
+  std::vector<Piece> pieces_;  ///< empty for a plain line
 };
 
 }  // namespace norvik::detail

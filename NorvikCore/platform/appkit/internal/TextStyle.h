@@ -1,4 +1,4 @@
-// NorvikCore/platform/appkit/internal/TextStyle.h - the attributes of a run that can be shown.
+// NorvikCore/platform/appkit/internal/TextStyle.h - the attributes of a run that can be displayed.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSColor.h"
@@ -10,19 +10,19 @@
 namespace norvik::detail {
 
 struct TextStyle {
-  Ref<NSFont> font;                     // empty for none
-  Ref<NSColor> foreground, background;  // empty for none, and where alpha is 0
+  Ref<NSFont> font;                     // empty if there is none
+  Ref<NSColor> foreground, background;  // empty if there is none, and if alpha is 0
   bool isUnderlined = false;
-  std::string address;  // of a link, in ASCII; empty for none and for one that must not be followed
+  std::string address;  // of a link, in ASCII; empty if there is none or its scheme is not allowed
 };
 
-/// An attribute of an unexpected class counts as absent.
+/// An attribute of an unexpected class is treated as absent.
 TextStyle styleOf(const NSDictionary& attributes);
 
-/// A component in 0 to 255.
+/// A component as 0 to 255.
 int byteOf(double component);
 
-/// Tells the second unit of CR LF from a line break of its own.
+/// Detects line breaks; the LF of CR LF is not a line break of its own.
 class LineBreaks {
  public:
   enum class Kind { None, Break, Rest };
@@ -32,7 +32,7 @@ class LineBreaks {
   bool isBehindReturn_ = false;
 };
 
-/// Appends a character as UTF-8; a lone half as U+FFFD.
+/// Appends a character as UTF-8; a lone surrogate half as U+FFFD.
 void appendCharacter(std::string& result, char32_t character);
 
 }  // namespace norvik::detail

@@ -1,5 +1,5 @@
-// NorvikCore/platform/archives/internal/ArchiveContent.h - what the bytes of an archive say, before objects are made of
-// it.
+// NorvikCore/platform/archives/internal/ArchiveContent.h - the parsed content of an archive, before objects are created
+// from it.
 #pragma once
 
 #include "NorvikCore/platform/archives/internal/ArchiveFormat.h"
@@ -10,7 +10,7 @@
 
 namespace norvik::detail {
 
-/// A value, or the number of the object that it is.
+/// A value, or the index of an object.
 struct ArchivedValue {
   static constexpr std::size_t noObject = ~std::size_t{0};
 
@@ -27,9 +27,9 @@ struct ArchivedObject {
   ArchiveKind kind = ArchiveKind::Coded;
   NSString className;                  ///< of a coded object
   std::vector<ArchivedField> fields;   ///< of a coded object
-  std::vector<ArchivedValue> values;   ///< of a coded object those without a key; of a collection the elements; of a
-                                       ///< dictionary the keys too, each before its value
-  std::span<const std::uint8_t> data;  ///< of data; lies in the archive's bytes
+  std::vector<ArchivedValue> values;   ///< of a coded object, its values without a key; of a collection, its elements;
+                                       ///< of a dictionary, each key followed by its value
+  std::span<const std::uint8_t> data;  ///< of data; points into the archive's bytes
 };
 
 struct ArchiveContent {
@@ -38,8 +38,8 @@ struct ArchiveContent {
   std::vector<ArchivedValue> values;
 };
 
-/// Raises NSInvalidUnarchiveOperationException where the bytes are no archive of that kind. Takes linear time and
-/// memory. All numbers of texts and objects are within their tables, and no object has a key twice.
+/// Raises NSInvalidUnarchiveOperationException if the bytes are not an archive of that kind. Takes linear time and
+/// memory. In the result, all indexes of texts and objects are within their tables, and no object has a key twice.
 [[nodiscard]] ArchiveContent parseKeyedArchive(std::span<const std::uint8_t> bytes);
 [[nodiscard]] ArchiveContent parseSequentialArchive(std::span<const std::uint8_t> bytes);
 

@@ -1,6 +1,6 @@
-// NorvikCore/platform/archives/internal/ArchiveFormat.h - the bytes of the two kinds of archive.
+// NorvikCore/platform/archives/internal/ArchiveFormat.h - the binary format of the two kinds of archive.
 //
-// A keyed archive has its texts and objects in tables, so that a reader can go to any of them:
+// A keyed archive stores its texts and objects in tables, so that a reader can access any of them:
 //
 //   archive  = "NKARCH1\n" texts objects fields
 //   texts    = count, then of each its characters
@@ -15,26 +15,28 @@
 //                Double, Date                eight bytes, least significant first
 //                Decimal                     a byte (1 negative, 2 not a number), zigzag exponent, two numbers: the
 //                                            mantissa's high and low half
-//                Text, Object                which of them
+//                Text, Object                its number
 //                the others                  nothing
 //   text     = the number of the text, from 0; an object likewise
 //
-// A sequential archive has everything in the order in which it was encoded:
+// A sequential archive stores everything in the order in which it was encoded:
 //
 //   archive  = "NKSEQU1\n" items
 //   items    = of each its value, or the tag Key, the key (text) and its value
 //   value    = as above
-//   text     = 0 and its characters where it is met for the first time, otherwise its number from 1
-//   object   = 0 and the object as above where it is met for the first time, otherwise its number from 1; a Coded one
-//              has items and the tag End in place of fields
+//   text     = at its first occurrence 0 and its characters, later its number from 1
+//   object   = at its first occurrence 0 and the object as above, later its number from 1; a Coded one has items and
+//   the
+//              tag End instead of fields
 //
-//   characters = their bytes' count and the bytes (UTF-8), or 0 and their UTF-16 units' count and the units, two bytes
-//                each, least significant first, for the empty text and for one that is not well formed
+//   characters = the number of bytes and the bytes (UTF-8); for the empty text and for a text that is not well formed,
+//   0,
+//                the number of UTF-16 units and the units, two bytes each, least significant first
 //
-// Counts, kinds, tags and numbers are written seven bits a byte, least significant first, the high bit set in all but
-// the last; a number has the shortest form. The fields and items outside of any object are those of the archive itself.
-// Texts and objects are numbered in the order in which they were met, so that equal archives are made from equal
-// content.
+// Counts, kinds, tags and numbers are written with seven bits per byte, least significant first; the high bit is set in
+// all bytes except the last. A number must have the shortest form. The fields and items outside of any object are those
+// of the archive itself. Texts and objects are numbered in the order of their first occurrence, so that equal content
+// gives equal archives.
 #pragma once
 
 #include <cstdint>
@@ -56,7 +58,7 @@ enum class ArchiveTag : std::uint8_t {
   Date,
   Text,
   Object,
-  Key,  ///< this one and the next: of a sequential archive only
+  Key,  ///< this tag and the next occur in a sequential archive only
   End
 };
 /// Tags that begin a value come first.
@@ -75,7 +77,7 @@ enum class ArchiveKind : std::uint8_t {
 };
 inline constexpr std::uint64_t archiveKindCount = 9;
 
-/// So deep may objects hold one another in an archive; it bounds the stack that coding takes.
+/// The greatest nesting of objects in an archive. It limits the stack that coding needs.
 inline constexpr unsigned greatestArchiveDepth = 512;
 
 [[nodiscard]] constexpr std::uint64_t zigzag(std::int64_t number) noexcept {

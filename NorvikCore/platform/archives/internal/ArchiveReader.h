@@ -1,5 +1,5 @@
-// NorvikCore/platform/archives/internal/ArchiveReader.h - what both unarchivers share: making objects of what the bytes
-// of an archive say.
+// NorvikCore/platform/archives/internal/ArchiveReader.h - creates objects from the content of an archive, for both
+// unarchivers.
 #pragma once
 
 #include "NorvikCore/platform/archives/internal/ArchiveContent.h"
@@ -16,36 +16,37 @@ class NSSet;
 
 namespace detail {
 
-/// Makes objects when they are first asked for. An object that holds itself is found in the table while it is being
-/// made.
+/// Creates an object when it is first requested. An object that holds itself is found in the table while it is being
+/// created.
 class ArchiveReader {
  public:
-  /// The coder that objects decode themselves with; it owns this. The content lies in the data's bytes.
+  /// `coder` is passed to objects that decode themselves; it owns this reader. The content points into the data's
+  /// bytes.
   ArchiveReader(NSCoder& coder, Ref<NSData> data, ArchiveContent content);
   ~ArchiveReader();
   ArchiveReader(const ArchiveReader&) = delete;
   ArchiveReader& operator=(const ArchiveReader&) = delete;
 
-  /// Of the object being made, or of the archive itself; null where there is none of that key.
+  /// A field of the object being decoded, or of the archive itself; null if there is none with that key.
   [[nodiscard]] const ArchivedField* field(const NSString& key) const;
-  /// Whether values without a key are left, and the next of them; raises where there is none.
+  /// Whether no values without a key are left; next() returns the next one and raises if there is none.
   [[nodiscard]] bool isAtEnd() const noexcept;
   Value next();
   Value value(const ArchivedValue& archived);
-  /// How many values were asked for without a key before; counts them in an archive that has keys for all.
+  /// The number of values that were requested without a key before this call, for archives in which all have keys.
   std::size_t countUnnamed() noexcept { return places_.back().next++; }
 
-  /// Empties the collections that were made, so that none of them keep one another. For an archive of which nothing
-  /// was given out.
+  /// Empties the collections that were created, so that they do not retain one another. To be called only if no object
+  /// of the archive was returned.
   void abandon() noexcept;
 
  private:
   enum class State : std::uint8_t { Unknown, BeingMade, Known, Failed };
   struct Made {
-    Ref<NSObject> object;  ///< empty also for one that refused to be decoded
+    Ref<NSObject> object;  ///< empty also for an object whose initWithCoder returned false
     State state = State::Unknown;
   };
-  /// What is being decoded: an object, or the archive itself, and how far its values without a key were read.
+  /// An object being decoded, or the archive itself, and the number of its values without a key that were read.
   struct Place {
     const std::vector<ArchivedField>* fields;
     const std::vector<ArchivedValue>* values;
@@ -68,7 +69,7 @@ class ArchiveReader {
   const Ref<NSData> data_;
   const ArchiveContent content_;
   std::vector<Made> made_;
-  std::vector<Place> places_;  ///< of the archive itself, then of the objects being made
+  std::vector<Place> places_;  ///< of the archive itself, then of the objects being created
   unsigned depth_ = 0;
 };
 

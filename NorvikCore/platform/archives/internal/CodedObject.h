@@ -1,5 +1,5 @@
-// NorvikCore/platform/archives/internal/CodedObject.h - what archivers and unarchivers agree on about objects that code
-// themselves.
+// NorvikCore/platform/archives/internal/CodedObject.h - conventions of archivers and unarchivers for objects that
+// encode and decode themselves.
 #pragma once
 
 #include "NorvikCore/platform/object/NSCoder.h"
@@ -8,11 +8,12 @@
 
 namespace norvik::detail {
 
-/// The class operation that makes an object of just this class from an archive; null where the class states none. With
-/// an argument it takes the coder and gives a whole object, without one it gives an object to call initWithCoder on.
+/// The class operation that creates an object of exactly this class from an archive; null if the class declares none.
+/// If it has an argument, it takes the coder and returns a complete object; otherwise it returns an object on which
+/// initWithCoder must be called.
 [[nodiscard]] const Method* decodingOperation(const Class& theClass);
 
-/// What a keyed archive calls the n-th value that an object encoded without a key, counted from 0.
+/// The key in a keyed archive of the n-th value, counted from 0, that an object encoded without a key.
 [[nodiscard]] NSString keyOfUnnamedValue(std::size_t n);
 
 }  // namespace norvik::detail

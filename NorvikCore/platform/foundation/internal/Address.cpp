@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t longestAddress = 2'097'152;  // bytes, as in browsers
 
-/// The schemes of which WHATWG knows more than RFC 3986, and their usual ports.
+/// The schemes for which WHATWG has rules beyond RFC 3986, and their default ports.
 constexpr std::pair<std::string_view, std::uint16_t> specialSchemes[] = {
     {"http", 80}, {"https", 443}, {"ws", 80}, {"wss", 443}, {"ftp", 21}, {"file", 0},
 };
@@ -26,7 +26,7 @@ std::optional<std::uint16_t> usualPort(std::string_view scheme) {
 
 bool isSpecial(std::string_view scheme) { return usualPort(scheme).has_value(); }
 
-/// In lower case; absent where the text is a relative reference.
+/// In lower case; absent if the text is a relative reference.
 std::optional<std::string> schemeOf(std::string_view text) {
   const std::size_t colon = text.find(':');
   if (colon == text.npos || colon == 0 || !isAsciiLetter(text.front())) return std::nullopt;
@@ -35,7 +35,7 @@ std::optional<std::string> schemeOf(std::string_view text) {
   return asciiLower(text.substr(0, colon));
 }
 
-/// What is typed with them means slashes; in a query and a fragment they are no characters of an address.
+/// Replaces backslashes by slashes, which they are typed for. In a query or fragment they stay, and are not allowed.
 void turnBackslashes(std::string& text) {
   const std::size_t end = std::min(text.find_first_of("?#"), text.size());
   std::replace(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\\', '/');
@@ -50,7 +50,7 @@ std::string trimmed(std::string_view text) {
   return kept;
 }
 
-/// The parts of a text that uriparser found, freed with it.
+/// The parts of a text as uriparser found them. Its memory is freed by the destructor.
 class ParsedUri {
  public:
   ParsedUri() = default;
@@ -60,7 +60,7 @@ class ParsedUri {
     if (isOwner_) uriLibrary().uriFreeUriMembersA(&uri_);
   }
 
-  /// Refers to the text.
+  /// The result refers to the text.
   [[nodiscard]] bool parse(const std::string& text) {
     isOwner_ = uriLibrary().uriParseSingleUriExA(&uri_, text.data(), text.data() + text.size(), nullptr) == URI_SUCCESS;
     return isOwner_;
@@ -90,7 +90,7 @@ std::optional<std::string> partOf(const UriTextRangeA& range) {
   return std::string(range.first, range.afterLast);
 }
 
-/// False where it is no port. An empty one and the scheme's usual one are left out.
+/// False if it is not a port. An empty port and the scheme's default port are left out.
 bool readPort(const UriTextRangeA& range, Address& address) {
   if (!range.first || range.first == range.afterLast) return true;
   std::uint16_t port = 0;
@@ -115,7 +115,7 @@ bool readHost(const UriUriA& uri, Address& address) {
 }
 
 std::string_view withoutEscapedDots(std::string_view segment) {
-  // "%2e" is a full stop, also here.
+  // "%2e" is a full stop here too.
   static constexpr std::pair<std::string_view, std::string_view> forms[] = {
       {"%2e", "."}, {".%2e", ".."}, {"%2e.", ".."}, {"%2e%2e", ".."}};
   if (segment.size() <= 6 && segment.find('%') != segment.npos) {
@@ -127,7 +127,7 @@ std::string_view withoutEscapedDots(std::string_view segment) {
   return segment;
 }
 
-/// Of a path that begins with '/': "/a/./b/../c" becomes "/a/c".
+/// For a path that begins with '/': "/a/./b/../c" becomes "/a/c".
 std::string withoutDotSegments(std::string_view path) {
   std::vector<std::string_view> kept;
   bool isFolder = false;
@@ -145,7 +145,7 @@ std::string withoutDotSegments(std::string_view path) {
   return result;
 }
 
-/// Everything between the authority, or the scheme, and the query.
+/// The text between the authority, or the scheme, and the query.
 std::string pathIn(std::string_view text, const UriUriA& uri) {
   const char* start = text.data();
   if (uri.scheme.first) start = uri.scheme.afterLast + 1;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/internal/ApplicationFolder.h - where an application keeps its database files.
+// NorvikCore/platform/foundation/internal/ApplicationFolder.h - the paths of an application's database files.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -10,12 +10,12 @@ namespace norvik::detail {
 /// The main bundle's identifier, or else the process's name.
 [[nodiscard]] NSString applicationName();
 
-/// "<folder>/<application>/<file>". The folder is that of the environment variable, where its value begins with '/',
-/// else the usual one. Raises NSInvalidArgumentException where the application cannot be the name of a folder.
+/// "<folder>/<application>/<file>". The folder is the value of the environment variable if that begins with '/', else
+/// `usualFolder`. Raises NSInvalidArgumentException if the application cannot be the name of a folder.
 [[nodiscard]] std::string pathInApplicationFolder(const char* variable, const std::string& usualFolder,
                                                   const NSString& application, const char* file);
 
-/// The path as the system knows it. Raises NSInvalidArgumentException unless it begins with '/' and holds no NUL;
+/// The path as bytes for the system. Raises NSInvalidArgumentException unless it begins with '/' and holds no NUL;
 /// `whose` begins the reason.
 [[nodiscard]] std::string checkedDatabasePath(const NSString& path, const char* whose);
 

@@ -42,7 +42,7 @@ void AttributeRuns::becomeTree() {
   std::vector<AttributeRun> runs = part({0, length()});
   reserve(runs.size());
   root_ = built(runs, 0, runs.size());
-  // Released last: an object that is destroyed by it may read the text.
+  // Released last, because an object that is destroyed by the release may read the text.
   const NumberedRuns list = std::exchange(list_, {});
 }
 
@@ -98,10 +98,10 @@ void AttributeRuns::replace(NSRange range, std::vector<AttributeRun> runs) {
   const Ref<NSDictionary> first = runs.empty() ? after : runs.front().attributes;
   const bool joinBefore = before && first && sameAttributes(before, first);
   const bool joinAfter = !runs.empty() && after && sameAttributes(runs.back().attributes, after);
-  // What the replaced runs had is released last: an object that is destroyed by it may read the text.
+  // The replaced attributes are released last, because an object that is destroyed by the release may read the text.
   const std::vector<AttributeRun> replaced = part(range);
   reserve(runs.size() + 2);
-  // Nothing raises from here on.
+  // Nothing raises after this point.
   Index head, middle, tail;
   split(root_, end, middle, tail);
   split(middle, range.location, head, middle);

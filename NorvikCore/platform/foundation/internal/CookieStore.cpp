@@ -21,7 +21,7 @@ bool isExpired(const NSHTTPCookie& cookie, double now = kernel::wallSeconds()) {
   return expires && expires->timeIntervalSinceReferenceDate() <= now;
 }
 
-/// Whether an address to which `secure` goes could take `cookie` for it.
+/// Whether a cookie could be sent in place of `secure` to an address that gets `secure`.
 bool mayBeTakenFor(const NSHTTPCookie& cookie, const NSHTTPCookie& secure) {
   const std::string_view domain = withoutDot(cookie.domain().view()), other = withoutDot(secure.domain().view());
   return secure.isSecure() && secure.name() == cookie.name() &&
@@ -29,8 +29,8 @@ bool mayBeTakenFor(const NSHTTPCookie& cookie, const NSHTTPCookie& secure) {
          pathMatches(cookie.path().view(), secure.path().view());
 }
 
-/// The cookies of a file that are left when they are set one after the other, in their order: a later one replaces an
-/// earlier one of its key, and the last ones of a domain, and of all, are kept.
+/// The cookies of a file that remain after setting them one after the other, in that order: a later cookie replaces an
+/// earlier one with the same key, and the last ones of each domain, and of all, are kept.
 std::vector<Ref<NSHTTPCookie>> lastCookies(std::string_view cookieFile) {
   std::vector<Ref<NSHTTPCookie>> last;
   std::unordered_set<NSString> keys;
@@ -42,7 +42,7 @@ std::vector<Ref<NSHTTPCookie>> lastCookies(std::string_view cookieFile) {
     cookieFile.remove_suffix(cookieFile.size() - (lineEnd == cookieFile.npos ? 0 : lineEnd));
     Ref<NSHTTPCookie> cookie = NSHTTPCookie::cookieWithCookieFileLine(NSString::fromBytes(line));
     if (!cookie || !keys.insert(cookie->storageKey()).second) continue;
-    if (!isExpired(*cookie, now)) {  // an expired one removes another
+    if (!isExpired(*cookie, now)) {  // an expired cookie only removes another one
       std::size_t& ofDomain = counts[std::string(withoutDot(cookie->domain().view()))];
       if (ofDomain == CookieStore::mostOfADomain) continue;
       ++ofDomain;
@@ -60,7 +60,7 @@ struct Candidate {
   const NSString* key;
 };
 
-/// Of the candidates beyond the bound those that were not used for the longest time go to `removed`.
+/// Adds the least recently used candidates beyond the bound to `removed`.
 void removeBeyond(std::size_t bound, std::vector<Candidate>& candidates, std::set<const NSString*>& removed) {
   if (candidates.size() <= bound) return;
   const auto end = candidates.begin() + static_cast<std::ptrdiff_t>(candidates.size() - bound);
@@ -95,14 +95,14 @@ Value CookieStore::decode(const NSString& key, std::string_view bytes) {
     cookie = NSHTTPCookie::cookieWithCookieFileLine(NSString::fromBytes(bytes.substr(length + 1)));
   }
   if (!cookie) NSException::raise(NSInvalidUnarchiveOperationException, "it is no line of a cookie file");
-  // Nothing would find it to replace or delete it.
+  // Under another key it could be neither found, replaced nor deleted.
   if (key != cookie->storageKey()) NSException::raise(NSInvalidUnarchiveOperationException, "it is another one");
   cookie->creation_ = creation;
   return cookie;
 }
 
 std::vector<CookieStore::Keyed> CookieStore::gather(std::vector<NSString>* expired) {
-  if (stored_.hasChanges()) static_cast<void>(stored_.takeChanges());  // they would be collected without end
+  if (stored_.hasChanges()) static_cast<void>(stored_.takeChanges());  // discarded, because they would accumulate
   std::vector<Keyed> found(session_.begin(), session_.end());
   const double now = kernel::wallSeconds();
   for (auto& [key, value] : stored_.all()) {
@@ -228,7 +228,7 @@ void CookieStore::keepBounds(const Domains& domains) {
   for (const NSString& key : expired) erase(key);
   for (const NSString* key : removed) erase(*key);
   if (uses_.size() <= 2 * most) return;
-  // Of cookies that other processes have removed.
+  // Drops the uses of cookies that other processes have removed.
   std::unordered_map<NSString, std::uint64_t> uses;
   for (const auto& [key, cookie] : everyone) {
     if (const auto use = uses_.find(key); use != uses_.end()) uses.insert(*use);

@@ -33,7 +33,8 @@ void sleepMilliseconds(int milliseconds) {
   nanosleep(&time, nullptr);
 }
 
-/// Whoever may make names in the folder can give any file of this user a second one, and have it written to.
+/// A user who may create names in the folder could give any file of this user a second name there, so that it would be
+/// written to.
 bool mayBeAnothersName(const FileStatus& status, bool isShared) { return isShared && status.links > 1; }
 
 std::string kindName(FileKind kind) {
@@ -54,7 +55,7 @@ std::string kindName(FileKind kind) {
   }
 }
 
-/// An address by which SQLite opens a file without locks, as one that does not change.
+/// A URI with which SQLite opens a file without locks, as a file that does not change.
 std::string frozenAddress(const std::string& path) {
   std::string address = "file:";
   for (const char c : path) {
@@ -77,7 +78,7 @@ bool isSame(const FileStatus& a, const FileStatus& b) {
 
 }  // namespace
 
-/// All database files, for what concerns the process.
+/// The list of all database files of the process, for forks and the end of the process.
 class DatabaseFiles {
  public:
   static DatabaseFiles& shared() {
@@ -103,7 +104,7 @@ class DatabaseFiles {
     atLastProcessEnd(&closeAll);
   }
 
-  // No thread is at work on a file: they would hold its mutex.
+  // No other thread is using a file, because it would hold the file's mutex.
   static void beforeFork() NK_NO_THREAD_SAFETY_ANALYSIS {
     for (DatabaseFile* file = shared().first_; file != nullptr; file = file->next_) {
       const int patience = file->patience_;
@@ -114,8 +115,8 @@ class DatabaseFiles {
     }
   }
 
-  // Other threads may still be at work. The wait for them is bounded, because the thread that ends the process may hold
-  // a mutex itself, when a signal handler calls exit().
+  // Other threads may still be running. The wait for them is bounded, because the thread that ends the process may hold
+  // a mutex itself, if a signal handler calls exit().
   static void closeAll() NK_NO_THREAD_SAFETY_ANALYSIS {
     int patience = endPatience;
     if (!lockWithin(patience, shared().mutex_)) return;
@@ -205,7 +206,7 @@ DatabaseFile::Presence DatabaseFile::open(std::string& failure) {
 }
 
 bool DatabaseFile::findPlace(Place& place, std::string& failure) const {
-  // The system would take the path to end at a zero byte.
+  // The system would end the path at a zero byte.
   const bool hasZero = path_.find('\0') != path_.npos;
   const int error = hasZero ? EINVAL : kernel::resolveOwnPath(path_, place.found);
   if (error == EPERM && !place.found.foreign.empty()) {
@@ -257,8 +258,8 @@ bool DatabaseFile::areSideFilesTrusted(const Place& place, std::string& failure)
   return true;
 }
 
-/// Side files are made with the permissions that the database has at that moment. What is another user's stays as it
-/// is.
+/// SQLite creates side files with the permissions that the database has at that moment. Permissions of files of other
+/// users are not changed.
 void DatabaseFile::mendPermissions(const Place& place) const {
   const unsigned permissions = place.found.status.permissions;
   if ((permissions & othersRights) != 0) {
@@ -282,7 +283,7 @@ DatabaseFile::Presence DatabaseFile::openAt(const Place& place, std::string& fai
   if (const int error = kernel::mayWrite(path)) why = kernel::errorText(error);
   int result = SQLITE_CANTOPEN;
   if (why.empty()) {
-    // Side files that were made while the database could not be written.
+    // Makes side files writable that were created while the database could not be written.
     for (const char* side : sideFiles) {
       FileStatus status;
       if (kernel::readFileStatus(path + side, status, Links::stay) == 0 &&
@@ -297,7 +298,7 @@ DatabaseFile::Presence DatabaseFile::openAt(const Place& place, std::string& fai
     if (result == SQLITE_OK) whyFrozen_ = why;
   }
   if (result == SQLITE_CANTOPEN || result == SQLITE_READONLY) {
-    // Without locks and side files, which could not be made, or would have to be made unwritable.
+    // Without locks and side files, because they could not be created, or would be created unwritable.
     constexpr int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOFOLLOW;
     result = openConnection(frozenAddress(path), flags, failure);
     if (result == SQLITE_OK) whyFrozen_ = why;
@@ -317,7 +318,7 @@ DatabaseFile::Presence DatabaseFile::openAt(const Place& place, std::string& fai
   }
   if (!isFrozen()) {
     mendPermissions(place);
-    // They are open by now, so that a file that another user made at the last moment is seen.
+    // Checked after they were opened, so that a file that another user created at the last moment is noticed.
     if (place.found.isShared && !areSideFilesTrusted(place, failure)) {
       abandon();
       return Presence::Failed;
@@ -333,7 +334,7 @@ DatabaseFile::Presence DatabaseFile::openAt(const Place& place, std::string& fai
   return Presence::Open;
 }
 
-/// Not open where it cannot be read.
+/// If the database cannot be read, the connection is closed again.
 int DatabaseFile::openConnection(const std::string& name, int flags, std::string& failure) {
   int result = connection_.open(name, flags) & 0xFF;
   if (result == SQLITE_OK) {
@@ -349,7 +350,7 @@ int DatabaseFile::openConnection(const std::string& name, int flags, std::string
   return result;
 }
 
-/// In one transaction, that of the caller if there is one: another process may just be making the tables.
+/// In one transaction (the caller's, if there is one), because another process may be creating the tables.
 DatabaseFile::Content DatabaseFile::recognize(std::string& failure) {
   const bool isInner = connection_.isInTransaction();
   sqlite3_int64 version = 0, application = 0, tables = 0;
@@ -376,7 +377,7 @@ DatabaseFile::Content DatabaseFile::recognize(std::string& failure) {
 }
 
 bool DatabaseFile::openForWriting(std::string& failure) {
-  if (isFrozen()) close();  // perhaps it can be written again
+  if (isFrozen()) close();  // because it may be writable again
   switch (open(failure)) {
     case Presence::Open:
       failure = whyFrozen_;
@@ -401,7 +402,7 @@ bool DatabaseFile::create(std::string& failure) {
     failure = "the file cannot be made: " + kernel::errorText(error);
     return false;
   }
-  // Another user may have made a folder or the file meanwhile.
+  // Another user may have created a folder or the file in the meantime.
   if (!findPlace(place, failure)) return false;
   if (!place.found.exists) {
     failure = "it was removed while it was made";
@@ -437,12 +438,12 @@ bool DatabaseFile::create(std::string& failure) {
   return isDone && open(failure) == Presence::Open && !isFrozen();
 }
 
-/// Sets write-ahead mode. A process that was killed while it made the file, or a lock, may have left it in the other
-/// mode. That mode is only slower, so a lock is no failure.
+/// Sets write-ahead mode. A process that was killed while it created the file, or a lock, may have left the file in the
+/// other mode. That mode is only slower, so a lock is not a failure.
 bool DatabaseFile::useLog(std::string& failure) {
   if (isModeSet_) return true;
   std::string mode;
-  // SQLite does not wait by itself where several processes change the mode at once.
+  // SQLite does not wait by itself if several processes change the mode at once.
   for (int waited = 0; !connection_.readText("PRAGMA journal_mode = WAL", mode); waited += 10) {
     if (connection_.failureCode() != SQLITE_BUSY) {
       failure = connection_.whatFailed();
@@ -475,7 +476,7 @@ bool DatabaseFile::end(bool isDone, std::string& failure) {
   if (code == SQLITE_BUSY) {
     if (patience_ == usualPatience) setPatience(shortPatience);
   } else if (code != SQLITE_FULL) {
-    abandon();  // the next one begins anew, perhaps with another file
+    abandon();  // the next operation opens the file again, which may be another one by then
   }
   return false;
 }

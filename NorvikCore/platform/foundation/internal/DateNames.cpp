@@ -16,7 +16,7 @@ namespace {
 
 using Symbols = icu::DateFormatSymbols;
 
-/// `wanted` names from the one at `first` on; none where there are fewer.
+/// `wanted` names from the one at `first` on; none if there are fewer.
 std::vector<std::string> names(const icu::UnicodeString* all, std::int32_t count, std::int32_t first,
                                std::int32_t wanted) {
   std::vector<std::string> result;
@@ -37,7 +37,7 @@ const std::vector<std::string>* DateNames::Widths::of(std::size_t count) const n
 DateNames::DateNames(const icu::Locale& locale) {
   const kernel::ForkHold hold;
   UErrorCode status = U_ZERO_ERROR;
-  // Of the formatter that these names stand in for: the locale's calendar has a say in them.
+  // The formatter's own symbols, because they depend on the locale's calendar.
   const icu::SimpleDateFormat format(icu::UnicodeString(u"y"), locale, status);
   if (U_FAILURE(status)) return;
   const Symbols& symbols = *format.getDateFormatSymbols();

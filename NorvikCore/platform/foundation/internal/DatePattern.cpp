@@ -11,7 +11,7 @@ namespace {
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-/// The number with at least `digits` digits. Numbers are below 10000.
+/// Writes the number with at least `digits` digits. It must be below 10000.
 inline char* writeNumber(char* out, std::uint32_t number, std::uint32_t digits) noexcept {
   if (digits == 2 && number < 100) [[likely]] {
     writeDigitPair(out, number);
@@ -29,7 +29,7 @@ char* writeOffset(char* out, std::int32_t seconds) noexcept {
   return writeNumber(writeNumber(out, minutes / 60, 2), minutes % 60, 2);
 }
 
-/// Which of a field's names it is, from 0.
+/// The index, from 0, of the name among the field's names.
 std::size_t nameIndex(char field, const CivilDate& date, std::uint32_t hour, std::int64_t day) noexcept {
   switch (field) {
     case 'M':

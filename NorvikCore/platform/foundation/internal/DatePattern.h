@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/internal/DatePattern.h - date patterns of digits and names, compiled once, written in
+// NorvikCore/platform/foundation/internal/DatePattern.h - date patterns of digits and names: compiled once, written in
 // tens of nanoseconds.
 //
 //   const auto stamp = DatePattern::compile("yyyy/MM/dd HH:mm:ss:SSS");
@@ -7,11 +7,11 @@
 //   stamp->write(text, fields, &at);                // "2021/05/10 13:14:15:016"
 //   DatePattern::writeMillisecond(text + at, 17);   // "2021/05/10 13:14:15:017": another time of the same second
 //
-// The pattern language is Unicode's. Known are the fields that print as a number in every Latin locale (y Y M L d D H h
-// K k m s S w Q q, and Z as "+0100") and, where names are given, those written in a locale's words: months, weekdays,
-// quarters, halves of the day and eras. Years must be 1 to 9999.
+// The pattern language is Unicode's. Supported are the fields that are written as a number in every Latin locale (y Y M
+// L d D H h K k m s S w Q q, and Z as "+0100") and, if names are given, the fields written in a locale's words: months,
+// weekdays, quarters, halves of the day and eras. Years must be 1 to 9999.
 //
-// A value, immutable: safe on any thread.
+// Immutable value: safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -29,7 +29,7 @@ struct DateNames;
 
 class NK_EXPORT DatePattern {
  public:
-  /// What is to be written: a local time, split.
+  /// The input: a local time, split into fields.
   struct Fields {
     std::int64_t day = 0;  ///< a reference day of local time
     std::int32_t secondOfDay = 0;
@@ -38,34 +38,34 @@ class NK_EXPORT DatePattern {
     std::int32_t firstWeekday = 2, minimumDays = 4;  ///< for Y and w
   };
 
-  /// Patterns whose text could be longer are not compiled.
+  /// Patterns whose text could be longer are refused.
   static constexpr std::size_t maximalLength = 256;
 
-  /// Nothing where the pattern has any other field, is malformed, or is too long. Names are copied.
+  /// Nothing if the pattern has any other field, is malformed, or is too long. Names are copied.
   [[nodiscard]] static std::optional<DatePattern> compile(std::string_view pattern, const DateNames* names = nullptr);
 
-  /// The pattern shows the week or the year that it belongs to.
+  /// The pattern has the week or the year that it belongs to.
   [[nodiscard]] bool needsWeek() const noexcept { return needsWeek_; }
 
-  /// Within a second at most the three digits of the millisecond change: the pattern has SSS once, or no S at all.
+  /// Within a second only the three digits of the millisecond change: the pattern has SSS once, or no S.
   [[nodiscard]] bool isSteadyWithinSecond() const noexcept { return isSteadyWithinSecond_; }
 
-  /// Writes the text and returns its length; 0 where the fields are beyond what is known here, a year of five digits or
-  /// an offset with seconds. The text of an empty pattern has length 0 too. `millisecondAt` becomes where the
-  /// millisecond stands in the text, and is left alone where it does not.
+  /// Writes the text and returns its length; 0 if the fields are out of range (a year of five digits, an offset with
+  /// seconds). The text of an empty pattern has length 0 too. `millisecondAt` is set to the position of the millisecond
+  /// in the text, and left unchanged if the text has none.
   std::size_t write(char (&text)[maximalLength], const Fields& fields,
                     std::size_t* millisecondAt = nullptr) const noexcept;
-  /// Writes three digits over those of another millisecond.
+  /// Overwrites the three digits of another millisecond.
   static void writeMillisecond(char* text, std::int32_t millisecond) noexcept;
 
  private:
   DatePattern() = default;
 
-  /// A field of a number of digits, a field in words, or a stretch of the literal text.
+  /// A field of digits, a field in words, or a piece of literal text.
   struct Item {
     char field;  // 0 for text
     std::uint8_t size;
-    std::uint16_t start;  // of the text, or the first word
+    std::uint16_t start;  // in the literals, or the index of the first word
     bool isName = false;
   };
   struct Word {
@@ -74,7 +74,7 @@ class NK_EXPORT DatePattern {
 
   std::vector<Item> items_;
   std::vector<Word> words_;
-  std::string literals_;  // and the words
+  std::string literals_;  // including the words
   bool needsWeek_ = false, needsOffset_ = false, isSteadyWithinSecond_ = true;
 };
 

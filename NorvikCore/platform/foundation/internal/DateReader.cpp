@@ -70,18 +70,18 @@ bool isLetter(char32_t point) {
   return (type & (U_GC_L_MASK | U_GC_M_MASK)) != 0;
 }
 
-/// The first day of the first week of the month or year that begins with `first`.
+/// The first day of the first week of the month or year that begins on `first`.
 std::int64_t startOfFirstWeek(std::int64_t first, const DateReader::Manner& manner) {
   const std::int64_t daysBefore = floorModulo(weekday(first) - manner.firstWeekday, 7);
   return first - daysBefore + (7 - daysBefore >= manner.minimumDays ? 0 : 7);
 }
 
-/// What the locale writes for the field, at every time that may change it.
+/// The texts that the locale writes for the field, for every value that may change the text.
 std::vector<std::pair<std::string, std::uint64_t>> writtenNames(icu::SimpleDateFormat& format, char letter,
                                                                 std::size_t count) {
   std::vector<std::pair<std::string, std::uint64_t>> names;
   const bool isPeriod = isOneOf(letter, "abB");
-  // Noon and midnight are written on the minute, if the pattern has minutes.
+  // Noon and midnight are written only on the exact minute if the pattern has minutes.
   const icu::UnicodeString suffix(isPeriod ? u"mmss" : u"");
   const auto letters = static_cast<std::int32_t>(count);
   format.applyPattern(icu::UnicodeString(letters, static_cast<UChar32>(letter), letters) + suffix);
@@ -109,10 +109,10 @@ std::int64_t yearOfTwoDigits(std::int64_t value) { return value + (value < 50 ? 
 
 }  // namespace
 
-/// The part of the text that is not read yet.
+/// The unread part of the text.
 struct DateReader::Scanner {
   std::string_view rest;
-  char32_t last = 0;  // the character before it
+  char32_t last = 0;  // the character before `rest`
 
   [[nodiscard]] char32_t peek() const { return rest.empty() ? 0 : utf8::decode(rest.data()).point; }
   void skip(std::size_t size) {
@@ -132,7 +132,7 @@ struct DateReader::Scanner {
     if (match) skip(match->to);
     return match.has_value();
   }
-  /// Spaces, and `signs` others that are neither letters nor digits; whether there were any.
+  /// Skips spaces, and up to `signs` punctuation characters; returns whether there were any.
   bool skipSeparators(std::size_t signs) {
     bool hasSkipped = false;
     for (; !rest.empty(); hasSkipped = true) {
@@ -145,7 +145,7 @@ struct DateReader::Scanner {
     }
     return hasSkipped;
   }
-  /// Exactly `count` digits 0 to 9.
+  /// Takes exactly `count` digits 0 to 9.
   std::optional<std::int32_t> takeAsciiDigits(std::size_t count) {
     if (rest.size() < count) return std::nullopt;
     std::int32_t value = 0;
@@ -158,14 +158,14 @@ struct DateReader::Scanner {
   }
 };
 
-/// What was read, each field once; of one that comes twice the last.
+/// The fields that were read. If a field occurs twice, the last one counts.
 struct DateReader::Fields {
   std::optional<std::int64_t> era, year, weekYear, month, day, dayOfYear, julianDay;
-  std::optional<std::int64_t> week, weekOfMonth, weekdayOrdinal, weekday, quarter;  // weekday from 0, Sunday
+  std::optional<std::int64_t> week, weekOfMonth, weekdayOrdinal, weekday, quarter;  // weekday 0 is Sunday
   std::optional<std::int64_t> hour, halfDayHour, minute, second, millisecondOfDay;
-  std::uint64_t periods = 0;  // the times of day that a period names
+  std::uint64_t periods = 0;  // the times of day that a period may mean
   double fraction = 0;
-  bool isAmbiguous = false;  // a month or weekday whose name others share
+  bool isAmbiguous = false;  // a month or weekday has a name that others share
 
   std::unique_ptr<icu::TimeZone> zone;
   UTimeZoneFormatTimeType zoneTime = UTZFMT_TIME_TYPE_UNKNOWN;
@@ -174,7 +174,7 @@ struct DateReader::Fields {
 
   void take(const Field& field, const Manner& manner) {
     const bool isName = field.item->kind == Kind::Words;
-    // The one value of a name, from 0.
+    // The index, from 0, of a name that has one meaning only.
     const auto nameValue = [&]() -> std::optional<std::int64_t> {
       if (std::has_single_bit(field.values)) return std::countr_zero(field.values);
       isAmbiguous = true;
@@ -263,7 +263,7 @@ struct DateReader::Fields {
   }
 };
 
-/// The local time that the fields come to, for a look whether they all say the same.
+/// The local time that results from the fields, for checking whether all fields agree.
 struct DateReader::Civil {
   Civil(std::int64_t ofDay, std::int64_t ofSecond) : day(ofDay), second(ofSecond), date(civilDate(ofDay)) {}
   std::int64_t day, second;
@@ -337,14 +337,14 @@ void DateReader::compile(std::string_view pattern) {
     }
     const bool isKnown = item.kind == Kind::ZoneName ||
                          isOneOf(c, item.kind == Kind::Number ? "yYuUrMLQqdDgwWFecHkhKmsSA" : "GEabBMLQqecZXx");
-    // So that every value fits, also as seconds.
+    // The limits ensure that every value fits, also as seconds.
     const std::size_t most = item.kind == Kind::Number ? isOneOf(c, "SA") ? 18 : 9 : item.kind == Kind::Offset ? 5 : 6;
     if (!isKnown || item.count > most || ++fields > mostFields) isReadable_ = false;
     hasEra_ |= c == 'G';
     if (!items_.empty() && items_.back().kind == Kind::Number && item.kind == Kind::Number) item.followsNumber = true;
     items_.push_back(std::move(item));
   }
-  // Of numbers side by side the first one has the digits that the others leave.
+  // If numbers follow each other without a separator, the first one has the remaining digits.
   for (std::size_t i = items_.size(), after = 0; i-- > 0;) {
     items_[i].digitsAfter = after;
     after = items_[i].followsNumber ? after + items_[i].count : 0;
@@ -471,7 +471,7 @@ bool DateReader::readNumber(Scanner& scanner, const Item& item, Field& field) co
   const bool isNegative = (item.letter == 'u' || item.letter == 'r') && scanner.take("-");
   const std::size_t natural = naturalDigits(item.letter);
   const std::size_t most = item.followsNumber ? item.count : std::max(natural, item.count);
-  // One digit more than can be taken shows that there are too many.
+  // One digit more than can be taken is read, to detect that there are too many.
   const std::size_t looked = item.followsNumber ? most : most + item.digitsAfter + 1;
   std::int64_t values[19 + mostFields * 18];
   std::size_t ends[19 + mostFields * 18];
@@ -496,7 +496,7 @@ bool DateReader::readNumber(Scanner& scanner, const Item& item, Field& field) co
   field.digits = taken;
   if (!hasTheDigitsOf(item, field, values[0] == 0)) return false;
   if (isNegative) field.value = -field.value;
-  if (field.value == 0 && isOneOf(item.letter, "yU")) return false;  // eras begin with their year 1
+  if (field.value == 0 && isOneOf(item.letter, "yU")) return false;  // because eras begin with year 1
   scanner.skip(ends[taken - 1]);
   return true;
 }
@@ -541,7 +541,7 @@ bool DateReader::readName(Scanner& scanner, const Item& item, Field& field) cons
   return item.kind == Kind::Words || std::has_single_bit(field.values);
 }
 
-/// The first letters, three or more, of one full name.
+/// Takes the first letters, three or more, of exactly one full name.
 void DateReader::takeAbbreviation(Scanner& scanner, const Item& item, Field& field) const {
   constexpr std::size_t mostLetters = 64;
   std::size_t size = 0, letters = 0;
@@ -591,7 +591,7 @@ bool DateReader::readOffset(Scanner& scanner, const Item& item, Reading& reading
       break;
     }
     if (*part > 59) return false;
-    // Strictly, parts that may be missing are written only where they are not zero.
+    // In strict reading, optional parts must not be zero, because the pattern would not write them.
     const bool mayBeMissing = i == 1 || (item.letter != 'Z' && item.count == 1);
     if (!manner_.isLenient && mayBeMissing && *part == 0) return false;
     parts[i] = *part;
@@ -612,7 +612,7 @@ bool DateReader::readZoneName(Scanner& scanner, const Item& item, Fields& fields
   fields.zone.reset(zoneNames_->parse(fields.zoneStyle, text, end, &fields.zoneTime));
   text.extract(0, end.getIndex(), fields.zoneText);
   const std::string taken = utf8FromIcu(fields.zoneText);
-  // ICU takes the names of UTC for those of other zones, or for the beginning of one.
+  // ICU reads the names of UTC as those of other zones, or as the beginning of one.
   if (item.text.size() >= taken.size() && scanner.take(item.text)) {
     fields.zone.reset(icu::TimeZone::createTimeZone(utcName));
     fields.zoneTime = UTZFMT_TIME_TYPE_STANDARD;
@@ -622,7 +622,7 @@ bool DateReader::readZoneName(Scanner& scanner, const Item& item, Fields& fields
   return fields.zone && end.getIndex() != 0 && scanner.take(taken);
 }
 
-/// Strictly, the text must be what the pattern writes for the zone in one of its seasons.
+/// In strict reading, the text must be the one that the pattern writes for the zone in one of its seasons.
 bool DateReader::placeZone(Fields& fields, Reading& reading) const {
   const double local = static_cast<double>(reading.localSeconds + referenceDateInUnixSeconds) * 1000;
   UErrorCode status = U_ZERO_ERROR;
@@ -649,7 +649,7 @@ bool DateReader::placeZone(Fields& fields, Reading& reading) const {
 }
 
 std::optional<std::int64_t> DateReader::dayOf(const Fields& fields) const {
-  constexpr std::int64_t lastYear = 5'800'000;  // that can be written
+  constexpr std::int64_t lastYear = 5'800'000;  // the last year that can be written
   std::int64_t year = fields.year.value_or(fields.weekYear.value_or(2000));
   if (fields.era == 0) year = 1 - year;
   if (year > lastYear || year < -lastYear) return std::nullopt;
@@ -676,7 +676,7 @@ std::optional<std::int64_t> DateReader::dayOf(const Fields& fields) const {
   const bool hasWeekYearOnly = fields.weekYear && !fields.year;
   if (!fields.day) {
     std::int64_t day = first;
-    // The first days of January may belong to a week of the year before.
+    // The first days of January may belong to a week of the previous year.
     while (hasWeekYearOnly && weekYearOf(day) < *fields.weekYear) ++day;
     if (fields.weekday) day += floorModulo(*fields.weekday + 1 - weekday(day), 7);
     return day + 7 * (fields.weekdayOrdinal.value_or(1) - 1);
@@ -721,11 +721,11 @@ bool DateReader::agree(std::span<const Field> fields, std::int64_t day, std::int
   return std::all_of(fields.begin(), fields.end(), [&](const Field& field) { return agrees(field, civil); });
 }
 
-/// A pattern without a year or month writes the text for a date of some other year or month.
+/// If the pattern has no year or no month, checks whether it writes the text for a date of another year or month.
 bool DateReader::agreeInAnotherMonth(std::span<const Field> all, Fields& fields, std::int64_t second) const {
   const bool hasYear = fields.year || fields.weekYear, hasMonth = fields.month.has_value();
   if (!fields.day || fields.julianDay || (fields.dayOfYear && !hasMonth)) return false;
-  constexpr std::int64_t yearsOfCycle = 28;  // in which every weekday is on every day of a leap and another year
+  constexpr std::int64_t yearsOfCycle = 28;  // in which each day of leap and common years falls on every weekday
   for (std::int64_t year = 2000; year < 2000 + yearsOfCycle; ++year) {
     if (!hasYear) fields.year = year;
     for (std::int64_t month = 1; month <= 12; ++month) {
@@ -804,7 +804,7 @@ bool DateReader::agrees(const Field& field, const Civil& civil) const {
         return minute;
       case 's':
         return second;
-      default:  // fractions of a second are what they are
+      default:  // fractions of a second always agree
         return field.value;
     }
   };

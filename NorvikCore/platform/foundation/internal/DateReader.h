@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/internal/DateReader.h - texts read as dates by a pattern, strictly or leniently.
+// NorvikCore/platform/foundation/internal/DateReader.h - reads texts as dates by a pattern, strictly or leniently.
 //
 //   DateReader reader("dd/MM/yyyy", icu::Locale("en_GB"), {.isLenient = true});
 //   reader.read("1/5/21");                         // 2021-05-01 00:00 of local time
 //
-// What each letter takes is in NSDateFormatter.h. Reading takes time linear in the text. A value, immutable.
+// NSDateFormatter.h describes what each letter accepts. Reading takes time linear in the text. Immutable value.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -32,7 +32,7 @@ class NK_EXPORT DateReader {
   struct Reading {
     std::int64_t localSeconds = 0;  ///< since the reference date
     double fraction = 0;            ///< of a second
-    /// Where the text has a zone: its offset, or what its clocks show.
+    /// If the text has a zone: its offset or its rules.
     std::optional<std::int32_t> offset;
     const ZoneRules* zone = nullptr;
   };
@@ -42,12 +42,12 @@ class NK_EXPORT DateReader {
   DateReader(const DateReader&) = delete;
   DateReader& operator=(const DateReader&) = delete;
 
-  /// Nothing where the text, as a whole, is no date in the pattern.
+  /// Nothing unless the whole text is a date in the pattern.
   [[nodiscard]] std::optional<Reading> read(std::string_view text) const;
 
  private:
-  /// What a field in words may say: a bit for each month from January, weekday from Sunday, quarter, era, or whole and
-  /// other time of an hour.
+  /// The meanings of a name, as bits: one for each month from January, weekday from Sunday, quarter, era, or, for the
+  /// periods of a day, two for each hour (the full hour, and any other time in it).
   struct Name {
     std::string text;
     std::uint64_t values;
@@ -57,16 +57,16 @@ class NK_EXPORT DateReader {
     Kind kind = Kind::Text;
     char letter = 0;
     std::size_t count = 0;
-    std::size_t digitsAfter = 0;  // that the numbers take which follow without anything between
-    bool followsNumber = false;   // without anything between
+    std::size_t digitsAfter = 0;  // the digits of the numbers that follow without a separator
+    bool followsNumber = false;   // without a separator
     std::string text;             // of Kind::ZoneName, the name of UTC
-    std::vector<Name> names;      // as the pattern writes them, or leniently in every width
-    std::vector<Name> fullNames;  // leniently, for abbreviations
+    std::vector<Name> names;      // as the pattern writes them; for lenient reading, in every width
+    std::vector<Name> fullNames;  // for lenient reading of abbreviations
   };
   struct Field {
     const Item* item;
     std::int64_t value = 0;
-    std::uint64_t values = 0;  // of a field in words
+    std::uint64_t values = 0;  // for a field in words
     std::size_t digits = 0;
   };
   struct Fields;
@@ -91,11 +91,11 @@ class NK_EXPORT DateReader {
   [[nodiscard]] bool agrees(const Field& field, const Civil& civil) const;
 
   const Manner manner_;
-  std::unique_ptr<const DateReader> strict_;  // of a lenient reader, which asks it first
+  std::unique_ptr<const DateReader> strict_;  // of a lenient reader, which tries it first
   std::vector<Item> items_;
   bool isReadable_ = true, hasEra_ = false;
   std::array<char32_t, 10> digits_{};
-  std::unique_ptr<icu::TimeZoneFormat> zoneNames_;  // where the pattern has names of zones
+  std::unique_ptr<icu::TimeZoneFormat> zoneNames_;  // if the pattern has names of zones
 };
 
 }  // namespace norvik::detail

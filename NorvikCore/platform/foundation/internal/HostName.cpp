@@ -15,7 +15,7 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::size_t longestHost =
-    1024;  // the name system ends at 253, and an international name takes quadratic time
+    1024;  // host names have 253 bytes at most, and reading an international name takes quadratic time
 
 int hexadecimal(char c) noexcept {
   if (isAsciiDigit(c)) return c - '0';
@@ -47,7 +47,8 @@ std::optional<std::string> asciiName(const std::string& name) {
   return utf8FromIcu(result);
 }
 
-/// By RFC 3986, so that the address with the name can be read again. WHATWG allows a few more, which no name has.
+/// The characters of RFC 3986, so that the address with the name can be read again. WHATWG allows a few more, which no
+/// name has.
 bool isAllowed(char c) {
   return isAsciiLetter(c) || isAsciiDigit(c) || std::string_view("-._~!$&'()*+,;=").find(c) != std::string_view::npos;
 }
@@ -63,7 +64,7 @@ bool endsInANumber(std::string_view name) {
 
 std::optional<std::string> ipv4(std::string name) {
   if (name.ends_with('.')) name.pop_back();
-  if (name.ends_with("0x")) name += '0';  // WHATWG reads it as 0
+  if (name.ends_with("0x")) name += '0';  // WHATWG reads "0x" as 0
   in_addr address{};
   char text[INET_ADDRSTRLEN];
   if (inet_aton(name.c_str(), &address) == 0) return std::nullopt;
@@ -111,7 +112,7 @@ std::optional<std::string> canonicalHost(std::string_view written) {
 std::string ipv6Text(const std::array<unsigned char, 16>& address) {
   std::array<unsigned, 8> groups{};
   for (std::size_t i = 0; i < 8; ++i) groups[i] = static_cast<unsigned>(address[2 * i] << 8 | address[2 * i + 1]);
-  std::size_t longest = 8, length = 1;  // one group alone is not left out
+  std::size_t longest = 8, length = 1;  // a single zero group is not left out
   for (std::size_t i = 0; i < 8;) {
     std::size_t end = i;
     while (end < 8 && groups[end] == 0) ++end;

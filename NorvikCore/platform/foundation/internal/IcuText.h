@@ -1,4 +1,5 @@
-// NorvikCore/platform/foundation/internal/IcuText.h - text between ICU and the library. Lone halves stay what they are.
+// NorvikCore/platform/foundation/internal/IcuText.h - converts text between ICU and the library. Lone surrogates are
+// kept.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -12,9 +13,9 @@ namespace norvik::detail {
 
 [[nodiscard]] NSString stringFromIcu(const icu::UnicodeString& text);
 [[nodiscard]] icu::UnicodeString icuString(const NSString& text);
-/// Of UTF-8.
+/// From UTF-8.
 [[nodiscard]] icu::UnicodeString icuString(std::string_view utf8);
-/// As UTF-8.
+/// To UTF-8.
 [[nodiscard]] std::string utf8FromIcu(const icu::UnicodeString& text);
 
 }  // namespace norvik::detail

@@ -7,7 +7,7 @@ namespace {
 
 constexpr sqlite3_int64 missingFile = -1;
 
-/// The key as the database has it, and whether it is TEXT.
+/// The key as it is stored in the database, and whether it is TEXT.
 std::pair<std::string, bool> storedKey(const NSString& key) {
   if (key.isWellFormed()) return {key.str(), true};
   std::string bytes;
@@ -70,7 +70,7 @@ bool KeyedFile::write(Changes& changes, std::string& failure) {
   return isDone;
 }
 
-/// A change elsewhere in a damaged database could succeed, and what could still be saved of it be lost.
+/// If the database is damaged, a write elsewhere in it could succeed and destroy data that could still be recovered.
 bool KeyedFile::isWhole() {
   if (!isDamaged_) return true;
   std::vector<Row> rows;
@@ -90,7 +90,7 @@ bool KeyedFile::writeRows(const Changes& changes, Changes& tooLong) {
     if (value) statement.bindBlob(2, *value);
     const int result = statement.run();
     if (result == SQLITE_TOOBIG) {
-      if (value) tooLong.insert({key, value});  // a key that is too long is not there to be removed
+      if (value) tooLong.insert({key, value});  // a key that is too long is not in the database to be removed
     } else if (result != SQLITE_OK) {
       return false;
     }

@@ -2,8 +2,8 @@
 //
 //   CREATE TABLE preference(key PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID
 //
-// A key is TEXT in UTF-8, or where a surrogate half stands alone in it a BLOB of its UTF-16 units, least significant
-// byte first. DatabaseFile has the rest. Confined to the thread that holds the mutex.
+// A key is TEXT in UTF-8. If it has a lone surrogate half, it is a BLOB of its UTF-16 units, least significant byte
+// first. DatabaseFile describes the rest. Confined to the thread that holds the mutex.
 #pragma once
 
 #include "NorvikCore/platform/foundation/internal/DatabaseFile.h"
@@ -18,7 +18,7 @@ namespace norvik::detail {
 
 class KeyedFile {
  public:
-  /// The statements are of a table as above, with a name of its own. They are literals.
+  /// The statements are literals. They use a table as above, with its own name.
   struct Table {
     DatabaseFile::Format format;
     const char* all;     ///< SELECT key, value
@@ -36,12 +36,12 @@ class KeyedFile {
   KeyedFile(std::string path, const Table& table, Mutex& mutex, DatabaseFile::Owner* owner);
 
   enum class Outcome { Same, Changed, Failed };
-  /// All rows, where they may differ from those given the last time: after anybody else has written, and after a
-  /// close(). A file that does not exist has no rows, and is not made.
+  /// All rows, if they may differ from those returned last: after another connection has written, and after a close().
+  /// A file that does not exist has no rows and is not created.
   [[nodiscard]] Outcome readIfChanged(std::vector<Row>& rows, std::string& failure);
 
-  /// All of the changes or none, except those that are too long for a database, which remain in `changes`; the others
-  /// do so unless it gives true. Makes the file, and the folders above it, for this user only.
+  /// Writes all changes or none, except those that are too long for a database, which remain in `changes`. If it
+  /// returns false, all of them remain. Creates the file, and the folders above it, for this user only.
   [[nodiscard]] bool write(Changes& changes, std::string& failure);
 
  private:
@@ -51,9 +51,9 @@ class KeyedFile {
 
   const Table table_;
   DatabaseFile file_;
-  bool isDamaged_ = false;  ///< it could not be read: nothing is written before it can be
+  bool isDamaged_ = false;  ///< it could not be read; nothing is written until it can be
   std::uint64_t opening_ = 0;
-  std::optional<sqlite3_int64> version_;  ///< of the rows given last; -1 where the file was missing
+  std::optional<sqlite3_int64> version_;  ///< of the rows returned last; -1 if the file was missing
 };
 
 }  // namespace norvik::detail

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t nanosecondsBetweenLooks = 250'000'000;
 
-/// Of a key, for a line.
+/// The beginning of a key, for a message.
 std::string beginning(const NSString& key) {
   constexpr std::size_t most = 80;
   return key.length() <= most ? key.utf8() : key.substringToIndex(most).utf8() + "...";
@@ -26,7 +26,7 @@ void tell(const std::vector<std::string>& lines) {
 KeyedStore::KeyedStore(std::string path, const Kind& kind)
     : kind_(kind), path_(path), database_(std::move(path), kind.table, file_, this) {}
 
-// What is still unwritten is in the memory of both sides afterwards, and both would write it.
+// After the fork, both sides have the unwritten changes in memory, and both would write them.
 void KeyedStore::beforeFork() noexcept {
   Lines untold;
   const std::string told = toldOfWriting_;
@@ -86,7 +86,7 @@ void KeyedStore::remove(const NSString& key) { change(key, {}, std::nullopt); }
 void KeyedStore::change(const NSString& key, Entry entry, std::optional<std::string> bytes) {
   look();
   Lines lines;
-  Entry replaced;  // goes after the locks
+  Entry replaced;  // destroyed after the locks are released
   {
     const MutexLock lock(file_);
     {
@@ -144,7 +144,7 @@ bool KeyedStore::writeFile(Lines& lines) {
            toldOfWriting_, lines);
   }
   const MutexLock lock(memory_);
-  unwritten_ = std::move(changes);  // nothing was added meanwhile: that takes the lock on the file
+  unwritten_ = std::move(changes);  // nothing was added meanwhile, because that needs the lock on the file
   return unwritten_.empty();
 }
 
@@ -166,7 +166,7 @@ bool KeyedStore::readFile(Lines& lines) {
 void KeyedStore::merge(std::vector<KeyedFile::Row> rows, Lines& lines) {
   Entries merged;
   std::vector<Change> changes;
-  Entries replaced;  // goes after the lock
+  Entries replaced;  // destroyed after the lock is released
   const MutexLock lock(memory_);
   for (auto& [key, bytes] : rows) {
     if (unwritten_.contains(key)) continue;

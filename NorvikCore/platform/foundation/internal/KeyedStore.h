@@ -1,16 +1,16 @@
-// NorvikCore/platform/foundation/internal/KeyedStore.h - the values of one database by their keys, kept in memory: read
-// from there, written through, and read again after another process has written.
+// NorvikCore/platform/foundation/internal/KeyedStore.h - the values of one database by their keys. They are kept in
+// memory, written through, and read again after another process has written.
 //
-//   KeyedStore store(path, preferences);       // which table, how its values are read, what messages call them
+//   KeyedStore store(path, preferences);       // the table, the decoder of its values, and words for messages
 //   store.set("rate", value, encodePropertyList(value));
 //
-// - A read finds what was read or set last. When the last look at the database is more than a quarter of a second
-//   ago, it looks first, unless another thread is at the database just then.
-// - A write is in the database when set() returns. Where it fails, it is tried again with the next one, with each look,
-//   before a fork and at the end of the process; until then it counts in this process only. The first failure after a
-//   success is reported on the system console, and so is each with another reason.
+// - A read returns the value that was read or set last. If the last check of the database was more than a quarter of a
+//   second ago, it checks the database first, unless another thread is using the database at that moment.
+// - A write is in the database when set() returns. If it fails, it is repeated with the next write, by each check,
+//   before a fork and at the end of the process; until then the value is used in this process only. The first failure
+//   after a success is reported on the system console, and so is each failure with another reason.
 //
-// Synchronised; calls nobody back.
+// Synchronised. Makes no callbacks.
 #pragma once
 
 #include "NorvikCore/platform/foundation/internal/KeyedFile.h"
@@ -32,11 +32,11 @@ class KeyedStore final : DatabaseFile::Owner {
     KeyedFile::Table table;
     const char* plural;    ///< "preferences"
     const char* singular;  ///< "preference"
-    /// Raises NSException where the bytes are damaged.
+    /// Raises NSException if the bytes are damaged.
     Value (*decode)(const NSString& key, std::string_view bytes);
   };
 
-  /// A value that somebody else has set, or removed.
+  /// A value that another process or store has set or removed.
   struct Change {
     NSString key;
     Value before;
@@ -47,30 +47,30 @@ class KeyedStore final : DatabaseFile::Owner {
   KeyedStore& operator=(const KeyedStore&) = delete;
   ~KeyedStore();
 
-  /// Absent where there is none.
+  /// Absent if there is none.
   [[nodiscard]] Value value(const NSString& key);
-  /// All, in no order.
+  /// All values, in no order.
   [[nodiscard]] std::vector<std::pair<NSString, Value>> all();
 
-  /// The value does not change any more, and the bytes are its encoding.
+  /// The value must be immutable, and `bytes` its encoding.
   void set(const NSString& key, const Value& value, std::string bytes);
   void remove(const NSString& key);
 
-  /// Writes what is still to be written and looks at the database; false where either fails.
+  /// Writes what is still unwritten and checks the database; false if either fails.
   bool synchronize();
 
-  /// Others have changed something since takeChanges().
+  /// Values were changed from outside since takeChanges().
   [[nodiscard]] bool hasChanges() const noexcept { return hasChanges_.load(std::memory_order_relaxed); }
-  /// Each key once, with the value that it had in this process before.
+  /// Each key once, with the value that it had in this process before the change.
   [[nodiscard]] std::vector<Change> takeChanges();
 
  private:
   struct Entry {
-    Value value;  ///< absent where the bytes are damaged
+    Value value;  ///< absent if the bytes are damaged
     std::string bytes;
   };
   using Entries = std::unordered_map<NSString, Entry>;
-  /// What to tell on the system console once no lock is held.
+  /// Lines for the system console, written when no lock is held.
   using Lines = std::vector<std::string>;
 
   void beforeFork() noexcept override NK_NO_THREAD_SAFETY_ANALYSIS;
@@ -84,9 +84,9 @@ class KeyedStore final : DatabaseFile::Owner {
   void report(const char* what, const std::string& why, std::string& lastTold, Lines& lines) NK_REQUIRES(file_);
 
   const Kind kind_;
-  Mutex file_;  ///< taken before memory_
+  Mutex file_;  ///< locked before memory_
   const std::string path_;
-  bool isWriteDue_ NK_GUARDED_BY(file_) = false;  ///< the last one failed
+  bool isWriteDue_ NK_GUARDED_BY(file_) = false;  ///< the last write failed
   std::string toldOfReading_ NK_GUARDED_BY(file_), toldOfWriting_ NK_GUARDED_BY(file_);
 
   Mutex memory_;
@@ -97,7 +97,7 @@ class KeyedStore final : DatabaseFile::Owner {
   std::atomic<bool> isRead_{false};
   std::atomic<std::int64_t> nextLook_{0};
 
-  KeyedFile database_ NK_GUARDED_BY(file_);  ///< the first to be destroyed: until then a fork may call back
+  KeyedFile database_ NK_GUARDED_BY(file_);  ///< destroyed first, because a fork may call back until then
 };
 
 }  // namespace norvik::detail

@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/internal/LocaleData.h - the ICU side of a locale.
+// NorvikCore/platform/foundation/internal/LocaleData.h - the ICU data of a locale.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -15,19 +15,19 @@ namespace norvik::detail {
 struct LocaleData {
   explicit LocaleData(icu::Locale of) : locale(std::move(of)) {}
 
-  /// Numbers are written with the digits 0 to 9. Found out on first use; any thread.
+  /// Numbers are written with the digits 0 to 9. Determined on first use; any thread.
   [[nodiscard]] bool writesAsciiDigits() const;
 
   const icu::Locale locale;
 
  private:
-  mutable std::atomic<int> asciiDigits_{-1};  // not known yet
+  mutable std::atomic<int> asciiDigits_{-1};  // -1 until it is determined
 };
 
 [[nodiscard]] inline const icu::Locale& icuLocale(const NSLocale& locale) { return locale.data().locale; }
 
-/// The identifier that these values of environment variables mean, null where one is not set: the first that is not
-/// empty.
+/// The locale identifier that results from the values of these environment variables (null if not set): that of the
+/// first one that is not empty.
 [[nodiscard]] NK_EXPORT std::string localeIdentifierFromEnvironment(const char* all, const char* time,
                                                                     const char* language);
 

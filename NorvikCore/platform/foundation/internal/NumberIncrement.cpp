@@ -9,10 +9,10 @@
 namespace norvik::detail {
 namespace {
 
-/// What the division left over, as a part of the increment.
+/// The remainder of the division, as a part of the increment.
 enum class Rest { None, BelowHalf, Half, AboveHalf };
 
-/// Of a remainder, and the digits behind the point of the dividend.
+/// From the remainder, and the digits behind the point of the dividend.
 Rest restOf(UInt128 remainder, const std::string& fraction, UInt128 divisor) {
   const bool hasFraction = fraction.find_first_not_of('0') != std::string::npos;
   if (remainder == 0 && !hasFraction) return Rest::None;
@@ -55,7 +55,7 @@ void addOne(std::string& digits) {
 
 std::string product(const std::string& digits, UInt128 factor) {
   std::string result;
-  UInt128 carry = 0;  // below the factor
+  UInt128 carry = 0;  // smaller than the factor
   for (auto digit = digits.rbegin(); digit != digits.rend() || carry != 0;) {
     if (digit != digits.rend()) carry += factor * static_cast<unsigned>(*digit++ - '0');
     result += static_cast<char>('0' + carry % 10);

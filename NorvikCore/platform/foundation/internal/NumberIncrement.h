@@ -1,5 +1,5 @@
-// NorvikCore/platform/foundation/internal/NumberIncrement.h - numbers rounded to multiples of an increment, as patterns
-// such as "#,##0.25" ask for.
+// NorvikCore/platform/foundation/internal/NumberIncrement.h - rounds numbers to multiples of an increment, for patterns
+// such as "#,##0.25".
 //
 //   roundedToIncrement(NumberDigits::of(Decimal::parse("1.3").value()), 0, Decimal::parse("0.25").value(),
 //                      NSNumberFormatterRoundHalfEven)
@@ -13,8 +13,8 @@
 
 namespace norvik::detail {
 
-/// A number: its digits, and the power of ten of the last one. The double is finite; its digits are the fewest that
-/// name it.
+/// A number as its digits and the power of ten of the last digit. A double must be finite; its digits are the fewest
+/// that identify it.
 struct NumberDigits {
   static NumberDigits of(const Decimal& number);
   static NumberDigits of(double number);
@@ -24,8 +24,8 @@ struct NumberDigits {
   bool isNegative = false;
 };
 
-/// The multiple of the increment nearest to number * 10^power, times 10^-power, with as many digits as it takes: a
-/// decimal number does not hold them all. The increment has 36 digits at most and is above zero.
+/// The multiple of the increment nearest to number * 10^power, times 10^-power, with all its digits, which a decimal
+/// number may be unable to hold. The increment has 36 digits at most and is above zero.
 [[nodiscard]] std::string roundedToIncrement(const NumberDigits& number, int power, const Decimal& increment,
                                              NSNumberFormatterRoundingMode mode);
 

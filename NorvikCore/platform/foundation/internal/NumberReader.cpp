@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view trueMinus = "\u2212";
 
-/// White space of all Unicode, and the marks of direction that texts of right-to-left scripts carry.
+/// White space of all of Unicode, and the marks of direction in texts of right-to-left scripts.
 constexpr bool isBlank(char32_t point) noexcept {
   return point == ' ' || (point >= 0x9 && point <= 0xD) || point == 0x85 || point == 0xA0 || point == 0x61C ||
          point == 0x1680 || (point >= 0x2000 && point <= 0x200A) || point == 0x200E || point == 0x200F ||
@@ -49,7 +49,7 @@ std::size_t characterCount(std::string_view text) noexcept {
 
 constexpr bool isAsciiDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
-/// Without the first occurrence; whether there was one.
+/// Removes the first occurrence; returns whether there was one.
 bool remove(std::string& text, std::string_view part) {
   const std::size_t at = part.empty() ? std::string::npos : text.find(part);
   if (at == std::string::npos) return false;
@@ -65,7 +65,7 @@ std::string replaced(std::string text, std::string_view part, std::string_view b
 
 }  // namespace
 
-/// What is read of a number, for Decimal::parse: of a text, its length and a few characters more at most.
+/// The digits that were read, in the form for Decimal::parse. They are at most a few characters longer than the text.
 class NumberReader::Digits {
  public:
   explicit Digits(std::size_t textSize) {
@@ -76,7 +76,7 @@ class NumberReader::Digits {
     end_ = begin_ + 1;
   }
   void add(char c) noexcept { *end_++ = c; }
-  /// The ASCII digits that the text begins with: how many.
+  /// Takes the ASCII digits at the beginning of the text and returns their number.
   std::size_t take(std::string_view& text) noexcept {
     char* out = end_;
     const char* in = text.data();
@@ -358,7 +358,7 @@ std::optional<NumberReader::Reading> NumberReader::reading(std::string_view digi
   const auto read = Decimal::parse(digits);
   if (!read || read->exponent() - settings_.power < Decimal::minimumExponent) return std::nullopt;
   Decimal number = *read;
-  for (int i = 0; i < settings_.power; ++i) number = number / Decimal(10);  // ends in no zeros: 50% is 0.5
+  for (int i = 0; i < settings_.power; ++i) number = number / Decimal(10);  // leaves no trailing zeros: 50% is 0.5
   return Reading{number, isBare_ ? hasPoint : number != Decimal(number.longLongValue())};
 }
 

@@ -1,8 +1,8 @@
-// NorvikCore/platform/foundation/internal/NumberReader.h - decimals from text, for every pattern, locale and kind of
-// digits.
+// NorvikCore/platform/foundation/internal/NumberReader.h - reads decimals from text, for every pattern, locale and kind
+// of digits.
 //
-// The whole text is a number, or nothing is. Digits are the locale's own or ASCII's, of one kind in a number; the
-// separators are the locale's only. A text has one sign at most.
+// Reading succeeds only if the whole text is a number. Digits are the locale's own or ASCII, but not both in one
+// number; separators are the locale's only. A number has one sign at most.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -35,10 +35,10 @@ class NumberReader {
     PadPosition padPosition = PadPosition::beforePrefix;
     std::size_t width = 0;  ///< of texts with padding, in characters
     bool isGrouped = false;
-    int lastGroup = 3, otherGroups = 3;  ///< how many digits; 12,34,567 has two in the others
-    int power = 0;                       ///< the power of ten that numbers are multiplied by: 2 in percentages
+    int lastGroup = 3, otherGroups = 3;  ///< the number of digits; 12,34,567 has two in the other groups
+    int power = 0;                       ///< the power of ten by which numbers are multiplied: 2 in percentages
     std::vector<Form> forms;
-    std::string currencySymbol, currencyCode;  ///< lenient reading takes either for the other
+    std::string currencySymbol, currencyCode;  ///< lenient reading accepts each instead of the other
   };
 
   explicit NumberReader(Settings settings);
@@ -47,15 +47,15 @@ class NumberReader {
     Decimal number;
     bool hasFraction = false;
   };
-  /// Strict reading takes the formatter's own texts, with any number of digits. Lenient reading gives the same number
-  /// for them, so it begins with strict reading, also of the text without blanks around it. It also takes white space
-  /// and marks of direction anywhere but between digits, another minus sign, "+", a number without the texts before and
-  /// after it or with one of them, and grouping separators anywhere between two digits, typed as any space or an ASCII
-  /// apostrophe if they are of that kind.
+  /// Strict reading accepts the formatter's own texts, with any number of digits. Lenient reading gives the same number
+  /// for them, because it tries strict reading first, also for the text without blanks around it. It also accepts white
+  /// space and marks of direction anywhere but between digits, another minus sign, "+", a number without one or both of
+  /// the texts around it, and grouping separators anywhere between two digits. If the separators are spaces or
+  /// apostrophes, it accepts any space or the ASCII apostrophe for them.
   [[nodiscard]] std::optional<Reading> read(std::string_view text, bool isLenient) const;
 
  private:
-  /// A form as lenient reading looks for it: without signs, and without spaces at the ends.
+  /// A form as lenient reading searches for it: without signs, and without spaces at the ends.
   struct LooseForm {
     std::string before, after;
     bool impliesMinus = false;  ///< as brackets do
@@ -65,22 +65,22 @@ class NumberReader {
 
   class Digits;
 
-  /// The texts around negative numbers are a part of the others: 5 CR, and 5 for -5. Such a form is tried first,
-  /// because the other one takes its numbers too.
+  /// True if the texts around negative numbers are a part of those around other numbers, such as "5 CR" for 5, "5" for
+  /// -5. Such a form is tried first, because the other one accepts its numbers too.
   [[nodiscard]] static bool isWithinAnother(const LooseForm& form, const std::vector<LooseForm>& forms);
   [[nodiscard]] LooseForm withoutSign(const Form& form) const;
-  /// A plus or minus sign is one, and no text such as the hyphen of "A-5", where numbers of the other sign have the
-  /// same texts around them without it.
+  /// A plus or minus sign in a form is removed only if numbers of the other sign have the same texts around them
+  /// without it. Otherwise it is a part of the text, such as the hyphen of "A-5".
   [[nodiscard]] LooseForm looseForm(const Form& form, const std::vector<Form>& all) const;
   [[nodiscard]] std::string_view withoutPadding(std::string_view text) const noexcept;
   /// Without the padding on the outer side of the form's texts, which may themselves begin or end as the padding does.
   [[nodiscard]] std::string_view withoutOuterPadding(std::string_view text, const Form& form) const noexcept;
   [[nodiscard]] std::string_view withoutInnerPadding(std::string_view number) const noexcept;
-  /// False only if no text of the form begins with it. Refuses most lenient texts before they are read strictly.
+  /// False only if no text of the form begins with `first`. Refuses most lenient texts before they are read strictly.
   [[nodiscard]] bool mayBegin(char first, const Form& form) const noexcept;
   bool takeSign(std::string_view& text, bool& isNegative) const noexcept;
   bool takeGroupingSeparator(std::string_view& text, bool isLenient) const noexcept;
-  /// The digits that the text begins with, as ASCII: how many. The first one decides of which kind the others are.
+  /// Takes the digits at the beginning of the text, as ASCII, and returns their number. The first one sets the kind.
   enum class Kind { Any, Ascii, Own };
   std::size_t takeRun(std::string_view& text, Kind& kind, Digits& digits) const;
   std::size_t takeOwnRun(std::string_view& text, Kind& kind, Digits& digits) const;

@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/internal/PlainNumberPattern.h - decimals in patterns such as "#,##0.00##", without
-// ICU.
+// NorvikCore/platform/foundation/internal/PlainNumberPattern.h - formats decimals by patterns such as "#,##0.00##"
+// without ICU.
 //
-// A plain pattern groups its digits in threes or not at all and counts in ASCII digits. Around them stand a minus sign
-// and fixed texts, such as "%" or a currency's sign. It gives what ICU gives for the same settings, to the byte, where
-// ICU is asked to write no sign before zero.
+// A plain pattern groups its digits in threes or not at all and uses ASCII digits. Around them are a minus sign and
+// fixed texts, such as "%" or a currency's sign. The result is the same, to the byte, as ICU's for the same settings,
+// if ICU writes no sign before zero.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -18,16 +18,17 @@ struct PlainNumberPattern {
   int minimumInteger = 1, maximumInteger = 309;
   int minimumFraction = 0, maximumFraction = 3;
   bool isGrouped = false;
-  int minimumGrouping = 1;  ///< how many digits the first group must have before any separator is written
-  int power = 0;            ///< the power of ten that numbers are multiplied by: 2 in percentages
+  int minimumGrouping = 1;  ///< the number of digits that the first group must have before a separator is written
+  int power = 0;            ///< the power of ten by which numbers are multiplied: 2 in percentages
   Rounding rounding = Rounding::HalfEven;
   std::string decimalSeparator = ".", groupingSeparator = ",";
-  /// The texts around a number, and around one that is negative and not zero as it is written.
+  /// The texts around a number. `negative` is used if the number is negative and its text is not zero.
   struct {
     std::string before, after;
   } positive, negative{"-", ""};
 
-  /// Numbers so great that multiplying them would overflow are not for append().
+  /// False for not-a-number and for numbers so large that the multiplication would overflow: not to be given to
+  /// append().
   [[nodiscard]] bool covers(const Decimal& number) const noexcept {
     return !number.isNaN() && number.exponent() + power <= Decimal::maximumExponent;
   }

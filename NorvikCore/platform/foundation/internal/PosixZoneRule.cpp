@@ -7,7 +7,8 @@
 namespace norvik::detail {
 namespace {
 
-/// What clocks show then, they show for ever: the calendar ends 20 years later.
+/// After this instant the rule is not evaluated any more, and clocks stay as they are. The calendar ends 20 years
+/// later.
 constexpr std::int64_t lastInstant = (maximalReferenceDay - 20 * 366) * secondsPerDay;
 
 }  // namespace
@@ -76,7 +77,7 @@ class PosixZoneRuleReader {
     return true;
   }
 
-  /// The text counts west of Greenwich as positive.
+  /// In the text, offsets west of Greenwich are positive.
   bool readOffset(std::int32_t& offset) {
     std::int32_t west = 0;
     if (!readTime(24, west)) return false;
@@ -102,7 +103,7 @@ class PosixZoneRuleReader {
     return !accept('/') || readTime(167, change.time);
   }
 
-  /// Changes of such rules stay in their months, or at most a week beside them, in every year.
+  /// In every year, changes by such rules are in their month or at most a week outside it.
   static bool isPlain(const PosixZoneRule::Change& change) {
     return change.kind == PosixZoneRule::Change::Kind::MonthWeekDay && change.month > 1 && change.month < 12 &&
            change.time >= 0 && change.time <= secondsPerDay;
@@ -173,9 +174,9 @@ ZoneSpan PosixZoneRule::spanOfPlainRule(std::int64_t instant) const noexcept {
   return {second, startsFirst ? startIn(year + 1) : endIn(year + 1), &type(!startsFirst)};
 }
 
-/// For rules whose changes may meet, overtake each other or leave their year: puts the changes of the years around in
-/// order. Eight years either way hold a leap day. Of a start and an end at the same instant, the start holds; a change
-/// to what holds already is none.
+/// For rules whose changes may coincide, change their order or fall into another year: sorts the changes of the
+/// surrounding years. Eight years in each direction contain a leap day. If a start and an end are at the same instant,
+/// the start counts. A change to the type that is already in force is ignored.
 ZoneSpan PosixZoneRule::spanOfOddRule(std::int64_t instant) const noexcept {
   constexpr std::int64_t years = 9;
   struct Event {
@@ -194,7 +195,7 @@ ZoneSpan PosixZoneRule::spanOfOddRule(std::int64_t instant) const noexcept {
 
   ZoneSpan span;
   bool isDaylight = false;
-  for (std::size_t i = 0; i + 4 < count; ++i) {  // what meets the last ones is not among them
+  for (std::size_t i = 0; i + 4 < count; ++i) {  // events that coincide with the last ones may be missing
     if (events[i + 1].instant == events[i].instant) continue;
     const bool isChange = span.type && events[i].isStart != isDaylight;
     if (events[i].instant > instant && span.type) {

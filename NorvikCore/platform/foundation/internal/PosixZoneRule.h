@@ -1,8 +1,8 @@
 // NorvikCore/platform/foundation/internal/PosixZoneRule.h - the yearly rule of a time zone, such as
 // "GMT0BST,M3.5.0/1,M10.5.0".
 //
-// The form is that of the TZ environment variable and of the last line of a zone file: standard time, summer time where
-// there is one, and when summer time starts and ends each year. Instants are seconds since the reference date.
+// The form is that of the TZ environment variable and of the last line of a zone file: standard time, summer time if
+// there is one, and the start and end of summer time in each year. Instants are seconds since the reference date.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -15,7 +15,7 @@
 
 namespace norvik::detail {
 
-/// What clocks show for a while.
+/// The local time that is in force for a while.
 struct ZoneType {
   std::int32_t offset = 0;  ///< seconds to add to UTC
   bool isDaylight = false;
@@ -24,8 +24,8 @@ struct ZoneType {
   friend bool operator==(const ZoneType&, const ZoneType&) = default;
 };
 
-/// A time during which one type holds: from `from` until before `until`, the ends of the integers where there is no
-/// end.
+/// A period in which one type is in force, from `from` (inclusive) to `until` (exclusive). The minimum and maximum of
+/// the integer type mean that it has no start or no end.
 struct ZoneSpan {
   std::int64_t from = INT64_MIN;
   std::int64_t until = INT64_MAX;
@@ -34,7 +34,7 @@ struct ZoneSpan {
 
 class NK_EXPORT PosixZoneRule {
  public:
-  /// The rule written in the text; nothing where the text is not wholly one.
+  /// The rule written in the text; nothing unless the whole text is a rule.
   [[nodiscard]] static std::optional<PosixZoneRule> parse(std::string_view text);
 
   [[nodiscard]] const ZoneType& typeAt(std::int64_t instant) const noexcept;
@@ -45,12 +45,12 @@ class NK_EXPORT PosixZoneRule {
  private:
   friend class PosixZoneRuleReader;
 
-  /// A day of the year and a time on it, in seconds of the local time in force before the change.
+  /// A day of the year and a time on it, in seconds of the local time before the change.
   struct Change {
     enum class Kind : std::uint8_t { JulianWithoutLeapDay, ZeroBasedDay, MonthWeekDay };
     Kind kind = Kind::MonthWeekDay;
     std::int32_t month = 1, week = 1;
-    std::int32_t day = 0;  // weekday, 0 is Sunday, or day of the year
+    std::int32_t day = 0;  // weekday (0 is Sunday) or day of the year
     std::int32_t time = 7200;
 
     [[nodiscard]] std::int64_t localSecondsIn(std::int64_t year) const noexcept;
@@ -65,7 +65,7 @@ class NK_EXPORT PosixZoneRule {
 
   ZoneType standard_, daylight_;
   bool hasDaylight_ = false;
-  bool isPlain_ = false;  // the changes lie in different months, away from the turn of the year
+  bool isPlain_ = false;  // the changes are in different months, not in January or December
   Change start_, end_;
 };
 

@@ -37,7 +37,7 @@ class Copier {
     const auto* dictionary = dynamic_cast<const NSDictionary*>(&object);
     if (!array && !dictionary) refuse("an object of the class " + object.classObject().name());
 
-    // What is met twice is copied once; an absent copy stands for one that is being made.
+    // An object that occurs twice is copied once; an absent copy marks an object that is being copied.
     const auto [known, isNew] = copies_.try_emplace(&object);
     if (!isNew && known->second.isAbsent()) refuse("a collection that holds itself");
     if (!isNew) return known->second;
@@ -76,7 +76,7 @@ class Copier {
   unsigned depth_ = 0;
 };
 
-/// Raises unless an archive's content is what a property list gives, before any object is made of it.
+/// Raises if the content of an archive is not that of a property list, before any object is created from it.
 class Checker {
  public:
   explicit Checker(const ArchiveContent& content) : content_(content), states_(content.objects.size()) {}

@@ -1,5 +1,5 @@
-// What preferences can hold: booleans, numbers, decimals, dates, texts, data, and arrays and dictionaries of them, the
-// keys of dictionaries being texts.
+// NorvikCore/platform/foundation/internal/PropertyList.h - the values that preferences can hold: booleans, numbers,
+// decimals, dates, texts, data, and arrays and dictionaries of them, with texts as keys.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -10,16 +10,16 @@
 
 namespace norvik::detail {
 
-/// The value with nothing in it that can change: mutable collections and data are copied, and so are collections that
-/// may hold some. `what` begins the sentence of the NSInvalidArgumentException that is raised for anything else, for
-/// collections that hold themselves, and for ones more than 512 deep in one another.
+/// An immutable copy of the value: collections and mutable data are copied. Raises NSInvalidArgumentException for any
+/// other value, for collections that contain themselves, and for collections nested more than 512 deep; `what` begins
+/// its reason.
 [[nodiscard]] NK_EXPORT Value propertyListCopy(const Value& value, const NSString& what);
 
-/// The bytes of what propertyListCopy() gave: an archive. Equal bytes give equal values of the same kinds.
+/// The bytes of a result of propertyListCopy(), as an archive. Equal bytes give equal values of the same kinds.
 [[nodiscard]] NK_EXPORT std::string encodePropertyList(const Value& copy);
 
-/// Raises NSInvalidUnarchiveOperationException for bytes that encodePropertyList() did not make; no object of another
-/// class is ever made of them.
+/// Raises NSInvalidUnarchiveOperationException for bytes that encodePropertyList() did not produce. No object of
+/// another class is ever created from them.
 [[nodiscard]] NK_EXPORT Value decodePropertyList(std::string_view bytes);
 
 }  // namespace norvik::detail

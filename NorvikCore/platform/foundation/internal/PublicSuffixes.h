@@ -1,19 +1,19 @@
-// NorvikCore/platform/foundation/internal/PublicSuffixes.h - the domains under which anybody can have a name of his own
-// ("co.uk"), so that no host may set cookies for all of one.
+// NorvikCore/platform/foundation/internal/PublicSuffixes.h - the domains under which anyone can register a name
+// ("co.uk"), so that no host may set cookies for a whole one.
 //
-// The list is libpsl's, which is loaded when the first cookie with a Domain attribute is read: the newest of the
-// distribution's file and the one that libpsl was built with. libcurl asks it in the same way. Synchronised.
+// The list is libpsl's: the newer of the distribution's file and the one that libpsl was built with. libpsl is loaded
+// when the first cookie with a Domain attribute is read. libcurl uses it in the same way. Synchronised.
 #pragma once
 
 #include <string>
 
 namespace norvik::detail {
 
-// Names are in lower case, international ones as "xn--...", without a full stop at their end. Each raises
-// NSGenericException where libpsl cannot be loaded; the next call tries again.
+// Names must be in lower case, international ones as "xn--...", without a full stop at the end. Each function raises
+// NSGenericException if libpsl cannot be loaded; the next call tries again.
 [[nodiscard]] bool mayHostSetCookiesFor(const std::string& domain, const std::string& host);
 
-/// "co.uk", "uk", and every last label that the list does not know.
+/// True for "co.uk", for "uk", and for every last label that the list does not have.
 [[nodiscard]] bool isPublicSuffix(const std::string& domain);
 
 }  // namespace norvik::detail

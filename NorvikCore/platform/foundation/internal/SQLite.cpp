@@ -12,7 +12,7 @@ std::string words(sqlite3* connection) {
   const int code = sqlite3_extended_errcode(connection) & 0xFF;
   if (code == SQLITE_IOERR || code == SQLITE_CANTOPEN) {
     const int kept = sqlite3_system_errno(connection);
-    const int error = kept != 0 ? kept : errno;  // of a commit that fails SQLite keeps none, but the last one stands
+    const int error = kept != 0 ? kept : errno;  // for a failed commit SQLite stores none, but errno is still set
     if (error != 0) text += " (" + kernel::errorText(error) + ")";
   }
   return text;
@@ -27,7 +27,7 @@ void Statement::bindText(int parameter, std::string_view text) {
 }
 
 void Statement::bindBlob(int parameter, std::string_view bytes) {
-  // An empty view may have no address, which would bind NULL.
+  // An empty view may have a null pointer, which would bind NULL.
   const char* start = bytes.empty() ? "" : bytes.data();
   if (!statement_) return;
   const int result = sqlite3_bind_blob64(statement_, parameter, start, bytes.size(), SQLITE_STATIC);
@@ -35,7 +35,7 @@ void Statement::bindBlob(int parameter, std::string_view bytes) {
 }
 
 int Statement::run() {
-  errno = 0;  // words() looks at it
+  errno = 0;  // words() reads it
   const int result = step();
   reset();
   return result == SQLITE_DONE || result == SQLITE_ROW ? SQLITE_OK : result;

@@ -18,7 +18,7 @@ std::string_view trimmed(std::string_view text) {
 
 bool isControl(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == '\x7F'; }
 
-/// Takes what is before the separator, or everything, off the beginning of the text.
+/// Removes the text before the separator, or the whole text, and returns it.
 std::string_view takeUntil(char separator, std::string_view& text) {
   const std::size_t end = std::min(text.find(separator), text.size());
   const std::string_view taken = text.substr(0, end);
@@ -26,7 +26,7 @@ std::string_view takeUntil(char separator, std::string_view& text) {
   return taken;
 }
 
-/// Absent where it is not a number, which leaves the attribute out.
+/// Absent if it is not a number; then the attribute is ignored.
 std::optional<std::int64_t> readMaxAge(std::string_view text, std::int64_t now) {
   const bool isNegative = text.starts_with('-');
   const std::string_view digits = text.substr(isNegative ? 1 : 0);
@@ -37,7 +37,8 @@ std::optional<std::int64_t> readMaxAge(std::string_view text, std::int64_t now) 
   return seconds == 0 ? 0 : std::min(now + seconds, lastExpiry);
 }
 
-/// `least` to `most` digits, and then none. Takes them off the beginning of the text.
+/// Removes a number of `least` to `most` digits from the beginning of the text; absent if more or fewer digits are
+/// there.
 std::optional<int> takeNumber(std::string_view& text, std::size_t least, std::size_t most) {
   std::size_t count = 0;
   int number = 0;

@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/internal/SharedLibrary.h - a library that is loaded when its first function is needed.
+// NorvikCore/platform/foundation/internal/SharedLibrary.h - a library that is loaded when it is first needed.
 //
 //   const SharedLibrary library("liburiparser.so.1", "addresses cannot be read without uriparser");
 //   library.find("uriFreeUriMembersA", functions->uriFreeUriMembersA);
 //
-// A program that never needs it starts without it and without the libraries that it needs itself. It stays loaded.
+// A program that never needs the library starts without it and without its dependencies. It stays loaded.
 #pragma once
 
 namespace norvik::detail {
@@ -13,10 +13,10 @@ class SharedLibrary {
   /// `purpose` begins the reason of the NSGenericException that is raised if the library cannot be loaded.
   SharedLibrary(const char* name, const char* purpose);
 
-  /// Raises NSGenericException where the library, and those that it needs, have no such function.
+  /// Raises NSGenericException if neither the library nor its dependencies have such a function.
   template <class Function>
   void find(const char* name, Function*& function) const {
-    function = reinterpret_cast<Function*>(address(name));  // NOLINT(performance-no-int-to-ptr): what dlsym() is for
+    function = reinterpret_cast<Function*>(address(name));  // NOLINT(performance-no-int-to-ptr): the use of dlsym()
   }
 
  private:

@@ -1,9 +1,9 @@
-// NorvikCore/platform/foundation/internal/UriLibrary.h - the functions of uriparser, loaded when the first is used.
+// NorvikCore/platform/foundation/internal/UriLibrary.h - the functions of uriparser, loaded on first use.
 //
 //   const UriLibrary& library = uriLibrary();
 //   library.uriParseSingleUriExA(&uri, first, afterLast, nullptr);
 //
-// uriparser reads exactly the grammar of RFC 3986, resolves relative references by it, and needs no other library.
+// uriparser reads exactly the grammar of RFC 3986, resolves relative references by it, and has no dependencies.
 #pragma once
 
 #include <uriparser/Uri.h>
@@ -20,7 +20,7 @@ struct UriLibrary {
 #undef NK_URI_MEMBER
 };
 
-/// Raises NSGenericException where it cannot be loaded; the next call tries again.
+/// Raises NSGenericException if it cannot be loaded; the next call tries again.
 [[nodiscard]] const UriLibrary& uriLibrary();
 
 }  // namespace norvik::detail

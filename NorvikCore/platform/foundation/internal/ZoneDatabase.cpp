@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::string_view zoneFolder = "/usr/share/zoneinfo/";
 
-/// Names have letters, digits, "_", "+", "-" and "/" between parts: nothing that leaves the folder.
+/// Names consist of letters, digits, "_", "+" and "-", with "/" between parts, so that no name leads out of the folder.
 bool isZoneName(std::string_view name) {
   const auto isNameCharacter = [](char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '+' ||
@@ -37,7 +37,7 @@ std::optional<ZoneRules> readZoneFile(const std::string& path) {
   std::error_code failure;
   if (!std::filesystem::is_regular_file(path, failure)) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
-  std::string bytes(1 << 20, '\0');  // the largest zone files have a few kilobytes
+  std::string bytes(1 << 20, '\0');  // the largest zone files have only a few kilobytes
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (file.bad() || !file.eof()) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(file.gcount()));
@@ -52,7 +52,7 @@ struct ZoneCache {
     return kernel::madeOnce([] { return new ZoneCache; });
   }
 
-  /// The kept rules of that key, or those that `load` finds now. What is not found is asked again next time.
+  /// The cached rules of the key, or those that `load` finds. A failed search is repeated by the next call.
   template <class Load>
   const ZoneRules* rules(std::string_view key, Load load) NK_EXCLUDES(mutex) {
     MutexLock lock(mutex);
@@ -72,7 +72,7 @@ std::string trimmed(std::string text) {
   return text;
 }
 
-/// The name of a zone file by where it lies: what follows "zoneinfo/".
+/// The name of a zone file by its location: the part of the path after "zoneinfo/".
 std::string nameOfZoneFile(const std::filesystem::path& path) {
   constexpr std::string_view folder = "zoneinfo/";
   const std::string text = path.string();
@@ -127,7 +127,7 @@ std::optional<ZoneRules> zoneFromIcu(std::string_view name) {
     return types.size() - 1;
   };
 
-  constexpr double start = -5.4e12, end = 1.7e13;  // 1798, before any zone; 2508, since ICU gives no rule to go on with
+  constexpr double start = -5.4e12, end = 1.7e13;  // 1798, before any zone; 2508, because ICU gives no rule for later
   typeIndex(start);
   std::vector<ZoneRules::Change> changes;
   icu::TimeZoneTransition transition;

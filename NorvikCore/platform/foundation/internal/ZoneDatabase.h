@@ -1,7 +1,7 @@
-// NorvikCore/platform/foundation/internal/ZoneDatabase.h - time zones by name: the system's zone files, or ICU's data
-// where there are none.
+// NorvikCore/platform/foundation/internal/ZoneDatabase.h - time zones by name, from the system's zone files or, if
+// there are none, from ICU's data.
 //
-// What is found is kept for the life of the process. Any thread.
+// Rules that were found are kept until the process ends. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -13,10 +13,10 @@
 
 namespace norvik::detail {
 
-/// The rules of the zone called "Europe/London"; nullptr where there is none. "UTC" and "GMT" are always there.
+/// The rules of the zone called "Europe/London"; nullptr if there is none. "UTC" and "GMT" always exist.
 [[nodiscard]] NK_EXPORT const ZoneRules* zoneNamed(std::string_view name);
 
-/// The rules as ICU's data has them: the second source, of the same format. Not kept: every call makes new ones.
+/// The rules of ICU's data: the second source, of the same format. Not cached: every call creates new ones.
 [[nodiscard]] NK_EXPORT std::optional<ZoneRules> zoneFromIcu(std::string_view name);
 
 struct NamedZone {
@@ -24,11 +24,11 @@ struct NamedZone {
   const ZoneRules* rules = nullptr;
 };
 
-/// The zone that a value of the TZ environment variable means: a name, a path of a zone file, or a rule; a leading
-/// colon is ignored, and the empty text is UTC. No rules where it means nothing.
+/// The zone that a value of the TZ environment variable means: a name, a path of a zone file, or a rule. A leading
+/// colon is ignored, and the empty text is UTC. No rules if the value is none of these.
 [[nodiscard]] NK_EXPORT NamedZone zoneFromEnvironmentValue(std::string_view value);
 
-/// The machine's zone: TZ, /etc/localtime, /etc/timezone, UTC; the first that means a zone.
+/// The machine's zone: the first of TZ, /etc/localtime, /etc/timezone and UTC that means a zone.
 [[nodiscard]] NK_EXPORT NamedZone systemZone();
 
 }  // namespace norvik::detail

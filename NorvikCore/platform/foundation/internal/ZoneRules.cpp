@@ -12,7 +12,8 @@ namespace {
 using kernel::referenceDateInUnixSeconds;
 constexpr std::int64_t widestOffset = 26 * 3600;
 
-/// Takes big-endian numbers and stretches of bytes off the front of a text; fails for good at its end.
+/// Reads big-endian numbers and byte sequences from the front of a text. After a read beyond its end, hasFailed() is
+/// true.
 class ByteReader {
  public:
   explicit ByteReader(std::string_view bytes) : bytes_(bytes) {}
@@ -95,7 +96,7 @@ bool nameType(ZoneType& type, std::string_view names, std::size_t start) {
   return true;
 }
 
-/// A time of the file as seconds since the reference date; times before any clock stay at the end of the range.
+/// A time of the file as seconds since the reference date, limited to the range of the type.
 std::int64_t instantOfFileTime(std::int64_t time) { return saturatedSum(time, -referenceDateInUnixSeconds); }
 
 }  // namespace
@@ -105,7 +106,7 @@ std::optional<ZoneRules> ZoneRules::fromTzif(std::string_view bytes) {
   std::optional<TzifHeader> header = TzifHeader::read(reader);
   if (!header) return std::nullopt;
   std::size_t timeSize = 4;
-  if (header->version != 0) {  // the first block repeats what 32 bits hold of the second
+  if (header->version != 0) {  // the first block repeats the part of the second one that fits 32 bits
     timeSize = 8;
     const std::uint64_t skipped = header->dataSize(4);
     if (skipped > reader.rest().size()) return std::nullopt;
@@ -182,7 +183,7 @@ const ZoneType& ZoneRules::typeAt(std::int64_t instant) const noexcept {
     return types_[instants_.empty() ? 0 : typeFrom_.back()];
   }
   if (instant < instants_.front()) return types_.front();
-  // The last change at or before the instant, by halving without unpredictable branches.
+  // The last change at or before the instant, by binary search without unpredictable branches.
   const std::int64_t* base = instants_.data();
   for (std::size_t count = instants_.size(); count > 1;) {
     const std::size_t half = count / 2;
@@ -222,7 +223,7 @@ std::optional<std::int64_t> ZoneRules::nextChangeAfter(std::int64_t instant) con
 std::int64_t ZoneRules::instantOfLocal(std::int64_t local) const noexcept {
   local = clamped(local, INT64_MAX - widestOffset);
   ZoneSpan span = spanAt(local - widestOffset);
-  std::optional<std::int64_t> skipped;  // as if the clock had not been moved yet
+  std::optional<std::int64_t> skipped;  // the result if the local time is skipped: by the offset before the change
   while (true) {
     const std::int64_t instant = local - span.type->offset;
     if (instant < span.until || span.until == INT64_MAX) {
@@ -231,7 +232,7 @@ std::int64_t ZoneRules::instantOfLocal(std::int64_t local) const noexcept {
       const ZoneSpan next = spanAt(span.until);
       if (local - next.type->offset < next.from) skipped = instant;
     }
-    // A change that comes soon after a gap may bring the local time back.
+    // A change soon after a gap may make clocks show the local time after all.
     if (skipped && (span.until == INT64_MAX || span.until > local + widestOffset)) return *skipped;
     span = spanAt(span.until);
   }
@@ -241,7 +242,7 @@ std::int64_t ZoneRules::startOfLocalDay(std::int64_t local) const noexcept {
   local = clamped(local, INT64_MAX - 2 * widestOffset);
   ZoneSpan span = spanAt(local - widestOffset);
   while (true) {
-    // A gap across midnight leaves the day to begin with the span that follows it.
+    // If a gap covers midnight, the day begins with the span that follows the gap.
     const std::int64_t midnight = local - span.type->offset, first = midnight > span.from ? midnight : span.from;
     if (first < span.until && first < midnight + secondsPerDay) return first;
     if (span.until > local + secondsPerDay + widestOffset) return instantOfLocal(local);
