@@ -28,8 +28,8 @@
 //            only.
 // Errors:    an NSException while a line is written is caught. The line is lost, and the exception is reported on the
 //            system console, at most ten times per process. Other exceptions pass, and end the process. While no file
-//            can be opened, lines are lost, the reason is reported once on the console, and each message tries to open
-//            a file again.
+//            can be opened, lines are lost, the reason is reported once on the console, and the logger keeps trying to
+//            open a file.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"

@@ -88,7 +88,7 @@ class NK_EXPORT DDLog : public NSObject {
   /// Additions and removals that this thread made are certain to be included after a flushLog().
   [[nodiscard]] static std::vector<Ref<DDLogger>> allLoggers();
 
-  /// Enqueues a message that was created elsewhere; an empty Ref is ignored.
+  /// Enqueues a message that the caller has created; an empty Ref is ignored.
   static void queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously);
 
   /// Logs `format` with its arguments: see above. `level` is the level of the calling code, `flag` the kind of the

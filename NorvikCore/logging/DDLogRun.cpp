@@ -4,7 +4,7 @@
 
 namespace norvik {
 
-// An entry without a record is that of a message that was created elsewhere.
+// An entry without a record is that of a message that the caller created as an object.
 
 int DDLogEntry::logLevel() const noexcept { return record_ ? record_->site().level : message().logLevel(); }
 int DDLogEntry::logFlag() const noexcept { return record_ ? record_->site().flag : message().logFlag(); }

@@ -2,7 +2,7 @@
 // select them there.
 //
 //   auto profile = DDTTYLoggerColorProfile::initWithForegroundColor(NSColor::redColor(), nullptr, LOG_FLAG_ERROR, 7);
-//   profile->fgCode();      // "\033[1;31m" where TERM is xterm-color
+//   profile->fgCode();      // "\033[1;31m" if TERM is xterm-color
 //
 // DDTTYLogger creates these. Immutable; may be used on any thread.
 #pragma once

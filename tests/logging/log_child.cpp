@@ -163,7 +163,7 @@ int main(int argc, char** argv) {
   }
   if (ending == "abort") {
     for (int i = 0; i < 10000; ++i) say("line");
-    waitNanoseconds(250'000'000);  // also where the writer gets no processor for a while; the benchmark waits 20 ms
+    waitNanoseconds(250'000'000);  // enough also if the writer gets no processor for a while
     std::abort();
   }
   if (ending == "idle") {  // prints the microseconds of processor time that a second without calls takes

@@ -9,7 +9,7 @@
 // of a line was accepted, its rest is written before the next line, so lines are whole and in order. The rest of a line
 // that was begun before a fork is written by the parent. If writing fails, the line is lost and the next one is
 // attempted; nothing is reported, because reports would be written here. std::bad_alloc means that the line is lost; a
-// line that was begun is ended with a line feed where it is.
+// line that was begun is ended with a line feed.
 //
 // The calling thread writes the line itself if it cannot block (kernel::mayBlock). A terminal, or a pipe that is not
 // empty, may block a thread for any time; such a line is handed to a thread of the pool. If no thread can be started

@@ -1,5 +1,5 @@
-// NorvikCore/logging/internal/LogIntake.h - the caller's side of the log: turns a call, or a message that was created
-// elsewhere, into a letter in the mailbox of the logging queue.
+// NorvikCore/logging/internal/LogIntake.h - the caller's side of the log: turns a call, or a message that the caller
+// created as an object, into a letter in the mailbox of the logging queue.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"

@@ -3,7 +3,7 @@
 //
 // A record holds its content in one piece of memory: first the fields of fixed size, then the parts of variable size.
 // The caller writes it from start to end and touches no other memory for it. If the content does not fit, it is stored
-// on the heap, and the record refers to it. A message that was created elsewhere is also referred to.
+// on the heap, and the record refers to it. A message that the caller created as an object is also referred to.
 //
 // Threads: confined to the caller until the record is posted, then to the logging queue.
 #pragma once
@@ -61,14 +61,14 @@ class LogRecord {
   }
   /// Copies everything given to the heap. If there is no memory it raises, and the record becomes a record of nothing.
   void fillOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content);
-  /// Stores a message that was created elsewhere.
+  /// Stores a message that the caller created as an object.
   void fill(const Ref<DDLogMessage>& message) noexcept;
   /// Makes this a record of nothing. Used in the place of a call that crashed.
   void fillWithNothing() noexcept;
 
   /// True if the call had no memory for its content, or crashed.
   [[nodiscard]] bool isOfNothing() const noexcept { return whole().format_ == nullptr && made_ == nullptr; }
-  /// The message, if it was created elsewhere; otherwise null.
+  /// The message, if the caller created it as an object; otherwise null.
   [[nodiscard]] DDLogMessage* made() const noexcept { return made_; }
 
   // For a record with content of its own: neither of nothing nor with made().
