@@ -1,5 +1,5 @@
-// fuzz/CsvReader_fuzzer.cpp - the pay run's CSV reader against a slow model of the format, and against what it wrote
-// itself.
+// fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format, and checks that it
+// reads back what the fuzzer writes of its records.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -31,7 +31,7 @@ std::optional<Records> readByReader(const std::string& text) {
   }
 }
 
-/// One character at a time, with a state for each kind of place; nothing where the text is refused.
+/// Reads one character at a time, with a state for each kind of position; returns nothing if the text is refused.
 std::optional<Records> readByModel(std::string text) {
   if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
   if (payrun::firstInvalidUtf8(text) != std::string::npos) return std::nullopt;

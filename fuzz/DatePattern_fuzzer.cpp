@@ -1,9 +1,9 @@
-// fuzz/DatePattern_fuzzer.cpp - date patterns of any kind, each with a date.
+// fuzz/DatePattern_fuzzer.cpp - any date patterns, each with a date.
 //
 // - A pattern of digits, signs and quoted text writes what a slow model writes.
-// - What a pattern writes is the same text each time, appended or not; the pattern is kept as it was given.
-// - Where strict reading takes the text, the date that was read is written the same, and lenient reading gives that
-//   date too.
+// - A pattern writes the same text each time, appended or not, and the formatter returns the pattern unchanged.
+// - If strict reading accepts the text, the date that was read is written as the same text, and lenient reading gives
+//   the same date.
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
@@ -28,7 +28,7 @@ std::string padded(std::int64_t number, std::size_t digits) {
   return text;
 }
 
-/// Nothing where the pattern has another field or a quotation without an end.
+/// Returns nothing if the pattern has another field, or a quotation without an end.
 std::optional<std::string> writtenByModel(std::string_view pattern, std::int64_t second, int millisecond) {
   const CivilDateTime at = civilDateTime(Date::fromReferenceSeconds(static_cast<double>(second)));
   const std::int64_t firstDay = referenceDay(at.date.year, 1, 1);
@@ -103,7 +103,7 @@ std::optional<std::string> writtenByModel(std::string_view pattern, std::int64_t
   return isQuoted ? std::nullopt : std::optional(text);
 }
 
-/// The pattern with a space for each character of quoted text.
+/// The pattern, with a space for each character of quoted text.
 std::string withoutQuotedText(std::string_view pattern) {
   std::string fields;
   bool isQuoted = false;
@@ -114,8 +114,8 @@ std::string withoutQuotedText(std::string_view pattern) {
   return fields;
 }
 
-/// A text in the pattern is written for one date only, as far as the pattern shows it. Weekdays and weeks without a
-/// full date read as a date of their own, and of fractions of a second that come twice the last counts.
+/// True if a text in the pattern stands for one date only, as far as the pattern shows it. Weekdays and weeks without a
+/// full date are read as a date of their own, and of several fractions of a second the last counts.
 bool tellsTheDate(std::string_view pattern) {
   const std::string fields = withoutQuotedText(pattern);
   const auto has = [&](std::string_view letters) { return fields.find_first_of(letters) != std::string::npos; };
@@ -139,7 +139,7 @@ Ref<NSDateFormatter> formatter(const char* locale, const NSString& pattern, bool
 
 }  // namespace
 
-/// A locale, five bytes of seconds, two of milliseconds; the rest is the pattern.
+/// The input: a locale, five bytes of seconds, two of milliseconds; the rest is the pattern.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t head = 8;
   if (size < head || size > head + 60) return 0;

@@ -1,8 +1,8 @@
-// Decimal's text and arithmetic against the paper-and-pencil model.
+// Compares Decimal's texts and arithmetic with a model of calculation by hand.
 //
-// An input that starts with '=' is a text to read. Any other is an operation: operator (+ - * / or r to round), mode
-// (0 to 3), scale, and two numbers such as -123E-2, apart by spaces: "/0 2 100E-2 3E0". Each is carried out without
-// faults that raise, and with all of them.
+// An input that starts with '=' is a text to read. Any other input is an operation: operator (+ - * / or r to round),
+// mode (0 to 3), scale, and two numbers such as -123E-2, separated by spaces: "/0 2 100E-2 3E0". Each operation runs
+// without faults that raise, and with all of them.
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -36,7 +36,7 @@ void check(const std::string& input, const Decimal& ours, const model::Result& r
   if (ours.parts() != expected.parts()) differs(input, ours, model::print(n));
 }
 
-/// [-]digits[.digits] with a digit at least: what the model reads.
+/// [-]digits[.digits] with at least one digit: the form that the model reads.
 bool isPlain(const std::string& text) {
   const std::size_t start = text.rfind('-', 0) == 0 ? 1 : 0;
   const bool digits = text.find_first_of("0123456789") != std::string::npos;
@@ -54,7 +54,7 @@ void readText(const std::string& text) {
   if (!again || *again != *value || again->hash() != value->hash()) differs(text, *value, "a text that reads back");
 }
 
-/// Digits, an E and an exponent, held to what a number can have.
+/// Reads digits, an E and an exponent, limited to the range of a number.
 bool readNumber(std::istream& in, Sample& sample) {
   std::string word;
   if (!(in >> word)) return false;
@@ -69,12 +69,12 @@ bool readNumber(std::istream& in, Sample& sample) {
   return true;
 }
 
-/// The exception that a result raises where all faults do, empty for none.
+/// The name of the exception that a result raises if all faults raise; empty if none.
 std::string faultOf(const model::Result& result) {
   switch (result.outcome) {
     case model::Outcome::number:
       return result.inexact ? "NSDecimalNumberExactnessException" : "";
-    case model::Outcome::overflow:  // of what a scale rounds up, after 38 digits were found not to suffice
+    case model::Outcome::overflow:  // rounding up to a scale overflowed, after 38 digits were too few
       return result.inexact ? "NSDecimalNumberExactnessException" : "NSDecimalNumberOverflowException";
     case model::Outcome::underflow:
       return "NSDecimalNumberUnderflowException";

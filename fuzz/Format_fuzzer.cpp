@@ -1,5 +1,5 @@
-// fuzz/Format_fuzzer.cpp - run-time formats. Any format: nothing but its arguments shows, and one that the check
-// accepts never shows a complaint. Number directives: the same text as snprintf in the C locale.
+// fuzz/Format_fuzzer.cpp - run-time formats. For any format: only its arguments are shown, and a format that the check
+// accepts never shows a complaint. For number directives: the text equals that of snprintf in the C locale.
 #include "NorvikCore/platform/values/Format.h"
 
 #include <cstdint>
@@ -19,7 +19,7 @@ void require(bool holds, const char* what, std::string_view format) {
   std::abort();
 }
 
-/// Takes bytes off the front of the input; zeros once it is used up.
+/// Removes bytes from the front of the input; returns zeros when the input is used up.
 struct Input {
   const std::uint8_t* data;
   std::size_t size;
@@ -56,7 +56,7 @@ void anyFormat(Input input) {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored \
-    "-Wformat-nonliteral"  // the directive is what is fuzzed; its argument fits by construction
+    "-Wformat-nonliteral"  // the directive is fuzzed; its argument has the right type by construction
 template <class Number>
 void compareWithPrintf(const std::string& directive, const std::string& printfDirective, Number number) {
   char expected[16384];
@@ -77,7 +77,7 @@ void numberDirective(Input input) {
   if (flags & 1) head += '-';
   if ((flags & 2) && (isSigned || isFloating)) head += '+';
   if ((flags & 4) && (isSigned || isFloating)) head += ' ';
-  // With # the peer drops zeros of numbers that round up to the next power of ten; for integers # belongs to x and o.
+  // With # the peer drops zeros of numbers that round up to the next power of ten. For integers, # applies to x and o.
   if ((flags & 8) && !isGeneral && !isSigned && conversion != 'u') head += '#';
   if (flags & 16) head += '0';
   if (flags & 32) head += std::to_string(1 + input.byte() % 64);

@@ -1,13 +1,13 @@
 // fuzz/KeyValueCoding_fuzzer.cpp - key paths that read, set and observe a small graph of objects.
 //
-// The graph is made twice. One is used by key paths, the other by the model.
+// The graph is created twice. The key paths use one, the model uses the other.
 //
-// - Reading gives the same value, or raises an exception of the same name; so does setting, and then the two graphs are
-//   still alike.
-// - An observer hears of exactly the changes that concern its path, with the values before and after, and of none once
-//   it is removed or gone.
-// - Adding and removing an observer is refused where the model says so.
-// - Nothing is left at the end but what holds itself in a circle, and nothing once the circles are opened.
+// - Reading gives the same value, or raises an exception of the same name. So does setting, and afterwards the two
+//   graphs are still equal.
+// - An observer is notified of exactly the changes that concern its path, with the values before and after, and of none
+//   after it is removed or destroyed.
+// - Adding and removing an observer is refused if the model says so.
+// - At the end only objects that hold one another in a circle are left, and none after the circles are opened.
 #include "fuzz/KeyValueGenerator.h"
 #include "fuzz/KeyValueGraph.h"
 #include "fuzz/KeyValueModel.h"
@@ -27,7 +27,7 @@ using namespace norvik::fuzz;
 
 namespace {
 
-std::string trace;  ///< what was done, for the report of a failure
+std::string trace;  ///< the operations so far, for the report of a failure
 
 [[noreturn]] void fail(const char* what) {
   std::fprintf(stderr, "%s\n%s", trace.c_str(), what);
@@ -45,7 +45,7 @@ struct Run {
   std::array<Ref<FuzzedWatcher>, 3> watchers{make<FuzzedWatcher>(0), make<FuzzedWatcher>(1), make<FuzzedWatcher>(2)};
   int watcherCount = 3;
 
-  /// The same value in both worlds.
+  /// The same value for both graphs.
   std::pair<Value, Value> take(Input& input) {
     Input again = input;
     Value used = takeValue(input, world);
@@ -103,7 +103,7 @@ struct Run {
     const auto [target, modelTarget] = take(input);
     const NSString path = takePath(input);
     const auto [value, modelValue] = take(input);
-    // A dictionary that holds itself has no end.
+    // A dictionary that contains itself has no end.
     if (!target.isObject() || value.object<NSMutableDictionary>() != nullptr) return;
     const std::vector<NSString> keys = splitByModel(path);
     note("set", target, path);
@@ -123,7 +123,7 @@ struct Run {
             [&, &modelTarget = modelTarget] { return valueByModel(modelTarget, keys); });
   }
 
-  /// Puts a dictionary into a node, by its accessor: an announced change like any other.
+  /// Puts a dictionary into a node by the node's accessor, which notifies as for any other change.
   void holdMap(Input& input) {
     const unsigned node = input.below(4), map = input.below(2);
     trace += "hold map " + std::to_string(map) + " in " + world.nodes[node]->description().utf8() + "\n";
@@ -171,7 +171,7 @@ struct Run {
         });
   }
 
-  /// Either one that there is, or whatever comes.
+  /// Removes an existing observation, or an arbitrary one.
   void remove(Input& input) {
     unsigned watcher = input.below(3);
     int context = static_cast<int>(input.below(2));

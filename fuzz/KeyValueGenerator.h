@@ -1,4 +1,4 @@
-// fuzz/KeyValueGenerator.h - key paths and values, made of the bytes of a fuzzer's input.
+// fuzz/KeyValueGenerator.h - makes key paths and values from the bytes of a fuzzer's input.
 #pragma once
 
 #include "fuzz/KeyValueGraph.h"
@@ -12,7 +12,7 @@
 
 namespace norvik::fuzz {
 
-/// Takes numbers off the front of the input; zeros once it is used up.
+/// Removes numbers from the front of the input; returns zeros when the input is used up.
 struct Input {
   std::span<const std::uint8_t> bytes;
 
@@ -91,8 +91,8 @@ inline constexpr const char* words[] = {"next",
                                         "timeIntervalSinceReferenceDate"};
 inline constexpr unsigned wordCount = std::size(words);
 
-/// Words with full stops between them, pieces of text and full stops without regard to that, and now and then a path as
-/// long as they may be, or longer.
+/// Words with full stops between them, pieces of text and full stops at any place, and sometimes a path of the greatest
+/// length or a longer one.
 inline NSString takePath(Input& input) {
   const unsigned pieces = input.below(9);
   std::u16string path;
@@ -122,7 +122,7 @@ inline NSString takePath(Input& input) {
   return NSString::fromUtf16(path);
 }
 
-/// Any value; the same bytes give the same one in another world.
+/// Any value. The same bytes give the same value in another world.
 inline Value takeValue(Input& input, const World& world, int depth = 0) {
   const unsigned kind = input.below(depth > 1 ? 12 : 16);
   switch (kind) {

@@ -46,7 +46,7 @@ class FuzzedNode : public NSObject {
   NSString title() const { return name() + " " + Value(total()).description(); }
   Ref<FuzzedNode> lead() const { return next() ? next() : ref(const_cast<FuzzedNode&>(*this)); }
   Value grade() const { return grade_; }
-  void setGrade(Value grade) { grade_ = std::move(grade); }  // announces nothing
+  void setGrade(Value grade) { grade_ = std::move(grade); }  // notifies no observer
   NK_METHOD(grade)
   NK_METHOD(setGrade)
   NSString description() const override { return "node " + NSString(std::to_string(number())); }
@@ -69,7 +69,7 @@ class FuzzedLeaf : public NSObject {
 
 struct World {
   std::vector<Ref<FuzzedNode>> nodes;
-  std::vector<Weak<FuzzedNode>> all;  ///< every node there ever was, by its number
+  std::vector<Weak<FuzzedNode>> all;  ///< every node that was ever created, by its number
   Ref<FuzzedLeaf> leaf = make<FuzzedLeaf>();
   std::vector<Ref<NSMutableDictionary>> maps = {NSMutableDictionary::dictionary(), NSMutableDictionary::dictionary()};
 
@@ -93,7 +93,7 @@ inline bool sameElements(std::span<const Value> a, std::span<const Value> b) {
   return std::ranges::equal(a, b, [](const Value& x, const Value& y) { return same(x, y); });
 }
 
-/// The same kind and content, where an object of one world is what has its number in the other.
+/// True if the kind and the content are the same. Objects of the two worlds are the same if they have the same number.
 inline bool same(const Value& a, const Value& b) {
   if (a.kind() != b.kind()) return false;
   if (const NSString* string = a.string()) return *string == *b.string();

@@ -1,7 +1,7 @@
 // fuzz/KeyValueModel.h - a slow model of reading, setting and observing by key paths.
 //
-// Written from the rules of KeyValueCoding.h and KeyValueObserving.h: it splits each path at its full stops and uses
-// the accessors of the graph's objects themselves.
+// It follows the rules of KeyValueCoding.h and KeyValueObserving.h: it splits each path at its full stops, and calls
+// the accessors of the graph's objects itself.
 #pragma once
 
 #include "fuzz/KeyValueGraph.h"
@@ -43,10 +43,10 @@ inline bool isOperator(const NSString& key) { return !key.empty() && key.toUtf16
 struct NodeKey {
   std::string_view name;
   Value (*get)(const FuzzedNode& node);
-  void (*set)(FuzzedNode& node, const Value& value);  ///< null for a key that is only read
+  void (*set)(FuzzedNode& node, const Value& value);  ///< null for a read-only key
   bool isNeverAbsent = false;
   bool announces = true;
-  std::string_view leadsTo = {};  ///< the class it is stated to lead to
+  std::string_view leadsTo = {};  ///< the stated class of its value
 };
 
 inline const NodeKey nodeKeys[] = {
@@ -107,7 +107,7 @@ inline bool affects(std::string_view changed, const NSString& key) {
 [[noreturn]] inline void raiseUndefined() { NSException::raise(NSUndefinedKeyException, "by the model"); }
 [[noreturn]] inline void raiseInvalid() { NSException::raise(NSInvalidArgumentException, "by the model"); }
 
-/// The elements of a collection, the values of a dictionary; absent for anything else.
+/// The elements of a collection or the values of a dictionary; absent for anything else.
 inline std::optional<std::vector<Value>> elementsOf(const Value& value) {
   std::vector<Value> elements;
   if (const auto* array = value.object<NSArray>()) {
@@ -160,7 +160,7 @@ inline Value operatorByModel(const std::vector<Value>& given, const NSString& na
     }
     return make<NSArray>(std::move(united));
   }
-  // The first one that no other exceeds.
+  // The first value that no other exceeds.
   const NSComparisonResult exceeds = name == "@max" ? NSOrderedDescending : NSOrderedAscending;
   for (const Value& value : values) {
     const auto isExceededBy = [&](const Value& other) { return &other != &value && other.compare(value) == exceeds; };
@@ -243,7 +243,7 @@ struct Call {
   bool isPrior;
 };
 
-inline std::vector<Call> heard;  ///< by the watchers, since the operation began
+inline std::vector<Call> heard;  ///< the watchers' notifications since the operation began
 
 class FuzzedWatcher : public NSObject {
   NK_OBJECT(FuzzedWatcher, NSObject)
@@ -262,7 +262,7 @@ inline void* contextOf(int context) { return context == 0 ? nullptr : &contextTa
 struct Watch {
   NSString path;
   std::vector<NSString> keys;
-  Weak<NSObject> used, root;  ///< what is observed, and the same in the model's graph
+  Weak<NSObject> used, root;  ///< the observed object, and its counterpart in the model's graph
   int watcher, context;
   NSKeyValueObservingOptions options;
 
@@ -273,8 +273,8 @@ inline bool isObservable(const Value& value) {
   return value.isObject() && !value.object<NSArray>() && !value.object<NSSet>();
 }
 
-/// The objects that stand along the path, each with the key that leads on from it, as far as it can be read; the name
-/// of what that raises, if it does.
+/// The objects along the path, each with the key that follows it, as far as the path can be read; and the name of the
+/// exception, if reading raises one.
 struct Chain {
   std::vector<std::pair<const NSObject*, NSString>> places;
   std::optional<NSString> raised;
@@ -303,17 +303,17 @@ inline Value shown(const Value& value) { return value.isAbsent() ? Value::null()
 struct Model {
   World world;
   std::vector<Watch> watches;
-  std::array<int, 3> watchers{0, 1, 2};  ///< the numbers of those that live
+  std::array<int, 3> watchers{0, 1, 2};  ///< the numbers of the existing watchers
   std::vector<Call> expected;
 
   [[nodiscard]] bool isAlive(int watcher) const { return std::ranges::find(watchers, watcher) != watchers.end(); }
 
-  /// The names of everything that goes wrong in a change: the library raises one of them.
+  /// The names of all exceptions that a change may raise: the library raises one of them.
   struct Raised {
     std::vector<NSString> names;
   };
 
-  /// Makes a change of one key of one object, and expects the calls of those who observe it.
+  /// Changes one key of one object, and records the calls that its observers must get.
   template <class Change>
   void announce(const Value& target, const NSString& key, Change&& change) {
     struct Affected {
@@ -369,7 +369,7 @@ struct Model {
       if (!known || !known->set) raiseUndefined();
       if (known->isNeverAbsent && (value.isAbsent() || value.isNull())) raiseInvalid();
       if (!known->announces) return known->set(*node, value);
-      auto trial = make<FuzzedSpecial>(-1);  // a value of the wrong kind is refused before anything is announced
+      auto trial = make<FuzzedSpecial>(-1);  // a value of the wrong kind is refused before observers are notified
       known->set(*trial, value);
       announce(target, key, [&] { known->set(*node, value); });
     } else if (auto* leaf = target.object<FuzzedLeaf>()) {
@@ -405,11 +405,11 @@ struct Model {
     set(next, keys.subspan(1), value);
   }
 
-  /// Raises for a key that no object of the stated class, or of one below it, has.
+  /// Raises for a key that no object of the stated class or of its subclasses has.
   static void checkStated(std::string_view className, Keys keys) {
     for (const NSString& key : keys) {
       if (className.empty() || isOperator(key)) return;
-      if (className.starts_with("NS")) return;  // the collections answer any key
+      if (className.starts_with("NS")) return;  // the collections accept any key
       if (className == "FuzzedLeaf") {
         if (key != "name" && key != "self" && key != "description") raiseUndefined();
         return;
@@ -460,7 +460,7 @@ inline bool alike(const World& a, const World& b) {
   return true;
 }
 
-/// Opens the circles in which nodes hold one another.
+/// Opens the circles of nodes that hold one another.
 inline void open(World& world) {
   for (const Weak<FuzzedNode>& weak : world.all) {
     const Ref<FuzzedNode> node = weak.lock();

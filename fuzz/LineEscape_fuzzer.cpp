@@ -1,6 +1,6 @@
-// fuzz/LineEscape_fuzzer.cpp - texts of a log line. Any bytes, as a text: the escaped text is one printable line of
-// UTF-8 and gives the text back. Any bytes, as an escaped text: what it gives is escaped to something that gives the
-// same.
+// fuzz/LineEscape_fuzzer.cpp - texts of a log line. Any bytes as a text: the escaped text is one printable line of
+// UTF-8 and gives the text back. Any bytes as an escaped text: its original text, escaped again, gives the same
+// original text.
 #include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/platform/values/Utf8.h"
 
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const NSString text = NSString::fromBytes({reinterpret_cast<const char*>(data), size});
   escapeAndBack(text);
   if (const auto given = DDLogLineFormatter::unescaped(text)) escapeAndBack(*given);
-  // Cut anywhere, so that halves stand alone.
+  // Cut in the middle, so that surrogate halves may be alone.
   if (text.length() > 1) {
     escapeAndBack(text.substringToIndex(text.length() / 2));
     escapeAndBack(text.substringFromIndex(text.length() / 2));

@@ -1,5 +1,5 @@
-// fuzz/LogReader_fuzzer.cpp - the reader of log files against a slow and plain one. The first bytes choose the filter
-// and how the file is divided; the rest is the file.
+// fuzz/LogReader_fuzzer.cpp - compares the reader of log files with a slow and simple one. The first bytes choose the
+// filter and how the file is divided; the rest is the file.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -17,7 +17,7 @@ namespace {
 
 using namespace norvik_log;
 
-/// What the filter has: the plain reader tests the same by the standard library.
+/// The filter's settings. The simple reader tests the same by the standard library.
 struct Wanted {
   int level = 0;
   std::string text, pattern;
@@ -28,7 +28,7 @@ std::vector<std::string> readByReader(const std::string& log, const Filter& filt
   BlockScan scan(filter, clock);
   const ReadAt read = [&log](char* into, std::size_t size, std::int64_t offset) -> std::size_t {
     const auto at = std::min(static_cast<std::size_t>(offset), log.size());
-    // Short reads, as pipes have them.
+    // Short reads, as from pipes.
     const std::size_t count = std::min({size, log.size() - at, std::size_t{61}});
     std::memcpy(into, log.data() + at, count);
     return count;
@@ -64,7 +64,7 @@ std::vector<std::string> readByModel(const std::string& log, const Wanted& wante
     }
     if (message.text.find(wanted.text) == std::string::npos) continue;
     if (!wanted.pattern.empty()) {
-      // "a.?b" of characters: only what is ASCII is asked for.
+      // The pattern is "a.?b" in characters; only ASCII is tested.
       bool matches = false;
       for (std::size_t i = 0; i + 1 < message.text.size(); ++i) {
         if (message.text[i] != 'a') continue;
@@ -81,7 +81,7 @@ std::vector<std::string> readByModel(const std::string& log, const Wanted& wante
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  constexpr std::size_t head = 3, longest = 1900;  // the expressions of the plain reader take a stack as long
+  constexpr std::size_t head = 3, longest = 1900;  // longest: the simple reader's expressions take stack by length
   if (size < head || size > longest) return 0;
   const int levels[] = {0, 1, 2, 4, 8, 16};
   const std::string texts[] = {"", "a", "\\", "\n", "paid", "a\tb", "\xc3\xab", "2021"};

@@ -1,5 +1,5 @@
 // fuzz/MRKStringParser_fuzzer.cpp - marked-up text of any units. Text, attributes, messages and the calls of closures
-// are those of a plain model of the language.
+// equal those of a simple model of the language.
 #include "tests/support/MarkupComparison.h"
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Most bytes are themselves; some become tags, blanks and halves, so that few bytes make deep markup.
+/// Most bytes stand for themselves; some become tags, blanks and surrogate halves, so that few bytes make deep markup.
 std::u16string sourceOf(const std::uint8_t* data, std::size_t size) {
   static constexpr const char16_t* words[] = {u"<b>",  u"</b>",  u"<i>",      u"</I>",     u"<a x=", u"<a ",
                                               u"</a>", u"\x01<", u"='",       u"\"",       u"<?>",   u"</?>",

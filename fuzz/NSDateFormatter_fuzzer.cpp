@@ -1,5 +1,5 @@
-// fuzz/NSDateFormatter_fuzzer.cpp - dates as people type them. What strict reading takes is what the pattern writes for
-// the date that was read, and lenient reading takes it too.
+// fuzz/NSDateFormatter_fuzzer.cpp - dates as people type them. A text that strict reading accepts equals what the
+// pattern writes for the date that was read, and lenient reading accepts it too.
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/values/CivilDate.h"
 
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Readers& both = readers()[data[0] % readers().size()];
   const NSString text = NSString::fromBytes({reinterpret_cast<const char*>(data) + 1, size - 1});
   const std::optional<Date> strict = both.strict->dateFromString(text), lenient = both.lenient->dateFromString(text);
-  if (!strict || civilDate(*strict).year > 9999) return 0;  // far from now a double does not hold milliseconds
+  if (!strict || civilDate(*strict).year > 9999) return 0;  // far from now a double is too coarse for milliseconds
   if (both.strict->stringFromDate(*strict) != text || lenient != strict) std::abort();
   return 0;
 }

@@ -1,11 +1,11 @@
-// "Set-Cookie" lines and lines of cookie files, from servers and other programs: the first line of the input is an
-// address, the rest the line.
+// "Set-Cookie" lines and lines of cookie files, from servers and other programs. The first line of the input is an
+// address, the rest is the line.
 //
-// - A slow model of RFC 6265, section 5.2, written from its text, says what name and value a line has, and whether it
-//   has any; what is accepted has these.
-// - What is accepted goes to the address that it came from, has a domain that is the host or above it, and no byte that
-//   would end a line of a request or a file.
-// - A cookie is the same after it was a line of a cookie file, and after it was properties.
+// - A slow model of RFC 6265, section 5.2, written from its text, determines whether a line has a name and a value, and
+//   which. An accepted cookie has these.
+// - An accepted cookie is sent to the address that it came from, has a domain that is the host or above it, and
+//   contains no byte that would end a line of a request or a file.
+// - A cookie is unchanged after conversion to a line of a cookie file and back, and to properties and back.
 #include "NorvikCore/platform/foundation/NSHTTPCookie.h"
 
 #include <cstdint>
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Ref<NSHTTPCookie> cookie = NSHTTPCookie::cookieWithSetCookieLine(NSString::fromBytes(line), *url);
   const auto pair = pairByModel(line);
   if (!cookie) {
-    // What more may refuse it: attributes, a name that promises some, and a host that is the domain of others.
+    // Other reasons to refuse it: attributes, a name that requires some, and a host that is the domain of others.
     const bool isPlain = pair && line.find(';') == line.npos && !pair->first.starts_with("__") && url->host() &&
                          !url->host()->hasPrefix(".");
     require(!isPlain, "a plain cookie is refused", input);

@@ -1,8 +1,8 @@
-// Archives, damaged and whole: what can be read at all reads the same after it was written again.
+// Archives, damaged and whole: a value that can be read at all is read the same after it was written again.
 //
-// Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived,
-// read and archived once more: both archives must have the same bytes. Data that pass are also read under every key
-// they hold.
+// For any bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived, read and
+// archived once more: both archives must have the same bytes. Accepted data are also read under every key that they
+// contain.
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -15,7 +15,7 @@ using namespace norvik;
 
 namespace {
 
-/// Holds two values, which may be or hold the object itself.
+/// Contains two values, which may be or contain the object itself.
 class FuzzedPair : public NSObject, public NSCoding {
   NK_OBJECT(FuzzedPair, NSObject)
   NK_CODING
@@ -38,7 +38,7 @@ class FuzzedPair : public NSObject, public NSCoding {
   std::abort();
 }
 
-/// False where the bytes are refused; a refusal by another name is a failure.
+/// Returns false if the bytes are refused; a refusal by another exception name is a failure.
 bool read(const NSData& data, Value& root) {
   try {
     root = NSKeyedUnarchiver::unarchiveObjectWithData(data);
@@ -49,7 +49,7 @@ bool read(const NSData& data, Value& root) {
   }
 }
 
-/// Empty where the value cannot be archived, as it is nested too deep.
+/// Empty if the value cannot be archived because it is nested too deep.
 Ref<NSData> write(const Value& root) {
   try {
     return NSKeyedArchiver::archivedDataWithRootObject(root);
@@ -61,7 +61,7 @@ Ref<NSData> write(const Value& root) {
 
 }  // namespace
 
-/// Objects that hold one another in a circle are never let go, here as in every program that counts references.
+/// Objects that hold one another in a circle are never destroyed, as in every program that counts references.
 extern "C" NK_EXPORT const char* __asan_default_options() {
   return "detect_leaks=0";
 }  // NOLINT(bugprone-reserved-identifier): the sanitizer's name

@@ -1,9 +1,9 @@
 // fuzz/NSNumberFormatter_fuzzer.cpp - amounts as people type them, in many locales and patterns.
 //
-// The whole input is a text for the formatter of British money fields, against a slow model of what is an amount. Its
-// first two characters also choose a locale and a pattern, whose formatter reads the rest: what it takes has the text's
-// digits and sign, spaces around it change nothing, lenient reading takes what strict reading takes, and what is
-// written of a number reads back. The rest as a Decimal, where it is one, is written and read too.
+// The whole input is a text for the formatter of British money fields, which is compared with a slow model of an
+// amount. Its first two characters also choose a locale and a pattern, whose formatter reads the rest: an accepted
+// number has the text's digits and sign, spaces around the text change nothing, lenient reading accepts what strict
+// reading accepts, and the text of a number reads back. If the rest is a Decimal, that is written and read too.
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 
@@ -40,7 +40,7 @@ constexpr std::array locales{"en_GB",
                              "es_ES",
                              "en_ZA"};
 
-/// What is between the digits and the number that they give.
+/// How the number follows from the digits.
 enum class Digits { AsTheyAre, Scaled, WithExponent, Words };
 
 struct Form {
@@ -110,7 +110,7 @@ std::optional<Decimal> readBy(const NSNumberFormatter& formatter, const NSString
   return number ? std::optional(number->decimalValue()) : std::nullopt;
 }
 
-/// The digits of a text one after the other, without the zeros before them.
+/// The digits of a text in order, without leading zeros.
 std::string digitsOf(std::string_view text, const std::array<std::string, 10>& own) {
   std::string digits;
   while (!text.empty()) {
@@ -154,14 +154,14 @@ void checkRead(const Decimal& number, std::string_view text, const Formatters& f
   }
 }
 
-/// The text of a number reads back as the number that it shows; zero has no sign.
+/// The text of a number reads back as the number that it shows. Zero has no sign.
 void checkWritten(const Decimal& number, const Formatters& formatters, std::size_t locale, std::size_t form) {
   const NSString text = formatters.strict->stringFromNumber(number);
   if (number.isNegative() && digitsOf(text.view(), formatters.digits).empty() && forms[form].digits != Digits::Words &&
       text != formatters.strict->stringFromNumber(0)) {
     fails("a sign before zero", text.view(), locale, form);
   }
-  // Greater numbers may be rounded to more than 38 digits, and ICU reads words below 10^15 only.
+  // Greater numbers may be rounded to more than 38 digits, and ICU reads words only below 10^15.
   static const Decimal mostDigits = *Decimal::parse("1E30"), mostWords = *Decimal::parse("1E15");
   const Decimal& most = forms[form].digits == Digits::Words ? mostWords : mostDigits;
   if (number >= most || number <= -most) return;
@@ -184,7 +184,7 @@ void checkForm(std::string_view text, std::size_t locale, std::size_t form) {
     if (forms[form].digits != Digits::Words) checkWritten(*leniently, formatters, locale, form);
   }
   if (const auto number = Decimal::parse(text); number && !number->isNaN()) {
-    // Words are not read in every language that ICU writes.
+    // ICU does not read words in every language in which it writes them.
     if (forms[form].digits != Digits::Words || locale == 0) checkWritten(*number, formatters, locale, form);
   }
 }
@@ -205,7 +205,7 @@ std::vector<std::string> pieces(const std::string& text, char separator) {
 
 void skipSpaces(std::string& text) { text.erase(0, text.find_first_not_of(" \t\n\v\f\r")); }
 
-/// Takes the text apart at the point and at the commas. ASCII only.
+/// Splits the text at the point and at the commas. ASCII only.
 std::optional<Decimal> readByModel(std::string text, bool isLenient) {
   if (isLenient) {
     text.erase(text.find_last_not_of(" \t\n\v\f\r") + 1);

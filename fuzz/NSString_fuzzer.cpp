@@ -1,5 +1,5 @@
-// fuzz/NSString_fuzzer.cpp - texts from any bytes, and any changes to them. The bytes come back; cutting, searching,
-// ordering and editing do what a std::u16string does.
+// fuzz/NSString_fuzzer.cpp - texts from any bytes, and any changes of them. The bytes come back; cutting, searching,
+// ordering and editing give the results of a std::u16string.
 #include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
 
@@ -20,7 +20,7 @@ void require(bool holds, const char* what) {
   std::abort();
 }
 
-/// Takes numbers and bytes off the front of the input; zeros once it is used up.
+/// Removes numbers and bytes from the front of the input; returns zeros when the input is used up.
 struct Input {
   std::string_view bytes;
 
@@ -35,7 +35,7 @@ struct Input {
     bytes.remove_prefix(taken.size());
     return taken;
   }
-  /// Any units, lone halves among them.
+  /// Any units, including lone surrogate halves.
   Units units(std::size_t most) {
     Units units;
     for (const std::string_view taken = take(2 * most); const char byte : taken) {

@@ -1,10 +1,11 @@
-// Addresses, from others' texts: what is one keeps being the same one, and has the parts that it shows.
+// Addresses from texts of other programs: a valid address stays the same, and has the parts that its text shows.
 //
-// - An address, written and read again, is equal and is written the same; so is one that is resolved at another.
-// - Its parts put together by the rule of RFC 3986, section 5.3, are its text.
-// - Split by the regular expression of RFC 3986, appendix B, here a plain search, its text has those parts.
-// - Its text has only the characters that RFC 3986 lets it have.
-// - The tolerant reader takes every address as it is.
+// - An address that is written and read again is equal and is written the same; so is one that is resolved against
+//   another.
+// - Its parts, joined by the rule of RFC 3986, section 5.3, are its text.
+// - Its text, split by the regular expression of RFC 3986, appendix B (here a plain search), gives those parts.
+// - Its text contains only the characters that RFC 3986 allows.
+// - The tolerant reader accepts every address unchanged.
 #include "NorvikCore/Categories/NSURL+NorvikCore.h"
 
 #include <cstdint>

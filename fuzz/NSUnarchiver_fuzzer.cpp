@@ -1,9 +1,9 @@
-// Sequential archives, damaged and whole: what can be read at all reads the same after it was written again, by either
-// archiver.
+// Sequential archives, damaged and whole: a value that can be read at all is read the same after either archiver has
+// written it again.
 //
-// Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived,
-// read and archived once more: both archives must have the same bytes. It is also taken through the keyed archiver,
-// and the sequential archive of what comes back must have these bytes too.
+// For any bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value is archived, read and
+// archived once more: both archives must have the same bytes. It is also passed through the keyed archiver, and the
+// sequential archive of the result must have these bytes too.
 #include "NorvikCore/platform/archives/NSArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
@@ -18,7 +18,7 @@ using namespace norvik;
 
 namespace {
 
-/// Holds values by order and by key, which may be or hold the object itself.
+/// Contains values by order and by key, which may be or contain the object itself.
 class FuzzedChain : public NSObject, public NSCoding {
   NK_OBJECT(FuzzedChain, NSObject)
   NK_CODING
@@ -38,7 +38,7 @@ class FuzzedChain : public NSObject, public NSCoding {
   Value first_, named_, second_;
 };
 
-/// Made whole, so that it cannot be part of what it holds.
+/// Created in one step from its content, so that it cannot be part of its content.
 class FuzzedWhole : public NSObject, public NSCoding {
   NK_OBJECT(FuzzedWhole, NSObject)
   NK_DECODED_BY(wholeWithCoder)
@@ -58,7 +58,7 @@ class FuzzedWhole : public NSObject, public NSCoding {
   std::abort();
 }
 
-/// False where the bytes are refused; a refusal by another name is a failure.
+/// Returns false if the bytes are refused; a refusal by another exception name is a failure.
 bool read(Value (*unarchive)(const NSData&), const NSData& data, Value& root) {
   try {
     root = unarchive(data);
@@ -69,7 +69,7 @@ bool read(Value (*unarchive)(const NSData&), const NSData& data, Value& root) {
   }
 }
 
-/// Empty where the value cannot be archived, as it is nested too deep.
+/// Empty if the value cannot be archived because it is nested too deep.
 Ref<NSData> write(Ref<NSData> (*archive)(const Value&), const Value& root) {
   try {
     return archive(root);
@@ -81,7 +81,7 @@ Ref<NSData> write(Ref<NSData> (*archive)(const Value&), const Value& root) {
 
 }  // namespace
 
-/// Objects that hold one another in a circle are never let go, here as in every program that counts references.
+/// Objects that hold one another in a circle are never destroyed, as in every program that counts references.
 extern "C" NK_EXPORT const char* __asan_default_options() {
   return "detect_leaks=0";
 }  // NOLINT(bugprone-reserved-identifier)

@@ -1,4 +1,4 @@
-// fuzz/PatternFailure.h - how a fuzzer of patterns ends with a finding.
+// fuzz/PatternFailure.h - reports a finding of a fuzzer of patterns.
 #pragma once
 
 #include <cstdio>
@@ -7,7 +7,7 @@
 
 namespace norvik::fuzz {
 
-/// Says what is wrong with the text that the pattern wrote, and ends the program.
+/// Prints what is wrong with the text that the pattern wrote, and ends the program.
 [[noreturn]] inline void fail(std::string_view what, std::string_view pattern, std::string_view text) {
   const auto sizeOf = [](std::string_view part) { return static_cast<int>(part.size()); };
   std::fprintf(stderr, "%.*s: pattern \"%.*s\", text \"%.*s\"\n", sizeOf(what), what.data(), sizeOf(pattern),

@@ -1,9 +1,9 @@
 // fuzz/PayslipTemplate_fuzzer.cpp - the templates of the pay run's payslips. The first line of the input is the
 // employee's name, the others are the template.
 //
-// A template is refused, or makes a payslip in which a name is only ever text: whatever it is, the payslip is the one
-// of a placeholder's letter with the name in place of the letter. On a terminal nothing but colours is set; in HTML
-// every tag is a known one, and closed.
+// A template is refused, or makes a payslip in which a name is always text: for any name, the payslip equals that of a
+// placeholder letter with the name instead of the letter. On a terminal only colours are set; in HTML every tag is a
+// known one, and closed.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -67,7 +67,7 @@ void checkNameIsText(const PayslipTemplate& form, const std::string& name) {
   for (std::size_t i = 0; i < texts.size(); ++i) check(texts[i] == replaced(others[i], letter, name));
 }
 
-/// Without escape sequences, which may only set and reset styles.
+/// The text without escape sequences, which may only set and reset styles.
 std::string withoutStyles(std::string_view text) {
   std::string result;
   while (!text.empty()) {

@@ -1,8 +1,8 @@
-// fuzz/PlainNumberPattern_fuzzer.cpp - number patterns of any kind, each with an amount.
+// fuzz/PlainNumberPattern_fuzzer.cpp - any number patterns, each with an amount.
 //
-// - A pattern of digits, with separators or without, writes what a slow model writes.
-// - Whatever the pattern, what is written is the same text each time; where strict reading takes it, the number that
-//   was read is written the same, and lenient reading gives that number too.
+// - A pattern of digits, with or without separators, writes what a slow model writes.
+// - Any pattern writes the same text each time. If strict reading accepts the text, the number that was read is written
+//   as the same text, and lenient reading gives the same number.
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -21,11 +21,11 @@ constexpr const char* locales[] = {"en_GB", "de_DE", "en_IN", "ar_EG"};
 
 struct Amount {
   bool isNegative;
-  std::string digits;  ///< of the whole, without zeros before them
-  std::string places;  ///< behind the point
+  std::string digits;  ///< before the point, without leading zeros
+  std::string places;  ///< after the point
 };
 
-/// Plain patterns: so many digits at least before the point, so many at least and at most behind it.
+/// Plain patterns: the least number of digits before the point, and the least and the greatest number after it.
 struct Plain {
   std::size_t whole, least, most;
   bool isGrouped, isPercent;
@@ -44,7 +44,7 @@ struct Plain {
   }
 };
 
-/// Half to the even digit, by hand.
+/// Writes the amount by hand, with half rounded to the even digit.
 std::string writtenByModel(Plain plain, Amount amount) {
   if (plain.isPercent) {
     amount.places.resize(std::max<std::size_t>(amount.places.size(), 2), '0');
@@ -67,7 +67,7 @@ std::string writtenByModel(Plain plain, Amount amount) {
   while (amount.places.size() > plain.least && amount.places.ends_with('0')) amount.places.pop_back();
   while (amount.places.size() < plain.least) amount.places += '0';
   const bool isZero = (amount.digits + amount.places).find_first_not_of('0') == std::string::npos;
-  // A pattern that wants no digit at all wants one before the point.
+  // A pattern that requires no digit at all requires one before the point.
   const std::size_t whole = plain.whole + plain.least == 0 ? 1 : plain.whole;
   while (amount.digits.size() < whole) amount.digits.insert(0, "0");
   if (plain.isGrouped) {
@@ -77,7 +77,8 @@ std::string writtenByModel(Plain plain, Amount amount) {
          (amount.places.empty() ? "" : "." + amount.places) + (plain.isPercent ? "%" : "");
 }
 
-/// Padding by a digit or a separator is read as one. A character beyond ASCII may be either, in some locale.
+/// True if the pattern pads with a digit or a separator, which is read as one. A character beyond ASCII may be either,
+/// in some locale.
 bool mayPadWithPartsOfNumbers(std::string_view pattern) {
   for (std::size_t at = pattern.find('*'); at != std::string_view::npos; at = pattern.find('*', at + 1)) {
     const char c = at + 1 < pattern.size() ? pattern[at + 1] : '*';
@@ -86,7 +87,7 @@ bool mayPadWithPartsOfNumbers(std::string_view pattern) {
   return false;
 }
 
-/// Empty for what is no pattern.
+/// Empty if the text is not a pattern.
 Ref<NSNumberFormatter> formatter(const char* locale, const NSString& pattern, bool isLenient) {
   auto made = make<NSNumberFormatter>();
   made->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
@@ -103,8 +104,8 @@ Ref<NSNumberFormatter> formatter(const char* locale, const NSString& pattern, bo
 
 }  // namespace
 
-/// A choice, five bytes of a number, one of its places; the rest is the pattern, or two bytes that a plain one is made
-/// of.
+/// The input: a choice, five bytes of a number, one of its places; the rest is the pattern, or two bytes from which a
+/// plain pattern is made.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t head = 7;
   if (size < head + 2 || size > head + 60) return 0;

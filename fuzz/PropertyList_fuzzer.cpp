@@ -1,7 +1,8 @@
-// Stored preferences, damaged and whole: what can be read at all can be stored again, and comes back as it was.
+// Stored preferences, damaged and whole: a value that can be read at all can be stored again, and is read back
+// unchanged.
 //
-// Whatever the bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value can be stored:
-// it is copied, written, read, copied and written once more, and the two writings must have the same bytes.
+// For any bytes, reading raises NSInvalidUnarchiveOperationException or gives a value. That value can be stored: it is
+// copied, written, read, copied and written once more, and both written forms must have the same bytes.
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -20,7 +21,7 @@ namespace {
   std::abort();
 }
 
-/// False where the bytes are refused; a refusal by another name is a failure.
+/// Returns false if the bytes are refused; a refusal by another exception name is a failure.
 bool read(std::string_view bytes, Value& value) {
   try {
     value = detail::decodePropertyList(bytes);

@@ -1,5 +1,5 @@
-// Zone files and rules from anywhere: damaged data is refused, and what is accepted is consistent. The oracle is a
-// second, slow way to each answer: the span found by walking from change to change, and the local time found by trying
+// Zone files and rules from any source: damaged data is refused, and accepted data is consistent. The oracle computes
+// each answer in a second, slow way: it finds the span by walking from change to change, and the local time by trying
 // every span.
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 

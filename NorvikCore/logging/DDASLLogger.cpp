@@ -38,13 +38,13 @@ struct DDASLLogger::Client {
   void report();
 
   kernel::SyslogClient service{"com.apple.console"};
-  std::string text;                // of one message of a run; kept for its memory
-  std::uint32_t generation = 0;    // the process of willRetry (kernel::forkGeneration)
-  bool willRetry = false;          // in that process
-  std::uint64_t reportedLost = 0;  // when the console was last told
+  std::string text;                // of one message of a run; a member so that its memory is reused
+  std::uint32_t generation = 0;    // the process to which willRetry belongs (kernel::forkGeneration)
+  bool willRetry = false;          // a timer will send the waiting messages
+  std::uint64_t reportedLost = 0;  // the losses at the last report on the console
   std::int64_t reportedAt = 0;
   std::uint64_t takenAtReport = 0;
-  bool isReported = false;  // that messages are lost, and not yet that they are taken again
+  bool isReported = false;  // losses are reported, and that messages are taken again is not
 };
 
 std::int64_t DDASLLogger::Client::localSeconds(Date date) const {
@@ -161,7 +161,7 @@ void DDASLLogger::followUp() {
       self->followUp();
     });
     client->willRetry = true;
-  } catch (const std::bad_alloc&) {  // it is done after a later message
+  } catch (const std::bad_alloc&) {  // repeated after a later message
     return;
   }
 }

@@ -8,7 +8,7 @@
 namespace norvik {
 
 DDAbstractLogger::~DDAbstractLogger() {
-  // Others may keep the queue, and another logger may come to have this address.
+  // The queue may outlive this object, and another logger may be created at this address.
   if (loggerQueue_) dispatch_queue_set_specific(loggerQueue_, this, nullptr);
 }
 
@@ -17,7 +17,7 @@ bool DDAbstractLogger::init() {
   const std::optional<NSString> name = loggerName();
   loggerQueue_ = dispatch_queue_create(name ? name->utf8().c_str() : nullptr);
   dispatch_queue_set_specific(loggerQueue_, this, this);
-  detail::WorkerPool::shared().prepare();  // so that the process's first message finds one
+  detail::WorkerPool::shared().prepare();  // so that the process's first message finds a worker
   return true;
 }
 

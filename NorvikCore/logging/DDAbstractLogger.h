@@ -1,13 +1,13 @@
-// NorvikCore/logging/DDAbstractLogger.h - the base of loggers: a queue of its own and a formatter that may change while
-// messages flow. DDLogger.h shows one derived from it.
+// NorvikCore/logging/DDAbstractLogger.h - the base of loggers: it has a queue of its own, and a formatter that may be
+// replaced while messages flow. DDLogger.h shows a derived class.
 //
 //   logger->setLogFormatter(make<MyFormatter>());     // any thread; later messages use it
 //
-// Ownership: keeps its formatter and its queue.
-// Threads:   setLogFormatter() from anywhere, at once. logFormatter() waits for the logging queue and then for this
-//            logger's queue, so it must not be called from either; it sees every change asked for before. Everything
-//            else on the logger's queue: there `formatter()` is read directly.
-//            Code that runs on both queues enters the logging queue first, never the other way round.
+// Ownership: retains its formatter and its queue.
+// Threads:   setLogFormatter() may be called on any thread, and returns at once. logFormatter() waits for the logging
+//            queue and then for this logger's queue, so it must not be called on either; it sees every change that was
+//            requested before. Everything else runs on the logger's queue, where `formatter()` is read directly.
+// Code that runs on both queues enters the logging queue first, never the other way round.
 #pragma once
 
 #include "NorvikCore/logging/DDLogger.h"
@@ -18,18 +18,18 @@ namespace norvik {
 class NK_EXPORT DDAbstractLogger : public DDLogger {
   NK_OBJECT(DDAbstractLogger, DDLogger)
 
-  /// Does nothing; every logger overrides it.
+  /// Does nothing. Derived loggers override it.
   void logMessage(const DDLogMessage& message) override;
 
   [[nodiscard]] Ref<DDLogFormatter> logFormatter() override;
   void setLogFormatter(const Ref<DDLogFormatter>& formatter) override;
 
   [[nodiscard]] dispatch_queue_t loggerQueue() override;
-  /// The name of the class, unless a logger has a better one. Labels the queue.
+  /// The name of the class, unless a derived logger overrides it. The queue is labelled with it.
   [[nodiscard]] std::optional<NSString> loggerName() override;
 
-  /// True in a block of the logging queue itself, not in a block of another queue that such a block waits for. The key
-  /// is GlobalLoggingQueueIdentityKey.
+  /// True in a block of the logging queue itself, but not in a block of another queue for which such a block waits. The
+  /// key is GlobalLoggingQueueIdentityKey.
   [[nodiscard]] bool isOnGlobalLoggingQueue() const;
   /// True in a block of this logger's queue, from any thread. The key is the logger's own address.
   [[nodiscard]] bool isOnInternalLoggerQueue() const;
@@ -41,7 +41,7 @@ class NK_EXPORT DDAbstractLogger : public DDLogger {
 
   /// The formatter, or empty; on the logger's queue only.
   [[nodiscard]] const Ref<DDLogFormatter>& formatter() const noexcept { return formatter_; }
-  /// Sets the formatter of a logger that is being made, without telling it.
+  /// Sets the formatter of a logger that is being created, without calling didAddToLogger().
   void initFormatter(Ref<DDLogFormatter> formatter) noexcept { formatter_ = std::move(formatter); }
 
  private:

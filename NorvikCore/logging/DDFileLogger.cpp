@@ -27,20 +27,20 @@ namespace {
 
 constexpr std::size_t largestWrite = 64 * 1024;
 
-// A file that is gone is noticed after this time, or so many lines and one run of messages more.
+// A deleted or moved file is noticed after this time, or after this many lines and one further run of messages.
 constexpr std::int64_t lookInterval = 500 * NSEC_PER_MSEC;
 constexpr std::uint64_t lookLines = 500;
 
 constinit detail::ExceptionReports exceptionReports{"DDFileLogger.logMessage"};
 
-/// If others than the owner may write to the manager's files, files of other users are used too.
+/// Returns `anybody` if others than the owner may write to the manager's files.
 detail::LogFileOwner ownerFor(const DDLogFileManager& manager) {
   constexpr std::uint32_t writableByOthers = 0022;
   return (manager.logFilePermissions() & writableByOthers) != 0 ? detail::LogFileOwner::anybody
                                                                 : detail::LogFileOwner::user;
 }
 
-/// When the file reaches that age, on the wall clock.
+/// The time at which the file reaches that age, on the wall clock.
 dispatch_time_t rollingTime(Date creation, double frequency) {
   const double latest = 9e9;  // seconds since 1970, in the year 2255: as far as nanoseconds in 63 bits reach
   const double seconds = std::min(creation.timeIntervalSince1970() + frequency, latest);
@@ -141,8 +141,8 @@ void DDFileLogger::rollLogFileNow() {
   const Ref<DDLogFileInfo> rolled = currentLogFileInfo_;
   if (!isReplaced) rolled->setIsArchived(true);
   logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
-  if (currentLogFileInfo_ != rolled) return;  // what the manager did led back here
-  closeFile();                                // should the manager have had it opened again
+  if (currentLogFileInfo_ != rolled) return;  // the manager called this logger, which chose another file
+  closeFile();                                // in case the manager called this logger, which opened the file again
   currentLogFileInfo_ = nullptr;
   cancelTimer();
 }
@@ -185,7 +185,7 @@ Ref<DDLogFileInfo> DDFileLogger::currentLogFileInfo() {
     passedOver_.clear();
     newest->setIsArchived(true);
     logFileManager_->didArchiveLogFile(newest->filePath());
-    if (!currentLogFileInfo_) beginFile();  // what the manager did may have led here
+    if (!currentLogFileInfo_) beginFile();  // the manager may have called this logger, which chose a file
   } else {
     currentLogFileInfo_ = newest;
     isBegun_ = false;
@@ -198,7 +198,7 @@ void DDFileLogger::beginFile() {
   isBegun_ = true;
 }
 
-/// Begins another file in the place of the one that was found.
+/// Begins another file instead of the one that was found.
 void DDFileLogger::passOver(const NSString& path, const std::string& reason) {
   std::string told = detail::printable(path) + " " + reason;
   if (told != passedOver_) NSLog("DDFileLogger: %@; another log file is begun", told);
@@ -207,7 +207,7 @@ void DDFileLogger::passOver(const NSString& path, const std::string& reason) {
 }
 
 void DDFileLogger::reportUnopened(const detail::LogFileRefusal& refusal) {
-  // Why a file could not be made, the manager has said itself.
+  // The manager has reported itself why a file could not be made.
   const bool isMissing = isBegun_ && (refusal.error == ENOENT || refusal.error == ENOTDIR);
   if (isMissing && dynamic_cast<const DDLogFileManagerDefault*>(logFileManager_.get())) return;
   if (unopened_ != refusal.reason) {
@@ -217,7 +217,7 @@ void DDFileLogger::reportUnopened(const detail::LogFileRefusal& refusal) {
   unopened_ = refusal.reason;
 }
 
-/// A file that the manager has just made is accepted also if the file system reports another owner for every file.
+/// A file that the manager has just made is also accepted if the file system reports another owner for every file.
 detail::LogFileRefusal DDFileLogger::openCurrentFile(detail::OpenLogFile& file) const {
   const detail::LogFileOwner owner = ownerFor(*logFileManager_);
   const auto* const maker = isBegun_ ? dynamic_cast<const DDLogFileManagerDefault*>(logFileManager_.get()) : nullptr;
@@ -256,14 +256,14 @@ Ref<NSFileHandle> DDFileLogger::currentLogFileHandle() {
   endsInsideLine_ = file.endsInsideLine;
   currentLogFileHandle_ = std::move(handle);
   detail::CrashFiles::note(this, currentLogFileHandle_->fileDescriptor(), device_, inode_);
-  // After the line for which the file was opened: the first timer of a process starts a thread.
+  // Scheduled after the line for which the file was opened, because the first timer of a process starts a thread.
   dispatch_async_relaxed(loggerQueue(), [logger = Weak<DDFileLogger>(this)] {
     if (const Ref<DDFileLogger> alive = logger.lock()) alive->scheduleTimerToRollLogFileDueToAge();
   });
   return currentLogFileHandle_;
 }
 
-/// Closes the file as it is. What fails is reported: it may mean that lines have not reached the disk.
+/// Closes the file without archiving it. Failures are reported, because lines may not have reached the disk.
 void DDFileLogger::closeFile() {
   const Ref<NSFileHandle> handle = std::exchange(currentLogFileHandle_, nullptr);
   if (!handle) return;
@@ -292,11 +292,11 @@ bool DDFileLogger::isCurrentFileReplaced() const {
          (status.device != device_ || status.inode != inode_);
 }
 
-/// Somebody may have deleted or moved the file: then another is chosen. So it is where no file could be made before.
+/// If the file was deleted or moved, or could not be made before, another file is chosen.
 void DDFileLogger::lookAfterFile() {
   if (!currentLogFileInfo_) return;
   if (currentLogFileHandle_ && timerGeneration_ != kernel::forkGeneration()) {
-    scheduleTimerToRollLogFileDueToAge();  // the parent's does not fire in this child
+    scheduleTimerToRollLogFileDueToAge();  // the parent's timer does not fire in this child
   }
   const std::int64_t now = kernel::monotonicNanoseconds();
   if (linesSinceLook_ < lookLines && now - lastLook_ < lookInterval) return;
@@ -317,7 +317,7 @@ void DDFileLogger::logMessage(const DDLogMessage& message) {
   writePending();
 }
 
-/// A subclass may have a logMessage() of its own.
+/// A derived class may override logMessage().
 bool DDFileLogger::takesRuns() const noexcept { return typeid(*this) == typeid(DDFileLogger); }
 
 std::size_t DDFileLogger::logMessages(const DDLogRun& run) {
@@ -355,7 +355,8 @@ void DDFileLogger::endLine(std::size_t begin) {
   pending_.ends.push_back(pending_.text.size());
 }
 
-/// Lines may wait for the rest of their run unless they reach the size limit: the file ends with the line that does.
+/// Lines may wait for the rest of their run, unless they reach the size limit: the line that reaches it is the file's
+/// last.
 bool DDFileLogger::mustWrite() const noexcept {
   if (!currentLogFileHandle_ || pending_.text.size() >= largestWrite) return true;
   return maximumFileSize_ != 0 && offset_ + pending_.text.size() >= maximumFileSize_;
@@ -364,7 +365,7 @@ bool DDFileLogger::mustWrite() const noexcept {
 void DDFileLogger::writePending() {
   if (pending_.ends.empty()) return;
   linesSinceLook_ += pending_.ends.size();
-  // Taken first: what the manager is told of a roll may lead back here.
+  // Taken first, because a roll notifies the manager, which may call this logger again.
   Lines lines = std::exchange(pending_, {});
   try {
     lookAfterFile();
@@ -372,7 +373,7 @@ void DDFileLogger::writePending() {
   } catch (const NSException& exception) {
     exceptionReports.add(exception);
   }
-  if (pending_.ends.empty() && lines.text.capacity() <= 2 * largestWrite) {  // keeps the memory for the next ones
+  if (pending_.ends.empty() && lines.text.capacity() <= 2 * largestWrite) {  // reuses the memory for the next lines
     lines.text.clear();
     lines.ends.clear();
     pending_ = std::move(lines);
@@ -391,18 +392,18 @@ void DDFileLogger::write(const Lines& lines) {
   maybeRollLogFileDueToSize();
 }
 
-/// Ends a line of which a full disk took a part only, so that the next one stands on its own. False where that fails
+/// Ends a line that a full disk took only in part, so that the next line starts on its own. Returns false if that fails
 /// too.
 bool DDFileLogger::endBrokenLine(int descriptor) {
   if (endsInsideLine_ && kernel::writeAll(descriptor, "\n") == 0) endsInsideLine_ = false;
   return !endsInsideLine_;
 }
 
-/// After a failure the lines that remain are written one by one, so that each has its own luck, and its own report.
+/// After a failure the remaining lines are written one by one, so that each may succeed or be reported by itself.
 void DDFileLogger::writeRest(const Lines& lines, std::size_t written) {
   std::size_t begin = 0;
   for (const std::size_t end : lines.ends) {
-    std::size_t from = std::max(begin, written);  // of a line that was taken in part only the rest remains
+    std::size_t from = std::max(begin, written);  // of a line that was written in part only the rest remains
     begin = end;
     if (end <= written) continue;
     endsInsideLine_ = endsInsideLine_ || (from > 0 && lines.text[from - 1] != '\n');
@@ -416,7 +417,7 @@ void DDFileLogger::writeRest(const Lines& lines, std::size_t written) {
       const int error = kernel::writeAll(handle->fileDescriptor(), rest, &taken);
       if (error != 0) {
         endsInsideLine_ = endsInsideLine_ || taken > 0;
-        handle->writeData(rest.substr(taken));  // raises what became of it
+        handle->writeData(rest.substr(taken));  // raises the error
       }
       endsInsideLine_ = false;
       offset_ = handle->offsetInFile();

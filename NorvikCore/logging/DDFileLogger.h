@@ -6,26 +6,30 @@
 //   logger->logFileManager()->setMaximumNumberOfLogFiles(7);
 //   DDLog::addLogger(logger);
 //
-// The file is opened with the first message: the newest of the folder, unless it is archived, too large or too old.
-// Every line goes to the end of the file, so that processes may share one. A file that was deleted or moved is noticed
-// within half a second or 500 lines, and writing goes on in another. A file ends slightly larger than the limit, with a
-// whole line. Where a killed process left a part of a line, a line feed ends it first. A file that may not be read
-// (0200) is given that line feed unless it is empty, because what it ends with is not known.
+// The first message opens the newest file of the folder, unless that file is archived, too large or too old. Every line
+// is appended to the end of the file, so that processes may share a file. If the file is deleted or moved, the logger
+// detects this within half a second or 500 lines, and continues in another file. A file ends with a whole line and is
+// slightly larger than the limit. If a killed process left part of a line, the logger first ends that line with a line
+// feed. To a file that it may not read (0200) and that is not empty, it always appends that line feed, because it
+// cannot see how the file ends.
 //
-// Only a regular file of this user with one name is written to, by root too. Where the newest is anything else (a link,
-// a folder, a named pipe, a second name of another file, a file of another user, one without permission), the console
-// says why, once, and another file is begun. Files of other users are written to where the manager's
-// logFilePermissions() let others than the owner write. The folder itself may be a link.
+// The logger, also as root, writes only to a regular file that belongs to this user and has one name (hard link). If
+// the newest file is anything else (a symbolic link, a folder, a named pipe, a second name of another file, a file of
+// another user, a file without permission), the reason is reported once on the console, and another file is begun.
+// Files of other users are written to if the manager's logFilePermissions() let others than the owner write. The folder
+// itself may be a link.
 //
-// Once a call that logs synchronously has returned, its line is in the file, whatever becomes of the process.
+// Once a synchronous log call has returned, its line is in the file, even if the process then crashes.
 //
-// Ownership: keeps its manager; owns the open file, and closes it at its end without archiving it.
-// Threads:   settings and rollLogFile() from any thread; reading a setting waits for the logging queue and then for the
-//            logger's queue, and must not be done on either. currentLogFileInfo(), currentLogFileHandle() and the
-//            operations named maybe..., ...Now and schedule... on the logger's queue only.
-// Errors:    an NSException while a line is written is caught: the line is lost, and the exception reported on the
-//            system console, ten times at most per process. Other exceptions pass, and end the process. Where no file
-//            can be opened, lines are lost, the console says why, once, and opening is tried again.
+// Ownership: retains its manager. Owns the open file, and closes it without archiving it when the logger is destroyed.
+// Threads:   settings and rollLogFile() may be called on any thread. Reading a setting waits for the logging queue and
+//            then for the logger's queue, and must not be done on either. Call currentLogFileInfo(),
+//            currentLogFileHandle() and the operations named maybe..., ...Now and schedule... on the logger's queue
+//            only.
+// Errors:    an NSException while a line is written is caught. The line is lost, and the exception is reported on the
+//            system console, at most ten times per process. Other exceptions pass, and end the process. While no file
+//            can be opened, lines are lost, the reason is reported once on the console, and the logger keeps trying to
+//            open a file.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -50,16 +54,17 @@ struct OpenLogFile;
 class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   NK_OBJECT(DDFileLogger, DDAbstractLogger)
 
-  /// With a DDLogFileManagerDefault of its own, where no manager is given.
+  /// Creates a DDLogFileManagerDefault if no manager is given.
   DDFileLogger();
   explicit DDFileLogger(Ref<DDLogFileManager> logFileManager);
 
   [[nodiscard]] static Ref<DDFileLogger> initWithLogFileManager(const Ref<DDLogFileManager>& logFileManager);
 
-  /// Bytes after which a file is closed; 1 MiB unless set, 0 for no limit. Set, it applies to the current file at once.
+  /// A file is closed when it has this many bytes; initially 1 MiB, 0 for no limit. A change applies to the current
+  /// file at once.
   [[nodiscard]] std::uint64_t maximumFileSize() const;
   void setMaximumFileSize(std::uint64_t bytes);
-  /// Seconds after which a file is closed; 24 hours unless set, 0 or less for no limit.
+  /// A file is closed when it is this many seconds old; initially 24 hours, 0 or less for no limit.
   [[nodiscard]] double rollingFrequency() const;
   void setRollingFrequency(double seconds);
   template <detail::ChronoDuration Duration>
@@ -67,23 +72,23 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
     setRollingFrequency(detail::inSeconds(duration));
   }
 
-  /// Archives the current file, if there is one; the next message begins another. At once on the logger's queue,
-  /// elsewhere in its turn.
+  /// Archives the current file, if there is one; the next message begins another. On the logger's queue this happens at
+  /// once; elsewhere it is enqueued behind earlier messages.
   void rollLogFile();
   void rollLogFileNow();
   void maybeRollLogFileDueToAge();
   void maybeRollLogFileDueToSize();
   void scheduleTimerToRollLogFileDueToAge();
 
-  /// The file being written. Where there is none it is chosen, or made.
+  /// The current file. If there is none, it is chosen or created.
   [[nodiscard]] Ref<DDLogFileInfo> currentLogFileInfo();
-  /// Its open handle, which appends; empty where it cannot be opened.
+  /// The open handle of the current file, which appends; empty if the file cannot be opened.
   [[nodiscard]] Ref<NSFileHandle> currentLogFileHandle();
 
   void logMessage(const DDLogMessage& message) override;
-  /// Unless it is of a class derived from this one.
+  /// True, except for a derived class.
   [[nodiscard]] bool takesRuns() const noexcept override;
-  /// Writes as many lines at once as end up in one file; one at a time where the formatter takes no runs.
+  /// Writes with one call as many lines as fit into one file. Writes one line at a time if the formatter takes no runs.
   [[nodiscard]] std::size_t logMessages(const DDLogRun& run) override;
   /// Archives the current file.
   void willRemoveLogger() override;
@@ -99,7 +104,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
  private:
   struct Lines {
     std::string text;
-    std::vector<std::size_t> ends;  // where each line ends in it
+    std::vector<std::size_t> ends;  // the end of each line in `text`
   };
 
   template <class Setting>
@@ -116,7 +121,7 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   void writeRest(const Lines& lines, std::size_t written);
   [[nodiscard]] bool endBrokenLine(int descriptor);
   [[nodiscard]] bool isCurrentFileGone() const;
-  /// A file of the same path is another one.
+  /// True if the path of the current file now names another file.
   [[nodiscard]] bool isCurrentFileReplaced() const;
   void lookAfterFile();
   void beginFile();
@@ -133,15 +138,15 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   std::uint64_t maximumFileSize_ = 1024 * 1024;
   double rollingFrequency_ = 24 * 60 * 60;
 
-  Lines pending_;                         // still to be written
+  Lines pending_;                         // not yet written
   std::uint64_t offset_ = 0;              // in the open file, after the last write
-  std::uint64_t device_ = 0, inode_ = 0;  // the open file: is it still the one of that path?
-  bool endsInsideLine_ = false;           // the open file: a write, or a killed process, left a line half done
-  bool isBegun_ = false;                  // the current file was made for this logger, not found
-  std::string passedOver_, unopened_;     // the last reports of a file not used and of no file; empty: neither applies
-  std::int64_t lastLook_ = 0;             // monotonic nanoseconds
+  std::uint64_t device_ = 0, inode_ = 0;  // of the open file, to detect that its path names another file
+  bool endsInsideLine_ = false;           // the open file ends with part of a line, of a write or of a killed process
+  bool isBegun_ = false;                  // the current file was created for this logger, not found
+  std::string passedOver_, unopened_;     // last reports of an unused file, and of no open file; empty: none
+  std::int64_t lastLook_ = 0;             // when the file's path was last checked; monotonic nanoseconds
   std::uint64_t linesSinceLook_ = 0;
-  std::uint32_t timerGeneration_ = 0;  // the process that rollingTimer was set in (kernel::forkGeneration)
+  std::uint32_t timerGeneration_ = 0;  // the process in which rollingTimer was set (kernel::forkGeneration)
 };
 
 }  // namespace norvik

@@ -16,7 +16,7 @@ using detail::LogPipeline;
 
 namespace {
 
-/// Null, and a line on the console, where several classes share the name.
+/// Returns null, and reports on the console, if several classes share the name.
 const Class* classNamed(const NSString& name) {
   const Class* found = Class::named(name);
   if (!found) {
@@ -109,7 +109,8 @@ void DDLog::setLogLevel_forClass(std::uint32_t level, const Class& aClass) {
   if (!isRegisteredClass(aClass)) return;
   const auto set = [&](const Value& argument) { aClass.performClassOperation("ddSetLogLevel:", {&argument, 1}); };
   if (level <= INT32_MAX) return set(level);
-  // Setters take a level with a sign or without one: the same bits, but two numbers, of which each refuses one.
+  // A setter takes either a signed or an unsigned level. The bits are the same, but the numbers differ, and each kind
+  // of setter refuses the other number.
   try {
     set(level);
   } catch (const NSException& exception) {

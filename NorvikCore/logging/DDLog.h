@@ -1,43 +1,44 @@
-// NorvikCore/logging/DDLog.h - the dispatcher: makes a message of each log call and hands it to every logger whose
-// level admits it.
+// NorvikCore/logging/DDLog.h - the dispatcher of the log. Each log call becomes a message, and the dispatcher hands it
+// to every logger whose level admits it.
 //
 //   DDLog::addLogger(make<DDFileLogger>());
 //   DDLogWarn("%d payslips without a payment date", count);      // DDLogMacros.h
 //   DDLog::flushLog();
 //
-// A log call fixes text, time, thread and queue label: numbers, texts and the library's plain values are copied, and
-// may be put into the format later; everything else is described during the call. It queues the message on the one
-// serial logging queue, labelled "cocoa.quillmarch". There each message goes to the loggers, each on its own queue, and
-// the next message follows when all of them are done: every logger gets every message that it admits, once, in the
-// order of the queueing.
+// A log call records its arguments, the time, the thread and the queue label. Numbers, texts and the library's plain
+// values are copied, and may be formatted later; every other argument is described during the call. The message is
+// enqueued on the one serial logging queue, labelled "cocoa.quillmarch". That queue hands each message to the loggers,
+// each on the logger's own queue, and handles the next message when all of them are done. So every logger gets every
+// message that it admits, once, in the order in which the messages were enqueued.
 //
-// A logger admits a message whose flag is not greater than the logger's level, compared as numbers.
+// A logger admits a message if the message's flag, as a number, is not greater than the logger's level.
 //
 // A call with `asynchronous` false returns when every admitting logger has processed the message. At most 1000 messages
-// wait: a call beyond that waits until one is done, or hands messages out itself if no other thread does. Messages that
-// loggers take in one run (DDLogRun.h) may be done together.
-// What code on the logging queue or on a logger's queue logs, such as a formatter, is not held up and does not count:
-// the messages that it would wait for may themselves wait for it.
+// are queued. A further call blocks until a message is done; if no other thread hands messages out, the blocked call
+// does. Loggers that take runs (DDLogRun.h) may process several messages together.
+// The bound does not apply to code that logs on the logging queue or on a logger's queue, such as a formatter. Such a
+// call does not block, because the queued messages may have to wait for the calling code.
 //
-// Formats: FormatDirective.h has the language. A literal is checked by the compiler; a format known only at run time is
-// marked with runtimeFormat(). An absent format (nullptr) logs nothing.
+// FormatDirective.h describes the format language. The compiler checks a format that is a literal. Mark a format that
+// is known only at run time with runtimeFormat(). An absent format (nullptr) logs nothing.
 //
-// Ownership: loggers are kept from addLogger() to their removal. File and function names are borrowed for as long as
-//            messages may live: pass literals.
-// Threads:   synchronised. flushLog(), synchronous log calls and the reading of settings of loggers must not be called
-//            on the logging queue or on a logger's queue: they would wait for themselves for ever. Where the calling
-//            thread itself holds the queue this is noticed, and the process aborts with a line. With a logger on the
-//            main queue the main thread must not wait for a thread that may be held up by the bound of 1000.
-// Errors:    logging itself raises nothing; what the description of an argument raises reaches the caller.
-// At exit:   when NSApplicationWillTerminateNotification is posted every logger is flushed; and once more when the
-//            process exits (exit, or return from main), after the destructors of the program's statics. Where exit
-//            is called on the logging queue or on a logger's queue, what is queued behind that block is lost, and the
-//            loggers are flushed as far as this does not wait for the block itself.
-// Crash:     with DDCrashHandler.h nothing is lost. Without it asynchronous calls of about the last millisecond are, or
-//            up to 1000 where the loggers cannot keep up. What a synchronous call said is with the loggers.
-// Fork:      a fork waits (a tenth of a second at most) for the message that is being handed out. The child may log,
-//            and make loggers and formatters. Messages that were waiting are the parent's. A child flushes by
-//            flushLog() where it wants to, not at its exit.
+// Ownership: the dispatcher retains a logger from addLogger() to its removal. File and function names are borrowed for
+//            as long as messages may live: pass literals.
+// Threads:   synchronised. Do not call flushLog(), log synchronously or read a logger's settings on the logging queue
+//            or on a logger's queue, because such a call would wait for itself. If the calling thread itself is running
+//            a block of that queue, this is detected, and the process aborts with a message. If a logger runs on the
+//            main queue, the main thread must not wait for a thread that may be blocked by the bound of 1000.
+// Errors:    logging itself raises nothing. An exception from the description of an argument reaches the caller.
+// At exit:   every logger is flushed when NSApplicationWillTerminateNotification is posted, and once more when the
+//            process exits (exit, or return from main), after the destructors of the program's statics. If exit is
+//            called on the logging queue or on a logger's queue, messages that are queued behind that block are lost,
+//            and the loggers are flushed only as far as this does not wait for the block.
+// Crash:     with DDCrashHandler.h nothing is lost. Without it the asynchronous messages of about the last millisecond
+//            are lost, or up to 1000 if the loggers cannot keep up. The loggers have already processed the message of a
+//            synchronous call that returned.
+// Fork:      a fork waits, for at most a tenth of a second, for the message that is being handed out. The child may
+//            log, and may create loggers and formatters. Messages that were queued at the fork are handled by the
+//            parent alone. A child is not flushed at its exit; it calls flushLog() where it needs to.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -59,39 +60,39 @@ namespace norvik {
 
 class NSNotification;
 
-/// The key, and the value, of the queue-specific value of the logging queue: its own address.
+/// The key and the value of the logging queue's queue-specific value: the address of this variable.
 extern NK_EXPORT void* const GlobalLoggingQueueIdentityKey;
 
 class NK_EXPORT DDLog : public NSObject {
   NK_OBJECT(DDLog, NSObject)
   DDLog() = delete;
 
-  /// Done by every other operation on first use; once per process.
+  /// Every other operation calls this on first use. It takes effect once per process.
   static void initialize();
 
-  /// The queue on which messages are handed out and loggers are added and removed.
+  /// The serial queue that hands messages out, and on which loggers are added and removed.
   [[nodiscard]] static dispatch_queue_t loggingQueue();
 
-  /// Flushes every logger. The observer of NSApplicationWillTerminateNotification.
+  /// Flushes every logger. Observes NSApplicationWillTerminateNotification.
   static void applicationWillTerminate(const NSNotification& notification);
 
-  /// Adds a logger, for every message or for those that the level admits. An empty one is ignored. A logger added twice
-  /// gets every message twice. Returns at once: the logger gets what is logged afterwards.
+  /// Adds a logger for every message, or for the messages that the level admits. An empty Ref is ignored. A logger that
+  /// is added twice gets every message twice. Returns at once; the logger gets the messages that are logged afterwards.
   static void addLogger(const Ref<DDLogger>& logger);
   static void addLogger(const Ref<DDLogger>& logger, std::uint32_t withLogLevel);
-  /// Removes a logger, once if it was added twice; one that was not added is ignored. Returns at once; its
-  /// willRemoveLogger() may come after a flushLog() that follows.
+  /// Removes a logger. A logger that was added twice is removed once; a logger that was not added is ignored. Returns
+  /// at once. A flushLog() that follows may return before willRemoveLogger() is called.
   static void removeLogger(const Ref<DDLogger>& logger);
   static void removeAllLoggers();
-  /// Those that are added, in their order; one that was added twice, twice. What this thread added or removed counts
-  /// after a flushLog().
+  /// The loggers that are added, in the order in which they were added. A logger that was added twice is listed twice.
+  /// Additions and removals that this thread made are certain to be included after a flushLog().
   [[nodiscard]] static std::vector<Ref<DDLogger>> allLoggers();
 
-  /// Queues a message that was made elsewhere; an empty one is ignored.
+  /// Enqueues a message that the caller has created; an empty Ref is ignored.
   static void queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchronously);
 
-  /// Logs `format` with its arguments: see above. `level` is that of the calling code, `flag` the kind of the message,
-  /// `context` and `tag` (Value{} or nullptr for none) are the caller's own.
+  /// Logs `format` with its arguments: see above. `level` is the level of the calling code, `flag` the kind of the
+  /// message. The caller chooses `context` and `tag` freely; pass Value{} or nullptr for no tag.
   template <FormatArgumentType... Args>
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, FormatStringFor<Args...> format, const Args&... arguments) {
@@ -102,17 +103,17 @@ class NK_EXPORT DDLog : public NSObject {
                   NoTag, FormatStringFor<Args...> format, const Args&... arguments) {
     logTagged(asynchronous, {level, flag, context, line, file, function}, nullptr, format, arguments...);
   }
-  /// The same with a list of arguments, for code that hands them on (FormatArgumentList).
+  /// The same with a list of arguments, for code that passes its arguments on (FormatArgumentList).
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, const RuntimeFormat& format, FormatArguments arguments);
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   std::nullptr_t, const RuntimeFormat& format, FormatArguments arguments);
 
-  /// Waits until every logger has processed what was logged before, and has flushed.
+  /// Returns when every logger has processed what was logged before and has flushed.
   static void flushLog();
 
-  // Classes that have a level of their own: those with the class operations `ddLogLevel` and `ddSetLogLevel:`, their
-  // own or inherited.
+  // Classes with a level of their own. A class is registered if it has the class operations `ddLogLevel` and
+  // `ddSetLogLevel:`, its own or inherited.
   //
   //   class Submission : public NSObject {
   //     NK_OBJECT(Submission, NSObject)
@@ -122,15 +123,16 @@ class NK_EXPORT DDLog : public NSObject {
   //     NK_CLASS_METHOD(ddSetLogLevel)
   //   };
   [[nodiscard]] static bool isRegisteredClass(const Class& aClass);
-  /// In the order in which the classes became known; empty also where there is no memory for the list.
+  /// In the order in which the classes became known. Also empty if there is no memory for the list.
   [[nodiscard]] static std::vector<const Class*> registeredClasses();
-  /// Where registered classes share a name: their C++ names, as in "pay::Row".
+  /// Registered classes that share a name are listed under their C++ names, such as "pay::Row".
   [[nodiscard]] static std::vector<NSString> registeredClassNames();
-  /// 0xFFFFFFFF for a class that is not registered, and for a name that no class has, or several: Class::named().
+  /// Returns 0xFFFFFFFF for a class that is not registered, and for a name that no class or several classes have
+  /// (Class::named()).
   [[nodiscard]] static std::uint32_t logLevelForClass(const Class& aClass);
   [[nodiscard]] static std::uint32_t logLevelForClassWithName(const NSString& aClassName);
-  /// Nothing happens to a class that is not registered. A name that several classes share changes none of them, and the
-  /// system console says which they are.
+  /// Does nothing for a class that is not registered. If several classes share the name, none of them is changed, and
+  /// the system console lists them.
   static void setLogLevel_forClass(std::uint32_t level, const Class& aClass);
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
 
@@ -147,7 +149,8 @@ class NK_EXPORT DDLog : public NSObject {
       logNow(asynchronous, site, tag, format.view(), list);
     }
   }
-  /// How long a literal format is, and how many arguments it has: one register, for calls are to be small.
+  /// The length of a literal format and the number of its arguments, in one register, so that the code of a call is
+  /// small.
   struct Sizes {
     std::uint32_t format, arguments;
   };

@@ -43,7 +43,7 @@ bool DDLogFileFormatterDefault::appendLogEntry(std::string& line, const DDLogEnt
   return true;
 }
 
-/// A class derived from this one may have a formatLogMessage() of its own.
+/// A derived class may override formatLogMessage().
 bool DDLogFileFormatterDefault::takesRuns() const noexcept {
   return typeid(*this) == typeid(DDLogFileFormatterDefault);
 }

@@ -1,16 +1,16 @@
-// NorvikCore/logging/DDLogFileFormatterDefault.h - how a line of a log file looks: time stamp, two blanks, text.
+// NorvikCore/logging/DDLogFileFormatterDefault.h - formats a line of a log file: time stamp, two blanks, text.
 //
 //   2021/05/10 14:30:12:045  40 payslips written
 //
-// Line breaks in a message are written unchanged, so that a message of several lines is several lines of the file, and
-// one that holds a line feed and a time looks like two messages. Where texts come from outside the program, prefer
+// Line breaks in a message are written unchanged. So a message of several lines is several lines of the file, and a
+// message that contains a line feed and a time looks like two messages. If texts come from outside the program, use
 // DDLogLineFormatter.
 //
 //   logger->setLogFormatter(make<DDLogFileFormatterDefault>());                  // as above, local time
 //   logger->setLogFormatter(DDLogFileFormatterDefault::initWithDateFormatter(isoFormatter));
 //
-// Ownership: keeps its date formatter, which nobody changes while messages flow.
-// Threads:   confined, to the queue of the logger that has it.
+// Ownership: retains its date formatter, which must not be changed while messages are logged.
+// Threads:   confined to the queue of the logger that owns it.
 #pragma once
 
 #include "NorvikCore/logging/DDLogger.h"
@@ -25,7 +25,8 @@ class NSDateFormatter;
 class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
   NK_OBJECT(DDLogFileFormatterDefault, DDLogFormatter)
 
-  /// Without a date formatter: "yyyy/MM/dd HH:mm:ss:SSS" in the locale and the time zone of this moment.
+  /// If no date formatter is given: "yyyy/MM/dd HH:mm:ss:SSS" in the locale and the time zone at the time of
+  /// construction.
   DDLogFileFormatterDefault();
   explicit DDLogFileFormatterDefault(Ref<NSDateFormatter> dateFormatter);
   [[nodiscard]] static Ref<DDLogFileFormatterDefault> initWithDateFormatter(const Ref<NSDateFormatter>& dateFormatter);
@@ -34,7 +35,7 @@ class NK_EXPORT DDLogFileFormatterDefault : public DDLogFormatter {
 
   bool appendLogMessage(std::string& line, const DDLogMessage& message) override;
   bool appendLogEntry(std::string& line, const DDLogEntry& entry) override;
-  /// Unless it is of a class derived from this one.
+  /// True, except for a derived class.
   [[nodiscard]] bool takesRuns() const noexcept override;
 
  protected:

@@ -25,7 +25,7 @@ NSComparisonResult newestFirst(const std::optional<Date>& date, const std::optio
   return date < other ? NSOrderedDescending : other < date ? NSOrderedAscending : NSOrderedSame;
 }
 
-/// False of what would lead out of the folder.
+/// Returns false for a name that would lead out of the folder.
 bool namesOneFile(const NSString& name) {
   const std::string_view text = name.view();
   return !text.empty() && text != "." && text != ".." && text.find('/') == text.npos;
@@ -63,7 +63,7 @@ std::optional<Date> DDLogFileInfo::modificationDate() const {
 
 std::uint64_t DDLogFileInfo::fileSize() const {
   if (fileSize_ == 0) {
-    // The attributes may be those of a time when the file was empty.
+    // The stored attributes may date from a time when the file was empty.
     if (attribute<std::uint64_t>(fileAttributes_, NSFileSize).value_or(0) == 0) fileAttributes_ = nullptr;
     fileSize_ = attribute<std::uint64_t>(fileAttributes(), NSFileSize).value_or(0);
   }

@@ -1,9 +1,9 @@
-// NorvikCore/logging/DDLogFileManager.h - where log files are, how they are named, and which old ones go: what a file
-// logger asks of its manager.
+// NorvikCore/logging/DDLogFileManager.h - the interface of a file logger to its manager, which decides where log files
+// are, how they are named, and which old ones are removed.
 //
-// DDLogFileManagerDefault is one; an application with other wishes derives its own.
+// DDLogFileManagerDefault implements it. An application with other rules derives its own class.
 //
-// Threads: called on the file logger's queue, and by whoever else calls it.
+// Threads: called on the file logger's queue, and on the threads of other callers.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileInfo.h"
@@ -17,7 +17,7 @@ namespace norvik {
 class NK_EXPORT DDLogFileManager : public NSObject {
   NK_OBJECT(DDLogFileManager, NSObject)
 
-  /// How many archived files are kept; 0: all.
+  /// How many archived files are kept; 0 keeps all.
   [[nodiscard]] virtual std::uint64_t maximumNumberOfLogFiles() const = 0;
   virtual void setMaximumNumberOfLogFiles(std::uint64_t number) = 0;
 
@@ -32,17 +32,17 @@ class NK_EXPORT DDLogFileManager : public NSObject {
   [[nodiscard]] virtual std::vector<NSString> sortedLogFileNames() = 0;
   [[nodiscard]] virtual std::vector<Ref<DDLogFileInfo>> sortedLogFileInfos() = 0;
 
-  /// Makes an empty log file and gives its path, also where that failed.
+  /// Creates an empty log file and returns its path, also if that failed.
   [[nodiscard]] virtual NSString createNewLogFile() = 0;
 
-  // Optional: what is not overridden does nothing, or answers the usual.
+  // Optional. The default does nothing, or returns the value stated.
 
-  /// The permissions of new log files, 0600 unless overridden. Where others than the owner may write (0020, 0002), a
-  /// file logger writes to files of other users too.
+  /// The permissions of new log files; 0600 by default. If they let others than the owner write (0020, 0002), a file
+  /// logger also writes to files of other users.
   [[nodiscard]] virtual std::uint32_t logFilePermissions() const;
-  /// A file of an earlier run was found too large or too old, and archived.
+  /// Called when a file of an earlier run was too large or too old, and was archived.
   virtual void didArchiveLogFile(const NSString& logFilePath);
-  /// The current file was closed and archived.
+  /// Called when the current file was closed and archived.
   virtual void didRollAndArchiveLogFile(const NSString& logFilePath);
 
  protected:

@@ -26,7 +26,7 @@
 namespace norvik {
 namespace {
 
-/// As many may be taken before that is an error.
+/// If more names than this are in use, it is an error.
 constexpr int mostNames = 1000;
 
 constexpr NSString limitKey = "maximumNumberOfLogFiles";
@@ -38,7 +38,7 @@ std::vector<NSString> lastComponents(const std::vector<NSString>& paths) {
   return names;
 }
 
-/// What a file is sorted by, read once: an archived mark may be set meanwhile.
+/// The sort keys of a file, read once because the file may be archived during the sort.
 struct SortedFile {
   Ref<DDLogFileInfo> info;
   bool isArchived;
@@ -46,14 +46,14 @@ struct SortedFile {
 
 bool comesFirst(const SortedFile& a, const SortedFile& b) {
   const bool aIsThere = a.info->creationDate().has_value(), bIsThere = b.info->creationDate().has_value();
-  if (aIsThere != bIsThere) return aIsThere;  // the other was removed meanwhile
+  if (aIsThere != bIsThere) return aIsThere;  // the other was removed in the meantime
   const NSComparisonResult byCreation = a.info->reverseCompareByCreationDate(*b.info);
   if (byCreation != NSOrderedSame) return byCreation == NSOrderedAscending;
   if (a.isArchived != b.isArchived) return b.isArchived;
   return a.info->reverseCompareByModificationDate(*b.info) == NSOrderedAscending;
 }
 
-/// The user's; absent where no home is known.
+/// The user's library folder; absent if no home is known.
 std::optional<NSString> libraryFolder() {
   const Ref<NSArray> libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, true);
   if (!libraries || libraries->count() == 0) return std::nullopt;
@@ -64,8 +64,8 @@ NSString processFolderIn(const NSString& logs) {
   return logs.stringByAppendingPathComponent(NSProcessInfo::processInfo().processName());
 }
 
-/// The first name for this user's logs in the temporary folder that is not in the way (EPERM of `attempt(path)`), and
-/// the answer to it.
+/// Finds the first name for this user's logs in the temporary folder for which `attempt(path)` does not return EPERM,
+/// and returns the result of that attempt.
 template <class Attempt>
 int findTemporaryLogs(std::string& path, const Attempt& attempt) {
   const std::string usual = kernel::temporaryDirectory() + "/Logs";
@@ -95,7 +95,7 @@ void DDLogFileManager::didRollAndArchiveLogFile(const NSString&) {}
 DDLogFileManagerDefault::DDLogFileManagerDefault(std::optional<NSString> logsDirectory)
     : _logsDirectory(std::move(logsDirectory)) {}
 
-// The observation that init() began ends with the object: the runtime forgets observers that are gone.
+// The observation that init() began ends with the object, because the runtime removes destroyed observers.
 DDLogFileManagerDefault::~DDLogFileManagerDefault() = default;
 
 Ref<DDLogFileManagerDefault> DDLogFileManagerDefault::initWithLogsDirectory(std::optional<NSString> logsDirectory) {
@@ -113,7 +113,8 @@ bool DDLogFileManagerDefault::init() {
     return false;
   }
   addObserver(*this, limitKey, NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld);
-  // What is made once is made now, and not while another thread may fork: the child would wait for ever for its end.
+  // The file manager is created here, and not while another thread may fork: the child would wait for its creation
+  // without end.
   (void)NSFileManager::defaultManager();
   return true;
 }
@@ -172,7 +173,7 @@ NSString DDLogFileManagerDefault::logsDirectory() {
   if (!error && (!files.fileExistsAtPath(directory, &isFolder) || !isFolder)) {
     const auto attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, permissions}});
     if (files.createDirectoryAtPath(directory, true, attributes, &error)) {
-      // Where it fails, on a disk without permissions, the folder has those of the disk.
+      // If this fails, on a disk without permissions, the folder has the permissions of the disk.
       static_cast<void>(kernel::setFolderPermissions(directory.fileSystemRepresentation(), permissions));
     }
   }
@@ -185,7 +186,7 @@ bool DDLogFileManagerDefault::hasFolder() const {
   return folderFailure_.empty();
 }
 
-/// Reports that the folder cannot be made, unless that was reported before; an empty error is success.
+/// Reports that the folder cannot be made, unless that was reported before. An empty error means success.
 void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
   const NSString failure = error ? error->localizedDescription() : NSString();
   {
@@ -196,8 +197,8 @@ void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
   if (error) NSLog("DDFileLogManagerDefault: Error creating logsDirectory: %@", error);
 }
 
-/// The same of the list of its files. A folder that is missing has been reported, and where the process has no
-/// descriptor or memory left, whoever makes the next file reports that.
+/// Does the same for the list of the folder's files. A missing folder has been reported already. If the process has no
+/// descriptor or memory left, the code that makes the next file reports that.
 void DDLogFileManagerDefault::reportListing(const Ref<NSError>& error) {
   const std::int64_t failure = error ? error->code() : 0;
   if (failure == EMFILE || failure == ENFILE || failure == ENOMEM) return;
@@ -212,7 +213,8 @@ void DDLogFileManagerDefault::reportListing(const Ref<NSError>& error) {
   }
 }
 
-/// The same of a file, by the error alone, because each has another name. A folder that is missing has been reported.
+/// Does the same for a file. Only the error is compared, because each file has another name. A missing folder has been
+/// reported already.
 void DDLogFileManagerDefault::reportFile(const NSString& path, int error) {
   {
     const MutexLock lock(mutex_);
@@ -278,7 +280,7 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
   for (int attempt = 1;; ++attempt) {
     path = directory.stringByAppendingPathComponent(stringWithFormat("log-%@.txt", generateShortUUID()));
     {
-      const MutexLock lock(mutex_);  // before it is there for others to find
+      const MutexLock lock(mutex_);  // before other threads and processes can find the file
       newestPath_ = path;
     }
     kernel::FileDescriptor file;
@@ -295,7 +297,7 @@ NSString DDLogFileManagerDefault::createNewLogFile() {
         newestInode_ = status.inode;
         newestCreation_ = status.creation;
       }
-      // Without effect on a disk without permissions; and where no creation time can be noted, the file seems younger.
+      // Has no effect on a disk without permissions. If the creation time cannot be stored, the file seems younger.
       static_cast<void>(kernel::setPermissions(file.get(), permissions));
       static_cast<void>(kernel::noteCreation(systemPath));
     }
@@ -325,7 +327,7 @@ void DDLogFileManagerDefault::deleteOldLogFiles() {
     if (infos[i]->filePath() == newest && !infos[i]->isArchived()) continue;
     const Ref<NSDictionary> attributes = infos[i]->fileAttributes();  // of a link itself
     if (!attributes || attributes->objectForKey(NSFileType) == Value(NSFileTypeDirectory)) continue;
-    // Not with its content: a folder may have taken its place since the look at it.
+    // Without the content, because a folder may have replaced the file since it was checked.
     static_cast<void>(kernel::removeWithAttributes(infos[i]->filePath().fileSystemRepresentation()));
   }
 }

@@ -1,32 +1,32 @@
-// NorvikCore/logging/DDLogFileManagerDefault.h - log files named "log-3F2504.txt" in one folder, of which the newest
-// are kept.
+// NorvikCore/logging/DDLogFileManagerDefault.h - manages log files named "log-3F2504.txt" in one folder, and keeps the
+// newest of them.
 //
 //   auto manager = DDLogFileManagerDefault::initWithLogsDirectory("/var/log/pay");
 //   manager->setMaximumNumberOfLogFiles(7);
 //   manager->sortedLogFilePaths();       // newest first
 //
-// A name counts as a log file's when it begins with "log-" and six characters of 0-9 and A-F follow; what comes after
-// them does not matter, nor does it matter who made it: surplus files go by their names alone, so a folder of logs is
-// no place for other things called so. Folders stay, though they are listed and counted if they have such a name; of a
-// link the link is removed, not what it leads to.
+// A file is a log file if its name begins with "log-" and six characters of 0-9 and A-F. The rest of the name does not
+// matter, nor does the program that made the file. Surplus files are removed by their names alone, so do not keep other
+// files with such names in a folder of logs. Folders with such names are listed and counted, but not removed. Of a
+// symbolic link the link is removed, not its target.
 //
-// Files that share one creation date are ordered so that a file which is not archived comes first, then by their last
-// change: so the file in use is never taken for an old one.
+// If files have the same creation date, a file that is not archived sorts before an archived one, and then the file
+// that was changed last comes first. So the file in use is never taken for an old one.
 //
-// Files are made readable and writable by this user alone, and so are the folders. For a log that a group may read, set
-// 0640 and 0750 before the first message.
+// Only this user may read and write new files and folders. For a log that a group may read, set 0640 and 0750 before
+// the first message.
 //
-// A user whom neither the environment nor an account gives a home has the log folder in the temporary folder, which
-// users share: "Logs/<process>". Only a "Logs" there counts that belongs to this user, is no link, and that no other
-// user may write to. Where another is in the way the folder is "Logs-<user number>", or "Logs-<user number>-2" to "-9";
-// where all are taken, that is reported and lines are lost. It is looked at before each use, so log files may move to
-// the next name when another user takes the place of one that was cleaned up. That others cannot rename the folder is
-// the temporary folder's business: it must have the sticky bit, as /tmp has.
+// If neither the environment nor an account gives the user a home, the log folder is "Logs/<process>" in the temporary
+// folder, which users share. "Logs" is used only if it belongs to this user, is not a link, and no other user may write
+// to it. If a folder or file of that name is unusable, the folder is "Logs-<user number>", or "Logs-<user number>-2" to
+// "-9". If all of these are unusable, this is reported and lines are lost. The check is made before each use, so log
+// files may move to the next name if another user creates "Logs" after the user's own was cleaned up. To keep other
+// users from renaming the folder, the temporary folder must have the sticky bit, as /tmp has.
 //
 // Threads: synchronised.
-// Errors:  a folder that cannot be made or listed and a file that cannot be made are reported on the system console,
-//          once until it worked or the cause is another; files that cannot be removed are left as they are, silently.
-//          In a folder that may not be listed (0300) each run begins a file, and none is removed.
+// Errors:  a folder that cannot be made or listed, and a file that cannot be made, are reported on the system console.
+//          The report is repeated only after a success or for another cause. Files that cannot be removed are left,
+//          without a report. In a folder that may not be listed (0300) each run begins a file, and no file is removed.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManager.h"
@@ -48,29 +48,31 @@ struct FileStatus;
 class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   NK_OBJECT(DDLogFileManagerDefault, DDLogFileManager)
 
-  /// Absent: the folder "Logs", and in it the one named after the process, in the user's library folder, or in the
-  /// temporary folder (see above) where no home is known. An empty name is refused: the console says so, and make() and
-  /// initWithLogsDirectory() give an empty Ref.
+  /// If `logsDirectory` is absent, the folder is "Logs/<process>" in the user's library folder, or in the temporary
+  /// folder (see above) if no home is known. An empty name is refused: that is reported on the system console, and
+  /// make() and initWithLogsDirectory() return an empty Ref.
   explicit DDLogFileManagerDefault(std::optional<NSString> logsDirectory = std::nullopt);
 
   [[nodiscard]] static Ref<DDLogFileManagerDefault> initWithLogsDirectory(std::optional<NSString> logsDirectory);
 
-  /// 5 unless set. A change removes surplus files soon, on the logging queue; observable.
+  /// Initially 5. A change removes surplus files later, on the logging queue. Observable.
   [[nodiscard]] std::uint64_t maximumNumberOfLogFiles() const override;
   void setMaximumNumberOfLogFiles(std::uint64_t number) override;
   NK_COMPUTED_PROPERTY_WITH_SETTER(std::uint64_t, maximumNumberOfLogFiles, setMaximumNumberOfLogFiles)
 
-  /// Of files made from then on, whatever the process's umask; 0600 unless set. More than nine bits, or less than 0600,
-  /// raises NSInvalidArgumentException: write the number in octal.
+  /// The permissions of files created from then on, independent of the process's umask; initially 0600. More than nine
+  /// bits, or less than 0600, raises NSInvalidArgumentException: write the number in octal.
   [[nodiscard]] std::uint32_t logFilePermissions() const override;
   void setLogFilePermissions(std::uint32_t permissions);
-  /// Of the folder where it is made here, whatever the process's umask; those above it that are missing get the same
-  /// less the umask. 0700 unless set; more than nine bits, or less than 0700, raises NSInvalidArgumentException.
+  /// The permissions of the folder if the manager creates it, independent of the process's umask. Missing folders above
+  /// it get the same permissions less the umask. Initially 0700; more than nine bits, or less than 0700, raises
+  /// NSInvalidArgumentException.
   [[nodiscard]] std::uint32_t logsDirectoryPermissions() const;
   void setLogsDirectoryPermissions(std::uint32_t permissions);
 
   [[nodiscard]] virtual NSString defaultLogsDirectory() const;
-  /// Made, with the folders above it, where it does not exist. The default folder in the temporary one may change.
+  /// Creates the folder, and the folders above it, if it does not exist. The default folder in the temporary folder may
+  /// change from call to call.
   [[nodiscard]] NSString logsDirectory() override;
 
   [[nodiscard]] virtual bool isLogFile(const NSString& fileName) const;
@@ -81,11 +83,11 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
   [[nodiscard]] std::vector<NSString> sortedLogFileNames() override;
   [[nodiscard]] std::vector<Ref<DDLogFileInfo>> sortedLogFileInfos() override;
 
-  /// The first six characters of a new UUID. A subclass gives another each time: where a thousand in a row are taken,
-  /// createNewLogFile() reports that and gives the path of the last, whose file stays as it is.
+  /// The first six characters of a new UUID. A subclass returns a different text each time: if files exist for a
+  /// thousand in a row, createNewLogFile() reports that and returns the path of the last, whose file stays unchanged.
   [[nodiscard]] virtual NSString generateShortUUID() const;
   [[nodiscard]] NSString createNewLogFile() override;
-  /// Keeps the newest archived files, as many as maximumNumberOfLogFiles() says, and the file in use.
+  /// Keeps the newest archived files, as many as maximumNumberOfLogFiles() returns, and the file in use.
   virtual void deleteOldLogFiles();
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
@@ -98,26 +100,26 @@ class NK_EXPORT DDLogFileManagerDefault : public DDLogFileManager {
  private:
   friend class DDFileLogger;
 
-  /// The last file made here.
+  /// True if `status` is that of the last file created by this object.
   [[nodiscard]] bool didMake(const kernel::FileStatus& status) const;
-  /// Of a folder that is made here or was found: is it one to put files into?
+  /// True unless the log folder could not be created or used at the last attempt.
   [[nodiscard]] bool hasFolder() const;
   void reportFolder(const Ref<NSError>& error);
   void reportListing(const Ref<NSError>& error);
   void reportFile(const NSString& path, int error);
 
-  std::optional<NSString> _logsDirectory;  // the default one until init()
-  bool isInTemporaryFolder_ = false;       // it is chosen anew each time
+  std::optional<NSString> _logsDirectory;  // absent until init() if the default folder is used
+  bool isInTemporaryFolder_ = false;       // the folder is then chosen at each use
   std::atomic<std::uint64_t> maximumNumberOfLogFiles_{5};
   std::atomic<std::uint32_t> logFilePermissions_{0600}, logsDirectoryPermissions_{0700};
   mutable Mutex mutex_;
-  NSString newestPath_ NK_GUARDED_BY(mutex_);  // the last file made here
-  // Its identity, with the time because the number of a removed file is used again.
+  NSString newestPath_ NK_GUARDED_BY(mutex_);  // of the last file created by this object
+  // The identity of that file. It includes the creation time, because the inode number of a removed file is reused.
   std::uint64_t newestDevice_ NK_GUARDED_BY(mutex_) = 0, newestInode_ NK_GUARDED_BY(mutex_) = 0;
   std::int64_t newestCreation_ NK_GUARDED_BY(mutex_) = 0;
-  NSString folderFailure_ NK_GUARDED_BY(mutex_);           // the last report; empty while there is a folder
-  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;              // the last error reported; 0 while files can be made
-  std::int64_t listingFailure_ NK_GUARDED_BY(mutex_) = 0;  // the same while the folder can be listed
+  NSString folderFailure_ NK_GUARDED_BY(mutex_);           // the last report; empty while there is a usable folder
+  int fileFailure_ NK_GUARDED_BY(mutex_) = 0;              // the last error reported; 0 while files can be created
+  std::int64_t listingFailure_ NK_GUARDED_BY(mutex_) = 0;  // the last error reported; 0 while the folder can be listed
 };
 
 }  // namespace norvik

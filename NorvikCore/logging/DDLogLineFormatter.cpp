@@ -13,7 +13,7 @@
 namespace norvik {
 namespace {
 
-constexpr std::size_t numberSize = 11, levelSize = 7;  // characters at most, and at least
+constexpr std::size_t numberSize = 11, levelSize = 7;  // a number's largest size, and a level's smallest
 
 char* put(char* at, std::string_view text) noexcept { return at + text.copy(at, text.size()); }
 
@@ -43,7 +43,7 @@ char* putLevel(char* at, int flag) noexcept {
   }
 }
 
-/// The name as it may stand in the line; `held` keeps it where it had to be changed. The bytes may not be UTF-8.
+/// Returns the name escaped for the line. `held` stores it if it had to be changed. The bytes may not be UTF-8.
 std::string_view escapedName(std::string_view name, char alsoEscaped, std::string& held) {
   if (detail::plainPrefix(name) == name.size() && name.find(alsoEscaped) == name.npos) [[likely]]
     return name;
@@ -75,7 +75,7 @@ DDLogLineFormatter::DDLogLineFormatter() : dateFormatter_(make<NSDateFormatter>(
 
 DDLogLineFormatter::~DDLogLineFormatter() = default;
 
-/// A class derived from this one may have a formatLogMessage() of its own.
+/// A derived class may override formatLogMessage().
 bool DDLogLineFormatter::takesRuns() const noexcept { return typeid(*this) == typeid(DDLogLineFormatter); }
 
 std::optional<NSString> DDLogLineFormatter::formatLogMessage(const DDLogMessage& message) {
@@ -99,7 +99,7 @@ bool DDLogLineFormatter::appendLogEntry(std::string& line, const DDLogEntry& ent
   if (detail::plainPrefix(std::string_view(line).substr(begin)) == line.size() - begin) [[likely]]
     return true;
   line.resize(begin);
-  detail::appendEscaped(line, entry.text().view());  // which still has the halves that UTF-8 has no form for
+  detail::appendEscaped(line, entry.text().view());  // this text still has the lone halves, which UTF-8 cannot encode
   return true;
 }
 

@@ -3,9 +3,10 @@
 //   DDLogWarn("Date time component is non zero : %@", date);
 //   DDLogVerbose("%@", expensiveDescription());      // not evaluated unless the level admits verbose messages
 //
-// Each tests the level, one relaxed load and a branch, before anything else is evaluated; then it logs asynchronously
-// with context 0, the source file, the function and the line. The level is the library's ddLogLevel. A file that has
-// its own defines NK_LOG_LEVEL, anything that reads as an int, before this header, or redefines it at any later point:
+// Each macro first tests the level, with one relaxed load and a branch, and evaluates nothing else unless the level
+// admits the message. It logs asynchronously with context 0, the source file, the function and the line. The level is
+// the library's ddLogLevel. A file with a level of its own defines NK_LOG_LEVEL as an expression that converts to int,
+// before this header, or redefines it at any later point:
 //
 //   #undef NK_LOG_LEVEL
 //   #define NK_LOG_LEVEL Submission::ddLogLevel()

@@ -20,8 +20,8 @@ std::unique_ptr<char[]> copied(const char* text) {
   return copy;
 }
 
-// The thread's name as a text, made anew only when the name has changed. Threads may log while their thread-local
-// objects are being destroyed: then the text is made each time.
+// The thread's name as a text, created again only when the name has changed. A thread may log while its thread-local
+// objects are being destroyed; the text is then created each time.
 struct NameCache {
   NSString name;
   ~NameCache() { gone = true; }

@@ -1,6 +1,6 @@
-// NorvikCore/logging/DDLogMessage.h - one log record: what was said, when, where, and by which thread.
+// NorvikCore/logging/DDLogMessage.h - one log message: its text, time, source location and thread.
 //
-// A message never changes after it is made, so loggers share it across threads.
+// A message never changes after it is created, so loggers share it across threads.
 //
 //   std::optional<NSString> MyFormatter::formatLogMessage(const DDLogMessage& message) {
 //     return stringWithFormat("%@ %@:%d", message.logMsg(), message.fileName(), message.lineNumber());
@@ -22,28 +22,28 @@ namespace detail {
 class LogFanOut;
 class LogRecord;
 
-/// The place and the kind of a log call, as the call gives them.
+/// The source location and the kind of a log call.
 struct LogSite {
   int level, flag, context, line;
   const char *file, *function;
 };
 }  // namespace detail
 
-/// The name of the file at the end of a path, without its extension: "/a/b/File.m" gives "File". A null path gives
-/// nothing. The last dot of the whole path ends the name; one that lies before the last slash ("dir.d/name") does not
-/// count, and the name goes to the path's end. Without `copy` the result refers to the caller's bytes, which then live
-/// as long as the process.
+/// The last component of a path without its extension: "/a/b/File.m" gives "File". Returns nothing for a null path. The
+/// last dot of the whole path begins the extension; a dot before the last slash ("dir.d/name") does not count, and the
+/// name then extends to the end of the path. Without `copy` the result refers to the caller's bytes, which must live
+/// until the process ends.
 [[nodiscard]] NK_EXPORT std::optional<NSString> DDExtractFileNameWithoutExtension(const char* filePath, bool copy);
 
 class NK_EXPORT DDLogMessage : public NSObject {
   NK_OBJECT(DDLogMessage, NSObject)
 
-  /// Options: which of the caller's texts a message copies rather than borrows.
+  /// Options: which of the caller's texts a message copies instead of borrowing.
   static constexpr std::uint32_t copyFile = 1, copyFunction = 2;
 
-  /// A message of the calling thread, at this moment by the system's clock (also while another current date is mocked).
-  /// `file` and `function` are borrowed, for as long as the message may live, unless `options` say otherwise; either
-  /// may be null.
+  /// Creates a message of the calling thread. Its time is the system clock's, also while another current date is
+  /// mocked. `file` and `function` may be null. They are borrowed for as long as the message may live, unless `options`
+  /// says that they are copied.
   [[nodiscard]] static Ref<DDLogMessage> initWithLogMsg(NSString logMsg, int level, int flag, int context,
                                                         const char* file, const char* function, int line, Value tag,
                                                         std::uint32_t options);
@@ -52,32 +52,32 @@ class NK_EXPORT DDLogMessage : public NSObject {
   [[nodiscard]] int logLevel() const noexcept { return logLevel_; }
   /// The kind of message; see LogFlag.
   [[nodiscard]] int logFlag() const noexcept { return logFlag_; }
-  /// A number of the caller's, to group messages.
+  /// A number that the caller chooses, to group messages.
   [[nodiscard]] int logContext() const noexcept { return logContext_; }
   [[nodiscard]] const NSString& logMsg() const noexcept { return logMsg_; }
-  /// When it was logged, right to a microsecond: messages of different threads that are closer than that may have times
-  /// in another order than their own.
+  /// The time of the log call, exact to a microsecond. Two messages of different threads that are closer than that may
+  /// have times in the opposite order.
   [[nodiscard]] Date timestamp() const noexcept { return timestamp_; }
   [[nodiscard]] const char* file() const noexcept { return file_; }
   [[nodiscard]] const char* function() const noexcept { return function_; }
   [[nodiscard]] int lineNumber() const noexcept { return lineNumber_; }
-  /// The kernel's id of the thread.
+  /// The kernel's thread id.
   [[nodiscard]] std::uint32_t machThreadID() const noexcept { return machThreadID_; }
-  /// The label of the queue the caller ran on; off any queue a name of the thread.
+  /// The label of the queue on which the message was logged. If it was logged outside any queue: a name of the thread.
   [[nodiscard]] const char* queueLabel() const noexcept {
     return longQueueLabel_ ? longQueueLabel_.get() : queueLabel_;
   }
-  /// The name the thread was given; of a thread without one, the kernel's name for it.
+  /// The name that was given to the thread, or the kernel's name for a thread without one.
   [[nodiscard]] const NSString& threadName() const noexcept { return threadName_; }
-  /// Anything the caller attached; absent where nothing was.
+  /// A value that the caller attached, or an absent value.
   [[nodiscard]] const Value& tag() const noexcept { return tag_; }
   [[nodiscard]] std::uint32_t options() const noexcept { return options_; }
 
   /// machThreadID in lower-case hexadecimal.
   [[nodiscard]] NSString threadID() const;
-  /// The name of `file` without folders and extension; absent where there is no file.
+  /// The name of `file` without folders and extension; absent if there is no file.
   [[nodiscard]] std::optional<NSString> fileName() const;
-  /// `function` as text; absent where there is none.
+  /// `function` as text; absent if there is none.
   [[nodiscard]] std::optional<NSString> methodName() const;
 
  protected:
@@ -89,7 +89,7 @@ class NK_EXPORT DDLogMessage : public NSObject {
     std::uint32_t options;
   };
   explicit DDLogMessage(Fields fields);
-  /// Of a log call that was made before.
+  /// Creates the message of a log call that was recorded earlier.
   DDLogMessage(const detail::LogRecord& record, Date timestamp);
   ~DDLogMessage() override;
 

@@ -4,7 +4,7 @@
 
 namespace norvik {
 
-// An entry without a record is of a message that was made elsewhere.
+// An entry without a record is that of a message that the caller created as an object.
 
 int DDLogEntry::logLevel() const noexcept { return record_ ? record_->site().level : message().logLevel(); }
 int DDLogEntry::logFlag() const noexcept { return record_ ? record_->site().flag : message().logFlag(); }
@@ -42,7 +42,7 @@ const DDLogMessage& DDLogEntry::message() const {
   Ref<DDLogMessage> made = make<DDLogMessage>(*record_, timestamp());
   DDLogMessage* other = nullptr;
   if (message_.compareExchange(other, made.get())) return *made.take();
-  return *other;  // another logger was faster
+  return *other;  // another logger has created it in the meantime
 }
 
 }  // namespace norvik

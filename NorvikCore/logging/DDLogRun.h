@@ -14,10 +14,10 @@
 //     }
 //   };
 //
-// An entry is a message before there is an object of it: reading it and appending its text allocates nothing of its
-// own. message() makes the object, once for all loggers, for what needs one.
+// An entry is a message for which no object exists yet: reading it and appending its text allocates nothing of its own.
+// message() creates the object, once for all loggers, for code that needs one.
 //
-// A run and its entries live as long as the call that got them. Any number of threads may read them.
+// A run and its entries are valid during the call that receives them. Any number of threads may read them.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -32,7 +32,7 @@
 
 namespace norvik {
 
-/// What DDLogMessage has, under the same names; its text is formed when it is asked for.
+/// Has the properties of DDLogMessage, under the same names. The text is formed when it is requested.
 class NK_EXPORT DDLogEntry {
  public:
   DDLogEntry(const DDLogEntry&) = delete;
@@ -42,7 +42,7 @@ class NK_EXPORT DDLogEntry {
   [[nodiscard]] int logFlag() const noexcept;
   [[nodiscard]] int logContext() const noexcept;
   [[nodiscard]] Date timestamp() const noexcept;
-  /// The source's path; null where the call gave none.
+  /// The path of the source file; null if the call gave none.
   [[nodiscard]] const char* file() const noexcept;
   [[nodiscard]] const char* function() const noexcept;
   [[nodiscard]] int lineNumber() const noexcept;
@@ -54,7 +54,7 @@ class NK_EXPORT DDLogEntry {
   /// Appends it as UTF-8.
   void appendText(std::string& line) const;
 
-  /// The message as an object, which may be kept.
+  /// The message as an object, which may be retained.
   [[nodiscard]] const DDLogMessage& message() const;
 
  private:
@@ -85,7 +85,7 @@ class NK_EXPORT DDLogRun {
     const DDLogEntry* const* at_;
   };
 
-  /// One at least.
+  /// At least 1.
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
   [[nodiscard]] const DDLogEntry& operator[](std::size_t index) const noexcept { return *entries_[index]; }
   [[nodiscard]] Iterator begin() const noexcept { return Iterator(entries_); }

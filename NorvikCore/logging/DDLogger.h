@@ -1,6 +1,6 @@
-// NorvikCore/logging/DDLogger.h - what a logger is to the dispatcher, and what a formatter is to a logger.
+// NorvikCore/logging/DDLogger.h - the interface of a logger to the dispatcher, and of a formatter to a logger.
 //
-// A logger of your own, which counts errors:
+// A logger of an application, which counts errors:
 //
 //   class ErrorCounter : public DDAbstractLogger {
 //     NK_OBJECT(ErrorCounter, DDAbstractLogger)
@@ -12,10 +12,10 @@
 //   auto counter = make<ErrorCounter>();
 //   DDLog::addLogger(counter);
 //
-// DDAbstractLogger (DDAbstractLogger.h) brings a queue and a formatter; a class may also derive from DDLogger itself.
+// DDAbstractLogger (DDAbstractLogger.h) provides a queue and a formatter; a class may also derive from DDLogger itself.
 //
-// Threads: the dispatcher calls a logger on the logger's queue only, so a logger needs no lock for its own state.
-// Errors:  an exception that leaves an operation here ends the process.
+// Threads: the dispatcher calls a logger only on the logger's queue, so a logger needs no lock for its own state.
+// Errors:  an exception that leaves an operation of this header ends the process.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -36,18 +36,18 @@ class DDLogger;
 class NK_EXPORT DDLogFormatter : public NSObject {
   NK_OBJECT(DDLogFormatter, NSObject)
 
-  /// The text, or nothing to drop the message. Called on the logger's queue.
+  /// Returns the text, or nothing to drop the message. Called on the logger's queue.
   [[nodiscard]] virtual std::optional<NSString> formatLogMessage(const DDLogMessage& message) = 0;
 
-  // Optional: what is not overridden does nothing.
+  // Optional. The default does nothing unless stated otherwise.
 
-  /// Appends the text as UTF-8; false drops the message. Unless overridden the first asks formatLogMessage(), and the
-  /// second, for a message of a run, the first.
+  /// Appends the text as UTF-8; returns false to drop the message. By default appendLogMessage() calls
+  /// formatLogMessage(), and appendLogEntry() calls appendLogMessage() with the message of the entry.
   virtual bool appendLogMessage(std::string& line, const DDLogMessage& message);
   virtual bool appendLogEntry(std::string& line, const DDLogEntry& entry);
-  /// True where a text depends on its message alone and forming it has no effect elsewhere: then a logger may form
-  /// several lines before it writes the first. A class that overrides formatLogMessage() of one that says so overrides
-  /// this too.
+  /// True if a text depends only on its message, and forming it has no effect elsewhere. A logger may then form several
+  /// lines before it writes the first. A class that overrides formatLogMessage() of a class that returns true must
+  /// override this too.
   [[nodiscard]] virtual bool takesRuns() const noexcept;
   virtual void didAddToLogger(DDLogger& logger);
   virtual void willRemoveFromLogger(DDLogger& logger);
@@ -61,19 +61,22 @@ class NK_EXPORT DDLogger : public NSObject {
 
   virtual void logMessage(const DDLogMessage& message) = 0;
 
-  // Optional: what is not overridden does nothing, or answers that there is nothing.
+  // Optional. The default does nothing, or returns an empty result, unless stated otherwise.
 
-  /// True where messages come by logMessages(), several at once, and not by logMessage(). Asked once, when the logger
-  /// is added. Such a logger may be a run of messages ahead of others that take runs; with others it keeps step.
+  /// True if the logger takes messages by logMessages(), several at once, and not by logMessage(). Called once, when
+  /// the logger is added. Such a logger may be one run of messages ahead of other loggers that take runs; it keeps step
+  /// with loggers that do not.
   [[nodiscard]] virtual bool takesRuns() const noexcept;
-  /// Takes the first messages of the run, and tells how many, one at least: these are done with, and the others come
-  /// again in the next call. Unless overridden it hands the first to logMessage(). A class that overrides only
-  /// logMessage() of one that takes runs must not take them.
+  /// Processes the first messages of the run, and returns their number, at least 1. The remaining messages come again
+  /// in the next call. The default passes the first message to logMessage(). A class that overrides only logMessage()
+  /// of a class that takes runs must return false from takesRuns().
   [[nodiscard]] virtual std::size_t logMessages(const DDLogRun& run);
-  /// The serial queue to call this logger on. Without one the dispatcher makes one, labelled with the name.
+  /// The serial queue on which this logger is called. If it is empty, the dispatcher creates one, labelled with
+  /// loggerName().
   [[nodiscard]] virtual dispatch_queue_t loggerQueue();
   [[nodiscard]] virtual std::optional<NSString> loggerName();
-  /// Called on the logger's queue: first of all, last of all, and to write out what is held back.
+  /// Called on the logger's queue. didAddLogger() is the first call and willRemoveLogger() the last; flush() writes out
+  /// what the logger holds back.
   virtual void didAddLogger();
   virtual void willRemoveLogger();
   virtual void flush();

@@ -1,5 +1,5 @@
-// NorvikCore/logging/DDLoggerNode.h - a logger as the dispatcher keeps it: with its queue and the level it was added
-// with.
+// NorvikCore/logging/DDLoggerNode.h - a logger as the dispatcher stores it, with its queue and the level with which it
+// was added.
 #pragma once
 
 #include "NorvikCore/logging/DDLogger.h"
@@ -14,7 +14,7 @@ class NK_EXPORT DDLoggerNode : public NSObject {
 
   [[nodiscard]] static Ref<DDLoggerNode> nodeWithLogger(const Ref<DDLogger>& logger,
                                                         const dispatch_queue_t& loggerQueue, int logLevel);
-  /// Keeps the logger and the queue; an empty queue stays empty.
+  /// Retains the logger and the queue. An empty queue stays empty.
   [[nodiscard]] static Ref<DDLoggerNode> initWithLogger(const Ref<DDLogger>& logger,
                                                         const dispatch_queue_t& loggerQueue, int logLevel);
 
@@ -22,7 +22,7 @@ class NK_EXPORT DDLoggerNode : public NSObject {
   [[nodiscard]] const dispatch_queue_t& loggerQueue() const noexcept { return loggerQueue_; }
   [[nodiscard]] int logLevel() const noexcept { return logLevel_; }
 
-  /// What the logger said of runs when it was added.
+  /// What the logger's takesRuns() returned when the logger was added.
   [[nodiscard]] bool takesRuns() const noexcept { return takesRuns_; }
 
  protected:

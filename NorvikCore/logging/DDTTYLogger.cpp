@@ -30,12 +30,12 @@ Ref<NSColor> colorOfBytes(int red, int green, int blue) {
   return NSColor::colorWithRed(red / byteRange, green / byteRange, blue / byteRange, 1);
 }
 
-/// A line that there is no memory for is lost.
+/// If there is no memory for a line, the line is lost.
 template <class Write>
 void unlessMemoryLacks(const Write& write) {
   try {
     write();
-  } catch (const std::bad_alloc&) {  // which is not to be reported, since that takes memory too
+  } catch (const std::bad_alloc&) {  // not reported, because that would need memory too
     return;
   }
 }
@@ -45,7 +45,7 @@ void unlessMemoryLacks(const Write& write) {
 struct DDTTYLogger::State {
   State();
 
-  /// The name stays; the number is that of the process that writes, which may be a forked child.
+  /// Sets the number of the current process, which may be a forked child. The name does not change.
   void nameProcess();
   [[nodiscard]] const Profile* profileFor(const Value* tag, int flag, int context) const;
   void setProfile(const Ref<Profile>& profile);
@@ -58,12 +58,12 @@ struct DDTTYLogger::State {
   std::size_t appLen = 0;
   std::string processID;
   std::size_t pidLen = 0;
-  std::uint32_t generation = 0;  // the process that processID is of (kernel::forkGeneration)
+  std::uint32_t generation = 0;  // the process of processID (kernel::forkGeneration)
   bool colorsEnabled = false;
   std::vector<Ref<Profile>> colorProfilesArray;
   std::unordered_map<Value, Ref<Profile>> colorProfilesDict;
   detail::ConsoleOutput output;
-  std::string text;  // of one message of a run; kept for its memory
+  std::string text;  // of one message of a run; a member so that its memory is reused
 };
 
 DDTTYLogger::State::State() {

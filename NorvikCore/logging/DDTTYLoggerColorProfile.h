@@ -1,10 +1,10 @@
 // NorvikCore/logging/DDTTYLoggerColorProfile.h - the colours of one kind of message on the console, and the bytes that
-// switch them on there.
+// select them there.
 //
 //   auto profile = DDTTYLoggerColorProfile::initWithForegroundColor(NSColor::redColor(), nullptr, LOG_FLAG_ERROR, 7);
-//   profile->fgCode();      // "\033[1;31m" where TERM is xterm-color
+//   profile->fgCode();      // "\033[1;31m" if TERM is xterm-color
 //
-// DDTTYLogger makes these. Immutable; any thread.
+// DDTTYLogger creates these. Immutable; may be used on any thread.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSColor.h"
@@ -21,10 +21,11 @@ namespace norvik {
 class NK_EXPORT DDTTYLoggerColorProfile : public NSObject {
   NK_OBJECT(DDTTYLoggerColorProfile, NSObject)
 
-  /// A context that stands for every one.
+  /// A context that means every context.
   static constexpr int everyContext = INT_MAX;
 
-  /// `mask` is a sum of flags. An empty colour has the components 0 and no code, so that the console's own is used.
+  /// `mask` is a sum of flags. An empty colour has components of 0 and no code, so that the console's own colour is
+  /// used.
   DDTTYLoggerColorProfile(const Ref<NSColor>& foregroundColor, const Ref<NSColor>& backgroundColor, int mask,
                           int context);
   ~DDTTYLoggerColorProfile() override;
@@ -35,7 +36,7 @@ class NK_EXPORT DDTTYLoggerColorProfile : public NSObject {
   [[nodiscard]] int mask() const noexcept { return mask_; }
   [[nodiscard]] int context() const noexcept { return context_; }
 
-  /// The components times 255, rounded down; alpha does not count.
+  /// The components times 255, rounded down; alpha is ignored.
   [[nodiscard]] std::uint8_t fg_r() const noexcept { return foreground_.red; }
   [[nodiscard]] std::uint8_t fg_g() const noexcept { return foreground_.green; }
   [[nodiscard]] std::uint8_t fg_b() const noexcept { return foreground_.blue; }
@@ -43,13 +44,13 @@ class NK_EXPORT DDTTYLoggerColorProfile : public NSObject {
   [[nodiscard]] std::uint8_t bg_g() const noexcept { return background_.green; }
   [[nodiscard]] std::uint8_t bg_b() const noexcept { return background_.blue; }
 
-  /// On a terminal: the row of its colours, and the code without ESC [. Else 0, and absent.
+  /// For a terminal: the index of the colour in its table, and the code without ESC [. Otherwise 0, and absent.
   [[nodiscard]] std::size_t fgCodeIndex() const noexcept { return foreground_.codeIndex; }
   [[nodiscard]] const std::optional<NSString>& fgCodeRaw() const noexcept { return foreground_.codeRaw; }
   [[nodiscard]] std::size_t bgCodeIndex() const noexcept { return background_.codeIndex; }
   [[nodiscard]] const std::optional<NSString>& bgCodeRaw() const noexcept { return background_.codeRaw; }
 
-  /// The bytes before and after a line; empty where the console shows no colours. Valid as long as the profile.
+  /// The bytes before and after a line; empty if the console shows no colours. Valid as long as the profile.
   [[nodiscard]] std::string_view fgCode() const noexcept { return {foreground_.code, foreground_.codeLen}; }
   [[nodiscard]] std::size_t fgCodeLen() const noexcept { return foreground_.codeLen; }
   [[nodiscard]] std::string_view bgCode() const noexcept { return {background_.code, background_.codeLen}; }

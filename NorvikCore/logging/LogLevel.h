@@ -10,7 +10,7 @@
 
 namespace norvik {
 
-/// What a message is: exactly one of these.
+/// The kind of a message: exactly one of these.
 enum LogFlag : int {
   LOG_FLAG_ERROR = 1,
   LOG_FLAG_WARN = 2,
@@ -19,7 +19,7 @@ enum LogFlag : int {
   LOG_FLAG_VERBOSE = 16,
 };
 
-/// What code or a logger lets through: the sum of the flags.
+/// What code or a logger admits: the sum of the admitted flags.
 enum LogLevel : int {
   LOG_LEVEL_OFF = 0,
   LOG_LEVEL_ERROR = 1,
@@ -29,7 +29,7 @@ enum LogLevel : int {
   LOG_LEVEL_VERBOSE = 31,
 };
 
-/// A level that any thread may read and set at any time; reads cost what a plain load costs. Synchronised.
+/// A level that any thread may read and set at any time. A read costs as much as a plain load. Synchronised.
 class AtomicLogLevel {
  public:
   constexpr explicit AtomicLogLevel(int level) noexcept : level_(level) {}
@@ -46,8 +46,8 @@ class AtomicLogLevel {
   std::atomic<int> level_;
 };
 
-/// The level of the library's own code, and of the log macros unless a file chooses another (DDLogMacros.h): 3, errors
-/// and warnings.
+/// The level of the library's own code, and of the log macros unless a file chooses another (DDLogMacros.h). Initially
+/// 3: errors and warnings.
 extern NK_EXPORT AtomicLogLevel ddLogLevel;
 
 }  // namespace norvik

@@ -29,7 +29,7 @@ std::int64_t nanoseconds(double seconds) { return static_cast<std::int64_t>(seco
 
 }  // namespace
 
-/// What the thread has that writes: the logger's while none does.
+/// The state that the writing thread uses. While no thread writes, the logger owns it.
 struct DDPostgreSQLLogger::Server {
   explicit Server(const std::string& parameters) : writer(parameters) {}
 
@@ -37,13 +37,13 @@ struct DDPostgreSQLLogger::Server {
 
   detail::ServerWriter writer;
   EntryBuffer batch{SIZE_MAX};
-  std::size_t written = 0;  // of the batch
+  std::size_t written = 0;  // entries of the batch that are written
 
-  // What is to be done, besides writing the batch.
+  // The tasks besides writing the batch.
   std::int64_t patience = 0;
   double deleteAge = 0;  // 0: nothing is to be deleted
 
-  // How it ended. Without a failure the batch is written.
+  // The result. Without a failure the batch is written.
   std::string failure, deleteFailure, refusal;
   std::uint64_t refused = 0;
   bool isDeleteFinished = true;
@@ -98,11 +98,11 @@ struct DDPostgreSQLLogger::State {
   std::uint64_t batchBytes = 0;
   double timeout = usualTimeout;
 
-  bool isBusy = false;     // a thread has the server
-  bool wantsSave = false;  // was asked for meanwhile
+  bool isBusy = false;     // a thread uses the server
+  bool wantsSave = false;  // a save was requested while a thread used the server, or before nextTry
   bool wantsDelete = false;
   bool isStalled = false;    // waiting for room took too long
-  std::int64_t nextTry = 0;  // monotonic nanoseconds; while it fails
+  std::int64_t nextTry = 0;  // monotonic nanoseconds; after a failure
   std::int64_t pause = shortestPause;
 };
 
@@ -161,7 +161,7 @@ bool DDPostgreSQLLogger::take(const Entry& entry) {
   return outcome == EntryBuffer::Outcome::taken;
 }
 
-/// A server that takes entries, but not as fast as they come, is waited for.
+/// Waits for a server that takes entries, but more slowly than they arrive. Returns whether there is room.
 bool DDPostgreSQLLogger::waitForRoom() {
   State& state = *state_;
   if (state.isStalled || state.reports.isFailing()) return false;
@@ -195,7 +195,7 @@ void DDPostgreSQLLogger::db_saveAndDelete() {
   start();
 }
 
-/// Hands the server to a thread, with what there is to write and to delete.
+/// Hands the server to a thread, with the entries to write and the deletion.
 void DDPostgreSQLLogger::start() {
   finish();
   State& state = *state_;
@@ -230,7 +230,7 @@ void DDPostgreSQLLogger::start() {
   });
 }
 
-/// Takes the server back, where the thread is done with it.
+/// Takes the server back if the thread is done with it.
 void DDPostgreSQLLogger::finish() {
   State& state = *state_;
   if (!state.isBusy || dispatch_group_wait(state.working, DISPATCH_TIME_NOW) != 0) return;
@@ -261,13 +261,13 @@ void DDPostgreSQLLogger::tryAgainLater() {
   });
 }
 
-/// After the thread is done.
+/// Called when the thread is done.
 void DDPostgreSQLLogger::goOn() {
   finish();
   if (state_->wantsSave || state_->wantsDelete) start();
 }
 
-/// Until all is saved, the time is over, or the server was tried once more without success.
+/// Returns when all is saved, when the timeout has passed, or when one further attempt has failed.
 void DDPostgreSQLLogger::waitUntilSaved() {
   State& state = *state_;
   const dispatch_time_t deadline = dispatch_time(DISPATCH_TIME_NOW, nanoseconds(state.timeout));
@@ -300,7 +300,7 @@ void DDPostgreSQLLogger::willRemoveLogger() {
 void DDPostgreSQLLogger::db_forget() {
   State& state = *state_;
   state.server->writer.abandon();
-  (void)new std::shared_ptr<Server>(std::move(state.server));  // what it has is the parent's
+  (void)new std::shared_ptr<Server>(std::move(state.server));  // not destroyed: its contents are the parent's
   state.begin();
   state.pending.clear();
   state.batchBytes = 0;

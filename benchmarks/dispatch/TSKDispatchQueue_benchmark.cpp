@@ -1,7 +1,7 @@
-// benchmarks/dispatch/TSKDispatchQueue_benchmark.cpp - what the wrapper costs over the bare queue, with its check for
-// deadlocks, beside an asio strand on a pool of two threads.
+// benchmarks/dispatch/TSKDispatchQueue_benchmark.cpp - the cost of the wrapper, with its check for deadlocks, over the
+// bare queue, compared with an asio strand on a pool of two threads.
 //
-// Every run counts its tasks; one that lost or repeated a task ends the program.
+// Every run counts its tasks; if a task is lost or repeated, the program ends.
 //
 // g++ 12.2 -O2, 2 virtual cores at load 4, 2026-11-21, medians of five: a synchronous block on an idle queue 43 ns of
 // CPU time (bare queue 19, asio in place on its strand's own thread 54), below three other wrappers 48 ns, on the queue
@@ -57,7 +57,7 @@ void syncBareQueue(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// The strand's own thread: asio runs a task in place only there.
+/// Runs on the strand's own thread, because asio runs a task in place only there.
 void syncAsio(benchmark::State& state) {
   boost::asio::thread_pool pool(2);
   auto strand = boost::asio::make_strand(pool.get_executor());
@@ -71,7 +71,7 @@ void syncAsio(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// The check has three wrappers to look through.
+/// The check has to examine three wrappers.
 void syncThreeDeepOurs(benchmark::State& state) {
   const auto a = TSKDispatchQueue::dispatchQueueWithLabel("a");
   const auto b = TSKDispatchQueue::dispatchQueueWithLabel("b");
@@ -88,7 +88,7 @@ void syncThreeDeepOurs(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// The queue is the one that runs already: the block is called in place.
+/// The queue is already running on this thread, so the block is called in place.
 void inPlaceOurs(benchmark::State& state) {
   const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
   long count = 0;
@@ -98,7 +98,7 @@ void inPlaceOurs(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// Calls `post` taskCount times, from that many threads.
+/// Calls `post` taskCount times in all, from `producers` threads.
 template <class Post>
 void produce(int producers, const Post& post) {
   const auto run = [&] {
@@ -140,7 +140,7 @@ constexpr double interval = 0.05;  // seconds
 
 std::string nameOf(int i) { return "employee " + std::to_string(i); }
 
-/// Timers by name, armed, and fired at the end: the time of arming, until the last is set.
+/// Timers by name are set, and fire at the end. Measures the time until the last is set.
 void namedTimersOurs(benchmark::State& state) {
   for (auto _ : state) {
     const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
@@ -158,7 +158,7 @@ void namedTimersOurs(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
-/// What one would write for it: a table of timers on a strand.
+/// What a user of asio would write: a table of timers on a strand.
 class AsioTimers {
  public:
   template <class Handler>
@@ -199,7 +199,7 @@ void namedTimersAsio(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * nameCount);
 }
 
-/// A burst of changes that become one save.
+/// A burst of changes that becomes one save.
 void restartOurs(benchmark::State& state) {
   const auto queue = TSKDispatchQueue::dispatchQueueWithLabel("benchmark");
   for (auto _ : state) {

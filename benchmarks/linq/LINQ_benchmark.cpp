@@ -1,5 +1,5 @@
-// benchmarks/linq/LINQ_benchmark.cpp - queries over a million payslip lines, beside loops by hand and std::ranges over
-// the same lines.
+// benchmarks/linq/LINQ_benchmark.cpp - queries over a million payslip lines, compared with hand-written loops and
+// std::ranges over the same lines.
 //
 // 2026-11-22, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores busy with other builds, g++ 12.2, -O2; CPU time,
 // ms, medians of 3 runs, of the last four of 5:
@@ -86,7 +86,7 @@ const Data& data() {
   return made;
 }
 
-/// Runs `query`, whose answer is checked before it is timed.
+/// Times `query`. Its answer is checked first.
 template <class Query, class Answer>
 void time(benchmark::State& state, Query&& query, const Answer& expected, const char* what) {
   require(query() == expected, what);
@@ -179,7 +179,7 @@ void groupHand(benchmark::State& state) {
       std::size_t{departmentCount}, "unordered_map");
 }
 
-/// The employees' numbers, as Values and plain.
+/// The employees' numbers, as Values and as plain integers.
 const Ref<NSArray>& employees() {
   static const Ref<NSArray>& numbers = *new Ref<NSArray>(linq_select(*data().objects, &PayLine::employee));
   return numbers;
@@ -234,7 +234,8 @@ void orderHand(benchmark::State& state) {
   }
 }
 
-/// Values mapped back to keys: of a dictionary of as many entries, so that its cost is seen to grow with them only.
+/// Maps values of a dictionary back to keys. The number of entries varies, so that the cost is seen to grow only with
+/// it.
 void mapBack(benchmark::State& state) {
   auto entries = NSMutableDictionary::dictionary();
   for (std::int64_t i = 0; i < state.range(0); ++i) entries->setObject(i / 2, i);

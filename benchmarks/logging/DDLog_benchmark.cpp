@@ -1,8 +1,8 @@
-// benchmarks/logging/DDLog_benchmark.cpp - what a log call costs its caller, and how many lines a second reach a file,
-// beside spdlog's asynchronous logger (queue of 1024, blocking) with the same line.
+// benchmarks/logging/DDLog_benchmark.cpp - compares the cost of a log call for its caller, and the lines per second
+// that reach a file, with spdlog's asynchronous logger (queue of 1024, blocking) and the same line.
 //
 // Subjects that are percentiles or whole runs are measured once, by the clock around each call or run, and reported as
-// one iteration. Every line is counted in the files before anything is reported; a run that lost one ends the program.
+// one iteration. Every line is counted in the files before anything is reported; if a line is lost, the program ends.
 //
 // g++ 12.2 -O2, 2 virtual cores, 2026-11-22, nothing else running, medians of 3 runs, ours and spdlog's:
 //   caller's cost, ns      p50            p99
@@ -38,7 +38,7 @@
 #include <vector>
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wall"  // the peer's headers have standards of their own
+#pragma GCC diagnostic ignored "-Wall"  // the peer's headers cause other warnings
 #pragma GCC diagnostic ignored "-Wextra"
 #pragma GCC diagnostic ignored "-Wshadow"
 #pragma GCC diagnostic ignored "-Wconversion"
@@ -96,7 +96,7 @@ class Folder {
   std::string path_;
 };
 
-/// A logger that writes to a folder from construction to finish().
+/// A logger that writes to a folder, from its construction to finish().
 class Subject {
  public:
   virtual ~Subject() = default;
@@ -150,7 +150,7 @@ class Spdlog final : public Subject {
   void finish() override {
     logger_->flush();
     logger_.reset();
-    pool_.reset();  // waits for its thread
+    pool_.reset();  // waits for the pool's thread
   }
 
  private:
@@ -178,7 +178,7 @@ void waitUntil(Clock::time_point when) {
   }
 }
 
-/// Calls in groups: `count` calls one after another every `interval`, `groups` times.
+/// Makes `count` calls in succession every `interval`, `groups` times.
 Percentiles callerCost(Who who, std::chrono::nanoseconds interval, int groups, int count) {
   const Folder folder;
   const auto subject = make(who, folder.path());
@@ -229,10 +229,10 @@ double secondsForAll(Who who, int threads, int messages, std::uint64_t maximumFi
   return seconds;
 }
 
-// What a crash leaves
+// The lines that a crash loses
 
 constexpr int crashMessages = 10000;
-constexpr int firstMessages = 10;  // of a process that logs at once
+constexpr int firstMessages = 10;  // of a process that logs as soon as it starts
 
 [[noreturn]] void logAndAbort(const char* who, const char* folder, int messages, int pauseMilliseconds) {
   const bool isOurs = std::strcmp(who, "ours") == 0;

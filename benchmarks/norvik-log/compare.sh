@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# compare.sh NORVIK-LOG [MEGABYTES [ROUNDS]]: filters a generated log by text, level and pattern, with norvik-log and with grep in
-# turns. The answers are compared before anything is timed. Prints the medians of both times, and of the ratio of each
-# round: over 1, norvik-log is faster.
+# compare.sh NORVIK-LOG [MEGABYTES [ROUNDS]]: filters a generated log by text, level and pattern, with norvik-log and
+# with grep in turns. The answers are compared before anything is timed. Prints the medians of both times, and of the
+# ratio of each round: above 1, norvik-log is faster.
 #
 # Figures: see README.md of this folder.
 set -euo pipefail
@@ -48,7 +48,8 @@ compare() {
     END { printf "%-30s %9d lines   norvik-log %7.1f ms   grep %7.1f ms   grep / norvik-log %5.2f\n", name, lines, median(ours, NR) * 1e3, median(theirs, NR) * 1e3, median(ratio, NR) }'
 }
 
-# once COMMAND...: seconds. Into a file: grep stops at the first match where it sees /dev/null.
+# once COMMAND...: prints the seconds that the command takes. Its output is a file, because grep stops at the first
+# match if its output is /dev/null.
 once() {
   local before=$EPOCHREALTIME after
   "$@" >"$work/answer"

@@ -1,16 +1,16 @@
-// benchmarks/observation/FBKVOController_benchmark.cpp - setting a property that nobody or somebody observes, and
-// adding and removing an observation, beside GObject's notify, boost::signals2, and Qt's signals and bindable
+// benchmarks/observation/FBKVOController_benchmark.cpp - setting a property with and without an observer, and adding
+// and removing an observation, compared with GObject's notify, boost::signals2, and Qt's signals and bindable
 // properties.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU
 // time, ns, least of 15 runs:
-//   nobody observes: 0.41, a plain store behind a flag 0.41, QProperty 4.3, Qt signal 8.9, GObject 9.1, signals2 37
-//   one observer: 163, GObject 474, signals2 64, Qt signal 46, QProperty 27; told the value 269, GObject 540
+//   no observer: 0.41, a plain store behind a flag 0.41, QProperty 4.3, Qt signal 8.9, GObject 9.1, signals2 37
+//   one observer: 163, GObject 474, signals2 64, Qt signal 46, QProperty 27; with the value passed 269, GObject 540
 //   ten: 1240, GObject 1210, signals2 251; a thousand: 121,000, GObject 83,900, signals2 19,500
 //   adding and removing an observation, least of 50: 251, signals2 260 (1.04), GObject 483, Qt signal 171; 1700
 //   instructions, signals2 2190
-//   a thousand controllers by a thousand objects, on a busier machine, least of 4: 2.1 us and 333 bytes each, signals2
-//   0.9 us and 288 bytes; thirty by thirty: 0.7 us, signals2 0.4 us
+//   a thousand controllers with a thousand objects, on a busier machine, least of 4: 2.1 us and 333 bytes each,
+//   signals2 0.9 us and 288 bytes; thirty with thirty: 0.7 us, signals2 0.4 us
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include <benchmark/benchmark.h>
@@ -30,7 +30,7 @@
 
 #include "SignalAccount.h"
 
-// Five ways to an account that tells of changes of its balance.
+// Five implementations of an account that notifies of changes of its balance.
 
 namespace {
 
@@ -45,7 +45,7 @@ class Account : public norvik::NSObject {
   NK_PROPERTY(std::int64_t, balance, setBalance)
 };
 
-/// What a setter costs that loads a flag and stores.
+/// A setter that loads a flag and stores.
 struct PlainAccount {
   std::atomic<unsigned> flags{0};
   std::int64_t balance = 0;
@@ -103,9 +103,9 @@ using namespace norvik;
 constexpr auto New = NSKeyValueObservingOptionNew;
 constexpr auto None = NSKeyValueObservingOptions{};
 
-std::int64_t heard = 0;  ///< what the handlers saw last
+std::int64_t heard = 0;  ///< the value that a handler saw last
 
-/// Sets the balance again and again; `mustHear` after the last one if there is an observer.
+/// Sets the balance repeatedly. With `mustHear`, checks that the observer has seen the last value.
 template <class Set>
 void run(benchmark::State& state, bool mustHear, Set&& set) {
   std::int64_t value = 0;
@@ -116,7 +116,7 @@ void run(benchmark::State& state, bool mustHear, Set&& set) {
   require(!mustHear || heard == value, "the observer heard of the last change");
 }
 
-// Nobody observes.
+// No observer.
 
 void setOurs(benchmark::State& state) {
   const auto account = make<Account>();
@@ -190,7 +190,7 @@ void hearQtSignal(benchmark::State& state) {
   run(state, true, [&](std::int64_t value) { account.setBalance(value); });
 }
 
-// One observer that is told the value without knowing the object's class.
+// One observer that receives the value without knowing the object's class.
 
 void toldOurs(benchmark::State& state) {
   const auto account = make<Account>();
@@ -316,10 +316,10 @@ struct Boost {
   }
 };
 
-/// What the registrations of one kind hold of the heap, for main() to say.
+/// The heap bytes per registration of each kind, for main() to print.
 std::map<std::string, double> bytesEach;
 
-/// Time for n times n registrations to be added and removed.
+/// The time in which n times n registrations are added and removed.
 template <class Kind>
 void manyByMany(benchmark::State& state) {
   const auto n = static_cast<std::size_t>(state.range(0));

@@ -1,5 +1,5 @@
-// benchmarks/observation/SignalAccount.h - an account that tells of changes of its balance by Qt's signal, in a header
-// of its own: Qt's tool that writes the signal's code does not understand the headers of C++20.
+// benchmarks/observation/SignalAccount.h - an account that notifies of changes of its balance by Qt's signal. It has a
+// header of its own because Qt's tool that generates the signal's code does not understand C++20 headers.
 #pragma once
 
 #include <QObject>

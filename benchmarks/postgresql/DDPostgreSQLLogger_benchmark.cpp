@@ -1,6 +1,6 @@
-// benchmarks/postgresql/DDPostgreSQLLogger_benchmark.cpp - entries a second into a PostgreSQL server of this machine
-// through the logger, from the log call to the commit, with the logger's defaults; beside one COPY of the same rows,
-// whose bytes are ready, into the same tables. The server waits for the disk at each commit.
+// benchmarks/postgresql/DDPostgreSQLLogger_benchmark.cpp - entries per second into a PostgreSQL server of this machine
+// through the logger with its default settings, from the log call to the commit. The peer is one COPY of the same rows
+// into the same tables, with its bytes prepared. The server waits for the disk at each commit.
 //
 // Every entry is counted on the server before anything is reported.
 #include "NorvikCore/logging/DDLog.h"

@@ -1,5 +1,5 @@
-// What the system's log service gets: a socket of the test's own that speaks as the journal or as a syslog daemon does,
-// and where rsyslog is installed, that.
+// What the system's log service receives. The service is a socket of the test that behaves as the journal or as a
+// syslog daemon, or rsyslog itself if it is installed.
 #include "NorvikCore/logging/DDASLLogger.h"
 
 #include "NorvikCore/logging/DDLog.h"
@@ -57,7 +57,7 @@ class DDASLLoggerTest : public test::CleanDDLog {
     logger_->setLogFormatter(nullptr);
     CleanDDLog::TearDown();
   }
-  /// The levels that messages with these flags come with.
+  /// The levels in the journal of messages with these flags.
   static std::vector<std::string> levelsOf(LogService& journal, const std::vector<int>& flags) {
     std::vector<std::string> levels;
     for (const int flag : flags) {
@@ -170,7 +170,7 @@ TEST_F(DDASLLoggerTest, MessagesOfABurstComeInOrderOnceTheServiceTakesThem) {
   }
 }
 
-// In a process of its own, since losses are said once a minute.
+// In a process of its own, because losses are reported at most once a minute.
 TEST_F(DDASLLoggerTest, AMissingServiceIsSaidOnceAndItsReturnToo) {
   RUN_IN_CHILD({
     const kernel::SystemLogCapture console;
@@ -223,7 +223,7 @@ TEST_F(DDASLLoggerTest, ASlowServiceHoldsUpNeitherCallersNorOtherLoggers) {
   for (int i = 0; i < 5000; ++i) test::say("message");
   settle();
   EXPECT_LT(kernel::monotonicNanoseconds() - before, 45'000'000'000);  // a hundredth of a second for each would be more
-  EXPECT_EQ(other->all().size(), 5002U);                               // with those of being added and flushed
+  EXPECT_EQ(other->all().size(), 5002U);                               // including the events of adding and flushing
 }
 
 TEST_F(DDASLLoggerTest, AForkedChildLogsWithItsOwnNumber) {
@@ -245,7 +245,7 @@ TEST_F(DDASLLoggerTest, AForkedChildLogsWithItsOwnNumber) {
   EXPECT_NE(line.find("[" + std::to_string(child) + "]"), line.npos) << line;
 }
 
-/// A daemon of the test's own, with its own configuration, socket and output, as another user where the test is root.
+/// Runs rsyslog with a configuration, a socket and an output of this test, as another user if the test is root.
 class RealDaemon {
  public:
   explicit RealDaemon(const test::TemporaryFolder& folder)
@@ -261,7 +261,7 @@ class RealDaemon {
                                       "template(name=\"plain\" type=\"string\" string=\"%pri% %syslogtag%%msg%\\n\")\n"
                                       "action(type=\"omfile\" file=\"" +
                                       output_ + "\" template=\"plain\")\n");
-    chmod(configuration_.c_str(), 0644);  // for the other user, whatever the umask
+    chmod(configuration_.c_str(), 0644);  // readable for the other user, independent of the umask
     start();
   }
   RealDaemon(const RealDaemon&) = delete;
@@ -290,7 +290,7 @@ class RealDaemon {
     std::filesystem::remove(folder_.path("log"));
   }
 
-  /// What it has written once that ends with the text, or after ten seconds.
+  /// Returns what the daemon has written, as soon as that ends with `end`, or after ten seconds.
   std::string receivedUntil(const std::string& end) {
     std::string received;
     until([&] {

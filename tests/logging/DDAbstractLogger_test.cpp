@@ -164,7 +164,7 @@ TEST_F(DDAbstractLoggerTest, AQueueThatOutlivesItsLoggerForgetsIt) {
   const dispatch_queue_t queue = logger->loggerQueue();
   EXPECT_EQ(dispatch_queue_get_specific(queue, address), address);
   logger = nullptr;
-  EXPECT_EQ(dispatch_queue_get_specific(queue, address), nullptr);  // another logger may come to lie there
+  EXPECT_EQ(dispatch_queue_get_specific(queue, address), nullptr);  // another logger may get this address
 }
 
 TEST_F(DDAbstractLoggerTest, ALoggerGoesWhenNobodyKeepsIt) {

@@ -1,4 +1,4 @@
-// What a process leaves that crashes; crash_child.cpp is that process.
+// What a process that crashes leaves behind; crash_child.cpp is that process.
 #include "NorvikCore/logging/DDCrashHandler.h"
 
 #include "NorvikCore/platform/kernel/Clock.h"
@@ -33,7 +33,7 @@ using ::testing::MatchesRegex;
 
 using Lines = std::vector<std::string>;
 
-// The two seconds that a crash may take, and time for the process before, beside other tests.
+// The two seconds that a crash may take, and time for the process before, while other tests run.
 constexpr std::int64_t soon = 5'000'000'000;
 
 /// The entries of a log in SQLite, in order.
@@ -52,7 +52,7 @@ Lines textsIn(const std::string& database) {
   return texts;
 }
 
-/// One run of the child, and what is left of it.
+/// One run of the child, and its results.
 class Crash {
  public:
   explicit Crash(const std::string& how, int threads = 1) {
@@ -87,7 +87,7 @@ class Crash {
     }
   }
 
-  /// How often each of the first messages is in the file; empty where each is there once.
+  /// Lists the first `count` messages that are not in the file exactly once; empty if there are none.
   [[nodiscard]] std::string faults(int count) const {
     std::vector<int> found(static_cast<std::size_t>(count));
     for (const std::string& line : lines) {
@@ -103,7 +103,7 @@ class Crash {
     }
     return text;
   }
-  /// The lines of the report, from its first to the last line of the file.
+  /// The lines of the file from the report's first line on.
   [[nodiscard]] Lines report() const {
     const auto first = std::find_if(lines.begin(), lines.end(),
                                     [](const std::string& line) { return line.find("*** SIG") != line.npos; });
@@ -144,7 +144,7 @@ constexpr Kind kinds[] = {{"segv", SIGSEGV, "SIGSEGV"},
                           {"fpe", SIGFPE, "SIGFPE"},
                           {"ill", SIGILL, "SIGILL"}};
 
-/// NORVIK_CRASH_RUNS gives another number.
+/// The number of runs; NORVIK_CRASH_RUNS sets another.
 int runs() {
   const char* const given = std::getenv("NORVIK_CRASH_RUNS");
   constexpr int usual = 5;
@@ -177,7 +177,7 @@ TEST_P(DDCrashHandlerSignal, LeavesAllMessagesAndThenItsNameFromOneThreadAndFrom
 INSTANTIATE_TEST_SUITE_P(All, DDCrashHandlerSignal, ::testing::ValuesIn(kinds),
                          [](const auto& kind) { return std::string(kind.param.how); });
 
-/// What addr2line says of a frame: the function and the line of the source.
+/// The output of addr2line for a frame: the function and the line of the source.
 std::string resolved(const std::string& frame) {
   const std::size_t path = frame.find('/'), plus = frame.find("+0x", path);
   const std::string command = "addr2line -f -C -e " + frame.substr(path, plus - path) + " " +
@@ -273,7 +273,7 @@ TEST_F(DDCrashHandlerTest, ACrashInALoggerLeavesAllMessagesOnceInTheFile) {
       const Crash crash(how);
       EXPECT_EQ(crash.signal, SIGSEGV) << how;
       EXPECT_EQ(crash.output, "crashing\n");
-      // The caller goes on while the crash is reported, up to the bound of 1000.
+      // The caller continues while the crash is reported, up to the bound of 1000.
       EXPECT_EQ(crash.faults(5001), "") << how;
       EXPECT_THAT(crash.reportText(), HasSubstr("pay::crashHere(")) << how;
       EXPECT_LT(crash.nanoseconds, soon) << how;

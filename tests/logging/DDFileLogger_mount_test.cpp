@@ -1,5 +1,5 @@
 // A file logger on disks that are full, read-only, or without attributes. Each test mounts one in a process of its own,
-// before anything starts a thread there.
+// before a thread is started there.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
@@ -23,7 +23,7 @@ using test::filesIn;
 using test::PrivateMount;
 using test::RecordingManager;
 
-/// Skips where this user may not even mount in a user namespace of its own.
+/// Skips if this user may not even mount in a user namespace.
 class DDFileLoggerMount : public ::testing::Test {
  protected:
   static bool may(const char* type) { return PrivateMount::isAllowed(type); }

@@ -1,5 +1,5 @@
-// A file logger among files that are not its own: what others put into its folder, what a killed process left, and what
-// the system refuses.
+// A file logger and files that are not its own: entries that others put into its folder, files that a killed process
+// left, and refusals of the system.
 #include "NorvikCore/logging/DDFileLogger.h"
 
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
@@ -48,7 +48,7 @@ class DDFileLoggerRefusal : public test::CleanDDLog {
 
   void TearDown() override {
     CleanDDLog::TearDown();
-    for (const auto& logger : added_) dispatch_sync(logger->loggerQueue(), [] {});  // which archive their files
+    for (const auto& logger : added_) dispatch_sync(logger->loggerQueue(), [] {});  // their files are archived then
   }
 
   Ref<DDFileLogger> addLogger(const Ref<DDLogFileManager>& manager) {
@@ -60,7 +60,7 @@ class DDFileLoggerRefusal : public test::CleanDDLog {
   }
   Ref<DDFileLogger> addLogger(const std::string& path) { return addLogger(make<RecordingManager>(path)); }
   static void sayNow(const NSString& text) { test::say(text, LOG_FLAG_ERROR, false); }
-  /// As many lines as a logger writes between two looks at its folder.
+  /// Logs as many lines as a logger writes between two checks of its folder.
   static void sayUntilTheNextLook() {
     for (int i = 0; i < 500; ++i) sayNow("meanwhile");
   }
@@ -81,7 +81,7 @@ class DDFileLoggerRefusal : public test::CleanDDLog {
 
 struct Impostor {
   const char* why;
-  const char* reason;  // what the console calls it
+  const char* reason;  // the console's name for it
   std::function<void(const std::string& path, const std::string& outside)> put;
   bool isRootNeeded = false;
 };
@@ -246,7 +246,7 @@ TEST_F(DDFileLoggerRefusal, AFileWithoutPermissionToWriteIsPassedOver) {
   });
 }
 
-// What it ends with is not known: an empty line is better than two lines in one.
+// How the file ends is not known: an empty line is better than two messages in one line.
 TEST_F(DDFileLoggerRefusal, AFileThatMayBeWrittenButNotReadIsUsedAndHasALineFeedFirstUnlessItIsEmpty) {
   const struct {
     const char *why, *left, *expected;
@@ -305,7 +305,7 @@ TEST_F(DDFileLoggerRefusal, AThousandFilesOfOthersAreNoObstacle) {
   EXPECT_EQ(console.lines().size(), 1U);
 }
 
-// What a killed process left
+// Files that a killed process left
 
 TEST_F(DDFileLoggerRefusal, AnIncompleteLastLineIsEndedBeforeTheFirstLineOfTheNextRun) {
   const struct {
@@ -327,7 +327,7 @@ TEST_F(DDFileLoggerRefusal, AnIncompleteLastLineIsEndedBeforeTheFirstLineOfTheNe
   }
 }
 
-// What the system refuses
+// Refusals of the system
 
 TEST_F(DDFileLoggerRefusal, AFolderThatCannotBeMadeIsSaidOnceUntilItCouldBeMade) {
   const std::string obstacle = folder.write("obstacle");
@@ -376,7 +376,7 @@ TEST_F(DDFileLoggerRefusal, AFolderInWhichNoFileCanBeMadeIsSaidOnceUntilOneCould
     EXPECT_EQ(allLinesIn(folder.path()).back(), "here");
     ASSERT_EQ(chmod(folder.path().c_str(), 0000), 0);
     sayUntilTheNextLook();
-    sayNow("still here");  // the open file needs no folder
+    sayNow("still here");  // the open file does not need the folder
     logger->rollLogFile();
     for (int i = 0; i < 3; ++i) sayUntilTheNextLook();
     ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
@@ -411,7 +411,7 @@ TEST_F(DDFileLoggerRefusal, WithoutADescriptorLinesAreLostAndTheReasonIsSaidOnce
   });
 }
 
-// Who may read the log
+// Permissions
 
 TEST_F(DDFileLoggerRefusal, FilesAndFoldersAreTheUsersAlone) {
   RUN_IN_CHILD({
@@ -435,7 +435,7 @@ TEST_F(DDFileLoggerRefusal, WhereAGroupMayWriteFilesOfItsUsersAreShared) {
   EXPECT_EQ(TemporaryFolder::read(theirs), "theirs\nours\n");
 }
 
-/// Another user's change between the making of a file and its opening.
+/// Lets another user change a file between its creation and its opening.
 class Meddled : public RecordingManager {
   NK_OBJECT(Meddled, RecordingManager)
   Meddled(const std::string& folder, std::function<void(const std::string&)> meddle)
@@ -481,7 +481,7 @@ TEST_F(DDFileLoggerRefusal, AFileThatWasReplacedBeforeItWasOpenedIsNotWrittenTo)
   }
 }
 
-// As on a disk of another machine, which knows no users of this one.
+// As on a disk of another machine, which does not know the users of this one.
 TEST_F(DDFileLoggerRefusal, AFileThatBelongsToSomebodyElseAsSoonAsItIsMadeIsWrittenTo) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may make a file somebody else's";
   addLogger(make<Meddled>(

@@ -58,14 +58,14 @@ class DDFileLoggerTest : public test::CleanDDLog {
     if (logger) dispatch_sync(logger->loggerQueue(), [] {});
   }
 
-  /// Another logger with a manager of its own for the same folder, as after a restart.
+  /// Adds another logger for the same folder with a manager of its own, as after a restart.
   void begin() {
     manager = make<RecordingManager>(folder.path());
     logger = DDFileLogger::initWithLogFileManager(manager);
     logger->setLogFormatter(nullptr);
     DDLog::addLogger(logger);
   }
-  /// Waits for all that was asked of the dispatcher and the logger, and of both once more.
+  /// Waits for everything that the dispatcher and the logger were asked to do, and for what that caused.
   void settle() {
     for (int i = 0; i < 2; ++i) {
       DDLog::flushLog();
@@ -108,7 +108,7 @@ TEST_F(DDFileLoggerTest, NoFileIsMadeBeforeTheFirstMessage) {
   EXPECT_EQ(filesIn(folder.path()).size(), 1U);
 }
 
-// A logger with nothing but this library's own parts writes messages that wait in a row together.
+// If all parts of a logger are the library's own, queued messages are written together.
 TEST_F(DDFileLoggerTest, MessagesInARowAreSplitExactlyAtTheSizeLimit) {
   DDLog::removeAllLoggers();
   const auto plainManager = DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder.path()));
@@ -163,7 +163,7 @@ TEST_F(DDFileLoggerTest, MessagesInARowLookAsIfTheyCameOneByOne) {
   }
 }
 
-/// Logs a message of its own for each that it formats.
+/// Logs a further message for each outer message that it formats.
 class LoggingFormatter : public DDLogFormatter {
   NK_OBJECT(LoggingFormatter, DDLogFormatter)
   std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
@@ -298,7 +298,7 @@ TEST_F(DDFileLoggerTest, ManyLinesAtOnceAreSplitAtTheLimitAsIfTheyCameOneByOne) 
   logger->setMaximumFileSize(100);
   manager->setMaximumNumberOfLogFiles(0);
   settle();
-  dispatch_sync(DDLog::loggingQueue(), [] {                              // so that they stand in the queue together
+  dispatch_sync(DDLog::loggingQueue(), [] {                              // so that they are queued together
     for (int i = 0; i < 95; ++i) say(stringWithFormat("line %04d", i));  // 10 bytes each
   });
   settle();
@@ -367,7 +367,7 @@ TEST_F(DDFileLoggerTest, AForkedChildRollsByAgeToo) {
   test::quietBeforeFork();
   const pid_t child = fork();
   if (child == 0) {
-    alarm(20);  // a child in which nothing rolls is ended by the signal
+    alarm(20);  // the signal ends a child in which nothing rolls
     const std::size_t before = manager->rolled().size();
     sayNow("of the child");
     while (manager->rolled().size() == before) std::this_thread::yield();
@@ -449,7 +449,7 @@ TEST_F(DDFileLoggerTest, RemovingTheLoggerArchivesItsFile) {
   EXPECT_THAT(manager->rolled(), ElementsAre(path));
 }
 
-// Which file is taken first
+// The choice of the first file
 
 TEST_F(DDFileLoggerTest, ALoggerThatGoesLeavesItsFileToTheNextOne) {
   TemporaryFolder other;
@@ -503,7 +503,7 @@ TEST_F(DDFileLoggerTest, ATooOldNewestFileIsArchived) {
   EXPECT_THAT(manager->archived(), ElementsAre(old));
 }
 
-// What others do to the file
+// Changes of the file by others
 
 TEST_F(DDFileLoggerTest, SeveralLoggersMayShareAFileAndLoseNothing) {
   constexpr int each = 500;
@@ -578,9 +578,10 @@ TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
   EXPECT_EQ(linesOf(path).back(), "here");
 }
 
-// What the system refuses
+// Refusals of the system
 
-/// Files of the process end there while one of these lives: the test's own output too, which may be a long file.
+/// Limits the size of the process's files while this object exists, including the test's own output, which may be a
+/// long file.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) {
@@ -627,7 +628,7 @@ TEST_F(DDFileLoggerTest, LinesThatFailTogetherAreReportedOneByOne) {
   });
 }
 
-// Of a logger that writes a run of lines at once.
+// For a logger that writes a run of lines at once.
 TEST_F(DDFileLoggerTest, OfLinesThatAreWrittenTogetherThoseThatFitArriveAndEveryOtherIsReported) {
   RUN_IN_CHILD({
     DDLog::removeAllLoggers();
@@ -637,7 +638,7 @@ TEST_F(DDFileLoggerTest, OfLinesThatAreWrittenTogetherThoseThatFitArriveAndEvery
     plain->setLogFormatter(nullptr);
     DDLog::addLogger(plain);
     const SystemLogCapture console;
-    sayNow("the first");  // 10 bytes, as each that follows
+    sayNow("the first");  // 10 bytes, as each later line
     {
       const FileSizeLimit limit(45);
       const dispatch_semaphore_t gate = dispatch_semaphore_create(0);

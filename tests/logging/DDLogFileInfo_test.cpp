@@ -86,7 +86,7 @@ TEST(DDLogFileInfo, KeepsWhatItReadUntilItIsResetButForASizeOfZero) {
   EXPECT_EQ(info->fileSize(), 5U);
   info->reset();
   EXPECT_EQ(info->modificationDate(), Date::dateWithTimeIntervalSince1970(1700000000));
-  EXPECT_EQ(info->fileSize(), 5U);  // the size is not forgotten
+  EXPECT_EQ(info->fileSize(), 5U);  // the size is kept
 }
 
 TEST(DDLogFileInfo, TheArchivedMarkIsAnExtendedAttribute) {
@@ -136,7 +136,7 @@ TEST(DDLogFileInfo, TheArchivedMarkWorksOnRamfs) {
   });
 }
 
-/// Of a link in the place of a log file neither the mark of what it leads to is read, nor is that changed.
+/// If a link replaces a log file, the archived mark of its target is neither read nor changed.
 void expectALinkIsNotFollowed() {
   const TemporaryFolder folder, elsewhere;
   const std::string outside = elsewhere.write("outside"), link = folder.path("log-ABC123.txt");

@@ -39,7 +39,7 @@ Ref<DDLogFileManagerDefault> managerFor(const TemporaryFolder& folder) {
   return DDLogFileManagerDefault::initWithLogsDirectory(folder.path());
 }
 
-/// Makes a log file which, where birth times do not count, was created in the given second since 1970.
+/// Makes a log file. If birth times do not count, its creation time is the given second since 1970.
 std::string makeFile(const TemporaryFolder& folder, const std::string& name, std::time_t created, bool archived) {
   const std::string path = folder.write(name, "text");
   DDLogFileInfo::logFileWithPath(path)->setIsArchived(archived);
@@ -139,7 +139,7 @@ TEST(DDLogFileManagerDefault, ANameThatIsTakenIsNotUsedAgain) {
   EXPECT_EQ(TemporaryFolder::read(folder.path("log-ABC123.txt")), "older text");
 }
 
-/// As of a subclass that names files after the day.
+/// Like a subclass that names files after the day.
 class OneName : public DDLogFileManagerDefault {
   NK_OBJECT(OneName, DDLogFileManagerDefault)
   using DDLogFileManagerDefault::DDLogFileManagerDefault;
@@ -148,7 +148,7 @@ class OneName : public DDLogFileManagerDefault {
 
 TEST(DDLogFileManagerDefault, WhereEveryNameIsTakenTheFileOfTheLastOneIsLeftAndReported) {
   RUN_IN_CHILD({
-    alarm(60);  // a search without an end is ended by the signal
+    alarm(60);  // the signal ends an endless search
     const TemporaryFolder folder;
     const kernel::SystemLogCapture console;
     const auto manager = make<OneName>(NSString(folder.path()));
@@ -428,7 +428,7 @@ TEST(DDLogFileManagerDefault, AForkedChildIsNotHeldUpByWhatOtherThreadsWereAt) {
   for (int i = 0; i < 300 && bad == 0; ++i) {
     const pid_t child = fork();
     if (child == 0) {
-      alarm(20);  // a child that hangs is ended by the signal
+      alarm(20);  // the signal ends a child that hangs
       manager->deleteOldLogFiles();
       _exit(0);
     }
@@ -449,7 +449,7 @@ TEST(DDLogFileManagerDefault, GoesWhenNobodyKeepsIt) {
   EXPECT_FALSE(watched.lock());
 }
 
-// Who may read
+// Permissions
 
 mode_t modeOf(const std::string& path) {
   struct stat status {};
@@ -498,7 +498,7 @@ TEST(DDLogFileManagerDefault, PermissionsThatWereNotWrittenInOctalOrShutTheUserO
   manager->setLogsDirectoryPermissions(0777);
 }
 
-// What is no folder, and what is no file
+// Invalid folders and files
 
 TEST(DDLogFileManagerDefault, AnEmptyFolderNameIsRefused) {
   const kernel::SystemLogCapture console;
@@ -527,7 +527,7 @@ TEST(DDLogFileManagerDefault, AFolderThatCannotBeMadeIsReportedOnceUntilItCouldB
 TEST(DDLogFileManagerDefault, AFileThatCannotBeMadeIsReportedOnceUntilOneCould) {
   RUN_IN_CHILD({
     const TemporaryFolder folder;
-    if (geteuid() == 0) {  // who may make files anywhere
+    if (geteuid() == 0) {  // root may make files anywhere
       ASSERT_EQ(chown(folder.path().c_str(), 54321, 54321), 0);
       ASSERT_EQ(setuid(54321), 0);
     }
@@ -547,7 +547,7 @@ TEST(DDLogFileManagerDefault, AFileThatCannotBeMadeIsReportedOnceUntilOneCould) 
 TEST(DDLogFileManagerDefault, AFolderThatCannotBeListedIsReportedOnceUntilItCouldBeListed) {
   RUN_IN_CHILD({
     const TemporaryFolder folder;
-    if (geteuid() == 0) {  // who may list anything
+    if (geteuid() == 0) {  // root may list any folder
       ASSERT_EQ(chown(folder.path().c_str(), 54321, 54321), 0);
       ASSERT_EQ(setuid(54321), 0);
     }
@@ -588,7 +588,8 @@ TEST(DDLogFileManagerDefault, SurplusLinksAndPipesGoButNotWhatLinksLeadTo) {
   EXPECT_EQ(TemporaryFolder::read(folder.path("kept")), "text");
 }
 
-/// A user without an account and without a home, whose logs are in the given folder. False where there is an account.
+/// Makes the process that of a user without an account and without a home, whose logs are in the given folder. Returns
+/// false if there is an account.
 bool becomeNobody(const TemporaryFolder& temporary) {
   if (geteuid() == 0) {
     EXPECT_EQ(chmod(temporary.path().c_str(), 01777), 0);
@@ -654,7 +655,7 @@ TEST(DDLogFileManagerDefault, AFolderOfAnotherUserInTheTemporaryOneIsNotUsed) {
       EXPECT_EQ(filesIn(first).size(), 1U);
       EXPECT_TRUE(filesIn(theirs.path()).empty());
       EXPECT_TRUE(console.lines().empty());
-      // One that others may write to is not used either, though it is this user's.
+      // A folder that others may write to is not used either, although it belongs to this user.
       ASSERT_EQ(chmod(temporary.path("Logs-54321").c_str(), 0770), 0);
       const std::string second = temporary.path("Logs-54321-2/" + kernel::processName());
       EXPECT_EQ(manager->createNewLogFile().stringByDeletingLastPathComponent(), second);

@@ -168,7 +168,7 @@ TEST(DDLogLineFormatter, WhatIsNoEscapeIsRefused) {
   EXPECT_FALSE(DDLogLineFormatter::unescaped(NSString("\U0001F600").substringToIndex(1)).has_value());
 }
 
-/// Anything that is not printable in one line.
+/// True if the text contains anything that is not printable in one line.
 bool hasControl(const std::string& text) {
   return std::any_of(text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7f'; }) ||
          text.find("\u2028") != text.npos || text.find("\u2029") != text.npos || !utf8::isValid(text);
@@ -189,7 +189,7 @@ TEST(DDLogLineFormatter, AnyTextIsOneLineAndComesBack) {
   }
 }
 
-// A message that carries what another one's line looks like.
+// A message that contains the text of another message's line.
 TEST(DDLogLineFormatter, AMessageCannotForgeAnother) {
   const std::string forged = line(*message("all is well"));
   const std::string honest = line(*message("from outside: \n" + NSString(forged)));
@@ -223,7 +223,7 @@ TEST_F(DDLogLineFormatterInAFile, MessagesInARowLookAsIfTheyCameOneByOne) {
     EXPECT_EQ(lines[i].substr(25), head + forms[i % std::size(forms)].escaped) << i;
   }
   clean();
-  dispatch_sync(logger->loggerQueue(), [] {});  // which archives the file
+  dispatch_sync(logger->loggerQueue(), [] {});  // the file is archived then
 }
 
 }  // namespace

@@ -106,7 +106,7 @@ TEST(DDLogMessage, CanBeMadeWhileTheThreadEnds) {
   Ref<DDLogMessage> last;
   std::thread([&] {
     static thread_local AtThreadEnd atEnd;
-    atEnd.result = &last;  // made first, so destroyed last
+    atEnd.result = &last;  // created first, so destroyed last
     messageAt();
   }).join();
   ASSERT_TRUE(last);

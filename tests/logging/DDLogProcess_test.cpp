@@ -1,4 +1,4 @@
-// What a process leaves of its log, however it ends; log_child.cpp is the process.
+// What a process leaves of its log, independent of how it ends; log_child.cpp is the process.
 #include "tests/support/LogFolder.h"
 
 #include <fcntl.h>
@@ -49,7 +49,7 @@ class Child {
   Child& operator=(const Child&) = delete;
   ~Child() { close(output_); }
 
-  /// Its exit code, or 1000 and the signal; a process that has not ended after 60 seconds is killed.
+  /// Returns the exit code, or 1000 plus the signal. A process that has not ended after 60 seconds is killed.
   int wait() {
     readOutput();
     int status = 0;

@@ -1,5 +1,5 @@
-// Loggers that take several messages at once. The loggers get what was logged only when the test releases the logging
-// queue, so that it comes as one run.
+// Loggers that take several messages at once. The loggers get the messages only when the test releases the logging
+// queue, so that they come as one run.
 #include "NorvikCore/logging/DDLogRun.h"
 
 #include "NorvikCore/logging/DDFileLogger.h"
@@ -37,7 +37,7 @@ void log(int flag, FormatStringFor<Args...> format, const Args&... arguments) {
   DDLog::log(true, LOG_LEVEL_VERBOSE, flag, 7, "Payslip.cpp", "pay", 42, Value(), format, arguments...);
 }
 
-/// Keeps the texts of each run in brackets; takes at most `most` at once.
+/// Stores the texts of each run in brackets; takes at most `most` messages at once.
 class RunLogger : public DDAbstractLogger {
   NK_OBJECT(RunLogger, DDAbstractLogger)
 
@@ -62,7 +62,7 @@ class RunLogger : public DDAbstractLogger {
 
   Events events;
   std::size_t most = 1000;
-  std::optional<std::size_t> answer;           // instead of the truth
+  std::optional<std::size_t> answer;           // returned instead of the number of messages taken
   std::function<void(const DDLogRun&)> onRun;  // set before the logger is added
 };
 
@@ -72,7 +72,7 @@ class DDLogRuns : public test::CleanDDLog {
     released.open();
     CleanDDLog::TearDown();
   }
-  /// The logging queue stands still until go().
+  /// Blocks the logging queue until go().
   void hold() {
     DDLog::flushLog();
     dispatch_async(DDLog::loggingQueue(), [this] {
@@ -205,7 +205,7 @@ TEST_F(DDLogRuns, APlaceIsFreeAsSoonAsTheOnlyLoggerIsDoneWithItsMessage) {
   Latch full, oneDone;
   logger->onRun = [&](const DDLogRun&) {
     if (++calls == 2) {
-      full.open();  // one of a thousand is done, the second is not
+      full.open();  // one of a thousand messages is done, the second is not
       oneDone.wait();
     }
   };
@@ -340,7 +340,7 @@ TEST_F(DDLogRuns, AFormatterThatKnowsMessagesOnlyFormatsEntriesToo) {
   EXPECT_THAT(logger->events.all(), ElementsAre("[<1> (dropped) <3>]"));
 }
 
-/// Overrides the text of one that takes runs, and says nothing of runs.
+/// Overrides the text of a class that takes runs, but not takesRuns().
 class Exclaiming : public DDLogFileFormatterDefault {
   NK_OBJECT(Exclaiming, DDLogFileFormatterDefault)
   std::optional<NSString> formatLogMessage(const DDLogMessage& message) override { return message.logMsg() + "!"; }

@@ -1,4 +1,4 @@
-// Many threads log while everything around them changes.
+// Many threads log while loggers, settings and files change.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "tests/support/LogFolder.h"
@@ -33,7 +33,7 @@ constexpr std::array flags{LOG_FLAG_ERROR, LOG_FLAG_WARN, LOG_FLAG_INFO, LOG_FLA
 
 int flagOf(int thread, int number) { return flags[static_cast<std::size_t>(thread + number) % flags.size()]; }
 
-/// "t n" of the stress, wherever in the line it stands after the last '>'.
+/// The "t n" of a message of the stress, which follows the last '>' of the line.
 struct Parsed {
   int thread = -1, number = -1;
   bool operator==(const Parsed&) const = default;
@@ -59,7 +59,7 @@ class Sequence {
     ++next;
     if (flagOf(parsed.thread, parsed.number) <= LOG_LEVEL_WARN) warnings_.push_back(parsed);
   }
-  /// The messages that every logger of the stress admits, of all threads in the order of their arrival.
+  /// The messages of all threads that every logger of the stress admits, in the order of their arrival.
   [[nodiscard]] const std::vector<Parsed>& warnings() const { return warnings_; }
 
   void expectComplete() {
@@ -121,7 +121,7 @@ TEST_F(DDLogStress, EachAdmittedMessageArrivesOnceInTheOrderOfItsQueueing) {
       ++finished;
     });
   }
-  // Meanwhile a logger comes and goes, the file rolls, settings change, and two loggers change their formatters.
+  // Meanwhile a logger is added and removed, the file rolls, settings change, and two loggers change their formatters.
   const auto guest = make<ComingAndGoing>();
   const auto prefix = make<PrefixFormatter>();
   const auto usual = file->logFormatter();
@@ -145,7 +145,7 @@ TEST_F(DDLogStress, EachAdmittedMessageArrivesOnceInTheOrderOfItsQueueing) {
 
   warnings->sequence.expectComplete();
   info->sequence.expectComplete();
-  // The files in the order in which they were rolled hold every message.
+  // The files, in the order in which they were rolled, contain every message.
   Sequence inFiles(LOG_LEVEL_VERBOSE);
   std::size_t lines = 0;
   for (const std::string& path : manager->rolled()) {
@@ -158,7 +158,7 @@ TEST_F(DDLogStress, EachAdmittedMessageArrivesOnceInTheOrderOfItsQueueing) {
   }
   EXPECT_EQ(lines, static_cast<std::size_t>(messagesInAll));
   inFiles.expectComplete();
-  // Not with EXPECT_EQ, which would print them all.
+  // Not by EXPECT_EQ, which would print all messages.
   EXPECT_FALSE(warnings->sequence.warnings().empty());
   EXPECT_TRUE(warnings->sequence.warnings() == info->sequence.warnings());
   EXPECT_TRUE(warnings->sequence.warnings() == inFiles.warnings());

@@ -50,7 +50,7 @@ using ::testing::ElementsAre;
 using DDLogTest = test::CleanDDLog;
 using Strings = std::vector<std::string>;
 
-/// A logger with nothing but what is required.
+/// A logger with the required operation only.
 class BareLogger : public DDLogger {
   NK_OBJECT(BareLogger, DDLogger)
   void logMessage(const DDLogMessage& message) override {
@@ -264,8 +264,8 @@ TEST_F(DDLogTest, ACallBlocksWhileAThousandMessagesWait) {
     }
   });
   while (logged < 999) std::this_thread::yield();
-  // The message that is being handed out holds a permit too: 999 more fit. The thousandth call is in the semaphore, or
-  // about to enter it; it cannot return.
+  // The message that is being handed out counts too: 999 more fit. The thousandth call blocks, or is about to block; it
+  // cannot return.
   for (int i = 0; i < 1000; ++i) std::this_thread::yield();
   EXPECT_EQ(logged, 999);
   go.open();
@@ -300,11 +300,11 @@ TEST_F(DDLogTest, AFormatterOrALoggerThatLogsIsNotHeldUpByTheBound) {
     if (message.logMsg() != "begin") return;
     for (int i = 0; i < 1500; ++i) say("of the logger");
   };
-  DDLog::addLogger(formatting);  // runs on a thread of its own, the last one on that of the logging queue
+  DDLog::addLogger(formatting);  // runs on a thread of its own; the last logger runs on that of the logging queue
   DDLog::addLogger(other);
   say("begin");
   settle();
-  settle();  // what they said while the first one waited
+  settle();  // messages that were logged while the first call waited
   const Strings all = formatting->all();
   EXPECT_EQ(std::count(all.begin(), all.end(), "of the formatter"), 1500);
   EXPECT_EQ(std::count(all.begin(), all.end(), "made"), 1);
@@ -470,7 +470,7 @@ TEST_F(DDLogTest, LoggersRunInParallel) {
   second->onMessage = [&](const DDLogMessage&) { secondIsThere.open(), firstIsThere.wait(); };
   DDLog::addLogger(first);
   DDLog::addLogger(second);
-  say("both", LOG_FLAG_ERROR, false);  // would never return if one waited for the other's end
+  say("both", LOG_FLAG_ERROR, false);  // would never return if one logger waited for the other to end
   EXPECT_THAT(first->all(), ElementsAre("[added]", "both"));
 }
 

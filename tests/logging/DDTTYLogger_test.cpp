@@ -1,5 +1,5 @@
-// What the console shows, byte by byte; console_child.cpp is the process that logs. Its standard error is a pipe, a
-// terminal or a file, and its environment has no TERM and no XcodeColors unless the test says so.
+// The console's output, byte by byte; console_child.cpp is the process that logs. Its standard error is a pipe, a
+// terminal or a file, and its environment has no TERM and no XcodeColors unless the test sets them.
 #include "NorvikCore/logging/DDTTYLogger.h"
 
 #include <fcntl.h>
@@ -40,7 +40,7 @@ struct Environment {
 
 enum class Kind : std::uint8_t { pipe, smallPipe, terminal, pipeWithoutReader, full };
 
-/// The child and the other ends of its standard descriptors.
+/// The child and the test's ends of its standard descriptors.
 class Console {
  public:
   Console(const Environment& environment, const Words& commands, Kind kind = Kind::pipe) {
@@ -80,7 +80,7 @@ class Console {
 
   [[nodiscard]] pid_t id() const { return id_; }
 
-  /// Waits for the child at its next "meet".
+  /// Waits until the child is at its next "meet".
   void meet() { EXPECT_EQ(readLine(), "met"); }
   void goOn() { EXPECT_EQ(::write(toChild_, "\n", 1), 1); }
 
@@ -89,7 +89,7 @@ class Console {
     for (char byte = 0; read(output_, &byte, 1) == 1 && byte != '\n';) line += byte;
     return line;
   }
-  /// So many bytes of standard error.
+  /// Reads this many bytes of standard error.
   std::string readError(std::size_t size) {
     std::string text(size, '\0');
     std::size_t done = 0;
@@ -99,7 +99,7 @@ class Console {
     text.resize(done);
     return text;
   }
-  /// What is left of standard output and standard error, and the exit code.
+  /// The rest of standard output and of standard error, and the exit code.
   std::string readOutput() { return readAll(output_); }
   std::string readError() { return readAll(error_); }
   int wait() {
@@ -124,7 +124,7 @@ class Console {
     }
     return text;
   }
-  /// The child's end; the other becomes error_.
+  /// Returns the child's end; the test's end becomes error_.
   int openError(Kind kind) {
     if (kind == Kind::full) return open("/dev/full", O_WRONLY | O_CLOEXEC);
     if (kind == Kind::terminal) {
@@ -153,7 +153,7 @@ struct Result {
   std::string error, output;
 };
 
-/// Of a child that must end well.
+/// The result of a child, which must exit with 0.
 Result run(const Environment& environment, const Words& commands, Kind kind = Kind::pipe) {
   Console console(environment, commands, kind);
   Result result;
@@ -165,7 +165,7 @@ Result run(const Environment& environment, const Words& commands, Kind kind = Ki
 
 const Environment plain{}, color16{"xterm-color", {}}, color256{"xterm-256color", {}}, plugIn{{}, "YES"};
 
-/// With a formatter, so that lines are the texts alone, and with colours.
+/// The output with colours, and with a formatter, so that each line is only the text.
 std::string colored(const Environment& environment, const Words& commands) {
   return run(environment, Words{"copy", "colors", "on"} + commands).error;
 }
@@ -330,7 +330,7 @@ TEST(DDTTYLogger, DefaultsReplaceWhatWasSetForTheirFlagsAndKeepTheOthers) {
   EXPECT_EQ(colored(color16, {"flag", "1", blue, "-", "flag", "4", green, "-", "defaults", "say", "1", "0", "x", "say",
                               "4", "0", "x"}),
             "\033[31mx\n\033[0m" + inGreen);
-  // Both apply to a message of both flags: the warning's profile is the later one, and was appended after the first.
+  // Both profiles apply to a message of both flags. The warning's profile is the later one, because it was added last.
   EXPECT_EQ(run(color16, {"copy", "flag", "3", blue, "-", "colors", "on", "defaults", "say", "1", "0", "x", "say", "3",
                           "0", "x"})
                 .error,
@@ -338,7 +338,7 @@ TEST(DDTTYLogger, DefaultsReplaceWhatWasSetForTheirFlagsAndKeepTheOthers) {
   EXPECT_EQ(run(color16, {"copy", "flag", "1", blue, "-", "flag", "3", green, "-", "colors", "on", "defaults", "say",
                           "1", "0", "x"})
                 .error,
-            inGreen);  // the error's keeps its place before that for both
+            inGreen);  // the error's profile keeps its place before that for both flags
 }
 
 TEST(DDTTYLogger, TheLastProfileOfEveryContextCounts) {
@@ -353,13 +353,13 @@ TEST(DDTTYLogger, AProfileOfTheMessagesContextCountsWhereverItIs) {
   EXPECT_EQ(colored(color16, before + exact + after + say), inBlue);
   EXPECT_EQ(colored(color16, before + after + exact + say), inBlue);
   EXPECT_EQ(colored(color16, before + after + exact + Words{"say", "4", "8", "x"}), inGreen);
-  EXPECT_EQ(colored(color16, Words{"context", "12", "7", red, "-"} + exact + say), inRed);  // the first of the two
+  EXPECT_EQ(colored(color16, Words{"context", "12", "7", red, "-"} + exact + say), inRed);  // the first profile
 }
 
 TEST(DDTTYLogger, TheSameMaskAndContextReplaceAProfile) {
   EXPECT_EQ(
       colored(color16, {"flag", "4", red, "-", "flag", "5", green, "-", "flag", "4", blue, "-", "say", "4", "0", "x"}),
-      inGreen);  // the place stays
+      inGreen);  // the replaced profile keeps its place
   EXPECT_EQ(colored(color16, {"flag", "4", red, "-", "flag", "4", blue, "-", "say", "4", "0", "x"}), inBlue);
 }
 
@@ -476,7 +476,7 @@ TEST(DDTTYLogger, LinesOfARunAreOneCallEach) {
   }
 }
 
-// Standard error that does not take a line
+// Standard error that does not accept a line
 
 TEST(DDTTYLogger, AnInterruptedCallIsMadeAgain) {
   const Result result = run(plain, {"copy", "interrupt", "3", "say", "4", "0", "x", "calls", "say", "4", "0", "y"});
@@ -488,7 +488,7 @@ TEST(DDTTYLogger, WhatIsTakenInPartIsFinished) {
   const Result result = run(color16, {"copy", "flag", "4", red, "-", "colors", "on", "take-at-most", "5", "say", "4",
                                       "0", "0123456789", "calls"});
   EXPECT_EQ(result.error, "\033[1;31m0123456789\n\033[0m");
-  EXPECT_EQ(result.output, "5 of 1\n");  // 22 bytes; the last call has the reset code left
+  EXPECT_EQ(result.output, "5 of 1\n");  // 22 bytes; the last call writes the rest of the reset code
 }
 
 TEST(DDTTYLogger, ALineThatIsRefusedIsLostAndTheNextOneIsAttempted) {
@@ -504,7 +504,7 @@ TEST(DDTTYLogger, AClosedStandardErrorDoesNoHarm) {
   EXPECT_EQ(run(plain, {"count-beside", "say-run", "50", "counted"}, Kind::full).output, "50\n");
 }
 
-/// Lines 0 to count - 1 of say-many.
+/// The lines 0 to count - 1 of "say-many".
 std::string manyLines(std::size_t count) {
   std::string text;
   for (std::size_t i = 0; i < count; ++i) {
@@ -540,7 +540,7 @@ TEST(DDTTYLogger, AFullPipeThatDoesNotBlockLosesWholeLines) {
   console.meet();
   EXPECT_EQ(console.readError(4000), manyLines(40));
   console.goOn();
-  console.meet();  // of 6001 bytes the pipe has 4096; the others come before the next line
+  console.meet();  // the pipe has 4096 of the 6001 bytes; the others are written before the next line
   EXPECT_EQ(console.readError(4096), std::string(4096, 'x'));
   console.goOn();
   EXPECT_EQ(console.readError(1911), std::string(1904, 'x') + "\nafter\n");
@@ -553,7 +553,7 @@ TEST(DDTTYLogger, AFullPipeThatDoesNotBlockLosesWholeLines) {
 TEST(DDTTYLogger, TheRestOfALineIsNotWrittenByAForkedChildToo) {
   Console console(plain, {"copy", "non-blocking", "say-long", "6000", "meet", "fork", "say", "4", "0", "after"},
                   Kind::smallPipe);
-  console.meet();  // of 6001 bytes the pipe has 4096
+  console.meet();  // the pipe has 4096 of the 6001 bytes
   EXPECT_EQ(console.readError(4096), std::string(4096, 'x'));
   console.goOn();
   EXPECT_THAT(console.readError(), MatchesRegex("child [0-9]+\n" + std::string(1904, 'x') + "\nafter\n"));

@@ -1,5 +1,4 @@
-// What a log call leaves for later is fixed at the call. The loggers get it only when the test lets go of the logging
-// queue.
+// The content of a log call is fixed at the call. The loggers get it only when the test releases the logging queue.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -41,7 +40,7 @@ void log(FormatStringFor<Args...> format, const Args&... arguments) {
   DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_ERROR, 0, "f", "g", 1, Value(), format, arguments...);
 }
 
-/// A value that says what it finds elsewhere.
+/// A value whose description is a text that is stored elsewhere.
 struct Reference {
   const std::string* text;
   [[nodiscard]] std::string description() const { return *text; }
@@ -58,7 +57,7 @@ class LogIntake : public test::CleanDDLog {
     logger->onMessage = [this](const DDLogMessage& message) { messages.push_back(ref(message)); };
     DDLog::addLogger(logger);
   }
-  /// The logging queue stands still until go().
+  /// Blocks the logging queue until go().
   void hold() {
     DDLog::flushLog();
     dispatch_async(DDLog::loggingQueue(), [this] {
@@ -67,7 +66,7 @@ class LogIntake : public test::CleanDDLog {
     });
     held.wait();
   }
-  /// Hands out what was logged, and gives the texts.
+  /// Hands out what was logged, and returns the texts.
   std::vector<std::string> go() {
     released.open();
     DDLog::flushLog();
@@ -153,7 +152,8 @@ TEST_F(LogIntake, WhereMessagesAreJammedTheirTextsAreTheSame) {
   const auto expected =
       ElementsAre("-42 2.5 1234.50 text", fits, tooLong, tooLong, "b\xED\xB3\x83(d|a\xED\xA0\xBDz", "a\xED\xA0\xBDz",
                   "", "nothing but % text", std::string(99, ' ') + "7", "1 with a tag");
-  for (int i = 0; mailbox.isCrowded() && i < 2000; ++i) {  // of an earlier test, until a sender looks
+  for (int i = 0; mailbox.isCrowded() && i < 2000;
+       ++i) {  // it may still be from an earlier test, until a sender checks
     log("%d", i);
     DDLog::flushLog();
   }
@@ -336,7 +336,7 @@ TEST_F(LogIntake, TheQueueIsThatOfTheCall) {
 }
 
 TEST_F(LogIntake, CallsThatJustFitTheirRoomAndThoseThatDoNotAreWhole) {
-  // Off any queue a thread's name is the label too: together 2, 4, 30, 32, 34, 98, 100 and 102 bytes.
+  // Outside any queue a thread's name is the label too: together 2, 4, 30, 32, 34, 98, 100 and 102 bytes.
   constexpr std::size_t lengths[] = {1, 2, 15, 16, 17, 49, 50, 51};
   hold();
   std::thread([&] {
@@ -428,7 +428,7 @@ class SuspendingFormatter : public DDLogFormatter {
     }
     return message.logMsg();
   }
-  std::vector<std::string> formatted;  // the logger's queue's
+  std::vector<std::string> formatted;  // used on the logger's queue
   Latch suspended;
 };
 
@@ -472,7 +472,7 @@ TEST_F(LogIntake, ALoggerThatTakesMessagesOneByOneMaySuspendTheLoggingQueueToo) 
   EXPECT_THAT(suspending->all(), ElementsAre("[added]", "[flushed]", "0", "1", "2", "3", "4", "5", "[flushed]"));
 }
 
-/// Forks at the first message it is asked for.
+/// Forks when it formats the first message.
 class ForkingFormatter : public DDLogFormatter {
   NK_OBJECT(ForkingFormatter, DDLogFormatter)
   std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {

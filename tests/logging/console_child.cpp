@@ -1,11 +1,11 @@
 // tests/logging/console_child.cpp - a process that logs to the console as its arguments say; DDTTYLogger_test.cpp reads
-// its standard error. Each argument is a command, with its own arguments behind it. What is printed goes to standard
+// its standard error. Each argument is a command, followed by the command's arguments. Commands print to standard
 // output.
 //
 //   console_child colors on flag 4 0,255,0 - say 4 0 "40 payslips written"
 //
-// Its own writev() takes the place of the system's: it counts the calls to standard error, and lets them fail. Memory
-// is refused when a command asks for that.
+// Its own writev() replaces the system's: it counts the calls to standard error, and lets them fail. Memory is refused
+// if a command asks for that.
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDTTYLogger.h"
 #include "NorvikCore/logging/DDTTYLoggerColorProfile.h"
@@ -34,9 +34,9 @@
 namespace {
 
 std::atomic<int> calls = 0, pieces = 0;
-std::atomic<int> interruptions = 0;  // calls still to fail with EINTR
-std::atomic<int> failure = 0;        // what every call fails with
-std::atomic<int> mostBytes = 0;      // what the next calls take at most
+std::atomic<int> interruptions = 0;  // calls that still fail with EINTR
+std::atomic<int> failure = 0;        // the error of every call
+std::atomic<int> mostBytes = 0;      // the most bytes that the next calls write
 
 }  // namespace
 
@@ -80,7 +80,7 @@ class Formatter : public DDLogFormatter {
   Answer answer_;
 };
 
-/// Another logger beside the console.
+/// Another logger besides the console.
 class Counter : public DDAbstractLogger {
   NK_OBJECT(Counter, DDAbstractLogger)
   void logMessage(const DDLogMessage&) override { ++count; }
@@ -146,7 +146,7 @@ class Commands {
         console.clearColorsForAllTags();
       } else if (command == "clear") {
         console.clearAllColors();
-      } else if (command == "on-its-queue") {  // a change there is made at once, not after what waits
+      } else if (command == "on-its-queue") {  // a change on the logger's queue is made at once
         DDLog::flushLog();
         dispatch_sync(console.loggerQueue(), [&] {
           console.setForegroundColor_backgroundColor_forFlag(colorOf("255,0,0"), nullptr, LOG_FLAG_INFO);
@@ -158,7 +158,7 @@ class Commands {
           console.setColorsEnabled(true);
           console.logMessage(*DDLogMessage::initWithLogMsg("before its turn", 1, 1, 0, "f", "g", 1, Value(), 0));
         });
-      } else if (command == "say-with-less-memory") {  // that text, each time with one request for memory more
+      } else if (command == "say-with-less-memory") {  // logs a text, each time with one more allocation that succeeds
         const NSString line = text();
         DDLog::flushLog();
         const auto message = DDLogMessage::initWithLogMsg(line, 4, 4, 0, "f", "g", 1, Value(), 0);
@@ -185,17 +185,17 @@ class Commands {
         const int flag = number(), context = number();
         const NSString tag = text();
         say(flag, context, text(), tag);
-      } else if (command == "say-long") {  // that many letters
+      } else if (command == "say-long") {  // this many letters
         say(LOG_FLAG_INFO, 0, NSString(std::string(static_cast<std::size_t>(number()), 'x')));
       } else if (command == "say-zero") {
         say(LOG_FLAG_INFO, 0, NSString(std::string_view("a\0b", 3)));
-      } else if (command == "say-run") {  // that many lines, which come as runs
+      } else if (command == "say-run") {  // this many lines, which come as runs
         dispatch_async(DDLog::loggingQueue(), [released] { dispatch_semaphore_wait(released, DISPATCH_TIME_FOREVER); });
         const int count = number();
         for (int i = 0; i < count; ++i) say(LOG_FLAG_INFO, 0, std::to_string(i), Value(), true);
         dispatch_semaphore_signal(released);
         DDLog::flushLog();
-      } else if (command == "say-many") {  // that many lines of 100 bytes
+      } else if (command == "say-many") {  // this many lines of 100 bytes
         const int count = number();
         for (int i = 0; i < count; ++i) {
           std::string line = std::to_string(i);
@@ -257,7 +257,7 @@ class Commands {
         close(STDERR_FILENO);
       } else if (command == "non-blocking") {
         if (fcntl(STDERR_FILENO, F_SETFL, fcntl(STDERR_FILENO, F_GETFL) | O_NONBLOCK) != 0) return 3;
-      } else if (command == "meet") {  // the other side goes on, then this one does
+      } else if (command == "meet") {  // the test continues, then this process does
         std::printf("met\n");
         std::fflush(stdout);
         if (std::getchar() != '\n') return 3;
@@ -286,6 +286,6 @@ class Commands {
 }  // namespace
 
 int main(int argc, char** argv) {
-  alarm(60);  // one that hangs shows as killed
+  alarm(60);  // the signal ends a process that hangs
   return Commands({argv + 1, argv + argc}).run();
 }

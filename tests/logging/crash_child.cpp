@@ -1,6 +1,6 @@
-// tests/logging/crash_child.cpp - a process that logs and then crashes in the way its first argument says; the second
-// one is the folder of its log, the third the number of threads that log. DDCrashHandler_test.cpp looks at what is
-// left.
+// tests/logging/crash_child.cpp - a process that logs and then crashes in the way that its first argument names. The
+// second argument is the folder of its log, the third the number of threads that log. DDCrashHandler_test.cpp checks
+// the results.
 #include "NorvikCore/logging/DDCrashHandler.h"
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
@@ -29,7 +29,7 @@
 #include <thread>
 #include <vector>
 
-// Once this is set no thread gets memory, as if the thread that crashed held the lock of the heap.
+// While this is set no thread can allocate, as if the crashed thread held the lock of the heap.
 static std::atomic<bool> memoryHangs = false;
 
 #if !defined(NK_TEST_ADDRESS_SANITIZER) && !defined(NK_TEST_THREAD_SANITIZER)
@@ -48,7 +48,7 @@ std::string folder;
 volatile int zero = 0, sink = 0;
 void (*volatile noCode)() = nullptr;
 
-/// The frames that the report is to name.
+/// The frames that the report must name.
 NK_EXPORT __attribute__((noinline)) void crashHere(const std::string& how) {
   if (how == "segv") *reinterpret_cast<volatile int*>(std::uintptr_t{16}) = 1;  // the line that addr2line is to find
   if (how == "fpe") sink = 100 / zero;
@@ -79,7 +79,7 @@ void say(int number) {
   DDLog::log(true, LOG_LEVEL_VERBOSE, LOG_FLAG_INFO, 0, "f", "g", 1, nullptr, "message %d of %s", number, "10000");
 }
 
-/// Messages 0 to count - 1, from so many threads. The thread that is last goes on with `then`.
+/// Logs messages 0 to count - 1 on `threads` threads. The last thread to finish calls `then`.
 template <class Then>
 void sayAll(int count, int threads, const Then& then) {
   if (threads <= 1) {
@@ -247,7 +247,7 @@ int run(const std::string& how, int threads) {
     DDLog::flushLog();
     raise(SIGTERM);
   }
-  if (how == "quiet") {  // the writer sleeps by then
+  if (how == "quiet") {  // the writer is asleep at the crash
     sayAll(100, 1);
     DDLog::flushLog();
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
@@ -277,10 +277,9 @@ int run(const std::string& how, int threads) {
     callsWhatCrashes(segv);
   }
   if (how == "heap") {
-    char* volatile memory =
-        static_cast<char*>(std::calloc(1, 64));  // zeros: what is not there has no size and no arena
+    char* volatile memory = static_cast<char*>(std::calloc(1, 64));  // zeros: the fake block has no size and no arena
     memory = memory + 8;
-    std::free(memory);  // NOLINT(clang-analyzer-unix.Malloc): what the C library aborts for
+    std::free(memory);  // NOLINT(clang-analyzer-unix.Malloc): the C library aborts because of it
   }
   if (how == "bad-stack") {
 #if defined(__x86_64__)
@@ -293,7 +292,7 @@ int run(const std::string& how, int threads) {
     char byte = 0;
     if (pipe(go) != 0) return 2;
     if (fork() == 0) _exit(read(go[0], &byte, 1) == 1 ? kill(self, SIGSEGV) : 1);
-    if (write(go[1], &byte, 1) != 1) return 2;  // a signal within fork() finds its locks held
+    if (write(go[1], &byte, 1) != 1) return 2;  // not within fork(), whose locks the handler would find held
     for (;;) pause();
   }
   if (how == "null-call") noCode();

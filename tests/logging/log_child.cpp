@@ -1,5 +1,5 @@
-// tests/logging/log_child.cpp - a process that logs and ends in the way its first argument says; its second one is the
-// folder for its log. DDLogProcess_test.cpp looks at what is left.
+// tests/logging/log_child.cpp - a process that logs and ends in the way that its first argument names. The second
+// argument is the folder for its log. DDLogProcess_test.cpp checks the results.
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
@@ -28,7 +28,7 @@
 #include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
-// A forked child forgets what waited in its parent, on purpose: that is no leak.
+// A forked child abandons the messages that were queued in its parent, on purpose. That is not a leak.
 extern "C" NK_EXPORT const char*
 __asan_default_options();  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
 extern "C" NK_EXPORT const char* __asan_default_options() { return "detect_leaks=0"; }
@@ -44,7 +44,7 @@ void say(const NSString& text, bool asynchronous = true) {
 
 std::string ending;
 
-/// Writes to standard output what it is asked to do; ends the process from within where it is told to.
+/// Writes the operations that are called to standard output, and ends the process from within one if requested.
 class Talking : public DDAbstractLogger {
   NK_OBJECT(Talking, DDAbstractLogger)
   void logMessage(const DDLogMessage& message) override {
@@ -60,7 +60,7 @@ class Talking : public DDAbstractLogger {
   }
 };
 
-/// On a queue that it is given.
+/// Runs on the queue that it is given.
 class TalkingOn : public Talking {
   NK_OBJECT(TalkingOn, Talking)
   explicit TalkingOn(dispatch_queue_t queue) : queue_(std::move(queue)) {}
@@ -74,7 +74,7 @@ class Quiet : public DDAbstractLogger {
   NK_OBJECT(Quiet, DDAbstractLogger)
 };
 
-/// Says when it begins and ends, and gives others every chance to come between.
+/// Writes when it begins and when it ends, and yields in between, so that others could run.
 class Slow : public DDAbstractLogger {
   NK_OBJECT(Slow, DDAbstractLogger)
   explicit Slow(const char* name) : name_(name) {}
@@ -143,7 +143,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (ending == "fork-without-threads") {
-    DDLog::flushLog();  // what waits at the fork is the parent's, the logger that is being added too
+    DDLog::flushLog();  // what is queued at the fork is the parent's, also a logger that is being added
     for (int i = 0; i < 20; ++i) say("parent");
     const pid_t child = fork();
     if (child == 0) {
@@ -163,7 +163,7 @@ int main(int argc, char** argv) {
   }
   if (ending == "abort") {
     for (int i = 0; i < 10000; ++i) say("line");
-    waitNanoseconds(250'000'000);  // also where the writer gets no processor for a while; the benchmark waits 20 ms
+    waitNanoseconds(250'000'000);  // enough also if the writer gets no processor for a while
     std::abort();
   }
   if (ending == "idle") {  // prints the microseconds of processor time that a second without calls takes

@@ -1,4 +1,4 @@
-// Programs that end while they log to a server that is reached by TLS.
+// Programs that end while they log to a server over TLS.
 #include "tests/support/ChildProgram.h"
 #include "tests/support/PostgresServer.h"
 

@@ -1,4 +1,4 @@
-// Against a real server, which each test has to itself.
+// Tests with a real server; each test has its own.
 #include "NorvikCore/postgresql/DDPostgreSQLLogger.h"
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -165,7 +165,7 @@ TEST_F(DDPostgreSQLLoggerTest, AServerThatComesLaterGetsAllWithoutAFlush) {
   server_.start();
   for (const auto deadline = kernel::monotonicNanoseconds() + 60 * NSEC_PER_SEC;
        server_.query("SELECT count(*) FROM norvik_log") != "1" && kernel::monotonicNanoseconds() < deadline;) {
-    continue;  // within some seconds, by itself
+    continue;  // the logger saves after some seconds without being asked
   }
   EXPECT_EQ(texts(), "a|");
 }
@@ -212,7 +212,7 @@ TEST_F(DDPostgreSQLLoggerTest, WhatComesWhenTheBufferIsFullIsLostCountedAndRepor
   server_.stop();
   logger_->setMaximumBufferSize(4'000);
   const std::vector<std::string> lines = consoleOf([] {
-    save("second");  // from now on it is known not to be there
+    save("second");  // from now on the logger knows that the server is unreachable
     for (int i = 0; i < 10; ++i) say(NSString(std::string(1'500, 'x')), LOG_FLAG_ERROR, false);
     DDLog::flushLog();
   });
@@ -239,7 +239,7 @@ TEST_F(DDPostgreSQLLoggerTest, WhereTheServerHangsOnlyTheFirstMessageWaitsForRoo
   save("first");
   logger_->setMaximumBufferSize(4'000);
   logger_->setTimeout(0.5);
-  (void)logger_->timeout();  // set by now
+  (void)logger_->timeout();  // returns after the change
   server_.suspend();
   const auto begin = kernel::monotonicNanoseconds();
   const std::vector<std::string> lines = consoleOf([] {
@@ -258,7 +258,7 @@ TEST_F(DDPostgreSQLLoggerTest, WhereTheServerHangsOnlyTheFirstMessageWaitsForRoo
 
 TEST_F(DDPostgreSQLLoggerTest, ACommitWhoseAnswerWasLostIsNotWrittenTwice) {
   save("first");
-  // Each commit of a batch takes two seconds, longer than the logger waits.
+  // Each commit of a batch takes two seconds, which is longer than the logger waits.
   server_.query(
       "CREATE FUNCTION rest() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN PERFORM pg_sleep(2); RETURN NULL; "
       "END $$");
@@ -268,7 +268,7 @@ TEST_F(DDPostgreSQLLoggerTest, ACommitWhoseAnswerWasLostIsNotWrittenTwice) {
   logger_->setTimeout(0.5);
   const std::vector<std::string> lines = consoleOf([] { save("second"); });
   EXPECT_THAT(lines, ::testing::Each(HasSubstr("does not answer in time")));
-  server_.query("DROP TRIGGER rest ON norvik_log_run");  // waits for that commit
+  server_.query("DROP TRIGGER rest ON norvik_log_run");  // waits for the running commit
   EXPECT_EQ(texts(), "first|second|") << "the server has it, which the logger does not know";
   logger_->setTimeout(10);
   save("third");
@@ -369,7 +369,7 @@ TEST_F(DDPostgreSQLLoggerTlsTest, ARequiredConnectionIsByTls) {
 }
 
 TEST_F(DDPostgreSQLLoggerTlsTest, AServerWithAnUnknownCertificateGetsNothingUntilItHasTheKnownOne) {
-  server_.makeCertificate();  // which the server has after a restart
+  server_.makeCertificate();  // the server uses it after a restart
   add(server_.tlsConnection("payroll", "verify-full") + " sslrootcert=" + server_.certificate());
   const std::vector<std::string> lines = consoleOf([] {
     save("a");
@@ -420,7 +420,7 @@ TEST_F(DDPostgreSQLLoggerTest, OldEntriesOfThisMachineAloneAreDeleted) {
   EXPECT_EQ(texts(), "anothers|young|a|b|");
 }
 
-// Life
+// Lifetime
 
 TEST_F(DDPostgreSQLLoggerTest, RemovalSavesAndEndsTheConnection) {
   say("text");

@@ -1,5 +1,6 @@
-// A program that uses OpenSSL, loads the plug-in of its first argument, has that log to the PostgreSQL server of the
-// second, and ends. What is written to the system console is its output. For DDPostgreSQLLogger_end_test.cpp.
+// A program for DDPostgreSQLLogger_end_test.cpp. It uses OpenSSL, loads the plug-in of its first argument, lets the
+// plug-in log to the PostgreSQL server of the second argument, and ends. Its output is what is written to the system
+// console.
 #include <dlfcn.h>
 #include <openssl/rand.h>
 #include <unistd.h>

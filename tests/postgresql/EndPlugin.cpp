@@ -1,4 +1,4 @@
-// What EndHost.cpp loads: it logs to the PostgreSQL server of the connection string.
+// The plug-in that EndHost.cpp loads. It logs to the PostgreSQL server of the connection string.
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/DDLogMacros.h"
 #include "NorvikCore/postgresql/DDPostgreSQLLogger.h"

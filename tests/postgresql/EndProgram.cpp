@@ -1,5 +1,5 @@
-// A program that logs to the PostgreSQL server of its second argument and ends in the way that its first argument
-// names. What it writes to the system console is its output. For DDPostgreSQLLogger_end_test.cpp.
+// A program for DDPostgreSQLLogger_end_test.cpp. It logs to the PostgreSQL server of its second argument, and ends in
+// the way that its first argument names. Its output is what it writes to the system console.
 #include <openssl/crypto.h>
 #include <openssl/rand.h>
 #include <openssl/ssl.h>
@@ -18,7 +18,7 @@ using namespace norvik;
 
 bool logsAtTheVeryEnd = false;
 
-// Made before main() and destroyed after it.
+// Created before main(), and destroyed after it.
 struct Static {
   ~Static() {
     if (logsAtTheVeryEnd) DDLogError("from a static object");

@@ -1,4 +1,4 @@
-// tests/soak/ResidentMemory.h - the process's resident memory over time, and whether it has stayed flat.
+// tests/soak/ResidentMemory.h - samples the process's resident memory over time, and tells whether it stayed flat.
 #pragma once
 
 #include <fcntl.h>
@@ -15,7 +15,7 @@ namespace norvik::test {
 
 class ResidentMemory {
  public:
-  /// For a run of so many seconds. Memory for the samples is taken here, so that sampling takes none.
+  /// For a run of `seconds`. Allocates the memory for the samples, so that sampling allocates none.
   ResidentMemory(int seconds, std::size_t mostSamples) : seconds_(seconds) { samples_.reserve(mostSamples); }
 
   void sample() {
@@ -26,17 +26,17 @@ class ResidentMemory {
     close(file);
     if (count <= 0) return;
     char* at = text.data();
-    std::strtoull(at, &at, 10);  // the size; what is resident follows
+    std::strtoull(at, &at, 10);  // the total size; the resident size follows
     samples_.push_back(std::strtoull(at, nullptr, 10) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)));
   }
 
   [[nodiscard]] std::size_t count() const { return samples_.size(); }
-  /// In bytes, of the second and of the last quarter of the samples.
+  /// The median of the second, and of the last, quarter of the samples, in bytes.
   [[nodiscard]] std::uint64_t secondQuarter() const { return medianOf(samples_.size() / 4, samples_.size() / 2); }
   [[nodiscard]] std::uint64_t lastQuarter() const { return medianOf(samples_.size() * 3 / 4, samples_.size()); }
-  /// What the last quarter may have more than the second one: 4 MiB and a fiftieth, for arenas and caches that still
-  /// settle; 16 MiB in a run of less than a minute, in which they are still filling. In ten minutes, 300 seconds lie
-  /// between the two: with 16 MiB resident, 15 KB a second are found.
+  /// How much the last quarter may exceed the second one: 4 MiB and a fiftieth, for arenas and caches that still grow a
+  /// little; 16 MiB in a run of less than a minute, in which they are still filling. In a run of ten minutes, 300
+  /// seconds lie between the two quarters, so with 16 MiB resident a growth of 15 KB a second is detected.
   [[nodiscard]] std::uint64_t bound() const {
     const std::uint64_t settling = seconds_ < 60 ? 16 : 4;
     return (settling << 20) + secondQuarter() / 50;

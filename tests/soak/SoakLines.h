@@ -1,10 +1,10 @@
-// tests/soak/SoakLines.h - the lines that the soak logs, and the account of those that arrive.
+// tests/soak/SoakLines.h - the lines that the soak logs, and checks of the lines that arrive.
 //
 //   const std::string text = soakText(3, 17);       // "soak 3 17 qrstu Zoë;"
-//   parseSoakLine("2021/05/10 14:30:12:045  " + text);    // {3, 17}: whole, with nothing behind it
+//   parseSoakLine("2021/05/10 14:30:12:045  " + text);    // {3, 17}: complete, with nothing after it
 //
-// A source is a thread of the process or a child; each numbers its lines from 0. The text after the number follows from
-// both numbers, so that a line that was cut or mixed with another is noticed.
+// A source is a thread of the process or a child; each numbers its lines from 0. The text after the number is computed
+// from both numbers, so that a line that was cut or mixed with another is detected.
 #pragma once
 
 #include <algorithm>
@@ -31,7 +31,7 @@ inline std::string soakText(int source, int number) {
   return text + " Zoë;";
 }
 
-/// Nothing where the line does not end with such a text.
+/// Returns nothing if the line does not end with such a text.
 inline std::optional<SoakLine> parseSoakLine(std::string_view line) {
   const std::size_t begin = line.find("soak ");
   if (begin == line.npos) return std::nullopt;
@@ -48,11 +48,11 @@ inline std::optional<SoakLine> parseSoakLine(std::string_view line) {
   return parsed;
 }
 
-/// Lines as they arrive. Those of one source come in order, and may have gaps: where all of them were counted there was
-/// none. Keeps a number for each source. One thread takes, others may ask for the count.
+/// Checks lines as they arrive. The lines of one source arrive in order, and may have gaps; there was no gap if the
+/// count is that of all lines. Stores a number for each source. One thread calls take(), others may read the count.
 class ArrivingLines {
  public:
-  /// What is wrong with the line, or an empty text.
+  /// Returns what is wrong with the line, or an empty text.
   std::string take(std::string_view line) {
     const std::optional<SoakLine> parsed = parseSoakLine(line);
     if (!parsed) return "not a line of the soak: " + std::string(line);
@@ -64,7 +64,7 @@ class ArrivingLines {
     return {};
   }
   [[nodiscard]] std::uint64_t count() const { return count_; }
-  /// The last one that was right. For the thread that takes.
+  /// The last correct line. For the thread that calls take().
   [[nodiscard]] SoakLine last() const { return last_; }
 
  private:
@@ -73,7 +73,7 @@ class ArrivingLines {
   SoakLine last_;
 };
 
-/// All lines of a log that is complete, in any order.
+/// Checks all lines of a complete log, in any order.
 class CompleteLines {
  public:
   std::string take(std::string_view line) {
@@ -86,7 +86,7 @@ class CompleteLines {
     seen[number] = true;
     return {};
   }
-  /// How many of the source's lines from 0 to `sent` did not come.
+  /// The number of the source's lines from 0 to `sent` that did not arrive.
   [[nodiscard]] std::uint64_t missing(int source, int sent) const {
     const auto found = seen_.find(source);
     const auto all = static_cast<std::uint64_t>(sent);

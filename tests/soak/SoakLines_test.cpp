@@ -1,4 +1,4 @@
-// The account of lines must see what it is there for.
+// The checks of lines must detect what they are made for.
 #include "tests/soak/SoakLines.h"
 
 #include <gtest/gtest.h>

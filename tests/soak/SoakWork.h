@@ -1,5 +1,5 @@
-// tests/soak/SoakWork.h - what every thread of the soak, and every child that it forks, does again and again: each
-// answer is compared with the one that follows from the thread's number and the round's.
+// tests/soak/SoakWork.h - the work that every thread of the soak, and every child that it forks, repeats. Each answer
+// is compared with the one computed from the thread's number and the round's number.
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
@@ -15,10 +15,10 @@
 
 namespace norvik::test {
 
-/// Writes a line to what was standard error when the program began, and remembers that the soak has failed.
+/// Writes a line to the original standard error, and records that the soak has failed.
 void soakFailed(const std::string& what);
 [[nodiscard]] bool hasSoakFailed();
-/// Before standard error becomes a pipe.
+/// Call it before standard error becomes a pipe.
 void keepReportDescriptor(int descriptor);
 
 inline void expect(bool isRight, const std::string& what) {
@@ -30,19 +30,19 @@ class SoakAccount : public NSObject {
   NK_ATOMIC_PROPERTY(int, balance, setBalance)
 };
 
-/// What all threads use at the same time.
+/// The objects that all threads use at the same time.
 class SoakWork {
  public:
-  /// Preferences and cookies are in that folder.
+  /// Preferences and cookies are stored in that folder.
   explicit SoakWork(const std::string& folder);
 
-  /// Everything once. The source is a number below 100000 that nobody else has at the time.
+  /// Does everything once. The source is a number below 100000 that no other thread uses at the time.
   void round(int source, int number);
-  /// The part that a child does.
+  /// Does the part of a child.
   void roundOfChild(int source, int number);
-  /// What a child of this source has left for others.
+  /// Checks what a child of this source has stored.
   void checkTracesOfChild(int source, int number);
-  /// Once all threads are done.
+  /// Call it when all threads are done.
   void checkTotals();
 
  private:
@@ -64,7 +64,7 @@ class SoakWork {
 
   const Ref<TSKDispatchQueue> queue_ = TSKDispatchQueue::dispatchQueueWithLabel("soak");
   std::atomic<std::uint64_t> dispatched_ = 0;
-  std::uint64_t ran_ = 0;  // on the queue
+  std::uint64_t ran_ = 0;  // changed on the queue only
 };
 
 }  // namespace norvik::test

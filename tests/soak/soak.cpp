@@ -1,18 +1,18 @@
-// tests/soak/soak.cpp - everything at once, for as long as it is told, with every answer checked.
+// tests/soak/soak.cpp - runs everything at once for the given time, and checks every answer.
 //
 //   soak SECONDS [--leak BYTES]      prints what was done, and ends with "nothing wrong" or "something was wrong"
 //
-// Three threads log, observe, bind, dispatch, query, and use preferences and cookies (SoakWork.h), fifty rounds a
-// second each at most. Meanwhile the main thread rolls log files and forks children, which do a bit of the same.
-// Loggers: a file of small size, all of whose files are kept; another of which the newest are kept; the console, which
-// is a pipe that is read; SQLite; the system log, which is a socket that is read. At the end each line is in each
-// logger once, except those that the system log counted as lost, and the resident memory has not grown
-// (ResidentMemory.h).
+// Three threads log, observe, bind, dispatch, query, and use preferences and cookies (SoakWork.h), each in at most
+// fifty rounds a second. Meanwhile the main thread rolls log files and forks children, which do part of the same work.
+// The loggers are: a file of small size, all of whose files are kept; another of which the newest are kept; the
+// console, which is a pipe that is read; SQLite; the system log, which is a socket that is read. At the end each line
+// must be in each log once, except lines that the system log counted as lost, and the resident memory must not have
+// grown (ResidentMemory.h).
 //
 // Under the address sanitizer the threads stop for each fork: see tests/support/QuietFork.h.
 //
-// --leak keeps so many bytes more in each round, to show that growth is found. Ten minutes of log take half a gigabyte
-// in the temporary folder.
+// --leak keeps that many more bytes in each round, to show that growth is detected. Ten minutes of log take half a
+// gigabyte in the temporary folder.
 #include "NorvikCore/logging/DDASLLogger.h"
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLog.h"
@@ -56,8 +56,8 @@
 #ifdef NK_TEST_ADDRESS_SANITIZER
 #include <sanitizer/common_interface_defs.h>
 
-/// What was freed is kept for a while, a quarter of a gigabyte unless told otherwise, and that would be growth. The
-/// sanitizer is a shared library, and finds this only where it is visible.
+/// The sanitizer keeps freed memory for a while, by default up to a quarter of a gigabyte, which would count as growth.
+/// The sanitizer is a shared library, and finds this function only if it is visible.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): a given name
 extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" const char* __asan_default_options() { return "quarantine_size_mb=1:thread_local_quarantine_size_kb=16"; }
@@ -78,8 +78,8 @@ constexpr unsigned longestChild = 120;  // seconds
 
 /// Shared with the children.
 struct Counts {
-  std::atomic<std::uint64_t> childLinesInSystemLog;  // of the child that runs
-  std::atomic<std::uint64_t> lostByChildren;         // for the system log
+  std::atomic<std::uint64_t> childLinesInSystemLog;  // of the running child
+  std::atomic<std::uint64_t> lostByChildren;         // lines that the system log did not take
 };
 
 void log(int source, int number) {
@@ -89,7 +89,7 @@ void log(int source, int number) {
              NSString(soakText(source, number)));
 }
 
-/// Lets threads go through their rounds, or none.
+/// Lets threads begin their rounds, or none.
 class Gate {
  public:
   void enter() {
@@ -121,7 +121,7 @@ class Gate {
   int inside_ = 0;
 };
 
-/// Standard error is a pipe while this lives; its lines are taken until it ends.
+/// Makes standard error a pipe while this object exists; its lines are read until then.
 class ConsolePipe {
  public:
   explicit ConsolePipe(ArrivingLines& lines) : lines_(lines), original_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10)) {
@@ -140,7 +140,7 @@ class ConsolePipe {
   ConsolePipe& operator=(const ConsolePipe&) = delete;
   ~ConsolePipe() { finish(); }
 
-  /// Once nothing more is written: returns when every line was taken.
+  /// Call it when nothing more is written. Returns when every line was read.
   void finish() {
     if (!reader_.joinable()) return;
     dup2(original_, STDERR_FILENO);
@@ -211,7 +211,8 @@ class SystemLogSocket {
   std::thread reader_;
 };
 
-/// Flushes until the system log's service has all, or a time has passed in which it must have it or lose it.
+/// Flushes until `isDone`, or until twenty seconds have passed, after which the system log must have each line or have
+/// lost it.
 void flushUntil(const std::function<bool()>& isDone) {
   const auto end = steady_clock::now() + std::chrono::seconds(20);
   do {
@@ -289,7 +290,7 @@ class Soak {
     DDLog::addLogger(DDASLLogger::sharedInstance());
   }
 
-  /// Until the time is over; returns when the threads are done.
+  /// Runs for the given time; returns when the threads are done.
   void work() {
     const auto end = steady_clock::now() + std::chrono::seconds(seconds_);
     std::vector<std::thread> threads;
@@ -441,7 +442,7 @@ class Soak {
   std::vector<std::string> leaked_;
 };
 
-/// A whole number from 1 to `most`, else 0.
+/// A whole number from 1 to `most`, or 0 for any other text.
 int numberIn(const char* text, int most) {
   int number = 0;
   const char* const end = text + std::strlen(text);
@@ -461,7 +462,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s SECONDS [--leak BYTES]\n", argv[0]);
     return 2;
   }
-  // Without colours, which would be part of the console's lines.
+  // Without colours, which would become part of the console's lines.
   unsetenv("TERM");
   unsetenv("XcodeColors");
   {

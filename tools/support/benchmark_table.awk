@@ -1,7 +1,8 @@
-# benchmark_table.awk - Google Benchmark's JSON files, one key a line, to one table: subject, ours, each peer, ratio.
+# benchmark_table.awk - turns Google Benchmark's JSON files, with one key per line, into one table: subject, ours, each
+# peer, ratio.
 #
-# A benchmark is named <subject>/ours[/...] or <subject>/<peer>[/...]; one without a peer stands alone. Of repetitions the
-# median counts.
+# A benchmark is named <subject>/ours[/...] or <subject>/<peer>[/...]; one without a peer has a row of its own. For
+# repetitions the median is used.
 function value(line) {
   sub(/^[^:]*: */, "", line)
   sub(/,? *$/, "", line)

@@ -1,7 +1,8 @@
-# tools/support/steps.sh - sourced by the scripts: the project's root, quiet steps with a log, packages, ctest's figures.
+# tools/support/steps.sh - functions that the scripts source: the project's root, quiet steps with a log, packages,
+# ctest's numbers.
 #
-# A step prints one line; what it printed itself is in build/logs/<name>.log, whose end is shown when it fails.
-# Nothing reads standard input, and the current folder of the caller does not matter.
+# A step prints one line; the output of its command is in build/logs/<name>.log, whose end is shown if the step fails.
+# No step reads standard input, and the caller's current folder does not matter.
 
 set -uo pipefail
 exec </dev/null
@@ -42,7 +43,7 @@ run_ctest() {
   shift 2
   mkdir -p "$logs"
   log=$logs/$name.tests.log
-  # Many tests wait for another process or for a clock: twice as many run as there are processors.
+  # Many tests wait for another process or for a clock, so twice as many run as there are processors.
   ctest --test-dir "$folder" -j "$((2 * jobs))" --output-on-failure --no-tests=error "$@" >"$log" 2>&1 || status=$?
   tests_passed=0 tests_failed=0 tests_skipped=0
   summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+' "$log" | tail -n 1)

@@ -17,7 +17,7 @@ constexpr std::uint64_t timerLeeway = 1;  // nanoseconds
 
 constinit detail::ExceptionReports exceptionReports{"DDAbstractDatabaseLogger"};
 
-/// Of more than 0 seconds: at least one, at most 292 years.
+/// `seconds` must be above 0. Returns at least one nanosecond, at most 292 years.
 std::int64_t nanosecondsOf(double seconds) {
   constexpr double mostSeconds = 9.2e9;
   return std::max<std::int64_t>(static_cast<std::int64_t>(std::min(seconds, mostSeconds) * 1e9), 1);
@@ -41,7 +41,7 @@ void DDAbstractDatabaseLogger::db_forget() {}
 
 // Hooks
 
-/// A hook is running while this lives, also if an exception ends it.
+/// A hook is running while this object exists, also if an exception ends the hook.
 class DDAbstractDatabaseLogger::RunningHook {
  public:
   RunningHook(DDAbstractDatabaseLogger& logger, Hook hook) : logger_(logger) {
@@ -57,7 +57,7 @@ class DDAbstractDatabaseLogger::RunningHook {
   DDAbstractDatabaseLogger& logger_;
 };
 
-/// False where it raised an NSException, or there was no memory.
+/// Returns false if the hook raised an NSException, or if there was no memory.
 template <class Call>
 bool DDAbstractDatabaseLogger::callHook(Hook hook, Call call) {
   const RunningHook running(*this, hook);
@@ -67,18 +67,18 @@ bool DDAbstractDatabaseLogger::callHook(Hook hook, Call call) {
   } catch (const NSException& exception) {
     exceptionReports.add(exception);
     return false;
-  } catch (const std::bad_alloc&) {  // a report takes memory too
+  } catch (const std::bad_alloc&) {  // not reported, because that would need memory too
     return false;
   }
 }
 
-/// Does what was asked for within a hook.
+/// Does the save and the deletion that were requested within a hook.
 void DDAbstractDatabaseLogger::followHook() {
   if (std::exchange(savesAfter_, false)) performSaveAndSuspendSaveTimer();
   if (std::exchange(deletesAfter_, false)) performDelete();
 }
 
-/// What was going on before a fork is the parent's; a timer that was set there does not fire here.
+/// After a fork, drops the state of the parent, whose timers do not fire in this process.
 void DDAbstractDatabaseLogger::noticeFork() {
   const std::uint32_t generation = kernel::forkGeneration();
   if (generation_ == generation || running_ != Hook::none) return;
@@ -109,7 +109,7 @@ bool DDAbstractDatabaseLogger::takesRuns() const noexcept { return true; }
 std::size_t DDAbstractDatabaseLogger::logMessages(const DDLogRun& run) {
   noticeFork();
   std::size_t taken = 0;
-  // A fork within a hook leaves the rest of the run to the parent.
+  // If a hook forks, the rest of the run is handled by the parent.
   for (const std::uint32_t generation = generation_; taken < run.count() && kernel::forkGeneration() == generation;
        ++taken) {
     bool isTaken = false;
@@ -141,7 +141,7 @@ void DDAbstractDatabaseLogger::performSaveAndSuspendSaveTimer() {
   switch (running_) {
     case Hook::save:
     case Hook::saveAndRemove:
-      return;  // that save is it
+      return;  // the running save counts
     case Hook::log:
     case Hook::remove:
       savesAfter_ = true;
@@ -193,7 +193,7 @@ void DDAbstractDatabaseLogger::deleteOldLogEntries() {
 void DDAbstractDatabaseLogger::didAddLogger() {
   noticeFork();
   createSuspendedSaveTimer();
-  updateAndResumeSaveTimer();  // entries may be unsaved since it was removed
+  updateAndResumeSaveTimer();  // entries may be unsaved since the logger was removed
   createAndStartDeleteTimer();
 }
 
@@ -209,7 +209,7 @@ void DDAbstractDatabaseLogger::flush() { performSaveAndSuspendSaveTimer(); }
 
 void DDAbstractDatabaseLogger::setTimerClock(const dispatch_manual_clock& clock) { clock_ = clock; }
 
-/// 0 is the present.
+/// A `from` of 0 means the present.
 dispatch_time_t DDAbstractDatabaseLogger::timeAfter(dispatch_time_t from, double seconds) const {
   const std::int64_t delta = seconds > 0 ? nanosecondsOf(seconds) : 0;
   return clock_ && from == 0 ? clock_->time(delta) : dispatch_time(from, delta);

@@ -1,5 +1,5 @@
-// NorvikCore/logging/database/DDAbstractDatabaseLogger.h - the base of loggers that keep entries in a buffer and write
-// them to a store in batches. A class derived from it says how an entry is buffered, and how the buffer is written:
+// NorvikCore/logging/database/DDAbstractDatabaseLogger.h - the base of loggers that buffer entries and write them to a
+// store in batches. A derived class defines how an entry is buffered and how the buffer is written:
 //
 //   class OutboxLogger : public DDAbstractDatabaseLogger {
 //     NK_OBJECT(OutboxLogger, DDAbstractDatabaseLogger)
@@ -15,30 +15,33 @@
 //     std::vector<NSString> buffer;
 //   };
 //
-// It saves when saveThreshold() entries are unsaved, saveInterval() seconds after the first unsaved one, and when it is
-// flushed or removed. Every deleteInterval() seconds it has entries deleted that are older than maxAge() seconds.
+// The buffer is saved when saveThreshold() entries are unsaved, saveInterval() seconds after the first unsaved entry,
+// and when the logger is flushed or removed. Every deleteInterval() seconds, entries older than maxAge() seconds are
+// deleted.
 //
-// Settings: work at once, on a logger that was never added too: then setMaxAge() and setDeleteInterval() start the
-//           timer that deletes, and it runs until the logger is removed or destroyed. A negative number or one that is
-//           no number is as good as 0. A threshold that is reached already, or an interval that has passed already,
-//           saves at once, and once. 0 is also the time that is not set: no entry is unsaved, nothing was deleted yet.
-// Timers:   on the monotonic clock. Periods that pass while the logger's queue is busy count as one. If both timers are
-//           due, both are handled, the one that was due first before the other; of two due at the same time the one
-//           that was set first.
-// Hooks:    the operations named db_... are called on the logger's queue, and never within each other: a save that is
-//           asked for within a save is the one that is running (as by a threshold that db_save() lowers); a save or a
-//           deletion that is asked for within another hook follows it, and so does the deletion for a shorter age.
-// Errors:   an NSException that leaves a hook is caught, and reported on the system console, ten times at most per
-//           process. The entry of db_log() then counts as not taken; after a save the entries stay unsaved, as by
-//           keepUnsaved(). So it is with std::bad_alloc, which is not reported. Other exceptions pass.
-// Threads:  settings, savePendingLogEntries() and deleteOldLogEntries() from anywhere, at once on the logger's queue,
-//           elsewhere in their turn. Reading a setting is possible on the logger's queue; elsewhere it waits for the
-//           logging queue and then for the logger's, and must not be done on the logging queue. Everything else on
-//           the logger's queue.
-// The end:  what is unsaved is saved when the process exits. A logger that is destroyed without being removed does not
-//           save. Where one logger was added twice, removing it once ends both timers; the threshold goes on.
-// Fork:     what is unsaved at a fork is saved by the parent alone. In a child the logger begins with no entry, and its
-//           timers with the first one.
+// Settings: take effect at once, also on a logger that was never added. On such a logger setMaxAge() and
+//           setDeleteInterval() start the timer that deletes, and it runs until the logger is removed or destroyed. A
+//           negative number and NaN count as 0. If a new threshold is already reached, or a new interval has already
+//           passed, the logger saves at once, and only once. A time of 0 means that the time is not set: no entry is
+//           unsaved, or nothing was deleted yet.
+// Timers:   use the monotonic clock. Periods that pass while the logger's queue is busy count as one. If both timers
+//           are due, both are handled, in the order of their due times; if these are equal, in the order in which the
+//           timers were set.
+// Hooks:    the operations named db_... are called on the logger's queue, and never within each other. A save that is
+//           requested within a save (as by a threshold that db_save() lowers) is ignored, because the running save
+//           counts. A save or a deletion that is requested within another hook is done after it, and so is the deletion
+//           for a shorter age.
+// Errors:   an NSException that leaves a hook is caught, and reported on the system console, at most ten times per
+//           process. The entry of db_log() then counts as not taken; after a save the entries stay unsaved, as after
+//           keepUnsaved(). std::bad_alloc has the same effect, but is not reported. Other exceptions pass.
+// Threads:  settings may be changed, and savePendingLogEntries() and deleteOldLogEntries() called, on any thread. On
+//           the logger's queue they take effect at once; elsewhere they are enqueued. A setting may be read on the
+//           logger's queue. Elsewhere a read waits for the logging queue and then for the logger's queue, and must not
+//           be done on the logging queue. Everything else runs on the logger's queue.
+// The end:  unsaved entries are saved when the process exits. A logger that is destroyed without being removed does not
+//           save. If a logger was added twice, removing it once stops both timers; the threshold still applies.
+// Fork:     entries that are unsaved at a fork are saved by the parent alone. In a child the logger begins without
+//           entries, and starts its timers with the first one.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -54,17 +57,18 @@ namespace norvik {
 class NK_EXPORT DDAbstractDatabaseLogger : public DDAbstractLogger {
   NK_OBJECT(DDAbstractDatabaseLogger, DDAbstractLogger)
 
-  /// Saves when so many entries are unsaved; 500 unless set, 0 for never.
+  /// The number of unsaved entries at which the buffer is saved; initially 500, 0 for never.
   [[nodiscard]] std::uint64_t saveThreshold() const;
   void setSaveThreshold(std::uint64_t entries);
-  /// Saves at the latest so many seconds after the first unsaved entry; 60 unless set, 0 or less for never.
+  /// The buffer is saved at the latest this many seconds after the first unsaved entry; initially 60, 0 or less for
+  /// never.
   [[nodiscard]] double saveInterval() const;
   void setSaveInterval(double seconds);
   template <detail::ChronoDuration Duration>
   void setSaveInterval(const Duration& duration) {
     setSaveInterval(detail::inSeconds(duration));
   }
-  /// Entries older than so many seconds are deleted; 7 days unless set, 0 or less for none. A shorter age deletes at
+  /// Entries older than this many seconds are deleted; initially 7 days, 0 or less for none. A shorter age deletes at
   /// once.
   [[nodiscard]] double maxAge() const;
   void setMaxAge(double seconds);
@@ -72,33 +76,34 @@ class NK_EXPORT DDAbstractDatabaseLogger : public DDAbstractLogger {
   void setMaxAge(const Duration& duration) {
     setMaxAge(detail::inSeconds(duration));
   }
-  /// How often entries are deleted; 5 minutes unless set, 0 or less for never.
+  /// How often entries are deleted, in seconds; initially 5 minutes, 0 or less for never.
   [[nodiscard]] double deleteInterval() const;
   void setDeleteInterval(double seconds);
   template <detail::ChronoDuration Duration>
   void setDeleteInterval(const Duration& duration) {
     setDeleteInterval(detail::inSeconds(duration));
   }
-  /// Deletes with every save (db_saveAndDelete); not unless set.
+  /// Whether each save also deletes (db_saveAndDelete); initially false.
   [[nodiscard]] bool deleteOnEverySave() const;
   void setDeleteOnEverySave(bool deletes);
 
-  /// Saves or deletes without waiting for the count or the timers. Not through the logging queue: messages that still
-  /// wait there are not among what is saved.
+  /// Saves or deletes without waiting for the threshold or the timers. The call bypasses the logging queue, so messages
+  /// that are still queued there are not saved.
   void savePendingLogEntries();
   void deleteOldLogEntries();
 
-  /// For tests: timers and times are of this clock, and not the machine's. Before the logger is used.
+  /// For tests: timers and times use this clock instead of the machine's. Call it before the logger is used.
   void setTimerClock(const dispatch_manual_clock& clock);
 
-  /// A class that overrides this takes starting both timers over.
+  /// Starts both timers. A class that overrides this must call it.
   void didAddLogger() override;
   /// Saves, and stops both timers.
   void willRemoveLogger() override;
   void flush() override;
 
   void logMessage(const DDLogMessage& message) override;
-  /// A class that overrides logMessage(), or db_log() of one that overrides db_logEntry(), must not take runs.
+  /// A class that overrides logMessage(), or that overrides db_log() of a class that overrides db_logEntry(), must
+  /// return false.
   [[nodiscard]] bool takesRuns() const noexcept override;
   [[nodiscard]] std::size_t logMessages(const DDLogRun& run) override;
 
@@ -107,37 +112,38 @@ class NK_EXPORT DDAbstractDatabaseLogger : public DDAbstractLogger {
   /// Stops both timers, without saving.
   ~DDAbstractDatabaseLogger() override;
 
-  // What a derived class overrides. Unless it does, nothing is buffered, and the others do nothing.
+  // For derived classes to override. By default nothing is buffered, and the other operations do nothing.
 
-  /// Takes the message into the buffer; false where it was not taken.
+  /// Takes the message into the buffer; returns false if the message was not taken.
   virtual bool db_log(const DDLogMessage& message);
-  /// The same for an entry of a run. Unless overridden it asks db_log(), for which a message must be made.
+  /// The same for an entry of a run. The default calls db_log(), for which a message must be created.
   virtual bool db_logEntry(const DDLogEntry& entry);
-  /// Writes the buffer. It then counts as written unless keepUnsaved() was called.
+  /// Writes the buffer. The entries then count as written, unless keepUnsaved() was called.
   virtual void db_save();
-  /// Deletes what is older than maxAge(), which is above 0.
+  /// Deletes entries older than maxAge(), which is above 0.
   virtual void db_delete();
-  /// Both in one; maxAge() may be anything.
+  /// Does both; maxAge() may have any value.
   virtual void db_saveAndDelete();
-  /// In a child made by fork(), before any other hook: what is in the buffer is the parent's, and is dropped here.
+  /// Called in a child made by fork(), before any other hook: discards the buffer, because the parent saves it.
   virtual void db_forget();
 
-  /// In db_save() and db_saveAndDelete(): the buffer could not be written, and is kept. It is written after another
-  /// saveInterval(), when as many more entries as the threshold have come, or when a save is asked for.
+  /// Call it in db_save() and db_saveAndDelete() if the buffer could not be written and is kept. The buffer is saved
+  /// again after another saveInterval(), when as many further entries as the threshold have been taken, or when a save
+  /// is requested.
   void keepUnsaved() noexcept { isKept_ = true; }
 
   [[nodiscard]] std::uint64_t unsavedCount() const noexcept { return unsavedCount_; }
-  /// True where there is a timer and no entry is unsaved.
+  /// True if there is a save timer and no entry is unsaved.
   [[nodiscard]] bool saveTimerSuspended() const noexcept { return saveTimer && saveTimerSuspended_; }
 
-  /// Gives what `get()` gives on the logger's queue, as a setting is read.
+  /// Returns the result of `get()`, called on the logger's queue as when a setting is read.
   template <class Get>
   [[nodiscard]] auto read(Get get) const {
     if (isOnInternalLoggerQueue()) return get();
     const dispatch_queue_t queue = const_cast<DDAbstractDatabaseLogger*>(this)->loggerQueue();
     return dispatch_sync(loggingQueue(), [&] { return dispatch_sync(queue, get); });
   }
-  /// Calls `change()` on the logger's queue, as a setting is changed.
+  /// Calls `change()` on the logger's queue, as when a setting is changed.
   template <class Change>
   void change(Change change) {
     if (isOnInternalLoggerQueue()) return changeHere(change);
@@ -188,12 +194,12 @@ class NK_EXPORT DDAbstractDatabaseLogger : public DDAbstractLogger {
   dispatch_time_t lastDeleteTime = 0;
   dispatch_source_t deleteTimer;
 
-  std::uint64_t keptCount_ = 0;  // of the unsaved entries, those that could not be saved the last time
+  std::uint64_t keptCount_ = 0;  // the unsaved entries that the last save could not write
   Hook running_ = Hook::none;
-  double runningAge_ = 0;                           // maxAge_ when that hook was called
-  bool isKept_ = false;                             // it asked for its entries to be kept
-  bool savesAfter_ = false, deletesAfter_ = false;  // was asked for within it
-  std::uint32_t generation_;                        // the process that the state is of (kernel::forkGeneration)
+  double runningAge_ = 0;                           // maxAge_ when the running hook was called
+  bool isKept_ = false;                             // the running hook called keepUnsaved()
+  bool savesAfter_ = false, deletesAfter_ = false;  // requested within the running hook
+  std::uint32_t generation_;                        // the process to which the state belongs (kernel::forkGeneration)
   std::optional<dispatch_manual_clock> clock_;
 };
 

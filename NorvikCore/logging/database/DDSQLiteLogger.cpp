@@ -40,7 +40,7 @@ constexpr DatabaseFile::Format format = {
 constexpr std::size_t usualBufferSize = std::size_t{16} << 20;
 constexpr std::int64_t deletePatience = 250 * NSEC_PER_MSEC, retryPause = NSEC_PER_SEC;
 
-/// A transaction deletes so many entries at most, or gives back so many pages.
+/// The most entries that a transaction deletes, and the most pages that it frees.
 constexpr sqlite3_int64 deletedAtOnce = 2000, freedAtOnce = 1000;
 
 std::string absolutePath(const NSString& path) {
@@ -56,24 +56,24 @@ void bindName(Statement& statement, int parameter, std::string_view name) {
 
 }  // namespace
 
-/// Confined to the logger's queue. The mutex is for the file, which forks and the end of the process close.
+/// Confined to the logger's queue. The mutex guards the file, which forks and the end of the process close.
 struct DDSQLiteLogger::State {
   explicit State(const std::string& path) : file(path, format, mutex), reports("DDSQLiteLogger", path) {}
 
-  /// What the database does not take is counted in `refused`.
+  /// Returns false if the database fails. Entries that it refuses are counted in `refused`.
   [[nodiscard]] bool insert(std::uint64_t& refused);
-  /// At most deletedAtOnce; -1 where that failed.
+  /// Deletes at most deletedAtOnce entries; returns their number, or -1 on failure.
   [[nodiscard]] sqlite3_int64 deleteSome(double maxAge);
   [[nodiscard]] sqlite3_int64 integer(const char* sql);
   [[nodiscard]] bool free(sqlite3_int64 pages);
-  /// `freePages` tells how many pages of the file are.
+  /// True if more than half of the file's pages are free; sets `freePages` to their number.
   [[nodiscard]] bool isMostlyFree(sqlite3_int64& freePages);
 
   Mutex mutex;
   DatabaseFile file;
   detail::StoreReports reports;
   EntryBuffer buffer{usualBufferSize};
-  std::int64_t nextTry = 0;  // monotonic nanoseconds; while the file cannot be written
+  std::int64_t nextTry = 0;  // the earliest next save after a failure, in monotonic nanoseconds
 };
 
 bool DDSQLiteLogger::State::insert(std::uint64_t& refused) {
@@ -117,7 +117,7 @@ bool DDSQLiteLogger::State::isMostlyFree(sqlite3_int64& freePages) {
 }
 
 bool DDSQLiteLogger::State::free(sqlite3_int64 pages) {
-  Statement& statement = file.statement("PRAGMA incremental_vacuum");  // a page a step
+  Statement& statement = file.statement("PRAGMA incremental_vacuum");  // one page per step
   int result = SQLITE_ROW;
   while (pages-- > 0 && result == SQLITE_ROW) result = statement.step();
   statement.reset();
@@ -209,7 +209,7 @@ void DDSQLiteLogger::db_delete() {
     if (kernel::monotonicNanoseconds() >= deadline) return deleteLater();
     if (!change([&] { return (deleted = state.deleteSome(maxAge())) >= 0; })) return;
   }
-  // What new entries will need again is not given back.
+  // Free pages that new entries will need are not given back.
   for (sqlite3_int64 freeBefore = INT64_MAX;;) {
     sqlite3_int64 freePages = 0;
     if (!state.isMostlyFree(freePages) || freePages >= freeBefore) return;
@@ -219,7 +219,7 @@ void DDSQLiteLogger::db_delete() {
   }
 }
 
-/// After the messages that wait.
+/// Enqueues a deletion behind the waiting messages.
 void DDSQLiteLogger::deleteLater() {
   dispatch_async(loggerQueue(), [logger = Weak<DDSQLiteLogger>(this)] {
     if (const Ref<DDSQLiteLogger> alive = logger.lock()) alive->deleteOldLogEntries();

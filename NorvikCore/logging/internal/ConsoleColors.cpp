@@ -12,7 +12,7 @@
 namespace norvik::detail {
 namespace {
 
-/// In the order of the codes 30 to 37, then the bright ones.
+/// In the order of the codes 30 to 37, then the bright colours.
 constexpr ConsoleColor colors16[] = {
     {0, 0, 0},      {194, 54, 33},   {37, 188, 36},   {173, 173, 39},  {73, 46, 225}, {211, 56, 211},
     {51, 187, 200}, {203, 204, 205}, {129, 131, 131}, {252, 57, 31},   {49, 231, 34}, {234, 236, 35},
@@ -22,10 +22,10 @@ constexpr ConsoleColor colors16[] = {
 /// Terminal colours 16 to 255: a cube of six levels of red, green and blue (blue changes fastest), then 24 greys.
 ///
 /// The first six rows and the last are the colours that a terminal shows for these numbers, not the ones that the
-/// cube's rule gives (0, 0, 0 to 0, 0, 255, and 238, 238, 238). The other rows follow them: the corners of the cube are
-/// the bright colours of the set of 16, as number 21 is its bright blue; white is 254, 255, 255; between the corners
-/// colours are interpolated with the weights 0, 0.461, 0.65, 0.84, 0.99 and 1, which are the levels of blue in the
-/// first six rows. The greys lie evenly between black and the last row by their levels, 8 to 238.
+/// cube's rule gives (0, 0, 0 to 0, 0, 255, and 238, 238, 238). The other rows are derived from them. The corners of
+/// the cube are the bright colours of the set of 16, as number 21 is its bright blue; white is 254, 255, 255. Colours
+/// between the corners are interpolated with the weights 0, 0.461, 0.65, 0.84, 0.99 and 1, which are the levels of blue
+/// in the first six rows. The greys are spaced between black and the last row according to their levels, 8 to 238.
 constexpr ConsoleColor colors256[] = {
     {47, 49, 49},    {60, 42, 144},   {66, 44, 183},   {73, 46, 222},   {81, 50, 253},   {88, 51, 255},
     {48, 133, 42},   {52, 135, 137},  {54, 136, 176},  {55, 137, 215},  {57, 138, 246},  {57, 138, 248},
@@ -80,7 +80,7 @@ void load(const std::span<const ConsoleColor>& table) noexcept {
   loaded.compare_exchange_strong(none, &table, std::memory_order_acq_rel);
 }
 
-/// `word` in lower case.
+/// `word` must be in lower case.
 bool containsWord(std::string_view text, std::string_view word) noexcept {
   const auto isSame = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
   return std::search(text.begin(), text.end(), word.begin(), word.end(), isSame) != text.end();

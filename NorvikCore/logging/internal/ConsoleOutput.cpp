@@ -26,7 +26,7 @@ std::size_t sizeOf(std::span<const std::string_view> pieces) noexcept {
 
 }  // namespace
 
-/// A line on its way to another thread, with its bytes.
+/// A line that is handed to another thread, with its bytes.
 struct ConsoleOutput::Handed {
   explicit Handed(Pieces given) {
     bytes.reserve(sizeOf(given));
@@ -68,7 +68,7 @@ void ConsoleOutput::write(Pieces pieces) {
 
 void ConsoleOutput::noticeFork() {
   if (generation_ == kernel::forkGeneration()) return;
-  if (handed_) {  // the thread that wrote it is the parent's
+  if (handed_) {  // the thread that wrote the line belongs to the parent
     finished_ = dispatch_semaphore_create(0);
     handed_ = nullptr;
   }
@@ -106,7 +106,7 @@ void ConsoleOutput::handOver(Pieces pieces) {
   keepRest(pieces, done->written, done->error);
 }
 
-// As long as standard error has room, the other thread is only late.
+// While standard error has room, the other thread is merely delayed, and the caller waits on.
 bool ConsoleOutput::awaitHanded() {
   constexpr int mostSeconds = 30;
   for (int second = 0; second < mostSeconds; ++second) {

@@ -3,11 +3,12 @@
 //   ConsoleStamp stamp;
 //   stamp.text(message.timestamp());      // "2021-05-10 14:30:12:045", local time
 //
-// The local time is that of the default time zone at each call, in the user's calendar. Years before year 1 are those
-// of their era. Milliseconds are rounded down, before 2001 too, so that they belong to the second shown. Not more than
-// 23 characters: a year after 9999 leaves no room for the last digits of the milliseconds.
+// The local time is that of the default time zone at each call, in the user's calendar. Years before year 1 are years
+// of their era. Milliseconds are rounded down, also before 2001, so that they belong to the second shown. The text has
+// at most 23 characters: a year after 9999 leaves no room for the last digits of the milliseconds.
 //
-// Threads: confined. Cost: a new second takes about a microsecond, the same one next to nothing.
+// Threads: confined.
+// Cost:    about a microsecond for a new second, almost nothing for the same second.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -32,8 +33,8 @@ class NK_EXPORT ConsoleStamp {
 
   Ref<NSCalendar> calendar;
   NSCalendarUnit calendarUnitFlags;
-  std::int64_t second_ = INT64_MIN;  // the one that buffer_ shows
-  std::size_t length_ = 0;           // of buffer_ up to the milliseconds
+  std::int64_t second_ = INT64_MIN;  // the second that buffer_ shows
+  std::size_t length_ = 0;           // length of buffer_ without the milliseconds
   char buffer_[96] = {};
 };
 

@@ -1,7 +1,7 @@
-// NorvikCore/logging/internal/CrashFiles.h - which loggers write to which open files, for a crash after which they can
-// write no more: what remains is then written to their files without them.
+// NorvikCore/logging/internal/CrashFiles.h - the open files of the file loggers. If loggers cannot write after a crash,
+// the remaining messages are written to these files without them.
 //
-// Threads: note() and forget() on the logger's queue; everything else on any thread, in signal handlers too.
+// Threads: note() and forget() on the logger's queue; everything else on any thread, also in signal handlers.
 #pragma once
 
 #include <atomic>
@@ -20,16 +20,16 @@ class CrashFiles {
     std::atomic<const DDLogger*> logger{nullptr};
     std::atomic<int> descriptor{-1};
     std::atomic<std::uint64_t> device{0}, inode{0};
-    // After a crash: up to which position of the mailbox the letters are written, and whether the report is.
+    // After a crash: the mailbox position up to which letters are written, and whether the report is written.
     std::atomic<std::uint64_t> position{0};
     std::atomic<bool> isReported{false};
   };
-  static constexpr std::size_t mostFiles = 16;  // those beyond are not written to
+  static constexpr std::size_t mostFiles = 16;  // further files are not written to after a crash
 
   static void note(const DDLogger* logger, int descriptor, std::uint64_t device, std::uint64_t inode) noexcept;
   static void forget(const DDLogger* logger) noexcept;
 
-  /// The file of a logger; null where it has none, or the descriptor is another file's by now.
+  /// The file of a logger; null if it has none, or if the descriptor refers to another file by now.
   [[nodiscard]] static File* find(const DDLogger* logger) noexcept;
 
  private:

@@ -1,5 +1,5 @@
-// NorvikCore/logging/internal/CrashText.h - text that a handler of a fatal signal forms: in memory that it is given,
-// without a lock, without more memory, and cut where that ends.
+// NorvikCore/logging/internal/CrashText.h - forms text in the handler of a fatal signal: in the given memory, without
+// locks or allocation. The text is cut at the end of the memory.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -22,9 +22,10 @@ class NK_EXPORT CrashText {
   void appendNumber(std::uint64_t number, std::size_t digits = 1) noexcept;
   void appendSigned(std::int64_t number) noexcept;
   void appendHexadecimal(std::uint64_t number) noexcept;
-  /// "2021-05-10T13:30:12.045Z"; the time is that since 1970.
+  /// "2021-05-10T13:30:12.045Z" for a time in nanoseconds since 1970.
   void appendTime(std::int64_t nanoseconds) noexcept;
-  /// Numbers, texts and addresses without widths and flags; what would need memory to be described is "(value)".
+  /// Formats numbers, texts and addresses without widths and flags. A value whose description would need memory becomes
+  /// "(value)".
   void appendFormatted(std::string_view format, FormatArguments arguments) noexcept;
 
   [[nodiscard]] std::string_view view() const noexcept { return {memory_, size_}; }

@@ -1,5 +1,5 @@
-// NorvikCore/logging/internal/ExceptionReports.h - exceptions that a logger catches, on the system console: ten at most
-// per process, so that a lasting failure does not fill it.
+// NorvikCore/logging/internal/ExceptionReports.h - reports exceptions that a logger catches on the system console, at
+// most ten per process, so that a lasting failure does not fill it.
 //
 //   ExceptionReports reports{"DDFileLogger.logMessage"};     // one for all loggers of a class
 //   try { write(line); } catch (const NSException& exception) { reports.add(exception); }
@@ -21,7 +21,7 @@ class ExceptionReports {
  public:
   static constexpr std::int32_t most = 10;
 
-  /// `where` names the operation, and lives as long as this.
+  /// `where` names the operation; it must live as long as this object.
   explicit constexpr ExceptionReports(const char* where) noexcept : where_(where) {}
   void add(const NSException& exception);
 

@@ -1,20 +1,19 @@
-// NorvikCore/logging/internal/LibraryWarning.h - how the library's own code logs: warnings, asynchronously, if its
-// level admits them.
+// NorvikCore/logging/internal/LibraryWarning.h - logs warnings of the library's own code, asynchronously, if the
+// library's level admits them.
 //
 //   if (detail::libraryWarnings()) [[unlikely]] {
 //     detail::libraryWarning("Categories/NSDate+Norvik", "nk_nearestStartOfDayWithLoggedWarning:", __LINE__,
 //                            "Date time component is non zero : %@", date);
 //   }
 //
-// `file` is the name by which the log knows the source, `operation` the selector text, colons included; both are
-// literals.
+// `file` is the source's name in the log, `operation` the selector text with its colons; both are literals.
 #pragma once
 
 #include "NorvikCore/logging/DDLog.h"
 
 namespace norvik::detail {
 
-/// One relaxed load: worth asking before what is to be logged is made.
+/// One relaxed load. Test it before the arguments of a warning are created.
 [[nodiscard]] inline bool libraryWarnings() noexcept { return (ddLogLevel & LOG_FLAG_WARN) != 0; }
 
 template <class... Args>

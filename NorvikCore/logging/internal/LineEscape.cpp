@@ -14,10 +14,10 @@ constexpr char digits[] = "0123456789abcdef";
 
 constexpr bool isPlain(char byte) noexcept { return byte >= ' ' && byte < '\x7f' && byte != '\\'; }
 
-/// A byte of the eight is zero. A wrong alarm costs a look at each of them; none is missed.
+/// Tests whether one of the eight bytes is zero. It may be wrong if it reports a zero; it misses none.
 constexpr std::uint64_t anyZero(std::uint64_t word) noexcept { return (word - 0x0101010101010101u) & ~word; }
 
-/// One of the eight bytes may not be plain.
+/// Returns true if one of the eight bytes may not be plain.
 bool mayNeedEscape(const char* text) noexcept {
   std::uint64_t word;
   std::memcpy(&word, text, sizeof word);
@@ -63,7 +63,7 @@ void appendAsciiEscape(std::string& line, char byte) {
   }
 }
 
-/// Takes the lower-case hexadecimal digits off the front; absent where there are not as many.
+/// Removes `count` lower-case hexadecimal digits from the front; absent if there are fewer.
 std::optional<unsigned> takeNumber(std::string_view& text, std::size_t count) noexcept {
   if (text.size() < count || text.substr(0, count).find_first_not_of(digits) != text.npos) return std::nullopt;
   unsigned number = 0;
@@ -72,7 +72,7 @@ std::optional<unsigned> takeNumber(std::string_view& text, std::size_t count) no
   return number;
 }
 
-/// Takes what follows a backslash off the front; absent where it is no escape.
+/// Removes the escape after a backslash from the front; absent if it is not an escape.
 std::optional<char16_t> takeEscape(std::string_view& text) noexcept {
   if (text.empty()) return std::nullopt;
   const char kind = text.front();
@@ -102,7 +102,7 @@ std::optional<char16_t> takeEscape(std::string_view& text) noexcept {
 std::size_t plainPrefix(std::string_view text) noexcept {
   std::size_t at = 0;
   while (at + 8 <= text.size() && !mayNeedEscape(text.data() + at)) at += 8;
-  // The last eight bytes at once, some of them again.
+  // Test the last eight bytes at once, although some have been tested.
   if (at + 8 > text.size() && text.size() >= 8 && !mayNeedEscape(text.data() + text.size() - 8)) return text.size();
   while (at < text.size() && isPlain(text[at])) ++at;
   return at;

@@ -1,4 +1,4 @@
-// NorvikCore/logging/internal/LineEscape.h - escapes that keep a text within one line, and the way back.
+// NorvikCore/logging/internal/LineEscape.h - escapes a text so that it stays within one line, and unescapes it.
 //
 //   appendEscaped(line, "paid\n\033[2Jnobody");      // paid\n\x1b[2Jnobody, in one line
 //   unescapedText("paid\\nnobody");                    // the line feed again
@@ -12,7 +12,7 @@
 // | U+2029), what turns the direction of text around (U+202A to   |               |
 // | U+202E, U+2066 to U+2069)                                     |               |
 //
-// The result is UTF-8, and different texts have different results. Pure; any thread.
+// The result is UTF-8. Different texts have different results. Pure; any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -25,15 +25,15 @@
 
 namespace norvik::detail {
 
-/// How many bytes from the start stay as they are and are ASCII: looked at by eight at once.
+/// The number of leading bytes that are ASCII and need no escape. Tests eight bytes at once.
 [[nodiscard]] NK_EXPORT std::size_t plainPrefix(std::string_view text) noexcept;
 
-/// Appends the text, which is the view() of an NSString. The character `alsoEscaped` of ASCII, if any, becomes \x and
-/// two digits too.
+/// Appends the escaped text; `text` is the view() of an NSString. The ASCII character `alsoEscaped`, if any, becomes \x
+/// and two digits too.
 NK_EXPORT void appendEscaped(std::string& line, std::string_view text, char alsoEscaped = '\0');
 
-/// The text that was escaped; absent where a backslash begins none of the table's forms, and of a text with a lone
-/// half.
+/// The original text; absent if a backslash does not begin one of the table's forms, or if the text has a lone
+/// surrogate half.
 [[nodiscard]] NK_EXPORT std::optional<NSString> unescapedText(const NSString& line);
 
 }  // namespace norvik::detail

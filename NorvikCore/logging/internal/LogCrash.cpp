@@ -37,31 +37,31 @@ constinit std::atomic<bool> LogCrash::installed{false};
 
 namespace {
 
-// From the signal on: until when the writer may write what waited, and then the report; until when the loggers may
-// flush; how long the handler waits for all that; and when all ends.
+// Deadlines, measured from the signal: for the writer to write the queued messages; for it to write the report; for the
+// loggers to flush; for the handler's wait for all this; and for the whole handler.
 constexpr std::uint64_t millisecond = 1'000'000;
 constexpr std::uint64_t readPatience = 1000 * millisecond, reportPatience = 1250 * millisecond,
                         flushPatience = 1450 * millisecond, handlerPatience = 1600 * millisecond;
 constexpr std::int64_t wholePatience = 1'900'000'000;
-// How long the other loggers may take for the messages they were handed, and when a letter counts as abandoned.
+// How long the other loggers may take for the messages that were handed to them, and when a letter counts as abandoned.
 constexpr std::uint64_t otherLoggersPatience = 200 * millisecond, abandonedAfter = 50 * millisecond;
 
 constexpr std::size_t longestName = 400, reportSize = 48 << 10, outputSize = 32 << 10, longestReason = 2000;
 
-// What the handler and the thread of the report share. All of it is here, since a handler cannot ask for memory.
+// Data that the handler and the thread of the report share. All of it is static, because a handler cannot allocate.
 enum Outcome : std::uint32_t { unknown, isWritten, cannotBeWritten };
 constinit std::atomic<std::uint32_t> request{0}, outcome{unknown}, flushed{0}, never{0};
 constinit std::atomic<bool> isComposed{false};
 constinit std::atomic<std::uint32_t> serviceGeneration{UINT32_MAX};  // the process that has the thread
 const kernel::FatalSignal* crash = nullptr;
 std::uint64_t crashedAt = 0;    // monotonic nanoseconds
-bool isWriterHeld = false;      // by the thread that crashed: the writer cannot go on
-std::uint64_t heldLoggers = 0;  // likewise, a bit for each node
+bool isWriterHeld = false;      // the crashed thread holds a queue that the writer needs
+std::uint64_t heldLoggers = 0;  // the loggers whose queues the crashed thread holds up, a bit for each node
 
 char serviceReport[reportSize], handlerReport[reportSize], serviceOutput[outputSize], handlerOutput[outputSize];
 std::size_t serviceReportSize = 0;
 
-// What std::terminate was called for.
+// The exception for which std::terminate was called.
 constinit std::atomic<bool> isExceptionNoted{false};
 const char* exceptionType = nullptr;
 char exceptionReason[longestReason];
@@ -86,7 +86,7 @@ void appendName(CrashText& text, const char* name, Names names) {
 }
 
 void appendFrame(CrashText& text, std::size_t number, std::uintptr_t address, Names names) {
-  // Return addresses are behind their calls, and may belong to the next line, or to another function.
+  // A return address lies behind its call, and may belong to the next line or to another function.
   const kernel::CodePlace place = kernel::placeOfCode(number == 0 ? address : address - 1);
   text.append("*** #");
   text.appendNumber(number);
@@ -148,9 +148,10 @@ void eachLine(std::string_view text, const Use& use) {
   }
 }
 
-// What the writer has still to do
+// Finishing the writer's work
 
-/// A call that crashed between its claim and its posting would hold up the reader: its letter becomes one of nothing.
+/// A letter that was claimed but not posted, because its call crashed, would block the reader. It becomes one of
+/// nothing.
 void postAbandonedLetter(std::uint64_t& since, std::uint64_t& position) noexcept {
   const std::uint64_t now = monotonicNanoseconds(), read = mailbox().readPosition();
   Letter* const letter = mailbox().abandonedLetter();
@@ -163,7 +164,7 @@ void postAbandonedLetter(std::uint64_t& since, std::uint64_t& position) noexcept
   }
 }
 
-/// False where that did not happen in time.
+/// Returns false if the letters up to `position` were not read in time.
 bool waitUntilRead(std::uint64_t position, std::uint64_t until) noexcept {
   std::uint64_t since = monotonicNanoseconds(), waitingAt = UINT64_MAX;
   while (static_cast<std::int64_t>(mailbox().readPosition() - position) < 0) {
@@ -179,7 +180,8 @@ const LogProgress& progress() noexcept { return LogPipeline::shared().fanOut().p
 
 bool isLoggerHeld(std::size_t node) noexcept { return node < 64 && (heldLoggers >> node & 1U) != 0; }
 
-/// The loggers that have not crashed finish the messages that they were handed; the first one opens a file.
+/// Waits until the loggers that have not crashed finish the messages that were handed to them. The first message of a
+/// logger may open a file.
 void waitForOtherLoggers() noexcept {
   const std::uint64_t until = monotonicNanoseconds() + otherLoggersPatience;
   for (std::size_t i = 0; i < nodes().size(); ++i) {
@@ -210,7 +212,7 @@ class Output {
  public:
   Output(int descriptor, char* memory) noexcept : descriptor_(descriptor), text_(memory, outputSize) {}
 
-  /// Ends a line that was broken off.
+  /// Ends an incomplete line.
   void begin() noexcept {
     std::uint64_t size = 0;
     char last = '\n';
@@ -254,7 +256,7 @@ class Output {
     text_.appendTime(nanoseconds);
     text_.append("  ");
   }
-  /// Of any size.
+  /// `text` may have any size.
   void append(std::string_view text) noexcept {
     while (!text.empty()) {
       if (text_.room() < 2) flush();
@@ -276,7 +278,7 @@ class Output {
   CrashText text_;
 };
 
-/// Of the letters that are being handed out a logger has some already.
+/// Skips letters that a logger already has, among those that are being handed out.
 class Skipping {
  public:
   Skipping(const DDLogger* logger, std::uint64_t from, std::uint64_t to) noexcept {
@@ -288,7 +290,7 @@ class Skipping {
     }
     isIn_ = isIn_ && last_;
   }
-  /// In the order of the letters.
+  /// Call it in the order of the letters.
   bool skips(const LogRecord& record) noexcept {
     if (!isIn_) return false;
     if (&record == next_) {
@@ -304,8 +306,8 @@ class Skipping {
   bool isIn_ = false;
 };
 
-/// What was not read, then the report, unless it is among that. Goes on where another thread began. False where no
-/// logger has a file.
+/// Writes the unread messages to each file, and then the report, unless another thread has written it there. Continues
+/// where another thread stopped. Returns false if no logger has a file.
 bool writeToFiles(std::string_view report, char* memory, Forming forming) {
   bool hasFile = false;
   for (const Ref<DDLoggerNode>& node : nodes()) {
@@ -341,7 +343,7 @@ void tell(Outcome reached) noexcept {
   futexWake(&outcome, INT_MAX);
 }
 
-/// True where every logger has the report.
+/// Returns true if every logger has received the report.
 bool logReport(std::string_view report) {
   if (!waitUntilRead(mailbox().sentPosition(), crashedAt + readPatience)) return false;
   if (nodes().empty()) return false;
@@ -371,13 +373,13 @@ void serve() {
 void* serviceMain(void*) {
   kernel::setCurrentThreadName("norvik-crash");
   kernel::coverThread();
-  (void)kernel::demangled("_ZN6norvik5DDLogE");  // so that this thread has a heap of its own
+  (void)kernel::demangled("_ZN6norvik5DDLogE");  // so that this thread already has a heap of its own
   while (request == 0) (void)futexWait(request, 0);
   serve();
   return nullptr;
 }
 
-/// Once in a process.
+/// Starts the thread, once per process.
 void startService() {
   const std::uint32_t process = kernel::forkGeneration();
   if (serviceGeneration.exchange(process) == process) return;

@@ -51,7 +51,7 @@ void LogFanOut::lt_flush() {
   dispatch_group_wait(loggingGroup, DISPATCH_TIME_FOREVER);
 }
 
-/// Numbers, not bits: with the usual flags and levels this admits exactly the flags that a level holds.
+/// Compares numbers, not bits. With the usual flags and levels this admits exactly the flags that a level contains.
 void LogFanOut::admitting(int flag, Nodes& nodes) const {
   nodes.clear();
   for (const Ref<DDLoggerNode>& node : loggers) {
@@ -59,8 +59,8 @@ void LogFanOut::admitting(int flag, Nodes& nodes) const {
   }
 }
 
-/// With several processors the last one is called on this thread, where its queue is idle, and all others on threads of
-/// their own meanwhile. What leaves a logger ends the process, on whichever thread it runs.
+/// With several processors, the last logger is called on this thread if its queue is idle, and all others run on other
+/// threads meanwhile. An exception that leaves a logger ends the process, on whichever thread it runs.
 template <class Hand>
 void LogFanOut::handToAll(const Nodes& nodes, const Hand& hand) {
   const std::size_t inParallel = numProcessors < 2 || nodes.empty() ? 0 : nodes.size() - 1;
@@ -69,7 +69,7 @@ void LogFanOut::handToAll(const Nodes& nodes, const Hand& hand) {
     try {
       hand(i);
     } catch (...) {
-      std::terminate();  // here, where what was raised is still known and gets printed
+      std::terminate();  // here, while the exception is still known and can be printed
     }
   };
   for (std::size_t i = 0; i < inParallel; ++i) {
@@ -87,7 +87,7 @@ void LogFanOut::lt_log(const DDLogMessage& message) {
   handOut(entry, nullptr);
 }
 
-/// The record is that of a letter, or null.
+/// `record` is that of a letter, or null.
 void LogFanOut::handOut(const DDLogEntry& entry, const LogRecord* record) {
   Nodes nodes;
   admitting(entry.logFlag(), nodes);
@@ -108,7 +108,7 @@ int LogFanOut::flagOf(const LogRecord& record) noexcept {
   return record.made() ? record.made()->logFlag() : record.site().flag;
 }
 
-/// A message with a tag, which may be of a class of the user's, is handed out and released alone.
+/// A message with a tag is handed out and released alone, because the tag may be of a class of the application.
 LogFanOut::Admittance LogFanOut::admittance(const LogRecord& record) const noexcept {
   if (record.isOfNothing()) return Admittance::nobody;
   const int flag = flagOf(record);
@@ -147,8 +147,8 @@ bool LogFanOut::readOne(LetterRun& letters) {
   return finish(letters, 1);
 }
 
-/// A run for each logger that admits any of the letters. Where one logger alone does, its letters come free as it is
-/// done with them; else when all loggers are done with all.
+/// Hands a run to each logger that admits any of the letters. If only one logger does, its letters are released as it
+/// processes them; otherwise they are released when all loggers are done with all letters.
 bool LogFanOut::readSome(LetterRun& letters, std::size_t count) {
   nodes_.clear();
   entriesFinished_ = 0;
@@ -191,7 +191,7 @@ bool LogFanOut::readSome(LetterRun& letters, std::size_t count) {
   }
   const std::uint32_t process = kernel::forkGeneration();
   handToAll(nodes_, [&](std::size_t i) {
-    // Where a logger forks, what it has not taken is its parent's.
+    // If a logger forks, the messages that it has not taken are handled by its parent.
     for (std::size_t handed = 0; handed < runs_[i].size() && kernel::forkGeneration() == process;) {
       handed += hand(i, handed);
     }
@@ -199,7 +199,7 @@ bool LogFanOut::readSome(LetterRun& letters, std::size_t count) {
   return finish(letters, count);
 }
 
-/// Releases the messages, and gives back their letters.
+/// Releases the messages, and returns their letters to the mailbox.
 bool LogFanOut::finish(LetterRun& letters, std::size_t count) noexcept {
   progress_.ended(&LogRecord::of(letters[count - 1]));
   for (std::size_t i = 0; i < count; ++i) {

@@ -1,8 +1,8 @@
-// NorvikCore/logging/internal/LogFanOut.h - the loggers, and how each message comes to those that admit it.
+// NorvikCore/logging/internal/LogFanOut.h - stores the loggers, and hands each message to those that admit it.
 //
-// A message goes to every logger that admits it, each on its own queue, and the next message follows when all of them
-// are done. Where all that admit a message take runs, several messages that follow one another go to each of them at
-// once.
+// A message is handed to every logger that admits it, each on its own queue, and the next message is handed out when
+// all of them are done. If all loggers that admit them take runs, several successive messages are handed to each logger
+// at once.
 //
 // Threads: confined to the logging queue.
 #pragma once
@@ -25,17 +25,17 @@ class LogFanOut {
   explicit LogFanOut(kernel::TickClock& clock);
 
   void lt_addLogger(const Ref<DDLogger>& logger, int level);
-  /// False where it is not there.
+  /// Returns false if the logger was not added.
   bool lt_removeLogger(const Ref<DDLogger>& logger);
   void lt_removeAllLoggers();
   void lt_flush();
-  /// One message; returns when every logger that admits it is done.
+  /// Hands out one message; returns when every logger that admits it is done.
   void lt_log(const DDLogMessage& message);
-  /// Letters that hold records.
+  /// Hands out letters, which hold records.
   void lt_read(LetterRun& letters);
 
   [[nodiscard]] const std::vector<Ref<DDLoggerNode>>& nodes() const noexcept { return loggers; }
-  /// Of what is being handed out; from any thread.
+  /// The progress of the letters that are being handed out; may be read on any thread.
   [[nodiscard]] const LogProgress& progress() const noexcept { return progress_; }
 
  private:
@@ -46,7 +46,7 @@ class LogFanOut {
   void admitting(int flag, Nodes& nodes) const;
 
   void handOut(const DDLogEntry& entry, const LogRecord* record);
-  /// Calls `hand` for each of the nodes on its queue, and returns when all are done.
+  /// Calls `hand` for each of the nodes on its queue; returns when all are done.
   template <class Hand>
   void handToAll(const Nodes& nodes, const Hand& hand);
   [[nodiscard]] bool readOne(LetterRun& letters);
@@ -59,11 +59,11 @@ class LogFanOut {
   kernel::TickClock& clock_;
   LogProgress progress_;
 
-  // What is being handed out; kept for its memory.
+  // The state of the letters that are being handed out. They are members so that their memory is reused.
   Nodes nodes_;
   DDLogEntry entries_[LetterRun::longest];
   std::size_t entriesFinished_ = 0;
-  std::vector<std::vector<const DDLogEntry*>> runs_;  // one for each of the nodes
+  std::vector<std::vector<const DDLogEntry*>> runs_;  // one for each of nodes_
 };
 
 }  // namespace norvik::detail

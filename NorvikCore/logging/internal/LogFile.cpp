@@ -36,13 +36,13 @@ LogFileRefusal refused(int error, bool isOfFile) {
   return {"cannot be opened: " + kernel::errorText(error), error, isOfFile};
 }
 
-/// Another file would fail alike for want of a descriptor or of memory, and on a disk that may not be written to.
+/// True if another file would fail too: no descriptor or no memory is left, or the disk may not be written to.
 bool concernsEveryFile(int error) noexcept {
   return error == EMFILE || error == ENFILE || error == ENOMEM || error == EROFS;
 }
 
-/// The last byte is no line feed, or cannot be read, and no other process is about to write one: the file stays as it
-/// is.
+/// True if the last byte is not a line feed, or cannot be read, and no other process is writing a line (the file's size
+/// does not change).
 bool endsInsideLine(int descriptor) {
   std::uint64_t before = 0;
   for (int look = 0; look < 100; ++look) {
@@ -72,7 +72,7 @@ std::string reasonAgainst(const kernel::FileStatus& status, LogFileOwner owner) 
 
 LogFileRefusal openLogFile(const std::string& path, LogFileOwner owner, OpenLogFile& file) {
   OpenLogFile opened;
-  // Before it is opened, because the opening of some devices has an effect.
+  // Before the file is opened, because opening some devices has an effect.
   if (path.find('\0') != path.npos) return refused(ENOENT, false);
   if (const int error = kernel::readFileStatus(path, opened.status, kernel::Links::stay)) {
     return refused(error, error == ENOENT);
@@ -82,7 +82,7 @@ LogFileRefusal openLogFile(const std::string& path, LogFileOwner owner, OpenLogF
   if (error == EACCES) error = kernel::openFile(path, {.append = true, .regular = true}, opened.descriptor);
   if (error == 0) error = kernel::readFileStatus(opened.descriptor.get(), opened.status);
   if (error != 0) return refused(error, !concernsEveryFile(error));
-  // Again, because somebody may have replaced it meanwhile.
+  // Checked again, because the file may have been replaced in the meantime.
   if (std::string reason = reasonAgainst(opened.status, owner); !reason.empty()) return {std::move(reason), 0, true};
   opened.endsInsideLine = endsInsideLine(opened.descriptor.get());
   file = std::move(opened);

@@ -1,5 +1,5 @@
-// The caller's side of an asynchronous log call: clock, thread, copies, mailbox. What it touches is kept small and
-// together, for in a program that logs now and then all of it comes from cold caches.
+// The caller's side of an asynchronous log call: clock, thread, copies, mailbox. The memory that it touches is kept
+// small and contiguous, because in a program that logs rarely all of it is read from cold caches.
 #include "NorvikCore/logging/internal/LogIntake.h"
 
 #include "NorvikCore/logging/DDLog.h"
@@ -18,14 +18,14 @@ namespace norvik {
 namespace detail {
 namespace {
 
-// How often a caller that waits for room checks whether the loggers wait for it.
+// How often a caller that waits for room checks whether it holds the loggers up.
 constexpr std::uint64_t roomPause = 10'000'000;
 
-// A text that is formed by the caller fits a record up to this size.
+// A text of at most this size that the caller forms fits into a record.
 constexpr std::size_t shortText = 96;
 
-/// What a thread's calls have in common while it is off any queue. Found out anew when the thread is renamed, and once
-/// in a while, for others may name it too.
+/// Properties of the calling thread that its calls share while it is outside any queue. They are read again when the
+/// thread is renamed, and at intervals, because other threads may rename it too.
 struct alignas(64) KnownCaller {
   std::uint64_t since = 0;
   std::uint32_t revision = 0, threadId = 0, threadNameSize = 0, queueLabelSize = 0;
@@ -33,7 +33,7 @@ struct alignas(64) KnownCaller {
 };
 constinit thread_local KnownCaller known __attribute__((tls_model("initial-exec"))){};
 
-/// Notes the caller if its names are as short as names are.
+/// Stores the caller's properties. Returns false if its names are too long.
 [[gnu::noinline]] bool findOutCaller(std::uint64_t now) noexcept {
   LogCrash::cover();
   const std::string_view name = kernel::currentThreadName();
@@ -75,7 +75,8 @@ bool isKnown(std::uint64_t now) noexcept {
   queueAsItIs(caller, site, content);
 }
 
-/// The caller is about to wait for the loggers. It forms the text itself, which is half of their work.
+/// Called when the caller is about to wait for the loggers. The caller forms the text itself, which is half of the
+/// loggers' work.
 [[gnu::noinline]] void LogIntake::queueFormed(const LogCaller& caller, const LogSite& site, const LogContent& content) {
   char text[shortText];
   const std::size_t size = formText(text, shortText, content.format, content.arguments);
@@ -84,7 +85,7 @@ bool isKnown(std::uint64_t now) noexcept {
   queueAsItIs(caller, site, {LogContent::formed, list, content.tag});
 }
 
-/// A record that is too small for the call, or none free.
+/// Used if the record is too small for the call, or no letter is free.
 [[gnu::cold, gnu::noinline]] void LogIntake::queueSlowly(Letter* claimed, const LogCaller& caller, const LogSite& site,
                                                          const LogContent& content) {
   post(claimed, [&](LogRecord& record) {
@@ -97,8 +98,8 @@ void LogIntake::queueMessage(const Ref<DDLogMessage>& message) {
   post(letter, [&](LogRecord& record) { record.fill(message); });
 }
 
-/// Posts what `fill` makes. Without a letter it waits for one, but where the loggers wait for the caller it takes one
-/// past the bound.
+/// Posts the record that `fill` makes. Without a letter it waits for one; but a caller that holds the loggers up takes
+/// a letter beyond the bound.
 template <class Fill>
 void LogIntake::post(Letter* claimed, const Fill& fill) {
   LogPipeline& pipeline = LogPipeline::shared();
@@ -131,7 +132,7 @@ void LogIntake::post(Letter* claimed, const Fill& fill) {
   queueCallOf({now, known.threadId, known.threadNameSize, known.queueLabelSize, known.names}, site, content);
 }
 
-/// On a queue, or with long names.
+/// Used on a queue, or for long names.
 [[gnu::noinline]] void LogIntake::queueCallOfUnknown(const LogSite& site, std::uint64_t now,
                                                      const LogContent& content) {
   const std::string_view name = kernel::currentThreadName();
@@ -160,7 +161,7 @@ void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* 
   detail::LogIntake::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
 }
 
-/// Where the text has to be formed now.
+/// Forms the text during the call.
 void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
                    FormatArguments arguments) {
   const NSString text = stringWithFormatArguments(format, arguments);

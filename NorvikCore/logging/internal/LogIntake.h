@@ -1,5 +1,5 @@
-// NorvikCore/logging/internal/LogIntake.h - the caller's side of the log: a call, or a message made elsewhere, becomes
-// a letter in the mailbox of the logging queue.
+// NorvikCore/logging/internal/LogIntake.h - the caller's side of the log: turns a call, or a message that the caller
+// created as an object, into a letter in the mailbox of the logging queue.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -10,14 +10,14 @@
 
 namespace norvik::detail {
 
-/// The permits for messages that wait or are being handed out: a caller without one waits, unless the loggers wait for
-/// it.
+/// The limit for messages that are queued or being handed out. A caller beyond it blocks, unless it holds the loggers
+/// up.
 inline constexpr std::uint64_t queueSemaphore = Mailbox::bound;
 static_assert(queueSemaphore == 1000);
 
 class LogIntake {
  public:
-  /// The calling thread's part of it is as it is now.
+  /// Records the state of the calling thread at the time of this call.
   static void queueCall(const LogSite& site, const LogContent& content);
   static void queueMessage(const Ref<DDLogMessage>& message);
 

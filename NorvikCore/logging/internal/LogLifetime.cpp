@@ -18,17 +18,16 @@
 namespace norvik::detail {
 namespace {
 
-// How long the end of the process waits for the loggers; how long where the caller stands in their way itself; and how
+// How long the end of the process waits for the loggers; how long it waits if the caller itself holds them up; and how
 // long a fork waits for the message that is being handed out.
 constexpr std::int64_t endPatience = 10 * NSEC_PER_SEC, heldPatience = 1 * NSEC_PER_SEC;
 constexpr std::int64_t forkPatience = 100 * NSEC_PER_MSEC;
 
-// How often a waiting caller checks whether the loggers wait for its thread, and how often it then does what they wait
-// for.
+// How often a waiting caller checks whether a logger needs its thread, and how often it then drains the main queue.
 constexpr std::int64_t lookPause = 10 * NSEC_PER_MSEC, drainPause = NSEC_PER_MSEC / 10;
 
-/// The queue runs nothing until the calling code returns, which is in a block of it or of a serial queue that it
-/// targets.
+/// True if the queue can run nothing until the calling code returns, because that runs in a block of the queue or of a
+/// serial queue that it targets.
 bool isHeldUp(const dispatch_queue_t& queue) noexcept {
   if (dispatch_queue_is_held(queue)) return true;
   const TargetsLock lock;
@@ -38,7 +37,8 @@ bool isHeldUp(const dispatch_queue_t& queue) noexcept {
   return false;
 }
 
-/// The queue's blocks run on the calling thread, the main one, when that drains the main queue.
+/// True if the queue's blocks run on the calling thread: it is the main thread, and they run when it drains the main
+/// queue.
 bool waitsForThisThread(const dispatch_queue_t& queue) noexcept {
   return kernel::isMainThread() && queue.core()->leadsToMain();
 }
@@ -66,7 +66,7 @@ void LogLifetime::rememberLoggers(std::vector<Ref<DDLoggerNode>> nodes) {
     return node->loggerQueue().core()->leadsToMain();
   });
   const MutexLock lock(mutex_);
-  std::swap(loggers_, nodes);  // what was known is destroyed without the lock
+  std::swap(loggers_, nodes);  // the former loggers are released after the lock
 }
 
 std::vector<Ref<DDLoggerNode>> LogLifetime::rememberedLoggers() {
@@ -74,7 +74,7 @@ std::vector<Ref<DDLoggerNode>> LogLifetime::rememberedLoggers() {
   return loggers_;
 }
 
-// Callers in the way of the loggers
+// Callers that hold the loggers up
 
 bool LogLifetime::holdsUpLoggers() {
   if (!currentFrame && !kernel::isMainThread()) return false;
@@ -101,12 +101,12 @@ void LogLifetime::flushFromAnyQueue() {
   }
 }
 
-/// False where the time was too short. Blocks of the main queue run meanwhile where a logger's are among them and this
-/// is the main thread.
+/// Returns false if the deadline passed. If a logger's blocks run on the main queue and this is the main thread, it
+/// drains the main queue while it waits.
 bool LogLifetime::flushUntil(dispatch_time_t deadline) {
   const dispatch_group_t done = dispatch_group_create();
   for (bool isAskedFor = false;; isAskedFor = true) {
-    const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();  // each time: one may just have been added
+    const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();  // each time, because a logger may be added
     if (holdsUpAny(nodes)) {
       flushWhileHeld(nodes);
       return true;
@@ -121,7 +121,7 @@ bool LogLifetime::flushUntil(dispatch_time_t deadline) {
 }
 
 /// The caller's block runs on the logging queue or on a logger's queue, which can run nothing else meanwhile. A logger
-/// whose queue this is flushes here and now, all others on their queues.
+/// whose queue is held flushes on this thread, all others flush on their queues.
 void LogLifetime::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) {
   const dispatch_group_t done = dispatch_group_create();
   for (const Ref<DDLoggerNode>& node : nodes) {
@@ -134,7 +134,7 @@ void LogLifetime::flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes) {
   dispatch_group_wait(done, dispatch_time(DISPATCH_TIME_NOW, heldPatience));
 }
 
-/// Last of all: after everything that the program registered for its end, on whichever thread ends it.
+/// Runs after everything that the program registered for its end, on the thread that ends the process.
 void LogLifetime::flushAtProcessEnd() {
   try {
     if (!flushUntil(dispatch_time(DISPATCH_TIME_NOW, endPatience))) {
@@ -145,12 +145,12 @@ void LogLifetime::flushAtProcessEnd() {
   }
 }
 
-/// A child that may log must not find a logger in the middle of a message: a fork takes place between two of them. The
-/// gate is a block of the logging queue that stands still while the process forks.
+/// A child that may log must not find a logger in the middle of a message, so a fork takes place between two messages.
+/// The gate is a block of the logging queue that blocks its queue while the process forks.
 ///
-/// Others stand still on the loggers' queues: what a logger does on its own, such as rolling, is not cut in two either.
-/// None of them waits for another, so that a queue which does not come to its gate holds up nothing but, for a moment,
-/// the fork.
+/// Further blocks do the same on the loggers' queues, so that the child does not find a logger in the middle of its own
+/// work, such as rolling. No block waits for another. So a queue that does not reach its gate delays only the fork, and
+/// only until the fork's time limit.
 struct LogLifetime::ForkGate {
   ForkGate() {
     dispatch_group_enter(approaching);
@@ -165,16 +165,16 @@ struct LogLifetime::ForkGate {
   const dispatch_group_t approaching = dispatch_group_create(), forking = dispatch_group_create();
 };
 
-// Threads may fork at the same time, and each passes its own gate.
+// Several threads may fork at the same time, each with its own gate.
 thread_local std::shared_ptr<LogLifetime::ForkGate> LogLifetime::forkGate;
 
 void LogLifetime::prepareFork() {
   const std::vector<Ref<DDLoggerNode>> nodes = rememberedLoggers();
-  if (!isOnAnyQueue(nodes)) {  // else it is a fork within a message: the child goes on with it
+  if (!isOnAnyQueue(nodes)) {  // otherwise the fork is made within a message, and the child continues with it
     std::vector<dispatch_queue_t> queues;
     for (const Ref<DDLoggerNode>& node : nodes) {
       const dispatch_queue_t& queue = node->loggerQueue();
-      if (kernel::isMainThread() && queue == dispatch_get_main_queue()) continue;  // stands still anyhow
+      if (kernel::isMainThread() && queue == dispatch_get_main_queue()) continue;  // its thread is forking
       if (std::find(queues.begin(), queues.end(), queue) == queues.end()) queues.push_back(queue);
     }
     forkGate = std::make_shared<ForkGate>();
@@ -185,7 +185,7 @@ void LogLifetime::prepareFork() {
       }
       gate->standStill();
     });
-    // A queue that takes longer may wait for the very thread that forks.
+    // A queue that takes longer may be waiting for the thread that forks.
     dispatch_group_wait(forkGate->approaching, dispatch_time(DISPATCH_TIME_NOW, forkPatience));
   }
 }

@@ -1,6 +1,6 @@
-// NorvikCore/logging/internal/LogLifetime.h - the loggers in forks and at the end of the process, and callers that
-// stand in their way: those in a block of the logging queue or of a logger's queue, and the main thread where a logger
-// runs on it.
+// NorvikCore/logging/internal/LogLifetime.h - keeps the loggers consistent in forks and flushes them at the end of the
+// process. It also detects callers that hold the loggers up: a caller in a block of the logging queue or of a logger's
+// queue, and the main thread if a logger runs on it.
 //
 // Threads: synchronised.
 #pragma once
@@ -18,27 +18,27 @@ namespace norvik::detail {
 
 class LogLifetime {
  public:
-  /// `flush` flushes every logger, on the logging queue.
+  /// `flush` flushes every logger. It is called on the logging queue.
   LogLifetime(const dispatch_queue_t& loggingQueue, Block<void()> flush);
 
-  /// From now on, for the one object that there is.
+  /// Registers for forks and the end of the process. Call it once, on the only object.
   void watch();
-  /// These are the loggers now. On the logging queue.
+  /// Stores the current loggers. Call it on the logging queue.
   void rememberLoggers(std::vector<Ref<DDLoggerNode>> nodes);
-  /// From any thread.
+  /// May be called on any thread.
   [[nodiscard]] std::vector<Ref<DDLoggerNode>> rememberedLoggers();
 
-  /// The loggers cannot go on before the calling code returns, or may wait for it.
+  /// True if the loggers cannot continue before the calling code returns, or may have to wait for it.
   [[nodiscard]] bool holdsUpLoggers();
-  /// Flushes every logger also where the caller is on a queue that a flush would wait for.
+  /// Flushes every logger, also if the caller is on a queue for which a flush would wait.
   void flushFromAnyQueue();
 
  private:
   struct ForkGate;
 
-  /// The caller is in a block of the logging queue or of a logger's queue.
+  /// True if the caller is in a block of the logging queue or of a logger's queue.
   [[nodiscard]] bool isOnAnyQueue(const std::vector<Ref<DDLoggerNode>>& nodes) const;
-  /// No block of the logging queue or of some logger's queue can run before the caller's block ends.
+  /// True if the logging queue or some logger's queue can run no block before the caller's block ends.
   [[nodiscard]] bool holdsUpAny(const std::vector<Ref<DDLoggerNode>>& nodes) const;
   void flushWhileHeld(const std::vector<Ref<DDLoggerNode>>& nodes);
   [[nodiscard]] bool flushUntil(dispatch_time_t deadline);
@@ -51,10 +51,10 @@ class LogLifetime {
   const Block<void()> flush_;
   std::atomic<bool> runsOnMainThread_{false};  // some logger does
 
-  Mutex mutex_;  // the end of the process, and forks, may come while the queue is busy
+  Mutex mutex_;  // not the queue, because the process may end or fork while the queue is busy
   std::vector<Ref<DDLoggerNode>> loggers_ NK_GUARDED_BY(mutex_);
 
-  static thread_local std::shared_ptr<ForkGate> forkGate;  // of the fork that this thread makes
+  static thread_local std::shared_ptr<ForkGate> forkGate;  // of the fork that this thread is making
 };
 
 }  // namespace norvik::detail

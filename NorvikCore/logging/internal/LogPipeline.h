@@ -1,10 +1,10 @@
-// NorvikCore/logging/internal/LogPipeline.h - the one pipeline behind DDLog, from the call to the loggers.
+// NorvikCore/logging/internal/LogPipeline.h - the one pipeline of DDLog, from the log call to the loggers.
 //
-//   LogIntake    a log call becomes a letter in the mailbox of the logging queue
-//   LogFanOut    letters become messages, and go to the loggers
-//   LogLifetime  forks, and the end of the process
+//   LogIntake    turns a log call into a letter in the mailbox of the logging queue
+//   LogFanOut    turns letters into messages, and hands them to the loggers
+//   LogLifetime  handles forks and the end of the process
 //
-// Made on first use, never destroyed.
+// Created on first use, never destroyed.
 #pragma once
 
 #include "NorvikCore/logging/internal/LogFanOut.h"
@@ -34,10 +34,10 @@ class LogPipeline {
   void removeAllLoggers();
   void log(const DDLogMessage& message);
   void flush();
-  /// Returns at once; when every logger has flushed, it counts `word` up and wakes a thread that sleeps on it.
+  /// Returns at once. When every logger has flushed, it increments `word` and wakes a thread that waits on it.
   void flushLater(std::atomic<std::uint32_t>& word);
 
-  /// All that a call needs, in one cache line. The mailbox is null until there is a pipeline.
+  /// Everything that a call needs, in one cache line. The mailbox is null until the pipeline exists.
   struct alignas(64) Way {
     Mailbox* mailbox;
     const kernel::TickClock* clock;

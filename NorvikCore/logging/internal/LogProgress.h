@@ -1,7 +1,7 @@
-// NorvikCore/logging/internal/LogProgress.h - how far each logger is with the letters that are being handed out, for
-// the end of a process in which a logger has crashed: so that lines are neither lost nor written twice.
+// NorvikCore/logging/internal/LogProgress.h - the progress of each logger with the letters that are being handed out.
+// After a crash of a logger it is used so that lines are neither lost nor written twice.
 //
-// Threads: written by the logging queue and the loggers' queues, read by any thread at any time.
+// Threads: written on the logging queue and the loggers' queues, read by any thread at any time.
 #pragma once
 
 #include <atomic>
@@ -17,9 +17,9 @@ class LogRecord;
 
 class LogProgress {
  public:
-  static constexpr std::size_t mostLoggers = 16;  // those beyond are not followed
+  static constexpr std::size_t mostLoggers = 16;  // further loggers are not followed
 
-  // The writer's. A null record is none.
+  // Called by the writer. A null record means none.
   void begin(std::size_t index, const DDLogger* logger, const LogRecord* first) noexcept {
     if (index >= mostLoggers) return;
     loggers_[index].logger.store(logger, std::memory_order_relaxed);
@@ -29,18 +29,18 @@ class LogProgress {
     count_.store(count < mostLoggers ? count : mostLoggers, std::memory_order_relaxed);
     last_.store(last, std::memory_order_release);
   }
-  /// The record that the logger has next; null where it has all.
+  /// Sets the next record of the logger; null if it has processed all.
   void advance(std::size_t index, const LogRecord* next) noexcept {
     if (index < mostLoggers) loggers_[index].next.store(next, std::memory_order_release);
   }
-  /// Letters up to this one belong to other senders again.
+  /// Ends the progress at `last`, because letters up to this one may now be reused by other senders.
   void ended(const LogRecord* last) noexcept {
     if (last_.load(std::memory_order_relaxed) == last) last_.store(nullptr, std::memory_order_release);
   }
 
-  /// The last letter that is being handed out; null where none is.
+  /// The last letter that is being handed out; null if there is none.
   [[nodiscard]] const LogRecord* last() const noexcept { return last_.load(std::memory_order_acquire); }
-  /// True where the logger gets some of them and is not done with all: then `next` is the first that it does not have.
+  /// True if the logger gets some of the letters and has not processed all; `next` is then the first that it has not.
   [[nodiscard]] bool isAt(const DDLogger* logger, const LogRecord*& next) const noexcept {
     next = nullptr;
     const std::size_t count = count_.load(std::memory_order_relaxed);

@@ -15,7 +15,7 @@ void LogRecord::fillOnHeap(const LogSite& site, const LogCaller& caller, const L
       onHeap_ = record;
       return;
     }
-    ::operator delete(memory);  // a text has grown meanwhile: its owner's mistake, but no reason to end the process
+    ::operator delete(memory);  // a text has grown in between, by its owner's error; the process continues
   }
 }
 

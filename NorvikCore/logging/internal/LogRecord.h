@@ -1,11 +1,11 @@
-// NorvikCore/logging/internal/LogRecord.h - what a log call leaves for the logging queue, as a letter of its mailbox:
-// who called, when, and copies of the format's arguments. The text is formed when a logger asks for it.
+// NorvikCore/logging/internal/LogRecord.h - the record of a log call in a letter of the logging queue's mailbox:
+// caller, time, and copies of the format's arguments. The text is formed when a logger asks for it.
 //
-// A record holds what a message is made of in one piece of memory: first what every call has, then, as long as each of
-// them is, the rest. The caller writes it from its start to its end and touches no other memory for it. What does not
-// fit goes to the heap, and the record refers to it; so does a record of a message that was made elsewhere.
+// A record holds its content in one piece of memory: first the fields of fixed size, then the parts of variable size.
+// The caller writes it from start to end and touches no other memory for it. If the content does not fit, it is stored
+// on the heap, and the record refers to it. A message that the caller created as an object is also referred to.
 //
-// Threads: confined; the caller's until it is posted, then the logging queue's.
+// Threads: confined to the caller until the record is posted, then to the logging queue.
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
@@ -24,19 +24,19 @@
 
 namespace norvik::detail {
 
-/// Who calls, and when.
+/// The calling thread and the time of the call.
 struct LogCaller {
   static constexpr std::size_t readable = 32;
 
   std::uint64_t ticks;  // of the pipeline's TickClock
   std::uint32_t threadId, threadNameSize, queueLabelSize;
-  const char* names;  // the thread's, then the queue's label; the first `readable` bytes can be read in any case
+  const char* names;  // the thread's name, then the queue's label; `readable` bytes can always be read
   [[nodiscard]] std::size_t namesSize() const noexcept { return std::size_t{threadNameSize} + queueLabelSize; }
 };
 
-/// What a log call says: a format that can wait, and arguments for it. The tag may be null.
+/// The content of a log call: a format that can wait, and its arguments. The tag may be null.
 struct LogContent {
-  static constexpr std::string_view formed = "%@";  // the format of a text that the caller has formed
+  static constexpr std::string_view formed = "%@";  // the format for a text that the caller has formed
 
   std::string_view format;
   FormatArguments arguments;
@@ -48,30 +48,30 @@ class LogRecord {
   LogRecord(const LogRecord&) = delete;
   LogRecord& operator=(const LogRecord&) = delete;
 
-  /// A new record, which is filled next by one of the fill functions.
+  /// A new record, which one of the fill functions must fill next.
   [[nodiscard]] static LogRecord& make(Letter& letter) noexcept { return *::new (letter.content) LogRecord; }
   [[nodiscard]] static LogRecord& of(Letter& letter) noexcept {
     return *std::launder(reinterpret_cast<LogRecord*>(letter.content));
   }
 
-  /// Copies all that is given. False, with nothing filled, where that is more than the record holds.
+  /// Copies everything given. Returns false, and fills nothing, if the record has too little room.
   [[nodiscard, gnu::always_inline]] bool fill(const LogSite& site, const LogCaller& caller,
                                               const LogContent& content) noexcept {
     return fillWithin(room_ + sizeof room_, site, caller, content);
   }
-  /// Copies all that is given to the heap. Where there is no memory it raises, and the record is one of nothing.
+  /// Copies everything given to the heap. If there is no memory it raises, and the record becomes a record of nothing.
   void fillOnHeap(const LogSite& site, const LogCaller& caller, const LogContent& content);
-  /// With a message that was made elsewhere.
+  /// Stores a message that the caller created as an object.
   void fill(const Ref<DDLogMessage>& message) noexcept;
-  /// A record of nothing, in the place of a call that crashed.
+  /// Makes this a record of nothing. Used in the place of a call that crashed.
   void fillWithNothing() noexcept;
 
-  /// The call had no memory for what it says.
+  /// True if the call had no memory for its content, or crashed.
   [[nodiscard]] bool isOfNothing() const noexcept { return whole().format_ == nullptr && made_ == nullptr; }
-  /// The message, where it was made elsewhere; else null.
+  /// The message, if the caller created it as an object; otherwise null.
   [[nodiscard]] DDLogMessage* made() const noexcept { return made_; }
 
-  // Of a record with content that was not made elsewhere.
+  // For a record with content of its own: neither of nothing nor with made().
   [[nodiscard]] const LogSite& site() const noexcept { return whole().site_; }
   [[nodiscard]] std::uint64_t ticks() const noexcept { return whole().ticks_; }
   [[nodiscard]] std::uint32_t threadId() const noexcept { return whole().threadId_; }
@@ -84,11 +84,11 @@ class LogRecord {
   [[nodiscard]] NSString text() const;
   /// Appends the text as UTF-8.
   void appendText(std::string& line) const;
-  /// What the text is formed of, for code that may not form it.
+  /// The parts of the text, for code that must not form it.
   [[nodiscard]] std::string_view format() const noexcept { return {whole().format_, whole().formatSize_}; }
   [[nodiscard]] FormatArguments formatArguments() const noexcept { return whole().arguments(); }
 
-  /// Releases what it holds. (A forked child leaves to its parent what it does not read.)
+  /// Releases the content. (A forked child leaves content that it does not read to its parent.)
   void dispose() noexcept;
 
  private:
@@ -109,7 +109,7 @@ class LogRecord {
   std::uint32_t threadId_, formatSize_, threadNameSize_, queueLabelSize_, argumentCount_;
   const char* format_;
   Value* tag_;
-  // The arguments' copies, the thread's name, the queue's label, the tag, and what the copies refer to.
+  // Copies of the arguments, the thread's name, the queue's label, the tag, and the data to which the copies refer.
   alignas(FormatArgument) char room_[136];
 };
 static_assert(sizeof(LogRecord) <= Letter::contentSize && alignof(LogRecord) <= 16);
@@ -140,7 +140,7 @@ inline bool LogRecord::fillWithin(char* end, const LogSite& site, const LogCalle
     return false;
   char* const at = start + copiesSize;
   if (namesSize <= LogCaller::readable && size >= copiesSize + LogCaller::readable) [[likely]] {
-    std::memcpy(at, caller.names, LogCaller::readable);  // what is too much, the next copy overwrites
+    std::memcpy(at, caller.names, LogCaller::readable);  // surplus bytes are overwritten by the next copy
   } else {
     std::memcpy(at, caller.names, namesSize);
   }

@@ -26,7 +26,7 @@ class Visits {
   [[nodiscard]] static dispatch_group_t group() {
     auto& visits = kernel::madeOnce([] { return new Visits; });
     const MutexLock lock(visits.mutex_);
-    // Those that other threads had begun at a fork do not end in the child.
+    // Visits that other threads of the parent had begun at the fork do not end in the child.
     if (visits.generation_ != kernel::forkGeneration()) {
       visits.parents_.push_back(std::exchange(visits.group_, dispatch_group_create()));
       visits.generation_ = kernel::forkGeneration();
@@ -37,7 +37,7 @@ class Visits {
  private:
   Mutex mutex_;
   dispatch_group_t group_ NK_GUARDED_BY(mutex_) = dispatch_group_create();
-  std::vector<dispatch_group_t> parents_ NK_GUARDED_BY(mutex_);  // not destroyed, since they are entered
+  std::vector<dispatch_group_t> parents_ NK_GUARDED_BY(mutex_);  // not destroyed, because visits have entered them
   std::uint32_t generation_ NK_GUARDED_BY(mutex_) = kernel::forkGeneration();
 };
 
@@ -49,7 +49,7 @@ void endVisits(Ended what) {
 [[gnu::constructor]] void keepOpenSSL() {
   OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
   OPENSSL_atexit([] { endVisits(Ended::openSSL); });
-  // Called before a clean-up that was asked for earlier.
+  // Called before a clean-up that was registered earlier.
   (void)std::atexit([] { callEndFunctions(); });
 }
 

@@ -1,23 +1,23 @@
-// NorvikCore/postgresql/internal/LibpqVisit.h - calls of libpq while the process ends.
+// NorvikCore/postgresql/internal/LibpqVisit.h - makes calls of libpq safe while the process ends.
 //
 //   LibpqVisit visit;
 //   if (!visit.begin(LibpqVisit::Use::ofOpenSSL)) return leaveConnectionAsItIs();
 //   PQconnectPoll(connection);
 //   visit.end();      // before waiting for the server
 //
-// The log is flushed last of all, after every function given to atexit(); and libpq then still needs OpenSSL, for TLS
-// and for passwords, and Kerberos. Three things make them last so long:
+// The log is flushed at the very end, after every function given to atexit(). libpq then still needs OpenSSL (for
+// TLS and for passwords) and Kerberos. Three measures keep them usable for so long:
 //
-// 1. When this library is loaded it tells OpenSSL not to clean up at exit, also where the program uses it first. The
-//    kernel takes its memory back.
+// 1. When this library is loaded it tells OpenSSL not to clean up at exit, also if the program itself is the
+//    first to use OpenSSL after that. The kernel reclaims OpenSSL's memory.
 // 2. If the program used OpenSSL before it loaded this library (by dlopen), or calls OPENSSL_cleanup(), the clean-up
-//    takes place. The log is flushed before the one at exit. After it no visit for OpenSSL begins.
-// 3. When the loader finishes this library the log is flushed: libpq and what it uses are finished after this library,
-//    but may be finished before the core. After that no visit begins.
+//    takes place. The log is flushed before the clean-up at exit. After a clean-up no visit that uses OpenSSL begins.
+// 3. When the loader finalises this library the log is flushed, because libpq and its dependencies are finalised after
+//    this library, but possibly before the core. After that no visit begins.
 //
-// A clean-up waits for the visits that have begun, for a second at most.
+// A clean-up waits, for at most a second, for the visits that have begun.
 //
-// Confined.
+// Threads: confined.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Group.h"
@@ -36,7 +36,7 @@ class LibpqVisit {
   LibpqVisit& operator=(const LibpqVisit&) = delete;
   ~LibpqVisit() { end(); }
 
-  /// False where it is too late.
+  /// Returns false if it is too late.
   [[nodiscard]] bool begin(Use use);
   void end() noexcept;
   [[nodiscard]] bool isOn() const noexcept { return calls_.has_value(); }

@@ -27,7 +27,7 @@ struct Free {
 using Options = std::unique_ptr<PQconninfoOption, Free>;
 using Result = std::unique_ptr<PGresult, Free>;
 
-/// libpq's words, on one line.
+/// A text of libpq, on one line.
 std::string oneLine(const char* text) {
   std::string line;
   for (const char* at = text; *at != '\0'; ++at) {
@@ -40,7 +40,7 @@ std::string oneLine(const char* text) {
   return line;
 }
 
-/// libpq's own words for what it cannot read show a part of it.
+/// Discards libpq's own error message, because that quotes the part that it cannot read.
 Options read(const std::string& parameters) {
   char* problem = nullptr;
   Options options(PQconninfoParse(parameters.c_str(), &problem));
@@ -67,7 +67,8 @@ ServerFailure failureOf(const PGresult* result) {
   return {oneLine(text ? text : PQresultErrorMessage(result)), state ? state : ""};
 }
 
-/// A connection whose memory stays, since to free it would say goodbye to the server; kept where leak checkers find it.
+/// A connection that is not freed, because freeing it would send an end message to the server. It is linked so that
+/// leak checkers find it.
 struct Abandoned {
   PGconn* connection;
   Abandoned* next;
@@ -140,7 +141,7 @@ bool ServerConnection::visit(ServerFailure& failure, Work work) {
   return beginVisit() ? work() : tooLate(failure);
 }
 
-/// True where libpq can go on; it then also finds what went wrong.
+/// Returns true if libpq can continue; libpq then also detects errors.
 bool ServerConnection::wait(Readiness wanted, std::int64_t deadline, ServerFailure& failure) {
   const int socket = PQsocket(connection_);
   visit_.end();
@@ -161,7 +162,7 @@ bool ServerConnection::connect(std::int64_t deadline, ServerFailure& failure) {
     failure = {"the connection string cannot be read", ""};
     return false;
   }
-  // Where a password holds an "@" that is not encoded, the rest of it is taken for the host, which messages name.
+  // If a password contains an "@" that is not encoded, libpq takes the rest of it for the host, which messages name.
   if (valueOf(options, "host").find('@') != std::string::npos) {
     failure = {"the host has an \"@\": in an address, one in a password is written %40", ""};
     return false;
@@ -173,7 +174,7 @@ bool ServerConnection::connect(std::int64_t deadline, ServerFailure& failure) {
     return false;
   }
   use_ = LibpqVisit::Use::ofOpenSSL;
-  // No fork is held up: this may look up a host's name, for as long as that takes.
+  // Without a ForkHold, so that no fork is delayed: the call may look up a host's name, which may take any time.
   connection_ = PQconnectStartParams(keywords, values, 1);
   if (!connection_) {
     failure = {kernel::errorText(ENOMEM), ""};
@@ -202,7 +203,7 @@ bool ServerConnection::flush(std::int64_t deadline, ServerFailure& failure) {
       const ForkHold hold;
       const int left = PQflush(connection_);
       if (left == 0) return true;
-      // The server may have sent what says why.
+      // The server may have sent the reason.
       if (left < 0) return lost(failure);
     }
     if (!wait(Readiness::readOrWrite, deadline, failure)) return false;
@@ -211,7 +212,7 @@ bool ServerConnection::flush(std::int64_t deadline, ServerFailure& failure) {
   }
 }
 
-/// Null after the last one.
+/// Sets `result` to null after the last result.
 bool ServerConnection::awaitResult(std::int64_t deadline, ServerFailure& failure, pg_result*& result) {
   for (;;) {
     {
@@ -315,7 +316,7 @@ bool ServerConnection::performCopy(const std::string& sql, std::string_view data
     close();
     return false;
   }
-  isUncertain = false;  // the server has said how it ended
+  isUncertain = false;  // the server has reported the result
   return isGood;
 }
 

@@ -1,16 +1,16 @@
-// NorvikCore/postgresql/internal/ServerConnection.h - a connection to a PostgreSQL server that is waited for until a
-// deadline, and no longer.
+// NorvikCore/postgresql/internal/ServerConnection.h - a connection to a PostgreSQL server. Each operation waits for the
+// server until a deadline at most.
 //
 //   ServerConnection connection("host=db.office dbname=payroll");
 //   ServerFailure failure;
 //   if (!connection.open(deadline, failure)) return failure.text;
 //   connection.run("SELECT 1", {}, deadline, failure, &answer);
 //
-// Failures name hosts, databases and users as the server and libpq do. They never hold the connection string or a part
-// of it that could be a password.
+// Failures name hosts, databases and users as the server and libpq do. They never contain the connection string, or a
+// part of it that could be a password.
 //
 // Confined. The library's locks are not held while it waits for the server. When the process ends, or shuts down what
-// libpq needs (LibpqVisit.h), every operation fails, and the connection is left as it is.
+// libpq needs (LibpqVisit.h), every operation fails, and the connection is not closed properly.
 #pragma once
 
 #include "NorvikCore/postgresql/internal/LibpqVisit.h"
@@ -31,12 +31,12 @@ namespace norvik::detail {
 
 struct ServerFailure {
   std::string text;
-  std::string state;  // the five characters of the server's SQLSTATE; empty where it was not the server that failed
+  std::string state;  // the five characters of the server's SQLSTATE; empty if the failure is not the server's
 };
 
 class ServerConnection {
  public:
-  /// A connection string or address as libpq reads it.
+  /// `parameters` is a connection string or an address as libpq reads it.
   explicit ServerConnection(std::string parameters);
   ServerConnection(const ServerConnection&) = delete;
   ServerConnection& operator=(const ServerConnection&) = delete;
@@ -51,12 +51,12 @@ class ServerConnection {
   /// In a child made by fork(): leaves the connection to the parent.
   void abandon() noexcept;
 
-  /// One or several statements, or one with arguments ($1 and so on). `answer` is the first column of the first row of
-  /// the last of them that gives rows.
+  /// Runs one or several statements, or one with arguments ($1 and so on). `answer` is the first column of the first
+  /// row of the last statement that returns rows.
   [[nodiscard]] bool run(const char* sql, std::initializer_list<std::string> arguments, std::int64_t deadline,
                          ServerFailure& failure, std::string* answer = nullptr);
-  /// Statements of which one is a COPY FROM STDIN, which gets `data`. `isUncertain` where the connection was lost after
-  /// all was sent: the statements may or may not have been carried out.
+  /// Runs statements of which one is a COPY FROM STDIN, which receives `data`. `isUncertain` is true if the connection
+  /// was lost after everything was sent: the statements may or may not have been executed.
   [[nodiscard]] bool copy(const std::string& sql, std::string_view data, std::int64_t deadline, ServerFailure& failure,
                           bool& isUncertain);
 
@@ -66,7 +66,7 @@ class ServerConnection {
                              ServerFailure& failure, std::string* answer);
   [[nodiscard]] bool performCopy(const std::string& sql, std::string_view data, std::int64_t deadline,
                                  ServerFailure& failure, bool& isUncertain);
-  /// Does `work()` in a visit to libpq.
+  /// Calls `work()` in a visit to libpq.
   template <class Work>
   [[nodiscard]] bool visit(ServerFailure& failure, Work work);
   [[nodiscard]] bool start(std::int64_t deadline, ServerFailure& failure);

@@ -14,8 +14,7 @@
 namespace norvik::detail {
 namespace {
 
-/// The lock makes processes that find no tables make them one after the other. Who may not make tables may use those
-/// that are there.
+/// The lock serialises processes that find no tables. A role that may not create tables can use existing ones.
 constexpr const char* tablesExist =
     "SELECT to_regclass('norvik_log') IS NOT NULL AND to_regclass('norvik_log_run') IS NOT NULL";
 constexpr const char* makesTables =
@@ -31,7 +30,7 @@ constexpr const char* makesTables =
     "COMMIT";
 constexpr int deletedAtOnce = 10'000;
 
-/// Data that the server cannot store, or not of that size, whenever it is sent.
+/// True if the server refuses the data at every attempt: it cannot store them, or not data of that size.
 bool isRefusal(const ServerFailure& failure) {
   return failure.state.starts_with("22") || failure.state.starts_with("54");
 }
@@ -61,7 +60,7 @@ void putField(std::string& data, Number number) {
   put(data, number);
 }
 
-/// The server takes no zero bytes in texts.
+/// Replaces zero bytes, because the server allows none in texts.
 void putField(std::string& data, std::string_view text) {
   if (text.data() == nullptr) return put<std::int32_t>(data, -1);
   const std::size_t start = data.size();
@@ -113,7 +112,7 @@ bool ServerWriter::makeTables(std::int64_t deadline, ServerFailure& failure) {
                          deadline, failure);
 }
 
-/// Waits for a transaction of the connection before that is still being committed.
+/// Waits for a transaction of the previous connection that is still being committed.
 bool ServerWriter::isCommitted(std::int64_t deadline, ServerFailure& failure, bool& answer) {
   std::string batch;
   if (!connection_.run("SELECT batch FROM norvik_log_run WHERE run = $1::uuid FOR UPDATE", {run_}, deadline, failure,
@@ -134,7 +133,7 @@ bool ServerWriter::write(const EntryBuffer& entries, std::int64_t deadline, std:
   });
   ServerFailure problem;
   bool mayBeStale = connection_.isOpen();
-  // A connection that the server has closed since the last batch shows by failing.
+  // If the server has closed the connection since the last batch, the first use fails.
   const auto goesOn = [&] {
     if (std::exchange(mayBeStale, false) && !connection_.isOpen()) return true;
     failure = problem.text;

@@ -1,6 +1,6 @@
-// benchmarks/logging/database/DDSQLiteLogger_benchmark.cpp - entries a second into SQLite through the logger, from the
-// log call to the committed row, with the logger's defaults; beside a loop of one prepared INSERT of the same rows into
-// the same tables, in one transaction, which has its texts ready.
+// benchmarks/logging/database/DDSQLiteLogger_benchmark.cpp - entries per second into SQLite through the logger with its
+// default settings, from the log call to the committed row. The peer is a loop of one prepared INSERT of the same rows
+// into the same tables, in one transaction, with its texts prepared.
 //
 // Every entry is counted in the database before anything is reported.
 #include "NorvikCore/logging/DDLog.h"
@@ -108,7 +108,7 @@ double ours() {
   return seconds;
 }
 
-/// In the tables of a log that the logger has made.
+/// Inserts into the tables of a log that the logger has created.
 double loop() {
   const Folder folder;
   {

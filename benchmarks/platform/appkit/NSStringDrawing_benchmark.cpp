@@ -1,5 +1,5 @@
 // benchmarks/platform/appkit/NSStringDrawing_benchmark.cpp - the width of a word that was measured before, and wrapping
-// a page of 3,000 words, beside a layout by Pango for each measurement.
+// a page of 3,000 words, compared with a Pango layout for each measurement.
 #include "NorvikCore/platform/appkit/NSStringDrawing.h"
 
 #include "NorvikCore/Categories/NSString+Norvik.h"
@@ -31,7 +31,7 @@ const Ref<NSFont>& font() {
   return sans;
 }
 
-/// What a program does that has Pango alone.
+/// The work of a program that uses Pango alone.
 class PangoMeasure {
  public:
   PangoMeasure() {
@@ -93,7 +93,7 @@ void wrapOurs(benchmark::State& state) {
   PangoMeasure pango;
   const NSString text = page();
   const auto lines = static_cast<int>(nk_splitStringMaxWidth(text, pageWidth, *font())->count());
-  // A fraction of a point that does not count gives some lines a word more.
+  // Differences of a fraction of a point give some lines one word more.
   require(std::abs(lines - pango.linesOfPage(page())) <= 0.02 * lines, "the lines of a page");
   for (auto _ : state) benchmark::DoNotOptimize(nk_splitStringMaxWidth(text, pageWidth, *font()));
 }

@@ -1,4 +1,5 @@
-// benchmarks/platform/dispatch/Apply_benchmark.cpp - loops whose rounds run side by side, beside OpenMP's guided loops.
+// benchmarks/platform/dispatch/Apply_benchmark.cpp - loops whose rounds run in parallel, compared with OpenMP's guided
+// loops.
 //
 // Every run is compared with the plain loop's answer.
 //
@@ -7,7 +8,8 @@
 //   2 empty rounds                 0.65 us, OpenMP 6 to 2,750 us
 //   64 rounds of 26 us             1.74 ms, OpenMP 4.1 ms, plain loop 1.68 ms; processor time of the caller 0.89 ms,
 //                                  OpenMP 1.96 ms
-//   1,000,000 rounds of 1 ns       3.2 ms, OpenMP 4.0 ms, plain loop 1.4 ms: what only touches memory gains nothing
+//   1,000,000 rounds of 1 ns       3.2 ms, OpenMP 4.0 ms, plain loop 1.4 ms: work that only touches memory gains
+//   nothing
 #include "NorvikCore/platform/dispatch/Apply.h"
 
 #include <benchmark/benchmark.h>
@@ -62,7 +64,7 @@ std::vector<std::uint64_t> run(std::size_t rounds, int steps) {
   return results;
 }
 
-/// Rounds, and steps of work in each.
+/// Runs a number of rounds, with a number of steps of work in each.
 template <class Loop>
 void loops(benchmark::State& state) {
   const auto rounds = static_cast<std::size_t>(state.range(0));

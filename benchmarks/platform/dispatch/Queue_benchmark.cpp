@@ -1,7 +1,7 @@
-// benchmarks/platform/dispatch/Queue_benchmark.cpp - posting to a serial queue and running there, beside an asio strand
-// on a pool of two threads.
+// benchmarks/platform/dispatch/Queue_benchmark.cpp - posting to a serial queue and running there, compared with an asio
+// strand on a pool of two threads.
 //
-// Every run counts its tasks; one that lost or repeated a task ends the program.
+// Every run counts its tasks; if a task is lost or repeated, the program ends.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5), g++ 12.2, -O2;
 // medians of 7 or 9 runs:
@@ -40,7 +40,7 @@ void require(bool right, const char* what) {
   std::exit(1);
 }
 
-/// Calls `post` taskCount times, from that many threads.
+/// Calls `post` taskCount times in all, from `producers` threads.
 template <class Post>
 void produce(int producers, const Post& post) {
   const auto run = [&] {
@@ -82,7 +82,7 @@ void syncOurs(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// The strand's own thread: asio runs a task in place only there.
+/// Runs on the strand's own thread, because asio runs a task in place only there.
 void syncAsio(benchmark::State& state) {
   boost::asio::thread_pool pool(2);
   auto strand = boost::asio::make_strand(pool.get_executor());
@@ -96,7 +96,8 @@ void syncAsio(benchmark::State& state) {
   require(count == static_cast<long>(state.iterations()), "every task runs once");
 }
 
-/// What one call costs its caller when it comes every 200 microseconds: median and 99th percentile in nanoseconds.
+/// The cost of one call for its caller if there is one every 200 microseconds: median and 99th percentile, in
+/// nanoseconds.
 template <class Post>
 void pacedCalls(benchmark::State& state, const Post& post) {
   std::vector<double> costs;
@@ -136,7 +137,7 @@ double processorTime() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// What an idle process uses after its last task, in percent of a processor.
+/// The processor time of an idle process after its last task, in percent of a processor.
 void idleOurs(benchmark::State& state) {
   for (auto _ : state) {
     dispatch_async(dispatch_get_global_queue(), [] {});

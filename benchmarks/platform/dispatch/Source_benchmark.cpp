@@ -1,17 +1,18 @@
 // benchmarks/platform/dispatch/Source_benchmark.cpp - 100,000 and a million one-shot timers, set in a mixed order,
-// fired or cancelled, beside asio's steady_timer; and how late timers are.
+// fired or cancelled, compared with asio's steady_timer; and how late timers are.
 //
-// Every run counts what has fired and what was cancelled, and asks whether a timer came early.
+// Every run counts the timers that fired and that were cancelled, and checks that no timer fired early.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5), g++ 12.2, -O2;
-// medians of 7 runs in random order, nanoseconds for each timer; ours takes a mutex, a queue and two other threads
-// where asio's loop has one:
-//   100,000    set 144 and fire 673, asio 172 and 818 (0.82 of its time); until all have been told of their cancelling
-//              450, asio 480 (set and cancel 0.74)
+// medians of 7 runs in random order, nanoseconds for each timer; ours involves a mutex, a queue and two other threads,
+// asio one loop:
+//   100,000    set 144 and fire 673, asio 172 and 818 (0.82 of its time); until all handlers were notified of the
+//              cancellation 450, asio 480 (set and cancel 0.74)
 //   1,000,000  set 131 and fire 1,400, asio 210 and 1,629 (0.83); cancel 428, asio 400 (0.97)
-//   lateness, 99th percentile, before all other work of the machine (chrt -f 1, three runs): 100,000 in a second 24 to
-//              26 us, asio 15 to 18 us; 10,000 in a second 30 to 36 us, asio 18 to 29 us. In turn with other work at
-//              load 5 it is what the others' turns last: 4 to 8 ms, asio 4 to 6 ms
+//   lateness, 99th percentile, with a priority above all other work of the machine (chrt -f 1, three runs): 100,000 in
+//   a
+//              second 24 to 26 us, asio 15 to 18 us; 10,000 in a second 30 to 36 us, asio 18 to 29 us. At equal
+//              priority with other work at load 5 it is as long as that work runs: 4 to 8 ms, asio 4 to 6 ms
 #include "NorvikCore/platform/dispatch/Source.h"
 
 #include <benchmark/benchmark.h>
@@ -37,14 +38,14 @@ void require(bool right, const char* what) {
   std::exit(1);
 }
 
-/// Where in the order of deadlines the timer that is armed as number `i` stands.
+/// The place in the order of deadlines of the timer that is set as number `i`.
 int slotOf(int i, int timers) { return static_cast<int>(static_cast<long>(i) * 7919 % timers); }
 
 double secondsBetween(Clock::time_point from, Clock::time_point to) {
   return std::chrono::duration<double>(to - from).count();
 }
 
-/// Nanoseconds for each timer, of two steps; the benchmark's own time is both together.
+/// Reports the nanoseconds per timer of two steps; the benchmark's own time is their sum.
 void report(benchmark::State& state, const char* first, double firstSeconds, const char* second, double secondSeconds) {
   const auto timers = static_cast<double>(state.range(0));
   state.SetIterationTime(firstSeconds + secondSeconds);
@@ -62,7 +63,7 @@ std::vector<dispatch_source_t> makeSources(int timers, const dispatch_queue_t& q
   return sources;
 }
 
-/// Sets each timer to `base` and its slot, a nanosecond each.
+/// Sets each timer to `base` plus its slot in nanoseconds.
 void armOurs(const std::vector<dispatch_source_t>& sources, Clock::time_point base) {
   const auto first = static_cast<dispatch_time_t>(base.time_since_epoch().count());
   const int timers = static_cast<int>(sources.size());
@@ -81,13 +82,13 @@ void armAsio(std::deque<boost::asio::steady_timer>& timers, Clock::time_point ba
   }
 }
 
-/// Long enough to set them all before the first is due, on a busy machine too.
+/// Long enough to set all timers before the first is due, also on a busy machine.
 std::chrono::milliseconds leadTime(const benchmark::State& state) {
   return std::chrono::milliseconds(100 + state.range(0) / 300);
 }
 
-/// Deadlines a nanosecond apart: when the first timer can fire, all are due after a millisecond at most. What counts is
-/// the work.
+/// Deadlines are a nanosecond apart: when the first timer can fire, all are due within a millisecond. So the result is
+/// the time of the work.
 void fireOurs(benchmark::State& state) {
   const int timers = static_cast<int>(state.range(0));
   auto queue = dispatch_queue_create("benchmark");
@@ -130,7 +131,8 @@ void fireAsio(benchmark::State& state) {
   }
 }
 
-/// Timers of an hour that are cancelled in another order than that of their deadlines, until each has said so.
+/// Timers of an hour are cancelled in another order than that of their deadlines. Measures until each handler was
+/// called.
 void cancelOurs(benchmark::State& state) {
   const int timers = static_cast<int>(state.range(0));
   auto queue = dispatch_queue_create("benchmark");
@@ -169,7 +171,8 @@ void cancelAsio(benchmark::State& state) {
   }
 }
 
-/// Timers over one second, in a mixed order: how late their handlers run, median and 99th percentile in microseconds.
+/// Timers are spread over one second, in a mixed order. Measures how late their handlers run: median and 99th
+/// percentile in microseconds.
 Clock::time_point dueOf(Clock::time_point base, int i, int timers) {
   return base + std::chrono::nanoseconds(std::chrono::seconds(1)) / timers * slotOf(i, timers);
 }

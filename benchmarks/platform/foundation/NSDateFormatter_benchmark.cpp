@@ -1,5 +1,5 @@
-// A kept date formatter beside ICU's own kept formatter on the same pattern, and calendar fields in London beside ICU's
-// calendar.
+// Compares a date formatter that is kept with ICU's own kept formatter on the same pattern, and calendar fields in
+// London with ICU's calendar.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns,
 // medians of 7 interleaved runs:
@@ -33,7 +33,7 @@ using norvik::Ref;
 
 constexpr std::size_t count = 1024;
 
-/// A pay year of instants in whole milliseconds, in order as a log has them or shuffled as a list of records has them.
+/// A pay year of instants in whole milliseconds: in order, as in a log, or shuffled, as in a list of records.
 std::vector<Date> dates(bool inOrder) {
   std::mt19937_64 random(1);
   std::vector<Date> result(count);

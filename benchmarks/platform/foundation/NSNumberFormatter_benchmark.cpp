@@ -1,5 +1,5 @@
-// A kept number formatter beside ICU's own kept formatter on the same pattern, writing and reading, with what a user of
-// either has in hand: a Decimal and an NSString, a double and UTF-8 characters.
+// Compares a number formatter that is kept with ICU's own kept formatter on the same pattern, writing and reading. Each
+// uses its natural types: a Decimal and an NSString, a double and UTF-8 characters.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns,
 // medians of 7 interleaved runs:
@@ -33,7 +33,7 @@ using norvik::Ref;
 
 constexpr std::size_t count = 1024;
 
-/// One number as either side has it.
+/// One number in the types of both sides.
 struct Number {
   Decimal decimal;
   double real;
@@ -71,7 +71,7 @@ double icuNumber(const icu::DecimalFormat& format, const std::string& text) {
   return result.getDouble(status);
 }
 
-/// Amounts of up to 10 million with `places` digits behind the point, a tenth of them negative.
+/// Amounts of up to 10 million with `places` digits after the point, a tenth of them negative.
 std::vector<Number> numbers(const NSNumberFormatter& formatter, int places) {
   std::mt19937_64 random(1);
   std::vector<Number> result(count);

@@ -1,8 +1,8 @@
-// Decimal on money operands beside std::decimal::decimal128 (g++ only) and Boost's cpp_dec_float<38>, and a running sum
-// beside a loop over int64.
+// Compares Decimal on money operands with std::decimal::decimal128 (g++ only) and Boost's cpp_dec_float<38>, and a
+// running sum with a loop over int64.
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; ns per
-// operation, medians of 21 interleaved runs, and the ratios that count:
+// operation, medians of 21 interleaved runs, and the ratios:
 //   add 6.9, decimal128 39 (5.5)               compare 4.9, decimal128 22 (4.4)
 //   multiply 4.4, decimal128 78 (17)           divide 49, decimal128 165 (3.3)
 //   round to 2 places 20, decimal128 144 (7)   add amount and rate 17, decimal128 44 (2.5)
@@ -39,7 +39,7 @@ using CppDecFloat =
 constexpr std::size_t count = 1024;
 constexpr std::size_t million = 1'000'000;
 
-/// One amount as every type has it.
+/// The same amounts in every type.
 struct Amounts {
   std::vector<std::int64_t> pennies;
   std::vector<Decimal> decimal;
@@ -49,7 +49,7 @@ struct Amounts {
   std::vector<std::decimal::decimal128> standard;
 #endif
 
-  /// Amounts of 0.01 to 99,999.99, a tenth of them negative; rates of four places where asked.
+  /// Amounts of 0.01 to 99,999.99, a tenth of them negative; rates of four places if `rates` is true.
   Amounts(std::size_t size, std::uint64_t seed, bool rates = false) {
     std::mt19937_64 random(seed);
     for (std::size_t i = 0; i < size; ++i) {
@@ -90,7 +90,7 @@ void require(const char* subject, const Decimal& ours, const CppDecFloat& peer) 
   if (abs(mine - peer) > abs(peer) * CppDecFloat("1e-36")) fail(subject, ours.stringValue(), peer.str());
 }
 
-/// Every operation on every pair, before anything is timed.
+/// Checks every operation on every pair before anything is timed.
 void checkAnswers() {
   const norvik::NSDecimalNumberHandler places({.scale = 2});
   for (std::size_t i = 0; i < count; ++i) {
@@ -115,7 +115,7 @@ void checkAnswers() {
   }
 }
 
-/// Times `operation(a, b)` over all pairs; figures are per operation.
+/// Times `operation(a, b)` over all pairs; the figures are per operation.
 template <class A, class B, class Operation>
 void run(benchmark::State& state, const std::vector<A>& a, const std::vector<B>& b, Operation operation) {
   while (state.KeepRunningBatch(count)) {
@@ -163,7 +163,7 @@ void registerRounding() {
   static std::vector<std::decimal::decimal128> standard;
   for (std::size_t i = 0; i < count; ++i) standard.push_back(first().standard[i] * rates().standard[i]);
   benchmark::RegisterBenchmark("round to 2 places/decimal128", [](benchmark::State& state) {
-    // The type has no operation for it. Beyond 34 digits it rounds: adding and taking away 10^32 leaves two places.
+    // The type has no operation for it. It rounds beyond 34 digits, so adding and subtracting 10^32 leaves two places.
     const auto shift = std::decimal::make_decimal128(1LL, 31) * std::decimal::make_decimal128(5LL, 0);
     run(state, standard, standard, [&](const auto& a, const auto&) { return (a + shift) - shift; });
   });

@@ -32,7 +32,7 @@ using ::testing::IsEmpty;
 
 constexpr std::uint64_t second = NSEC_PER_SEC;
 
-/// Keeps texts, and writes down each hook: "save a b", "delete", "save a b and delete".
+/// Buffers texts, and records each hook: "save a b", "delete", "save a b and delete".
 class HookLogger : public DDAbstractDatabaseLogger {
   NK_OBJECT(HookLogger, DDAbstractDatabaseLogger)
 
@@ -70,7 +70,7 @@ class HookLogger : public DDAbstractDatabaseLogger {
   bool isStoreOpen = true;
 };
 
-/// A logger on a manual clock, which is added unless a test says otherwise.
+/// A logger with a manual clock. It is added by add().
 class DDAbstractDatabaseLoggerTest : public test::CleanDDLog {
  protected:
   void SetUp() override {
@@ -87,7 +87,7 @@ class DDAbstractDatabaseLoggerTest : public test::CleanDDLog {
     settle();
     (void)seen();
   }
-  /// Runs it on the logger's queue.
+  /// Calls `f` on the logger's queue.
   template <class F>
   auto there(F&& f) {
     return dispatch_sync(logger_->loggerQueue(), std::forward<F>(f));
@@ -98,12 +98,12 @@ class DDAbstractDatabaseLoggerTest : public test::CleanDDLog {
   void logCount(int count) {
     for (int i = 0; i < count; ++i) say("m", LOG_FLAG_ERROR, false);
   }
-  /// Waits for what was asked of the logger.
+  /// Waits until the logger has done what it was asked to do.
   void finish() {
     dispatch_sync(DDLog::loggingQueue(), [] {});
     there([] {});
   }
-  /// What the hooks wrote down since this was asked the last time.
+  /// The hooks that were called since the last call of this.
   std::vector<std::string> seen() {
     finish();
     const std::vector<std::string> all = logger_->events.all();
@@ -308,7 +308,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, TheIntervalCountsFromTheFirstUnsavedEntryAl
   logTexts({"b"});
   EXPECT_THAT(after(1 * second), ElementsAre("save a b"));
   EXPECT_THAT(after(30 * second), IsEmpty());
-  logTexts({"c"});  // periods that passed while the timer was suspended do not count
+  logTexts({"c"});  // periods do not count while the timer is suspended
   EXPECT_THAT(after(60 * second - 1), IsEmpty());
   EXPECT_THAT(after(1), ElementsAre("save c"));
 }
@@ -380,7 +380,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, PeriodsMissedWhileTheQueueWasBusyAreOneSave
 TEST_F(DDAbstractDatabaseLoggerTest, TwoTimersDueTogetherAreBothHandledTheOneSetFirstBeforeTheOther) {
   add();
   EXPECT_THAT(after(240 * second), IsEmpty());
-  logTexts({"a"});  // due at 300, like the deletion, which was set when the logger was added
+  logTexts({"a"});  // due at 300 s, as is the deletion, whose timer was set earlier: when the logger was added
   EXPECT_THAT(after(60 * second), ElementsAre("delete", "save a"));
 }
 
@@ -498,7 +498,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, AskingForASaveDoesNotWaitForTheLoggingQueue
   });
 }
 
-// Life
+// Lifetime
 
 TEST_F(DDAbstractDatabaseLoggerTest, RemovalSavesAndEndsBothTimers) {
   add();
@@ -553,7 +553,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, ALoggerThatIsDestroyedStopsItsTimersAndDoes
   EXPECT_EQ(saved, "");
 }
 
-// Hooks that ask for saves and deletions
+// Hooks that request saves and deletions
 
 TEST_F(DDAbstractDatabaseLoggerTest, ASaveAskedForWithinALogIncludesItsEntry) {
   add();
@@ -580,7 +580,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, ADeletionWithinADeletionIsTheSameUnlessTheA
   there([this] {
     logger_->onDelete = [this] {
       logger_->deleteOldLogEntries();
-      logger_->setMaxAge(3600);  // the second time it is that already
+      logger_->setMaxAge(3600);  // no change in the second deletion
     };
   });
   logger_->deleteOldLogEntries();
@@ -600,7 +600,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, ASaveAskedForWithinADeletionFollowsIt) {
   EXPECT_THAT(seen(), ElementsAre("delete", "end of deletion", "save a"));
 }
 
-// A store that does not take the entries
+// A store that refuses the entries
 
 TEST_F(DDAbstractDatabaseLoggerTest, WhatCouldNotBeSavedIsSavedAgainAfterAnotherInterval) {
   add();
@@ -717,7 +717,7 @@ TEST_F(DDAbstractDatabaseLoggerTest, AnotherExceptionPassesAndLosesNoEntry) {
 
 // Runs of messages
 
-/// Logs without waiting, while the logging queue is held: the messages come as one run.
+/// Logs asynchronously while the logging queue is held, so that the messages come as one run.
 void logAsOneRun(const std::vector<std::string>& texts) {
   dispatch_sync(DDLog::loggingQueue(), [&] {
     for (const std::string& text : texts) say(NSString(text));

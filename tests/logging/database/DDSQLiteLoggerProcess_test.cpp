@@ -1,4 +1,4 @@
-// What processes that end, and that share a file, leave in it: sqlite_child.cpp is their program.
+// The content of a file after processes that end, or that share the file; sqlite_child.cpp is their program.
 #include "tests/support/ChildProgram.h"
 #include "tests/support/ForeignDatabase.h"
 #include "tests/support/TemporaryFolder.h"

@@ -44,7 +44,7 @@ unsigned permissionsOf(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-/// A logger to a fresh folder, which is added.
+/// A logger that writes to a new folder, and is added.
 class DDSQLiteLoggerTest : public test::CleanDDLog {
  protected:
   void SetUp() override {
@@ -61,20 +61,20 @@ class DDSQLiteLoggerTest : public test::CleanDDLog {
     DDLog::addLogger(logger_);
     settle();
   }
-  /// What the query gives, the columns and rows one after the other.
+  /// The result of the query: the columns and rows, one after the other.
   std::string query(const char* sql) { return ForeignDatabase(path_).run(sql); }
   std::string texts() { return query("SELECT text || '|' FROM entry ORDER BY id"); }
-  /// Logs and saves.
+  /// Logs the text and saves it.
   void save(const std::string& text) {
     say(NSString(text));
     DDLog::flushLog();
   }
-  /// Returns when the logger has done what it does at its removal.
+  /// Removes the logger; returns when it has done its work for the removal.
   void remove() {
     clean();
     dispatch_sync(logger_->loggerQueue(), [] {});
   }
-  /// Every entry becomes older.
+  /// Makes every entry older.
   void age(int seconds) { query(("UPDATE entry SET time = time - " + std::to_string(seconds)).c_str()); }
 
   TemporaryFolder folder_;
@@ -377,7 +377,8 @@ TEST_F(DDSQLiteLoggerTest, TwoLoggersMayShareAFile) {
 
 // Failures
 
-/// The logger keeps what it cannot write to a path, says why once, and writes it once the path is right.
+/// An obstacle at the path of the file. The logger keeps its entries meanwhile, reports the reason once, and writes the
+/// entries when the obstacle is removed.
 struct Obstacle {
   const char* what;
   std::string reason;
@@ -450,7 +451,7 @@ TEST_F(DDSQLiteLoggerTest, AFileThatMayNotBeWrittenKeepsTheEntriesUntilItMay) {
   RUN_IN_CHILD({
     if (geteuid() == 0 && !test::becomeUserWithoutRights(folder_.path())) return;
     save("a");
-    remove();  // what is open can be written to, whatever becomes of its permissions
+    remove();  // an open file could still be written to, independent of its permissions
     chmod(path_.c_str(), 0400);
     add(path_);
     EXPECT_EQ(consoleOf([this] { save("b"); }).size(), 1U);
@@ -498,7 +499,7 @@ TEST_F(DDSQLiteLoggerTest, WhatComesWhenTheBufferIsFullIsLostCountedAndReportedO
   EXPECT_EQ(logger_->lostEntryCount(), 7U);
 }
 
-// Not in the fixture: a thread that was started before would not see the mount.
+// Not in the fixture, because a thread that was started earlier would not see the mount.
 TEST(DDSQLiteLoggerDisk, AFullDiskKeepsTheBuffer) {
   if (!test::PrivateMount::isAllowed("tmpfs")) GTEST_SKIP() << "this user may not mount";
   RUN_IN_CHILD({

@@ -1,5 +1,5 @@
-// tests/logging/database/sqlite_child.cpp - a process that logs to the database of its second argument and ends in the
-// way its first one says. DDSQLiteLoggerProcess_test.cpp looks at what is left.
+// tests/logging/database/sqlite_child.cpp - a process that logs to the database of its second argument, and ends in the
+// way that its first argument names. DDSQLiteLoggerProcess_test.cpp checks the results.
 #include "NorvikCore/logging/DDLog.h"
 #include "NorvikCore/logging/database/DDSQLiteLogger.h"
 
@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
   const std::string ending = argv[1];
   const auto logger = DDSQLiteLogger::initWithPath(argv[2]);
   DDLog::addLogger(logger);
-  if (ending == "killed") {  // until then, 100 entries a save
+  if (ending == "killed") {  // saves batches of 100 entries until then
     logger->setSaveThreshold(100);
     say("entry", 0, 1000);
     DDLog::flushLog();
@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     std::exit(0);
   } else if (ending == "return") {
     say("entry", 0, 50);
-  } else if (ending == "shares") {  // with other processes
+  } else if (ending == "shares") {  // the file, with other processes
     logger->setSaveThreshold(10);
     say(argv[3], 0, 1000);
     DDLog::flushLog();

@@ -23,7 +23,7 @@ bool appendText(std::string& texts, const DDLogMessage& message, DDLogFormatter*
   return true;
 }
 
-/// Takes back what was appended, unless it is kept.
+/// Removes what was appended, unless keep() is called.
 class Appended {
  public:
   explicit Appended(std::string& texts) noexcept : texts_(&texts), size_(texts.size()) {}
@@ -82,13 +82,13 @@ EntryBuffer::Outcome EntryBuffer::append(const Source& source, DDLogFormatter* f
 std::uint32_t EntryBuffer::append(const char* text) { return text ? append(std::string_view(text)) : absent; }
 
 std::uint32_t EntryBuffer::append(std::string_view text) {
-  constexpr std::size_t longest = 1 << 20;  // of a name; what is longer is cut
+  constexpr std::size_t longest = 1 << 20;  // longest name; the rest is cut
   const std::size_t begin = texts_.size();
   texts_ += text.substr(0, longest);
   return static_cast<std::uint32_t>(cleanFrom(begin));
 }
 
-/// Returns how many bytes there are from `begin` on afterwards.
+/// Makes the bytes from `begin` on valid UTF-8; returns their new number.
 std::size_t EntryBuffer::cleanFrom(std::size_t begin) {
   const std::string_view added = std::string_view(texts_).substr(begin);
   if (!utf8::isAscii(added) && !utf8::isValid(added)) {

@@ -1,13 +1,13 @@
-// NorvikCore/logging/database/internal/EntryBuffer.h - entries on their way to a database: their numbers, and copies of
-// their texts, which end up in valid UTF-8.
+// NorvikCore/logging/database/internal/EntryBuffer.h - a buffer of entries for a database: their numbers, and copies of
+// their texts in valid UTF-8.
 //
 //   EntryBuffer buffer(16 << 20);
 //   if (buffer.add(entry, formatter) == EntryBuffer::Outcome::noRoom) ++lost;
 //   buffer.forEach([](const StoredEntry& stored) { insert(stored); return true; });
 //   buffer.clear();
 //
-// Bytes that are no UTF-8 become U+FFFD, since one of them would have a database refuse the whole batch. A buffer is
-// full when its bytes have reached its limit, so that it holds one entry in any case.
+// Bytes that are not UTF-8 become U+FFFD, because a database would refuse the whole batch for one of them. A buffer is
+// full when its bytes have reached its limit, so it always has room for one entry.
 //
 // Threads: confined.
 #pragma once
@@ -28,7 +28,7 @@ struct StoredEntry {
   std::int32_t level, context, line;
   std::uint32_t thread;
   std::string_view queue;
-  std::string_view file, function;  // without an address where there is none
+  std::string_view file, function;  // with a null data() if there is none
   std::string_view text;
 };
 
@@ -38,19 +38,20 @@ class NK_EXPORT EntryBuffer {
 
   explicit EntryBuffer(std::size_t limit) noexcept : limit_(limit) {}
 
-  /// The formatter may be null. `dropped` is its answer that the message is not to be logged. `noRoom` also means that
-  /// there is no memory for it.
+  /// The formatter may be null. `dropped` means that the formatter dropped the message. `noRoom` also means that there
+  /// was no memory.
   [[nodiscard]] Outcome add(const DDLogEntry& entry, DDLogFormatter* formatter);
   [[nodiscard]] Outcome add(const DDLogMessage& message, DDLogFormatter* formatter);
 
   [[nodiscard]] std::size_t count() const noexcept { return rows_.size(); }
-  /// What the entries take of memory.
+  /// The bytes of memory that the entries take.
   [[nodiscard]] std::size_t bytes() const noexcept { return texts_.size() + rows_.size() * sizeof(Row); }
   [[nodiscard]] std::size_t limit() const noexcept { return limit_; }
   void setLimit(std::size_t bytes) noexcept { limit_ = bytes; }
   [[nodiscard]] bool isFull() const noexcept { return count() > 0 && bytes() >= limit_; }
 
-  /// In the order of their coming, until `use(const StoredEntry&)` gives false; gives what it gave last.
+  /// Calls `use(const StoredEntry&)` for each entry, in the order of their arrival, until it returns false. Returns the
+  /// last result.
   template <class Use>
   bool forEach(Use use) const {
     const char* text = texts_.data();
@@ -59,7 +60,7 @@ class NK_EXPORT EntryBuffer {
     }
     return true;
   }
-  /// Keeps the memory of usual amounts.
+  /// Removes all entries. Keeps the memory unless it is unusually large.
   void clear();
 
  private:
@@ -93,7 +94,7 @@ class NK_EXPORT EntryBuffer {
 
   std::size_t limit_;
   std::vector<Row> rows_;
-  std::string texts_;  // of each row: queue, file, function, text
+  std::string texts_;  // the queue, file, function and text of each row
 };
 
 }  // namespace norvik::detail

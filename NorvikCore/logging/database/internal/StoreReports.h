@@ -1,10 +1,10 @@
-// NorvikCore/logging/database/internal/StoreReports.h - what a logger says on the system console of the store that does
-// not take its entries: each cause once, and how many entries were lost, once the store takes them again.
+// NorvikCore/logging/database/internal/StoreReports.h - a logger's reports on the system console about a store that
+// does not take its entries: each cause once, and the number of lost entries when the store takes entries again.
 //
 //   StoreReports reports("DDSQLiteLogger", path);
 //   reports.failed("the disk is full");    // one line; no other until the cause changes
 //   reports.lost();                        // one line with the first
-//   reports.worked();                      // one line with the number, where any were lost
+//   reports.worked();                      // one line with the number, if entries were lost
 //
 // Threads: confined.
 #pragma once
@@ -18,25 +18,25 @@ namespace norvik::detail {
 
 class NK_EXPORT StoreReports {
  public:
-  /// `store` is how the console names the store.
+  /// `store` is the name of the store on the console.
   StoreReports(const char* logger, std::string store);
   StoreReports(const StoreReports&) = delete;
   StoreReports& operator=(const StoreReports&) = delete;
-  /// Says how many were lost, if that was not said yet.
+  /// Reports the number of lost entries, if that was not reported yet.
   ~StoreReports();
 
   void failed(const std::string& reason);
   /// An entry was lost because the buffer is full.
   void lost();
-  /// Entries were lost because the store refuses them whenever they are sent, such as one that is too long.
+  /// Entries were lost because the store refuses them at every attempt, such as an entry that is too long.
   void refused(std::uint64_t entries, const std::string& reason);
   void worked();
   void failedToDelete(const std::string& reason);
-  /// In a child made by fork(): what failed before is the parent's.
+  /// In a child made by fork(): drops the failures of the parent.
   void forget() noexcept;
 
   [[nodiscard]] bool isFailing() const noexcept { return !failure_.empty(); }
-  /// All that were lost since this was made.
+  /// The number of entries lost since this object was created.
   [[nodiscard]] std::uint64_t lostCount() const noexcept { return lostCount_; }
 
  private:
@@ -44,10 +44,10 @@ class NK_EXPORT StoreReports {
 
   const char* const logger_;
   const std::string store_;
-  std::string failure_;        // as it was said last; empty: the store works
-  std::string deleteFailure_;  // the same of deleting
+  std::string failure_;        // the last reported cause; empty: the store works
+  std::string deleteFailure_;  // the last reported cause of a failed deletion
   std::uint64_t lostCount_ = 0;
-  std::uint64_t unsaidCount_ = 0;  // of them, those whose number was not said yet
+  std::uint64_t unsaidCount_ = 0;  // the part of lostCount_ that was not reported yet
 };
 
 }  // namespace norvik::detail
