@@ -69,8 +69,7 @@ enum TSKDeadlockBehavior : std::int64_t {
   TSKDeadlockSkip = 1,           ///< the block is not run
   TSKDeadlockSkipAndLog = 2,     ///< the block is not run, and a line on the system console reports it
   TSKDeadlockReserved = 3,       ///< as TSKDeadlockSkip
-  TSKDeadlockNoCheck =
-      4,  ///< the stack is not checked: the block waits for its turn, and may wait until the process ends
+  TSKDeadlockNoCheck = 4,        ///< the stack is not checked; the block may wait until the process ends
 };
 
 /// The effect of scheduling on a pending timer of the same name.
