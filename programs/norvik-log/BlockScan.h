@@ -60,7 +60,7 @@ class BlockScan {
 [[nodiscard]] const char* endOfRecord(const char* at, const char* end) noexcept;
 /// The start of the last line that begins with a time, after `begin`; `begin` if there is none.
 [[nodiscard]] const char* lastHead(const char* begin, const char* end) noexcept;
-/// The record of which the continuation lines of `record` are a part.
+/// A record that continues `record`: it has the time, level, line, names and source of `record`, but no bytes yet.
 [[nodiscard]] Record continuationOf(const Record& record);
 /// A record of a block, with its time.
 [[nodiscard]] Record timedRecord(std::string_view bytes, const HeadTime& time, WallClock& clock,

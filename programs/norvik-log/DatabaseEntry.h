@@ -27,8 +27,8 @@ struct DatabaseEntry {
 /// Adds the entry if the filter admits it.
 void addEntry(const DatabaseEntry& entry, FilterCheck& check, std::string_view source, Batch& batch);
 
-/// A log in a database. Its entries come in the order of their numbers, or by time if the filter has times. Used by one
-/// thread at a time.
+/// A log in a database. The entries of a server come by time. Those of an SQLite database come in the order of their
+/// numbers, or by time if the filter has times. Used by one thread at a time.
 class DatabaseSource : public LogSource {
  public:
   /// Makes next() look for entries that were added since it returned false.

@@ -64,8 +64,8 @@ void GrowingFile::close() noexcept {
 
 void GrowingFile::rest() noexcept {
   isResting_ = true;
-  // The file may have grown since it was read to its end, and may be removed before it is opened again. So it is read
-  // once more before it is closed.
+  // A file that was read to its end stays open until it is read once more, because it may have grown since, and may be
+  // removed before it could be opened again.
   if (std::exchange(mayHaveMore_, true)) close();
 }
 

@@ -14,9 +14,9 @@ namespace norvik_log {
 
 [[nodiscard]] bool isLogFileName(const std::string& name) noexcept;
 
-/// The paths of a folder's log files, in the order of their start. A file's start is the time of its first message, or
-/// the file's creation if that has no time. An entry that is not a regular file is reported and left out. Throws
-/// std::system_error.
+/// The paths of a folder's log files, in the order of their start. A file's start is the time of its first line, or the
+/// file's creation if that line does not begin with a time. An entry that is not a regular file is reported and left
+/// out. Throws std::system_error.
 [[nodiscard]] std::vector<std::string> logFilesIn(const std::string& folder, const WallClock& logClock,
                                                   Troubles& troubles);
 

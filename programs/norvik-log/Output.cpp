@@ -87,7 +87,7 @@ void appendJsonString(std::string& result, std::string_view text) {
             !command.empty()) {
           std::string visible;
           appendVisible(visible, command, LineFeeds::Escaped);
-          // A character of two bytes is shown as \x and two digits.
+          // appendVisible() writes a character of two bytes as \x and two digits, which JSON does not allow.
           result += command.size() == 2 ? "\\u00" + visible.substr(2) : visible;
           at += command.size() - 1;
         } else {

@@ -231,7 +231,8 @@ void PostgresSource::connect() {
 /// before the look, except those of the transactions that the look found.
 void PostgresSource::beginReading() {
   isFetching_ = false;
-  // While another client locks the table, the statements together wait no longer than the patience.
+  // The server gives up a locked table before the patience ends, so that new attempts do not leave more and more
+  // transactions that wait for the lock.
   const auto lockPatience = std::chrono::milliseconds(reading_.patience) * 9 / 10;
   connection_->run("BEGIN TRANSACTION ISOLATION LEVEL READ COMMITTED READ ONLY; SET LOCAL lock_timeout = " +
                    std::to_string(lockPatience.count()));

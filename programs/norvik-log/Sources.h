@@ -12,8 +12,8 @@ namespace norvik_log {
 
 enum class SourceKind { File, Folder, Sqlite, Postgres };
 
-/// Decides by the first bytes of a file. A path that cannot be examined counts as a file, and opening it reports the
-/// error.
+/// Decides by the beginning of an address, or by the first bytes of a file. A path that cannot be examined counts as a
+/// file, and opening it reports the error.
 [[nodiscard]] SourceKind kindOfSource(const std::string& name);
 
 /// `name` must outlive the source and its records.

@@ -34,7 +34,7 @@ WallClock::Instants WallClock::instants(std::int64_t wallTime) {
     const auto start = norvik::Date::dateWithTimeIntervalSince1970(static_cast<double>(from / 1000));
     const auto change = zone_->nextDaylightSavingTimeTransitionAfterDate(start);
     if (change && change->timeIntervalSince1970() * 1000 <= static_cast<double>(to)) {
-      // Several changes within these days are rare. The offset after the first change is the one before the next.
+      // Several changes within these days are rare, so only the first one is considered.
       const auto changed = static_cast<std::int64_t>(change->timeIntervalSince1970() * 1000);
       return instantsNearChange(wallTime, before, offsetSeconds(changed));
     }

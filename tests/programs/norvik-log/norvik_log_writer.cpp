@@ -4,11 +4,11 @@
 //   norvik_log_writer line|default FOLDER [MAXIMUM-FILE-SIZE [NUMBER-OF-FILES]]
 //
 //   log LEVEL TEXT      a message; \n in the text is a line feed
-//   many COUNT TEXT     as many messages, with a number behind the text
-//   thread NAME TEXT    a message of a thread of that name
-//   at SECONDS TEXT     a message of that time since 1970, with nine digits behind the point
-//   roll now            another file from here on
-//   tick now            waits until a file that is made has another time
+//   many COUNT TEXT     COUNT messages, with a number after the text
+//   thread NAME TEXT    a message from a thread of that name
+//   at SECONDS TEXT     a message of that time since 1970, with nine digits after the point
+//   roll now            starts another file
+//   tick now            waits until a new file would have another time
 //
 // It answers each command with "done" when the message is in the file. If the variable NORVIK_LOG_WRITER_SQLITE has a
 // path, or NORVIK_LOG_WRITER_POSTGRES a connection string of libpq, it also logs to these databases.
