@@ -41,7 +41,7 @@ template <class Predicate>
   return count;
 }
 
-// The collection operators @sum, @avg, @max and @min over the values, for the key of each.
+// The results of the collection operators @sum, @avg, @max and @min for the key of each value.
 [[nodiscard]] NK_EXPORT Decimal linq_sumForKey(const NSDictionary& receiver, const NSString& key);
 [[nodiscard]] NK_EXPORT Decimal linq_avgForKey(const NSDictionary& receiver, const NSString& key);
 [[nodiscard]] NK_EXPORT Value linq_maxForKey(const NSDictionary& receiver, const NSString& key);
