@@ -88,7 +88,6 @@ enum TSKTimerBehavior : std::int64_t {
 /// which grows and shrinks with the stack. It is created at the first request, and the deadlock check uses it from then
 /// on. It lives as long as the outermost block, or longer if a Ref retains it. It belongs to the block, not to the
 /// queue, so dispatch_queue_get_specific() does not find it.
-/// from then on.
 extern NK_EXPORT const void* const TSKIsCurrentKey;
 extern NK_EXPORT const void* const TSKQueueStackKey;
 
