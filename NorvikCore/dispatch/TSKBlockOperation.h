@@ -1,19 +1,20 @@
-// NorvikCore/dispatch/TSKBlockOperation.h - a block that runs once in the background, and whose end any thread can wait
-// for.
+// NorvikCore/dispatch/TSKBlockOperation.h - a block that runs once in the background. Any thread can wait for its end.
 //
 //   auto reports = TSKBlockOperation::dispatchedOperationWithQueue(payroll, [] { writeReports(); });
 //   ...
 //   reports->waitUntilFinished();
 //
-// The operation has a queue of its own, whose one block runs the closure on the target queue by
-// dispatchSynchronously(), so where the target refuses, the closure is skipped and the operation finished all the same.
+// The operation has its own queue. The only block of that queue runs the closure on the target queue by
+// dispatchSynchronously(). If the target refuses the closure, the closure is skipped and the operation is finished
+// nevertheless.
 //
-// Never wait on a serial target queue, inside one of its blocks: the closure waits for that queue, and the wait for the
-// closure. The check for deadlocks does not see it, for the target is not in the stack of the operation's queue. On a
-// concurrent target, or inside the operation itself, waiting is safe; there it returns at once.
+// Never call waitUntilFinished() inside a block of a serial target queue. It deadlocks, because the closure waits for
+// that queue and the block waits for the closure. The deadlock check does not detect it, because the target is not in
+// the queue stack of the operation's block. Waiting is safe inside a block of a concurrent target, and inside the
+// closure itself, where it returns at once.
 //
-// Threads: synchronised, save setQueue(). Any number may wait.
-// Memory:  until the closure has run it keeps the operation and the target queue.
+// Threads: synchronised, except setQueue(). Any number of threads may wait.
+// Memory:  the operation and the target queue are retained until the closure has run.
 // Errors:  an exception that leaves the closure ends the process, as in any asynchronous block.
 #pragma once
 
@@ -24,18 +25,19 @@ namespace norvik {
 class NK_EXPORT TSKBlockOperation : public NSObject {
   NK_OBJECT(TSKBlockOperation, NSObject)
 
-  /// False while the closure waits or runs. Who needs to know waits; this may be a moment behind.
+  /// False until the closure has run. The value may be late by a moment; call waitUntilFinished() to be certain.
   NK_ATOMIC_PROPERTY(bool, done, setDone)
-  /// The operation's own queue, a serial one: the target's label with ".block_operation", or "TSKDispatchQueue" where
-  /// the target has none.
+  /// The operation's own serial queue. Its label is the target's label and ".block_operation", or "TSKDispatchQueue" if
+  /// the target has no label.
   NK_PROPERTY(Ref<TSKDispatchQueue>, queue, setQueue)
 
   ~TSKBlockOperation() override;
 
-  /// An operation that is on its way. An absent queue or block raises NSInvalidArgumentException.
+  /// Returns an operation whose closure is already enqueued. An absent queue or block raises
+  /// NSInvalidArgumentException.
   static Ref<TSKBlockOperation> dispatchedOperationWithQueue(const Ref<TSKDispatchQueue>& queue, Block<void()> block);
 
-  /// Returns once the closure has run; at once where setQueue() has taken the queue away.
+  /// Returns when the closure has run, or at once if setQueue() has removed the queue.
   void waitUntilFinished();
 
   NK_CLASS_METHOD_AS(dispatchedOperationWithQueue, "dispatchedOperationWithQueue:block:")

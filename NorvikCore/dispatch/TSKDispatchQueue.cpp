@@ -60,7 +60,7 @@ Ref<TSKDispatchQueue> TSKDispatchQueue::makeShared(const dispatch_queue_t& queue
   return wrapper;
 }
 
-// The shared wrappers live as long as the process.
+// The shared wrappers live until the process ends.
 
 const Ref<TSKDispatchQueue>& TSKDispatchQueue::globalDispatchQueue() {
   return kernel::madeOnce([] { return new Ref(makeShared(dispatch_get_global_queue(), TSKDeadlockNoCheck, true)); });
@@ -97,7 +97,7 @@ bool TSKDispatchQueue::isInCurrentQueueStack() const {
 void TSKDispatchQueue::runSynchronously(detail::BlockCall block) {
   if (_deadlockBehavior != TSKDeadlockNoCheck && isInCurrentQueueStack()) [[unlikely]]
     return refuse(block);
-  const Ref<TSKDispatchQueue> self = ref(*this);  // the block may let go of the last one
+  const Ref<TSKDispatchQueue> self = ref(*this);  // the block may release the last other Ref
   detail::QueueStackEntry* const outer = detail::QueueStackEntry::current();
   dispatch_sync(queue(), [&] {
     const detail::QueueStackEntry entry(*this, outer);

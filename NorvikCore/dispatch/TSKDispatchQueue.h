@@ -1,5 +1,5 @@
-// NorvikCore/dispatch/TSKDispatchQueue.h - a queue that knows which queues the running code is inside: it refuses what
-// would deadlock, has a label, and runs named one-shot timers.
+// NorvikCore/dispatch/TSKDispatchQueue.h - a queue that knows which queues the running code is inside. It refuses
+// synchronous blocks that would deadlock, has a label, and runs named one-shot timers.
 //
 //   Ref<TSKDispatchQueue> payroll = TSKDispatchQueue::dispatchQueueWithLabel("payroll");
 //   payroll->dispatchAsynchronously([] { readEmployees(); });
@@ -8,17 +8,20 @@
 //   });
 //   payroll->scheduleTimerWithName("save", 2, TSKTimerRestart, [] { save(); });   // 2 s after the last of many calls
 //
-// The *queue stack* of the running code holds the serial wrappers it is inside, outermost first: the one whose block it
-// is, the one that waits for this block in dispatchSynchronously(), and so on. An asynchronous block and a timer's
-// block start a new stack. Concurrent wrappers hand the stack on and are not in it. A barrier block, a block that came
-// through the bare queue and a thread of one's own have none: what they hold is not known.
+// The *queue stack* of the running code holds the serial wrappers that the code is inside, outermost first. The last
+// one is the wrapper of the running block; the one before it is the wrapper of the block that waits in
+// dispatchSynchronously() for the running block, and so on. An asynchronous block and a timer's block start a new
+// stack. A block of a concurrent wrapper continues the stack, but the wrapper is not in it. Three kinds of code have no
+// stack, because the queues that they are inside are not known: a barrier block, a block enqueued on the bare queue,
+// and a thread that the application created.
 //
-// Threads: synchronised. Where several wrappers have one queue, each counts as a queue of its own; have one.
-// Memory:  a block that waits on a serial wrapper keeps it; one that waits on a concurrent wrapper, or as a barrier,
-//          keeps only the queue. Timers keep nothing: they end with the wrapper (see scheduleTimerWithName).
-// Errors:  a refusal raises nothing. An exception that leaves a synchronous block reaches the caller; one that leaves
-//          an asynchronous or a timer's block ends the process, as on any queue. An absent block raises
-//          NSInvalidArgumentException.
+// Threads: synchronised. Two wrappers of one queue count as two queues in the deadlock check; create one.
+// Memory:  a waiting block of a serial wrapper retains the wrapper. A waiting block of a concurrent wrapper, or a
+//          waiting barrier block, retains only the queue. Timers retain nothing: they end with the wrapper (see
+//          scheduleTimerWithName).
+// Errors:  a refused block raises nothing. An exception that leaves a synchronous block reaches the caller. An
+//          exception that leaves an asynchronous block or a timer's block ends the process, as on any queue. An absent
+//          block raises NSInvalidArgumentException.
 // Cost:    a synchronous block on an idle queue runs on the caller's thread and allocates nothing.
 #pragma once
 
@@ -40,7 +43,7 @@ namespace detail {
 
 class NamedTimers;
 
-/// A block that is called where it is, whatever its type.
+/// A reference to a block of any type, which is called while the block exists.
 struct BlockCall {
   void (*call)(void* block);
   void* block;
@@ -59,36 +62,39 @@ void requireBlock(const F&) noexcept {}
 
 }  // namespace detail
 
-/// What a synchronous block does for a queue that is in the current queue stack. Other numbers count as
+/// The treatment of a synchronous block whose queue is in the current queue stack. Other numbers count as
 /// TSKDeadlockReserved.
 enum TSKDeadlockBehavior : std::int64_t {
-  TSKDeadlockExecuteInline = 0,  ///< it is called at once, without the queue
-  TSKDeadlockSkip = 1,           ///< it is not run
-  TSKDeadlockSkipAndLog = 2,     ///< it is not run, and the system console says so
+  TSKDeadlockExecuteInline = 0,  ///< the block is called at once, without the queue
+  TSKDeadlockSkip = 1,           ///< the block is not run
+  TSKDeadlockSkipAndLog = 2,     ///< the block is not run, and a line on the system console reports it
   TSKDeadlockReserved = 3,       ///< as TSKDeadlockSkip
-  TSKDeadlockNoCheck = 4,        ///< nobody looks at the stack: it waits for its turn, be it for ever
+  TSKDeadlockNoCheck = 4,        ///< the stack is not checked; the block may wait until the process ends
 };
 
-/// What scheduling does to a timer of that name.
+/// The effect of scheduling on a pending timer of the same name.
 enum TSKTimerBehavior : std::int64_t {
-  TSKTimerKeepEarliest = 0,  ///< the earlier of both times stays
-  TSKTimerRestart = 1,       ///< the new time counts
-  TSKTimerThrottle = 2,      ///< fires at once, but not within an interval of the last planned time
+  TSKTimerKeepEarliest = 0,  ///< the earlier of the two times stays
+  TSKTimerRestart = 1,       ///< the new time replaces the old one
+  TSKTimerThrottle = 2,      ///< fires at once, but not before one interval has passed since the last planned time
 };
 
-/// The keys under which the running code finds, by dispatch_get_specific(), the wrapper of its queue
-/// (a TSKDispatchQueue*, set on the queue: the last wrapper made of it, null once that has gone) and the queue stack
-/// (an NSMutableArray* of wrappers, the same one for all blocks of a chain, which grows and shrinks with it; it lives
-/// as long as the outermost block unless a Ref is taken). The stack belongs to the block, not to the queue:
-/// dispatch_queue_get_specific() has none. It is made when it is first asked for; the check for deadlocks goes by it
-/// from then on.
+/// Keys for dispatch_get_specific() in the running code.
+///
+/// TSKIsCurrentKey gives the wrapper of its queue, a TSKDispatchQueue*. It is set on the queue: the most recently
+/// created wrapper of that queue, or null after that wrapper is destroyed.
+///
+/// TSKQueueStackKey gives the queue stack, an NSMutableArray* of wrappers. All blocks of one stack share the array,
+/// which grows and shrinks with the stack. It is created at the first request, and the deadlock check uses it from then
+/// on. It lives as long as the outermost block, or longer if a Ref retains it. It belongs to the block, not to the
+/// queue, so dispatch_queue_get_specific() does not find it.
 extern NK_EXPORT const void* const TSKIsCurrentKey;
 extern NK_EXPORT const void* const TSKQueueStackKey;
 
 class NK_EXPORT TSKDispatchQueue : public NSObject {
   NK_OBJECT(TSKDispatchQueue, NSObject)
 
-  /// False unless the application says otherwise: set it, before first use, for a wrapper of a concurrent queue.
+  /// False by default. The application sets it, before the first use, for a wrapper of a concurrent queue.
   NK_PROPERTY(bool, concurrent, setConcurrent)
   NK_READONLY_PROPERTY(dispatch_queue_t, queue)
   NK_COMPUTED_PROPERTY(std::optional<NSString>, label)
@@ -99,14 +105,14 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   /// A wrapper without a label. An empty queue raises NSInvalidArgumentException.
   [[nodiscard]] static Ref<TSKDispatchQueue> dispatchQueueWithGCDQueue(const dispatch_queue_t& queue,
                                                                        TSKDeadlockBehavior behavior);
-  /// A new serial queue. Without a label the wrapper's is "TSKDispatchQueue" and the bare queue has none.
+  /// A new serial queue. Without a label, the wrapper's label is "TSKDispatchQueue" and the bare queue has none.
   [[nodiscard]] static Ref<TSKDispatchQueue> dispatchQueueWithLabel(
       const std::optional<NSString>& label, TSKDeadlockBehavior behavior = TSKDeadlockExecuteInline);
-  /// The main bundle's identifier, "." and the suffix; nothing where the bundle has no identifier.
+  /// The main bundle's identifier, "." and the suffix; absent if the bundle has no identifier.
   [[nodiscard]] static std::optional<NSString> labelByPrependingBundleIdentifierToString(const NSString& suffix);
 
-  // One each for the process. The main one is serial and calls in place on the main thread, whose code always counts as
-  // inside it; the others are concurrent and check nothing.
+  // Each of these exists once in the process. The main one is serial; all code on the main thread counts as inside it,
+  // so a synchronous block from there is called in place. The other two are concurrent and check nothing.
   [[nodiscard]] static const Ref<TSKDispatchQueue>& globalDispatchQueue();
   [[nodiscard]] static const Ref<TSKDispatchQueue>& mainDispatchQueue();
   [[nodiscard]] static const Ref<TSKDispatchQueue>& sharedConcurrentQueue();
@@ -119,14 +125,14 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   /// "<TSKDispatchQueue:0x5581...>[payroll]"
   [[nodiscard]] NSString description() const override;
 
-  /// Runs a block on the queue and returns when it has run; where the queue is in the current stack, what
-  /// deadlockBehavior() says.
+  /// Runs a block on the queue and returns after it has run. If the queue is in the current queue stack,
+  /// deadlockBehavior() decides what happens.
   template <class F>
   void dispatchSynchronously(F&& block) {
     detail::requireBlock(block);
     runSynchronously(detail::blockCall(std::forward<F>(block)));
   }
-  /// Queues a block, any movable callable, and returns.
+  /// Enqueues a block, which may be any movable callable, and returns.
   template <class F>
   void dispatchAsynchronously(F&& block) {
     detail::requireBlock(block);
@@ -135,11 +141,11 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
       self->runInNewStack(detail::blockCall(std::move(block)));
     });
   }
-  /// The block runs alone on its queue, in its turn, without check and without a queue stack.
+  /// Enqueues a block that runs alone on its queue, without a deadlock check and without a queue stack.
   template <class F>
   void dispatchBarrierSynchronously(F&& block) {
     detail::requireBlock(block);
-    const Ref<TSKDispatchQueue> self = ref(*this);  // the block may let go of the last one
+    const Ref<TSKDispatchQueue> self = ref(*this);  // the block may release the last other Ref
     dispatch_barrier_sync(queue(), [&block] { static_cast<void>(std::forward<F>(block)()); });
   }
   template <class F>
@@ -148,38 +154,39 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
     dispatch_barrier_async(queue(), std::forward<F>(block));
   }
 
-  /// The running block is one of this queue, or of a queue without a wrapper that targets it.
+  /// True if the running block was enqueued on this queue, or on a queue without a wrapper whose target is this queue.
   [[nodiscard]] bool isCurrentQueue() const noexcept;
-  /// This wrapper is in the queue stack of the running code; for mainDispatchQueue(): this is the main thread.
+  /// True if this wrapper is in the queue stack of the running code. For mainDispatchQueue(): true on the main thread.
   [[nodiscard]] bool isInCurrentQueueStack() const;
 
-  /// Has the block run on the queue, once, `timeInterval` seconds after this call or as the behaviour says, in place of
-  /// the block that the name had. A negative interval, or no number, counts as 0; one beyond 291 years never
-  /// ends. Returns before anything has changed; calls of one thread take effect in their order, on concurrent queues
-  /// too. Constant time, but a name is never forgotten: take few of them.
+  /// Runs the block on the queue once, `timeInterval` seconds after this call, or later or earlier as the behaviour
+  /// says. The block replaces the earlier block of that name. A negative interval, or not-a-number, counts as 0; a
+  /// timer with an interval above 291 years never fires. The function returns before the change takes effect. The calls
+  /// of one thread take effect in their order, also on concurrent queues. Constant time. A name is never forgotten, so
+  /// use few names.
   ///
-  /// Timers do not keep the wrapper. When it goes, those that are pending are cancelled and their blocks destroyed on
-  /// the thread that lets the wrapper go; no block begins after that. A block that is running keeps the wrapper until
-  /// it has returned. In a child made by fork() a wrapper begins without timers.
-  /// An interval may be a duration of std::chrono too.
+  /// Timers do not retain the wrapper. When the wrapper is destroyed, its pending timers are cancelled and their blocks
+  /// are destroyed on the thread that released the wrapper; no block starts after that. A running block retains the
+  /// wrapper until the block returns. In a child made by fork() a wrapper starts without timers.
+  /// The interval is a number of seconds or a duration of std::chrono.
   template <detail::TimeInterval Interval>
   void scheduleTimerWithName(const NSString& name, Interval timeInterval, TSKTimerBehavior behavior,
                              Block<void()> block) {
     scheduleTimer(name, detail::inSeconds(timeInterval), behavior, std::move(block));
   }
-  /// Nothing where there is no such timer.
+  /// Does nothing if there is no such timer.
   void cancelTimerWithName(const NSString& name);
   void cancelAllTimers();
 
-  /// How many timers are pending, as of the last change carried out on the queue; right after cancelAllTimers(), how
-  /// many names there are. Any thread.
+  /// The number of pending timers after the last change that took effect on the queue. Right after cancelAllTimers()
+  /// has taken effect, it is the number of names. Any thread.
   [[nodiscard]] std::uint64_t timerCount() const noexcept;
-  /// The table of timers as it is now, a copy; empty before the first. By name a dictionary: "DateValue", the last
-  /// planned time in seconds of the monotonic clock, and while the timer is pending or its block runs "TimerValue".
-  /// Names stay for ever.
+  /// A copy of the current table of timers; an empty Ref before the first timer. The key is the name and the value a
+  /// dictionary: "DateValue" is the last planned time in seconds of the monotonic clock, and "TimerValue" is present
+  /// while the timer is pending or its block runs. Names are never removed.
   [[nodiscard]] Ref<NSDictionary> timers() const;
 
-  /// Has the timers go by a clock of a test's. Before the first is scheduled.
+  /// Sets a test's clock for the timers. Call it before the first timer is scheduled.
   void setTimerClock(const dispatch_manual_clock& clock);
 
   NK_CLASS_METHOD_AS(dispatchQueueWithLabel, "dispatchQueueWithLabel:behavior:")

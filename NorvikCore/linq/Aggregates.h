@@ -1,5 +1,5 @@
-// NorvikCore/linq/Aggregates.h - what queries over arrays, dictionaries and chains reduce their values to. Users need
-// not read it.
+// NorvikCore/linq/Aggregates.h - the sums, extremes and accumulations that queries over arrays, dictionaries and chains
+// compute. Users need not read it.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -8,7 +8,8 @@
 
 namespace norvik::detail {
 
-/// A sum of any values. The first one is taken as it is, whatever it is, until there is a second one.
+/// A sum of values. A single value is returned unchanged, even if it is not a number; the first value is converted only
+/// when a second one is added.
 class Total {
  public:
   void add(const Decimal& number) {
@@ -28,7 +29,7 @@ class Total {
   [[nodiscard]] Decimal average() const { return count_ == 0 ? Decimal() : sum().as<Decimal>() / Decimal(count_); }
 
  private:
-  /// The first value or the second.
+  /// Adds the first or the second value.
   void addEarly(const Value& value) {
     if (count_ == 1) {
       first_ = value;
@@ -43,7 +44,7 @@ class Total {
   std::size_t count_ = 0;
 };
 
-/// The greatest or the least of values, the first of equal ones.
+/// The greatest or the least value, and the first of equal ones.
 template <NSComparisonResult wanted>
 class Extreme {
  public:
@@ -58,12 +59,12 @@ class Extreme {
 using Greatest = Extreme<NSOrderedDescending>;
 using Least = Extreme<NSOrderedAscending>;
 
-/// The running result of an accumulator, which may become absent on the way.
+/// The running result of an accumulator, which may become absent after any call.
 template <class Accumulator>
 class Running {
  public:
   explicit Running(Accumulator& accumulator) noexcept : accumulator_(accumulator) {}
-  /// The result with the next value; `add` keeps it.
+  /// The running result with the next value; `add` stores it.
   [[nodiscard]] Value with(const Value& value) const {
     return isFirst_ ? value : valueFrom(accumulator_, value, running_);
   }
@@ -82,7 +83,8 @@ class Running {
 inline const Value& valueIn(const Value& element) noexcept { return element; }
 inline const Value& valueIn(const NSDictionary::Entry& entry) noexcept { return entry.value; }
 
-/// The values of a collection, an array's elements or a dictionary's values, put into one of the above.
+/// Adds the values of a collection, an array's elements or a dictionary's values, to an aggregate of one of the classes
+/// above.
 template <class Collection, class Aggregate>
 Aggregate aggregated(const Collection& collection, Aggregate aggregate) {
   for (const auto& each : collection) aggregate.add(valueIn(each));

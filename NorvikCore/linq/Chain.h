@@ -1,37 +1,40 @@
-// NorvikCore/linq/Chain.h - queries one after the other, read from left to right.
+// NorvikCore/linq/Chain.h - queries applied one after the other, read from left to right.
 //
 //   Value net = payslips | linq_where([](const Payslip& p) { return p.isPaid(); })
 //                        | linq_select(&Payslip::netPay)
 //                        | linq_sum();
 //   Ref<NSMutableDictionary> groups = payslips | linq_where(isPaid) | linq_groupBy(&Payslip::department);
 //
-// A chain begins with an array, a dictionary or a Ref to one, with a Value that holds an array, or with any range of
-// the user's, such as a std::vector<Line>. Each step is the query of that name without its receiver, and gives what the
-// query gives.
+// A chain begins with an array, a dictionary or a Ref to one, with a Value that holds an array, or with any other
+// range, such as a std::vector<Line>. Each step is the query of that name without its receiver, and has the same result
+// as the query.
 //
-// linq_where, linq_select, linq_selectMany, linq_ofType and linq_skip make no arrays in between: each element passes
-// through all of them, up to the next query that needs the whole. That changes nothing in the results, in how often and
-// with which elements each closure is called, or in which exception leaves the chain. Two things can be noticed: the
-// calls of different closures alternate, and a closure of any such step that changes the array which the chain began
-// with raises NSGenericException. A step stops early only where no closure before it would have been called again.
+// linq_where, linq_select, linq_selectMany, linq_ofType and linq_skip create no intermediate arrays: each element
+// passes through all of them, up to the next query that needs all elements. The results are the same as with separate
+// queries, and so are the elements with which each closure is called, the number of calls, and the exception that
+// leaves the chain. There are two differences. The calls of different closures alternate. If a closure of any such step
+// changes the array at the start of the chain, NSGenericException is raised. The loop ends early only if no closure of
+// an earlier step would have been called again.
 //
-// Over a dictionary each step is the query itself.
+// Each step over a dictionary is the query itself.
 //
-// A chain is evaluated in the statement in which it is written: it is a value only until then, so what is kept is its
-// result, as a Ref or by linq_toArray(). It keeps an array that it began with, and not another range.
+// A chain is evaluated in the statement in which it is written, so a chain itself cannot be stored. Store its result,
+// as a Ref or by linq_toArray(). A chain retains an array at its start. It refers to any other range that is a
+// variable, and owns one that is a temporary.
 //
-// Over a range of the user's, a closure gets the range's own elements. They need not become Values in linq_where,
-// linq_select, linq_selectMany, linq_skip, linq_take, linq_distinctWithBlock, linq_all, linq_any, linq_count, in
-// linq_firstOrNil, which gives a std::optional of them, and in linq_groupBy, which gives a std::vector of groups, each
-// with its `key` and its `elements`. A chain that ends with them becomes a std::vector. For every other query,
-// linq_select what becomes a Value. Everything else is as over arrays.
+// A chain over any other range passes the range's own elements to closures. These elements need not be convertible to
+// Values in linq_where, linq_select, linq_selectMany, linq_skip, linq_take, linq_distinctWithBlock, linq_all, linq_any,
+// linq_count, linq_firstOrNil and linq_groupBy. Then linq_firstOrNil returns a std::optional of an element, and
+// linq_groupBy a std::vector of groups, each with its `key` and its `elements`. A chain of such elements converts to a
+// std::vector. Before every other query, linq_select something that is convertible to a Value. All other rules are the
+// same as over arrays.
 #pragma once
 
 #include "NorvikCore/linq/ChainEvaluation.h"
 
 namespace norvik {
 
-// Of a chain over Values, the elements as a new mutable array.
+// The elements of a chain over Values, as a new mutable array. Over a dictionary, its values.
 [[nodiscard]] inline auto linq_toArray() { return detail::ToArrayStep(); }
 
 template <class Predicate>
@@ -102,7 +105,7 @@ template <class KeySelector>
 [[nodiscard]] auto linq_distinctWithBlock(KeySelector&& key) {
   return detail::DistinctWithBlockStep<std::decay_t<KeySelector>>{{}, std::forward<KeySelector>(key)};
 }
-// The other collection is a Ref, or nullptr.
+// The other collection is a Ref or nullptr.
 template <class Other>
 [[nodiscard]] auto linq_except(Other other) {
   return detail::wholeStep([other = std::move(other)](const auto& it) mutable { return linq_except(it, other); });
@@ -157,7 +160,7 @@ template <class KeySelector>
   });
 }
 template <class KeySelector, class ValueSelector>
-requires(!std::is_convertible_v<KeySelector, const NSArray&>)  // that is the query itself, with its receiver
+requires(!std::is_convertible_v<KeySelector, const NSArray&>)  // with an NSArray first, it is the query itself
     [[nodiscard]] auto linq_toDictionaryWithKeyBlock(KeySelector&& key, ValueSelector&& value) {
   return detail::wholeStep([key = std::forward<KeySelector>(key), value = std::forward<ValueSelector>(value)](
                                const auto& it) mutable { return linq_toDictionaryWithKeyBlock(it, key, value); });

@@ -1,8 +1,8 @@
-// NorvikCore/linq/ChainElements.h - what passes along a chain of queries, and how closures are called with it. Users
+// NorvikCore/linq/ChainElements.h - the elements of a chain of queries, and how closures are called with them. Users
 // need not read it.
 //
-// Over an array an element is a Value, or something plain that a selector gave: a number, a date, a text. Over a range
-// of the user's it is whatever the range holds.
+// An element of a chain over an array is a Value, or a plain number, date or text that a selector returned. An element
+// of a chain over another range has the type of the range's elements or of a selector's results.
 #pragma once
 
 #include "NorvikCore/linq/LINQQueries.h"
@@ -20,7 +20,7 @@ consteval bool becomesValue() {
     return ValueConvertible<E> && !isCharacter<E>;
 }
 
-/// As an array holds it.
+/// Converts an element to the Value that an array would hold.
 template <class E>
 Value asElement(const E& element) {
   static_assert(becomesValue<E>(), "this query needs elements that become Values: linq_select what becomes one first");
@@ -33,8 +33,8 @@ Value asElement(const E& element) {
   __builtin_unreachable();
 }
 
-/// What a selector gave, as an element of a chain: a Value unless it is plain or, in a chain over a range of the
-/// user's, something that is never absent.
+/// Converts a selector's result to an element of a chain. The element is a Value, unless the result is plain or, in a
+/// chain over another range than an array, of a type that is never absent.
 template <bool ofValues, class R>
 auto element(R result) {
   constexpr bool canBeNothing = std::is_null_pointer_v<R> || std::is_same_v<R, Value> || requires {
@@ -74,10 +74,11 @@ bool testWith(F& predicate, const E& element) {
   return static_cast<bool>(callWith<ofValues>(predicate, element));
 }
 
-/// Asked before an element of the source is used that a closure was called with.
+/// Checks that a closure has not changed the source array, before the element with which the closure was called is
+/// used.
 struct ArrayGuard {
   const NSArray::const_iterator& at;
-  /// Raises NSGenericException where the array was changed.
+  /// Raises NSGenericException if the array was changed.
   void check() const {
     auto next = at;
     ++next;

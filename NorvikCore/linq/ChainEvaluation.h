@@ -36,7 +36,7 @@ class Chain {
   Chain(const Chain&) = delete;
   Chain& operator=(const Chain&) = delete;
 
-  /// The elements as the array that the last step's query gives.
+  /// The elements, as an array of the type that the last step's query returns.
   template <class Array>
   requires(std::is_base_of_v<Array, NSMutableArray>&& std::is_base_of_v<NSArray, Array>) operator Ref<Array>() && {
     return std::move(*this).array();
@@ -47,7 +47,7 @@ class Chain {
     static_assert(isNever<Array>,
                   "a chain is evaluated in the statement in which it is written: keep its result, as a Ref");
   }
-  /// Of a range of the user's.
+  /// The elements of a chain over another range than an array.
   template <class E>
   requires(!isOfValues) operator std::vector<E>() && { return std::move(*this).run(CollectSink<E>()); }
 
@@ -141,7 +141,7 @@ concept UsersRange = requires(R& range) {
 }
 &&!std::is_base_of_v<NSArray, std::remove_cvref_t<R>> && !std::is_base_of_v<NSDictionary, std::remove_cvref_t<R>>;
 
-/// Over an array that is there.
+/// A chain that begins with an array.
 template <StepOfAChain Step>
 auto operator|(const NSArray& array, Step step) {
   if constexpr (std::is_base_of_v<PassingStep, Step>) {
@@ -165,7 +165,7 @@ auto operator|(const Ref<T>& collection, Step step) {
   checkSource(collection.get());
   return *collection | std::move(step);
 }
-/// Over the array that a Value holds, such as a group of linq_groupBy.
+/// A chain that begins with the array that a Value holds, such as a group of linq_groupBy.
 template <std::same_as<Value> V, StepOfAChain Step>
 auto operator|(const V& array, Step step) {
   return elementAs<NSArray>(array) | std::move(step);

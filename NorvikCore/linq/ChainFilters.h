@@ -1,5 +1,5 @@
-// NorvikCore/linq/ChainFilters.h - the steps of a chain that let some elements through, each with its sink. Users need
-// not read it.
+// NorvikCore/linq/ChainFilters.h - the steps of a chain that pass on some of the elements, each with its sink. Users
+// need not read it.
 #pragma once
 
 #include "NorvikCore/linq/ChainElements.h"
@@ -113,7 +113,8 @@ struct SkipStep : PassingStep {
   using Result = NSArray;
 };
 
-/// Holds the first elements back until there is one more.
+/// Stores the first `count` elements, and passes them on only if there is at least one more. linq_take returns nothing
+/// otherwise.
 template <class E, class Next>
 struct TakeSink {
   std::size_t count;
@@ -137,7 +138,7 @@ struct TakeSink {
   }
 };
 
-/// Over an array it needs the whole of it.
+/// linq_take over an array, which needs the whole array.
 struct TakeStep : AnyStepOfAChain {
   std::size_t count;
 
@@ -146,7 +147,7 @@ struct TakeStep : AnyStepOfAChain {
     return linq_take(collection, count);
   }
 };
-/// The same over a range of the user's.
+/// linq_take over another range.
 template <class E>
 struct TakePassingStep : PassingStep {
   std::size_t count;
@@ -158,7 +159,7 @@ struct TakePassingStep : PassingStep {
   using Result = NSArray;
 };
 
-/// Over elements that are no Values.
+/// linq_distinctWithBlock over elements that are not convertible to Values.
 template <class Key, class Next>
 struct DistinctSink {
   Key& key;

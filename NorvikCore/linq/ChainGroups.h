@@ -1,5 +1,5 @@
-// NorvikCore/linq/ChainGroups.h - the step of a chain that groups elements, also such as become no Values. Users need
-// not read it.
+// NorvikCore/linq/ChainGroups.h - the step of a chain that groups elements, also elements that are not convertible to
+// Values. Users need not read it.
 #pragma once
 
 #include "NorvikCore/linq/ChainElements.h"
@@ -10,7 +10,7 @@
 
 namespace norvik::detail {
 
-/// The elements of a key, where they are no Values.
+/// The elements with one key, if they are not convertible to Values.
 template <class E>
 struct Group {
   Value key;

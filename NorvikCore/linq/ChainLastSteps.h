@@ -1,4 +1,4 @@
-// NorvikCore/linq/ChainLastSteps.h - the steps that end a chain with what they make of its elements, each with its
+// NorvikCore/linq/ChainLastSteps.h - the steps that end a chain with a result computed from its elements, each with its
 // sink. Users need not read it.
 #pragma once
 
@@ -68,8 +68,8 @@ using AverageStep = AggregateStep<Total, &Total::average>;
 using GreatestStep = AggregateStep<Greatest, &Greatest::result>;
 using LeastStep = AggregateStep<Least, &Least::result>;
 
-// What a search looks for: the first element for which the predicate gives `wanted`. `result` makes the answer of it,
-// and `of` is the query itself.
+// A search looks for the first element for which the predicate returns `wanted`. `result` makes the search's answer of
+// it, and `of` is the query itself.
 
 struct FirstMatch {
   static constexpr bool wanted = true;

@@ -1,5 +1,5 @@
-// NorvikCore/linq/ChainProjections.h - the steps of a chain that make other elements of each, with their sinks. Users
-// need not read it.
+// NorvikCore/linq/ChainProjections.h - the steps of a chain that replace each element by others, with their sinks.
+// Users need not read it.
 #pragma once
 
 #include "NorvikCore/linq/ChainElements.h"

@@ -1,9 +1,10 @@
-// NorvikCore/linq/ChainSink.h - how the steps of a chain are put together. Users need not read it.
+// NorvikCore/linq/ChainSink.h - how the steps of a chain are combined. Users need not read it.
 //
-// A step is either one that elements pass through, or the last one, or one for which the whole collection is needed.
-// When a chain meets the second or third, its steps are put together to one loop: the source puts each element into the
-// first step's sink, that one puts what it makes of it into the next one's, and finish() asks for the result. put()
-// tells whether the sink wants more; one that returns nothing always does.
+// There are three kinds of steps: one that passes elements on, one that ends the chain, and one that needs the whole
+// collection. When a chain reaches a step of the second or third kind, the steps before it are combined into one loop.
+// The source puts each element into the sink of the first step. Each sink puts its results into the sink of the next
+// step, and finish() returns the result. put() returns true if the sink wants more elements; a put() that returns void
+// always does.
 #pragma once
 
 #include <exception>
@@ -12,11 +13,12 @@
 
 namespace norvik::detail {
 
-// Steps. `apply` is the query itself, for a collection that is there. `Out<ofValues, E>` is what the step makes of
-// elements E, and `into` gives the step's sink before `next`. `end` gives the last sink of a chain of elements E.
+// Members of steps: `apply` is the query itself, for an existing collection. `Out<ofValues, E>` is the type of the
+// step's results for elements of type E. `into` returns the step's sink, which feeds `next`. `end` returns the last
+// sink of a chain with elements of type E.
 
 struct AnyStepOfAChain {};
-/// Elements pass through; `isLazy` where its closure cannot be absent.
+/// A step that passes elements on. `isLazy` is true if its closure cannot be absent.
 struct PassingStep : AnyStepOfAChain {
   template <bool, class E>
   using Out = E;
@@ -38,8 +40,8 @@ auto wholeStep(Apply query) {
   return WholeStep<Apply>(std::move(query));
 }
 
-/// The next step's sink. What it throws waits until the steps before have had every element, as if each step made its
-/// array before the next one began.
+/// Holds the next step's sink. It stores an exception of that sink until the earlier steps have processed every
+/// element, as if each step created its array before the next one began. finish() rethrows it.
 template <class Next>
 class Behind {
  public:

@@ -1,5 +1,5 @@
-// NorvikCore/linq/ChainSources.h - what a chain begins with: an array, or a range of the user's. Users need not read
-// it.
+// NorvikCore/linq/ChainSources.h - the sources with which a chain begins: an array, or another range. Users need not
+// read it.
 #pragma once
 
 #include "NorvikCore/linq/ChainElements.h"
@@ -11,7 +11,7 @@
 
 namespace norvik::detail {
 
-/// The sink never wants to stop: its put() gives nothing.
+/// True if the sink always wants more elements, because its put() returns void.
 template <class Sink, class E, class Guard>
 inline constexpr bool wantsAll =
     std::is_void_v<decltype(std::declval<Sink&>().put(std::declval<const E&>(), std::declval<const Guard&>()))>;
@@ -38,7 +38,7 @@ struct ArraySource {
   }
 };
 
-/// R is a reference where the range is the user's variable.
+/// R is a reference if the range is a variable, and a value if it is a temporary.
 template <class R>
 struct RangeSource {
   static constexpr bool isOfValues = false;

@@ -1,8 +1,8 @@
-// NorvikCore/linq/Closure.h - how a query calls the closures that it is given. Users need not read it.
+// NorvikCore/linq/Closure.h - how a query calls its closures. Users need not read it.
 //
-// A closure takes an element as a `const Value&` or as what it is: `[](const Payslip& p)`, `[](Decimal amount)`,
-// `&Payslip::grossPay`. An element that is something else raises NSInvalidArgumentException. A closure whose parameter
-// has no type of its own (`const auto&`) takes the Value.
+// A closure takes an element as a `const Value&` or as the type that the element holds: `[](const Payslip& p)`,
+// `[](Decimal amount)`, `&Payslip::grossPay`. An element of another type raises NSInvalidArgumentException. A closure
+// with a parameter of generic type (`const auto&`) is called with the Value.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -22,7 +22,7 @@ struct Parameters {
   static constexpr std::size_t count = sizeof...(P);
 };
 
-/// The parameters of a closure; void where it has several call operators or a template of one.
+/// The parameters of a closure; void if it has several call operators or a template of one.
 template <class F>
 struct ParametersOf {
   using Type = void;
@@ -72,8 +72,8 @@ struct ParametersOf<R C::*> {
 template <class T>
 inline constexpr bool isNullptr = std::is_null_pointer_v<std::remove_cvref_t<T>>;
 
-/// A closure that may be absent at run time: an empty Block or std::function, a null pointer. A lambda or the address
-/// of a member never is.
+/// True if a closure of this type may be absent at run time: an empty Block or std::function, a null pointer to a
+/// function. A lambda and the address of a member are never absent.
 template <class F>
 consteval bool canBeAbsent() {
   using Closure = std::decay_t<F>;
@@ -83,7 +83,7 @@ consteval bool canBeAbsent() {
     return false;
   else
     return requires(const Closure& closure) { closure == nullptr; }
-  &&!requires(const Closure& closure) { +closure; };  // a lambda without captures compares as the pointer it becomes
+  &&!requires(const Closure& closure) { +closure; };  // a lambda without captures compares as a pointer to a function
 }
 template <class F>
 [[nodiscard]] bool isAbsent(const F& closure) {
@@ -95,10 +95,10 @@ template <class F>
     return closure == nullptr;
 }
 
-/// Raises NSInvalidArgumentException: `operation` was given no closure and cannot do without.
+/// Raises NSInvalidArgumentException, because `operation` needs a closure and was given none.
 [[noreturn]] NK_EXPORT void raiseNoClosure(const char* operation);
 
-/// Raises NSInvalidArgumentException where a chain would begin with nothing.
+/// Raises NSInvalidArgumentException if `source`, with which a chain begins, is null.
 NK_EXPORT void checkSource(const NSObject* source);
 
 template <class F>
@@ -107,7 +107,7 @@ void checkClosure(const F& closure, const char* operation) {
     raiseNoClosure(operation);
 }
 
-/// A pointer to a member that is null raises NSInvalidArgumentException.
+/// Raises NSInvalidArgumentException for a null pointer to a member.
 template <class F>
 void checkAccessor([[maybe_unused]] const F& closure) {
   if constexpr (std::is_member_pointer_v<F>) {
@@ -116,7 +116,8 @@ void checkAccessor([[maybe_unused]] const F& closure) {
   }
 }
 
-/// The element as a closure's parameter of type P: a reference where the element holds just that.
+/// Converts the element to the type of a closure's parameter P. Returns a reference if the element holds exactly that
+/// type.
 template <class P>
 decltype(auto) argument(const Value& element) {
   using T = std::remove_cvref_t<P>;
@@ -137,7 +138,7 @@ decltype(auto) argument(const Value& element) {
   }
 }
 
-/// What a closure gave, as a value that owns itself; a reference to an object becomes a Ref.
+/// Returns a closure's result as a value with its own lifetime; a reference to an object becomes a Ref.
 template <class R>
 auto owned(R&& result) {
   using T = std::remove_cvref_t<R>;
@@ -147,7 +148,7 @@ auto owned(R&& result) {
     return T(std::forward<R>(result));
 }
 
-/// Calls the closure with elements that are Values, each as the parameter that it is for.
+/// Calls the closure with Values, each converted to the type of its parameter.
 template <class F, class... V>
 auto call(F& closure, const V&... elements) {
   using P = typename ParametersOf<std::decay_t<F>>::Type;
@@ -173,7 +174,7 @@ bool test(F& predicate, const V&... elements) {
   __builtin_unreachable();
 }
 
-/// A closure's result as a Value, absent where it gave nullptr or nothing.
+/// Converts a closure's result to a Value, which is absent if the result is nullptr or nothing.
 template <class R>
 Value valueOf(R&& result) {
   using T = std::remove_cvref_t<R>;
@@ -195,12 +196,13 @@ Value valueFrom(F& closure, const V&... elements) {
 
 inline Value orNull(Value value) { return value.isAbsent() ? Value::null() : std::move(value); }
 
-/// Values that need no Value around them: as one they are just that.
+/// True for types that a chain passes on as they are, because a Value of them would only wrap them.
 template <class E>
 inline constexpr bool isPlain = (std::is_arithmetic_v<E> && !isCharacter<E> && std::is_constructible_v<Value, E>) ||
                                 std::is_same_v<E, Decimal> || std::is_same_v<E, Date> || std::is_same_v<E, NSString>;
 
-/// What a closure gives for an argument that lives on: a plain value that it refers to is not copied.
+/// Calls the closure with an argument that outlives the call. A plain value to which the closure returns a reference is
+/// not copied.
 template <class F, class A>
 decltype(auto) resultOf(F& closure, A& argument) {
   using R = std::invoke_result_t<F&, A&>;
@@ -231,9 +233,9 @@ decltype(auto) callWith(F& closure, const Value& element) {
     return call(closure, element);
 }
 
-/// Asks the memory for the object of an element some places behind `at`, so that it is there when a query reaches it.
-/// Two lines of the cache, since that is as much as most objects take. Always inline: a call of a function that only
-/// prefetches has no effect for the compiler, which leaves it out.
+/// Prefetches the object of the element 24 places after `at`, so that it is in the cache when a query reaches it. It
+/// fetches two cache lines, because most objects are not larger. It is always inline, because the compiler removes
+/// calls of a function whose only effect is a prefetch.
 [[gnu::always_inline]] inline void prefetchObject(std::span<const Value> elements, std::size_t at) noexcept {
   constexpr std::size_t ahead = 24, line = 64;
   if (at + ahead >= elements.size()) return;
@@ -243,8 +245,8 @@ decltype(auto) callWith(F& closure, const Value& element) {
   __builtin_prefetch(object + line);
 }
 
-/// For each element of a collection: ask(element), then use(element, answer) until that gives false. A collection that
-/// was changed by `ask` raises NSGenericException before its elements are used again.
+/// Calls ask(element) and then use(element, answer) for each element of a collection, until `use` returns false. If
+/// `ask` changed the collection, NSGenericException is raised before `use` is called.
 template <class Collection, class Ask, class Use>
 void walk(const Collection& collection, Ask&& ask, Use&& use) {
   const Ref<const Collection> kept(&collection);

@@ -1,4 +1,4 @@
-// NorvikCore/linq/LINQQueries.h - every query by itself, without chains. Users include LINQ.h.
+// NorvikCore/linq/LINQQueries.h - all queries, without chains. Users include LINQ.h.
 #pragma once
 
 #include "NorvikCore/linq/NSArray+LINQ_Aggregation.h"

@@ -4,11 +4,11 @@
 //   linq_sumForKey(*payslips, "netPay");
 //   linq_max(*amounts);
 //
-// Money is exact: sums and averages are Decimals, made from the exact decimal value of each number and never from a
-// binary fraction. They round nothing to a scale; not-a-number makes the result not-a-number, and overflow raises. A
-// quotient that does not end has 38 digits. What is no number raises NSInvalidArgumentException.
+// Money is exact: sums and averages are Decimals, computed from the exact decimal value of each number and never from a
+// binary fraction. They are not rounded to a scale. A quotient without an end has 38 digits. Not-a-number makes the
+// result not-a-number. Overflow raises. A value that is not a number raises NSInvalidArgumentException.
 //
-// A single element is not computed with, whatever it is: linq_sum, linq_max and linq_min return it itself. LINQ.h tells
+// A single element is returned unchanged by linq_sum, linq_max and linq_min, even if it is not a number. LINQ.h tells
 // what all queries have in common.
 #pragma once
 
@@ -18,24 +18,25 @@
 
 namespace norvik {
 
-/// The running result: first the first element, then what the accumulator gives for each next element and the running
-/// result, in this order. Absent for an empty array. For another one with no accumulator, the receiver itself.
+/// Returns the last running result. The first running result is the first element; each next one is
+/// accumulator(element, running result). Absent for an empty array. Without an accumulator, the receiver itself unless
+/// it is empty.
 template <class Accumulator>
 [[nodiscard]] Value linq_aggregate(const NSArray& receiver, Accumulator&& accumulator) {
   return detail::accumulated(receiver, accumulator);
 }
 
-/// The Decimal 0 for an empty array, the element itself where it is the only one (an integer stays an integer, a text
-/// raises nothing), else the sum as a Decimal.
+/// The Decimal 0 for an empty array. The element itself if it is the only one: an integer stays an integer, and a text
+/// raises nothing. Otherwise the sum as a Decimal.
 [[nodiscard]] NK_EXPORT Value linq_sum(const NSArray& receiver);
-/// The sum by the count; 0 for an empty array.
+/// The sum divided by the count; 0 for an empty array.
 [[nodiscard]] NK_EXPORT Decimal linq_avg(const NSArray& receiver);
-/// The element that is the greatest or the least by Value::compare, the first of equal ones; the Decimal 0 for an empty
-/// array. Elements that do not compare raise NSInvalidArgumentException.
+/// The greatest or the least element by Value::compare, and the first of equal ones. The Decimal 0 for an empty array.
+/// Elements that cannot be compared raise NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Value linq_max(const NSArray& receiver);
 [[nodiscard]] NK_EXPORT Value linq_min(const NSArray& receiver);
 
-/// How many elements pass; all of them with no predicate.
+/// The number of elements that pass; all elements count if there is no predicate.
 template <class Predicate>
 [[nodiscard]] std::size_t linq_count(const NSArray& receiver, Predicate&& predicate) {
   if (detail::isAbsent(predicate)) return receiver.count();
@@ -51,9 +52,9 @@ template <class Predicate>
   return count;
 }
 
-// What the collection operators @sum, @avg, @max and @min give for the key of each element; the key may be a path. Over
-// nothing, the sum and the average are 0, and the greatest and the least are absent. An absent or null value at the key
-// is left out of all but the average, which divides by the number of all elements. An empty key raises
+// The results of the collection operators @sum, @avg, @max and @min for the key of each element; the key may be a path.
+// Without any value, the sum and the average are 0, and the greatest and the least are absent. Absent and null values
+// at the key are ignored, but the average divides by the number of all elements. An empty key raises
 // NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Decimal linq_sumForKey(const NSArray& receiver, const NSString& key);
 [[nodiscard]] NK_EXPORT Decimal linq_avgForKey(const NSArray& receiver, const NSString& key);

@@ -1,10 +1,11 @@
-// NorvikCore/linq/NSArray+LINQ_Converting.h - dictionaries of the elements of an array.
+// NorvikCore/linq/NSArray+LINQ_Converting.h - dictionaries made from the elements of an array.
 //
 //   linq_toDictionaryWithKeyBlock(*employees, &Employee::payrollNumber);
 //   linq_toDictionaryWithKeyBlock(*employees, &Employee::payrollNumber, &Employee::name);
 //
-// Of elements with equal keys the last one's value is kept, under the first one's key and at its place in the order. A
-// closure that gives no key raises NSInvalidArgumentException. LINQ.h tells what all queries have in common.
+// If several elements have equal keys, the dictionary keeps the key and the position of the first one and the value of
+// the last one. A closure that returns no key raises NSInvalidArgumentException. LINQ.h tells what all queries have in
+// common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -46,10 +47,10 @@ std::vector<NSDictionary::Entry> keyedEntries(const NSArray& receiver, KeySelect
 
 }  // namespace detail
 
-/// From each element's index to the element.
+/// Maps each element's index to the element.
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> linq_toDictionary(const NSArray& receiver);
 
-/// From each element's key to the element. An empty Block raises NSInvalidArgumentException.
+/// Maps each element's key to the element. An empty Block raises NSInvalidArgumentException.
 template <class KeySelector>
 [[nodiscard]] Ref<NSDictionary> linq_toDictionaryWithKeyBlock(const NSArray& receiver, KeySelector&& key) {
   static_assert(!detail::isNullptr<KeySelector>, "for the indexes as keys, call linq_toDictionary");
@@ -58,8 +59,8 @@ template <class KeySelector>
   return make<NSDictionary>(detail::keyedEntries(receiver, key, element));
 }
 
-/// A mutable dictionary. The keys are the elements' indexes where there is no key selector; the values are the elements
-/// where there is no value selector, and the null marker where it gives nothing.
+/// A mutable dictionary. Without a key selector the keys are the elements' indexes. Without a value selector the values
+/// are the elements. The null marker is stored where the value selector returns nothing.
 template <class KeySelector, class ValueSelector>
 [[nodiscard]] Ref<NSMutableDictionary> linq_toDictionaryWithKeyBlock(const NSArray& receiver, KeySelector&& key,
                                                                      ValueSelector&& value) {

@@ -13,8 +13,8 @@
 namespace norvik {
 namespace detail {
 
-/// What a filter with this predicate gives: where the predicate may be absent, the receiver itself, which may be
-/// one that does not change.
+/// The result type of a filter with this predicate. If the predicate may be absent, the filter may return the receiver
+/// itself, which may be immutable.
 template <class Predicate, class Plain, class Mutable>
 using Filtered = Ref<std::conditional_t<canBeAbsent<Predicate>(), Plain, Mutable>>;
 
@@ -24,7 +24,8 @@ template <class Collection>
   return ref(const_cast<Collection&>(receiver));
 }
 
-/// The class of elements of this type: of objects their own, of values NSNumber, NSDecimalNumber, NSDate or NSString.
+/// The class of elements of type T: the class T itself for objects; NSNumber, NSDecimalNumber, NSDate or NSString for
+/// values.
 template <class T>
 [[nodiscard]] const Class& classOf() {
   if constexpr (std::is_base_of_v<NSObject, T>)
@@ -35,7 +36,7 @@ template <class T>
 
 }  // namespace detail
 
-/// The elements for which the predicate is true, in order, as a new mutable array. With no predicate, the receiver
+/// The elements for which the predicate is true, in order, as a new mutable array. Without a predicate, the receiver
 /// itself.
 template <class Predicate>
 [[nodiscard]] detail::Filtered<Predicate, NSArray, NSMutableArray> linq_where(const NSArray& receiver,
@@ -55,17 +56,17 @@ template <class Predicate>
   return make<NSMutableArray>(std::move(passed));
 }
 
-/// The elements whose class is that one or below it. A Decimal is of the classes NSDecimalNumber and NSNumber, every
-/// other number and boolean of NSNumber.
+/// The elements whose class is `wanted` or a subclass of it. A Decimal is of the classes NSDecimalNumber and NSNumber;
+/// every other number and every boolean is of the class NSNumber.
 [[nodiscard]] NK_EXPORT Ref<NSArray> linq_ofType(const NSArray& receiver, const Class& wanted);
-/// By a class of objects, or by NSNumber, Decimal, Date or NSString.
+/// T is a class of objects, or NSNumber, Decimal, Date or NSString.
 template <class T>
 [[nodiscard]] Ref<NSArray> linq_ofType(const NSArray& receiver) {
   return linq_ofType(receiver, detail::classOf<T>());
 }
 
-/// The first element for which the predicate is true; it is not called for those behind. Absent where there is none,
-/// and with no predicate.
+/// The first element for which the predicate is true; the predicate is not called for the elements after it. Absent if
+/// there is no such element or no predicate.
 template <class Predicate>
 [[nodiscard]] Value linq_firstOrNil(const NSArray& receiver, Predicate&& predicate) {
   Value found;

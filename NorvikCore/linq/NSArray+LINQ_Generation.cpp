@@ -32,7 +32,7 @@ std::vector<Value> roomFor(std::uint64_t count) {
 std::vector<Value> integers(std::int64_t from, std::int64_t to) {
   if (from == to) return {};
   const std::int64_t step = from < to ? 1 : -1;
-  // Unsigned: the distance may be beyond what a signed number holds, and is at most 2^64 - 1.
+  // Unsigned, because the distance may exceed the range of a signed number; it is at most 2^64 - 1.
   const std::uint64_t distance = from < to ? static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from)
                                            : static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(to);
   std::vector<Value> numbers = roomFor(distance == UINT64_MAX ? distance : distance + 1);

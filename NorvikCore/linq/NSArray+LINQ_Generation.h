@@ -1,13 +1,13 @@
-// NorvikCore/linq/NSArray+LINQ_Generation.h - arrays that are made of nothing but numbers, repeats and closures.
+// NorvikCore/linq/NSArray+LINQ_Generation.h - new arrays made from numbers, repeated objects or closures.
 //
 //   linq_from(1, 12);                                            // 1, 2, ... 12
 //   linq_from<NSMutableArray>(12, 1);                            // 12, 11, ... 1, as a mutable array
 //   linq_with([](int month) { return taxOf(month); }, 12);       // of the months 0 to 11
 //
-// The class of the result is the template argument, NSArray where there is none. Where it is known only at run time,
-// the first argument names it: a class that is not, or is not below, the template argument, or that cannot be made
-// without arguments, raises NSInvalidArgumentException. More elements than memory can hold raise std::bad_alloc or
-// NSRangeException. LINQ.h tells what all queries have in common.
+// The class of the result is the template argument, or NSArray without one. If the class is known only at run time, it
+// is the first argument. It raises NSInvalidArgumentException if it is neither the template argument nor a subclass of
+// it, or if no object of it can be created without arguments. More elements than memory can hold raise std::bad_alloc
+// or NSRangeException. LINQ.h tells what all queries have in common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -19,13 +19,13 @@
 namespace norvik {
 namespace detail {
 
-/// An empty array of that class; raises NSInvalidArgumentException where there is none.
+/// An empty array of that class; raises NSInvalidArgumentException if none can be created.
 [[nodiscard]] NK_EXPORT Ref<NSArray> emptyArrayOf(const Class& receivingClass);
-/// Puts elements into an array that was just made, whether it is mutable or not.
+/// Puts elements into a newly created array, whether it is mutable or not.
 NK_EXPORT void fill(NSArray& array, std::vector<Value> elements);
 [[nodiscard]] NK_EXPORT std::vector<Value> integers(std::int64_t from, std::int64_t to);
 [[nodiscard]] NK_EXPORT std::vector<Value> repeats(const Value& object, std::int64_t count);
-/// Room for so many elements; none where the count is below 1. Raises NSRangeException where no memory could hold them.
+/// An empty vector with room for `count` elements. Raises NSRangeException if no memory can hold that many.
 [[nodiscard]] NK_EXPORT std::vector<Value> roomFor(std::uint64_t count);
 [[noreturn]] NK_EXPORT void raiseReceivingClass(const Class& receivingClass, const Class& wanted);
 
@@ -61,7 +61,7 @@ template <std::derived_from<NSArray> Array = NSArray>
   return detail::filled<Array>(receivingClass, {});
 }
 
-/// The integers from the first to the second, both included, upwards or downwards. Where both are equal, the array is
+/// The integers from the first to the second, both included, upwards or downwards. If both are equal, the array is
 /// empty. This is deliberate: from 2 to 2 gives nothing.
 template <std::derived_from<NSArray> Array = NSArray>
 [[nodiscard]] Ref<Array> linq_from(const Class& receivingClass, std::int64_t from, std::int64_t to) {
@@ -72,7 +72,7 @@ template <std::derived_from<NSArray> Array = NSArray>
   return linq_from<Array>(Array::staticClass(), from, to);
 }
 
-/// The object so many times; none where the count is below 1 or the object absent.
+/// The object `count` times. Empty if the count is below 1 or the object is absent.
 template <std::derived_from<NSArray> Array = NSArray>
 [[nodiscard]] Ref<Array> linq_repeat(const Class& receivingClass, const Value& object, std::int64_t count) {
   return detail::filled<Array>(receivingClass, detail::repeats(object, count));
@@ -82,8 +82,8 @@ template <std::derived_from<NSArray> Array = NSArray>
   return linq_repeat<Array>(Array::staticClass(), object, count);
 }
 
-/// What the closure gives for the numbers from 0 to count - 1, the null marker where it gives nothing. Empty where the
-/// count is below 1, and with no closure.
+/// The results of the closure for the numbers from 0 to count - 1; the null marker stands for a result of nothing.
+/// Empty if the count is below 1 or there is no closure.
 template <std::derived_from<NSArray> Array = NSArray, class Make>
 [[nodiscard]] Ref<Array> linq_with(const Class& receivingClass, Make&& make, std::int64_t count) {
   return detail::filled<Array>(receivingClass, detail::made(make, count));

@@ -61,7 +61,7 @@ Ref<NSMutableDictionary> detail::Grouping::groups(std::span<const Value> element
       group.emplace_back(std::move(objects_[i]));
     else
       group.push_back(elements[i]);
-    // The ends of the groups are too many places for the processor to foresee.
+    // Prefetches the end of the group, because there are too many groups for the processor's own prefetching.
     __builtin_prefetch(group.data() + group.size() + 2, 1);
   }
   std::vector<NSDictionary::Entry> entries;

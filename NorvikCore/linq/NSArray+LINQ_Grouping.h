@@ -1,11 +1,11 @@
-// NorvikCore/linq/NSArray+LINQ_Grouping.h - the elements of an array by a key.
+// NorvikCore/linq/NSArray+LINQ_Grouping.h - the elements of an array grouped by a key.
 //
 //   auto byDepartment = linq_groupBy(*payslips, &Payslip::department);
 //   for (const auto& [department, group] : *byDepartment) ...
 //
-// A key may be any value; the null marker is one. A closure that gives no key for an element raises
-// NSInvalidArgumentException, so that no payslip is lost from a total: return Value::null() to keep such elements
-// together. An empty Block raises the same. LINQ.h tells what all queries have in common.
+// A key may be any value, also the null marker. If a closure returns no key for an element, the query raises
+// NSInvalidArgumentException, so that no payslip is lost from a total. Return Value::null() to group such elements. An
+// empty Block raises the same exception. LINQ.h tells what all queries have in common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -20,17 +20,18 @@
 namespace norvik {
 namespace detail {
 
-/// Puts elements below their keys. First each element is given the number of its group, so that the groups are then
-/// filled without ever growing.
+/// Groups elements by their keys. It first records the number of each element's group and counts the elements of each
+/// group, so that each group is then filled in memory of the right size.
 class NK_EXPORT Grouping {
  public:
-  /// For so many elements.
+  /// For about `count` elements.
   explicit Grouping(std::size_t count);
 
-  /// The next element and its key.
+  /// Adds the next element with its key.
   void add(const Value& element, const Value& key);
-  void add(const Value& element, const NSString& key);  // the same, without a Value made of the key
-  /// From each key, in the order of their first elements, to a mutable array of the elements, which are those added.
+  void add(const Value& element, const NSString& key);  // the same, without creating a Value for the key
+  /// `elements` are the elements that were added, in the same order. Returns a dictionary from each key, in the order
+  /// of the keys' first elements, to a mutable array of its elements.
   [[nodiscard]] Ref<NSMutableDictionary> groups(std::span<const Value> elements) &&;
 
  private:
@@ -44,15 +45,15 @@ class NK_EXPORT Grouping {
 
   std::vector<Group> groups_;
   PositionIndex index_;
-  std::vector<std::uint32_t> likely_;  ///< by the place of a text's bytes: the group whose key may be that very text
+  std::vector<std::uint32_t> likely_;  ///< by the address of a text's bytes: the group whose key may be that same text
   std::vector<std::uint32_t> numbers_;
-  std::vector<Ref<NSObject>> objects_;  ///< of the elements that are objects, kept while they are at hand
+  std::vector<Ref<NSObject>> objects_;  ///< the elements that are objects; retained early, while in the cache
 };
 
 }  // namespace detail
 
-/// A mutable dictionary from each key, in the order of their first elements, to a mutable array of the elements with
-/// that key, in their order. Of keys that are equal (5 and 5.00) the first is kept.
+/// A mutable dictionary from each key to a mutable array of the elements with that key. The keys are in the order of
+/// their first elements; the elements keep their order. Of equal keys (5 and 5.00) the first is kept.
 template <class KeySelector>
 [[nodiscard]] Ref<NSMutableDictionary> linq_groupBy(const NSArray& receiver, KeySelector&& key) {
   static_assert(!detail::isNullptr<KeySelector>, "linq_groupBy needs a closure");
@@ -73,7 +74,8 @@ template <class KeySelector>
   return std::move(groups).groups(receiver.elements());
 }
 
-/// For each element, in order, a dictionary with one entry, from its key to the element.
+/// An array with one dictionary for each element, in order. The dictionary has one entry, from the element's key to the
+/// element.
 template <class KeySelector>
 [[nodiscard]] Ref<NSArray> linq_toLookup(const NSArray& receiver, KeySelector&& key) {
   static_assert(!detail::isNullptr<KeySelector>, "linq_toLookup needs a closure");
@@ -91,8 +93,8 @@ template <class KeySelector>
   return make<NSArray>(std::move(entries));
 }
 
-/// Of an array of dictionaries, those that have an entry for the key, as a mutable array. An element that is no
-/// dictionary raises NSInvalidArgumentException. An absent key finds none.
+/// Takes an array of dictionaries and returns, as a mutable array, those that have an entry for the key. An element
+/// that is not a dictionary raises NSInvalidArgumentException. For an absent key the result is empty.
 [[nodiscard]] NK_EXPORT Ref<NSMutableArray> linq_lookup(const NSArray& receiver, const Value& key);
 
 }  // namespace norvik

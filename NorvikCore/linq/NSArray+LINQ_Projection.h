@@ -1,4 +1,4 @@
-// NorvikCore/linq/NSArray+LINQ_Projection.h - what a closure makes of each element of an array.
+// NorvikCore/linq/NSArray+LINQ_Projection.h - the results of a closure for each element of an array.
 //
 //   linq_select(*payslips, &Payslip::netPay);
 //   linq_selectMany(*payslips, [](const Payslip& p) { return p.lines(); });       // the lines of all payslips
@@ -14,11 +14,11 @@ namespace detail {
 
 /// An empty array of the receiver's class.
 [[nodiscard]] NK_EXPORT Ref<NSArray> emptyLike(const NSArray& receiver);
-/// Appends the elements of an array; nothing for an absent value or the null marker. Anything else raises
+/// Appends the elements of an array. Appends nothing for an absent value or the null marker. Any other value raises
 /// NSInvalidArgumentException.
 NK_EXPORT void appendElements(std::vector<Value>& elements, const Value& array);
 
-/// Appends what a closure gave: an array, nothing, or any range whose elements become Values.
+/// Appends the result of a closure: an array, nothing, or any range whose elements become Values.
 template <class Many>
 void appendMany(std::vector<Value>& elements, const Many& many) {
   if constexpr (isNullptr<Many> || std::is_constructible_v<Value, const Many&>) {
@@ -30,8 +30,8 @@ void appendMany(std::vector<Value>& elements, const Many& many) {
 
 }  // namespace detail
 
-/// What the selector gives for each element, in order, the null marker where it gives nothing. With no selector, an
-/// empty array of the receiver's class.
+/// The results of the selector for each element, in order; the null marker stands for a result of nothing. Without a
+/// selector, an empty array of the receiver's class.
 template <class Selector>
 [[nodiscard]] Ref<NSArray> linq_select(const NSArray& receiver, Selector&& selector) {
   if (detail::isAbsent(selector)) return detail::emptyLike(receiver);
@@ -48,9 +48,9 @@ template <class Selector>
   return make<NSArray>(std::move(results));
 }
 
-/// The elements of all arrays that the selector gives, one after the other. The selector gives an array, or another
-/// range whose elements become Values; nothing and the null marker contribute nothing, and any other value raises
-/// NSInvalidArgumentException. With no selector, an empty array of the receiver's class.
+/// The elements of all arrays that the selector returns, one after the other. The selector returns an array or another
+/// range whose elements become Values. If it returns nothing or the null marker, it adds no elements. Any other value
+/// raises NSInvalidArgumentException. Without a selector, an empty array of the receiver's class.
 template <class Selector>
 [[nodiscard]] Ref<NSArray> linq_selectMany(const NSArray& receiver, Selector&& selector) {
   if (detail::isAbsent(selector)) return detail::emptyLike(receiver);

@@ -9,8 +9,8 @@
 
 namespace norvik {
 
-/// The predicate is true for every element; it is not called for those behind the first for which it is false. True
-/// for an empty array and with no predicate.
+/// True if the predicate is true for every element. The predicate is not called for the elements after the first one
+/// for which it is false. True for an empty array and without a predicate.
 template <class Predicate>
 [[nodiscard]] bool linq_all(const NSArray& receiver, Predicate&& predicate) {
   if (detail::isAbsent(predicate)) return true;
@@ -20,8 +20,8 @@ template <class Predicate>
   __builtin_unreachable();
 }
 
-/// The predicate is true for an element; it is not called for those behind. False for an empty array and with no
-/// predicate.
+/// True if the predicate is true for at least one element. The predicate is not called for the elements after that one.
+/// False for an empty array and without a predicate.
 template <class Predicate>
 [[nodiscard]] bool linq_any(const NSArray& receiver, Predicate&& predicate) {
   return !linq_firstOrNil(receiver, predicate).isAbsent();

@@ -1,12 +1,13 @@
-// NorvikCore/linq/NSArray+LINQ_Sets.h - arrays as sets: without repeats, without or with the elements of another.
+// NorvikCore/linq/NSArray+LINQ_Sets.h - arrays as sets: distinct elements, and differences, intersections and unions.
 //
 //   linq_distinct(*departments);
 //   linq_distinctWithBlock(*payslips, &Payslip::department);      // the first payslip of each department
 //   linq_except(*invited, paid);
 //
-// Elements are equal as Values are: 5 and 5.00 are one element, and the first is kept. Elements'
-// isEqual and hash must not change an array. An absent other array is an empty Ref. Where two rules hold, the first one
-// counts. Costs what hashing the elements costs, in constant time each. LINQ.h tells what all queries have in common.
+// Elements are equal as Values are: 5 and 5.00 are one element, and the first is kept. The isEqual and hash of elements
+// must not change an array. An absent other array is an empty Ref. If two rules of a function apply, the one that is
+// stated first decides. The cost is that of hashing the elements, and constant time for each. LINQ.h tells what all
+// queries have in common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -21,7 +22,7 @@ namespace detail {
 /// Values in the order in which they were added, each once.
 class DistinctValues {
  public:
-  /// Whether it was not there before.
+  /// Returns true if the value was not there before.
   bool add(const Value& value) {
     const std::uint32_t hash = PositionIndex::spread(value.hash());
     if (index_.find(hash, [&](std::size_t at) { return values_[at] == value; }) != PositionIndex::notFound)
@@ -43,11 +44,11 @@ class DistinctValues {
 
 }  // namespace detail
 
-/// Each element once, at its first place, as a mutable array. An empty receiver is returned itself.
+/// Each element once, at its first position, as a mutable array. An empty receiver is itself returned.
 [[nodiscard]] NK_EXPORT Ref<NSArray> linq_distinct(const NSArray& receiver);
 
-/// The first element of each key, as a mutable array. Elements for which the selector gives nothing are left out; the
-/// null marker is a key. An empty receiver is returned itself; for another one, an empty Block raises
+/// The first element of each key, as a mutable array. Elements for which the selector returns nothing are left out; the
+/// null marker is a key. An empty receiver is itself returned. If the receiver is not empty, an empty Block raises
 /// NSInvalidArgumentException.
 template <class KeySelector>
 [[nodiscard]] Ref<NSArray> linq_distinctWithBlock(const NSArray& receiver, KeySelector&& key) {
@@ -67,18 +68,18 @@ template <class KeySelector>
   return make<NSMutableArray>(std::move(firsts));
 }
 
-/// The elements that equal none of the other's, as a mutable array; what is repeated stays repeated. The receiver
-/// itself where either array is empty or there is no other.
+/// The elements that equal no element of the other array, as a mutable array. Repeated elements stay repeated. The
+/// receiver itself if either array is empty or there is no other array.
 [[nodiscard]] NK_EXPORT Ref<NSArray> linq_except(const NSArray& receiver, const Ref<NSArray>& other);
 
-/// The distinct elements that equal one of the other's, as a mutable array. The receiver itself, with its repeats,
-/// where either array is empty or there is no other. This is deliberate: what it has in common with nothing is
-/// everything.
+/// The distinct elements that equal an element of the other array, as a mutable array. The receiver itself, with its
+/// repeated elements, if either array is empty or there is no other array. This is deliberate, although the
+/// intersection with an empty set is empty.
 [[nodiscard]] NK_EXPORT Ref<NSArray> linq_intersect(const NSArray& receiver, const Ref<NSArray>& other);
 
-/// The distinct elements of the receiver and then those of the other that are not there yet, as a mutable array. The
-/// other itself (empty if there is none) where the receiver is empty; the receiver itself where there is no other or it
-/// is empty. Both come back with their repeats.
+/// The distinct elements of the receiver, then the elements of the other array that are not among them yet, as a
+/// mutable array. If the receiver is empty, the other array itself (an empty Ref if there is none). If there is no
+/// other array or it is empty, the receiver itself. An array that is itself returned keeps its repeated elements.
 [[nodiscard]] NK_EXPORT Ref<NSArray> linq_union(const NSArray& receiver, const Ref<NSArray>& other);
 
 }  // namespace norvik

@@ -8,7 +8,7 @@
 namespace norvik {
 namespace {
 
-/// The elements in the order of keys that stand beside them, in the same sequence.
+/// The elements in the order of their keys. `keys` holds each element's key and position.
 template <class Key, class IsBefore>
 Ref<NSArray> inOrderOf(std::span<const Value> elements, std::vector<std::pair<Key, std::size_t>> keys,
                        IsBefore isBefore) {
@@ -19,7 +19,8 @@ Ref<NSArray> inOrderOf(std::span<const Value> elements, std::vector<std::pair<Ke
   return make<NSArray>(std::move(sorted));
 }
 
-/// The same where every key holds a Content, which `read` finds in it; absent where one holds something else.
+/// The elements in the order of their keys, if every key holds a Content, which `read` returns. Absent if a key holds
+/// something else.
 template <class Content>
 std::optional<Ref<NSArray>> inOrderOfContents(std::span<const Value> elements, std::span<const Value> keys,
                                               const Content* (Value::*read)() const noexcept, bool ascending) {
@@ -61,7 +62,7 @@ Ref<NSArray> linq_orderByKey(const NSArray& receiver, const NSString& keyPath, b
     elements.push_back(element);
     keys.push_back(read(elements.back()));
   }
-  // The usual keys are all of one kind, and sort several times as fast as what they are, without Values around them.
+  // Keys are usually all of one type. Then they sort several times as fast without the Values around them.
   if (auto sorted = inOrderOfContents<Decimal>(elements, keys, &Value::decimal, ascending)) return *sorted;
   if (auto sorted = inOrderOfContents<NSString>(elements, keys, &Value::string, ascending)) return *sorted;
   if (auto sorted = inOrderOfContents<Date>(elements, keys, &Value::date, ascending)) return *sorted;

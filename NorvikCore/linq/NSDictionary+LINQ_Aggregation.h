@@ -3,7 +3,7 @@
 //
 //   linq_sum(*totalsByDepartment);
 //
-// Each operation is the one of NSArray+LINQ_Aggregation.h over the values. LINQ.h tells what all queries have in
+// Each operation is the one of NSArray+LINQ_Aggregation.h, applied to the values. LINQ.h tells what all queries have in
 // common.
 #pragma once
 
@@ -13,19 +13,19 @@
 
 namespace norvik {
 
-/// Absent for an empty dictionary. For another one with no accumulator, the receiver itself.
+/// Absent for an empty dictionary. Without an accumulator, the receiver itself unless it is empty.
 template <class Accumulator>
 [[nodiscard]] Value linq_aggregate(const NSDictionary& receiver, Accumulator&& accumulator) {
   return detail::accumulated(receiver, accumulator);
 }
 
-/// The Decimal 0 for an empty dictionary, the value itself where it is the only one, else the sum as a Decimal.
+/// The Decimal 0 for an empty dictionary; the value itself if it is the only one; otherwise the sum as a Decimal.
 [[nodiscard]] NK_EXPORT Value linq_sum(const NSDictionary& receiver);
 [[nodiscard]] NK_EXPORT Decimal linq_avg(const NSDictionary& receiver);
 [[nodiscard]] NK_EXPORT Value linq_max(const NSDictionary& receiver);
 [[nodiscard]] NK_EXPORT Value linq_min(const NSDictionary& receiver);
 
-/// How many values pass; all of them with no predicate.
+/// The number of values that pass; all values count if there is no predicate.
 template <class Predicate>
 [[nodiscard]] std::size_t linq_count(const NSDictionary& receiver, Predicate&& predicate) {
   if (detail::isAbsent(predicate)) return receiver.count();
@@ -41,7 +41,7 @@ template <class Predicate>
   return count;
 }
 
-// The collection operators @sum, @avg, @max and @min over the values, for the key of each.
+// The results of the collection operators @sum, @avg, @max and @min for the key of each value.
 [[nodiscard]] NK_EXPORT Decimal linq_sumForKey(const NSDictionary& receiver, const NSString& key);
 [[nodiscard]] NK_EXPORT Decimal linq_avgForKey(const NSDictionary& receiver, const NSString& key);
 [[nodiscard]] NK_EXPORT Value linq_maxForKey(const NSDictionary& receiver, const NSString& key);

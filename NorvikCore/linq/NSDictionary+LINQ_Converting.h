@@ -4,7 +4,7 @@
 //   linq_toArray(*totals);
 //   linq_toArrayWhereKey(*totals, [](const NSString& department) { return department != "Sales"; });
 //
-// With no predicate, all values. LINQ.h tells what all queries have in common.
+// Without a predicate the result has all values. LINQ.h tells what all queries have in common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"

@@ -4,7 +4,8 @@
 //   linq_whereKey(*rates, [](const NSString& band) { return band != "basic"; });
 //   linq_whereValue(*rates, [](const Decimal& rate) { return rate > 0; });
 //
-// Entries keep their order. With no predicate, the receiver itself. LINQ.h tells what all queries have in common.
+// Entries keep their order. Without a predicate the result is the receiver itself. LINQ.h tells what all queries have
+// in common.
 #pragma once
 
 #include "NorvikCore/linq/Closure.h"
@@ -43,7 +44,7 @@ template <class Predicate>
   __builtin_unreachable();
 }
 
-/// The entries for whose key the predicate is true.
+/// The entries whose key makes the predicate true.
 template <class Predicate>
 [[nodiscard]] Ref<NSDictionary> linq_whereKey(const NSDictionary& receiver, Predicate&& predicate) {
   if (detail::isAbsent(predicate)) return detail::itself(receiver);
@@ -54,7 +55,7 @@ template <class Predicate>
   __builtin_unreachable();
 }
 
-/// The entries for whose value the predicate is true.
+/// The entries whose value makes the predicate true.
 template <class Predicate>
 [[nodiscard]] Ref<NSDictionary> linq_whereValue(const NSDictionary& receiver, Predicate&& predicate) {
   if (detail::isAbsent(predicate)) return detail::itself(receiver);
@@ -65,7 +66,7 @@ template <class Predicate>
   __builtin_unreachable();
 }
 
-/// The entries whose key's or value's class is that one or below it, as linq_ofType of an array has it.
+/// The entries whose key or value is of class `wanted` or of a subclass, by the rules of linq_ofType for arrays.
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> linq_ofTypeKey(const NSDictionary& receiver, const Class& wanted);
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> linq_ofTypeValue(const NSDictionary& receiver, const Class& wanted);
 template <class T>

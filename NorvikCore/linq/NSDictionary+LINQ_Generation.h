@@ -1,10 +1,11 @@
-// NorvikCore/linq/NSDictionary+LINQ_Generation.h - dictionaries from the numbers 0, 1, 2 ... to numbers or repeats.
+// NorvikCore/linq/NSDictionary+LINQ_Generation.h - dictionaries from the keys 0, 1, 2 ... to numbers or repeated
+// objects.
 //
 //   linq_from<NSDictionary>(5, 7);                               // {0: 5, 1: 6, 2: 7}
 //   linq_repeat<NSMutableDictionary>("unpaid", 12);              // {0: "unpaid", ... 11: "unpaid"}
 //
-// The class of the result is the template argument; without one, these operations make arrays. What
-// NSArray+LINQ_Generation.h says of classes that are known only at run time and of memory holds here too.
+// The class of the result is the template argument; without one, these operations create arrays. The rules of
+// NSArray+LINQ_Generation.h for classes that are known only at run time, and for memory, apply here too.
 #pragma once
 
 #include "NorvikCore/linq/NSArray+LINQ_Generation.h"
@@ -13,8 +14,8 @@
 namespace norvik {
 namespace detail {
 
-/// A dictionary of that class, from the indexes of the values to them; raises NSInvalidArgumentException where no empty
-/// one can be made.
+/// A dictionary of that class, from the indexes of the values to the values. Raises NSInvalidArgumentException if no
+/// empty dictionary of that class can be created.
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> indexed(const Class& receivingClass, std::vector<Value> values);
 
 }  // namespace detail
@@ -24,8 +25,8 @@ template <std::derived_from<NSDictionary> Dictionary>
   return detail::collectionOf<Dictionary>(receivingClass, detail::indexed(receivingClass, {}));
 }
 
-/// To the integers from the first to the second, both included, upwards or downwards. Where both are equal, the
-/// dictionary is empty. This is deliberate.
+/// The values are the integers from the first to the second, both included, upwards or downwards. If both are equal,
+/// the dictionary is empty. This is deliberate.
 template <std::derived_from<NSDictionary> Dictionary>
 [[nodiscard]] Ref<Dictionary> linq_from(const Class& receivingClass, std::int64_t from, std::int64_t to) {
   return detail::collectionOf<Dictionary>(receivingClass, detail::indexed(receivingClass, detail::integers(from, to)));
@@ -35,7 +36,8 @@ template <std::derived_from<NSDictionary> Dictionary>
   return linq_from<Dictionary>(Dictionary::staticClass(), from, to);
 }
 
-/// To the object, so many times; empty where the count is below 1 or the object absent.
+/// The value of each entry is the object, and there are `count` entries. Empty if the count is below 1 or the object is
+/// absent.
 template <std::derived_from<NSDictionary> Dictionary>
 [[nodiscard]] Ref<Dictionary> linq_repeat(const Class& receivingClass, const Value& object, std::int64_t count) {
   return detail::collectionOf<Dictionary>(receivingClass,

@@ -5,7 +5,8 @@
 namespace norvik {
 namespace {
 
-/// The entries at the positions from `first` up to `end`, without it, where there are more than `count`.
+/// The entries at the positions from `first` to `end`, excluding `end`. Empty if the receiver has at most `count`
+/// entries.
 Ref<NSDictionary> part(const NSDictionary& receiver, std::size_t count, std::size_t first, std::size_t end) {
   const Ref<NSDictionary> result = detail::emptyOfClassOf(receiver);
   if (receiver.count() <= count) return result;

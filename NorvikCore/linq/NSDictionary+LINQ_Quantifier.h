@@ -10,8 +10,8 @@
 
 namespace norvik {
 
-/// predicate(key, value) is true for every entry; it is not called for those behind the first for which it is false.
-/// True for an empty dictionary and with no predicate.
+/// True if predicate(key, value) is true for every entry. The predicate is not called for the entries after the first
+/// one for which it is false. True for an empty dictionary and without a predicate.
 template <class Predicate>
 [[nodiscard]] bool linq_all(const NSDictionary& receiver, Predicate&& predicate) {
   bool allPass = true;
@@ -24,8 +24,8 @@ template <class Predicate>
   return allPass;
 }
 
-/// predicate(key, value) is true for an entry; it is not called for those behind. False for an empty dictionary and
-/// with no predicate.
+/// True if predicate(key, value) is true for at least one entry. The predicate is not called for the entries after that
+/// one. False for an empty dictionary and without a predicate.
 template <class Predicate>
 [[nodiscard]] bool linq_any(const NSDictionary& receiver, Predicate&& predicate) {
   bool anyPasses = false;

@@ -9,7 +9,7 @@ bool _isEmpty(const NSDictionary& dictionary) noexcept { return dictionary.count
 
 bool isNothing(const Ref<NSDictionary>& other) noexcept { return !other || _isEmpty(*other); }
 
-/// The first entry of the receiver for each of these values, in the order of the values.
+/// The receiver's first entry for each of these values, in the order of the values.
 Ref<NSMutableDictionary> _aux_dictionary_with_values(const NSDictionary& receiver, const NSArray& values) {
   std::vector<const NSDictionary::Entry*> firsts;
   detail::PositionIndex index;

@@ -36,7 +36,7 @@ int main() {
 
   payslip->setGrossPay(2500_dec);               // the field's value is 2.5
   field->setValue(Value(2.6_dec));              // the gross pay is 2600
-  nk_updateBoundValue(*field, Value(2.7_dec));  // 2700, by way of the user's edit
+  nk_updateBoundValue(*field, Value(2.7_dec));  // 2700, as if the user had typed 2.7
   std::cout << payslip->grossPay() << " " << field->value() << "\n";
 
   Ref<NSError> error;

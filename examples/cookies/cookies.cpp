@@ -7,11 +7,11 @@
 using namespace norvik;
 
 int main() {
-  // What was typed, with a space in it.
+  // An address as typed, with a space in it.
   const Ref<NSURL> slips = nk_URLWithString("HTTPS://Pay.Example.co.uk/slips/April 2024");
   std::cout << slips->absoluteString() << "\n";
 
-  // A storage of the example's own, in memory only, because all of its cookies end with the session.
+  // The example's own storage. It stays in memory, because all of its cookies end with the session.
   const auto storage = make<NSHTTPCookieStorage>("/tmp/example/cookies.sqlite");
   storage->setCookieLine("session=4711; Path=/; Secure; HttpOnly", *slips);
   storage->setCookieLine("lang=en-GB; Domain=example.co.uk", *slips);

@@ -1,4 +1,4 @@
-// examples/diagnostics/crash.cpp - a program that ends by an exception that is not caught, and what its log says of it.
+// examples/diagnostics/crash.cpp - a program that an uncaught exception ends, and the report in its log.
 #include "NorvikCore/logging/DDCrashHandler.h"
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"

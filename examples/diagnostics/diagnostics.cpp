@@ -1,4 +1,4 @@
-// examples/diagnostics/diagnostics.cpp - a program to stop in a debugger, which shows what a payment has.
+// examples/diagnostics/diagnostics.cpp - a program to stop in a debugger, which shows the properties of a payment.
 #include "NorvikCore/diagnostics/NSObject+MK_AutoDescribe.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
@@ -18,7 +18,7 @@ class Payment : public NSObject {
 };
 
 void pay(const Ref<Payment>& payment) {
-  mk_printObject(*payment);  // for an hour, without a debugger
+  mk_printObject(*payment);  // temporary, for use without a debugger
 }
 
 int main() {

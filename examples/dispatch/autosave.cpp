@@ -1,5 +1,4 @@
-// examples/dispatch/autosave.cpp - hours that any thread may change, and that save themselves once a burst of changes
-// is over.
+// examples/dispatch/autosave.cpp - hours that any thread may change. They save themselves after a burst of changes.
 #include "NorvikCore/dispatch/TSKBlockOperation.h"
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/dispatch/Semaphore.h"
@@ -30,7 +29,7 @@ class Hours {
     });
   }
 
-  /// Nobody sees half of it: set() is called in place, as this is the queue already.
+  /// Other threads see both changes or none. set() runs in place, because this is the queue already.
   void swap(const std::string& name, const std::string& other) {
     queue_->dispatchSynchronously([&] {
       const int hours = hours_[name];
@@ -67,4 +66,4 @@ int main() {
   const auto report = hours.report();
   report->waitUntilFinished();
   hours.set("Bob", 40);
-}  // what is unsaved is saved
+}  // the destructor saves the last change

@@ -1,4 +1,4 @@
-// examples/dispatch/glib_loop.cpp - a GLib or GTK program, whose main loop runs the main queue's blocks.
+// examples/dispatch/glib_loop.cpp - a GLib or GTK program whose main loop runs the main queue's blocks.
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 
 #include <glib-unix.h>
@@ -27,7 +27,7 @@ template <class Done>
 void startImport(Done done) {
   auto reader = TSKDispatchQueue::dispatchQueueWithLabel("import");
   reader->dispatchAsynchronously([done] {
-    const int employees = 40;  // as many as were read
+    const int employees = 40;  // stands for the number of employees read
     TSKDispatchQueue::mainDispatchQueue()->dispatchAsynchronously([done, employees] {
       std::printf("%d employees\n", employees);
       done();

@@ -1,4 +1,5 @@
-// examples/environment/environment.cpp - where a program keeps its data, and what it says of itself and the machine.
+// examples/environment/environment.cpp - the folders of a program's data, and properties of the program and the
+// machine.
 #include "NorvikCore/Categories/NSFileManager+DirectoryLocations.h"
 #include "NorvikCore/Categories/NSFileManager+Norvik.h"
 #include "NorvikCore/Categories/NSProcessInfo+Norvik.h"

@@ -1,4 +1,4 @@
-// The console logger, with colours where standard error is a terminal.
+// The console logger, with colours if standard error is a terminal.
 #include "NorvikCore/logging/DDLogMacros.h"
 #include "NorvikCore/logging/DDTTYLogger.h"
 

@@ -1,4 +1,4 @@
-// examples/logging/databases.cpp - a program that keeps its log in a database.
+// examples/logging/databases.cpp - a program that writes its log to a database.
 //
 //   databases FILE        logs to the SQLite database
 #include "NorvikCore/logging/DDLogMacros.h"
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   }
   auto database = DDSQLiteLogger::initWithPath(argv[1]);
   database->setMaxAge(30 * 24 * 60 * 60);  // seconds; a week unless set
-  database->setSaveInterval(5);            // at the latest so long after an entry; a minute unless set
+  database->setSaveInterval(5);            // seconds from an entry to its save, at most; a minute unless set
   DDLog::addLogger(database, LOG_LEVEL_INFO);
 
   ddLogLevel = LOG_LEVEL_INFO;

@@ -1,6 +1,6 @@
 // examples/logging/logging.cpp - a program that logs to a rolling file, with a logger and a formatter of its own.
 //
-//   logging FOLDER        writes a log into the folder and prints what was counted
+//   logging FOLDER        writes a log into the folder and prints the number of errors
 #include "NorvikCore/logging/DDFileLogger.h"
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
 #include "NorvikCore/logging/DDLogMacros.h"
@@ -36,7 +36,7 @@ class Transcript : public DDAbstractLogger {
       entry.appendText(text);  // or formatter()->appendLogEntry(text, entry)
       text += '\n';
     }
-    return run.count();  // fewer: the others come again
+    return run.count();  // if fewer, the remaining entries are passed again
   }
   std::string text;
 };

@@ -32,8 +32,8 @@ int main() {
                                             NSKeyValueObservingOptionNew, show);
   slip->employee()->setName("Sian");  // the window shows it
 
-  slip->setEmployee(make<Employee>());    // the window shows the empty name of another one,
-  slip->employee()->setName("Zo\u00EB");  // whom it follows from now on
+  slip->setEmployee(make<Employee>());    // the window shows the empty name of the new employee,
+  slip->employee()->setName("Zo\u00EB");  // and follows the new employee from now on
   controller = nullptr;                   // all its observations end
   slip->employee()->setName("Ann");
 }

@@ -21,7 +21,7 @@ bool isTooLarge(const NSNumber& number) {
   return amount > largest || amount < -largest;
 }
 
-/// Without what a run of digits has beyond those that a Decimal holds.
+/// Removes the digits of each run of digits that exceed the number of digits of a Decimal.
 std::string withShortNumbers(std::string_view text) {
   std::string result;
   int digits = 0;

@@ -9,15 +9,15 @@
 
 namespace payrun {
 
-/// Keeps one formatter, as a text field would. Confined to the thread that uses it.
+/// Keeps one formatter, as a text field does. Confined to the thread that uses it.
 class AmountReader {
  public:
   AmountReader();
 
   enum class Problem { NoAmount, TooLarge };
 
-  /// The amount rounded to the penny, a half away from zero. Where the whole text is not one amount of at most
-  /// 999,999,999.99 either way there is none, and the problem says why.
+  /// The amount rounded to the penny, a half away from zero. Absent if the text is not exactly one amount from
+  /// -999,999,999.99 to 999,999,999.99; then `problem` holds the reason.
   [[nodiscard]] std::optional<norvik::Decimal> read(std::string_view text, Problem& problem) const;
 
  private:

@@ -103,7 +103,7 @@ std::size_t numberIn(const std::string& option, const std::string& text, std::si
   return number;
 }
 
-/// Option names to their values; those that stand alone have an empty one.
+/// Maps option names to their values. An option without a value has an empty one.
 std::map<std::string, std::string> optionsIn(const std::vector<std::string>& words) {
   static const std::set<std::string> alone = {"--help", "--version", "--diagnose", "--watch", "--payslips"};
   static const std::set<std::string> valued = {"--input", "--month", "--output",   "--logs",    "--log",

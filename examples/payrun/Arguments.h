@@ -1,4 +1,4 @@
-// examples/payrun/Arguments.h - what the command line asks for.
+// examples/payrun/Arguments.h - the parsed command line.
 #pragma once
 
 #include <cstddef>
@@ -22,26 +22,26 @@ struct Arguments {
   int month = 0;                                // tax month, 1 (from 6 April) to 12 (to 5 April)
   std::optional<std::filesystem::path> output;  // absent: standard output
   LogChoice log{.file = true};
-  std::size_t people = 0;                     // to generate
-  bool payslips = false;                      // on standard output
-  std::optional<std::filesystem::path> html;  // the folder for payslips as pages
-  std::optional<std::filesystem::path> pdf;   // the folder for payslips on paper
+  std::size_t people = 0;                     // number of people to generate
+  bool payslips = false;                      // payslips on standard output
+  std::optional<std::filesystem::path> html;  // the folder for payslips as web pages
+  std::optional<std::filesystem::path> pdf;   // the folder for payslips as PDF files
   std::optional<std::filesystem::path> form;  // the payslips' template; absent: the installed one
 
   [[nodiscard]] bool wantsPayslips() const { return payslips || html || pdf; }
 };
 
-/// A command line that cannot be followed; what() says why.
+/// An invalid command line; what() gives the reason.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
 using programs::withoutValue;
-/// Refuses a path that begins with "~", which the shell has not replaced. Throws UsageError.
+/// Refuses a path that still begins with "~", because the shell has not replaced it. Throws UsageError.
 void refuseTilde(std::string_view option, std::string_view path);
 
-/// Takes `--name value` and `--name=value`, each once, in any order. Throws UsageError.
+/// Accepts `--name value` and `--name=value`, each option once, in any order. Throws UsageError.
 Arguments parseArguments(const std::vector<std::string>& words);
 
 /// The text of --help.

@@ -15,7 +15,7 @@ bool CsvReader::next() {
   recordBegin_ = position_;
   readField();
   while (!atLineEnd()) {
-    ++position_;  // the comma, at which every field ends that is not the last
+    ++position_;  // the comma, which ends every field except the last
     readField();
   }
   recordEnd_ = position_;
@@ -40,7 +40,7 @@ void CsvReader::readField() {
 
 void CsvReader::readQuotedField() {
   const std::size_t begin = position_++;
-  std::string* unquoted = nullptr;  // only made for a field with doubled quotation marks
+  std::string* unquoted = nullptr;  // created only for a field with doubled quotation marks
   std::size_t from = position_;
   while (true) {
     const std::size_t quote = text_.find('"', position_);

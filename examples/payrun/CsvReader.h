@@ -1,10 +1,10 @@
-// examples/payrun/CsvReader.h - records of a CSV file as RFC 4180 has them, with the place of every field.
+// examples/payrun/CsvReader.h - reads the records of a CSV file (RFC 4180), with the position of every field.
 //
 //   TextFile file("employees.csv");
 //   for (CsvReader records(file); records.next();) use(records[0].text, records[1].text);
 //
-// Lines end in LF or CRLF; a quoted field may hold commas, line ends and doubled quotation marks; lines that are wholly
-// empty are passed over. A quotation mark anywhere else, or one that is never closed, is refused.
+// Lines end in LF or CRLF. A quoted field may contain commas, line ends and doubled quotation marks. Empty lines are
+// skipped. A quotation mark at any other place, or one that is never closed, is refused.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@
 
 namespace payrun {
 
-/// A field without its quotes, and the offset in the file of its first character (the opening quote of a quoted one).
+/// A field without its quotes, and the offset of its first character in the file. A quoted field begins with its quote.
 struct CsvField {
   std::string_view text;
   std::size_t offset = 0;
@@ -33,9 +33,9 @@ class CsvReader {
 
   [[nodiscard]] std::size_t size() const { return fields_.size(); }
   [[nodiscard]] const CsvField& operator[](std::size_t index) const { return fields_[index]; }
-  /// The record as it stands in the file, without its line end.
+  /// The record as in the file, without its line end.
   [[nodiscard]] CsvField record() const;
-  /// How many bytes have been read.
+  /// The number of bytes that were read.
   [[nodiscard]] std::size_t position() const { return position_; }
   [[nodiscard]] const TextFile& file() const { return file_; }
 

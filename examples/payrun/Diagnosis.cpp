@@ -32,7 +32,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Preferences that say nothing of a person, an employer or a place, whoever may read them.
+/// Preferences that reveal nothing about a person, an employer or a place.
 bool isHarmless(const NSString& key) {
   const NSString* const harmless[] = {
       &NKAddDuplicateEmployerPAYERefWarningEnabled,
@@ -88,7 +88,7 @@ struct Line {
   std::string label, text;
 };
 
-/// The lines of one section, one label below the other. What is raised while they are found becomes the last of them.
+/// Appends the lines of one section. If `find` raises an exception, its reason is the last line.
 void appendSection(std::string& result, const std::string& heading,
                    const std::function<void(std::vector<Line>&)>& find) {
   std::vector<Line> lines;
@@ -97,7 +97,7 @@ void appendSection(std::string& result, const std::string& heading,
   } catch (const std::exception& error) {
     lines.push_back({"cannot be told", oneLine(error.what(), 500)});
   }
-  std::size_t width = 20;  // so that short sections are alike
+  std::size_t width = 20;  // so that short sections have the same width
   for (const Line& line : lines) width = std::max(width, cellCount(line.label));
   result += "\n" + heading + "\n";
   for (const Line& line : lines) {
@@ -109,7 +109,7 @@ std::string errorOf(const char* path, int access) {
   return ::access(path, access) == 0 ? "" : std::system_category().message(errno);
 }
 
-/// Whether a folder is there and can be written to; where it is not there, whether it can be made.
+/// Whether a folder exists and is writable; if it does not exist, whether it can be created.
 std::string stateOf(const NSString& folder) {
   const fs::path path(folder.fileSystemRepresentation());
   std::error_code error;

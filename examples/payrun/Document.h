@@ -1,8 +1,8 @@
-// examples/payrun/Document.h - a text in blocks, ready to be shown on a terminal, in a browser or on paper.
+// examples/payrun/Document.h - a text in blocks, which can be shown on a terminal, in a browser or on paper.
 //
-// The style of a text is its attributes: NSFontAttributeName (size, bold, italic), the two colours, NSUnderlineStyle-
-// AttributeName and NSLinkAttributeName. A unit without a font has documentFont(). Texts have no tab and no control
-// character but the line feed, which begins a new line.
+// The style of a text is its attributes: NSFontAttributeName (size, bold, italic), the two colours,
+// NSUnderlineStyleAttributeName and NSLinkAttributeName. Text without a font has documentFont(). Texts contain no tab
+// and no control character except the line feed, which begins a new line.
 #pragma once
 
 #include <variant>
@@ -14,7 +14,7 @@
 
 namespace payrun {
 
-/// The font of what names none: Sans, 10 points.
+/// The font of text without a font attribute: Sans, 10 points.
 inline norvik::Ref<norvik::NSFont> documentFont() { return norvik::NSFont::fontWithName("Sans", 10); }
 
 struct Paragraph {
@@ -28,13 +28,13 @@ struct Cell {
 };
 
 struct Row {
-  std::vector<Cell> cells;  // one for each column; those at the end may be left out
+  std::vector<Cell> cells;  // one for each column; cells at the end may be missing
   bool isHeading = false;
   bool hasRuleAbove = false;
 };
 
 struct DocumentTable {
-  std::vector<Row> rows;  // at least one, and one with a cell
+  std::vector<Row> rows;  // at least one row, and at least one row with a cell
 };
 
 /// A line across the page.

@@ -16,7 +16,7 @@ using namespace norvik;
 
 namespace {
 
-// No script runs and nothing is fetched, whatever the page holds.
+// The page forbids all scripts and all loading, whatever its content is.
 constexpr const char* head = R"(<!DOCTYPE html>
 <html lang="en-GB">
 <head>
@@ -60,7 +60,7 @@ tr.rule td { border-top: 1px solid #c9ced6; }
 </style>
 )";
 
-/// A text's size as a multiple of the document's font; where it has several, the largest.
+/// The size of a text as a multiple of the document's font size; the largest if there are several sizes.
 double sizeOf(const NSAttributedString& text, const NSFont& body) {
   double size = 1;
   for (const auto& [range, attributes] : text) {
@@ -70,13 +70,13 @@ double sizeOf(const NSAttributedString& text, const NSFont& body) {
   return size;
 }
 
-/// Finds the size with which a document is printed, from how many lines it has about. Letters are taken as wide as
-/// figures, which most are not.
+/// Finds the font size for printing a document, from an estimate of its number of lines. It assumes that all letters
+/// are as wide as digits, although most are narrower.
 class Sheet {
  public:
   explicit Sheet(const Document& document) : document_(document) {}
 
-  /// In half points: the largest with which all lines find place on a sheet, from 10 to 6.
+  /// In steps of half a point: the largest size from 10 to 6 with which all lines fit on a sheet, or 6.
   [[nodiscard]] double printSize() const {
     constexpr double largest = 10, least = 6, step = 0.5;
     double size = largest;
@@ -88,7 +88,7 @@ class Sheet {
   static constexpr double sheetWidth = (210 - 2 * 12) * 72 / 25.4,
                           sheetHeight = (297 - 2 * 12) * 72 / 25.4;  // in points
   static constexpr double lineHeight = 1.25, letterWidth = 0.6, emptyLine = 0.7, ruleLine = 1.2, rowGap = 0.24,
-                          headingGap = 0.8, columnGap = 1.7;  // in em, the last in letters
+                          headingGap = 0.8, columnGap = 1.7;  // in em; columnGap in letters
 
   [[nodiscard]] double heightAt(double size) const {
     const double letters = sheetWidth / (size * letterWidth);
@@ -143,7 +143,7 @@ class Sheet {
   const Ref<NSFont> font_ = documentFont();
 };
 
-/// A word that would make its column too wide for a phone. Others are not broken.
+/// True if the text has a word that would make its column too wide for a phone. Other words are not broken.
 bool hasLongWord(const NSString& text) {
   constexpr std::size_t longest = 12;
   std::size_t cells = 0;

@@ -7,8 +7,8 @@
 
 namespace payrun {
 
-/// A complete page that refers to nothing outside of it. It is readable on a phone, and prints on one sheet of A4 as
-/// long as letters of 6 points do; beyond that on more.
+/// A complete page that refers to no other file. It is readable on a phone. It prints on one sheet of A4 if letters of
+/// 6 points or more are small enough, and on several sheets otherwise.
 std::string htmlDocument(const Document& document);
 
 }  // namespace payrun

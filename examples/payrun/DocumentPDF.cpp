@@ -22,19 +22,19 @@ constexpr double headingGap = 10;  // above headings within a table
 constexpr double thickness = 0.6;
 constexpr NSSize page = a4Paper;
 
-/// How large everything is printed, in points.
+/// The sizes of the printed parts, in points.
 struct Print {
   double margin, rowGap;
   double scale;  // of the fonts
 };
 
 constexpr Print ordinary{56, 4, 1};
-// Beyond the last one a text of 10 points is hard to read.
+// A text of 10 points is hard to read at less than the last scale.
 constexpr Print tighter[] = {{45, 3, 1}, {40, 2, 1}, {40, 2, 0.95}, {40, 2, 0.9}, {40, 2, 0.85}, {40, 2, 0.8}};
 
 using Text = Ref<NSAttributedString>;
 
-/// The same text in fonts of the scale; what has no font has the document's.
+/// The same text with its fonts multiplied by the scale. Text without a font gets the document's font.
 Text inFonts(const Text& text, double scale) {
   bool isComplete = scale == 1;
   for (const auto& run : *text) isComplete = isComplete && run.attributes->objectForKey(NSFontAttributeName).isObject();
@@ -64,8 +64,8 @@ double lineHeight(double scale) {
   return sizeWithAttributes("", NSDictionary::dictionaryWithObject(font, NSFontAttributeName)).height;
 }
 
-/// Takes the beginning of the text that is no higher, at least a character of it, and ends it behind a blank where it
-/// has one. What is left may be empty.
+/// Removes a beginning of at most `height` from the text and returns it. It has at least one character, and ends after
+/// a blank if it contains one. The rest may be empty.
 Text takeFitting(Text& text, double width, double height) {
   if (sizeOfText(*text, width).height <= height) return std::exchange(text, make<NSAttributedString>());
   const auto beginning = [&](NSUInteger length) { return text->attributedSubstringFromRange({0, length}); };
@@ -98,7 +98,7 @@ struct PlacedLine {
   double y;
 };
 
-/// Places blocks one below the other, page after page.
+/// Places blocks one below the other, on as many pages as needed.
 class Pages {
  public:
   explicit Pages(const Print& print) : print_(print) {}
@@ -162,7 +162,7 @@ class Pages {
   }
 
  private:
-  /// True where a new page is begun for what is so high.
+  /// Begins a new page if `height` does not fit on this one. Returns true if it did.
   bool makeRoom(double height) {
     if (y_ + height <= end_ || y_ == print_.margin) return false;
     ++count_;
@@ -170,7 +170,7 @@ class Pages {
     return true;
   }
 
-  /// A row that is higher than a page becomes several.
+  /// Splits a row that is higher than a page into several rows.
   std::vector<Row> withoutTallRows(std::vector<Row> rows, const std::vector<double>& widths) const {
     double headings = 0;
     for (const Row& row : rows) headings = row.isHeading ? std::max(headings, rowHeight(row, widths)) : headings;
@@ -194,7 +194,7 @@ class Pages {
     return result;
   }
 
-  /// The height of a row and of the rows that must share its page: a heading keeps its first row, and an item its
+  /// The height of a row and of the rows that must be on its page: a heading with its first row, and an item with its
   /// total.
   static double heightTogether(const std::vector<Row>& rows, const std::vector<double>& heights, std::size_t from) {
     double height = heights[from];
@@ -229,8 +229,9 @@ class Pages {
     return height + print_.rowGap;
   }
 
-  /// As wide as the texts want. Too wide together, the widest columns of left-aligned texts are narrowed, whose texts
-  /// are wrapped then; room that is left goes to the widest of them.
+  /// The columns have the width of their widest texts. If they are too wide together, the widest columns of
+  /// left-aligned texts are narrowed first and their texts are wrapped. If there is room left, the widest of these
+  /// columns gets it.
   std::vector<double> columnWidths(const std::vector<Row>& rows) const {
     std::vector<double> widths;
     std::vector<bool> isRight;
@@ -256,12 +257,12 @@ class Pages {
         }
         if (widest < widths.size()) break;
       }
-      if (widest == widths.size()) return widths;  // more columns than a page can show
+      if (widest == widths.size()) return widths;  // more columns than fit on a page
       if (excess <= 0) {
         widths[widest] -= excess;
         return widths;
       }
-      // Down to the next widest at most, so that columns of one kind share the loss.
+      // Narrows to the width of the next widest column at most, so that columns of the same kind are narrowed equally.
       double next = narrowestColumn;
       for (std::size_t i = 0; i < widths.size(); ++i) {
         if (isRight[i] == isRight[widest] && widths[i] < widths[widest]) next = std::max(next, widths[i]);

@@ -7,9 +7,9 @@
 
 namespace payrun {
 
-/// A PDF file. A text that needs a little more than a page is printed smaller, down to four fifths, on one. Otherwise a
-/// table continues on the next page below its headings; a total stays with the row above it, and each page has its
-/// number at its foot. Any thread.
+/// A PDF file. A text that needs slightly more than a page is printed smaller, at four fifths or more, so that it fits
+/// on one page. Otherwise a table continues on the next page below its headings. A total stays on the page of the row
+/// above it. If there are several pages, each has its number at its foot. Any thread.
 std::string pdfDocument(const Document& document);
 
 }  // namespace payrun

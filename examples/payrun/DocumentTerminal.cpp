@@ -21,11 +21,11 @@ struct TextLine {
   std::size_t cells = 0;
 };
 
-/// Breaks a text at its line feeds, and into lines of at most `width` cells.
+/// Breaks a text at its line feeds and into lines of at most `width` cells.
 std::vector<TextLine> linesOf(const NSAttributedString& text, std::size_t width) {
   std::vector<TextLine> lines;
-  TextLine line;        // so far
-  TextLine untilBlank;  // the part of it before its last blank
+  TextLine line;        // the current line
+  TextLine untilBlank;  // the current line up to its last blank
   bool hasBlank = false;
   NSUInteger at = 0;
   const auto begin = [&](NSUInteger where) {
@@ -98,7 +98,7 @@ Columns columnsOf(const DocumentTable& table) {
   return columns;
 }
 
-/// Takes from the widest column until all fit, and from those on the right last.
+/// Narrows the widest column until all columns fit; right-aligned columns are narrowed last.
 void shrink(Columns& columns, std::size_t width) {
   constexpr std::size_t least = 4;
   for (const bool right : {false, true}) {
@@ -114,7 +114,8 @@ void shrink(Columns& columns, std::size_t width) {
   }
 }
 
-/// Widens the last column that is not on the right, so that amounts of all tables end where the page does.
+/// Widens the last column that is not right-aligned, so that the amounts of all tables end at the right edge of the
+/// page.
 void stretch(Columns& columns, std::size_t width) {
   const auto last = std::find(columns.areRight.rbegin(), columns.areRight.rend(), false);
   if (!columns.hasRight() || last == columns.areRight.rend() || columns.total() >= width) return;
@@ -178,7 +179,7 @@ class TerminalWriter {
       height = std::max(height, cells.back().size());
     }
     for (std::size_t y = 0; y < height; ++y) {
-      std::size_t blanks = 0;  // before the next text: none are left at the end of a line
+      std::size_t blanks = 0;  // blanks before the next text, so that a line does not end with blanks
       for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i > 0) blanks += gap;
         const TextLine line = y < cells[i].size() ? cells[i][y] : TextLine{};

@@ -1,4 +1,4 @@
-// examples/payrun/DocumentTerminal.h - a document in the lines of a terminal.
+// examples/payrun/DocumentTerminal.h - a document as lines of a terminal.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,9 @@
 
 namespace payrun {
 
-/// In lines of at most `width` cells, each with a line feed. Texts that are too long are wrapped at blanks, or within a
-/// word that is longer than its place; amounts and other texts on the right only where nothing else is left to shrink.
+/// Lines of at most `width` cells, each with a line feed. Texts that are too long are wrapped at blanks, or within a
+/// word that is longer than its column. Right-aligned texts such as amounts are wrapped only if no other column can be
+/// narrowed.
 std::string terminalDocument(const Document& document, std::size_t width, norvik::TerminalColors colors);
 
 }  // namespace payrun

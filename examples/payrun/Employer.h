@@ -1,4 +1,4 @@
-// examples/payrun/Employer.h - who pays whom: an employer, its departments and its employees.
+// examples/payrun/Employer.h - an employer, its departments and its employees.
 #pragma once
 
 #include <cstddef>
@@ -20,15 +20,15 @@ struct Employee {
   std::size_t department = 0;  // index in the employer's departments
   std::string sortCode;        // three pairs of digits: 12-34-56
   std::string account;         // eight digits
-  std::string address;         // its parts separated by commas; empty where none is known
+  std::string address;         // parts separated by commas; empty if unknown
 };
 
 class Employer {
  public:
   std::string name, payeReference;
-  int taxYear = 0;  // the year in which it begins: 2024 is 2024-25
+  int taxYear = 0;  // the year in which the tax year begins: 2024 is 2024-25
 
-  /// False where the code, or the number, is there already.
+  /// Returns false if the code or the number exists already.
   bool add(Department department);
   bool add(Employee employee);
 

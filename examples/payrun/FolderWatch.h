@@ -1,4 +1,4 @@
-// examples/payrun/FolderWatch.h - which files of a folder changed, told by a descriptor to poll.
+// examples/payrun/FolderWatch.h - reports which files of a folder changed; its descriptor can be polled.
 #pragma once
 
 #include <filesystem>
@@ -10,20 +10,20 @@ namespace payrun {
 class FolderWatch {
  public:
   struct Changes {
-    std::set<std::string> names;  // of the files that were written, made, renamed or removed
-    bool all = false;             // the system lost track: any file may have changed
-    bool gone = false;            // the folder itself was removed or renamed; nothing more will come
+    std::set<std::string> names;  // of the files that were written, created, renamed or removed
+    bool all = false;             // the system lost events: any file may have changed
+    bool gone = false;            // the folder itself was removed or renamed; no more changes will be reported
   };
 
-  /// Throws InputError where there is no such folder, std::system_error where it cannot be watched.
+  /// Throws InputError if there is no such folder, and std::system_error if it cannot be watched.
   explicit FolderWatch(const std::filesystem::path& folder);
   ~FolderWatch();
   FolderWatch(const FolderWatch&) = delete;
   FolderWatch& operator=(const FolderWatch&) = delete;
 
-  /// Readable when something happened; owned by this object.
+  /// Readable when there are changes; owned by this object.
   [[nodiscard]] int descriptor() const { return descriptor_; }
-  /// Takes what happened since the last call; never waits.
+  /// Returns the changes since the last call. Never blocks.
   Changes take();
 
  private:

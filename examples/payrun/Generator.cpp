@@ -21,10 +21,11 @@ using namespace norvik;
 
 namespace {
 
-/// A sequence that is the same everywhere (splitmix64), which the standard library's distributions do not promise.
+/// A sequence of numbers (splitmix64) that is the same on every platform. The standard library's distributions do not
+/// promise that.
 class Dice {
  public:
-  /// 0 to sides - 1.
+  /// A number from 0 to sides - 1.
   std::uint64_t roll(std::uint64_t sides) {
     state_ += 0x9E3779B97F4A7C15U;
     std::uint64_t mixed = state_;
@@ -86,8 +87,8 @@ void appendItem(std::string& text, std::size_t person, const std::string& date, 
           amountText(Decimal::decimalNumberWithMantissa(pence, -2, false)) + "\"\n";
 }
 
-/// Pay and deductions on the 28th of each calendar month; some people get a bonus in December, and one date in 500
-/// comes with a time of day.
+/// Pay and deductions on the 28th of each calendar month. Some people get a bonus in December, and one date in 500 has
+/// a time of day.
 std::string itemsOf(std::size_t people, Dice& dice) {
   constexpr int months = 12, firstMonth = 4, december = 8;
   std::vector<std::uint64_t> salaries(people);

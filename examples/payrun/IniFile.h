@@ -1,6 +1,6 @@
-// examples/payrun/IniFile.h - `key = value` lines under `[section]` lines, in their order.
+// examples/payrun/IniFile.h - reads `key = value` lines under `[section]` lines, in their order.
 //
-// Blank lines and lines that begin with ';' or '#' are comments. Blanks around keys and values do not count.
+// Blank lines and lines that begin with ';' or '#' are ignored. Blanks around keys and values are removed.
 #pragma once
 
 #include <string_view>
@@ -15,7 +15,7 @@ struct IniEntry {
   std::size_t keyOffset = 0, valueOffset = 0;
 };
 
-/// The entries of a file, which must outlive them. Throws InputError for a line that is neither, and for a key twice.
+/// The entries of a file, which must outlive them. Throws InputError for any other line, and for a repeated key.
 std::vector<IniEntry> readIni(const TextFile& file);
 
 }  // namespace payrun

@@ -25,7 +25,7 @@ bool isDigits(std::string_view text) {
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
 
-/// Refuses a text that would not stay on its line of the report.
+/// Refuses a text with characters that could break its line of the report.
 void checkPrintable(const TextFile& file, std::string_view text, std::size_t offset) {
   if (hasControlCharacter(text)) file.refuse(offset, quoted(text) + " has a control character");
 }
@@ -36,8 +36,7 @@ std::string listed(std::span<const std::string_view> words) {
   return result;
 }
 
-/// Reads the first record, which must be the headings, with or without those that are optional; gives how many there
-/// are.
+/// Reads the first record, which must be the headings, with or without the optional ones. Returns their number.
 std::size_t readHeadings(CsvReader& records, std::span<const std::string_view> headings, std::size_t optional = 0) {
   const auto required = headings.first(headings.size() - optional);
   const std::string wanted =
@@ -51,7 +50,7 @@ std::size_t readHeadings(CsvReader& records, std::span<const std::string_view> h
   return records.size();
 }
 
-/// Reads the next record, which must have as many fields as there are headings.
+/// Reads the next record, which must have one field for each heading.
 bool readRecord(CsvReader& records, std::size_t columns) {
   if (!records.next()) return false;
   if (records.size() != columns) {
@@ -99,7 +98,8 @@ void readIniOf(Employer& employer, const TextFile& file) {
   if (employer.departments().empty()) file.refuse(file.text().size(), "section \"departments\" has no department");
 }
 
-/// Six digits, with or without blanks or hyphens between the pairs, as three pairs; empty for anything else.
+/// Six digits, with or without blanks or hyphens between the pairs, are returned as three pairs. Empty for any other
+/// text.
 std::string sortCodeIn(std::string_view text) {
   std::string digits(text);
   if (text.size() == 8 && text[2] == text[5] && (text[2] == '-' || text[2] == ' ')) {
@@ -134,7 +134,7 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
   return employee;
 }
 
-/// "2024-05-28" or "2024-05-28 14:30:00", a day that exists.
+/// Parses "2024-05-28" or "2024-05-28 14:30:00". Absent if there is no such day.
 std::optional<Date> dateIn(std::string_view text) {
   constexpr std::string_view day = "0000-00-00", dayAndTime = "0000-00-00 00:00:00";
   const std::string_view form = text.size() == day.size() ? day : dayAndTime;
@@ -145,7 +145,7 @@ std::optional<Date> dateIn(std::string_view text) {
   return Date::dateWithString(text);
 }
 
-/// Counts lines from where it was asked last, so that many places in their order cost one pass.
+/// Counts lines from the offset of the last call, so that many ascending offsets cost one pass over the text.
 class LineCounter {
  public:
   explicit LineCounter(std::string_view text) : text_(text) {}

@@ -18,7 +18,7 @@ LivePayRun::LivePayRun(const std::filesystem::path& folder, int month)
       changes_(make<PayslipChanges>()),
       summary_(Summary::of(totals_)) {
   update();
-  changes_->take();  // at the beginning everybody is new
+  changes_->take();  // discards the changes, because at the start every payslip is new
 }
 
 std::string LivePayRun::report() const { return payrun::report(state_->run); }

@@ -1,4 +1,4 @@
-// examples/payrun/LivePayRun.h - a pay run whose payslips and totals are model objects that follow the files.
+// examples/payrun/LivePayRun.h - a pay run whose payslips and totals are model objects that are updated from the files.
 //
 // Confined to one queue.
 #pragma once
@@ -22,17 +22,19 @@ class LivePayRun {
   LivePayRun(const std::filesystem::path& folder, int month);
 
   [[nodiscard]] std::string report() const;
-  /// As they are now; for the caller to read from, until the next readAgain().
+  /// The current run. Valid until the next readAgain().
   [[nodiscard]] const PayRun& run() const { return state_->run; }
 
-  /// Something changed that readAgain() has to read: the people as well, or the items only.
+  /// Notes that a file changed, which readAgain() then reads: the files of people if `people`, otherwise only the
+  /// items.
   void noteChange(bool people) { peopleChanged_ |= people; }
-  /// Reads the files that changed, updates the model, and gives a line for each payslip that changed, came or went, and
-  /// one with the totals. Throws InputError, and then everything is as it was and stays to be read.
+  /// Reads the files that changed and updates the model. Returns a line for each payslip that was changed, added or
+  /// removed, and one with the totals. Throws InputError; then nothing is changed, and the next call reads the files
+  /// again.
   std::string readAgain();
 
  private:
-  /// An employer and the run that refers to it.
+  /// An employer, and the run that refers to it.
   struct State {
     std::shared_ptr<const Employer> employer;
     PayRun run;
@@ -44,7 +46,7 @@ class LivePayRun {
   const int month_;
   bool peopleChanged_ = false;
   std::unique_ptr<const State> state_;
-  std::map<std::string, norvik::Ref<LivePayslip>> payslips_;  // by employee's number
+  std::map<std::string, norvik::Ref<LivePayslip>> payslips_;  // by the employee's number
   norvik::Ref<LiveTotals> totals_;
   norvik::Ref<PayslipChanges> changes_;
   norvik::Ref<Summary> summary_;

@@ -23,7 +23,7 @@ class LivePayslip : public norvik::NSObject {
   NK_PROPERTY(norvik::Decimal, deductionsToDate, setDeductionsToDate)
 
  public:
-  /// Takes over what the run has for the employee at that index; sets only the properties that differ.
+  /// Copies the values of the employee at that index from the run. It sets only the properties that differ.
   void update(const PayRun& run, std::size_t index);
 };
 

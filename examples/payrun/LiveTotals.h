@@ -1,4 +1,4 @@
-// examples/payrun/LiveTotals.h - what the employer pays in the month, as a model object whose properties can be
+// examples/payrun/LiveTotals.h - the employer's totals of the month, as a model object whose properties can be
 // observed.
 #pragma once
 

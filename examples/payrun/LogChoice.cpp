@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::array<std::string_view, 5> kinds = {"console", "file", "sqlite=", "postgres=", "syslog"};
 
-/// The kind that the text begins with; empty where it begins with none.
+/// The kind at the beginning of the text, or empty.
 std::string_view kindOf(std::string_view text) {
   for (const std::string_view kind : kinds) {
     if (!text.starts_with(kind)) continue;
@@ -20,7 +20,7 @@ std::string_view kindOf(std::string_view text) {
   return {};
 }
 
-/// Where the value at the beginning of the text ends.
+/// The end of the value at the beginning of the text.
 std::size_t endOfValue(std::string_view text) {
   for (std::size_t comma = text.find(','); comma != text.npos; comma = text.find(',', comma + 1)) {
     if (!kindOf(text.substr(comma + 1)).empty()) return comma;

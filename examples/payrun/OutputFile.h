@@ -1,4 +1,4 @@
-// examples/payrun/OutputFile.h - files that are there in whole or not at all, as every program here writes them.
+// examples/payrun/OutputFile.h - files that exist completely or not at all, shared with the other programs.
 #pragma once
 
 #include "programs/common/OutputFile.h"

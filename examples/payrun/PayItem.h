@@ -1,4 +1,4 @@
-// examples/payrun/PayItem.h - one line of pay: what the payroll decided that somebody gets or is deducted on a day.
+// examples/payrun/PayItem.h - one line of pay: an amount that an employee gets, or that is deducted, on a day.
 #pragma once
 
 #include <cstddef>
@@ -12,14 +12,14 @@ namespace payrun {
 
 enum class ItemKind { Pay, Bonus, Deduction };
 
-/// Where an item stood that its time of day moved to the next day.
+/// The original date of an item that was moved to the next day because of its time of day.
 struct MovedFrom {
   std::size_t line = 0;   // of items.csv, from 1
-  norvik::Date day;       // the day before the one on which it counts
+  norvik::Date day;       // the day before the one on which the item counts
   std::string_view date;  // as typed
 };
 
-/// The texts are those of the record that is read, and valid until the next.
+/// The texts belong to the current record, and are valid until the next record is read.
 struct PayItem {
   std::size_t employee = 0;  // index in the employer's employees
   norvik::Date day;          // a payroll date: 00:00:00 UTC

@@ -1,4 +1,4 @@
-// examples/payrun/PayRun.h - what everybody is paid in a tax month, and has been since the tax year began.
+// examples/payrun/PayRun.h - the pay of all employees in a tax month, and since the start of the tax year.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace payrun {
 
-/// Pay with bonuses, and what is deducted from it.
+/// Pay with bonuses, and the deductions from it.
 struct Amounts {
   norvik::Decimal pay, deductions;
 
@@ -25,7 +25,7 @@ struct Payslip {
   Amounts month, toDate;       // toDate: from the tax year's first day to the month's last
 };
 
-/// An item of the month, as its payslip shows it.
+/// An item of the month, as the payslip shows it.
 struct PayslipItem {
   norvik::Date day;
   ItemKind kind = ItemKind::Pay;
@@ -33,13 +33,13 @@ struct PayslipItem {
   norvik::NSString description;
 };
 
-/// The people of a department, and their payslips added up.
+/// The number of people in a department, and the sums of their payslips.
 struct DepartmentTotal {
   std::size_t people = 0;
   Amounts month, toDate;
 };
 
-/// An item that its time of day moved into, out of or within the month.
+/// An item that was moved into, out of or within the month because of its time of day.
 struct MovedItem {
   std::size_t employee = 0;
   std::size_t line = 0;  // of items.csv
@@ -47,13 +47,13 @@ struct MovedItem {
   norvik::Date to;
 };
 
-/// Any number of threads may read one that nothing is added to.
+/// Several threads may read a run while no thread adds to it.
 class PayRun {
  public:
   /// The employer must outlive the run.
   PayRun(const Employer& employer, int month);
 
-  /// Items after the month's last day are of another pay run and do not count.
+  /// Items after the month's last day belong to another pay run and are ignored.
   void add(const PayItem& item);
 
   [[nodiscard]] const Employer& employer() const { return employer_; }
@@ -61,13 +61,13 @@ class PayRun {
   [[nodiscard]] const Days& days() const { return days_; }
   /// In the order of the employer's employees.
   [[nodiscard]] const std::vector<Payslip>& payslips() const { return payslips_; }
-  /// The month's items of an employee by their days, those of a day in the order in which they were added.
+  /// The month's items of an employee by day. Items of the same day are in the order in which they were added.
   [[nodiscard]] std::vector<PayslipItem> itemsOf(std::size_t employee) const;
   /// In the order of the employer's departments.
   [[nodiscard]] std::vector<DepartmentTotal> departmentTotals() const;
   [[nodiscard]] DepartmentTotal total() const;
 
-  // What has to be looked at.
+  // Points that a clerk must check.
   /// In the order in which they were added.
   [[nodiscard]] const std::vector<MovedItem>& movedItems() const { return movedItems_; }
   /// The employees whose net pay of the month is below zero.
@@ -75,7 +75,8 @@ class PayRun {
 
  private:
   static constexpr std::uint32_t none = 0xFFFFFFFF;
-  /// The items of an employee are a list within one vector, for most have few and there may be a million employees.
+  /// The items of an employee are a linked list in one vector, because most employees have few items and there may be a
+  /// million employees.
   struct KeptItem {
     PayslipItem item;
     std::uint32_t next = none;
@@ -94,7 +95,7 @@ class PayRun {
   std::vector<Payslip> payslips_;
   std::vector<KeptItem> items_;
   std::vector<List> lists_;
-  std::unordered_map<std::string, norvik::NSString, Hash, std::equal_to<>> descriptions_;  // few differ
+  std::unordered_map<std::string, norvik::NSString, Hash, std::equal_to<>> descriptions_;  // shared, because few differ
   std::vector<MovedItem> movedItems_;
 };
 

@@ -9,7 +9,7 @@ using namespace norvik;
 
 namespace {
 
-/// What a payslip shows, by key path and in words.
+/// The properties that a payslip shows: key path, and name in words.
 constexpr std::pair<const char*, const char*> shown[] = {
     {"name", "name"},
     {"department", "department"},
@@ -70,7 +70,8 @@ std::string PayslipChanges::take() {
   return lines;
 }
 
-/// The last entry where it is the payslip's: all changes of one come one after the other.
+/// Returns the last entry if it belongs to the payslip, because all changes of one payslip come one after the other.
+/// Otherwise adds an entry.
 PayslipChanges::Entry& PayslipChanges::entryOf(const Ref<LivePayslip>& payslip, Kind kind) {
   if (entries_.empty() || entries_.back().payslip != payslip) entries_.push_back({kind, payslip, {}});
   return entries_.back();

@@ -1,4 +1,4 @@
-// examples/payrun/PayslipChanges.h - which payslips changed and how, collected by observing them.
+// examples/payrun/PayslipChanges.h - observes payslips and collects their changes.
 #pragma once
 
 #include <string>
@@ -16,11 +16,11 @@ class PayslipChanges : public norvik::NSObject {
  public:
   bool init() override;
 
-  /// A payslip that is new, and observed from now on.
+  /// Adds a new payslip and observes it from now on.
   void add(const norvik::Ref<LivePayslip>& payslip);
-  /// A payslip that goes.
+  /// Removes a payslip and stops observing it.
   void remove(const norvik::Ref<LivePayslip>& payslip);
-  /// A line for each payslip that changed, came or went since the last call, in the order in which that began.
+  /// A line for each payslip that was changed, added or removed since the last call, in the order of the first change.
   std::string take();
 
  private:
@@ -28,7 +28,7 @@ class PayslipChanges : public norvik::NSObject {
   struct Entry {
     Kind kind;
     norvik::Ref<LivePayslip> payslip;
-    std::vector<std::pair<std::string, std::string>> before;  // what changed, in words, and its text before
+    std::vector<std::pair<std::string, std::string>> before;  // property in words, and its text before the change
   };
   Entry& entryOf(const norvik::Ref<LivePayslip>& payslip, Kind kind);
   static std::string lineOf(const Entry& entry);

@@ -17,13 +17,13 @@ using namespace norvik;
 
 namespace {
 
-/// Makes letters run the other way, so that a name's end could look like another.
+/// True for marks that reverse the direction of text, so that the end of a name could look like another one.
 bool isDirectionControl(char32_t character) {
   return character == 0x61C || (0x200E <= character && character <= 0x200F) ||
          (0x202A <= character && character <= 0x202E) || (0x2066 <= character && character <= 0x2069);
 }
 
-/// A part of a file's name, of at most `longest` bytes.
+/// A text as a part of a file's name, at most `longest` bytes.
 std::string partOf(const std::string& text, std::size_t longest) {
   const NSString sanitized = nk_sanitizeFileNameString(NSString(text), "_");
   std::string part;
@@ -39,7 +39,7 @@ std::string partOf(const std::string& text, std::size_t longest) {
 std::string nameOf(const Employee& employee) {
   constexpr std::size_t longest = 80;
   std::string name = partOf(employee.number, longest) + " " + partOf(employee.name, longest);
-  if (name.starts_with('-')) name[0] = '_';  // which a command would take for an option
+  if (name.starts_with('-')) name[0] = '_';  // a command would take it for an option
   return name;
 }
 
@@ -48,7 +48,7 @@ std::string nameOf(const Employee& employee) {
 std::vector<std::string> payslipFileNames(const PayRun& run, std::string_view extension) {
   const std::string month = " " + taxYearName(run.employer().taxYear) + " month " + std::to_string(run.month());
   std::vector<std::string> names;
-  std::unordered_set<NSString> taken;  // in small letters
+  std::unordered_set<NSString> taken;  // in lower case
   for (const Employee& employee : run.employer().employees()) {
     const std::string wanted = nameOf(employee) + month;
     std::string name = wanted;

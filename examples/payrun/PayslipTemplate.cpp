@@ -31,13 +31,13 @@ using Items = Section::Items;
 
 // Tags
 
-/// A tag that cannot be followed; what() says why.
+/// An invalid tag; what() gives the reason.
 class TagError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Attributes that are of this program and not of the text.
+/// Attributes for the use of this program, which are not shown in the text.
 constexpr NSString rightAttribute = "payrun.right", headingAttribute = "payrun.heading";
 
 Ref<NSFont> fontIn(const NSDictionary& attributes) {
@@ -51,7 +51,7 @@ Ref<NSDictionary> fontOf(const NSFont& before, double scale, bool isBold, bool i
   return NSDictionary::dictionaryWithObject(font, NSFontAttributeName);
 }
 
-/// The text of an attribute which must be the only one.
+/// The value of an attribute that must be the only one of its tag.
 NSString onlyAttribute(const NSString& tag, const NSDictionary& written, const char* name) {
   const Value value = written[name];
   if (written.count() != 1 || !value.isString()) {
@@ -73,7 +73,7 @@ Ref<NSColor> colorIn(const NSString& tag, const NSString& text) {
   return NSColor::colorWithRed(component(16), component(8), component(0), 1);
 }
 
-/// What a tag gives; `present` is what the tags around it gave.
+/// The attributes that a tag adds. `present` are the attributes of the tags around it.
 Ref<NSDictionary> attributesOf(const NSString& tag, const NSDictionary& written, const NSDictionary& present) {
   const NSString name = lowercaseString(tag);
   const auto with = [](const NSString& attribute, const Value& value) {
@@ -114,11 +114,11 @@ const MRKTaggedStringOptions& tagOptions() {
 
 // Texts
 
-/// Stands for a value while the markup is read: a number that is no character, so that no text needs it.
+/// A placeholder for a value during parsing. It is a noncharacter of Unicode, so that no text needs it.
 constexpr std::string_view markerBytes = "\xEF\xB7\x90", unknownBytes = "\xEF\xBF\xBD";
 
-/// The length of the tag or the placeholder at the start of the text; 1 for any other character, and where the end is
-/// missing.
+/// The length of the tag or the placeholder at the start of the text. 1 for any other character, and if the end of the
+/// tag or placeholder is missing.
 std::size_t unitLength(std::string_view text) {
   if (text.front() != '<' && text.front() != '{') return 1;
   const bool isBrace = text.starts_with("{}}");
@@ -126,14 +126,14 @@ std::size_t unitLength(std::string_view text) {
   return end == std::string_view::npos ? 1 : end + 1;
 }
 
-/// The attributes of a text without those of this program; empty for none.
+/// The attributes of a text without those of this program; null if there are no others.
 Ref<NSDictionary> shownOf(const NSDictionary& attributes) {
   const auto shown = attributes.mutableCopy();
   for (const NSString& name : {rightAttribute, headingAttribute}) shown->removeObjectForKey(name);
   return shown->count() == 0 ? nullptr : shown->copy();
 }
 
-/// The pieces one behind the other, with what `valueOf` gives in place of a value.
+/// The pieces one after the other. A value is replaced by the result of `valueOf`.
 template <class ValueOf>
 Ref<NSAttributedString> joined(const std::vector<Piece>& pieces, ValueOf&& valueOf) {
   std::string whole;
@@ -154,7 +154,7 @@ Ref<NSAttributedString> joined(const std::vector<Piece>& pieces, ValueOf&& value
 /// Reads one paragraph or cell.
 class TextReader {
  public:
-  /// The part is of the file.
+  /// `part` is a part of the file's text.
   TextReader(const TextFile& file, std::string_view part, Items items) : file_(file), part_(part), items_(items) {}
 
   Text read() {
@@ -175,7 +175,7 @@ class TextReader {
     file_.refuse(static_cast<std::size_t>(where.data() - file_.text().data()), problem);
   }
 
-  /// The part with a marker for each placeholder.
+  /// The part, with a marker instead of each placeholder.
   std::string markupWithMarkers() {
     std::string source;
     for (std::string_view rest = part_; !rest.empty();) {
@@ -218,7 +218,7 @@ class TextReader {
     values_.push_back(std::move(value));
   }
 
-  /// The parser looks up tags only where the text is not empty, so a blank is added for the parsing.
+  /// A blank is added for parsing, because the parser looks up tags only if the text is not empty.
   Ref<NSAttributedString> parse(const std::string& source) const {
     try {
       Ref<NSError> error;
@@ -231,7 +231,7 @@ class TextReader {
     }
   }
 
-  /// Of a text of one style, the values and what is between them.
+  /// Splits a text of one style into values and the texts between them.
   void appendPieces(std::vector<Piece>& pieces, const NSString& text, const Ref<NSDictionary>& attributes) {
     std::string_view rest = text.view();
     while (!rest.empty()) {
@@ -266,7 +266,7 @@ std::string_view trimmed(std::string_view text) {
 
 bool isRule(std::string_view text) { return text.size() >= 3 && text.find_first_not_of('-') == std::string_view::npos; }
 
-/// What is between the bars of a row.
+/// The texts between the bars of a row.
 std::vector<std::string_view> cellsOf(std::string_view row) {
   std::vector<std::string_view> cells;
   row.remove_prefix(1);
@@ -347,7 +347,7 @@ class LineReader {
 
   Text textOf(std::string_view part) const { return TextReader(file_, part, sections.back().items).read(); }
 
-  /// <items>, <pay>, <deductions> and their ends, each alone on its line.
+  /// Reads <items>, <pay>, <deductions> or one of their end tags, which must be alone on the line.
   bool readSectionTag(std::string_view line) {
     const std::string tag = lowered(line);
     for (const auto& section : sectionTags) {
@@ -386,7 +386,7 @@ class LineReader {
 
 // Payslips
 
-/// Puts values in and gathers the lines that come out.
+/// Inserts values and collects the resulting lines.
 class DocumentWriter {
  public:
   void append(const Line& line, const PayslipSource& source) {
@@ -428,7 +428,7 @@ class DocumentWriter {
     });
   }
 
-  /// Without the empty lines at both ends.
+  /// Returns the blocks without the empty lines at the start and at the end.
   std::vector<Block> take() {
     while (!blocks_.empty() && isEmptyLine(blocks_.back())) blocks_.pop_back();
     blocks_.erase(blocks_.begin(), std::ranges::find_if_not(blocks_, isEmptyLine));

@@ -1,11 +1,11 @@
-// examples/payrun/PayslipTemplate.h - how a payslip looks: lines of marked-up text with placeholders, which a user
-// edits.
+// examples/payrun/PayslipTemplate.h - the form of a payslip: lines of marked-up text with placeholders, which a user
+// can edit.
 //
 //   const PayslipTemplate form(TextFile("my.template"));
 //   const Document payslip = form.payslip(run, 0);
 //
-// docs/payslips.md has the language. The markup is read once, before there are values: a value is text whatever it
-// holds. Any number of threads may make payslips of one template at once.
+// docs/payslips.md describes the language. The markup is parsed once, before values are inserted, so a value is always
+// plain text, whatever it contains. Several threads may create payslips of one template at the same time.
 #pragma once
 
 #include <cstddef>
@@ -22,25 +22,25 @@ struct Placeholder;
 
 class PayslipTemplate {
  public:
-  /// Throws InputError for markup that is wrong, and for a tag or a placeholder that is none, with its place.
+  /// Throws InputError, with the place, for invalid markup and for an unknown tag or placeholder.
   explicit PayslipTemplate(const TextFile& file);
 
-  /// Of the employee at that index.
+  /// The payslip of the employee at that index.
   [[nodiscard]] Document payslip(const PayRun& run, std::size_t index) const;
 
-  // What the lines were read as.
+  // The parsed lines.
 
-  /// Text of one style, or a value.
+  /// A text of one style, or a value.
   struct Piece {
     norvik::NSString text;
-    const Placeholder* value = nullptr;  // in place of the text
+    const Placeholder* value = nullptr;  // used instead of the text
     bool inPounds = false;
-    norvik::Ref<norvik::NSDictionary> attributes;  // empty for none
+    norvik::Ref<norvik::NSDictionary> attributes;  // empty if there are none
   };
   /// The text of a paragraph or a cell.
   struct Text {
     std::vector<Piece> pieces;
-    norvik::Ref<norvik::NSAttributedString> fixed;  // of one without values
+    norvik::Ref<norvik::NSAttributedString> fixed;  // of a text without values
     Side side = Side::Left;
     bool isHeading = false;
   };
@@ -49,7 +49,7 @@ class PayslipTemplate {
     Kind kind = Kind::Paragraph;
     std::vector<Text> texts;
   };
-  /// Lines that are there once, or once for each item of some kinds.
+  /// Lines that appear once, or once for each item of some kinds.
   struct Section {
     enum class Items { None, All, Pay, Deductions };
     Items items = Items::None;
@@ -61,7 +61,7 @@ class PayslipTemplate {
   std::vector<Section> sections_;
 };
 
-/// The template that is installed with the program; the one that it was built with where none is.
+/// The template that is installed with the program, or the built-in one if none is installed.
 TextFile installedTemplate();
 
 }  // namespace payrun

@@ -15,7 +15,7 @@ namespace {
 
 using Source = PayslipSource;
 
-/// As on an envelope: a line for each part between commas.
+/// One line for each part between commas, as on an envelope.
 std::string onLines(std::string_view address) {
   std::string result;
   while (!address.empty()) {
@@ -37,7 +37,7 @@ Ref<NSDateFormatter> dates(const char* pattern) {
   return formatter;
 }
 
-// A formatter is confined to its thread, and made anew for each date it would cost more than the payslip.
+// Formatters are confined to a thread, and creating one for each date would cost more than the payslip.
 std::string longDate(Date day) {
   thread_local const Ref<NSDateFormatter> kept = dates("d MMMM yyyy");
   return kept->stringFromDate(day).str();
@@ -99,7 +99,7 @@ constexpr Placeholder placeholders[] = {
     ofItem(amount("amount", [](const Source& source) { return source.item->amount; })),
 };
 
-/// CR LF and CR become LF, and every other control character a blank.
+/// CR LF and CR become LF. Every other control character becomes a blank.
 std::string withoutControls(std::string_view text) {
   std::string result;
   while (!text.empty()) {

@@ -1,4 +1,4 @@
-// examples/payrun/PayslipValues.h - what the placeholders of a payslip's template stand for.
+// examples/payrun/PayslipValues.h - the values of the placeholders in a payslip's template.
 //
 // Any thread.
 #pragma once
@@ -12,7 +12,7 @@
 
 namespace payrun {
 
-/// The payslip that is made, and the item for which a line is repeated.
+/// The current payslip, and the item for which a line is repeated.
 struct PayslipSource {
   const PayRun& run;
   std::size_t index = 0;  // of the employee
@@ -23,20 +23,21 @@ struct PayslipSource {
   [[nodiscard]] const Payslip& payslip() const { return run.payslips()[index]; }
 };
 
-/// A text or an amount, the other is null.
+/// A text or an amount; the other pointer is null.
 struct Placeholder {
   std::string_view name;
   std::string (*text)(const PayslipSource&) = nullptr;
   norvik::Decimal (*amount)(const PayslipSource&) = nullptr;
   bool isOfItem = false;
 
-  /// In UTF-8, lines separated by line feeds, no other control character. Empty where there is no such thing.
+  /// The value in UTF-8. Lines are separated by line feeds; there is no other control character. Empty if there is no
+  /// value.
   [[nodiscard]] std::string valueFor(const PayslipSource& source, bool inPounds) const;
 };
 
-/// Null for a name that is none.
+/// Null for an unknown name.
 const Placeholder* placeholderNamed(std::string_view name);
-/// All of them, separated by commas.
+/// All names, separated by commas.
 std::string placeholderNames();
 
 }  // namespace payrun

@@ -1,4 +1,4 @@
-// examples/payrun/ProgressBar.h - how far a long task is, on a terminal only.
+// examples/payrun/ProgressBar.h - the progress of a long task, on a terminal only.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace payrun {
 
-/// Draws on standard error where that is a terminal, and does nothing where it is not. Leaves an empty line behind.
+/// Draws on standard error if it is a terminal; otherwise it does nothing. The line is empty at the end.
 class ProgressBar {
  public:
   ProgressBar(std::string what, std::size_t total);
@@ -14,7 +14,7 @@ class ProgressBar {
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  /// Draws only when the percentage changes: cheap enough to be called for every record.
+  /// Draws only if the percentage changed, so it is cheap enough to be called for every record.
   void show(std::size_t done) {
     if (done >= nextChange_) draw(done);
   }
@@ -24,7 +24,7 @@ class ProgressBar {
 
   std::string what_;
   std::size_t total_;
-  std::size_t nextChange_;  // the least `done` that draws another percentage
+  std::size_t nextChange_;  // the smallest `done` with another percentage
   bool visible_;
 };
 

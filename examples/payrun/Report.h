@@ -8,10 +8,10 @@
 
 namespace payrun {
 
-/// Ends with what has to be looked at, where there is something.
+/// Ends with the points that a clerk must check, if there are any.
 std::string report(const PayRun& run);
 
-/// Two decimals at least, thousands in groups: "1,234.50".
+/// At least two decimals, thousands in groups: "1,234.50".
 std::string amountText(const norvik::Decimal& amount);
 /// The same in pounds: "-£1,234.50".
 std::string poundsText(const norvik::Decimal& amount);

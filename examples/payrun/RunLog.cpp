@@ -31,8 +31,8 @@ using namespace norvik;
 
 namespace {
 
-/// The last mebibyte of a file, for another process may write to it at the same time; empty where it cannot be read. A
-/// pipe of that name, which others may have put there, is not waited for.
+/// The last mebibyte of a file. The whole file is not needed, but another process may append to it at the same time.
+/// Empty if the file cannot be read. A pipe of that name, which others may have created, is not opened.
 std::string endOf(const std::string& path) {
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(path, unknown)) return "";
@@ -49,7 +49,7 @@ void addConsole() {
   const Ref<DDTTYLogger>& console = DDTTYLogger::sharedInstance();
   const char* const noColor = std::getenv("NO_COLOR");
   console->setColorsEnabled(::isatty(STDERR_FILENO) == 1 && !(noColor && *noColor));
-  console->setLogFormatter(make<DDLogLineFormatter>());  // names and amounts come from files of others
+  console->setLogFormatter(make<DDLogLineFormatter>());  // escapes control characters in foreign texts
   DDLog::addLogger(console);
 }
 
@@ -61,16 +61,16 @@ void addServer([[maybe_unused]] const std::string& connection) {
 #endif
 }
 
-/// Logs the first line, and makes sure that it is there.
+/// Adds the logger, logs the first line, and verifies that it is in a file.
 void addFiles(const std::optional<std::filesystem::path>& folder, const std::string& first) {
   const auto manager = folder ? DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder->string()))
                               : make<DDLogFileManagerDefault>();
   if (!manager) throw std::runtime_error("a log needs the name of its folder");
   const auto logger = DDFileLogger::initWithLogFileManager(manager);
   logger->setLogFormatter(make<DDLogLineFormatter>());
-  logger->setMaximumFileSize(0);  // where files are as small as may be, the first warnings of a large run would go
+  logger->setMaximumFileSize(0);  // no limit: with small files, the first warnings of a large run would be deleted
   DDLog::addLogger(logger);
-  // A logger whose file cannot be opened drops its lines, so that logging never stops its caller.
+  // The line must be verified, because a logger that cannot open its file drops its lines without an error.
   DDLogInfo("%s", first.c_str());
   DDLog::flushLog();
   for (const NSString& path : manager->sortedLogFilePaths()) {
@@ -87,7 +87,7 @@ RunLog::RunLog(const LogChoice& choice) {
   if (choice.syslog) DDLog::addLogger(DDASLLogger::sharedInstance());
   if (choice.sqlite) DDLog::addLogger(DDSQLiteLogger::initWithPath(NSString(choice.sqlite->string())));
   if (choice.postgres) addServer(*choice.postgres);
-  // The identifier makes the line this run's: in a container every run may be process 1.
+  // The identifier makes the line unique, because in a container every run may be process 1.
   const std::string first =
       "begun by process " + std::to_string(::getpid()) + ", run " + std::string(NSUUID::UUID()->UUIDString().view());
   if (choice.file) {

@@ -5,9 +5,9 @@
 
 namespace payrun {
 
-/// While it lives, what the library and the program log goes where the choice says. A file takes what is logged in a
-/// day, however much that is. Not more than one at a time. Throws std::runtime_error where files are chosen and none
-/// can be written: a pay run leaves its log, or is not done. A crash leaves a report in the log.
+/// While this object exists, messages of the library and the program go to the chosen loggers. A log file takes all
+/// messages of a day, whatever its size. At most one object at a time. Throws std::runtime_error if files are chosen
+/// and none can be written, because a pay run must not run without its log. A crash writes a report to the log.
 class RunLog {
  public:
   explicit RunLog(const LogChoice& choice);

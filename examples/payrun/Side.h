@@ -1,4 +1,4 @@
-// examples/payrun/Side.h - the side of its place at which a text stands.
+// examples/payrun/Side.h - the alignment of a text.
 #pragma once
 
 namespace payrun {

@@ -22,7 +22,7 @@ StopSignals::StopSignals() {
 }
 
 StopSignals::~StopSignals() {
-  // What came after the end began is taken too: it would end the process before the log is flushed.
+  // Also takes signals that arrived during the cleanup. They would end the process before the log is flushed.
   while (take() != 0) {
   }
   ::close(descriptor_);

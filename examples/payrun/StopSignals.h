@@ -1,12 +1,12 @@
-// examples/payrun/StopSignals.h - SIGINT and SIGTERM as something to poll, so that a program ends in its own order.
+// examples/payrun/StopSignals.h - SIGINT and SIGTERM as a descriptor to poll, so that a program can end in order.
 #pragma once
 
 #include <csignal>
 
 namespace payrun {
 
-/// As long as it lives, the two signals interrupt nothing. Made on the main thread before any other thread starts,
-/// since a signal goes to any thread that has not blocked it.
+/// While it exists, the two signals interrupt nothing. Create it on the main thread before any other thread starts,
+/// because a signal is delivered to any thread that has not blocked it.
 class StopSignals {
  public:
   /// Throws std::system_error.
@@ -15,9 +15,9 @@ class StopSignals {
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
-  /// Readable once a signal came; owned by this object.
+  /// Readable after a signal; owned by this object.
   [[nodiscard]] int descriptor() const { return descriptor_; }
-  /// The signal that came, or 0.
+  /// The signal that was received, or 0.
   int take();
 
  private:

@@ -14,7 +14,7 @@ class Summary : public norvik::NSObject {
   NK_PROPERTY(norvik::NSString, net, setNet)
 
  public:
-  /// A summary whose texts follow the totals, each through a closure that writes an amount.
+  /// Creates a summary whose texts follow the totals, each through a closure that formats an amount.
   static norvik::Ref<Summary> of(const norvik::Ref<LiveTotals>& totals);
 
   [[nodiscard]] std::string line() const;

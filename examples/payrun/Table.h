@@ -1,5 +1,4 @@
-// examples/payrun/Table.h - rows of texts under headings, set in columns as wide on a terminal as
-// their widest text.
+// examples/payrun/Table.h - rows of texts under headings. A column is as wide as its widest text on a terminal.
 #pragma once
 
 #include <string>
@@ -20,9 +19,9 @@ class Table {
 
   /// One text for each column, in UTF-8.
   void addRow(std::vector<std::string> texts) { rows_.push_back(std::move(texts)); }
-  /// A line across all columns, as between rows and their total.
+  /// Adds a line across all columns, for example between rows and their total.
   void addRule() { rows_.emplace_back(); }
-  /// Adds headings, a rule and all rows to `result`, a line each.
+  /// Appends headings, a rule and all rows to `result`, one line each.
   void appendTo(std::string& result) const;
 
  private:

@@ -1,4 +1,4 @@
-// examples/payrun/Terminal.h - what standard output can show.
+// examples/payrun/Terminal.h - the colours and the width of standard output.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,12 @@
 
 namespace payrun {
 
-/// Plain where it is no terminal, where that is a dumb one, and where the user set NO_COLOR; else as many colours as
-/// COLORTERM and TERM say.
+/// Plain if standard output is not a terminal or is a dumb one, or if NO_COLOR is set. Otherwise the number of colours
+/// that COLORTERM and TERM name.
 norvik::TerminalColors outputColors();
 
-/// In cells, 100 at most, for longer lines are hard to read; 80 where it is no terminal or does not say.
+/// In cells. At most 100, because longer lines are hard to read. 80 if standard output is not a terminal or has no
+/// width.
 std::size_t outputWidth();
 
 }  // namespace payrun

@@ -37,7 +37,7 @@ void TextFile::check() {
   if (text_.starts_with(byteOrderMark)) text_.erase(0, byteOrderMark.size());
   const std::size_t invalid = firstInvalidUtf8(text_);
   if (invalid == std::string_view::npos) return;
-  // The word around the byte tells a reader more than the byte alone.
+  // Shows the word around the byte, which tells a reader more than the byte alone.
   const std::string_view separators = ",;=\"\r\n";
   const std::size_t before = text_.find_last_of(separators, invalid);
   const std::size_t begin = before == std::string::npos ? 0 : before + 1;

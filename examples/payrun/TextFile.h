@@ -1,5 +1,5 @@
-// examples/payrun/TextFile.h - a whole text file in memory, known to be UTF-8, that can say where in it something
-// stands.
+// examples/payrun/TextFile.h - a whole text file in memory, checked to be UTF-8. It finds the line and column of a
+// byte.
 #pragma once
 
 #include <filesystem>
@@ -12,18 +12,18 @@ namespace payrun {
 
 class TextFile {
  public:
-  /// Reads the file; a byte order mark is left out. Throws InputError for a file that cannot be read or is not UTF-8.
+  /// Reads the file without its byte order mark. Throws InputError for a file that cannot be read or is not UTF-8.
   explicit TextFile(const std::filesystem::path& path);
-  /// A text that is already in memory, under the name that messages give it.
+  /// A text that is already in memory. Messages use `name` for it.
   TextFile(std::string name, std::string text);
 
   [[nodiscard]] const std::string& name() const { return name_; }
-  /// Valid as long as this object.
+  /// Valid while this object exists.
   [[nodiscard]] std::string_view text() const { return text_; }
-  /// Line and column of a byte; looks through the text from its beginning.
+  /// The line and column of a byte. Searches the text from its beginning.
   [[nodiscard]] Place placeOf(std::size_t offset) const;
 
-  /// Throws InputError for what stands at `offset`.
+  /// Throws InputError for the text at `offset`.
   [[noreturn]] void refuse(std::size_t offset, const std::string& problem) const;
 
  private:

@@ -37,12 +37,12 @@ void deliver(const Arguments& arguments, const LivePayRun& run) {
   tellNotices(run.run(), true);
 }
 
-/// What failed on the queue and ends the watch. Confined to the main thread.
+/// A failure on the queue, which ends the watch. Confined to the main thread.
 struct Failure {
   std::exception_ptr exception;
 };
 
-/// A serial queue that is at rest once this has gone: nothing is printed or written any more.
+/// A serial queue. After its destruction nothing is printed or written any more.
 class RestingQueue {
  public:
   RestingQueue() = default;
@@ -51,7 +51,7 @@ class RestingQueue {
   RestingQueue& operator=(const RestingQueue&) = delete;
 
   TSKDispatchQueue* operator->() const { return queue_.get(); }
-  /// What waits for its time is left; what runs comes to its end.
+  /// Cancels the blocks that wait for their time, and waits for the running block.
   void rest() const {
     queue_->cancelAllTimers();
     queue_->dispatchSynchronously([] {});
@@ -61,7 +61,7 @@ class RestingQueue {
   const Ref<TSKDispatchQueue> queue_ = TSKDispatchQueue::dispatchQueueWithLabel("payrun.watch");
 };
 
-/// On the queue: reads what changed and says so.
+/// Runs on the queue: reads the changed files and prints the changes.
 void readAgain(const Arguments& arguments, LivePayRun& run) {
   try {
     const std::string changes = run.readAgain();
@@ -75,7 +75,7 @@ void readAgain(const Arguments& arguments, LivePayRun& run) {
   }
 }
 
-/// Tells the queue what changed; false where nothing will be told any more.
+/// Passes the changes to the queue. Returns false if no more changes will be reported.
 bool handOver(const FolderWatch::Changes& changes, const RestingQueue& queue, const std::shared_ptr<LivePayRun>& run,
               const std::function<void()>& read) {
   const bool people = changes.all || changes.names.contains("employer.ini") || changes.names.contains("employees.csv");
@@ -90,8 +90,8 @@ bool handOver(const FolderWatch::Changes& changes, const RestingQueue& queue, co
 }  // namespace
 
 void watch(const Arguments& arguments, StopSignals& signals) {
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes is an error that can be told, not the end of the log
-  // Watched before it is read, so that no change falls in between.
+  std::signal(SIGPIPE, SIG_IGN);  // a write to a closed pipe fails instead of ending the process
+  // The watch begins before the first reading, so that no change between the two is lost.
   FolderWatch folder(arguments.input);
   const auto run = std::make_shared<LivePayRun>(arguments.input, arguments.month);
   deliver(arguments, *run);
@@ -123,7 +123,7 @@ void watch(const Arguments& arguments, StopSignals& signals) {
     }
   }
   queue.rest();
-  dispatch_main_queue_drain();  // the last run may have failed
+  dispatch_main_queue_drain();  // the last run on the queue may have failed
   if (failure->exception) std::rethrow_exception(failure->exception);
 }
 

@@ -1,4 +1,4 @@
-// examples/payrun/Watch.h - the pay run that stays: pays anew whenever the employer's files change.
+// examples/payrun/Watch.h - a pay run that continues to run, and pays again whenever the employer's files change.
 #pragma once
 
 #include "Arguments.h"
@@ -6,12 +6,12 @@
 
 namespace payrun {
 
-/// Prints the report, or writes it to the output file; then, after each change of the input files, prints which
-/// payslips changed and the new totals, and writes the output file anew. Saves that follow one another within 0.2 s are
-/// read once. Files that cannot be followed are reported, and everything stays as it was until they change again.
+/// Prints the report or writes it to the output file. After each change of the input files, it prints which payslips
+/// changed and the new totals, and writes the output file again. Several saves within 0.2 s are read once. Invalid
+/// files are reported, and the last valid state is kept until they change again.
 ///
-/// Returns once SIGINT or SIGTERM came. Throws what reading for the first time throws, and std::system_error where
-/// something outside of the input fails. Called on the main thread.
+/// Returns after SIGINT or SIGTERM. Throws the exceptions of the first reading, and std::system_error if something
+/// other than the input fails. Called on the main thread.
 void watch(const Arguments& arguments, StopSignals& signals);
 
 }  // namespace payrun

@@ -1,4 +1,5 @@
-// examples/payrun/main.cpp - pays an employer's people for one tax month, from files. `payrun --help` says how.
+// examples/payrun/main.cpp - computes the pay of an employer's people for one tax month, from files. See `payrun
+// --help`.
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -34,13 +35,13 @@ using namespace payrun;
 
 constexpr int succeeded = 0, failed = 1, refused = 2;
 
-/// The report must not take the place of what it was made from, nor of the run's log.
+/// Refuses an output file that is an input file, the template, or a file of the log's database.
 void checkOutput(const Arguments& arguments) {
   if (!arguments.output) return;
   const auto isOutput = [&](const std::filesystem::path& path) {
     std::error_code error;
     if (std::filesystem::equivalent(*arguments.output, path, error)) return true;
-    // Files that do not exist yet are compared by their paths.
+    // Files that do not exist yet are compared by path.
     const auto placeOf = [&](const auto& name) { return std::filesystem::weakly_canonical(behindLink(name), error); };
     return placeOf(*arguments.output) == placeOf(path);
   };
@@ -70,7 +71,7 @@ void printPayslips(const PayRun& run, const PayslipTemplate& form) {
 }
 
 void pay(const Arguments& arguments) {
-  std::optional<PayslipTemplate> form;  // read first: a fault in it ends the run before anything is written
+  std::optional<PayslipTemplate> form;  // read first, so that an error in it ends the run before anything is written
   if (arguments.wantsPayslips()) form.emplace(arguments.form ? TextFile(*arguments.form) : installedTemplate());
   const Employer employer = readEmployer(arguments.input);
   PayRun run(employer, arguments.month);
@@ -123,7 +124,7 @@ int runTask(const Arguments& arguments) {
       runLogged(arguments, [&] { pay(arguments); });
       break;
     case Arguments::Task::Watch: {
-      StopSignals signals;  // before the log starts a thread: a signal goes to any that has not blocked it
+      StopSignals signals;  // before the log starts a thread, because any thread may get a signal
       runLogged(arguments, [&] { watch(arguments, signals); });
       break;
     }

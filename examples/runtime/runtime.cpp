@@ -1,4 +1,5 @@
-// examples/runtime/runtime.cpp - a class that states itself: read and set by name, totalled, and archived.
+// examples/runtime/runtime.cpp - a class that declares its properties; they are read and set by name, totalled and
+// archived.
 #include "NorvikCore/platform/archives/NSKeyedArchiver.h"
 #include "NorvikCore/platform/archives/NSKeyedUnarchiver.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"

@@ -1,4 +1,4 @@
-// programs/common/CommandLine.h - words of the command line, as people mistype them.
+// programs/common/CommandLine.h - checks of the words of a command line, for better messages about mistakes.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 namespace programs {
 
-/// The word up to its first = or :, with ... for what follows: that may be a password.
+/// The word up to its first = or :, with ... in place of the rest, because the rest may be a password.
 [[nodiscard]] std::string withoutValue(std::string_view word);
 
-/// Whether a path begins with "~" for the home folder: a shell replaces that at the beginning of a word, but not in
-/// --logs=~/x, and a folder of that name would be made. "./~" is such a folder.
+/// True if a path begins with "~" for the home folder. A shell replaces "~" at the beginning of a word but not in
+/// --logs=~/x, and the program would create a folder named "~". "./~" names such a folder on purpose.
 [[nodiscard]] bool beginsWithTilde(std::string_view path) noexcept;
 
 }  // namespace programs

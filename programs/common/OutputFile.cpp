@@ -20,7 +20,8 @@ namespace {
 
 std::system_error failure(const std::string& what) { return std::system_error(errno, std::generic_category(), what); }
 
-/// Another program may have made standard output one that does not block. False where nothing can be waited for.
+/// Waits until the descriptor takes more bytes. It is needed because another program may have made standard output
+/// non-blocking. Returns false if waiting is not possible.
 bool waitForRoom(int descriptor) {
   pollfd wanted = {descriptor, POLLOUT, 0};
   const int count = ::poll(&wanted, 1, -1);
@@ -40,7 +41,7 @@ void writeAll(int descriptor, std::string_view text, const std::string& name) {
 
 }  // namespace
 
-/// A file that is removed unless it was given its final name.
+/// A file that is removed when it is destroyed, unless it was given its final name.
 class Draft {
  public:
   explicit Draft(const std::filesystem::path& target) : target_(target) { open(); }
@@ -51,7 +52,7 @@ class Draft {
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
 
-  /// Gives the draft the permissions, and where that is allowed the owner, of the file that it will replace.
+  /// Gives the draft the permissions of the file that it will replace, and that file's owner if this is allowed.
   void takePermissions() {
     struct stat before {};
     struct stat now {};
@@ -79,7 +80,7 @@ class Draft {
   [[nodiscard]] const char* name() const noexcept { return name_.c_str(); }
 
  private:
-  /// Under a name that is free: a process of the same number that was killed may have left its draft.
+  /// Opens a file of an unused name. A killed process with the same number may have left its draft.
   void open() {
     const std::string name = target_.string() + ".part-" + std::to_string(::getpid());
     for (int attempt = 0; descriptor_ < 0; ++attempt) {
@@ -88,7 +89,7 @@ class Draft {
       if (descriptor_ < 0 && errno != EEXIST) fail();
     }
   }
-  /// The user knows the target, not the draft.
+  /// The message names the target, because the user does not know the draft.
   [[noreturn]] void fail() const { throw failure(target_.string() + " cannot be written"); }
 
   const std::filesystem::path target_;
@@ -109,7 +110,7 @@ std::filesystem::path behindLink(const std::filesystem::path& path) {
 
 namespace {
 
-/// Something that has no whole: a terminal, a pipe, /dev/null.
+/// A terminal, a device or a pipe, for which no draft can be renamed.
 bool isWrittenThrough(const std::filesystem::path& path) {
   std::error_code error;
   const std::filesystem::file_type type = std::filesystem::status(path, error).type();
@@ -117,7 +118,7 @@ bool isWrittenThrough(const std::filesystem::path& path) {
   return type == character || type == block || type == fifo;
 }
 
-/// The calling thread gets no signal as long as this exists.
+/// Blocks all signals of the calling thread while it exists.
 class SignalsHeld {
  public:
   SignalsHeld() {
@@ -147,11 +148,11 @@ WholeFile::WholeFile(const std::filesystem::path& path) : path_(path) {
     if (descriptor_ < 0) throw failure(path.string() + " cannot be written");
     return;
   }
-  const SignalsHeld held;  // no signal finds a draft whose name is not known yet
+  const SignalsHeld held;  // no signal handler runs between the draft's creation and the storing of its name
   draft_ = std::make_unique<Draft>(behindLink(path));
   draftName = draft_->name();
   try {
-    draft_->takePermissions();  // before there is anything to read in it
+    draft_->takePermissions();  // before the draft has any content that others could read
   } catch (...) {
     draftName = nullptr;
     throw;

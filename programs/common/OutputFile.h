@@ -1,4 +1,4 @@
-// programs/common/OutputFile.h - files that are there in whole or not at all.
+// programs/common/OutputFile.h - files that exist completely or not at all.
 #pragma once
 
 #include <filesystem>
@@ -10,56 +10,57 @@
 
 namespace programs {
 
-/// What a link leads to, be it there or not yet; the link itself where it leads back to itself. Other paths as they
-/// are.
+/// The path to which a link leads, whether a file exists there or not. The link itself if the chain of links has no
+/// end. A path that is not a link is returned unchanged.
 [[nodiscard]] std::filesystem::path behindLink(const std::filesystem::path& path);
 
-/// Writes `text` beside `path` and gives it that name once all of it is on disk; replaces a file of that name, or the
-/// one that a link of that name leads to, and takes over its permissions. What is no file, such as a pipe or /dev/null,
-/// is written to as it is. Throws std::system_error, and then leaves nothing behind.
+/// Writes `text` to a draft beside `path` and renames it to `path` when all of it is on disk. A file of that name, or
+/// the file to which a link of that name leads, is replaced, and the new file takes over its permissions. A pipe, a
+/// terminal or a device such as /dev/null is written to directly. Throws std::system_error, and then leaves no draft
+/// behind.
 void writeWhole(const std::filesystem::path& path, std::string_view text);
 
 class Draft;
 
-/// The same for a text that is written in parts. A process has one at a time.
+/// The same as writeWhole for a text that is written in parts. A process may have one WholeFile at a time.
 class WholeFile {
  public:
   /// Throws std::system_error.
   explicit WholeFile(const std::filesystem::path& path);
-  /// Removes what was not published.
+  /// Removes the draft unless it was published.
   ~WholeFile();
   WholeFile(const WholeFile&) = delete;
   WholeFile& operator=(const WholeFile&) = delete;
 
   /// Throws std::system_error.
   void write(std::string_view text);
-  /// Gives the file its name, once all of it is on disk. Throws std::system_error.
+  /// Renames the draft to the file's name when all of it is on disk. Throws std::system_error.
   void publish();
 
  private:
   const std::filesystem::path path_;
   std::unique_ptr<Draft> draft_;
-  int descriptor_ = -1;  // of what is no file
+  int descriptor_ = -1;  // of a pipe, a terminal or a device
 };
 
-/// Removes what a WholeFile has written and not published. For the handler of a signal that ends the process.
+/// Removes the draft of a WholeFile that is not yet published. For the handler of a signal that ends the process.
 void removeDraft() noexcept;
 
-/// Files of one folder that get their names together: flushing each on its own would take far longer than writing it.
-/// Synchronised.
+/// Files of one folder that are published together, because flushing each file separately takes far longer than writing
+/// it. Synchronised.
 class OutputFolder {
  public:
-  /// Makes the folder where there is none. Throws std::system_error.
+  /// Creates the folder if it does not exist. Throws std::system_error.
   explicit OutputFolder(std::filesystem::path folder);
-  /// Removes what was not published.
+  /// Removes the drafts that were not published.
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
-  /// Writes `text` beside the file of that name. Throws std::system_error.
+  /// Writes `text` to a draft beside the file of that name. Throws std::system_error.
   void write(const std::string& name, std::string_view text);
-  /// Gives all files their names once they are on disk; they replace those of that name, and take over their
-  /// permissions. Throws std::system_error.
+  /// Renames all drafts to their files' names when all of them are on disk. They replace existing files, whose
+  /// permissions they have. Throws std::system_error.
   void publish();
 
  private:

@@ -1,4 +1,4 @@
-// programs/norvik-log/Arguments.h - what the command line asks for.
+// programs/norvik-log/Arguments.h - the parsed command line.
 #pragma once
 
 #include <chrono>
@@ -20,8 +20,8 @@ struct Arguments {
   std::optional<int> level;
   std::optional<std::string> since, until, thread, text, pattern;
   bool ignoresCase = false;
-  bool isUtc = false;                  // times typed, counted and shown on the page
-  std::optional<std::string> logZone;  // of times in logs without an offset; absent: the machine's
+  bool isUtc = false;                  // typed times, counted times and times on the page are UTC
+  std::optional<std::string> logZone;  // the zone of times in logs without an offset; absent: the machine's zone
   Form form = Form::Lines;
   std::filesystem::path html;
   Colour colour = Colour::Auto;
@@ -30,13 +30,13 @@ struct Arguments {
   std::chrono::seconds patience{60};
 };
 
-/// A command line that cannot be followed; what() says why.
+/// An invalid command line; what() gives the reason.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Options and sources in any order; behind "--" everything is a source. Throws UsageError.
+/// Options and sources may be in any order. Every word after "--" is a source. Throws UsageError.
 [[nodiscard]] Arguments parseArguments(const std::vector<std::string>& words);
 
 /// The text of --help.

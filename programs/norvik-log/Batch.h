@@ -1,4 +1,4 @@
-// programs/norvik-log/Batch.h - records with their own bytes, which outlive the block that they were found in.
+// programs/norvik-log/Batch.h - records with a copy of their bytes, which outlives the block in which they were found.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@ class Batch {
     bytes_.insert(bytes_.end(), record.bytes.begin(), record.bytes.end());
     records_.push_back(record);
   }
-  /// Bytes that it takes, about.
+  /// The approximate number of bytes of memory.
   [[nodiscard]] std::size_t weight() const noexcept { return bytes_.size() + records_.size() * sizeof(Record); }
   [[nodiscard]] std::size_t size() const noexcept { return records_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return records_.empty(); }

@@ -25,8 +25,8 @@ std::string_view withoutLineFeed(const char* begin, const char* end) noexcept {
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-constexpr std::size_t usualLine = 512;  // bytes, at most
-constexpr std::size_t levelPlace = 25;  // behind 2021-05-10T13:30:12.045Z and a blank
+constexpr std::size_t usualLine = 512;  // bytes; a limit for usual lines
+constexpr std::size_t levelPlace = 25;  // the position after 2021-05-10T13:30:12.045Z and a blank
 
 }  // namespace
 
@@ -81,7 +81,7 @@ BlockScan::BlockScan(const Filter& filter, const WallClock& clock) : check_(filt
                        norvik::LOG_FLAG_DEBUG, norvik::LOG_FLAG_VERBOSE, *filter.level};
   for (const int flag : flags) {
     if (!filter.admitsLevel(flag)) continue;
-    for (const char initial : {levelName(flag).front(), std::to_string(flag).front(), '0'}) {  // as a number too
+    for (const char initial : {levelName(flag).front(), std::to_string(flag).front(), '0'}) {  // also as a number
       levelInitials_[static_cast<unsigned char>(initial)] = true;
     }
   }
@@ -109,7 +109,7 @@ void BlockScan::scan(std::string_view block, std::int64_t offset, const Record* 
 }
 
 void BlockScan::scanForText(Batch& found) {
-  // Where each search goes on; one that has found nothing more is at the end.
+  // The next hit of each search; the block's end if a search has no further hit.
   std::vector<const char*> hits(searches_.size(), nullptr);
   const bool isLiteralOfPattern = !check_.filter().text;
   const std::size_t before = found.size();
@@ -126,7 +126,8 @@ void BlockScan::scanForText(Batch& found) {
     }
     if (nearest == end_) return;
     at = judgeAround(at, nearest, found);
-    // A text that is in most lines says little of the pattern that it is from.
+    // If most hits are not admitted, the literal is too common to speed up the search, so search for the pattern
+    // itself.
     constexpr std::size_t enough = 32;
     ++judged;
     const bool isInVain = judged >= enough && (found.size() - before) * 2 < judged;
@@ -140,11 +141,11 @@ void BlockScan::scanForText(Batch& found) {
 void BlockScan::scanInPlace(Pattern::Matcher& matcher, const char* at, Batch& found) {
   const std::string_view block(begin_, static_cast<std::size_t>(end_ - begin_));
   const char* hit = nullptr;
-  const char* escape = nullptr;  // an escaped text may match although its escapes do not
+  const char* escape = nullptr;  // an escaped text may match although its escaped form does not
   while (at != end_) {
     const auto from = static_cast<std::size_t>(at - begin_);
     if (hit == nullptr || hit < at) {
-      // If the whole block takes too long, each record may still be easy.
+      // If the search in the whole block takes too long, the searches in single records may still be fast.
       const std::optional<std::size_t> place = matcher.find(block, from);
       hit = place ? begin_ + std::min(*place, block.size()) : at;
     }

@@ -1,8 +1,9 @@
-// programs/norvik-log/BlockScan.h - the records of a block of a log that a filter admits.
+// programs/norvik-log/BlockScan.h - finds the records of a block of a log that a filter admits.
 //
-// The block is searched for what is rarest in the filter, and only the lines around a find are parsed: for the text,
-// for a text that the pattern contains, or for the pattern itself. A level is looked up at its place in each line. The
-// lines around are then judged one by one, so that the answer is the same as if each had been parsed.
+// The scan searches the block for the rarest part of the filter, and parses only the lines around each hit. That part
+// is the text, or a text that every match of the pattern contains, or the pattern itself. For a level, the scan looks
+// at the level's place in each line. It then checks the records around a hit one by one, so that the result is the same
+// as if every record had been parsed.
 //
 // Threads: confined. Cost: linear in the block.
 #pragma once
@@ -20,19 +21,19 @@
 
 namespace norvik_log {
 
-/// Whether a time that the clocks showed twice was shown the second time, at this place of the file.
+/// True if a wall time that occurred twice was written at its second occurrence, at this offset of the file.
 using IsSecondPass = std::function<bool(std::int64_t offset, std::int64_t wallTime)>;
 
 class BlockScan {
  public:
-  /// The filter outlives it. `clock` is of the zone that times without an offset are of.
+  /// The filter must outlive the BlockScan. `clock` has the zone of times without an offset.
   BlockScan(const Filter& filter, const WallClock& clock);
 
-  /// Adds the records in order. `block` begins where a record does, or in the middle of `continued`, and ends where one
-  /// does; `offset` is its place in the file.
+  /// Adds the admitted records in order. `block` begins at the start of a record or in the middle of `continued`, and
+  /// ends at the end of a record. `offset` is its position in the file.
   void scan(std::string_view block, std::int64_t offset, const Record* continued, const IsSecondPass& isSecondPass,
             std::string_view source, Batch& found);
-  /// How often the pattern was given up on since the last call.
+  /// The number of searches for the pattern that were given up since the last call.
   std::size_t takeGivenUp();
 
  private:
@@ -40,13 +41,13 @@ class BlockScan {
   void scanInPlace(Pattern::Matcher& matcher, const char* at, Batch& found);
   void scanForLevel(Batch& found);
   void scanAll(Batch& found);
-  /// Judges the record that `at` lies in, which begins at `low` or later; returns its end.
+  /// Checks the record that contains `at` and begins at or after `low`. Returns its end.
   const char* judgeAround(const char* low, const char* at, Batch& found);
   void judge(const char* begin, const char* end, const std::optional<HeadTime>& time, Batch& found);
 
   FilterCheck check_;
   WallClock clock_;
-  std::vector<ByteSearch> searches_;  // for a text as it is, and escaped where that differs
+  std::vector<ByteSearch> searches_;  // for a text, and for its escaped form if that differs
   bool levelInitials_[256] = {};
   const char *begin_ = nullptr, *end_ = nullptr;  // the block
   std::int64_t offset_ = 0;
@@ -55,13 +56,13 @@ class BlockScan {
   std::string_view source_;
 };
 
-/// Where the record ends that `at` lies in: behind a line feed, where a line begins with a time, or at `end`.
+/// The end of the record that contains `at`: after the line feed before the next line with a time, or `end`.
 [[nodiscard]] const char* endOfRecord(const char* at, const char* end) noexcept;
-/// Where the last line begins that begins with a time, behind `begin`; `begin` where there is none.
+/// The start of the last line that begins with a time, after `begin`; `begin` if there is none.
 [[nodiscard]] const char* lastHead(const char* begin, const char* end) noexcept;
-/// The record that a continuation of `record` is of.
+/// A record that continues `record`: it has the time, level, line, names and source of `record`, but no bytes yet.
 [[nodiscard]] Record continuationOf(const Record& record);
-/// A record as it stands in a block, with its time.
+/// A record of a block, with its time.
 [[nodiscard]] Record timedRecord(std::string_view bytes, const HeadTime& time, WallClock& clock,
                                  const IsSecondPass& isSecondPass, std::int64_t offset);
 

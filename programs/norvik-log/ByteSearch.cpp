@@ -12,7 +12,7 @@
 namespace norvik_log {
 namespace {
 
-/// How often a byte is met in logs, as a rank. Blanks, digits and the usual letters are in every line.
+/// The rank of a byte by its frequency in logs. Blanks, digits and common letters are in every line.
 int commonness(char byte) noexcept {
   constexpr std::string_view usual = "zqjxkvbywgpfmcudhlsrnioate-:.0123456789 ";
   const std::size_t rank = usual.find(byte);
@@ -41,7 +41,7 @@ const char* ByteSearch::find(const char* begin, const char* end) const noexcept 
   if (size == 0) return begin;
   if (static_cast<std::size_t>(end - begin) < size) return nullptr;
   if (size == 1) return static_cast<const char*>(std::memchr(begin, text_[0], static_cast<std::size_t>(end - begin)));
-  const char* const last = end - size;  // where the text may begin at the latest
+  const char* const last = end - size;  // the last position at which the text can begin
   const char* at = begin;
 #ifdef __SSE2__
   const __m128i first = _mm_set1_epi8(text_[first_]), second = _mm_set1_epi8(text_[second_]);

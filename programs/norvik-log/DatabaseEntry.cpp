@@ -10,7 +10,7 @@ namespace {
 
 std::string escaped(std::string_view text) { return norvik::DDLogLineFormatter::escaped(norvik::NSString(text)).str(); }
 
-/// With the character escaped as well, as \x and two digits.
+/// Escapes the text, and also the character `also`, which becomes `replacement`.
 std::string escapedName(std::string_view text, char also, std::string_view replacement) {
   std::string result;
   for (const char c : escaped(text)) {

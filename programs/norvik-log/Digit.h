@@ -1,4 +1,4 @@
-// programs/norvik-log/Digit.h - ASCII digits, whatever the locale.
+// programs/norvik-log/Digit.h - ASCII digits, independent of the locale.
 #pragma once
 
 namespace norvik_log {

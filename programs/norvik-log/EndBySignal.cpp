@@ -29,7 +29,7 @@ extern "C" void endInOrder(int number) {
   struct sigaction usual {};
   usual.sa_handler = SIG_DFL;
   ::sigaction(number, &usual, nullptr);
-  ::raise(number);  // it ends the process when this function returns
+  ::raise(number);  // the signal ends the process when this function returns
 }
 
 }  // namespace

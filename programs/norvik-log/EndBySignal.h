@@ -1,14 +1,15 @@
-// programs/norvik-log/EndBySignal.h - what is put in order when a signal ends the process.
+// programs/norvik-log/EndBySignal.h - cleanup when a signal ends the process.
 #pragma once
 
 namespace norvik_log {
 
-/// From here on SIGHUP, SIGINT, SIGQUIT, SIGPIPE and SIGTERM first remove the draft of a page and switch the terminal's
-/// colours off, unless they are ignored; then they end the process as they usually do. Before other threads are
-/// started.
+/// Installs handlers for SIGHUP, SIGINT, SIGQUIT, SIGPIPE and SIGTERM, unless they are ignored. A handler removes the
+/// draft of a page, switches the terminal's colours off, and then ends the process by the signal's default action. Call
+/// it before other threads are started.
 void endInOrderBySignals();
 
-/// Standard output is a terminal, and colours are written to it. A terminal that takes nothing for a second keeps them.
+/// Call it if standard output is a terminal and colours are written to it. If the terminal accepts no bytes for a
+/// second, its colours stay as they are.
 void switchColoursOffAtEnd() noexcept;
 
 }  // namespace norvik_log

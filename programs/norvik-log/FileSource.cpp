@@ -29,9 +29,9 @@ LogSource::~LogSource() = default;
 namespace {
 
 constexpr std::int64_t chunkSize = 1 << 20;
-constexpr std::size_t heldWeight = 4 << 20;  // of records that wait for their turn, for each chunk
+constexpr std::size_t heldWeight = 4 << 20;  // of records of one chunk that wait for earlier chunks
 
-/// A regular file, any of whose bytes can be read at any time. Synchronised.
+/// A regular file that can be read at any position. Synchronised.
 class OpenFile {
  public:
   OpenFile(int descriptor, std::int64_t size, const std::string& path, Troubles& troubles)
@@ -60,7 +60,7 @@ class OpenFile {
   std::atomic<bool> isReported_ = false;
 };
 
-/// The places in a file where the clocks were set back, found when they are first asked for. Synchronised.
+/// The places in a file where the clocks were set back. The file is searched at the first request. Synchronised.
 class FoldsOfFile {
  public:
   FoldsOfFile(OpenFile& file, const WallClock& clock) : file_(file), folds_(clock) {}
@@ -82,7 +82,7 @@ class FoldsOfFile {
       held += count;
       const std::string_view bytes(buffer.get(), held);
       std::size_t lines = count == 0 ? held : bytes.rfind('\n') + 1;  // npos + 1 is 0
-      if (lines == 0 && held == size) lines = held;                   // a line of a mebibyte has its time in front
+      if (lines == 0 && held == size) lines = held;  // a line of a mebibyte or more has its time at the front
       folds_.pass(bytes.substr(0, lines), offset);
       std::copy(buffer.get() + lines, buffer.get() + held, buffer.get());
       held -= lines;
@@ -111,7 +111,7 @@ void reportGivenUp(std::size_t count, const std::string& source, Troubles& troub
   if (count > 0) troubles.report(source, "the pattern takes too long on at least one message, which is left out");
 }
 
-/// From the start to the end, as pipes must be read.
+/// Reads from start to end, as pipes require.
 class FileSource::Sequential {
  public:
   Sequential(int descriptor, const std::string& path, const Reading& reading)
@@ -151,8 +151,8 @@ class FileSource::Sequential {
   RangeReader reader_;
 };
 
-/// Threads take chunks of the file in order, and what they find is handed out in that order. A thread that is ahead
-/// waits once it holds many records, so that memory stays flat.
+/// Threads take chunks of the file in order. Their records are handed out in the same order. A thread that is ahead
+/// waits when its chunk holds many records, so that the use of memory is bounded.
 class FileSource::Parallel {
  public:
   Parallel(int descriptor, std::int64_t size, const std::string& path, const Reading& reading)
@@ -169,7 +169,7 @@ class FileSource::Parallel {
         try {
           threads_.emplace_back([this] { work(); });
         } catch (const std::system_error&) {
-          break;  // there are as many as the system allows; without any, this thread reads
+          break;  // the system allows no more threads; without any, the calling thread reads
         }
       }
     }
@@ -273,7 +273,7 @@ class FileSource::Parallel {
 
   bool deliver(std::size_t index, Batch batch) {
     std::unique_lock lock(mutex_);
-    Chunk& chunk = chunks_[index - firstChunk_];  // stays in place while others are added and removed at the ends
+    Chunk& chunk = chunks_[index - firstChunk_];  // keeps its address while chunks are added and removed at the ends
     changed_.wait(lock, [&] { return isStopped_ || chunk.weight < heldWeight; });
     if (isStopped_) return false;
     chunk.weight += batch.weight();
@@ -296,7 +296,7 @@ class FileSource::Parallel {
   std::size_t ahead_ = 1;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Chunk> chunks_;  // begun and not yet handed out
+  std::deque<Chunk> chunks_;  // taken by a thread and not yet handed out
   std::size_t firstChunk_ = 0;
   bool isEndFound_ = false, isStopped_ = false;
   std::exception_ptr failure_;
@@ -325,7 +325,7 @@ void FileSource::open() {
   }
   if (::fstat(descriptor_, &status) != 0) return reading_.troubles.report(path_, "cannot be read", errno);
   if (isStandardOutput(status)) return reportOutput();
-  // Files of the system, such as those in /proc, say that they are empty.
+  // Files such as those in /proc have a size of 0 although they have content.
   if (S_ISREG(status.st_mode) && status.st_size > 0) {
     ::posix_fadvise(descriptor_, 0, 0, POSIX_FADV_SEQUENTIAL);
     parallel_ = std::make_unique<Parallel>(descriptor_, status.st_size, path_, reading_);

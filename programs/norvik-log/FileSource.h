@@ -1,5 +1,5 @@
-// programs/norvik-log/FileSource.h - a log file, a named pipe or standard input. Large files are searched by as many
-// threads as there are processors.
+// programs/norvik-log/FileSource.h - a log file, a named pipe or standard input. A large file is searched by one thread
+// for each processor.
 #pragma once
 
 #include <chrono>
@@ -14,25 +14,27 @@
 
 namespace norvik_log {
 
-/// What all sources of a run share; outlives them.
+/// The settings that all sources of a run share. Must outlive the sources.
 struct Reading {
   const Filter& filter;
-  const WallClock& logClock;  // of times without an offset
+  const WallClock& logClock;  // the zone of times without an offset
   Troubles& troubles;
-  bool hasManySources = false;        // read side by side: no threads for each
-  std::chrono::seconds patience{60};  // with a server that does not answer
+  bool hasManySources = false;        // several sources are read alternately, so each is read without threads
+  std::chrono::seconds patience{60};  // the longest wait for an answer of a server
 };
 
-/// How a source that is not there is shown: without what may be a password, where it may be a mistyped address.
+/// The name of a source in a message that it does not exist. A part that may be a password is left out, because the
+/// name may be a mistyped address.
 [[nodiscard]] std::string shownName(const std::string& name);
 
-/// Of messages on which the pattern took too long. How many there are in all is not known yet.
+/// Reports messages for which the search for the pattern was given up. The report has no number, because the total is
+/// not known yet.
 void reportGivenUp(std::size_t count, const std::string& source, Troubles& troubles);
 
 class FileSource : public LogSource {
  public:
-  /// "-" is standard input. What cannot be opened is reported, and has no messages. A pipe is waited for. The path
-  /// outlives the records, which refer to it.
+  /// "-" is standard input. A file that cannot be opened is reported and has no messages. Opening a pipe waits for its
+  /// writer. The path must outlive the source and its records, which refer to it.
   FileSource(const std::string& path, const Reading& reading);
   ~FileSource() override;
 

@@ -1,4 +1,4 @@
-// programs/norvik-log/Filter.h - which messages are wanted.
+// programs/norvik-log/Filter.h - the conditions that select messages.
 #pragma once
 
 #include <cstdint>
@@ -12,29 +12,29 @@
 namespace norvik_log {
 
 struct Filter {
-  std::optional<int> level;           // this flag of LogLevel.h and the more severe; any other number: that alone
-  std::optional<std::int64_t> since;  // milliseconds since 1970: at this moment or later
-  std::optional<std::int64_t> until;  // before this one
-  std::optional<std::string> thread;  // a thread's number or name, a queue's label, or both with a colon between
-  std::optional<std::string> text;    // in the message's text
-  bool ignoresCase = false;           // in `text` and `pattern`
+  std::optional<int> level;           // a flag of LogLevel.h: this and more severe levels; another number: only it
+  std::optional<std::int64_t> since;  // milliseconds since 1970: at this time or later
+  std::optional<std::int64_t> until;  // before this time
+  std::optional<std::string> thread;  // a thread's number or name, a queue's label, or label:thread
+  std::optional<std::string> text;    // contained in the message's text
+  bool ignoresCase = false;           // applies to `text` and `pattern`
   std::shared_ptr<const Pattern> pattern;
 
   [[nodiscard]] bool admitsLevel(int flag) const noexcept;
   [[nodiscard]] bool admitsTime(const std::optional<std::int64_t>& time) const noexcept;
 };
 
-/// A filter in use by one thread.
+/// A filter for the use of one thread.
 class FilterCheck {
  public:
   explicit FilterCheck(const Filter& filter);
 
   [[nodiscard]] const Filter& filter() const noexcept { return filter_; }
-  /// By everything but the time.
+  /// Checks all conditions except the time.
   [[nodiscard]] bool admits(const Record& record);
-  /// How often the pattern was given up on since the last call.
+  /// The number of searches for the pattern that were given up since the last call.
   [[nodiscard]] std::size_t takeGivenUp();
-  /// `text` where case is ignored.
+  /// The matcher for `text` if case is ignored, else null.
   [[nodiscard]] Pattern::Matcher* caselessText() noexcept { return caseless_ ? &*caseless_ : nullptr; }
   [[nodiscard]] Pattern::Matcher* pattern() noexcept { return pattern_ ? &*pattern_ : nullptr; }
 

@@ -19,7 +19,7 @@ std::optional<std::int64_t> wallTimeAt(const char* line, const char* end) noexce
 }  // namespace
 
 bool Folds::mayFold(std::int64_t from, std::int64_t to) const noexcept {
-  constexpr std::int64_t apart = 20 * day;  // no zone's clocks change twice in so short a time, and back
+  constexpr std::int64_t apart = 20 * day;  // no zone changes its offset and returns to it within this time
   return to - from > apart || clock_.offsetSeconds(from - 2 * day) != clock_.offsetSeconds(to + 2 * day);
 }
 

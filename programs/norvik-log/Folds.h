@@ -1,8 +1,8 @@
-// programs/norvik-log/Folds.h - where in a log the clocks were set back: from there on, times that they showed twice
-// are the second ones.
+// programs/norvik-log/Folds.h - finds the places in a log where the clocks were set back. After such a place, wall
+// times that occurred twice are second occurrences.
 //
-// The times themselves say it: where one is over a minute earlier than the one before, in an hour that was shown twice.
-// Without such a place all are the first ones.
+// The times in the log show such a place: a time is more than a minute earlier than the previous time, and lies in an
+// hour that occurred twice. Before the first such place, all of these wall times are first occurrences.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ class Folds {
  public:
   explicit Folds(const WallClock& clock) : clock_(clock) {}
 
-  /// Looks at the next lines of the log, which are whole and at `offset` in it.
+  /// Scans the next lines of the log. They must be whole lines; `offset` is their position in the log.
   void pass(std::string_view lines, std::int64_t offset);
-  /// Of a place that pass() came by.
+  /// `offset` must be in lines that pass() has scanned.
   [[nodiscard]] bool isSecondPass(std::int64_t offset, std::int64_t wallTime) const noexcept;
 
  private:
@@ -31,7 +31,7 @@ class Folds {
   [[nodiscard]] bool mayFold(std::int64_t from, std::int64_t to) const noexcept;
 
   WallClock clock_;
-  std::optional<std::int64_t> last_;  // the wall time of the last line with one
+  std::optional<std::int64_t> last_;  // the wall time of the last line that has a time
   std::vector<Fold> folds_;
 };
 

@@ -27,12 +27,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto holdingTime = 200ms;  // a message whose next lines may come
-constexpr auto graceTime = 2s;       // a file that is gone, and may still be written to
+constexpr auto holdingTime = 200ms;  // for a message that may get more lines
+constexpr auto graceTime = 2s;       // for a removed file that may still be written to
 constexpr std::chrono::milliseconds usualRound = 1s, blindRound = 250ms;
 constexpr std::size_t blockSize = 512 << 10;
-constexpr std::size_t mostSpare = 4 << 10;  // bytes, of a file that has nothing new
-constexpr std::size_t mostOpen = 8;  // of a folder's files, the newest; they may be removed while they are written to
+constexpr std::size_t mostSpare = 4 << 10;  // bytes of unused capacity, for a file without new content
+constexpr std::size_t mostOpen = 8;         // newest files of a folder: a file may be removed while it is written to
 
 std::string folderOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path().string();
@@ -64,7 +64,8 @@ void GrowingFile::close() noexcept {
 
 void GrowingFile::rest() noexcept {
   isResting_ = true;
-  // One that was read to its end may have grown since, and be removed before it could be opened again.
+  // A file that was read to its end stays open until it is read once more, because it may have grown since, and may be
+  // removed before it could be opened again.
   if (std::exchange(mayHaveMore_, true)) close();
 }
 
@@ -78,7 +79,7 @@ bool GrowingFile::openAgain() {
   descriptor_ = ::open(pathNow_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat status {};
   if (descriptor_ < 0) {
-    // Where it has another name by now, the next look finds it.
+    // If it has been renamed since, the next look finds its new name.
     if (errno != ENOENT) reading_.troubles.report(pathNow_, "cannot be opened", errno);
   } else if (::fstat(descriptor_, &status) == 0 && isSameFile(status.st_dev, status.st_ino)) {
     return true;
@@ -99,7 +100,7 @@ bool GrowingFile::read(Moment now) {
     isFlushed_ = false;
     folds_ = Folds(reading_.logClock);
   }
-  // One block for all files, most of which have nothing new.
+  // All files share one block, because most of them have no new content.
   static thread_local const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
   ssize_t count = 0;
   do count = ::pread(descriptor_, block.get(), blockSize, offset_);
@@ -139,7 +140,7 @@ bool GrowingFile::next(Batch& batch, Moment now, bool isLastFile) {
   if (read(now)) {
     const char *const begin = pending_.data(), *const end = begin + pending_.size();
     const std::size_t lines = pending_.rfind('\n') + 1;  // npos + 1 is 0
-    // What was shown and goes on is shown at once.
+    // If the shown record continues, its further lines are shown at once.
     const bool isContinued = isFlushed_ && lines > 0 && !headTime(begin, end);
     std::size_t size = static_cast<std::size_t>(lastHead(begin, begin + lines) - begin);
     if (size == 0 && isContinued) size = lines;
@@ -150,7 +151,7 @@ bool GrowingFile::next(Batch& batch, Moment now, bool isLastFile) {
   }
   if (pending_.empty() || (isLastFile && now - lastGrowth_ < holdingTime)) return false;
   std::size_t lines = pending_.rfind('\n') + 1;
-  // Half a line of a process that was killed, and begins the next file, does not become whole.
+  // After a newer file was created, an incomplete line of a killed process never becomes complete.
   const bool isLeft = !isLastFile && now - lastGrowth_ > graceTime;
   if (lines == 0 && isLeft) lines = pending_.size();
   if (lines == 0) return false;
@@ -189,7 +190,7 @@ void FollowedPath::open(const std::string& path) {
   if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
     const int error = errno;
     if (descriptor >= 0) ::close(descriptor);
-    // One of a folder was removed since it was listed.
+    // A file of a folder may have been removed since the folder was listed.
     if (error != ENOENT || path == path_) reading_.troubles.report(path, "cannot be opened", error);
     return;
   }
@@ -293,7 +294,7 @@ bool ChangeWatch::takeNamesChanged() noexcept {
 
 namespace {
 
-/// A source as one of several of a round.
+/// A source in the merge of one round.
 class Round : public LogSource {
  public:
   explicit Round(FollowedSource& source) : source_(source) {}
@@ -314,10 +315,10 @@ class FollowedDatabase : public FollowedSource {
 
  private:
   const std::unique_ptr<DatabaseSource> database_;
-  const std::string folder_;  // of SQLite's write-ahead log
+  const std::string folder_;  // the folder of the database's write-ahead log; empty for a server
 };
 
-/// A folder, a regular file, or what is not there yet.
+/// True for a folder, a regular file, and a path that does not exist yet.
 bool canBeFollowed(const std::string& name) {
   struct stat status {};
   return ::stat(name.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode);
@@ -337,7 +338,7 @@ std::unique_ptr<FollowedSource> followedSource(const std::string& name, const Re
   return std::make_unique<FollowedPath>(name, reading);
 }
 
-/// What is not there yet, or an empty file: what it is shows when something is there.
+/// A path that does not exist yet, or an empty file. Its kind is decided when it has content.
 class LaterSource : public FollowedSource {
  public:
   LaterSource(const std::string& name, const Reading& reading) : name_(name), reading_(reading) {}
@@ -382,7 +383,7 @@ void follow(const std::vector<std::string>& names, const Reading& reading,
   ChangeWatch watch;
   bool isRead = !followed.empty();
   while (isRead) {
-    // Watched first: what happens while the folder is looked at wakes the next round.
+    // The watches are added before the look, so that a change during the look wakes the next round.
     for (const auto& source : followed) watch.add(source->folder());
     const Moment now = std::chrono::steady_clock::now();
     const bool mayNamesHaveChanged = watch.takeNamesChanged();

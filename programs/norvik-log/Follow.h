@@ -1,12 +1,13 @@
-// programs/norvik-log/Follow.h - reads what is there, and then what is added, without an end.
+// programs/norvik-log/Follow.h - reads the existing messages and then the ones that are added, without an end.
 //
-// A folder is followed across rolls: new files are read as they come, files that were renamed go on where they were,
-// and one that was removed or moved away is read until another one was begun and nothing more comes. A file that is
-// replaced by another of its name is followed likewise. A file that became shorter is read from its start again.
+// A folder is followed across rolls. New files are read when they appear. A renamed file is read on from the same
+// position. A removed or moved file is read until a newer file exists and nothing more is written to the old one. A
+// file that is replaced by another of the same name is followed in the same way. A file that becomes shorter is read
+// from its start again.
 //
-// A line without a line feed is held until that comes, or the next file was begun and nothing more comes. The last
-// message is held for a moment, because more lines of it may come; lines that come later count as a message that
-// continues it.
+// A line without a line feed is held until the line feed is written, or until a newer file exists and nothing more is
+// written to the old one. The last message is held for 200 ms, because more lines of it may follow. Lines that follow
+// later are shown as a message that continues it.
 #pragma once
 
 #include <chrono>
@@ -27,32 +28,32 @@ namespace norvik_log {
 
 using Moment = std::chrono::steady_clock::time_point;
 
-/// One open file that grows.
+/// An open file that grows.
 class GrowingFile {
  public:
-  /// Owns the descriptor. `path` outlives the records.
+  /// Owns the descriptor. `path` must outlive the records.
   GrowingFile(int descriptor, const std::string& path, const Reading& reading);
   ~GrowingFile();
   GrowingFile(const GrowingFile&) = delete;
   GrowingFile& operator=(const GrowingFile&) = delete;
 
-  /// Adds what whole messages were written since; false where nothing was, or nothing that is whole. The last message
-  /// is held for a moment, unless the next file was begun.
+  /// Adds the complete messages that were written since the last call. Returns false if there are none. The last
+  /// message is held for a moment, unless a newer file exists.
   bool next(Batch& batch, Moment now, bool isLastFile);
-  /// Adds what is left, whole or not.
+  /// Adds the rest of the file, even if its last line is incomplete.
   void finish(Batch& batch);
-  /// From now on it is open only while it has, or may have, something to be read.
+  /// From now on, the file is open only while it has, or may have, unread bytes.
   void rest() noexcept;
-  /// Of a file that rests: what its path and its size are now.
+  /// Tells a resting file its current path and size.
   void noteState(const std::string& path, std::int64_t size);
   [[nodiscard]] bool isResting() const noexcept { return isResting_; }
 
   [[nodiscard]] bool isSameFile(std::uint64_t device, std::uint64_t inode) const noexcept {
     return device == device_ && inode == inode_;
   }
-  /// Whether a message waits for its next lines.
+  /// True if a message waits for more lines.
   [[nodiscard]] bool holdsLines() const noexcept { return !pending_.empty(); }
-  /// When something was last read from it.
+  /// The time at which bytes were last read from it.
   [[nodiscard]] Moment lastGrowth() const noexcept { return lastGrowth_; }
 
  private:
@@ -68,8 +69,8 @@ class GrowingFile {
   Folds folds_;
   BlockScan scan_;
   std::uint64_t device_ = 0, inode_ = 0;
-  std::int64_t offset_ = 0;  // of the first byte that is not read
-  std::string pending_;      // read, not yet scanned
+  std::int64_t offset_ = 0;  // of the first unread byte
+  std::string pending_;      // bytes that were read but not scanned yet
   std::optional<Record> last_;
   bool isFlushed_ = false;  // the last record was shown, and may be continued
   Moment lastGrowth_;
@@ -77,14 +78,14 @@ class GrowingFile {
   std::string pathNow_;
 };
 
-/// A source whose next() adds what was logged until now.
+/// A source whose next() adds the messages that were logged until now.
 class FollowedSource : public LogSource {
  public:
-  /// Looks what there is; next() then adds it.
+  /// Looks for new files and messages, which next() then adds.
   virtual void look(Moment now, bool mayNamesHaveChanged) = 0;
-  /// Whether a message waits for its next lines.
+  /// True if a message waits for more lines.
   [[nodiscard]] virtual bool holdsLines() const noexcept { return false; }
-  /// The folder whose changes matter; empty where none does.
+  /// The folder to watch for changes; empty if there is none.
   [[nodiscard]] virtual std::string folder() const = 0;
 };
 
@@ -102,7 +103,7 @@ class FollowedPath : public FollowedSource {
  private:
   struct File {
     std::unique_ptr<GrowingFile> file;
-    std::optional<Moment> goneSince;  // its name leads elsewhere, or nowhere
+    std::optional<Moment> goneSince;  // since then, its name leads to another file or to none
   };
 
   [[nodiscard]] std::vector<std::string> pathsNow();
@@ -111,12 +112,12 @@ class FollowedPath : public FollowedSource {
 
   const std::string path_;
   const Reading& reading_;
-  std::deque<std::string> names_;  // of files, for the records
-  std::deque<File> files_;         // in the order in which they were begun
+  std::deque<std::string> names_;  // the paths of the files, to which the records refer
+  std::deque<File> files_;         // in the order of their creation
   Moment now_;
 };
 
-/// Wakes up when folders change; where the system cannot tell, every so often.
+/// Waits for changes of folders. If the system cannot watch a folder, it returns after a short interval.
 class ChangeWatch {
  public:
   ChangeWatch();
@@ -124,22 +125,22 @@ class ChangeWatch {
   ChangeWatch(const ChangeWatch&) = delete;
   ChangeWatch& operator=(const ChangeWatch&) = delete;
 
-  /// Again for one that was removed and made anew. Of "" no change is reported.
+  /// Call it again for a folder that was removed and created anew. An empty path is ignored.
   void add(const std::string& folder);
-  /// Returns after a change or the time given; false when the reader of standard output has closed it.
+  /// Returns after a change or after `longest`. False if the reader of standard output has closed it.
   bool wait(std::chrono::milliseconds longest);
-  /// Whether a file was made, removed or renamed since the last call, or may have been.
+  /// True if a file was created, removed or renamed since the last call, or if that is possible.
   [[nodiscard]] bool takeNamesChanged() noexcept;
 
  private:
   const int descriptor_;
-  bool isBlind_ = false;  // something is not watched
+  bool isBlind_ = false;  // a folder is not watched
   bool haveNamesChanged_ = true;
   Moment lastLook_;
 };
 
-/// Adds what a round found to the output. Returns when the reader of standard output has closed it, or when none of the
-/// sources can be followed.
+/// Calls `show` with the messages of each round. Returns when the reader of standard output has closed it, or if no
+/// source can be followed.
 void follow(const std::vector<std::string>& names, const Reading& reading,
             const std::function<void(const Batch&)>& show, const std::function<void()>& flush);
 

@@ -103,14 +103,14 @@ HtmlOutput::HtmlOutput(const std::filesystem::path& path, const WallClock& clock
 }
 
 void HtmlOutput::add(const Record& record) {
-  // Other flags have no place in the order of levels.
+  // Other flags have no position in the order of levels.
   const bool isLevel = record.flag > 0 && record.flag <= 16 && (record.flag & (record.flag - 1)) == 0;
   const std::string flag = std::to_string(isLevel ? record.flag : 0);
   text_ += "<li class=\"l" + flag + "\" data-flag=\"" + flag + "\"><time>";
   if (record.time) text_ += wallTimeText(clock_.wallTime(*record.time));
   text_ += "</time><b>" + levelName(record.flag) + "</b><pre>";
   const std::string_view text = textOf(record, held_);
-  if (text.starts_with('\n')) text_ += '\n';  // browsers leave out the first one
+  if (text.starts_with('\n')) text_ += '\n';  // browsers ignore the first line feed
   appendHtml(text_, text);
   const Names names = namesOf(record);
   text_ += "<small>";

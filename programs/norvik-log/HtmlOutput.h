@@ -1,5 +1,5 @@
-// programs/norvik-log/HtmlOutput.h - the messages as one page, which loads nothing and can be searched: a box for text,
-// a choice of level, and how many messages they leave.
+// programs/norvik-log/HtmlOutput.h - the messages as one HTML page. The page loads nothing and can be searched: it has
+// a box for text, a choice of level, and the number of messages that remain.
 #pragma once
 
 #include <filesystem>
@@ -13,11 +13,11 @@ namespace norvik_log {
 
 class HtmlOutput : public Output {
  public:
-  /// Times are shown as the clock has them, whose zone's name stands on the page. Throws std::system_error.
+  /// Times are shown as wall times of the clock; the page names its zone. Throws std::system_error.
   HtmlOutput(const std::filesystem::path& path, const WallClock& clock, std::string_view zone);
 
   void add(const Record& record) override;
-  /// The page has its name from here on.
+  /// Publishes the page under its name.
   void finish() override;
 
  private:
@@ -28,7 +28,7 @@ class HtmlOutput : public Output {
   std::string text_, held_;
 };
 
-/// Within an element or an attribute in quotation marks; control characters as escapes.
+/// Appends text for use within an element or a quoted attribute. Control characters become escapes.
 void appendHtml(std::string& result, std::string_view text);
 
 }  // namespace norvik_log

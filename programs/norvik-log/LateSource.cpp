@@ -10,7 +10,7 @@ LateSource::LateSource(std::unique_ptr<DatabaseSource> source) : source_(std::mo
   try {
     thread_ = std::thread([this] { work(); });
   } catch (const std::system_error&) {
-    return;  // the system allows no more
+    return;  // the system allows no more threads
   }
 }
 

@@ -1,7 +1,7 @@
-// programs/norvik-log/LateSource.h - a followed database that may answer late, read by a thread of its own.
+// programs/norvik-log/LateSource.h - a followed database that may answer late. A thread of its own reads it.
 //
-// Its messages are waited for, so that they are merged with those of others. If they do not come for two seconds, the
-// others go on, and what comes later is handed out then.
+// next() waits for the database's messages, so that they are merged with those of other sources. If they do not arrive
+// within two seconds, the other sources continue, and next() returns the late messages when they arrive.
 #pragma once
 
 #include <condition_variable>
@@ -18,13 +18,13 @@ namespace norvik_log {
 
 class LateSource : public DatabaseSource {
  public:
-  /// Where no thread can be started, the calling one reads.
+  /// If no thread can be started, the calling thread reads.
   explicit LateSource(std::unique_ptr<DatabaseSource> source);
   ~LateSource() override;
 
-  /// False also if what there is comes late.
+  /// Also false if the messages are late.
   bool next(Batch& batch) override;
-  /// Without effect while it is still read.
+  /// Does nothing while the thread is reading or read messages are waiting.
   void lookAgain() override;
 
  private:
@@ -36,7 +36,7 @@ class LateSource : public DatabaseSource {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Batch> found_;
-  std::size_t weight_ = 0;  // of what was found
+  std::size_t weight_ = 0;  // total weight of `found_`
   bool isReading_ = false, isLate_ = false, isStopped_ = false;
   std::exception_ptr failure_;
   std::thread thread_;

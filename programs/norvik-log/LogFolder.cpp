@@ -21,7 +21,7 @@ double millisecondsOf(const std::optional<norvik::Date>& date) {
   return date ? date->timeIntervalSince1970() * 1000 : 0;
 }
 
-/// Of the first line, where that begins with a time.
+/// The time of the first line, if that line begins with one.
 std::optional<double> firstTime(const std::string& path, WallClock clock) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return std::nullopt;

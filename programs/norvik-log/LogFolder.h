@@ -1,5 +1,5 @@
-// programs/norvik-log/LogFolder.h - the log files of a folder, as DDLogFileManagerDefault names them: "log-" and six of
-// 0-9 and A-F, whatever follows.
+// programs/norvik-log/LogFolder.h - the log files of a folder, by the names that DDLogFileManagerDefault gives: "log-"
+// and six characters of 0-9 and A-F, and then any text.
 #pragma once
 
 #include <cstddef>
@@ -14,15 +14,16 @@ namespace norvik_log {
 
 [[nodiscard]] bool isLogFileName(const std::string& name) noexcept;
 
-/// The paths of a folder's log files, in the order in which they were begun: by the first message's time, and where
-/// there is none by the file's creation. What is no regular file is reported and left out. Throws std::system_error.
+/// The paths of a folder's log files, in the order of their start. A file's start is the time of its first line, or the
+/// file's creation if that line does not begin with a time. An entry that is not a regular file is reported and left
+/// out. Throws std::system_error.
 [[nodiscard]] std::vector<std::string> logFilesIn(const std::string& folder, const WallClock& logClock,
                                                   Troubles& troubles);
 
-/// The log files of a folder, one after the other.
+/// Reads the log files of a folder, one after the other.
 class FolderSource : public LogSource {
  public:
-  /// What cannot be listed is reported, and so is a folder without log files.
+  /// A folder that cannot be listed, or has no log files, is reported.
   FolderSource(const std::string& folder, const Reading& reading);
 
   bool next(Batch& batch) override;

@@ -18,7 +18,7 @@ constexpr std::size_t levelWidth = 7;
 constexpr int digit(char byte) noexcept { return byte - '0'; }
 constexpr int twoDigits(const char* at) noexcept { return digit(at[0]) * 10 + digit(at[1]); }
 
-/// The offset at `at`, which it moves behind it; absent where there is none.
+/// Parses the offset at `at` and moves `at` past it. Absent if there is none.
 std::optional<int> takeOffset(const char*& at, const char* end) noexcept {
   if (at == end) return std::nullopt;
   if (*at == 'Z') {
@@ -63,7 +63,7 @@ Part partOf(std::string_view whole, std::string_view part) noexcept {
   return {static_cast<std::uint32_t>(part.data() - whole.data()), static_cast<std::uint32_t>(part.size())};
 }
 
-/// What DDLogLineFormatter puts behind the time. False where the line is of another form.
+/// Parses the parts that DDLogLineFormatter writes after the time. False if the line has another form.
 bool takeLineForm(Record& record, std::string_view line) noexcept {
   std::size_t at = lineFormTimeSize + 1;
   if (line.size() < at + levelWidth) return false;
@@ -108,7 +108,7 @@ std::optional<unsigned> hexNumber(std::string_view text, std::size_t count) noex
   return number;
 }
 
-/// Below U+10000; a surrogate half has the three bytes of its number.
+/// `point` is below U+10000. A surrogate half becomes the three bytes of its number.
 void appendPoint(std::string& result, unsigned point) {
   if (point < 0x80) {
     result += static_cast<char>(point);
@@ -122,7 +122,7 @@ void appendPoint(std::string& result, unsigned point) {
   }
 }
 
-/// Takes what follows a backslash off the front; false where it is no escape.
+/// Removes an escape from the front of `rest`, which begins after the backslash. False if it is no escape.
 bool takeEscape(std::string& result, std::string_view& rest) {
   if (rest.empty()) return false;
   const char kind = rest.front();
@@ -168,7 +168,7 @@ std::string unescapedOrAsItIs(std::string_view text) {
 }  // namespace
 
 std::int64_t daysSince1970(std::int64_t year, int month, int day) noexcept {
-  // Years begin in March here, so that the leap day is the last.
+  // Years begin in March here, so that the leap day is the last day of a year.
   const std::int64_t shifted = month <= 2 ? year - 1 : year;
   const std::int64_t era = (shifted >= 0 ? shifted : shifted - 399) / 400;
   const std::int64_t yearOfEra = shifted - era * 400;
@@ -236,7 +236,8 @@ std::string_view textOf(const Record& record, std::string& held) {
   const std::string_view line = text.substr(0, text.find('\n'));
   if (line.find('\\') == line.npos) return text;
   held.clear();
-  // Only what the formatter itself writes is an escape: so a text can be searched for in the line, escaped likewise.
+  // Only escapes that the formatter itself writes are reversed, so that a search can look for the escaped text in the
+  // line.
   if (!appendUnescaped(held, line) || norvik::DDLogLineFormatter::escaped(norvik::NSString(held)).str() != line) {
     return text;
   }

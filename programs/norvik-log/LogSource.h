@@ -1,4 +1,4 @@
-// programs/norvik-log/LogSource.h - something that messages are read from: files, a folder of them, a database.
+// programs/norvik-log/LogSource.h - a source of messages: a file, a folder of files, or a database.
 #pragma once
 
 #include "Batch.h"
@@ -11,7 +11,8 @@ class LogSource {
   LogSource(const LogSource&) = delete;
   LogSource& operator=(const LogSource&) = delete;
 
-  /// Adds the next messages that the filter admits, in their order; at times none. False once there are no more.
+  /// Adds the next messages that the filter admits, in their order; it may add none. Returns false when there are no
+  /// more.
   virtual bool next(Batch& batch) = 0;
 
  protected:

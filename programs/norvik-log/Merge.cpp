@@ -12,9 +12,9 @@ struct Merge::Head {
   std::size_t order = 0;
   Batch batch;
   std::size_t at = 0;
-  std::int64_t time = std::numeric_limits<std::int64_t>::min();  // of the record, or of the one before
+  std::int64_t time = std::numeric_limits<std::int64_t>::min();  // of the record, or of the previous one if it has none
 
-  /// Goes to the source's next record; false where there is none.
+  /// Moves to the source's next record. False if there is none.
   bool read() {
     while (at == batch.size()) {
       batch = Batch();
@@ -50,7 +50,7 @@ bool Merge::next(Batch& batch) {
   while (!heads_.empty() && batch.weight() < enough) {
     std::pop_heap(heads_.begin(), heads_.end(), Later());
     Head& head = heads_.back();
-    // As long as this source is ahead of the others, its records follow each other.
+    // While the next record of this source is the earliest, the loop takes it without going through the heap.
     bool isMore = true;
     do {
       batch.add(head.batch[head.at++]);

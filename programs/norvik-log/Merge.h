@@ -1,7 +1,7 @@
-// programs/norvik-log/Merge.h - several sources as one, by time.
+// programs/norvik-log/Merge.h - merges several sources into one, by time.
 //
-// The order within a source stays; of messages of one time that of the source named first comes first. A message
-// without a time follows the one before it in its source.
+// The order within a source is kept. Of messages with the same time, those of the source that was named first come
+// first. A message without a time follows the previous message of its source.
 #pragma once
 
 #include <memory>

@@ -41,7 +41,7 @@ void appendNumber(std::string& result, std::int64_t number, int width) {
 void appendTime(std::string& result, std::int64_t milliseconds, char separator) {
   constexpr std::int64_t day = 24 * hourMilliseconds;
   const std::int64_t rest = (milliseconds % day + day) % day;
-  std::int64_t days = (milliseconds - rest) / day + 719468;  // since 0000-03-01: the leap day is a year's last
+  std::int64_t days = (milliseconds - rest) / day + 719468;  // since 0000-03-01, so that a leap day ends its year
   const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
   const std::int64_t dayOfEra = days - era * 146097;
   const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
@@ -63,8 +63,8 @@ void appendTime(std::string& result, std::int64_t milliseconds, char separator) 
   appendNumber(result, rest % 1000, 3);
 }
 
-/// Of the character at the front, whose UTF-8 is valid: U+0080 to U+009F, with which a text can command a terminal,
-/// line separators and the marks that turn the direction of text around. Empty for others.
+/// Returns the first character of a valid UTF-8 text if it is U+0080 to U+009F (which can send commands to a terminal),
+/// a line separator or a mark that changes the direction of text. Empty for other characters.
 std::string_view commandingCharacter(std::string_view text) noexcept {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   if (byte(0) == 0xc2) return byte(1) <= 0x9f ? text.substr(0, 2) : std::string_view();
@@ -87,7 +87,7 @@ void appendJsonString(std::string& result, std::string_view text) {
             !command.empty()) {
           std::string visible;
           appendVisible(visible, command, LineFeeds::Escaped);
-          // Of two bytes it is \x and two digits.
+          // appendVisible() writes a character of two bytes as \x and two digits, which JSON does not allow.
           result += command.size() == 2 ? "\\u00" + visible.substr(2) : visible;
           at += command.size() - 1;
         } else {
@@ -215,7 +215,7 @@ void appendJson(std::string& result, const Record& record) {
   const Names names = namesOf(record);
   addText("queue", names.label);
   if (!names.thread.empty()) {
-    // Digits, without the zeros in front that JSON has not.
+    // The digits without leading zeros, which JSON does not allow.
     begin("thread");
     const std::size_t zeros = std::min(names.thread.find_first_not_of('0'), names.thread.size() - 1);
     result += std::string_view(names.thread).substr(zeros);
@@ -278,8 +278,8 @@ constexpr std::array<std::string_view, 7> kindNames = {"error",   "warn",  "info
 constexpr std::string_view kindMarks = "EWIDVo.";
 constexpr std::array<int, 7> kindFlags = {1, 2, 4, 8, 16, 32, 0};
 
-/// How many cells of a bar each kind takes: together as many as the total is worth, and each that has any at least one
-/// where there is room.
+/// The number of cells of each kind in a bar. Together they are as many as the total requires, and each kind with
+/// messages has at least one cell if there is room.
 std::array<std::size_t, 7> cellsOf(const std::array<std::uint64_t, 7>& counts, std::uint64_t largest,
                                    std::size_t room) {
   std::array<std::size_t, 7> cells{};
@@ -293,7 +293,7 @@ std::array<std::size_t, 7> cellsOf(const std::array<std::uint64_t, 7>& counts, s
   const double scale = static_cast<double>(room) / static_cast<double>(largest);
   const auto rounded = static_cast<std::size_t>(static_cast<double>(total) * scale + 0.5);
   std::size_t left = std::min(room, std::max(rounded, std::min(kindsThere, room)));
-  for (std::size_t i = 0; i < cells.size(); ++i) {  // one each first, the most severe before the others
+  for (std::size_t i = 0; i < cells.size(); ++i) {  // one cell each first, beginning with the most severe
     if (counts[i] > 0 && left > 0) {
       cells[i] = 1;
       --left;

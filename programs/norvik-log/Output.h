@@ -1,4 +1,4 @@
-// programs/norvik-log/Output.h - where the messages that were found go.
+// programs/norvik-log/Output.h - the forms in which the found messages are written.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ class Output {
 
   /// Throws std::system_error.
   virtual void add(const Record& record) = 0;
-  /// Hands on what was added so far, as far as that can be told yet.
+  /// Writes the messages that were added so far, if their output is already known.
   virtual void flush() {}
   virtual void finish() { flush(); }
 
@@ -32,12 +32,12 @@ class Output {
   Output() = default;
 };
 
-/// Bytes to standard output, many at once.
+/// Buffers bytes for standard output.
 class StandardOutput {
  public:
   std::string text;
 
-  /// Writes `text` once it is large. Throws std::system_error.
+  /// Writes `text` if it is large enough. Throws std::system_error.
   void writeIfLarge() {
     constexpr std::size_t large = 64 << 10;
     if (text.size() >= large) write();
@@ -45,7 +45,7 @@ class StandardOutput {
   void write();
 };
 
-/// The lines as they stand in the log.
+/// The lines as in the log.
 class LineOutput : public Output {
  public:
   struct Style {
@@ -66,7 +66,7 @@ class LineOutput : public Output {
   StandardOutput out_;
 };
 
-/// One object a line, of valid UTF-8 whatever the log has.
+/// One JSON object for each message, one in a line. Always valid UTF-8, whatever bytes the log has.
 class JsonOutput : public Output {
  public:
   void add(const Record& record) override;
@@ -82,24 +82,24 @@ void appendJson(std::string& result, const Record& record);
 
 /// "2021-05-10T13:30:12.045Z".
 [[nodiscard]] std::string utcTime(std::int64_t instant);
-/// "2021-05-10 14:30:12.045", of a wall time.
+/// "2021-05-10 14:30:12.045", for a wall time.
 [[nodiscard]] std::string wallTimeText(std::int64_t wallTime);
 
-/// How many messages each hour has of each level, as bars.
+/// The number of messages of each level in each hour, as bars.
 class CountOutput : public Output {
  public:
   CountOutput(const WallClock& clock, std::size_t width, bool hasColours);
 
   void add(const Record& record) override;
   void finish() override;
-  /// The chart. No line is wider than the width, from 30 on.
+  /// The chart. If the width is 30 or more, no line is wider than it.
   [[nodiscard]] std::string chart() const;
 
  private:
-  /// By level from ERROR to VERBOSE, then other flags, then none.
+  /// Levels from ERROR to VERBOSE, then other flags, then messages without a level.
   static constexpr std::size_t kinds = 7;
   struct Hour {
-    std::int64_t start;  // an instant; of messages without a time the largest
+    std::int64_t start;  // an instant; the largest value for messages without a time
     int offset;
     auto operator<=>(const Hour&) const = default;
   };

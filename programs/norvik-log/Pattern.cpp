@@ -8,7 +8,7 @@
 namespace norvik_log {
 namespace {
 
-/// Reads a pattern from its start and keeps the longest text that stands outside of groups and alternatives.
+/// Reads a pattern from its start and keeps the longest text that is outside groups and alternatives.
 class TraitsReader {
  public:
   explicit TraitsReader(std::string_view pattern) : pattern_(pattern) {}
@@ -27,7 +27,7 @@ class TraitsReader {
   }
 
  private:
-  /// False where something is met that is not understood.
+  /// False at a construct that the reader does not understand.
   bool readNext() {
     const char c = pattern_[at_++];
     switch (c) {
@@ -134,7 +134,7 @@ class TraitsReader {
       if (close == pattern_.npos) return false;
       at_ = close + 1;
     }
-    if (rest().starts_with("+")) return false;  // takes what stands behind, and does not give it back
+    if (rest().starts_with("+")) return false;  // possessive: takes what follows and does not give it back
     if (rest().starts_with("?")) ++at_;
     return true;
   }
@@ -159,7 +159,7 @@ class TraitsReader {
   int depth_ = 0;
   bool hasAlternatives_ = false;
   std::string run_;
-  std::size_t lastCharacter_ = 0;  // where the run's last character begins
+  std::size_t lastCharacter_ = 0;  // the start of the run's last character
   PatternTraits traits_;
 };
 
@@ -205,7 +205,7 @@ Pattern::Pattern(const std::string& pattern, Kind kind, bool ignoresCase) : code
     throw PatternError("\"" + pattern + "\" is no regular expression: " + reinterpret_cast<const char*>(text) +
                        ", at character " + std::to_string(place + 1));
   }
-  // Where the machine has no room for compiled patterns, or forbids them, they are interpreted.
+  // If the machine has no memory for compiled patterns, or forbids them, patterns are interpreted.
   pcre2_jit_compile(code_->code, PCRE2_JIT_COMPLETE);
 }
 
@@ -224,7 +224,7 @@ struct Pattern::Matcher::State {
 
 Pattern::Matcher::Matcher(const Pattern& pattern) : state_(std::make_unique<State>()) {
   constexpr std::size_t smallStack = 32 << 10, largeStack = 1 << 20;
-  constexpr std::uint32_t steps = 10'000'000;  // of one search: a second or so
+  constexpr std::uint32_t steps = 10'000'000;  // the limit of one search: about a second
   state_->code = pattern.code_->code;
   state_->data.reset(pcre2_match_data_create_from_pattern(state_->code, nullptr));
   state_->context.reset(pcre2_match_context_create(nullptr));

@@ -1,8 +1,7 @@
-// programs/norvik-log/Pattern.h - a regular expression, and what can be told of the texts that it matches before it is
-// tried.
+// programs/norvik-log/Pattern.h - a regular expression, and properties of it that make a search faster.
 //
-// ^ and $ are the ends of a text's lines, . is any character but a line feed. Bytes that are not UTF-8 match nothing
-// but are no fault.
+// ^ and $ match the ends of a text's lines, and . matches any character except a line feed. Bytes that are not UTF-8
+// match nothing and cause no error.
 #pragma once
 
 #include <cstddef>
@@ -14,17 +13,17 @@
 
 namespace norvik_log {
 
-/// No regular expression; what() says where and why.
+/// An invalid regular expression; what() gives the place and the reason.
 class PatternError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// What its text says of a pattern. Where it is not understood nothing is promised.
+/// Properties that follow from a pattern's text. If the text is not understood, they promise nothing.
 struct PatternTraits {
-  std::string literal;          // in every text that it matches; empty: unknown
-  bool matchesInPlace = false;  // what matches in a text alone also matches where others stand around that
-  bool needsCharacters = true;  // bytes and characters must be told apart
+  std::string literal;          // a text that every match contains; empty: unknown
+  bool matchesInPlace = false;  // every match in a text is also a match if other bytes surround the text
+  bool needsCharacters = true;  // the search must decode the text into characters
 };
 [[nodiscard]] PatternTraits traitsOf(std::string_view pattern);
 
@@ -39,10 +38,10 @@ class Pattern {
   Pattern(const Pattern&) = delete;
   Pattern& operator=(const Pattern&) = delete;
 
-  /// Without a literal where case is ignored.
+  /// There is no literal if case is ignored.
   [[nodiscard]] const PatternTraits& traits() const noexcept { return traits_; }
 
-  /// A pattern in use by one thread.
+  /// A pattern for the use of one thread.
   class Matcher {
    public:
     explicit Matcher(const Pattern& pattern);
@@ -50,11 +49,11 @@ class Pattern {
     Matcher(const Matcher&) = delete;
     Matcher& operator=(const Matcher&) = delete;
 
-    /// Whether there is a match. A search that takes too long is given up and counted.
+    /// True if there is a match. A search that takes too long is given up and counted.
     bool matches(std::string_view text);
-    /// Where the first match from there on begins; npos where there is none. Absent if it takes too long.
+    /// The start of the first match at or after `from`; npos if there is none. Absent if the search takes too long.
     std::optional<std::size_t> find(std::string_view text, std::size_t from);
-    /// How many texts matches() gave up since the last call.
+    /// The number of texts that matches() has given up since the last call.
     std::size_t takeGivenUp();
 
    private:

@@ -14,12 +14,12 @@
 namespace norvik_log {
 namespace {
 
-// What libpq's header says, so that the program is built without it.
+// Declarations from libpq's header, so that the program is built without the header.
 struct PGconn;
 struct PGresult;
 constexpr int connectionIsMade = 0, commandIsDone = 1, rowsAreThere = 2, oneRowIsThere = 9, serverAnswers = 0;
 
-/// The functions of libpq, loaded once and kept until the process ends.
+/// The functions of libpq. They are loaded once and stay loaded until the process ends.
 struct Library {
   PGconn* (*connect)(const char* const*, const char* const*, int) = nullptr;
   int (*ping)(const char* const*, const char* const*, int) = nullptr;
@@ -69,7 +69,7 @@ const Library& library() {
   return loaded;
 }
 
-/// Whether libpq understands it. What it says otherwise may have the password in it.
+/// True if libpq can parse the address. libpq's error message is not used, because it may contain the password.
 bool isUnderstood(const std::string& address) {
   char* message = nullptr;
   void* const options = library().parse(address.c_str(), &message);
@@ -78,8 +78,8 @@ bool isUnderstood(const std::string& address) {
   return options != nullptr;
 }
 
-/// The part between "://" and the options: user, password, hosts and database. A "?" before an "@" that no "="
-/// separates from it is part of a password.
+/// The part between "://" and the options: user, password, hosts and database. A "?" belongs to a password if an "@"
+/// follows it without a "=" between them.
 std::string_view placeOf(std::string_view address) {
   const std::string_view rest = address.substr(address.find("://") + 3);
   std::size_t options = rest.find('?');
@@ -90,7 +90,7 @@ std::string_view placeOf(std::string_view address) {
   return rest.substr(0, options);
 }
 
-/// Whether libpq would take a part of the password for a host or a port, which its messages then name.
+/// True if libpq would take a part of the password for a host or a port. Its messages would then contain that part.
 bool mayNamePassword(std::string_view address) {
   const std::string_view place = placeOf(address);
   const std::size_t last = place.rfind('@');
@@ -113,8 +113,7 @@ std::string shownAddress(std::string_view address) {
   return std::string(address.substr(0, begin)) + std::string(place.substr(place.rfind('@') + 1));  // npos + 1 is 0
 }
 
-/// What it does throws std::runtime_error where the server fails, does not answer in time, or is not to be waited for
-/// any longer.
+/// Every function throws std::runtime_error if the server fails, does not answer in time, or stop() was called.
 struct PostgresSource::Connection {
   PGconn* handle = nullptr;
   std::chrono::seconds patience{0};
@@ -133,7 +132,7 @@ struct PostgresSource::Connection {
     if (rows == Rows::OneByOne) library().takeRowsOneByOne(handle);
   }
 
-  /// The next result of what was sent; null behind the last one.
+  /// The next result of the statement that was sent; null after the last one.
   [[nodiscard]] Result take() const {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point deadline = Clock::now() + patience;
@@ -188,7 +187,7 @@ void PostgresSource::stop() noexcept {
   [[maybe_unused]] const ssize_t written = ::write(stopping_, &one, sizeof one);
 }
 
-/// Connects unless it is connected, and begins a reading.
+/// Connects if there is no connection, and begins a reading.
 void PostgresSource::begin() {
   isBegun_ = true;
   std::string subject;
@@ -209,7 +208,7 @@ void PostgresSource::connect() {
         "is no address that libpq understands: in a user's name or a password @ is written %40 and / %2F");
   }
   if (!isUnderstood(address_)) throw std::runtime_error("is no address that libpq understands");
-  // What the address says of these counts.
+  // Settings in the address take precedence over these.
   constexpr std::chrono::seconds first(10), again(2);
   const std::string patience = std::to_string(std::min(reading_.patience, wasConnected_ ? again : first).count());
   const char* const names[] = {"connect_timeout", "fallback_application_name", "client_encoding", "dbname", nullptr};
@@ -221,18 +220,19 @@ void PostgresSource::connect() {
   if (connection->handle == nullptr) throw std::bad_alloc();
   const bool isMade = library().status(connection->handle) == connectionIsMade;
   wasConnected_ |= isMade;
-  // A server that answers has refused the user.
+  // If the server answers now, it has refused the user, and another attempt would fail too.
   isHopeless_ = !wasConnected_ && library().ping(names, values, 1) == serverAnswers;
   if (!isMade) throw std::runtime_error("cannot be reached: " + std::string(connection->failure().what()));
   connection_ = std::move(connection);
 }
 
-/// A transaction that has a number holds this lock on the table from before that until its entry is committed. So what
-/// is read after a look at the locks has all numbers that were given before the look, except those of the transactions
-/// that it found.
+/// Which numbers are complete: a transaction takes this lock on the table before its entry gets a number, and holds it
+/// until the entry is committed. So a reading that begins after a look at the locks has all numbers that were given
+/// before the look, except those of the transactions that the look found.
 void PostgresSource::beginReading() {
   isFetching_ = false;
-  // A table that another client has locked is not waited for by one transaction after the other.
+  // The server gives up a locked table before the patience ends, so that new attempts do not leave more and more
+  // transactions that wait for the lock.
   const auto lockPatience = std::chrono::milliseconds(reading_.patience) * 9 / 10;
   connection_->run("BEGIN TRANSACTION ISOLATION LEVEL READ COMMITTED READ ONLY; SET LOCAL lock_timeout = " +
                    std::to_string(lockPatience.count()));
@@ -249,7 +249,7 @@ void PostgresSource::beginReading() {
   const bool isEmptied = first.empty() || numberIn(*first.begin()) < numberIn(first_) ||
                          (numberIn(*first.begin()) == numberIn(first_) && *first.begin() != first_);
   first_ = first.empty() ? "" : *first.begin();
-  if (number < highest_ && isEmptied) {  // numbers may begin again
+  if (number < highest_ && isEmptied) {  // the table may have begun its numbers again
     low_ = 0;
     read_.clear();
     mark_.reset();
@@ -266,7 +266,7 @@ void PostgresSource::beginReading() {
 }
 
 void PostgresSource::fail(std::string_view reason) {
-  std::string sentence;  // libpq's messages have several lines
+  std::string sentence;  // one line, because libpq's messages have several lines
   for (const char c : reason) {
     const bool isBlank = c == '\n' || c == '\t' || c == ' ';
     if (!isBlank) {
@@ -294,7 +294,7 @@ std::string PostgresSource::declaration() const {
   const auto moment = [](std::int64_t milliseconds) {
     return "to_timestamp(" + std::to_string(milliseconds) + "::numeric / 1000)";
   };
-  // A millisecond more at each end: what is stored is finer, and the filter judges again.
+  // A millisecond more at each end, because stored times are finer. The filter checks the times again.
   if (filter.since) statement += " AND time >= " + moment(*filter.since - 1);
   if (filter.until) statement += " AND time < " + moment(*filter.until + 1);
   if (filter.level) {
@@ -348,7 +348,7 @@ bool PostgresSource::next(Batch& batch) {
   return !isAtEnd_;
 }
 
-/// Row by row, so that memory stays flat whatever the texts.
+/// Fetches row by row, so that the use of memory is bounded whatever the size of the texts.
 void PostgresSource::readRows(Batch& batch) {
   constexpr std::size_t enough = 256 << 10;
   if (!std::exchange(isFetching_, true)) {
@@ -363,7 +363,7 @@ void PostgresSource::readRows(Batch& batch) {
       return;
     }
     const int status = library().resultStatus(row.get());
-    if (status == rowsAreThere) continue;  // all were taken
+    if (status == rowsAreThere) continue;  // the end of this fetch
     if (status != oneRowIsThere) throw connection_->failure();
     ++fetched_;
     const auto at = [&](int column) {

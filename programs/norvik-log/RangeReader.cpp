@@ -7,7 +7,7 @@
 namespace norvik_log {
 namespace {
 
-constexpr std::size_t window = 512 << 10;  // about what a processor's own cache holds
+constexpr std::size_t window = 512 << 10;  // about the size of a processor core's own cache
 constexpr std::size_t behindRange = 4 << 10;
 
 }  // namespace
@@ -29,7 +29,7 @@ RangeReader::RangeReader(ReadAt read, BlockScan& scan, IsSecondPass isSecondPass
       watch_(std::move(watch)) {}
 
 void RangeReader::begin(std::int64_t from, std::int64_t to) {
-  base_ = from > 0 ? from - 1 : 0;  // the byte before says whether a line begins at `from`
+  base_ = from > 0 ? from - 1 : 0;  // the byte before shows whether a line begins at `from`
   to_ = to;
   begin_ = size_ = 0;
   isAtEnd_ = isDone_ = false;
@@ -57,7 +57,7 @@ void RangeReader::fill(std::size_t wanted) {
   }
 }
 
-/// To have in the buffer before a block is scanned.
+/// The number of bytes to have in the buffer before a block is scanned.
 std::size_t RangeReader::usualSize() const noexcept {
   const std::size_t range = to_ == toTheEnd ? window : static_cast<std::size_t>(std::max<std::int64_t>(to_ - base_, 0));
   return std::max(range + behindRange, size_);
@@ -96,7 +96,7 @@ std::size_t RangeReader::endOfLines() const noexcept {
 std::optional<std::size_t> RangeReader::recordBehindRange(std::size_t size) const noexcept {
   if (to_ == toTheEnd || base_ + static_cast<std::int64_t>(size) <= to_) return std::nullopt;
   const char *const bytes = buffer_.get() + begin_, *const end = bytes + size;
-  if (base_ >= to_ && headTime(bytes, end)) return 0;  // behind a piece
+  if (base_ >= to_ && headTime(bytes, end)) return 0;  // after a piece
   const auto first = static_cast<std::size_t>(std::max<std::int64_t>(to_ - base_, 1));
   for (const char* at = bytes + first - 1; at != end;) {
     const void* const feed = std::memchr(at, '\n', static_cast<std::size_t>(end - at));

@@ -1,4 +1,4 @@
-// programs/norvik-log/Sources.h - which kind of source a word of the command line is.
+// programs/norvik-log/Sources.h - the kind of source that a word of the command line names.
 #pragma once
 
 #include <memory>
@@ -12,10 +12,11 @@ namespace norvik_log {
 
 enum class SourceKind { File, Folder, Sqlite, Postgres };
 
-/// By its beginning where it is a file. What cannot be looked at is a file, which says so when it is opened.
+/// Decides by the beginning of an address, or by the first bytes of a file. A path that cannot be examined counts as a
+/// file, and opening it reports the error.
 [[nodiscard]] SourceKind kindOfSource(const std::string& name);
 
-/// `name` outlives the source and its records.
+/// `name` must outlive the source and its records.
 [[nodiscard]] std::unique_ptr<LogSource> sourceNamed(const std::string& name, const Reading& reading);
 
 }  // namespace norvik_log

@@ -36,14 +36,14 @@ struct SqliteSource::Database {
 
 namespace {
 
-/// As a path of a file, whatever it begins with: SQLite knows other names, such as ":memory:".
+/// The path of a file, whatever it begins with. SQLite gives other names, such as ":memory:", a special meaning.
 std::string plainPath(const std::string& path) { return path.starts_with('/') ? path : "./" + path; }
 
-/// A database of a folder that may not be written to, with which no process works: SQLite then makes no files beside
-/// it.
+/// The address of a database in a folder without write permission that no process uses. SQLite then creates no files
+/// beside it.
 std::string immutableAddress(const std::string& path) {
   constexpr char digits[] = "0123456789ABCDEF";
-  std::string address = path.starts_with('/') ? "file://" : "file:";  // of this machine, were there two / in front
+  std::string address = path.starts_with('/') ? "file://" : "file:";  // after "file:", "//" begins a machine's name
   for (const char c : plainPath(path)) {
     if (c == '%' || c == '?' || c == '#') {
       address += {'%', digits[static_cast<unsigned char>(c) >> 4], digits[c & 15]};
@@ -91,7 +91,7 @@ void SqliteSource::open() {
     fail();
     return;
   }
-  constexpr int patience = 5000;  // milliseconds, while another process holds a lock
+  constexpr int patience = 5000;  // the longest wait for a lock of another process
   sqlite3_busy_timeout(database_->handle, patience);
   prepare();
 }
@@ -116,8 +116,8 @@ bool SqliteSource::find(const char* statement, std::int64_t number, std::optiona
   return result == SQLITE_ROW || result == SQLITE_DONE;
 }
 
-/// Numbers begin again when all entries were deleted, and go back when the last ones were. Where those are deleted that
-/// are old, the numbers of the others stay.
+/// Detects that numbers are used again. Numbers begin again after all entries were deleted, and go back after the last
+/// entries were deleted. If only old entries were deleted, the numbers of the others stay.
 bool SqliteSource::noticeNewNumbers() {
   std::optional<Row> first, last, highest;
   if (!find("SELECT id, time FROM entry ORDER BY id LIMIT 1", 0, first) ||
@@ -140,11 +140,12 @@ bool SqliteSource::noticeNewNumbers() {
 }
 
 void SqliteSource::prepare() {
-  // The numbers that are compared and the entries that are read are those of one moment.
+  // The transaction makes sure that the compared numbers and the read entries belong to the same moment.
   if (sqlite3_exec(database_->handle, "BEGIN", nullptr, nullptr, nullptr) != SQLITE_OK || !noticeNewNumbers()) {
     return fail();
   }
-  // By time the index has them in order; without times the table itself has, so that nothing is sorted.
+  // A query by time uses the index on time, and a query without times uses the order of the table, so that nothing is
+  // sorted.
   const Filter& filter = reading_.filter;
   const std::string statement =
       std::string("SELECT id, time, level, thread, queue, file, line, text FROM entry WHERE id > ?1") +
@@ -152,7 +153,7 @@ void SqliteSource::prepare() {
   if (sqlite3_prepare_v2(database_->handle, statement.c_str(), -1, &database_->entries, nullptr) != SQLITE_OK) {
     return fail();
   }
-  // A millisecond more at each end: what is stored is finer, and the filter judges again.
+  // A millisecond more at each end, because stored times are finer. The filter checks the times again.
   const auto seconds = [](std::int64_t milliseconds, int more) {
     return static_cast<double>(milliseconds + more) / 1000;
   };
@@ -167,7 +168,7 @@ void SqliteSource::lookAgain() {
   if (!database_) {
     if (std::chrono::steady_clock::now() - lastOpening_ >= pause) open();
   } else if (database_->entries == nullptr) {
-    // What was taken for immutable may have been written to since.
+    // A process may have written to the database since it was opened as immutable.
     isImmutable_ ? open() : prepare();
   }
 }
@@ -177,7 +178,7 @@ bool SqliteSource::next(Batch& batch) {
   sqlite3_stmt* const row = database_->entries;
   const auto textAt = [row](int column) {
     const unsigned char* const text =
-        sqlite3_column_text(row, column);  // the conversion to UTF-8 comes before the size
+        sqlite3_column_text(row, column);  // must be called before the size is read, because it converts to UTF-8
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, column));
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text), size);
   };
@@ -195,7 +196,7 @@ bool SqliteSource::next(Batch& batch) {
       sqlite3_exec(database_->handle, "COMMIT", nullptr, nullptr, nullptr);
       last_ = highest_;
       shown_.reset();
-      // The file of this name is another one now: what this one still had is read.
+      // The name now belongs to another file. The old file has been read to its end.
       if (const std::optional<Place> place = placeNow(); place && place != place_) open();
       return database_ && database_->entries != nullptr;
     }

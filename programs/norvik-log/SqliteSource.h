@@ -1,5 +1,5 @@
-// programs/norvik-log/SqliteSource.h - the log that DDSQLiteLogger keeps, which is only read and may be written to
-// meanwhile.
+// programs/norvik-log/SqliteSource.h - the log that DDSQLiteLogger writes. It is only read, and other processes may
+// write to it at the same time.
 #pragma once
 
 #include <chrono>
@@ -13,12 +13,12 @@
 
 namespace norvik_log {
 
-/// Whether a file begins as an SQLite database does.
+/// True if the file begins like an SQLite database.
 [[nodiscard]] bool isSqliteFile(const std::string& path);
 
 class SqliteSource : public DatabaseSource {
  public:
-  /// What cannot be opened is reported, and has no messages. The path outlives the records.
+  /// A file that cannot be opened is reported and has no messages. The path must outlive the records.
   SqliteSource(const std::string& path, const Reading& reading);
   ~SqliteSource() override;
 
@@ -28,13 +28,13 @@ class SqliteSource : public DatabaseSource {
  private:
   struct Database;
 
-  /// What identifies an entry: its number may be given again when it was deleted.
+  /// Identifies an entry. The number alone does not, because the number of a deleted entry may be used again.
   struct Row {
     std::int64_t number = 0;
     double time = 0;
     bool operator==(const Row&) const = default;
   };
-  /// Where a file is, whatever its name.
+  /// Identifies a file independently of its name.
   struct Place {
     std::uint64_t device = 0, inode = 0;
     bool operator==(const Place&) const = default;
@@ -44,9 +44,9 @@ class SqliteSource : public DatabaseSource {
   void prepare();
   void fail();
   [[nodiscard]] std::optional<Place> placeNow() const;
-  /// A process works with it.
+  /// True if another process uses the database.
   [[nodiscard]] bool isUsed() const;
-  /// The first row of a statement, if it has one; false where it failed.
+  /// Finds the first row of a statement, if it has one. Returns false if the statement failed.
   [[nodiscard]] bool find(const char* statement, std::int64_t number, std::optional<Row>& found) const;
   [[nodiscard]] bool noticeNewNumbers();
   [[nodiscard]] bool isByTime() const noexcept { return reading_.filter.since || reading_.filter.until; }
@@ -55,13 +55,13 @@ class SqliteSource : public DatabaseSource {
   const Reading& reading_;
   FilterCheck check_;
   std::unique_ptr<Database> database_;
-  bool isImmutable_ = false;  // opened as what no process works with
+  bool isImmutable_ = false;  // opened as a database that no process writes to
   std::chrono::steady_clock::time_point lastOpening_;
   std::optional<Place> place_;
-  Row last_;                  // of the entries up to which all are read, that with the highest number
-  Row highest_;               // the same of this reading
-  std::optional<Row> shown_;  // the last one of a reading by time that did not come to its end
-  std::optional<Row> first_;  // of all, when the reading began
+  Row last_;                  // all entries up to this one were read; the one with the highest number
+  Row highest_;               // the entry with the highest number that this reading has seen
+  std::optional<Row> shown_;  // the last entry of a reading by time that has not reached its end
+  std::optional<Row> first_;  // the first entry of the table when the reading began
 };
 
 }  // namespace norvik_log

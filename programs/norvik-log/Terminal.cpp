@@ -44,7 +44,7 @@ bool isStandardOutput(const struct stat& file) {
 
 void holdStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // The lowest free number is given, which is this one.
+    // open() returns the lowest free number, which is this stream's.
     if (::fcntl(stream, F_GETFD) < 0) ::open("/", O_PATH | O_CLOEXEC);
   }
 }

@@ -1,4 +1,4 @@
-// programs/norvik-log/Terminal.h - what standard output is.
+// programs/norvik-log/Terminal.h - properties of standard output, and the standard streams.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,13 +10,13 @@
 namespace norvik_log {
 
 [[nodiscard]] bool isTerminal();
-/// In cells; 80 where it is no terminal and COLUMNS does not say.
+/// The width in cells. If standard output is not a terminal, COLUMNS or 80.
 [[nodiscard]] std::size_t outputWidth();
 [[nodiscard]] bool hasColours(Arguments::Colour wanted);
-/// Whether the file is a regular one to which standard output goes: what is read from it would never end.
+/// True if the file is a regular one that standard output writes to. Reading it would never end.
 [[nodiscard]] bool isStandardOutput(const struct stat& file);
-/// Opens the standard streams that are closed, so that no file which is opened later is taken for one of them. Reading
-/// or writing such a stream fails.
+/// Opens the standard streams that are closed, so that a file that is opened later does not take the place of one.
+/// Reading from or writing to such a stream fails.
 void holdStandardStreams();
 
 }  // namespace norvik_log

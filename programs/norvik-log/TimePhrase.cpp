@@ -32,7 +32,7 @@ std::vector<std::string> wordsOf(std::string_view phrase) {
   return words;
 }
 
-/// Takes exactly `count` digits off the front.
+/// Removes exactly `count` digits from the front.
 std::optional<int> takeDigits(std::string_view& text, std::size_t count) {
   if (text.size() < count || !std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(count), isDigit)) {
     return std::nullopt;
@@ -49,7 +49,7 @@ bool take(std::string_view& text, char wanted) {
   return true;
 }
 
-/// The wall time at which a day named by a word or as YYYY-MM-DD begins.
+/// The wall time of the start of a day that is given as a word or as YYYY-MM-DD.
 std::optional<std::int64_t> dayOf(std::string_view word, std::int64_t today) {
   if (word == "today") return today;
   if (word == "yesterday") return today - day;
@@ -79,7 +79,7 @@ struct TimeOfDay {
   std::optional<std::int64_t> offset;
 };
 
-/// 14:00, 14:00:05, 14:00:05.25, 14:00:05:250, each with z, +01:00 or +0100 where the offset is said.
+/// 14:00, 14:00:05, 14:00:05.25 or 14:00:05:250, each optionally followed by z, +01:00 or +0100.
 std::optional<TimeOfDay> timeOfDay(std::string_view word) {
   std::string_view digits = word;
   if (word.size() > 1 && word[1] == ':') digits = word;
@@ -116,7 +116,7 @@ std::optional<TimeOfDay> timeOfDay(std::string_view word) {
   return digits.empty() ? std::optional(time) : std::nullopt;
 }
 
-/// "2 hours", "2h", "90 s": the number and the unit's length.
+/// "2 hours", "2h" or "90 s": the number, and the unit's length.
 struct Span {
   std::int64_t number = 0, unit = 0;
 };
@@ -137,7 +137,7 @@ std::optional<Span> spanOf(const std::string& text) {
                {{"w", "week", "weeks"}, 7 * day}};
   for (const auto& unit : units) {
     if (std::find(unit.names.begin(), unit.names.end(), rest) == unit.names.end()) continue;
-    if (number > 400'000 * day / unit.length) return std::nullopt;  // before the first year
+    if (number > 400'000 * day / unit.length) return std::nullopt;  // the result would be before the year 1
     return Span{number, unit.length};
   }
   return std::nullopt;
@@ -153,7 +153,7 @@ std::int64_t ago(const Span& span, WallClock& clock, std::int64_t now, Pass pass
   return chosen(clock, clock.wallTime(now) - span.number * span.unit, pass);
 }
 
-/// Absent where the words are no time.
+/// Absent if the words are not a time.
 std::optional<std::int64_t> instantOfWords(std::vector<std::string> words, WallClock& clock, std::int64_t now,
                                            Pass pass) {
   if (words.size() == 1 && words[0] == "now") return now;
@@ -182,7 +182,7 @@ std::optional<std::int64_t> instantOfWords(std::vector<std::string> words, WallC
   const auto time = timeOfDay(typed);
   if (!time) return std::nullopt;
   if (!time->offset) return chosen(clock, first.value_or(today) + time->milliseconds, pass);
-  // A day that is not written out is the one of that offset.
+  // A day that is not written as a date is the day at that offset.
   const std::int64_t there = startOfDay(now + *time->offset);
   const std::int64_t date = first ? dayOf(words[0], there).value_or(there) : there;
   return date + time->milliseconds - *time->offset;

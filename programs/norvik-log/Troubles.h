@@ -1,4 +1,5 @@
-// programs/norvik-log/Troubles.h - what could not be read, on standard error, a sentence each; the rest goes on.
+// programs/norvik-log/Troubles.h - reports on standard error what could not be read, one sentence each. The program
+// continues.
 #pragma once
 
 #include <atomic>
@@ -9,14 +10,14 @@
 
 namespace norvik_log {
 
-/// Each sentence is said once. Synchronised.
+/// Each sentence is written once. Synchronised.
 class Troubles {
  public:
-  /// The file, or whatever it is, and the reason. Control characters are shown as escapes.
+  /// Reports the file or other subject, and the reason. Control characters are shown as escapes.
   void report(std::string_view subject, std::string_view reason);
-  /// The same with what the system says of the error's number.
+  /// The same, with the system's message for the error number.
   void report(std::string_view subject, std::string_view reason, int error);
-  /// What the user should know, which is no trouble.
+  /// Writes information for the user that is not an error.
   void note(std::string_view subject, std::string_view text);
   [[nodiscard]] bool any() const noexcept { return any_; }
 

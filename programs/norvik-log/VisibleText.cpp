@@ -12,7 +12,7 @@ struct Character {
   std::size_t size = 0;  // 0: the first byte is not UTF-8
 };
 
-/// Without overlong forms, halves and what lies beyond U+10FFFF.
+/// Rejects overlong forms, surrogate halves and characters beyond U+10FFFF.
 Character characterAt(std::string_view text) noexcept {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char first = byte(0);

@@ -27,14 +27,14 @@ int WallClock::offsetSeconds(std::int64_t instant) const noexcept {
 WallClock::Instants WallClock::instants(std::int64_t wallTime) {
   const std::int64_t day = dayOf(wallTime);
   if (day != quietDay_) [[unlikely]] {
-    // Whatever the offset, up to a day and two hours, these lie before and behind the day.
+    // These instants are before and after the day at every offset, because offsets are at most a day and two hours.
     const std::int64_t midnight = day * dayMilliseconds;
     const std::int64_t from = midnight - 2 * dayMilliseconds, to = midnight + 3 * dayMilliseconds;
     const int before = offsetSeconds(from);
     const auto start = norvik::Date::dateWithTimeIntervalSince1970(static_cast<double>(from / 1000));
     const auto change = zone_->nextDaylightSavingTimeTransitionAfterDate(start);
     if (change && change->timeIntervalSince1970() * 1000 <= static_cast<double>(to)) {
-      // Several changes within the days are seldom; the last offset is that before the next day's.
+      // Several changes within these days are rare, so only the first one is considered.
       const auto changed = static_cast<std::int64_t>(change->timeIntervalSince1970() * 1000);
       return instantsNearChange(wallTime, before, offsetSeconds(changed));
     }
@@ -51,7 +51,7 @@ WallClock::Instants WallClock::instantsNearChange(std::int64_t wallTime, int bef
   if (isEarly && isLate) return {early, late};
   if (isEarly) return {early, early};
   if (isLate) return {late, late};
-  // Skipped: the change lies between the two.
+  // A skipped wall time: the change is between the two instants.
   std::int64_t low = std::min(early, late) / 1000 - 1, high = std::max(early, late) / 1000 + 1;
   while (high - low > 1) {
     const std::int64_t middle = low + (high - low) / 2;

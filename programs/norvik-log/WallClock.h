@@ -1,6 +1,6 @@
-// programs/norvik-log/WallClock.h - instants from what the clocks of a zone showed, and the other way.
+// programs/norvik-log/WallClock.h - converts between instants and the wall times of a zone.
 //
-// Times of both kinds are milliseconds since 1970; a wall time is counted as though its zone were UTC.
+// Both are milliseconds since 1970; a wall time counts as if its zone were UTC.
 // Threads: confined; a copy is independent.
 #pragma once
 
@@ -13,7 +13,8 @@ namespace norvik_log {
 
 class WallClock {
  public:
-  /// Of a wall time that the clocks showed twice these differ. One that they skipped has the instant at which they did.
+  /// The instants of a wall time. They differ if the wall time occurred twice. For a skipped wall time, both are the
+  /// instant of the change.
   struct Instants {
     std::int64_t first = 0, second = 0;
   };
@@ -34,7 +35,7 @@ class WallClock {
   [[nodiscard]] Instants instantsNearChange(std::int64_t wallTime, int before, int after) const noexcept;
 
   norvik::Ref<norvik::NSTimeZone> zone_;
-  std::int64_t quietDay_;  // days since 1970, as walls show them: around it nothing changes
+  std::int64_t quietDay_;  // days since 1970 in wall time; the offset does not change around this day
   int quietOffset_ = 0;
 };
 

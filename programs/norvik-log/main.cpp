@@ -1,4 +1,4 @@
-// programs/norvik-log/main.cpp - finds, counts and follows what was logged. `norvik-log --help` says how.
+// programs/norvik-log/main.cpp - finds, counts and follows log messages. `norvik-log --help` explains the options.
 #include <sys/resource.h>
 
 #include <csignal>
@@ -89,7 +89,7 @@ bool isSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
   return std::filesystem::equivalent(a, b, unknown);
 }
 
-/// The page replaces a file of its name.
+/// Refuses a page that would replace a source.
 void refuseToReplaceASource(const Arguments& arguments) {
   if (arguments.form != Arguments::Form::Html) return;
   const std::filesystem::path& page = arguments.html;
@@ -106,7 +106,7 @@ void refuseToReplaceASource(const Arguments& arguments) {
   }
 }
 
-/// Each source, and each file that is followed, is open.
+/// Raises the limit of open files, because each source and each followed file is open.
 void allowManyFiles() {
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -157,7 +157,7 @@ int runTask(const Arguments& arguments) {
   return found;
 }
 
-/// In one line, whatever was typed.
+/// Writes one line, whatever the user typed.
 int complain(std::string_view reason, std::string_view hint = "") {
   std::string line = "norvik-log: ";
   appendVisible(line, reason, LineFeeds::Escaped);
@@ -172,7 +172,7 @@ int complain(std::string_view reason, std::string_view hint = "") {
 int main(int argc, char** argv) {
   holdStandardStreams();
   endInOrderBySignals();
-  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit fails
+  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the size limit fails instead of ending the process
   try {
     return runTask(parseArguments({argv + 1, argv + argc}));
   } catch (const UsageError& error) {

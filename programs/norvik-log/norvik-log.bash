@@ -1,7 +1,7 @@
 # norvik-log.bash - completion of norvik-log's command line in bash.
 _norvik_log() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-  # bash may make "=" a word of its own.
+  # bash may split "=" off as a separate word.
   if [ "$current" = = ]; then
     current=
   elif [ "$previous" = = ]; then

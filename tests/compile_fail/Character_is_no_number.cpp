@@ -1,5 +1,5 @@
-// A character becomes neither a number nor a value by itself: 'x' as an amount is a slip, and as a value it could mean
-// a text too. A boolean is no amount.
+// A character does not convert to a number or to a value. 'x' as an amount is a mistake, and 'x' as a value could also
+// mean a text. A boolean is not an amount.
 using namespace norvik;
 
 void take(const Decimal& amount);

@@ -1,5 +1,5 @@
-// Two values of different types compare only where one converts to the other: that each could become a Value does not
-// make them comparable, whatever headers are included.
+// Values of different types can be compared only if one converts to the other. It is not enough that each of them
+// converts to a Value. The included headers make no difference.
 using namespace norvik;
 
 enum class Frequency { weekly, monthly };

@@ -1,4 +1,4 @@
-// A double becomes a decimal number only when asked to.
+// A double becomes a decimal number only by an explicit conversion.
 #include "NorvikCore/platform/values/Decimal.h"
 
 norvik::Decimal amount(double value) {

@@ -1,4 +1,4 @@
-// A decimal literal whose exponent no decimal number has is refused.
+// A decimal literal is refused if no decimal number has its exponent.
 #include "NorvikCore/platform/values/Decimal_literal.h"
 
 using namespace norvik::literals;

@@ -1,4 +1,4 @@
-// A decimal literal that would have to be rounded is refused.
+// A decimal literal is refused if it would have to be rounded.
 #include "NorvikCore/platform/values/Decimal_literal.h"
 
 using namespace norvik::literals;

@@ -1,4 +1,4 @@
-// A decimal literal that is no decimal number is refused.
+// A decimal literal is refused if it is not a decimal number.
 #include "NorvikCore/platform/values/Decimal_literal.h"
 
 using namespace norvik::literals;

@@ -1,4 +1,4 @@
-// A directive is refused where no argument is left for it.
+// A directive is refused if there is no argument for it.
 #include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {

@@ -1,4 +1,4 @@
-// An argument that no directive shows is refused.
+// An argument is refused if no directive shows it.
 #include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {

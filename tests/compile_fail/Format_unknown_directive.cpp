@@ -1,4 +1,4 @@
-// A percent sign that starts no directive is refused.
+// A percent sign is refused if it starts no directive.
 #include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {

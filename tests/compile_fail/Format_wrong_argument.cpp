@@ -1,4 +1,4 @@
-// A directive is refused where its argument is of another kind.
+// A directive is refused if its argument is of another kind.
 #include "NorvikCore/platform/values/Format.h"
 
 norvik::NSString line(int count, const norvik::NSString& name) {

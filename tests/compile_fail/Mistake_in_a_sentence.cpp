@@ -1,4 +1,4 @@
-// What newcomers write is refused in a sentence, the one after each number.
+// Common mistakes are refused with a sentence: the one after each number.
 using namespace norvik;
 
 struct Money {

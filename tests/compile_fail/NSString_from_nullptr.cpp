@@ -1,4 +1,4 @@
-// Absent text is no text: nullptr makes none.
+// nullptr does not convert to a text.
 #include "NorvikCore/platform/values/NSString.h"
 
 norvik::NSString name() {

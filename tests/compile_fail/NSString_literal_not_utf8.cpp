@@ -1,4 +1,4 @@
-// A literal that is no UTF-8 is refused where it is borrowed.
+// A literal that is not UTF-8 is refused where a text refers to its bytes.
 #include "NorvikCore/platform/values/NSString.h"
 
 using namespace norvik::literals;

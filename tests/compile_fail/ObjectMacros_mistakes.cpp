@@ -1,4 +1,4 @@
-// A mistake in the statements of a class is one error, the sentence after each number.
+// Each mistake in the statements of a class gives one error, with the sentence after its number.
 #include "NorvikCore/platform/object/NSObject.h"
 
 #include <tuple>

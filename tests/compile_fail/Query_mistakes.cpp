@@ -1,4 +1,4 @@
-// Mistakes in queries are refused in a sentence, the one after each number.
+// Mistakes in queries are refused with a sentence: the one after each number.
 #include "NorvikCore/linq/LINQ.h"
 
 using namespace norvik;

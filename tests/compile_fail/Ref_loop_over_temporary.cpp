@@ -1,4 +1,4 @@
-// A range-based for does not keep the Ref that its collection came by: the array would be gone in the loop.
+// A range-based for does not retain the Ref of its collection, so the array would be destroyed during the loop.
 #include "NorvikCore/platform/collections/NSArray.h"
 
 norvik::Ref<norvik::NSArray> slips();

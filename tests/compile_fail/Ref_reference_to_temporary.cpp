@@ -1,4 +1,4 @@
-// Nothing keeps the object that a reference is made to out of a Ref that goes at the end of the line.
+// A reference to the object of a temporary Ref does not retain it, and the Ref is destroyed at the end of the line.
 #include "NorvikCore/platform/collections/NSArray.h"
 
 norvik::Ref<norvik::NSArray> slips();

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# refused.sh LINES ERRORS SENTENCE COMMAND...: the command, a compilation, fails; its output has at most LINES lines and holds
-# the sentence (or one of several, with " | " in between). Where ERRORS is a number and not `any`, it has as many errors, of at
-# most LINES lines each, and the first one's line holds the sentence. Prints the output and what is wrong with it.
+# refused.sh LINES ERRORS SENTENCE COMMAND...: checks that the command, a compilation, fails. Its output must have at
+# most LINES lines and contain the sentence, or one of several sentences separated by " | ". If ERRORS is a number and
+# not `any`, the output must have that many errors of at most LINES lines each, and the line of the first error must
+# contain the sentence. Prints the output and what is wrong with it.
 set -u
 export LC_ALL=C
 most_lines=$1 errors=$2 sentence=$3

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# refused_lines.sh FILE COMMAND...: the command, a compilation of FILE, fails with an error in each line that ends with
-# "// refused", and in no other line of FILE. Prints the lines where it is otherwise.
+# refused_lines.sh FILE COMMAND...: checks that the command, a compilation of FILE, fails with an error in each line
+# that ends with "// refused", and in no other line of FILE. Prints the lines for which this is not so.
 set -u
 export LC_ALL=C
 file=$1

@@ -23,7 +23,7 @@ class GLibLoop : public test::WatchedTest {
     g_main_loop_unref(loop_);
   }
 
-  /// Runs the loop until the work of another thread is over.
+  /// Runs the loop until the work on another thread has ended.
   template <class Work>
   void runWhile(const Work& work) {
     std::thread worker([&] {
@@ -109,7 +109,7 @@ TEST_F(GLibLoop, OtherSourcesGetTheirTurnWhileABlockQueuesItselfAgain) {
       &turns);
   g_main_loop_run(loop_);
   EXPECT_EQ(turns.idle, 3);
-  dispatch_main_queue_drain();  // the last one, which queues nothing
+  dispatch_main_queue_drain();  // runs the last block, which enqueues nothing
 }
 
 TEST_F(GLibLoop, ABlockMayRunTheLoopWithinItself) {

@@ -1,4 +1,4 @@
-// The queue stack as code sees it that asks for it by its key.
+// The queue stack that the running code gets by the stack's key.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -21,7 +21,7 @@ using test::Wrapper;
 class QueueStack : public test::WatchedTest {
  protected:
   static NSMutableArray* stack() { return static_cast<NSMutableArray*>(dispatch_get_specific(TSKQueueStackKey)); }
-  /// The labels, outermost first; "none" without a stack.
+  /// The labels of the stack, outermost first; "none" without a stack.
   static std::string labels() {
     const NSMutableArray* seen = stack();
     if (seen == nullptr) return "none";

@@ -1,5 +1,5 @@
-// What a synchronous block does for a queue that the running code is inside. Without the check each of these would hang
-// or, where the bare queue notices, abort.
+// A synchronous block on a queue that the running code is inside. Without the check, each of these tests would hang, or
+// abort if the bare queue detects it.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include "NorvikCore/platform/dispatch/internal/ThreadStart.h"
@@ -33,7 +33,7 @@ using Work = std::function<void()>;
 constexpr TSKDeadlockBehavior behaviors[] = {TSKDeadlockExecuteInline, TSKDeadlockSkip, TSKDeadlockSkipAndLog,
                                              TSKDeadlockReserved, TSKDeadlockNoCheck};
 
-/// Ways for the running code to be inside the queue `a`; each then has `last` run on it synchronously.
+/// Situations in which the running code is inside the queue `a`. Each then runs `last` on `a` synchronously.
 struct Situation {
   const char* name;
   void (*run)(const Wrapper& a, const Work& last);
@@ -289,7 +289,7 @@ TEST_F(DeadlockCheck, AWrapperOfTheMainQueueWithABehaviourOfItsOwnGoesByTheStack
     EXPECT_EQ(runs, row.runs) << row.behavior;
     EXPECT_EQ(console.lines().size(), row.lines) << row.behavior;
   }
-  // Whoever asks next finds mainDispatchQueue() there again.
+  // Later tests find mainDispatchQueue() there again.
   dispatch_queue_set_specific(dispatch_get_main_queue(), TSKIsCurrentKey, TSKDispatchQueue::mainDispatchQueue().get());
 }
 
@@ -321,7 +321,7 @@ TEST_F(DeadlockCheck, ABlockOfAConcurrentQueueSeesTheStackOfItsOwnCaller) {
   const auto cross = [&](const Wrapper& own, const Wrapper& other) {
     own->dispatchSynchronously([&] {
       shared->dispatchSynchronously([&] {
-        inside.arrive_and_wait();  // both are in blocks of the one concurrent queue
+        inside.arrive_and_wait();  // both threads are in blocks of the same concurrent queue
         for (int i = 0; i < 1000; ++i) {
           ASSERT_TRUE(own->isInCurrentQueueStack());
           ASSERT_FALSE(other->isInCurrentQueueStack());

@@ -30,7 +30,7 @@ using test::Wrapper;
 
 class ForkedWrapper : public test::WatchedTest {
  protected:
-  /// Runs `body` in a child; gives "" when it returned true, else what became of it.
+  /// Runs `body` in a child. Returns "" if `body` returned true, otherwise the way in which the child ended.
   template <class F>
   static std::string inChild(F&& body) {
     const pid_t child = makeChild();
@@ -40,7 +40,7 @@ class ForkedWrapper : public test::WatchedTest {
   static pid_t makeChild() {
     test::quietBeforeFork();
     const pid_t child = fork();
-    if (child == 0) alarm(20);  // a child that hangs is ended by the signal
+    if (child == 0) alarm(20);  // the signal ends a child that hangs
     return child;
   }
   static std::string endOf(pid_t child) {
@@ -89,7 +89,7 @@ TEST_F(ForkedWrapper, CarriesOutNoRequestOfItsParent) {
   const Wrapper wrapper = serial("a");
   pid_t child = -1;
   wrapper->dispatchSynchronously([&] {
-    wrapper->scheduleTimerWithName("parent", 1000, TSKTimerRestart, [] {});  // waits behind this block
+    wrapper->scheduleTimerWithName("parent", 1000, TSKTimerRestart, [] {});  // waits until this block has run
     wrapper->cancelTimerWithName("parent");
     child = makeChild();
   });
@@ -134,7 +134,7 @@ TEST_F(ForkedWrapper, MayBeMadeWhileOtherThreadsSetTimers) {
       flush(wrapper);
     }
   });
-#ifndef NK_TEST_ADDRESS_SANITIZER  // where a child may not be made at any moment
+#ifndef NK_TEST_ADDRESS_SANITIZER  // that sanitizer does not support a fork at any time
   for (int i = 0; i < 30; ++i) EXPECT_EQ(inChild([&] { return fires(wrapper, "a"); }), "");
 #endif
   over = true;

@@ -1,5 +1,5 @@
-// Many wrappers, many threads, hops at random: every block runs exactly once or is refused as its queue's behaviour
-// says.
+// Many wrappers and many threads with random nesting. Every block must run exactly once, or be refused according to its
+// queue's behaviour.
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include "NorvikCore/platform/kernel/SystemLog.h"
@@ -27,13 +27,14 @@ constexpr std::size_t queueCount = 64;
 constexpr std::size_t threadCount = 8;
 constexpr std::size_t turns = 1000;
 constexpr int depthLimit = 5;
-constexpr std::size_t mostHops = threadCount * turns * ((1 << depthLimit) - 1);  // each makes two at most
+constexpr std::size_t mostHops = threadCount * turns * ((1 << depthLimit) - 1);  // each makes at most two hops
 constexpr std::size_t timerNames = 4;
 
-/// A model of the hierarchy beside the real one: each block knows the queues that it is inside.
+/// Compares a model of the hierarchy with the real one. In the model, each block knows the queues that it is inside.
 ///
-/// Threads that wait for one another's queues in a circle would hang, and no check can see it. So from inside queue n
-/// only higher queues are entered synchronously, those that are in the stack already excepted: these are refused.
+/// Threads that wait for one another's queues in a circle would deadlock, and no check can detect it. Therefore code
+/// inside queue n enters only higher queues synchronously. Queues that are already in the stack are an exception: they
+/// are entered, and refused.
 class Hops {
  public:
   Hops() {
@@ -134,7 +135,7 @@ class Hops {
     if (target % 4 == TSKDeadlockSkipAndLog) ++logged;
   }
 
-  /// The real stack is the model's.
+  /// Checks that the real stack equals the model's stack.
   void check(const Stack& stack, std::size_t current) {
     expect(queues_[current]->isCurrentQueue());
     expect(queues_[current]->timerCount() <= timerNames);
@@ -168,7 +169,7 @@ TEST(TSKDispatchQueueStress, EveryBlockRunsOnceOrIsRefusedAsItsQueueSays) {
   EXPECT_EQ(hops.ran.load(), hops.posted.load());
   EXPECT_EQ(console.lines().size(), static_cast<std::size_t>(hops.logged.load()));
   EXPECT_LE(hops.timersFired.load(), hops.timersSet.load());
-  // That it was worth running.
+  // Checks that enough blocks ran for the test to be meaningful.
   EXPECT_GT(hops.ran.load(), 8000);
   EXPECT_GT(hops.refused.load(), 500);
   EXPECT_GT(hops.inPlace.load(), 100);

@@ -28,7 +28,7 @@ using test::flush;
 using test::serial;
 using test::Wrapper;
 
-/// Named timers on a manual clock, which begins at one second. What fires is written down as text.
+/// Named timers on a manual clock that starts at one second. The names of fired timers are recorded as text.
 class NamedTimers : public test::WatchedTest {
  protected:
   NamedTimers() { queue_->setTimerClock(clock_); }
@@ -40,7 +40,7 @@ class NamedTimers : public test::WatchedTest {
     queue_->scheduleTimerWithName(name, seconds, behavior, note(name));
     flush(queue_);
   }
-  /// What fires while that many seconds pass.
+  /// Advances the clock by that many seconds and returns the timers that fired.
   std::string after(double seconds) {
     clock_.advance(static_cast<std::uint64_t>(std::llround(seconds * 1e9)));
     return dispatch_sync(queue_->queue(), [this] { return std::exchange(seen_, std::string()); });
@@ -227,7 +227,7 @@ TEST_F(NamedTimers, TimeSpentOnTheWayToTheQueueCounts) {
 
 TEST_F(NamedTimers, TimeSpentOnTheWayDoesNotCountForThrottle) {
   schedule("a", 10, TSKTimerThrottle);
-  EXPECT_EQ(after(0.000000001), "a");  // planned for 1
+  EXPECT_EQ(after(0.000000001), "a");  // planned for one second
   std::latch go(1);
   queue_->dispatchAsynchronously([&] { go.wait(); });
   queue_->scheduleTimerWithName("a", 10, TSKTimerThrottle, note("a"));
@@ -276,7 +276,7 @@ TEST_F(NamedTimers, IntervalsThatAreNoDistanceAhead) {
   }
 }
 
-// What is noted of a timer, and the two places where the note differs from what is.
+// The table of timers, and the two cases in which it differs from the actual timers.
 
 TEST_F(NamedTimers, ThereIsNoTableBeforeTheFirst) {
   EXPECT_EQ(queue_->timers(), nullptr);
@@ -318,10 +318,10 @@ TEST_F(NamedTimers, KeepEarliestNotesTheTimeThatWasAskedForThoughTheTimerStays) 
 }
 
 TEST_F(NamedTimers, SoAThirdRequestBetweenBothTimesMovesTheTimerToALaterOne) {
-  schedule("a", 10, TSKTimerKeepEarliest);  // for 11
+  schedule("a", 10, TSKTimerKeepEarliest);  // fires at 11
   EXPECT_EQ(after(4), "");
-  schedule("a", 10, TSKTimerKeepEarliest);  // stays at 11, noted is 15
-  schedule("a", 8, TSKTimerKeepEarliest);   // for 13, earlier than what is noted
+  schedule("a", 10, TSKTimerKeepEarliest);  // still fires at 11, but the table has 15
+  schedule("a", 8, TSKTimerKeepEarliest);   // fires at 13, because that is earlier than 15
   EXPECT_EQ(after(7.9), "");
   EXPECT_EQ(after(0.1), "a");
 }
@@ -374,7 +374,7 @@ TEST_F(NamedTimers, ATimerThatIsDueIsCancelledWhileTheQueueIsBusy) {
   schedule("a", 10, TSKTimerRestart);
   dispatch_sync(queue_->queue(), [&] {
     queue_->cancelTimerWithName("a");
-    clock_.advance(11'000'000'000);  // due; but the request to cancel was there first
+    clock_.advance(11'000'000'000);  // the timer is due, but the cancel was requested earlier
   });
   EXPECT_EQ(after(0), "");
 }
@@ -490,7 +490,8 @@ TEST_F(NamedTimers, AConcurrentTimerThatIsScheduledWhileItsBlockRunsFiresAgain) 
     running.wait();
     std::latch carriedOut(1);
     many->scheduleTimerWithName("a", 1, behavior, [&] { again.count_down(); });
-    // Not a barrier, which would wait for the block: the next request is carried out after the one above.
+    // No barrier is used, because a barrier would wait for the block. The next request is carried out after the one
+    // above.
     many->scheduleTimerWithName("other", 0, TSKTimerRestart, [&] { carriedOut.count_down(); });
     while (!carriedOut.try_wait()) clock_.advance(0);
     scheduled.count_down();
@@ -526,7 +527,7 @@ TEST_F(NamedTimers, ATimerThatIsDueAndHasNotBegunEndsWithItsWrapper) {
   flush(wrapper);
   const auto queue = wrapper->queue();
   dispatch_sync(queue, [&] {
-    clock_.advance(1'000'000'000);  // its handler waits for this block
+    clock_.advance(1'000'000'000);  // the timer's handler waits for this block
     wrapper = nullptr;
   });
   dispatch_sync(queue, [] {});
@@ -601,7 +602,7 @@ TEST_F(NamedTimers, ABlocksOwnEndMayUseTheTimers) {
   auto held = std::shared_ptr<SchedulesAtItsEnd>(new SchedulesAtItsEnd{queue_, note("last")});
   queue_->scheduleTimerWithName("a", 1, TSKTimerRestart, [held = std::move(held)] {});
   flush(queue_);
-  queue_->scheduleTimerWithName("a", 1, TSKTimerRestart, [] {});  // replaces the block, which goes
+  queue_->scheduleTimerWithName("a", 1, TSKTimerRestart, [] {});  // replaces the block, which is destroyed
   flush(queue_);
   flush(queue_);
   EXPECT_EQ(after(1), "last");
@@ -633,13 +634,13 @@ TEST_F(NamedTimers, WrappersGoWhileTheirTimersFire) {
     flush(wrapper);
     const auto queue = wrapper->queue();
     wrapper = nullptr;
-    dispatch_barrier_sync(queue, [] {});  // what was running has run; nothing begins any more
+    dispatch_barrier_sync(queue, [] {});  // all running blocks have ended, and no block starts any more
     *alive = false;
   }
   EXPECT_LE(runs.load(), 1200);
 }
 
-// On the clock of the machine.
+// On the system's clock.
 
 using Clock = std::chrono::steady_clock;
 

@@ -1,4 +1,4 @@
-// tests/dispatch/Wrappers.h - what the tests of wrapped queues share.
+// tests/dispatch/Wrappers.h - helpers that the tests of wrapped queues share.
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
@@ -18,7 +18,7 @@ inline Wrapper serial(const char* label, TSKDeadlockBehavior behavior = TSKDeadl
   return TSKDispatchQueue::dispatchQueueWithLabel(label, behavior);
 }
 
-/// Of a new concurrent queue.
+/// A wrapper of a new concurrent queue.
 inline Wrapper concurrent(TSKDeadlockBehavior behavior = TSKDeadlockNoCheck) {
   auto wrapper =
       TSKDispatchQueue::dispatchQueueWithGCDQueue(dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT), behavior);
@@ -26,12 +26,12 @@ inline Wrapper concurrent(TSKDeadlockBehavior behavior = TSKDeadlockNoCheck) {
   return wrapper;
 }
 
-/// Returns when all that was queued on the wrapper's queue has run.
+/// Returns when all blocks that were enqueued on the wrapper's queue have run.
 inline void flush(const Wrapper& wrapper) {
   dispatch_barrier_sync(wrapper->queue(), [] {});
 }
 
-/// Runs `work` on a thread of its own, while this one, the main thread, drains the main queue.
+/// Runs `work` on its own thread while the calling thread, the main thread, drains the main queue.
 template <class Work>
 void whileMainDrains(const Work& work) {
   bool over = false;

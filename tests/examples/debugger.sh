@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# debugger.sh PAGE PROGRAM: gives gdb the commands that the page shows, in its block of what is typed, and compares what the
-# program prints with the page's first block of output.
+# debugger.sh PAGE PROGRAM: gives gdb the commands that the page shows in its block of input, and compares the program's
+# output with the page's first block of output.
 set -eu
 page=$1 program=$2
 

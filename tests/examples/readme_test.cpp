@@ -1,4 +1,5 @@
-// The code in README.md and docs/ is the code of the examples, which are compiled; the README's prints what it says.
+// The code in README.md and docs/ must be the code of the examples, which are compiled. The README's example prints
+// what it says.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -24,8 +25,8 @@ TEST(Readme, ShowsTheExampleAsItIsCompiled) {
       << "README.md and examples/readme_example.cpp differ";
 }
 
-/// What the pages in docs/ show of each example, by the example's path: its blocks of code, one after the other. The
-/// example of a block is the one that the page named last.
+/// The code that the pages in docs/ show of each example, by the example's path: its blocks of code, one after the
+/// other. A block belongs to the example that the page named last before the block.
 std::map<std::string, std::string> shownCode() {
   std::map<std::string, std::string> shown;
   for (const auto& entry : std::filesystem::directory_iterator(PROJECT_FOLDER "/docs")) {
@@ -36,7 +37,7 @@ std::map<std::string, std::string> shownCode() {
       if (line.starts_with("```")) {
         const bool begins = fence.empty();
         fence = begins ? line : "";
-        // What is no code says what it is.
+        // A block that is not C++ must name its language.
         const bool isKnown = line == "```cpp" || line == "```text" || line == "```sh";
         EXPECT_TRUE(!begins || isKnown) << entry.path() << ": " << line;
         if (line == "```cpp" && !shown[example].empty()) shown[example] += '\n';
@@ -53,13 +54,13 @@ std::map<std::string, std::string> shownCode() {
   return shown;
 }
 
-/// The text behind the remark at its beginning.
+/// The text after the comment at its beginning.
 std::string withoutHead(std::string text) {
   while (text.starts_with("//")) text.erase(0, text.find('\n') + 1);
   return text;
 }
 
-// It is compiled with the headers that the page shows, then, and with no others.
+// The example therefore compiles with only the headers that the page shows.
 TEST(Documents, ShowTheBeginningOfAnExample) {
   const std::map<std::string, std::string> shown = shownCode();
   for (const auto& [example, code] : shown) {

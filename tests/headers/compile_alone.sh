@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# compile_alone.sh COMPILER INCLUDE-FOLDER LIST: compiles one line including each header of the list, as a user who turns
-# every warning on would. A header that its own source includes first was compiled alone there: clang builds the library
-# without precompiled headers. Prints what does not compile; the status is 1 if anything does not, or if the list is empty.
+# compile_alone.sh COMPILER INCLUDE-FOLDER LIST: compiles one line that includes a header, for each header of the list,
+# with all warnings turned on. A header that its own source file includes first is skipped, because clang builds the
+# library without precompiled headers and has compiled it there. Prints the headers that do not compile. The status is 1
+# if there is one, or if the list is empty.
 set -u
 compiler=$1 folder=$2 list=$3
 [ -s "$list" ] || { echo "no headers in $list"; exit 1; }

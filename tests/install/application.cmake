@@ -1,5 +1,5 @@
-# The project that takes the library in: take_in.sh copies it. It has targets of the names that are used here, and keeps its
-# own settings.
+# The project that includes the library; take_in.sh copies it. It has targets with the same names as the library's, and
+# keeps its own settings.
 cmake_minimum_required(VERSION 3.25)
 project(Application LANGUAGES CXX)
 set(CMAKE_CXX_STANDARD 23)

@@ -1,4 +1,4 @@
-// A program outside of the repository that includes everything that is installed, and calls into the shared library.
+// A program outside the repository that includes all installed headers and calls the shared library.
 #include <cstdio>
 
 #include "every_header.h"

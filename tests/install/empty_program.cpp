@@ -1,2 +1,2 @@
-// A program that is linked with the library and uses nothing of it: what loading and unloading it does, alone.
+// A program that is linked with the library but uses none of it, to test only its loading and unloading.
 int main() {}

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# install_and_consume.sh find_package|old_find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the library
-# to a fresh prefix, moves the prefix (so that nothing may depend on where it was), and builds and runs a program that includes every
-# installed header, outside of this repository's build. old_find_package reads the package as CMake before 3.23 does.
+# install_and_consume.sh find_package|old_find_package|pkg_config BUILD-FOLDER COMPILER WORK-FOLDER: installs the
+# library to a fresh prefix and moves the prefix, so that nothing may depend on its first place. Then it builds and runs
+# a program that includes every installed header, outside this repository's build. old_find_package reads the package as
+# CMake before 3.23 does.
 set -eu
 way=$1 build=$2 compiler=$3 work=$4
 here=$(cd "$(dirname "$0")" && pwd)
@@ -20,7 +21,7 @@ sed 's/.*/#include "&"/' "$build/public_headers.txt" >"$work/consumer/every_head
 cp "$here/consumer.cpp" "$here/consumer.cmake" "$work/consumer/"
 mv "$work/consumer/consumer.cmake" "$work/consumer/CMakeLists.txt"
 
-# The pay run finds its library and its template where the prefix is now.
+# The pay run finds its library and its template in the moved prefix.
 if [ -x "$prefix/bin/payrun" ]; then
   "$prefix/bin/payrun" --version
   echo '<b>' >"$prefix/share/norvikcore/payslip.template"
@@ -30,7 +31,7 @@ if [ -x "$prefix/bin/payrun" ]; then
   grep -q "/prefix/share/norvikcore/payslip.template:1:1: \"<b>\": Reached end of string" "$work/payrun.err"
 fi
 
-# A licence goes with the library.
+# The licence is installed with the library.
 grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"
 
 case $way in
@@ -42,7 +43,7 @@ case $way in
     cmake -S "$work/consumer" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"
     "$work/build/consumer"
-    # A component is found by its name, and only who asks for it needs its library.
+    # A component is found by its name. Only a program that requests it needs its library.
     if [ "$way" = find_package ] && [ -e "$prefix/include/NorvikCore/postgresql" ]; then
       if ldd "$work/build/consumer" | grep libpq; then echo "the core needs libpq"; exit 1; fi
       mkdir "$work/component"
@@ -67,7 +68,7 @@ case $way in
     flags=$(pkg-config --cflags --libs NorvikCore)
     # shellcheck disable=SC2086 - the flags are words
     "$compiler" -std=c++20 "$work/consumer/consumer.cpp" -o "$work/consumer/consumer" -Wall -Werror $flags
-    # The standard is the program's: a flag for it, which came after its own, would replace that.
+    # The program chooses the standard. A -std flag after the program's own one would replace it.
     if grep -q -e '-std' <<<"$flags"; then echo "pkg-config dictates a standard: $flags"; exit 1; fi
     # shellcheck disable=SC2086
     "$compiler" -std=c++23 -fsyntax-only "$here/small_program.cpp" $flags

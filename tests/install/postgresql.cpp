@@ -1,4 +1,4 @@
-// A program that uses the component PostgreSQL, as one installed by find_package.
+// A program that uses the component PostgreSQL, found by find_package.
 #include "NorvikCore/postgresql/DDPostgreSQLLogger.h"
 
 int main() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# refuse_less_than_cpp20.sh COMPILER INCLUDE-FOLDER LIST: each header of the list either compiles as C++17, as some that
-# declare a few constants do, or is refused with the sentence that says what it needs, and nothing else.
+# refuse_less_than_cpp20.sh COMPILER INCLUDE-FOLDER LIST: each header of the list either compiles as C++17 (some headers
+# declare only a few constants), or is refused only with the sentence that names the needed standard.
 set -u
 compiler=$1 folder=$2 list=$3
 [ -s "$list" ] || { echo "no headers in $list"; exit 1; }
@@ -11,7 +11,7 @@ while read -r header; do
   said=$(printf '#include "%s"\n' "$header" | LC_ALL=C "$compiler" -std=c++17 -fsyntax-only -I "$folder" -x c++ - 2>&1) &&
     continue
   errors=$(grep 'error:' <<<"$said")
-  # The second is that of the file that ends the compilation.
+  # The second error is that of the file that ends the compilation.
   if grep -qF "$sentence" <<<"$(head -n 1 <<<"$errors")" && [ "$(wc -l <<<"$errors")" -eq 2 ]; then
     refused=$((refused + 1))
   else

@@ -11,7 +11,7 @@
 using namespace norvik;
 
 int main() {
-  // The header of no class that is asked for is included: a static library has them all the same.
+  // No header of these classes is included. A static library must contain the classes nevertheless.
   for (const char* name :
        {"NSColor", "NSDictionaryController", "NKDecimalFormatter", "DDFileLogger", "FBKVOController"}) {
     if (Class::named(name) == nullptr) {

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# static_library.sh SOURCE-FOLDER BUILD-FOLDER COMPILER WORK-FOLDER ARCHIVE: configures the library as a static one, checks
-# that the commands to compile it are those of the shared one's objects, of which ARCHIVE is made, and installs that as what
-# they would make. A program is built with it by find_package, and by pkg-config with and without --static.
+# static_library.sh SOURCE-FOLDER BUILD-FOLDER COMPILER WORK-FOLDER ARCHIVE: configures the library as a static one and
+# checks that its compile commands are those of the shared library's objects, from which ARCHIVE is made. Then it
+# installs ARCHIVE as the result of the static build. A program is built with it by find_package, and by pkg-config with
+# and without --static.
 set -eu
 source=$1 build=$2 compiler=$3 work=$4 archive=$5
 here=$(cd "$(dirname "$0")" && pwd)
@@ -41,6 +42,6 @@ for static in "" --static; do
   "$compiler" "$work/consumer.o" -o "$work/program$static" $(pkg-config $static --libs NorvikCore)
   check "$work/program$static"
 done
-# It may become a part of a shared library.
+# It can become a part of a shared library.
 # shellcheck disable=SC2046
 "$compiler" -shared "$work/consumer.o" -o "$work/part.so" -Wl,-z,defs $(pkg-config --libs NorvikCore)

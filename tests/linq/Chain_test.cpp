@@ -1,4 +1,4 @@
-// Chains of queries: what they give is what the queries give one after the other.
+// Chains of queries. A chain must have the same result as its queries called one after the other.
 #include "NorvikCore/linq/Chain.h"
 
 #include "NorvikCore/linq/LINQ.h"

@@ -1,5 +1,5 @@
-// tests/linq/LINQModel.h - every query written down as plainly as it can be said: loops over all elements, no hashing,
-// no sorting algorithm, no walk that stops early. What the queries give is compared with what these give.
+// tests/linq/LINQModel.h - every query written as simply as possible: loops over all elements, without hashing, sorting
+// algorithms or early ends. The results of the queries are compared with these results.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -132,7 +132,7 @@ inline Values reverse(const Values& values) {
   for (const Value& each : values) result.insert(result.begin(), each);
   return result;
 }
-/// Each element goes behind all those that are not greater.
+/// Inserts each element after all elements that are not greater.
 inline Values ordered(const Values& values, const Accumulator& compare) {
   Values result;
   for (const Value& each : values) {
@@ -178,7 +178,7 @@ inline Values toLookup(const Values& values, const Selector& key) {
   }
   return result;
 }
-/// Of equal keys the first is kept, with the last one's value.
+/// If keys are equal, keeps the first key with the last one's value.
 inline Entries keyed(const Entries& entries) {
   Entries result;
   for (const auto& entry : entries) {
@@ -230,7 +230,7 @@ inline Values valuesOf(const Entries& entries) {
   for (const auto& entry : entries) values.push_back(entry.value);
   return values;
 }
-/// For each value, all keys are walked in order up to the first with an equal value.
+/// Searches the keys in order for the first one with an equal value, for each value.
 inline Entries mappedBack(const Entries& entries, const Values& values) {
   Entries result;
   for (const Value& value : values) {

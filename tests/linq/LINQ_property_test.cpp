@@ -1,4 +1,4 @@
-// Every query beside its model, on random arrays and dictionaries: a million in all.
+// Compares every query with its model on random arrays and dictionaries, a million in total.
 #include "NorvikCore/linq/LINQ.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
@@ -14,14 +14,14 @@
 namespace norvik {
 namespace {
 
-constexpr int rounds = test::isSanitized ? 2'000 : 20'000;  // of 52 properties: 1,040,000
+constexpr int rounds = test::isSanitized ? 2'000 : 20'000;  // for 52 properties: 1,040,000
 
 class Inputs {
  public:
   explicit Inputs(std::uint64_t seed) : random_(seed) {}
 
   std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
-  /// Numbers that are equal across their kinds, texts with lone halves, null markers, dates, collections.
+  /// Numbers of different kinds that are equal, texts with lone surrogate halves, null markers, dates, collections.
   Value value() {
     switch (below(12)) {
       case 0:
@@ -50,7 +50,7 @@ class Inputs {
         return static_cast<int>(below(30));
     }
   }
-  /// A number, so that sums and sorts end too.
+  /// A number, so that sums and sorts complete without an exception.
   Value number() {
     switch (below(5)) {
       case 0:
@@ -91,7 +91,7 @@ class Inputs {
   std::mt19937_64 random_;
 };
 
-/// Told apart to the last digit; collections by what they hold, in order.
+/// True if the values are equal to the last digit. Collections are compared by content and order.
 bool same(const Value& a, const Value& b) {
   const auto *arrayA = a.object<NSArray>(), *arrayB = b.object<NSArray>();
   if (arrayA && arrayB) {
@@ -118,7 +118,7 @@ Value outcome(Function&& function) {
   }
 }
 
-/// real(inputs) and plain(inputs) get the same random inputs.
+/// Calls real(inputs) and plain(inputs) with the same random inputs and compares the results.
 template <class Real, class Plain>
 void compare(Real&& real, Plain&& plain) {
   for (std::uint64_t seed = 1; seed <= rounds; ++seed) {
@@ -225,7 +225,7 @@ TEST(NSArrayLINQ_model, Distinct) {
                 [](const Values& v) { return model::array(model::distinctWithBlock(v, kindOrNothing)); });
 }
 
-/// Of two arrays; the receiver or the other where the rules say so.
+/// For queries over two arrays. Some results must be the receiver itself or the other array itself.
 template <class Real, class Plain>
 void compareTwo(Real&& real, Plain&& plain) {
   compare(
@@ -281,7 +281,7 @@ TEST(NSArrayLINQ_model, Sorting) {
 TEST(NSArrayLINQ_model, OrderByKey) {
   for (const bool isAscending : {true, false}) {
     for (const char* key : {"k", "self.k"}) {
-      // Dictionaries with a key that may be missing, of one kind, or of kinds that do not compare.
+      // Dictionaries with a key that may be missing. The values are of one kind, or of kinds that cannot be compared.
       const auto rows = [](Inputs& in) {
         std::vector<Value> all;
         const std::size_t style = in.below(5);

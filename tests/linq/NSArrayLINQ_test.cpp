@@ -1,4 +1,4 @@
-// Queries over arrays, a suite for each group of operations.
+// Queries over arrays, with one suite for each group of operations.
 #include "NorvikCore/linq/LINQ.h"
 
 #include "Payslips.h"
@@ -15,7 +15,7 @@ const auto isPositive = [](const Decimal& number) { return number > 0; };
 
 bool isText(const Value& value) { return value.isString(); }
 
-/// Made only with arguments, so that no empty one can be made by its class.
+/// Can only be created with arguments, so no empty array of this class can be created.
 class LinqNamedArray : public NSArray {
   NK_OBJECT(LinqNamedArray, NSArray)
   explicit LinqNamedArray(int) {}

@@ -1,4 +1,4 @@
-// Queries over dictionaries, a suite for each group of operations.
+// Queries over dictionaries, with one suite for each group of operations.
 #include "NorvikCore/linq/LINQ.h"
 
 #include "Payslips.h"

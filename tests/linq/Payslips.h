@@ -1,4 +1,4 @@
-// tests/linq/Payslips.h - the objects that the tests of queries ask for.
+// tests/linq/Payslips.h - the objects that the tests of queries use.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -21,7 +21,7 @@ class LinqPayslip : public NSObject {
   NK_PROPERTY(Ref<NSArray>, lines, setLines)
 };
 
-/// Of a class below, to be told apart by its class.
+/// A subclass, for tests that distinguish objects by their class.
 class LinqFinalPayslip : public LinqPayslip {
   NK_OBJECT(LinqFinalPayslip, LinqPayslip)
 };
@@ -34,7 +34,7 @@ inline Ref<LinqPayslip> linqPayslip(const char* name, Value department, std::opt
   return slip;
 }
 
-/// Texts with an identity of their own, equal by what they hold.
+/// Objects that are equal if their numbers are equal. The mark distinguishes equal objects.
 class LinqCode : public NSObject {
   NK_OBJECT(LinqCode, NSObject)
   NK_PROPERTY(std::int64_t, number, setNumber)
@@ -59,7 +59,7 @@ inline Ref<LinqCode> linqCode(std::int64_t number, const char* mark = "") {
   return code;
 }
 
-/// What a collection looks like, in one line.
+/// The content of a collection in one line.
 inline std::string text(const Value& value);
 inline std::string text(const NSArray& array) {
   std::string all = "[";

@@ -1,4 +1,5 @@
-// tests/support/AnotherUser.h - a test process that goes on as a user without rights, for what root is never refused.
+// tests/support/AnotherUser.h - a test process continues as a user without rights, for tests of operations that root is
+// never refused.
 #pragma once
 
 #include <grp.h>
@@ -10,7 +11,8 @@ namespace norvik::test {
 
 constexpr uid_t userWithoutRights = 65534;
 
-/// From now on the process is that user, and owns the folder. False where it is not root.
+/// From now on the process runs as that user, and the folder belongs to that user. Returns false if the process is not
+/// root's.
 inline bool becomeUserWithoutRights(const std::string& folder) {
   return geteuid() == 0 && chown(folder.c_str(), userWithoutRights, userWithoutRights) == 0 &&
          setgroups(0, nullptr) == 0 && setresgid(userWithoutRights, userWithoutRights, userWithoutRights) == 0 &&

@@ -1,5 +1,5 @@
-// tests/support/AttributedTextModel.h - what an attributed text is, plainly: units, and a dictionary of names and
-// values for each of them.
+// tests/support/AttributedTextModel.h - a simple model of an attributed text: its units, and for each of them a
+// dictionary of attribute names and values.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
@@ -21,7 +21,7 @@ struct AttributedTextModel {
     return {units.substr(from, length), {first, first + static_cast<std::ptrdiff_t>(length)}};
   }
   void replace(std::size_t from, std::size_t length, const AttributedTextModel& text) {
-    const AttributedTextModel inserted = text;  // it may be this one
+    const AttributedTextModel inserted = text;  // a copy, because `text` may be this object
     units.replace(from, length, inserted.units);
     const auto first = attributes.begin() + static_cast<std::ptrdiff_t>(from);
     const auto behind = attributes.erase(first, first + static_cast<std::ptrdiff_t>(length));
@@ -47,7 +47,7 @@ struct AttributedTextModel {
   void remove(std::size_t from, std::size_t length, const std::string& name) {
     for (std::size_t i = from; i < from + length; ++i) attributes[i].erase(name);
   }
-  /// The units around `at` that have the attributes it has.
+  /// The range of units around `at` that have the same attributes as it.
   [[nodiscard]] NSRange runAt(std::size_t at) const {
     std::size_t from = at, to = at + 1;
     while (from > 0 && attributes[from - 1] == attributes[at]) --from;
@@ -69,7 +69,7 @@ struct AttributedTextModel {
   return attributes;
 }
 
-/// Unit by unit, through attributesAtIndex().
+/// Reads the text unit by unit, through attributesAtIndex().
 [[nodiscard]] inline AttributedTextModel modelOf(const NSAttributedString& text) {
   AttributedTextModel model{text.string().toUtf16(), {}};
   for (NSUInteger i = 0; i < text.length(); ++i) model.attributes.push_back(attributesOf(*text.attributesAtIndex(i)));

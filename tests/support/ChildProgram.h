@@ -1,4 +1,4 @@
-// tests/support/ChildProgram.h - a program that a test starts, talks to and waits for.
+// tests/support/ChildProgram.h - starts a program for a test, writes to it, reads from it, and waits for its end.
 //
 //   ChildProgram program({NORVIK_SOME_PROGRAM, "argument"});
 //   EXPECT_EQ(program.readLine(), "ready");
@@ -49,14 +49,14 @@ class ChildProgram {
     EXPECT_EQ(::write(toChild_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   }
 
-  /// Without its line end.
+  /// The next line of its output, without its line end.
   std::string readLine() {
     std::string line;
     for (char byte = 0; read(fromChild_, &byte, 1) == 1 && byte != '\n';) line += byte;
     return line;
   }
 
-  /// What it still writes until it closes its output.
+  /// The rest of its output, until the program closes it.
   std::string readAll() {
     std::string text;
     char bytes[4096];
@@ -66,10 +66,11 @@ class ChildProgram {
     return text;
   }
 
-  /// Ends it without warning.
+  /// Ends it by SIGKILL.
   void kill() { EXPECT_EQ(::kill(process_, SIGKILL), 0); }
 
-  /// The number that it ended with, or 128 and the signal that ended it. Closes its input.
+  /// Closes the program's input and waits for its end. Returns its exit code, or 128 plus the number of the signal that
+  /// ended it.
   int wait() {
     if (process_ <= 0) return result_;
     close(toChild_);

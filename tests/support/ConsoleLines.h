@@ -1,5 +1,5 @@
-// tests/support/ConsoleLines.h - what a piece of a test writes to the system console, line by line, without the time
-// and the process that each line begins with.
+// tests/support/ConsoleLines.h - captures the lines that a part of a test writes to the system console, without the
+// time and the process at the beginning of each line.
 //
 //   EXPECT_THAT(consoleOf([&] { save("text"); }), IsEmpty());
 #pragma once

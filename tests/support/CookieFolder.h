@@ -1,4 +1,4 @@
-// tests/support/CookieFolder.h - cookies on a database in a fresh folder.
+// tests/support/CookieFolder.h - cookie storages on a database in a fresh folder.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSHTTPCookieStorage.h"
@@ -11,7 +11,7 @@ namespace norvik::test {
 
 class CookieFolder {
  public:
-  /// Another object on the same database, as another process would have it.
+  /// Another storage on the same database, as another process would create it.
   [[nodiscard]] Ref<NSHTTPCookieStorage> open() const { return make<NSHTTPCookieStorage>(NSString(path())); }
   [[nodiscard]] std::string path() const { return folder_.path("pay/cookies.sqlite"); }
   [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
@@ -20,7 +20,7 @@ class CookieFolder {
   TemporaryFolder folder_;
 };
 
-/// The shared storage is on a database in a fresh folder while this lives.
+/// While it exists, the shared storage is on a database in a fresh folder.
 class SharedCookies {
  public:
   SharedCookies() : storage_(folder_.open()) { NSHTTPCookieStorage::setSharedHTTPCookieStorage(storage_); }
@@ -36,7 +36,7 @@ class SharedCookies {
   Ref<NSHTTPCookieStorage> storage_;
 };
 
-/// "domain path name=value" of each, in order.
+/// "domain path name=value" of each cookie, in order.
 inline std::vector<std::string> texts(const NSArray& cookies) {
   std::vector<std::string> result;
   for (const NSHTTPCookie& cookie : cookies.as<NSHTTPCookie>()) {

@@ -43,7 +43,7 @@ void subtractDigits(std::string& a, const std::string& b) {
   }
 }
 
-/// Whether a kept number goes to the next greater magnitude, given the digits cut off it.
+/// True if a kept number is rounded to the next greater magnitude, by the digits that are cut off.
 bool goesUp(Mode mode, const std::string& kept, const std::string& cut, bool negative) {
   const bool any = cut.find_first_not_of('0') != std::string::npos;
   const bool isHalf = !cut.empty() && cut[0] == '5' && cut.find_first_not_of('0', 1) == std::string::npos;
@@ -164,7 +164,7 @@ Result divide(const Number& a, const Number& b, Mode mode, long scale) {
     nextDigit('0');
     --quotient.exponent;
   }
-  if (!remainder.empty()) {  // a last digit that stands for all that follow
+  if (!remainder.empty()) {  // one last digit represents all following ones
     quotient.digits += '1';
     --quotient.exponent;
   }

@@ -1,15 +1,15 @@
-// tests/support/DecimalModel.h - decimal arithmetic as on paper, digit by digit: what decimal numbers are tested
-// against.
+// tests/support/DecimalModel.h - decimal arithmetic as on paper, digit by digit. Decimal numbers are tested against it.
 //
 // It shares no code and no representation with the library: a number is a string of digits of any length. Results are
-// exact, then rounded once by looking at the digits cut off. It is slow, and meant to be obviously right.
+// computed exactly, and then rounded once by the digits that are cut off. It is slow, and written so that it is
+// obviously right.
 #pragma once
 
 #include <string>
 
 namespace model {
 
-/// digits * 10^exponent. No leading zeros; no digits for zero, which is never negative.
+/// digits * 10^exponent. There are no leading zeros. Zero has no digits and is never negative.
 struct Number {
   std::string digits;
   long exponent = 0;
@@ -19,7 +19,8 @@ struct Number {
 enum class Mode { plain, down, up, bankers };
 enum class Outcome { number, overflow, underflow, divideByZero };
 
-/// A number of at most 38 digits, or why there is none; `inexact` where the exact result needs more.
+/// A number of at most 38 digits, or the reason why there is none. `inexact` is set if the exact result has more
+/// digits.
 struct Result {
   Outcome outcome = Outcome::number;
   bool inexact = false;
@@ -36,7 +37,7 @@ int compare(const Number& a, const Number& b);
 Result round(const Number& exact, Mode mode, long scale);
 Result divide(const Number& a, const Number& b, Mode mode, long scale);
 
-/// The plain text, and a number from [-]digits[.digits].
+/// The plain text of a number, and a number from [-]digits[.digits].
 std::string print(const Number& number);
 Number parse(const std::string& text);
 

@@ -11,21 +11,22 @@
 
 namespace norvik::test {
 
-/// A number both ways. It is made from the parts that both are made of, not from one another.
+/// A number in both representations. Both are created from the same parts, not one from the other.
 struct Sample {
   norvik::Decimal decimal;
   model::Number number;
 };
 
-/// Draws numbers from one seed: the same sequence on every run.
+/// Creates numbers from a seed: the same sequence on every run.
 class DecimalSamples {
  public:
   explicit DecimalSamples(std::uint64_t seed) : random_(seed) {}
 
-  /// 0 to limit - 1.
+  /// A number from 0 to limit - 1.
   int below(int limit) { return static_cast<int>(random_() % static_cast<std::uint64_t>(limit)); }
 
-  /// A third are amounts; the others have up to 38 digits and any exponent, often beside a power of ten.
+  /// A third of the numbers are amounts. The others have up to 38 digits and any exponent, and are often near a power
+  /// of ten.
   Sample next() {
     const int kind = below(6);
     if (kind < 2) return make(randomDigits(1 + below(9)), -below(5), below(4) == 0);
@@ -53,7 +54,7 @@ class DecimalSamples {
     for (int i = 0; i < count; ++i) digits += static_cast<char>('0' + below(10));
     return digits;
   }
-  /// 0, 1, 5, powers of ten, their neighbours and halves, runs of nines, and where 64 bits end.
+  /// 0, 1, 5, powers of ten, their neighbours and halves, runs of nines, and the limits of 64 bits.
   std::string edgeDigits() {
     const auto zeros = std::string(static_cast<std::size_t>(below(37)), '0');
     switch (below(7)) {

@@ -1,4 +1,4 @@
-// tests/support/Decimals.h - a Decimal from its text, for tests that compute with texts.
+// tests/support/Decimals.h - converts a text to a Decimal, for tests that write numbers as texts.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -7,7 +7,7 @@
 
 namespace norvik::test {
 
-/// Throws where the text is no decimal.
+/// Throws if the text is not a decimal number.
 inline Decimal dec(std::string_view text) { return Decimal::parse(text).value(); }
 
 }  // namespace norvik::test

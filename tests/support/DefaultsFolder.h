@@ -1,4 +1,4 @@
-// tests/support/DefaultsFolder.h - user defaults on a database in a fresh folder, and what else a test wants of them.
+// tests/support/DefaultsFolder.h - user defaults on a database in a fresh folder.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSUserDefaults.h"
@@ -12,7 +12,7 @@ namespace norvik::test {
 
 class DefaultsFolder {
  public:
-  /// Another object on the same database, as another process would have it.
+  /// Other user defaults on the same database, as another process would create them.
   [[nodiscard]] Ref<NSUserDefaults> open() const { return make<NSUserDefaults>(NSString(path())); }
   [[nodiscard]] std::string path() const { return folder_.path("pay/defaults.sqlite"); }
   [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
@@ -21,7 +21,7 @@ class DefaultsFolder {
   TemporaryFolder folder_;
 };
 
-/// The standard user defaults are on a database in a fresh folder while this lives.
+/// While it exists, the standard user defaults are on a database in a fresh folder.
 class StandardDefaults {
  public:
   StandardDefaults() { NSUserDefaults::setStandardUserDefaults(folder_.open()); }

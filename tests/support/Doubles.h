@@ -1,4 +1,4 @@
-// tests/support/Doubles.h - the doubles that are no finite number.
+// tests/support/Doubles.h - the doubles that are not finite.
 #pragma once
 
 #include <limits>

@@ -1,4 +1,4 @@
-// tests/support/ExpectRaises.h - expects that a statement raises the platform's exception of a name.
+// tests/support/ExpectRaises.h - expects that a statement raises the exception with a given name.
 #pragma once
 
 #include "NorvikCore/platform/values/NSException.h"
@@ -9,7 +9,7 @@
 
 namespace norvik::test {
 
-/// The name of the NSException that the statement raises, "" where it raises none; other exceptions pass.
+/// The name of the NSException that the statement raises, or "" if it raises none. Other exceptions pass.
 template <class Statement>
 std::string nameOfWhatIsRaised(Statement&& statement) {
   try {

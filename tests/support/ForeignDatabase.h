@@ -1,4 +1,4 @@
-// tests/support/ForeignDatabase.h - another's connection to a database.
+// tests/support/ForeignDatabase.h - a connection to a database that does not use the library.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// tests/support/GrowingMemory.h - a logger that has too little memory for a message, and then a little more. One source
-// of a program includes this, as LittleMemory.h.
+// tests/support/GrowingMemory.h - gives a logger too little memory for a message, and then more and more. Only one
+// source file of a program includes this, because it includes LittleMemory.h.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -11,8 +11,8 @@
 
 namespace norvik::test {
 
-/// Logs the message on the logger's queue, each time with one request of memory more, until none is refused. Calls
-/// `afterEach` behind each. Returns how often that was.
+/// Logs the message on the logger's queue again and again, each time with one more granted request for memory, until no
+/// request is refused. Calls `afterEach` after each attempt. Returns the number of attempts.
 template <class AfterEach>
 std::uint64_t logWithGrowingMemory(DDAbstractLogger& logger, const DDLogMessage& message, AfterEach&& afterEach) {
   std::uint64_t logged = 0;

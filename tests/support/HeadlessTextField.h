@@ -1,5 +1,5 @@
-// tests/support/HeadlessTextField.h - a text field without a screen: a value, the text that shows it, and a user who
-// types.
+// tests/support/HeadlessTextField.h - a text field without a screen. It has a value, the text that shows the value, and
+// a simulated user who types.
 //
 //   auto field = make<HeadlessTextField>();
 //   field->setFormatter(formatter);
@@ -23,18 +23,18 @@ class HeadlessTextField : public norvik::NSObject {
 
  public:
   [[nodiscard]] const norvik::Value& value() const { return value_; }
-  /// Shows the value, in place of what the user has typed.
+  /// Shows the value instead of the typed text.
   void setValue(const norvik::Value& value);
 
   [[nodiscard]] const norvik::NSString& text() const { return text_; }
   void select(norvik::NSRange selection) { selection_ = selection; }
-  /// Types the characters one after the other over the selection. False where an edit was refused or changed. A field
-  /// that is not editable takes none.
+  /// Types the characters one after the other over the selection. Returns false if an edit was refused or changed. A
+  /// field that is not editable refuses all edits.
   bool type(const norvik::NSString& characters);
-  /// The end of editing. False where the formatter cannot read the text or the model refuses the value: the text stays
-  /// for the user to mend, and error() or whyUnreadable() says why.
+  /// Ends editing. Returns false if the formatter cannot read the text or the model refuses the value. The text then
+  /// stays for the user to correct, and error() or whyUnreadable() gives the reason.
   bool commit();
-  /// Back to the text of the value.
+  /// Shows the text of the value again.
   void cancel() { show(); }
 
   [[nodiscard]] const norvik::Ref<norvik::NSError>& error() const { return error_; }
@@ -49,7 +49,7 @@ class HeadlessTextField : public norvik::NSObject {
   norvik::NSString text_, whyUnreadable_;
   norvik::NSRange selection_{0, 0};
   norvik::Ref<norvik::NSError> error_;
-  bool keepsText_ = false;  ///< while the user types on, what the model makes of the value does not replace the text
+  bool keepsText_ = false;  ///< while the user types, a value that the model has changed does not replace the text
 };
 
 }  // namespace norvik::test

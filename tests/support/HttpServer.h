@@ -1,5 +1,5 @@
-// tests/support/HttpServer.h - a server on a port of this machine that answers one request after the other as a test
-// says.
+// tests/support/HttpServer.h - a server on a local port that answers one request after the other with the test's
+// headers.
 //
 //   HttpServer server;
 //   ChildProgram client({..., std::to_string(server.port())});
@@ -36,7 +36,7 @@ class HttpServer {
 
   [[nodiscard]] int port() const { return port_; }
 
-  /// Waits for a request, answers it with these header lines, and gives what stood behind "Cookie:", or "none".
+  /// Waits for a request, answers it with these header lines, and returns the text of its Cookie header, or "none".
   std::string answer(const std::string& headers, const char* status = "200 OK") const {
     pollfd wanted{socket_, POLLIN, 0};
     if (poll(&wanted, 1, 20'000) != 1) {

@@ -1,5 +1,5 @@
-// tests/support/InChild.h - a piece of a test that runs in a process of its own: what it changes of the process
-// (limits, mounts, users, counters) stays there.
+// tests/support/InChild.h - runs a part of a test in a child process, so that its changes to the process (limits,
+// mounts, users, counters) have no effect on the other tests.
 //
 //   RUN_IN_CHILD({
 //     setrlimit(...);

@@ -1,5 +1,5 @@
-// tests/support/LeaksAllowed.h - what is allocated while this lives may stay for good: objects that hold one another in
-// a ring, and what is left on purpose because another thread may have been at it.
+// tests/support/LeaksAllowed.h - allows leaks of objects that are allocated while a LeaksAllowed exists: objects in a
+// reference cycle, and objects that are leaked on purpose because another thread may have been using them.
 #pragma once
 
 #if defined(__has_feature)
@@ -16,7 +16,7 @@
 
 namespace norvik::test {
 
-/// For what is allocated on this thread: `const LeaksAllowed leaks;`.
+/// Applies to allocations on this thread: `const LeaksAllowed leaks;`.
 class LeaksAllowed {
  public:
   LeaksAllowed() {

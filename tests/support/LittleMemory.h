@@ -1,5 +1,5 @@
-// tests/support/LittleMemory.h - code for which there is too little memory. One source of a program includes this,
-// since it replaces operator new.
+// tests/support/LittleMemory.h - limits the memory of a piece of code. Only one source file of a program includes this,
+// because it replaces operator new.
 //
 //   bool wasRefused = true;
 //   for (int granted = 0; wasRefused; ++granted) {
@@ -19,7 +19,7 @@ namespace norvik::test {
 
 class LittleMemory {
  public:
-  /// So many requests are granted, and all others refused.
+  /// The first `granted` requests are granted, and all others are refused.
   explicit LittleMemory(int granted) noexcept {
     refused = false;
     left = granted;
@@ -49,7 +49,7 @@ class LittleMemory {
 
 }  // namespace norvik::test
 
-// Not inline: the compiler warns of free() for memory of operator new.
+// Not inline, because the compiler would warn about free() of memory from operator new.
 [[gnu::noinline]] NK_EXPORT void* operator new(std::size_t size) { return norvik::test::LittleMemory::get(size); }
 [[gnu::noinline]] NK_EXPORT void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return std::malloc(size);

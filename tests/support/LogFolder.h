@@ -1,4 +1,4 @@
-// tests/support/LogFolder.h - a folder of log files for a test: a manager for it, and what stands in its files.
+// tests/support/LogFolder.h - a folder of log files for a test: a manager for it, and the content of its files.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManagerDefault.h"
@@ -14,7 +14,7 @@
 
 namespace norvik::test {
 
-/// A manager that keeps the names of the files it is told of.
+/// A manager that records the paths of archived and rolled files.
 class RecordingManager : public DDLogFileManagerDefault {
   NK_OBJECT(RecordingManager, DDLogFileManagerDefault)
   explicit RecordingManager(const std::string& folder) : DDLogFileManagerDefault(NSString(folder)) {}
@@ -45,7 +45,7 @@ inline std::vector<std::string> linesOf(const std::string& path) {
   return lines;
 }
 
-/// The paths of the visible files of a folder, in no order.
+/// The paths of the visible files of a folder, in any order.
 inline std::vector<std::string> filesIn(const std::string& folder) {
   std::vector<std::string> paths;
   std::error_code ignored;

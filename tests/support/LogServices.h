@@ -1,5 +1,5 @@
-// tests/support/LogServices.h - sockets that speak as the system's log services do: the journal, with its entries taken
-// apart into fields, and a syslog daemon for datagrams or on a stream.
+// tests/support/LogServices.h - sockets that act as the system's log services: the journal, whose entries are parsed
+// into fields, and a syslog daemon for datagrams or for a stream.
 #pragma once
 
 #include <fcntl.h>
@@ -21,7 +21,7 @@ namespace norvik::test {
 
 using JournalFields = std::multimap<std::string, std::string>;
 
-/// Each entry's fields as the journal's native protocol has them; a malformed entry fails the test.
+/// The fields of an entry in the journal's native protocol. A malformed entry fails the test.
 inline JournalFields journalFields(const std::string& entry) {
   JournalFields fields;
   for (std::size_t at = 0; at < entry.size();) {
@@ -53,7 +53,7 @@ inline JournalFields journalFields(const std::string& entry) {
   return fields;
 }
 
-/// The only value of that name; "(none)" or "(several)" where there is not one.
+/// The only value of that name; "(none)" or "(several)" if there is not exactly one.
 inline std::string fieldOf(const JournalFields& fields, const std::string& name) {
   if (fields.count(name) != 1) return fields.count(name) == 0 ? "(none)" : "(several)";
   return fields.find(name)->second;
@@ -81,12 +81,13 @@ class LogService {
     unlink(path_.c_str());
   }
 
-  /// The next entry; "(nothing)" where none comes within ten seconds. An entry in a file is read from there.
+  /// The next entry; "(nothing)" if none arrives within ten seconds. If the entry is sent as a file, the file's content
+  /// is returned.
   std::string receive() {
     if (isStream_) return receiveFromStream();
     return waitFor(socket_) ? receiveDatagram() : "(nothing)";
   }
-  /// True where an entry is there already.
+  /// True if an entry has arrived already.
   bool hasMore() {
     pollfd one{socket_, POLLIN, 0};
     return poll(&one, 1, 0) == 1;
@@ -164,7 +165,7 @@ class LogService {
   std::vector<bool> ended_;
 };
 
-/// The text of a line of RFC 3164, behind its head; empty where the head is not as it should be.
+/// The text of a line of RFC 3164 after its head; empty if the head is malformed.
 inline std::string textOfLine(const std::string& line) {
   const std::size_t end = line.find("]: ");
   return end == line.npos ? "" : line.substr(end + 3);

@@ -11,7 +11,7 @@ namespace {
 using Units = std::u16string;
 using Attributes = MarkupModel::Attributes;
 
-/// What closures were called with, one after the other. Both sides write it the same way.
+/// Records the calls of closures, one after the other. The parser's and the model's closures write the same format.
 struct Calls {
   std::vector<Units> texts;
 

@@ -1,12 +1,12 @@
-// tests/support/MarkupComparison.h - the markup parser beside its model, on one source.
+// tests/support/MarkupComparison.h - compares the markup parser with its model for one source.
 #pragma once
 
 #include <string>
 
 namespace norvik::test {
 
-/// Parses the source in every way, with fixed and computed attributes, and with and without a closure for unknown tags.
-/// What differs from the model in text, attributes, messages or calls of closures; "" where nothing does.
+/// Parses the source in all ways: with fixed and computed attributes, and with and without a closure for unknown tags.
+/// Returns the difference from the model in text, attributes, messages or calls of closures, or "" if there is none.
 [[nodiscard]] std::string differenceFromModel(const std::u16string& source);
 
 }  // namespace norvik::test

@@ -21,7 +21,7 @@ bool isEndedBy(const Tag& open, const Tag& other) {
   return other.isEnding() && open.name && lowered(*other.name).substr(1) == lowered(*open.name);
 }
 
-/// Goes over a text; every scan returns what it passed.
+/// Reads a text from start to end. Each scan returns the units that it read.
 struct Scanner {
   const Units& units;
   std::size_t at = 0;
@@ -71,7 +71,7 @@ MarkupModel::TagAttributes modelTagAttributes(const Units& raw) {
         if (!text.empty()) value = text;
       }
     }
-    if (!name.empty()) attributes[name] = value;  // a value without a name is left out
+    if (!name.empty()) attributes[name] = value;  // a value without a name is ignored
   }
 }
 
@@ -138,7 +138,7 @@ MarkupModel::Result MarkupModel::parse(const Units& source, bool attributed) con
     if (entry->fixed) {
       added = *entry->fixed;
     } else if (entry->closure) {
-      // At the very end there is no unit.
+      // There is no unit at the end of the text.
       added = entry->closure(*tag.name, tag.attributes,
                              tag.location < output.units.size() ? output.attributes[tag.location] : Attributes());
     }

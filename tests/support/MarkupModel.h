@@ -1,5 +1,5 @@
-// tests/support/MarkupModel.h - tagged text parsed step by step, as plainly as possible: the oracle of the markup tests
-// and of the fuzzer. Slow; one attribute dictionary for each unit.
+// tests/support/MarkupModel.h - a model that parses tagged text step by step and as simply as possible. It is the
+// oracle of the markup tests and of the fuzzer. It is slow, and has one attribute dictionary for each unit.
 #pragma once
 
 #include "tests/support/AttributedTextModel.h"
@@ -14,7 +14,7 @@ namespace norvik::test {
 
 struct MarkupModel {
   using Attributes = AttributedTextModel::Attributes;
-  /// Names in the order of their first appearance do not matter to the model; no value is the null marker.
+  /// The model ignores the order of names. A name without a value has the null marker.
   using TagAttributes = std::map<std::u16string, std::optional<std::u16string>>;
   using Closure = std::function<Attributes(const std::u16string& tag, const TagAttributes& tagAttributes,
                                            const Attributes& present)>;
@@ -25,7 +25,7 @@ struct MarkupModel {
   };
 
   Attributes base;
-  std::map<std::u16string, Entry> table;  ///< by lower-cased names
+  std::map<std::u16string, Entry> table;  ///< by names in lower case
   std::optional<Entry> unknown;
 
   struct Result {

@@ -1,4 +1,4 @@
-// tests/support/NumbersIn.h - the elements of an array of integers, for comparison with written-out ones.
+// tests/support/NumbersIn.h - the elements of an array of integers, for comparison with literal numbers.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"

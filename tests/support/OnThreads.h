@@ -1,4 +1,4 @@
-// tests/support/OnThreads.h - the same work on several threads, which all start at once.
+// tests/support/OnThreads.h - runs the same work on several threads, which start it at the same time.
 #pragma once
 
 #include <latch>
@@ -7,7 +7,7 @@
 
 namespace norvik::test {
 
-/// Calls `work` with 0, 1, 2 ... `count` - 1, each on a thread of its own, and returns once all are done.
+/// Calls `work` with 0, 1, 2 ... `count` - 1, each on its own thread, and returns when all calls have returned.
 template <class Work>
 void onThreads(int count, Work work) {
   std::latch start(count);

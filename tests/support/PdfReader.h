@@ -1,4 +1,4 @@
-// tests/support/PdfReader.h - what another program reads in a PDF file: poppler's.
+// tests/support/PdfReader.h - reads a PDF file with another program, poppler's.
 //
 //   EXPECT_EQ(linesOfPdf(document), (std::vector<std::string>{"Net pay 12.50"}));
 #pragma once
@@ -13,8 +13,8 @@
 
 namespace norvik::test {
 
-/// Runs one of poppler's programs over the file; its output line by line, without empty lines and blanks at the ends. A
-/// page begins with a form feed, which counts as a blank.
+/// Runs one of poppler's programs on the file. Returns the lines of its output, without empty lines and without blanks
+/// at the ends. A page begins with a form feed, which counts as a blank.
 inline std::vector<std::string> readPdf(const std::string& program, const std::vector<std::string>& options,
                                         const std::string& pdf, const std::vector<std::string>& after = {}) {
   const TemporaryFolder folder;

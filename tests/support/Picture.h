@@ -35,9 +35,9 @@ class Picture {
   [[nodiscard]] int height() const { return cairo_image_surface_get_height(surface_); }
 
   struct Area {
-    int left, top, right, bottom;  // the last two are outside
+    int left, top, right, bottom;  // right and bottom are exclusive
   };
-  /// How many pixels of the area have just this colour, 0xRRGGBB.
+  /// The number of pixels of the area with exactly this colour, 0xRRGGBB.
   [[nodiscard]] int count(Area area, std::uint32_t color) const {
     int found = 0;
     const unsigned char* const pixels = cairo_image_surface_get_data(surface_);

@@ -1,11 +1,12 @@
-// tests/support/PostgresServer.h - a PostgreSQL server of a test's own, in a fresh folder, reached by a socket there.
+// tests/support/PostgresServer.h - a test's own PostgreSQL server in a fresh folder, reached by a socket in that
+// folder.
 //
 //   PostgresServer server;
 //   server.start();
 //   EXPECT_EQ(server.query("SELECT 1"), "1");
 //
-// After useTls() it is also reached by TLS, at a free port of 127.0.0.1, with a certificate that it has signed itself.
-// The server refuses to be root's: where the test is root's, the server runs as a user without rights.
+// After useTls() it is also reached by TLS at a free port of 127.0.0.1, with a self-signed certificate. If the test
+// runs as root, the server runs as a user without rights, because the server refuses to run as root.
 #pragma once
 
 #include <fcntl.h>
@@ -47,12 +48,12 @@ class PostgresServer {
   PostgresServer& operator=(const PostgresServer&) = delete;
   ~PostgresServer() { stop(SIGQUIT); }
 
-  /// Before start().
+  /// Call it before start().
   void useTls() {
     usesTls_ = true;
     makeCertificate();
   }
-  /// Another one, for the next start().
+  /// Creates another certificate, for the next start().
   void makeCertificate() {
     const pid_t maker =
         run({"/usr/bin/openssl", "req", "-x509", "-nodes", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
@@ -64,14 +65,14 @@ class PostgresServer {
   /// The file of the server's certificate.
   [[nodiscard]] std::string certificate() const { return folder_.path("data/server.crt"); }
 
-  /// Returns when it takes connections. After a kill that may need several attempts, while the old one's processes end.
-  /// Without `synchronizes` it does not wait for the disk, so that only a crash of the whole machine would lose a
-  /// commit.
+  /// Returns when the server accepts connections. After a kill this may need several attempts, until the old server's
+  /// processes have ended. Without `synchronizes` the server does not wait for the disk; then only a crash of the whole
+  /// machine would lose a commit.
   void start(bool synchronizes = false) {
     for (int attempt = 0; attempt < 100 && process_ < 0; ++attempt) {
       int output[2];
       if (pipe2(output, O_CLOEXEC) != 0) return;
-      // After a restart its clients find it at the same port, unless another program has taken that meanwhile.
+      // After a restart, clients find the server at the same port, unless another program has taken the port since.
       if (usesTls_ && (port_ == usualPort || attempt > 0)) port_ = freePort();
       process_ = run({NORVIK_POSTGRES_FOLDER "/postgres", "-D", folder_.path("data"), "-k", folder_.path(), "-p",
                       std::to_string(port_), "-c", usesTls_ ? "listen_addresses=127.0.0.1" : "listen_addresses=", "-c",
@@ -88,7 +89,7 @@ class PostgresServer {
     }
     ASSERT_GT(process_, 0) << "the server does not start";
   }
-  /// SIGINT ends it in order, without waiting for its clients; SIGKILL at once.
+  /// SIGINT ends the server in order, without waiting for its clients. SIGKILL ends it at once.
   void stop(int signal = SIGINT) {
     if (process_ < 0) return;
     kill(process_, signal);
@@ -96,25 +97,25 @@ class PostgresServer {
     process_ = -1;
     close(output_);
   }
-  /// The server and its processes stand still.
+  /// Stops the server and its processes until resume().
   void suspend() { signalAll(SIGSTOP); }
   void resume() { signalAll(SIGCONT); }
 
-  /// For the given role and database.
+  /// The connection string for the given role and database.
   [[nodiscard]] std::string connection(const std::string& role = "payroll",
                                        const std::string& database = "postgres") const {
     return "host=" + folder_.path() + " port=" + std::to_string(port_) + " user=" + role + " dbname=" + database;
   }
-  /// The same as an address; `login` is a role, or role:password as an address has them.
+  /// The same as an address. `login` is a role or role:password, encoded as in an address.
   [[nodiscard]] std::string address(const std::string& login = "payroll") const {
     return "postgresql://" + login + "@/postgres?host=" + folder_.path() + "&port=" + std::to_string(port_);
   }
-  /// The same by TLS, where useTls() was called.
+  /// The same by TLS, after useTls().
   [[nodiscard]] std::string tlsConnection(const std::string& role = "payroll",
                                           const std::string& mode = "require") const {
     return "host=127.0.0.1 port=" + std::to_string(port_) + " user=" + role + " dbname=postgres sslmode=" + mode;
   }
-  /// The columns of all rows, one after the other; the message where it fails.
+  /// The columns of all rows, one after the other, or the message if the statement fails.
   std::string query(const std::string& sql, const std::string& database = "postgres") const {
     PGconn* const client = PQconnectdb(connection("payroll", database).c_str());
     PQsetNoticeProcessor(
@@ -137,7 +138,7 @@ class PostgresServer {
     waitpid(process, &status, 0);
     return status;
   }
-  /// One that no program listens at now.
+  /// A port at which no program listens now.
   static int freePort() {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
@@ -149,7 +150,8 @@ class PostgresServer {
     close(listener);
     return ntohs(address.sin_port);
   }
-  /// Containers may keep /dev/null for root, without which no server is made: then the process has one of its own.
+  /// In some containers only root may use /dev/null, and no server can be created without it. Then the child gets a
+  /// /dev/null of its own.
   static void giveNull(const std::string& folder) {
     struct stat status {};
     if (geteuid() != 0 || (stat("/dev/null", &status) == 0 && (status.st_mode & 0666) == 0666)) return;

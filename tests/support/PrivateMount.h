@@ -1,7 +1,7 @@
-// tests/support/PrivateMount.h - a file system of a test's own, which no other process sees.
+// tests/support/PrivateMount.h - a test's own file system, which no other process sees.
 //
-// It needs the right to mount: root's, or that of an unprivileged user in a user namespace of its own, which a process
-// can enter only while it has one thread. Where neither is allowed mounted() is false, and the test is skipped:
+// It needs the right to mount: as root, or as an unprivileged user in a new user namespace. A process can enter such a
+// namespace only while it has one thread. If neither is allowed, mounted() is false and the test is skipped:
 //
 //   if (!PrivateMount::isAllowed("ramfs")) GTEST_SKIP() << "this user may not mount";
 #pragma once
@@ -21,7 +21,7 @@ namespace norvik::test {
 
 class PrivateMount {
  public:
-  /// Such as ("ramfs") or ("tmpfs", "size=64k").
+  /// Examples: ("ramfs"), ("tmpfs", "size=64k").
   explicit PrivateMount(const char* type, const char* options = "") {
     mounted_ = enterNamespace() && mount("none", folder_.path().c_str(), type, 0, options) == 0;
   }
@@ -34,7 +34,7 @@ class PrivateMount {
   [[nodiscard]] bool mounted() const { return mounted_; }
   [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
 
-  /// Tries it, in a process that ends at once: nothing of this one changes.
+  /// Tries it in a child process, so that this process is not changed.
   [[nodiscard]] static bool isAllowed(const char* type) {
     const TemporaryFolder folder;
     const pid_t child = fork();
@@ -44,13 +44,13 @@ class PrivateMount {
     return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
   }
 
-  /// False where that is not allowed.
+  /// Returns false if that is not allowed.
   [[nodiscard]] bool makeReadOnly() const {
     return mount("none", folder_.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
   }
 
  private:
-  // Once per process, for all its mounts.
+  // Done once per process, for all its mounts.
   static bool enterNamespace() {
     static const bool entered = [] {
       const uid_t user = getuid();

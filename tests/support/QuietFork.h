@@ -1,12 +1,12 @@
-// tests/support/QuietFork.h - what a test does before it forks while other threads are about.
+// tests/support/QuietFork.h - the wait of a test before it forks while other threads exist.
 //
 //   quietBeforeFork();
 //   const pid_t child = fork();
 //
-// The address sanitizer does not free the locks of its own heap in a forked child: where another thread holds one at
-// that moment - it has just been started, and allocates what the sanitizer notes of it - the child's first allocation
-// on another thread never returns. Under that sanitizer a test therefore forks once all other threads sleep; elsewhere
-// it forks at any moment.
+// In a forked child, the address sanitizer does not release the locks of its own heap. Another thread may hold such a
+// lock at the fork, for example a new thread that allocates the sanitizer's data about itself. Then the child's first
+// allocation on another thread never returns. Under that sanitizer, a test therefore forks when all other threads
+// sleep. Otherwise it forks at any time.
 #pragma once
 
 #include "tests/support/Sanitizers.h"
@@ -19,7 +19,7 @@
 #include <string>
 #include <system_error>
 
-/// At the start of a test whose child is forked at any moment and starts threads.
+/// At the start of a test that forks at any time and whose child starts threads.
 #if defined(NK_TEST_ADDRESS_SANITIZER)
 #define NK_SKIP_WHERE_A_BUSY_FORK_IS_NOT_SUPPORTED() \
   GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process"
@@ -32,7 +32,7 @@
 
 namespace norvik::test {
 
-/// True when the kernel says that all threads but this one wait for something.
+/// True if the kernel reports that all other threads are waiting.
 inline bool otherThreadsSleep() {
   const std::string self = std::to_string(gettid());
   std::error_code error;
@@ -41,7 +41,7 @@ inline bool otherThreadsSleep() {
     std::string line;
     std::getline(std::ifstream(thread.path() / "stat"), line);
     const std::size_t nameEnd = line.rfind(')');
-    if (nameEnd != std::string::npos && line.compare(nameEnd + 1, 2, " S") != 0) return false;  // no line: it has ended
+    if (nameEnd != std::string::npos && line.compare(nameEnd + 1, 2, " S") != 0) return false;  // no line: ended
   }
   return !error;
 }

@@ -1,5 +1,5 @@
-// tests/support/RecordingLogger.h - a logger that keeps what it gets, and a latch for tests that meet loggers on their
-// threads.
+// tests/support/RecordingLogger.h - a logger that stores its messages, and a latch for tests that synchronise with the
+// threads of loggers.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -16,7 +16,7 @@
 
 namespace norvik::test {
 
-/// Opens once; who waits before goes on then.
+/// Opens once. A thread that waits continues when it opens.
 class Latch {
  public:
   void open() {
@@ -35,7 +35,7 @@ class Latch {
   bool open_ = false;
 };
 
-/// What happened, in order, from any thread.
+/// Records events in order, from any thread.
 class Events {
  public:
   void add(std::string event) {
@@ -63,21 +63,21 @@ class RecordingLogger : public DDAbstractLogger {
   void willRemoveLogger() override { events.add("[removed]"); }
   void flush() override { events.add("[flushed]"); }
 
-  /// The texts, in order, and the other calls in brackets.
+  /// The texts of the messages in order, and the other calls in brackets.
   [[nodiscard]] std::vector<std::string> all() const { return events.all(); }
 
   Events events;
   std::function<void(const DDLogMessage&)> onMessage;  // set before the logger is added
 };
 
-/// No logger before a test and none after it.
+/// Makes sure that there is no logger before a test and none after it.
 class CleanDDLog : public ::testing::Test {
  protected:
   void SetUp() override { clean(); }
   void TearDown() override { clean(); }
-  /// Waits for everything that was asked of the dispatcher and of the loggers it has.
+  /// Waits until the dispatcher and its loggers have done all requested work.
   static void settle() { DDLog::flushLog(); }
-  /// Waits until the loggers that it removes have done their last work, such as archiving files of the test.
+  /// Waits until the removed loggers have done their last work, such as archiving files of the test.
   static void clean() {
     DDLog::flushLog();
     const std::vector<Ref<DDLogger>> loggers = DDLog::allLoggers();

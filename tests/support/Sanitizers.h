@@ -1,4 +1,4 @@
-// tests/support/Sanitizers.h - which sanitizer a test is built with.
+// tests/support/Sanitizers.h - the sanitizer with which a test is built.
 #pragma once
 
 #if defined(__has_feature)
@@ -15,7 +15,7 @@
 
 namespace norvik::test {
 
-/// For tests of many random inputs, which a sanitizer makes up to thirty times as long.
+/// For tests of many random inputs, which take up to thirty times as long with a sanitizer.
 #if defined(NK_TEST_ADDRESS_SANITIZER) || defined(NK_TEST_THREAD_SANITIZER)
 inline constexpr bool isSanitized = true;
 #else

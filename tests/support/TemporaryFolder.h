@@ -1,4 +1,4 @@
-// tests/support/TemporaryFolder.h - a fresh folder for one test, removed with all that is in it.
+// tests/support/TemporaryFolder.h - a fresh folder for one test, which is removed with its content.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ class TemporaryFolder {
   /// The path of an entry, which need not exist.
   [[nodiscard]] std::string path(const std::string& name) const { return path_ + "/" + name; }
 
-  /// Makes a file and answers its path.
+  /// Creates a file and returns its path.
   std::string write(const std::string& name, const std::string& content = "") const {
     std::ofstream file(path(name), std::ios::binary | std::ios::trunc);
     file << content;

@@ -1,4 +1,4 @@
-// tests/support/ThroughArchivers.h - a value taken apart by an archiver and made again.
+// tests/support/ThroughArchivers.h - archives a value and unarchives it again.
 #pragma once
 
 #include "NorvikCore/platform/archives/NSArchiver.h"

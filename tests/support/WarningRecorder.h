@@ -1,4 +1,4 @@
-// tests/support/WarningRecorder.h - collects what the library logs while it lives.
+// tests/support/WarningRecorder.h - collects the messages that the library logs while it exists.
 #pragma once
 
 #include "NorvikCore/logging/DDAbstractLogger.h"
@@ -24,8 +24,8 @@ class RecordingLogger : public norvik::DDAbstractLogger {
   std::vector<RecordedWarning> warnings;
 };
 
-/// Adds a logger on construction and removes it on destruction. Loggers of tests in one program see each other's
-/// messages, so tests that use it compare what they caused themselves.
+/// Adds a logger when it is created and removes it when it is destroyed. Loggers of tests in one program see each
+/// other's messages, so a test compares only the messages that it has caused.
 class WarningRecorder {
  public:
   WarningRecorder() { norvik::DDLog::addLogger(logger_); }
@@ -36,7 +36,7 @@ class WarningRecorder {
   WarningRecorder(const WarningRecorder&) = delete;
   WarningRecorder& operator=(const WarningRecorder&) = delete;
 
-  /// What has been logged until now, and from now on an empty list.
+  /// Returns the messages since the last call and clears the list.
   [[nodiscard]] std::vector<RecordedWarning> take() {
     norvik::DDLog::flushLog();
     return std::exchange(logger_->warnings, {});

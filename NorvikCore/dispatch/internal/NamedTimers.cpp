@@ -11,7 +11,8 @@ namespace {
 
 constexpr double nanosecond = 1e-9;
 
-/// Truncated; what is too far ahead is never.
+/// The time that many seconds from now, truncated to nanoseconds. A time beyond the range of a signed number never
+/// comes.
 dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
   const double nanoseconds = seconds * 1e9;
   if (!(nanoseconds < 9.2e18)) return DISPATCH_TIME_FOREVER;
@@ -26,7 +27,8 @@ TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue
 
 TSKTimerValue::~TSKTimerValue() = default;
 
-/// Other threads of the parent's may have been changing it, and the blocks are the parent's: it stays where it lies.
+/// Leaks the parent's state on purpose: other threads of the parent may have been changing it at the fork, and its
+/// blocks belong to the parent.
 void NamedTimers::forgetParent() {
   static_cast<void>(state_.release());
   state_ = std::make_unique<State>();
@@ -69,7 +71,7 @@ void NamedTimers::request(Request request) {
 }
 
 void NamedTimers::carryOutNextRequest() {
-  Blocks unused;  // outlives the lock
+  Blocks unused;  // destroyed after the lock is released
   const Lock lock(*this);
   Request request = std::move(state_->requests.front());
   state_->requests.pop_front();
@@ -90,7 +92,7 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
   if (!state_->table) state_->table = std::make_unique<TimerTable>();
   NamedTimer* const entry = state_->table->find(name);
   Ref<TSKTimerValue> timer = entry == nullptr ? nullptr : entry->live;
-  // A timer whose block runs right now (on a concurrent queue) has had its time: it is started like a new one.
+  // A timer whose block is running (on a concurrent queue) has fired already, so it is started like a new one.
   const bool pending = timer && !timer->firing;
   const bool isNew = !timer;
   if (isNew) timer = makeTimer(name);
@@ -114,7 +116,7 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
     const double delay = std::max(0.0, timeInterval - (now - referenceTime));
     date = now + delay;
     if (behavior == TSKTimerRestart || !pending || entry->date > date) start(*timer, delay);
-    // Else the running timer stays as it is, though the later time is noted.
+    // Otherwise the pending timer keeps its earlier time, but the later time is recorded.
   }
 
   unused.push_back(std::exchange(timer->block, std::move(block)));
@@ -179,7 +181,7 @@ void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {
   if (NamedTimer* entry = state_->table ? state_->table->find(name) : nullptr) cancel(*entry, unused);
 }
 
-/// Its planned time stays.
+/// The planned time stays in the table.
 void NamedTimers::cancel(NamedTimer& entry, Blocks& unused) {
   const Ref<TSKTimerValue> timer = std::exchange(entry.live, nullptr);
   if (!timer) return;
@@ -195,7 +197,7 @@ void NamedTimers::cancelEveryTimer(Blocks& unused) {
     for (NamedTimer& entry : state_->table->entries()) cancel(entry, unused);
     names = state_->table->entries().size();
   }
-  timerCountPrivate.store(names, std::memory_order_relaxed);  // dormant names too, until the next recount
+  timerCountPrivate.store(names, std::memory_order_relaxed);  // also names without a timer, until the next recount
 }
 
 void NamedTimers::_updateTimerCountPrivate() { timerCountPrivate.store(state_->live, std::memory_order_relaxed); }

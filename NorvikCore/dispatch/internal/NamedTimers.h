@@ -1,8 +1,8 @@
 // NorvikCore/dispatch/internal/NamedTimers.h - the timers of one wrapper.
 //
-// What the application asks for waits in a list and is carried out on the queue, one asynchronous block a request, so
-// that requests take effect in their order on a concurrent queue too. The table changes under the lock, which is never
-// held while a block runs or is destroyed.
+// Each request of the application is stored in a list and carried out on the queue by an asynchronous block of its own.
+// Therefore requests take effect in their order on a concurrent queue too. The table is changed under the lock. The
+// lock is never held while a block runs or is destroyed.
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
@@ -18,8 +18,8 @@
 
 namespace norvik::detail {
 
-/// Ownership: its wrapper's; a request on its way and a block that runs keep the wrapper.
-/// Threads:   synchronised; setClock() before anything else. A child made by fork() begins without timers.
+/// Ownership: owned by its wrapper; a request that waits and a block that runs retain the wrapper.
+/// Threads:   synchronised; call setClock() before anything else. A child made by fork() starts without timers.
 class NamedTimers {
  public:
   explicit NamedTimers(TSKDispatchQueue& owner);
@@ -31,7 +31,7 @@ class NamedTimers {
   void schedule(const NSString& name, double timeInterval, TSKTimerBehavior behavior, Block<void()> block);
   void cancel(const NSString& name);
   void cancelAll();
-  /// In the wrapper's destructor: whatever is pending does not begin any more.
+  /// Called in the wrapper's destructor: pending blocks are cancelled.
   void end();
 
   [[nodiscard]] std::uint64_t count() const noexcept { return timerCountPrivate.load(std::memory_order_relaxed); }
@@ -48,13 +48,13 @@ class NamedTimers {
     Block<void()> block{};
   };
 
-  /// What has an owner in each process.
+  /// The state that each process has for itself.
   struct State {
-    std::unique_ptr<TimerTable> table;  // empty before the first
+    std::unique_ptr<TimerTable> table;  // empty before the first timer
     std::deque<Request> requests;
     std::uint64_t live = 0;  // names with a timer
   };
-  /// Holds the lock for a scope; the first time in a child made by fork() it leaves all timers to the parent.
+  /// Holds the lock for a scope. The first lock in a child made by fork() leaves all timers to the parent.
   class NK_SCOPED_CAPABILITY Lock {
    public:
     explicit Lock(NamedTimers& timers) NK_ACQUIRE(timers.lock_) : timers_(timers) {
@@ -73,7 +73,8 @@ class NamedTimers {
   [[nodiscard]] double _now() const;
   void request(Request request);
   void carryOutNextRequest();
-  // On the queue, under the lock. Blocks that are no longer needed go to `unused`, to be destroyed without the lock.
+  // Called on the queue, under the lock. Blocks that are no longer needed are moved to `unused`, which is destroyed
+  // without the lock.
   bool _scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
                               TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) NK_REQUIRES(lock_);
   void _cancelTimerWithName(const NSString& name, Blocks& unused) NK_REQUIRES(lock_);

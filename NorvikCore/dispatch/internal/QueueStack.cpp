@@ -26,7 +26,7 @@ void* QueueStackEntry::read(BlockValue& self) {
   return array.get();
 }
 
-/// The outer ones first.
+/// Appends the outer entries first.
 void QueueStackEntry::append(NSMutableArray& array) const {
   if (outer_ != nullptr) outer_->append(array);
   if (wrapper_ != nullptr) array.addObject(ref(*wrapper_));
@@ -36,7 +36,8 @@ void QueueStackEntry::grow() {
   if (wrapper_ != nullptr) outermost_.array_->addObject(ref(*wrapper_));
 }
 
-/// Where somebody has taken the wrapper out of the array, another one is last, and stays.
+/// Removes the wrapper only if it is last. If user code has removed it from the array, another wrapper is last and
+/// stays.
 void QueueStackEntry::shrink() {
   NSMutableArray& array = *outermost_.array_;
   if (wrapper_ != nullptr && array.lastObject().object() == wrapper_) array.removeLastObject();

@@ -1,9 +1,9 @@
-// NorvikCore/dispatch/internal/QueueStack.h - the queue stack of a block: a chain on the stacks of the threads that
-// wait for it.
+// NorvikCore/dispatch/internal/QueueStack.h - the queue stack of a block: a chain of entries on the stacks of the
+// threads that wait for the block.
 //
-// Entries are linked from the innermost outwards, and only the innermost one's thread runs; so the chain needs no lock
-// though it may cross threads. The array that stands for it under TSKQueueStackKey is made when somebody asks, kept by
-// the outermost entry, and then grows and shrinks with the chain.
+// Each entry links to the next outer one. Only the thread of the innermost entry runs, so the chain needs no lock
+// although its entries are on several threads. The array that TSKQueueStackKey gives is created at the first request.
+// The outermost entry owns it, and it then grows and shrinks with the chain.
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
@@ -12,10 +12,10 @@
 
 namespace norvik::detail {
 
-/// A block that was dispatched through a wrapper, while it runs.
+/// A running block that was dispatched through a wrapper.
 class QueueStackEntry : public BlockValue {
  public:
-  /// In a block of the wrapper's queue. `outer` is the entry of the block that waits for it, if any.
+  /// Created in a block of the wrapper's queue. `outer` is the entry of the block that waits for it, or null.
   QueueStackEntry(TSKDispatchQueue& wrapper, QueueStackEntry* outer)
       : BlockValue(TSKQueueStackKey, &QueueStackEntry::read),
         wrapper_(wrapper.concurrent() ? nullptr : &wrapper),
@@ -29,7 +29,7 @@ class QueueStackEntry : public BlockValue {
       shrink();
   }
 
-  /// That of the running block, or null.
+  /// The entry of the running block, or null.
   [[nodiscard]] static QueueStackEntry* current() noexcept {
     return static_cast<QueueStackEntry*>(BlockValue::find(TSKQueueStackKey));
   }
@@ -41,10 +41,10 @@ class QueueStackEntry : public BlockValue {
   void grow();
   void shrink();
 
-  TSKDispatchQueue* const wrapper_;  // null for a concurrent one, which is not listed
+  TSKDispatchQueue* const wrapper_;  // null for a concurrent wrapper, which is not listed
   QueueStackEntry* const outer_;
   QueueStackEntry& outermost_;
-  Ref<NSMutableArray> array_;  // the outermost entry's
+  Ref<NSMutableArray> array_;  // set in the outermost entry only
 };
 
 }  // namespace norvik::detail

@@ -1,4 +1,4 @@
-// NorvikCore/dispatch/internal/TSKTimerValue.h - a named timer that is live.
+// NorvikCore/dispatch/internal/TSKTimerValue.h - a named timer that is pending or whose block runs.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Source.h"
@@ -8,18 +8,18 @@
 
 namespace norvik::detail {
 
-/// What a table of timers gives as "TimerValue". Confined to the lock of its wrapper's timers, save `source`.
+/// The "TimerValue" in a table of timers. Confined to the lock of its wrapper's timers, except `source`.
 class TSKTimerValue final : public NSObject {
   NK_OBJECT(TSKTimerValue, NSObject)
 
   TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue);
   ~TSKTimerValue() override;
 
-  const std::uint64_t number;  // tells it from other timers that the name has had
+  const std::uint64_t number;  // distinguishes it from earlier and later timers of the same name
   const dispatch_source_t source;
   Block<void()> block;
   std::uint64_t starts = 0;
-  bool firing = false;  // its block runs, and it has not been started again meanwhile
+  bool firing = false;  // its block runs, and it has not been started again since
 };
 
 }  // namespace norvik::detail

@@ -1,4 +1,4 @@
-// NorvikCore/dispatch/internal/TimerTable.h - what is known of every name that a wrapper's timers have had.
+// NorvikCore/dispatch/internal/TimerTable.h - the names that a wrapper's timers have had, with their times and timers.
 #pragma once
 
 #include "NorvikCore/dispatch/internal/TSKTimerValue.h"
@@ -18,10 +18,10 @@ struct NamedTimer {
   Ref<TSKTimerValue> live;
 };
 
-/// Names stay for ever, in the order in which they came. Confined to the lock of its wrapper's timers.
+/// Names are never removed and keep the order of insertion. Confined to the lock of its wrapper's timers.
 class TimerTable {
  public:
-  /// Null for a name that is not known. An entry stays where it is.
+  /// Null for an unknown name. The address of an entry does not change.
   [[nodiscard]] NamedTimer* find(const NSString& name) {
     const auto found = byName_.find(name);
     return found == byName_.end() ? nullptr : found->second;
@@ -30,7 +30,7 @@ class TimerTable {
     byName_.emplace(name, &entries_.emplace_back(NamedTimer{name, date, timer}));
   }
   [[nodiscard]] std::deque<NamedTimer>& entries() noexcept { return entries_; }
-  /// As it is now, for whoever asks: by name a dictionary of "DateValue" and, of a live timer, "TimerValue".
+  /// A copy of the table: by name, a dictionary of "DateValue" and, for a live timer, "TimerValue".
   [[nodiscard]] Ref<NSDictionary> dictionary() const;
 
  private:

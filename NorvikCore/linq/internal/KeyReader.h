@@ -1,4 +1,4 @@
-// NorvikCore/linq/internal/KeyReader.h - one key path, read from many values.
+// NorvikCore/linq/internal/KeyReader.h - reads one key path from many values.
 #pragma once
 
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
@@ -6,8 +6,8 @@
 
 namespace norvik::detail {
 
-/// Gives what valueForKeyPath gives. For a path of one key it looks the property up once for each run of objects of one
-/// class, instead of once for each object.
+/// Returns the same value as valueForKeyPath. For a path of one key, it looks the property up once for each series of
+/// objects of one class, not once for each object.
 class KeyReader {
  public:
   explicit KeyReader(const NSString& keyPath)

@@ -6,12 +6,12 @@
 
 namespace norvik::detail {
 
-/// An empty collection of the receiver's class; where that cannot be made without arguments, of the nearest class above
-/// it that can.
+/// An empty collection of the receiver's class. If no object of that class can be created without arguments, it is of
+/// the nearest superclass for which that is possible.
 [[nodiscard]] Ref<NSArray> emptyOfClassOf(const NSArray& receiver);
 [[nodiscard]] Ref<NSDictionary> emptyOfClassOf(const NSDictionary& receiver);
 
-/// Puts entries into a dictionary that was just made, whether it is mutable or not.
+/// Puts entries into a newly created dictionary, whether it is mutable or not.
 void fill(NSDictionary& dictionary, std::vector<NSDictionary::Entry> entries);
 
 }  // namespace norvik::detail

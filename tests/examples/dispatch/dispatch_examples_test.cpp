@@ -1,4 +1,4 @@
-// What docs/dispatch.md shows works.
+// The examples in docs/dispatch.md work.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace {
 
-/// What it prints; ends with the exit code unless that is 0.
+/// The output of the program. If the exit code is not 0, it is at the end.
 std::string outputOf(const std::string& program) {
   std::FILE* const pipe = ::popen(("'" + program + "'").c_str(), "r");
   if (pipe == nullptr) return "cannot be started";

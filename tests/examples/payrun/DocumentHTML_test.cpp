@@ -13,7 +13,7 @@ using namespace payrun;
 using testing::HasSubstr;
 using testing::Not;
 
-/// What is in <main>.
+/// The content of <main>.
 std::string bodyOf(std::vector<Block> blocks) {
   const std::string page = htmlDocument({"title", std::move(blocks)});
   const std::size_t begin = page.find("<main>\n") + 7;

@@ -1,4 +1,4 @@
-// tests/examples/payrun/DocumentParts.h - texts and cells of documents, for tests of what writes documents.
+// tests/examples/payrun/DocumentParts.h - texts and cells of documents, for tests of the classes that write documents.
 #pragma once
 
 #include "Document.h"

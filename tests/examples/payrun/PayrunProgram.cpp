@@ -61,7 +61,7 @@ std::string readToEnd(int descriptor) {
   char buffer[4096];
   ssize_t count = 0;
   while ((count = ::read(descriptor, buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(count));
-  return text;  // a terminal ends with an error once nobody has it open
+  return text;  // reading a terminal fails when no process has it open any more
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 using namespace norvik;
 using namespace payrun;
 
-/// A run of one person, and the documents that templates make of it.
+/// A run of one person, and the documents that templates create of it.
 class PayslipTemplateOfOne : public testing::Test {
  protected:
   PayslipTemplateOfOne() { employer_.add(person("E1", "Zoë O'Brien", "1 High Street,Cardiff , , CF10 1AA")); }
@@ -28,8 +28,8 @@ class PayslipTemplateOfOne : public testing::Test {
   Document documentOf(const std::string& form) const {
     return PayslipTemplate(TextFile("test.template", form)).payslip(run(), 0);
   }
-  /// A line for each block and row: "P text", "R cell|cell", with ">" before what is on the right, "=" before a heading
-  /// and "-" before a row with a rule above; "---" for a rule.
+  /// A line for each block and row: "P text" or "R cell|cell". ">" is before right-aligned texts, "=" before a heading,
+  /// and "-" before a row with a rule above it. "---" is a rule.
   std::string outlineOf(const std::string& form) const {
     std::string result;
     const auto side = [](Side of) { return of == Side::Right ? ">" : ""; };

@@ -14,10 +14,10 @@ int numberAt(const std::string& text, std::size_t at, std::size_t digits) { retu
 
 int daysIn(int year, int month) {
   constexpr std::array<int, 13> days = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && year % 4 == 0 ? 29 : days[static_cast<std::size_t>(month)];  // 1901 to 2099
+  return month == 2 && year % 4 == 0 ? 29 : days[static_cast<std::size_t>(month)];  // valid from 1901 to 2099
 }
 
-/// The tax month of a date with or without a time; from 13:00:00 it counts as the day after.
+/// The tax month of a date with or without a time of day. A date with a time from 13:00:00 counts as the next day.
 std::size_t taxMonthOf(const std::string& date) {
   const int year = numberAt(date, 0, 4);
   int month = numberAt(date, 5, 2), day = numberAt(date, 8, 2);

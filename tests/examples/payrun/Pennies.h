@@ -1,6 +1,7 @@
-// tests/examples/payrun/Pennies.h - a second opinion on an employer's files: whole pennies, and a parser of its own.
+// tests/examples/payrun/Pennies.h - an independent calculation from an employer's files, with whole pennies and its own
+// parser.
 //
-// It shares nothing with the pay run or the library, and reads well-formed files only.
+// It shares nothing with the pay run or the library, and reads only well-formed files.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// tests/examples/payrun/SmallEmployer.h - an employer of a few people, and items of theirs.
+// tests/examples/payrun/SmallEmployer.h - an employer of a few people, and items for them.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace payrun_test {
 
-/// "Test & Sons Ltd", tax year 2024-25, with the departments Operations and Sales. person() puts everybody in
+/// "Test & Sons Ltd", tax year 2024-25, with the departments Operations and Sales. person() creates people in
 /// Operations.
 inline payrun::Employer smallEmployer() {
   payrun::Employer employer;

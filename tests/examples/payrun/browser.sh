@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# browser.sh PAYRUN WORK-FOLDER: opens payslips in Chromium, as wide as a phone and as wide as a screen, and prints them. Nothing
-# may be wider than the window, the console must stay empty, and each payslip must be one sheet of A4 with its name on it.
-# Ends with 77, which ctest takes for a skipped test, where there is no Chromium or no pdfinfo.
+# browser.sh PAYRUN WORK-FOLDER: opens payslips in Chromium at the width of a phone and at the width of a screen, and
+# prints them. No page may be wider than the window, the console must stay empty, and each payslip must be one sheet of
+# A4 with its name on it. If there is no Chromium or no pdfinfo, it ends with 77, which ctest counts as a skipped test.
 set -u
 payrun=$1 work=$2
 
@@ -53,7 +53,7 @@ CSV
 HOME=$work/home "$payrun" --input in --month 1 --logs logs --html html --output report.txt 2>payrun.err ||
   { cat payrun.err; fail "the payslips were not written"; exit 1; }
 
-# Names that need no encoding in an address.
+# The pages get names that need no encoding in an address.
 pages=()
 for page in html/*.html; do
   pages+=("page${#pages[@]}")
@@ -61,7 +61,7 @@ for page in html/*.html; do
 done
 [ "${#pages[@]}" -eq 9 ] || fail "${#pages[@]} pages instead of 9"
 
-# Two that must be found, so that what finds nothing is seen to look.
+# Two faulty pages that must be detected, to show that the checks work.
 echo '<!DOCTYPE html><div style="width: 2000px">wide</div>' >wide.html
 echo '<!DOCTYPE html><script>console.error("complaint")</script>' >complaint.html
 
@@ -71,7 +71,8 @@ browse() {
     --allow-file-access-from-files --user-data-dir="$work/profile" --enable-logging=stderr "$@"
 }
 
-# measure PAGE...: a line "PAGE WINDOW-WIDTH WIDTH" for each page at each width, and in console.log what pages complained of.
+# measure PAGE...: prints a line "PAGE WINDOW-WIDTH WIDTH" for each page at each width, and writes the complaints of
+# pages to console.log.
 measure() {
   {
     echo '<!DOCTYPE html><body>'

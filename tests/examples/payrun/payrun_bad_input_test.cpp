@@ -1,4 +1,4 @@
-// Input that cannot be paid: every refusal names file, line, column and the offending text, and nothing else is
+// Input that must be refused. Every refusal names file, line, column and the offending text, and nothing else is
 // written.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,13 +46,13 @@ class PayrunInput : public testing::Test {
   TemporaryFolder folder_;
 };
 
-/// The good input with one place changed, and what a run over it complains of.
+/// The valid input with one change, and the complaint of a run over it.
 struct BadInput {
   const char* what;
   const char* file;
   const char* replace;
   const char* by;
-  const char* complaint;  // after the folder
+  const char* complaint;  // the part after the folder
 };
 
 std::ostream& operator<<(std::ostream& out, const BadInput& input) { return out << input.what; }
@@ -76,7 +76,7 @@ TEST_P(PayrunBadInput, IsRefusedWithItsPlaceAndNoOutput) {
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "payrun: " + folder_.path() + "/" + input.complaint + "\n");
   EXPECT_FALSE(std::filesystem::exists(folder_.path("report.txt")));
-  std::string logged;  // which escapes the complaint's backslashes
+  std::string logged;  // the log escapes the complaint's backslashes
   for (const char c : std::string(input.complaint)) logged.append(c == '\\' ? 2 : 1, c);
   EXPECT_THAT(readLogs(folder_.path("logs")), HasSubstr(logged));
 }

@@ -1,4 +1,4 @@
-// What the pay run tells for a support request, and what it keeps to itself.
+// The contents of the pay run's report for a support request, and the facts that it must not reveal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-/// The lines below a heading, without their two blanks.
+/// The lines below a heading, without their two leading blanks.
 std::vector<std::string> section(const Result& result, const std::string& heading) {
   std::vector<std::string> lines;
   bool isInside = false;
@@ -135,7 +135,7 @@ TEST(PayrunDiagnose, AHomeThatMayNotBeWrittenToIsTold) {
     if (::geteuid() == 0) {
       ASSERT_TRUE(norvik::test::becomeUserWithoutRights(home.path()));
     }
-    if (::access(PAYRUN_PROGRAM, X_OK) != 0) return;  // the user may not run it
+    if (::access(PAYRUN_PROGRAM, X_OK) != 0) return;  // the other user may not run the program
     ASSERT_EQ(::chmod(home.path().c_str(), 0500), 0);
     const Result result = diagnose(home);
     ASSERT_EQ(::chmod(home.path().c_str(), 0700), 0);
@@ -168,7 +168,7 @@ TEST(PayrunDiagnose, NamesOfPreferencesAreToldAndOnlyHarmlessValues) {
   defaults->setInteger(20, NKMaxAutoSnapshotCount);
   defaults->setObject(2.50_dec, NKRTISubmissionPollTimeout);
   defaults->setObject("hunter2", NKPDFSecurityKey);
-  defaults->setObject("hunter2", NKShowDebugMenu);  // a text, whatever the key is
+  defaults->setObject("hunter2", NKShowDebugMenu);  // a text is never shown, even for a known key
   defaults->setObject(987654321, "PIN");
   defaults->setObject(NSData::dataWithText("hunter2"), NKAgentSettingsKey);
   defaults->setObject(NSArray::arrayFrom(std::vector<NSString>{"/home/pat/hunter2.payroll"}), NKRecentEmployerFiles);

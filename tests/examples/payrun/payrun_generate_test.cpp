@@ -1,4 +1,4 @@
-// Employers made by --generate: the same every time, good input, and right to the penny at 100,000 people.
+// Employers created by --generate: the same every time, valid input, and right to the penny at 100,000 people.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ Result pay(const TemporaryFolder& home, const std::filesystem::path& folder, int
                           "--output", home.path("report.txt")});
 }
 
-/// The employer's six totals, in pennies.
+/// The employer's six totals in pennies.
 std::vector<Pennies> employerTotals(const std::string& report) {
   const std::size_t at = report.rfind("\nEmployer ");
   if (at == std::string::npos) return {};
@@ -92,7 +92,7 @@ TEST(PayrunGenerate, AGeneratedEmployerReconcilesToThePenny) {
   expectTotalsOf(readFile(folder.path("report.txt")), sumItems(folder.path("employer")), 9);
 }
 
-// Sanitizers cost several times the time and memory.
+// Not with sanitizers, which take several times the time and memory.
 #if defined(NDEBUG)
 TEST(PayrunScale, AHundredThousandPeopleReconcileToThePenny) {
   const TemporaryFolder folder;

@@ -1,4 +1,4 @@
-// Where the pay run's log goes.
+// The destinations of the pay run's log.
 #include "Arguments.h"
 #include "LogChoice.h"
 
@@ -26,7 +26,7 @@ std::vector<std::string> run(const std::vector<std::string>& more) {
   return arguments;
 }
 
-/// What the reader of logs finds in a log with this text.
+/// The entries with this text that the reader of logs finds in a log.
 std::string foundIn(const std::string& log, const std::string& text) {
   std::FILE* const reader = ::popen((NORVIK_LOG_PROGRAM " -t '" + text + "' '" + log + "' 2>&1").c_str(), "r");
   std::string found;
@@ -141,7 +141,7 @@ TEST(PayrunLog, APasswordOfAServerThatIsNotThereIsInNoMessageAndNoFile) {
     const Result result = runPayrun(
         folder, run({"--log", std::string("file,console,postgres=") + server, "--logs", folder.path("logs")}));
     EXPECT_THAT(result.err + result.out, Not(HasSubstr("hunter2"))) << server;
-    if (!std::filesystem::exists(folder.path("logs"))) continue;  // a payrun without PostgreSQL refuses
+    if (!std::filesystem::exists(folder.path("logs"))) continue;  // a payrun without PostgreSQL refuses this choice
     EXPECT_THAT(readLogs(folder.path("logs")), Not(HasSubstr("hunter2"))) << server;
   }
 }

@@ -1,4 +1,4 @@
-// What the parts of the pay run do where the system is not as it should be: limits, and what other processes left.
+// Parts of the pay run under unusual conditions: limits, and files that other processes left.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ mode_t permissionsOf(const std::string& path) {
   return status.st_mode & 07777;
 }
 
-/// For the rest of the process, which is a child.
+/// For the rest of the process, which is a child process.
 void limitFilesTo(rlim_t bytes) {
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit limit{bytes, bytes};
@@ -81,7 +81,7 @@ TEST(PayrunRunLog, ALineOfAnEarlierProcessOfTheSameNumberIsNoLog) {
 TEST(PayrunGenerate, LeavesNoFileWhereOneCannotBeWritten) {
   RUN_IN_CHILD({
     const TemporaryFolder folder;
-    limitFilesTo(64 * 1024);  // the people fit, their items do not
+    limitFilesTo(64 * 1024);  // the file of people fits, the file of items does not
     EXPECT_THROW(payrun::generateEmployer(1000, folder.path()), std::system_error);
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
   });

@@ -1,4 +1,4 @@
-// Payslips end to end: on standard output, as pages, from a template of the user's; and what has to be looked at.
+// Payslips end to end: on standard output, as pages, and from a user's template; and the notices for a clerk.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Payslips on paper, as poppler reads them.
+// Payslips as PDF files, as poppler reads them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ struct Person {
   std::string name, address;
 };
 
-/// An employer of these people, the first of whom has so many items of 1 June.
+/// An employer of these people. The first one has `items` items on 1 June.
 std::filesystem::path writeEmployer(const TemporaryFolder& folder, const std::vector<Person>& people, int items) {
   const std::filesystem::path input = folder.path("input");
   std::filesystem::create_directory(input);
@@ -42,7 +42,7 @@ std::filesystem::path writeEmployer(const TemporaryFolder& folder, const std::ve
   return input;
 }
 
-/// The files, by name; month 2 is May and the first days of June.
+/// Prints payslips and returns the paths of the files, sorted by name. Month 2 is May and the first days of June.
 std::vector<std::string> printPayslips(const TemporaryFolder& folder, const std::filesystem::path& input) {
   const Result result = runPayrun(folder, {"--input", input.string(), "--month", "2", "--logs", folder.path("logs"),
                                            "--output", folder.path("report.txt"), "--pdf", folder.path("pdf")});

@@ -1,6 +1,6 @@
-// The pay run end to end. The reports in expected/ were worked out from the example employer's files by a separate
-// program in another language, with that language's own decimal numbers, CSV reader and words; nothing of the pay run
-// or of the library had a part in them.
+// The pay run end to end. The reports in expected/ were computed from the example employer's files by a separate
+// program in another language, with that language's own decimal numbers, CSV reader and words. That program shares
+// nothing with the pay run or the library.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ std::vector<std::string> arguments(const std::filesystem::path& input, int month
   return {"--input", input.string(), "--month", std::to_string(month), "--logs", logs.string()};
 }
 
-/// "1,234.50" in every column of the line that begins with "Employer", from "Pay" to "Net to date".
+/// The amounts in pennies of the line that begins with "Employer", from "Pay" to "Net to date".
 std::vector<Pennies> totalsOfEmployer(const std::string& report) {
   std::vector<Pennies> totals;
   for (const std::string& line : linesOf(report)) {
@@ -141,7 +141,7 @@ TEST(Payrun, WritesIntoAPipeInsteadOfReplacingIt) {
   auto words = arguments(exampleEmployer(), 1, folder.path("logs"));
   words.insert(words.end(), {"--output", folder.path("pipe")});
   EXPECT_EQ(runPayrun(folder, words).status, 0);
-  std::string read(65536, '\0');  // a pipe's room, and more than the report
+  std::string read(65536, '\0');  // the capacity of a pipe, which is more than the report
   read.resize(static_cast<std::size_t>(std::max<ssize_t>(0, ::read(reader, read.data(), read.size()))));
   ::close(reader);
   EXPECT_EQ(firstDifference(read, readFile(expectedReports() / "month-01.txt")), "");
@@ -189,7 +189,7 @@ TEST(Payrun, TheNextRunGoesOnInTheSameLogFile) {
   EXPECT_EQ(files, 1U);
 }
 
-// However many dates it warns of, none of the warnings may go with an old file before the run is done.
+// No warning may be deleted with an old file before the run ends, however many dates the run warns about.
 TEST(Payrun, ALogIsNotBrokenUpByItsSize) {
   const TemporaryFolder folder;
   const std::filesystem::path logs = folder.path("logs"), large = logs / "log-ABCDEF.txt";

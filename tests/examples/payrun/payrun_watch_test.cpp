@@ -1,4 +1,4 @@
-// The pay run that stays, end to end: files change under it, and it says which payslips changed.
+// The pay run with --watch, end to end: files change while it runs, and it prints which payslips changed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ constexpr const char* annsPay = "E1,2024-04-30,pay,April,1000.00\n";
 constexpr const char* bobsPay = "E2,2024-04-30,pay,April,2000.00\n";
 constexpr const char* bobsTax = "E2,2024-04-30,deduction,Tax,300.00\n";
 
-/// Ann has 1,000.00; Bob has 2,000.00 less 300.00.
+/// Ann has 1,000.00. Bob has 2,000.00 less 300.00.
 class PayrunWatch : public testing::Test {
  protected:
   PayrunWatch() {
@@ -36,7 +36,7 @@ class PayrunWatch : public testing::Test {
     saveItems(std::string(annsPay) + bobsPay + bobsTax);
   }
 
-  /// As editors save: beside the file, then under its name, so that nobody reads the half of it.
+  /// Saves as editors do: writes another file and renames it, so that no process reads an incomplete file.
   void save(const char* file, const std::string& text) {
     writeFile(folder_.path("draft"), text);
     std::filesystem::rename(folder_.path("draft"), input_ / file);
@@ -102,8 +102,8 @@ TEST_F(PayrunWatch, ABurstOfSavesIsOneRun) {
   const auto saveTax = [&](const std::string& tax) {
     saveItems(std::string(annsPay) + bobsPay + "E2,2024-04-30,deduction,Tax," + tax + "\n");
   };
-  // Twenty saves in 0.3 s. On a busy machine two of them may come to lie 0.2 s apart, and are then rightly read twice:
-  // such a burst is tried again.
+  // Twenty saves in 0.3 s. On a busy machine two of them may be 0.2 s apart, and are then correctly read twice. Such a
+  // burst is repeated.
   const std::string oneRun =
       "changed: E2 Bob Jones: deductions 300.00 -> 420.00, deductions to date 300.00 -> 420.00\n"
       "total: pay 3,000.00, deductions 420.00, net 2,580.00\n";
@@ -255,7 +255,7 @@ TEST_F(PayrunWatch, WaitingUsesNoProcessorTime) {
   WatchingPayrun program(folder_, arguments());
   program.readErrorUntil("watching");
   const double before = program.cpuSeconds();
-  std::this_thread::sleep_for(std::chrono::seconds(1));  // what is measured is a time in which nothing happens
+  std::this_thread::sleep_for(std::chrono::seconds(1));  // measures a second in which nothing happens
   EXPECT_LT(program.cpuSeconds() - before, 0.05);
 }
 

@@ -95,7 +95,7 @@ TEST(Arguments, PagesNameEveryOption) {
   }
 }
 
-/// What bash offers behind the words.
+/// The words that bash offers after the given words.
 std::string offered(const std::string& words) {
   const std::string command = "bash -c 'source " NORVIK_LOG_PAGES "/norvik-log.bash; COMP_WORDS=(norvik-log " + words +
                               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _norvik_log; echo \"${COMPREPLY[@]}\"'";

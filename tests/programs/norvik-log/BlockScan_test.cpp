@@ -94,7 +94,7 @@ TEST(BlockScan, ATextIsSearchedInWhatWasLoggedNotInTheLine) {
   EXPECT_THAT(withText("C:\\pay"), ElementsAre(escaped, plain));
   EXPECT_THAT(withText("c:\\PAY", true), ElementsAre(escaped, plain));
   EXPECT_THAT(withText("y\nn"), ElementsAre(escaped, plain));
-  EXPECT_THAT(withText("\\n"), IsEmpty());  // an escape in the file, no text
+  EXPECT_THAT(withText("\\n"), IsEmpty());  // an escape in the file is not a part of the text
   EXPECT_THAT(withText("1b"), IsEmpty());
   EXPECT_THAT(withText("\x1b"), ElementsAre(escaped));
 }
@@ -135,7 +135,7 @@ TEST(BlockScan, APatternWhoseTextIsInEveryLineFindsTheSame) {
   }
   Filter filter;
   filter.pattern = std::make_shared<Pattern>("[0-9]{5,6}[6] of", Pattern::Kind::Regular, false);
-  // The formatter would not have written \x34 for a 4: that is no escape.
+  // \x34 is not an escape here, because the formatter would not have written it for a 4.
   std::erase_if(expected, [](const std::string& message) { return message.find('\\') != message.npos; });
   EXPECT_EQ(bytesOf(foundIn(text, filter)), expected);
   filter.pattern = std::make_shared<Pattern>("12456 of", Pattern::Kind::Regular, false);
@@ -144,7 +144,7 @@ TEST(BlockScan, APatternWhoseTextIsInEveryLineFindsTheSame) {
   EXPECT_EQ(bytesOf(foundIn(text, filter)).size(), 36u);
 }
 
-/// Logs of pieces that are hard to tell apart.
+/// Logs made of pieces that are easily confused with each other.
 std::string randomLog(std::mt19937& dice) {
   const std::string pieces[] = {"2021-05-10T13:30:12.045Z ",
                                 "WARN    [q:1] a:1  ",

@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/DatabaseSource_test.cpp - logs in databases, as the end of a run and through the parts.
+// tests/programs/norvik-log/DatabaseSource_test.cpp - logs in databases, in end-to-end runs and through the classes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -25,7 +25,7 @@ using norvik_log_test::runReader;
 using testing::HasSubstr;
 using testing::Not;
 
-/// A log in the form of DDSQLiteLogger, written by statements.
+/// A log in the format of DDSQLiteLogger, written by SQL statements.
 class Database {
  public:
   explicit Database(const std::string& path, const std::string& first = "") {
@@ -185,12 +185,12 @@ TEST(SqliteSource, NumbersThatBeginAgainAreNoticedAndOldEntriesThatAreDeletedRep
   database.add("1620653415", 4, "'c1'");
   database.run("COMMIT");
   added("c1");
-  // As many as before at once, with the same numbers.
+  // The table gets the same number of entries with the same numbers.
   database.run("BEGIN; DELETE FROM entry");
   database.add("1620653416", 4, "'d1'");
   database.run("COMMIT");
   added("d1");
-  // And more.
+  // The table gets more entries.
   database.run("BEGIN; DELETE FROM entry");
   database.add("1620653417", 4, "'e1'");
   database.add("1620653418", 4, "'e2'");
@@ -264,7 +264,7 @@ TEST(SqliteSource, NamesThatTheDatabaseWouldTakeForSomethingElseAreThoseOfFiles)
   }
 }
 
-/// Others may read what is in the folder, and not write to it.
+/// Other users may read the files of the folder but not write to it.
 void letOthersRead(const TemporaryFolder& folder) {
   ::chmod(folder.path().c_str(), 0755);
   for (const auto& entry : std::filesystem::directory_iterator(folder.path())) ::chmod(entry.path().c_str(), 0644);
@@ -306,7 +306,7 @@ TEST(SqliteSource, OneInAFolderThatMayNotBeWrittenToIsFollowedWhenItsLoggerIsSta
     const std::string shown = reader.readUntil("two");
     EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 1) << shown;
   }
-  // It was ended, and is started once more.
+  // The writer has ended, and is started again.
   {
     Database database(folder.path("log"), "PRAGMA user_version = 1");
     letOthersRead(folder);

@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/FoundIn.h - what the reader finds in a text, as a file of that content would have it.
+// tests/programs/norvik-log/FoundIn.h - the records that the reader finds in a text, as in a file with that content.
 #pragma once
 
 #include <algorithm>
@@ -12,13 +12,13 @@
 
 namespace norvik_log_test {
 
-/// A record with its own bytes.
+/// A record with a copy of its bytes.
 struct Found {
   std::string bytes, text;
   norvik_log::Record record;
 };
 
-/// In chunks of so many bytes.
+/// Reads the log in chunks of `chunk` bytes.
 inline std::vector<Found> foundIn(const std::string& log, const norvik_log::Filter& filter, std::size_t chunk = 1 << 20,
                                   const char* zone = "UTC") {
   using namespace norvik_log;

@@ -13,7 +13,7 @@
 namespace norvik_log {
 namespace {
 
-/// What a database has, and when it answers; shared with the test's thread.
+/// The entries of a database, and whether it answers. Shared with the test's thread.
 class Server {
  public:
   void add(const std::string& text) {
@@ -71,7 +71,7 @@ class ServerSource : public DatabaseSource {
 
 class LateSourceTest : public testing::Test {
  protected:
-  /// What a round gives: each text and a blank.
+  /// The result of one round: each text and a blank.
   std::string round() {
     source_.lookAgain();
     std::string texts;
@@ -80,7 +80,7 @@ class LateSourceTest : public testing::Test {
     }
     return texts;
   }
-  /// Of rounds until there is one.
+  /// Repeats rounds until there is a text.
   std::string nextText() {
     std::string texts;
     while (texts.empty()) texts = round();

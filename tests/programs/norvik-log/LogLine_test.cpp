@@ -12,7 +12,7 @@ namespace {
 
 std::optional<HeadTime> timeOf(const std::string& line) { return headTime(line.data(), line.data() + line.size()); }
 
-/// Of bytes that are kept until the program ends.
+/// A record of bytes that are kept until the program ends.
 Record recordIn(const std::string& text) {
   static std::deque<std::string> kept;
   const std::string& bytes = kept.emplace_back(text);

@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// Hands out its messages so many at a time, with batches of none between.
+/// Returns a fixed number of its messages at a time, with empty batches in between.
 class Given : public LogSource {
  public:
   using Message = std::pair<std::optional<std::int64_t>, const char*>;

@@ -81,7 +81,7 @@ TEST(HtmlOutput, AnEmptyFirstLineIsShown) {
   output.add(recordOf(text, *headTime(text.data(), text.data() + text.size())));
   output.finish();
   const std::string page = norvik::test::TemporaryFolder::read(folder.path("log.html"));
-  EXPECT_NE(page.find("<pre>\n\nsecond<small>"), std::string::npos) << page;  // browsers leave the first one out
+  EXPECT_NE(page.find("<pre>\n\nsecond<small>"), std::string::npos) << page;  // browsers ignore the first line feed
 }
 
 std::string chartOf(const std::vector<std::pair<const char*, int>>& messages, std::size_t width,

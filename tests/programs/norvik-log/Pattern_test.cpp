@@ -29,7 +29,7 @@ TEST(Pattern, TellsTheLongestTextThatEveryMatchContains) {
       {"Zo\xc3\xab?", "Zo", true, true},
       {"\\bpaid\\b", "paid", true, false},
       {"[]x]y", "y", true, false},
-      // Not understood, so that nothing is promised:
+      // These are not understood, so nothing is promised:
       {"(?i)paid", "", false, true},
       {"paid(?!x)", "", false, true},
       {"(*ANYCRLF)paid", "", false, true},
@@ -120,7 +120,7 @@ TEST(ByteSearch, FindsTheFirstPlaceWhereverItIs) {
         const char* const found = search.find(block.data(), block.data() + block.size());
         ASSERT_NE(found, nullptr) << before << " " << behind;
         ASSERT_EQ(found - block.data(), static_cast<std::ptrdiff_t>(before)) << behind;
-        // One byte less, and it is not there.
+        // Without its last byte, the text is not found.
         ASSERT_EQ(search.find(block.data(), block.data() + before + text.size() - 1), nullptr) << before;
       }
     }

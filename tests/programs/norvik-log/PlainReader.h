@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/PlainReader.h - reads logs slowly and plainly, to compare with.
+// tests/programs/norvik-log/PlainReader.h - a slow and simple reader of logs, for comparison.
 #pragma once
 
 #include <algorithm>
@@ -20,13 +20,13 @@ struct PlainMessage {
   int flag = 0;
 };
 
-/// Whether a line begins with a time, by an expression.
+/// True if a line begins with a time, by a regular expression.
 inline bool beginsWithTime(const std::string& line) {
   static const std::regex form("^([0-9]{4})([-/])([0-9]{2})\\2([0-9]{2})[ T]([0-9]{2}):([0-9]{2}):([0-9]{2})"
                                "([.,:][0-9]{1,9})?(Z|[+-]([0-9]{2}):?([0-9]{2}))?(?=[ \\t\\r]|$)",
                                std::regex::ECMAScript);
   std::smatch found;
-  // The expression's own line ends and zero bytes must not come into it.
+  // The test of a short start avoids the expression's own rules for line ends and zero bytes.
   const std::string start = line.substr(0, 40);
   if (!std::regex_search(start, found, form, std::regex_constants::match_continuous)) return false;
   const auto number = [&](std::size_t i) { return found[i].matched ? std::stoi(found[i].str()) : 0; };
@@ -38,7 +38,7 @@ inline bool beginsWithTime(const std::string& line) {
   return number(5) <= 23 && number(6) <= 59 && number(7) <= 59 && number(10) <= 23 && number(11) <= 59;
 }
 
-/// Without what follows a backslash changed back; absent where one begins no escape.
+/// The text with its escapes reversed; absent if a backslash begins no escape.
 inline std::optional<std::string> plainlyUnescaped(const std::string& text) {
   std::string result;
   const auto digitsAt = [&](std::size_t at, std::size_t count) {
@@ -83,7 +83,7 @@ inline bool readLineForm(const std::string& line, int& flag, std::string& text) 
       "^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z "
       "((?:ERROR  |WARN   |INFO   |DEBUG  |VERBOSE|-?[0-9]+ *)) \\[[^\\]]*:[0-9]+\\] [^ ]*:-?[0-9]+  ",
       std::regex::ECMAScript);
-  // An expression on a long text takes the stack of its length.
+  // The match needs stack space in proportion to the text's length.
   const std::string start = line.substr(0, 2000);
   std::smatch found;
   if (!std::regex_search(start, found, form, std::regex_constants::match_continuous)) return false;

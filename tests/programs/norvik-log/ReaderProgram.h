@@ -14,50 +14,50 @@ namespace norvik_log_test {
 inline const std::string errorLine = "2021-05-10T13:00:00.000Z ERROR   [main:7] a.cpp:1  first\n";
 
 struct Result {
-  int status = -1;  // 128 plus the signal where one ended it
+  int status = -1;  // the exit status, or 128 plus the signal that ended it
   std::string out, err;
-  long peakKibibytes = 0;  // of memory, where it was measured
+  long peakKibibytes = 0;  // of memory, if it was measured
 };
 
 using Variables = std::vector<std::pair<std::string, std::string>>;
 
-/// Waits for its end. `input` is on its standard input; the zone is London's unless a variable says otherwise.
+/// Waits for its end. `input` is its standard input. The zone is London's unless a variable sets another one.
 Result runReader(const std::vector<std::string>& arguments, const std::string& input = "",
                  const Variables& variables = {});
-/// The same; `prepare` runs in its process before it begins.
+/// The same. `prepare` runs in its process before the program begins.
 Result runReaderPrepared(const std::vector<std::string>& arguments, const std::function<void()>& prepare);
-/// The same, with its memory.
+/// The same, and measures its memory.
 Result measureReader(const std::vector<std::string>& arguments);
-/// With standard output on a terminal of so many columns.
+/// With standard output on a terminal of `columns` columns.
 Result runReaderOnTerminal(const std::vector<std::string>& arguments, unsigned short columns,
                            const Variables& variables = {});
 
-/// One that follows.
+/// A reader with --follow.
 class FollowingReader {
  public:
   enum class Out { Pipe, Terminal };
   explicit FollowingReader(const std::vector<std::string>& arguments, const std::function<void()>& prepare = {},
                            Out out = Out::Pipe);
-  /// Ends it.
+  /// Ends the program.
   ~FollowingReader();
   FollowingReader(const FollowingReader&) = delete;
   FollowingReader& operator=(const FollowingReader&) = delete;
 
-  /// What it printed since the last call, up to and with the next line that contains `text`; throws after 30 seconds.
+  /// Its output since the last call, up to and including the next line that contains `text`. Throws after 30 seconds.
   std::string readUntil(const std::string& text);
   std::string readErrorUntil(const std::string& text);
-  /// What it printed since the last call, until its standard output is closed.
+  /// Its output since the last call, until its standard output is closed.
   std::string readToTheEnd();
-  /// From now on nobody reads what it prints.
+  /// Closes the reading end of its standard output.
   void closeOut();
   void signal(int number);
-  /// The most memory that it had so far.
+  /// The largest amount of memory that it has used so far.
   [[nodiscard]] long peakKibibytes() const;
-  /// Waits for the end that comes by itself; 128 plus the signal where one ended it.
+  /// Waits until it ends by itself. Returns its exit status, or 128 plus the signal that ended it.
   int waitForEnd();
-  /// The same; the signal that ended it, 0 where none did.
+  /// The same; returns the signal that ended it, or 0.
   int waitForSignal();
-  /// The same; what it printed to standard error since the last readErrorUntil().
+  /// The same; returns its standard error since the last readErrorUntil().
   std::string readErrorToTheEnd();
 
  private:

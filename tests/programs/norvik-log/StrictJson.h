@@ -1,5 +1,5 @@
-// tests/programs/norvik-log/StrictJson.h - reads lines of JSON as RFC 8259 has it, and nothing else: objects of texts,
-// whole numbers and truth values, each name once, in UTF-8.
+// tests/programs/norvik-log/StrictJson.h - a strict reader of lines of JSON (RFC 8259). It accepts only objects of
+// texts, whole numbers and truth values, with unique names, in UTF-8.
 #pragma once
 
 #include <algorithm>
@@ -14,9 +14,9 @@ namespace norvik_log_test {
 
 class StrictJson {
  public:
-  using Object = std::map<std::string, std::string>;  // a number or a truth value as it is written
+  using Object = std::map<std::string, std::string>;  // numbers and truth values as written
 
-  /// One object a line. Throws std::runtime_error.
+  /// One object in each line. Throws std::runtime_error.
   static std::vector<Object> lines(std::string_view text) {
     std::vector<Object> objects;
     while (!text.empty()) {
@@ -125,7 +125,7 @@ class StrictJson {
     }
     return number;
   }
-  /// Of UTF-8, its first byte given: no longer form than needed, no surrogate, nothing above U+10FFFF.
+  /// A character of UTF-8, whose first byte is given. Refuses overlong forms, surrogates and numbers above U+10FFFF.
   void character(std::string& result, unsigned char first) {
     const int more = first >= 0xf0 ? 3 : first >= 0xe0 ? 2 : 1;
     if (first < 0xc2 || first > 0xf4) fail("a byte that begins no character");

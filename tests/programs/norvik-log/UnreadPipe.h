@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/UnreadPipe.h - a standard stream whose reader has gone.
+// tests/programs/norvik-log/UnreadPipe.h - a standard stream whose reader has closed it.
 #pragma once
 
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# browser.sh NORVIK-LOG WORK-FOLDER: writes a page of a log and searches it in Chromium, by its text box and its choice of level.
-# The console must stay empty, nothing may be loaded, and the page may not be wider than the window.
-# Ends with 77, which ctest takes for a skipped test, where there is no Chromium.
+# browser.sh NORVIK-LOG WORK-FOLDER: writes a page of a log and searches it in Chromium, by its text box and its choice
+# of level. The console must stay empty, nothing may be loaded, and the page must not be wider than the window. If there
+# is no Chromium, it ends with 77, which ctest counts as a skipped test.
 set -u
 reader=$1 work=$2
 
@@ -22,7 +22,8 @@ fail() { echo "FAILED: $*"; failed=1; }
 } >pay.log
 TZ=Europe/London "$reader" pay.log --html page.html || fail "no page was written"
 
-# The page with what drives it behind: the same script that a user's typing calls. The policy of the page is looked at as it is.
+# The page with a script after it that drives it by the functions that a user's typing calls. The page's policy is
+# checked in the original page.
 grep -q "default-src 'none'" page.html || fail "the page may load something"
 sed '/<\/html>/d' page.html >driven.html
 cat >>driven.html <<'HTML'

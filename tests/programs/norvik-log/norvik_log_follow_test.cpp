@@ -65,7 +65,7 @@ TEST(NorvikLogFollow, LosesAndRepeatsNothingAcrossRolls) {
   expected.emplace_back("the end");
   EXPECT_GT(std::distance(std::filesystem::directory_iterator(folder.path("logs")), {}), 20);
   EXPECT_EQ(texts.back(), "the end");
-  // Files that were begun at one moment have no order among themselves.
+  // Files that were created at the same time have no order.
   std::sort(texts.begin(), texts.end());
   std::sort(expected.begin(), expected.end());
   std::vector<std::string> lost, repeated;
@@ -75,7 +75,8 @@ TEST(NorvikLogFollow, LosesAndRepeatsNothingAcrossRolls) {
   EXPECT_THAT(repeated, IsEmpty());
 }
 
-// More files than stay open are begun while the reader has no processor, after it has read the last one to its end.
+// While the reader is stopped after it has read the last file to its end, more files are created than the reader keeps
+// open.
 TEST(NorvikLogFollow, AFileThatGrowsBeforeManyNewOnesAndIsRemovedIsReadToItsEnd) {
   const TemporaryFolder folder;
   const auto lineOf = [](int number, const std::string& text) {
@@ -161,7 +162,7 @@ TEST(NorvikLogFollow, LinesThatComeLaterBelongToTheMessageBefore) {
   EXPECT_THAT(later, HasSubstr("\"continues\":true"));
 }
 
-// The second line's text stands where the first piece of a mebibyte could end.
+// The second line's text is at the position where the first piece of a mebibyte could end.
 TEST(NorvikLogFollow, WhatLooksLikeATimeWithinALongLineBeginsNoMessage) {
   const TemporaryFolder folder;
   const std::string head = "2021-05-10T13:30:12.045Z WARN    [q:7] a.cpp:1  ";
@@ -186,7 +187,7 @@ TEST(NorvikLogFollow, AFolderOfManyFilesTakesLittleMemory) {
 #endif
 }
 
-/// Of the files that this process has open and that were removed.
+/// The number of open files of this process that were removed.
 int countOfRemovedFiles() {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -196,7 +197,7 @@ int countOfRemovedFiles() {
   return count;
 }
 
-/// What is read of a folder by a clock of the test's.
+/// The messages that are read from a folder, on the test's own clock.
 class FollowedPath : public testing::Test {
  protected:
   std::string lookAndRead(std::chrono::seconds later) {
@@ -305,7 +306,7 @@ TEST(NorvikLogFollow, AFolderOfMoreFilesThanAProcessMayOpenIsReadAndFollowed) {
     std::ofstream(folder.path(nameOf(number)), std::ios::app) << more;
     EXPECT_EQ(reader.readUntil("more of"), more);
   }
-  // An old one is renamed, and a new one is made.
+  // An old file is renamed, and a new one is created.
   std::filesystem::rename(folder.path(nameOf(3)), folder.path("log-00AAAA.txt"));
   const std::string more = lineOf(3, "more of 3"), next = lineOf(100, "next");
   std::ofstream(folder.path("log-00AAAA.txt"), std::ios::app) << more;

@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/norvik_log_loggers_test.cpp - the reader on what the loggers wrote of the same messages.
+// tests/programs/norvik-log/norvik_log_loggers_test.cpp - the reader on logs of the same messages by several loggers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -54,11 +54,11 @@ TEST(NorvikLogLoggers, AFolderAndADatabaseHaveTheSameEntriesEachOnceInOrder) {
   EXPECT_THAT(all[499], EndsWith("\"text\":\"paid 499\""));
   EXPECT_THAT(all[501], EndsWith("\"text\":\"\\u001b[2J \\u202e 100%\""));
   EXPECT_THAT(all[1001], EndsWith("\"text\":\"filed 499\""));
-  // Both at once: by time, each entry of each source once.
+  // Both sources at once, ordered by time: each entry of each source appears once.
   std::vector<std::string> merged = entriesOf(runReader({"--json", logs, database}));
   ASSERT_EQ(merged.size(), 2004u);
   EXPECT_TRUE(std::is_sorted(merged.begin(), merged.end(), [](const std::string& a, const std::string& b) {
-    return a.substr(0, 33) < b.substr(0, 33);  // {"time":"2021-05-10T13:30:12.045Z
+    return a.substr(0, 33) < b.substr(0, 33);  // the first 33 bytes end after the time
   }));
   const struct {
     std::vector<std::string> options;
@@ -92,7 +92,7 @@ TEST(NorvikLogLoggers, AMessageHasTheSameMillisecondInAFolderAndInADatabase) {
   std::vector<std::string> expected;
   {
     ChildProgram writer({"/usr/bin/env", "NORVIK_LOG_WRITER_SQLITE=" + database, NORVIK_LOG_WRITER, "line", logs});
-    // In 2021, and in 2035, when a double of seconds is coarser.
+    // In 2021, and in 2035, when a double of seconds has a lower resolution.
     for (const std::string second : {"1620653412", "2062560612"}) {
       for (const auto& row : rows) {
         writer.write("at " + second + "." + row.fraction + " " + row.fraction + "\n");
@@ -101,7 +101,7 @@ TEST(NorvikLogLoggers, AMessageHasTheSameMillisecondInAFolderAndInADatabase) {
         expected.push_back(start + row.shown + "Z " + row.fraction);
       }
     }
-    // Each step of a tenth of a microsecond about a millisecond's begin.
+    // Each step of a tenth of a microsecond around the start of a millisecond.
     for (int step = 0; step < 40; ++step) {
       writer.write("at 1620653413.0" + std::to_string(11'997'000 + 100 * step) + " step\n");
       EXPECT_EQ(writer.readLine(), "done");

@@ -1,5 +1,5 @@
-// tests/programs/norvik-log/norvik_log_misuse_test.cpp - the reader is asked for what it must not do, or has to do it
-// in a process that lacks what others have.
+// tests/programs/norvik-log/norvik_log_misuse_test.cpp - requests that the reader must refuse, and runs in a process
+// with restrictions.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -104,7 +104,7 @@ TEST(NorvikLogMisuse, WhereThePatternTakesTooLongThatIsSaidOfFollowedFilesToo) {
   const std::string log = folder.path("a.log");
   std::string twice;
   for (int i = 0; i < 2; ++i) twice += std::string(1 << 20, ' ') + "\n2021-05-10 13:00:00 " + text + "\n";
-  folder.write("a.log", twice);  // in blocks of their own
+  folder.write("a.log", twice);  // in separate blocks
   const std::string said =
       "norvik-log: " + log + ": the pattern takes too long on at least one message, which is left out\n";
   EXPECT_EQ(runReader({"-e", "^(a+)+$", log}).err, said);
@@ -260,7 +260,7 @@ TEST(NorvikLogMisuse, ALineOf200MegabytesTakesLittleMemory) {
 
 TEST(NorvikLogMisuse, JsonCannotCommandTheTerminalEither) {
   const TemporaryFolder folder;
-  // An escape, U+009B, which begins a command too, and U+202E, which turns text around.
+  // An escape, U+009B, which also begins a terminal command, and U+202E, which reverses the direction of text.
   const std::string log = folder.write("a.log",
                                        "2021-05-10T13:00:00Z \x1b[2J\xc2\x9b"
                                        "2J\xe2\x80\xae"

@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/norvik_log_server_test.cpp - the reader on what DDPostgreSQLLogger wrote to a real server.
+// tests/programs/norvik-log/norvik_log_server_test.cpp - the reader on logs of DDPostgreSQLLogger on a real server.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -53,7 +53,7 @@ bool isByTime(const std::vector<Entry>& entries) {
                         [](const Entry& a, const Entry& b) { return a.at("time") < b.at("time"); });
 }
 
-/// What another program makes of a time: "2021-05-10T13:30:12.000Z".
+/// Converts a time by another program, to a text such as "2021-05-10T13:30:12.000Z".
 std::string utcOf(const std::string& phrase, const std::string& zone) {
   const auto run = [](const std::string& command) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
@@ -65,7 +65,7 @@ std::string utcOf(const std::string& phrase, const std::string& zone) {
   return run("date -u -d @$(TZ=" + zone + " date -d '" + phrase + "' +%s) +%Y-%m-%dT%H:%M:%S.000Z");
 }
 
-/// Seconds since 1970 of the same.
+/// The same time in seconds since 1970.
 long long secondsOf(const std::string& utc) {
   std::tm parts{};
   ::strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -77,7 +77,7 @@ int rankOf(const Entry& entry) {
   return static_cast<int>(std::find(levels.begin(), levels.end(), entry.at("level")) - levels.begin());
 }
 
-/// A program that logs to a folder, to an SQLite database and to a server at once.
+/// A program that logs to a folder, to an SQLite database and to a server at the same time.
 class LoggedThrice : public testing::Test {
  protected:
   void SetUp() override { server_.start(); }
@@ -199,7 +199,7 @@ TEST_F(LoggedThrice, FiltersGiveWhatAPlainEvaluationGives) {
   for (const auto& row : rows) compare(row.options, "Europe/London", row.judge);
   for (const std::string& zone : zones) {
     std::string moment;
-    do {  // midnight may pass
+    do {  // repeated if midnight passes in between
       moment = utcOf("yesterday 14:00", zone);
       compare({"--since", "yesterday 14:00"}, zone, [&](const Entry& entry) { return entry.at("time") >= moment; });
       compare({"--until", "yesterday 14:00"}, zone, [&](const Entry& entry) { return entry.at("time") < moment; });
@@ -245,7 +245,7 @@ TEST_F(LoggedThrice, AnInfiniteTimeIsTheFirstOrTheLast) {
   EXPECT_EQ(entries[4].at("text"), "paid infinity");
 }
 
-/// A client of the server's, with a transaction of its own.
+/// A client of the server with its own transaction.
 class Client {
  public:
   explicit Client(const PostgresServer& server) : connection_(PQconnectdb(server.connection().c_str())) {}
@@ -351,7 +351,7 @@ TEST_F(LoggedThrice, WhileItIsFollowedNumbersThatBeginAgainAreNoticed) {
   client.insert("fifth");
   client.insert("sixth");
   reader.readUntil("sixth");
-  // The last one is deleted, others stay.
+  // The last entry is deleted, and the others stay.
   client.run("BEGIN; DELETE FROM norvik_log WHERE text = 'sixth'");
   client.insert("seventh");
   client.run("COMMIT; DELETE FROM norvik_log WHERE text = 'seventh'");
@@ -360,7 +360,7 @@ TEST_F(LoggedThrice, WhileItIsFollowedNumbersThatBeginAgainAreNoticed) {
   EXPECT_EQ(countOf(shown, "fifth"), 0) << shown;
 }
 
-/// Takes connections and statements, and never answers one.
+/// A server that accepts connections and statements but never answers a statement.
 class SilentServer {
  public:
   SilentServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -446,12 +446,12 @@ TEST_F(LoggedThrice, ATableThatIsLockedIsGivenUpAndReadWhenItIsFreeWhileItIsFoll
   client.run("BEGIN; LOCK norvik_log");
   const Result result = runReader({"--patience", "4", server_.address()});
   EXPECT_THAT(result.err, StartsWith("norvik-log: postgresql:///postgres: cannot be read: "));
-  // The server gives up the lock a little earlier, unless the machine is busy.
+  // The server cancels the statement slightly earlier, unless the machine is busy.
   EXPECT_THAT(result.err, testing::AnyOf(HasSubstr("canceling statement due to lock timeout"),
                                          HasSubstr("has not answered for 4 s")));
   EXPECT_EQ(result.status, 2);
   FollowingReader reader({"-f", server_.address(), logs_});
-  EXPECT_THAT(reader.readUntil("first"), HasSubstr("  first\n"));  // of the folder
+  EXPECT_THAT(reader.readUntil("first"), HasSubstr("  first\n"));  // from the folder
   client.run("COMMIT");
   EXPECT_THAT(reader.readUntil("first"), HasSubstr("  first\n"));
 }

@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/norvik_log_signal_test.cpp - what the reader leaves behind when a signal ends it.
+// tests/programs/norvik-log/norvik_log_signal_test.cpp - the state that the reader leaves when a signal ends it.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -55,7 +55,7 @@ TEST_P(NorvikLogSignal, EndsOneInTheMiddleOfALineWithTheTerminalsColoursOff) {
   while (text.size() < 1'000'000) text += errorLine;
   FollowingReader reader({"--color", "always", folder.write("a.log", text)}, keepNoCore,
                          FollowingReader::Out::Terminal);
-  reader.readUntil("first");  // the terminal has no room for the rest
+  reader.readUntil("first");  // the rest does not fit into the terminal's buffer
   reader.signal(GetParam());
   EXPECT_THAT(reader.readToTheEnd(), EndsWith("\x1b[0m"));
   EXPECT_EQ(reader.waitForSignal(), GetParam());

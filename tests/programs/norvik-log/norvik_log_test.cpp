@@ -1,4 +1,4 @@
-// tests/programs/norvik-log/norvik_log_test.cpp - the reader end to end, on what the loggers of the library wrote.
+// tests/programs/norvik-log/norvik_log_test.cpp - the reader end to end, on logs that the library's loggers wrote.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -70,7 +70,7 @@ TEST(NorvikLog, ReadsWhatTheLoggerWroteInBothForms) {
     const Result severe = runReader({logs, "--level", "warn"});
     EXPECT_EQ(severe.status, form == "line" ? 0 : 1);
     EXPECT_EQ(linesOf(severe.out).size(), form == "line" ? 2u : 0u) << severe.out;
-    // Just now, whatever the zone that the time was written in.
+    // The messages were logged just now, whatever the zone of the written time.
     EXPECT_EQ(runReader({logs, "--since", "10 minutes ago", "-t", "paid"}).status, 0);
     EXPECT_EQ(runReader({logs, "--until", "10 minutes ago"}).status, 1);
   }
@@ -83,7 +83,7 @@ TEST(NorvikLog, ReadsAFoldersFilesInTheOrderInWhichTheyWereBegun) {
     for (int file = 0; file < 12; ++file) {
       write(writer, "many 25 " + std::to_string(file));
       write(writer, "roll now");
-      write(writer, "tick now");  // files of one moment have no order
+      write(writer, "tick now");  // files with the same time have no order
     }
   }
   const std::vector<std::string> lines = linesOf(runReader({folder.path("logs")}).out);
@@ -226,7 +226,7 @@ TEST(NorvikLog, BytesOfAllKindsGoThroughAsTheyAre) {
   const TemporaryFolder folder;
   const std::string odd = std::string("no time\0\xff\n", 10) + lineLog + "2021-05-10T13:0";
   const std::string log = folder.write("a.log", odd);
-  EXPECT_EQ(runReader({log}).out, odd + "\n");  // the half line at the end, too
+  EXPECT_EQ(runReader({log}).out, odd + "\n");  // with the incomplete line at the end
   EXPECT_EQ(runReader({log, "-t", std::string("\xff")}).out, std::string("no time\0\xff\n", 10));
   EXPECT_EQ(runReader({log, "--json"}).status, 0);
 }

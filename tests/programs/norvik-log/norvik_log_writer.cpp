@@ -1,22 +1,23 @@
-// tests/programs/norvik-log/norvik_log_writer.cpp - logs to a folder with rolling files, as told line by line on its
+// tests/programs/norvik-log/norvik_log_writer.cpp - logs to a folder with rolling files, by the commands on its
 // standard input:
 //
 //   norvik_log_writer line|default FOLDER [MAXIMUM-FILE-SIZE [NUMBER-OF-FILES]]
 //
 //   log LEVEL TEXT      a message; \n in the text is a line feed
-//   many COUNT TEXT     as many messages, with a number behind the text
-//   thread NAME TEXT    a message of a thread of that name
-//   at SECONDS TEXT     a message of that time since 1970, with nine digits behind the point
-//   roll now            another file from here on
-//   tick now            waits until a file that is made has another time
+//   many COUNT TEXT     COUNT messages, with a number after the text
+//   thread NAME TEXT    a message from a thread of that name
+//   at SECONDS TEXT     a message of that time since 1970, with nine digits after the point
+//   roll now            starts another file
+//   tick now            waits until a new file would have another time
 //
-// and answers each line with "done" once it is in the file. Where the variable NORVIK_LOG_WRITER_SQLITE has a path, and
-// NORVIK_LOG_WRITER_POSTGRES what libpq connects by, it logs to these databases too.
+// It answers each command with "done" when the message is in the file. If the variable NORVIK_LOG_WRITER_SQLITE has a
+// path, or NORVIK_LOG_WRITER_POSTGRES a connection string of libpq, it also logs to these databases.
 //
 //   norvik_log_writer measure PROGRAM ARGUMENT...
 //
-// runs a program and then writes the most memory that it had, in KiB, to standard error: of a program that a large one
-// starts the system counts what that had.
+// runs a program and then writes the largest amount of memory that the program used, in KiB, to standard error. A
+// separate small process does this, because the system counts the memory of the process that starts a program as the
+// program's.
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -49,7 +50,7 @@ thread_local const timespec* stoppedAt = nullptr;
 
 }  // namespace
 
-/// The system's clock, in place of the C library's function: a thread may have stopped it.
+/// Replaces the C library's function. Returns the system's clock, or the time at which a thread has stopped it.
 extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, timespec* time) noexcept {
   using Function = int (*)(clockid_t, timespec*);
   static const auto function = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "clock_gettime"));
@@ -60,7 +61,7 @@ extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, tim
 
 namespace {
 
-/// A message is as old as its object.
+/// A message gets the time at which its object is created.
 void logAt(const std::string& seconds, const std::string& text) {
   const std::size_t point = seconds.find('.');
   const timespec time = {std::stoll(seconds.substr(0, point)), std::stol(seconds.substr(point + 1))};
@@ -83,7 +84,7 @@ void log(const std::string& level, const std::string& text) {
   }
 }
 
-/// The clock that files get their times from goes in steps of some milliseconds.
+/// Waits for the next step of the clock that file times use, which advances in steps of some milliseconds.
 void waitForTick() {
   timespec before{}, now{};
   ::clock_gettime(CLOCK_REALTIME_COARSE, &before);
