@@ -57,8 +57,7 @@ Date nk_today() {
 Date nk_tomorrow() { return nk_addDays(nk_today(), 1); }
 
 Date nk_startOfNextTaxMonth() {
-  constexpr int mostSteps =
-      30;  // from the 7th of a month of 31 days; at the calendar's last day the loop makes no progress
+  constexpr int mostSteps = 30;  // from the 7th of a month of 31 days; needed because the last date has no next day
   Date day = nk_today();
   for (int step = 0; step < mostSteps && nk_day(day) != 6; ++step) day = nk_addDays(day, 1);
   return day;
