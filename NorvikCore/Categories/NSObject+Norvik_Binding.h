@@ -34,8 +34,8 @@ class NSError;
                                                                 const Ref<NSDictionary>& options);
 
 // These functions bind with processed options. A closure, if given, replaces a transformer in the options; the binding
-// keeps it. With only the forward closure the binding is one-way. If a reverse closure is given, using a direction
-// whose closure is absent raises NSInvalidArgumentException; the forward direction is used at once.
+// keeps it. A function with one closure binds one-way. In a function with two closures, one of them may be absent; then
+// using its direction raises NSInvalidArgumentException. The forward direction is used at once.
 NK_EXPORT void nk_bind_toObject_withKeyPath_options(NSObject& receiver, const NSString& binding, NSObject& object,
                                                     const NSString& keyPath, const Ref<NSDictionary>& options);
 NK_EXPORT void nk_bind_toObject_withKeyPath_block(NSObject& receiver, const NSString& binding, NSObject& object,

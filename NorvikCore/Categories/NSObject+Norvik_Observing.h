@@ -3,7 +3,7 @@
 //
 //   const auto paths = NSArray::arrayWithObjects("grossPay", "employee.name");
 //   nk_addObserver(*slip, *watcher, *paths, NSKeyValueObservingOptionNew, this);
-//   nk_safelyRemoveObserver(*slip, *watcher, *paths, this);       // warns where it was not registered, raises nothing
+//   nk_safelyRemoveObserver(*slip, *watcher, *paths, this);       // warns if it was not registered, raises nothing
 //
 // KeyValueObserving.h describes which objects an observation keeps alive and which threads callbacks run on. Any
 // thread, with one exception: safe removal flushes the log, so it must not be called on the logging queue or on a

@@ -2,7 +2,7 @@
 //
 //   const NSProcessInfo& info = NSProcessInfo::processInfo();
 //   nk_operatingSystemVersionString();                        // "12.0.0"
-//   nk_macHardwareModel(info);                                // "OptiPlex 7010", absent where the machine has none
+//   nk_macHardwareModel(info);                                // "OptiPlex 7010"; absent if the machine has none
 //   const auto files = NSMutableDictionary::dictionary();
 //   nk_validateOpenFileDescriptors(info, files);              // 1: all of them are valid
 //   files->objectForKey("/home/pat/Pay/april.payroll");       // 7, its descriptor

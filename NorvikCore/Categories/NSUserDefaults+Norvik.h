@@ -2,7 +2,7 @@
 //
 //   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
 //   setColor(defaults, *NSColor::redColor(), NKAppMessageColor);
-//   Ref<NSColor> colour = colorForKey(defaults, NKAppMessageColor);      // red; empty where none was stored
+//   Ref<NSColor> colour = colorForKey(defaults, NKAppMessageColor);      // red; empty if none was stored
 //
 //   setNavLastRootDirectory("~/Documents/Payroll");      // a panel was closed there
 //   navLastRootDirectory();                              // where the next one opens: "/home/pat/Documents/Payroll"

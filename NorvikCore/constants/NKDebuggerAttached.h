@@ -1,6 +1,6 @@
 // NorvikCore/constants/NKDebuggerAttached.h - a switch by which the application says that it is being debugged.
 //
-//   NKDebuggerAttached = true;       // from now on the cookie operations print what they delete on the console
+//   NKDebuggerAttached = true;       // after this, cookie operations print on the console which cookies they delete
 //
 // False until the application sets it. The library does not check for a debugger.
 #pragma once  // include time: <atomic>: it is read and set on any threads

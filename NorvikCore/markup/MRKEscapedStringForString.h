@@ -1,6 +1,6 @@
 // NorvikCore/markup/MRKEscapedStringForString.h - escapes text so that it can be inserted into marked-up text.
 //
-//   MRKEscapedStringForString("5 < 6");      // "5 \001< 6": each "<" behind the character U+0001
+//   MRKEscapedStringForString("5 < 6");      // "5 \001< 6": the character U+0001 before each "<"
 //
 // Parsing the result as markup gives the text back, whatever it contains. There are two exceptions next to a tag: if
 // the text begins with ">" and follows a tag, the leading ">" characters become part of that tag and are lost; if the
