@@ -36,11 +36,11 @@ class NSDictionary;
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_subarrayFromIndex(const NSArray& array, std::size_t index,
                                                           std::size_t maxLength);
 
-/// The elements for which `predicate(element, index, stop)` is true, in order. If the predicate sets `stop`, it is not
-/// called for the elements after this one; its answer for this one still counts. The predicate takes an element as a
-/// `const Value&` or as a reference of the element's class, `[](const Payslip& slip, std::size_t, bool&)`; an element
-/// of another class raises NSInvalidArgumentException. A predicate may release the array; one that changes the array
-/// raises NSGenericException.
+/// The elements for which `predicate(element, index, stop)` is true, in order. If the predicate sets `stop`, the
+/// elements after the current one are left out; the result for the current element still counts. The predicate takes an
+/// element as a `const Value&` or by its own class, `[](const Payslip& slip, std::size_t, bool&)`; an element of
+/// another class raises NSInvalidArgumentException. The predicate may release the array. If it changes the array,
+/// NSGenericException is raised.
 template <class Predicate>
 [[nodiscard]] Ref<NSArray> nk_filteredArrayUsingBlock(const NSArray& array, Predicate&& predicate) {
   std::vector<Value> kept;

@@ -13,11 +13,13 @@ namespace norvik {
 /// 17 at most.
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumber(const NSNumber& number);
 
-/// The number spelt out in the user's current locale, as on a cheque. The words never give another number: a number is
-/// written in digits instead, "1,234,567,890,123,456.78", if it is 10^18 or greater in magnitude, if its fraction
-/// cannot be read back from the nearest double (a fraction of up to 15 digits always can), or if it has more than 20
-/// digits after the point. Every call makes a formatter, which takes about half a millisecond; to spell many numbers,
-/// keep an NSNumberFormatter in the spell-out style.
+/// The number spelt out in the user's current locale, as on a cheque. The words never give another number. The number
+/// is written in digits instead, "1,234,567,890,123,456.78", in these cases:
+/// - its magnitude is 10^18 or more, because there are no words for it;
+/// - the nearest double does not hold its fraction (a double holds any fraction of a number of up to 15 digits);
+/// - it has more than 20 digits after the point.
+/// Every call makes a formatter, which takes about half a millisecond; to spell many numbers, keep an NSNumberFormatter
+/// in the spell-out style.
 [[nodiscard]] NK_EXPORT NSString nk_wordString(const NSNumber& number);
 
 /// The integer 0 for a number that is true, 1 for zero.

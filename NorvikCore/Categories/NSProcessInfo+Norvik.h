@@ -25,8 +25,8 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT NSString nk_operatingSystemVersionString();
 
 /// The manufacturer's name for the machine, one line, without the zero byte that the system may have at its end. In a
-/// virtual machine it is the name that the hypervisor gives, in a container the name of the host. Absent if there is no
-/// name or if a container cannot see it. Read on each call.
+/// virtual machine it is the name that the hypervisor gives, in a container that of the host machine. Absent if there
+/// is no name or if a container cannot see it. Read on each call.
 [[nodiscard]] NK_EXPORT std::optional<NSString> nk_macHardwareModel(const NSProcessInfo& info);
 
 /// Checks every open file of the process that has a path: files, folders, devices and named pipes. Sockets, pipes and
