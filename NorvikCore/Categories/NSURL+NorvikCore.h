@@ -10,7 +10,7 @@
 //   nk_applyDeletePolicyToCache();                          // when the application ends, say
 //
 // The cookies are those of NSHTTPCookieStorage::sharedHTTPCookieStorage(); any thread. While NKDebuggerAttached is
-// true, the cookie operations print the domains of the cookies they read and delete on the system console (NSLog).
+// true, the cookie operations print on the system console (NSLog) the domains of the cookies that they read and delete.
 //
 // The mark and the set of marked addresses are confined to one thread, the main thread.
 #pragma once

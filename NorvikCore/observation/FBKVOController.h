@@ -10,9 +10,9 @@
 //   controller = nullptr;                  // all its observations end
 //
 // A block receives a change as the observer, the object and a dictionary. The dictionary holds the key path under
-// FBKVONotificationKeyPathKey and the entries of KeyValueObserving.h. It does not change during the call;
-// store `change.copy()` to keep it. An action is an operation of the observer; it receives that dictionary, without the
-// key path, and the object. A context is passed to the observer's observeValueForKeyPath.
+// FBKVONotificationKeyPathKey and the entries of KeyValueObserving.h. It does not change during the call; store
+// `change.copy()` to keep it. An action is an operation of the observer; it receives that dictionary, without the key
+// path, and the object. A context is passed to the observer's observeValueForKeyPath.
 //
 // One controller observes a key path of an object once: a second observation is ignored, whatever its handler, until
 // the first is removed. An empty object, path, block or selector observes nothing. A misspelt path raises
