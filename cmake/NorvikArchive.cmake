@@ -1,8 +1,8 @@
-# Included where a static library is made of the library's objects: in that folder, archives hold one object.
+# Included when a static library is made from the library's objects. Archives in that folder then hold one object.
 #
-# Classes become known by name before main(), and of an archive with an object a source the linker would leave out those
-# whose header no program includes: they would be missing where a class is looked up by its name, as an archive's reader
-# does. Of one object a program gets all, by whatever tool it is linked.
+# Classes register their names before main(). If the archive had one object per source, the linker would leave out
+# sources whose headers no program includes. Their classes would then be missing when they are looked up by name,
+# as NSKeyedUnarchiver does. A program that links one object gets all classes, whatever tool links it.
 set(CMAKE_CXX_ARCHIVE_CREATE
     "<CMAKE_CXX_COMPILER> -r -nostdlib -o <TARGET>.o <OBJECTS>"
     "<CMAKE_AR> rcs <TARGET> <TARGET>.o")

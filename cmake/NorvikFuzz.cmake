@@ -1,5 +1,5 @@
-# norvik_add_fuzzer(CONCEPT): fuzz/<Concept>_fuzzer.cpp, a program of libFuzzer's, with its corpus in fuzz/corpus/<Concept>/.
-# A test replays the corpus, so that every input that once failed stays a test.
+# norvik_add_fuzzer(CONCEPT): builds fuzz/<Concept>_fuzzer.cpp as a libFuzzer program, with its corpus in
+# fuzz/corpus/<Concept>/. A test replays the corpus, so that every input that once failed remains a test.
 function(norvik_add_fuzzer concept)
   set(name ${concept}_fuzzer)
   set(corpus ${PROJECT_SOURCE_DIR}/fuzz/corpus/${concept})

@@ -8,7 +8,7 @@ if(NORVIK_INSTALL)
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-  # The component's targets come from a file of their own: who asks for the core alone needs no libpq.
+  # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
   if(NORVIK_POSTGRESQL)
     install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -26,7 +26,8 @@ if(NORVIK_INSTALL)
 
   file(RELATIVE_PATH NORVIK_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" NORVIK_PREFIX_FROM_PC "${NORVIK_PREFIX_FROM_PC}")
-  # Whoever links a static library links what it uses, with or without pkg-config's --static: there is no other NorvikCore.
+  # A program that links a static library also links that library's dependencies, with or without pkg-config's --static,
+  # because no other NorvikCore is installed.
   if(NOT BUILD_SHARED_LIBS)
     set(NORVIK_PC_REQUIRES "icu-i18n icu-uc fmt sqlite3")
     set(NORVIK_PC_LIBS " -Wl,-z,nodelete")
@@ -36,14 +37,15 @@ if(NORVIK_INSTALL)
   install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/NorvikCore)
 endif()
 
-# The installed headers, one a line as they are included: for the tests that compile each alone and for tools/include-times.
+# The installed headers, one per line as they are included, for the tests that compile each alone and for
+# tools/include-times.
 get_target_property(NORVIK_PUBLIC_HEADERS NorvikCore HEADER_SET)
 string(REPLACE "${PROJECT_SOURCE_DIR}/" "" NORVIK_PUBLIC_HEADERS "${NORVIK_PUBLIC_HEADERS}")
 list(SORT NORVIK_PUBLIC_HEADERS)
 list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
 file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")
 
-# Those of the components, in the same way.
+# The installed headers of the components, in the same form.
 set(component_headers "")
 if(NORVIK_POSTGRESQL)
   get_target_property(component_headers NorvikPostgreSQL HEADER_SET)

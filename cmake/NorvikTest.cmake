@@ -1,5 +1,5 @@
-# norvik_add_tests(NAME [THREADS] SOURCES file...): one GoogleTest program; every test in it is a test of ctest's.
-# THREADS marks the tests that start threads: those also run under the thread sanitizer, where nothing else is built.
+# norvik_add_tests(NAME [THREADS] SOURCES file...): one GoogleTest program; every test in it is a ctest test. THREADS
+# marks programs whose tests start threads. They also run under the thread sanitizer, where nothing else is built.
 include(GoogleTest)
 
 # The options of every test program.
@@ -7,29 +7,29 @@ function(norvik_test_options target)
   target_link_libraries(${target} PRIVATE NorvikCore::NorvikCore GTest::gmock)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   norvik_private_options(${target})
-  # The tests are called once each, and what they test keeps its own level. -Og compiles them in three fifths of the time of
-  # -O2, and models still run fast; -O0 in half the time of -O1 where a sanitizer puts its checks in.
+  # Each test runs once, and the tested library keeps its own optimisation level. -Og compiles the tests in three fifths
+  # of the time of -O2, and models still run fast. With a sanitizer's checks, -O0 takes half the time of -O1.
   if(NORVIK_SANITIZE)
     target_compile_options(${target} PRIVATE -O0)
   else()
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Og>)
   endif()
-  # g++ 12 sees texts overlap within std::string, where they do not, once that comes precompiled.
+  # g++ 12 warns of overlapping texts within std::string, wrongly, if that header is precompiled.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(${target} PRIVATE -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow
                            -Wno-stringop-overread)
   endif()
 endfunction()
 
-# GoogleTest's headers take a second, more than most tests need for the rest: they are compiled once, for all programs.
-# Nothing of the library's is, so that every test still includes what it tests.
+# GoogleTest's headers take a second, more than most tests need for the rest, so they are compiled once for all
+# programs. No header of the library is precompiled, so that every test still includes what it tests.
 function(norvik_precompile_test_headers)
   set(empty ${PROJECT_BINARY_DIR}/norvik_test_headers.cpp)
   file(CONFIGURE OUTPUT ${empty} CONTENT "")
   add_library(norvik_test_headers OBJECT ${empty})
   norvik_test_options(norvik_test_headers)
   target_precompile_headers(norvik_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
-  # As programs have it: they cannot use what was compiled as a library is.
+  # Compiled as for programs, because a program cannot use a header precompiled for a shared library.
   set_target_properties(norvik_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 endfunction()
 
@@ -39,7 +39,7 @@ function(norvik_add_tests name)
     return()
   endif()
   add_executable(${name} ${ARG_SOURCES})
-  # What is tested about these is that they are files of their own.
+  # These tests check that the files are separate, so they must not be joined.
   set(separate ${ARG_SOURCES})
   list(FILTER separate INCLUDE REGEX "_other_file\\.cpp$")
   set_source_files_properties(${separate} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
@@ -50,8 +50,8 @@ function(norvik_add_tests name)
   if(ARG_THREADS)
     set(labels LABELS threads)
   endif()
-  # Whoever runs the tests may be of any country: what follows the user's locale is tested as a British user sees it.
-  # (Two properties of one word each, since gtest_discover_tests() does not pass lists on.)
+  # The tests may run on a machine of any country, so what follows the user's locale is tested with a British user's
+  # settings. (These are two properties of one word each, because gtest_discover_tests() does not pass lists on.)
   set(environment ENVIRONMENT LC_ALL=en_GB.UTF-8)
   if(NORVIK_SANITIZE STREQUAL "thread")
     list(APPEND environment ENVIRONMENT_MODIFICATION
@@ -64,8 +64,8 @@ function(norvik_add_tests name)
                        PROPERTIES TIMEOUT 300 ${labels} ${environment})
 endfunction()
 
-# norvik_add_compile_fail(FILE MESSAGE): FILE compiles as it stands, and with -DSHOULD_NOT_COMPILE it is refused with an error
-# that MESSAGE (a regular expression) matches. Two tests of ctest's; nothing is linked.
+# norvik_add_compile_fail(FILE MESSAGE): FILE compiles without changes, and with -DSHOULD_NOT_COMPILE it is refused with
+# an error that MESSAGE (a regular expression) matches. Adds two ctest tests; nothing is linked.
 function(norvik_add_compile_fail file message)
   get_filename_component(name ${file} NAME_WE)
   set(compile ${CMAKE_CXX_COMPILER} -std=c++20 -fsyntax-only -Wall -Werror -I${PROJECT_SOURCE_DIR}
@@ -75,11 +75,12 @@ function(norvik_add_compile_fail file message)
   set_tests_properties(compile_fail.${name}.IsRefused PROPERTIES PASS_REGULAR_EXPRESSION "error: [^\n]*(${message})")
 endfunction()
 
-# norvik_add_compile_fail_cases(FILE [ALONE] [COUNTED] [CLANG_HEADERS header...]): with every public header included FILE
-# compiles as it stands, and for each N of its lines `#elif SHOULD_NOT_COMPILE == N  // sentence` it is refused with
-# -DSHOULD_NOT_COMPILE=N, in at most 40 lines that hold the sentence. g++ reads the headers precompiled, by a fixture. clang++ 14 crashes
-# when it does, and gets the headers given for it instead; its tests have the label clang. With ALONE the file includes what
-# it needs itself, and g++ has just that precompiled. With COUNTED the sentence is that of the only error, or of the first of as many as `// [g++: 2, clang++: 1] sentence` says.
+# norvik_add_compile_fail_cases(FILE [ALONE] [COUNTED] [CLANG_HEADERS header...]): with every public header included,
+# FILE compiles without changes. For each of its lines `#elif SHOULD_NOT_COMPILE == N  // sentence` it is refused with
+# -DSHOULD_NOT_COMPILE=N, in at most 40 lines that contain the sentence. g++ reads the headers precompiled, by a
+# fixture. clang++ 14 crashes with precompiled headers, so it reads the given headers instead; its tests have the label
+# clang. With ALONE the file includes the headers it needs itself, and g++ precompiles only those. With COUNTED the
+# sentence is that of the only error, or of the first of as many errors as `// [g++: 2, clang++: 1] sentence` says.
 function(norvik_add_compile_fail_cases file)
   cmake_parse_arguments(ARG "ALONE;COUNTED" "" "CLANG_HEADERS" ${ARGN})
   get_filename_component(name ${file} NAME_WE)
@@ -133,7 +134,8 @@ function(norvik_add_compile_fail_cases file)
   endforeach()
 endfunction()
 
-# norvik_precompile_includes(FILE NAME): adds the fixture that precompiles for g++ what FILE includes; own_includes is its header.
+# norvik_precompile_includes(FILE NAME): adds the fixture that precompiles the includes of FILE for g++; own_includes is
+# its header.
 macro(norvik_precompile_includes file name)
   set(own_includes ${CMAKE_CURRENT_BINARY_DIR}/precompiled/${name}_includes.h)
   file(STRINGS ${file} includes REGEX "^#include")
@@ -145,7 +147,7 @@ macro(norvik_precompile_includes file name)
   set_tests_properties(compile_fail.${name}.GXX_includes PROPERTIES FIXTURES_SETUP ${name}_includes)
 endmacro()
 
-# norvik_add_compile_fail_lines(FILE): with every public header included FILE compiles as it stands, and with
+# norvik_add_compile_fail_lines(FILE): with every public header included, FILE compiles without changes. With
 # -DSHOULD_NOT_COMPILE exactly the lines that end with `// refused` have errors, for g++ and for clang++.
 function(norvik_add_compile_fail_lines file)
   get_filename_component(name ${file} NAME_WE)
@@ -168,7 +170,7 @@ function(norvik_add_compile_fail_lines file)
   endforeach()
 endfunction()
 
-# Finds both compilers, and adds the fixture that precompiles a header of all public ones for g++.
+# Finds both compilers, and adds the fixture that precompiles a header that includes all public headers, for g++.
 macro(norvik_every_header)
   find_program(NORVIK_GXX NAMES g++-12 g++)
   find_program(NORVIK_CLANGXX NAMES clang++-14 clang++)

@@ -1,5 +1,5 @@
-# norvik_private_options(TARGET): warnings and sanitizers of this repository's own targets. All of it is private, so a
-# user of the library inherits neither.
+# norvik_private_options(TARGET): warnings and sanitizers of this repository's own targets. All options are private, so
+# a user of the library inherits neither.
 function(norvik_private_options target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
                          -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wundef)
@@ -8,7 +8,8 @@ function(norvik_private_options target)
   elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(${target} PRIVATE -Wduplicated-cond -Wlogical-op -Wextra-semi)
   endif()
-  # Several sources in one: what one file has for itself is taken for global in the next, and its types for a header's.
+  # For several sources compiled as one, because names local to one source look global to the next, and types local to a
+  # source look like types of a header.
   if(CMAKE_UNITY_BUILD)
     target_compile_options(${target} PRIVATE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   endif()

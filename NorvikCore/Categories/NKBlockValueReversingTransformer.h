@@ -6,7 +6,7 @@
 //       [](const Value& pounds) -> Value { return pounds.as<Decimal>() * 100; });
 //   pounds->reverseTransformedValue(12.5);        // 1250
 //
-// Either closure may be absent, but then that direction must not be used: it raises NSInvalidArgumentException.
+// Either closure may be absent. Using the direction of an absent closure raises NSInvalidArgumentException.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"

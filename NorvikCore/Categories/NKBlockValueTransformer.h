@@ -3,8 +3,8 @@
 //   const NKTransformBlock shout = [](const Value& v) { return v.description() + "!"; };
 //   NKBlockValueTransformer::valueTransformerWithBlock(shout)->transformedValue("pay");      // "pay!"
 //
-// The closure is called without a look whether it is there: an absent one raises NSInvalidArgumentException. Threads:
-// those of its closure; the closure is replaced on one thread while no other uses it.
+// Using a transformer whose closure is absent raises NSInvalidArgumentException. Threads: those that the closure
+// allows; replace the closure only while no other thread uses the transformer.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
@@ -13,7 +13,7 @@
 
 namespace norvik {
 
-/// Makes one value of another; what is absent is given and taken as the absent value.
+/// Makes one value from another. An absent value is passed and returned as the absent Value.
 using NKTransformBlock = Block<Value(const Value&)>;
 
 class NK_EXPORT NKBlockValueTransformer : public NSValueTransformer {
@@ -23,7 +23,7 @@ class NK_EXPORT NKBlockValueTransformer : public NSValueTransformer {
 
   [[nodiscard]] static Ref<NKBlockValueTransformer> valueTransformerWithBlock(const NKTransformBlock& block);
 
-  /// The root class: a closure may give anything.
+  /// The root class, because a closure may return any value.
   [[nodiscard]] static const Class& transformedValueClass();
   [[nodiscard]] Value transformedValue(const Value& value) override;
 };

@@ -1,4 +1,4 @@
-// NorvikCore/Categories/NSArray+NKKeyValuePair.h - an array of pairs, asked by their ids.
+// NorvikCore/Categories/NSArray+NKKeyValuePair.h - finding a pair in an array by its id.
 //
 //   nk_pairNameWithId(*months, 4);                     // "April"
 #pragma once
@@ -8,10 +8,10 @@
 
 namespace norvik {
 
-/// The first pair with that id, or an empty Ref. An element before it that is no pair raises
+/// The first pair with that id, or an empty Ref. If an element before that pair is not a pair, it raises
 /// NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Ref<NKKeyValuePair> nk_keyValuePairWithId(const NSArray& pairs, std::int32_t id);
-/// That pair's name, absent where there is none.
+/// That pair's name; absent if there is no such pair.
 [[nodiscard]] NK_EXPORT Value nk_pairNameWithId(const NSArray& pairs, std::int32_t id);
 
 }  // namespace norvik

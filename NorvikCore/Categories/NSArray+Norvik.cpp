@@ -51,7 +51,7 @@ Ref<NSArray> nk_moveItemsToStart(const NSArray& array, const NSArray& items) {
   detail::walk(
       array,
       [&](const Value& element) {
-        const Value kept = element;  // what hashes and compares it may change the array
+        const Value kept = element;  // hashing or comparing it may change the array
         return moved->containsObject(kept);
       },
       [&](const Value& element, bool isMoved) {

@@ -1,13 +1,13 @@
-// NorvikCore/Categories/NSArray+Norvik.h - arrays joined into text, cut, filtered and put into another order.
+// NorvikCore/Categories/NSArray+Norvik.h - joining, cutting, filtering and reordering arrays.
 //
 //   nk_componentsJoinedByString(*names, ", ", NSDictionary::dictionaryWithObject(" and ", "joinLastWith"));
 //   // "Ann, Bob and Zoe"
 //   nk_moveItemsToStart(*names, *NSArray::arrayWithObjects("Zoe"));      // Zoe, Ann, Bob
 //
-// The receiver does not change; results are new arrays. Linear. Any thread, as far as the array is.
+// The receiver does not change; results are new arrays. Linear. Any thread, as long as no thread changes the array.
 #pragma once
 
-#include "NorvikCore/Categories/NSMutableArray+Norvik.h"  // so that nk_removeNulls is one or the other by type alone
+#include "NorvikCore/Categories/NSMutableArray+Norvik.h"  // so that the type alone selects the nk_removeNulls
 #include "NorvikCore/linq/Closure.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/export.h"
@@ -21,24 +21,26 @@ namespace norvik {
 
 class NSDictionary;
 
-/// The elements' descriptions ("<null>" of the null marker), joined by the separator, which may be empty. Options, all
+/// The elements' descriptions, joined by the separator, which may be empty. The null marker is "<null>". Options, each
 /// of which may be missing or null:
-/// - "suffix", a text behind each element that is joined, the last included;
+/// - "suffix", a text after each joined element, including the last;
 /// - "joinLastWith", a text in place of the last separator;
-/// - "skipEmptyComponents", a boolean: elements of blanks and line breaks alone are left out. Where one is,
-///   "joinLastWith" is not used. That is deliberate: it is used once all elements but one were written.
+/// - "skipEmptyComponents", a boolean: elements that hold only blanks and line breaks are left out. If one is left out,
+///   "joinLastWith" is not used. That is deliberate: it is used only when all elements of the array except one have
+///   been written.
 /// An option of another kind raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT NSString nk_componentsJoinedByString(const NSArray& array, const NSString& separator,
                                                              const Ref<NSDictionary>& options = nullptr);
 
-/// At most `maxLength` elements from that index on; none from beyond the end.
+/// At most `maxLength` elements, starting at that index. The array is empty if the index is beyond the end.
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_subarrayFromIndex(const NSArray& array, std::size_t index,
                                                           std::size_t maxLength);
 
-/// The elements for which `predicate(element, index, stop)` is true, in order. Where it sets `stop`, no element behind
-/// is asked; the present one still counts by its answer. The predicate takes an element as a `const Value&` or as what
-/// it is, `[](const Payslip& slip, std::size_t, bool&)`; an element that is something else raises
-/// NSInvalidArgumentException. A predicate that changes the array raises NSGenericException; it may release it.
+/// The elements for which `predicate(element, index, stop)` is true, in order. If the predicate sets `stop`, the
+/// elements after the current one are left out; the result for the current element still counts. The predicate takes an
+/// element as a `const Value&` or by its own class, `[](const Payslip& slip, std::size_t, bool&)`; an element of
+/// another class raises NSInvalidArgumentException. The predicate may release the array. If it changes the array,
+/// NSGenericException is raised.
 template <class Predicate>
 [[nodiscard]] Ref<NSArray> nk_filteredArrayUsingBlock(const NSArray& array, Predicate&& predicate) {
   std::vector<Value> kept;
@@ -61,15 +63,16 @@ template <class Predicate>
   return make<NSArray>(std::move(kept));
 }
 
-/// Without the null markers. An NSMutableArray that is not const is changed instead: NSMutableArray+Norvik.h.
+/// A copy without the null markers. A mutable array that is not const is changed in place instead, see
+/// NSMutableArray+Norvik.h.
 [[nodiscard]] NK_EXPORT Ref<NSMutableArray> nk_removeNulls(const NSArray& array);
 
-/// The items, whether the array has them or not, and then the elements that equal none of them.
+/// The items, whether or not the array contains them, followed by the elements that equal none of them.
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_moveItemsToStart(const NSArray& array, const NSArray& items);
 
-/// The first half; of an odd number of elements the smaller one.
+/// The first half. An odd number of elements is split so that this half is the smaller one.
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_splitLower(const NSArray& array);
-/// The rest, which has the middle one.
+/// The second half. It contains the middle element of an odd number of elements.
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_splitUpper(const NSArray& array);
 
 }  // namespace norvik

@@ -7,8 +7,8 @@
 
 namespace norvik {
 
-/// The elements added in order by the default behaviour: nothing is rounded to a scale, not-a-number makes the sum
-/// not-a-number, overflow raises. An empty array gives 0; an element that is no number raises
+/// The sum of the elements, added in order by the default behaviour: nothing is rounded to a scale, not-a-number makes
+/// the sum not-a-number, overflow raises. The sum of an empty array is 0. An element that is not a number raises
 /// NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySumming(const NSArray& numbers);
 

@@ -50,7 +50,7 @@ Ref<NSMutableAttributedString> nk_initWithFormat_attributes_argumentAttributes_a
     const NSString& format, const Ref<NSDictionary>& attributes, const Ref<NSDictionary>& argumentAttributes,
     std::span<const Value> arguments) {
   Building building(attributes, argumentAttributes);
-  // All but the first follow a percent sign.
+  // Each piece except the first follows a percent sign.
   const std::vector<NSString> pieces = format.componentsSeparatedBy("%"_ns);
   building.appendText(pieces.front());
   std::size_t used = 0;

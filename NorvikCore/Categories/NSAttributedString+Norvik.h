@@ -5,18 +5,18 @@
 //   nk_stringWithFormat_attributes_argumentAttributes("Total: %@ (%%)", plain, amount, 12);
 //   // "Total: 12 (%)": the 12 is bold and not grey, the rest is grey
 //
-// A format knows "%@", the next argument, and "%%", a percent sign. Any other "%" is left out and what follows it is
-// text: "%d" is "d". That is deliberate, numbers are passed as values.
+// "%@" stands for the next argument and "%%" for a percent sign. Any other "%" is left out and the characters after it
+// are text: "%d" gives "d". That is deliberate, because numbers are passed as values.
 //
 // An argument is any value:
-// - attributed text stays as it is, whatever attributes are given;
-// - an array is a pair of a value and the dictionary with its attributes, the null marker for none; what else it holds
-//   is ignored, and one of fewer than two elements raises NSRangeException;
-// - of anything else the description is shown, "(null)" of an absent value, with the attributes of arguments alone.
+// - attributed text keeps its own attributes and receives no others;
+// - an array is a pair: a value and a dictionary with its attributes, or the null marker for no attributes. Further
+//   elements are ignored. An array with fewer than two elements raises NSRangeException;
+// - of any other value the description is shown, "(null)" for an absent value, with the attributes of arguments only.
 // A "%@" without an argument shows "(bad argument)"; arguments without a "%@" are ignored.
 //
-// An empty Ref is no attributes. Every form gives a new mutable text, in time linear in what is put together. Any
-// thread.
+// An empty Ref means no attributes. Every function returns a new mutable text, in time linear in the size of the
+// result. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
@@ -51,8 +51,8 @@ template <class... Args>
   return nk_initWithFormat_attributes_argumentAttributes(format, attributes, argumentAttributes, arguments...);
 }
 
-/// The same attributes for the format and its arguments. Stands for the class operation of NSMutableAttributedString
-/// too.
+/// Uses the same attributes for the format and its arguments. This is also the class operation of
+/// NSMutableAttributedString.
 template <class... Args>
 [[nodiscard]] Ref<NSMutableAttributedString> nk_stringWithFormat_attributes(const NSString& format,
                                                                             const Ref<NSDictionary>& attributes,

@@ -17,7 +17,7 @@ struct MockState {
   }
 };
 
-/// What `mockCurrentDate` is before the exchange and `date` after it.
+/// The operation `mockCurrentDate` before the exchange and `date` after it.
 std::optional<Date> storedMockDate() {
   auto& state = MockState::shared();
   MutexLock lock(state.mutex);

@@ -9,8 +9,8 @@
 namespace norvik {
 namespace {
 
-/// The date `days` later at the same time of day, for 0 the date itself. Other dates out of range become the end of the
-/// range first.
+/// The date `days` later at the same time of day; for 0 the date itself. Otherwise a date out of range is first
+/// replaced by the nearest end of the range.
 Date daysLater(Date date, NSInteger days) noexcept {
   if (days == 0) return date;
   const std::int64_t day = referenceDay(date);
@@ -24,7 +24,7 @@ NSInteger product(NSInteger a, NSInteger b) noexcept {
   return __builtin_mul_overflow(a, b, &result) ? ((a < 0) == (b < 0) ? INT64_MAX : INT64_MIN) : result;
 }
 
-/// The order of the dates, after the warning where `other` is absent: then they are the same.
+/// Compares the dates. An absent `other` logs the warning and compares as equal.
 NSComparisonResult compared(Date date, const std::optional<Date>& other, const char* operation, int line) {
   if (other) [[likely]]
     return date.compare(*other);
@@ -57,7 +57,7 @@ Date nk_today() {
 Date nk_tomorrow() { return nk_addDays(nk_today(), 1); }
 
 Date nk_startOfNextTaxMonth() {
-  constexpr int mostSteps = 30;  // from the 7th of a month of 31 days; at the calendar's end no day follows
+  constexpr int mostSteps = 30;  // from the 7th of a month of 31 days; needed because the last date has no next day
   Date day = nk_today();
   for (int step = 0; step < mostSteps && nk_day(day) != 6; ++step) day = nk_addDays(day, 1);
   return day;
@@ -93,7 +93,7 @@ Date nk_addMonths(Date date, NSInteger months) noexcept {
 
 Date nk_addYears(Date date, NSInteger years) noexcept { return nk_addMonths(date, product(years, 12)); }
 
-// The difference of two doubles may be rounded, so subtracting and adding would miss `other` by a little.
+// The difference of two doubles may be rounded, so subtracting it again would not give `other` exactly.
 Date nk_subtractDate(Date, Date other) noexcept { return other; }
 
 Date nk_startOfDay(Date date) noexcept { return dateFromReferenceDay(referenceDay(date)); }

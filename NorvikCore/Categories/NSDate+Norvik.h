@@ -7,9 +7,10 @@
 //   nk_daysBetween(payday, nk_dateWithYear(2021, 4, 6));      // 65
 //   nk_isLessThan(payday, nk_dateWithYear(2021, 4, 6));       // true
 //
-// The results are those of nk_defaultCalendar(), by integer arithmetic, but for years before year 1: here they are
-// counted through zero (0 is 1 BC), there backwards in era 0. One Gregorian calendar holds for all times. Dates beyond
-// the range of platform/values/CivilDate.h count as its ends.
+// The results equal those of nk_defaultCalendar(), but come from integer arithmetic. They differ only before year 1:
+// these functions count years through zero (0 is 1 BC), the calendar counts them backwards in era 0. The Gregorian
+// calendar is used for all times. A date beyond the range of platform/values/CivilDate.h is replaced by the nearest end
+// of that range.
 //
 // Every function is pure, takes constant time, allocates nothing and is safe on any thread, unless it says otherwise.
 #pragma once
@@ -28,33 +29,34 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT Date nk_dateWithYear(NSInteger year, NSInteger month, NSInteger day) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_dateWithDay(NSInteger day, NSInteger month, NSInteger year) noexcept;
 
-// Today is the day of NSDate::date(), which a test can replace. Where there is no current date, these raise
+// Today is the day of NSDate::date(), which a test can replace. If there is no current date, these functions raise
 // NSInternalInconsistencyException.
 [[nodiscard]] NK_EXPORT Date nk_today();
 [[nodiscard]] NK_EXPORT Date nk_tomorrow();
-/// The first 6th of a month from today on; today itself where it is a 6th.
+/// The next 6th of a month; today itself if today is a 6th.
 [[nodiscard]] NK_EXPORT Date nk_startOfNextTaxMonth();
 /// The later of today and the start of day of `startOfPayrollCalendar`.
 [[nodiscard]] NK_EXPORT Date nk_todayOrStartOfPayrollCalendar(Date startOfPayrollCalendar);
-/// The date falls on today in the user's own calendar and time zone. Not by the default calendar, and not cheap. False
-/// where there is no current date.
+/// True if the date falls on today in the user's own calendar and time zone, not in the default calendar. Not cheap.
+/// False if there is no current date.
 [[nodiscard]] NK_EXPORT bool nk_isLocalCalendarToday(Date date);
 
 /// "Sunday" ... "Saturday": the name of weekday w is at w - 1. Always the same object.
 [[nodiscard]] NK_EXPORT const Ref<NSArray>& nk_weekDayNames();
 
-// Counts may be negative. Hours pass as on a stop-watch, the rest keeps the time of day.
+// Counts may be negative. Hours are elapsed time; the other functions keep the time of day.
 [[nodiscard]] NK_EXPORT Date nk_addHours(Date date, NSInteger hours) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_addDays(Date date, NSInteger days) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_addWeeks(Date date, NSInteger weeks) noexcept;
-/// A day that the month does not have becomes its last: 31 January plus one month is 28 or 29 February.
+/// A day that the month does not have becomes the last day of the month: 31 January plus one month is 28 or 29
+/// February.
 [[nodiscard]] NK_EXPORT Date nk_addMonths(Date date, NSInteger months) noexcept;
 /// 29 February plus one year is 28 February.
 [[nodiscard]] NK_EXPORT Date nk_addYears(Date date, NSInteger years) noexcept;
-/// `date` less the time from `other` to `date`: which is `other`, exactly. Kept for the callers it has.
+/// Returns `other` exactly: `date` minus the time from `other` to `date`. Kept because callers exist.
 [[nodiscard]] NK_EXPORT Date nk_subtractDate(Date date, Date other) noexcept;
 
-/// 00:00:00 UTC of the day, the fraction of a second dropped. The next four are starts of days too.
+/// 00:00:00 UTC of the day, without the fraction of a second. The next four functions give starts of days too.
 [[nodiscard]] NK_EXPORT Date nk_startOfDay(Date date) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_startOfFirstDayOfMonth(Date date) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_startOfLastDayOfMonth(Date date) noexcept;
@@ -68,31 +70,32 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT NSInteger nk_weekday(Date date) noexcept;    ///< 1 is Sunday, 2 Monday ... 7 Saturday
 /// 1 to 53: weeks start on Monday, and the first has at least four days in the year.
 [[nodiscard]] NK_EXPORT NSInteger nk_weekOfYear(Date date) noexcept;
-/// The same, by its old name.
+/// nk_weekOfYear() under its old name.
 [[nodiscard]] NK_EXPORT NSInteger nk_week(Date date) noexcept;
 [[nodiscard]] NK_EXPORT NSInteger nk_numberOfDaysInMonth(Date date) noexcept;
 [[nodiscard]] NK_EXPORT NSInteger nk_daysInYear(Date date) noexcept;
 [[nodiscard]] NK_EXPORT bool nk_isYearLeapYear(Date date) noexcept;
 
-/// The number of days from the date's day to the other's; negative when the other is earlier. Times of day do not
+/// The number of days from the day of `date` to the day of `other`; negative if `other` is earlier. Times of day do not
 /// count.
 [[nodiscard]] NK_EXPORT NSInteger nk_daysBetween(Date date, Date other) noexcept;
 [[nodiscard]] NK_EXPORT NSInteger nk_daysWithinEraFromDate(Date fromDate, Date toDate) noexcept;
 [[nodiscard]] NK_EXPORT bool nk_dateIsSameDay(Date date, Date other) noexcept;
 
-// Comparisons. An absent `other` logs a warning with the call stack and compares as the same: less and greater are
-// false, the other two true.
+// Comparisons. An absent `other` logs a warning with the call stack and compares as equal: less and greater are false,
+// the other two are true.
 [[nodiscard]] NK_EXPORT bool nk_isLessThan(Date date, std::optional<Date> other);
 [[nodiscard]] NK_EXPORT bool nk_isLessThanOrEqualTo(Date date, std::optional<Date> other);
 [[nodiscard]] NK_EXPORT bool nk_isGreaterThan(Date date, std::optional<Date> other);
 [[nodiscard]] NK_EXPORT bool nk_isGreaterThanOrEqualTo(Date date, std::optional<Date> other);
-/// The later or the earlier date; `date` itself where they are the same or the other is absent, which logs a warning.
+/// The later or the earlier date; `date` itself if they are equal or `other` is absent. An absent `other` logs a
+/// warning.
 [[nodiscard]] NK_EXPORT Date nk_max(Date date, std::optional<Date> other);
 [[nodiscard]] NK_EXPORT Date nk_min(Date date, std::optional<Date> other);
 
-/// The earlier date; `b` where they are the same or one is absent. An absent `b` logs a warning.
+/// The earlier date; `b` if they are equal or one is absent. An absent `b` logs a warning.
 [[nodiscard]] NK_EXPORT std::optional<Date> nk_MinDate(std::optional<Date> a, std::optional<Date> b);
-/// The later date; `a` where they are the same or one is absent. An absent `b` logs a warning.
+/// The later date; `a` if they are equal or one is absent. An absent `b` logs a warning.
 [[nodiscard]] NK_EXPORT std::optional<Date> nk_MaxDate(std::optional<Date> a, std::optional<Date> b);
 
 }  // namespace norvik

@@ -1,4 +1,4 @@
-// NorvikCore/Categories/NSDateFormatter+Norvik.h - a date in a pattern, by any date formatter.
+// NorvikCore/Categories/NSDateFormatter+Norvik.h - a date in a pattern, with any date formatter.
 //
 //   auto formatter = make<NKUkDateFormatter>();
 //   nk_stringFromDate(*formatter, "2021-07-01"_date, "dd/MM/yyyy HH:mm");      // "01/07/2021 01:00"
@@ -8,9 +8,9 @@
 
 namespace norvik {
 
-/// The date in the pattern, which becomes the formatter's. A new pattern that holds "YY" logs a warning first: it shows
-/// the year of the week, which is not always that of the day; the pattern is used as it is. The formatter's present
-/// pattern is not checked again.
+/// The date in the pattern. The formatter keeps the pattern. A new pattern that contains "YY" logs a warning first,
+/// because "YY" is the year of the week, which can differ from the year of the day; the pattern is used unchanged. If
+/// the formatter already has the pattern, it is not checked again.
 [[nodiscard]] NK_EXPORT NSString nk_stringFromDate(NSDateFormatter& formatter, Date date, const NSString& format);
 
 }  // namespace norvik

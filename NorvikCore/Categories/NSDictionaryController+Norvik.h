@@ -11,11 +11,11 @@
 
 namespace norvik {
 
-/// The first entry, in arranged order, whose key is an equal text; empty where there is none.
+/// The first entry, in arranged order, whose key equals the text; empty if there is none.
 [[nodiscard]] NK_EXPORT Ref<NSDictionaryControllerKeyValuePair> nk_arrangedObjectWithKey(
     const NSDictionaryController& receiver, const NSString& key);
 
-/// Selects that entry alone. Without one the selection stays as it is and the system console gets a line.
+/// Selects only that entry. If there is none, the selection stays as it is and a line is printed on the system console.
 NK_EXPORT void nk_selectObjectWithKey(NSDictionaryController& receiver, const NSString& key);
 
 }  // namespace norvik

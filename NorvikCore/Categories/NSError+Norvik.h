@@ -15,18 +15,18 @@
 
 namespace norvik {
 
-/// Domain "Application Validation Failure", reason "Input validation error"; described by the message, or "A validation
-/// error has occurred"; the info is the suggestion, or "".
+/// Domain "Application Validation Failure", failure reason "Input validation error". The description is the message, or
+/// "A validation error has occurred"; the recovery suggestion is the info, or "".
 [[nodiscard]] NK_EXPORT Ref<NSError> validationErrorWithMessage(const std::optional<NSString>& message,
                                                                 const std::optional<NSString>& info = std::nullopt);
 
-/// Domain and reason "Application Exception"; described by the message, and the exception's reason is the suggestion.
-/// An absent message raises NSInvalidArgumentException.
+/// Domain and failure reason "Application Exception". The description is the message, the recovery suggestion the
+/// exception's reason. An absent message raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Ref<NSError> errorWithMessage(const std::optional<NSString>& message,
                                                       const NSException& forException);
 
-/// Domain "Application File Error", reason "File error"; described by the message, or "A file error has occurred"; the
-/// info is the suggestion, or "".
+/// Domain "Application File Error", failure reason "File error". The description is the message, or "A file error has
+/// occurred"; the recovery suggestion is the info, or "".
 [[nodiscard]] NK_EXPORT Ref<NSError> fileErrorWithMessage(const std::optional<NSString>& message,
                                                           const std::optional<NSString>& info = std::nullopt);
 

@@ -1,4 +1,4 @@
-// NorvikCore/Categories/NSFileManager+Norvik.h - a folder, or another one where it cannot be had.
+// NorvikCore/Categories/NSFileManager+Norvik.h - a folder, or a fallback if the folder cannot be created.
 //
 //   NSFileManager& files = NSFileManager::defaultManager();
 //   NSString exports = nk_createDirectoryAtPath(files, "/mnt/office/Exports", NSTemporaryDirectory());
@@ -9,10 +9,10 @@
 
 namespace norvik {
 
-/// The path, where a folder is there or has been made now, with the missing ones above it. The fallback, which is
-/// neither looked at nor made, where something else is at the path, where the folder cannot be made, and where the
-/// manager raises an NSException; other exceptions pass. A link that leads to a folder is one, and one that leads
-/// nowhere is in the way. Whether the folder can be written to is not asked. Any thread.
+/// The path if a folder is there, or if the folder and the missing folders above it could be created. Otherwise the
+/// fallback, which is neither checked nor created: if something other than a folder has the path, if the folder cannot
+/// be created, or if the manager raises an NSException. Other exceptions pass. A link that leads to a folder counts as
+/// a folder; a link that leads nowhere does not. Does not check that the folder is writable. Any thread.
 [[nodiscard]] NK_EXPORT NSString nk_createDirectoryAtPath(NSFileManager& manager, const NSString& path,
                                                           const NSString& withFallback);
 

@@ -3,7 +3,7 @@
 //   nk_defaultLocale()->localeIdentifier();      // "en_GB"
 //   NSLog("%@", nk_description(*nk_ukLocale()));  // one line for each of the 19 properties
 //
-// Each locale is one object for the life of the process; any thread.
+// Each locale is one object that lives until the process ends. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -11,9 +11,9 @@
 
 namespace norvik {
 
-/// "en_GB", for whatever the library computes and stores.
+/// "en_GB", for everything that the library computes and stores.
 [[nodiscard]] NK_EXPORT const Ref<NSLocale>& nk_defaultLocale();
-/// "en_GB" too, another object: for showing British local time.
+/// A separate "en_GB" object, for showing British local time.
 [[nodiscard]] NK_EXPORT const Ref<NSLocale>& nk_ukLocale();
 
 /// A new array of the 19 keys that a locale has values for, from NSLocaleIdentifier to
@@ -21,7 +21,7 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_allKeys();
 
 /// For diagnostics: a line "key : value" for each of nk_allKeys(), in that order; "(null)" for a value that the locale
-/// has not.
+/// does not have.
 [[nodiscard]] NK_EXPORT NSString nk_description(const NSLocale& locale);
 
 }  // namespace norvik

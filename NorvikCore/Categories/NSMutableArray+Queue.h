@@ -11,11 +11,12 @@ namespace norvik {
 
 /// An absent object raises NSInvalidArgumentException.
 NK_EXPORT void enqueue(NSMutableArray& queue, const Value& object);
-/// Takes the first element out, in constant time on average; absent where there is none, and then changes nothing.
+/// Removes and returns the first element, in constant time on average. If the queue is empty, the result is absent.
 NK_EXPORT Value dequeue(NSMutableArray& queue);
-/// The first element; absent where there is none.
+/// The first element; absent if the queue is empty.
 [[nodiscard]] NK_EXPORT Value queuePeek(const NSMutableArray& queue);
-/// A cursor at the first of as many places as there are elements now. It does not follow the queue.
+/// A cursor at the first of as many positions as the queue has elements now. Later changes of the queue do not affect
+/// it.
 [[nodiscard]] NK_EXPORT Ref<NKCursor> queueCursor(const NSMutableArray& queue);
 
 }  // namespace norvik

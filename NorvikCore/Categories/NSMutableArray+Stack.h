@@ -10,9 +10,9 @@ namespace norvik {
 
 /// An absent object raises NSInvalidArgumentException.
 NK_EXPORT void push(NSMutableArray& stack, const Value& object);
-/// Takes the last element out; absent where there is none, and then changes nothing.
+/// Removes and returns the last element. If the stack is empty, the result is absent.
 NK_EXPORT Value pop(NSMutableArray& stack);
-/// The last element; absent where there is none.
+/// The last element; absent if the stack is empty.
 [[nodiscard]] NK_EXPORT Value stackPeek(const NSMutableArray& stack);
 
 }  // namespace norvik

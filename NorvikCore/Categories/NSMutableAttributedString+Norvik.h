@@ -3,7 +3,7 @@
 //   auto text = nk_stringWithFormat_attributes("Net pay of %@: ", plain, "April");
 //   nk_appendFormat_attributes_argumentAttributes(*text, "GBP %@", plain, bold, 1234.50_dec);
 //
-// NSAttributedString+Norvik.h has the language of formats. The arguments may be the text itself; where one raises,
+// NSAttributedString+Norvik.h describes formats. The text itself may be one of the arguments. If an argument raises,
 // nothing is appended.
 #pragma once
 

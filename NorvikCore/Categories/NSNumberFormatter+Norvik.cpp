@@ -9,7 +9,7 @@ constinit const NSString kSharedNumberFormatterLock = "kSharedNumberFormatterLoc
 
 namespace {
 
-/// Holds the slot's formatter and never lets go of it, so that numbers can still be formatted while the process ends.
+/// Holds the slot's formatter and never releases it, so that numbers can still be formatted while the process ends.
 union Slot {
   constexpr Slot() noexcept : formatter() {}
   ~Slot() {}  // NOLINT(modernize-use-equals-default): defaulted, it would be deleted

@@ -7,15 +7,16 @@
 
 namespace norvik {
 
-/// The token on which code that shares a number formatter across threads synchronises.
+/// The token on which code that shares a number formatter between threads synchronises.
 extern NK_EXPORT const NSString kSharedNumberFormatterLock;
 
-/// The slot of the formatter that nk_defaultStringFromNumber keeps: empty until its first call on the main thread, in
-/// the style of its last one. Never destroyed. Main thread only.
+/// The formatter that nk_defaultStringFromNumber keeps, in the style of its last call. Empty until the first call on
+/// the main thread. Never destroyed. Main thread only.
 extern NK_EXPORT Ref<NSNumberFormatter>& m_sharedNumberFormatter;
 
-/// The number in that style in nk_defaultLocale(). Any thread: the main thread keeps one formatter and uses it again;
-/// elsewhere each call makes one, some tens of microseconds, for words half a millisecond.
+/// The number in that style in nk_defaultLocale(). Any thread. The main thread keeps one formatter and reuses it. On
+/// other threads each call makes a formatter, which takes some tens of microseconds, or half a millisecond for the
+/// spell-out style.
 [[nodiscard]] NK_EXPORT NSString nk_defaultStringFromNumber(const NSNumber& number, NSNumberFormatterStyle numberStyle);
 
 }  // namespace norvik

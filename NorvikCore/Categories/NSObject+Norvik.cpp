@@ -13,7 +13,7 @@
 namespace norvik {
 namespace {
 
-/// The class below the root that all closures have in common, found from an empty closure.
+/// The class directly below the root class from which all closures derive, found from an empty closure.
 const Class& closureClass() {
   return kernel::madeOnce([] {
     const Class* c = &Block<void()>([] {}).object()->classObject();

@@ -1,12 +1,12 @@
-// NorvikCore/Categories/NSObject+Norvik.h - small helpers of every object: closures, performing by name, delegates,
-// casts, archives. Binding and observing have headers of their own, which this one includes.
+// NorvikCore/Categories/NSObject+Norvik.h - small helpers for every object: closures, performing by name, delegates,
+// casts, archives. Binding and observing have headers of their own, which this header includes.
 //
 //   nk_as<Payslip>(*object);                                       // the object as a Payslip, or empty
 //   nk_valueForKeyPath(*slip, "employee.name", [](const Value& name) { return name.description() + "!"; });
 //   nk_tryToPerformDelegateAction(*view, "closePayRun:", view);    // the view, its delegate, the delegate's delegate
 //   Ref<Payslip> copy = nk_cloneCodingObject(*slip);
 //
-// An operation that asks nothing of an identity also takes any Value. Threads: those of the object.
+// An operation that does not need an object's identity also takes any Value. Threads: those that the object allows.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"
@@ -20,24 +20,26 @@
 
 namespace norvik {
 
-/// True for a closure, of whatever parameters. A Block converts to a Value: `nk_isBlock(block)`.
+/// True for a closure, whatever its parameters. A Block converts to a Value: `nk_isBlock(block)`.
 [[nodiscard]] NK_EXPORT bool nk_isBlock(const NSObject& receiver);
 [[nodiscard]] NK_EXPORT bool nk_isBlock(const Value& receiver);
 
-// What the operation chosen at run time gives back, as NSObject::performSelector performs it and raises.
+// Returns the result of the operation chosen at run time. Performs and raises as NSObject::performSelector does.
 NK_EXPORT Value nk_performNonLeakySelector(NSObject& receiver, SEL selector);
 NK_EXPORT Value nk_performNonLeakySelector(NSObject& receiver, SEL selector, const Value& object);
 
-/// Has the application send the action, with the argument as its sender, to the receiver where that responds, otherwise
-/// to the first that does along the chain of delegates. False where nobody does; a chain that comes back to where it
-/// was ends there. A delegate is what the key "delegate" gives, where it is stated as a property or operation.
+/// Has the application send the action, with the argument as its sender, to the receiver if it responds to the action,
+/// otherwise to the first object along the chain of delegates that does. False if no object responds; a chain that
+/// returns to an earlier object ends there. A delegate is the value of the key "delegate" if the class declares it as a
+/// property or operation.
 NK_EXPORT bool nk_tryToPerformDelegateAction(NSObject& receiver, SEL action, const Value& argument);
 
-/// The value at the end of the path, through the closure where one is given, which an absent value goes through too.
+/// The value at the end of the path, passed through the closure if one is given. An absent value is passed through it
+/// too.
 [[nodiscard]] NK_EXPORT Value nk_valueForKeyPath(const NSObject& receiver, const NSString& keyPath,
                                                  const NKTransformBlock& block);
 
-/// The receiver where it is of that class or a subclass, otherwise empty or absent.
+/// The receiver if it is of that class or a subclass, otherwise empty or absent.
 template <std::derived_from<NSObject> T>
 [[nodiscard]] Ref<T> nk_as(NSObject& receiver) {
   return Ref<T>(dynamic_cast<T*>(&receiver));
@@ -48,12 +50,12 @@ template <std::derived_from<NSObject> T>
 /// "0x55d0c8a2f2b0".
 [[nodiscard]] NK_EXPORT NSString nk_objAddress(const NSObject& receiver);
 
-/// For NSUnarchiver. What cannot be encoded raises NSInvalidArchiveOperationException.
+/// Data for NSUnarchiver. A value that cannot be encoded raises NSInvalidArchiveOperationException.
 [[nodiscard]] NK_EXPORT Ref<NSData> nk_archivedData(const NSObject& receiver);
 [[nodiscard]] NK_EXPORT Ref<NSData> nk_archivedData(const Value& receiver);
 
-/// A copy of the receiver and of all it holds, by way of a keyed archive, which raises as nk_archivedData does. Mutable
-/// collections come back mutable. Of an empty Ref the copy is empty.
+/// A copy of the receiver and of all that it contains, made through a keyed archive. Raises as nk_archivedData does.
+/// Mutable collections stay mutable. The copy of an empty Ref is empty.
 [[nodiscard]] NK_EXPORT Value nk_cloneCodingObject(const Value& receiver);
 template <std::derived_from<NSObject> T>
 [[nodiscard]] Ref<T> nk_cloneCodingObject(const Ref<T>& receiver) {

@@ -41,7 +41,7 @@ Ref<NSValueTransformer> transformerIn(const NSDictionary& options) {
   return transformer;
 }
 
-/// What infoForBinding tells, by name.
+/// The contents of infoForBinding, as named fields.
 struct BindingRecord {
   NSString binding;
   Ref<NSObject> object;

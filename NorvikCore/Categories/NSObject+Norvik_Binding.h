@@ -1,4 +1,4 @@
-// NorvikCore/Categories/NSObject+Norvik_Binding.h - binding with closures and short options, and pushing an edited
+// NorvikCore/Categories/NSObject+Norvik_Binding.h - binding with closures and short options, and writing an edited
 // value back.
 //
 //   nk_bind_toObject_withKeyPath_options_block_reverseBlock(
@@ -8,14 +8,14 @@
 //   Ref<NSError> error;
 //   if (!nk_updateBoundValue(*field, 1300_dec, &error)) show(error);
 //
-// KeyValueBinding.h tells what a binding does, who is kept and which threads it runs on. Under the key NKBind the
-// options of a binding may hold a text of tokens, separated by ";":
+// KeyValueBinding.h describes bindings, which objects they keep alive and which threads they run on. Under the key
+// NKBind the options of a binding may hold a text of tokens, separated by ";":
 //
-//   "readOnly"   the binding leaves the keys "editable" and "enabled" of its receiver alone
-//   "validate"   what goes back to the observed object is validated before
+//   "readOnly"   the binding leaves the keys "editable" and "enabled" of its receiver unchanged
+//   "validate"   a value is validated before it is written to the observed object
 //   "update"     asks the view to commit at each edit
 //
-// A token is taken as it is written: " validate" with a blank before it is none, and unknown ones are ignored.
+// Tokens are compared exactly: " validate" with a leading blank is not a token. Unknown tokens are ignored.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"
@@ -27,15 +27,15 @@ namespace norvik {
 class NSArray;
 class NSError;
 
-/// Options in which the tokens under NKBind have become the platform's options, which they overwrite; the options
-/// themselves where they have no such key. Empty for an empty Ref. Anything but a text under NKBind raises
-/// NSInvalidArgumentException.
+/// The options with the tokens under NKBind replaced by the platform's options, which overwrite options already there.
+/// Returns the options themselves if they have no such key, and an empty Ref for an empty Ref. A value under NKBind
+/// that is not a text raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Ref<NSDictionary> nk_processBindOptions(const NSObject& receiver,
                                                                 const Ref<NSDictionary>& options);
 
-// Binding with processed options. A closure, where given, takes the place of a transformer in the options; it is kept
-// with the binding. With one closure the binding goes one way; with two, or with the reverse one alone, a direction
-// whose closure is absent raises NSInvalidArgumentException when it is used, which is at once for the forward one.
+// These functions bind with processed options. A closure, if given, replaces a transformer in the options; the binding
+// keeps it. A function with one closure binds one-way. In a function with two closures, one of them may be absent; then
+// using its direction raises NSInvalidArgumentException. The forward direction is used at once.
 NK_EXPORT void nk_bind_toObject_withKeyPath_options(NSObject& receiver, const NSString& binding, NSObject& object,
                                                     const NSString& keyPath, const Ref<NSDictionary>& options);
 NK_EXPORT void nk_bind_toObject_withKeyPath_block(NSObject& receiver, const NSString& binding, NSObject& object,
@@ -53,20 +53,21 @@ NK_EXPORT void nk_bind_toObject_withKeyPath_options_block_reverseBlock(NSObject&
                                                                        const NKTransformBlock& block,
                                                                        const NKTransformBlock& reverseBlock);
 
-/// Writes a value that was edited in the receiver to what its binding "value" observes: through the transformer's way
-/// back, then validated where the options ask for it, which may change the value, then set unless it equals the present
-/// one; an absent present value equals nothing. False, and nothing written, where there is no such binding or the
-/// validation refuses, which alone gives an error. The receiver then shows what the observed object made of the value.
-/// A transformer that goes one way raises NSInvalidArgumentException.
+/// Writes a value that was edited in the receiver to the key path that the receiver's binding "value" observes. The
+/// value is first transformed in reverse. If the options ask for it, the value is then validated, which may change it.
+/// It is set unless it equals the present value; an absent present value equals nothing. The receiver then shows the
+/// value as the observed object now has it. Returns false, and writes nothing, if there is no such binding or if the
+/// validation refuses the value; only a refusal gives an error. A one-way transformer raises
+/// NSInvalidArgumentException.
 NK_EXPORT bool nk_updateBoundValue(NSObject& receiver, const Value& value, Ref<NSError>* error = nullptr);
 
-/// Binds the target as the receiver is bound under these names, then unbinds the receiver, last name first. Names that
-/// are not bound are passed over. Options go over as they are, without being processed again. What binding the target
-/// raises leaves the receiver bound; a receiver that is its own target ends unbound.
+/// Binds the target as the receiver is bound under these names, then unbinds the receiver in reverse order of the
+/// names. Names that are not bound are skipped. Options are copied without being processed again. If binding the target
+/// raises, the receiver stays bound. If the receiver is its own target, it ends unbound.
 NK_EXPORT void nk_transferBindingsTo(NSObject& receiver, NSObject& target, const NSArray& bindings);
 
-/// What the binding observes, absent where there is none. Where that is an NSTableCellView and `extended` is true, the
-/// cell's object value instead.
+/// The object that the binding observes; absent if there is no such binding. If that object is an NSTableCellView and
+/// `extended` is true, the cell's object value is returned instead.
 [[nodiscard]] NK_EXPORT Value nk_observedObjectForBinding(const NSObject& receiver, const NSString& binding,
                                                           bool extended);
 

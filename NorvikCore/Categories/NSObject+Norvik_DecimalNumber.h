@@ -8,9 +8,9 @@
 
 namespace norvik {
 
-/// The object's own values for all the keys, added in the keys' order by the default behaviour. The name says one key
-/// where a collection of them is meant. No keys give 0. A key that the object does not have raises
-/// NSUndefinedKeyException, a value that is no number NSInvalidArgumentException.
+/// The sum of the object's own values for all the keys, added in the keys' order by the default behaviour. The name
+/// says one key, but a collection of keys is meant. The sum for no keys is 0. A key that the object does not have
+/// raises NSUndefinedKeyException; a value that is not a number raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySummingValueForKey(const NSObject& object, const NSArray& keys);
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySummingValueForKey(const NSObject& object, const NSSet& keys);
 

@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-/// Where the log says that a failed removal was noticed.
+/// The line number that the log gives for a failed removal.
 constexpr int lineOfRemoval = 140;
 
 void warnOfFailedRemoval(const NSObject& receiver, const NSException& exception, const void* context) {

@@ -1,12 +1,13 @@
-// NorvikCore/Categories/NSObject+Norvik_Observing.h - observing several key paths at once, and ending an observation
-// that may not be there.
+// NorvikCore/Categories/NSObject+Norvik_Observing.h - observing several key paths at once, and removing an observer
+// that may not be registered.
 //
 //   const auto paths = NSArray::arrayWithObjects("grossPay", "employee.name");
 //   nk_addObserver(*slip, *watcher, *paths, NSKeyValueObservingOptionNew, this);
-//   nk_safelyRemoveObserver(*slip, *watcher, *paths, this);       // warns where it was not registered, raises nothing
+//   nk_safelyRemoveObserver(*slip, *watcher, *paths, this);       // warns if it was not registered, raises nothing
 //
-// KeyValueObserving.h tells who is kept and which threads callbacks run on. Any thread, except that removing safely
-// flushes the log: it must not be called on the logging queue or on a logger's queue.
+// KeyValueObserving.h describes which objects an observation keeps alive and which threads callbacks run on. Any
+// thread, with one exception: safe removal flushes the log, so it must not be called on the logging queue or on a
+// logger's queue.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,29 +15,29 @@
 
 namespace norvik {
 
-/// Observes each key path in order. What an unknown path raises leaves the ones before it observed.
+/// Observes each key path in order. If an unknown path raises, the paths before it stay observed.
 NK_EXPORT void nk_addObserver(NSObject& receiver, NSObject& observer, const NSArray& keyPaths,
                               NSKeyValueObservingOptions options, void* context);
 
-/// Removes what was registered with that context. Where nothing is, the exception becomes a warning with exception,
-/// context and the receiver's observers. In either case the log is then flushed, so that the warning is written before
-/// a likely crash elsewhere. Exceptions that are not NSException pass.
+/// Removes the observer registered with that context. If there is none, the exception becomes a warning with the
+/// exception, the context and the receiver's observers. In either case the log is then flushed, so that the warning is
+/// written before a likely crash elsewhere. Exceptions that are not NSException pass.
 NK_EXPORT void nk_safelyRemoveObserver(NSObject& receiver, NSObject& observer, const NSString& keyPath, void* context);
 /// The same for each key path in order.
 NK_EXPORT void nk_safelyRemoveObserver(NSObject& receiver, NSObject& observer, const NSArray& keyPaths, void* context);
-/// Removes what was registered without a context, that is with a null one, and advises on the system console to use
-/// the form with a context.
+/// Removes the observer registered without a context, that is with a null one, and advises on the system console to use
+/// the function with a context.
 NK_EXPORT void nk_safelyRemoveObserver(NSObject& receiver, NSObject& observer, const NSString& keyPath);
 
-// A change by hand of the last key of the path, announced on the object that owns it, which must be the same one both
-// times. Nothing where there is none.
+// Announces a manual change of the last key of the path on the object that owns that key. The owner must be the same in
+// both calls. Does nothing if there is no owner.
 NK_EXPORT void nk_willChangeValueForKeyPath(NSObject& receiver, const NSString& keyPath);
 NK_EXPORT void nk_didChangeValueForKeyPath(NSObject& receiver, const NSString& keyPath);
 
-/// The object that owns the last key of the path, and through `key`, where given, that key; empty where the path breaks
-/// off or a plain value stands there. Of a path of one key that is the receiver itself. Components equal to the last
-/// key are left out wherever they stand: of "a.b.a" the owner is the object at "b", and "a.a" leaves no path to read,
-/// which raises NSUndefinedKeyException.
+/// The object that owns the last key of the path; that key is stored in `key` if given. Empty if the path breaks off or
+/// if the value there is not an object. For a path of one key it is the receiver itself. All components equal to the
+/// last key are left out of the path to the owner: the owner of "a.b.a" is the object at "b". For "a.a" no path is left
+/// to read, which raises NSUndefinedKeyException.
 [[nodiscard]] NK_EXPORT Ref<NSObject> nk_receiverForKeyPath(NSObject& receiver, const NSString& keyPath,
                                                             NSString* key = nullptr);
 

@@ -15,14 +15,14 @@ namespace {
 
 constexpr const char* fileName = "Categories/NSProcessInfo+Norvik";
 
-/// Filled by the first call; calls that run at once write the same numbers.
+/// Filled by the first call; concurrent first calls write the same numbers.
 struct VersionCache {
   std::atomic<std::uint64_t> major{0}, minor{0}, patch{0};
   std::atomic<bool> isComputed{false};
 };
 constinit VersionCache versionCache;
 
-/// The statuses.
+/// The results of nk_validateOpenFileDescriptors.
 enum : int { notListed = 0, allValid = 1, foundBad = 2, checkFailed = 3 };
 
 int warnOfListing(const NSProcessInfo& info, int error, std::size_t listed) {

@@ -1,8 +1,8 @@
-// NorvikCore/Categories/NSProcessInfo+Norvik.h - the system, the machine and the open files, for a diagnosis.
+// NorvikCore/Categories/NSProcessInfo+Norvik.h - the system, the machine and the open files, for diagnoses.
 //
 //   const NSProcessInfo& info = NSProcessInfo::processInfo();
 //   nk_operatingSystemVersionString();                        // "12.0.0"
-//   nk_macHardwareModel(info);                                // "OptiPlex 7010", absent where the machine has none
+//   nk_macHardwareModel(info);                                // "OptiPlex 7010"; absent if the machine has none
 //   const auto files = NSMutableDictionary::dictionary();
 //   nk_validateOpenFileDescriptors(info, files);              // 1: all of them are valid
 //   files->objectForKey("/home/pat/Pay/april.payroll");       // 7, its descriptor
@@ -18,31 +18,32 @@
 
 namespace norvik {
 
-/// That of the distribution, or of the kernel where the distribution has no number. Read once per process.
+/// The version of the distribution, or of the kernel if the distribution has no number. Read once per process.
 [[nodiscard]] NK_EXPORT NSOperatingSystemVersion nk_operatingSystemVersion();
 
 /// The same as "major.minor.patch": "10.15.7".
 [[nodiscard]] NK_EXPORT NSString nk_operatingSystemVersionString();
 
-/// What the maker calls the machine, one line without the zero at the end that the system may have there. A virtual
-/// machine has the name that its hypervisor gives it, a container that of its host. Absent where there is none, or
-/// where a container does not see it. Read each time.
+/// The manufacturer's name for the machine, one line, without the zero byte that the system may have at its end. In a
+/// virtual machine it is the name that the hypervisor gives, in a container that of the host machine. Absent if there
+/// is no name or if a container cannot see it. Read on each call.
 [[nodiscard]] NK_EXPORT std::optional<NSString> nk_macHardwareModel(const NSProcessInfo& info);
 
-/// Checks every open file of the process that has a path: files, folders, devices and named pipes; not sockets, pipes
-/// and files in memory, nor a file whose path the system does not tell, as one of more than 4095 bytes.
+/// Checks every open file of the process that has a path: files, folders, devices and named pipes. Sockets, pipes and
+/// files in memory are not checked, nor is a file whose path the system does not report, such as a path of more than
+/// 4095 bytes.
 ///
-/// | 0 | the open files could not be listed (a warning says so), as where there is no /proc         |
+/// | 0 | the open files could not be listed, as without /proc; a warning is logged                   |
 /// | 1 | all are valid, or there are none                                                            |
-/// | 2 | one is bad: listed as open, and the system says EBADF; the system console has its path     |
-/// | 3 | the check of one failed for another reason, as where a filter of system calls refuses it    |
+/// | 2 | one is bad: listed as open, but the system returns EBADF; its path is on the system console |
+/// | 3 | the check of one failed for another reason, as when a filter of system calls refuses it     |
 ///
 /// The check stops at the first descriptor that is not valid. The dictionary, if one is given, receives the valid
-/// descriptors under their paths; of several with one path, the largest. The path of a removed file ends with
-/// " (deleted)".
+/// descriptors under their paths. If several descriptors have one path, it receives the largest. The path of a removed
+/// file ends with " (deleted)".
 ///
-/// Other threads may open and close files meanwhile. A file that is closed before it is checked is left out; a file
-/// that is opened during the check may be missing. Some microseconds for each file.
+/// Other threads may open and close files during the check. A file that is closed before it is checked is left out; a
+/// file that is opened during the check may be missing. Cost: some microseconds for each file.
 NK_EXPORT int nk_validateOpenFileDescriptors(const NSProcessInfo& info,
                                              const Ref<NSMutableDictionary>& files = nullptr);
 

@@ -7,9 +7,9 @@
 
 namespace norvik {
 
-/// The members added in the set's order by the default behaviour: nothing is rounded to a scale, not-a-number makes the
-/// sum not-a-number, overflow raises. An empty set gives 0; a member that is no number raises
-/// NSInvalidArgumentException.
+/// The sum of the members, added in the set's order by the default behaviour: nothing is rounded to a scale,
+/// not-a-number makes the sum not-a-number, overflow raises. The sum of an empty set is 0. A member that is not a
+/// number raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT Decimal nk_decimalNumberBySumming(const NSSet& numbers);
 
 }  // namespace norvik

@@ -30,7 +30,7 @@ std::vector<NSString> linesOf(const NSString& string, double maxWidth, const NSF
                               [&](const NSString& word) { return widthInFont(word, font); });
 }
 
-/// Without one line break at the end; CR LF is one.
+/// The text without one line break at its end; CR LF is one line break.
 std::string_view withoutLineBreak(std::string_view text) {
   if (text.ends_with("\r\n")) return text.substr(0, text.size() - 2);
   std::size_t last = text.size();

@@ -3,7 +3,7 @@
 //   nk_defaultTimeZone()->name();      // "UTC": what payroll dates are counted in
 //   nk_ukTimeZone()->name();           // "Europe/London": what a clock on a British wall shows
 //
-// Each is one object for the life of the process; any thread.
+// Each is one object that lives until the process ends. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSTimeZone.h"

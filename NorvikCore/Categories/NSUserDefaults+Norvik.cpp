@@ -14,7 +14,7 @@ constexpr NSString navLastRootDirectoryKey = "NSNavLastRootDirectory";
 
 template <class T>
 void store(NSUserDefaults& defaults, const T& object, const NSString& key) {
-  // An archiver takes what it encodes as a Value, which has no form for what is constant; it changes nothing.
+  // NSArchiver takes the object as a Value, which cannot hold a const object. The archiver does not change it.
   defaults.setObject(NSArchiver::archivedDataWithRootObject(ref(const_cast<T&>(object))), key);
 }
 

@@ -1,14 +1,13 @@
-// NorvikCore/Categories/NSUserDefaults+Norvik.h - colours and fonts as preferences, and the folder that was last
-// opened.
+// NorvikCore/Categories/NSUserDefaults+Norvik.h - colours and fonts as preferences, and the last opened folder.
 //
 //   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
 //   setColor(defaults, *NSColor::redColor(), NKAppMessageColor);
-//   Ref<NSColor> colour = colorForKey(defaults, NKAppMessageColor);      // red; empty where none was stored
+//   Ref<NSColor> colour = colorForKey(defaults, NKAppMessageColor);      // red; empty if none was stored
 //
 //   setNavLastRootDirectory("~/Documents/Payroll");      // a panel was closed there
 //   navLastRootDirectory();                              // where the next one opens: "/home/pat/Documents/Payroll"
 //
-// A colour or font is stored as the data that NSArchiver makes of it, and comes back exactly as it was. Data that hold
+// A colour or font is stored as the data that NSArchiver makes from it, and is read back exactly. Data that hold
 // anything else raise NSInvalidUnarchiveOperationException. Any thread.
 #pragma once
 
@@ -20,24 +19,24 @@
 namespace norvik {
 
 NK_EXPORT void setColor(NSUserDefaults& defaults, const NSColor& color, const NSString& forKey);
-/// Empty where the key has no data.
+/// Empty if the key has no data.
 [[nodiscard]] NK_EXPORT Ref<NSColor> colorForKey(const NSUserDefaults& defaults, const NSString& key);
 
 NK_EXPORT void setFont(NSUserDefaults& defaults, const NSFont& font, const NSString& forKey);
-/// Empty where the key has no data.
+/// Empty if the key has no data.
 [[nodiscard]] NK_EXPORT Ref<NSFont> fontForKey(const NSUserDefaults& defaults, const NSString& key);
 
-// The folder in which open and save panels begin, in the standard user defaults under "NSNavLastRootDirectory", the
-// home folder abbreviated to "~". In each path a leading "~" is expanded.
+// The folder in which open and save panels begin. It is stored in the standard user defaults under
+// "NSNavLastRootDirectory", with the home folder abbreviated to "~". A leading "~" in any of the paths is expanded.
 
-/// The stored folder, where it is there and is a folder; else the user's home folder.
+/// The stored path if a folder is there, otherwise the user's home folder.
 [[nodiscard]] NK_EXPORT NSString navLastRootDirectory();
 [[nodiscard]] NK_EXPORT Ref<NSURL> navLastRootURL();
-/// Does nothing where no folder is at the path.
+/// Does nothing if no folder is at the path.
 NK_EXPORT void setNavLastRootDirectory(const NSString& path);
-/// For a remembered folder that has a new path: setNavLastRootDirectory(newPath) where navLastRootDirectory() is
-/// `path`, else nothing. A folder that is gone from its old path is remembered no more; so both must be there, as when
-/// the old one has become a link.
+/// For a stored folder that has moved: calls setNavLastRootDirectory(newPath) if navLastRootDirectory() is `path`,
+/// otherwise does nothing. navLastRootDirectory() ignores a folder that no longer exists, so both paths must exist, for
+/// example when the old path has become a link.
 NK_EXPORT void setNavLastRootDirectoryIfMatches(const NSString& path, const NSString& newPath);
 
 }  // namespace norvik

@@ -1,4 +1,4 @@
-// NorvikCore/constants/NKBind.h - the marker of the binding helpers.
+// NorvikCore/constants/NKBind.h - the key of the short options of bindings (Categories/NSObject+Norvik_Binding.h).
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -1,8 +1,8 @@
-// NorvikCore/constants/NKDebuggerAttached.h - whether somebody debugs the application, as the application says.
+// NorvikCore/constants/NKDebuggerAttached.h - a switch by which the application says that it is being debugged.
 //
-//   NKDebuggerAttached = true;       // from now on the cookie operations print what they delete on the console
+//   NKDebuggerAttached = true;       // after this, cookie operations print on the console which cookies they delete
 //
-// False until the application sets it. Nothing here looks for a debugger.
+// False until the application sets it. The library does not check for a debugger.
 #pragma once  // include time: <atomic>: it is read and set on any threads
 
 #include "NorvikCore/platform/export.h"
@@ -11,7 +11,7 @@
 
 namespace norvik {
 
-/// A switch that any thread may read and set at any time; reading costs what a plain load costs. Synchronised.
+/// A switch that any thread may read and set at any time. A read costs as much as a plain load. Synchronised.
 class AtomicSwitch {
  public:
   constexpr explicit AtomicSwitch(bool isOn) noexcept : isOn_(isOn) {}

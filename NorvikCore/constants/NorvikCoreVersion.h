@@ -1,10 +1,10 @@
-// NorvikCore/constants/NorvikCoreVersion.h - the version of the vocabulary, as programs ask for it.
+// NorvikCore/constants/NorvikCoreVersion.h - the version of the library's names and behaviour, for programs.
 //
 //   NSLog("%.1f", NorvikCoreVersionNumber);      // 1.0
 //
-// It is the version of the names and their behaviour; that of the library's file and package is CMake's
-// NorvikCore_VERSION and pkg-config's. The text begins with "@(#)", so that what(1) finds it in the library's file.
-// Constants that are never destroyed: any thread, any time.
+// The version of the library file and of the package is given by CMake's NorvikCore_VERSION and by pkg-config. The
+// text begins with "@(#)" so that what(1) finds it in the library file. Constants that are never destroyed: any thread,
+// any time.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

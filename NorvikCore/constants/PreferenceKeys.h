@@ -2,9 +2,9 @@
 //
 //   NSUserDefaults::standardUserDefaults().boolForKey(NKDeveloperMode);     // stored under "DeveloperMode"
 //
-// Only the names are here, so that every module spells them the same way; what is stored under a key, and of which
-// type, is the business of the module that reads it. A value is its constant's name without "NK", but for the three at
-// the end. Constants that are never destroyed: any thread, any time.
+// This header has only the names, so that every module spells them the same way. The module that reads a preference
+// decides its meaning and type. A value is its constant's name without "NK", except for the three constants at the end.
+// Constants that are never destroyed: any thread, any time.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -91,7 +91,7 @@ NK_EXPORT extern const NSString NKTextHeading1Font;
 NK_EXPORT extern const NSString NKUserAgent;
 NK_EXPORT extern const NSString NKUserUUID;
 
-// Whose value is not the name without "NK": "AgentSettings", "TitleColor" and "NavLastNKDocumentPath".
+// The value of these is not the name without "NK": "AgentSettings", "TitleColor" and "NavLastNKDocumentPath".
 NK_EXPORT extern const NSString NKAgentSettingsKey;
 NK_EXPORT extern const NSString NKAppTitleColor;
 NK_EXPORT extern const NSString NKNavLastDocumentPath;

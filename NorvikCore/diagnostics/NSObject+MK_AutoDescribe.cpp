@@ -14,7 +14,7 @@
 namespace norvik {
 namespace {
 
-/// Adds the lines of one element to the text.
+/// Appends the lines of one element to the text.
 using ElementBlock = Block<void(const Value& element, NSMutableString& text)>;
 
 NSString _describeElements(const NSObject& object, const NSArray& elements, const NSString& header,

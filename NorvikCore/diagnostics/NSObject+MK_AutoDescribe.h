@@ -1,5 +1,4 @@
-// NorvikCore/diagnostics/NSObject+MK_AutoDescribe.h - any object shows what it has: its properties with their values,
-// and its methods.
+// NorvikCore/diagnostics/NSObject+MK_AutoDescribe.h - shows any object's properties with their values, and its methods.
 //
 //   mk_printObject(*slip);                     // on the system console:
 //                                              //   - - - > Payslip attributes:
@@ -9,9 +8,9 @@
 //   mk_methodList<Payslip>();                  // "grossPay", "setGrossPay:", "netPay", "recalculate"
 //   mk_methodListOnly<Payslip>();              // "recalculate"
 //
-// A debugging aid, for every class that states itself. Lists are in the order of the statements: NK_PROPERTY and its
-// kind state a property with its accessors, NK_METHOD and NK_METHOD_AS a method. It reads and changes nothing, as far
-// as the accessors it calls change nothing; its threads are those of the object described.
+// A debugging aid for every class that declares itself to the runtime. Lists are in the order of the declarations:
+// NK_PROPERTY and similar macros declare a property with its accessors, NK_METHOD and NK_METHOD_AS a method. Nothing is
+// changed, unless an accessor that is called changes something. Threads: those that the described object allows.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -21,14 +20,15 @@
 
 namespace norvik {
 
-/// The names of the properties of the class, then of its superclass and so on up to the root. A class's own come before
-/// those that categories add to it; properties without a name are left out, names that occur twice are not.
+/// The names of the properties of the class, then of its superclass, and so on up to the root. A class's own properties
+/// come before those that categories add to it. Properties without a name are left out; a name that occurs twice is
+/// listed twice.
 [[nodiscard]] NK_EXPORT Ref<NSArray> mk_propertyList(const Class& theClass);
-/// The selectors of the methods that the class itself states, accessors among them. Operations of the class itself are
-/// no methods of its objects.
+/// The selectors of the methods that the class itself declares, including accessors. Class operations are not included,
+/// because they are not methods of its objects.
 [[nodiscard]] NK_EXPORT Ref<NSArray> mk_methodList(const Class& theClass);
-/// The same without accessors: without any method that is named, but for case, as a property of the class or a
-/// superclass, as "set" with such a name and a colon behind, or ".cxx_destruct".
+/// The same without accessors. A method is left out if its name, ignoring case, is that of a property of the class or a
+/// superclass, or "set", such a name and a colon, or ".cxx_destruct".
 [[nodiscard]] NK_EXPORT Ref<NSArray> mk_methodListOnly(const Class& theClass);
 
 template <class T>
@@ -47,13 +47,14 @@ template <class T>
 /// The name of the object's class.
 [[nodiscard]] NK_EXPORT NSString mk_className(const NSObject& object);
 
-// Each as a block of text, "- - - > " with the class's name and a heading before it and "< - - -" behind it.
+// Each function returns a block of text: "- - - > " with the class's name and a heading, the lines, and "< - - -".
 
-/// Every property of mk_propertyList with its value. An object of the class "NSManagedObject", where the process has a
-/// class of that name, gives its own description instead.
+/// Every property of mk_propertyList with its value. If the process has a class named "NSManagedObject", an object of
+/// that class gives its own description instead.
 [[nodiscard]] NK_EXPORT NSString mk_describeObject(const NSObject& object);
-/// The keys with their values, read by key-value coding. Where that raises an NSException, as for a key that the object
-/// does not have, the value is "Can't get value via KVC"; exceptions of other kinds pass. An absent value is "(null)".
+/// The keys with their values, read by key-value coding. If reading raises an NSException, for example because the
+/// object does not have the key, the value is "Can't get value via KVC"; exceptions of other kinds pass. An absent
+/// value is "(null)".
 [[nodiscard]] NK_EXPORT NSString mk_describeObjectKeys(const NSObject& object, const NSArray& keys);
 [[nodiscard]] NK_EXPORT NSString mk_describeObjectMethods(const NSObject& object);
 [[nodiscard]] NK_EXPORT NSString mk_describeObjectMethodsOnly(const NSObject& object);
@@ -64,11 +65,11 @@ NK_EXPORT void mk_printObjectKeys(const NSObject& object, const NSArray& keys);
 NK_EXPORT void mk_printObjectMethods(const NSObject& object);
 NK_EXPORT void mk_printObjectMethodsOnly(const NSObject& object);
 
-/// mk_printObject for a debugger, which finds it by its name, without debug information of the library and on a `Ref`
-/// too:
+/// mk_printObject for use in a debugger. The debugger finds it by its name, without debug information of the library;
+/// it works for a `Ref` too:
 ///   (gdb) call (void)mk_printObjectAt(payment.object_)
-/// `object` is the address of an NSObject, which is that of any object whose first base class is one. Without an object
-/// it prints "(null)".
+/// `object` is the address of an NSObject, or of any object whose first base class is NSObject. For a null pointer it
+/// prints "(null)".
 extern "C" NK_EXPORT void mk_printObjectAt(const void* object);
 
 }  // namespace norvik

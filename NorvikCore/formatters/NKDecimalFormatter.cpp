@@ -37,7 +37,7 @@ void NKDecimalFormatter::setup() {
 void NKDecimalFormatter::setMaximum(std::optional<NSNumber> maximum) {
   Super::setMaximum(maximum);
   if (formatterBehavior() != NSNumberFormatterBehavior10_4) setFormatterBehavior(NSNumberFormatterBehavior10_4);
-  // Of a double, stringValue() may be "1e+05": a decimal's digits are always plain.
+  // A double's stringValue() may be "1e+05"; a decimal's digits are always plain.
   const auto length = maximum ? static_cast<std::int64_t>(maximum->decimalValue().stringValue().length()) : 0;
   if (length == 0) return;
   setMaximumIntegerDigits(static_cast<int>(length));

@@ -4,9 +4,9 @@
 //   formatter->setMaximum(1000);                  // four integer digits, nine characters at most
 //   formatter->stringFromNumber(1234.5_dec);      // "1,234.50" in a British locale
 //
-// While the user types only the length is limited: an edit that would exceed maxLength() is cut to what still fits.
-// Characters, sign and bounds are judged when the field commits, by lenient reading. What is read is an integer or a
-// double, and a Decimal wherever a double has other digits ("12345678901234567.89").
+// While the user types, only the length is limited: an edit that would exceed maxLength() is cut to the characters that
+// still fit. Characters, sign and bounds are checked by lenient reading when the field commits. The value read is an
+// integer or a double; it is a Decimal if a double would have other digits ("12345678901234567.89").
 //
 // Threads: confined to the thread of its field.
 #pragma once
@@ -20,31 +20,32 @@ namespace norvik {
 class NK_EXPORT NKDecimalFormatter : public NSNumberFormatter {
   NK_OBJECT(NKDecimalFormatter, NSNumberFormatter)
   NK_CODING
-  /// The greatest number of UTF-16 units the field may hold; 0 or less, as at first, is no limit.
+  /// The greatest number of UTF-16 units that the field may hold. 0 or less means no limit; the initial value is 0.
   NK_PROPERTY(std::int64_t, maxLength, setMaxLength)
 
   NKDecimalFormatter();
   ~NKDecimalFormatter() override;
 
-  /// Configures a new formatter: 10.4 behaviour, decimal style, floats, one integer digit at least, exactly two
-  /// fraction digits, grouping, lenient reading. A subclass calls its superclass's setup() first. Locale and rounding
-  /// stay the platform's: the user's locale, half to even.
+  /// Configures a new formatter: 10.4 behaviour, decimal style, floats, at least one integer digit, exactly two
+  /// fraction digits, grouping, lenient reading. An override calls its superclass's setup() first. Locale and rounding
+  /// keep the platform's defaults: the user's locale, half to even.
   virtual void setup();
 
-  /// Sets the upper bound. With L the length of the bound's plain text, sign and point included, L becomes the greatest
-  /// number of integer digits and L + L / 3 + 4 the maxLength(); without a bound both stay as they are.
+  /// Sets the upper bound. If L is the length of the bound's plain text, including sign and point, the greatest number
+  /// of integer digits becomes L and maxLength() becomes L + L / 3 + 4. An absent bound leaves both unchanged.
   void setMaximum(std::optional<NSNumber> maximum) override;
 
-  /// The platform's decoding, then setup(): what setup() sets is the class's, whatever was encoded.
+  /// Decodes as the platform does, then calls setup(), which overwrites the encoded values of the settings it makes.
   bool initWithCoder(NSCoder& coder) override;
 
-  /// The platform's rendering with the formatter's nk_additionalAttributes over it.
+  /// The platform's rendering, with the formatter's nk_additionalAttributes applied to it.
   [[nodiscard]] Ref<NSAttributedString> attributedStringForObjectValue_withDefaultAttributes(
       const Value& value, const Ref<NSDictionary>& attributes) const override;
   [[nodiscard]] std::optional<NSString> editingStringForObjectValue(const Value& value) const override;
 
-  /// Accepts while maxLength() holds. Otherwise as many of the inserted characters as still fit take the place of the
-  /// selection, the caret goes behind them, and the answer is false. Where the text was too long already, none fits.
+  /// Accepts the edit if the text is within maxLength(). Otherwise the selection is replaced by as many of the inserted
+  /// characters as still fit, the caret is placed after them, and the result is false. If the text was already too
+  /// long, none fits.
   [[nodiscard]] bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                           NSRange originalSelection, NSString* error = nullptr) const override;
 

@@ -4,8 +4,8 @@
 //   auto formatter = make<NKMonetaryTermDecimalNumberFormatter>();
 //   NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(1234.5_dec);     // "1,234.50"
 //
-// Two to four fraction digits, grouped in threes; what is read is a Decimal. The bounds are the class's at the time
-// when a formatter is made; defining others later changes no formatter that exists.
+// Two to four fraction digits, grouped in threes; the value read is a Decimal. A formatter takes the class's bounds
+// when it is created; defining other bounds later does not change existing formatters.
 #pragma once
 
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
@@ -17,13 +17,13 @@ class NK_EXPORT NKMonetaryTermDecimalNumberFormatter : public NKDecimalFormatter
   NK_CODING
   ~NKMonetaryTermDecimalNumberFormatter() override;
 
-  /// The bounds of all formatters made from now on; absent is none. Any thread.
+  /// Sets the bounds of all formatters created from now on; absent means no bound. Any thread.
   static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minDecimalTerm);
 
-  /// The number as a money amount in the library's default locale, whatever the user's. Any thread: the main thread
-  /// keeps one formatter, with the bounds of its first call, and uses it again; elsewhere each call makes one, some
-  /// tens of microseconds. Where a maximum is defined, a number with more integer digits than its text has characters
-  /// loses the first ones: define bounds that hold for totals too.
+  /// The number as a money amount in the library's default locale, whatever the user's locale. Any thread. The main
+  /// thread keeps one formatter, with the bounds of its first call, and reuses it; on other threads each call creates a
+  /// formatter, which takes some tens of microseconds. If a maximum is defined, a number with more integer digits than
+  /// the maximum's text has characters loses its first digits, so define bounds that hold for totals too.
   [[nodiscard]] static NSString nk_stringFromNumber(const NSNumber& number);
 
   void setup() override;

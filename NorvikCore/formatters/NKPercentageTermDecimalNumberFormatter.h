@@ -4,8 +4,8 @@
 //   auto formatter = make<NKPercentageTermDecimalNumberFormatter>();
 //   formatter->stringFromNumber(12.125_dec);        // "12.125" in a British locale
 //
-// One to four fraction digits, grouped in threes; what is read is a Decimal. The bounds are the class's at the time
-// when a formatter is made; defining others later changes no formatter that exists.
+// One to four fraction digits, grouped in threes; the value read is a Decimal. A formatter takes the class's bounds
+// when it is created; defining other bounds later does not change existing formatters.
 #pragma once
 
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
@@ -17,7 +17,7 @@ class NK_EXPORT NKPercentageTermDecimalNumberFormatter : public NKDecimalFormatt
   NK_CODING
   ~NKPercentageTermDecimalNumberFormatter() override;
 
-  /// The bounds of all formatters made from now on; absent is none. Any thread.
+  /// Sets the bounds of all formatters created from now on; absent means no bound. Any thread.
   static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minDecimalTerm);
 
   void setup() override;

@@ -36,7 +36,7 @@ void NKPlainTextFormatter::setLowerCase(bool lowerCase) {
   setCase({"lowerCase", lowerCase_}, lowerCase, {"upperCase", upperCase_});
 }
 
-/// Where both flags change, observers of either are notified when both have changed.
+/// If both flags change, observers of either are notified after both have changed.
 void NKPlainTextFormatter::setCase(const CaseFlag& set, bool value, const CaseFlag& other) {
   const auto store = [&] {
     set.flag = value;

@@ -1,17 +1,17 @@
 // NorvikCore/formatters/NKPlainTextFormatter.h - the formatter of a text field that holds plain text of a limited
-// length, in capitals or small letters where that is wanted.
+// length, optionally in upper or lower case.
 //
 //   auto formatter = make<NKPlainTextFormatter>();
 //   formatter->setMaxLength(9);
 //   formatter->setUpperCase(true);
 //   formatter->stringForObjectValue("qq123456c");      // "QQ123456C"
 //
-// While the user types, an edit that would exceed maxLength() is cut to what still fits. With a case set, every edit is
-// answered by its converted text, also where that is what was proposed. That is deliberate: it is how the text gets
-// into the field.
+// While the user types, an edit that would exceed maxLength() is cut to the characters that still fit. If a case is
+// set, every edit is refused and replaced by its converted text, even if that equals the proposed text. That is
+// deliberate: it is how the converted text reaches the field.
 //
-// Case is Unicode's full mapping (NSStringCase.h), which may make a text longer: "ß" becomes "SS". The length is
-// checked before the case is changed, so that may exceed maxLength().
+// Case follows Unicode's full mapping (NSStringCase.h), which may make a text longer: "ß" becomes "SS". The length is
+// checked before the case is converted, so the result may exceed maxLength().
 //
 // Threads: confined to the thread of its field.
 #pragma once
@@ -26,10 +26,10 @@ namespace norvik {
 class NK_EXPORT NKPlainTextFormatter : public NSFormatter, public NSCoding {
   NK_OBJECT(NKPlainTextFormatter, NSFormatter)
   NK_CODING
-  /// The greatest number of UTF-16 units the field may hold, 2147483647 at first. 0 is no exception: nothing fits then,
-  /// nor for less than 0, where the empty text is refused too and its replacement is empty.
+  /// The greatest number of UTF-16 units that the field may hold; 2147483647 initially. With 0 no text fits. With less
+  /// than 0 the empty text is refused too; its replacement is empty.
   NK_PROPERTY(std::int64_t, maxLength, setMaxLength)
-  /// False at first. Setting one to true sets the other to false, before observers of either are notified.
+  /// False initially. Setting one to true sets the other to false, before observers of either are notified.
   NK_COMPUTED_PROPERTY_WITH_SETTER(bool, upperCase, setUpperCase)
   NK_COMPUTED_PROPERTY_WITH_SETTER(bool, lowerCase, setLowerCase)
 
@@ -43,18 +43,19 @@ class NK_EXPORT NKPlainTextFormatter : public NSFormatter, public NSCoding {
 
   /// Absent unless the value is a text.
   [[nodiscard]] std::optional<NSString> stringForObjectValue(const Value& value) const override;
-  /// The text, converted; never fails.
+  /// The value is the converted text; never fails.
   [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
                                                                NSString* error = nullptr) const override;
 
-  /// As many of the inserted units as still fit take the place of the selection, and the caret goes behind them. Of a
-  /// character of two units the first may fit alone. Where the text was too long already, none fits and nothing but the
-  /// selection is lost: an edit may shorten such a text but not lengthen it. One that deletes more than was selected,
-  /// as a backspace behind the caret does, is accepted. A selection beyond the text ends with it.
+  /// If the text would be too long, replaces the selection by as many of the inserted units as still fit and places the
+  /// caret after them. A character of two units may be cut after its first unit. If the text was already too long, no
+  /// unit fits and only the selection is lost: an edit may shorten such a text but not lengthen it. An edit that
+  /// deletes more than the selection, such as a backspace at the caret, is accepted. A selection beyond the end of the
+  /// text is cut at the end.
   [[nodiscard]] bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                           NSRange originalSelection, NSString* error = nullptr) const override;
 
-  /// Nothing is archived: what is decoded is a new formatter.
+  /// Encodes nothing; decoding gives a new formatter.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 

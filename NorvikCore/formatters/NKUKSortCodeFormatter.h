@@ -3,11 +3,11 @@
 //
 //   auto formatter = make<NKUKSortCodeFormatter>();
 //   formatter->stringForObjectValue("123456");      // "12-34-56"
-//   formatter->stringForObjectValue("12 34 5");     // "12 34 5": not six digits, so it stays
+//   formatter->stringForObjectValue("12 34 5");     // "12 34 5": not six digits, so it is unchanged
 //
-// What has exactly six of the digits 0 to 9, whatever else there is between them, is shown and stored as three pairs.
-// Anything else stays as it was typed: letters are not refused, neither while typing nor at the end. Digits of other
-// scripts are no digits. Threads: confined to the thread of its field.
+// A text with exactly six of the digits 0 to 9, whatever other characters it has, is shown and stored as three pairs.
+// Any other text stays as it was typed: letters are never refused, neither during typing nor on commit. Digits of other
+// scripts do not count. Threads: confined to the thread of its field.
 #pragma once
 
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
@@ -19,17 +19,17 @@ class NK_EXPORT NKUKSortCodeFormatter : public NKPlainTextFormatter {
   NK_CODING
   ~NKUKSortCodeFormatter() override;
 
-  /// Sets the greatest length to 8: six digits and two hyphens.
+  /// Sets maxLength() to 8: six digits and two hyphens.
   void setup();
 
-  /// The sort code in pairs, or the text as it is. Absent unless the value is a text.
+  /// The sort code in pairs, or the unchanged text. Absent unless the value is a text.
   [[nodiscard]] Value transformedValue(const Value& value) const;
 
-  /// transformedValue(); the case of letters stays, whatever case is set.
+  /// transformedValue(). The case of letters is unchanged, even if upperCase() or lowerCase() is set.
   [[nodiscard]] std::optional<NSString> stringForObjectValue(const Value& value) const override;
   [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
                                                                NSString* error = nullptr) const override;
-  /// The superclass's check, and nothing of its own.
+  /// The same as the superclass.
   [[nodiscard]] bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                           NSRange originalSelection, NSString* error = nullptr) const override;
   bool initWithCoder(NSCoder& coder) override;

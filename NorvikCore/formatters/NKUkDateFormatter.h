@@ -1,5 +1,4 @@
-// NorvikCore/formatters/NKUkDateFormatter.h - dates as text as British clocks and calendars show them: Europe/London,
-// en_GB.
+// NorvikCore/formatters/NKUkDateFormatter.h - dates as text in the British time zone and locale: Europe/London, en_GB.
 //
 //   auto formatter = make<NKUkDateFormatter>();
 //   formatter->setDateFormat("dd/MM/yyyy HH:mm");

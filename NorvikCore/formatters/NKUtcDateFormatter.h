@@ -18,8 +18,8 @@ class NK_EXPORT NKUtcDateFormatter : public NSDateFormatter {
   NK_CODING
   ~NKUtcDateFormatter() override;
 
-  /// The date in the styles, whose texts NSDateFormatter.h shows. The main thread keeps one formatter for this; every
-  /// other thread makes one for each call.
+  /// The date in the given styles; NSDateFormatter.h shows examples. The main thread keeps one formatter for this;
+  /// every other thread creates a formatter for each call.
   [[nodiscard]] static NSString localizedStringFromDate(Date date, NSDateFormatterStyle dateStyle,
                                                         NSDateFormatterStyle timeStyle);
 

@@ -1,9 +1,10 @@
-// NorvikCore/markup/MRKEscapedStringForString.h - text of others, made safe to be put into marked-up text.
+// NorvikCore/markup/MRKEscapedStringForString.h - escapes text so that it can be inserted into marked-up text.
 //
-//   MRKEscapedStringForString("5 < 6");      // "5 \001< 6": each "<" behind the character U+0001
+//   MRKEscapedStringForString("5 < 6");      // "5 \001< 6": the character U+0001 before each "<"
 //
-// Parsed as markup the result is the text again, whatever it holds. Only right beside a tag two things count: ">" at
-// the start of the text belong to the tag before it and are lost, and U+0001 at its end escapes the tag behind it.
+// Parsing the result as markup gives the text back, whatever it contains. There are two exceptions next to a tag: if
+// the text begins with ">" and follows a tag, the leading ">" characters become part of that tag and are lost; if the
+// text ends with U+0001 and precedes a tag, that tag is escaped.
 //
 // Any thread. Linear.
 #pragma once

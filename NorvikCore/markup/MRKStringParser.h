@@ -1,11 +1,11 @@
-// NorvikCore/markup/MRKStringParser.h - marked-up text becomes plain or attributed text.
+// NorvikCore/markup/MRKStringParser.h - converts marked-up text to plain or attributed text.
 //
 //   Ref<NSError> error;
 //   Value text = MRKStringParser::stringWithTaggedString(*source, *options, NSAttributedString::staticClass(), &error);
 //
-// MRKTaggedString has the operations with which to parse; docs/markup.md has the language.
+// MRKTaggedString has the operations that applications use; docs/markup.md describes the language.
 //
-// One pass; linear in the source, however tags are nested, and without recursion. Parsings share nothing: any thread.
+// One pass, without recursion; linear in the source, however deep tags are nested. Calls share no state: any thread.
 #pragma once
 
 #include "NorvikCore/markup/MRKTaggedString.h"
@@ -17,19 +17,20 @@
 
 namespace norvik {
 
-/// The domain of errors in markup; their code is 100, their user info the message under "developerError".
+/// The domain of errors in markup. Their code is 100; their user info has the message under "developerError".
 NK_EXPORT extern const NSString MRKTaggedStringErrorDomain;
 
 class NK_EXPORT MRKStringParser : public NSObject {
   NK_OBJECT(MRKStringParser, NSObject)
   ~MRKStringParser() override;
 
-  /// A text where `returnClass` is NSString, an NSAttributedString where it is that; anything else raises
-  /// NSInternalInconsistencyException. Absent where the source is no markup; then `error`, where given, says why.
+  /// An NSString if `returnClass` is NSString, an NSAttributedString if it is NSAttributedString; another class raises
+  /// NSInternalInconsistencyException. If the source is not valid markup, the result is absent and `error`, if given,
+  /// holds the reason.
   [[nodiscard]] static Value stringWithTaggedString(const MRKTaggedString& taggedString,
                                                     const MRKTaggedStringOptions& options, const Class& returnClass,
                                                     Ref<NSError>* error = nullptr);
-  /// The new text has no attributes, whatever the text before it has. An absent text appends nothing.
+  /// The appended text has no attributes, whatever attributes the text before it has. An absent text appends nothing.
   static void appendString(const std::optional<NSString>& string, NSMutableAttributedString& intoAttributedString);
 };
 

@@ -37,7 +37,7 @@ Ref<MRKTaggedStringOptions> MRKTaggedStringOptions::optionsWithBaseAttributes(co
 void MRKTaggedStringOptions::registerDefaultOptions(const MRKTaggedStringOptions& options) {
   Ref<const MRKTaggedStringOptions> copy = options.copy();
   MutexLock lock(registered().mutex);
-  std::swap(registered().options, copy);  // the former ones go after the lock
+  std::swap(registered().options, copy);  // the former options are destroyed after the lock is released
 }
 
 Ref<const MRKTaggedStringOptions> MRKTaggedStringOptions::registeredOptions() {

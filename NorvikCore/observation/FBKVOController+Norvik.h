@@ -5,14 +5,14 @@
 //   dispose(*controller);            // ends all observations
 //   disposed(*controller);           // true: another dispose does nothing, whatever was observed meanwhile
 //
-// Both marks are associated values, and keys of a controller under these names. Synchronised.
+// Both marks are associated values; they are also keys of the controller under these names. Synchronised.
 #pragma once
 
 #include "NorvikCore/observation/FBKVOController.h"
 
 namespace norvik {
 
-/// Calls unobserveAll and marks the controller as disposed; nothing where it is already.
+/// Calls unobserveAll and marks the controller as disposed. Does nothing if it is already disposed.
 NK_EXPORT void dispose(FBKVOController& controller);
 [[nodiscard]] NK_EXPORT bool disposed(const FBKVOController& controller);
 NK_EXPORT void setDisposed(FBKVOController& controller, bool isDisposed);

@@ -18,7 +18,7 @@ using Entries = std::vector<detail::ObservedObjects::Entry>;
 
 _FBKVOSharedController& shared() { return _FBKVOSharedController::sharedController(); }
 
-/// Ends the observations of one object. Its registrations went with it where it is gone.
+/// Ends the observations of one object. If the object was destroyed, its registrations were destroyed with it.
 void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
   if (entry.payload.infos().empty()) return;
   const Ref<NSObject> object = entry.object();
@@ -85,13 +85,13 @@ void FBKVOController::unobserve(detail::ObjectArgument object) {
 void FBKVOController::unobserveAll() { _unobserveAll(); }
 
 void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
-  Entries left;  // goes after the lock
+  Entries left;  // destroyed after the lock is released
   {
     MutexLock lock(_lock);
     if (!_objectInfosMap->findOrInsert(object, left).add(info)) return;
   }
   for (const auto& entry : left) unobserveEntry(entry);
-  // The initial call may let go of the object and of this controller.
+  // The initial call may release the object and this controller.
   const Ref<NSObject> kept = info->wants(NSKeyValueObservingOptionInitial) ? ref(object) : nullptr;
   shared().observe(object, std::move(info));
 }

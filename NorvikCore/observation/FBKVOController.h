@@ -1,4 +1,4 @@
-// NorvikCore/observation/FBKVOController.h - watches key paths of other objects for one observer, and stops by itself.
+// NorvikCore/observation/FBKVOController.h - observes key paths of other objects for one observer, and stops by itself.
 //
 //   auto controller = FBKVOController::controllerWithObserver(*window);
 //   controller->observe_keyPath_options_block(
@@ -9,25 +9,27 @@
 //   slip->employee()->setName("Sian");     // the window shows it
 //   controller = nullptr;                  // all its observations end
 //
-// A change reaches a block with the observer, the object and a dictionary: the key path under
-// FBKVONotificationKeyPathKey and the entries of KeyValueObserving.h. The dictionary does not change; `change.copy()`
-// keeps it. An action is an operation of the observer that takes that dictionary, without the key path, and the object.
-// A context is given back to the observer's observeValueForKeyPath.
+// A block receives a change as the observer, the object and a dictionary. The dictionary holds the key path under
+// FBKVONotificationKeyPathKey and the entries of KeyValueObserving.h. It does not change during the call; store
+// `change.copy()` to keep it. An action is an operation of the observer; it receives that dictionary, without the key
+// path, and the object. A context is passed to the observer's observeValueForKeyPath.
 //
 // One controller observes a key path of an object once: a second observation is ignored, whatever its handler, until
 // the first is removed. An empty object, path, block or selector observes nothing. A misspelt path raises
-// NSUndefinedKeyException with the class and the key, and leaves nothing behind.
+// NSUndefinedKeyException with the class and the key, and registers nothing.
 //
-// Ownership: the observer is not kept; once it is gone, changes are ignored. Observed objects are kept, unless the
-//            controller was made not to: then an object that goes ends its observations. A block is kept, with what it
-//            captured, until its observation ends; let it not hold a Ref to the controller.
-// Threads:   synchronised. Handlers run on the thread that makes the change, with no lock held, and may do anything:
-//            observe, unobserve, dispose, change what they observe, and let go of the observer, the object and the
-//            controller. After unobserve returns, no call begins; one that already runs on another thread may finish,
-//            and its observer, controller and object live as long as it.
-// Errors:    what a handler raises passes to who makes the change. An action that the observer does not have raises
-//            NSInvalidArgumentException then.
-// Cost:      observing and unobserving take constant time on average whatever the numbers of controllers, objects and
+// Ownership: the observer is not retained; after it is destroyed, changes are ignored. Observed objects are retained,
+//            unless the controller was created not to retain them: then destroying an object ends its observations. A
+//            block is retained, with what it captured, until its observation ends; it must not hold a Ref to the
+//            controller.
+// Threads:   synchronised. Handlers run on the thread that makes the change, with no lock held. A handler may observe,
+//            unobserve, dispose, change what it observes, and release the observer, the object and the controller.
+//            After unobserve returns, no new call begins; a call that already runs on another thread may finish, and
+//            retains its observer, controller and object until then.
+// Errors:    an exception of a handler passes to the code that makes the change. An action that the observer does not
+//            have raises NSInvalidArgumentException at the change.
+// Cost:      observing and unobserving take constant time on average, whatever the numbers of controllers, objects and
+//            observations, and are linear in the key paths that one controller observes of one object.
 //            observations; linear in the key paths that one controller observes of one object.
 #pragma once
 
@@ -74,7 +76,7 @@ class NK_EXPORT FBKVOController : public NSObject {
 
   explicit FBKVOController(NSObject& observer, bool retainObserved = true);
   ~FBKVOController() override;
-  /// Keeps the objects it observes.
+  /// Retains the objects it observes.
   [[nodiscard]] static Ref<FBKVOController> controllerWithObserver(NSObject& observer);
   [[nodiscard]] static Ref<FBKVOController> initWithObserver(NSObject& observer);
   [[nodiscard]] static Ref<FBKVOController> initWithObserver(NSObject& observer, bool retainObserved);
@@ -86,7 +88,8 @@ class NK_EXPORT FBKVOController : public NSObject {
                                       NSKeyValueObservingOptions options, SEL action);
   void observe_keyPath_options_context(detail::ObjectArgument object, const NSString& keyPath,
                                        NSKeyValueObservingOptions options, void* context);
-  /// The same for each of the key paths, in order. One that raises ends it; those before it stay observed.
+  /// The same for each of the key paths, in order. If one raises, the paths before it stay observed and those after it
+  /// are not observed.
   void observe_keyPaths_options_block(detail::ObjectArgument object, const NSArray& keyPaths,
                                       NSKeyValueObservingOptions options, const FBKVONotificationBlock& block);
   void observe_keyPaths_options_action(detail::ObjectArgument object, const NSArray& keyPaths,
@@ -94,15 +97,15 @@ class NK_EXPORT FBKVOController : public NSObject {
   void observe_keyPaths_options_context(detail::ObjectArgument object, const NSArray& keyPaths,
                                         NSKeyValueObservingOptions options, void* context);
 
-  /// Nothing happens where there is no such observation.
+  /// Does nothing if there is no such observation.
   void unobserve(detail::ObjectArgument object, const NSString& keyPath);
   void unobserve(detail::ObjectArgument object);
   void unobserveAll();
 
-  /// Empty once it is gone.
+  /// Empty after the observer is destroyed.
   [[nodiscard]] Ref<NSObject> observer() const { return _observer.lock(); }
   NK_COMPUTED_PROPERTY(Ref<NSObject>, observer)
-  /// The observer, and what is observed.
+  /// The observer and its observations.
   [[nodiscard]] NSString debugDescription() const;
 
  private:

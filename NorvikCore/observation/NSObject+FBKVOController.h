@@ -1,26 +1,26 @@
-// NorvikCore/observation/NSObject+FBKVOController.h - every object has a controller to observe others with, made on
-// first use.
+// NorvikCore/observation/NSObject+FBKVOController.h - gives every object a controller for observing other objects,
+// created on first use.
 //
 //   KVOController(*window)->observe_keyPath_options_block(slip, "netPay", NSKeyValueObservingOptionNew, showNetPay);
 //
-// The object is the controller's observer and keeps it; with the object its observations end. An object that is
-// observed through its own KVOController, or that keeps the observer, would never go, since the controller keeps
-// what it observes: use KVOControllerNonRetaining for these. While an object is going it has none, and is
-// given one that nobody else sees.
+// The object is the controller's observer and retains the controller; when the object is destroyed, its observations
+// end. The controller retains what it observes. So an object that is observed through its own KVOController, or that
+// retains the observer, would never be destroyed; use KVOControllerNonRetaining for such objects. An object that is
+// being destroyed has no controller; each call then returns a new one that is not stored.
 //
-// Synchronised: threads that ask for the first time at once get the same controller.
+// Synchronised: threads that call for the first time at once get the same controller.
 #pragma once
 
 #include "NorvikCore/observation/FBKVOController.h"
 
 namespace norvik {
 
-/// Keeps the objects it observes.
+/// Retains the objects it observes.
 [[nodiscard]] NK_EXPORT Ref<FBKVOController> KVOController(NSObject& observer);
-/// An empty Ref lets go of the present one, and with it of its observations.
+/// An empty Ref releases the present controller, which ends its observations.
 NK_EXPORT void setKVOController(NSObject& observer, const Ref<FBKVOController>& controller);
 
-/// Does not keep the objects it observes.
+/// Does not retain the objects it observes.
 [[nodiscard]] NK_EXPORT Ref<FBKVOController> KVOControllerNonRetaining(NSObject& observer);
 NK_EXPORT void setKVOControllerNonRetaining(NSObject& observer, const Ref<FBKVOController>& controller);
 

@@ -1,10 +1,10 @@
-// NorvikCore/values/NKCursor.h - a place among a number of places, which moves forward and stops at the last.
+// NorvikCore/values/NKCursor.h - a position in a sequence, which moves forward and stops at the count.
 //
 //   auto cursor = NKCursor::cursorWithCount(3, 1);
 //   cursor->increment();                               // the index is 2
 //   cursor->increment();                               // and stays 2
 //
-// A cursor is a snapshot: it does not follow changes of what it was made for. Confined: one thread at a time.
+// A cursor is a snapshot: later changes of the sequence do not affect it. Confined: one thread at a time.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -21,10 +21,10 @@ class NK_EXPORT NKCursor : public NSObject {
   ~NKCursor() override;
 
   [[nodiscard]] static Ref<NKCursor> cursorWithCount(std::int64_t count, std::int64_t index);
-  /// Sets both as they are: an index beyond the count is kept.
+  /// Sets both values unchecked: an index beyond the count is kept.
   void initWithCount(std::int64_t count, std::int64_t index);
 
-  /// Adds 1 to the index where that is still below the count.
+  /// Adds 1 to the index if it is below the count.
   void increment();
   NK_METHOD(increment)
 };

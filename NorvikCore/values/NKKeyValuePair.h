@@ -3,9 +3,9 @@
 //   Ref<NSMutableArray> months = NKKeyValuePair::pairsFromDictionary(*NSDictionary::dictionaryWith({{4, "April"}}));
 //   NKKeyValuePair::pairWithId(4, *months)->name();                // "April"
 //
-// Both properties may be read and set on any thread. The class of new pairs is the template argument, NKKeyValuePair
-// where there is none; a Class in front of the arguments names it at run time, and raises NSInvalidArgumentException
-// where it makes no pair.
+// Both properties may be read and set on any thread. The class of new pairs is the template argument, NKKeyValuePair by
+// default. In the overloads with a Class as first argument, that class is chosen at run time; a class that is not a
+// pair class raises NSInvalidArgumentException.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -52,13 +52,13 @@ class NK_EXPORT NKKeyValuePair : public NSObject {
   [[nodiscard]] static Ref<NSMutableArray> pairsFromDictionary(const Class& receivingClass,
                                                                const NSDictionary& dictionary);
 
-  /// The first pair with that id, or an empty Ref. An element before it that is no pair raises
+  /// The first pair with that id, or an empty Ref. If an element before that pair is not a pair, it raises
   /// NSInvalidArgumentException.
   [[nodiscard]] static Ref<NKKeyValuePair> pairWithId(std::int32_t id, const NSArray& pairs);
 
-  /// The key as an integer of 32 bits, as intValue has it: of a number without its fraction, or the nearest end of the
-  /// range; of a text the number that it begins with ("12 April" is 12, "abc" 0), in the same range; 0 for a key that
-  /// is neither and has no intValue. Pairs whose keys are no numbers therefore all have the id 0.
+  /// The key as an integer of 32 bits, converted as by intValue. A number loses its fraction; a text gives the number
+  /// at its beginning ("12 April" is 12, "abc" 0). A value out of range gives the nearest end of the range. A key that
+  /// is neither and has no intValue gives 0. So all pairs whose keys are not numbers have the id 0.
   [[nodiscard]] std::int32_t id() const;
   /// The value.
   [[nodiscard]] Value name() const { return value(); }

@@ -1,4 +1,4 @@
-// NorvikCore/values/NKSelectableItem.h - an item of a check list: something, and whether it is selected.
+// NorvikCore/values/NKSelectableItem.h - an item of a check list: a value, and whether it is selected.
 //
 //   auto list = NSArray::arrayWithObjects(NKSelectableItem::selectableItem("April", true),
 //                                         NKSelectableItem::selectableItem("May", false));
@@ -19,7 +19,7 @@ class NK_EXPORT NKSelectableItem : public NSObject {
   ~NKSelectableItem() override;
 
   [[nodiscard]] static Ref<NKSelectableItem> selectableItem(const Value& item, bool selected);
-  /// The items of the selected entries, in order, the null marker for an absent one. An entry that is no
+  /// The items of the selected entries, in order; an absent item is given as the null marker. An entry that is not an
   /// NKSelectableItem raises NSInvalidArgumentException.
   [[nodiscard]] static Ref<NSArray> takeSelectedItemsFrom(const NSArray& selectableItems);
 

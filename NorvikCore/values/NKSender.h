@@ -1,12 +1,13 @@
-// NorvikCore/values/NKSender.h - the sender of an action, with whatever the action needs to know and how to go on.
+// NorvikCore/values/NKSender.h - the sender of an action, with the data that the action needs and closures to call
+// next.
 //
 //   auto sender = NKSender::senderWithRepresentedObject(payslip);
 //   sender->setOnContinue([] { closePayRun(); });
 //   NSApplication::sharedApplication().sendAction_to_from("reviewPayslip:", window, sender);
 //   // there: NKSender::fromSender_getRepresentedObjectWithClass(sender, Payslip::staticClass())
 //
-// The closures are kept and never called here: the action decides when to call which. Each property may be read and set
-// on any thread; a closure captures what it needs, and what it captures lives as long as the sender.
+// The closures are only stored here: the action decides when to call which. Each property may be read and set on any
+// thread. The values that a closure captures live as long as the sender.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -35,7 +36,7 @@ class NK_EXPORT NKSender : public NSObject {
   NK_ATOMIC_PROPERTY(std::int64_t, tag, setTag)
   ~NKSender() override;
 
-  /// Not kept: empty once it is gone.
+  /// Not retained: empty after the target is destroyed.
   [[nodiscard]] Ref<NSObject> senderTarget() const { return senderTarget_.load().lock(); }
   void setSenderTarget(const Ref<NSObject>& target);
 
@@ -43,8 +44,8 @@ class NK_EXPORT NKSender : public NSObject {
   [[nodiscard]] static Ref<NKSender> senderWithRepresentedObject(const Value& representedObject);
   [[nodiscard]] static Ref<NKSender> senderWithOnContinue(const Block<void()>& onContinue);
 
-  /// The represented object of a sender where it is of that class or a subclass; absent where it is not, and where
-  /// `sender` is anything but an NKSender.
+  /// The represented object of a sender if it is of that class or a subclass. Absent if it is not, or if `sender` is
+  /// not an NKSender.
   [[nodiscard]] static Value fromSender_getRepresentedObjectWithClass(const Value& sender, const Class& wanted);
 
  private:

@@ -1,4 +1,4 @@
-// NorvikCore/values/NKSequenceState.h - where a run over a sequence stands, and what it keeps on the way.
+// NorvikCore/values/NKSequenceState.h - the position of an iteration over a sequence, and the values that it stores.
 //
 //   auto state = make<NKSequenceState>();
 //   state->increment();                                // 0; the position is 1 now
@@ -24,18 +24,18 @@ class NK_EXPORT NKSequenceState : public NSObject {
 
   void reset() { setPosition(0); }
   NK_METHOD(reset)
-  /// The position as it was; then adds 1 to it. Behind the greatest integer comes the least.
+  /// Returns the position, then adds 1 to it. After the greatest integer comes the least.
   std::int64_t increment();
   NK_METHOD(increment)
 
-  /// Absent where nothing is stored under the key, or there is no store.
+  /// Absent if nothing is stored under the key or there is no store.
   [[nodiscard]] Value objectForKeyedSubscript(const Value& key) const;
   NK_METHOD(objectForKeyedSubscript)
-  /// An absent object removes the entry. Where there is no store, one is made.
+  /// An absent object removes the entry. Creates the store if there is none.
   void setObject(const Value& object, const Value& key);
   NK_METHOD_AS(setObject, "setObject:forKeyedSubscript:")
 
-  /// What `state[key]` is: read as the object, assigned to store one.
+  /// The result of `state[key]`: reading it gives the object, assigning to it stores one.
   class Entry {
    public:
     operator Value() const { return state_.objectForKeyedSubscript(key_); }  // NOLINT(google-explicit-constructor)

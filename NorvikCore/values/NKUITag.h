@@ -13,7 +13,7 @@
 
 namespace norvik {
 
-/// The group above the low 32 bits, and the next number in them; of a group only the low 32 bits count.
+/// The group in the high 32 bits and the next number in the low 32 bits. Only the low 32 bits of `group` count.
 [[nodiscard]] NK_EXPORT std::int64_t NKDeriveUniqueUITag(std::int64_t group);
 
 [[nodiscard]] NK_EXPORT NSString NKViewIdentifier(const NSString& prefix);

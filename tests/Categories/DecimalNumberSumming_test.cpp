@@ -22,7 +22,7 @@ class Slip : public NSObject {
   NK_PROPERTY(NSString, note, setNote)
 };
 
-/// Adds a key to those that are being summed, which nobody may do.
+/// Adds a key to the keys that are being summed, which is not allowed.
 class Meddler : public NSObject {
   NK_OBJECT(Meddler, NSObject)
   NK_COMPUTED_PROPERTY(Decimal, pay)

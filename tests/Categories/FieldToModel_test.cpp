@@ -1,5 +1,4 @@
-// From the keyboard to the totals: a text field with a formatter, bound to a pay slip that validates, which others
-// observe.
+// From the keyboard to the totals: a text field with a formatter, bound to an observed pay slip that validates.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +15,7 @@
 namespace norvik::test {
 namespace {
 
-/// A pay slip's gross pay, its share of a month's payroll, and who hears of it.
+/// A pay slip's gross pay, its share of a month's payroll, and the observers.
 class FieldToModel : public ::testing::Test {
  protected:
   FieldToModel() {
@@ -127,7 +126,7 @@ TEST_F(FieldToModel, AFieldThatUpdatesCommitsAtEachEditAndKeepsTheText) {
   auto watcher = make<CallingObserver>([&] { pays.push_back(slip->grossPay()); });
   slip->addObserver(*watcher, "grossPay", NSKeyValueObservingOptionNew);
   replaceText("12.5");
-  EXPECT_THAT(pays, ::testing::ElementsAre(1_dec, 12_dec, 12.5_dec));  // "12." is 12 still
+  EXPECT_THAT(pays, ::testing::ElementsAre(1_dec, 12_dec, 12.5_dec));  // "12." is still 12
   EXPECT_EQ(field->text(), "12.5");
   ASSERT_TRUE(field->commit());
   EXPECT_EQ(field->text(), "12.50");

@@ -1,4 +1,4 @@
-// Arrays joined, cut and filtered. NORVIK_TEXT_INPUTS says how many are joined beside a model
+// Joining, cutting and filtering arrays. NORVIK_TEXT_INPUTS is the number of joins compared with a model
 // (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/NSArray+Norvik.h"
 
@@ -23,7 +23,7 @@ Ref<NSDictionary> options(std::initializer_list<NSDictionary::Entry> entries) {
   return NSDictionary::dictionaryWith(entries);
 }
 
-/// Takes everything out of the list when it is hashed or described.
+/// Empties the list when it is hashed or described.
 class Emptying : public NSObject {
   NK_OBJECT(Emptying, NSObject)
   [[nodiscard]] std::size_t hash() const override {
@@ -42,7 +42,7 @@ class Emptying : public NSObject {
 
 using Units = std::u16string;
 
-/// Joined step by step.
+/// Joins step by step.
 Units modelJoined(const std::vector<Units>& parts, const Units& separator, const Units& suffix, const Units& last,
                   bool skips) {
   constexpr std::u16string_view blanksAndBreaks = u" \t\n\r\u00A0\u2028\u3000";
@@ -80,7 +80,7 @@ TEST(NSArrayNorvik, JoinsWithASuffixAndAnotherLastSeparator) {
             "a&b");
 }
 
-// What looks like a mistake: once an element is left out, the last separator is the plain one.
+// Looks like a mistake but is deliberate: after an element is left out, the last separator is the plain one.
 TEST(NSArrayNorvik, AfterASkippedElementTheLastSeparatorIsThePlainOne) {
   const auto list = NSArray::arrayWithObjects("a", " ", "c");
   const auto skipping = options({{"skipEmptyComponents", true}, {"joinLastWith", " and "}});

@@ -14,7 +14,7 @@ namespace {
 
 Ref<NSDictionary> named(const char* name) { return NSDictionary::dictionaryWithObject(1, name); }
 
-/// "text{name}" for each run, "text{}" where it has no attributes.
+/// "text{names}" for each run, "text{}" if it has no attributes.
 std::string shown(const NSAttributedString& text) {
   std::string result;
   for (const auto& [range, attributes] : text) {
@@ -38,7 +38,7 @@ TEST(NSAttributedStringNorvik, AnEmptyFormatIsAnEmptyText) {
   EXPECT_EQ(nk_stringWithFormat_attributes("%", named("A"))->length(), 0u);
 }
 
-// What looks like a mistake: another directive is no directive, and loses its percent sign.
+// Looks like a mistake but is deliberate: any other directive is text and loses its percent sign.
 TEST(NSAttributedStringNorvik, ALonePercentSignDisappears) {
   EXPECT_EQ(nk_stringWithFormat_attributes("Rate %d%@", nullptr, "x")->string(), "Rate dx");
   EXPECT_EQ(nk_stringWithFormat_attributes("5% of %%%@%", nullptr, "x")->string(), "5 of %x");

@@ -39,14 +39,14 @@ TEST(NSDataNorvik, KnowsImagesByTheirFirstBytes) {
   }
 }
 
-// Zeros that are not there do not complete a signature.
+// Missing zero bytes do not complete a signature.
 TEST(NSDataNorvik, DataThatEndBeforeTheSignatureDoesAreNoImage) {
   const std::vector<std::uint8_t> icon = {0x00, 0x00, 0x01}, tiff = {0x49, 0x49, 0x2A}, png = {0x89, 0x50};
   for (const auto& bytes : {icon, tiff, png, std::vector<std::uint8_t>()})
     EXPECT_EQ(nk_imageMimeTypeByIntrospection(*NSData::dataWithBytes(bytes)), "application/octet-stream");
 }
 
-// What looks like a mistake: any container of that kind is taken for an image.
+// Looks like a mistake but is deliberate: any container of that kind is reported as an image.
 TEST(NSDataNorvik, ASoundInARiffContainerIsAWebpImage) {
   EXPECT_EQ(nk_imageMimeTypeByIntrospection(*NSData::dataWithText("RIFF....WAVE")), "image/webp");
 }

@@ -1,4 +1,4 @@
-// The mock lasts as long as its process: each test runs in a child of its own.
+// The mock date stays until the process ends, so each test runs in its own child process.
 #include "NorvikCore/Categories/NSDate+Mock.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-/// Runs `body` in a child process, in which it may expect as a test does.
+/// Runs `body` in a child process; `body` may use expectations.
 template <class Body>
 void inChildProcess(Body body) {
   EXPECT_EXIT(

@@ -39,7 +39,7 @@ TEST(NSDateNorvikFormatting, ABackgroundThreadLeavesAnEmptyCacheEmpty) {
   EXPECT_TRUE(cache.isFilled());
 }
 
-// In a thread of its own a call makes its formatter anew, with the settings of then.
+// A call on a new thread makes a new formatter, with the settings of that moment.
 TEST(NSDateNorvikFormatting, LocalTimeIsTheUsers) {
   NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("Asia/Tokyo"));
   NSString text;

@@ -218,7 +218,7 @@ TEST(NSDateNorvik, Compares) {
   EXPECT_EQ(nk_MaxDate(late, early), late);
 }
 
-// Both zeros are the same instant, and their signs tell which of two equal arguments came back.
+// Both zeros are the same instant; their signs show which of two equal arguments was returned.
 TEST(NSDateNorvik, ATieGivesTheReceiverTheSecondToMinDateAndTheFirstToMaxDate) {
   const Date a = Date::fromReferenceSeconds(0.0), b = Date::fromReferenceSeconds(-0.0);
   ASSERT_EQ(a, b);

@@ -1,4 +1,4 @@
-// What the date operations log. These tests share the process's one log, so each starts and ends with no logger.
+// Warnings of the date operations. These tests share the process's one log, so each starts and ends without loggers.
 #include <gtest/gtest.h>
 
 #include "NorvikCore/Categories/NSDate+Norvik.h"
@@ -36,7 +36,7 @@ class NSDateNorvikWarnings : public test::CleanDDLog {
     test::CleanDDLog::TearDown();
   }
 
-  /// What was logged since the last call.
+  /// The messages logged since the last call.
   std::vector<Warning> logged() {
     DDLog::flushLog();
     return std::exchange(warnings_, {});

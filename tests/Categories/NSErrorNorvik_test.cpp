@@ -6,7 +6,7 @@
 namespace norvik {
 namespace {
 
-// The user info has exactly these three entries, the domain is the phrase, and the code is 0.
+// Expects exactly these three entries in the user info, the phrase as the domain, and the code 0.
 void expectError(const NSError& error, const char* domain, const char* description, const char* reason,
                  const char* suggestion) {
   EXPECT_EQ(error.domain(), domain);

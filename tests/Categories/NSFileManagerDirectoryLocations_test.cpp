@@ -33,7 +33,7 @@ using ::testing::SizeIs;
 
 constexpr const char* executable = "categories_environment_tests";
 
-/// HOME is a fresh folder and no XDG variable is set, for a process of its own.
+/// HOME is a new folder and no XDG variable is set. For tests in a process of their own.
 class Home {
  public:
   Home() {
@@ -68,7 +68,7 @@ void setBundle(const Value& value, const NSString& key) {
   NSBundle::mainBundle().setObject_forInfoDictionaryKey(value, key);
 }
 
-/// Makes no folder, but raises what a test wants.
+/// Creates no folder but raises the exception that a test chooses.
 class HalfDoneManager : public NSFileManager {
   NK_OBJECT(HalfDoneManager, NSFileManager)
 

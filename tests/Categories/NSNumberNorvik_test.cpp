@@ -11,7 +11,7 @@ using namespace norvik;
 
 namespace {
 
-/// Words are those of the user's language, which the process reads once.
+/// Words are in the user's language, which the process reads once.
 struct NSNumberNorvik : testing::Test {
   void SetUp() override {
     if (NSLocale::currentLocale()->localeIdentifier() != "en_GB") GTEST_SKIP() << "the user is not British";

@@ -164,7 +164,7 @@ TEST(NSObjectNorvikBinding, ADirectionWithoutItsClosureRaisesWhenItIsUsed) {
   EXPECT_RAISES(field->setValue(1), "NSInvalidArgumentException");
 }
 
-// Pushing a value back.
+// Writing a value back.
 
 TEST(NSObjectNorvikBinding, WithoutAValueBindingNothingIsUpdated) {
   auto slip = make<BoundSlip>();

@@ -20,7 +20,7 @@ constexpr char ourContext = 0, otherContext = 0;
 void* ours() { return const_cast<char*>(&ourContext); }
 void* others() { return const_cast<char*>(&otherContext); }
 
-/// Key paths, in the order in which their changes were heard.
+/// Records the key paths in the order of the notifications.
 class PathRecorder : public NSObject {
  public:
   void observeValueForKeyPath(const NSString& keyPath, NSObject&, const KeyValueChange&, void* context) override {
@@ -123,7 +123,7 @@ TEST_F(NSObjectNorvikObserving, WithoutWarningsNothingIsLoggedAndNothingRaised) 
 }
 
 TEST_F(NSObjectNorvikObserving, ExceptionsOfOtherKindsPass) {
-  /// Cannot say what it is.
+  /// Throws when its class is read.
   class Broken : public NSObject {
    public:
     const Class& classObject() const override { throw std::runtime_error("broken"); }
@@ -182,7 +182,7 @@ TEST_F(NSObjectNorvikObserving, TheFormWithoutContextLeavesWhatHasOneAndWarns) {
   slip->removeObserver(*watcher, "tax", ours());
 }
 
-// Paths by hand.
+// Manual changes of key paths.
 
 TEST_F(NSObjectNorvikObserving, TheOwnerOfAPathIsFound) {
   auto employee = make<BoundEmployee>();

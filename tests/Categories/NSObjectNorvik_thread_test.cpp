@@ -1,4 +1,4 @@
-// Bindings and observations that several threads make, use and end through the helpers of every object.
+// Bindings and observations that several threads create, use and end through the helpers of NSObject+Norvik.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -29,7 +29,7 @@ class CountingObserver : public NSObject {
   std::atomic<int> calls{0};
 };
 
-/// Runs work(0) to work(count - 1), each on a thread of its own, from one start.
+/// Runs work(0) to work(count - 1), each on its own thread, all starting at the same time.
 template <class Work>
 void onThreads(int count, const Work& work) {
   std::latch start(count);
@@ -155,7 +155,7 @@ TEST_F(NSObjectNorvikThreads, BindingsMoveToAndFroWhileTheModelChanges) {
   EXPECT_EQ(left->value(), Value("settled"));
 }
 
-// A change that a timer makes on a queue, later.
+// A change that a timer makes later, on a queue.
 
 class ChangeOnAQueue : public NSObjectNorvikThreads {
  protected:

@@ -46,7 +46,7 @@ using ::testing::SizeIs;
 
 const NSProcessInfo& info() { return NSProcessInfo::processInfo(); }
 
-/// A system of a test's own.
+/// System files that a test defines.
 class System {
  public:
   void write(const std::string& path, const std::string& content) const {
@@ -59,7 +59,7 @@ class System {
   SystemFilesOverride override_{folder_.path()};
 };
 
-/// Descriptors of a test's own, by their numbers.
+/// Descriptors that a test defines, by number.
 class Descriptors final : public kernel::DescriptorSource {
  public:
   struct One {
@@ -265,8 +265,8 @@ TEST(NSProcessInfoNorvik, ACheckThatFailsOtherwiseEndsInSilence) {
   EXPECT_THAT(warnings.take(), IsEmpty());
 }
 
-/// From now on the kernel answers each question for the flags of a descriptor with that error. False where this process
-/// may have no filter.
+/// After this call the kernel answers each query of a descriptor's flags with that error. False if this process may not
+/// install a filter.
 bool refuseFlagsWith(int error) {
   sock_filter rules[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -347,7 +347,7 @@ TEST(NSProcessInfoNorvik, WithAllDescriptorsInUseTheCheckIsStillMade) {
   const TemporaryFolder folder;
   const std::string path = folder.write("pay.csv");
   RUN_IN_CHILD({
-    close_range(64, ~0U, 0);  // what the test's caller has left open
+    close_range(64, ~0U, 0);  // descriptors that the test's caller left open
     const rlimit few{64, 64};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     while (open(path.c_str(), O_RDONLY | O_CLOEXEC) >= 0) continue;

@@ -1,5 +1,5 @@
-// Guesses and conversions beside what they are defined by: regular expressions as ICU matches them, and plain loops
-// over units. NORVIK_TEXT_INPUTS says how many inputs each test compares (tests/support/RandomTexts.h).
+// Checks and conversions compared with their definitions: regular expressions as ICU matches them, and plain loops over
+// units. NORVIK_TEXT_INPUTS is the number of inputs that each test compares (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/NSString+Norvik.h"
 
 #include "tests/support/ExpectRaises.h"
@@ -39,7 +39,7 @@ class Pattern {
 
 constexpr std::u16string_view breaksAndBlanks = u"\n\r\v\f\t \u0085\u00A0\u2028\u2029\u3000\u200B";
 
-/// The texts before, between and behind the separators.
+/// The parts before, between and after the separators.
 std::vector<Units> split(const Units& units, const Units& separator) {
   std::vector<Units> parts;
   std::size_t from = 0;

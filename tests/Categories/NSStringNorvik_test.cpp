@@ -28,7 +28,7 @@ TEST(NSStringNorvik, NothingButBlanksAndLineBreaksIsEmpty) {
   EXPECT_TRUE(isEmpty(""));
   EXPECT_TRUE(isEmpty("\t\v\f\r\u0085\u00A0\u1680\u2003\u2028\u2029\u202F\u205F\u3000"));
   EXPECT_FALSE(isEmpty(" . "));
-  EXPECT_FALSE(isEmpty("\u200B"));  // no blank to Unicode
+  EXPECT_FALSE(isEmpty("\u200B"));  // not a blank in Unicode
   EXPECT_TRUE(isNilOrEmpty(std::nullopt));
   EXPECT_FALSE(isNilOrEmpty("x"));
 }
@@ -148,7 +148,7 @@ TEST(NSStringNorvik, KnowsTypesOfImagesByTheirExtension) {
   for (const auto& row : rows) EXPECT_EQ(nk_imageMimeTypeFromPathExtension(row.path), row.expected) << row.path;
 }
 
-// What looks like a mistake: 0 is worded like 1.
+// Looks like a mistake but is deliberate: 0 is worded like 1.
 TEST(NSStringNorvik, NoneIsWordedLikeOne) {
   EXPECT_EQ(nk_pluralIs(0), "is");
   EXPECT_EQ(nk_pluralIs(1), "is");
@@ -196,8 +196,8 @@ TEST(NSStringNorvik, PutsABlankBeforeEveryCapital) {
   EXPECT_EQ(nk_stringFromCamelCase("taxCode"), "tax Code");
   EXPECT_EQ(nk_stringFromCamelCase("PAYE"), " P A Y E");
   EXPECT_EQ(nk_stringFromCamelCase("\u00C9t\u00E9\u01C5"), " \u00C9t\u00E9 \u01C5");
-  EXPECT_EQ(nk_stringFromCamelCase("\u2160"), "\u2160");          // a numeral, no letter
-  EXPECT_EQ(nk_stringFromCamelCase("\U00010400"), "\U00010400");  // two units, neither a letter
+  EXPECT_EQ(nk_stringFromCamelCase("\u2160"), "\u2160");          // a numeral, not a letter
+  EXPECT_EQ(nk_stringFromCamelCase("\U00010400"), "\U00010400");  // two units, neither of them a letter
   EXPECT_EQ(nk_stringFromCamelCase(""), "");
 }
 

@@ -26,7 +26,7 @@ using ::testing::IsEmpty;
 
 Ref<NSURL> url(const char* text) { return NSURL::URLWithString(text); }
 
-/// The set is of the process: each test begins and ends with an empty one.
+/// The process has one set, so each test begins and ends with an empty one.
 class NSURLNorvikCore : public ::testing::Test {
  protected:
   NSURLNorvikCore() { nk_deletePolicyCache().removeAllObjects(); }
@@ -120,7 +120,7 @@ TEST_F(NSURLNorvikCore, ADomainIsTheLastTwoLabels) {
       {"http://www.example.com./", "example.com"},
       {"http://example.com./", "example.com"},
       {"http://localhost./", "localhost"},
-      // A list of public suffixes would say otherwise.
+      // With a list of public suffixes these would differ.
       {"http://www.example.co.uk/", "co.uk"},
       {"http://192.168.1.10/", "1.10"},
       {"http://[::1]/", "::1"},

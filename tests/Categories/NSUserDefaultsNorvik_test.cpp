@@ -24,13 +24,13 @@ const NSString key = "NSNavLastRootDirectory";
 
 NSUserDefaults& defaults() { return NSUserDefaults::standardUserDefaults(); }
 
-/// The home folder is a fresh one, and the standard user defaults are empty; for a process of its own.
+/// The home folder is new, and the standard user defaults are empty. For tests in a process of their own.
 class Home {
  public:
   Home() { setenv("HOME", folder.path().c_str(), 1); }
   TemporaryFolder folder;
 
-  /// The path of a folder in the home folder.
+  /// Creates a folder in the home folder and returns its path.
   [[nodiscard]] NSString make(const char* name) const {
     std::filesystem::create_directory(folder.path(name));
     return folder.path(name);

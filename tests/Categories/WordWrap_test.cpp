@@ -1,4 +1,5 @@
-// Lines beside those of a model. NORVIK_TEXT_INPUTS says how many texts are compared (tests/support/RandomTexts.h).
+// Wrapped lines compared with those of a model. NORVIK_TEXT_INPUTS is the number of texts
+// (tests/support/RandomTexts.h).
 #include "NorvikCore/Categories/internal/WordWrap.h"
 
 #include "tests/support/RandomTexts.h"
@@ -32,7 +33,7 @@ using Units = std::u16string;
 constexpr std::u16string_view blanks = u" \t\u00A0\u1680\u2000\u200A\u202F\u205F\u3000";
 constexpr std::u16string_view breaks = u"\n\v\f\r\u0085\u2028\u2029";
 
-/// Of the widest line.
+/// The width of the widest line.
 double modelWidth(const Units& text) {
   std::size_t widest = 0, length = 0;
   for (const char16_t c : text) {
@@ -42,7 +43,7 @@ double modelWidth(const Units& text) {
   return unitWidth * static_cast<double>(widest);
 }
 
-/// The steps one by one, over words that a loop cut.
+/// Wraps step by step, over words that a loop cut.
 std::vector<Units> modelWrapped(const Units& text, double maxWidth) {
   std::vector<Units> words(1);
   for (const char16_t c : text) {
@@ -110,7 +111,7 @@ TEST(WordWrap, EveryKindOfBlankSplits) {
   for (const char16_t blank : blanks)
     EXPECT_EQ(wrapped(NSString::fromUtf16(Units{u'a', blank, u'b'}), 10), (Lines{"a", "b"})) << int(blank);
   EXPECT_EQ(wrapped("a\u200Bb", 10), (Lines{"a\u200B"
-                                            "b"}));  // no blank to Unicode
+                                            "b"}));  // not a blank in Unicode
 }
 
 TEST(WordWrap, AHalfThatStandsAloneStays) {

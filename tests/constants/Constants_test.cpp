@@ -1,4 +1,4 @@
-// Every constant and its value, typed in by hand from the table that the application's modules agreed on.
+// Every constant and its value, copied by hand from the table that the application's modules agreed on.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -170,7 +170,7 @@ TEST(Constants, NoTwoPreferenceKeysShareAValue) {
   for (const Row& row : preferenceKeys()) EXPECT_TRUE(values.insert(row.value).second) << row.name;
 }
 
-// The table above would not notice a constant that was added to a header and not to it.
+// The table above would not detect a constant that was added to a header but not to the table.
 TEST(Constants, TheTableHasEveryTextOfTheHeadersAndNoOther) {
   std::set<std::string> declared, tested;
   for (const char* header : {"ErrorKeys", "NKBind", "NKDebuggerAttached", "NorvikCoreVersion", "NotificationNames",

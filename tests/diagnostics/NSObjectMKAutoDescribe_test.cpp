@@ -65,15 +65,15 @@ class DescribedOddly : public NSObject {
   NK_OBJECT(DescribedOddly, NSObject)
   NK_PROPERTY(NSString, url, setURLText)
   void nothing() {}
-  NK_METHOD_AS(nothing, "URL")      // the property's name but for case
-  NK_METHOD_AS(nothing, "SetUrl:")  // "set" with the property's name but for case
+  NK_METHOD_AS(nothing, "URL")      // the property's name in another case
+  NK_METHOD_AS(nothing, "SetUrl:")  // "set" with the property's name in another case
   NK_METHOD_AS(nothing, "url:")     // neither
   NK_METHOD_AS(nothing, "Zo\u00EB's \"pay\"\n:%@")
   NK_METHOD_AS(nothing, "")
   NK_METHOD_AS(nothing, ".CXX_destruct")
 };
 
-/// The properties that a category adds have any names.
+/// The properties that a category adds may have any names.
 const detail::CategoryProperty streetProperty{
     DescribedOddly::staticClass(),
     {.name = "Stra\u00DFe", .text = "NSString", .get = [](const NSObject&) -> Value { return "Hauptstra\u00DFe 7"; }}};
@@ -85,7 +85,7 @@ class DescribedFailing : public NSObject {
   NK_PROPERTY(int, before, setBefore)
   NK_COMPUTED_PROPERTY(int, broken)
   NK_PROPERTY(int, after, setAfter)
-  NK_PROPERTY(std::vector<int>, hours, setHours)  // of a type that has no form as a value
+  NK_PROPERTY(std::vector<int>, hours, setHours)  // of a type that cannot convert to a Value
   int broken() const {
     if (throwsOther) throw std::runtime_error("disk");
     NSException::raise(NSGenericException, "no pay");

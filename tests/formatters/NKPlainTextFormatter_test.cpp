@@ -1,4 +1,4 @@
-// Edits beside a string model. NORVIK_TEXT_INPUTS says how many (tests/support/RandomTexts.h).
+// Edits compared with a string model. NORVIK_TEXT_INPUTS is their number (tests/support/RandomTexts.h).
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
 
 #include "NorvikCore/platform/foundation/NSStringCase.h"
@@ -16,7 +16,7 @@
 namespace norvik {
 namespace {
 
-/// Notes what it hears of, and which cases are set at that moment.
+/// Records each notification and which cases are set at that moment.
 class CaseWatcher : public NSObject {
   NK_OBJECT(CaseWatcher, NSObject)
   void observeValueForKeyPath(const NSString& path, NSObject& object, const KeyValueChange&, void*) override {
@@ -34,7 +34,7 @@ struct Edit {
   bool isAccepted;
 };
 
-/// The caret a field proposes is at the end of the proposed text.
+/// The caret that a field proposes is at the end of the proposed text.
 Edit edit(const NKPlainTextFormatter& formatter, NSString proposed, const NSString& original, NSRange selected) {
   NSRange selection{proposed.length(), 0};
   const bool isAccepted = formatter.isPartialStringValid(proposed, selection, original, selected);
@@ -192,7 +192,7 @@ TEST(NKPlainTextFormatter, ASelectionBeyondTheTextIsTakenAsItsEnd) {
   EXPECT_EQ(beyond.selection, (NSRange{3, 0}));
 }
 
-// What looks like a mistake: an edit that is right already is answered by itself.
+// Looks like a mistake but is deliberate: an edit that is already right is refused and replaced by itself.
 TEST(NKPlainTextFormatter, WithACaseSetNoEditIsAcceptedAsItIs) {
   const auto formatter = limitedTo(3);
   formatter->setUpperCase(true);
@@ -224,7 +224,7 @@ TEST(NKPlainTextFormatter, AFieldTakesCapitalsThatAreTypedAsCapitals) {
   EXPECT_EQ(field->value(), Value("XYZW"));
 }
 
-// Texts typed or pasted over any selection, beside the rule step by step.
+// Texts typed or pasted over any selection, compared with the rule step by step.
 TEST(NKPlainTextFormatter, AnEditIsAnsweredAsTheModelDoes) {
   constexpr std::u16string_view alphabet = u"ab\u00E9\xD83D\xDCB7";
   test::RandomTexts random(6, 50'000);
@@ -254,7 +254,7 @@ TEST(NKPlainTextFormatter, AnEditIsAnsweredAsTheModelDoes) {
   }
 }
 
-// What no field should ask: nothing is invented, and nothing but what was selected or deleted is lost.
+// No field should propose such edits. The formatter adds nothing, and only the selected or deleted text is lost.
 TEST(NKPlainTextFormatter, AnEditThatDoesNotFollowFromTheSelectionInventsNothing) {
   constexpr std::u16string_view alphabet = u"ab\xD83D\xDCB7";
   test::RandomTexts random(7, 50'000);
@@ -282,7 +282,7 @@ TEST(NKPlainTextFormatter, AnEditThatDoesNotFollowFromTheSelectionInventsNothing
   }
 }
 
-// A field that types units one by one, beside a string in which they are put where they fit.
+// A field that types units one by one, compared with a string into which they are inserted if they fit.
 TEST(NKPlainTextFormatter, AFieldHoldsWhatAStringModelHoldsUnderRandomEdits) {
   constexpr int editsInAField = 40;
   test::RandomTexts random(5, 300 * editsInAField);

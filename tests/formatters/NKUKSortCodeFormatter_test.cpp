@@ -1,4 +1,4 @@
-// Texts and edits beside a model of patterns. NORVIK_TEXT_INPUTS says how many (tests/support/RandomTexts.h).
+// Texts and edits compared with a model of patterns. NORVIK_TEXT_INPUTS is their number (tests/support/RandomTexts.h).
 #include "NorvikCore/formatters/NKUKSortCodeFormatter.h"
 
 #include "tests/support/HeadlessTextField.h"
@@ -24,7 +24,7 @@ Ref<test::HeadlessTextField> sortCodeField() {
   return field;
 }
 
-/// By the patterns that say what a sort code is.
+/// Follows the patterns that define a sort code.
 std::string modelSortCode(const std::string& text) {
   static const std::regex others("[^0-9]+"), sixDigits("[0-9]{6}");
   const std::string digits = std::regex_replace(text, others, "");

@@ -18,7 +18,7 @@ namespace {
 using norvik::test::dec;
 
 struct TermDecimalNumberFormatters : testing::Test {
-  /// The formatter that the main thread keeps is made here, without bounds, whichever test comes first.
+  /// Creates the formatter that the main thread keeps, without bounds, whichever test runs first.
   TermDecimalNumberFormatters() { (void)NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(0); }
   ~TermDecimalNumberFormatters() override {
     NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(std::nullopt, std::nullopt);

@@ -9,7 +9,7 @@
 namespace norvik {
 namespace {
 
-/// "name=value" in order, without "=" for the null marker.
+/// "name=value" for each attribute, in order; without "=" for the null marker.
 std::vector<std::string> attributesIn(const NSString& raw) {
   const auto tag = make<MRKStringParserTag>("a", 0u);
   tag->addRawTagAttributes(raw);
@@ -68,13 +68,13 @@ TEST(MRKStringParserTag, TwoQuotesAreTheEmptyTextAndNoValueIsTheNullMarker) {
   EXPECT_EQ(attributesIn("title='x"), (Texts{"title=x"}));
 }
 
-// What looks like a mistake: a value ends at either kind of quote, whichever it was opened with.
+// Looks like a mistake but is deliberate: a value ends at either kind of quote, whichever opened it.
 TEST(MRKStringParserTag, AValueOpenedByOneKindOfQuoteIsClosedByEither) {
   EXPECT_EQ(attributesIn("title=\"it's\""), (Texts{"title=it", "s\""}));
   EXPECT_EQ(attributesIn("a='x\" b=1"), (Texts{"a=x", "b=1"}));
 }
 
-// What looks like a mistake: a value that nobody named is dropped, and what follows is read.
+// Looks like a mistake but is deliberate: a value without a name is dropped, and the text after it is read.
 TEST(MRKStringParserTag, AValueWithoutANameIsLeftOut) {
   EXPECT_EQ(attributesIn("=value b=1"), (Texts{"b=1"}));
   EXPECT_EQ(attributesIn("= ='x' c"), (Texts{"c"}));

@@ -1,8 +1,8 @@
-// The markup parser beside its model, on random sources of tags, quotes, blanks, halves and escapes.
+// The markup parser compared with its model, on random sources of tags, quotes, blanks, surrogate halves and escapes.
 //
 //   NORVIK_MARKUP_INPUTS=1000000 markup_property_tests
 //
-// compares that many sources in each test, from other seeds; without it they are fewer.
+// compares that many sources in each test, with other seeds. Without the variable there are fewer.
 #include "NorvikCore/platform/values/NSString.h"
 #include "tests/support/MarkupComparison.h"
 #include "tests/support/Sanitizers.h"
@@ -23,7 +23,7 @@ class Source {
 
   std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine_); }
 
-  /// Any mixture, most of it no markup.
+  /// Any mixture, mostly invalid markup.
   Units mixture() {
     static const Units pieces[] = {u"<",  u">",  u"/",     u"b",     u"a",      u" ",    u"=",
                                    u"'",  u"\"", u"<b>",   u"</b>",  u"<A x=",  u"</a>", u"\x01",
@@ -32,7 +32,7 @@ class Source {
     for (std::size_t i = upTo(14); i > 0; --i) source += pieces[upTo(19)];
     return source;
   }
-  /// Tags that are closed, nested to some depth.
+  /// Closed tags, nested to some depth.
   Units markup(std::size_t depth) {
     static const Units names[] = {u"b", u"I", u"a", u"other", u"\u00C9", u"u"};
     static const Units attributes[] = {u"", u" x=1", u" x='a b' y", u" =v", u"\tq=\"\"", u" z='"};
@@ -59,7 +59,7 @@ struct Comparisons {
   int count;
 };
 
-/// Those of each run of the tests, unless more are asked for.
+/// The comparisons of each run of the tests, unless the variable asks for another number.
 Comparisons comparisons(Comparisons usual) {
   const char* const asked = std::getenv("NORVIK_MARKUP_INPUTS");
   if (asked) return {usual.seed + 1000, std::atoi(asked)};

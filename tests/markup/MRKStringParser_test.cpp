@@ -30,7 +30,7 @@ Ref<NSAttributedString> styled(const NSString& source, const MRKTaggedStringOpti
   return MRKTaggedString::stringWithString(source)->attributedStringWithOptions(options);
 }
 
-/// The message of the error, which must be alike for plain and attributed text.
+/// The message of the error, which must be the same for plain and attributed text.
 NSString fault(const NSString& source) {
   const auto tagged = MRKTaggedString::stringWithString(source);
   const auto options = MRKTaggedStringOptions::options();
@@ -45,7 +45,7 @@ NSString fault(const NSString& source) {
   return error->userInfo()->objectForKey("developerError").as<NSString>();
 }
 
-/// What a closure for every tag was called with: "name {attributes} {present}".
+/// The arguments of the calls of a closure for every tag: "name {attributes} {present}".
 struct Calls {
   std::vector<std::string> texts;
   Ref<MRKTaggedStringOptions> options = MRKTaggedStringOptions::options();
@@ -137,7 +137,7 @@ TEST(MRKStringParser, EscapedTextComesBackWhateverItHolds) {
   EXPECT_EQ(MRKEscapedStringForString("5 < 6"), "5 \001< 6");
 }
 
-// Nothing escapes these two: what is put beside a tag by a program must not begin or end so.
+// Escaping does not help in these two cases: a program must not put a text that begins or ends so beside a tag.
 TEST(MRKStringParser, ATextBesideATagLosesGreatersAtItsStartAndEscapesByItsEnd) {
   EXPECT_EQ(plain("<b>" + MRKEscapedStringForString(">> x") + "</b>"), " x");
   EXPECT_EQ(plain(MRKEscapedStringForString("x\001") + "<b>"), "x<b>");
@@ -158,7 +158,7 @@ TEST(MRKStringParser, PlainTextHasNoUseForAttributesButTagsMustMatch) {
 
 TEST(MRKStringParser, AGreaterEndsATagAlsoWithinQuotes) { EXPECT_EQ(plain("<a x='>'>t</a>"), "'>t"); }
 
-// A line break in a tag does not end its name: that is what spaces and tabs do. Nor do the blanks beyond ASCII.
+// A line break in a tag does not end its name; only spaces and tabs do. Blanks beyond ASCII do not end it either.
 TEST(MRKStringParser, OnlySpacesAndTabsEndTheNameOfATag) {
   Calls calls;
   (void)styled("<a\nx=1>t</a\nx=1>", *calls.options);
@@ -173,7 +173,7 @@ TEST(MRKStringParser, BlanksAndLineBreaksBeforeANameAreSkipped) {
   EXPECT_EQ(fault("<b>x< / b>"), "String had ending tag / when we expected ending tag b or new tag");
 }
 
-// A tag without a name can be opened but not closed, so it always is a fault.
+// A tag without a name can be opened but not closed, so it is always an error.
 TEST(MRKStringParser, ATagWithoutANameIsNeverClosed) {
   EXPECT_EQ(fault("<>x"), "Reached end of string with 1 tags remaining ((null))");
   EXPECT_EQ(fault("< \n>x</>"), "String had ending tag / when we expected ending tag (null) or new tag");
@@ -335,7 +335,7 @@ TEST(MRKStringParser, AppendsPlainTextWithoutAttributes) {
   EXPECT_EQ(text->attributesAtIndex(1)->count(), 0u);
 }
 
-// Each of these takes hours where something is quadratic, and the stack where something recurses.
+// Each of these takes hours if an algorithm is quadratic, and exhausts the stack if one is recursive.
 TEST(MRKStringParser, TenMegabytesOfAnythingTakeLinearTime) {
   constexpr std::size_t size = 10'000'000;
   const auto repeated = [](const std::string& piece, std::size_t bytes) {

@@ -56,7 +56,7 @@ TEST(MRKTaggedStringAttribute, IsEqualByTheDictionaryAndTheVeryClosure) {
   EXPECT_EQ(a->hash(), b->hash());
   const auto closure = [](const NSString&, const NSDictionary&, const NSDictionary&) { return red(); };
   a->setDynamicAttributes(closure);
-  b->setDynamicAttributes(closure);  // made anew, so another one
+  b->setDynamicAttributes(closure);  // created again, so a different one
   EXPECT_FALSE(a->isEqual(*b));
   const auto copy = a->copy();
   EXPECT_NE(copy, a);

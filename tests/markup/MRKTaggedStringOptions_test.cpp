@@ -19,7 +19,7 @@ Value colourOf(const char* source, const MRKTaggedStringOptions& options) {
                                                                                                             0);
 }
 
-/// Leaves the registered options as they were found.
+/// Restores the registered options.
 class RegisteredOptions {
  public:
   ~RegisteredOptions() { MRKTaggedStringOptions::registerDefaultOptions(*before_); }

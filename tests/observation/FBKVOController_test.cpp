@@ -75,7 +75,7 @@ struct FBKVOControllerTest : testing::Test {
   FBKVONotificationBlock recording() {
     return [this](NSObject&, NSObject&, const NSDictionary& change) { heard.push_back(textOf(change)); };
   }
-  /// Calls `then` at each change, once it is recorded.
+  /// Calls `then` at each change, after recording it.
   FBKVONotificationBlock doing(std::function<void()> then) {
     return [this, then = std::move(then)](NSObject&, NSObject&, const NSDictionary& change) {
       heard.push_back(textOf(change));
@@ -280,7 +280,7 @@ TEST_F(FBKVOControllerTest, KeepsWhatItObservesUnlessItWasMadeNotTo) {
   EXPECT_FALSE(kept.lock());
 
   const auto watching = FBKVOController::initWithObserver(*window, false);
-  for (int i = 0; i < 200; ++i) {  // many of them at the same address
+  for (int i = 0; i < 200; ++i) {  // many of them get the same address
     slip = make<Payslip>();
     watching->observe_keyPath_options_block(slip, "note", New, recording());
     slip->setNote("x");

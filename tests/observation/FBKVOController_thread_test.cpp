@@ -25,7 +25,7 @@ class Auditor : public NSObject {
 
 constexpr auto New = NSKeyValueObservingOptionNew;
 
-/// Runs the steps at the same time, from one start.
+/// Runs the steps concurrently, all starting at the same time.
 template <class... Steps>
 void together(Steps... steps) {
   std::latch start(sizeof...(Steps));

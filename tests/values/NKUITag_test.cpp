@@ -1,4 +1,4 @@
-// A program of its own: each counter belongs to one test, which sees it from the start of the process.
+// This file is a program of its own. Each counter belongs to one test, which sees it from the start of the process.
 #include "NorvikCore/values/NKUITag.h"
 
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 namespace norvik::detail {
 namespace {
 
-/// The frames as a list: one a line, in parentheses.
+/// The frames as a list in parentheses, one per line.
 std::string listOf(const std::vector<std::string>& frames) {
   std::string list = "(\n";
   for (std::size_t i = 0; i < frames.size(); ++i) list += "    " + frames[i] + (i + 1 < frames.size() ? ",\n" : "\n");

@@ -1,4 +1,4 @@
-// NorvikCore/Categories/internal/DecimalSumming.h - the one loop behind the sums over collections.
+// NorvikCore/Categories/internal/DecimalSumming.h - the loop that sums a collection.
 #pragma once
 
 #include "NorvikCore/platform/object/Value.h"
@@ -6,7 +6,7 @@
 
 namespace norvik::detail {
 
-/// The sum of what `amount` gives for each element.
+/// The sum of the values that `amount` returns for the elements.
 template <class Collection, class Amount>
 Decimal sumOf(const Collection& collection, Amount&& amount) {
   DecimalSum sum;

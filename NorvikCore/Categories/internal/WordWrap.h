@@ -2,9 +2,9 @@
 //
 //   splitToWidth("net pay of April", 80, blankWidth, [&](const NSString& word) { return widthOf(word, font); });
 //
-// Each blank and each tab ends a word, so that two of them have an empty word between them. A word that is too wide has
-// a line of its own. Line breaks are no blanks: they stay in their word, and a text with some is as wide as the widest
-// of its lines.
+// Each blank and each tab ends a word, so two consecutive ones have an empty word between them. A word that is too wide
+// has a line of its own. Line breaks are not blanks: they stay in their word, and the width of a text with line breaks
+// is the width of its widest line.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSCharacterClass.h"
@@ -19,14 +19,14 @@
 
 namespace norvik::detail {
 
-/// The text between the characters of a kind: always one more than there are of these.
+/// The parts of the text between characters of a kind. There is always one part more than there are such characters.
 template <class IsSeparator>
 [[nodiscard]] std::vector<NSString> splitAt(const NSString& text, IsSeparator&& isSeparator) {
   std::vector<NSString> parts;
   const std::string_view bytes = text.view();
   std::size_t from = 0, at = 0;
   NSUInteger fromUnit = 0, unit = 0;
-  // By units where halves stand alone, because the bytes of these are no UTF-8.
+  // A text with lone surrogates is cut by units, because the bytes of a lone surrogate are not UTF-8.
   const auto addPart = [&] {
     parts.push_back(text.isWellFormed() ? NSString(bytes.substr(from, at - from))
                                         : text.substringWithRange({fromUnit, unit - fromUnit}));
@@ -46,12 +46,12 @@ template <class IsSeparator>
   return parts;
 }
 
-/// How wide a text is whose lines end at line breaks, such that texts can be put behind each other.
+/// The width of a text that may contain line breaks, in a form that allows texts to be appended.
 struct TextExtent {
   double first = 0, last = 0, widest = 0;
   bool isOneLine = true;
 
-  /// This text, a blank, and the other.
+  /// This text, a blank, and the other text.
   [[nodiscard]] TextExtent followedBy(const TextExtent& other, double blankWidth) const {
     const double between = last + blankWidth + other.first;
     return {isOneLine ? between : first, other.isOneLine ? between : other.last,
@@ -72,8 +72,8 @@ template <class Measure>
   return extent;
 }
 
-/// `measure(word)` is the width of a text without blanks and line breaks; the fraction of a line's width does not
-/// count. Measures each word once.
+/// `measure(word)` returns the width of a text without blanks and line breaks. The fraction of a line's width is
+/// ignored. Measures each word once.
 template <class Measure>
 [[nodiscard]] std::vector<NSString> splitToWidth(const NSString& text, double maxWidth, double blankWidth,
                                                  Measure&& measure) {

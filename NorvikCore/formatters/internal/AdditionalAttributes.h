@@ -1,5 +1,5 @@
-// NorvikCore/formatters/internal/AdditionalAttributes.h - the extra text attributes of a formatter, and a text under
-// them. Users have them by Categories/NSFormatter+Norvik.h, which says what they are.
+// NorvikCore/formatters/internal/AdditionalAttributes.h - the extra text attributes of a formatter, and applying them
+// to a text. Categories/NSFormatter+Norvik.h is the public header and describes them.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
@@ -8,7 +8,7 @@
 namespace norvik::detail {
 
 [[nodiscard]] Ref<NSDictionary> additionalAttributes(const NSFormatter& formatter);
-/// Tells no observers.
+/// Notifies no observers.
 void setAdditionalAttributes(NSFormatter& formatter, const Ref<NSDictionary>& attributes);
 [[nodiscard]] Ref<NSAttributedString> customAttributedString(const NSFormatter& formatter,
                                                              const Ref<NSAttributedString>& text);

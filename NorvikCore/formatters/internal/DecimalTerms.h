@@ -1,4 +1,4 @@
-// NorvikCore/formatters/internal/DecimalTerms.h - the bounds that a class of formatters gives its new ones.
+// NorvikCore/formatters/internal/DecimalTerms.h - the bounds that a formatter class gives to new formatters.
 #pragma once
 
 #include "NorvikCore/formatters/NKDecimalFormatter.h"
@@ -16,7 +16,7 @@ class DecimalTerms {
     minimum_ = minimum;
   }
 
-  /// The part that the presets share: decimals out, the pattern, then the bounds.
+  /// The settings that the subclasses share: reading gives decimals, the pattern, then the bounds.
   void applyTo(NKDecimalFormatter& formatter, const NSString& pattern) NK_EXCLUDES(mutex_) {
     const auto [maximum, minimum] = terms();
     formatter.setGeneratesDecimalNumbers(true);

@@ -1,7 +1,7 @@
 // NorvikCore/formatters/internal/MainThreadFormatters.h - the date formatters that the main thread keeps.
 //
-// Date formatters are confined, and making one is expensive: so the main thread uses one of each kind again and again,
-// and every other thread makes its own for each call. No lock is needed.
+// Date formatters are confined, and creating one is expensive. So the main thread reuses one formatter of each kind,
+// and every other thread creates one for each call. No lock is needed.
 #pragma once
 
 #include "NorvikCore/formatters/NKUkDateFormatter.h"
@@ -16,7 +16,7 @@ namespace norvik::detail {
 template <class Formatter>
 class MainThreadFormatter {
  public:
-  /// Calls `body` with the kept formatter, or with a new one, which the main thread keeps once the call is done.
+  /// Calls `body` with the kept formatter or with a new one. The main thread keeps the new one after the call.
   template <class Body>
   auto use(Body body) {
     const bool isMain = kernel::isMainThread();
@@ -36,7 +36,7 @@ class MainThreadFormatter {
   [[nodiscard]] unsigned made() const { return made_.load(std::memory_order_relaxed); }
 
  private:
-  Ref<Formatter> kept_;  // touched by the main thread alone
+  Ref<Formatter> kept_;  // used by the main thread only
   std::atomic<unsigned> made_{0};
 };
 

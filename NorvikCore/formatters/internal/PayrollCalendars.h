@@ -1,8 +1,8 @@
-// NorvikCore/formatters/internal/PayrollCalendars.h - the fixed calendars, locales and time zones: each is one object
-// for the life of the process.
+// NorvikCore/formatters/internal/PayrollCalendars.h - the fixed calendars, locales and time zones; each is one object
+// that lives until the process ends.
 //
-// They are made here, at the level of the formatters that are set up with them. Users have them by nk_defaultCalendar()
-// and its kind, in Categories/. Any thread.
+// They are created in this folder because the formatters here need them. nk_defaultCalendar() and similar functions in
+// Categories/ give access to them. Any thread.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSCalendar.h"

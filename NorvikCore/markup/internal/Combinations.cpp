@@ -13,7 +13,7 @@ bool readAlike(const Value& a, const Value& b) {
   return a.isIdenticalTo(b) || (a.isString() && b.isString() && a == b);
 }
 
-/// Also in the order of the entries, and in the digits of numbers. The two are equal.
+/// For equal dictionaries: true if the order of entries and the digits of numbers are the same too.
 bool readAlike(const NSDictionary& a, const NSDictionary& b) {
   return &a == &b || std::equal(a.begin(), a.end(), b.begin(), [](const auto& x, const auto& y) {
     return readAlike(x.key, y.key) && readAlike(x.value, y.value);

@@ -1,8 +1,8 @@
-// NorvikCore/markup/internal/Combinations.h - the attributes that the tags of one text give together, by number.
+// NorvikCore/markup/internal/Combinations.h - numbers for the combined attributes of the tags of one text.
 //
 //   Combinations all;
 //   const auto base = all.of(options.baseAttributes()), bold = all.of(boldAttributes);
-//   all.sum(base, bold);                // the same number whenever this sum is asked for
+//   all.sum(base, bold);                // the same number on every call
 //   all.areEqual(base, bold);
 //
 // Confined.
@@ -23,10 +23,10 @@ class Combinations {
 
   Combinations();
 
-  /// `attributes` is one that does not change. One in which no reader finds a difference has the same number, where it
-  /// was the last of those that are equal.
+  /// `attributes` must not change. Returns the number of the last known equal dictionary if no reader can tell the two
+  /// apart, otherwise a new number.
   Number of(const Ref<NSDictionary>& attributes);
-  /// What `added` has replaces what is of the same name.
+  /// Entries of `added` replace entries of the same name.
   Number sum(Number present, Number added) {
     const Sum& last = sums_[placeOf(present, added)];
     return last.present == present && last.added == added ? last.result : newSum(present, added);
@@ -37,7 +37,7 @@ class Combinations {
   [[nodiscard]] bool areEqual(Number a, Number b) const noexcept {
     return a == b || known_[a].firstEqual == known_[b].firstEqual;
   }
-  /// All of them by number. Nothing is left here.
+  /// All dictionaries, in the order of their numbers. Leaves this object empty.
   [[nodiscard]] std::vector<Ref<NSDictionary>> take();
 
  private:
@@ -47,7 +47,7 @@ class Combinations {
     Ref<NSDictionary> attributes;
     std::size_t hash;
     Number firstEqual;
-    Number lastEqual;  ///< of the first of those that are equal
+    Number lastEqual;  ///< valid in the first of the equal dictionaries
   };
   struct Sum {
     Number present, added, result;
@@ -57,13 +57,13 @@ class Combinations {
     return (present * 31 + added) % std::tuple_size_v<decltype(sums_)>;
   }
   Number newSum(Number present, Number added);
-  /// Where in firsts_ the number of equal attributes is, or has to be.
+  /// The position in firsts_ of the number of an equal dictionary, or the free position for it.
   [[nodiscard]] std::size_t placeOf(const NSDictionary& attributes, std::size_t hash) const;
   void makeRoom();
 
   std::vector<Known> known_;
-  std::vector<Number> firsts_;  ///< by hash, the next place being taken where one is; a power of two, never full
-  std::size_t distinct_ = 0;    ///< numbers in firsts_
+  std::vector<Number> firsts_;  ///< hash table with linear probing; its size is a power of two, never full
+  std::size_t distinct_ = 0;    ///< count of numbers in firsts_
   std::array<Sum, 64> sums_;
 };
 

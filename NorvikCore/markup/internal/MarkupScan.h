@@ -1,5 +1,5 @@
-// NorvikCore/markup/internal/MarkupScan.h - marked-up text taken apart in one pass: the text without tags, and the tags
-// as they are opened and closed.
+// NorvikCore/markup/internal/MarkupScan.h - scans marked-up text in one pass: gives the text without tags, and calls
+// back for each tag that is opened or closed.
 //
 //   struct Tags {
 //     bool open(std::string_view name, std::string_view rawAttributes, NSUInteger unit);   // false ends the scan
@@ -8,7 +8,8 @@
 //   MarkupScan scan(source, tags);
 //   if (scan.run() && !scan.fault()) scan.text();
 //
-// Works on the bytes of NSString::view(): what matters to markup is ASCII, which is never part of another character.
+// Works on the bytes of NSString::view(). The characters that matter to markup are ASCII, and an ASCII byte is never
+// part of another character.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -28,7 +29,7 @@ namespace norvik::detail {
 
 inline constexpr std::string_view blanksAndTabs = " \t";
 
-/// Goes over bytes; what it passes is a part of them.
+/// Moves over bytes. upTo() and skip() return the bytes that they pass.
 class ByteScanner {
  public:
   explicit ByteScanner(std::string_view bytes) noexcept : bytes_(bytes) {}
@@ -50,23 +51,23 @@ class ByteScanner {
   std::size_t at_ = 0;
 };
 
-/// A text of bytes of NSString::view(), lone halves included.
+/// Converts bytes of NSString::view() to a text, including lone surrogates.
 [[nodiscard]] NSString textOfBytes(std::string_view bytes);
 
 [[nodiscard]] inline bool isEndingName(std::string_view name) noexcept { return name.starts_with('/'); }
-/// `ending`, which begins with "/", ends the tag of that name, whatever their case.
+/// True if `ending`, which begins with "/", ends the tag `name`, ignoring case.
 [[nodiscard]] bool isEndedBy(std::string_view name, std::string_view ending);
 
-/// The same bytes. Names are short.
+/// True if the names have the same bytes. Optimised for short names.
 [[nodiscard]] inline bool areSameNames(std::string_view a, std::string_view b) noexcept {
   return a.size() == b.size() && (a.size() == 1 ? a[0] == b[0] : a == b);
 }
 
-/// Messages. A name without data is absent.
+/// Texts of errors. A name whose data() is null is absent.
 [[nodiscard]] NSString wrongEnding(std::string_view ending, std::string_view expected);
 [[nodiscard]] NSString stillOpen(const std::vector<std::string_view>& names);
 
-/// Where in the eight bytes the first `wanted` is; 8 where there is none.
+/// The index of the first `wanted` in the eight bytes; 8 if there is none.
 [[nodiscard]] inline std::size_t placeInWord(std::uint64_t word, char wanted) noexcept {
   constexpr std::uint64_t ones = 0x0101010101010101u, low = 0x7F7F7F7F7F7F7F7Fu;
   const std::uint64_t other = word ^ ones * static_cast<unsigned char>(wanted);
@@ -78,7 +79,7 @@ class ByteScanner {
 template <class Tags>
 class MarkupScan {
  public:
-  /// Both must live as long as this.
+  /// Both arguments must live as long as this object.
   MarkupScan(const NSString& source, Tags& tags)
       : source_(source),
         tags_(tags),
@@ -86,7 +87,7 @@ class MarkupScan {
         textEnd_(bytes_.get()),
         counted_(textEnd_) {}
 
-  /// Once. False where the tags ended it; nothing else counts then.
+  /// Call once. False if the tags ended the scan; then no other result is valid.
   [[nodiscard]] bool run() {
     const char* at = source_.view().data();
     const char* const end = at + source_.view().size();
@@ -119,9 +120,9 @@ class MarkupScan {
     return true;
   }
 
-  /// Why the source is no markup, if it is none.
+  /// The reason why the source is not valid markup; absent if it is valid.
   [[nodiscard]] const std::optional<NSString>& fault() const noexcept { return fault_; }
-  /// The units of the text so far.
+  /// The number of units of the text so far.
   [[nodiscard]] NSUInteger length() noexcept {
     if (source_.isAscii()) return static_cast<NSUInteger>(textEnd_ - bytes_.get());
     length_ += unitCountByWords({counted_, static_cast<std::size_t>(textEnd_ - counted_)});
@@ -136,7 +137,7 @@ class MarkupScan {
  private:
   static constexpr char escape = '\001';
 
-  // The text is never ahead of the source, so what is copied to it in words stays within its bytes.
+  // The text is never longer than the part of the source read so far, so copying whole words stays within the buffer.
   static const char* copiedUpToLess(const char* at, const char* end, char* out) noexcept {
     for (; end - at >= 8; at += 8, out += 8) {
       std::uint64_t word;
@@ -149,7 +150,7 @@ class MarkupScan {
     return at;
   }
 
-  /// The end where there is none.
+  /// Returns `end` if there is no ">".
   static const char* greater(const char* at, const char* end) noexcept {
     if (end - at >= 8) {
       std::uint64_t word;
@@ -161,7 +162,7 @@ class MarkupScan {
     return found ? found : end;
   }
 
-  /// Behind all bytes that are like the one there.
+  /// The position after the run of bytes equal to the byte at `at`.
   static const char* behindRun(const char* at, const char* end) noexcept {
     const char byte = *at;
     do ++at;
@@ -199,7 +200,7 @@ class MarkupScan {
   char* textEnd_;
   std::vector<std::string_view> open_;
   std::optional<NSString> fault_;
-  const char* counted_;  ///< up to here, the text has length_ units, unless it is ASCII
+  const char* counted_;  ///< the text up to here has length_ units; not used for an ASCII source
   NSUInteger length_ = 0;
 };
 

@@ -16,21 +16,21 @@ namespace {
 
 constexpr std::size_t names = 64;
 
-/// Where in a table of `names` a name may be: most texts use few.
+/// The position of a name in a table of `names` entries. Most texts use few names.
 std::size_t placeOf(std::string_view name) noexcept {
   const auto first = static_cast<unsigned char>(name.front()), last = static_cast<unsigned char>(name.back());
   return (name.size() * 7 + first + last * 3u) % names;
 }
 
 Ref<MRKTaggedStringAttribute> entryOf(std::string_view name, const MRKTaggedStringOptions& options) {
-  // Borrowed for the time of the call.
+  // The name is borrowed for the duration of the call.
   return options.attributeForTagName(utf8::isAscii(name) ? NSString::borrowing(name) : textOfBytes(name));
 }
 
-/// Runs as they are put together, one after the other. Neighbours with equal attributes become one.
+/// A list of runs that is built in order. Adjacent runs with equal attributes become one.
 class RunList {
  public:
-  /// Of a source of so many bytes.
+  /// `sourceSize` is in bytes.
   RunList(Combinations& combinations, std::size_t sourceSize) : combinations_(combinations) {
     runs_.runs.reserve(std::min<std::size_t>(sourceSize / 8, 32));
   }
@@ -45,7 +45,7 @@ class RunList {
     }
   }
 
-  /// The combinations are used up.
+  /// Takes the combinations; call once.
   [[nodiscard]] AttributeRuns take() {
     if (runs_.runs.empty()) return {};
     runs_.attributes = combinations_.take();
@@ -58,7 +58,7 @@ class RunList {
   NSUInteger end_ = 0;
 };
 
-/// The attributes of tags, as long as these are fixed.
+/// The attributes of tags, as long as all of them are fixed.
 class FixedStyles {
  public:
   FixedStyles(const MRKTaggedStringOptions& options, std::size_t sourceSize)
@@ -92,7 +92,7 @@ class FixedStyles {
     Combinations::Number added = 0;
   };
 
-  /// False where a closure has to be called.
+  /// False if a closure has to be called.
   bool find(std::string_view name, Style& style) {
     const auto entry = entryOf(name, options_);
     const Ref<NSDictionary> fixed = entry ? entry->staticDictionary() : nullptr;
@@ -109,7 +109,7 @@ class FixedStyles {
   std::array<Style, names> seen_;
 };
 
-/// The tags of a text, and which of them is the innermost where.
+/// The tags of a text, and the innermost tag at each position.
 class TagList {
  public:
   using Index = std::uint32_t;
@@ -118,17 +118,17 @@ class TagList {
   struct Tag {
     std::string_view name, rawAttributes;
     NSUInteger location = 0, end = 0;
-    Index around = none;  ///< the tag that this one is in
-    Index stretch = 0;    ///< the stretch that begins where the tag does, if there is any behind it
+    Index around = none;  ///< the tag around this one
+    Index stretch = 0;    ///< the stretch that begins at the tag; past the end if no text follows
   };
-  /// Text without a tag in it, and never empty.
+  /// A part of the text without a tag in it; never empty.
   struct Stretch {
     NSUInteger end;
-    Index tag;  ///< the innermost around it
+    Index tag;  ///< the innermost tag around it
   };
 
-  std::vector<Tag> tags;        ///< as they were opened
-  std::vector<Index> finished;  ///< as they were closed
+  std::vector<Tag> tags;        ///< in the order of opening
+  std::vector<Index> finished;  ///< in the order of closing
   std::vector<Stretch> stretches;
 
   bool open(std::string_view name, std::string_view rawAttributes, NSUInteger unit) {
@@ -154,7 +154,7 @@ class TagList {
   Index innermost_ = none;
 };
 
-/// What computed and fixed attributes of tags add, where the same was added to the same shortly before.
+/// A cache of recent sums of present attributes and attributes that a tag adds.
 class Sums {
  public:
   explicit Sums(Combinations& combinations) noexcept : combinations_(combinations) {}
@@ -169,7 +169,7 @@ class Sums {
  private:
   struct Sum {
     Combinations::Number present = 0;
-    Ref<NSDictionary> added;  ///< kept, so that no other one comes to its address
+    Ref<NSDictionary> added;  ///< retained, so that its address is not reused
     Combinations::Number result = 0;
   };
 
@@ -200,14 +200,14 @@ AttributeRuns runsOf(const TagList& list, NSUInteger length, const MRKTaggedStri
     if (!known.entry) continue;
     Ref<NSDictionary> added = known.entry->staticDictionary();
     if (const auto computed = added ? MRKDynamicAttributes() : known.entry->dynamicAttributes()) {
-      // Behind an empty tag, the unit's own tags are closed later and so are known already.
+      // The unit after an empty tag is in tags that close later, so their attributes are already computed.
       const bool atTheEnd = tag.location == length;
       const Ref<NSDictionary> present = tag.end > tag.location ? combinations[result]
                                         : atTheEnd             ? none
                                                    : combinations[insideOf(list.stretches[tag.stretch].tag)];
       added = computed(textOfBytes(tag.name), *tagAttributesIn(tag.rawAttributes), *present);
     }
-    if (added) result = sums.of(result, added->copy());  // another one at each time, unless it cannot change
+    if (added) result = sums.of(result, added->copy());  // a new copy each time, unless immutable
   }
 
   RunList runs(combinations, list.stretches.size() * 8);

@@ -1,11 +1,12 @@
 // NorvikCore/markup/internal/StyledRuns.h - marked-up text with the attributes of its tags, each computed once.
 //
-// The result is that of adding each tag's attributes over its range, the tag closed last first. But where a tag is
-// asked, its text still has one run, so that its attributes are those of the tag around it and its own. That takes the
-// time of the tags, however they are nested; combinations of attributes that were seen before are looked up.
+// The result equals that of adding each tag's attributes over its range, in reverse order of the closing tags. When a
+// tag is processed in that order, its text still has one run, so the tag's attributes are those of the tag around it
+// plus its own. The cost is therefore linear in the tags, however they are nested. Combinations of attributes that
+// occurred before are looked up.
 //
-// Where no tag in the text has a closure, the runs are made in the same pass as the text. Otherwise the tags are listed
-// first, because the closure of the tag closed last is called first.
+// If no tag in the text has a closure, the runs are made in the same pass as the text. Otherwise the tags are listed
+// first, because closures are called in reverse order of the closing tags.
 #pragma once
 
 #include "NorvikCore/markup/MRKTaggedStringOptions.h"
@@ -18,10 +19,10 @@ namespace norvik::detail {
 struct StyledText {
   NSString text;
   AttributeRuns runs;
-  std::optional<NSString> fault;  ///< why the source is no markup; nothing else counts then
+  std::optional<NSString> fault;  ///< why the source is not valid markup; then the other members are not valid
 };
 
-/// Calls the closures of the options, the tag closed last first.
+/// Calls the closures of the options, in reverse order of the closing tags.
 [[nodiscard]] StyledText styledText(const NSString& source, const MRKTaggedStringOptions& options);
 
 }  // namespace norvik::detail

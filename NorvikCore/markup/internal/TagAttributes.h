@@ -1,4 +1,4 @@
-// NorvikCore/markup/internal/TagAttributes.h - the attributes written behind a tag's name; MRKStringParserTag.h has the
+// NorvikCore/markup/internal/TagAttributes.h - parses the attributes after a tag's name; MRKStringParserTag.h has the
 // rules.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace norvik::detail {
 
-/// Names, and texts or the null marker. `raw` is as NSString::view() gives it. Linear.
+/// Names with texts or the null marker. `raw` is in the encoding of NSString::view(). Linear.
 [[nodiscard]] Ref<NSDictionary> tagAttributesIn(std::string_view raw);
 
 }  // namespace norvik::detail

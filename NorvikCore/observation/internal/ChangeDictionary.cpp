@@ -11,10 +11,10 @@
 namespace norvik::detail {
 namespace {
 
-/// One dictionary for each shape, or none: it is in use, or was kept.
+/// One dictionary for each shape; empty while the dictionary is in use or after a handler kept it.
 using Spares = std::array<Ref<NSDictionary>, 8>;
 
-/// The thread's spare dictionaries, null once the thread is so far gone that they are.
+/// The thread's spare dictionaries; null after they were destroyed at the end of the thread.
 Spares* spares() {
   static thread_local bool isGone = false;
   struct Owned {
@@ -38,7 +38,7 @@ Ref<NSDictionary> made(const NSString& keyPath, const KeyValueChange& change) {
   return make<NSDictionary>(std::move(entries));
 }
 
-// The entries stand in the order of made(): the key path, the kind, the new value, the old value, the prior mark.
+// The entries are in the order of made(): the key path, the kind, the new value, the old value, the prior mark.
 
 void fill(NSDictionary& dictionary, const NSString& keyPath, const KeyValueChange& change) {
   std::size_t position = 0;
@@ -67,7 +67,7 @@ ChangeDictionary::ChangeDictionary(const NSString& keyPath, const KeyValueChange
 
 ChangeDictionary::~ChangeDictionary() {
   if (!ObjectAccess::isUnshared(*dictionary_)) return;
-  empty(*dictionary_, shape_);  // may let go of objects, which may make changes of their own
+  empty(*dictionary_, shape_);  // may release objects, whose destruction may make further changes
   if (Spares* unused = spares()) std::swap((*unused)[shape_], dictionary_);
 }
 

@@ -1,7 +1,7 @@
-// NorvikCore/observation/internal/ChangeDictionary.h - the dictionary that a block handler is given.
+// NorvikCore/observation/internal/ChangeDictionary.h - the dictionary that a block handler receives.
 //
-// An NSDictionary like any other. One that its handler did not keep is filled anew for the thread's next change of the
-// same shape: making a dictionary takes four allocations, filling one none.
+// An ordinary NSDictionary. If the handler did not keep it, it is reused for the thread's next change of the same
+// shape, because creating a dictionary takes four allocations and refilling one takes none.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -19,7 +19,7 @@ class ChangeDictionary {
   const NSDictionary& operator*() const noexcept { return *dictionary_; }
 
  private:
-  const std::size_t shape_;  ///< which of the new value, the old value and the prior mark there are
+  const std::size_t shape_;  ///< which of the new value, the old value and the prior mark are present
   Ref<NSDictionary> dictionary_;
 };
 

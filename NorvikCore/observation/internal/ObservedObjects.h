@@ -1,4 +1,4 @@
-// NorvikCore/observation/internal/ObservedObjects.h - what one controller observes: objects, and the observations of
+// NorvikCore/observation/internal/ObservedObjects.h - the objects that one controller observes, and the observations of
 // each.
 #pragma once
 
@@ -11,12 +11,13 @@
 
 namespace norvik::detail {
 
-/// The observations of one object, with distinct key paths. Most objects have one, which takes no allocation.
+/// The observations of one object, with distinct key paths. Most objects have one observation, which needs no
+/// allocation.
 class InfoSet {
  public:
-  /// False where the key path is in already.
+  /// False if the key path is already in the set.
   bool add(const Ref<_FBKVOInfo>& info);
-  /// The one with that key path, taken out; empty where there is none.
+  /// Removes and returns the observation with that key path; empty if there is none.
   [[nodiscard]] Ref<_FBKVOInfo> take(const NSString& keyPath);
   [[nodiscard]] std::span<const Ref<_FBKVOInfo>> infos() const noexcept {
     if (many_) return *many_;
@@ -25,7 +26,7 @@ class InfoSet {
 
  private:
   Ref<_FBKVOInfo> one_;
-  std::unique_ptr<std::vector<Ref<_FBKVOInfo>>> many_;  ///< all of them, as soon as there were two
+  std::unique_ptr<std::vector<Ref<_FBKVOInfo>>> many_;  ///< all observations, once there have been two
 };
 
 class ObservedObjects : public IdentityMap<InfoSet> {

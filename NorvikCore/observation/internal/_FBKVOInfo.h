@@ -1,4 +1,4 @@
-// NorvikCore/observation/internal/_FBKVOInfo.h - one observation that was asked for.
+// NorvikCore/observation/internal/_FBKVOInfo.h - one requested observation.
 #pragma once
 
 #include "NorvikCore/observation/FBKVOController.h"
@@ -6,8 +6,9 @@
 
 namespace norvik {
 
-/// It is its own registration with the runtime, whose context is its address: one object for each observation. Equal to
-/// another one with the same key path, whatever its handler and options.
+/// The observation is also its registration with the runtime; the context of the registration is its address. So each
+/// observation is one object. Two observations are equal if they have the same key path, whatever their handlers and
+/// options.
 class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOInfo, NSObject)
 
@@ -29,7 +30,7 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
                                                                                   NSString keyPath,
                                                                                   NSKeyValueObservingOptions options,
                                                                                   void* context);
-  /// Without options and handler: to look for an equal one.
+  /// Without options and handler, for finding an equal observation.
   [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath(FBKVOController& controller, NSString keyPath);
 
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
@@ -43,19 +44,20 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
 
   [[nodiscard]] const NSString& _keyPath() const noexcept { return keyPath(); }
   [[nodiscard]] NSKeyValueObservingOptions _options() const noexcept { return options(); }
-  /// For those who hold the shared controller's mutex. Ended is final.
+  /// The caller must hold the shared controller's mutex. Ended is final.
   [[nodiscard]] State _state() const noexcept {
     if (!isActive()) return Ended;
     return isListed_ ? Observing : Initial;
   }
 
-  /// Not kept, and followed only while this is listed: a controller ends its observations before it goes.
+  /// Not retained. Used only while this observation is listed, because a controller ends its observations before it is
+  /// destroyed.
   FBKVOController* const _controller;
   const SEL _action;
   void* const _context;
   const FBKVONotificationBlock _block;
-  bool isListed_ = false;             ///< in the shared controller's table, and guarded by its mutex
-  const NSObject* object_ = nullptr;  ///< what it observes; only an address
+  bool isListed_ = false;             ///< whether it is in the shared controller's table; guarded by its mutex
+  const NSObject* object_ = nullptr;  ///< the observed object, compared by address only
 };
 
 }  // namespace norvik

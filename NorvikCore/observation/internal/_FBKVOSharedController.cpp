@@ -28,7 +28,7 @@ void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
     info->isListed_ = true;
     info->object_ = &object;
   }
-  // One that is ended meanwhile, by a handler or another thread, is not attached any more.
+  // An observation that another thread or a handler has ended in the meantime is not attached.
   Ref<detail::Registration> registration = std::move(info);
   if (detail::attachPlain(object, registration)) return;
   try {
@@ -68,14 +68,14 @@ Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) 
   return Ref<FBKVOController>::adopt(info._controller);
 }
 
-/// The observation that the context names and its controller; empty where one of them is gone or has ended, or where
-/// another observation stands at the address.
+/// The observation of the context and its controller. Empty if one of them was destroyed or has ended, or if another
+/// observation now has that address.
 _FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, const NSObject& object,
                                                            const NSString& keyPath) const {
   Meant meant;
   detail::WordLock lock(_mutex);
   if (!_infos.find(context)) return meant;
-  // What is listed is there: an info that goes, and a controller that ends its observations, wait for this mutex.
+  // A listed info exists, because an info being destroyed and a controller ending its observations wait for this mutex.
   auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
   const bool isMeant = info.object_ == &object && info._state() != _FBKVOInfo::Ended &&
                        (info._keyPath().isIdenticalTo(keyPath) || info._keyPath() == keyPath);

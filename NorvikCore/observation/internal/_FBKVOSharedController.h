@@ -1,7 +1,7 @@
 // NorvikCore/observation/internal/_FBKVOSharedController.h - the platform's observer behind every FBKVOController.
 //
-// It finds, by the context of a change, the observation that is meant, and passes the change to its controller's
-// observer. An observation that is gone or has ended is not found, so that late changes are ignored.
+// It finds the observation of a change by the change's context and passes the change to the observer of its controller.
+// An observation that was destroyed or has ended is not found, so late changes are ignored.
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
@@ -15,13 +15,13 @@ namespace norvik {
 class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOSharedController, NSObject)
 
-  /// Made on first use and never destroyed.
+  /// Created on first use and never destroyed.
   [[nodiscard]] static _FBKVOSharedController& sharedController();
 
-  /// What that raises ends the observation, also at its controller.
+  /// If observing raises, the observation ends, also in its controller.
   void observe(NSObject& object, Ref<_FBKVOInfo> info);
   void unobserve(NSObject& object, _FBKVOInfo& info);
-  /// `object` is null where it is gone, and its registrations with it.
+  /// `object` is null if it was destroyed; its registrations were destroyed with it.
   void unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos);
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
@@ -32,7 +32,7 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   friend class _FBKVOInfo;
   struct Listed {};
 
-  /// The controller of an observation, empty where that has ended or the controller goes.
+  /// The controller of an observation; empty if the observation has ended or the controller is being destroyed.
   [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
   void forget(const _FBKVOInfo& info);
   struct Meant {
@@ -41,7 +41,7 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   };
   [[nodiscard]] Meant find(const void* context, const NSObject& object, const NSString& keyPath) const;
 
-  /// By address; an info that goes takes itself out.
+  /// Keyed by address; an info that is destroyed removes itself.
   detail::PointerTable<Listed> _infos NK_GUARDED_BY(_mutex);
   mutable detail::WordMutex _mutex;
 };
