@@ -1,6 +1,6 @@
 // NorvikCore/platform/collections/Enumeration.h - range-based for over a collection, with changes under the loop
 // noticed. Users need not read it.
-#pragma once  // include time: the algorithms of the standard library want iterators, and those <iterator>
+#pragma once  // include time: <iterator>, for the algorithms of the standard library
 
 #include "NorvikCore/platform/collections/OrderedTable.h"
 #include "NorvikCore/platform/export.h"

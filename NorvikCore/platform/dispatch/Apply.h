@@ -15,7 +15,7 @@
 //          deadlock, this aborts in the same way.
 // Cost:    under a microsecond, plus an atomic operation for each share and the wake-up of helpers. It is worth that
 //          if the rounds take some ten microseconds together, and if they do more than touch memory.
-#pragma once  // include time: <atomic>: the rounds ask it whether to go on
+#pragma once  // include time: <atomic>: the rounds read a stop flag
 
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"

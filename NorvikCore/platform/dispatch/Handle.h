@@ -5,7 +5,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string_view>  // std::hash, at the least cost
+#include <string_view>  // std::hash, by the cheapest header
 #include <utility>
 
 namespace norvik::detail {

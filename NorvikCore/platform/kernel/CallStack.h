@@ -7,7 +7,7 @@
 // that the file does not export have no name (link a program with -rdynamic, or ENABLE_EXPORTS in CMake, to see its
 // own): then the file's name and the distance from its beginning stand there, which addr2line understands. Any thread,
 // not in signal handlers. Naming a frame costs some microseconds, remembering its address 0.1.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 

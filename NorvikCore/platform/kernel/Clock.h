@@ -9,7 +9,7 @@
 // The functions always read the machine's clocks, whatever date a program mocks, without entering the kernel (20 to 30
 // ns), and are safe on any thread and in a signal handler. Code that must be tested across a jump of the clock takes a
 // ClockSource.
-#pragma once  // include time: <atomic>: a manual clock is moved and read on any threads
+#pragma once  // include time: <atomic>: any thread may move and read a manual clock
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/ReferenceDate.h"

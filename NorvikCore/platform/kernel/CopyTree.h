@@ -1,7 +1,7 @@
 // NorvikCore/platform/kernel/CopyTree.h - copies of files and folders, with all that belongs to them.
 //
 //   if (const int error = kernel::copyTree("/data/2024-25", "/archive/2024-25")) report(kernel::errorText(error));
-#pragma once  // include time: <string> is what it gives
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 

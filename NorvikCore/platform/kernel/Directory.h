@@ -1,7 +1,7 @@
 // NorvikCore/platform/kernel/Directory.h - folders: make, list, remove.
 //
 // Operations answer 0 or an error number (see SystemError.h). Any thread.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 

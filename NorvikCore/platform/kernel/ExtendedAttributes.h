@@ -16,7 +16,7 @@
 // the path may be a link, a pipe or a device without anything being followed or opened; it has no attributes
 // (attributeAbsent) and can be given none (EPERM). Operations answer 0 or an error number (see
 // SystemError.h). Any thread; two that change the same attribute leave one of the two values whole.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"

@@ -7,7 +7,7 @@
 //
 // Operations answer 0 or an error number (see SystemError.h), never raise but for lack of memory, and begin again
 // where a signal interrupts them. Any thread; one descriptor from several threads only as the kernel allows it.
-#pragma once  // include time: <string> is what it gives
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 

@@ -7,7 +7,7 @@
 // The creation time is the file system's birth time. Where it keeps none (ramfs, some network disks) it is the time
 // that noteCreation() kept as an attribute when the file was made, else the earlier of the times of the last write and
 // the last change: the best that is known, though both move on when the file is written to.
-#pragma once  // include time: <string> is what it gives
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 

@@ -1,7 +1,7 @@
 // NorvikCore/platform/kernel/HostInfo.h - the machine, its system and this process.
 //
 // Safe on any thread. Texts that are given by reference are read once and kept for the life of the process.
-#pragma once  // include time: <string> and <optional> are what it gives
+#pragma once  // include time: <string> and <optional> are result types
 
 #include "NorvikCore/platform/export.h"
 

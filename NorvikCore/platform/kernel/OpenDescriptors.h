@@ -11,7 +11,7 @@
 // Other threads may open and close descriptors all the while: what was closed since it was listed is no fault, and a
 // number that was used again is looked at again. Operations answer 0 or an error number (see SystemError.h). Any
 // thread.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 

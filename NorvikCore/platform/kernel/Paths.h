@@ -29,7 +29,7 @@
 // '/'. A backslash before a character makes it a plain one. The last valid line for a folder counts; other lines are
 // ignored. The whole file is ignored if it cannot be read, if it is no regular file or larger than a megabyte, and if
 // it belongs to another user and its path leads through a folder in which everybody may write.
-#pragma once  // include time: <string> is what it gives
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 

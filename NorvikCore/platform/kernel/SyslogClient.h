@@ -18,7 +18,7 @@
 //
 // Threads: confined. Nothing is raised but by the constructor, which may raise std::bad_alloc. An entry that there is
 // no memory for is lost and counted (ENOMEM).
-#pragma once  // include time: <deque> and <string> are what it keeps
+#pragma once  // include time: <deque> and <string> are members
 
 #include "NorvikCore/platform/export.h"
 

@@ -4,7 +4,7 @@
 // for.
 //
 //   if (const int error = kernel::getAttribute(path, "payroll.locked", value)) report(kernel::errorText(error));
-#pragma once  // include time: <string> is what it gives
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 

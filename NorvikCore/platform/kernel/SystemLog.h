@@ -5,7 +5,7 @@
 //
 // For what must be said where logging itself is in trouble. A line holds the time in UTC, process name, process id and
 // thread id.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/Hidden.h"

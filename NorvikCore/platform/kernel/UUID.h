@@ -3,7 +3,7 @@
 //   kernel::makeUUID().text();    // "3F2504E0-4F89-41D3-9A0C-0305E82C3301"
 //
 // Safe on any thread and in a forked child. One system call each.
-#pragma once  // include time: <string> and <optional> are what it gives
+#pragma once  // include time: <string> and <optional> are result types
 
 #include "NorvikCore/platform/export.h"
 

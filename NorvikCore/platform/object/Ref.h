@@ -13,7 +13,7 @@
 
 #include <compare>
 #include <cstddef>
-#include <optional>  // std::hash, at the lowest price
+#include <optional>  // std::hash, by the cheapest header
 #include <type_traits>
 #include <utility>
 

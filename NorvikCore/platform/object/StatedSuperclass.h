@@ -5,7 +5,7 @@
 // object chooses the nearest class that is stated, other than its own.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+#include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
 
 namespace norvik::detail {
 

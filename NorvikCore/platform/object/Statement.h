@@ -3,7 +3,7 @@
 // A class's statements are one constant table (StatementTable.h), which is read when the class is registered.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+#include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
 #include "NorvikCore/platform/object/StatementPlace.h"
 
 #include <cstddef>

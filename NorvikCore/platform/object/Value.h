@@ -10,7 +10,7 @@
 // independent; distinct Values may be used on distinct threads.
 //
 // A character does not convert to a Value, because it could mean a text or a number. Write "A" or int('A').
-#pragma once  // include time: it holds texts, decimals and dates in itself, without allocation
+#pragma once  // include time: texts, decimals and dates are members
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/object/Ref.h"
