@@ -1,4 +1,4 @@
-// NorvikCore/platform/kernel/CopyTree.h - copies of files and folders, with all that belongs to them.
+// NorvikCore/platform/kernel/CopyTree.h - copies files and folders, with their permissions, times and attributes.
 //
 //   if (const int error = kernel::copyTree("/data/2024-25", "/archive/2024-25")) report(kernel::errorText(error));
 #pragma once  // include time: <string> is a result type
