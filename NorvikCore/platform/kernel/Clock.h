@@ -43,7 +43,7 @@ class NK_EXPORT ClockSource {
 /// The machine's clocks. Lives as long as the process.
 [[nodiscard]] NK_EXPORT const ClockSource& systemClock() noexcept;
 
-/// Clocks that advance only when they are told to: advance() moves both, jumpWallClock() only the wall clock.
+/// Clocks that advance only on request: advance() moves both, jumpWallClock() only the wall clock.
 class NK_EXPORT ManualClock final : public ClockSource {
  public:
   ManualClock(std::int64_t wall, std::int64_t monotonic) noexcept;
