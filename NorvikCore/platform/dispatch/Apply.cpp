@@ -87,14 +87,14 @@ class Loop {
   const Rounds rounds_;
   void* const block_;
   const std::uint32_t generation_ = kernel::forkGeneration();
-  std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is at work
+  std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is in run()
   std::atomic<bool> failed_{false};
   std::exception_ptr error_;
   alignas(64) std::atomic<std::size_t> next_{0};
-  alignas(64) std::atomic<std::uint32_t> helpers_{0};  // that are in run()
+  alignas(64) std::atomic<std::uint32_t> helpers_{0};  // number of helpers in run()
 };
 
-/// False where any queue on the way is serial.
+/// False if the queue or one of its targets is serial.
 bool runsSideBySide(const QueueCore* queue) {
   for (; queue != nullptr; queue = queue->target()) {
     if (queue->isSerial()) return false;

@@ -1,6 +1,6 @@
 // NorvikCore/platform/dispatch/Item.h - the unit of work that a queue holds.
 //
-// dispatch_async() makes an item of each block, closure and list node in one allocation. Where many small values of one
+// dispatch_async() makes an item of each block, closure and list node in one allocation. If many small values of one
 // kind are sent, letters are cheaper (internal/Mailbox.h).
 #pragma once
 

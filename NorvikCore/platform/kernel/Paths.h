@@ -5,13 +5,13 @@
 //
 // | folder        | environment      | without it                                   |
 // | home          | HOME             | that of the user's account, else /           |
-// | library       | XDG_DATA_HOME    | ~/.local/share; none where no home is known  |
+// | library       | XDG_DATA_HOME    | ~/.local/share; none if no home is known     |
 // | configuration | XDG_CONFIG_HOME  | ~/.config                                    |
-// | caches        | XDG_CACHE_HOME   | ~/.cache; none where no home is known        |
+// | caches        | XDG_CACHE_HOME   | ~/.cache; none if no home is known           |
 // | state         | XDG_STATE_HOME   | ~/.local/state                               |
-// | documents     | user-dirs.dirs   | ~/Documents; none where no home is known     |
-// | downloads     | user-dirs.dirs   | ~/Downloads; none where no home is known     |
-// | desktop       | user-dirs.dirs   | ~/Desktop; none where no home is known       |
+// | documents     | user-dirs.dirs   | ~/Documents; none if no home is known        |
+// | downloads     | user-dirs.dirs   | ~/Downloads; none if no home is known        |
+// | desktop       | user-dirs.dirs   | ~/Desktop; none if no home is known          |
 // | temporary     | TMPDIR           | /tmp                                         |
 //
 // The library folder contains the user's data: application data in a folder per application, and "Logs". An environment

@@ -42,7 +42,7 @@ void SerialQueue::append(Item* item, std::uint32_t flags, Delivery delivery) {
   std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
   do {
     // Set before the item is visible, so that a later prompt caller sees it. If another thread enqueues first, this was
-    // needless, and a prompt caller asks the workers once too often.
+    // needless, and a later prompt caller calls expedite() without effect.
     if (relaxed && old == idleBit) drainMayWait_.store(true, std::memory_order_relaxed);
     item->queueLink = itemOf(old);
   } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & ~idleBit & flagBits), std::memory_order_seq_cst,

@@ -42,7 +42,7 @@ class NK_EXPORT TimerEntry {
   class TimerHeap* heap_ = nullptr;
   std::uint64_t deadline_ = 0;  // before any leeway
   std::uint64_t interval_ = 0;
-  std::uint64_t age_ = 0;  // number of the setting, for the order of equal deadlines
+  std::uint64_t age_ = 0;  // raised with each deadline; orders equal deadlines
   std::uint32_t index_ = 0;
   std::uint32_t setting_ = 0;
   std::uint32_t generation_ = 0;
