@@ -39,7 +39,7 @@ class NK_EXPORT NSMapTable : public NSObject {
   [[nodiscard]] std::size_t count() const;
   /// Absent if there is none.
   [[nodiscard]] Value objectForKey(const NSObject& key) const;
-  /// Raises NSInvalidArgumentException for an absent value, and for a weak one that is not an object.
+  /// Raises NSInvalidArgumentException for an absent value, and if values are weak, for a value that is not an object.
   void setObject(const Value& object, NSObject& key);
   void removeObjectForKey(const NSObject& key);
   void removeAllObjects();

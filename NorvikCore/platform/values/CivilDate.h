@@ -133,7 +133,7 @@ inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million yea
   return detail::floorDivide(detail::wholeSeconds(date), detail::secondsPerDay);
 }
 
-/// The day of a date that exists, of a year within 95 million.
+/// The day of an existing date; the year is within 95 million.
 [[nodiscard]] constexpr std::int64_t referenceDay(std::int64_t year, std::int32_t month, std::int32_t day) noexcept {
   constexpr std::int64_t offset = 400 * 250'000;  // makes every year positive, so that division rounds down
   const bool endsYear = month <= 2;

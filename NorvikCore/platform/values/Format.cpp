@@ -120,7 +120,7 @@ void appendObject(FormatBuffer& out, const FormatArgument& argument, const Forma
 
 void appendCharacter(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
   if (argument.kind() == FormatKind::character &&
-      argument.bytes() == 1) {  // a byte, perhaps one of several of a character
+      argument.bytes() == 1) {  // one byte, which may be a part of a character
     const char byte = static_cast<char>(argument.integer);
     return appendPadded(out, std::string_view(&byte, 1), field);
   }

@@ -53,7 +53,7 @@ class NK_EXPORT NSNumber {
   [[nodiscard]] constexpr bool isBool() const noexcept { return kind_ == Kind::Boolean; }
   [[nodiscard]] bool isNaN() const noexcept;
 
-  /// True for every number but 0; not-a-number is false.
+  /// True for every number except 0; false for not-a-number.
   [[nodiscard]] bool boolValue() const noexcept;
   [[nodiscard]] int intValue() const noexcept;
   [[nodiscard]] NSInteger integerValue() const noexcept { return longLongValue(); }

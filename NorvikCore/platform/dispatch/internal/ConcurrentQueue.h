@@ -52,7 +52,7 @@ class ConcurrentQueue final : public QueueCore {
   QueueMutex mutex_;
   ItemList pending_ NK_GUARDED_BY(mutex_);
   ItemList admitted_ NK_GUARDED_BY(mutex_);
-  std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // admitted ones included
+  std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // includes admitted ones
   bool barrierRuns_ NK_GUARDED_BY(mutex_) = false;
   bool suspended_ NK_GUARDED_BY(mutex_) = false;
   std::size_t keptTickets_ NK_GUARDED_BY(mutex_) = 0;

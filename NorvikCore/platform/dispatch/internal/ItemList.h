@@ -8,7 +8,7 @@ namespace norvik::detail {
 // Flags that a queue sets on an item while it holds the item.
 inline constexpr std::uint32_t itemWaiter = 1;   // a SyncWaiter: a thread that waits for its turn
 inline constexpr std::uint32_t itemBarrier = 2;  // runs alone on a concurrent queue
-inline constexpr std::uint32_t itemRelaxed = 4;  // queued with Delivery::relaxed
+inline constexpr std::uint32_t itemRelaxed = 4;  // enqueued with Delivery::relaxed
 inline constexpr unsigned itemFlagBits = 4;      // the bits above are a mailbox's: how many letters come before
 
 class ItemList {

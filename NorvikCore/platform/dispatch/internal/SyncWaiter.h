@@ -23,7 +23,7 @@ class SyncWaiter : public Item {
   void grant() noexcept;
 
  private:
-  static constexpr std::uint32_t grantedWord = 1, asleepWord = 2, nudge = 4;  // the rest counts nudges
+  static constexpr std::uint32_t grantedWord = 1, asleepWord = 2, nudge = 4;  // the other bits count nudges
   void waitDraining() noexcept;
   std::atomic<std::uint32_t> state_{0};
 };
