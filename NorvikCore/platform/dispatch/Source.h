@@ -70,7 +70,7 @@ inline constexpr dispatch_source_type_t DISPATCH_SOURCE_TYPE_TIMER = dispatch_so
 /// effect on a cancelled source.
 NK_EXPORT void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, std::uint64_t interval,
                                          std::uint64_t leeway);
-/// The same by durations of std::chrono. Those below zero count as zero.
+/// The same with durations of std::chrono. Negative durations count as zero.
 template <detail::ChronoDuration Interval, detail::ChronoDuration Leeway = Interval>
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start, const Interval& interval,
                                const Leeway& leeway = Leeway::zero()) {

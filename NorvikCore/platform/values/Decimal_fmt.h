@@ -5,9 +5,9 @@
 //   fmt::format("{:+08.1}", -2.25_dec);        // "-00002.3"
 //   fmt::format("{:,.2f}", 1234567.5_dec);     // "1,234,567.50"
 //
-// [[fill]align][sign][0][width][,][.precision][f]: numbers are right-aligned by default. A comma separates thousands, and
-// cannot be combined with 0. A precision rounds (a half away from zero) and pads with zeros; without a precision all
-// digits are written.
+// [[fill]align][sign][0][width][,][.precision][f]: numbers are right-aligned by default. A comma separates thousands,
+// and cannot be combined with 0. A precision rounds (a half away from zero) and pads with zeros; without a precision
+// all digits are written.
 #pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/Decimal.h"
