@@ -101,7 +101,7 @@ class Date {
     return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
   }
 
-  /// As timeIntervalSinceDate() and dateByAddingTimeInterval(): in seconds. An interval is a number of seconds or a
+  /// Like timeIntervalSinceDate() and dateByAddingTimeInterval(), in seconds. An interval is a number of seconds or a
   /// duration of std::chrono; a calendar's days and months are in Categories/NSDate+Norvik.h.
   [[nodiscard]] friend constexpr NSTimeInterval operator-(Date a, Date b) noexcept { return a.seconds_ - b.seconds_; }
   template <detail::TimeInterval Interval>

@@ -263,7 +263,7 @@ constexpr std::weak_ordering Decimal::compareConstants(const Decimal& a, const D
   Whole x = Whole{a.high_} << 64 | a.low_;
   const Whole y = Whole{b.high_} << 64 | b.low_, greatest = (Whole{powerOf38High} << 64 | powerOf38Low) - 1;
   for (int shift = a.exponent() - b.exponent(); shift > 0; --shift) {
-    if (x > greatest / 10) return signA <=> 0;  // beyond every mantissa
+    if (x > greatest / 10) return signA <=> 0;  // greater than every mantissa
     x *= 10;
   }
   return signA > 0 ? x <=> y : y <=> x;

@@ -239,7 +239,7 @@ Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumbe
 }
 
 Decimal Decimal::round(int places, NSRoundingMode mode) const {
-  constexpr int most = maximumExponent + maximumDigits;  // whatever is rounded further is zero or overflows
+  constexpr int most = maximumExponent + maximumDigits;  // rounding further gives zero or overflows
   if (places >= -minimumExponent) return *this;
   const auto scale = static_cast<std::int16_t>(std::max(places, -most - 1));
   return decimalNumberByRoundingAccordingToBehavior(NSDecimalNumberHandler({.roundingMode = mode, .scale = scale}));
@@ -251,7 +251,8 @@ Decimal Decimal::remainder(const Decimal& a, const Decimal& b) {
   UInt128 rest = DecimalAccess::mantissa(a), divisor = DecimalAccess::mantissa(b);
   int shift = a.exponent() - b.exponent();
   const int exponent = std::min(a.exponent(), b.exponent());
-  if (shift < 0) {  // the divisor in units of the smaller exponent; a longer one than any mantissa leaves all of a
+  // Scales the divisor to units of the smaller exponent. If it is then longer than any mantissa, the remainder is `a`.
+  if (shift < 0) {
     if (-shift + detail::digitCount(divisor) > maximumDigits) return a;
     divisor *= detail::powerOfTen(-shift);
   }

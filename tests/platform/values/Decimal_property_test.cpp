@@ -57,7 +57,7 @@ Decimal::Parts expected(const model::Result& result) {
       << text(a) << " and " << text(b) << ", scale " << (behavior).scale() << ": " << (actual) << (actual).exponent() \
       << ", model " << model::print((result).number) << (result).number.exponent
 
-/// Digit by digit, as on paper; both as whole numbers, the divisor with 37 digits at most.
+/// The remainder of two whole numbers, computed digit by digit; the divisor has at most 37 digits.
 std::string remainderOnPaper(const std::string& dividend, const std::string& divisor) {
   detail::UInt128 by = 0, rest = 0;
   for (const char c : divisor) by = by * 10 + static_cast<unsigned>(c - '0');

@@ -89,7 +89,7 @@ TEST(NSString, ItsUnitsAreARange) {
   EXPECT_EQ(std::ranges::distance(text.units()), 7);
   EXPECT_EQ(std::ranges::count(text.units(), u'b'), 1);
   EXPECT_TRUE(NSString().units().begin() == NSString().units().end());
-  const auto range = NSString("kept").units();  // the text itself is gone
+  const auto range = NSString("kept").units();  // the text itself is destroyed
   EXPECT_EQ(std::u16string(range.begin(), range.end()), u"kept");
 }
 
