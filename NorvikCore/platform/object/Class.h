@@ -37,8 +37,8 @@ struct CategoryProperty;
 struct ClassRegistry;
 }  // namespace detail
 
-/// A stated property. `get` raises NSUndefinedKeyException if the type has no ValueConversion. So does `set`, also if
-/// the property is read-only.
+/// A stated property. `get` and `set` raise NSUndefinedKeyException if the type has no ValueConversion. `set` is null
+/// if the property is read-only.
 struct NK_EXPORT Property {
   NSString name;
   NSString typeName{};    ///< as written in the class
