@@ -9,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-/// Releases in progress on this thread: how deep, and what waits until the outermost one is done.
+/// Releases in progress on this thread: their depth, and the values that wait until the outermost one is done.
 struct Releasing {
   unsigned depth;
   std::vector<Value>* waiting;
@@ -28,7 +28,7 @@ void keepWaiting(NSDictionary::Entry&& entry) {
   keepWaiting(std::move(entry.value));
 }
 
-// Always inline: a call of a function that only prefetches has no effect for the compiler, which leaves it out.
+// Always inline, because the compiler would remove calls of a function that only prefetches.
 [[gnu::always_inline]] inline void prefetchObject(const Value& value) noexcept {
   if (const NSObject* object = value.object()) __builtin_prefetch(object);
 }
@@ -36,8 +36,8 @@ void keepWaiting(NSDictionary::Entry&& entry) {
   prefetchObject(entry.value);
 }
 
-/// From the first to the last. Each object is asked for some elements before it is reached, since most are not in the
-/// cache and a count that changes atomically lets no later load pass.
+/// Destroys from the first to the last. Each object is prefetched some elements ahead, because most are not in the
+/// cache, and because no later load can pass the atomic change of a count.
 template <class Element>
 void destroyAll(std::vector<Element>& elements) noexcept {
   constexpr std::size_t ahead = 24;
@@ -92,7 +92,7 @@ void appendQuoted(std::string& out, const NSString& text) {
   out += '"';
 }
 
-/// Writes collections inside collections, and recognises one that holds itself.
+/// Describes nested collections, and detects a collection that contains itself.
 class Describer {
  public:
   void describe(const Value& value) {
@@ -175,7 +175,7 @@ namespace {
 
 using ObjectPair = std::pair<const NSObject*, const NSObject*>;
 
-/// The comparisons in progress on this thread, and the pairs below the outermost one that count as equal.
+/// The comparisons in progress on this thread, and the pairs within the outermost one that count as equal.
 struct Comparing {
   unsigned depth;
   std::set<ObjectPair>* equal;

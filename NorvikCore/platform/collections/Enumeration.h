@@ -1,6 +1,6 @@
-// NorvikCore/platform/collections/Enumeration.h - range-based for over a collection, with changes under the loop
-// noticed. Users need not read it.
-#pragma once  // include time: the algorithms of the standard library want iterators, and those <iterator>
+// NorvikCore/platform/collections/Enumeration.h - range-based for over a collection, which detects changes of the
+// collection during the loop. Users need not read it.
+#pragma once  // include time: <iterator>, for the algorithms of the standard library
 
 #include "NorvikCore/platform/collections/OrderedTable.h"
 #include "NorvikCore/platform/export.h"
@@ -20,9 +20,9 @@ namespace norvik::detail {
 
 struct CollectionAccess;
 
-/// Raises NSGenericException, naming the collection.
+/// Raises NSGenericException with the collection's class and description.
 [[noreturn]] NK_EXPORT void raiseMutated(const NSObject& collection);
-/// Raises NSInvalidArgumentException: an element is no `wanted`.
+/// Raises NSInvalidArgumentException: the element is not of the class `wanted`.
 [[noreturn]] NK_EXPORT void raiseElement(const Value& element, const Class& wanted);
 template <class T>
 consteval bool canBeElement() {
@@ -42,10 +42,10 @@ std::vector<Value> elementsOf(const Range& contents) {
   __builtin_unreachable();
 }
 
-/// Raises NSInvalidArgumentException where `object` is absent; `operation` is what it was given to.
+/// Raises NSInvalidArgumentException if `object` is absent; `operation` names the operation that received it.
 NK_EXPORT void checkPresent(const Value& object, const char* operation);
 
-/// Runs over `Element`s that lie one behind the other, while the collection's count of changes stays what it was.
+/// Iterates over contiguous `Element`s; raises if the collection's count of changes has changed.
 template <class Element, bool skipsRemoved>
 class CheckedIterator {
  public:
@@ -92,7 +92,7 @@ class CheckedIterator {
   std::uint64_t expected_ = 0;
 };
 
-/// The element as what it is said to be: a reference to an object of class T or below, or a T by value.
+/// The element as a T: a reference if T is a class of objects, which may be a superclass; otherwise a T by value.
 template <class T>
 decltype(auto) elementAs(const Value& element) {
   if constexpr (std::is_base_of_v<NSObject, T>) {
@@ -107,7 +107,7 @@ decltype(auto) elementAs(const Value& element) {
   }
 }
 
-/// The elements of a collection as T, for a range-based for. Keeps the collection.
+/// The elements of a collection as T, for a range-based for. Retains the collection.
 template <class T, class Collection>
 class ElementsAs {
  public:

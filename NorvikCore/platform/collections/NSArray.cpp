@@ -78,7 +78,7 @@ NSString NSArray::componentsJoinedByString(const NSString& separator) const {
     text += element.view();
   }
   if (isWellFormed) return NSString(text);
-  for (std::size_t i = 0; i < all.size(); ++i) {  // halves of characters may meet
+  for (std::size_t i = 0; i < all.size(); ++i) {  // surrogate halves may become adjacent
     if (i > 0) units += separator.toUtf16();
     units += all[i].description().toUtf16();
   }

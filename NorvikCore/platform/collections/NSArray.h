@@ -1,20 +1,20 @@
-// NorvikCore/platform/collections/NSArray.h - a sequence of values that does not change.
+// NorvikCore/platform/collections/NSArray.h - an immutable sequence of values.
 //
 //   Ref<NSArray> pay = NSArray::arrayWithObjects(1200_dec, 950.50_dec, "unpaid");
 //   pay->count();                                              // 3
 //   for (const Value& each : *pay) NSLog("%@", each);
-//   for (Payslip& slip : payslips->as<Payslip>()) slip.recalculate();   // raises where an element is no Payslip
+//   for (Payslip& slip : payslips->as<Payslip>()) slip.recalculate();   // raises if an element is not a Payslip
 //   pay->sortedArrayUsingComparator([](const Value& a, const Value& b) { return a.compare(b); });
 //
-// Elements are any values but the absent one, which raises NSInvalidArgumentException; Value::null() stands for it.
+// Elements are any values except the absent one, which raises NSInvalidArgumentException; Value::null() represents it.
 // An index or range beyond the end raises NSRangeException. The result of an operation is a new array.
 //
-// A range-based for runs about as fast as over a std::vector<Value>. Where the array is an NSMutableArray that is
-// changed meanwhile, the loop raises NSGenericException at its next step. The loop does not keep the array: hold it by
-// a Ref (`as` does).
+// A range-based for is about as fast as over a std::vector<Value>. If the array is an NSMutableArray and is changed
+// meanwhile, the loop raises NSGenericException at its next step. The loop does not retain the array: hold it by a Ref
+// (`as` does that).
 //
-// References to elements stay valid until the array changes or goes. Threads: any number may read; an NSMutableArray is
-// confined to one at a time.
+// References to elements stay valid until the array changes or is destroyed. Threads: any number may read; an
+// NSMutableArray is confined to one at a time.
 #pragma once
 
 #include "NorvikCore/platform/collections/Enumeration.h"
@@ -33,7 +33,7 @@ namespace detail {
 using CompareCall = NSComparisonResult (*)(const void* compare, const Value& a, const Value& b);
 NK_EXPORT std::vector<Value> sorted(std::span<const Value> elements, const void* compare, CompareCall call);
 
-/// Sorts by a closure that is only called; equal elements keep their order.
+/// Sorts by a closure, which is only called and not stored; equal elements keep their order.
 template <class Compare>
 std::vector<Value> sorted(std::span<const Value> elements, Compare& compare) {
   const auto byReference = [&](const Value& a, const Value& b) -> NSComparisonResult { return compare(a, b); };
@@ -64,7 +64,7 @@ class NK_EXPORT NSArray : public NSObject {
     return arrayWith({detail::elementOf(std::forward<V>(objects))...});
   }
   [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.values()); }
-  /// From any range whose elements are or become values, such as a std::vector<NSString>.
+  /// From any range whose elements are values or convert to values, such as a std::vector<NSString>.
   template <class Range>
   [[nodiscard]] static Ref<NSArray> arrayFrom(const Range& objects) {
     return make<NSArray>(detail::elementsOf(objects));
@@ -77,7 +77,7 @@ class NK_EXPORT NSArray : public NSObject {
     return elements_[first_ + index];
   }
   [[nodiscard]] const Value& operator[](std::size_t index) const { return objectAtIndex(index); }
-  /// Absent where the array is empty.
+  /// Both are absent if the array is empty.
   [[nodiscard]] Value firstObject() const { return count() == 0 ? Value() : elements_[first_]; }
   [[nodiscard]] Value lastObject() const { return count() == 0 ? Value() : elements_.back(); }
 
@@ -85,15 +85,15 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(count()); }
   /// The elements without the check for changes.
   [[nodiscard]] std::span<const Value> elements() const noexcept { return {elements_.data() + first_, count()}; }
-  /// For a range-based for: the elements as `T&` where T is a class of objects, otherwise as `T` by value. An element
-  /// that is something else raises NSInvalidArgumentException when the loop reaches it.
+  /// For a range-based for: the elements as `T&` if T is a class of objects, otherwise as `T` by value. An element of
+  /// another type raises NSInvalidArgumentException when the loop reaches it.
   template <class T>
   [[nodiscard]] detail::ElementsAs<T, NSArray> as() const noexcept {
     return detail::ElementsAs<T, NSArray>(*this);
   }
 
   [[nodiscard]] bool containsObject(const Value& object) const { return indexOfObject(object) != NSNotFound; }
-  /// The first one equal to `object`, or NSNotFound.
+  /// The index of the first element equal to `object`, or NSNotFound.
   [[nodiscard]] std::size_t indexOfObject(const Value& object) const;
   [[nodiscard]] std::size_t indexOfObjectIdenticalTo(const Value& object) const noexcept;
   [[nodiscard]] bool isEqualToArray(const NSArray& other) const { return isEqual(other); }
@@ -104,7 +104,7 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] Ref<NSArray> reversedArray() const;
   /// In the order of Value::compare.
   [[nodiscard]] Ref<NSArray> sortedArray() const;
-  /// `compare(a, b)` gives an NSComparisonResult. Elements that compare the same keep their order.
+  /// `compare(a, b)` returns an NSComparisonResult. Elements that compare as the same keep their order.
   template <class Compare>
   [[nodiscard]] Ref<NSArray> sortedArrayUsingComparator(Compare&& compare) const {
     return make<NSArray>(detail::sorted(elements(), compare));
@@ -112,17 +112,17 @@ class NK_EXPORT NSArray : public NSObject {
   /// The elements' descriptions with the separator between them.
   [[nodiscard]] NSString componentsJoinedByString(const NSString& separator) const;
 
-  /// An array that does not change: this one, unless it is an NSMutableArray.
+  /// An immutable array: this one, unless it is an NSMutableArray.
   [[nodiscard]] virtual Ref<NSArray> copy() const;
   [[nodiscard]] Ref<NSMutableArray> mutableCopy() const;
 
   /// Equal to any array with equal elements in the same order, mutable or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// One element a line, in parentheses; texts quoted unless they are one plain word.
+  /// One element per line, in parentheses; texts are quoted unless they are one plain word.
   [[nodiscard]] NSString description() const override;
 
-  /// The elements' values for the key, the null marker where one has none.
+  /// An array of the elements' values for the key, with the null marker for an absent one.
   [[nodiscard]] Value valueForKey(const NSString& key) const override;
   [[nodiscard]] Value valueForKeyPath(const NSString& keyPath) const override;
   /// Sets the key of every element.
@@ -137,8 +137,8 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] std::vector<Value> values() const { return {elements().begin(), elements().end()}; }
 
   std::vector<Value> elements_;
-  std::size_t first_ = 0;      ///< those before it were removed from an NSMutableArray, and are absent
-  std::uint64_t changes_ = 0;  ///< how often an NSMutableArray was changed
+  std::size_t first_ = 0;      ///< elements before it were removed from an NSMutableArray and are absent
+  std::uint64_t changes_ = 0;  ///< number of changes of an NSMutableArray
 
  private:
   friend struct detail::CollectionAccess;

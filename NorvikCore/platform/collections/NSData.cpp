@@ -72,7 +72,7 @@ void NSMutableData::appendBytes(const void* bytes, std::size_t length) {
 void NSMutableData::replaceBytesInRange(NSRange range, std::span<const std::uint8_t> bytes) {
   checkRange("replaceBytesInRange:withBytes:", range);
   if (!bytes.empty() && bytes.data() >= bytes_.data() && bytes.data() < bytes_.data() + bytes_.size()) {
-    const std::vector<std::uint8_t> own(bytes.begin(), bytes.end());  // these very bytes are about to move
+    const std::vector<std::uint8_t> own(bytes.begin(), bytes.end());  // a copy, because these bytes are about to move
     return replaceBytesInRange(range, own);
   }
   const auto at = bytes_.begin() + static_cast<std::ptrdiff_t>(range.location);

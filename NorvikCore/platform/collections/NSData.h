@@ -1,4 +1,4 @@
-// NorvikCore/platform/collections/NSData.h - bytes that do not change.
+// NorvikCore/platform/collections/NSData.h - immutable bytes.
 //
 //   Ref<NSData> data = NSData::dataWithBytes("pay\n", 4);
 //   data->length();                                   // 4
@@ -35,7 +35,7 @@ class NK_EXPORT NSData : public NSObject {
   }
 
   [[nodiscard]] std::size_t length() const noexcept { return bytes_.size(); }
-  /// Valid until the data changes or goes.
+  /// Valid until the data change or are destroyed.
   [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept { return bytes_; }
   [[nodiscard]] std::string_view text() const noexcept {
     return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()};
@@ -43,15 +43,15 @@ class NK_EXPORT NSData : public NSObject {
   [[nodiscard]] Ref<NSData> subdataWithRange(NSRange range) const;
   [[nodiscard]] bool isEqualToData(const NSData& other) const { return isEqual(other); }
 
-  /// Data that do not change: these, unless they are an NSMutableData.
+  /// Immutable data: these, unless they are an NSMutableData.
   [[nodiscard]] virtual Ref<NSData> copy() const;
   [[nodiscard]] Ref<NSMutableData> mutableCopy() const;
 
   /// Equal to any data with the same bytes, mutable or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// "<7061790a>": hexadecimal digits, in groups of four bytes; of more than 64 bytes the first 64 and the number of
-  /// all.
+  /// "<7061790a>": hexadecimal digits, in groups of four bytes. For more than 64 bytes: the first 64 and the total
+  /// number.
   [[nodiscard]] NSString description() const override;
 
  protected:

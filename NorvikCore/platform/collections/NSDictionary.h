@@ -1,19 +1,19 @@
-// NorvikCore/platform/collections/NSDictionary.h - values found by keys, which does not change.
+// NorvikCore/platform/collections/NSDictionary.h - an immutable map from keys to values.
 //
 //   Ref<NSDictionary> rates = NSDictionary::dictionaryWith({{"basic", 0.20_dec}, {"higher", 0.40_dec}});
 //   rates->objectForKey("basic").as<Decimal>();       // 0.20
 //   rates->objectForKey("top").isAbsent();            // true
 //   for (const auto& [band, rate] : *rates) NSLog("%@: %@", band, rate);       // basic, then higher
 //
-// Keys are any values, usually texts; entries are enumerated in the order in which their keys were first put in.
-// Looking a key up takes constant time and allocates nothing, also by a literal. A key that is an object must not
-// change its hash while it is in. An absent key or value raises NSInvalidArgumentException; Value::null() stands for
-// it.
+// Keys are any values, usually texts; entries are enumerated in the order in which their keys were first inserted.
+// Looking up a key takes constant time and allocates nothing, even for a literal. A key that is an object must not
+// change its hash while it is in the dictionary. An absent key or value raises NSInvalidArgumentException;
+// Value::null() represents it.
 //
-// Where a range-based for runs over an NSMutableDictionary that is changed meanwhile, the loop raises
-// NSGenericException at its next step. The loop does not keep the dictionary: hold it by a Ref.
+// If a range-based for iterates over an NSMutableDictionary that is changed meanwhile, the loop raises
+// NSGenericException at its next step. The loop does not retain the dictionary: hold it by a Ref.
 //
-// References to entries stay valid until the dictionary changes or goes. Threads: any number may read; an
+// References to entries stay valid until the dictionary changes or is destroyed. Threads: any number may read; an
 // NSMutableDictionary is confined to one at a time.
 #pragma once
 
@@ -42,7 +42,7 @@ class NK_EXPORT NSDictionary : public NSObject {
   using value_type = Entry;
 
   NSDictionary() noexcept = default;
-  /// Of entries with equal keys the last one's value counts.
+  /// If several entries have equal keys, the value of the last one is used.
   explicit NSDictionary(std::vector<Entry> entries);
   ~NSDictionary() override;
 
@@ -51,12 +51,12 @@ class NK_EXPORT NSDictionary : public NSObject {
     return make<NSDictionary>(std::vector<Entry>(entries));
   }
   [[nodiscard]] static Ref<NSDictionary> dictionaryWithObject(Value object, Value key);
-  /// Raises NSInvalidArgumentException where there are not as many objects as keys.
+  /// Raises NSInvalidArgumentException if the numbers of objects and keys differ.
   [[nodiscard]] static Ref<NSDictionary> dictionaryWithObjects(const NSArray& objects, const NSArray& keys);
   [[nodiscard]] static Ref<NSDictionary> dictionaryWithDictionary(const NSDictionary& other);
 
   [[nodiscard]] std::size_t count() const noexcept { return table_.count(); }
-  /// Absent where there is no such key.
+  /// Absent if there is no such key.
   [[nodiscard]] Value objectForKey(const Value& key) const {
     const Value* found = find(key);
     return found ? *found : Value();
@@ -71,14 +71,14 @@ class NK_EXPORT NSDictionary : public NSObject {
   [[nodiscard]] Value operator[](const Text& key) const {
     return objectForKey(key);
   }
-  /// The value itself, or null: no copy is made.
+  /// A pointer to the value, without a copy; null if there is none.
   [[nodiscard]] const Value* find(const Value& key) const {
     const Entry* entry = table_.find(key);
     return entry ? &entry->value : nullptr;
   }
   template <detail::PlainText Text>
   [[nodiscard]] const Value* find(const Text& key) const {
-    return find(Value(NSString::borrowing(std::string_view(key))));  // borrowed for the time of the call
+    return find(Value(NSString::borrowing(std::string_view(key))));  // borrowed only during the call
   }
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
@@ -86,21 +86,21 @@ class NK_EXPORT NSDictionary : public NSObject {
   [[nodiscard]] Ref<NSArray> allKeys() const;
   [[nodiscard]] Ref<NSArray> allValues() const;
   [[nodiscard]] Ref<NSArray> allKeysForObject(const Value& object) const;
-  /// The values of these keys, in the keys' order, `marker` for each key that is not there.
+  /// The values of these keys, in the order of the keys, with `marker` for each missing key.
   [[nodiscard]] Ref<NSArray> objectsForKeys(const NSArray& keys, const Value& marker) const;
   [[nodiscard]] bool isEqualToDictionary(const NSDictionary& other) const { return isEqual(other); }
 
-  /// A dictionary that does not change: this one, unless it is an NSMutableDictionary.
+  /// An immutable dictionary: this one, unless it is an NSMutableDictionary.
   [[nodiscard]] virtual Ref<NSDictionary> copy() const;
   [[nodiscard]] Ref<NSMutableDictionary> mutableCopy() const;
 
-  /// Equal to any dictionary with equal values for equal keys, in whatever order, mutable or not.
+  /// Equal to any dictionary with equal values for equal keys, in any order, mutable or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// One entry a line, in braces; texts quoted unless they are one plain word.
+  /// One entry per line, in braces; texts are quoted unless they are one plain word.
   [[nodiscard]] NSString description() const override;
 
-  /// The value for that key; for a key that begins with '@', the key path of that operator over the values.
+  /// The value for that key. A key that begins with '@' is a collection operator over the values.
   [[nodiscard]] Value valueForKey(const NSString& key) const override;
   /// A path that begins with '@' is that collection operator over the values.
   [[nodiscard]] Value valueForKeyPath(const NSString& keyPath) const override;
@@ -108,7 +108,7 @@ class NK_EXPORT NSDictionary : public NSObject {
 
  protected:
   detail::OrderedTable<Entry> table_;
-  std::uint64_t changes_ = 0;  ///< how often an NSMutableDictionary was changed
+  std::uint64_t changes_ = 0;  ///< number of changes of an NSMutableDictionary
 
  private:
   friend struct detail::CollectionAccess;

@@ -1,5 +1,5 @@
-// NorvikCore/platform/collections/NSError.h - why an operation failed, for a caller that handles it and a user who
-// reads it.
+// NorvikCore/platform/collections/NSError.h - the reason why an operation failed, for the caller that handles it and
+// for the user.
 //
 //   Ref<NSError> error;
 //   if (!archive(payslip, path, &error)) NSLog("%@", error);
@@ -9,8 +9,8 @@
 //        {NSLocalizedRecoverySuggestionErrorKey, "Open it first."}}));
 //   *error = NSError::posixError(errno, "open", path);   // "open /var/pay.csv: No such file or directory"
 //
-// An operation that can fail takes `Ref<NSError>* error = nullptr` last and writes to it only when it fails. Immutable,
-// safe on any thread.
+// An operation that can fail takes `Ref<NSError>* error = nullptr` as its last parameter and writes to it only on
+// failure. Immutable, safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -27,19 +27,20 @@ class NK_EXPORT NSError : public NSObject, public NSCoding {
 
   [[nodiscard]] static Ref<NSError> errorWithDomain(NSString domain, std::int64_t code,
                                                     Ref<NSDictionary> userInfo = nullptr);
-  /// An error of the operating system: what failed, on what (such as a path; may be empty), and the system's number for
-  /// why. Its description tells all three, its failure reason why; the user info has the path too.
+  /// An error of the operating system: the operation that failed, its subject (such as a path; may be empty), and the
+  /// system's error number. The description contains all three, the failure reason only the text of the number. The
+  /// user info also contains the path.
   [[nodiscard]] static Ref<NSError> posixError(int number, const NSString& operation, const NSString& subject);
 
-  /// Whose code it is.
+  /// The part of the software that defines the code.
   [[nodiscard]] const NSString& domain() const noexcept { return domain_; }
   [[nodiscard]] std::int64_t code() const noexcept { return code_; }
-  /// Never empty, but possibly a dictionary without entries.
+  /// Never an empty Ref, but possibly a dictionary without entries.
   [[nodiscard]] const Ref<NSDictionary>& userInfo() const noexcept { return userInfo_; }
 
-  /// One sentence for the user: the user info's, otherwise made from domain, code and failure reason.
+  /// One sentence for the user: from the user info, otherwise made from domain, code and failure reason.
   [[nodiscard]] NSString localizedDescription() const;
-  /// Absent where the user info has none.
+  /// Both are absent if the user info does not contain them.
   [[nodiscard]] std::optional<NSString> localizedFailureReason() const;
   [[nodiscard]] std::optional<NSString> localizedRecoverySuggestion() const;
   /// The error that caused this one; may be empty.
@@ -53,10 +54,10 @@ class NK_EXPORT NSError : public NSObject, public NSCoding {
   /// Equal domain, code and user info.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// Domain, code and description in one line; the failure reason, suggestion and cause after it where there are any.
+  /// Domain, code and description in one line, followed by failure reason, suggestion and cause if they exist.
   [[nodiscard]] NSString description() const override;
 
-  /// Its user info goes with it, so everything in that must be codable.
+  /// The user info is encoded too, so everything in it must be codable.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSError> errorWithCoder(NSCoder& coder);
 
@@ -77,7 +78,7 @@ NK_EXPORT extern const NSString NSLocalizedFailureReasonErrorKey;
 NK_EXPORT extern const NSString NSLocalizedRecoverySuggestionErrorKey;
 /// An NSError.
 NK_EXPORT extern const NSString NSUnderlyingErrorKey;
-/// The path that the failing operation was about.
+/// The path that the failed operation concerned.
 NK_EXPORT extern const NSString NSFilePathErrorKey;
 
 }  // namespace norvik

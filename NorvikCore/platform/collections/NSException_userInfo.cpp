@@ -1,4 +1,4 @@
-// What exceptions do with a dictionary: values, where they are declared, have none.
+// The functions of NSException that use a dictionary. They are here because values/ does not know dictionaries.
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/values/NSException.h"
 

@@ -1,12 +1,12 @@
-// NorvikCore/platform/collections/NSHashTable.h - a set of objects as such, which it only watches.
+// NorvikCore/platform/collections/NSHashTable.h - a set of objects by identity, which are not retained.
 //
 //   auto views = NSHashTable::weakObjectsHashTable();
 //   views->addObject(*view);
-//   views->containsObject(*view);          // until the view is gone
+//   views->containsObject(*view);          // true until the view is destroyed
 //
-// Objects are compared by identity and are not kept: one that is gone is not in the table any more, and an object made
-// at the same address is not taken for it. Adding, removing and finding take constant time on average; count() is
-// linear. The order of allObjects() says nothing. Confined: one thread at a time. The objects may go on any thread
+// Objects are compared by identity and are not retained. A destroyed object is no longer in the table, and a new object
+// at the same address is not mistaken for it. Adding, removing and finding take constant time on average; count() is
+// linear. The order of allObjects() is unspecified. Confined: one thread at a time. Any thread may destroy the objects
 // meanwhile.
 #pragma once
 
@@ -27,7 +27,7 @@ class NK_EXPORT NSHashTable : public NSObject {
 
   [[nodiscard]] std::size_t count() const;
   [[nodiscard]] bool containsObject(const NSObject& object) const;
-  /// Does nothing where the object is in already.
+  /// No effect if the object is already in the table.
   void addObject(NSObject& object);
   void removeObject(const NSObject& object);
   void removeAllObjects();

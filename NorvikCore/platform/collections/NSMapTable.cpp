@@ -21,7 +21,7 @@ using Map = detail::IdentityMap<Held>;
 struct NSMapTable::Table {
   Table(bool keepsKeys, bool keeps) : map(keepsKeys), keepsValues(keeps) {}
 
-  /// Takes out what is gone.
+  /// Removes entries whose key or value is destroyed.
   [[nodiscard]] std::vector<Map::Entry> sweep() {
     std::vector<Map::Entry> left;
     map.sweep(left, [](const Map::Entry& e) {
@@ -60,7 +60,7 @@ void NSMapTable::setObject(const Value& object, NSObject& key) {
     NSException::raise(NSInvalidArgumentException, "setObject:forKey: only an object can be held weakly");
   }
   std::vector<Map::Entry> left;
-  std::swap(table_->map.findOrInsert(key, left), held);  // what was there goes when the table is whole again
+  std::swap(table_->map.findOrInsert(key, left), held);  // the old value is released when the table is consistent again
 }
 
 void NSMapTable::removeObjectForKey(const NSObject& key) { (void)table_->map.take(key); }

@@ -1,17 +1,18 @@
-// NorvikCore/platform/collections/NSMapTable.h - values under objects as such, which the table keeps or only watches.
+// NorvikCore/platform/collections/NSMapTable.h - a map with objects as keys, by identity; keys and values may be weak.
 //
 //   auto rows = NSMapTable::mapTableWithKeyOptions(NSMapTableWeakMemory, NSMapTableStrongMemory);
 //   rows->setObject(7, *slip);             // the value, then its key
 //   rows->objectForKey(*slip);             // 7
-//   slip = nullptr;                        // with the key goes its entry
+//   slip = nullptr;                        // the entry is removed with its key
 //   rows->count();                         // 0
 //
-// Keys are compared by identity: two equal texts boxed in two objects are two keys. A weak key or value is not kept;
-// once it is gone, its entry reads as not there, also to an object that is made at the same address. Values that were
-// kept for a key that is gone are let go at one of the next changes, or at once by count().
+// Keys are compared by identity: two equal texts boxed in two objects are two keys. A weak key or value is not
+// retained; once it is destroyed, its entry reads as missing, also for a new object at the same address. Strong values
+// for a destroyed key are released at one of the next changes, or immediately by count().
 //
-// Looking up, setting and removing take constant time on average; count() is linear where keys or values are weak. The
-// order of allKeys() says nothing. Confined: one thread at a time. Weak keys and values may go on any thread meanwhile.
+// Looking up, setting and removing take constant time on average; count() is linear if keys or values are weak. The
+// order of allKeys() is unspecified. Confined: one thread at a time. Any thread may destroy weak keys and values
+// meanwhile.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -36,9 +37,9 @@ class NK_EXPORT NSMapTable : public NSObject {
   }
 
   [[nodiscard]] std::size_t count() const;
-  /// Absent where there is none.
+  /// Absent if there is none.
   [[nodiscard]] Value objectForKey(const NSObject& key) const;
-  /// Raises NSInvalidArgumentException for an absent value, and for a weak one that is not an object.
+  /// Raises NSInvalidArgumentException for an absent value, and if values are weak, for a value that is not an object.
   void setObject(const Value& object, NSObject& key);
   void removeObjectForKey(const NSObject& key);
   void removeAllObjects();

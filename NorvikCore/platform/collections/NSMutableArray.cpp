@@ -15,7 +15,7 @@ Ref<NSMutableArray> NSMutableArray::arrayWithCapacity(std::size_t capacity) {
   return array;
 }
 
-// What is taken out goes only when the array is whole again, since an object that goes may call back.
+// Removed elements are released only when the array is consistent again, because a destroyed object may call back.
 
 void NSMutableArray::addObject(Value object) {
   detail::checkPresent(object, "addObject");
@@ -62,7 +62,7 @@ void NSMutableArray::removeObjectAtIndex(std::size_t index) {
   const Value removed = std::exchange(elements_[first_ + index], Value());
   if (index == 0) {
     ++first_;
-    // The room of what was removed is given up when it is half of all, so that a queue moves each element once or so.
+    // The room of removed elements is released when it is half of the whole, so a queue moves each element about once.
     if (2 * first_ >= elements_.size()) giveUpRoom();
   } else {
     elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(first_ + index));

@@ -5,9 +5,9 @@
 //   names->sort();                                   // Ann, Bob, Zoe
 //   names->removeObject("Bob");
 //
-// What raises is told in NSArray.h. A change while a range-based for runs over the array makes that loop raise
-// NSGenericException. Every change counts, also one that puts the same element back; one that finds nothing to do is
-// none. An operation that raises leaves the array as it was. Confined: one thread at a time.
+// NSArray.h describes what raises. A change while a range-based for iterates over the array makes that loop raise
+// NSGenericException. Every modification counts as a change, even one that stores the same element again; an operation
+// without effect does not. An operation that raises leaves the array unchanged. Confined: one thread at a time.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -22,7 +22,7 @@ class NK_EXPORT NSMutableArray : public NSArray {
   ~NSMutableArray() override;
 
   [[nodiscard]] static Ref<NSMutableArray> array() { return make<NSMutableArray>(); }
-  /// Empty, with room for so many.
+  /// Empty, with room for that many elements.
   [[nodiscard]] static Ref<NSMutableArray> arrayWithCapacity(std::size_t capacity);
   [[nodiscard]] static Ref<NSMutableArray> arrayWith(std::initializer_list<Value> objects) {
     return make<NSMutableArray>(std::vector<Value>(objects));
@@ -45,18 +45,19 @@ class NK_EXPORT NSMutableArray : public NSArray {
   void exchangeObjectAtIndex(std::size_t index, std::size_t other);
   void setArray(const NSArray& other);
 
-  /// The first one is removed in constant time on average, any other in that of moving those behind it.
+  /// Removing the first element takes constant time on average, any other the time to move the elements behind it.
   void removeObjectAtIndex(std::size_t index);
-  /// Does nothing where the array is empty.
+  /// No effect if the array is empty.
   void removeLastObject();
   void removeAllObjects();
   void removeObjectsInRange(NSRange range);
-  /// Every element equal to `object`.
+  /// Removes every element equal to `object`.
   void removeObject(const Value& object);
   void removeObjectIdenticalTo(const Value& object);
-  /// Every element equal to one of the other's.
+  /// Removes every element that is equal to an element of `other`.
   void removeObjectsInArray(const NSArray& other);
-  /// Every element for which `test(element)` is true; returns how many. The test sees the array unchanged.
+  /// Removes every element for which `test(element)` is true; returns their number. During the test the array is
+  /// unchanged.
   template <class Test>
   std::size_t removeObjectsPassingTest(Test&& test) {
     std::vector<Value> kept;
@@ -71,13 +72,13 @@ class NK_EXPORT NSMutableArray : public NSArray {
 
   /// In the order of Value::compare.
   void sort();
-  /// `compare(a, b)` gives an NSComparisonResult. Elements that compare the same keep their order.
+  /// `compare(a, b)` returns an NSComparisonResult. Elements that compare as the same keep their order.
   template <class Compare>
   void sortUsingComparator(Compare&& compare) {
     replaceAll(detail::sorted(elements(), compare));
   }
 
-  /// An NSArray of the present elements.
+  /// An NSArray of the current elements.
   [[nodiscard]] Ref<NSArray> copy() const override;
 
  private:

@@ -20,9 +20,9 @@ class NK_EXPORT NSMutableData : public NSData {
   ~NSMutableData() override;
 
   [[nodiscard]] static Ref<NSMutableData> data() { return make<NSMutableData>(); }
-  /// Empty, with room for so many bytes.
+  /// Empty, with room for that many bytes.
   [[nodiscard]] static Ref<NSMutableData> dataWithCapacity(std::size_t capacity);
-  /// So many zero bytes.
+  /// That many zero bytes.
   [[nodiscard]] static Ref<NSMutableData> dataWithLength(std::size_t length);
 
   [[nodiscard]] std::span<std::uint8_t> mutableBytes() noexcept { return bytes_; }
@@ -31,10 +31,10 @@ class NK_EXPORT NSMutableData : public NSData {
   void appendBytes(const void* bytes, std::size_t length);
   void appendText(std::string_view text) { appendBytes(text.data(), text.size()); }
   void appendData(const NSData& other) { appendBytes(other.bytes().data(), other.length()); }
-  /// Puts the bytes where the range was, whatever their number.
+  /// Replaces the range by the bytes, of which there may be more or fewer.
   void replaceBytesInRange(NSRange range, std::span<const std::uint8_t> bytes);
 
-  /// An NSData of the present bytes.
+  /// An NSData of the current bytes.
   [[nodiscard]] Ref<NSData> copy() const override;
 };
 

@@ -16,7 +16,8 @@ Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithCapacity(std::size_t
   return dictionary;
 }
 
-// What is replaced or taken out goes only when the table is whole again, since an object that goes may call back.
+// Replaced or removed values are released only when the table is consistent again, because a destroyed object may call
+// back.
 
 void NSMutableDictionary::setObject(Value object, Value key) {
   detail::checkPresent(key, "setObject:forKey:, key");

@@ -1,13 +1,13 @@
-// NorvikCore/platform/collections/NSMutableDictionary.h - values found by keys, which can be changed in place.
+// NorvikCore/platform/collections/NSMutableDictionary.h - a map from keys to values that can be changed in place.
 //
 //   auto totals = NSMutableDictionary::dictionary();
 //   totals->setObject(1200_dec, "Sales");             // the value, then its key
 //   totals->setObject(1350_dec, "Sales");             // replaces it; the key keeps its place in the order
 //   totals->removeObjectForKey("Sales");
 //
-// What raises is told in NSDictionary.h. A change while a range-based for runs over the dictionary makes that loop
-// raise NSGenericException. Setting a value counts as a change also where it was there before; removing what is not
-// there does not. Confined: one thread at a time.
+// NSDictionary.h describes what raises. A change while a range-based for iterates over the dictionary makes that loop
+// raise NSGenericException. Setting a value counts as a change even if it was there before; removing a missing key does
+// not. Confined: one thread at a time.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"
@@ -22,7 +22,7 @@ class NK_EXPORT NSMutableDictionary : public NSDictionary {
   ~NSMutableDictionary() override;
 
   [[nodiscard]] static Ref<NSMutableDictionary> dictionary() { return make<NSMutableDictionary>(); }
-  /// Empty, with room for so many.
+  /// Empty, with room for that many entries.
   [[nodiscard]] static Ref<NSMutableDictionary> dictionaryWithCapacity(std::size_t capacity);
   [[nodiscard]] static Ref<NSMutableDictionary> dictionaryWith(std::initializer_list<Entry> entries) {
     return make<NSMutableDictionary>(std::vector<Entry>(entries));
@@ -34,15 +34,15 @@ class NK_EXPORT NSMutableDictionary : public NSDictionary {
   void setObject(Value object, Value key);
   void addEntriesFromDictionary(const NSDictionary& other);
   void setDictionary(const NSDictionary& other);
-  /// Does nothing where there is no such key.
+  /// No effect if there is no such key.
   void removeObjectForKey(const Value& key);
   void removeObjectsForKeys(const NSArray& keys);
   void removeAllObjects();
 
-  /// An NSDictionary of the present entries.
+  /// An NSDictionary of the current entries.
   [[nodiscard]] Ref<NSDictionary> copy() const override;
 
-  /// setObject, or removeObjectForKey where the value is absent; observers of the key are told.
+  /// setObject, or removeObjectForKey if the value is absent; notifies the observers of the key.
   void setValue_forKey(const Value& value, const NSString& key) override;
 };
 

@@ -25,7 +25,7 @@ void NSMutableSet::addObjectsFromArray(const NSArray& array) {
 }
 
 void NSMutableSet::removeObject(const Value& object) {
-  const Value removed = table_.remove(object);  // goes when the table is whole again
+  const Value removed = table_.remove(object);  // released when the table is consistent again
   if (!removed.isAbsent()) ++changes_;
 }
 
@@ -40,7 +40,7 @@ void NSMutableSet::unionSet(const NSSet& other) {
 }
 
 void NSMutableSet::minusSet(const NSSet& other) {
-  const Ref<NSArray> objects = other.allObjects();  // the other may be this set
+  const Ref<NSArray> objects = other.allObjects();  // `other` may be this set
   for (const Value& object : *objects) removeObject(object);
 }
 

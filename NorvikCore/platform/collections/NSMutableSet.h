@@ -2,11 +2,12 @@
 //
 //   auto seen = NSMutableSet::set();
 //   seen->addObject("BR");
-//   seen->addObject("BR");                            // is there already: no change
+//   seen->addObject("BR");                            // it is in the set already: no change
 //   seen->minusSet(*NSSet::setWithObjects("BR"));
 //
-// What raises is told in NSSet.h. A change while a range-based for runs over the set makes that loop raise
-// NSGenericException; adding what is there or removing what is not is no change. Confined: one thread at a time.
+// NSSet.h describes what raises. A change while a range-based for iterates over the set makes that loop raise
+// NSGenericException; adding an existing element or removing a missing one is not a change. Confined: one thread at a
+// time.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSSet.h"
@@ -21,7 +22,7 @@ class NK_EXPORT NSMutableSet : public NSSet {
   ~NSMutableSet() override;
 
   [[nodiscard]] static Ref<NSMutableSet> set() { return make<NSMutableSet>(); }
-  /// Empty, with room for so many.
+  /// Empty, with room for that many elements.
   [[nodiscard]] static Ref<NSMutableSet> setWithCapacity(std::size_t capacity);
   [[nodiscard]] static Ref<NSMutableSet> setWith(std::initializer_list<Value> objects) {
     return make<NSMutableSet>(std::vector<Value>(objects));
@@ -42,7 +43,7 @@ class NK_EXPORT NSMutableSet : public NSSet {
   void intersectSet(const NSSet& other);
   void setSet(const NSSet& other);
 
-  /// An NSSet of the present elements.
+  /// An NSSet of the current elements.
   [[nodiscard]] Ref<NSSet> copy() const override;
 };
 

@@ -1,16 +1,16 @@
-// NorvikCore/platform/collections/NSSet.h - distinct values, which do not change.
+// NorvikCore/platform/collections/NSSet.h - an immutable set of distinct values.
 //
 //   Ref<NSSet> codes = NSSet::setWithObjects("1257L", "BR", "BR");
 //   codes->count();                                   // 2
 //   codes->containsObject("BR");                      // true
 //   for (const Value& code : *codes) NSLog("%@", code);         // 1257L, then BR
 //
-// Of equal elements the first one put in is kept. Elements are enumerated in the order in which they were put in;
-// finding one takes constant time. An object must not change its hash while it is in. An absent element raises
+// Of several equal elements the first one inserted is kept. Elements are enumerated in the order of insertion; finding
+// one takes constant time. An object must not change its hash while it is in the set. An absent element raises
 // NSInvalidArgumentException.
 //
-// Where a range-based for runs over an NSMutableSet that is changed meanwhile, the loop raises NSGenericException at
-// its next step. The loop does not keep the set: hold it by a Ref (`as` does). Threads: any number may read; an
+// If a range-based for iterates over an NSMutableSet that is changed meanwhile, the loop raises NSGenericException at
+// its next step. The loop does not retain the set: hold it by a Ref (`as` does that). Threads: any number may read; an
 // NSMutableSet is confined to one at a time.
 #pragma once
 
@@ -54,37 +54,37 @@ class NK_EXPORT NSSet : public NSObject {
     const Value* found = table_.find(object);
     return found ? *found : Value();
   }
-  /// The first element; absent where the set is empty.
+  /// The first element; absent if the set is empty.
   [[nodiscard]] Value anyObject() const { return count() == 0 ? Value() : *begin(); }
   [[nodiscard]] Ref<NSArray> allObjects() const;
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(table_.entries().size()); }
-  /// For a range-based for, as NSArray::as.
+  /// For a range-based for, like NSArray::as.
   template <class T>
   [[nodiscard]] detail::ElementsAs<T, NSSet> as() const noexcept {
     return detail::ElementsAs<T, NSSet>(*this);
   }
 
   [[nodiscard]] bool isEqualToSet(const NSSet& other) const { return isEqual(other); }
-  /// True where every element is in the other set too.
+  /// True if every element is also in the other set.
   [[nodiscard]] bool isSubsetOfSet(const NSSet& other) const;
   [[nodiscard]] bool intersectsSet(const NSSet& other) const;
   [[nodiscard]] Ref<NSSet> setByAddingObject(const Value& object) const;
   [[nodiscard]] Ref<NSSet> setByAddingObjectsFromSet(const NSSet& other) const;
   [[nodiscard]] Ref<NSSet> setByAddingObjectsFromArray(const NSArray& array) const;
 
-  /// A set that does not change: this one, unless it is an NSMutableSet.
+  /// An immutable set: this one, unless it is an NSMutableSet.
   [[nodiscard]] virtual Ref<NSSet> copy() const;
   [[nodiscard]] Ref<NSMutableSet> mutableCopy() const;
 
-  /// Equal to any set with equal elements, in whatever order, mutable or not.
+  /// Equal to any set with equal elements, in any order, mutable or not.
   [[nodiscard]] bool isEqual(const NSObject& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// One element a line, in "{(" and ")}"; texts quoted unless they are one plain word.
+  /// One element per line, in "{(" and ")}"; texts are quoted unless they are one plain word.
   [[nodiscard]] NSString description() const override;
 
-  /// The elements' values for the key, as an array: equal ones each count.
+  /// An array of the elements' values for the key; equal values appear repeatedly.
   [[nodiscard]] Value valueForKey(const NSString& key) const override;
   [[nodiscard]] Value valueForKeyPath(const NSString& keyPath) const override;
   /// Sets the key of every element.
@@ -92,7 +92,7 @@ class NK_EXPORT NSSet : public NSObject {
 
  protected:
   detail::OrderedTable<Value> table_;
-  std::uint64_t changes_ = 0;  ///< how often an NSMutableSet was changed
+  std::uint64_t changes_ = 0;  ///< number of changes of an NSMutableSet
 
  private:
   friend struct detail::CollectionAccess;

@@ -1,5 +1,5 @@
-// NorvikCore/platform/collections/OrderedTable.h - what dictionaries and sets are made of: entries in the order of
-// their insertion, found by hash. Users need not read it.
+// NorvikCore/platform/collections/OrderedTable.h - the storage of dictionaries and sets: entries in the order of
+// insertion, found by hash. Users need not read it.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,13 +14,13 @@ namespace norvik::detail {
 
 /// Finds positions in a sequence of entries by the hashes of their keys.
 ///
-/// Up to eight entries are found by running over their hashes, which is faster than any table; more of them by open
-/// addressing over positions. Removed entries stay in the sequence until the table is compacted.
+/// Up to eight entries are found by a linear search of their hashes, which is faster than any table; more entries by
+/// open addressing over positions. Removed entries stay in the sequence until the table is compacted.
 class NK_EXPORT PositionIndex {
  public:
   static constexpr std::size_t notFound = ~std::size_t{0};
 
-  /// Spreads a hash over 32 bits, since hashes of integers are often the integers themselves.
+  /// Spreads a hash over 32 bits, because hashes of integers are often the integers themselves.
   [[nodiscard]] static std::uint32_t spread(std::size_t hash) noexcept {
     return static_cast<std::uint32_t>((hash * 0x9E3779B97F4A7C15u) >> 32);
   }
@@ -45,8 +45,8 @@ class NK_EXPORT PositionIndex {
   void append(std::uint32_t hash);
   [[nodiscard]] std::uint32_t hashAt(std::size_t position) const noexcept { return hashes_[position]; }
   void reserve(std::size_t count) { hashes_.reserve(count); }
-  /// For compacting: moves a position's hash to an earlier one; then keepFirst() makes the index anew for those that
-  /// are left.
+  /// For compacting: moves a position's hash to an earlier position. Afterwards keepFirst() rebuilds the index for the
+  /// remaining positions.
   void move(std::size_t from, std::size_t to) noexcept { hashes_[to] = hashes_[from]; }
   void keepFirst(std::size_t count) noexcept;
   void clear() noexcept;
@@ -54,27 +54,27 @@ class NK_EXPORT PositionIndex {
  private:
   static constexpr std::size_t greatestUnindexed = 8;
 
-  /// With the hash beside the position, a search reads one place of the memory before it looks at an entry.
+  /// The hash is stored beside the position, so a search reads one memory location before it reads an entry.
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t next = 0;  ///< 0 where it is empty, else a position + 1
+    std::uint32_t next = 0;  ///< 0 if empty, else a position + 1
   };
 
   [[nodiscard]] std::size_t mask() const noexcept { return slots_.size() - 1; }
   void enter(std::size_t position) noexcept;
 
   std::vector<std::uint32_t> hashes_;
-  std::vector<Slot> slots_;  ///< a power of two of them
+  std::vector<Slot> slots_;  ///< their number is a power of two
 };
 
 inline const Value& keyOf(const Value& element) noexcept { return element; }
 
-/// Entries with distinct keys; `keyOf(entry)` gives an entry's key. An entry whose key is absent is a removed one.
+/// Entries with distinct keys; `keyOf(entry)` returns an entry's key. An entry with an absent key has been removed.
 template <class Entry>
 class OrderedTable {
  public:
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
-  /// Removed ones among them.
+  /// Includes removed entries.
   [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
 
   [[nodiscard]] const Entry* find(const Value& key) const {
@@ -83,7 +83,7 @@ class OrderedTable {
   }
   [[nodiscard]] Entry* find(const Value& key) { return const_cast<Entry*>(std::as_const(*this).find(key)); }
 
-  /// The entry with the new one's key, and whether it was added just now. An entry that was there stays as it is.
+  /// The entry with the key of `entry`, and true if it was added by this call. An existing entry is not changed.
   std::pair<Entry*, bool> insert(Entry&& entry) {
     const std::uint32_t hash = PositionIndex::spread(keyOf(entry).hash());
     const std::size_t position = positionOf(keyOf(entry), hash);
@@ -99,7 +99,7 @@ class OrderedTable {
     return {&entries_.back(), true};
   }
 
-  /// Takes the entry out; an entry with an absent key where there is none.
+  /// Removes and returns the entry; an entry with an absent key if there is none.
   Entry remove(const Value& key) {
     const std::size_t position = positionOf(key, PositionIndex::spread(key.hash()));
     if (position == PositionIndex::notFound) return Entry();
@@ -114,7 +114,7 @@ class OrderedTable {
     return removed;
   }
 
-  /// Empties the table and hands its entries to the caller.
+  /// Empties the table and returns its entries.
   [[nodiscard]] std::vector<Entry> takeAll() noexcept {
     count_ = 0;
     index_.clear();
@@ -128,7 +128,7 @@ class OrderedTable {
 
  private:
   [[nodiscard]] std::size_t positionOf(const Value& key, std::uint32_t hash) const {
-    if (key.isAbsent()) return PositionIndex::notFound;  // and not where an entry was removed
+    if (key.isAbsent()) return PositionIndex::notFound;  // it must not match a removed entry
     return index_.find(hash, [&](std::size_t position) { return keyOf(entries_[position]) == key; });
   }
 

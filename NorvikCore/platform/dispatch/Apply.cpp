@@ -14,11 +14,12 @@
 namespace norvik::detail {
 namespace {
 
-/// One dispatch_apply(). A helper may come late, when that has returned: it keeps this alive, and finds no round left.
+/// One call of dispatch_apply(). A helper may start after that has returned: it keeps this object alive, and finds no
+/// round left.
 ///
-/// Who calls the block has been counted in helpers_ before it took a share, and shares are taken by read-modify-write
-/// operations alone. So the caller, which goes on to wait when it has seen that none is left, sees in helpers_ every
-/// helper that took one.
+/// A thread that calls the block was counted in helpers_ before it took a share, and shares are taken only by
+/// read-modify-write operations. So the caller, which waits once it has seen that no share is left, sees in helpers_
+/// every helper that took one.
 class Loop {
  public:
   Loop(std::size_t count, std::size_t threads, Rounds rounds, void* block)
@@ -38,14 +39,14 @@ class Loop {
       const BlockingScope blocking;
       while (const std::uint32_t helpers = helpersAtWork()) futexWait(helpers_, helpers);
     }
-    // The caller's alone from here on: it ends where it is caught, not with a helper that comes late.
+    // Only the caller holds the exception from here on: it is destroyed where it is caught, not by a late helper.
     if (error_) std::rethrow_exception(std::exchange(error_, nullptr));
   }
 
  private:
   enum class Role : std::uint8_t { caller, helper };
 
-  /// In a child that a round makes by fork(), the helpers and what they took are the parent's.
+  /// True in a child that a round makes by fork(). The helpers and the shares they took belong to the parent.
   [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }
   [[nodiscard]] std::uint32_t helpersAtWork() const noexcept {
     return hasForked() ? 0 : helpers_.load(std::memory_order_acquire);
@@ -63,7 +64,7 @@ class Loop {
     }
   }
 
-  /// How many rounds the thread is to run from `first` on; 0 when none is left.
+  /// How many rounds the thread must run from `first` on; 0 if none is left.
   std::size_t takeShare(std::size_t& first) noexcept {
     constexpr std::size_t sharesPerThread = 8;
     first = next_.load(std::memory_order_acquire);
@@ -86,14 +87,14 @@ class Loop {
   const Rounds rounds_;
   void* const block_;
   const std::uint32_t generation_ = kernel::forkGeneration();
-  std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is at work
+  std::atomic<bool> claimed_{false};  // one thread writes error_, and the caller reads it when no helper is in run()
   std::atomic<bool> failed_{false};
   std::exception_ptr error_;
   alignas(64) std::atomic<std::size_t> next_{0};
-  alignas(64) std::atomic<std::uint32_t> helpers_{0};  // that are in run()
+  alignas(64) std::atomic<std::uint32_t> helpers_{0};  // number of helpers in run()
 };
 
-/// False where any queue on the way is serial.
+/// False if the queue or one of its targets is serial.
 bool runsSideBySide(const QueueCore* queue) {
   for (; queue != nullptr; queue = queue->target()) {
     if (queue->isSerial()) return false;

@@ -1,21 +1,21 @@
-// NorvikCore/platform/dispatch/Apply.h - a loop whose rounds run side by side, as blocks of a queue.
+// NorvikCore/platform/dispatch/Apply.h - a loop whose rounds run in parallel, as blocks of a queue.
 //
 //   std::vector<Decimal> net(payslips.size());
 //   dispatch_apply(payslips.size(), dispatch_get_global_queue(), [&](std::size_t i) { net[i] = netPay(payslips[i]); });
 //   // every round has run; net is complete
 //
-// The calling thread takes part, and workers help: as many threads in all as there are processors, two at least. On a
-// serial queue, or one that leads to a serial queue or to the main queue, the rounds run one after the other, in order.
-// Elsewhere they are handed out in shares that grow smaller towards the end, the lowest first.
+// The calling thread takes part, and workers help: as many threads in all as there are processors, two at least. If the
+// queue or one of its targets is serial or is the main queue, the rounds run one after the other, in order. Otherwise
+// threads take shares of consecutive rounds, the lowest first, and the shares become smaller towards the end.
 //
-// Threads: synchronised. The block is called by several threads at once; what it shares it must guard. A round may
-//          queue blocks and call dispatch_apply() again; it may not wait for another round.
-// Errors:  the first exception that leaves a round reaches the caller, once the rounds that had begun have ended; no
-//          other begins. An empty queue raises NSInvalidArgumentException. Where dispatch_sync() could never return,
-//          neither could this, and aborts.
-// Cost:    under a microsecond, an atomic operation for each share, and the wake-up of helpers. It pays where the
-//          rounds take some ten microseconds together, and where they do more than touch memory.
-#pragma once  // include time: <atomic>: the rounds ask it whether to go on
+// Threads: synchronised. Several threads call the block at once, so it must guard what it shares. A round may enqueue
+//          blocks and call dispatch_apply() again; it may not wait for another round.
+// Errors:  the first exception that leaves a round reaches the caller once the rounds that had begun have ended; no
+//          further round begins. An empty queue raises NSInvalidArgumentException. Where dispatch_sync() would
+//          deadlock, this aborts in the same way.
+// Cost:    under a microsecond, plus an atomic operation for each share and the wake-up of helpers. It is worth that
+//          if the rounds take some ten microseconds together, and if they do more than touch memory.
+#pragma once  // include time: <atomic>: the rounds read a stop flag
 
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"

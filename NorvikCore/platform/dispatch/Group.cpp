@@ -19,7 +19,7 @@ constexpr std::uint64_t greatestCount = UINT32_MAX;
 
 std::uint64_t countIn(std::uint64_t state) noexcept { return state & greatestCount; }
 std::uint64_t generationIn(std::uint64_t state) noexcept { return state >> 32; }
-/// The next generation, with nothing in it.
+/// The next generation, with a count of 0.
 std::uint64_t emptyAfter(std::uint64_t state) noexcept { return (generationIn(state) + 1) << 32; }
 
 }  // namespace
@@ -107,7 +107,7 @@ void GroupCore::resetAfterFork() noexcept {
   sleepers_.store(0, std::memory_order_relaxed);
   hasNotifications_.store(false, std::memory_order_relaxed);
   const QueueLock lock(mutex_);
-  new std::vector<Notification>(std::move(notifications_));  // what it holds is the parent's
+  new std::vector<Notification>(std::move(notifications_));  // leaked: the blocks belong to the parent
   notifications_.clear();
 }
 
@@ -136,7 +136,7 @@ void dispatch_group_enter(const dispatch_group_t& group) {
 
 void dispatch_group_leave(const dispatch_group_t& group) {
   detail::requireGroup(group, "dispatch_group_leave");
-  const dispatch_group_t kept = group;  // who waits may let its handle go once the count is 0
+  const dispatch_group_t kept = group;  // the waiter may release its handle once the count is 0
   kept.core()->leave();
 }
 

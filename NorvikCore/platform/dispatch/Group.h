@@ -4,8 +4,8 @@
 //   for (auto& department : departments) dispatch_group_async(group, queue, [&] { department.sumUp(); });
 //   dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
 //
-// A group counts what was entered and not yet left; it is empty at 0, and can be filled again. Synchronised. In a child
-// made by fork() every group is empty, and one leave too many does nothing.
+// A group counts calls of enter that are not yet matched by a leave. It is empty at 0, and can be filled again.
+// Synchronised. In a child made by fork() every group is empty, and a surplus leave has no effect.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -24,17 +24,17 @@ using dispatch_group_t = detail::Handle<detail::GroupCore>;
 
 [[nodiscard]] NK_EXPORT dispatch_group_t dispatch_group_create();
 
-/// Counts one more; each call needs a dispatch_group_leave(), from any thread.
+/// Adds one to the count. Each call needs a dispatch_group_leave(), which any thread may make.
 NK_EXPORT void dispatch_group_enter(const dispatch_group_t& group);
-/// Counts one less. Leaving an empty group aborts with a line "BUG: ..." on the system console.
+/// Subtracts one from the count. Leaving an empty group aborts with a line "BUG: ..." on the system console.
 NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
 
-/// Waits until the group is empty. 0, or something else when `timeout` came first. If no thread can be started, a wait
-/// without a timeout runs the blocks of dispatch_group_async() itself.
+/// Waits until the group is empty. Returns 0, or another value if `timeout` passed first. If no thread can be started,
+/// a wait without a timeout runs the blocks of dispatch_group_async() itself.
 NK_EXPORT std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout);
 
 namespace detail {
-/// Raises for an empty handle, before anything is made that would be lost.
+/// Raises for an empty handle. Called before anything is allocated, so that nothing leaks.
 NK_EXPORT void requireGroup(const dispatch_group_t& group, const char* function);
 NK_EXPORT void enqueueForGroup(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
 NK_EXPORT void notifyWhenEmpty(const dispatch_group_t& group, const dispatch_queue_t& queue, Item* item);
@@ -56,7 +56,7 @@ class GroupMembership {
 };
 }  // namespace detail
 
-/// Queues a block that counts in the group until it has run and is destroyed.
+/// Enqueues a block that counts in the group until it has run and is destroyed.
 template <class F>
 void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, F&& block) {
   detail::requireQueue(queue, "dispatch_group_async");
@@ -69,7 +69,7 @@ void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t&
                           detail::makeBlock(Member{detail::GroupMembership(group), std::forward<F>(block)}));
 }
 
-/// Queues a block, once, when the group is empty: at once if it is.
+/// Enqueues a block once, when the group is empty; immediately if it is empty already.
 template <class F>
 void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, F&& block) {
   detail::requireGroup(group, "dispatch_group_notify");

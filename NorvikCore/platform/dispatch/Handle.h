@@ -1,17 +1,16 @@
-// NorvikCore/platform/dispatch/Handle.h - what dispatch_queue_t and its kin are: counted handles, empty or not.
+// NorvikCore/platform/dispatch/Handle.h - counted handles: the base of dispatch_queue_t and the similar types.
 //
-// Copying a handle shares what it stands for; the last handle lets it go. Handles are equal when they stand for the
-// same thing. An empty handle is nil. Value.
+// Copies of a handle share one object; the object is released with the last handle. Handles are equal when they refer
+// to the same object. An empty handle is nil. Value.
 #pragma once
 
 #include <cstddef>
-#include <string_view>  // std::hash, at the least cost
+#include <string_view>  // std::hash, by the cheapest header
 #include <utility>
 
 namespace norvik::detail {
 
-/// `Core` is a class of the library's own with `void retain() noexcept` and `void release() noexcept`, found through
-/// retainCore(Core*) and releaseCore(Core*).
+/// `Core` is a class of the library. The functions retainCore(Core*) and releaseCore(Core*) retain and release it.
 template <class Core>
 class Handle {
  public:

@@ -7,11 +7,11 @@
 namespace norvik::detail {
 namespace {
 
-// What stands before every item: the page it is a piece of, null where it is a piece of the heap.
+// Precedes every item: the page of the item; null if the item is on the heap.
 struct Header {
   ItemPage* page;
 };
-// Keeps the item behind it aligned as the heap aligns.
+// Gives the item after it the alignment of the heap.
 constexpr std::size_t headerSpace = alignof(std::max_align_t);
 
 Header* headerOf(void* item) { return static_cast<Header*>(item) - 1; }

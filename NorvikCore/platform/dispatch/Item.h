@@ -1,7 +1,7 @@
-// NorvikCore/platform/dispatch/Item.h - what a queue is a list of.
+// NorvikCore/platform/dispatch/Item.h - the unit of work that a queue holds.
 //
-// dispatch_async() makes an item of each block, closure and list node in one allocation. Many small things of one kind
-// are better sent as letters (internal/Mailbox.h).
+// dispatch_async() makes an item of each block, closure and list node in one allocation. If many small values of one
+// kind are sent, letters are cheaper (internal/Mailbox.h).
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,26 +14,26 @@
 
 namespace norvik::detail {
 
-/// An item belongs to the queue from when it is queued to when it is handed to its run function, which disposes of it.
+/// An item belongs to the queue from the moment it is enqueued until its run function is called, which disposes of it.
 struct Item {
   using Run = void (*)(Item* item);
 
-  Item* queueLink = nullptr;  // the queue's
+  Item* queueLink = nullptr;  // used by the queue
   Run run = nullptr;
-  std::uint32_t queueFlags = 0;  // the queue's
-  std::uint32_t group = 0;       // the group that waits for it, by its number; 0: none
+  std::uint32_t queueFlags = 0;  // used by the queue
+  std::uint32_t group = 0;       // the number of the group that waits for it; 0: none
 };
 
-/// How soon somebody must come to a queue that was idle.
+/// How soon a worker must serve a queue that was idle.
 enum class Delivery : std::uint8_t {
-  prompt,   // a worker that sleeps is woken
-  relaxed,  // about a millisecond later is early enough while any worker is awake: the caller wakes nobody then
+  prompt,   // a sleeping worker is woken
+  relaxed,  // a delay of about a millisecond is acceptable: the caller wakes no worker while any worker is awake
 };
 
-/// How long an item lives. Brief ones share pages of 4 KiB, which come free when the last of their items does.
+/// How long an item lives. Brief items share pages of 4 KiB; a page is reused when its last item is freed.
 enum class ItemLife : std::uint8_t { brief, lasting };
 
-/// Memory for an item, to be given back on any thread.
+/// Memory for an item. Any thread may free it.
 [[nodiscard]] NK_EXPORT void* allocateItem(std::size_t size, ItemLife life = ItemLife::brief);
 NK_EXPORT void freeItem(void* item) noexcept;
 

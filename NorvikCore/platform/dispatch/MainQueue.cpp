@@ -23,7 +23,7 @@ std::size_t dispatch_main_queue_drain(std::size_t limit) {
 int dispatch_main_queue_descriptor() { return MainThreadQueue::shared()->descriptor(); }
 
 void dispatch_main() {
-  constexpr int shortagePause = 10;  // ms: every round attempts to get the thread or the descriptor that is missing
+  constexpr int shortagePause = 10;  // ms between attempts to get the missing thread or descriptor
   for (;;) {
     dispatch_main_queue_drain();
     pollfd ready{dispatch_main_queue_descriptor(), POLLIN, 0};

@@ -28,7 +28,7 @@ QueueCore& suspendable(const dispatch_queue_t& queue, const char* function) {
   return *queue.core();
 }
 
-/// The target is the queue, or leads to it. Under a TargetsLock.
+/// True if the target is the queue, or leads to it. Under a TargetsLock.
 bool leadsTo(const QueueCore* target, const QueueCore* queue) noexcept {
   while (target != nullptr && target != queue) target = target->target();
   return target != nullptr;
@@ -63,13 +63,13 @@ void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_que
     const detail::TargetsLock lock;
     if (wouldTargetItself()) raiseOwnTarget();
   }
-  // Nobody else is in the queue then, and who enters it later enters the new target.
+  // No other thread is in the queue after this, and a thread that enters it later enters the new target.
   queue.core()->enter(detail::Order::barrier);
   QueueCore* old = nullptr;
   bool isOwnTarget = false;
   {
     const detail::TargetsLock lock;
-    isOwnTarget = wouldTargetItself();  // by what another thread has changed since
+    isOwnTarget = wouldTargetItself();  // another thread may have changed targets since
     if (!isOwnTarget) {
       if (target) target.core()->retain();
       old = queue.core()->exchangeTarget(target.core());

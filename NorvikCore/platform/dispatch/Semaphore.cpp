@@ -22,8 +22,8 @@ bool SemaphoreCore::takeBy(std::uint64_t deadline) noexcept {
   }
   if (deadline <= monotonicNanoseconds()) return tryTake();
   PatientWait wait(HelpGoal{});
-  // give() adds the permit before it looks for sleepers, and here it is the other way round: one of the two sees the
-  // other.
+  // give() adds the permit before it checks for sleepers; here the order is reversed. So at least one of the two
+  // threads sees the other.
   sleepers_.fetch_add(1, std::memory_order_seq_cst);
   bool taken = false;
   for (bool timeLeft = true;;) {
@@ -60,7 +60,7 @@ std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dis
 
 std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
   if (!semaphore) NSException::raise(NSInvalidArgumentException, "dispatch_semaphore_signal: the semaphore is nil");
-  const dispatch_semaphore_t kept = semaphore;  // who waits may let its handle go once it has the permit
+  const dispatch_semaphore_t kept = semaphore;  // the waiter may release its handle once it has the permit
   return kept.core()->give() ? 1 : 0;
 }
 

@@ -4,8 +4,8 @@
 //   dispatch_semaphore_wait(permits, DISPATCH_TIME_FOREVER);   // takes one; waits while there is none
 //   dispatch_semaphore_signal(permits);                        // gives one back, from any thread
 //
-// Synchronised. With permits at hand both cost one atomic operation. A worker that waits counts as blocked: others take
-// its place. A child made by fork() goes on with the count as it was.
+// Synchronised. While permits are available both calls cost one atomic operation. A worker that waits counts as
+// blocked, so other workers take its place. A child made by fork() keeps the count that the parent had.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Handle.h"
@@ -27,11 +27,11 @@ using dispatch_semaphore_t = detail::Handle<detail::SemaphoreCore>;
 /// A semaphore with that many permits, 0 to 2,147,483,647; empty for any other value.
 [[nodiscard]] NK_EXPORT dispatch_semaphore_t dispatch_semaphore_create(std::intptr_t value);
 
-/// Takes a permit. 0, or something else when `timeout` came first. If no thread can be started, a wait attempts to
-/// start one from time to time; it runs no blocks itself, as it is not known which of them signals.
+/// Takes a permit. Returns 0, or another value if `timeout` passed first. If no thread can be started, a wait attempts
+/// to start one from time to time; it runs no blocks itself, because it is not known which of them signals.
 NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout);
 
-/// Gives a permit. Not 0 when a thread was asleep for it.
+/// Gives a permit. The result is not 0 if a thread was asleep in a wait for it.
 NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);
 
 }  // namespace norvik

@@ -7,8 +7,8 @@
 namespace norvik::detail {
 namespace {
 
-/// Enters the queues from `queue` up; false when they end at the main queue and this is another thread: that one is
-/// left out then.
+/// Enters the queues from `queue` upwards. False if they end at the main queue and this is another thread; the main
+/// queue is not entered then.
 bool enterUpwards(QueueCore* queue, Order order) {
   for (; queue != nullptr; queue = queue->target(), order = Order::normal) {
     if (queue->kind() == QueueCore::Kind::main && !kernel::isMainThread()) return false;
@@ -17,7 +17,7 @@ bool enterUpwards(QueueCore* queue, Order order) {
   return true;
 }
 
-/// The reverse: a target is left before the queue that targets it.
+/// Leaves the queues in reverse order: a target before the queue that targets it.
 void leaveDownwards(QueueCore* queue, Order order, bool elsewhere) noexcept {
   if (elsewhere && queue->kind() == QueueCore::Kind::main) return;
   if (QueueCore* above = queue->target()) leaveDownwards(above, Order::normal, elsewhere);

@@ -6,8 +6,8 @@
 namespace norvik {
 namespace {
 
-// A point of the wall clock is kept as its negative, so that bit 63 tells the clocks apart. ~0 is FOREVER and ~0 - 1
-// would be one nanosecond after 1970: the smallest wall point is 2.
+// A point of the wall clock is stored as its negative, so bit 63 tells the clocks apart. ~0 is FOREVER, and ~0 - 1 is
+// reserved, so the smallest wall point is 2.
 constexpr std::uint64_t lastPoint = (std::uint64_t{1} << 63) - 1;
 constexpr std::uint64_t firstWallPoint = 2;
 

@@ -1,7 +1,8 @@
 // NorvikCore/platform/kernel/AtomicWord.h - a number, flag or pointer that several threads read and change.
 //
-// What std::atomic is, for headers that every file includes: <atomic> alone takes as long to include as all of <string>
-// without its ranges. The names say the order; whoever needs another one is in a source file and has std::atomic.
+// A small std::atomic for headers that every file includes: <atomic> alone takes as long to include as all of <string>
+// without its ranges. The names give the memory order; code that needs another order is in a source file and uses
+// std::atomic.
 #pragma once
 
 namespace norvik::detail {
@@ -21,7 +22,7 @@ class AtomicWord {
   void storeRelaxed(T value) noexcept { __atomic_store_n(&value_, value, __ATOMIC_RELAXED); }
   void storeRelease(T value) noexcept { __atomic_store_n(&value_, value, __ATOMIC_RELEASE); }
 
-  // Each gives the value before.
+  // Each returns the previous value.
   T exchangeAcquire(T value) noexcept { return __atomic_exchange_n(&value_, value, __ATOMIC_ACQUIRE); }
   T exchangeRelease(T value) noexcept { return __atomic_exchange_n(&value_, value, __ATOMIC_RELEASE); }
   T addRelaxed(T amount) noexcept { return __atomic_fetch_add(&value_, amount, __ATOMIC_RELAXED); }
@@ -29,7 +30,7 @@ class AtomicWord {
   T orRelease(T bits) noexcept { return __atomic_fetch_or(&value_, bits, __ATOMIC_RELEASE); }
   T andRelease(T bits) noexcept { return __atomic_fetch_and(&value_, bits, __ATOMIC_RELEASE); }
 
-  /// Stores `wanted` where the value is `expected`; otherwise `expected` becomes the value. Acquires and releases.
+  /// Stores `wanted` if the value is `expected`; otherwise sets `expected` to the value. Acquires and releases.
   bool compareExchange(T& expected, T wanted) noexcept {
     return __atomic_compare_exchange_n(&value_, &expected, wanted, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
   }

@@ -1,10 +1,10 @@
-// NorvikCore/platform/kernel/BusyWord.h - one word that a thread takes and gives back: what locks are made of.
+// NorvikCore/platform/kernel/BusyWord.h - a word that a thread takes and releases: the basis of locks.
 //
 //   if (word.exchangeAcquire(1) != 0) waitForBusy(word);
 //   ...
 //   if (word.exchangeRelease(0) != 1) wakeForBusy(word);
 //
-// Free, it costs one exchange each way. A thread that finds it taken sleeps. Not recursive, not fair.
+// Without contention each step is one exchange. A thread that finds the word taken sleeps. Not recursive, not fair.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,9 +14,9 @@
 
 namespace norvik::detail {
 
-/// 0 is free, 1 taken, 2 taken and perhaps waited for.
+/// 0 is free, 1 taken, 2 taken and perhaps with waiting threads.
 using BusyWord = AtomicWord<std::uint32_t>;
-NK_EXPORT void waitForBusy(BusyWord& word) noexcept;  ///< takes it, once it is free
-NK_EXPORT void wakeForBusy(BusyWord& word) noexcept;  ///< one of the threads that wait
+NK_EXPORT void waitForBusy(BusyWord& word) noexcept;  ///< returns when the calling thread has taken the word
+NK_EXPORT void wakeForBusy(BusyWord& word) noexcept;  ///< wakes one waiting thread
 
 }  // namespace norvik::detail

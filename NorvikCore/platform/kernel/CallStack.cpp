@@ -18,7 +18,7 @@ namespace {
 std::string symbolOf(std::size_t number, void* address) {
   Dl_info info{};
   const auto value = reinterpret_cast<std::uintptr_t>(address);
-  // A return address may already belong to the next function when the call never returns: the call itself is before it.
+  // If the call never returns, its return address may belong to the next function. So the byte before it is looked up.
   const bool known = dladdr(reinterpret_cast<void*>(value - 1), &info) != 0;
   const char* file = known && info.dli_fname ? info.dli_fname : "?";
   if (const char* slash = std::strrchr(file, '/')) file = slash + 1;
@@ -47,7 +47,7 @@ std::vector<void*> addressesFrom(void* caller, std::size_t skip) {
   return std::vector<void*>(first, first + std::min(limit, static_cast<std::size_t>(end - first)));
 }
 
-// Without the marks of the compiler's library version, which tell a reader nothing.
+// Removes the tags of the compiler's library version, which are of no use to the reader.
 void eraseABITags(std::string& name) {
   constexpr std::string_view tag = "[abi:cxx11]";
   for (std::size_t at = 0; (at = name.find(tag, at)) != name.npos;) name.erase(at, tag.size());
@@ -64,8 +64,8 @@ std::string demangled(const char* symbol) {
   return text;
 }
 
-// A caller of these is known by the address that it is returned to: how many frames of our own, or of a tool that
-// watches the program, lie inside of that does not matter.
+// The caller is identified by its return address. So frames of this library, or of a tool that observes the program,
+// may lie inside of it in any number.
 [[gnu::noinline]] std::vector<void*> callStackAddresses(std::size_t skip) {
   return addressesFrom(__builtin_return_address(0), skip);
 }

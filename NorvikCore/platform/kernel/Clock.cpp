@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
-// Neither clock can fail: both are always there, and the pointer is good.
+// Neither clock can fail, because both always exist and the pointer is valid.
 std::int64_t readClock(clockid_t clock) noexcept {
   timespec now;
   clock_gettime(clock, &now);

@@ -1,15 +1,14 @@
-// NorvikCore/platform/kernel/Clock.h - what time it is: the wall clock, which may jump, and the monotonic clock, which
-// may not.
+// NorvikCore/platform/kernel/Clock.h - the wall clock, which may jump, and the monotonic clock, which may not.
 //
 //   double now = kernel::wallSeconds();                    // seconds since 2001-01-01 00:00:00 UTC
 //   std::int64_t start = kernel::monotonicNanoseconds();
 //   ...
 //   std::int64_t spent = kernel::monotonicNanoseconds() - start;
 //
-// The functions always read the machine's clocks, whatever date a program mocks, without entering the kernel (20 to 30
-// ns), and are safe on any thread and in a signal handler. Code that must be tested across a jump of the clock takes a
-// ClockSource.
-#pragma once  // include time: <atomic>: a manual clock is moved and read on any threads
+// The functions always read the machine's clocks, even if a program replaces the current date. They do not enter the
+// kernel (20 to 30 ns), and are safe on any thread and in a signal handler. Code that must be tested across a jump of
+// the clock takes a ClockSource.
+#pragma once  // include time: <atomic>: any thread may move and read a manual clock
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/ReferenceDate.h"
@@ -19,13 +18,13 @@
 
 namespace norvik::kernel {
 
-/// The wall clock in nanoseconds since 1970-01-01 00:00:00 UTC; good until the year 2262.
+/// The wall clock in nanoseconds since 1970-01-01 00:00:00 UTC; valid until the year 2262.
 [[nodiscard]] NK_EXPORT std::int64_t wallNanoseconds() noexcept;
 
-/// The wall clock in seconds since 2001-01-01 00:00:00 UTC, negative before; about 0.1 microseconds fine.
+/// The wall clock in seconds since 2001-01-01 00:00:00 UTC, negative before; resolution about 0.1 microseconds.
 [[nodiscard]] NK_EXPORT double wallSeconds() noexcept;
 
-/// Nanoseconds since some moment in the past; never goes back and does not count the time the machine sleeps.
+/// Nanoseconds since an unspecified moment; never decreases, and does not count the time in which the machine sleeps.
 [[nodiscard]] NK_EXPORT std::int64_t monotonicNanoseconds() noexcept;
 
 /// The two clocks as an object that a test can replace. Synchronised.
@@ -44,7 +43,7 @@ class NK_EXPORT ClockSource {
 /// The machine's clocks. Lives as long as the process.
 [[nodiscard]] NK_EXPORT const ClockSource& systemClock() noexcept;
 
-/// Clocks that stand still until they are moved: time passes on both, and only the wall clock jumps.
+/// Clocks that advance only on request: advance() moves both, jumpWallClock() only the wall clock.
 class NK_EXPORT ManualClock final : public ClockSource {
  public:
   ManualClock(std::int64_t wall, std::int64_t monotonic) noexcept;
@@ -54,7 +53,7 @@ class NK_EXPORT ManualClock final : public ClockSource {
   [[nodiscard]] std::int64_t monotonicNanoseconds() const noexcept override;
 
   void advance(std::int64_t nanoseconds) noexcept;
-  /// As when somebody sets the clock: `nanoseconds` may be negative; the monotonic clock stays.
+  /// Like setting the clock: `nanoseconds` may be negative; the monotonic clock does not change.
   void jumpWallClock(std::int64_t nanoseconds) noexcept;
 
  private:

@@ -20,12 +20,12 @@ struct SymbolTable {
   std::size_t count = 0;
 };
 
-/// The linker has added the module's base to these addresses, except in modules whose tables cannot be written to.
+/// The linker has added the module's base to these addresses, except in modules with read-only tables.
 std::uintptr_t relocated(const link_map& module, ElfW(Addr) address) noexcept {
   return address < module.l_addr ? address + module.l_addr : address;
 }
 
-/// The hash table is the only one that says how many symbols there are: behind the last chain.
+/// Only the hash table shows how many symbols there are: the last chain ends at the last symbol.
 std::size_t symbolCount(const std::uint32_t* hash) noexcept {
   const std::uint32_t buckets = hash[0], first = hash[1], bloomWords = hash[2];
   const std::uint32_t* const bucket = hash + 4 + bloomWords * (sizeof(ElfW(Addr)) / sizeof(std::uint32_t));

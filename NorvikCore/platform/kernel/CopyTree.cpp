@@ -65,7 +65,8 @@ int copyEntries(const std::string& from, const std::string& to) {
   return 0;
 }
 
-// Permissions come last but for the time: a folder that may not be written to has its entries by then.
+// Sets the permissions after the content, because a folder that is not writable must get its entries first; the time
+// last.
 int copyOne(const std::string& from, const std::string& to, const FileStatus& status) {
   if (status.kind == FileKind::symbolicLink) return copyLink(from, to);
   if (status.kind == FileKind::directory) {
@@ -81,7 +82,7 @@ int copyOne(const std::string& from, const std::string& to, const FileStatus& st
   return setModificationTime(to, status.modification);
 }
 
-// The path without links and dots; empty where it leads nowhere.
+// The path without links and dots; empty if it does not exist.
 std::string resolved(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> text(realpath(path.c_str(), nullptr), free);
   return text ? text.get() : "";
@@ -103,7 +104,7 @@ int copyTree(const std::string& from, const std::string& to) {
   if (readFileStatus(to, target, Links::stay) == 0) return EEXIST;
   if (source.kind == FileKind::directory && isInside(to, from)) return EINVAL;
   const int error = copyOne(from, to, source);
-  // EEXIST: somebody else has put something there meanwhile, which is not ours to remove.
+  // EEXIST: another process has created something there meanwhile, which must not be removed.
   if (error != 0 && error != EEXIST) static_cast<void>(removeTree(to));
   return error;
 }

@@ -29,7 +29,8 @@ bool isDirectory(const std::string& path) noexcept {
 int makeOne(const std::string& path, unsigned mode) noexcept {
   if (mkdir(path.c_str(), mode) == 0) return 0;
   const int error = errno;
-  // Not only EEXIST: a folder that is there on a read-only disk gives EROFS, one that may not be written to EACCES.
+  // Errors other than EEXIST also occur for an existing folder: EROFS on a read-only disk, EACCES without write
+  // permission.
   return isDirectory(path) ? 0 : error;
 }
 
@@ -38,7 +39,7 @@ int failedAt(const std::string& path, int error, std::string* failedPath) {
   return error;
 }
 
-// Closes the folder.
+// Appends the names and closes the folder.
 int takeNames(DIR* opened, std::vector<std::string>& names) {
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opened, closedir);
   for (;;) {
@@ -55,7 +56,7 @@ std::string withoutSlashesAtEnd(std::string path) {
   return path;
 }
 
-// What the system removes not even when it is empty is not to be emptied first.
+// An entry that the system never removes must not be emptied first.
 int checkName(std::string_view path) noexcept {
   if (path == "/") return EBUSY;
   const std::string_view name = path.substr(path.rfind('/') + 1);
@@ -68,8 +69,8 @@ struct Identity {
   bool operator==(const Identity&) const = default;
 };
 
-// Empties a folder. Each entry is removed by its name in an open folder, so that depth is no limit and a link that
-// another process puts in a folder's place meanwhile is not followed. At most three descriptors are open.
+// Empties a folder. Each entry is removed by its name in an open folder, so the depth is not limited, and a link that
+// another process meanwhile puts in a folder's place is not followed. At most three descriptors are open.
 class TreeRemoval {
  public:
   explicit TreeRemoval(std::string path) : path_(std::move(path)) {}
@@ -98,9 +99,9 @@ class TreeRemoval {
 
  private:
   struct Level {
-    std::string name;  ///< in the folder above
+    std::string name;  ///< its name in the folder above
     Identity identity;
-    std::vector<std::string> names;  ///< what is still to be removed
+    std::vector<std::string> names;  ///< entries that are still to be removed
   };
 
   static int open(int above, const char* name, Level& level, FileDescriptor& folder) {
@@ -122,12 +123,12 @@ class TreeRemoval {
     return 0;
   }
 
-  // An entry that is gone already is no failure.
+  // Success also if the entry no longer exists.
   int removeOne(const std::string& name, int flags) noexcept {
     return unlinkat(folder_.get(), name.c_str(), flags) == 0 || errno == ENOENT ? 0 : errno;
   }
 
-  // An empty folder is not entered: this user may have no right to leave it through "..".
+  // An empty folder is not entered, because this user may not be permitted to leave it through "..".
   int removeOrEnter(const std::string& name) {
     const int refusal = removeOne(name, 0);
     if (refusal != EISDIR && refusal != EPERM) return refusal;
@@ -144,7 +145,7 @@ class TreeRemoval {
     return 0;
   }
 
-  // ENOENT where the folder has been moved elsewhere meanwhile.
+  // ENOENT if the folder has been moved elsewhere meanwhile.
   int goUp() noexcept {
     FileDescriptor above(openat(folder_.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!above.isOpen()) return errno;
@@ -162,8 +163,8 @@ class TreeRemoval {
   }
 
   const std::string path_;
-  std::vector<Level> levels_;  ///< from the top
-  FileDescriptor folder_;      ///< of the last level
+  std::vector<Level> levels_;  ///< from the top folder down
+  FileDescriptor folder_;      ///< the folder of the last level
 };
 
 }  // namespace
@@ -206,14 +207,14 @@ int listDirectory(const std::string& path, std::vector<std::string>& names) {
 int removeTree(const std::string& path, std::string* failedPath) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return failedAt(path, errno, failedPath);
-  // With a slash behind it a link would be followed.
+  // Without trailing slashes, because with one a link would be followed.
   const std::string thing = withoutSlashesAtEnd(path);
   if (const int error = checkName(thing)) return failedAt(path, error, failedPath);
   if (lstat(thing.c_str(), &status) != 0) return failedAt(path, errno, failedPath);
   if (S_ISDIR(status.st_mode)) {
     if (const int error = TreeRemoval(thing).emptyFolder(failedPath)) return error;
   }
-  // Within the tree side files are entries like all others; those of the thing itself are beside it.
+  // Inside the tree side files are ordinary entries; those of the removed entry itself are beside it.
   return failedAt(path, removeWithAttributes(thing), failedPath);
 }
 

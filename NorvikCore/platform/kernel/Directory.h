@@ -1,7 +1,7 @@
-// NorvikCore/platform/kernel/Directory.h - folders: make, list, remove.
+// NorvikCore/platform/kernel/Directory.h - creates, lists and removes folders.
 //
-// Operations answer 0 or an error number (see SystemError.h). Any thread.
-#pragma once  // include time: <string> and <vector> are what it gives
+// Operations return 0 or an error number (see SystemError.h). Any thread.
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 
@@ -10,30 +10,31 @@
 
 namespace norvik::kernel {
 
-/// Makes a folder and the missing ones above it. One that is there, also by a link, or that somebody else makes
-/// meanwhile is success. When it fails, `*failedPath` (if given) is the folder that could not be made; those above it
-/// stay. A path that is longer than the system takes one (4095 bytes) makes none (ENAMETOOLONG).
+/// Creates a folder and the missing ones above it. Success for a folder that exists, also through a link, or that
+/// another process creates meanwhile. On failure `*failedPath` (if given) is the folder that could not be created; the
+/// ones above it stay. For a path longer than the system accepts (4095 bytes) none is created (ENAMETOOLONG).
 [[nodiscard]] NK_EXPORT int createDirectories(const std::string& path, unsigned mode = 0777,
                                               std::string* failedPath = nullptr);
 
-/// Makes a folder where nothing is yet and its parent exists.
+/// Creates a folder. Nothing may exist at `path`, and its parent must exist.
 [[nodiscard]] NK_EXPORT int createDirectory(const std::string& path, unsigned mode = 0777) noexcept;
 
-/// Whether only this user and root may put anything into the folder of that name: 0, ENOENT where nothing is
-/// there, EPERM where it is a folder of another user, one that others may write to, a link, or no folder.
+/// Checks that only this user and root may add entries to the folder: 0; ENOENT if nothing exists there; EPERM if it is
+/// a folder of another user or one that others may write to, a link, or not a folder.
 [[nodiscard]] NK_EXPORT int checkOwnDirectory(const std::string& path) noexcept;
 
-/// Makes such a folder where nothing is yet; one that is there is checked. Others may not write to it whatever `mode`
-/// says. For a place where everybody may make folders, such as /tmp.
+/// Creates such a folder if nothing exists there; an existing one is checked. Others may not write to it, whatever
+/// `mode` is. For a place in which all users may create folders, such as /tmp.
 [[nodiscard]] NK_EXPORT int createOwnDirectory(const std::string& path, unsigned mode = 0700) noexcept;
 
 /// The names of the entries, in the order of the file system, without "." and "..".
 [[nodiscard]] NK_EXPORT int listDirectory(const std::string& path, std::vector<std::string>& names);
 
-/// Removes a file, a link (not what it points to, also with '/' behind it), or a folder with all that is in it, however
-/// deep, and the attributes of the thing itself. Stops at the first thing that cannot be removed, and `*failedPath` (if
-/// given) is that. "/" (EBUSY) and a path that ends with "." or ".." (EINVAL) are refused before anything is removed. A
-/// link that another process puts in the place of a folder of the tree meanwhile is not followed.
+/// Removes a file, a link (not its target, even with a trailing '/'), or a folder with all its content to any depth,
+/// and the attributes of the removed entry itself. Stops at the first entry that cannot be removed, and sets
+/// `*failedPath` (if given) to it. "/" (EBUSY) and a path that ends with "." or ".." (EINVAL) are rejected before
+/// anything is removed. A link that another process meanwhile puts in the place of a folder of the tree is not
+/// followed.
 [[nodiscard]] NK_EXPORT int removeTree(const std::string& path, std::string* failedPath = nullptr);
 
 /// A new folder in the temporary folder, named `prefix` and six random characters, which only this user may enter.

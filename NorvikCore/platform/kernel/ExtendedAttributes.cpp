@@ -17,7 +17,7 @@ namespace norvik::kernel {
 namespace {
 
 constexpr std::string_view prefix = "user.";
-// The creation time that FileStatus keeps on file systems without birth times: a matter between the two of us.
+// The creation time that FileStatus stores on file systems without birth times; not listed to callers.
 constexpr std::string_view ownPrefix = "norvik.";
 
 std::atomic<int> disabled{0};
@@ -28,7 +28,7 @@ bool meansNoSupport(int error) noexcept { return error == ENOTSUP || error == EN
 
 int translated(int error) noexcept { return error == ENODATA ? attributeAbsent : error; }
 
-// The file that the side files belong to: behind all links, or this entry, which must be one that may have attributes.
+// The file to which the side files belong: behind all links, or this entry, which must be able to have attributes.
 int fileOfSideFiles(const std::string& path, Links links, std::string& file) {
   if (links == Links::stay) {
     struct stat status {};
@@ -44,11 +44,11 @@ int fileOfSideFiles(const std::string& path, Links links, std::string& file) {
   return 0;
 }
 
-// Calls `native` where the file system may have attributes, else, or when it turns out to have none, `side` with the
-// path of the file that has them. `native` gives what the system call gives; a text of -1 and errno for failure.
+// Calls `native` if the file system may have attributes. Otherwise, or if it turns out to have none, calls `side` with
+// the path of the file that has them. `native` returns what the system call returns: -1 and errno on failure.
 template <class Native, class Side>
 int withFallback(const std::string& path, Links links, const Native& native, const Side& side) {
-  if (path.find('\0') != path.npos) return ENOENT;  // the system would take the part before it
+  if (path.find('\0') != path.npos) return ENOENT;  // the system would use only the part before the NUL
   if (disabled.load(std::memory_order_relaxed) == 0) {
     if (native() >= 0) return 0;
     if (!meansNoSupport(errno)) return translated(errno);
@@ -58,7 +58,7 @@ int withFallback(const std::string& path, Links links, const Native& native, con
   return error == 0 ? side(file) : error;
 }
 
-// Reads a text whose length is known only by asking: again, where it grew between question and answer.
+// Reads a text after querying its length; repeats that if the text grew in between.
 template <class Call>
 ssize_t readGrowing(std::string& text, const Call& call) {
   for (;;) {
@@ -74,7 +74,7 @@ ssize_t readGrowing(std::string& text, const Call& call) {
   }
 }
 
-// Whether the attributes of this very entry (no link is followed) would be side files.
+// True if the attributes of exactly this entry (links are not followed) would be side files.
 bool usesSideFiles(const std::string& path) {
   if (disabled.load(std::memory_order_relaxed) != 0) return true;
   return lgetxattr(path.c_str(), "user.norvik.probe", nullptr, 0) < 0 && meansNoSupport(errno);
@@ -87,7 +87,8 @@ int renamed(const std::string& from, const std::string& to) noexcept {
 int renamedToFreeName(const std::string& from, const std::string& to) noexcept {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return errno;
-  // The file system cannot do it at once. What somebody puts at `to` between the look and the renaming is replaced.
+  // The file system has no atomic operation for this. A file that appears at `to` between check and renaming is
+  // replaced.
   struct stat status {};
   return lstat(to.c_str(), &status) == 0 ? EEXIST : renamed(from, to);
 }
@@ -133,8 +134,8 @@ int removeAttribute(const std::string& path, std::string_view name, Links links)
 int listAttributes(const std::string& path, std::vector<std::string>& names) {
   names.clear();
   std::string list;
-  // A file system without attributes may answer the question with an empty list, or with those that are not ours: a
-  // look at one attribute tells.
+  // A file system without attributes may return an empty list, or a list of attributes outside "user."; reading one
+  // attribute shows whether it has any.
   const int error = withFallback(
       path, Links::follow,
       [&]() -> ssize_t {

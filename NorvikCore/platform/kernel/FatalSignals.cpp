@@ -62,7 +62,7 @@ const char* nameOf(int number) noexcept {
   }
 }
 
-// All that the handler uses is here, since it may not ask for memory.
+// All memory that the handler uses is here, because it must not allocate.
 
 constinit std::atomic<bool> isWatching{false};
 std::span<const FatalStep> steps;
@@ -77,10 +77,10 @@ constinit std::atomic<std::int64_t> deadline{0};
 FatalSignal current;
 std::uintptr_t frames[mostFrames];
 std::size_t frameCount = 0;
-std::uintptr_t firstFrame = 0;  // those before it are of the handler itself
+std::uintptr_t firstFrame = 0;  // earlier frames belong to the handler itself
 bool isFirstFound = false;
 
-// For the reporter alone.
+// Used only by the reporter.
 sigjmp_buf afterStep, afterAll;
 volatile bool isInStep = false, isRunning = false;
 volatile std::size_t nextStep = 0;
@@ -128,14 +128,15 @@ void walkStack(const FatalSignal&) {
   if (isFirstFound) return;
   frames[frameCount++] = crashed.counter;
 #if defined(__x86_64__)
-  // A call of what is no code: the place of the call lies on the stack. Reading it may crash, which ends this step.
+  // For a call of an address that is no code: the caller's address is on the stack. Reading it may crash, which ends
+  // only this step.
   if (crashed.stack != 0) frames[frameCount++] = *reinterpret_cast<const std::uintptr_t*>(crashed.stack);
 #endif
 }
 
 // Steps
 
-/// A crash in the step leads behind it.
+/// After a crash in the step, execution continues behind it.
 void runStep(FatalStep step) {
   if (sigsetjmp(afterStep, 1) == 0) {
     isInStep = true;
@@ -144,7 +145,7 @@ void runStep(FatalStep step) {
   isInStep = false;
 }
 
-/// Ends the steps when the time is over, whatever this thread waits for.
+/// Ends the steps when the time is over, even if this thread is waiting for something.
 class Timer {
  public:
   explicit Timer(std::int64_t when) noexcept {
@@ -171,7 +172,7 @@ class Timer {
   bool isSet_ = false;
 };
 
-/// The timer's signal, and that of a crash in a step, must get through.
+/// Unblocks the timer's signal, and the signals of a crash in a step.
 void letThrough() noexcept {
   sigset_t all;
   sigemptyset(&all);
@@ -195,7 +196,7 @@ void runAllSteps() {
   isRunning = false;
 }
 
-/// True where this is the thread that is to run the steps.
+/// True if this thread must run the steps.
 bool becomeReporter(std::uint32_t self) noexcept {
   if (const std::uint32_t process = forkGeneration(); reporterProcess.exchange(process) != process) {
     reporter = 0;
@@ -238,7 +239,7 @@ void describe(int number, const siginfo_t& info) noexcept {
   }
 }
 
-/// The signal waits until the handler returns and then is delivered as if for the first time.
+/// The signal is blocked until the handler returns, and is then delivered as if for the first time.
 void passOn(int number, siginfo_t& info) noexcept {
   for (std::size_t i = 0; i < std::size(watched); ++i) {
     if (watched[i] == number) sigaction(number, &former[i], nullptr);
@@ -332,7 +333,7 @@ void watchFatalSignals(std::span<const FatalStep> given, std::int64_t patienceNa
     steps = given;
     patience = patienceNanoseconds;
     reporterProcess = forkGeneration();
-    walkStack({});  // what the unwinder prepares at its first use
+    walkStack({});  // so that the unwinder prepares what it needs at its first use
     (void)coverKey();
     struct sigaction own {};
     own.sa_sigaction = &handle;

@@ -14,10 +14,10 @@
 namespace norvik::kernel {
 namespace {
 
-// What the outermost guard of the thread found, for those inside it.
+// The state of the thread's outermost guard, which inner guards use.
 struct GuardState {
   bool active;
-  bool pipeWaited, sizeWaited;  // such a signal was waiting before the guard began
+  bool pipeWaited, sizeWaited;  // such a signal was pending before the guard began
   sigset_t before;
 };
 thread_local constinit GuardState guarded{};
@@ -41,7 +41,7 @@ int awaitWritable(int descriptor) noexcept {
   return poll(&wait, 1, -1) < 0 && errno != EINTR ? errno : 0;
 }
 
-// Of a descriptor that was opened with O_NONBLOCK, which is taken back.
+// For a descriptor that was opened with O_NONBLOCK; clears that flag.
 int requireRegular(int descriptor) noexcept {
   struct stat status {};
   if (fstat(descriptor, &status) != 0) return errno;
@@ -65,12 +65,12 @@ FileDescriptor::~FileDescriptor() { close(); }
 
 int FileDescriptor::close() noexcept {
   if (!isOpen()) return 0;
-  // An interrupted close() has closed: to try again could hit what another thread has opened meanwhile.
+  // An interrupted close() has closed the descriptor; a second call could close one that another thread has opened.
   return ::close(release()) == 0 || errno == EINTR ? 0 : errno;
 }
 
 int openFile(const std::string& path, const OpenOptions& options, FileDescriptor& file) {
-  if (path.find('\0') != path.npos) return ENOENT;  // the system would open what the part before it names
+  if (path.find('\0') != path.npos) return ENOENT;  // the system would open the file named by the part before the NUL
   const bool write = options.write || options.append;
   int flags = O_CLOEXEC | O_NOCTTY | (write ? (options.read ? O_RDWR : O_WRONLY) : O_RDONLY);
   if (options.append) flags |= O_APPEND;
@@ -103,7 +103,7 @@ WriteSignalGuard::WriteSignalGuard() noexcept : outermost_(!guarded.active) {
   pthread_sigmask(SIG_BLOCK, &deadly, &guarded.before);
   const bool pipeBlocked = sigismember(&guarded.before, SIGPIPE) == 1;
   const bool sizeBlocked = sigismember(&guarded.before, SIGXFSZ) == 1;
-  if (!pipeBlocked && !sizeBlocked) return;  // then none can have been waiting
+  if (!pipeBlocked && !sizeBlocked) return;  // then neither signal can be pending
   sigset_t waiting;
   sigemptyset(&waiting);
   sigpending(&waiting);
@@ -173,13 +173,13 @@ int readAt(int descriptor, std::uint64_t offset, char* bytes, std::size_t size, 
 }
 
 void awaitOtherWrites(int descriptor) noexcept {
-  // A write of nothing takes and releases the file's lock; a result is of no use.
+  // Writing no bytes takes and releases the file's lock. The result is not needed.
   [[maybe_unused]] const ssize_t nothing = write(descriptor, "", 0);
 }
 
 int synchronize(int descriptor) noexcept {
   while (fsync(descriptor) != 0) {
-    if (errno == EINVAL || errno == EROFS) return 0;  // nothing that could be on a disk
+    if (errno == EINVAL || errno == EROFS) return 0;  // a descriptor without a disk
     if (errno != EINTR) return errno;
   }
   return 0;

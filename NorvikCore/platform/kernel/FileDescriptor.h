@@ -1,13 +1,13 @@
-// NorvikCore/platform/kernel/FileDescriptor.h - open files: owned descriptors, whole reads and whole writes.
+// NorvikCore/platform/kernel/FileDescriptor.h - open files: owned descriptors, complete reads and complete writes.
 //
 //   kernel::FileDescriptor file;
 //   if (int error = kernel::openFile(path, {.write = true, .create = true}, file)) return error;
-//   if (int error = kernel::writeAll(file.get(), text)) return error;   // all of it, or the reason why not
+//   if (int error = kernel::writeAll(file.get(), text)) return error;   // all of it, or the error
 //   return file.close();
 //
-// Operations answer 0 or an error number (see SystemError.h), never raise but for lack of memory, and begin again
-// where a signal interrupts them. Any thread; one descriptor from several threads only as the kernel allows it.
-#pragma once  // include time: <string> is what it gives
+// Operations return 0 or an error number (see SystemError.h), raise only std::bad_alloc, and repeat a call that a
+// signal interrupts. Any thread; one descriptor from several threads only as the kernel allows it.
+#pragma once  // include time: <string> is a result type
 
 #include "NorvikCore/platform/export.h"
 
@@ -29,12 +29,12 @@ class NK_EXPORT FileDescriptor {
   ~FileDescriptor();
 
   [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }
-  /// -1 where none is owned.
+  /// -1 if none is owned.
   [[nodiscard]] int get() const noexcept { return descriptor_; }
-  /// Gives the descriptor away.
+  /// Passes the descriptor to the caller.
   [[nodiscard]] int release() noexcept { return std::exchange(descriptor_, -1); }
-  /// Closes it, if one is owned. An error here may be the first word of a write that failed late (a network disk, a
-  /// quota); the descriptor is gone in any case.
+  /// Closes the descriptor, if one is owned. An error here may be the first report of an earlier write that failed (a
+  /// network disk, a quota); the descriptor is closed in any case.
   int close() noexcept;
 
  private:
@@ -44,53 +44,53 @@ class NK_EXPORT FileDescriptor {
 struct OpenOptions {
   bool read = false;
   bool write = false;
-  bool append = false;     ///< every write goes to the end, wherever it is then; implies write
-  bool create = false;     ///< make the file where there is none
-  bool exclusive = false;  ///< with create: refuse a file that exists (EEXIST)
+  bool append = false;     ///< every write goes to the current end of the file; implies write
+  bool create = false;     ///< create the file if it does not exist
+  bool exclusive = false;  ///< with create: fail for an existing file (EEXIST)
   bool truncate = false;
-  /// Refuse anything but a regular file, without waiting for it: a symbolic link (ELOOP; those in the path before the
-  /// last name are followed), a folder (EISDIR), a pipe, socket or device (ENXIO).
+  /// Accept only a regular file, and fail at once for anything else: a symbolic link (ELOOP; links in the path before
+  /// the last name are followed), a folder (EISDIR), a pipe, socket or device (ENXIO).
   bool regular = false;
   unsigned mode = 0666;  ///< permissions of a new file, less the process's umask
 };
 
-/// Opens `path`; `file` is set on success only. A path that holds a NUL names nothing (ENOENT). The descriptor is not
-/// inherited by programs that are started, and is never one of the three standard ones, even where those are closed.
+/// Opens `path`; `file` is set only on success. A path that contains a NUL gives ENOENT. Programs that are started do
+/// not inherit the descriptor. It is never one of the three standard descriptors, even if those are closed.
 [[nodiscard]] NK_EXPORT int openFile(const std::string& path, const OpenOptions& options, FileDescriptor& file);
 
-/// Writes all of `bytes`; waits where the descriptor does not block. When it fails, `*written` (if given) tells how
-/// many bytes came through. A reader that is gone gives EPIPE and a file at its size limit EFBIG; the signals that go
-/// with them (SIGPIPE, SIGXFSZ) are swallowed, for this thread and this write only: see WriteSignalGuard.
+/// Writes all of `bytes`; waits for room if the descriptor is non-blocking. On failure `*written` (if given) is the
+/// number of bytes written. A pipe without a reader gives EPIPE, a file at its size limit EFBIG; the signals for these
+/// errors (SIGPIPE, SIGXFSZ) are suppressed, for this thread and this write only: see WriteSignalGuard.
 [[nodiscard]] NK_EXPORT int writeAll(int descriptor, std::string_view bytes, std::size_t* written = nullptr) noexcept;
 
-/// Appends to `text` all that can be read from where the descriptor stands.
+/// Appends to `text` everything that can be read from the descriptor's current position.
 [[nodiscard]] NK_EXPORT int readAll(int descriptor, std::string& text);
 
-/// Replaces `text` with the content of a file; on failure `text` is empty or cut short.
+/// Replaces `text` with the content of a file; on failure `text` is empty or incomplete.
 [[nodiscard]] NK_EXPORT int readFile(const std::string& path, std::string& text);
 
-/// Reads at `offset`, wherever the descriptor stands, until `size` bytes are read or the file ends; `*count` tells how
-/// many were read.
+/// Reads at `offset`, independent of the descriptor's position, until `size` bytes are read or the file ends; `*count`
+/// is the number of bytes read.
 [[nodiscard]] NK_EXPORT int readAt(int descriptor, std::uint64_t offset, char* bytes, std::size_t size,
                                    std::size_t* count) noexcept;
 
-/// Waits for a write to the same regular file that another process is in the middle of, on file systems that write one
-/// after another; changes nothing.
+/// Waits for a write to the same regular file that another process has begun, on file systems that serialise writes;
+/// changes nothing.
 NK_EXPORT void awaitOtherWrites(int descriptor) noexcept;
 
-/// Waits until what was written has reached the disk. A descriptor that has no disk behind it (a pipe, a terminal) is
-/// fine.
+/// Waits until what was written has reached the disk. Success for a descriptor without a disk behind it (a pipe, a
+/// terminal).
 [[nodiscard]] NK_EXPORT int synchronize(int descriptor) noexcept;
 
-/// Where the next read or write takes place.
+/// The position of the next read or write.
 [[nodiscard]] NK_EXPORT int offsetOf(int descriptor, std::uint64_t& offset) noexcept;
 [[nodiscard]] NK_EXPORT int seekTo(int descriptor, std::uint64_t offset) noexcept;
 [[nodiscard]] NK_EXPORT int seekToEnd(int descriptor, std::uint64_t& offset) noexcept;
 
-/// Keeps SIGPIPE and SIGXFSZ from ending the process while writes of the calling thread fail. The process's own
-/// handlers and dispositions stay as they are: the two signals are blocked for this thread only, and what such a write
-/// sent is taken back before they are let through again. A signal that was waiting before is left waiting. writeAll()
-/// makes its own; one around several writes makes each of those cheaper. To be destroyed on its own thread.
+/// Prevents SIGPIPE and SIGXFSZ from ending the process when writes of the calling thread fail. The process's handlers
+/// and dispositions are unchanged: the two signals are blocked for this thread only, and a signal that such a write
+/// sent is removed before they are unblocked. A signal that was pending before stays pending. writeAll() makes its own
+/// guard; one guard around several writes makes each of them cheaper. It must be destroyed on the thread that made it.
 class NK_EXPORT WriteSignalGuard {
  public:
   WriteSignalGuard() noexcept;
@@ -98,7 +98,7 @@ class NK_EXPORT WriteSignalGuard {
   WriteSignalGuard(const WriteSignalGuard&) = delete;
   WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
 
-  /// To be told the error of each failed write: only EPIPE and EFBIG leave a signal behind.
+  /// Call it with the error of each failed write; only EPIPE and EFBIG leave a signal.
   void failed(int error) noexcept;
 
  private:

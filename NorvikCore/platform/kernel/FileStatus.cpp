@@ -58,7 +58,7 @@ int read(int folder, const char* path, int flags, FileStatus& status) noexcept {
   status.inode = raw.stx_ino;
   status.links = raw.stx_nlink;
   status.modification = nanoseconds(raw.stx_mtime);
-  // Some file systems report the birth time as known and leave it at 0.
+  // Some file systems report a known birth time but leave it at 0.
   status.hasBirthTime = (raw.stx_mask & STATX_BTIME) != 0 && raw.stx_btime.tv_sec != 0 && birthTimesHidden.load() == 0;
   status.creation = status.hasBirthTime ? nanoseconds(raw.stx_btime)
                                         : std::min(nanoseconds(raw.stx_mtime), nanoseconds(raw.stx_ctime));

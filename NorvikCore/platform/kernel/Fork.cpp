@@ -26,14 +26,14 @@ namespace {
 
 constinit std::atomic<std::uint32_t> generation{0};
 constinit Gate openGateOfThisProcess = gateOpenUnordered;
-constinit std::atomic<ForkGateCell*> cells{nullptr};  // of all threads there were; never freed, but used again
+constinit std::atomic<ForkGateCell*> cells{nullptr};  // of all threads so far; never freed, but reused
 thread_local constinit bool isEnding __attribute__((tls_model("initial-exec"))) = false;
 
 struct Handlers {
   ForkHandler before, inParent, inChild;
 };
 /// Guarded by the gate: changed while forks are held, called while the gate is closed. Made while the library is
-/// loaded, and so is the key of endOfThread(): no fork meets these statics half made.
+/// loaded, like the key of endOfThread(), so that no fork finds these statics incomplete.
 std::vector<Handlers>& handlersAlone() {
   static auto& all = *new std::vector<Handlers>;
   return all;
@@ -59,8 +59,8 @@ ForkGateCell* newCell() noexcept {
   return cell;
 }
 
-/// Thread-specific data are destroyed after the thread-local objects. A lock that is taken still later finds no cell,
-/// and its thread gives the new one back at once.
+/// Thread-specific data are destroyed after the thread-local objects. If a thread takes a lock even later, it has no
+/// cell; it then gets a new one and returns it at the release.
 pthread_key_t endOfThread() noexcept {
   static const pthread_key_t key = [] {
     pthread_key_t made = 0;
@@ -76,11 +76,11 @@ pthread_key_t endOfThread() noexcept {
   return key;
 }
 
-/// The memory of all threads is in order afterwards: a lock they hold shows in their cells, or they see the closed
+/// Orders the memory of all threads: afterwards a lock that they hold is visible in their cells, or they see the closed
 /// gate.
 void orderOtherThreads() noexcept {
   if (openGateOfThisProcess == gateOpenUnordered || orderedByKernel()) return;
-  // A filter of system calls was installed meanwhile. Processors write back what they hold within microseconds.
+  // A filter of system calls was installed meanwhile. Processors write back their stores within microseconds.
   const timespec plenty{0, 10'000'000};
   nanosleep(&plenty, nullptr);
 }
@@ -96,7 +96,7 @@ void closeGate() noexcept {
     }
     own.closedGate = true;
   } else {
-    // A fork by a thread that holds a lock. Another fork that closed the gate is waiting for that lock.
+    // This thread forks while it holds a lock. Another fork that closed the gate is waiting for that lock.
     own.closedGate = gate.compare_exchange_strong(open, gateClosed);
   }
   orderOtherThreads();
@@ -140,10 +140,10 @@ void inChild() {
   generation.fetch_add(1, std::memory_order_relaxed);
   for (ForkGateCell* cell = cells.load(std::memory_order_relaxed); cell; cell = cell->next) {
     if (cell == ownCell) {
-      cell->closedGate = true;  // also if another thread of the parent closed it
+      cell->closedGate = true;  // even if another thread of the parent closed it
       continue;
     }
-    // Its thread is not here.
+    // The cell's thread does not exist in this process.
     cell->closedGate = false;
     cell->depth.store(0, std::memory_order_relaxed);
     cell->isForking.store(false, std::memory_order_relaxed);
@@ -155,7 +155,7 @@ void inChild() {
   openGate();
 }
 
-// While the library is loaded: before anybody forks, and before all other handlers, so that the gate closes last.
+// Runs while the library is loaded: before any fork, and before all other handlers, so that the gate closes last.
 [[maybe_unused]] const bool gateIsSet = [] {
   handlersAlone();
   endOfThread();

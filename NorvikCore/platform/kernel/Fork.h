@@ -1,17 +1,17 @@
 // NorvikCore/platform/kernel/Fork.h - what happens around fork().
 //
-// Only the thread that calls fork() runs on in the child. A lock that another thread held would stay held there until
-// the child ends, and what that thread was changing would stay half done. One rule prevents this: a fork waits until no
-// other thread holds a lock of the library, and none takes one until the fork is over. So a child finds every lock free
-// and everything that a lock guards complete, and can do whatever its parent could. Mutex and WordMutex follow the rule
-// by themselves. Code that enters a library with locks of its own states it:
+// Only the thread that calls fork() continues in the child. A lock that another thread held would stay locked there
+// until the child ends, and that thread's changes would stay incomplete. One rule prevents this: a fork waits until no
+// other thread holds a lock of the library, and no thread takes one until the fork is over. So in a child every lock is
+// free and everything that a lock guards is complete, and the child can do whatever its parent could. Mutex and
+// WordMutex follow the rule by themselves. Code that calls a library with locks of its own must state it:
 //
-//   const kernel::ForkHold hold;      // no fork while this lives, save by this thread
+//   const kernel::ForkHold hold;      // while this lives, no other thread can fork
 //   zone = icu::TimeZone::createTimeZone(name);
 //
-// A lock is therefore not held while waiting for another thread, unless that thread needs no lock of the library. Locks
-// nest in any order as far as forks are concerned. What threads were doing in the parent (queues, workers, timers, the
-// writer of the log) is not carried over: it is reset in the child by handlers.
+// A thread must therefore not hold a lock while it waits for another thread, unless that thread needs no lock of the
+// library. Forks impose no order on nested locks. The activities of the parent's threads (queues, workers, timers, the
+// writer of the log) do not continue in the child; handlers reset them there.
 //
 // Threads: synchronised.
 #pragma once
@@ -24,20 +24,20 @@ namespace norvik::kernel {
 
 using ForkHandler = void (*)();
 
-/// From now on, on the thread that calls fork(): `before` is called before it, while other threads still run and may be
-/// waited for; `inParent` and `inChild` after it; null: nothing. What was registered last is prepared first; afterwards
-/// the order is that of registration. For the life of the process. Handlers may not throw; one in the child may call
-/// what a signal handler may, and what it knows to be free: so all that this library guards. A handler that takes a
-/// lock of its own in `before` must not need one whose holders call the library. std::bad_alloc where there is no
-/// memory to note them.
+/// Registers handlers for every later fork, until the process ends. They run on the thread that calls fork(). `before`
+/// runs before the fork, while other threads still run and may be waited for; `inParent` and `inChild` run after it;
+/// null: none. The `before` handlers run in reverse order of registration, the others in the order of registration.
+/// Handlers must not throw. A handler in the child may call what a signal handler may, and whatever it knows to be
+/// free: that includes everything that this library guards. If `before` takes a lock, no holder of that lock may call
+/// the library. Raises std::bad_alloc if there is no memory to record them.
 NK_EXPORT void atFork(ForkHandler before, ForkHandler inParent, ForkHandler inChild);
 
-/// The same for handlers that need to be alone: they are called after all `before`s of atFork(), and before its other
-/// handlers, while no other thread holds a lock of the library. They must not wait for another thread.
+/// The same for handlers that must run alone: they are called after all `before` handlers of atFork(), and before its
+/// other handlers, while no other thread holds a lock of the library. They must not wait for another thread.
 NK_EXPORT void atForkAlone(ForkHandler before, ForkHandler inParent, ForkHandler inChild);
 
-/// Delays forks by other threads until releaseForks(), and waits for one that is under way. Nests. Costs about
-/// three nanoseconds.
+/// Delays forks by other threads until releaseForks(), and waits for a fork that is in progress. Calls nest. Costs
+/// about three nanoseconds.
 NK_EXPORT void holdForks() noexcept;
 NK_EXPORT void releaseForks() noexcept;
 
@@ -49,8 +49,9 @@ class ForkHold {
   ForkHold& operator=(const ForkHold&) = delete;
 };
 
-/// How many forks lie between the first process that loaded the library and this one: 0, and one more in each child.
-/// What was started in threads of an earlier generation is gone. In handlers of the child it counts already.
+/// The number of forks between the first process that loaded the library and this one: 0, and one more in each child.
+/// Threads of an earlier generation do not exist in this process. The number is already raised in handlers of the
+/// child.
 [[nodiscard]] NK_EXPORT std::uint32_t forkGeneration() noexcept;
 
 }  // namespace norvik::kernel

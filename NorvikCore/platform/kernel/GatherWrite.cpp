@@ -63,7 +63,7 @@ bool mayBlock(int descriptor, std::size_t size) noexcept {
   if (S_ISFIFO(status.st_mode)) {
     int unread = 0;
     if (ioctl(descriptor, FIONREAD, &unread) == 0 && unread == 0) {
-      if (size <= PIPE_BUF) return false;  // which the smallest pipe has room for
+      if (size <= PIPE_BUF) return false;  // even the smallest pipe has room for this
       const int room = fcntl(descriptor, F_GETPIPE_SZ);
       if (room > 0 && size <= static_cast<std::size_t>(room)) return false;
     }

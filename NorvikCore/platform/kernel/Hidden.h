@@ -1,16 +1,16 @@
-// NorvikCore/platform/kernel/Hidden.h - the part of a class that stands in its source file, owned by a pointer.
+// NorvikCore/platform/kernel/Hidden.h - a pointer that owns the part of a class that its source file defines.
 //
-// What std::unique_ptr is, without <memory>, which makes including a header take twice as long.
+// Like std::unique_ptr, but without <memory>, which doubles the time to include a header.
 #pragma once
 
 namespace norvik::detail {
 
-/// T is complete where the owner's constructor and destructor are defined.
+/// T must be complete where the owner's constructor and destructor are defined.
 template <class T>
 class Hidden {
  public:
   constexpr Hidden() noexcept = default;
-  /// Owns what `new` made.
+  /// Takes ownership of an object that was made by `new`.
   explicit Hidden(T* made) noexcept : part_(made) {}
   Hidden(Hidden&& other) noexcept : part_(other.part_) { other.part_ = nullptr; }
   Hidden& operator=(Hidden&& other) noexcept {

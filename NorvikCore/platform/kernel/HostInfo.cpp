@@ -27,7 +27,7 @@ std::string kernelRelease() {
 
 std::atomic<const std::string*> systemRoot{nullptr};
 
-// Empty where it cannot be read; such a file is small.
+// The content of a small file; empty if it cannot be read.
 std::string systemFile(const char* path) {
   constexpr std::size_t most = 65536;
   const std::string* root = systemRoot.load();
@@ -36,7 +36,7 @@ std::string systemFile(const char* path) {
   return text;
 }
 
-// Up to the line's end or the zero that ends a text of the device tree.
+// Up to the end of the line, or to the zero that ends a text of the device tree.
 std::string firstLine(const char* path) {
   const std::string text = systemFile(path);
   const std::string_view line = std::string_view(text).substr(0, text.find_first_of(std::string_view("\n\0", 2)));
@@ -45,7 +45,7 @@ std::string firstLine(const char* path) {
   return first == line.npos ? "" : std::string(line.substr(first, line.find_last_not_of(blanks) + 1 - first));
 }
 
-// What makers leave in a field that they forgot.
+// False for an empty field, and for the defaults that manufacturers leave in it.
 bool isFilledIn(const std::string& model) {
   if (model.empty()) return false;
   for (const char* unfilled : {"System Product Name", "To be filled by O.E.M.", "Default string", "Not Specified",
@@ -55,7 +55,7 @@ bool isFilledIn(const std::string& model) {
   return true;
 }
 
-// The value of KEY=value or KEY="value"; the few escapes that os-release allows do not occur in the keys asked for
+// The value of KEY=value or KEY="value". The escapes that os-release allows do not occur in the keys that are read
 // here.
 std::string osReleaseValue(std::string_view key) {
   std::string text = systemFile("/etc/os-release");
@@ -97,7 +97,7 @@ const std::string& processName() {
 }
 
 namespace {
-// While the library is loaded: a line of the system console names it, and neither allocates nor waits for anything.
+// Made while the library is loaded, so that a line of the system console can contain it without allocating or waiting.
 [[maybe_unused]] const std::string& nameAtLoad = processName();
 }  // namespace
 
@@ -106,7 +106,7 @@ const std::string& executablePath() {
     std::string target(PATH_MAX, '\0');
     const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
     target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-    constexpr std::string_view removed = " (deleted)";  // what the kernel adds where there is no such file any more
+    constexpr std::string_view removed = " (deleted)";  // added by the kernel if the file no longer exists
     if (target.ends_with(removed) && access(target.c_str(), F_OK) != 0) target.resize(target.size() - removed.size());
     return new std::string(std::move(target));
   });

@@ -1,13 +1,13 @@
-// NorvikCore/platform/kernel/MadeOnce.h - objects that the process has one of, made when they are first asked for.
+// NorvikCore/platform/kernel/MadeOnce.h - objects that exist once in the process, made at their first use.
 //
 //   Registry& registry() {
 //     return kernel::madeOnce([] { return new Registry; });
 //   }
 //
-// A function-local static does the same, except that a fork does not wait for it: a child of a process in which another
-// thread was making it would wait for that thread until it ends. So the library has none (tools/statics).
+// A function-local static does the same, except that a fork does not wait for it: if another thread was making it
+// during the fork, the child would wait for that thread without end. So the library has none (tools/statics).
 //
-// Threads: synchronised. Cost: one load once it is made.
+// Threads: synchronised. Cost: one load once the object is made.
 #pragma once
 
 #include "NorvikCore/platform/kernel/Fork.h"
@@ -17,8 +17,8 @@
 
 namespace norvik::kernel {
 
-/// What `make` returns a pointer to, for the life of the process; null is not allowed. `make` is a lambda: each has an
-/// object of its own. What it raises passes, and the next call makes the object.
+/// The object that `make` returns a pointer to, kept until the process ends; null is not allowed. `make` is a lambda:
+/// each lambda has an object of its own. If `make` raises, the exception passes, and the next call makes the object.
 template <class Make>
 [[nodiscard]] auto& madeOnce(Make make) {
   using Made = std::remove_pointer_t<std::invoke_result_t<Make>>;

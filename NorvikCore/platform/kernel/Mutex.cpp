@@ -9,7 +9,7 @@
 namespace norvik {
 namespace {
 
-// The thread sanitizer is told that this is a mutex: it then finds two that are taken in both orders.
+// Tells the thread sanitizer that this is a mutex, so that it detects lock-order inversions.
 void willTake([[maybe_unused]] void* mutex, [[maybe_unused]] bool isTrial) noexcept {
 #if defined(__SANITIZE_THREAD__)
   __tsan_mutex_pre_lock(mutex, isTrial ? __tsan_mutex_try_lock : 0);

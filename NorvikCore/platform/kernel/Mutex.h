@@ -1,12 +1,12 @@
 // NorvikCore/platform/kernel/Mutex.h - a mutex that Clang's thread-safety analysis understands.
 //
-// State that a mutex guards says so, and forgetting the lock is a compile error in the clang preset:
+// State that a mutex guards is annotated, and a forgotten lock is a compile error in the clang preset:
 //
 //   Mutex mutex;
 //   std::vector<int> items NK_GUARDED_BY(mutex);
 //   { MutexLock lock(mutex); items.push_back(1); }
 //
-// Four bytes; not recursive, not fair. A fork waits for its holders, and a child finds it free (Fork.h).
+// Four bytes; not recursive, not fair. A fork waits until it is released, and a child finds it free (Fork.h).
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -24,7 +24,7 @@ namespace {
 
 std::atomic<const DescriptorSource*> sourceInstead{nullptr};
 
-// Every number below the process's limit, for a process that has used them all.
+// Tries every number below the process's limit, for a process that has used them all.
 int listWithoutFolder(const DescriptorSource& source, std::vector<int>& numbers) {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return errno;
@@ -50,7 +50,7 @@ int SystemDescriptors::list(std::vector<int>& numbers) const {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(folder_.c_str()), closedir);
     if (!folder) {
       if (errno != EMFILE && errno != ENFILE) return errno;
-      // The numbers are looked up in the folder one by one, which says nothing where it is missing.
+      // The numbers are looked up in the folder one by one. If the folder is missing, that would find none.
       if (faccessat(AT_FDCWD, (folder_ + "/.").c_str(), R_OK | X_OK, AT_EACCESS) != 0) return errno;
       return listWithoutFolder(*this, numbers);
     }
@@ -114,7 +114,7 @@ DescriptorState checkDescriptor(const DescriptorSource& source, int number, std:
   }
   if (isBad) return DescriptorState::bad;
   path.clear();
-  return DescriptorState::closed;  // and opened again, each time
+  return DescriptorState::closed;  // it was closed and opened again each time
 }
 
 }  // namespace norvik::kernel

@@ -1,4 +1,4 @@
-// NorvikCore/platform/kernel/OpenDescriptors.h - which descriptors this process has open, and whether they are valid.
+// NorvikCore/platform/kernel/OpenDescriptors.h - the open descriptors of this process, and whether they are valid.
 //
 //   const kernel::DescriptorSource& source = kernel::descriptorSource();
 //   std::vector<int> numbers;
@@ -8,10 +8,10 @@
 //     if (kernel::checkDescriptor(source, number, path) == kernel::DescriptorState::valid) report(path, number);
 //   }
 //
-// Other threads may open and close descriptors all the while: what was closed since it was listed is no fault, and a
-// number that was used again is looked at again. Operations answer 0 or an error number (see SystemError.h). Any
+// Other threads may open and close descriptors meanwhile. A descriptor that was closed after it was listed is not an
+// error, and a number that was reused is checked again. Operations return 0 or an error number (see SystemError.h). Any
 // thread.
-#pragma once  // include time: <string> and <vector> are what it gives
+#pragma once  // include time: <string> and <vector> are result types
 
 #include "NorvikCore/platform/export.h"
 
@@ -20,7 +20,7 @@
 
 namespace norvik::kernel {
 
-/// What is known of this process's descriptors. A test replaces it.
+/// The source of information about this process's descriptors. A test replaces it.
 class NK_EXPORT DescriptorSource {
  public:
   DescriptorSource() = default;
@@ -28,18 +28,17 @@ class NK_EXPORT DescriptorSource {
   DescriptorSource& operator=(const DescriptorSource&) = delete;
   virtual ~DescriptorSource();
 
-  /// Those that are open, in the order of their numbers. ENOMEM where memory is lacking: `numbers` then has those that
-  /// there was room for.
+  /// The open descriptors, in ascending order. ENOMEM if memory is lacking; `numbers` then contains as many as fitted.
   [[nodiscard]] virtual int list(std::vector<int>& numbers) const = 0;
-  /// The path of the file, folder, device or named pipe that is open there, " (deleted)" behind it where it has been
-  /// removed; empty for sockets, pipes and whatever else has no path. ENOENT where nothing is open.
+  /// The path of the file, folder, device or named pipe that is open there, followed by " (deleted)" if it was removed;
+  /// empty for sockets, pipes and other objects without a path. ENOENT if the descriptor is not open.
   [[nodiscard]] virtual int pathOf(int number, std::string& path) const = 0;
-  /// Asks for the descriptor's flags: EBADF where it is bad.
+  /// Reads the descriptor's flags: EBADF if it is bad.
   [[nodiscard]] virtual int test(int number) const noexcept = 0;
 };
 
-/// What the system says in a folder of the form of /proc/thread-self/fd. A process that has no descriptor left to open
-/// the folder with tries all numbers below its limit instead.
+/// The system's information, from a folder in the form of /proc/thread-self/fd. If the process has no descriptor left
+/// to open the folder, it tries all numbers below its limit.
 class NK_EXPORT SystemDescriptors final : public DescriptorSource {
  public:
   explicit SystemDescriptors(std::string folder = "/proc/thread-self/fd");
@@ -53,11 +52,11 @@ class NK_EXPORT SystemDescriptors final : public DescriptorSource {
   const std::string folder_;
 };
 
-/// The system's, or what takes its place.
+/// The system's source, or the one that replaces it.
 [[nodiscard]] NK_EXPORT const DescriptorSource& descriptorSource();
 
-/// Puts `source`, which lives longer, in the place of the system's for all threads, as long as this object lives; for
-/// tests. Synchronised; nested ones end in reverse order.
+/// Replaces the system's source by `source`, which must outlive this object, for all threads while this object lives;
+/// for tests. Synchronised; nested objects must end in reverse order.
 class NK_EXPORT DescriptorSourceOverride {
  public:
   explicit DescriptorSourceOverride(const DescriptorSource& source) noexcept;
@@ -70,15 +69,15 @@ class NK_EXPORT DescriptorSourceOverride {
 };
 
 enum class DescriptorState {
-  valid,        ///< and `path` was what is open there, at one and the same time
+  valid,        ///< `path` was open there at the time of the test
   withoutPath,  ///< not tested
-  closed,       ///< nothing is open there any more, or something else each time
-  bad,          ///< EBADF, and listed as open all the while
+  closed,       ///< no longer open, or reused for something else at each check
+  bad,          ///< EBADF, although it was listed as open all the time
   failed,       ///< the test failed for another reason
 };
 
-/// `path` is empty for withoutPath and closed. A descriptor that is listed and tests bad is looked at 256 times
-/// before it counts as bad, since another thread may close and open it in between.
+/// `path` is empty for withoutPath and closed. A descriptor that is listed and tests bad is checked 256 times before it
+/// counts as bad, because another thread may close and open it between two steps.
 [[nodiscard]] NK_EXPORT DescriptorState checkDescriptor(const DescriptorSource& source, int number, std::string& path);
 
 }  // namespace norvik::kernel

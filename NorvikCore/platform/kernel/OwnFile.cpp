@@ -14,9 +14,9 @@
 namespace norvik::kernel {
 namespace {
 
-constexpr int mostLinks = 40;  // as the kernel follows
+constexpr int mostLinks = 40;  // the kernel's limit
 
-/// What one part of a path is. A link is read by the same descriptor that its owner was read by.
+/// Reads the status of one part of a path. A link's target is read by the descriptor by which its owner was read.
 int examine(const std::string& path, FileStatus& status, std::string& target) {
   const FileDescriptor part(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!part.isOpen()) return errno;
@@ -29,7 +29,7 @@ int examine(const std::string& path, FileStatus& status, std::string& target) {
   return 0;
 }
 
-/// Takes the first part off the path.
+/// Removes the first part from the path and returns it.
 std::string takePart(std::string& path) {
   const std::size_t start = path.find_first_not_of('/');
   if (start == path.npos) {
@@ -102,7 +102,7 @@ int readOwnFile(const std::string& path, std::size_t most, std::string& text) {
   if (const int error = openFile(own.path, {.read = true, .regular = true}, file)) return error;
   FileStatus status;
   if (const int error = readFileStatus(file.get(), status)) return error;
-  if (!isTrusted(status, own.isShared)) return EPERM;  // it was replaced meanwhile
+  if (!isTrusted(status, own.isShared)) return EPERM;  // the file was replaced meanwhile
   constexpr std::size_t step = 16384;
   for (;;) {
     const std::size_t length = text.size(), wanted = std::min(step, most + 1 - length);

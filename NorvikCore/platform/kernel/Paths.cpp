@@ -19,7 +19,7 @@ std::string withoutSlashAtEnd(std::string path) {
   return path;
 }
 
-// Empty where the variable is not set to an absolute path.
+// Empty if the variable is not set to an absolute path.
 std::string fromEnvironment(const char* variable) {
   const char* value = std::getenv(variable);
   return value && *value == '/' ? withoutSlashAtEnd(value) : "";
@@ -36,7 +36,7 @@ std::string environmentOrHome(const char* variable, std::string_view name) {
   return path.empty() ? inHome(name) : path;
 }
 
-// Asks the account database by `ask(entry, buffer, size, &found)`; empty where there is no such account.
+// Queries the account database by `ask(entry, buffer, size, &found)`; empty if there is no such account.
 template <class Ask>
 std::string homeOfAccount(const Ask& ask) {
   std::vector<char> buffer(1024);
@@ -50,7 +50,7 @@ std::string homeOfAccount(const Ask& ask) {
   }
 }
 
-// Empty where neither the environment nor the account tells.
+// Empty if neither the environment nor the account gives a home.
 std::string knownHome() {
   std::string home = fromEnvironment("HOME");
   if (!home.empty()) return home;
@@ -59,7 +59,7 @@ std::string knownHome() {
   });
 }
 
-// Takes blanks, then `expected`, off the front; false where something else is there.
+// Removes blanks and then `expected` from the front; false if something else is there.
 bool takeOff(std::string_view& line, std::string_view expected) {
   line.remove_prefix(std::min(line.size(), line.find_first_not_of(" \t")));
   if (!line.starts_with(expected)) return false;
@@ -67,7 +67,7 @@ bool takeOff(std::string_view& line, std::string_view expected) {
   return true;
 }
 
-// The value of a line NAME="value" of user-dirs.dirs, as Paths.h says; empty where the line is another one.
+// The value of a line NAME="value" of user-dirs.dirs, by the rules in Paths.h; empty for any other line.
 std::string folderIn(std::string_view line, std::string_view name) {
   if (!takeOff(line, name) || !takeOff(line, "=") || !takeOff(line, "\"")) return "";
   constexpr std::string_view home = "$HOME";
@@ -118,7 +118,7 @@ std::string homeDirectory() {
 }
 
 std::string homeDirectoryOfUser(const std::string& name) {
-  if (name.find('\0') != name.npos) return "";  // the account database would see the part before it only
+  if (name.find('\0') != name.npos) return "";  // the account database would use only the part before the NUL
   return homeOfAccount([&](passwd* entry, char* buffer, std::size_t size, passwd** found) {
     return getpwnam_r(name.c_str(), entry, buffer, size, found);
   });

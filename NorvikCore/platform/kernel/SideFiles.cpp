@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::string_view separator = ".attr-";
 
-// The attribute's name as the end of a file name: without '/', and without another separator, so that the last
-// separator of a side file's name is always the one between file and attribute.
+// The attribute's name as the end of a file name: without '/' and without another separator. So the last separator of a
+// side file's name is always the one between file and attribute.
 std::string encoded(std::string_view attribute) {
   std::string text;
   for (std::size_t i = 0; i < attribute.size(); ++i) {
@@ -52,7 +52,7 @@ std::string decoded(std::string_view text) {
 }
 
 struct Location {
-  std::string folder;  // with the '/' at its end, or empty
+  std::string folder;  // with a trailing '/', or empty
   std::string prefix;  // ".NAME.attr-"
 };
 
@@ -65,7 +65,7 @@ Location locate(const std::string& path) {
   return location;
 }
 
-// A name of its own for each attempt, which no list of attributes shows.
+// A different name for each attempt; it appears in no list of attributes.
 std::string unfinishedPath(const Location& location) {
   static std::atomic<unsigned> count{0};
   return location.folder + ".attrtmp-" + std::to_string(getpid()) + "-" + std::to_string(count.fetch_add(1));
@@ -88,7 +88,7 @@ std::string_view ownerOfSideFile(std::string_view name) noexcept {
 int getSideFile(const std::string& path, std::string_view attribute, std::string& value) {
   std::string content;
   FileDescriptor file;
-  // Whoever may write to the folder may put a pipe there, which would be waited for, or a link.
+  // A regular file only, because any user who may write to the folder could put a link there, or a pipe that blocks.
   int error = openFile(sideFilePath(path, attribute), {.read = true, .regular = true}, file);
   if (error == ENOENT) return attributeAbsent;
   if (error == 0) error = readAll(file.get(), content);
@@ -100,10 +100,10 @@ int setSideFile(const std::string& path, std::string_view attribute, std::string
   const Location location = locate(path);
   std::string unfinished;
   FileDescriptor file;
-  // The user's alone: a creation date that others could change would reorder the log files.
+  // For this user only, because a creation date that others could change would reorder the log files.
   const OpenOptions options{.write = true, .create = true, .exclusive = true, .mode = 0600};
   int error = 0;
-  do {  // a killed process that had the same number may have left some
+  do {  // a killed process with the same process id may have left some
     unfinished = unfinishedPath(location);
     error = openFile(unfinished, options, file);
   } while (error == EEXIST);

@@ -31,9 +31,9 @@ namespace {
 constexpr std::size_t mostWaiting = 1000, mostWaitingBytes = 1 << 20, longestLine = 64 << 10, keptMemory = 256 << 10;
 constexpr std::int64_t second = 1'000'000'000, patience = 5 * second;
 constexpr int attemptsPerSecond = 10;
-constexpr int facility = 1;                // programs of users
+constexpr int facility = 1;                // "user-level messages"
 constexpr int wantedSendBuffer = 8 << 20;  // bytes; for large entries of the journal
-constexpr int firstOwnDescriptor = 3;      // behind the standard ones
+constexpr int firstOwnDescriptor = 3;      // after the standard ones
 
 struct Places {
   Mutex mutex;
@@ -93,7 +93,7 @@ void appendOctal(std::string& out, unsigned char byte) {
   for (const unsigned shift : {6U, 3U, 0U}) out += static_cast<char>('0' + ((byte >> shift) & 7));
 }
 
-/// The bytes of the control character that begins there; 0 where another does.
+/// The number of bytes of the control character that begins there; 0 for another character.
 std::size_t controlSize(std::string_view text, std::size_t at) noexcept {
   const auto byte = static_cast<unsigned char>(text[at]);
   if ((byte < 0x20 && byte != '\t') || byte == 0x7F) return 1;
@@ -101,7 +101,7 @@ std::size_t controlSize(std::string_view text, std::size_t at) noexcept {
   return byte == 0xC2 && next >= 0x80 && next < 0xA0 ? 2 : 0;
 }
 
-/// One line whatever the text holds: its control characters, those of two bytes too, are written as numbers.
+/// Makes any text one line: its control characters, including those of two bytes, are written as numbers.
 void appendEscaped(std::string& out, std::string_view text) {
   std::size_t plainFrom = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -115,9 +115,9 @@ void appendEscaped(std::string& out, std::string_view text) {
   out += text.substr(plainFrom);
 }
 
-constexpr std::size_t escapedSize = 4;  // of a byte as a number
+constexpr std::size_t escapedSize = 4;  // the size of a byte that is written as a number
 
-/// How many bytes of the text take no more than `room` once they are escaped; whole characters.
+/// How many bytes of the text need no more than `room` after escaping; whole characters only.
 std::size_t sizeThatFits(std::string_view text, std::size_t room) noexcept {
   std::size_t at = 0;
   for (std::size_t length = 0; at < text.size();) {
@@ -183,19 +183,19 @@ SyslogClient::SyslogClient(std::string identity, const ClockSource& clock)
 
 SyslogClient::~SyslogClient() { disconnect(); }
 
-/// What has changed since the last entry: the process by a fork, or the places.
+/// Handles changes since the last entry: a fork of the process, or other sockets.
 void SyslogClient::follow() {
   if (generation_ != forkGeneration()) {
     generation_ = forkGeneration();
     waiting_.clear();
     waitingBytes_ = sentOfFirst_ = 0;
-    if (service_ == Service::stream) disconnect();  // of two writers' halves no line would be whole
+    if (service_ == Service::stream) disconnect();  // parts of lines from two writers would mix
   }
   if (const std::uint32_t revision = placesRevision.load(std::memory_order_relaxed); revision_ != revision) {
     revision_ = revision;
     attempts_ = 0;
     disconnect();
-    loseWaiting(ENOTCONN);  // they were for the former place
+    loseWaiting(ENOTCONN);  // they were for the former socket
   }
 }
 
@@ -246,7 +246,7 @@ int SyslogClient::connectTo(const std::string& path, int type, Service service) 
 
 bool SyslogClient::ownsSocket() const noexcept { return isOpenFile(socket_, device_, inode_); }
 
-/// A number that is another file's by now stays open.
+/// Does not close a number that now refers to another file.
 void SyslogClient::disconnect() noexcept {
   if (ownsSocket()) ::close(socket_);
   socket_ = -1;
@@ -281,7 +281,7 @@ int SyslogClient::transmit(std::string_view bytes, std::size_t& sent) {
   return 0;
 }
 
-/// An entry that is too large for a datagram is sent as a file in memory, sealed against changes.
+/// Sends an entry that is too large for a datagram as a file in memory, sealed against changes.
 int SyslogClient::transmitFile(std::string_view bytes) noexcept {
   const FileDescriptor file(memfd_create("norvik-journal-entry", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!file.isOpen()) return errno;
@@ -310,7 +310,7 @@ bool SyslogClient::drain() {
     const int error = socket_ < 0 ? ENOTCONN : transmit(waiting_.front(), sentOfFirst_);
     if (isFull(error)) {
       if (clock_.monotonicNanoseconds() - waitingSince_ < patience) return false;
-      if (sentOfFirst_ > 0) disconnect();  // a stream with half a line; the next one begins anew
+      if (sentOfFirst_ > 0) disconnect();  // part of a line is in the stream, so the next line needs a new one
       loseWaiting(error);
       return false;
     }
@@ -360,7 +360,7 @@ void SyslogClient::transmitOrKeep(const SyslogEntry& entry) {
     if (error == 0) return;
     if (isFull(error)) return keep(entry_, sent);
     if (error == EMSGSIZE) break;
-    disconnect();  // and once more: a service that was restarted
+    disconnect();  // and try once more: the service may have been restarted
   }
   lose(error);
 }
@@ -369,7 +369,7 @@ void SyslogClient::sendWaiting() {
   try {
     follow();
     (void)drain();
-  } catch (const std::bad_alloc&) {  // for a connection; they wait for the next attempt
+  } catch (const std::bad_alloc&) {  // while connecting; the entries wait for the next attempt
     return;
   }
 }
@@ -379,7 +379,7 @@ bool SyslogClient::mayWait(std::size_t size) const noexcept {
 }
 
 void SyslogClient::keep(std::string_view bytes, std::size_t sent) {
-  const bool isBegun = sent > 0;  // a line in a stream of which a part is there
+  const bool isBegun = sent > 0;  // a part of the line is in the stream already
   if (!isBegun && !mayWait(bytes.size())) return lose(EAGAIN);
   if (waiting_.empty()) {
     waitingSince_ = clock_.monotonicNanoseconds();

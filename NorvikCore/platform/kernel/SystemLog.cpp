@@ -23,14 +23,14 @@ namespace norvik::kernel {
 
 struct SystemLogCapture::State {
   std::vector<std::string> lines;
-  std::atomic<std::uint32_t> taken{0};  // what waitForLines() sleeps on
+  std::atomic<std::uint32_t> taken{0};  // waitForLines() sleeps on it
 };
 
 namespace {
 
 constinit std::atomic<int> captureCount{0};
 
-// The captures that live, the latest last.
+// The existing captures; the latest is the last.
 struct Captures {
   Mutex mutex;
   std::vector<SystemLogCapture*> stack NK_GUARDED_BY(mutex);
@@ -42,8 +42,8 @@ Captures& captures() {
 
 using Head = std::array<char, 384>;
 
-// The time by integer arithmetic: the C library's calendar functions take a lock, which a forked child may find taken
-// for ever.
+// Computes the time by integer arithmetic, because the C library's calendar functions take a lock, which a forked child
+// may find locked without end.
 std::size_t writeHead(Head& head) noexcept {
   using namespace std::chrono;
   const std::int64_t now = wallNanoseconds() / 1'000'000;

@@ -20,18 +20,18 @@ constinit thread_local std::uint32_t threadRevision = 0;
 
 namespace {
 
-constexpr std::size_t kernelNameBytes = 16;  // TASK_COMM_LEN, the zero at the end included
+constexpr std::size_t kernelNameBytes = 16;  // TASK_COMM_LEN, including the terminating zero
 using KernelName = std::array<char, kernelNameBytes>;
 
-constexpr std::int64_t kernelNameMilliseconds = 50;  // how long a reading of the kernel's name holds
+constexpr std::int64_t kernelNameMilliseconds = 50;  // how long a reading of the kernel's name is valid
 
 struct GivenName {
   std::string text;
-  KernelName before;  // what the kernel called the thread until then
+  KernelName before;  // the kernel's name of the thread before it was named
 };
 
-// Without a destructor, so that it outlives the thread-local objects of the program; the given name is freed by
-// a thread-specific-data destructor, which runs after theirs.
+// It has no destructor, so that it outlives the program's thread-local objects. The given name is freed by a destructor
+// of thread-specific data, which runs after theirs.
 struct ThreadState {
   std::uint32_t id;
   bool isMain;
@@ -41,7 +41,7 @@ struct ThreadState {
 };
 thread_local constinit ThreadState state __attribute__((tls_model("initial-exec"))){};
 
-// Registered while the library is loaded, before anybody can fork.
+// Registered while the library is loaded, before any fork.
 [[maybe_unused]] const bool forgetsIdInChild = [] {
   atFork(nullptr, nullptr, [] {
     state.id = 0;
@@ -63,7 +63,7 @@ void freeGivenName(void*) {
   state.given = nullptr;
 }
 
-// False where the process is out of keys: the name's memory then stays until the process ends.
+// False if the process has no key left; then the name's memory is kept until the process ends.
 bool freeAtThreadEnd(const void* marker) {
   struct Key {
     pthread_key_t key{};
@@ -113,7 +113,7 @@ void setCurrentThreadName(std::string_view name) {
     state.kernelNameReadAt = 0;
     return;
   }
-  std::string text(name);  // first: `name` may be the view that currentThreadName() gave
+  std::string text(name);  // first, because `name` may be the view that currentThreadName() returned
   if (!state.given) {
     state.given = new GivenName{{}, readKernelName()};
     freeAtThreadEnd(&state);

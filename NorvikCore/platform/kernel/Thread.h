@@ -1,11 +1,11 @@
-// NorvikCore/platform/kernel/Thread.h - who runs: the calling thread's id, its name, and whether it is the main thread.
+// NorvikCore/platform/kernel/Thread.h - the calling thread: its id, its name, and whether it is the main thread.
 //
 //   kernel::setCurrentThreadName("Pay run of Norvik Engineering");
-//   kernel::currentThreadName();    // the same text, in full: only tools outside the process see 15 bytes of it
+//   kernel::currentThreadName();    // the whole text; tools outside the process see only 15 bytes of it
 //   kernel::currentThreadId();      // what ps, top and gdb call the LWP
 //
-// Everything here is about the calling thread, costs a few nanoseconds once it has been read, allocates only where a
-// name is set, and works until the thread's very end (in destructors of thread-local objects too).
+// All functions concern the calling thread. They cost a few nanoseconds after the first call, allocate only if a name
+// is set, and work until the very end of the thread (also in destructors of thread-local objects).
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -15,21 +15,19 @@
 
 namespace norvik::kernel {
 
-/// The kernel's id of the calling thread. The one thread of a child made by fork() has an id of its own, and this is
-/// it.
+/// The kernel's id of the calling thread. The only thread of a child made by fork() has a new id, and this returns it.
 [[nodiscard]] NK_EXPORT std::uint32_t currentThreadId() noexcept;
 
 /// True on the thread whose id is the process id: the one that runs main(), and the only one of a child made by fork().
 [[nodiscard]] NK_EXPORT bool isMainThread() noexcept;
 
-/// Names the calling thread. The kernel keeps only 15 bytes; it gets the longest beginning of `name` that fits and does
-/// not end inside a character. An empty name takes the name back, and the thread is called as it was before it was
-/// named.
+/// Names the calling thread. The kernel stores only 15 bytes: the longest beginning of `name` that fits and does not
+/// end inside a character. An empty name restores the name that the thread had before it was named.
 NK_EXPORT void setCurrentThreadName(std::string_view name);
 
-/// The name that setCurrentThreadName() gave, else the kernel's name of the thread, which unless somebody set it is
-/// that of the process. A name that others give through the kernel shows after a tenth of a second at most. The view is
-/// good until the calling thread asks again or is renamed.
+/// The name that setCurrentThreadName() set, else the kernel's name of the thread, which by default is that of the
+/// process. A name that is set through the kernel by other means is visible after a tenth of a second at most. The view
+/// is valid until the next call on this thread, or until the thread is renamed.
 [[nodiscard]] NK_EXPORT std::string_view currentThreadName() noexcept;
 
 }  // namespace norvik::kernel

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int64_t rateInterval = 1'000'000'000;
 
-/// The kernel trusts the processors' counters to be one clock.
+/// True if the kernel uses the processors' counters as its clock, so that they are consistent with each other.
 bool kernelCountsTicks() noexcept {
 #if defined(__x86_64__)
   const int file = ::open("/sys/devices/system/clocksource/clocksource0/current_clocksource", O_RDONLY | O_CLOEXEC);
@@ -30,7 +30,7 @@ bool kernelCountsTicks() noexcept {
 
 TickClock::TickClock() noexcept : isCounted_(kernelCountsTicks()), from_(reading()), next_(from_), last_(from_) {}
 
-/// Again where the thread lost its processor in between.
+/// Repeats a reading during which the thread was interrupted.
 TickClock::Reading TickClock::reading() const noexcept {
   constexpr std::uint64_t atOnce = 600;
   constexpr int attempts = 8;
@@ -54,7 +54,7 @@ void TickClock::read() noexcept {
   last_ = reading();
   const auto ticks = static_cast<std::int64_t>(last_.monotonicTicks - from_.monotonicTicks);
   const std::int64_t passed = last_.monotonic - from_.monotonic;
-  if (ticks <= 0 || passed <= 0) {  // the machine has slept, and the counter began anew
+  if (ticks <= 0 || passed <= 0) {  // the machine has slept, and the counter was reset
     from_ = next_ = last_;
     return;
   }

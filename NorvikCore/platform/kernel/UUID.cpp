@@ -33,8 +33,8 @@ std::string UUID::text() const {
 
 UUID makeUUID() noexcept {
   UUID uuid;
-  // So few bytes come whole or not at all; not at all is a kernel that forbids the call, and there is nothing to put in
-  // its place.
+  // So few bytes are returned completely or not at all. The call fails only if the kernel forbids it, and there is no
+  // substitute for it.
   while (getrandom(uuid.bytes.data(), uuid.bytes.size(), 0) < 0) {
     if (errno != EINTR) std::abort();
   }

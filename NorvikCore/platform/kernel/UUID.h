@@ -1,9 +1,9 @@
-// NorvikCore/platform/kernel/UUID.h - identifiers that nobody else makes: 122 random bits from the kernel.
+// NorvikCore/platform/kernel/UUID.h - unique identifiers: 122 random bits from the kernel.
 //
 //   kernel::makeUUID().text();    // "3F2504E0-4F89-41D3-9A0C-0305E82C3301"
 //
-// Safe on any thread and in a forked child. One system call each.
-#pragma once  // include time: <string> and <optional> are what it gives
+// Safe on any thread and in a forked child. Each costs one system call.
+#pragma once  // include time: <string> and <optional> are result types
 
 #include "NorvikCore/platform/export.h"
 
@@ -24,10 +24,10 @@ struct UUID {
   auto operator<=>(const UUID&) const = default;
 };
 
-/// A new one: version 4, variant 1 of RFC 4122.
+/// A new UUID: version 4, variant 1 of RFC 4122.
 [[nodiscard]] NK_EXPORT UUID makeUUID() noexcept;
 
-/// Reads the 36 characters in either case; nothing for any other text.
+/// Reads the 36 characters in either case; empty for any other text.
 [[nodiscard]] NK_EXPORT std::optional<UUID> parseUUID(std::string_view text) noexcept;
 
 }  // namespace norvik::kernel

@@ -13,7 +13,7 @@ namespace norvik {
 namespace detail {
 namespace {
 
-/// Calls `use` with what each element has at the path, absent and null values left out.
+/// Calls `use` with each element's value at the path, except absent and null values.
 template <class Use>
 void forEachValue(const NSArray& elements, const NSString& path, Use&& use) {
   for (const Value& element : elements) {

@@ -3,11 +3,11 @@
 //   keyPath<&Payslip::grossPay>()                          // "grossPay"
 //   keyPath<&Payslip::employee, &Employee::name>()         // "employee.name"
 //
-// The path is written as the accessors of the properties along it. An accessor that does not exist, and one of a class
-// that the accessor before it does not lead to, does not compile. Where accessors of one name are overloaded, name the
-// path by its text instead.
+// A path is written as the accessors of its properties. It does not compile if an accessor does not exist, or belongs
+// to a class that the preceding accessor does not lead to. If accessors of one name are overloaded, write the path as
+// text instead.
 //
-// Costs nothing at run time: the text is made by the compiler, and the NSString borrows it.
+// No cost at run time: the compiler forms the text, and the NSString borrows it.
 #pragma once
 
 #include "NorvikCore/platform/object/Ref.h"
@@ -34,7 +34,7 @@ struct AccessorTypes<R (C::*)()> : AccessorTypes<R (C::*)() const> {};
 template <class C, class R>
 struct AccessorTypes<R (C::*)() noexcept> : AccessorTypes<R (C::*)() const> {};
 
-/// An accessor that gives a Ref to an object of class Next, or of one below it.
+/// True for an accessor that returns a Ref to an object of class Next or of a subclass.
 template <class Result, class Next>
 inline constexpr bool leadsTo = false;
 template <class T, class Next>
@@ -45,13 +45,13 @@ constexpr bool isNameCharacter(char c) noexcept {
          static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// The name of the member function, from the compiler's own text for this function: the last name before what closes
-/// the template arguments.
+/// The name of the member function, from the compiler's text for this function: the last name before the end of the
+/// template arguments.
 template <auto accessor>
 constexpr std::string_view accessorName() noexcept {
   std::string_view text = __PRETTY_FUNCTION__;
   text = text.substr(0, text.rfind(']'));
-  // g++ tells what std::string_view is, behind a semicolon.
+  // g++ adds the definition of std::string_view after a semicolon.
   text = text.substr(0, text.rfind(';') == std::string_view::npos ? text.size() : text.rfind(';'));
   while (!text.empty() && !isNameCharacter(text.back())) text.remove_suffix(1);
   std::size_t start = text.size();

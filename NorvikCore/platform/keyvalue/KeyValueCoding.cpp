@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-/// Looked for by text, so that keys that name no operation do not enter the table of selectors.
+/// Searches by text, so that keys that name no operation are not added to the table of selectors.
 const Method* methodNamed(const Class& theClass, std::string_view selector, std::size_t argumentCount) {
   for (const Class* c = &theClass; c; c = c->superclass()) {
     for (const Method& method : c->methods()) {

@@ -39,7 +39,7 @@ bool isAffected(const Entry& entry, std::string_view changed) {
          std::ranges::any_of(*entry.affecting, [&](const NSString& key) { return key.view() == changed; });
 }
 
-/// The same registration hears of the same change at an earlier element of its path, which runs in a circle.
+/// True if the same registration is notified of the same change at an earlier element of its path, which is circular.
 bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::string_view changed) {
   if (!entry.registration->isCircular()) return false;
   return std::ranges::any_of(observers.entries(), [&](const Entry& other) {
@@ -47,7 +47,7 @@ bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::stri
   });
 }
 
-/// visit(entry) for each registration that a change of the key concerns, in the order in which they were made.
+/// Calls visit(entry) for each registration that a change of the key affects, in the order in which they were made.
 template <class Visit>
 void forEachAffected(const ObserverList& observers, std::string_view changed, Visit&& visit) {
   for (const Entry& entry : observers.entries()) {
@@ -55,7 +55,7 @@ void forEachAffected(const ObserverList& observers, std::string_view changed, Vi
   }
 }
 
-/// Reads a value once for all who observe the same key of the object itself.
+/// Reads a value once for all observers of the same key of the object itself.
 class Reader {
  public:
   explicit Reader(const NSObject& object) noexcept : object_(object) {}
@@ -77,7 +77,7 @@ class Reader {
   Value value_;
 };
 
-/// The value before a change. Where it cannot be read, the change may be what mends that: it counts as leading nowhere.
+/// The value before a change. If it cannot be read, the change may repair that; so the path counts as ending early.
 Value readBefore(Reader& reader, const Entry& entry) {
   try {
     return reader.read(entry);
@@ -86,7 +86,7 @@ Value readBefore(Reader& reader, const Entry& entry) {
   }
 }
 
-/// False for a registration whose observer was removed or is gone: what reading its path raises concerns no one.
+/// False if the registration's observer was removed or destroyed; exceptions from reading its path are then ignored.
 bool isHeard(const Entry& entry) noexcept {
   return entry.registration->isActive() && !entry.registration->isObserverGone();
 }
@@ -101,7 +101,7 @@ Value readAfter(Reader& reader, const Entry& entry) {
   }
 }
 
-/// Ends a registration if its observer is gone without having been removed.
+/// Ends a registration if its observer was destroyed without being removed.
 void prune(const Entry& entry, NSObject& here) {
   Registration& registration = *entry.registration;
   if (!registration.isObserverGone() || !registration.end()) return;
@@ -109,7 +109,7 @@ void prune(const Entry& entry, NSObject& here) {
   registration.leavePath();
 }
 
-/// Calls the observer; false where it is gone.
+/// Calls the observer; false if it is destroyed.
 bool tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
   const Registration& registration = *entry.registration;
   if (!registration.isActive()) return true;
@@ -149,7 +149,7 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
     const Value before = wantsOld ? oldValue(old++) : Value();
     if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
-    (void)tell(entry, object, {before, Value(), true});  // one that is gone is found again after the change
+    (void)tell(entry, object, {before, Value(), true});  // a destroyed observer is detected again after the change
   });
 }
 
@@ -190,7 +190,7 @@ void AnnouncedChange::complete() {
     });
   });
   if (isAnyGone) {
-    // The latest first, because of equal registrations lists find the latest first.
+    // The latest first, because among equal registrations the lists find the latest one first.
     for (auto entry = observers.entries().rbegin(); entry != observers.entries().rend(); ++entry) {
       if (entry->registration && isAffected(*entry, key_)) prune(*entry, *object_);
     }
@@ -200,7 +200,7 @@ void AnnouncedChange::complete() {
 
 namespace {
 
-/// A change announced by hand and not yet made, on this thread.
+/// A change that was announced by willChangeValueForKey on this thread and is not yet complete.
 struct Pending {
   Pending(NSObject& changed, const NSString& name) : object(&changed), key(name), change(changed, key.view()) {}
 
@@ -211,7 +211,7 @@ struct Pending {
 
 using PendingChanges = std::vector<std::unique_ptr<Pending>>;
 
-/// Null while there are none, so that nothing is left to a thread's end.
+/// Null while there are none, so that nothing is left when a thread ends.
 thread_local PendingChanges* pendingChanges = nullptr;
 
 NSString described(const Registration& registration, const NSObject& observer, const NSString& root) {
@@ -242,7 +242,7 @@ void detail::observe(NSObject& object, Ref<Registration> registration) {
     return;
   }
   Ref<NSObject> keptObserver;
-  const Ref<NSObject> keptObject = ref(object);  // whatever the first call does
+  const Ref<NSObject> keptObject = ref(object);  // the initial call may release it
   NSObject* observer = registration->observer(keptObserver);
   if (!attach(object, registration, 0)) return;
   try {
@@ -286,7 +286,7 @@ void NSObject::removeObserver(NSObject& observer, const NSString& keyPath, void*
 
 void NSObject::willChangeValueForKey(const NSString& key) {
   if (!isObserved()) return;
-  auto change = std::make_unique<detail::Pending>(*this, key);  // may call observers, which may do the same
+  auto change = std::make_unique<detail::Pending>(*this, key);  // may call observers, which may call this function
   if (!detail::pendingChanges) detail::pendingChanges = new detail::PendingChanges;
   detail::pendingChanges->push_back(std::move(change));
 }

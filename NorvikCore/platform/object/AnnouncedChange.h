@@ -3,7 +3,7 @@
 //
 //   detail::changeProperty(*this, "limit", [&] { limit_.store(limit); });
 //
-// An object that is not observed pays one relaxed load.
+// For an object that is not observed the cost is one relaxed load.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -31,8 +31,8 @@ class NK_EXPORT AnnouncedChange {
 
   const Ref<NSObject> object_;
   const std::string_view key_;
-  const Ref<const NSObject> observers_;  ///< those of the moment of the announcement
-  std::size_t oldValueCount_ = 0;        ///< of the observers that asked for it
+  const Ref<const NSObject> observers_;  ///< the observers at the time of the announcement
+  std::size_t oldValueCount_ = 0;        ///< number of observers that asked for the old value
   Value firstOldValue_;
   std::vector<Value> furtherOldValues_;
 };

@@ -14,8 +14,8 @@ namespace {
 
 struct Association {
   const void* key = nullptr;
-  Value value;            ///< absent for an object that is not kept
-  Weak<NSObject> object;  ///< of an object that is not kept
+  Value value;            ///< absent if an object is not retained
+  Weak<NSObject> object;  ///< an object that is not retained
 };
 
 }  // namespace
@@ -41,7 +41,7 @@ using detail::WordLock;
 void removeKey(const NSObject& object, const void* key) {
   SideRecord* record = SideRecord::find(object);
   if (!record) return;
-  std::unique_ptr<AssociationList> last;  // outlive the lock
+  std::unique_ptr<AssociationList> last;  // these two outlive the lock
   Association removed;
   WordLock lock(record->mutex);
   Association* association = record->associations ? record->associations->find(key) : nullptr;
@@ -61,7 +61,7 @@ void removeKey(const NSObject& object, const void* key) {
 void setAssociatedValue(NSObject& object, const void* key, Value value, AssociationPolicy policy) {
   if (value.isAbsent()) return removeKey(object, key);
   if (detail::ObjectAccess::isDying(object)) return;
-  Association association{key, {}, {}};  // outlives the lock, then with what it replaced
+  Association association{key, {}, {}};  // outlives the lock, then with the value that it replaced
   if (policy == AssociationPolicy::Assign && value.isObject()) {
     association.object = Weak<NSObject>(value.object());
   } else {

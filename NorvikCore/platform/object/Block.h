@@ -1,12 +1,11 @@
-// NorvikCore/platform/object/Block.h - a closure that is kept: counted, shared by its copies, an object like any
-// other.
+// NorvikCore/platform/object/Block.h - a stored closure: counted, shared by its copies, and an object.
 //
 //   Block<bool(const Value&)> positive = [](const Value& v) { return v.as<Decimal>() > 0; };
 //   if (positive) positive(Value(5));
 //   auto same = positive;                // shares the closure: same == positive
 //
-// An operation that only calls a closure takes any callable; a Block is for closures that are stored. An empty Block is
-// the absent closure; calling it raises NSInvalidArgumentException. Calling is as safe on any thread as the closure
+// A function that only calls a closure takes any callable; a Block is for closures that are stored. An empty Block is
+// the absent closure; calling it raises NSInvalidArgumentException. Calling a Block is as thread-safe as the closure
 // itself.
 #pragma once
 
@@ -18,7 +17,7 @@
 
 namespace norvik {
 
-/// The class of every closure object, whatever its parameters.
+/// The class of all closure objects, whatever their parameters.
 class NK_EXPORT NSBlock : public NSObject {
   NK_OBJECT(NSBlock, NSObject)
   ~NSBlock() override;
@@ -71,7 +70,7 @@ class Block<R(A...)> {
   }
 
   explicit operator bool() const noexcept { return static_cast<bool>(closure_); }
-  /// The same closure, not an equal one.
+  /// True for the same closure; equal closures that were made separately differ.
   friend bool operator==(const Block& a, const Block& b) noexcept { return a.closure_ == b.closure_; }
   friend bool operator==(const Block& a, std::nullptr_t) noexcept { return !a.closure_; }
   /// Writes the closure's description as an object, "(null)" for the absent one.

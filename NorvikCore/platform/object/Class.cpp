@@ -20,14 +20,14 @@
 
 namespace norvik {
 
-/// The class's own statements, found by name.
+/// The statements of the class itself, found by name.
 struct Class::Tables {
   std::span<const detail::Statement> statements;
-  std::vector<std::pair<NSString, NSString>> dependencies;  ///< a key, and a key that changes it
+  std::vector<std::pair<NSString, NSString>> dependencies;  ///< an affected key, and the key that affects it
   std::unordered_map<NSString, const Property*> properties;
   std::unordered_map<SEL, const Method*> methods, classMethods;
 
-  /// Looks in the class's own table, then in its superclasses'.
+  /// Searches the class's own table, then those of its superclasses.
   template <class Key, class Found>
   static const Found* find(const Class* c, std::unordered_map<Key, const Found*> Tables::*table, const Key& key) {
     for (; c; c = c->superclass_) {
@@ -44,7 +44,7 @@ Class::~Class() = default;
 namespace detail {
 namespace {
 
-/// Types of one name are one type, in whichever shared objects they are, unless the name belongs to one file.
+/// Types of one name are one type, in any shared object, unless the name is local to one file.
 bool isSameType(const std::type_info* a, const std::type_info* b) {
   if (!a || !b || a == b) return a == b;
   const std::string_view name = a->name();
@@ -135,7 +135,7 @@ struct ClassRegistry {
   }
 
   const Class& define(const ClassDefinition& definition) NK_EXCLUDES(mutex) {
-    // Outside the lock: dlopen, which keepLoaded calls, runs code that defines classes.
+    // Outside the lock, because dlopen, which keepLoaded calls, runs code that defines classes.
     if (!definition.statements.empty()) kernel::keepLoaded(definition.statements.data());
     Class* made = build(definition);
     const Class* registered = enter(made);
@@ -143,7 +143,7 @@ struct ClassRegistry {
     return *registered;
   }
 
-  /// `made`, or the same class that is registered already.
+  /// Registers `made`, or returns the same class that is registered already.
   const Class* enter(const Class* made) NK_EXCLUDES(mutex) {
     MutexLock lock(mutex);
     Classes& sameName = byName[made->name_];
@@ -196,7 +196,7 @@ CategoryProperty::CategoryProperty(const Class& extended, const Statement& state
     return;
   }
   kernel::keepLoaded(statement.name);
-  // Kept apart from the class's own list, whose elements must not move.
+  // Stored apart from the class's own list, because the elements of that list must not move.
   const auto* kept = new Property(propertyOf(statement, extended));
   c.tables_->properties[kept->name] = kept;
   c.categoryProperties_.push_back(kept);
@@ -287,7 +287,7 @@ Ref<NSObject> Class::makeObject() const { return makeObject_ ? makeObject_() : n
 
 NSString Class::distinctName() const {
   if (!sharesName()) return name_;
-  // The C++ name may be what NK_CLASS_NAME states for another class, or be the shared name itself.
+  // NK_CLASS_NAME may give the C++ name to another class, or the C++ name may be the shared name itself.
   const NSString fromOutside = "::" + qualifiedName_;
   return named(qualifiedName_) != this && named(fromOutside) == this ? fromOutside : qualifiedName_;
 }

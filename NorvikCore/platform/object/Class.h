@@ -1,20 +1,20 @@
-// NorvikCore/platform/object/Class.h - what a class says of itself at run time.
+// NorvikCore/platform/object/Class.h - the description of a class at run time.
 //
 //   const Class& c = Payslip::staticClass();
 //   c.name();                                   // "Payslip"
 //   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
 //   Class::named("Payslip") == &c;              // also "pay::Payslip", its C++ name
 //
-// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed: they may
-// be read on any thread. A shared object that registers a class is not unloaded by dlclose, because objects, properties
-// and operations of the class refer to it.
+// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed, so any
+// thread may read them. dlclose does not unload a shared object that registers a class, because objects, properties and
+// operations of the class refer to it.
 //
-// One C++ class is one Class, though it is stated in several shared objects (its header is enough): the first registers
-// it. They are one class if their C++ names with namespaces are equal and so are their sizes and statements. A class in
-// an anonymous namespace is another one in each file.
+// One C++ class is one Class, even if it is stated in several shared objects (including its header is enough): the
+// first registers it. Two are the same class if their C++ names with namespaces are equal and so are their sizes and
+// statements. A class in an anonymous namespace is a different class in each file.
 //
-// Different classes may have one name: pay::Row and hr::Row, or the instances of a class template. That name alone then
-// finds none of them, and archives hold their C++ names. NK_CLASS_NAME gives a class another name.
+// Different classes may have the same name: pay::Row and hr::Row, or the instances of a class template. Then that name
+// finds none of them, and archives contain their C++ names. NK_CLASS_NAME gives a class another name.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -37,15 +37,15 @@ struct CategoryProperty;
 struct ClassRegistry;
 }  // namespace detail
 
-/// A stated property. get raises NSUndefinedKeyException where the type has no ValueConversion; set also where the
-/// property is read-only.
+/// A stated property. `get` and `set` raise NSUndefinedKeyException if the type has no ValueConversion. `set` is null
+/// if the property is read-only.
 struct NK_EXPORT Property {
   NSString name;
   NSString typeName{};    ///< as written in the class
-  NSString setterName{};  ///< empty where the property is read-only
+  NSString setterName{};  ///< empty if the property is read-only
   const Class* owner = nullptr;
   bool isReadOnly = false, isComputed = false, isWeak = false, isAtomic = false;
-  const Class& (*objectClass)() = nullptr;  ///< the class of what it refers to, where its type is a Ref
+  const Class& (*objectClass)() = nullptr;  ///< the class that it refers to, if its type is a Ref; else null
   Value (*get)(const NSObject& object) = nullptr;
   void (*set)(NSObject& object, const Value& value) = nullptr;
 };
@@ -63,54 +63,54 @@ class NK_EXPORT Class {
   Class(const Class&) = delete;
   Class& operator=(const Class&) = delete;
 
-  /// The name of the C++ class without namespaces and template arguments, or the one that NK_CLASS_NAME states.
+  /// The name of the C++ class without namespaces and template arguments, or the name that NK_CLASS_NAME states.
   [[nodiscard]] const NSString& name() const noexcept { return name_; }
-  /// The C++ name: "pay::Row", "pay::Box<int>", "(anonymous namespace)::Row". The classes of values have their name.
+  /// The C++ name: "pay::Row", "pay::Box<int>", "(anonymous namespace)::Row". For the classes of values it is name().
   [[nodiscard]] const NSString& qualifiedName() const noexcept { return qualifiedName_; }
-  /// Another class has this name too.
+  /// True if another class has this name too.
   [[nodiscard]] bool sharesName() const noexcept { return sharesName_.loadRelaxed(); }
-  /// A name that tells the class from others, and with which named() finds it: its name, or where that is shared the
-  /// C++ name ("::Row" outside of namespaces). Classes of one name in anonymous namespaces are not told apart.
+  /// A name that is unique to the class and with which named() finds it: its name, or the C++ name if the name is
+  /// shared ("::Row" outside of namespaces). Classes of one name in anonymous namespaces cannot be distinguished.
   [[nodiscard]] NSString distinctName() const;
   /// Null for a root class.
   [[nodiscard]] const Class* superclass() const noexcept { return superclass_; }
-  /// True for the class itself too.
+  /// Also true for the class itself.
   [[nodiscard]] bool isSubclassOf(const Class& other) const noexcept;
 
-  /// The class's own, in the order in which they are stated.
+  /// Those of the class itself, in the order in which they are stated.
   [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
   [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
   [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
   /// The names of the class's own operations and of the accessors of its own properties, in the order in which they are
   /// stated.
   [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
-  /// What categories add to the class's own properties, in the order in which their shared objects were loaded.
+  /// The properties that categories add to the class, in the order in which their shared objects were loaded.
   [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept { return categoryProperties_; }
 
-  /// By name, its own or inherited; null where there is none.
+  /// By name, of the class or inherited; null if there is none.
   [[nodiscard]] const Property* property(const NSString& key) const noexcept;
   [[nodiscard]] const Method* instanceMethod(SEL selector) const noexcept;
-  /// The property, its own or inherited, that the selector reads or, with an argument, writes; null where there is
-  /// none.
+  /// The property, of the class or inherited, that the selector reads or, if it has an argument, writes; null if there
+  /// is none.
   [[nodiscard]] const Property* propertyWithAccessor(SEL selector) const noexcept;
   [[nodiscard]] const Method* classMethod(SEL selector) const noexcept;
-  /// The keys whose change changes this key too, as the class and its superclasses state them.
+  /// The keys whose change also changes this key, as the class and its superclasses state them.
   [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
 
-  /// The class or one above it defines valueForKey or valueForUndefinedKey anew, as a dictionary does: its properties
-  /// do not tell which keys it has.
+  /// True if the class or a superclass overrides valueForKey or valueForUndefinedKey, as a dictionary does. Its
+  /// properties then do not show which keys it has.
   [[nodiscard]] bool answersKeysItself() const noexcept { return answersKeysItself_; }
 
-  /// Calls the class operation of that selector; raises NSInvalidArgumentException where there is none.
+  /// Calls the class operation of that selector; raises NSInvalidArgumentException if there is none.
   Value performClassOperation(SEL selector, std::span<const Value> arguments = {}) const;
 
-  /// A new object made without arguments; empty where the class cannot be made so.
+  /// A new object, made without arguments; empty if the class has no such constructor.
   [[nodiscard]] Ref<NSObject> makeObject() const;
 
-  /// The one class of that name; where there is none, the one class of that C++ name. Null where there is none, and
-  /// where several classes share the name. A name that begins with "::" is a C++ name.
+  /// The only class of that name; if no class has the name, the only class of that C++ name. Null if there is none, and
+  /// if several classes share the name. A name that begins with "::" is a C++ name.
   [[nodiscard]] static const Class* named(const NSString& name);
-  /// All of them, in the order of their registration.
+  /// All classes that the name refers to, in the order of their registration.
   [[nodiscard]] static std::vector<const Class*> allNamed(const NSString& name);
   /// Every class of the process, in the order of their registration.
   [[nodiscard]] static std::vector<const Class*> all();

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/ClassDefinition.h - how a class becomes known with its statements, or is refused.
+// NorvikCore/platform/object/ClassDefinition.h - how a class is registered with its statements, or rejected.
 // NK_OBJECT uses it; users need not read it.
 #pragma once
 
@@ -26,13 +26,13 @@ struct ClassDefinition {
 /// The class of that type; its first definition registers it.
 NK_EXPORT const Class& defineClass(const ClassDefinition& definition);
 
-/// Makes the class known when its shared object is loaded, used or not.
+/// Registers the class when its shared object is loaded, whether it is used or not.
 struct ClassAtLoad {
   explicit ClassAtLoad(const Class& (*theClass)()) { theClass(); }
 };
 
-/// Adds a property to a class that is stated elsewhere, when its shared object is loaded. If the class has a property
-/// of that name already, it keeps that one, and the system console says so.
+/// Adds a property to a class that is stated elsewhere, when its shared object is loaded. If the class already has a
+/// property of that name, it keeps that one, and a line on the system console reports it.
 struct NK_EXPORT CategoryProperty {
   CategoryProperty(const Class& extended, const Statement& statement);
 };
@@ -42,14 +42,14 @@ Ref<NSObject> makeDefault() {
   return make<T>();
 }
 
-/// Neither T nor a class between it and NSObject has its own way of answering keys.
+/// True if neither T nor a class between it and NSObject overrides how keys are read.
 template <class T>
 inline constexpr bool readsKeysAsNSObject = requires {
   requires std::same_as<decltype(&T::valueForKey), decltype(&NSObject::valueForKey)>;
   requires std::same_as<decltype(&T::valueForUndefinedKey), decltype(&NSObject::valueForUndefinedKey)>;
 };
 
-/// What NK_OBJECT names where the compiler does not know it.
+/// The names in NK_OBJECT that the compiler does not know resolve to these.
 struct UnknownObject {
   using nk_Class = UnknownType;
   using nk_Superclass = UnknownType;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/NSCoder.h - how an object is taken apart into values, and made from them again.
+// NorvikCore/platform/object/NSCoder.h - how an object is encoded as values, and decoded from them.
 //
 //   class Payslip : public NSObject, public NSCoding {
 //     NK_OBJECT(Payslip, NSObject)
@@ -13,14 +13,14 @@
 //   Ref<NSData> data = NSKeyedArchiver::archivedDataWithRootObject(slip);
 //   Ref<Payslip> same = NSKeyedUnarchiver::unarchiveObjectWithData(*data).as<Ref<Payslip>>();
 //
-// Each class that can be decoded states how, also where its superclass does: with NK_CODING an object is decoded into
-// one that was constructed without arguments and whose init was not called, and initWithCoder stands in for it; with
-// NK_DECODED_BY(function) a class operation makes the whole object, as suits one that never changes.
+// Each class that can be decoded states how, even if its superclass does. With NK_CODING, the object is constructed
+// without arguments, its init is not called, and initWithCoder is called instead. With NK_DECODED_BY(function), a class
+// operation creates the whole object, which suits an object that never changes.
 //
-// Values are encoded under keys, or without: those are decoded in the order in which they were encoded. Both ways work
-// with every archiver, also in one class. Keys let a class grow: it can encode more, and still read what it wrote
-// earlier. A subclass calls its superclass's encodeWithCoder and initWithCoder first. Keys are an object's own, but
-// shared with its superclasses; the coder gives out keys that begin with "$".
+// Values are encoded with or without keys; those without are decoded in the order in which they were encoded. Both ways
+// work with every archiver, also in one class. With keys a class can later encode more values and still read its
+// earlier archives. A subclass calls its superclass's encodeWithCoder and initWithCoder first. Each object has its own
+// keys, which it shares with its superclasses. Keys that begin with "$" are reserved for the coder.
 #pragma once
 
 #include "NorvikCore/platform/object/NSObject.h"
@@ -31,24 +31,24 @@ class NK_EXPORT NSCoder : public NSObject {
   NK_OBJECT(NSCoder, NSObject)
   ~NSCoder() override;
 
-  /// Any value without a key; an absent one is a value too.
+  /// Encodes any value without a key; an absent value takes a place too.
   virtual void encodeObject(const Value& value) = 0;
-  /// Anything that a ValueConversion exists for, without a key.
+  /// Encodes anything that has a ValueConversion, without a key.
   template <ValueConvertible T>
   void encodeValue(const T& value) {
     encodeObject(Value(ValueConversion<T>::toValue(value)));
   }
   void encodeValue(const char* text) { encodeObject(Value(text)); }
-  /// Any value; an absent one too, which reads as one that was never encoded.
+  /// Encodes any value. An absent value decodes like one that was never encoded.
   virtual void encodeObject(const Value& value, const NSString& key) = 0;
   void encodeBool(bool value, const NSString& key) { encodeObject(value, key); }
   void encodeInteger(std::int64_t value, const NSString& key) { encodeObject(value, key); }
   void encodeDouble(double value, const NSString& key) { encodeObject(value, key); }
 
   /// The next value that was encoded without a key, for the object being decoded or, outside of any, for the archive.
-  /// Raises NSInvalidUnarchiveOperationException where there is none left.
+  /// Raises NSInvalidUnarchiveOperationException if none is left.
   [[nodiscard]] virtual Value decodeObject() = 0;
-  /// The same as a T, as decode has it.
+  /// The same as a T, with the errors of decode().
   template <class T>
   [[nodiscard]] T decodeValue() {
     const Value value = decodeObject();
@@ -60,15 +60,15 @@ class NK_EXPORT NSCoder : public NSObject {
   }
 
   [[nodiscard]] virtual bool containsValueForKey(const NSString& key) const = 0;
-  /// Absent where nothing was encoded under the key.
+  /// Absent if nothing was encoded under the key.
   [[nodiscard]] virtual Value decodeObjectForKey(const NSString& key) = 0;
-  /// False, 0 and 0.0 where nothing was encoded under the key; something else than a number raises
+  /// False, 0 and 0.0 if nothing was encoded under the key. A value that is not a number raises
   /// NSInvalidUnarchiveOperationException.
   [[nodiscard]] bool decodeBoolForKey(const NSString& key);
   [[nodiscard]] std::int64_t decodeIntegerForKey(const NSString& key);
   [[nodiscard]] double decodeDoubleForKey(const NSString& key);
-  /// Value::as<T> of what was encoded. What is no T, or nothing where T has no form for that, raises
-  /// NSInvalidUnarchiveOperationException.
+  /// Value::as<T> of the encoded value. Raises NSInvalidUnarchiveOperationException if it is not a T, or if there is
+  /// none and T cannot be absent.
   template <class T>
   [[nodiscard]] T decode(const NSString& key) {
     const Value value = decodeObjectForKey(key);
@@ -86,12 +86,12 @@ class NK_EXPORT NSCoder : public NSObject {
   [[noreturn]] static void raiseWrongKind(const NSString& which);
 };
 
-/// What a class implements whose objects can be archived.
+/// The interface of a class whose objects can be archived.
 class NK_EXPORT NSCoding {
  public:
   virtual void encodeWithCoder(NSCoder& coder) const = 0;
-  /// The second half of making an object, in place of init; false refuses, and the decoded object is absent. A class
-  /// that states NK_CODING overrides it; one that states NK_DECODED_BY has no use for it.
+  /// The second step of creating a decoded object, in place of init. If it returns false, the decoded object is absent.
+  /// A class with NK_CODING overrides it; a class with NK_DECODED_BY does not need it.
   virtual bool initWithCoder(NSCoder& coder);
 
  protected:
@@ -115,8 +115,8 @@ inline constexpr bool isOfNSCoding<bool (NSCoding::*)(NSCoder&)> = true;
 }  // namespace detail
 }  // namespace norvik
 
-/// States that objects of the class can be made from an archive, by a constructor without arguments, which may be
-/// private, and initWithCoder.
+/// States that objects of the class are decoded by a constructor without arguments, which may be private, and
+/// initWithCoder.
 #define NK_CODING                                                                           \
   static ::norvik::Ref<::norvik::NSObject> nk_makeForDecoding() {                           \
     static_assert(!::norvik::detail::isOfNSCoding<decltype(&Self::initWithCoder)>,          \
@@ -125,8 +125,8 @@ inline constexpr bool isOfNSCoding<bool (NSCoding::*)(NSCoder&)> = true;
   }                                                                                         \
   NK_CLASS_METHOD(nk_makeForDecoding)
 
-/// NK_DECODED_BY(function): states that objects of the class are made from an archive by `static Ref<Class>
-/// function(NSCoder&)`. An empty Ref refuses. Such an object cannot be part of what it is decoded from itself.
+/// NK_DECODED_BY(function): states that objects of the class are decoded by `static Ref<Class> function(NSCoder&)`. An
+/// empty Ref means that decoding failed. Such an object cannot be part of the values that it is decoded from.
 #define NK_DECODED_BY(function)                                                                                \
   static ::norvik::Ref<::norvik::NSObject> nk_decodeWithCoder(const ::norvik::Ref<::norvik::NSCoder>& coder) { \
     return Self::function(*coder);                                                                             \

@@ -21,7 +21,8 @@ void release(const NSObject* object) noexcept {
 bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
 
 void ObjectAccess::destroy(const NSObject* object) noexcept {
-  // Refs taken and dropped while the object goes must not destroy it again: the count starts anew far from zero.
+  // Refs that are taken and released while the object is destroyed must not destroy it again. So the count is set far
+  // from zero.
   object->count_.storeRelaxed(dyingCount);
   SideRecord* record = SideRecord::find(*object);
   if (!record) {
@@ -32,7 +33,7 @@ void ObjectAccess::destroy(const NSObject* object) noexcept {
   if (observers) endObserving(const_cast<NSObject&>(*object), observers);
   if (associations) releaseAssociations(associations);
   delete object;
-  record->release();  // now, because destructors remove observers by the record
+  record->release();  // only now, because destructors remove observers by the record
 }
 
 }  // namespace detail

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/NSObject.h - the root of every class whose objects have an identity.
+// NorvikCore/platform/object/NSObject.h - the root of all classes whose objects have an identity.
 //
 //   class Payslip : public NSObject {
 //     NK_OBJECT(Payslip, NSObject)
@@ -9,8 +9,8 @@
 //   };
 //   Ref<Payslip> slip = make<Payslip>();
 //
-// Objects are made by make<T>() and counted by Ref<T>; they never stand on the stack. Ref.h, Class.h and ObjectMacros.h
-// tell the rest; this header includes them.
+// Objects are created by make<T>() and counted by Ref<T>; they are never on the stack. Ref.h, Class.h and
+// ObjectMacros.h explain the rest; this header includes them.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -54,16 +54,16 @@ class NK_EXPORT NSObject {
   [[nodiscard]] virtual const Class& classObject() const;
   [[nodiscard]] bool isKindOfClass(const Class& other) const;
 
-  /// Equality as collections see it: identity, unless a class defines its own together with hash().
+  /// Equality as collections use it: identity, unless a class overrides it together with hash().
   [[nodiscard]] virtual bool isEqual(const NSObject& other) const;
   [[nodiscard]] virtual std::size_t hash() const;
-  /// The text for `%@`, logs and debugging: "<Payslip: 0x5581...>" unless a class has a better one.
+  /// The text for `%@`, logs and debugging: "<Payslip: 0x5581...>" unless a class overrides it.
   [[nodiscard]] virtual NSString description() const;
   /// Writes description().
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, const NSObject& object);
 
-  /// The class has an instance operation of that selector, its own or inherited, or a property with that accessor:
-  /// "name" or "setName:".
+  /// True if the class has an instance operation of that selector, its own or inherited, or a property with that
+  /// accessor: "name" or "setName:".
   [[nodiscard]] bool respondsToSelector(SEL selector) const;
   /// Calls the operation of that selector. An unknown selector, a wrong number of arguments or an argument of the wrong
   /// kind raises NSInvalidArgumentException.
@@ -71,26 +71,26 @@ class NK_EXPORT NSObject {
   Value performSelector(SEL selector, const Value& first);
   Value performSelector(SEL selector, const Value& first, const Value& second);
 
-  // Key-value coding: properties, and operations without arguments, by name. KeyValueCoding.h tells the rules.
+  // Key-value coding: properties, and operations without arguments, by name. KeyValueCoding.h gives the rules.
   [[nodiscard]] virtual Value valueForKey(const NSString& key) const;
   virtual void setValue_forKey(const Value& value, const NSString& key);
   [[nodiscard]] virtual Value valueForKeyPath(const NSString& keyPath) const;
   virtual void setValue_forKeyPath(const Value& value, const NSString& keyPath);
-  /// What valueForKey and setValue_forKey do about a key the class does not have: NSUndefinedKeyException, unless
-  /// overridden.
+  /// Called by valueForKey and setValue_forKey for a key that the class does not have. Raises NSUndefinedKeyException
+  /// unless overridden.
   [[nodiscard]] virtual Value valueForUndefinedKey(const NSString& key) const;
   virtual void setValue_forUndefinedKey(const Value& value, const NSString& key);
-  /// What setValue_forKey does where a number, a text, a decimal or a date would become absent:
-  /// NSInvalidArgumentException, unless overridden.
+  /// Called by setValue_forKey if a number, a text, a decimal or a date would become absent. Raises
+  /// NSInvalidArgumentException unless overridden.
   virtual void setNilValueForKey(const NSString& key);
-  /// Asks the stated operation "validate<Key>:error:", which may change the value; true where there is none.
+  /// Calls the stated operation "validate<Key>:error:", which may change the value; true if there is none.
   virtual bool validateValue_forKey_error(Value& value, const NSString& key, Ref<NSError>* error);
   virtual bool validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error);
-  /// The null marker stands for an absent value, in both.
+  /// In both functions the null marker represents an absent value.
   [[nodiscard]] Ref<NSDictionary> dictionaryWithValuesForKeys(const NSArray& keys) const;
   void setValuesForKeysWithDictionary(const NSDictionary& keyedValues);
 
-  // Key-value observing: who is told of changes, and how. KeyValueObserving.h tells the rules.
+  // Key-value observing: notifications of changes. KeyValueObserving.h gives the rules.
   void addObserver(NSObject& observer, const NSString& keyPath, NSKeyValueObservingOptions options,
                    void* context = nullptr);
   void removeObserver(NSObject& observer, const NSString& keyPath);
@@ -101,20 +101,20 @@ class NK_EXPORT NSObject {
   virtual void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
                                       void* context);
 
-  /// Who observes this object, one line each, for warnings and debugging; absent where nobody does.
+  /// The observers of this object, one line each, for warnings and debugging; absent if there are none.
   [[nodiscard]] std::optional<NSString> observationInfo() const;
 
-  /// Somebody observes this object through key-value observing. A setter asks this before it announces a change.
+  /// True if the object has key-value observers. A setter checks this before it announces a change.
   [[nodiscard]] bool isObserved() const noexcept { return (flags_.loadRelaxed() & observedFlag) != 0; }
 
  protected:
   NSObject() noexcept = default;
   virtual ~NSObject();
 
-  /// The second half of making an object; false refuses, and make() gives an empty Ref.
+  /// The second step of creating an object. If it returns false, make() returns an empty Ref.
   virtual bool init();
 
-  // What a statement finds in a class without NK_OBJECT, which is refused.
+  // A statement in a class without NK_OBJECT finds these, and is rejected.
   static detail::Owner<NSObject> nk_owner_(detail::OfClass);
   static detail::InClass nk_scope_(detail::OfClass);
   static detail::StatementNumber<const detail::Place<0>*> nk_state_(const detail::Place<0>*);

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/ObjectMacros.h - how a class states itself, once, for reflection, key paths and
+// NorvikCore/platform/object/ObjectMacros.h - how a class declares itself, once, for reflection, key paths and
 // observing.
 //
 //   class Payslip : public NSObject {
@@ -6,20 +6,21 @@
 //     NK_PROPERTY(Decimal, grossPay, setGrossPay)      // accessors, "grossPay" for key paths, change notification
 //     NK_PROPERTY(Date, paymentDate, setPaymentDate)
 //     NK_COMPUTED_PROPERTY(Decimal, netPay)            // you write `Decimal netPay() const`
-//     NK_AFFECTED_BY(netPay, grossPay)                 // who observes netPay hears of changes of grossPay
+//     NK_AFFECTED_BY(netPay, grossPay)                 // observers of netPay are notified of changes of grossPay
 //    public:
 //     void recalculate();
 //     NK_METHOD(recalculate)                           // can be performed by name
 //   };
 //
-// NK_OBJECT makes what follows public, as a class that states itself is there to be used; no other statement changes
-// the access in force. Statements take no semicolon. A type may hold six commas. The storage of property `x` is the
-// member `x_`, which only the class itself can read (`*x_`) and write (`x_ = value`, which announces nothing).
+// NK_OBJECT makes the members after it public, because a class with statements is meant to be used; no other statement
+// changes the access. Statements take no semicolon. A type may contain six commas at most. The storage of property `x`
+// is the member `x_`, which only the class itself can read (`*x_`) and write (`x_ = value`, which notifies no
+// observer).
 //
-// A class makes 575 statements at most. A class that is local to a function cannot make any. A property may refer to a
-// class that is only declared so far (`Ref<Department>`), if it is defined further down in the same file.
+// A class can have at most 575 statements. A class that is local to a function cannot have any. A property may refer to
+// a class that is only forward-declared (`Ref<Department>`) if it is defined further down in the same file.
 //
-// A selector text is the operation's name with one colon an argument; NK_METHOD_AS and NK_CLASS_METHOD_AS take another
+// A selector text is the operation's name with one colon per argument; NK_METHOD_AS and NK_CLASS_METHOD_AS take another
 // text.
 #pragma once
 
@@ -31,7 +32,7 @@
 #include "NorvikCore/platform/object/StoredProperty.h"
 #include "NorvikCore/platform/object/Weak.h"
 
-/// NK_OBJECT(Name, Superclass): states a class and the nearest class above it that is stated.
+/// NK_OBJECT(Name, Superclass): declares a class and the nearest class above it that has an NK_OBJECT.
 #define NK_OBJECT(Name, ...)                                                                                           \
  public:                                                                                                               \
   struct nk_Object_ : ::norvik::detail::UnknownObject {                                                                \
@@ -66,8 +67,8 @@
   }                                                                                                                    \
   inline static const ::norvik::detail::ClassAtLoad nk_atLoad_{&staticClass};
 
-/// NK_CLASS_NAME("pay.Row"): the name under which the class is looked up, archived and described, in place of the name
-/// of the C++ class without its namespaces. Subclasses do not inherit it.
+/// NK_CLASS_NAME("pay.Row"): the name under which the class is looked up, archived and described. Without it, that is
+/// the name of the C++ class without its namespaces. Subclasses do not inherit it.
 #define NK_CLASS_NAME(name_) \
   NK_STATEMENT("", ::norvik::detail::Statement{.kind = ::norvik::detail::StatementKind::ClassName, .name = name_})
 
@@ -75,24 +76,24 @@
 #define NK_PROPERTY(...) NK_WITH_TYPE_LAST(NK_STATE_PROPERTY, __VA_ARGS__)
 /// NK_ATOMIC_PROPERTY(Type, name, setName): the same, for several threads at once.
 #define NK_ATOMIC_PROPERTY(...) NK_WITH_TYPE_LAST(NK_STATE_ATOMIC_PROPERTY, __VA_ARGS__)
-/// NK_WEAK_PROPERTY(Class, name, setName): a reference that does not keep its object; the accessors deal in Ref<Class>.
+/// NK_WEAK_PROPERTY(Class, name, setName): a reference that does not retain its object; the accessors use Ref<Class>.
 #define NK_WEAK_PROPERTY(...) NK_WITH_TYPE_LAST(NK_STATE_WEAK_PROPERTY, __VA_ARGS__)
-/// NK_COMPUTED_PROPERTY_WITH_SETTER(Type, name, setName): you write both accessors; the setter announces its change
-/// itself.
+/// NK_COMPUTED_PROPERTY_WITH_SETTER(Type, name, setName): you write both accessors; the setter itself must announce its
+/// change.
 #define NK_COMPUTED_PROPERTY_WITH_SETTER(...) NK_WITH_TYPE_LAST(NK_STATE_COMPUTED_WITH_SETTER, __VA_ARGS__)
 /// NK_READONLY_PROPERTY(Type, name): stored, read by name(), written only by the class through its storage name_.
 #define NK_READONLY_PROPERTY(...) NK_WITH_TYPE_LAST2(NK_STATE_READONLY_PROPERTY, __VA_ARGS__)
 /// NK_COMPUTED_PROPERTY(Type, name): you write `Type name() const`.
 #define NK_COMPUTED_PROPERTY(...) NK_WITH_TYPE_LAST2(NK_STATE_COMPUTED_PROPERTY, __VA_ARGS__)
 
-/// NK_AFFECTED_BY(key, other): a change of the property `other` is a change of `key` too.
+/// NK_AFFECTED_BY(key, other): a change of the property `other` is also a change of `key`.
 #define NK_AFFECTED_BY(key, other) \
   NK_STATEMENT(                    \
       #key "<" #other,             \
       ::norvik::detail::Statement{.kind = ::norvik::detail::StatementKind::Dependency, .name = #key, .text = #other})
 
 /// An operation of the object, or of the class (a static member function), that can be found and performed by name. An
-/// overloaded one is refused: state a function of another name that calls the one that is meant. With NK_METHOD_AS it
+/// overloaded operation is rejected: state a function of another name that calls the intended one. With NK_METHOD_AS it
 /// may be an instance of a template: NK_METHOD_AS(add<Decimal>, "add:").
 #define NK_METHOD(name) \
   NK_STATEMENT(#name, ::norvik::detail::methodStatement<nk_Self>(#name, nullptr, NK_ADDRESS_OF(name)))
@@ -107,15 +108,15 @@
 
 /// NK_CATEGORY_PROPERTY(Class, Type, name, setName), beside the definitions of a category: makes the free functions
 /// `Type name(const Class&)` and `void setName(Class&, Type)` a property of the class, from when this shared object is
-/// loaded. The setter announces its change itself. NK_CATEGORY_READONLY_PROPERTY(Class, Type, name) has the first one
-/// only. The class is named without its namespace. If the class or another category has a property of that name, the
-/// first one is kept, and the system console says so. A shared object with such statements is loaded before threads use
-/// the class.
+/// loaded. The setter itself must announce its change. NK_CATEGORY_READONLY_PROPERTY(Class, Type, name) has only the
+/// first function. Name the class without its namespace. If the class or another category has a property of that name,
+/// the first one is kept, and a line on the system console reports it. Load a shared object with such statements before
+/// threads use the class.
 #define NK_CATEGORY_PROPERTY(...) NK_WITH_TYPE_LAST(NK_STATE_CATEGORY_PROPERTY, __VA_ARGS__)
 #define NK_CATEGORY_READONLY_PROPERTY(...) NK_WITH_TYPE_LAST2(NK_STATE_CATEGORY_READONLY_PROPERTY, __VA_ARGS__)
 
-// StatementPlace.h tells how a statement gets its place. `words` are its own, as a literal. In a class with mistakes
-// nk_Self has no members that a statement could name.
+// StatementPlace.h explains how a statement gets its place. `words` are the statement's own words, as a literal. In a
+// class with mistakes nk_Self has no members that a statement could name.
 #define NK_STATEMENT_OF(words)                                                                                      \
   [[maybe_unused]] static constexpr auto nk_state_([[maybe_unused]] NK_NEXT_PLACE(words, ::norvik::detail::OfClass) \
                                                        nk_place)                                                    \
@@ -137,8 +138,8 @@
       typename ::norvik::detail::OwnerAtPlace<decltype(nk_place), \
                                               decltype(nk_owner_(::norvik::detail::OfClass()))>::Type;
 
-// A function that gives the address of a member of a class, and that cannot be called where the class has no such
-// member, or several. The second form is for instances of member templates too, and the compiler words its refusal.
+// A function that returns the address of a member of a class, and that cannot be called if the class has no such member
+// or several. The second form also accepts instances of member templates; the compiler words its error.
 #define NK_ADDRESS_OF(name)                                          \
   [](auto owner) requires requires { &decltype(owner)::type::name; } \
   { return &decltype(owner)::type::name; }
@@ -147,8 +148,8 @@
     [](auto) { return &Self::name; }    \
   }
 
-// What clang warns of between these is an error, and the last thing that it says. g++ needs none: it gives up a
-// declaration whose type it does not know, where clang assumes another type and goes on.
+// A clang warning between these two is a fatal error, so it is the last message. g++ needs neither: it drops a
+// declaration whose type it does not know, whereas clang assumes another type and continues.
 #ifdef __clang__
 #define NK_STOP_AT_MISTAKES                                                                        \
   _Pragma("clang diagnostic push") _Pragma("clang diagnostic fatal \"-Wdeprecated-declarations\"") \
@@ -159,8 +160,8 @@
 #define NK_GO_ON
 #endif
 
-// The type of a statement is compiled only here, so that an unknown one is one error: what is found in its stead is the
-// nk_Type of the struct's base. A type with commas may be several arguments by mistake.
+// The type of a statement is compiled only here, so that an unknown type is one error; the nk_Type of the struct's base
+// is used instead. A type with commas may be several arguments by mistake.
 #define NK_USING_TYPE(first, ...)                      \
   __VA_OPT__(NK_USING_PARSED(#first "," #__VA_ARGS__)) \
   using nk_Type [[maybe_unused]] = __VA_OPT__(nk_Parsed::nk_Is <) first __VA_OPT__(, __VA_ARGS__ >);
@@ -172,8 +173,8 @@
           text)>;                                                                                                      \
   NK_GO_ON
 
-// The struct of a stored property. If the property is stated twice, clang stops at the second declaration. g++ goes on,
-// so that a second struct of that name would be one more error.
+// The struct of a stored property. If the property is stated twice, clang stops at the second declaration. g++
+// continues, so a second struct of the same name would be one more error.
 #ifdef __clang__
 #define NK_STRUCT_OF(name) nk_property_##name
 #define NK_DECLARE_STRUCT_OF(name) struct nk_property_##name;
@@ -188,7 +189,7 @@
 #define NK_TYPE_OF(name) typename NK_STRUCT_OF(name)::nk_Type
 
 // A stored property as data: its type, its words, and how it is read and written by its key. The class is a template
-// argument, because the struct is compiled in classes with mistakes too. `argument` is what the setter takes.
+// argument, because the struct is compiled even in classes with mistakes. `argument` is the type that the setter takes.
 #define NK_STORED_PROPERTY(name_, setter_, text_, weak, atomic, argument, set, ...)                      \
   NK_STOP_AT_MISTAKES                                                                                    \
   NK_DECLARE_STRUCT_OF(name_)                                                                            \
@@ -208,7 +209,7 @@
   };                                                                                                     \
   [[maybe_unused]] static auto nk_state_(typename NK_STRUCT_OF(name_)::nk_Place)->NK_STRUCT_OF(name_) { return {}; }
 
-// What NK_STORED_PROPERTY has as `set` if the property has a setter.
+// The value of NK_STORED_PROPERTY's `set` if the property has a setter.
 #define NK_SET_BY_KEY(name_, setter)                                                                    \
   template <class nk_Owner>                                                                             \
   static void nk_set(::norvik::NSObject& nk_object, const ::norvik::Value& nk_value) {                  \
@@ -219,8 +220,8 @@
 
 #define NK_STORAGE(storage, type) ::norvik::detail::storage<decltype(nk_owner_(::norvik::detail::OfClass())), type>
 
-// A setter looks whether anybody observes before it makes anything of its argument: of a number that stays in a
-// register, nothing else is left than that look and the store.
+// A setter checks for observers before it uses its argument. So for a number in a register only that check and the
+// store remain.
 
 #define NK_STATE_PROPERTY(name, setter, ...)                                                                         \
   NK_STORED_PROPERTY(name, #setter, #__VA_ARGS__, false, false, nk_Type, NK_SET_BY_KEY(name, setter), __VA_ARGS__)   \
@@ -317,12 +318,13 @@
     NK_USING_TYPE(__VA_ARGS__)                         \
   };
 
-// A function that calls the free function of that name, and that cannot be called where there is none.
+// A function that calls the free function of that name, and that cannot be called if there is none.
 #define NK_CALL_OF(name)                                           \
   [](const auto& nk_object) requires requires { name(nk_object); } \
   { return name(nk_object); }
 
-// A type with commas arrives in pieces: these move the names in front, so that the type is the rest of the arguments.
+// A type with commas arrives in pieces. These move the names to the front, so that the type is the rest of the
+// arguments.
 #define NK_WITH_TYPE_LAST(statement, ...)                                                                  \
   NK_PICK24(__VA_ARGS__, NK_MANY_14, NK_TYPE_OF_7, NK_TYPE_OF_6, NK_TYPE_OF_5, NK_TYPE_OF_4, NK_TYPE_OF_3, \
             NK_TYPE_OF_2, NK_TYPE_OF_1, NK_TOO_FEW, NK_TOO_FEW, )                                          \

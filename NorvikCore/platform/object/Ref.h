@@ -1,18 +1,19 @@
-// NorvikCore/platform/object/Ref.h - counted pointers to objects, and how objects are made.
+// NorvikCore/platform/object/Ref.h - counted pointers to objects, and how objects are created.
 //
 //   Ref<Payslip> slip = make<Payslip>();
 //   slip->setGrossPay(1234.50_dec);
-//   Ref<NSObject> same = slip;          // shares the object, which goes with its last Ref
+//   Ref<NSObject> same = slip;          // shares the object, which is destroyed with its last Ref
 //
-// A Ref is as big as a pointer. Copying it counts; moving it does not. Counts change atomically, so Refs to one object
-// may live on any threads; one Ref itself is a value like any other. An empty Ref is the absent object.
+// A Ref has the size of a pointer. Copying it changes the count; moving it does not. Counts change atomically, so Refs
+// to one object may live on different threads; one Ref itself is a value like any other. An empty Ref is the absent
+// object.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
 
 #include <compare>
 #include <cstddef>
-#include <optional>  // std::hash, at the lowest price
+#include <optional>  // std::hash, by the cheapest header
 #include <type_traits>
 #include <utility>
 
@@ -23,7 +24,7 @@ template <class T>
 class Ref;
 
 namespace detail {
-// What the compiler shows for `for (auto& slip : slips)` and `for (auto& slip : *slips())`.
+// The compiler shows these names for `for (auto& slip : slips)` and `for (auto& slip : *slips())`.
 struct ARefIsNotARange_LoopOverTheObjectItHolds {};
 struct ATemporaryRefEndsBeforeTheLoop_KeepItInAVariable {};
 
@@ -31,12 +32,12 @@ NK_EXPORT void retain(const NSObject* object) noexcept;
 NK_EXPORT void release(const NSObject* object) noexcept;
 NK_EXPORT bool initialise(NSObject* object);
 
-/// An object whose Ref is a temporary, as in `print(*slips())`. `for (auto& slip : *slips())` would run over an array
-/// that is gone after the loop's first line: hold the Ref by a variable.
+/// An object whose Ref is a temporary, as in `print(*slips())`. `for (auto& slip : *slips())` would iterate over an
+/// array that is already destroyed, so it does not compile: store the Ref in a variable.
 template <class T>
 class Passing {
  public:
-  operator T&() && noexcept { return object_; }  // NOLINT(google-explicit-constructor): stands for the object itself
+  operator T&() && noexcept { return object_; }  // NOLINT(google-explicit-constructor): it represents the object itself
   template <class Key>
   decltype(auto) operator[](const Key& key) && {
     return object_[key];
@@ -77,23 +78,24 @@ class Ref {
     return *this;
   }
 
-  /// A Ref that takes over one count which the caller owns already.
+  /// A Ref that takes over one count that the caller owns.
   [[nodiscard]] static Ref adopt(T* object) noexcept {
     Ref ref;
     ref.object_ = object;
     return ref;
   }
-  /// Empties this Ref and hands its count to the caller.
+  /// Empties this Ref and passes its count to the caller.
   [[nodiscard]] T* take() noexcept { return std::exchange(object_, nullptr); }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
   T& operator*() const& noexcept { return *object_; }
-  /// Of a Ref that goes at the end of the statement: may be passed on, but not iterated over or kept.
+  /// For a temporary Ref, which is destroyed at the end of the statement: the result may be passed on, but not iterated
+  /// over or stored.
   detail::Passing<T> operator*() const&& noexcept { return detail::Passing<T>(*object_); }
   T* operator->() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  /// Identity, not equality of the objects.
+  /// Compares identity, not equality of the objects.
   template <class U>
   requires(std::is_convertible_v<U*, const volatile T*> || std::is_convertible_v<T*, const volatile U*>) friend bool
   operator==(const Ref& a, const Ref<U>& b) noexcept {
@@ -114,8 +116,8 @@ template <class T>
   return Ref<T>(&object);
 }
 
-/// Makes an object: constructs it, then calls its `init` with virtual dispatch, when Refs to the object may already be
-/// taken. An `init` that refuses gives an empty Ref.
+/// Creates an object: constructs it, then calls its `init` with virtual dispatch. Within `init`, Refs to the object may
+/// already be taken. If `init` returns false, the result is an empty Ref.
 template <class T, class... Args>
 [[nodiscard]] Ref<T> make(Args&&... args) {
   auto object = Ref<T>::adopt(new T(std::forward<Args>(args)...));
@@ -123,7 +125,7 @@ template <class T, class... Args>
   return object;
 }
 
-/// The object as a T, or an empty Ref where it is none.
+/// The object as a T, or an empty Ref if it is not a T.
 template <class T, class U>
 [[nodiscard]] Ref<T> refCast(const Ref<U>& object) noexcept {
   return Ref<T>(dynamic_cast<T*>(object.get()));

@@ -1,7 +1,8 @@
-// NorvikCore/platform/object/SEL.h - the name of an operation, such as "ddSetLogLevel:", as big and as cheap as a
-// pointer.
+// NorvikCore/platform/object/SEL.h - the name of an operation, such as "ddSetLogLevel:", with the size and the cost of
+// a pointer.
 //
-// Making one from text looks it up in a table of all selectors; comparing, copying and hashing are those of a pointer.
+// Construction from text looks it up in a table of all selectors. Comparing, copying and hashing are those of a
+// pointer.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -17,7 +18,7 @@ namespace norvik {
 
 class NK_EXPORT SEL {
  public:
-  /// No operation at all; its name is empty.
+  /// No operation; its name is empty.
   constexpr SEL() noexcept = default;
   SEL(std::string_view name);  // NOLINT(google-explicit-constructor): a selector is written as its text
   SEL(const char* name) : SEL(std::string_view(name)) {}         // NOLINT(google-explicit-constructor)
@@ -26,7 +27,7 @@ class NK_EXPORT SEL {
   SEL(std::nullptr_t) = delete;
 
   [[nodiscard]] NSString name() const noexcept;
-  /// How many arguments the operation takes: one a colon.
+  /// How many arguments the operation takes: the number of colons.
   [[nodiscard]] std::size_t argumentCount() const noexcept;
   explicit operator bool() const noexcept { return name_ != nullptr; }
   friend bool operator==(SEL, SEL) noexcept = default;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/StatedOperation.h - how a stated operation is called with arguments that are Values. The
+// NorvikCore/platform/object/StatedOperation.h - how a stated operation is called with Values as arguments. The
 // statement macros use it; users need not read it.
 #pragma once
 
@@ -66,7 +66,7 @@ Value performClassMethod(NSObject*, std::span<const Value> arguments) {
       arguments, [call = operation](auto&&... a) -> decltype(auto) { return call(std::forward<decltype(a)>(a)...); });
 }
 
-/// The operation's arguments and result have a form as Values; refuses others with one sentence.
+/// True if the operation's arguments and result convert to Values; rejects others with a one-sentence error.
 template <class Operation>
 constexpr bool isOfValues() {
   static_assert(Operation::isOfValues,
@@ -74,8 +74,8 @@ constexpr bool isOfValues() {
   return Operation::isOfValues;
 }
 
-/// An operation of the object, whose address in T is what `find` gives. The selector text is `selector`, or the name
-/// with one colon an argument where it is null.
+/// An operation of the object; `find` returns its address in T. The selector text is `selector`; if that is null, it is
+/// the name with one colon per argument.
 template <class T, class Find>
 constexpr Statement methodStatement(const char* name, const char* selector, Find) {
   Statement stated{.kind = StatementKind::Method, .name = name, .text = selector};
@@ -91,7 +91,7 @@ constexpr Statement methodStatement(const char* name, const char* selector, Find
   return stated;
 }
 
-/// The same of the class: a static member function.
+/// The same for an operation of the class: a static member function.
 template <class T, class Find>
 constexpr Statement classMethodStatement(const char* name, const char* selector, Find) {
   Statement stated{.kind = StatementKind::ClassMethod, .name = name, .text = selector};

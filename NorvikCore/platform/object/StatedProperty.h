@@ -1,5 +1,5 @@
-// NorvikCore/platform/object/StatedProperty.h - how a stated property is read and written by its key, whatever its
-// type. The statement macros use it; users need not read it.
+// NorvikCore/platform/object/StatedProperty.h - how a stated property of any type is read and written by its key. The
+// statement macros use it; users need not read it.
 #pragma once
 
 #include "NorvikCore/platform/object/NSObject.h"
@@ -28,7 +28,7 @@ Value getProperty(const NSObject& object, const char* key) {
   return propertyValue<Result>((static_cast<const T&>(object).*getter)(), key);
 }
 
-/// Its body is compiled where O is complete: a property may refer to a class that is defined below it.
+/// Its body is compiled where O is complete, so a property may refer to a class that is defined below it.
 template <class O>
 const Class& referredClass() {
   return O::staticClass();
@@ -43,12 +43,13 @@ constexpr auto objectClassOfType() -> const Class& (*)() {
   }
 }
 
-/// A type without a form for nothing at all.
+/// A type that cannot represent an absent value.
 template <class T>
 concept NeverAbsent = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::same_as<T, Decimal> ||
     std::same_as<T, Date> || std::same_as<T, NSString> || std::same_as<T, NSNumber>;
 
-/// Calls `store` with the value as an Argument, or tells the object that it cannot become absent.
+/// Calls `store` with the value as an Argument. If the value is absent and Argument cannot be, calls
+/// setNilValueForKey().
 template <class Argument, class Store>
 void setPropertyValue(NSObject& object, const Value& value, const char* key, Store&& store) {
   if constexpr (NeverAbsent<Argument>) {
@@ -70,7 +71,7 @@ constexpr Statement propertyStatement() {
   return stated;
 }
 
-/// The accessor is `Type name() const`; refuses another one with one sentence.
+/// True if the accessor is `Type name() const`; rejects any other with a one-sentence error.
 template <class T, class Type, class Find>
 constexpr bool findsGetter() {
   if constexpr (findsMember<T, Find>()) {
@@ -90,7 +91,7 @@ constexpr bool findsGetter() {
   }
 }
 
-/// The setter is `void setName(Type)`.
+/// True if the setter is `void setName(Type)`; rejects any other with a one-sentence error.
 template <class T, class Type, class Find>
 constexpr bool findsSetter() {
   if constexpr (findsMember<T, Find>()) {
@@ -104,7 +105,7 @@ constexpr bool findsSetter() {
   }
 }
 
-/// A property with an accessor that the class writes itself: `find` gives its address, `key` the property's name.
+/// A property with an accessor that the class writes itself: `find` returns its address, `key` the property's name.
 template <class T, class Type, class Find, class Key>
 constexpr Statement computedStatement(const char* typeName, Find, Key key) {
   Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};
@@ -131,7 +132,7 @@ constexpr Statement computedStatement(const char* typeName, Find find, Key key, 
   return stated;
 }
 
-/// The class of a weak property.
+/// The class that a weak property refers to.
 template <class T>
 struct ReferredClass {
   using Type = T;
@@ -155,7 +156,7 @@ const Class& extendedClass() {
   }
 }
 
-/// A property that a category adds to T: `get` and `set` call its functions, and cannot be called where there are none.
+/// A property that a category adds to T: `get` and `set` call its functions, and cannot be called if there are none.
 template <class T, class Type, class Get, class Key>
 constexpr Statement categoryStatement(const char* typeName, Get, Key key) {
   Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};

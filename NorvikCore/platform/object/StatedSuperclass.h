@@ -1,22 +1,22 @@
-// NorvikCore/platform/object/StatedSuperclass.h - finds the class above a class that has an NK_OBJECT, so that a wrong
-// argument of NK_OBJECT is refused.
+// NorvikCore/platform/object/StatedSuperclass.h - finds the nearest superclass that has an NK_OBJECT, so that a wrong
+// argument of NK_OBJECT is rejected.
 //
 // Each stated class declares a friend nk_stated_, whose parameter is a pointer to it. A call with a pointer to an
 // object chooses the nearest class that is stated, other than its own.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+#include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
 
 namespace norvik::detail {
 
 template <class T>
 struct StatedClass {};
 
-/// A call for the nearest class above T.
+/// The argument of a call for the nearest class above T.
 template <class T>
 struct Above {};
 
-/// Any call but that for the nearest class above T.
+/// Accepts every such call except that for the nearest class above T.
 template <class T>
 struct NotAbove {
   template <class U>
@@ -24,7 +24,7 @@ struct NotAbove {
       NotAbove(Above<U>);  // NOLINT(google-explicit-constructor): the conversion is what it is for
 };
 
-/// What a class finds that does not derive from NSObject.
+/// The result for a class that does not derive from NSObject.
 struct NoStatedClass {};
 NoStatedClass nk_stated_(const void*, ...);
 
@@ -33,8 +33,8 @@ using NearestStated = decltype(nk_stated_(static_cast<const T*>(nullptr), Above<
 
 struct UnknownType;
 
-/// Super, or the nearest class above it that is stated, is the one that is nearest above T. True also where T is no
-/// NSObject, or broken: the compiler has said so.
+/// True if Super, or the nearest class above it that is stated, is the nearest stated class above T. Also true if T
+/// does not derive from NSObject or is broken, because the compiler has reported that already.
 template <class T, class Super>
 inline constexpr bool isNearestStated = __is_same(T, UnknownType) || __is_same(Super, UnknownType) ||
                                         (!__is_same(T, Super) &&

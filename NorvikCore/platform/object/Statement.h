@@ -3,7 +3,7 @@
 // A class's statements are one constant table (StatementTable.h), which is read when the class is registered.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+#include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
 #include "NorvikCore/platform/object/StatementPlace.h"
 
 #include <cstddef>
@@ -21,12 +21,12 @@ namespace detail {
 
 enum class StatementKind : std::uint8_t { Property, Method, ClassMethod, Dependency, ClassName };
 
-/// What each kind leaves at its default it has no use for. All texts are literals.
+/// A member that a kind does not use keeps its default. All texts are literals.
 struct Statement {
   StatementKind kind = StatementKind::Property;
   const char* name = nullptr;  ///< the key, the operation's function, the affected key, or the class's name
   const char* text = nullptr;  ///< the property's type, the selector text (null: from the name), or the affecting key
-  const char* setterName = nullptr;  ///< null where the property is read-only
+  const char* setterName = nullptr;  ///< null if the property is read-only
   bool isComputed = false, isWeak = false, isAtomic = false;
   std::size_t argumentCount = 0;
   const Class& (*objectClass)() = nullptr;
@@ -35,7 +35,7 @@ struct Statement {
   Value (*invoke)(NSObject* target, std::span<const Value> arguments) = nullptr;
 };
 
-/// A way to find a member that the compiler words the refusal of.
+/// Marks a way to find a member for which the compiler itself words the error.
 template <class Find>
 struct RefusedByCompiler : Find {};
 template <class Find>
@@ -45,7 +45,7 @@ inline constexpr bool isRefusedByCompiler = false;
 template <class Find>
 inline constexpr bool isRefusedByCompiler<RefusedByCompiler<Find>> = true;
 
-/// Refuses with one sentence a member of T whose address `Find` does not give.
+/// Rejects, with a one-sentence error, a member of T whose address `Find` does not return.
 template <class T, class Find>
 constexpr bool findsMember() {
   constexpr bool finds = [] {

@@ -1,14 +1,15 @@
-// NorvikCore/platform/object/StatementPlace.h - how the statements of a class are numbered, in the order in which they
-// are written.
+// NorvikCore/platform/object/StatementPlace.h - how the statements of a class are numbered, in the order of the source.
 //
 // Each statement is one more overload of the class's nk_state_, whose parameter is its place. A call with a place that
-// derives from all earlier ones chooses the last statement, whose type gives the next number: it depends on nothing but
-// the class, which has the same tokens in every file. Such a call is settled where it stands: the language lets a
-// compiler object to later overloads, which g++ and clang do not. Places derive from each other in blocks, because
-// compilers walk along the bases: the first call finds the last block, the second one the last statement in it.
+// derives from all earlier places chooses the last statement, whose type gives the next number. The number depends only
+// on the class, which has the same tokens in every file. Such a call is resolved at its position in the class. The
+// language permits a compiler to object because of later overloads; g++ and clang do not. Places derive from each other
+// in blocks, because compilers walk along the bases: the first call finds the last block, the second one the last
+// statement in it.
 //
-// A mistake is one error: what a statement declares is well formed whatever the class is. A statement knows that it has
-// an NK_OBJECT above it because the class that nk_owner_ names is not complete yet: that of a superclass is.
+// One mistake causes one error, because the declarations of a statement are well formed for any class. A statement
+// detects an NK_OBJECT above it by the class that nk_owner_ names: that class is still incomplete, whereas a superclass
+// is complete.
 #pragma once
 
 namespace norvik {
@@ -20,7 +21,7 @@ namespace norvik::detail {
 struct Statement;
 
 inline constexpr int statementBlock = 24;
-/// The statements of one class, at most; its superclasses have their own.
+/// The most statements of one class; its superclasses are counted separately.
 inline constexpr int statementLimit = statementBlock * statementBlock - 1;
 
 /// Place 0 is NK_OBJECT's.
@@ -31,10 +32,10 @@ struct Place<0> {};
 
 inline constexpr const Place<statementBlock* statementBlock>* lastBlock = nullptr;
 
-/// A type that the compiler does not know, once it has said so.
+/// Replaces a type that the compiler does not know, after the compiler has reported it.
 struct UnknownType {};
 
-/// The number of a statement in its class, and what those after it ask for.
+/// The number of a statement in its class, and the types that later statements ask for.
 template <class Place>
 struct StatementNumber;
 template <int number>
@@ -48,8 +49,8 @@ struct StatementNumber<const Place<number>*> {
   using nk_Type = UnknownType;
 };
 
-/// That of a statement without an NK_OBJECT above it. They are numbered too, so that only the first one is an error:
-/// from the second block on, because an NK_OBJECT further down is place 0.
+/// The number of a statement without an NK_OBJECT above it. Such statements are numbered so that only the first is an
+/// error. They begin at the second block, because an NK_OBJECT further down is place 0.
 template <int number>
 struct StatementNumber<const Place<number>* const> {
   static constexpr int value = 0;
@@ -63,22 +64,23 @@ struct StatementNumber<const Place<number>* const> {
 template <class Last>
 using LastPlaceInBlock = typename Last::LastInBlock;
 
-/// The argument of what a statement asks its class: nk_owner_, nk_scope_ and nk_object_, which NK_OBJECT and NSObject
-/// declare. Outside of objects the functions at the end of this file are found. A stored property asks as OfProperty.
+/// The argument of the functions with which a statement queries its class: nk_owner_, nk_scope_ and nk_object_, which
+/// NK_OBJECT and NSObject declare. Outside of classes of objects the functions at the end of this file are found. A
+/// stored property queries with OfProperty.
 struct OfClass {};
 struct OfProperty : OfClass {};
 
-/// The class that a statement is of.
+/// The class to which a statement belongs.
 template <class T>
 struct Owner {
   using Class = T;
 };
 
-/// Of a class whose NK_OBJECT names another one; never defined.
+/// The owner for a class whose NK_OBJECT names another class; never defined.
 template <class Key>
 struct WrongOwner;
 
-/// `Key` is a type of the class that states NK_OBJECT(T), so that each class asks anew whether T is complete.
+/// `Key` is a type of the class that states NK_OBJECT(T), so that each class checks separately whether T is complete.
 template <class T, class Key, class = void>
 struct OwnerNamed {
   using Type = Owner<T>;
@@ -88,7 +90,7 @@ struct OwnerNamed<T, Key, decltype(void(sizeof(T)))> {
   using Type = Owner<WrongOwner<Key>>;
 };
 
-/// Instantiated once for all statements of such classes below T, so that they are one error.
+/// Instantiated once for all statements without NK_OBJECT in classes below T, so that they are one error.
 template <class T>
 constexpr bool isWithoutObject() {
   static_assert(sizeof(T) == 0, "a statement stands in a class without NK_OBJECT, or above it");
@@ -99,28 +101,28 @@ struct PlaceWithoutObject {
   using Type = typename Last::NextWithoutObject;
 };
 
-/// `key` tells the statements of a class template apart as long as the template's numbers are not known.
+/// `key` distinguishes the statements of a class template as long as the template's numbers are not known.
 template <class Last, unsigned long long key, class Owner, class = void>
 struct PlaceAfter {
   using Type = typename Last::Next;
 };
-/// T is a superclass. The numbers of its own statements are lower, so that no answer of theirs is found here.
+/// T is a superclass. Its own statements have lower numbers, so that a result cached for them is not found here.
 template <class Last, unsigned long long key, class T>
 struct PlaceAfter<Last, key, Owner<T>, decltype(void(sizeof(T)))> : PlaceWithoutObject<Last, isWithoutObject<T>()> {};
 template <class Last, unsigned long long key, class Owner>
 using NextPlace = typename PlaceAfter<Last, key, Owner>::Type;
 
-/// Of a statement's own words.
+/// A hash of a statement's own words.
 constexpr unsigned long long statementKey(const char* words, unsigned long long key = 14695981039346656037U) {
   for (; *words; ++words) key = (key ^ static_cast<unsigned char>(*words)) * 1099511628211U;
   return key;
 }
 
-/// What a statement that is not a stored property's is declared to return.
+/// The declared return type of a statement that is not a stored property.
 template <class Data, class Place>
 struct StatementAt : Data, StatementNumber<Place> {};
 
-/// The class whose members a statement names: NoOwner unless a right NK_OBJECT stands above the statement.
+/// The class whose members a statement names: NoOwner unless a correct NK_OBJECT precedes the statement.
 struct NoOwner {};
 template <class Place, class Owner>
 struct OwnerAtPlace {
@@ -135,22 +137,22 @@ struct OwnerAtPlace<const Place<number>*, Owner<WrongOwner<Key>>> {
   using Type = NoOwner;
 };
 
-/// What a category's or a computed property is of, and its type, where the compiler does not know one of them.
+/// The class and the type of a category's or a computed property, for a name that the compiler does not know.
 struct UnknownProperty {
   using nk_Class = UnknownType;
   using nk_Type = UnknownType;
 };
 
-/// The scope that a stored property stands in: that of a class of objects.
+/// The scope of a stored property in a class of objects.
 struct InClass {
   template <class T>
   using nk_Here = T;
 };
-/// Any other scope. g++ names it when it finds no nk_Here in it, and gives up the declaration; clang would go on, but
-/// stops at a call of nk_owner_ (NK_STOP_AT_MISTAKES).
+/// Any other scope. g++ finds no nk_Here in it, names it in its error, and drops the declaration. clang would continue,
+/// but stops at a call of nk_owner_ (NK_STOP_AT_MISTAKES).
 struct AStatementStandsInAClassWithoutNK_OBJECT {};
 
-/// False for what has a comma outside of all brackets, as several arguments of a statement have.
+/// False for a text with a comma outside of all brackets, as several arguments of a statement have.
 constexpr bool isOneType(const char* text) {
   int angles = 0, others = 0;
   for (; *text; ++text) {
@@ -163,7 +165,7 @@ constexpr bool isOneType(const char* text) {
   return true;
 }
 
-/// What a type with commas is looked up in.
+/// The scope in which a type with commas is looked up.
 template <bool isOneType>
 struct APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter {
   template <class T>

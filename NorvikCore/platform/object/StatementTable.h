@@ -1,5 +1,5 @@
-// NorvikCore/platform/object/StatementTable.h - the statements of a class as one constant table, and what must hold of
-// it. NK_OBJECT uses it; users need not read it.
+// NorvikCore/platform/object/StatementTable.h - the statements of a class as one constant table, and the checks on it.
+// NK_OBJECT uses it; users need not read it.
 #pragma once
 
 #include "NorvikCore/platform/object/Statement.h"
@@ -11,11 +11,11 @@
 
 namespace norvik::detail {
 
-/// The statement of a stored property of T that P describes. StatedProperty.h defines it.
+/// The statement of a stored property of T, described by P. StatedProperty.h defines it.
 template <class T, class P>
 constexpr Statement propertyStatement();
 
-/// Reads a class's statements, whatever access was in force where they were written.
+/// Reads a class's statements, whether they are public or not.
 struct StatementAccess {
   template <class T>
   static constexpr int count = decltype(T::nk_state_(LastPlaceInBlock<decltype(T::nk_state_(lastBlock))>()))::value;
@@ -41,7 +41,7 @@ constexpr bool isSameKey(const char* a, const char* b) {
   return *a == *b;
 }
 
-/// What must differ from statement to statement of a kind: a property's name, a selector, a pair of keys.
+/// The part that must differ among statements of one kind: a property's name, a selector, or a pair of keys.
 constexpr unsigned long long identityOf(const Statement& statement) {
   unsigned long long key =
       statementKey(statement.kind == StatementKind::Property || !statement.text ? statement.name : statement.text);
@@ -51,8 +51,8 @@ constexpr unsigned long long identityOf(const Statement& statement) {
   return key;
 }
 
-/// In linear time, because compilers bound the steps of a constant's evaluation. The compiler refuses two stored
-/// properties of one name itself.
+/// Takes linear time, because compilers limit the steps of a constant's evaluation. Two stored properties of one name
+/// are rejected by the compiler itself.
 template <std::size_t count>
 constexpr bool statesTwice(StatementKind kind, const Statement (&statements)[count]) {
   constexpr std::size_t size = 2 * std::bit_ceil(count);
@@ -78,14 +78,14 @@ constexpr bool states(StatementKind kind, const Statement (&statements)[count]) 
   return false;
 }
 
-/// Not a class that only derives from one with NK_OBJECT.
+/// True for a class with its own NK_OBJECT, not for one that only derives from such a class.
 template <class T>
 inline constexpr bool isStated = std::same_as<T, NSObject>;
 template <class T>
 requires requires { typename T::Self; }
 inline constexpr bool isStated<T> = std::same_as<T, typename T::Self>;
 
-/// T or a class above it states a property of that name; an operation without arguments counts if it is asked for.
+/// True if T or a class above it states a property of that name, or with `orOperation` an operation without arguments.
 template <class T>
 constexpr bool statesKey(const char* key, bool orOperation) {
   if constexpr (std::same_as<T, NSObject>) {
@@ -109,7 +109,7 @@ constexpr bool statesKeysOfDependencies() {
   return true;
 }
 
-/// The last one stated: NK_OBJECT states the name of the C++ class, NK_CLASS_NAME another one.
+/// The last name that is stated: NK_OBJECT states the name of the C++ class, NK_CLASS_NAME a different one.
 constexpr const char* statedName(std::span<const Statement> statements) {
   const char* name = nullptr;
   for (const Statement& statement : statements) {

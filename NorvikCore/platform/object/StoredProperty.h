@@ -9,7 +9,7 @@
 
 namespace norvik::detail {
 
-/// For the accessors, which are compiled in a class with mistakes too.
+/// Access for the accessors, which are compiled even in a class with mistakes.
 struct StoredAccess {
   template <class Storage>
   static decltype(auto) read(const Storage& storage) {
@@ -29,7 +29,7 @@ struct StoredAccess {
   }
 };
 
-/// Readable and writable by its class as `*field_` and `field_ = value`, closed to all other code.
+/// Readable and writable by its class as `*field_` and `field_ = value`; not accessible to other code.
 template <class Owner, class T>
 class Stored {
  public:
@@ -50,7 +50,7 @@ class Stored {
   T value_{};
 };
 
-/// Storage that several threads may read and write; a reader gets the whole of one value that was written.
+/// Storage that several threads may read and write; a reader always gets one whole value that was written.
 template <class Owner, class T>
 class AtomicStored {
  public:

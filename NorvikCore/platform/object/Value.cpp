@@ -32,7 +32,7 @@ const ValueClasses& valueClasses() {
   return kernel::madeOnce([] { return new ValueClasses; });
 }
 
-// The classes of values stand in the list of all classes from the start.
+// The classes of values are in the list of all classes from the start.
 [[maybe_unused]] const ValueClasses& atLoad = valueClasses();
 
 [[noreturn]] void raiseRange(const Value& value) {
@@ -133,7 +133,7 @@ Ref<NSObject> objectFrom(const Value& value, const char* wanted) {
 
 namespace {
 
-// Apart from their callers, which would have room for numbers in their frames for every kind of value.
+// Not inlined into their callers, which would otherwise reserve stack space for numbers for every kind of value.
 [[gnu::noinline]] bool areSameNumber(const Value& a, const Value& b) { return a.number() == b.number(); }
 [[gnu::noinline]] std::size_t hashOfNumber(const Value& value) { return value.number().hash(); }
 

@@ -1,16 +1,16 @@
 // NorvikCore/platform/object/Value.h - "any object": one value of any kind that collections and key paths can hold.
 //
 //   Value pay = 1234.50_dec;
-//   pay == Value(1234.5);               // true: one equality goes across all numbers
-//   pay.as<Decimal>();                  // raises NSInvalidArgumentException where the value is not a number
-//   Value{}.isAbsent();                 // true: nothing at all
-//   Value::null().isNull();             // true: the marker that stands for it in collections
+//   pay == Value(1234.5);               // true: numbers of all kinds compare by value
+//   pay.as<Decimal>();                  // raises NSInvalidArgumentException if the value is not a number
+//   Value{}.isAbsent();                 // true: no value
+//   Value::null().isNull();             // true: the marker for "no value" in collections
 //
-// A value holds numbers, decimals, dates and texts themselves, without allocation, and objects by a Ref. It is a value:
-// copies are independent, distinct values may be used on distinct threads.
+// A Value stores numbers, decimals, dates and texts directly, without allocation, and objects by a Ref. Copies are
+// independent; distinct Values may be used on distinct threads.
 //
-// A character does not become a value: it could mean a text or a number. Write "A" or int('A').
-#pragma once  // include time: it holds texts, decimals and dates in itself, without allocation
+// A character does not convert to a Value, because it could mean a text or a number. Write "A" or int('A').
+#pragma once  // include time: texts, decimals and dates are members
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/object/Ref.h"
@@ -37,7 +37,7 @@ class Class;
 class NSObject;
 
 namespace detail {
-struct AValueIsNotARange_LoopOverTheCollectionItHolds {};  // what the compiler shows for `for (auto& each : value)`
+struct AValueIsNotARange_LoopOverTheCollectionItHolds {};  // shown by the compiler for `for (auto& each : value)`
 }
 
 class NK_EXPORT Value {
@@ -45,12 +45,12 @@ class NK_EXPORT Value {
   enum class Kind : std::uint8_t { Absent, Null, Boolean, Integer, Double, Decimal, Date, String, Object };
 
   Value() noexcept : kind_(Kind::Absent) {}
-  /// The null marker: the single object that stands for an absent value inside collections.
+  /// The null marker: the single object that represents an absent value inside collections.
   [[nodiscard]] static Value null() noexcept { return Value(Kind::Null); }
 
-  // Every kind of value converts silently: a Value is what an operation takes that accepts anything.
+  // Every kind of value converts implicitly, because a Value is the parameter of operations that accept anything.
   Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) { storage_.boolean = boolean; }
-  /// An integer; one above the range of a signed 64-bit integer is kept as a Decimal.
+  /// An integer. One above the range of a signed 64-bit integer is stored as a Decimal.
   template <detail::WholeNumber I>
   Value(I integer) noexcept : kind_(Kind::Integer) {
     if constexpr (std::unsigned_integral<I> && sizeof(I) == 8) {
@@ -61,7 +61,7 @@ class NK_EXPORT Value {
     }
     storage_.integer = static_cast<std::int64_t>(integer);
   }
-  /// A float is kept as the double of the same value; a long double would lose digits and does not convert.
+  /// A float is stored as the double of the same value. A long double would lose digits and does not convert.
   template <std::floating_point F>
   requires(sizeof(F) <= sizeof(double)) Value(F real)
   noexcept : kind_(Kind::Double) { storage_.real = static_cast<double>(real); }
@@ -84,12 +84,12 @@ class NK_EXPORT Value {
       : Value(optional ? Value(*optional) : Value()) {}
   template <class T>
   Value(T*) = delete;
-  Value(const NSObject&) = delete;  // an object becomes a value by its Ref: ref(object)
+  Value(const NSObject&) = delete;  // an object converts by its Ref: ref(object)
   Value(std::nullptr_t) = delete;
 
   Value(const Value& other) noexcept : kind_(Kind::Absent) { copyFrom(other); }
   Value(Value&& other) noexcept : kind_(Kind::Absent) { moveFrom(other); }
-  // What it held goes last: the other may be an element of it, and an object that goes may look at this value.
+  // The old content is destroyed last: `other` may be part of it, and an object that is destroyed may read this Value.
   Value& operator=(const Value& other) noexcept {
     if (this != &other) {
       const Value before(std::move(*this));
@@ -114,7 +114,7 @@ class NK_EXPORT Value {
   [[nodiscard]] bool isDate() const noexcept { return kind_ == Kind::Date; }
   [[nodiscard]] bool isObject() const noexcept { return kind_ == Kind::Object; }
 
-  /// The content where it is of that kind, or null: `if (const NSString* text = value.string())`.
+  /// The content if it is of that kind, else null: `if (const NSString* text = value.string())`.
   [[nodiscard]] const NSString* string() const noexcept { return isString() ? &storage_.string : nullptr; }
   [[nodiscard]] const norvik::Decimal* decimal() const noexcept {
     return kind_ == Kind::Decimal ? &storage_.decimal : nullptr;
@@ -125,27 +125,27 @@ class NK_EXPORT Value {
   [[nodiscard]] T* object() const noexcept {
     return isObject() ? dynamic_cast<T*>(storage_.object.get()) : nullptr;
   }
-  /// Any number; raises NSInvalidArgumentException where the value is none.
+  /// Any number; raises NSInvalidArgumentException if the value is not a number.
   [[nodiscard]] NSNumber number() const;
 
-  /// The value as a T. Numbers convert to one another (a fraction is cut off where T is an integer; out of range
-  /// raises); anything else must be of T's own kind, or NSInvalidArgumentException is raised. An absent or null value
-  /// becomes an empty optional, Ref or Block and raises for every other T.
+  /// The value as a T. Numbers convert to one another: if T is an integer, a fraction is cut off and a number out of
+  /// range raises. Any other value must be of T's own kind. An absent or null value becomes an empty optional, Ref or
+  /// Block, and raises for every other T. Errors raise NSInvalidArgumentException.
   template <class T>
   [[nodiscard]] T as() const;
 
-  /// Equality by content: numbers by their numeric value whatever their kind, texts and dates by value, objects by
-  /// isEqual. One operand is a Value. Two others do not compare as values: `date == "2024-04-30"` does not compile.
+  /// Equality by content: numbers by numeric value whatever their kind, texts and dates by value, objects by isEqual.
+  /// At least one operand must be a Value: `date == "2024-04-30"` does not compile.
   [[nodiscard]] bool operator==(const Value& other) const;  // a member, so that only one operand converts
-  /// One hash goes with that equality.
+  /// Equal values have the same hash.
   [[nodiscard]] std::size_t hash() const;
   /// The order of two numbers, two texts (literally, by UTF-16 unit), two dates, or of objects that have a `compare:`
-  /// operation; anything else raises NSInvalidArgumentException.
+  /// operation; any other pair raises NSInvalidArgumentException.
   [[nodiscard]] NSComparisonResult compare(const Value& other) const;
-  /// Also tells equal values apart: the same object, the same storage of a text, the same kind and digits of a number.
+  /// Stricter than equality: the same object, the same storage of a text, the same kind and digits of a number.
   [[nodiscard]] bool isIdenticalTo(const Value& other) const noexcept;
 
-  /// The class of what it holds: NSNumber, NSDecimalNumber, NSDate, NSString, NSNull, or the object's own. Raises
+  /// The class of the content: NSNumber, NSDecimalNumber, NSDate, NSString, NSNull, or the object's own class. Raises
   /// NSInvalidArgumentException for an absent value.
   [[nodiscard]] const Class& classObject() const;
   /// The text for `%@`: a text itself, a number's digits, "1" or "0" for a boolean, "(null)" for an absent value and
@@ -201,7 +201,7 @@ class NK_EXPORT Value {
         copyFrom(other);
         return;
     }
-    other.kind_ = Kind::Absent;  // a text or a Ref that was moved from has nothing to let go of
+    other.kind_ = Kind::Absent;  // a moved-from text or Ref needs no destructor
   }
   void destroy() noexcept {
     if (kind_ >= Kind::String) destroyShared();
@@ -210,9 +210,9 @@ class NK_EXPORT Value {
 
   union Storage {
     Storage() noexcept : bytes{} {}
-    ~Storage() {}  // NOLINT(modernize-use-equals-default): the members' destructors are Value's business
+    ~Storage() {}  // NOLINT(modernize-use-equals-default): Value calls the destructor of the active member
 
-    unsigned char bytes[24];  ///< the whole, so that nothing is ever unset
+    unsigned char bytes[24];  ///< all bytes, so that none is ever uninitialised
     bool boolean;
     std::int64_t integer;
     double real;
@@ -228,7 +228,7 @@ class NK_EXPORT Value {
 
 static_assert(sizeof(Value) <= 32);
 
-/// Writes the object's description, "(null)" for an empty Ref.
+/// Writes the object's description; "(null)" for an empty Ref.
 template <class T>
 std::ostream& operator<<(std::ostream& out, const Ref<T>& object) {
   return out << Value(object);

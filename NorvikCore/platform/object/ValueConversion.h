@@ -1,9 +1,9 @@
-// NorvikCore/platform/object/ValueConversion.h - how a C++ type becomes a Value and back; the types a property may
-// have.
+// NorvikCore/platform/object/ValueConversion.h - how a C++ type converts to a Value and back; the types that a property
+// may have.
 //
-// Booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
-// "{location, length}"), SEL (as the text of its name), Value itself, Ref, Block and std::optional of these convert. A
-// character that a property or as<char>() states is the number of the character.
+// Convertible are booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
+// "{location, length}"), SEL (as the text of its name), Value itself, and Ref, Block and std::optional of these. A
+// character as a property or in as<char>() converts as its number.
 // Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
 #pragma once
 
@@ -94,7 +94,7 @@ struct ValueConversion<NSString> {
   static Value toValue(const NSString& content) { return content; }
   static NSString fromValue(const Value& value) { return detail::stringFrom(value); }
 };
-/// No selector is the absent value.
+/// An empty selector converts to the absent value.
 template <>
 struct ValueConversion<SEL> {
   static Value toValue(SEL content) { return content ? Value(content.name()) : Value(); }

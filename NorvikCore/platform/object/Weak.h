@@ -1,12 +1,12 @@
-// NorvikCore/platform/object/Weak.h - a reference that does not keep its object and reads empty once the object is
-// gone.
+// NorvikCore/platform/object/Weak.h - a reference that does not retain its object, and is empty once the object is
+// destroyed.
 //
 //   Weak<Payslip> watched = slip;
 //   if (Ref<Payslip> alive = watched.lock()) alive->recalculate();
 //
-// The first Weak to an object, observer of it or value associated with it makes the object's side record, which a Weak
-// keeps; objects without one pay nothing. Reading is safe on any thread, also while the object is destroyed on another;
-// one Weak itself is a value like any other.
+// An object gets a side record with its first Weak, observer or associated value; a Weak retains that record. Objects
+// without one cost nothing extra. Reading is safe on any thread, also while another thread destroys the object; one
+// Weak itself is a value like any other.
 #pragma once
 
 #include "NorvikCore/platform/object/Ref.h"
@@ -20,7 +20,7 @@ NK_EXPORT SideRecord* weakRecord(
 NK_EXPORT void retain(SideRecord* record) noexcept;
 NK_EXPORT void release(SideRecord* record) noexcept;
 NK_EXPORT NSObject* lock(SideRecord* record) noexcept;  ///< the object with one count for the caller, or null
-NK_EXPORT bool isGone(SideRecord* record) noexcept;     ///< the object is gone or going
+NK_EXPORT bool isGone(SideRecord* record) noexcept;     ///< the object is destroyed or is being destroyed
 
 }  // namespace detail
 
@@ -47,15 +47,15 @@ class Weak {
     return *this;
   }
 
-  /// The object, kept while the result lives, or empty once the object is gone or going.
+  /// The object, retained while the result lives; empty if the object is destroyed or is being destroyed.
   [[nodiscard]] Ref<T> lock() const noexcept {
     return record_ && detail::lock(record_) ? Ref<T>::adopt(object_) : Ref<T>();
   }
 
-  /// Refers to no object, or to one that is gone or going.
+  /// True if it refers to no object, or to one that is destroyed or is being destroyed.
   [[nodiscard]] bool isGone() const noexcept { return !record_ || detail::isGone(record_); }
 
-  /// Both refer to the same object, alive or gone, or both to none.
+  /// True if both refer to the same object, alive or destroyed, or both to none.
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.record_ == b.record_; }
 
  private:

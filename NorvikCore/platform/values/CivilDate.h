@@ -1,14 +1,14 @@
 // NorvikCore/platform/values/CivilDate.h - years, months, days and weeks of instants, in UTC, by integer arithmetic.
 //
-// One Gregorian calendar for all times, also before 1582. Years are counted through: year 0 is 1 BC, -1 is 2 BC. A
-// reference day counts days from 2001-01-01, a Monday, which is day 0.
+// One Gregorian calendar for all times, also before 1582. Years are numbered without a gap: year 0 is 1 BC, -1 is 2 BC.
+// A reference day counts days from 2001-01-01, a Monday, which is day 0.
 //
 //   CivilDate day = civilDate(*Date::dateWithString("2021-01-31"));         // {2021, 1, 31}
 //   civilDate(addMonths(referenceDay(day.year, day.month, day.day), 1));    // {2021, 2, 28}
 //
 // Every function is pure, takes constant time, allocates nothing and works at compile time. Instants and days beyond
 // maximalReferenceDay (95 million years either way) count as that day; an instant that is not a number counts as day 0.
-// The results of the functions that take a day are exact within that range.
+// The functions that take a day are exact within that range.
 #pragma once
 
 #include "NorvikCore/platform/values/Date.h"
@@ -43,7 +43,7 @@ struct CivilDateTime {
 };
 
 struct CivilWeek {
-  std::int64_t year = 2001;  ///< the year that the week belongs to: not always the year of the day
+  std::int64_t year = 2001;  ///< the year that the week belongs to; it may differ from the year of the day
   std::int32_t week = 1;     ///< 1 to 53
 
   friend constexpr auto operator<=>(const CivilWeek&, const CivilWeek&) noexcept = default;
@@ -65,7 +65,7 @@ constexpr std::int64_t clamped(std::int64_t value, std::int64_t bound) noexcept 
   return value > bound ? bound : value < -bound ? -bound : value;
 }
 
-/// The sum, or the end of the type's range that it passed.
+/// The sum; if it overflows, the end of the type's range.
 constexpr std::int64_t saturatedSum(std::int64_t a, std::int64_t b) noexcept {
   if (b > 0 && a > INT64_MAX - b) return INT64_MAX;
   if (b < 0 && a < INT64_MIN - b) return INT64_MIN;
@@ -85,8 +85,9 @@ constexpr std::int64_t wholeSeconds(Date date) noexcept {
   return whole - (static_cast<double>(whole) > seconds);
 }
 
-/// The date of a day given as a count from 0000-03-01, below 2^30. Centuries, years and months are found by multiplying
-/// and shifting: the year starts in March, so that the leap day is its last and month lengths follow a straight line.
+/// The date of a day that is counted from 0000-03-01 and is below 2^30. Centuries, years and months are computed by
+/// multiplications and shifts. The year starts in March, so that the leap day is its last day and month lengths follow
+/// a straight line.
 constexpr CivilDate dateFromShiftedDay(std::uint32_t shiftedDay, std::int64_t yearOffset) noexcept {
   const std::uint32_t quarterDays = 4 * shiftedDay + 3;
   const std::uint32_t century = quarterDays / 146'097;
@@ -103,7 +104,7 @@ constexpr CivilDate dateFromShiftedDay(std::uint32_t shiftedDay, std::int64_t ye
 }
 
 inline constexpr std::int64_t dayOfYearZeroMarch = -730'791;  // 0000-03-01 as a reference day
-inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million years either way take the short road
+inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million years either way take the fast path
 
 }  // namespace detail
 
@@ -132,7 +133,7 @@ inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million yea
   return detail::floorDivide(detail::wholeSeconds(date), detail::secondsPerDay);
 }
 
-/// The day of a date that exists, of a year within 95 million.
+/// The day of an existing date; the year is within 95 million.
 [[nodiscard]] constexpr std::int64_t referenceDay(std::int64_t year, std::int32_t month, std::int32_t day) noexcept {
   constexpr std::int64_t offset = 400 * 250'000;  // makes every year positive, so that division rounds down
   const bool endsYear = month <= 2;
@@ -145,8 +146,8 @@ inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million yea
 
 namespace detail {
 
-/// The first day of a month; months out of range carry into the year, which ends beyond the range of days at the
-/// latest.
+/// The first day of a month. Months out of range carry into the year, which is limited to a value beyond the range of
+/// days.
 constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexcept {
   const std::int64_t monthIndex = saturatedSum(month, -1);
   return {clamped(saturatedSum(year, floorDivide(monthIndex, 12)), 96'000'000),
@@ -155,8 +156,8 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
 
 }  // namespace detail
 
-/// The day of parts out of range, which carry over: month 13 is January of the next year, day 0 the last day of the
-/// month before. A result beyond the range is the end of the range.
+/// The day of a date whose parts may be out of range. They carry over: month 13 is January of the next year, day 0 the
+/// last day of the month before. A result beyond the range becomes the end of the range.
 [[nodiscard]] constexpr std::int64_t normalizedReferenceDay(std::int64_t year, std::int64_t month,
                                                             std::int64_t day) noexcept {
   const CivilDate first = detail::normalizedMonth(year, month);
@@ -173,8 +174,8 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
 /// The fields of `date` in UTC, without the time.
 [[nodiscard]] constexpr CivilDate civilDate(Date date) noexcept { return civilDate(referenceDay(date)); }
 
-/// The fields of `date` in UTC. The nanosecond is what the double holds, rounded down: about 100 ns apart in this
-/// century.
+/// The fields of `date` in UTC. The nanosecond is that of the double, rounded down; doubles are about 100 ns apart in
+/// this century.
 [[nodiscard]] constexpr CivilDateTime civilDateTime(Date date) noexcept {
   const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
   const std::int64_t seconds = detail::wholeSeconds(date);
@@ -186,7 +187,7 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
            fraction < 999'999'999.0 ? static_cast<std::int32_t>(fraction) : 999'999'999}};
 }
 
-/// The instant of fields in UTC; fields out of range carry over.
+/// The instant of the given fields in UTC; fields out of range carry over.
 [[nodiscard]] constexpr Date dateFromCivil(const CivilDateTime& fields) noexcept {
   const std::int64_t day = normalizedReferenceDay(fields.date.year, fields.date.month, fields.date.day);
   const std::int64_t seconds = day * detail::secondsPerDay + std::int64_t{fields.time.hour} * 3600 +
@@ -194,7 +195,7 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
   return Date::fromReferenceSeconds(static_cast<double>(seconds) + static_cast<double>(fields.time.nanosecond) / 1e9);
 }
 
-/// The day `months` later (earlier when negative), of the same number or the last of a shorter month.
+/// The day `months` later (earlier if negative), with the same day of the month, or the last day of a shorter month.
 [[nodiscard]] constexpr std::int64_t addMonths(std::int64_t day, std::int64_t months) noexcept {
   const CivilDate from = civilDate(day);
   const CivilDate to = detail::normalizedMonth(from.year, detail::saturatedSum(from.month, months));
@@ -219,12 +220,12 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
                                              std::int32_t minimumDays) noexcept {
   const std::int64_t start =
       detail::clamped(day, maximalReferenceDay) - detail::floorModulo(weekday(day) - firstWeekday, 7);
-  // The week belongs to the year of its first day that no shorter beginning of a year could hold.
+  // The week belongs to the year of the first day that a shorter beginning of that year could not contain.
   const std::int64_t year = civilDate(start + 7 - minimumDays).year;
   return {year, static_cast<std::int32_t>((start + 7 - minimumDays - referenceDay(year, 1, 1)) / 7) + 1};
 }
 
-/// Weeks from Monday, the first with at least four days in the year: ISO 8601's and the British ones.
+/// Weeks from Monday; the first week has at least four days in the year: ISO 8601, as used in Britain.
 [[nodiscard]] constexpr CivilWeek isoWeek(std::int64_t referenceDay) noexcept { return weekOfYear(referenceDay, 2, 4); }
 
 }  // namespace norvik

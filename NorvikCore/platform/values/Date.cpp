@@ -19,7 +19,7 @@ char* writeDigits(char* out, std::int64_t value, int digits) noexcept {
   return out + digits;
 }
 
-/// The text "2021-05-10 00:00:00 +0000" at `out`, which has room for 32 bytes; returns its end.
+/// Writes the text "2021-05-10 00:00:00 +0000" to `out`, which has room for 32 bytes; returns its end.
 char* writeDescription(char* out, Date date) noexcept {
   const CivilDateTime fields = civilDateTime(date);
   std::int64_t year = fields.date.year;

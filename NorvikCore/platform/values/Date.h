@@ -8,9 +8,9 @@
 //   *payday + std::chrono::hours(8);                              // or any other duration
 //   *payday - Date::dateWithTimeIntervalSince1970(0);           // 1620604800 seconds
 //
-// A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a
-// computation that failed, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h,
-// compile-time literals in Date_literals.h, std::chrono conversions in Date_chrono.h, {fmt} support in Date_fmt.h.
+// A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a failed
+// computation, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h, compile-time
+// literals in Date_literals.h, std::chrono conversions in Date_chrono.h, {fmt} support in Date_fmt.h.
 #pragma once  // include time: <string>, <string_view> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
@@ -35,7 +35,7 @@ inline constexpr NSTimeInterval NSTimeIntervalSince1970 = kernel::referenceDateI
 
 class Date {
  public:
-  /// Gives the current date, or nothing where there is none.
+  /// Returns the current date, or nothing if there is none.
   using CurrentDateSource = std::optional<Date> (*)();
 
   /// The reference date, 2001-01-01 00:00:00 UTC.
@@ -49,11 +49,12 @@ class Date {
     return Date(seconds - NSTimeIntervalSince1970);
   }
 
-  /// The current date: the system's clock, or what took its place (setCurrentDateSource), which may have none to give.
+  /// The current date: from the source that setCurrentDateSource() set, which may return nothing, else the system's
+  /// clock.
   [[nodiscard]] NK_EXPORT static std::optional<Date> date();
-  /// The system's clock, whatever took the place of the current date.
+  /// The system's clock, even if setCurrentDateSource() has replaced the current date.
   [[nodiscard]] NK_EXPORT static Date systemDate() noexcept;
-  /// Replaces what date() asks and returns what it asked before; nullptr puts the system's clock back. Any thread.
+  /// Replaces the source of date() and returns the previous one; nullptr restores the system's clock. Any thread.
   NK_EXPORT static CurrentDateSource setCurrentDateSource(CurrentDateSource source) noexcept;
 
   /// 0001-01-01 and 4001-01-01, 00:00:00 UTC: earlier and later than any date of an application.
@@ -61,15 +62,15 @@ class Date {
   [[nodiscard]] static constexpr Date distantFuture() noexcept { return Date(63113904000.0); }
 
   /// Reads "2021-05-10 01:00:00 +0100" and the ISO 8601 forms "2021-05-10", "2021-05-10T01:00", "2021-05-10T01:00:00Z",
-  /// "2021-05-10T01:00:00.250+01:00". Where no offset is written, the time is UTC. The whole text must be a date that
-  /// exists; anything else, surrounding spaces too, gives nothing.
+  /// "2021-05-10T01:00:00.250+01:00". Without an offset the time is UTC. The whole text must be an existing date; for
+  /// any other text, including one with surrounding spaces, the result is empty.
   [[nodiscard]] NK_EXPORT static std::optional<Date> dateWithString(std::string_view text) noexcept;
 
   [[nodiscard]] constexpr NSTimeInterval timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
   [[nodiscard]] constexpr NSTimeInterval timeIntervalSince1970() const noexcept {
     return seconds_ + NSTimeIntervalSince1970;
   }
-  /// Positive when this date is the later one.
+  /// Positive if this date is the later one.
   [[nodiscard]] constexpr NSTimeInterval timeIntervalSinceDate(Date other) const noexcept {
     return seconds_ - other.seconds_;
   }
@@ -84,9 +85,9 @@ class Date {
   [[nodiscard]] constexpr Date earlierDate(Date other) const noexcept { return other < *this ? other : *this; }
   [[nodiscard]] constexpr Date laterDate(Date other) const noexcept { return other > *this ? other : *this; }
 
-  /// "2021-05-10 00:00:00 +0000": UTC, fractions of a second dropped. Years have at least four digits; year 0 is 1 BC
-  /// and earlier ones are negative. dateWithString() reads it back. Beyond the range of CivilDate.h, the end of that
-  /// range.
+  /// "2021-05-10 00:00:00 +0000": UTC, without fractions of a second. Years have at least four digits; year 0 is 1 BC,
+  /// and earlier years are negative. dateWithString() reads this form. A date beyond the range of CivilDate.h shows as
+  /// the end of that range.
   [[nodiscard]] NK_EXPORT std::string description() const;
 
   friend constexpr bool operator==(Date a, Date b) noexcept {
@@ -100,7 +101,7 @@ class Date {
     return (b.seconds_ != b.seconds_) <=> (a.seconds_ != a.seconds_);
   }
 
-  /// As timeIntervalSinceDate() and dateByAddingTimeInterval(): in seconds. An interval is a number of seconds or a
+  /// Like timeIntervalSinceDate() and dateByAddingTimeInterval(), in seconds. An interval is a number of seconds or a
   /// duration of std::chrono; a calendar's days and months are in Categories/NSDate+Norvik.h.
   [[nodiscard]] friend constexpr NSTimeInterval operator-(Date a, Date b) noexcept { return a.seconds_ - b.seconds_; }
   template <detail::TimeInterval Interval>
@@ -124,7 +125,7 @@ class Date {
     return *this = *this - interval;
   }
 
-  /// Writes description(). There is no >>: a date's text has spaces; read a line or a field and give it to
+  /// Writes description(). There is no >> because a date's text contains spaces: read a line or a field and pass it to
   /// dateWithString().
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, Date date);
 

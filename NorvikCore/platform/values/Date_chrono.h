@@ -1,12 +1,12 @@
-// NorvikCore/platform/values/Date_chrono.h - dates from and to std::chrono.
+// NorvikCore/platform/values/Date_chrono.h - conversion of dates from and to std::chrono.
 //
 //   Date now = dateFromTimePoint(std::chrono::system_clock::now());
 //   std::chrono::year_month_day day{sysDays(now)};
 //   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
 //
-// A time point of the system clock holds nanoseconds from 1677 to 2262: a date beyond gives the nearest it can hold,
-// and one that is not a number the reference date. A double of this century resolves about 100 ns.
-#pragma once  // include time: <chrono> is what it is for
+// A time point of the system clock holds nanoseconds from 1677 to 2262: a date outside becomes the nearest one that it
+// can hold, and a date that is not a number becomes the reference date. Doubles of this century are about 100 ns apart.
+#pragma once  // include time: <chrono> is the purpose of this header
 
 #include "NorvikCore/platform/values/CivilDate.h"
 #include "NorvikCore/platform/values/Date.h"
@@ -23,7 +23,7 @@ inline constexpr std::chrono::sys_days referenceSysDays{std::chrono::days{11'323
 
 template <class Duration>
 [[nodiscard]] constexpr Date dateFromTimePoint(std::chrono::sys_time<Duration> point) noexcept {
-  // Towards zero: the second below the least time point of the system clock is more than its nanoseconds hold.
+  // Rounded towards zero, because the second below the least time point does not fit the clock's nanoseconds.
   const auto since1970 = point.time_since_epoch();
   const auto whole = std::chrono::duration_cast<std::chrono::seconds>(since1970);
   const std::chrono::duration<double> fraction = since1970 - whole;
@@ -46,7 +46,7 @@ template <class Duration>
   return dateFromReferenceDay((day - detail::referenceSysDays).count());
 }
 
-/// The day that the date falls on in UTC; exact for the years that std::chrono::year holds.
+/// The day that the date falls on in UTC; exact for the years that std::chrono::year can hold.
 [[nodiscard]] constexpr std::chrono::sys_days sysDays(Date date) noexcept {
   return detail::referenceSysDays + std::chrono::days{static_cast<int>(detail::clamped(referenceDay(date), 1 << 30))};
 }

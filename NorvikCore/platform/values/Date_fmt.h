@@ -2,7 +2,7 @@
 //
 //   fmt::print("{}", payday);          // 2021-05-10 00:00:00 +0000
 //   fmt::print("{:.10}", payday);      // 2021-05-10: width, fill and precision as for any text
-#pragma once  // include time: <fmt/format.h> is what it is for
+#pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/Date.h"
 

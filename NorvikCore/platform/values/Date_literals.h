@@ -1,10 +1,10 @@
-// NorvikCore/platform/values/Date_literals.h - dates written in code, checked and computed by the compiler.
+// NorvikCore/platform/values/Date_literals.h - date literals, which the compiler checks and computes.
 //
 //   using namespace norvik::literals;
 //   Date startOfTaxYear = "2021-04-06"_date;
 //   Date cutOff = "2021-04-01 17:30:00 +0100"_date;
 //
-// The text forms are those of Date::dateWithString. A text that is no date does not compile.
+// The text forms are those of Date::dateWithString. A text that is not a date does not compile.
 #pragma once
 
 #include "NorvikCore/platform/values/CivilDate.h"
@@ -66,7 +66,7 @@ class DateTextReader {
     return value >= low && value <= high;
   }
 
-  /// Four to eight digits and an optional sign: years to 96 million, a little more than a date holds.
+  /// Four to eight digits with an optional sign: years to 96 million, slightly beyond the range of a date.
   constexpr bool readYear(std::int64_t& year) noexcept {
     const bool isNegative = accept('-');
     if (!isNegative) accept('+');
@@ -82,7 +82,7 @@ class DateTextReader {
     double numerator = 0, denominator = 1;
     for (int digits = 0; startsWithDigit(); ++digits) {
       const auto digit = static_cast<double>(nextDigit());
-      if (digits >= 15) continue;  // more than a double of seconds holds
+      if (digits >= 15) continue;  // more digits than a double of seconds can hold
       numerator = numerator * 10 + digit;
       denominator *= 10;
     }
@@ -90,7 +90,7 @@ class DateTextReader {
     return true;
   }
 
-  /// Nothing, "Z", "+01", "+0100" or "+01:00", after an optional space; and the end of the text.
+  /// Nothing, "Z", "+01", "+0100" or "+01:00", after an optional space, up to the end of the text.
   constexpr bool readOffset(std::int64_t& seconds) noexcept {
     if (text_.empty()) return true;
     accept(' ');
@@ -110,7 +110,7 @@ class DateTextReader {
   std::string_view text_;
 };
 
-/// Reached only where a literal is wrong: it is not constexpr, so it stops the compilation, and its name says why.
+/// Called only for a wrong literal: it is not constexpr, so it stops the compilation, and its name gives the reason.
 inline void thisTextIsNoDate() {}
 
 }  // namespace detail

@@ -30,7 +30,7 @@ Decimal fromFloating(Floating value) noexcept {
   return magnitude < 1 ? Decimal::zero() : Decimal::notANumber();
 }
 
-/// The magnitude without its fraction, or the greatest 128-bit number where it is greater than 64 bits hold.
+/// The magnitude without its fraction; the greatest 128-bit number if the magnitude is too great for 64 bits.
 UInt128 wholePart(const Decimal& value) noexcept {
   const UInt128 mantissa = DecimalAccess::mantissa(value);
   const int exponent = value.exponent();
@@ -87,7 +87,7 @@ std::uint64_t Decimal::unsignedLongLongValue() const noexcept {
 
 double Decimal::doubleValue() const noexcept {
   if (isNaN()) return std::numeric_limits<double>::quiet_NaN();
-  // A mantissa and a power of ten that doubles hold exactly need one correctly rounded operation.
+  // If doubles hold the mantissa and the power of ten exactly, one correctly rounded operation is sufficient.
   static constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                            1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   if (high_ == 0 && low_ <= std::uint64_t{1} << 53 && exponent() >= -22 && exponent() <= 22) {
@@ -131,7 +131,8 @@ std::weak_ordering Decimal::compareWide(const Decimal& a, const Decimal& b) noex
   const int xTop = detail::digitCount(x) + a.exponent(), yTop = detail::digitCount(y) + b.exponent();
   std::weak_ordering order = xTop <=> yTop;
   if (order == 0) {
-    // As many digits before the point: the one with the greater exponent has fewer in all, and room to be aligned.
+    // Both have the same number of digits before the point, so the one with the greater exponent has fewer digits and
+    // can be scaled without overflow.
     if (a.exponent() > b.exponent()) x *= detail::powerOfTen(a.exponent() - b.exponent());
     if (b.exponent() > a.exponent()) y *= detail::powerOfTen(b.exponent() - a.exponent());
     order = x <=> y;

@@ -1,21 +1,21 @@
 // NorvikCore/platform/values/Decimal.h - exact decimal numbers, for money, rates and quantities.
 //
-// A number is a mantissa of up to 38 digits times a power of ten from -128 to 127, or not a number. It keeps its
-// exponent: 5 and 5.00 are equal, have one hash, and print as they were written.
+// A number is a mantissa of up to 38 digits times a power of ten from -128 to 127, or not-a-number. It keeps its
+// exponent: 5 and 5.00 are equal, have the same hash, and print as they were written.
 //
 //   Decimal gross = 2500.00_dec, rate = 0.20_dec;
 //   Decimal tax = gross * rate;                  // 500.0000
 //   to_string(gross - tax);                      // "2000.0000"
-//   *Decimal::parse("1234.50") + 1;              // 1235.50; parse takes the whole text or nothing
+//   *Decimal::parse("1234.50") + 1;              // 1235.50; parse accepts only the whole text
 //   (gross / 12).round(2);                       // 208.33
 //
-// A sum, difference or product is exact where 38 digits hold it; its exponent is then the smaller one of the operands,
-// for a product their sum. An exact quotient's exponent is the difference of the operands' exponents, or the nearest
-// below it that holds the quotient. What 38 digits do not hold is rounded once, to 38 digits, a half away from zero.
-// Operators behave as NSDecimalNumberHandler::defaultDecimalNumberHandler() says: they raise
-// NSDecimalNumberOverflowException when the exact magnitude is above maximumDecimalNumber(), if only by 1,
-// NSDecimalNumberUnderflowException when it is below 1E-128 and not zero, NSDecimalNumberDivideByZeroException.
-// With not-a-number as an operand the result is not-a-number, and nothing raises.
+// A sum, difference or product is exact if 38 digits can hold it. Its exponent is then the smaller one of the operands;
+// for a product it is their sum. The exponent of an exact quotient is the difference of the operands' exponents, or the
+// nearest smaller one that can hold the quotient. A result that 38 digits cannot hold is rounded once, to 38 digits, a
+// half away from zero. Operators behave as NSDecimalNumberHandler::defaultDecimalNumberHandler() says. They raise
+// NSDecimalNumberOverflowException if the exact magnitude is above maximumDecimalNumber(), even if only by 1;
+// NSDecimalNumberUnderflowException if it is below 1E-128 and not zero; and NSDecimalNumberDivideByZeroException. If an
+// operand is not-a-number, so is the result, and nothing raises.
 //
 // Literals, comparisons, abs() and the sign work in constant expressions: static_assert(rate < 1).
 //
@@ -48,7 +48,7 @@ struct DecimalAccess;
 
 class NK_EXPORT Decimal {
  public:
-  /// What a number is made of, for code that stores one. The mantissa is mantissaHigh * 2^64 + mantissaLow.
+  /// The parts of a number, for code that stores one. The mantissa is mantissaHigh * 2^64 + mantissaLow.
   struct Parts {
     std::uint64_t mantissaHigh = 0, mantissaLow = 0;
     int exponent = 0;
@@ -62,19 +62,20 @@ class NK_EXPORT Decimal {
 
   constexpr Decimal() noexcept = default;
 
-  /// Any integer; a character is none.
+  /// Any integer type, but no character type.
   template <detail::WholeNumber Integer>
   constexpr Decimal(Integer value) noexcept  // NOLINT(google-explicit-constructor): every integer is a decimal
       : low_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
         signAndExponent_(value < 0 ? signBit : 0) {}
 
-  /// A whole number below 2^64 exactly; any other number as the shortest digits, 17 at most, that read back as the same
-  /// double: Decimal(0.1) is 0.1. Infinities and magnitudes out of range are not a number; below 1E-128 is zero.
+  /// A whole number below 2^64 converts exactly. Any other number converts to the shortest digits, 17 at most, that
+  /// read back as the same double: Decimal(0.1) is 0.1. Infinities and magnitudes out of range become not-a-number; a
+  /// magnitude below 1E-128 becomes zero.
   explicit Decimal(double value) noexcept;
-  /// The same with the shortest digits, 9 at most, that read back as the same float.
+  /// The same, with the shortest digits, 9 at most, that read back as the same float.
   explicit Decimal(float value) noexcept;
   explicit Decimal(long double) = delete;
-  template <std::same_as<bool> Boolean>  // a template, so that no pointer becomes a boolean on the way
+  template <std::same_as<bool> Boolean>  // a template, so that no pointer converts to a boolean implicitly
   explicit constexpr Decimal(Boolean value) noexcept : low_(value ? 1 : 0) {}
 
   [[nodiscard]] static constexpr Decimal zero() noexcept { return Decimal(); }
@@ -88,22 +89,22 @@ class NK_EXPORT Decimal {
     return Decimal(powerOf38High, powerOf38Low - 1, maximumExponent, true);
   }
 
-  /// mantissa * 10^exponent, negated where asked. Out of range raises as arithmetic does.
+  /// mantissa * 10^exponent, negated if `isNegative`. Out of range raises as arithmetic does.
   [[nodiscard]] static Decimal decimalNumberWithMantissa(std::uint64_t mantissa, std::int16_t exponent,
                                                          bool isNegative);
-  /// parse(), or not-a-number where the text is no number.
+  /// parse(), or not-a-number if the text is not a number.
   [[nodiscard]] static Decimal decimalNumberWithString(std::string_view text) noexcept;
-  /// Reads [+-]digits[.digits][E[+-]digits] ("12", "-0.50", ".5", "5.", "1E6") or "NaN": the whole text, or nothing. No
-  /// spaces, no grouping. More than 38 digits are rounded, a half away from zero. A magnitude above the greatest or,
-  /// other than zero, below 1E-128 reads as nothing.
+  /// Reads [+-]digits[.digits][E[+-]digits] ("12", "-0.50", ".5", "5.", "1E6") or "NaN". The result is empty unless the
+  /// whole text has this form, without spaces and grouping. More than 38 digits are rounded, a half away from zero. The
+  /// result is also empty for a magnitude above the greatest, or below 1E-128 except zero.
   [[nodiscard]] static std::optional<Decimal> parse(std::string_view text) noexcept;
-  /// Empty where the mantissa has more than 38 digits or the exponent is out of range. A negative zero becomes zero.
+  /// Empty if the mantissa has more than 38 digits or the exponent is out of range. A negative zero becomes zero.
   [[nodiscard]] static std::optional<Decimal> fromParts(const Parts& parts) noexcept;
 
   [[nodiscard]] Parts parts() const noexcept;
   [[nodiscard]] constexpr bool isNaN() const noexcept { return high_ == notANumberMark; }
   [[nodiscard]] constexpr bool isZero() const noexcept { return (low_ | high_) == 0; }
-  /// Neither zero nor not-a-number is negative.
+  /// False for zero and for not-a-number.
   [[nodiscard]] constexpr bool isNegative() const noexcept { return (signAndExponent_ & signBit) != 0; }
   /// 0 for not-a-number.
   [[nodiscard]] constexpr int exponent() const noexcept { return static_cast<std::int32_t>(signAndExponent_); }
@@ -117,8 +118,8 @@ class NK_EXPORT Decimal {
                                                      const NSDecimalNumberHandler& behavior) const;
   [[nodiscard]] Decimal decimalNumberByDividingBy(const Decimal& other) const { return *this / other; }
   [[nodiscard]] Decimal decimalNumberByDividingBy(const Decimal& other, const NSDecimalNumberHandler& behavior) const;
-  /// The power 0 of any number is 1. Beyond 76 digits the product is carried on in 76, then rounded. Cost: the
-  /// logarithm of the power.
+  /// The power 0 of any number is 1. A product of more than 76 digits is continued with 76 digits, and the result is
+  /// rounded. Cost: the logarithm of the power.
   [[nodiscard]] Decimal decimalNumberByRaisingToPower(
       std::uint64_t power,
       const NSDecimalNumberHandler& behavior = NSDecimalNumberHandler::defaultDecimalNumberHandler()) const;
@@ -131,7 +132,7 @@ class NK_EXPORT Decimal {
   [[nodiscard]] Decimal round(int places, NSRoundingMode mode = NSRoundPlain) const;
   [[nodiscard]] constexpr Decimal abs() const noexcept { return Decimal(high_, low_, signAndExponent_ & ~signBit); }
 
-  /// Not-a-number is the same as itself and less than every number, so that the order is total.
+  /// Not-a-number equals itself and is less than every number, so that the order is total.
   [[nodiscard]] NSComparisonResult compare(const Decimal& other) const noexcept {
     return comparisonResult(*this <=> other);
   }
@@ -139,14 +140,14 @@ class NK_EXPORT Decimal {
   /// Plain digits: no grouping, no power of ten, as many digits after the point as the exponent says; "NaN". 168
   /// characters at most.
   [[nodiscard]] std::string stringValue() const;
-  /// The fraction is discarded. Out of range gives the nearest end of the range; not-a-number gives 0.
+  /// The fraction is discarded. A number out of range becomes the nearest end of the range; not-a-number becomes 0.
   [[nodiscard]] std::int64_t longLongValue() const noexcept;
   [[nodiscard]] std::uint64_t unsignedLongLongValue() const noexcept;
-  /// The nearest double, a tie going to the even one.
+  /// The nearest double; a tie goes to the even one.
   [[nodiscard]] double doubleValue() const noexcept;
   /// True for a number other than zero.
   [[nodiscard]] constexpr bool boolValue() const noexcept { return !isZero() && !isNaN(); }
-  /// Depends on the numeric value only; NumberHash.h gives integers and doubles the same.
+  /// Depends only on the numeric value; NumberHash.h gives equal integers and doubles the same hash.
   [[nodiscard]] std::size_t hash() const noexcept;
 
   [[nodiscard]] friend Decimal operator+(const Decimal& a, const Decimal& b) {
@@ -176,7 +177,7 @@ class NK_EXPORT Decimal {
   Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
   Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
   Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
-  /// What is left of `a` after whole multiples of `b` are taken away, exactly: less than `b` in magnitude, with the
+  /// The exact remainder of `a` after subtracting whole multiples of `b`: less than `b` in magnitude, with the
   /// sign of `a`, as for integers (-7 % 3 is -1). The exponent is the smaller one of the operands. Raises
   /// NSDecimalNumberDivideByZeroException. Cost: proportional to the difference of the exponents, 255 at most.
   [[nodiscard]] friend Decimal operator%(const Decimal& a, const Decimal& b) { return remainder(a, b); }
@@ -197,7 +198,7 @@ class NK_EXPORT Decimal {
       return a.smallOrder() <=> b.smallOrder();
     return compareUnlike(a, b);
   }
-  // As <=> says, without its three-way result in between.
+  // The same order as <=>, without computing its three-way result.
   [[nodiscard]] friend constexpr bool operator<(const Decimal& a, const Decimal& b) noexcept {
     if (alike(a, b)) [[likely]]
       return a.smallOrder() < b.smallOrder();
@@ -207,9 +208,9 @@ class NK_EXPORT Decimal {
   [[nodiscard]] friend constexpr bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
   [[nodiscard]] friend constexpr bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
 
-  /// Writes stringValue(); the stream's width, fill and adjustment count.
+  /// Writes stringValue(); the stream's width, fill and adjustment apply.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& stream, const Decimal& value);
-  /// Reads one word and sets failbit, leaving `value` as it is, where the word is no number.
+  /// Reads one word. If the word is not a number, sets failbit and leaves `value` unchanged.
   NK_EXPORT friend std::istream& operator>>(std::istream& stream, Decimal& value);
 
  private:
@@ -225,7 +226,7 @@ class NK_EXPORT Decimal {
   constexpr Decimal(std::uint64_t high, std::uint64_t low, std::uint64_t signAndExponent) noexcept
       : low_(low), high_(high), signAndExponent_(signAndExponent) {}
 
-  /// Whether both are numbers below 2^62 units of the same power of ten, as most amounts are.
+  /// True if both are numbers below 2^62 units of the same power of ten, as most amounts are.
   static constexpr bool alike(const Decimal& a, const Decimal& b) noexcept {
     return (a.high_ | b.high_ | ((a.low_ | b.low_) >> 62) | (a.signAndExponent_ ^ b.signAndExponent_) << 1) == 0;
   }
@@ -233,7 +234,7 @@ class NK_EXPORT Decimal {
     const auto sign = static_cast<std::int64_t>(signAndExponent_) >> 63;
     return (static_cast<std::int64_t>(low_) ^ sign) - sign;
   }
-  /// In the order of smallValue() where no zero is negative: a negative value less one, which takes one step less.
+  /// Has the order of smallValue(), because no zero is negative: a negative value is one less, which saves a step.
   [[nodiscard]] constexpr std::int64_t smallOrder() const noexcept {
     return static_cast<std::int64_t>(low_) ^ static_cast<std::int64_t>(signAndExponent_) >> 63;
   }
@@ -248,7 +249,7 @@ class NK_EXPORT Decimal {
   static constexpr std::weak_ordering compareConstants(const Decimal& a, const Decimal& b) noexcept;
 
   std::uint64_t low_ = 0, high_ = 0;
-  std::uint64_t signAndExponent_ = 0;  // the top bit and the lower half: one word to load and compare
+  std::uint64_t signAndExponent_ = 0;  // the top bit and the lower half, so that both are one word to load and compare
 };
 
 static_assert(sizeof(Decimal) == 24 && alignof(Decimal) == 8);
@@ -262,7 +263,7 @@ constexpr std::weak_ordering Decimal::compareConstants(const Decimal& a, const D
   Whole x = Whole{a.high_} << 64 | a.low_;
   const Whole y = Whole{b.high_} << 64 | b.low_, greatest = (Whole{powerOf38High} << 64 | powerOf38Low) - 1;
   for (int shift = a.exponent() - b.exponent(); shift > 0; --shift) {
-    if (x > greatest / 10) return signA <=> 0;  // beyond every mantissa
+    if (x > greatest / 10) return signA <=> 0;  // greater than every mantissa
     x *= 10;
   }
   return signA > 0 ? x <=> y : y <=> x;
@@ -270,7 +271,7 @@ constexpr std::weak_ordering Decimal::compareConstants(const Decimal& a, const D
 
 namespace detail {
 
-/// Unchecked ways in and out, for the library's own sources.
+/// Unchecked construction and access, for the library's own sources.
 struct DecimalAccess {
   static constexpr Decimal make(UInt128 mantissa, int exponent, bool negative) noexcept {
     return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,

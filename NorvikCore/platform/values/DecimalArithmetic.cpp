@@ -1,4 +1,4 @@
-// Arithmetic on decimal numbers beyond what the header does in 64 bits.
+// Arithmetic on decimal numbers that the header's 64-bit paths do not cover.
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/internal/DecimalAlignment.h"
@@ -17,7 +17,7 @@ using detail::Tail;
 using detail::UInt128;
 using detail::UInt256;
 
-constexpr int wideDigits = 76;  // what an aligned sum may need before it is rounded
+constexpr int wideDigits = 76;  // the most digits that an aligned sum keeps before rounding
 
 const NSDecimalNumberHandler& plain() { return NSDecimalNumberHandler::defaultDecimalNumberHandler(); }
 
@@ -27,7 +27,7 @@ UInt256 scaled(UInt128 mantissa, int shift) noexcept {
   return detail::multiply(mantissa * powerOfTen(first), powerOfTen(shift - first));
 }
 
-/// a - b or a + b by sign; the sign of the result in `negative`.
+/// a - b or a + b, depending on the signs; `negative` receives the sign of the result.
 template <class Wide>
 Wide combine(const Wide& a, bool aNegative, const Wide& b, bool bNegative, bool& negative) noexcept {
   negative = aNegative;
@@ -54,8 +54,8 @@ Decimal add(const Decimal& a, const Decimal& b, const NSDecimalNumberHandler& be
     const UInt256 sum = combine(scaled(x, shift), upper.isNegative(), UInt256(y), lower.isNegative(), negative);
     return detail::settle(sum, Tail::none, lower.exponent(), negative, behavior);
   }
-  // The lower number reaches below the 76 digits that are computed. What is cut of it only decides between below, at
-  // and above a half, 37 digits further up: that it is not zero is all that counts.
+  // The lower number reaches below the 76 digits that are computed. The part that is cut only decides whether the rest
+  // is below, at or above a half, 37 digits further up. So it only matters whether that part is zero.
   const int room = wideDigits - digits, below = shift - room;
   UInt128 cut = y;
   const UInt128 kept = below > 38 ? 0 : detail::divideByPowerOfTen(y, below, cut);
@@ -70,14 +70,14 @@ Decimal multiply(const Decimal& a, const Decimal& b, const NSDecimalNumberHandle
                         a.exponent() + b.exponent(), a.isNegative() != b.isNegative(), behavior);
 }
 
-/// A quotient: the digits asked for, or all of an exact one.
+/// A quotient: the requested digits, or all digits of an exact quotient.
 struct Quotient {
   UInt128 mantissa;
   Tail tail;
   int digitsAdded;  // the mantissa is the operands' quotient times 10 to this power
 };
 
-/// Takes up to `limit` trailing zeros off.
+/// Removes up to `limit` trailing zeros; reduces `limit` by the number removed.
 [[gnu::noinline]] void strip(UInt128& mantissa, int& limit) noexcept {
   for (int step = 16; step > 0; step /= 2) {
     while (step <= limit) {
@@ -92,21 +92,21 @@ struct Quotient {
 
 constexpr std::uint64_t firstBeyondSmall = detail::powersOfTen64[19];
 
-/// What two steps of 19 digits each come to, the second only where the first leaves a remainder.
+/// The result of two division steps of 19 digits each; the second step is taken only if the first leaves a remainder.
 struct SmallQuotient {
   UInt128 mantissa;
   int digitsAdded;
-  std::uint64_t remainder, divisor;  // shifted alike
+  std::uint64_t remainder, divisor;  // both shifted by the same number of bits
 };
 
-/// Of operands from 1 to below 10^19.
+/// For operands from 1 to below 10^19.
 [[gnu::always_inline]] inline SmallQuotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
-  const detail::Divisor divisor(b);  // takes longest, and does not wait for what follows
-  // With as many digits in both, the quotient is between 0.1 and 10; it needs one more zero where it is below 1.
+  const detail::Divisor divisor(b);  // takes longest, and does not depend on the next lines
+  // After both are scaled to equally many digits, the quotient is between 0.1 and 10; below 1 it needs one more zero.
   const int longer = detail::digitCount(a) - detail::digitCount(b);
   UInt128 dividend = a * detail::powerOfTen(18 - longer);
   const bool less = dividend < detail::wideProduct(b, detail::powersOfTen64[18]);
-  dividend *= 1 + 9 * static_cast<unsigned>(less);  // a branch would be predicted wrongly half of the time
+  dividend *= 1 + 9 * static_cast<unsigned>(less);  // a branch would be mispredicted half of the time
   dividend <<= divisor.shift();
 
   SmallQuotient quotient{0, 18 - longer + static_cast<int>(less), 0, divisor.normal()};
@@ -122,7 +122,7 @@ struct SmallQuotient {
   return quotient;
 }
 
-/// 38 digits by one division of 256 by 128 bits.
+/// 38 digits, by one division of 256 by 128 bits.
 Quotient divideWide(UInt128 a, UInt128 b) noexcept {
   const int digitsA = detail::digitCount(a), digitsB = detail::digitCount(b);
   const bool less = digitsA >= digitsB ? a < b * powerOfTen(digitsA - digitsB) : a * powerOfTen(digitsB - digitsA) < b;
@@ -153,7 +153,7 @@ Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandle
                         a.isNegative() != b.isNegative(), behavior);
 }
 
-// The rarer ways of Decimal::divide, out of its sight so that it keeps to few registers.
+// The rarer paths of Decimal::divide, not inlined so that it uses few registers.
 
 [[gnu::noinline]] Decimal divideBySlowly(const Decimal& a, const Decimal& b) { return divideBy(a, b, plain()); }
 
@@ -186,8 +186,8 @@ Decimal Decimal::divide(const Decimal& a, const Decimal& b) {
   const int exponent = a.exponent() - b.exponent() - quotient.digitsAdded;
   if (quotient.remainder == 0 || exponent < minimumExponent || exponent > maximumExponent) [[unlikely]]
     return settleSmall(quotient, exponent, a.isNegative() != b.isNegative());
-  // What two numbers of 19 digits do not divide exactly is at least 10^-20 away from the next power of ten: 38 digits
-  // of it are never rounded to one digit more.
+  // An inexact quotient of two numbers of 19 digits differs from the next power of ten by at least 10^-20 of it. So
+  // rounding to 38 digits never adds a digit.
   const bool roundsUp = quotient.remainder >= quotient.divisor - quotient.remainder;
   return DecimalAccess::make(quotient.mantissa + (roundsUp ? 1u : 0u), exponent, a.isNegative() != b.isNegative());
 }
@@ -239,7 +239,7 @@ Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumbe
 }
 
 Decimal Decimal::round(int places, NSRoundingMode mode) const {
-  constexpr int most = maximumExponent + maximumDigits;  // whatever is rounded further is zero or overflows
+  constexpr int most = maximumExponent + maximumDigits;  // rounding further gives zero or overflows
   if (places >= -minimumExponent) return *this;
   const auto scale = static_cast<std::int16_t>(std::max(places, -most - 1));
   return decimalNumberByRoundingAccordingToBehavior(NSDecimalNumberHandler({.roundingMode = mode, .scale = scale}));
@@ -251,7 +251,8 @@ Decimal Decimal::remainder(const Decimal& a, const Decimal& b) {
   UInt128 rest = DecimalAccess::mantissa(a), divisor = DecimalAccess::mantissa(b);
   int shift = a.exponent() - b.exponent();
   const int exponent = std::min(a.exponent(), b.exponent());
-  if (shift < 0) {  // the divisor in units of the smaller exponent; a longer one than any mantissa leaves all of a
+  // Scales the divisor to units of the smaller exponent. If it is then longer than any mantissa, the remainder is `a`.
+  if (shift < 0) {
     if (-shift + detail::digitCount(divisor) > maximumDigits) return a;
     divisor *= detail::powerOfTen(-shift);
   }

@@ -1,11 +1,12 @@
-// NorvikCore/platform/values/DecimalSum.h - the sum of many decimal numbers, several times as fast as adding them up.
+// NorvikCore/platform/values/DecimalSum.h - the sum of many decimal numbers, several times as fast as repeated
+// addition.
 //
 //   DecimalSum net;
 //   for (const Payslip& slip : slips) net += slip.net;
 //   Decimal total = net.value();
 //
-// The sum is what plain additions in the same order give, starting from 0: the digits, the exponent, not-a-number, and
-// the exceptions, which the addition that causes them raises and which leave the sum as it was.
+// The sum equals the result of plain additions in the same order, starting from 0: the digits, the exponent,
+// not-a-number, and the exceptions. An addition that raises leaves the sum unchanged.
 //
 // A value; distinct sums are independent.
 #pragma once
@@ -34,7 +35,7 @@ class NK_EXPORT DecimalSum {
     return *this;
   }
 
-  /// Adds numbers that stand one after the other.
+  /// Adds `count` consecutive numbers.
   void add(const Decimal* numbers, std::size_t count) {
     for (const Decimal* number = numbers; number != numbers + count; ++number) *this += *number;
   }
@@ -42,9 +43,9 @@ class NK_EXPORT DecimalSum {
   [[nodiscard]] Decimal value() const noexcept;
 
  private:
-  static constexpr int noExponent = 1000;  // of no number: every addition takes the wide path
+  static constexpr int noExponent = 1000;  // no number has it, so every addition takes the wide path
 
-  /// Whether the magnitude is below 2^126, and so below 10^38.
+  /// True if the magnitude is below 2^126, and so below 10^38.
   static bool fits(detail::Int128 sum) noexcept {
     return static_cast<std::uint64_t>(static_cast<detail::UInt128>(sum) >> 64) + (std::uint64_t{1} << 62) <
            std::uint64_t{1} << 63;
@@ -52,7 +53,7 @@ class NK_EXPORT DecimalSum {
   void addWide(const Decimal& number);
 
   detail::Int128 total_ = 0;  // in units of 10^exponent_
-  Decimal wide_;              // the sum while total_ cannot hold it
+  Decimal wide_;              // the sum if total_ cannot hold it
   int exponent_ = 0;
 };
 

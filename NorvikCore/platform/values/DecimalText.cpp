@@ -14,7 +14,7 @@ namespace norvik {
 namespace detail {
 namespace {
 
-/// Writes exactly `count` digits of n, with leading zeros, so that they end before `end`.
+/// Writes exactly `count` digits of n, with leading zeros, so that they end at `end`.
 void writeBackwards(char* end, std::uint64_t n, int count) noexcept {
   for (; count >= 2; count -= 2) {
     end -= 2;
@@ -31,7 +31,7 @@ bool digitAt(const char* p, const char* last) noexcept {
   return p != last && static_cast<unsigned char>(*p - '0') < 10;
 }
 
-/// The digits of a number being read: 38 are kept, and of the others what rounding needs.
+/// The digits of a number that is being read: 38 are kept, and of the others only what rounding needs.
 class Digits {
  public:
   void take(unsigned digit) noexcept {
@@ -63,7 +63,7 @@ class Digits {
   Tail tail_ = Tail::none;
 };
 
-/// Reads E[+-]digits, if that is what stands at p; an exponent beyond all numbers is held at a million.
+/// Reads E[+-]digits if that is at p. A huge written exponent is limited, far beyond the range of any number.
 const char* readExponent(const char* p, const char* last, std::int64_t& exponent) noexcept {
   const char* q = p + 1;
   const bool negative = q != last && *q == '-';
@@ -76,7 +76,7 @@ const char* readExponent(const char* p, const char* last, std::int64_t& exponent
   return q;
 }
 
-/// Reads what most numbers are, [-]digits[.digits] of up to 18 digits with nothing like an exponent after them.
+/// The fast path for most numbers: [-]digits[.digits] with up to 18 digits and no E after them. Null for all others.
 const char* readShort(const char* first, const char* last, Decimal& value) noexcept {
   const char* p = first;
   const bool negative = p != last && *p == '-';
@@ -179,7 +179,7 @@ ReadResult readDecimal(const char* first, const char* last, Decimal& value) noex
 
 namespace {
 
-/// Reads the whole text, a plus sign allowed, or says false.
+/// Reads the whole text, with an optional plus sign; false if it is not a number.
 bool readWhole(std::string_view text, Decimal& value) noexcept {
   const char* first = text.data();
   const char* const last = first + text.size();

@@ -1,9 +1,10 @@
-// NorvikCore/platform/values/Decimal_charconv.h - decimal numbers from and to characters, in the manner of <charconv>.
+// NorvikCore/platform/values/Decimal_charconv.h - conversion of decimal numbers from and to characters, like
+// <charconv>.
 //
 //   char text[longestDecimalText];
 //   auto [end, error] = to_chars(text, text + sizeof text, 1234.5_dec, 2);   // "1234.50"
 //
-// Nothing is allocated, nothing is thrown, and no locale counts.
+// Nothing is allocated or thrown, and the locale has no effect.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -13,16 +14,17 @@
 
 namespace norvik {
 
-/// Room enough for every number's plain text.
+/// The length of the longest plain text of a number.
 inline constexpr std::size_t longestDecimalText = 168;
 
-/// Reads [-]digits[.digits][E[+-]digits] or NaN as far as it goes. Where that is no number, or one out of range,
-/// `value` stays as it is.
+/// Reads the longest prefix that is [-]digits[.digits][E[+-]digits] or NaN. If that is not a number, or is out of
+/// range, `value` is unchanged.
 NK_EXPORT std::from_chars_result from_chars(const char* first, const char* last, Decimal& value) noexcept;
 
 /// Writes stringValue().
 NK_EXPORT std::to_chars_result to_chars(char* first, char* last, const Decimal& value) noexcept;
-/// Writes the number with exactly that many digits after the point, rounded plainly; a negative count is 0.
+/// Writes the number with exactly that many digits after the point, rounded (a half away from zero); a negative count
+/// means 0.
 NK_EXPORT std::to_chars_result to_chars(char* first, char* last, const Decimal& value, int fractionDigits) noexcept;
 
 }  // namespace norvik

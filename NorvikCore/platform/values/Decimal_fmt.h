@@ -1,14 +1,14 @@
-// NorvikCore/platform/values/Decimal_fmt.h - decimal numbers in {fmt} format strings. Needs {fmt} on the user's side.
+// NorvikCore/platform/values/Decimal_fmt.h - decimal numbers in {fmt} format strings. The user must have {fmt}.
 //
 //   fmt::format("{}", 1234.5_dec);             // "1234.5"
 //   fmt::format("{:>10.2f}|", 1234.5_dec);     // "   1234.50|"
 //   fmt::format("{:+08.1}", -2.25_dec);        // "-00002.3"
 //   fmt::format("{:,.2f}", 1234567.5_dec);     // "1,234,567.50"
 //
-// [[fill]align][sign][0][width][,][.precision][f]: numbers are aligned to the right by default. A comma separates
-// thousands, and cannot be combined with 0. A precision rounds plainly and pads with zeros; without one all digits are
-// written.
-#pragma once  // include time: <fmt/format.h> is what it is for
+// [[fill]align][sign][0][width][,][.precision][f]: numbers are right-aligned by default. A comma separates thousands,
+// and cannot be combined with 0. A precision rounds (a half away from zero) and pads with zeros; without a precision
+// all digits are written.
+#pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_charconv.h"
@@ -80,7 +80,7 @@ struct fmt::formatter<norvik::Decimal> {
  private:
   static constexpr int mostPlaces = 999;
 
-  /// The number at p, or -1 where there is none.
+  /// The number at p, or -1 if there is none.
   template <class Iterator>
   static constexpr int number(Iterator& p, Iterator end) {
     if (p == end || *p < '0' || *p > '9') return -1;

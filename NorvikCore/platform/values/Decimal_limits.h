@@ -18,7 +18,7 @@ class std::numeric_limits<norvik::Decimal> {
   static constexpr bool traps = true, tinyness_before = true;
   static constexpr std::float_round_style round_style = std::round_to_nearest;
   static constexpr int radix = 10, digits = 38, digits10 = 38, max_digits10 = 38;
-  // The exponents of a mantissa in [0.1, 1), as the standard counts them.
+  // The exponents for a mantissa in [0.1, 1), as the standard defines them.
   static constexpr int min_exponent = -127, min_exponent10 = -128, max_exponent = 165, max_exponent10 = 164;
 
   /// The smallest number above zero, 1E-128.

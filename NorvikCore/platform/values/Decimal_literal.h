@@ -2,8 +2,8 @@
 //
 //   const Decimal amount = 1'234.50_dec, rate = 2E-1_dec;
 //
-// Made by the compiler, exactly: more than 38 digits, an exponent out of range, or anything but a decimal number
-// (0x10_dec) does not compile.
+// The compiler converts a literal exactly. More than 38 digits, an exponent out of range, or anything but a decimal
+// number (0x10_dec) does not compile.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -11,7 +11,8 @@
 namespace norvik {
 namespace detail {
 
-// Reached only where a literal is wrong: a function that is not constexpr stops the compilation, and its name says why.
+// Called only for a wrong literal: a function that is not constexpr stops the compilation, and its name gives the
+// reason.
 inline void thisIsNoDecimalLiteral() {}
 inline void thisDecimalLiteralHasMoreThan38Digits() {}
 inline void thisDecimalLiteralHasAnExponentOutOfRange() {}

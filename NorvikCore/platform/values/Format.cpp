@@ -22,7 +22,7 @@ std::size_t utf16Units(std::string_view text) noexcept {
   return units;
 }
 
-/// The start of `text` with at most `limit` UTF-16 units, whole characters only.
+/// The longest start of `text` with at most `limit` UTF-16 units, whole characters only.
 std::string_view firstUnits(std::string_view text, std::size_t limit) noexcept {
   std::size_t units = 0, end = 0;
   while (end < text.size()) {
@@ -34,7 +34,7 @@ std::string_view firstUnits(std::string_view text, std::size_t limit) noexcept {
   return text.substr(0, end);
 }
 
-/// The start of `text` with at most `limit` bytes, whole characters only.
+/// The longest start of `text` with at most `limit` bytes, whole characters only.
 std::string_view firstBytes(std::string_view text, std::size_t limit) noexcept {
   if (text.size() <= limit) return text;
   while (limit > 0 && isContinuation(text[limit])) --limit;
@@ -54,16 +54,16 @@ std::string_view boundedText(const FormatArgument& argument, int precision) noex
   const char* text = static_cast<const char*>(argument.pointer);
   std::size_t limit = argument.length;
   if (precision >= 0) limit = std::min(limit, static_cast<std::size_t>(precision));
-  // strnlen stops at the limit: an array or a field without a terminating zero is not read beyond its end.
+  // strnlen stops at the limit, so an array without a terminating zero is not read beyond its end.
   const std::size_t length = limit == static_cast<std::size_t>(-1) ? std::strlen(text) : ::strnlen(text, limit);
   return {text, length};
 }
 
-/// Drops a character that the end of `text` cuts.
+/// Drops an incomplete character at the end of `text`.
 std::string_view wholeCharacters(std::string_view text) noexcept {
   std::size_t last = text.size();
   while (last > 0 && isContinuation(text[last - 1])) --last;
-  if (last == 0) return text;  // no lead byte: these bytes were never characters
+  if (last == 0) return text;  // no lead byte: these bytes are not characters
   const auto lead = static_cast<unsigned char>(text[last - 1]);
   const std::size_t needed = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
   return text.size() - (last - 1) < needed ? text.substr(0, last - 1) : text;
@@ -120,7 +120,7 @@ void appendObject(FormatBuffer& out, const FormatArgument& argument, const Forma
 
 void appendCharacter(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
   if (argument.kind() == FormatKind::character &&
-      argument.bytes() == 1) {  // a byte, perhaps one of several of a character
+      argument.bytes() == 1) {  // one byte, which may be a part of a character
     const char byte = static_cast<char>(argument.integer);
     return appendPadded(out, std::string_view(&byte, 1), field);
   }
@@ -163,7 +163,7 @@ void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& ar
   }
 }
 
-/// Walks a format: plain text goes out as it is, each directive takes its arguments in order or by position.
+/// Walks through a format: plain text is copied, and each directive takes its arguments in order or by position.
 class Renderer {
  public:
   Renderer(FormatBuffer& out, std::string_view format, FormatArguments arguments) noexcept
@@ -182,7 +182,7 @@ class Renderer {
   }
 
  private:
-  /// The common directives, a letter alone: numbers and text as they are. False where it is something else.
+  /// The common directives, which are a letter alone: numbers and text without formatting. False for all others.
   bool renderPlain(std::size_t at) {
     if (at >= format_.size() || next_ >= arguments_.size()) return false;
     const FormatArgument& argument = arguments_.data()[next_];
@@ -234,7 +234,7 @@ class Renderer {
                       .precision = directive.precision};
     bool fits = takeField(directive.widthArgument, field.width);
     fits = takeField(directive.precisionArgument, field.precision) && fits;
-    if (field.width < 0) {  // a negative width that came through * aligns to the left
+    if (field.width < 0) {  // a negative width from a * aligns to the left
       field.leftAlign = true;
       field.width = -field.width;
     }
@@ -253,7 +253,7 @@ class Renderer {
     return index < arguments_.size() ? arguments_.data() + index : nullptr;
   }
 
-  /// Takes a width or precision from the arguments where a * stands for it.
+  /// Takes a width or precision from the arguments if it was written as *.
   bool takeField(int argument, int& number) noexcept {
     if (argument == FormatDirective::none) return true;
     const FormatArgument* given = take(argument);
@@ -270,7 +270,7 @@ class Renderer {
   std::size_t next_ = 0;
 };
 
-/// Whether what the argument refers to is no longer than that, found out without reading more.
+/// True if the content of the argument is at most `size` bytes; reads no more than is needed to decide that.
 bool isWithin(const FormatArgument& argument, std::size_t size) noexcept {
   switch (argument.kind()) {
     case FormatKind::string:

@@ -4,13 +4,14 @@
 //   stringWithFormat(runtimeFormat(pattern), 3, name);          // a format known only at run time is marked
 //   stringWithFormat("%2$@ %1$@", "world", "hello");            // positions count from 1
 //
-// FormatDirective.h lists the directives and what each takes. An argument keeps its type, so lengths ("%ld", "%hhu")
-// are accepted and mean nothing, %d, %i and %u all show the number the argument has, and %x and %o show a negative one
-// as the two's complement of its own width. An absent value shows as "(null)". Fields count UTF-16 units, the precision
-// of %s bytes; neither cuts a character in two.
+// FormatDirective.h lists the directives and the arguments that each accepts. An argument keeps its type, so lengths
+// ("%ld", "%hhu") are accepted and have no effect; %d, %i and %u all show the number of the argument, and %x and %o
+// show a negative number as the two's complement of its own width. An absent value shows as "(null)". Field widths
+// count UTF-16 units, the precision of %s counts bytes; neither cuts a character in two.
 //
-// In a run-time format a directive without a fitting argument shows as "(bad argument)", a percent sign that starts no
-// directive as "(bad format)", and surplus arguments are ignored. No format can read anything but its arguments.
+// In a run-time format a directive without a suitable argument shows as "(bad argument)", a percent sign that does not
+// begin a directive shows as "(bad format)", and surplus arguments are ignored. No format can read anything except its
+// arguments.
 //
 // Formatting is safe on any thread and independent of the C locale.
 #pragma once  // include time: <string> and <optional>: arguments of either are text
@@ -37,25 +38,26 @@ class NSNumber;
 
 namespace detail {
 
-/// One argument, its type replaced by a kind. Refers to the argument, so it lives as long as the call.
+/// One argument with its type reduced to a kind. It refers to the argument, so it is valid only during the call.
 struct FormatArgument {
   using Describe = NSString (*)(const void*);
 
   [[nodiscard]] constexpr FormatKind kind() const noexcept { return static_cast<FormatKind>(kindAndBytes & 0xFF); }
-  /// The size of an integer's type; that of a described value whose copy says the same for ever; else 0.
+  /// For an integer, the size of its type; for a described value whose copy always has the same description, its size;
+  /// else 0.
   [[nodiscard]] constexpr unsigned bytes() const noexcept { return unsigned{kindAndBytes} >> 8; }
   constexpr void setKind(FormatKind kind, std::size_t bytes = 0) noexcept {
     kindAndBytes = static_cast<std::uint16_t>(static_cast<std::size_t>(kind) | bytes << 8);
   }
 
-  std::uint16_t kindAndBytes = 0;  // one number, so that a call site stores both at once
+  std::uint16_t kindAndBytes = 0;  // one number, so that a call site stores both in one step
   union {
     std::int64_t integer = 0;  // an unsigned number is stored as its bits
     double floating;
     const void* pointer;  // the text, the string, the value or the object
   };
   union {
-    std::size_t length = 0;  // of a text; how many bytes a cText may have
+    std::size_t length = 0;  // of a text; for a cText the most bytes that may be read
     Describe describe;
   };
 };
@@ -77,8 +79,8 @@ template <class T> inline constexpr bool isPlainValue =
 template <class T> concept HasObject = requires(const T& holder) { requires RefersToDescribable<decltype(holder.object())>; };
 // clang-format on
 
-/// The text that %@ shows: of an object or a value its description, of a number its digits, of a class or selector its
-/// name.
+/// The text that %@ shows: the description of an object or a value, the digits of a number, the name of a class or
+/// selector.
 template <class T>
 NSString describeFormatted(const void* content) {
   const T& value = *static_cast<const T*>(content);
@@ -91,7 +93,7 @@ NSString describeFormatted(const void* content) {
   }
 }
 
-/// The kind of arguments of type T, before it is known whether one is absent.
+/// The kind of arguments of type T, unless the argument is absent.
 template <class T>
 consteval FormatKind formatKind() {
   if constexpr (isOptional<T>) {
@@ -167,7 +169,7 @@ FormatArgument formatArgument(const T& value) {
     } else if constexpr (std::is_array_v<T>) {
       argument.pointer = value;
       argument.length = std::extent_v<T>;
-      // Where the compiler knows the text, as it knows a literal, nobody has to look for its end.
+      // If the compiler knows the text, for example a literal, its end need not be searched for.
       const char last = value[std::extent_v<T> - 1];
       if (__builtin_constant_p(last) && last == '\0') {
         if (const std::size_t length = __builtin_strlen(value); __builtin_constant_p(length)) {
@@ -204,8 +206,8 @@ FormatArgument formatArgument(const T& value) {
   return argument;
 }
 
-/// True where a copy of the argument shows the same text at any later time. Objects change, and what describes a value
-/// of the user's may read anything.
+/// True if a copy of the argument shows the same text at any later time. Objects change, and the description of a
+/// user's value may read anything.
 template <class T>
 consteval bool argumentCanWait() {
   if constexpr (isOptional<T>) {
@@ -222,7 +224,7 @@ constexpr FormatFault checkFormatFor(std::string_view format) noexcept {
   return checkFormat(format, kinds, sizeof...(Args));
 }
 
-// What the compiler names where a literal is refused: none of them is constexpr, so calling one is the error.
+// Named in the compiler's error if a literal is rejected: none of them is constexpr, so calling one is the error.
 void formatHasAnUnknownDirective();
 void formatNeedsAnotherArgument();
 void formatArgumentDoesNotFitItsDirective();
@@ -232,7 +234,7 @@ void formatFieldIsTooWide();
 
 }  // namespace detail
 
-/// The arguments of a format as a list, for code that hands them on.
+/// The arguments of a format as a list, for code that passes them on.
 class FormatArguments {
  public:
   constexpr FormatArguments() noexcept = default;
@@ -247,8 +249,8 @@ class FormatArguments {
   std::size_t count_ = 0;
 };
 
-/// Keeps the list that FormatArguments refers to: `FormatArgumentList list(3, name); f(list);`. The arguments outlive
-/// it.
+/// Holds the list that FormatArguments refers to: `FormatArgumentList list(3, name); f(list);`. The arguments must
+/// outlive it.
 template <std::size_t N>
 class FormatArgumentList {
  public:
@@ -265,7 +267,7 @@ class FormatArgumentList {
 template <class... Args>
 FormatArgumentList(const Args&...) -> FormatArgumentList<sizeof...(Args)>;
 
-/// What can be an argument of a format, as against a list of arguments.
+/// A type that can be an argument of a format, as opposed to a list of arguments.
 template <class T>
 concept FormatArgumentType = !std::is_convertible_v<const T&, FormatArguments>;
 
@@ -290,7 +292,8 @@ template <class T>
 concept NoFormat = !isFormat<T>;
 }  // namespace detail
 
-/// A format for arguments of the types Args: a literal, which the compiler checks, a run-time format, or an absent one.
+/// A format for arguments of the types Args: a literal, which the compiler checks, a run-time format, or an absent
+/// format.
 template <class... Args>
 class FormatString {
  public:
@@ -324,11 +327,11 @@ class FormatString {
         break;
     }
   }
-  /// Refers to the run-time format, which outlives the call.
+  /// Refers to the run-time format, which must outlive the call.
   FormatString(const RuntimeFormat& format) noexcept  // NOLINT(google-explicit-constructor): see above
       : text_(format.text ? format.text->view() : std::string_view()), present_(format.text.has_value()) {}
   template <detail::NoFormat Text>
-  FormatString(const Text&) {  // NOLINT(google-explicit-constructor): says what to write instead
+  FormatString(const Text&) {  // NOLINT(google-explicit-constructor): its error names the correct spelling
     static_assert(!detail::NoFormat<Text>,
                   "a format is a literal: write \"%@\", text to show a text, or runtimeFormat(text) for a pattern");
   }
@@ -336,7 +339,7 @@ class FormatString {
 
   [[nodiscard]] constexpr bool isAbsent() const noexcept { return !present_; }
   [[nodiscard]] constexpr std::string_view view() const noexcept { return text_; }
-  /// A literal whose text may be formed later, of copies of the arguments (internal/FormatCopy.h).
+  /// True for a literal whose text may be formed later, from copies of the arguments (internal/FormatCopy.h).
   [[nodiscard]] constexpr bool canWait() const noexcept { return canWait_; }
 
  private:
@@ -344,16 +347,16 @@ class FormatString {
   bool present_ = false, canWait_ = false;
 };
 
-/// A FormatString as a function's parameter: its arguments' types come from the other parameters.
+/// A FormatString as a function's parameter; the types of its arguments are deduced from the other parameters.
 template <class... Args>
 using FormatStringFor = FormatString<std::type_identity_t<Args>...>;
 
-/// The text of a format and its arguments; for callers that have them as a list.
+/// The text of a format and its arguments, for callers that have the arguments as a list.
 [[nodiscard]] NK_EXPORT NSString stringWithFormatArguments(std::string_view format, FormatArguments arguments);
 /// Appends the text, as UTF-8, to `text`.
 NK_EXPORT void appendFormatArguments(std::string& text, std::string_view format, FormatArguments arguments);
 
-/// The formatted text; an absent format gives the empty one.
+/// The formatted text; an absent format gives an empty text.
 template <class... Args>
 [[nodiscard]] NSString stringWithFormat(FormatStringFor<Args...> format, const Args&... arguments) {
   return stringWithFormatArguments(format.view(), FormatArgumentList(arguments...));

@@ -13,11 +13,12 @@
 //   p                        pointers and objects
 //   %                        nothing: a percent sign
 //
-// Length modifiers (h, hh, l, ll, q, L, z, t, j) are accepted and say nothing: the argument's own type rules.
-// Everything here is constexpr: a literal is parsed by the compiler with the code that parses a run-time format.
+// Length modifiers (h, hh, l, ll, q, L, z, t, j) are accepted and have no effect, because the argument's own type
+// decides. Everything here is constexpr: the compiler parses a literal with the same code that parses a run-time
+// format.
 #pragma once
 
-#include "NorvikCore/platform/export.h"  // refuses less than C++20 with a sentence
+#include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
 
 #include <cstddef>
 #include <cstdint>
@@ -25,10 +26,10 @@
 
 namespace norvik::detail {
 
-/// What an argument is, as far as a conversion cares.
+/// The kind of an argument, as conversions distinguish them.
 enum class FormatKind : std::uint8_t {
-  absent,     // an empty optional, reference or pointer where a value or object was meant
-  boolean,    // and the kinds that print as integers:
+  absent,     // an empty optional, reference or pointer in place of a value or object
+  boolean,    // this and the next three kinds print as integers:
   character,  //   char, char16_t, char32_t, wchar_t
   signedInteger,
   unsignedInteger,
@@ -48,13 +49,14 @@ inline constexpr int formatFieldLimit = 4096;
 struct FormatDirective {
   static constexpr int none = -1, next = 0;  // an argument is `next` or a position counted from 1
 
-  char conversion = 0;  // 0 where the text after the percent sign is no directive
+  char conversion = 0;  // 0 if the text after the percent sign is not a directive
   bool leftAlign = false, plusSign = false, spaceSign = false, alternate = false, zeroPad = false;
   int width = none, precision = none;
   int argument = next, widthArgument = none, precisionArgument = none;
 };
 
-/// The number at `at`, which moves behind it; `none` where no digit stands. Stops growing at ten times the field limit.
+/// Parses the number at `at` and moves `at` behind it; `none` if there is no digit. A number above formatFieldLimit
+/// stops growing, so it cannot overflow.
 constexpr int parseFormatNumber(std::string_view format, std::size_t& at) noexcept {
   int number = FormatDirective::none;
   for (; at < format.size() && format[at] >= '0' && format[at] <= '9'; ++at) {
@@ -64,8 +66,8 @@ constexpr int parseFormatNumber(std::string_view format, std::size_t& at) noexce
   return number;
 }
 
-/// Parses a width or a precision: a number into `number`, or * and *n$ into `argument`. False where *n is not followed
-/// by $.
+/// Parses a width or a precision: a number into `number`, or * and *n$ into `argument`. False if *n is not followed by
+/// $.
 constexpr bool parseFormatField(std::string_view format, std::size_t& at, int& number, int& argument) noexcept {
   if (at >= format.size() || format[at] != '*') {
     number = parseFormatNumber(format, at);
@@ -99,8 +101,8 @@ constexpr bool parseFormatFlag(char c, FormatDirective& directive) noexcept {
   }
 }
 
-/// Parses the directive whose percent sign stands just before `at`, and moves `at` behind it. Where there is none,
-/// `conversion` is 0 and `at` stands behind what was looked at.
+/// Parses the directive whose percent sign is just before `at`, and moves `at` behind it. If there is no directive,
+/// `conversion` is 0 and `at` is behind the characters that were examined.
 constexpr FormatDirective parseFormatDirective(std::string_view format, std::size_t& at) noexcept {
   FormatDirective directive;
   const std::size_t start = at;
@@ -128,7 +130,7 @@ constexpr FormatDirective parseFormatDirective(std::string_view format, std::siz
   return directive;
 }
 
-/// True when the conversion can show an argument of that kind.
+/// True if the conversion can show an argument of that kind.
 constexpr bool formatAccepts(char conversion, FormatKind kind) noexcept {
   using enum FormatKind;
   switch (conversion) {
@@ -156,7 +158,7 @@ constexpr bool formatAccepts(char conversion, FormatKind kind) noexcept {
   }
 }
 
-/// The integer kinds that a * takes.
+/// True for the integer kinds that a * accepts.
 constexpr bool formatAcceptsAsField(FormatKind kind) noexcept {
   return kind == FormatKind::signedInteger || kind == FormatKind::unsignedInteger;
 }
@@ -212,8 +214,8 @@ constexpr FormatFault checkFormat(std::string_view format, const FormatKind* kin
   return used == all ? FormatFault::none : FormatFault::surplusArgument;
 }
 
-/// True for a good format that gives the same text with copies of its arguments: not where it shows an address, nor
-/// where a precision bounds a text, which then may have no end of its own.
+/// True for a correct format that gives the same text with copies of its arguments. False if it shows an address, or if
+/// a precision limits a text, because that text may have no terminating zero.
 constexpr bool formatCanWait(std::string_view format) noexcept {
   for (std::size_t at = 0; at < format.size();) {
     if (format[at++] != '%') continue;

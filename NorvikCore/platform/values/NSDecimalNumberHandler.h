@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/NSDecimalNumberHandler.h - how decimal arithmetic rounds, and which faults it raises.
+// NorvikCore/platform/values/NSDecimalNumberHandler.h - how decimal arithmetic rounds, and which errors it raises.
 //
 //   const auto pennies = NSDecimalNumberHandler({.roundingMode = NSRoundBankers, .scale = 2});
 //   (2.345_dec).decimalNumberByRoundingAccordingToBehavior(pennies);   // 2.34
@@ -12,23 +12,23 @@
 
 namespace norvik {
 
-/// Which neighbour a number becomes that lies between two of them. Plain is the nearest, a half going away from zero;
-/// down is towards minus infinity and up towards plus infinity, for negative numbers too; bankers is the nearest, a
-/// half going to the even digit.
+/// How a number between two neighbours is rounded. Plain: to the nearest, a half away from zero. Down: towards minus
+/// infinity. Up: towards plus infinity. Bankers: to the nearest, a half to the even digit.
 enum NSRoundingMode : unsigned { NSRoundPlain = 0, NSRoundDown = 1, NSRoundUp = 2, NSRoundBankers = 3 };
 
-/// The scale that asks for no rounding: a result keeps all its digits, up to 38.
+/// The scale that means "no rounding": a result keeps all its digits, up to 38.
 inline constexpr std::int16_t NSDecimalNoScale = 32767;
 
-/// A rounding behaviour: mode, scale and the faults that raise.
+/// A rounding behaviour: mode, scale and the errors that raise.
 ///
-/// The scale is the greatest number of digits after the point; negative scales round before it (-3: to thousands).
-/// Rounding never adds digits. An operation rounds its exact result once, to the scale or to 38 digits, whichever is
-/// coarser.
+/// The scale is the greatest number of digits after the point; a negative scale rounds before the point (-3: to
+/// thousands). Rounding never adds digits. An operation rounds its exact result once, to the scale or to 38 digits,
+/// whichever is coarser.
 ///
-/// Faults are judged on the exact result, before the scale rounds it: a sum that a scale shortens has lost nothing,
-/// but 1/3 needs more than 38 digits and loses precision whatever the scale. A fault whose flag is not set gives
-/// not-a-number, except for a loss of precision, which gives the rounded number. A scale may round up to an overflow.
+/// Errors are determined from the exact result, before it is rounded to the scale. A sum that the scale shortens is not
+/// a loss of precision, but 1/3 needs more than 38 digits and loses precision at any scale. If the flag of an error is
+/// not set, the result is not-a-number; for a loss of precision it is the rounded number. Rounding to the scale can
+/// also cause an overflow.
 class NK_EXPORT NSDecimalNumberHandler {
  public:
   struct Settings {
@@ -55,8 +55,8 @@ class NK_EXPORT NSDecimalNumberHandler {
         {roundingMode, scale, raiseOnExactness, raiseOnOverflow, raiseOnUnderflow, raiseOnDivideByZero});
   }
 
-  /// The behaviour of an operation that names none: 38 digits, plain; overflow, underflow and division by zero raise.
-  /// The same object on every call.
+  /// The behaviour of an operation without an explicit one: 38 digits, plain; overflow, underflow and division by zero
+  /// raise. Every call returns the same object.
   [[nodiscard]] static const NSDecimalNumberHandler& defaultDecimalNumberHandler() noexcept;
 
   [[nodiscard]] constexpr NSRoundingMode roundingMode() const noexcept {

@@ -1,5 +1,5 @@
-// NorvikCore/platform/values/NSException.h - the platform's exception: a name to tell kinds apart and a reason to
-// read.
+// NorvikCore/platform/values/NSException.h - the platform's exception: a name that identifies its kind, and a reason
+// for the reader.
 //
 //   try {
 //     payslips->objectAtIndex(12);
@@ -10,15 +10,15 @@
 //   NSException::raise(NSInvalidArgumentException, "the payment date is before the start of the tax year");
 //
 // A std::exception like any other: thrown by value, caught by reference. A value: copies share their texts and never
-// throw. The user info is a dictionary, of which values know nothing: what takes or gives one is defined beside
-// NSDictionary, which its users include.
+// throw. The user info is a dictionary, and values do not depend on dictionaries: the functions that take or return one
+// are defined beside NSDictionary, which their users include.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <exception>
-#include <memory>  // the holder of the user info, whose type is not complete at this level
+#include <memory>  // the holder of the user info, whose type is incomplete in this header
 
 namespace norvik {
 
@@ -39,7 +39,7 @@ class NK_EXPORT NSException : public std::exception {
 
   [[nodiscard]] const NSString& name() const noexcept { return name_; }
   [[nodiscard]] const NSString& reason() const noexcept { return reason_; }
-  /// What else the code that raised wanted to tell; may be empty.
+  /// Additional information from the code that raised the exception; may be empty.
   [[nodiscard]] Ref<NSDictionary> userInfo() const noexcept;
 
   /// "name: reason".
@@ -51,24 +51,24 @@ class NK_EXPORT NSException : public std::exception {
   std::shared_ptr<const Ref<NSDictionary>> userInfo_;
 };
 
-/// An argument that makes no sense.
+/// An invalid argument.
 NK_EXPORT extern const NSString NSInvalidArgumentException;
-/// An index or range outside of what there is.
+/// An index or range out of bounds.
 NK_EXPORT extern const NSString NSRangeException;
-/// Whatever has no name of its own, such as a collection that changed while it was enumerated.
+/// Errors without a name of their own, such as a collection that changed while it was enumerated.
 NK_EXPORT extern const NSString NSGenericException;
-/// A state that the code holds impossible.
+/// A state that should be impossible.
 NK_EXPORT extern const NSString NSInternalInconsistencyException;
 /// A key that a class does not have. Its text is "NSUnknownKeyException".
 NK_EXPORT extern const NSString NSUndefinedKeyException;
-/// An operation that is not there.
+/// An operation that is not available.
 NK_EXPORT extern const NSString NSObjectNotAvailableException;
-/// Something that cannot be put into an archive, and an archive that is damaged or holds something else than asked for.
+/// A value that cannot be archived; an archive that is damaged or contains something else than was requested.
 NK_EXPORT extern const NSString NSInvalidArchiveOperationException;
 NK_EXPORT extern const NSString NSInvalidUnarchiveOperationException;
 /// A failing file operation.
 NK_EXPORT extern const NSString NSFileHandleOperationException;
-/// What Decimal's operations raise, as their NSDecimalNumberHandler asks.
+/// Raised by Decimal's operations, as their NSDecimalNumberHandler requires.
 NK_EXPORT extern const NSString NSDecimalNumberExactnessException;
 NK_EXPORT extern const NSString NSDecimalNumberOverflowException;
 NK_EXPORT extern const NSString NSDecimalNumberUnderflowException;

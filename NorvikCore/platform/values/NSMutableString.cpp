@@ -28,7 +28,7 @@ void NSMutableString::replaceCharactersInRange(NSRange range, const NSString& te
   const detail::StringPlace from = detail::walkUnits(bytes_, {}, range.location);
   const detail::StringPlace to = detail::walkUnits(bytes_, from, range.length);
   if (!from.secondHalf && !to.secondHalf && !text.empty() && text.isWellFormed()) [[likely]] {
-    bytes_.replace(from.byte, to.byte - from.byte, text.view());  // no halves can meet
+    bytes_.replace(from.byte, to.byte - from.byte, text.view());  // no two halves can form a pair here
     return;
   }
   std::string head = bytes_.substr(0, from.byte), tail = bytes_.substr(to.byte);

@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/NSMutableString.h - text under construction: appended to, cut and replaced in place.
+// NorvikCore/platform/values/NSMutableString.h - text that can be appended to, cut and replaced in place.
 //
 //   NSMutableString line;
 //   line.appendString("Net pay ");
@@ -6,9 +6,9 @@
 //   line.insertString("GBP ", 8);
 //   line.string();                                   // "Net pay GBP 1,234.50"
 //
-// Positions are UTF-16 units; halves that come to meet become one character. Appending takes time in proportion to what
-// is appended, everything else to the whole text. A value: copies are independent. A range beyond the text raises
-// NSRangeException.
+// Positions are UTF-16 units. Two surrogate halves that become adjacent form one character. Appending takes time in
+// proportion to the appended text, every other change in proportion to the whole text. A value: copies are independent.
+// A range beyond the text raises NSRangeException.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -26,13 +26,13 @@ class NK_EXPORT NSMutableString {
   [[nodiscard]] NSUInteger length() const noexcept { return utf8::unitCount(bytes_); }
   [[nodiscard]] bool empty() const noexcept { return bytes_.empty(); }
   [[nodiscard]] char16_t characterAtIndex(NSUInteger index) const { return string().characterAtIndex(index); }
-  /// The text so far; later changes do not reach it.
+  /// The current text; later changes do not affect it.
   [[nodiscard]] NSString string() const { return NSString::copying(bytes_); }
-  /// The bytes so far, as in NSString::view(); valid until the next change.
+  /// The current bytes, as in NSString::view(); valid until the next change.
   [[nodiscard]] std::string_view view() const noexcept { return bytes_; }
 
   void appendString(const NSString& text);
-  /// The same for plain text, without an NSString in between.
+  /// The same for plain text, without creating an NSString.
   template <detail::PlainText Text>
   void appendString(const Text& text) {
     appendBytes(text);

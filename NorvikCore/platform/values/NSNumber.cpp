@@ -19,7 +19,7 @@ Integer nearest(double value, double limit) noexcept {
 
 }  // namespace
 
-/// Calls the function with what the number is made of, in its own type.
+/// Calls the function with the number in its original type.
 template <class Function>
 auto NSNumber::visit(Function function) const {
   switch (kind_) {

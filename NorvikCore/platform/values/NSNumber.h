@@ -3,11 +3,12 @@
 //   NSNumber hours = 37.5, rate = 12.21_dec, staff = 40;
 //   hours.kind();                                    // NSNumber::Kind::Double
 //   hours.decimalValue() * rate.decimalValue();      // 457.875
-//   NSNumber(5) == NSNumber(5.00_dec);               // true, and they have one hash
+//   NSNumber(5) == NSNumber(5.00_dec);               // true, and their hashes are equal
 //
-// It keeps what it was made from; equality, order and hash look at the numeric value only, as NumberOrder.h says, so
-// `true` equals 1. Asked for a kind that cannot hold it, it gives the nearest: a fraction is discarded, a number out of
-// range becomes the end of the range, not-a-number becomes 0 where there is no other.
+// An NSNumber stores the number in its original kind. Equality, order and hash depend only on the numeric value
+// (NumberOrder.h), so `true` equals 1. A conversion to a kind that cannot hold the number returns the nearest value: a
+// fraction is discarded, a number out of range becomes the end of the range, and not-a-number becomes 0 if that kind
+// has no not-a-number.
 //
 // Values of 32 bytes: no allocation, constant time, safe on any thread.
 #pragma once
@@ -34,12 +35,12 @@ class NK_EXPORT NSNumber {
   constexpr NSNumber() noexcept : integer_(0), kind_(Kind::Integer) {}
   constexpr NSNumber(std::same_as<bool> auto value) noexcept  // NOLINT(google-explicit-constructor): as all below
       : boolean_(value), kind_(Kind::Boolean) {}
-  /// An integer that fits 64 bits with a sign is of the kind Integer, whatever type it comes from.
+  /// An integer of any type has the kind Integer if it fits 64 bits with a sign, else the kind Unsigned.
   template <detail::WholeNumber Integer>
   constexpr NSNumber(Integer value) noexcept
       : integer_(static_cast<std::int64_t>(value)),
         kind_(static_cast<std::uint64_t>(value) > INT64_MAX && value > 0 ? Kind::Unsigned : Kind::Integer) {}
-  /// The number of a character, where it is asked for.
+  /// The number of a character; the conversion must be explicit.
   template <std::integral Character>
   requires detail::isCharacter<Character>
   explicit constexpr NSNumber(Character value) noexcept : NSNumber(static_cast<std::int64_t>(value)) {}
@@ -52,7 +53,7 @@ class NK_EXPORT NSNumber {
   [[nodiscard]] constexpr bool isBool() const noexcept { return kind_ == Kind::Boolean; }
   [[nodiscard]] bool isNaN() const noexcept;
 
-  /// True for every number but 0; not-a-number is false.
+  /// True for every number except 0; false for not-a-number.
   [[nodiscard]] bool boolValue() const noexcept;
   [[nodiscard]] int intValue() const noexcept;
   [[nodiscard]] NSInteger integerValue() const noexcept { return longLongValue(); }
@@ -61,11 +62,12 @@ class NK_EXPORT NSNumber {
   [[nodiscard]] std::uint64_t unsignedLongLongValue() const noexcept;
   /// The nearest double.
   [[nodiscard]] double doubleValue() const noexcept;
-  /// Exact for booleans, integers and decimals; a double as Decimal(double) has it: 0.1 is 0.1, infinity not-a-number.
+  /// Exact for booleans, integers and decimals. A double converts as in Decimal(double): 0.1 is 0.1, infinity
+  /// not-a-number.
   [[nodiscard]] Decimal decimalValue() const noexcept;
 
-  /// The digits: "1" or "0" for a boolean, the shortest that read back as it for a double ("0.1", "1e+21", "inf",
-  /// "nan"), a decimal's own digits.
+  /// The digits: "1" or "0" for a boolean; for a double the shortest digits that read back as the same double ("0.1",
+  /// "1e+21", "inf", "nan"); for a decimal its own digits.
   [[nodiscard]] NSString stringValue() const;
 
   [[nodiscard]] NSComparisonResult compare(const NSNumber& other) const noexcept {
@@ -86,7 +88,7 @@ class NK_EXPORT NSNumber {
 
   union {
     bool boolean_;
-    std::int64_t integer_;  // an Unsigned's bits too
+    std::int64_t integer_;  // also the bits of an Unsigned
     double double_;
     Decimal decimal_;
   };

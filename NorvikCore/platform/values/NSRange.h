@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/NSRange.h - a run of positions: where it begins and how many there are.
+// NorvikCore/platform/values/NSRange.h - a range of positions: the first position and their number.
 //
 //   NSRange word{6, 5};                              // units 6 to 10
 //   NSMaxRange(word);                                // 11: the first unit after it
@@ -31,7 +31,7 @@ struct NSRange {
   return {location, length};
 }
 
-/// The first position after the range; it wraps around where location + length does.
+/// The first position after the range; it wraps around if location + length does.
 [[nodiscard]] constexpr NSUInteger NSMaxRange(NSRange range) noexcept { return range.location + range.length; }
 
 [[nodiscard]] constexpr bool NSLocationInRange(NSUInteger location, NSRange range) noexcept {
@@ -40,14 +40,14 @@ struct NSRange {
 
 [[nodiscard]] constexpr bool NSEqualRanges(NSRange a, NSRange b) noexcept { return a == b; }
 
-/// What both hold; {0, 0} where they share nothing.
+/// The positions that are in both ranges; {0, 0} if there are none.
 [[nodiscard]] constexpr NSRange NSIntersectionRange(NSRange a, NSRange b) noexcept {
   const NSUInteger from = a.location > b.location ? a.location : b.location;
   const NSUInteger to = NSMaxRange(a) < NSMaxRange(b) ? NSMaxRange(a) : NSMaxRange(b);
   return from < to ? NSRange{from, to - from} : NSRange{};
 }
 
-/// The shortest range that holds both, and what lies between them.
+/// The shortest range that contains both, including the positions between them.
 [[nodiscard]] constexpr NSRange NSUnionRange(NSRange a, NSRange b) noexcept {
   const NSUInteger from = a.location < b.location ? a.location : b.location;
   const NSUInteger to = NSMaxRange(a) > NSMaxRange(b) ? NSMaxRange(a) : NSMaxRange(b);

@@ -18,7 +18,7 @@ constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
 using detail::isAsciiByWords, detail::isValidByWords;
 
-/// New counted bytes, a NUL after them; the header lies just before.
+/// New counted bytes followed by a NUL; their header precedes them.
 char* newBytes(std::size_t size) {
   void* memory = ::operator new(sizeof(detail::StringStorage) + size + 1);
   new (memory) detail::StringStorage;
@@ -139,7 +139,7 @@ const detail::StringIndex* NSString::index() const {
   const detail::StringIndex* index = kept.loadAcquire();
   if (index != nullptr) return index;
   auto made = std::make_unique<const detail::StringIndex>(view());
-  // Another thread may have been faster; then its index stays and this one goes.
+  // If another thread was faster, its index is kept and this one is destroyed.
   if (kept.compareExchange(index, made.get())) index = made.release();
   return index;
 }
@@ -207,7 +207,8 @@ NSString NSString::slice(std::size_t from, std::size_t to) const {
 NSString NSString::sliceBytes(std::size_t from, std::size_t to) const {
   if (from == 0 && to == byteCount()) return *this;
   const std::string_view part = view().substr(from, to - from);
-  // A part of a constant is borrowed too, unless its index would have to be kept for ever.
+  // A part of a constant is borrowed too, unless it is so long that it could get a permanent index, which is never
+  // freed.
   const bool isBorrowed = (bits_ & countedBit) == 0;
   if (isBorrowed && (isAscii() || part.size() < detail::StringIndex::smallestIndexed)) return borrowing(part);
   return copying(part);
@@ -232,7 +233,7 @@ std::strong_ordering NSString::order(const NSString& other) const noexcept {
   const int bytes = std::memcmp(data_, other.data_, common);
   if (bytes == 0) return byteCount() <=> other.byteCount();
   if (isAscii() || other.isAscii()) return bytes <=> 0;
-  // The bytes are in the units' order but for the pairs, 0xF0 and above, whose halves come before U+E000.
+  // The bytes have the order of the units, except for pairs (lead byte 0xF0 and above), whose halves precede U+E000.
   std::size_t at = 0;
   while (data_[at] == other.data_[at]) ++at;
   const unsigned char left = utf8::byteAt(data_ + at), right = utf8::byteAt(other.data_ + at);

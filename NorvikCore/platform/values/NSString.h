@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/NSString.h - text: a small immutable value, indexed in UTF-16 code units, kept in UTF-8.
+// NorvikCore/platform/values/NSString.h - text: a small immutable value, indexed by UTF-16 code units, stored as UTF-8.
 //
 //   NSString name = "Zo\u00EB Smith";
 //   name.length();                                   // 9 units, 10 bytes
@@ -6,22 +6,22 @@
 //   name.rangeOfString("smith", NSCaseInsensitiveSearch);   // {4, 5}
 //   "Payslip of " + name;                            // "Payslip of Zoë Smith"
 //
-// A text is any sequence of UTF-16 units. A surrogate half that stands alone is kept, and halves that meet become one
-// character again: cutting a text anywhere and joining the pieces gives the text back.
+// A text is any sequence of UTF-16 units. A lone surrogate half is kept, and two halves that become adjacent form one
+// character again. So if a text is cut anywhere and the pieces are joined, the result equals the text.
 //
-// Bytes that are not UTF-8 (in file names, say) have a form too: each such byte 0x80 to 0xFF becomes the lone half
-// U+DC80 to U+DCFF, which `bytes()` turns back, so `fromBytes(x).bytes()` is `x` whatever `x` holds.
+// Bytes that are not UTF-8 (for example in file names) are represented too: each such byte 0x80 to 0xFF becomes the
+// lone half U+DC80 to U+DCFF. `bytes()` reverses that, so `fromBytes(x).bytes()` is `x` for any `x`.
 //
-// Copies share one counted storage. `"..."_ns` and a constant (`constexpr NSString x = "..."`) borrow their literal: no
-// storage, nothing to release, and a literal that is not UTF-8 does not compile; a constexpr text is never destroyed.
-// Elsewhere a literal is copied, as any `const char*` is.
+// Copies share one counted storage. `"..."_ns` and a constant (`constexpr NSString x = "..."`) borrow their literal:
+// they have no storage and nothing to release. A literal that is not UTF-8 does not compile; a constexpr text is never
+// destroyed. In all other cases a literal is copied, as any `const char*` is.
 //
 // Comparison is literal, unit by unit, in the order of the units' numbers; a composed letter and its decomposed form
-// differ. Indexing takes constant time on ASCII; on longer other text the first use of an index makes a table in linear
-// time, and after that every index takes the time of some hundred bytes. Results that are texts copy their part. Every
-// search takes linear time at the most, also of repetitive text.
+// differ. Indexing takes constant time on ASCII. On longer non-ASCII text the first use of an index builds a table in
+// linear time; after that every index takes the time for some hundred bytes. Results that are texts copy their part.
+// Every search takes linear time at most, also in repetitive text.
 //
-// Threads: a value; distinct objects may be used on distinct threads, also where they share storage.
+// Threads: a value; distinct objects may be used on distinct threads, even if they share storage.
 // Errors: an index or range beyond the text raises NSRangeException.
 #pragma once  // include time: <string>, <vector> and <optional> are in its operations
 
@@ -48,10 +48,10 @@ class NSString;
 
 /// How a search compares. Every search is literal.
 enum NSStringCompareOptions : NSUInteger {
-  NSCaseInsensitiveSearch = 1,  // Unicode's simple folding, one letter for one: "ß" is not "ss"; lone halves stay
+  NSCaseInsensitiveSearch = 1,  // Unicode's simple folding, letter by letter: "ß" is not "ss"; lone halves unchanged
   NSLiteralSearch = 2,
-  NSBackwardsSearch = 4,  // from the end: finds the last one
-  NSAnchoredSearch = 8,   // only at the start of what is searched, or with backwards at its end
+  NSBackwardsSearch = 4,  // from the end: finds the last occurrence
+  NSAnchoredSearch = 8,   // only at the start of the searched text; with NSBackwardsSearch only at its end
 };
 [[nodiscard]] constexpr NSStringCompareOptions operator|(NSStringCompareOptions a, NSStringCompareOptions b) noexcept {
   return static_cast<NSStringCompareOptions>(static_cast<NSUInteger>(a) | static_cast<NSUInteger>(b));
@@ -63,20 +63,20 @@ class StringIndex;
 struct StringPlace;
 const StringIndex* stringIndexOf(const NSString& text);
 
-/// What stands before the bytes of a counted text, in the same allocation.
+/// The header of a counted text, before its bytes in the same allocation.
 struct StringStorage {
   AtomicWord<std::size_t> references{1};
   AtomicWord<const StringIndex*> index;
 };
 
-/// Not constexpr: a constant that calls it does not compile, and the compiler names it.
+/// Not constexpr, so a constant that calls it does not compile and the error names this function.
 inline void thisLiteralIsNotUtf8() noexcept {}
 
-// What the compiler shows for `for (char32_t each : text)` and `for (auto& each : optional)`.
+// The compiler shows these names for `for (char32_t each : text)` and `for (auto& each : optional)`.
 struct ATextIsNotARange_LoopOverItsCodePoints {};
 struct AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds {};
 
-/// What a comparison with NSString takes as text without making an NSString of it.
+/// The types that are compared with NSString as text, without creating an NSString.
 template <class T>
 concept PlainText = std::is_convertible_v<const T&, std::string_view> && !std::is_same_v<T, NSString> &&
                     !std::is_same_v<T, std::nullptr_t>;
@@ -90,7 +90,7 @@ class NK_EXPORT NSString {
   /// The text up to the first NUL. A null pointer raises NSInvalidArgumentException; `nullptr` does not compile.
   constexpr NSString(const char* text);  // NOLINT(google-explicit-constructor): literals are texts
   NSString(std::nullptr_t) = delete;
-  /// Bytes that are not UTF-8 take the form said above.
+  /// Bytes that are not UTF-8 become lone halves, as described above.
   constexpr NSString(std::string_view text);                               // NOLINT(google-explicit-constructor): text
   NSString(const std::string& text) : NSString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor): text
 
@@ -112,34 +112,34 @@ class NK_EXPORT NSString {
   }
   constexpr ~NSString() { release(); }
 
-  /// Absent where the bytes are not UTF-8.
+  /// Absent if the bytes are not UTF-8.
   [[nodiscard]] static std::optional<NSString> fromUtf8(std::string_view text);
-  /// The same as the constructor, for the reader's sake where bytes may be anything.
+  /// The same as the constructor; the name shows the reader that the bytes may be anything.
   [[nodiscard]] static NSString fromBytes(std::string_view bytes);
   [[nodiscard]] static NSString fromUtf16(std::u16string_view units);
   /// One character, or one surrogate half; a number above U+10FFFF raises NSInvalidArgumentException.
   [[nodiscard]] static NSString fromCodePoint(char32_t point);
-  /// Borrows bytes that stay valid and unchanged until the process ends. What is not UTF-8 is copied.
+  /// Borrows bytes that stay valid and unchanged until the process ends. Bytes that are not UTF-8 are copied.
   [[nodiscard]] static NSString borrowing(std::string_view permanentText);
 
-  /// The bytes inside: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
+  /// The stored bytes: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
   [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, byteCount()}; }
   /// view(), which costs nothing. Explicit, because the view is valid only while the text lives.
   explicit constexpr operator std::string_view() const noexcept { return view(); }
   [[nodiscard]] std::string str() const { return std::string(view()); }
   explicit operator std::string() const { return str(); }
-  /// UTF-8 whatever the text holds: each lone half becomes U+FFFD. This is what is printed.
+  /// Always UTF-8: each lone half becomes U+FFFD. This form is printed.
   [[nodiscard]] std::string utf8() const;
-  /// The bytes this text stands for: U+DC80 to U+DCFF standing alone become the bytes 0x80 to 0xFF again.
+  /// The bytes that this text represents: lone halves U+DC80 to U+DCFF become the bytes 0x80 to 0xFF again.
   [[nodiscard]] std::string bytes() const;
   [[nodiscard]] std::string fileSystemRepresentation() const { return bytes(); }
   [[nodiscard]] std::u16string toUtf16() const;
 
   [[nodiscard]] constexpr bool empty() const noexcept { return byteCount() == 0; }
   [[nodiscard]] constexpr bool isAscii() const noexcept { return (bits_ & asciiBit) != 0; }
-  /// False where a surrogate half stands alone; then `view()` is not UTF-8.
+  /// False if the text contains a lone surrogate half; then `view()` is not UTF-8.
   [[nodiscard]] constexpr bool isWellFormed() const noexcept { return (bits_ & halvesBit) == 0; }
-  /// True for copies of one text, also for parts of the same constant; two texts made separately differ.
+  /// True for copies of one text, and for equal parts of one constant; false for two texts that were made separately.
   [[nodiscard]] constexpr bool isIdenticalTo(const NSString& other) const noexcept {
     return (data_ == other.data_ || empty()) && byteCount() == other.byteCount();
   }
@@ -152,9 +152,9 @@ class NK_EXPORT NSString {
   [[nodiscard]] NSString substringToIndex(NSUInteger to) const;
   [[nodiscard]] NSString substringWithRange(NSRange range) const;
 
-  /// The first occurrence, or with NSBackwardsSearch the last; {NSNotFound, 0} where there is none and for empty text.
+  /// The first occurrence, or with NSBackwardsSearch the last; {NSNotFound, 0} if there is none or `text` is empty.
   [[nodiscard]] NSRange rangeOfString(const NSString& text, NSStringCompareOptions options = {}) const;
-  /// The same within `range`; the result counts from the start of the whole text.
+  /// The same within `range`; the result still counts from the start of the whole text.
   [[nodiscard]] NSRange rangeOfString(const NSString& text, NSStringCompareOptions options, NSRange range) const;
   [[nodiscard]] bool containsString(const NSString& text) const { return rangeOfString(text).length != 0; }
   /// False for empty text.
@@ -168,44 +168,43 @@ class NK_EXPORT NSString {
   }
 
   [[nodiscard]] NSString stringByAppendingString(const NSString& text) const { return *this + text; }
-  /// The pieces between the separators, empty ones too: always one more than there are separators. An empty separator
-  /// gives the whole text.
+  /// The pieces between the separators, including empty ones: always one more than there are separators. With an empty
+  /// separator the result is the whole text.
   [[nodiscard]] std::vector<NSString> componentsSeparatedBy(const NSString& separator) const;
   /// Occurrences are found from the start and do not overlap. An empty target changes nothing. Of the options only
-  /// NSCaseInsensitiveSearch counts.
+  /// NSCaseInsensitiveSearch has an effect.
   [[nodiscard]] NSString stringByReplacingOccurrencesOfString(const NSString& target, const NSString& replacement,
                                                               NSStringCompareOptions options = {}) const;
-  /// Without the white space and line ends (of all Unicode) at both ends.
+  /// Without the white space and line ends (as Unicode defines them) at both ends.
   [[nodiscard]] NSString stringByTrimming() const;
 
-  /// The number the text begins with, after white space; 0 where there is none, the nearest limit where it is too
-  /// large.
+  /// The number at the start of the text, after white space; 0 if there is none, the nearest limit if it is too large.
   [[nodiscard]] int intValue() const noexcept;
   [[nodiscard]] NSInteger integerValue() const noexcept { return longLongValue(); }
   [[nodiscard]] std::int64_t longLongValue() const noexcept;
-  /// With a decimal point whatever the locale, and an exponent: " 1.5e3 GBP" is 1500. Too large gives an infinity.
+  /// With a decimal point in any locale, and an exponent: " 1.5e3 GBP" is 1500. Infinity if the number is too large.
   [[nodiscard]] double doubleValue() const noexcept;
-  /// True where the text, after white space, a sign and zeros, begins with Y, y, T, t or a digit 1 to 9.
+  /// True if the text, after white space, a sign and zeros, begins with Y, y, T, t or a digit 1 to 9.
   [[nodiscard]] bool boolValue() const noexcept;
 
-  /// "/tmp/pay.csv" gives "pay.csv"; slashes at the end do not count; "/" gives "/".
+  /// "/tmp/pay.csv" gives "pay.csv"; trailing slashes are ignored; "/" gives "/".
   [[nodiscard]] NSString lastPathComponent() const;
-  /// "/tmp/pay.csv" gives "csv"; a name that only begins with a dot has none.
+  /// "/tmp/pay.csv" gives "csv"; a name whose only dots are leading ones has no extension.
   [[nodiscard]] NSString pathExtension() const;
   /// "/tmp/pay.csv" gives "/tmp", "/tmp" gives "/", "pay.csv" gives "".
   [[nodiscard]] NSString stringByDeletingLastPathComponent() const;
-  /// "/tmp/pay.csv" gives "/tmp/pay"; slashes at the end go too; ".profile" stays.
+  /// "/tmp/pay.csv" gives "/tmp/pay"; trailing slashes are removed too; ".profile" is unchanged.
   [[nodiscard]] NSString stringByDeletingPathExtension() const;
-  /// Joined by exactly one slash, none at the end. An empty path gives the component.
+  /// Joined by exactly one slash, without a trailing slash. With an empty path the result is the component.
   [[nodiscard]] NSString stringByAppendingPathComponent(const NSString& component) const;
-  /// "/tmp/pay" and "csv" give "/tmp/pay.csv"; slashes at the end go first. An empty path or "/" stays as it is.
+  /// "/tmp/pay" and "csv" give "/tmp/pay.csv"; trailing slashes are removed first. An empty path or "/" is unchanged.
   [[nodiscard]] NSString stringByAppendingPathExtension(const NSString& extension) const;
 
-  /// The characters in order, as a forward range of char32_t; a lone half is given as its number. The range keeps the
+  /// The characters in order, as a forward range of char32_t; a lone half appears as its number. The range retains the
   /// text.
   class CodePoints;
   [[nodiscard]] CodePoints codePoints() const noexcept;
-  /// The UTF-16 units in order, as a forward range of char16_t, which keeps the text.
+  /// The UTF-16 units in order, as a forward range of char16_t, which retains the text.
   class Units;
   [[nodiscard]] Units units() const noexcept;
 
@@ -264,7 +263,7 @@ class NK_EXPORT NSString {
   void releaseStorage() noexcept;
   constexpr void borrowConstant(std::string_view text);
 
-  /// A counted text of these bytes, which are UTF-8 but for lone halves, none of which meet.
+  /// A counted text of these bytes, which are UTF-8 except for lone halves, no two of which form a pair.
   [[nodiscard]] static NSString copying(std::string_view bytes);
   [[nodiscard]] static std::size_t flagsOf(std::string_view bytes) noexcept;
   [[nodiscard]] static NSString reading(const char* text);
@@ -382,7 +381,7 @@ constexpr NSString::NSString(const char* text) {
   }
 }
 
-// Found where the optional holds one of this library's types.
+// Found by argument-dependent lookup if the optional holds a type of this library.
 template <class T>
 detail::AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds begin(const std::optional<T>&) = delete;
 template <class T>
@@ -390,7 +389,7 @@ detail::AnOptionalIsNotARange_TestItAndLoopOverWhatItHolds end(const std::option
 
 inline namespace literals {
 
-/// Borrows the literal, NULs in it included.
+/// Borrows the literal, including NULs in it.
 [[nodiscard]] consteval NSString operator""_ns(const char* text, std::size_t size) {
   return NSString(std::string_view(text, size));
 }

@@ -1,6 +1,5 @@
-// NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt}: formatted as its UTF-8 text, with all of text's
-// options.
-#pragma once  // include time: <fmt/format.h> is what it is for
+// NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt}: formatted as its UTF-8 text, with all options of text.
+#pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/NSString.h"
 

@@ -1,4 +1,4 @@
-// What number a text begins with, leniently and the same in every locale.
+// The number at the start of a text, read leniently and independent of the locale.
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <charconv>
@@ -17,7 +17,7 @@ std::string_view withoutLeadingSpace(std::string_view text) noexcept {
   return text;
 }
 
-/// Takes a sign off the text; true where it is a minus.
+/// Removes a sign from the text; true if it is a minus.
 bool takeSign(std::string_view& text) noexcept {
   if (text.empty() || (text.front() != '-' && text.front() != '+')) return false;
   const bool isMinus = text.front() == '-';
@@ -32,7 +32,7 @@ Integer integerIn(std::string_view text) noexcept {
   Integer value = 0;
   for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1)) {
     const auto digit = static_cast<Integer>(text.front() - '0');
-    // Counted downwards where negative, as there is one more number below zero.
+    // Negative numbers are accumulated downwards, because there is one more number below zero.
     const bool isTooLarge =
         __builtin_mul_overflow(value, Integer{10}, &value) ||
         (isNegative ? __builtin_sub_overflow(value, digit, &value) : __builtin_add_overflow(value, digit, &value));
@@ -41,9 +41,9 @@ Integer integerIn(std::string_view text) noexcept {
   return value;
 }
 
-/// Whether the digits, which no double can hold, are too large for one rather than too small.
+/// For digits that are out of the range of doubles: true if they are too large, false if they are too small.
 bool isHuge(std::string_view digits) noexcept {
-  long places = 0;  // from the point to the left of the first digit that is not 0
+  long places = 0;  // digits before the point, from the first nonzero one; negative: zeros after the point
   bool seenPoint = false, seenDigit = false;
   std::size_t i = 0;
   for (; i < digits.size() && (isDigit(digits[i]) || digits[i] == '.'); ++i) {

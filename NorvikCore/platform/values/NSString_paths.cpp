@@ -1,10 +1,10 @@
-// Texts as file paths.
+// Operations on texts that are file paths.
 #include "NorvikCore/platform/values/NSString.h"
 
 namespace norvik {
 namespace {
 
-/// Without the slashes at the end, but for a slash that is all there is.
+/// Removes trailing slashes, except a slash that is the whole path.
 std::string_view withoutTrailingSlashes(std::string_view path) noexcept {
   while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
   return path;
@@ -17,8 +17,8 @@ std::size_t lastComponent(std::string_view path) noexcept {
   return slash == path.npos ? 0 : slash + 1;
 }
 
-/// Where the dot of the extension is; npos where there is none. Dots that a name begins with belong to the name: taken
-/// for an extension, ".." would lose one and name another folder.
+/// The position of the extension's dot; npos if there is none. Leading dots belong to the name, because removing one
+/// from ".." would name another folder.
 std::size_t extensionDot(std::string_view path) noexcept {
   const std::size_t dot = path.rfind('.');
   const std::size_t name = path.find_first_not_of('.', lastComponent(path));

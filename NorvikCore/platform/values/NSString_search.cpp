@@ -11,8 +11,8 @@
 namespace norvik {
 namespace {
 
-/// A text to look for. Halves at its ends may be found inside characters. They are looked at beside the occurrences of
-/// what is between them.
+/// A text to search for. A half at its start or end may match inside a character. So occurrences of the text between
+/// such halves are found first, and then the units beside them are compared.
 struct Wanted {
   explicit Wanted(const NSString& text) noexcept : core(text.view()) {
     if (text.isWellFormed()) [[likely]]
@@ -30,13 +30,13 @@ struct Wanted {
   }
 
   std::string_view core;
-  char32_t low = 0, high = 0;  // 0 where it begins, or ends, otherwise
+  char32_t low = 0, high = 0;  // 0 if it does not begin with a low half, or end with a high one
 };
 
-/// A text to look in: whole characters, and the halves at its ends of those that a range cuts.
+/// A text to search in: whole characters, and the halves of the characters that a range cuts at its ends.
 struct Searched {
   std::string_view characters;
-  char32_t low = 0, high = 0;  // 0 where the range cuts none
+  char32_t low = 0, high = 0;  // 0 if the range cuts no character there
 
   [[nodiscard]] char32_t unitBefore(std::size_t at) const noexcept {
     if (at == 0) return low;
@@ -55,7 +55,7 @@ struct Searched {
            (wanted.high == 0 || unitAfter(match.to) == wanted.high);
   }
 
-  /// The core of the first occurrence; an anchored one lies at the start, or backwards at the end.
+  /// The core of the first occurrence. An anchored one is at the start; backwards, at the end.
   [[nodiscard]] std::optional<detail::TextMatch> find(const Wanted& wanted, NSStringCompareOptions options) const {
     const detail::SearchManner manner{(options & NSCaseInsensitiveSearch) != 0, (options & NSBackwardsSearch) != 0};
     if ((options & NSAnchoredSearch) != 0) return findAnchored(wanted, manner);
@@ -71,7 +71,7 @@ struct Searched {
  private:
   [[nodiscard]] std::optional<detail::TextMatch> findAnchored(const Wanted& wanted,
                                                               detail::SearchManner manner) const noexcept {
-    // Of the half at the anchored end, the one of the text is a character cut by the range or a lone half.
+    // At the anchored end, a wanted half matches either a character that the range cuts or a lone half.
     std::string_view rest = characters;
     const char32_t wantedHalf = manner.backwards ? wanted.high : wanted.low, cut = manner.backwards ? high : low;
     if ((wantedHalf == 0) != (cut == 0)) {
@@ -140,7 +140,7 @@ std::vector<NSRange> NSString::matches(const NSString& text, NSStringCompareOpti
   const Wanted wanted(text);
   const NSUInteger units = text.length();
   detail::TextSearch search(searched.characters, wanted.core, {(options & NSCaseInsensitiveSearch) != 0, false});
-  NSUInteger unit = 0, end = 0;  // of the place reached, and of the last occurrence
+  NSUInteger unit = 0, end = 0;  // of the current position, and behind the last occurrence
   std::size_t byte = 0;
   while (const auto match = search.next()) {
     unit += isAscii() ? match->from - byte : utf8::unitCount(searched.characters.substr(byte, match->from - byte));

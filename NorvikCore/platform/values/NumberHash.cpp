@@ -5,7 +5,7 @@
 namespace norvik {
 
 std::size_t numberHash(double value) noexcept {
-  // Integers are the doubles that are hashed most, and need no text.
+  // A fast path for integers, the most frequently hashed doubles; they need no conversion to text.
   if (value >= -9e15 && value <= 9e15) {
     const auto whole = static_cast<std::int64_t>(value);
     if (static_cast<double>(whole) == value) return Decimal(whole).hash();

@@ -1,8 +1,8 @@
-// NorvikCore/platform/values/NumberHash.h - one hash across booleans, integers, doubles and decimals.
+// NorvikCore/platform/values/NumberHash.h - one hash function for booleans, integers, doubles and decimals.
 //
 //   numberHash(5) == numberHash(5.0) && numberHash(5.0) == numberHash(5.00_dec);   // true
 //
-// Numbers that are equal as decimals have one hash; true is 1. Decimal(double) says which decimal a double is.
+// Numbers that are equal as decimals have the same hash; true is 1. Decimal(double) defines which decimal a double is.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -20,7 +20,7 @@ template <std::integral Integer>
   return Decimal(value).hash();
 }
 
-/// A double that no decimal can be has a hash of its own, every not-a-number the same.
+/// A double that no decimal can represent has a hash of its own. All values of not-a-number have the same hash.
 [[nodiscard]] NK_EXPORT std::size_t numberHash(double value) noexcept;
 
 }  // namespace norvik

@@ -3,10 +3,10 @@
 namespace norvik {
 namespace {
 
-/// `limit` is the power of two just above what an Integer can be. Both ends are doubles exactly.
+/// `limit` is the power of two just above the range of Integer. Both ends are exact as doubles.
 template <class Integer>
 std::weak_ordering compareWithin(double a, Integer b, double lowest, double limit) noexcept {
-  if (!(a >= lowest)) return std::weak_ordering::less;  // not-a-number too
+  if (!(a >= lowest)) return std::weak_ordering::less;  // also for not-a-number
   if (a >= limit) return std::weak_ordering::greater;
   const auto whole = static_cast<Integer>(a);
   if (whole != b) return whole <=> b;
@@ -25,12 +25,12 @@ std::weak_ordering detail::compareDoubleWithInteger(double a, std::uint64_t b) n
 
 std::weak_ordering numberCompare(double a, const Decimal& b) noexcept {
   const Decimal decimal(a);
-  if (decimal.isNaN() && a == a) {  // beyond the largest decimal
+  if (decimal.isNaN() && a == a) {  // outside the range of decimals
     return b.isNaN() || a > 0 ? std::weak_ordering::greater : std::weak_ordering::less;
   }
   const std::weak_ordering order = decimal <=> b;
   if (order != 0 || a != a) return order;
-  // Next to zero, where a decimal has no room for all the digits of a double, the double lies beside its decimal.
+  // Near zero a decimal cannot hold all digits of a double, so the double may differ slightly from its decimal.
   return numberCompare(a, decimal.doubleValue());
 }
 

@@ -2,13 +2,13 @@
 // decimals.
 //
 //   numberEqual(5, 5.00_dec) && numberEqual(0.1, 0.1_dec);      // true
-//   numberCompare(9007199254740993, 9007199254740992.0);        // greater: no digit is lost on the way
+//   numberCompare(9007199254740993, 9007199254740992.0);        // greater: no digit is lost
 //
-// Numbers compare by the exact value they stand for, so the order is total and transitive, and it goes with numberHash.
-// A double stands for the decimal that Decimal(double) makes of it: a whole number below 2^64 for itself, any other for
-// the shortest digits that read back as it. So 0.1 equals 0.1_dec, and not the 55 digits that its bits add up to.
-// Doubles beyond what a decimal can be, the infinities among them, keep their place. Not-a-number equals itself, in
-// whatever type, and comes before every number; true is 1.
+// Numbers compare by their exact value, so the order is total and transitive, and equal numbers have the same
+// numberHash. A double has the value of the decimal that Decimal(double) makes of it: a whole number below 2^64 has its
+// own value, any other number the shortest digits that read back as the same double. So 0.1 equals 0.1_dec, and not the
+// 55 digits of its exact binary value. Doubles beyond the range of decimals, including the infinities, keep their place
+// in the order. Not-a-number equals itself, in any type, and precedes every number; true is 1.
 //
 // Every function is pure and safe on any thread.
 #pragma once

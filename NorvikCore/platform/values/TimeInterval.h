@@ -5,7 +5,7 @@
 //   Date reminder = payday - std::chrono::days{3};
 //   dispatch_time(DISPATCH_TIME_NOW, 500ms);
 //
-// This header does not include <chrono>: a duration is whatever has the members of one.
+// This header does not include <chrono>: any type with the members of a duration is accepted.
 #pragma once
 
 #include "NorvikCore/platform/values/NSInteger.h"
@@ -23,7 +23,7 @@ concept ChronoDuration = requires(const T& duration) {
   T::period::den;
 };
 
-/// Neither a character nor a boolean is one.
+/// A length of time. Character and boolean types are excluded.
 template <class T>
 concept TimeInterval = std::floating_point<T> || WholeNumber<T> || ChronoDuration<T>;
 
@@ -37,7 +37,7 @@ template <TimeInterval T>
   }
 }
 
-/// The nearest limit where 64 bits do not hold them; 0 for not-a-number.
+/// The nearest limit if the result does not fit 64 bits; 0 for not-a-number.
 template <ChronoDuration T>
 [[nodiscard]] constexpr std::int64_t inNanoseconds(const T& time) noexcept {
   constexpr std::int64_t perSecond = 1'000'000'000;

@@ -3,8 +3,8 @@
 //   utf8::validSequence("\xC2\xA3")                  // 2: one character of two bytes
 //   utf8::unitCount("\xF0\x9F\x92\xB7")              // 2: a pair of surrogate halves
 //
-// A surrogate half that stands alone is written as the three bytes its number gives. That is no UTF-8, so
-// `validSequence` refuses it; `decode` and `encode` know it. Every function is pure and safe on any thread.
+// A lone surrogate half is written as the three bytes of its number. That is not UTF-8, so `validSequence` rejects it;
+// `decode` and `encode` accept it. Every function is pure and safe on any thread.
 #pragma once
 
 #include <cstddef>
@@ -30,8 +30,8 @@ namespace norvik::utf8 {
 
 [[nodiscard]] constexpr bool isContinuation(char byte) noexcept { return (byteAt(&byte) & 0xC0) == 0x80; }
 
-/// How many bytes the first character of `text` takes where it is UTF-8: 1 to 4; else, and for empty text, 0. Surrogate
-/// halves, overlong forms and numbers above U+10FFFF are not UTF-8.
+/// The number of bytes of the first character of `text` if it is UTF-8: 1 to 4; otherwise, and for empty text, 0.
+/// Surrogate halves, overlong forms and numbers above U+10FFFF are not UTF-8.
 [[nodiscard]] constexpr std::size_t validSequence(std::string_view text) noexcept {
   if (text.empty()) return 0;
   const unsigned char lead = byteAt(text.data());
@@ -53,8 +53,8 @@ struct Character {
   std::size_t size;  // in bytes
 };
 
-/// The first character of text that is UTF-8, lone halves allowed. The text is trusted: it must hold the whole
-/// character.
+/// The first character of text that is UTF-8, except that lone halves are allowed. The text is not checked: it must
+/// contain the whole character.
 [[nodiscard]] constexpr Character decode(const char* text) noexcept {
   const char32_t lead = byteAt(text);
   const auto bits = [text](std::size_t i) { return static_cast<char32_t>(byteAt(text + i) & 0x3F); };
@@ -71,7 +71,7 @@ struct Encoded {
   [[nodiscard]] constexpr std::string_view view() const noexcept { return {bytes, size}; }
 };
 
-/// `point` is at most U+10FFFF; a surrogate half gives its three bytes.
+/// `point` is at most U+10FFFF. A surrogate half becomes the three bytes of its number.
 [[nodiscard]] constexpr Encoded encode(char32_t point) noexcept {
   const auto tail = [point](int shift) { return static_cast<char>(0x80 | (point >> shift & 0x3F)); };
   if (point < 0x80) return {{static_cast<char>(point)}, 1};
@@ -80,7 +80,7 @@ struct Encoded {
   return {{static_cast<char>(0xF0 | point >> 18), tail(12), tail(6), tail(0)}, 4};
 }
 
-/// The UTF-16 units of text that is UTF-8, lone halves allowed.
+/// The number of UTF-16 units of text that is UTF-8, except that lone halves are allowed.
 [[nodiscard]] constexpr std::size_t unitCount(std::string_view text) noexcept {
   std::size_t units = 0;
   for (const char byte : text) {

@@ -159,7 +159,7 @@ TEST(NSMutableDictionary, ChangesUnderALoopRaise) {
   }
 }
 
-// A removed 0 leaves a gap, and its hash is that of the absent key.
+// Removing the key 0 leaves a gap, and the hash of 0 equals that of the absent key.
 TEST(NSMutableDictionary, TheAbsentKeyIsNotFoundWhereAnEntryWasRemoved) {
   for (const int others : {1, 5, 50}) {
     const auto dictionary = NSMutableDictionary::dictionaryWith({{0, "a"}});
@@ -174,7 +174,7 @@ TEST(NSMutableDictionary, TheAbsentKeyIsNotFoundWhereAnEntryWasRemoved) {
 
 TEST(NSMutableDictionary, RemovingTheAbsentKeyRemovesNothing) {
   const auto dictionary = NSMutableDictionary::dictionaryWith({{0, "a"}, {12345, "b"}});
-  dictionary->removeObjectForKey(0);  // leaves a gap, whose hash is that of the absent key
+  dictionary->removeObjectForKey(0);  // leaves a gap, whose hash equals that of the absent key
   dictionary->removeObjectForKey(Value());
   EXPECT_EQ(dictionary->count(), 1U);
   EXPECT_EQ(dictionary->objectForKey(12345), Value("b"));

@@ -14,14 +14,14 @@ using namespace norvik;
 
 namespace {
 
-/// Equal to every other one: only identity tells them apart.
+/// Equal to every other Twin, so that only identity distinguishes them.
 class Twin : public NSObject {
   NK_OBJECT(Twin, NSObject)
   bool isEqual(const NSObject&) const override { return true; }
   std::size_t hash() const override { return 1; }
 };
 
-/// Reports its end.
+/// Counts its destruction.
 class Mortal : public NSObject {
   NK_OBJECT(Mortal, NSObject)
   explicit Mortal(int* ends) : ends_(ends) {}
@@ -95,7 +95,7 @@ TEST(NSMapTable, RefusesWhatItCannotHold) {
   const auto key = make<Twin>();
   EXPECT_RAISES(table(Strong, Strong)->setObject(Value(), *key), "NSInvalidArgumentException");
   EXPECT_RAISES(table(Strong, WeakMemory)->setObject(5, *key), "NSInvalidArgumentException");
-  table(Strong, Strong)->removeObjectForKey(*key);  // nothing there: nothing happens
+  table(Strong, Strong)->removeObjectForKey(*key);  // there is no entry, so no effect
 }
 
 TEST(NSMapTable, ANewObjectAtTheAddressOfAGoneKeyIsNotTakenForIt) {

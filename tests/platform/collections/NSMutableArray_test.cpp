@@ -98,7 +98,7 @@ TEST(NSMutableArray, RemovesByIndexRangeEqualityAndIdentity) {
   EXPECT_EQ(numbersIn(*range), (std::vector{1, 4}));
 }
 
-// In time that grows with the square this takes an hour.
+// With quadratic time this would take an hour.
 TEST(NSMutableArray, TheFirstElementIsRemovedWithoutMovingTheOthers) {
   constexpr int count = 1'000'000;
   auto queue = NSMutableArray::arrayWithCapacity(count);

@@ -134,7 +134,7 @@ TEST(NSMutableSet, KeepsTheOrderWhileManyComeAndGo) {
   EXPECT_FALSE(set->containsObject(901));
 }
 
-// A removed 0 leaves a gap, and its hash is that of the absent value.
+// Removing the element 0 leaves a gap, and the hash of 0 equals that of the absent value.
 TEST(NSMutableSet, TheAbsentValueIsNotFoundWhereAnElementWasRemoved) {
   for (const int others : {1, 5, 50}) {
     const auto set = NSMutableSet::setWithObjects(0);

@@ -177,7 +177,7 @@ TEST_F(Apply, AHelperThatComesLateFindsNothingToDo) {
       ++*block;
     });
     EXPECT_EQ(block->load(), 2);
-    block.reset();  // a call from now on would be seen by the sanitizers
+    block.reset();  // the sanitizers would detect a call after this
     dispatch_resume(queue);
     dispatch_barrier_sync(queue, [] {});
   }

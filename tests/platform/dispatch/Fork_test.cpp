@@ -28,13 +28,13 @@ namespace {
 
 class Fork : public test::WatchedTest {
  protected:
-  /// Runs `body` in a child; gives "" when it returned true, else what became of it.
+  /// Runs `body` in a child. Returns "" if it returned true, else a description of how the child ended.
   template <class F>
   static std::string inChild(F&& body) {
     test::quietBeforeFork();
     const pid_t child = fork();
     if (child == 0) {
-      alarm(20);  // a child that hangs is ended by the signal
+      alarm(20);  // ends a child that hangs
       _exit(body() ? 0 : 1);
     }
     int status = 0;
@@ -137,7 +137,7 @@ TEST_F(Fork, GroupsAreEmptyInTheChildAndTimersCanBeSet) {
   dispatch_resume(source);
   EXPECT_EQ(inChild([&] {
               if (dispatch_group_wait(group, DISPATCH_TIME_FOREVER) != 0) return false;
-              dispatch_group_leave(group);  // what the parent entered may end here, and does nothing
+              dispatch_group_leave(group);  // matches an enter of the parent, and has no effect
               if (dispatch_group_wait(group, DISPATCH_TIME_NOW) != 0) return false;
               dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_MSEC), 0, 0);
               return dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER) == 0;
@@ -233,7 +233,7 @@ TEST_F(Fork, ASuspendedQueueIsSuspendedInTheChildToo) {
 
 TEST_F(Fork, InAChildMadeByARoundTheLoopsCallerGoesOnAlone) {
   NK_SKIP_UNDER_TSAN();
-  // The helper's round waits for the fork, so that the caller has the other one.
+  // The helper's round waits for the fork, so that the caller runs the other round.
   auto forked = dispatch_semaphore_create(0);
   const auto caller = std::this_thread::get_id();
   pid_t child = -1;

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-// Under the address sanitizer every item is a piece of the heap, so that it is watched by itself.
+// With the address sanitizer every item is a separate heap allocation, so that each is checked.
 #if defined(__SANITIZE_ADDRESS__)
 #define NK_SKIP_WITHOUT_PAGES() GTEST_SKIP() << "items are no pieces of pages under the address sanitizer"
 #else
@@ -33,7 +33,7 @@ class ItemPages : public test::WatchedTest {
     for (int i = 0; i < count; ++i) items.push_back(allocateItem(size));
     return items;
   }
-  /// No pages wait, and nobody is there who would let some go.
+  /// Releases the spare pages and ends the workers, so that no thread trims them later.
   static void letSparesGo() {
     auto& workers = WorkerPool::shared();
     workers.setIdleTime(1'000'000);
@@ -92,7 +92,7 @@ TEST_F(ItemPages, TrimmingGivesAPartOfTheSparesBackAndInTheEndAll) {
   NK_SKIP_WITHOUT_PAGES();
   letSparesGo();
   std::thread([] {
-    for (void* item : allocate(64'000, 48)) freeItem(item);  // 64 bytes each with what belongs to it: 1016 pages
+    for (void* item : allocate(64'000, 48)) freeItem(item);  // 64 bytes each with their headers: 1016 pages
   }).join();
   const std::size_t before = Pages::spareCount();
   EXPECT_GT(before, 1000U);
@@ -124,7 +124,7 @@ TEST_F(ItemPages, ALastingItemTakesNoPartOfAPage) {
   freeItem(lasting);
 }
 
-/// Queues a block where the thread's pages are gone already.
+/// Enqueues a block at the end of a thread, when the thread's pages are already released.
 struct DispatchAtThreadEnd {
   dispatch_queue_t queue;
   int* count = nullptr;
@@ -137,7 +137,7 @@ TEST_F(ItemPages, AThreadMayDispatchToItsVeryEnd) {
   auto queue = dispatch_queue_create(nullptr);
   int count = 0;
   std::thread([&] {
-    thread_local DispatchAtThreadEnd atEnd;  // destroyed last: it is made before the thread's first item
+    thread_local DispatchAtThreadEnd atEnd;  // made before the thread's first item, so destroyed last
     atEnd.queue = queue;
     atEnd.count = &count;
     dispatch_async(queue, [&count] { ++count; });
@@ -158,7 +158,7 @@ TEST_F(ItemPages, ItemsMadeAndFreedByManyThreadsAtOnceAreAllDifferent) {
     std::set<void*> all;
     for (const auto& items : made) all.insert(items.begin(), items.end());
     EXPECT_EQ(all.size(), 12'000U);
-    // Every thread frees a part of what every other has made.
+    // Every thread frees a part of the items of every other thread.
     each([&](std::size_t t) {
       for (const auto& items : made) {
         for (std::size_t i = t; i < items.size(); i += threadCount) freeItem(items[i]);

@@ -37,13 +37,13 @@ using ::testing::SizeIs;
 
 constexpr std::uint64_t forever = UINT64_MAX;
 
-/// A letter or a block: of whom, and which.
+/// Identifies a letter or a block: its sender and its number.
 struct Mark {
   int sender = 0, number = 0;
   bool operator==(const Mark&) const = default;
 };
 
-/// One mailbox, and what came out of it, in order.
+/// One mailbox, and what was read and run, in order.
 class Mailbox : public test::WatchedTest {
  protected:
   Mailbox() {
@@ -70,7 +70,7 @@ class Mailbox : public test::WatchedTest {
     return all;
   }
 
-  /// False where the mailbox is full.
+  /// False if the mailbox is full.
   bool trySend(int number, int sender = 0) {
     Letter* letter = mailbox->tryClaim();
     if (!letter) return false;
@@ -87,7 +87,7 @@ class Mailbox : public test::WatchedTest {
     mailbox->post(loose);
   }
   [[nodiscard]] const dispatch_queue_t& queue() const { return queue_set_; }
-  /// A letter that comes, not one that a call of this thread fetches.
+  /// Waits until another thread has read the letters; this thread must not read them itself.
   void waitUntilRead(std::size_t count) {
     for (;;) {
       if (readCount.load() >= count) return;
@@ -102,11 +102,11 @@ class Mailbox : public test::WatchedTest {
   detail::Mailbox* const mailbox = detail::newForkAware<detail::Mailbox>("mailbox", &Mailbox::read);
   dispatch_queue_t queue_set_;
 
-  // Of the reader, and of the queue's blocks.
+  // Written by the reader and by the queue's blocks.
   std::vector<Mark> came;
   std::set<const Letter*> places;
-  std::vector<int>* cameInChild = nullptr;  // in place of the others, which the parent's reader may have been changing
-  std::function<void(Mark)> onRead;         // set while no letter is on its way
+  std::vector<int>* cameInChild = nullptr;  // instead of `came`, which the parent's reader may have been changing
+  std::function<void(Mark)> onRead;         // set only while no letter is waiting
   std::atomic<std::size_t> readCount = 0;
 };
 
@@ -266,7 +266,7 @@ TEST_F(Mailbox, ItIsCrowdedWhereASenderFoundMoreThanHalfOfThemWaiting) {
   dispatch_suspend(queue());
   for (int i = 500; i < 1000; ++i) ASSERT_TRUE(trySend(i));
   EXPECT_FALSE(mailbox->isCrowded());
-  EXPECT_TRUE(trySend(1000));  // finds room only as it looks what was read: 500 wait
+  EXPECT_TRUE(trySend(1000));  // there is room only because the sender now checks done_: 500 wait
   EXPECT_FALSE(mailbox->isCrowded());
   for (int i = 1001; i < 1500; ++i) ASSERT_TRUE(trySend(i));
   EXPECT_FALSE(trySend(1500));
@@ -285,7 +285,7 @@ TEST_F(Mailbox, ItIsCrowdedWithOneMoreThanHalfThoughThereIsRoom) {
   dispatch_suspend(queue());
   for (int i = 499; i < 1000; ++i) ASSERT_TRUE(trySend(i));
   EXPECT_FALSE(mailbox->isCrowded());
-  EXPECT_TRUE(trySend(1000));  // looks what was read: 501 wait
+  EXPECT_TRUE(trySend(1000));  // checks done_: 501 wait
   EXPECT_TRUE(mailbox->isCrowded());
   dispatch_resume(queue());
   dispatch_sync(queue(), [] {});
@@ -301,7 +301,7 @@ TEST_F(Mailbox, ALetterCountsUntilItsReaderIsDoneWithIt) {
     };
     for (int i = 0; i < 1000; ++i) ASSERT_TRUE(trySend(i));
     dispatch_sync(queue(), [] {});
-    // While the first is read all places are taken; while the second is, that of the first is free.
+    // While the first letter is read, all places are taken; while the second is read, the first one's place is free.
     EXPECT_THAT(hadRoom, ElementsAre(false, true, true));
     dispatch_sync(queue(), [] {});
     EXPECT_EQ(came.size(), 1002U);
@@ -444,7 +444,7 @@ TEST_F(Mailbox, LettersAreReadAsBlocksOfTheTarget) {
   dispatch_set_target_queue(queue(), nullptr);
   send(3000);
   waitUntilRead(3001);
-  dispatch_sync(queue(), [] {});  // the reader is done with what is destroyed now
+  dispatch_sync(queue(), [] {});  // afterwards the reader no longer uses what is destroyed now
 }
 
 TEST_F(Mailbox, ATargetThatIsBusyHoldsUpTheLetters) {
@@ -460,13 +460,13 @@ TEST_F(Mailbox, ATargetThatIsBusyHoldsUpTheLetters) {
   EXPECT_EQ(numbers(), upTo(10));
 }
 
-// --- Where no thread can be started ---
+// --- If no thread can be started ---
 
 TEST_F(Mailbox, WithoutWorkersAWaitRunsTheBlocksAndLettersBeforeIt) {
   RUN_IN_CHILD({
     const ThreadStartsFail noWorkers;
     send(0);
-    dispatch_async(queue(), [this] { come({0, 1}); });  // from here on a drain owns the queue, without a worker
+    dispatch_async(queue(), [this] { come({0, 1}); });  // after this a drain owns the queue, without a worker
     send(2);
     dispatch_async(queue(), [this] { come({0, 3}); });
     send(4);
@@ -541,7 +541,7 @@ TEST_F(Mailbox, AChildHasNoneOfItsParentsLetters) {
   NK_SKIP_UNDER_TSAN();
   dispatch_suspend(queue());
   for (int i = 0; i < 700; ++i) send(i);
-  Letter* const claimed = mailbox->tryClaim();  // another thread's, say, at the fork
+  Letter* const claimed = mailbox->tryClaim();  // stands for a claim of another thread at the fork
   EXPECT_EQ(statusOfChild([&] {
               dispatch_resume(queue());
               for (int i = 0; i < 1500; ++i) send(i);
@@ -567,7 +567,7 @@ TEST_F(Mailbox, AReaderThatForksKeepsItsLetterInTheChildAndNoOther) {
     if (child == 0) {
       alarm(20);
       isChild = true;
-      came.push_back(mark);  // the letter itself is still here
+      came.push_back(mark);  // the letter itself still exists
       return;
     }
     waitpid(child, &status, 0);
@@ -605,7 +605,7 @@ TEST_F(Mailbox, AForkAmidLettersLosesNothingInTheParentAndHoldsUpNoChild) {
              cameInChild = &read;
              for (int i = 0; i < 1500; ++i) send(i);
              dispatch_sync(queue(), [] {});
-             // The run that was being read at the fork is the parent's.
+             // The run that was being read at the fork belongs to the parent.
              return read == upTo(1500);
            }) == 0
                ? 0

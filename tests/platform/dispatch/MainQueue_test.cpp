@@ -202,7 +202,7 @@ TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnce
     const rlimit none{static_cast<rlim_t>(next), before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     EXPECT_STREQ(dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL), "com.norvik.main-thread");
-    EXPECT_TRUE(console.lines().empty());  // it was not asked for
+    EXPECT_TRUE(console.lines().empty());  // the descriptor was not requested
     int runs = 0;
     dispatch_async(dispatch_get_main_queue(), [&] { ++runs; });
     for (int i = 0; i < 3; ++i) EXPECT_EQ(dispatch_main_queue_descriptor(), -1);
@@ -212,7 +212,7 @@ TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnce
               "dispatch: no descriptor for the main queue: Too many open files; the next call for it tries again");
     dispatch_async(dispatch_get_main_queue(), [&] { ++runs; });
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_TRUE(readable());  // for the block that was queued before
+    EXPECT_TRUE(readable());  // because of the block that was enqueued before
     EXPECT_EQ(dispatch_main_queue_drain(), 1U);
     EXPECT_FALSE(readable());
     EXPECT_EQ(runs, 2);

@@ -92,7 +92,7 @@ TEST_F(Queue, TwoHundredSerialQueuesThatWaitForOneAnotherInAChainFinish) {
   auto done = dispatch_semaphore_create(0);
   std::atomic<int> finished{0};
   std::latch queued(1);
-  // Each queue's block waits for the block of the next queue, which is on its way already.
+  // Each queue's block waits for the block of the next queue, which is already enqueued.
   for (std::size_t i = 0; i < queueCount; ++i) {
     dispatch_async(queues[i], [&, i] {
       queued.wait();

@@ -18,7 +18,7 @@
 namespace norvik {
 namespace {
 
-/// Timers on a manual clock and a serial queue; what they do is written down as text.
+/// Timers on a manual clock and a serial queue; their handlers record what they do as text.
 class Source : public test::WatchedTest {
  protected:
   dispatch_source_t timer(const char* name) {
@@ -27,7 +27,7 @@ class Source : public test::WatchedTest {
     dispatch_source_set_event_handler(source, [this, name] { seen_ += name; });
     return source;
   }
-  /// Moves the clock and lets the handlers run; then gives what they wrote.
+  /// Advances the clock and lets the handlers run; then returns what they recorded.
   std::string after(std::uint64_t nanoseconds) {
     clock_.advance(nanoseconds);
     return dispatch_sync(queue_, [this] { return std::exchange(seen_, std::string()); });
@@ -70,7 +70,7 @@ TEST_F(Source, AStartThatIsPastFiresAtOnce) {
 }
 
 TEST_F(Source, TimersThatMayWaitForEachOtherFireTogether) {
-  // The clock begins at a second, which is a multiple of 512.
+  // The clock begins at one second, which is a multiple of 512 ns.
   auto a = timer("a");
   auto b = timer("b");
   auto exact = timer("!");
@@ -141,7 +141,7 @@ TEST_F(Source, SettingATimerAgainTakesBackWhatHasFiredAndNotYetBeenHandled) {
   dispatch_source_set_timer(source, clock_.time(10), 0, 0);
   dispatch_resume(source);
   dispatch_sync(queue_, [&] {
-    clock_.advance(10);  // fired; the handler waits for this block
+    clock_.advance(10);  // the timer fires, and its handler waits for this block
     dispatch_source_set_timer(source, clock_.time(10), 0, 0);
   });
   EXPECT_EQ(after(9), "");
@@ -224,7 +224,7 @@ TEST_F(Source, CancellingDestroysTheHandlers) {
   auto held = std::make_shared<int>(1);
   const std::weak_ptr<int> weak = held;
   auto source = timer("a");
-  // The handler holds its own source: that is a cycle until the source is cancelled.
+  // The handler holds its own source, which is a reference cycle until the source is cancelled.
   dispatch_source_set_event_handler(source, [source, held = std::move(held)] {});
   dispatch_source_set_cancel_handler(source, [source] {});
   dispatch_resume(source);
@@ -398,7 +398,7 @@ TEST_F(Source, ByTheRealClockTimersFireInOrderAndNeverEarly) {
   std::vector<int> order;
   std::atomic<int> early{0};
   auto done = dispatch_semaphore_create(0);
-  const auto base = Clock::now() + std::chrono::milliseconds(200);  // later than the last one is set
+  const auto base = Clock::now() + std::chrono::milliseconds(200);  // later than the last timer is set
   for (int i = 0; i < timerCount; ++i) {
     const int slot = (i * 37) % timerCount;  // set in a mixed order
     const auto at = base + std::chrono::microseconds(100 * slot);
@@ -431,7 +431,7 @@ TEST_F(Source, ATimerOfTheWallClockFollowsItWhenItIsSet) {
   auto byTheWall = source("wall", dispatch_walltime(&inAnHour, 0));
   auto monotonic = source("monotonic", dispatch_time(DISPATCH_TIME_NOW, 3600 * NSEC_PER_SEC));
   EXPECT_EQ(dispatch_sync(queue_, [this] { return seen_; }), "");
-  wall = 4'600'000'000'000;  // somebody sets the clock an hour ahead
+  wall = 4'600'000'000'000;  // the wall clock is set an hour ahead
   detail::SystemTimerClock::shared().setWallClock([]() noexcept { return wall.load(); });
   while (dispatch_sync(queue_, [this] { return seen_; }).empty()) std::this_thread::yield();
   EXPECT_EQ(dispatch_sync(queue_, [this] { return seen_; }), "wall");
@@ -467,7 +467,7 @@ TEST_F(Source, SourcesMaySetCancelledAndDroppedFromManyThreadsWhileTheyFire) {
     });
   }
   for (auto& thread : threads) thread.join();
-  // The last deliveries may be on the queue still; they touch `fired`.
+  // The last deliveries may still be on the queue; they use `fired`.
   detail::SystemTimerClock::shared().setIdleTime(1'000'000);
   while (detail::SystemTimerClock::shared().threadRuns()) std::this_thread::yield();
   dispatch_sync(queue_, [] {});

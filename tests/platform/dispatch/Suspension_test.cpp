@@ -18,7 +18,7 @@ namespace {
 
 class Suspension : public test::WatchedTest {
  protected:
-  /// Once the target has run what the queues above had for it, they have nothing on their way.
+  /// Returns when the target has run everything that the queues above had enqueued on it.
   static void settle(const dispatch_queue_t& target) {
     dispatch_sync(target, [] {});
   }
@@ -30,7 +30,7 @@ class Suspension : public test::WatchedTest {
 
 TEST_F(Suspension, ASuspendedQueueBeginsNoBlockUntilItIsResumed) {
   for (const auto& queue : {serial, concurrent}) {
-    std::string ran;  // the target runs one block at a time
+    std::string ran;  // needs no lock, because the target runs one block at a time
     dispatch_suspend(queue);
     for (const char* text : {"a", "b", "c"}) dispatch_async(queue, [&ran, text] { ran += text; });
     settle(target);

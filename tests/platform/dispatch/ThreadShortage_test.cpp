@@ -1,4 +1,4 @@
-// What becomes of queued work while no thread can be started. Each test runs in a process of its own, which has no
+// What happens to enqueued work while no thread can be started. Each test runs in a process of its own, which has no
 // workers yet.
 #include "NorvikCore/platform/dispatch/internal/ThreadShortage.h"
 
@@ -38,7 +38,7 @@ constexpr const char* report = "no worker thread is free and none can be started
 
 class ThreadShortage : public test::WatchedTest {
  protected:
-  /// Ends the shortage once so many more starts have been attempted.
+  /// Ends the shortage when that many more starts have been attempted.
   class EndsAfterAttempts {
    public:
     explicit EndsAfterAttempts(std::uint64_t attempts) {
@@ -57,7 +57,7 @@ class ThreadShortage : public test::WatchedTest {
     std::thread thread_;
   };
 
-  /// Has one worker, which is idle.
+  /// Afterwards there is one worker, which is idle.
   static void startWorker() {
     auto done = dispatch_semaphore_create(0);
     dispatch_async(dispatch_get_global_queue(), [&] { dispatch_semaphore_signal(done); });
@@ -238,7 +238,7 @@ TEST_F(ThreadShortage, AThreadThatHasBeenAsleepRunsWhatItWaitsFor) {
     const std::thread::id waiter = waiting.get_id();
     auto& pool = detail::WorkerPool::shared();
     pool.setIdleTime(1'000'000);
-    while (!waits || pool.workerCount() > 1) std::this_thread::yield();  // a second one may have been started
+    while (!waits || pool.workerCount() > 1) std::this_thread::yield();  // a second worker may have been started
     const ThreadStartsFail shortage;
     dispatch_semaphore_signal(go);
     waiting.join();
@@ -344,7 +344,7 @@ TEST_F(ThreadShortage, AfterItNothingIsLostAndOrderIsKept) {
       EXPECT_EQ(count, blockCount) << "two queues of " << blockCount / 2;
     }
     add(blockCount / 2, blockCount);
-    while (count < queueCount * blockCount) {  // a thread that asks the library for nothing but the time
+    while (count < queueCount * blockCount) {  // this thread never waits in the library
       dispatch_async(dispatch_get_global_queue(), [] {});
       std::this_thread::yield();
     }
@@ -425,7 +425,7 @@ TEST_F(ThreadShortage, AChildThatIsForkedAmidTheFirstBlockOfAProcessMayDispatch)
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
   RUN_IN_CHILD({
-    // Each process has used no queue before, so its first worker is just making what the library makes on first use.
+    // Neither process has used a queue before, so its first worker is still making objects of the first use.
     const auto process = [] {
       auto queue = dispatch_queue_create("queue");
       dispatch_async(queue, [] {});

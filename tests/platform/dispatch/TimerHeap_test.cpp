@@ -104,7 +104,7 @@ TEST(TimerHeap, EntriesOfAForgottenHeapCanBeAddedAgain) {
   TimerHeap heap;
   Entry a, b;
   {
-    const norvik::test::LeaksAllowed nodes;  // which a thread that is not in the child may have been changing
+    const norvik::test::LeaksAllowed nodes;  // in a child, another thread may have been changing them
     heap.add(a, {10, 0, 0, 0});
     heap.add(b, {20, 0, 0, 0});
   }
@@ -122,7 +122,7 @@ TEST(TimerHeap, AgreesWithASortedListAfterAnyOperations) {
   std::mt19937 random(20240406);
   std::vector<std::unique_ptr<Entry>> entries;
   for (int i = 0; i < 300; ++i) entries.push_back(std::make_unique<Entry>());
-  std::map<std::pair<std::uint64_t, std::uint64_t>, Entry*> model;  // by deadline and age
+  std::map<std::pair<std::uint64_t, std::uint64_t>, Entry*> model;  // sorted by deadline and age
   std::map<Entry*, std::pair<std::uint64_t, std::uint64_t>> keys;
   TimerHeap heap;
   std::uint64_t age = 0;

@@ -1,4 +1,4 @@
-// tests/platform/dispatch/Watchdog.h - ends a test that hangs, and says which one it was.
+// tests/platform/dispatch/Watchdog.h - ends a test that hangs, and reports its name.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -45,13 +45,13 @@ class Watchdog {
   std::thread thread_;
 };
 
-/// A test that may not hang.
+/// A test that fails if it hangs.
 class WatchedTest : public ::testing::Test {
  private:
   Watchdog watchdog_;
 };
 
-/// A test of how a process ends: the dying part runs in a process of its own from the start.
+/// A test of how a process ends: the part that ends it runs in a process of its own from the start.
 class WatchedDeathTest : public WatchedTest {
  protected:
   WatchedDeathTest() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }

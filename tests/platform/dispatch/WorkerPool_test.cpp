@@ -29,7 +29,7 @@ class WorkerPool : public test::WatchedTest {
  protected:
   detail::WorkerPool& pool_ = detail::WorkerPool::shared();
 
-  /// Runs a block on a worker, and returns when the worker looks out for more.
+  /// Runs a block on a worker, and returns when that worker is the lookout.
   void wakeUp() {
     auto done = dispatch_semaphore_create(0);
     dispatch_async(dispatch_get_global_queue(), [&] { dispatch_semaphore_signal(done); });
@@ -126,7 +126,7 @@ TEST_F(WorkerPool, WorkersThatAreBlockedInWaysNobodyKnowsOfGetHelp) {
   for (int i = 0; i < blockCount; ++i) {
     dispatch_group_async(group, dispatch_get_global_queue(), [&] {
       ++blocked;
-      release.wait(false);  // the library cannot tell this from work
+      release.wait(false);  // the library cannot distinguish this from work
     });
   }
   int ran = 0;
@@ -141,7 +141,7 @@ TEST_F(WorkerPool, WorkersThatAreBlockedInWaysNobodyKnowsOfGetHelp) {
 }
 
 TEST_F(WorkerPool, ARelaxedBlockWakesNobodyWhileAWorkerLooksOut) {
-  // A busy machine may keep the test from its processor until the lookout sleeps; one quiet moment in fifty is enough.
+  // On a busy machine the test may not run again before the lookout sleeps; one quiet moment in fifty is sufficient.
   bool quiet = false;
   for (int attempt = 0; attempt < 50 && !quiet; ++attempt) {
     wakeUp();
@@ -164,7 +164,7 @@ TEST_F(WorkerPool, ARelaxedBlockRunsEvenWhenEveryWorkerSleepsOrHasEnded) {
     } else {
       wakeUp();
       std::uint64_t looks = 0;
-      do {  // until it looks no more
+      do {  // until it stops checking
         looks = pool_.lookCount();
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
       } while (looks != pool_.lookCount());
@@ -207,7 +207,7 @@ TEST_F(WorkerPool, AnIdlePoolStopsLooking) {
   wakeUp();
   std::uint64_t before = 0;
   std::uint64_t after = 1;
-  while (before != after) {  // at the latest after the quiet time; the watchdog ends a pool that never stops
+  while (before != after) {  // ends after the quiet time; the watchdog ends a pool that never stops
     before = pool_.lookCount();
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     after = pool_.lookCount();

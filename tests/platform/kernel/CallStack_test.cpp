@@ -6,14 +6,14 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/kernel/SystemLog.h"
 
-// Outside the unnamed namespace, exported: their names are to be found.
+// Outside the unnamed namespace and exported, so that their names can be found.
 namespace payroll {
 
 struct Employer {};
 
 [[gnu::noinline]] NK_EXPORT std::vector<std::string> innermost(std::size_t skip) {
   std::vector<std::string> symbols = norvik::kernel::callStackSymbols(skip);
-  symbols.shrink_to_fit();  // something to do after the call, so that it is no jump
+  symbols.shrink_to_fit();  // prevents a tail call above
   return symbols;
 }
 

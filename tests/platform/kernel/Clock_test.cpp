@@ -10,14 +10,14 @@ TEST(Clock, HeaderExample) {
   const double now = kernel::wallSeconds();
   const std::int64_t start = kernel::monotonicNanoseconds();
   const std::int64_t spent = kernel::monotonicNanoseconds() - start;
-  EXPECT_GT(now, 700'000'000.0);  // past the year 2023
+  EXPECT_GT(now, 700'000'000.0);  // later than 2023
   EXPECT_GE(spent, 0);
 }
 
 TEST(Clock, WallNanosecondsAreTheSystemsTimeSince1970) {
   const time_t before = time(nullptr);
   const std::int64_t seconds = kernel::wallNanoseconds() / 1'000'000'000;
-  // time() reads a coarser clock, which may lag by a tick.
+  // time() reads a coarser clock, which may be a tick behind.
   EXPECT_GE(seconds, before);
   EXPECT_LE(seconds, time(nullptr) + 1);
 }

@@ -24,7 +24,7 @@ kernel::FileStatus statusAt(const std::string& path) {
   return status;
 }
 
-// With attributes as the file system keeps them, and in side files.
+// With attributes of the file system, and with side files.
 class CopyTree : public ::testing::TestWithParam<bool> {
  protected:
   CopyTree() {

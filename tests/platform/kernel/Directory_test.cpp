@@ -195,7 +195,7 @@ TEST(Directory, AFolderThatSomebodyTurnsIntoALinkMeanwhileIsNotFollowed) {
   EXPECT_TRUE(fs::exists(kept));
 }
 
-/// In a root folder of its own, because a failure would empty it.
+/// Runs in a root folder of its own, because a failure would empty that folder.
 TEST(Directory, TheRootFolderIsRefusedBeforeAnythingIsRemoved) {
   RUN_IN_CHILD({
     const TemporaryFolder folder;
@@ -263,7 +263,7 @@ TEST(Directory, AFolderAmongThoseOfOthersIsTheUsersAloneOrIsRefused) {
     fs::permissions(own, fs::perms(writable));
     EXPECT_EQ(kernel::createOwnDirectory(own), EPERM) << writable;
   }
-  if (geteuid() != 0) return;  // only root may make a folder somebody else's
+  if (geteuid() != 0) return;  // only root may change the owner of a folder
   fs::permissions(own, fs::perms(0700));
   ASSERT_EQ(chown(own.c_str(), 54321, 54321), 0);
   EXPECT_EQ(kernel::createOwnDirectory(own), EPERM);

@@ -21,8 +21,8 @@ namespace fs = std::filesystem;
 using kernel::attributeAbsent;
 using Names = std::vector<std::string>;
 
-// Where attributes are kept: as the file system of the temporary folder does it, in side files because they are
-// switched off, or in side files because the file system (ramfs) has none.
+// Where attributes are stored: as the file system of the temporary folder does it, in side files because extended
+// attributes are switched off, or in side files because the file system (ramfs) has none.
 enum class Keeping { asTheFileSystemDoes, switchedOff, onRamfs };
 
 class ExtendedAttributes : public testing::TestWithParam<Keeping> {
@@ -290,7 +290,7 @@ TEST(ExtendedAttributesStorage, SideFilesAreLeftOutOfAListOnlyBesideTheirFile) {
 
 TEST(ExtendedAttributesStorage, APipeOrALinkInThePlaceOfASideFileIsNotOpened) {
   RUN_IN_CHILD({
-    alarm(60);  // a read that waits for a writer is ended by the signal
+    alarm(60);  // ends the child if a read waits for a writer
     const kernel::WithoutExtendedAttributes off;
     const norvik::test::TemporaryFolder folder;
     const std::string path = folder.write("pay.csv"), secret = folder.write("secret", "secret");

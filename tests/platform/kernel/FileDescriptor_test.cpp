@@ -32,7 +32,7 @@ struct Pipe {
 
 bool isOpen(int descriptor) { return fcntl(descriptor, F_GETFD) >= 0; }
 
-// The exit status of a child that runs `body`, or minus the signal that ended it.
+// The exit status of a child that runs `body`, or the negative number of the signal that ended it.
 template <class Body>
 int inChild(const Body& body) {
   const pid_t child = fork();
@@ -160,7 +160,7 @@ TEST(FileDescriptor, AFileNeverBecomesAStandardStream) {
 }
 
 TEST(FileDescriptor, AWriteThatTheKernelCutsGoesOn) {
-  Pipe pipe;  // holds 64 KiB: the rest has to wait for the reader
+  Pipe pipe;  // it holds 64 KiB, so the rest must wait for the reader
   const std::string text(1'000'000, 'x');
   std::string received;
   std::thread reader([&] { EXPECT_EQ(kernel::readAll(pipe.reader.get(), received), 0); });
@@ -236,7 +236,7 @@ TEST(FileDescriptor, ASignalOfTheProgramsOwnStaysDeadlyAfterwards) {
     Pipe pipe;
     pipe.reader.close();
     if (kernel::writeAll(pipe.writer.get(), "text") != EPIPE) return 1;
-    return static_cast<int>(write(pipe.writer.get(), "text", 4));  // by hand: nobody guards this one
+    return static_cast<int>(write(pipe.writer.get(), "text", 4));  // a direct write without a guard
   });
   EXPECT_EQ(status, -SIGPIPE);
 }

@@ -33,7 +33,7 @@ FileStatus statusOf(const std::string& path, kernel::Links links = kernel::Links
   return status;
 }
 
-// Sets the times of last reading and last writing, which also moves the time of last change to now.
+// Sets the times of last access and last write, which also sets the time of last change to now.
 void setModification(const std::string& path, std::int64_t seconds) {
   const timespec times[2] = {{seconds, 0}, {seconds, 0}};
   ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
@@ -106,7 +106,7 @@ TEST(FileStatus, PermissionsAndTheTimeOfModificationCanBeSet) {
   EXPECT_EQ(kernel::setModificationTime(folder.path("absent"), 0), ENOENT);
 }
 
-// Where the creation time comes from, and what must not move it.
+// The source of the creation time, which later operations must not change.
 enum class Source { birthTime, keptByHand, keptByHandWithoutAttributes, keptOnRamfs };
 
 class FileCreation : public ::testing::TestWithParam<Source> {

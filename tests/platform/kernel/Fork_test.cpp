@@ -12,7 +12,7 @@
 namespace norvik {
 namespace {
 
-// Runs `body` in a forked child; true when it answered true. A child that hangs is ended by the signal.
+// Runs `body` in a forked child; true if it returned true. A signal ends a child that hangs.
 template <class Body>
 bool holdsInChild(const Body& body) {
   const pid_t child = fork();
@@ -27,7 +27,7 @@ bool holdsInChild(const Body& body) {
 
 struct Table {
   std::mutex mutex;
-  int first = 0, second = 0;  // equal while nobody holds the mutex
+  int first = 0, second = 0;  // equal while no thread holds the mutex
 };
 
 Table& table() {
@@ -57,7 +57,7 @@ TEST(Fork, AHandlerMayTakeALockOfItsOwnWhichTheChildFindsFree) {
 
 std::string calls;  // NOLINT(cert-err58-cpp): a fork handler has no context
 
-// In a process of its own, for handlers are for the life of one.
+// In a process of its own, because handlers stay registered until the process ends.
 TEST(Fork, WhatWasRegisteredLastIsPreparedFirstAndEverythingElseGoesInOrder) {
   EXPECT_TRUE(holdsInChild([] {
     kernel::atFork([] { calls += "1"; }, [] { calls += "a"; }, [] { calls += "A"; });

@@ -92,7 +92,7 @@ TEST(HostInfo, TextsAreReadOnce) {
   EXPECT_EQ(&kernel::processName(), &kernel::processName());
 }
 
-/// A machine of a test's own: the files by which the system describes it, in a fresh folder.
+/// A simulated machine: the files by which the system describes it, in a fresh folder.
 class Machine {
  public:
   void write(const std::string& path, const std::string& content) const {

@@ -13,7 +13,7 @@ namespace {
 
 std::atomic<bool> isMaking{false};
 
-/// Takes its time to make what it gives.
+/// Makes its object slowly.
 const int& slowlyMade() {
   return madeOnce([] {
     isMaking = true;
@@ -23,7 +23,7 @@ const int& slowlyMade() {
 }
 
 TEST(MadeOnce, AForkWaitsForTheThreadThatIsMakingTheObject) {
-  // Detached: the thread sanitizer would name a joinable thread in the child.
+  // Detached, because the thread sanitizer would report a joinable thread in the child.
   std::thread([] { EXPECT_EQ(slowlyMade(), 42); }).detach();
   while (!isMaking) std::this_thread::yield();
   const pid_t child = fork();

@@ -53,7 +53,7 @@ std::string pathOf(int number) {
   return path;
 }
 
-/// One descriptor that is open under a path that never changes, and tests as the test says.
+/// One descriptor that is always open with the same path, and whose tests give the results that a test case sets.
 class Scripted : public DescriptorSource {
  public:
   int list(std::vector<int>& numbers) const override {
@@ -80,8 +80,8 @@ class Scripted : public DescriptorSource {
   }
 
   int result = 0, pathError = 0;
-  mutable std::deque<int> results;        // first these, then `result`
-  mutable std::deque<std::string> paths;  // the last one stays
+  mutable std::deque<int> results;        // used first, before `result`
+  mutable std::deque<std::string> paths;  // the last one is repeated
   mutable int asked = 0, tested = 0;
 };
 
@@ -190,7 +190,7 @@ TEST(OpenDescriptors, WithoutAFreeDescriptorTheListIsStillWhole) {
   const TemporaryFolder folder;
   const std::string path = folder.write("pay.csv");
   RUN_IN_CHILD({
-    close_range(64, ~0U, 0);  // what the test's caller has left open
+    close_range(64, ~0U, 0);  // descriptors that the caller of the test has left open
     const rlimit few{64, 64};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     int last = -1;

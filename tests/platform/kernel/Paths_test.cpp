@@ -24,7 +24,7 @@ namespace {
 
 using norvik::test::TemporaryFolder;
 
-// An environment in which HOME is /home/pat and none of the XDG variables is set; the former one comes back at the end.
+// An environment in which HOME is /home/pat and no XDG variable is set; the destructor restores the former one.
 class Paths : public ::testing::Test {
  protected:
   Paths() {
@@ -176,7 +176,7 @@ TEST_F(Paths, ALineOfUserDirectoriesIsReadAsDesktopsReadIt) {
   EXPECT_EQ(kernel::desktopDirectory(), "/Desk");
 }
 
-// What the form of a line means, by a regular expression; the last one that counts.
+// The folder by the form of a line, as a regular expression; the last matching line has effect.
 std::string documentsIn(const std::string& text) {
   static const std::regex form(
       "[ \\t]*XDG_DOCUMENTS_DIR[ \\t]*=[ \\t]*\"(\\$HOME(?=[/\"])|(?=/))((?:\\\\[^]|[^\"\\\\])*)\"[^]*");
@@ -217,7 +217,7 @@ TEST_F(Paths, AnyTextInUserDirectoriesIsReadAsItsFormSays) {
   EXPECT_GT(own, 200) << "of 1000 texts";
 }
 
-// The configuration folder is a fresh one, in which a test puts something in the place of user-dirs.dirs.
+// Uses a fresh configuration folder, in which a test can put anything in the place of user-dirs.dirs.
 class UserDirectories : public Paths {
  protected:
   UserDirectories() { set("XDG_CONFIG_HOME", configuration_.path()); }

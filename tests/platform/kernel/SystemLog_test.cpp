@@ -26,7 +26,7 @@ using kernel::writeSystemLog;
 using ::testing::ElementsAre;
 using ::testing::MatchesRegex;
 
-// What a child process running `body` leaves in a file that is its standard error.
+// The content of the file that is the standard error of a child process that runs `body`.
 template <class Body>
 std::string standardErrorOf(const Body& body) {
   const norvik::test::TemporaryFolder folder;
@@ -202,7 +202,7 @@ TEST(SystemLog, AChildWritesAndReadsUnderACaptureThatThreadsOfItsParentUse) {
     while (!stop) EXPECT_FALSE(capture.waitForLines(2, 0));
   };
   std::thread readers[] = {std::thread(read), std::thread(read), std::thread(read), std::thread(read)};
-  while (reading < 4) std::this_thread::yield();  // from here on they allocate nothing
+  while (reading < 4) std::this_thread::yield();  // after this they allocate nothing
   int failed = 0;
   for (int round = 0; round < 300 && failed == 0; ++round) {
     const pid_t child = fork();

@@ -21,7 +21,7 @@ std::string nameInKernel() {
   return name;
 }
 
-// Runs `body` in a forked child; true when it answered true.
+// Runs `body` in a forked child; true if it returned true.
 template <class Body>
 bool holdsInChild(const Body& body) {
   const pid_t child = fork();
@@ -59,7 +59,7 @@ TEST(Thread, OnlyTheThreadWithTheProcessIdIsTheMainThread) {
 
 TEST(Thread, AForkedChildHasItsOwnIdAndItsThreadIsTheMainThread) {
   onThread([] {
-    ASSERT_FALSE(kernel::isMainThread());  // read before, so that a kept answer would show
+    ASSERT_FALSE(kernel::isMainThread());  // called first, so that a cached answer would be detected
     EXPECT_TRUE(holdsInChild([] { return kernel::currentThreadId() == static_cast<std::uint32_t>(getpid()); }));
     EXPECT_TRUE(holdsInChild([] { return kernel::isMainThread(); }));
     EXPECT_FALSE(kernel::isMainThread());

@@ -31,7 +31,7 @@ void letPass(std::int64_t nanoseconds) {
   }
 }
 
-/// How far outside of the interval in which the note was made it comes out.
+/// The distance of the converted note from the interval in which it was made; not positive if inside.
 std::int64_t error(const TickClock& clock, const Noted& noted) {
   const std::int64_t found = clock.wallNanoseconds(noted.note);
   return std::max(noted.before - found, found - noted.after);
@@ -57,7 +57,7 @@ TEST(TickClock, ANoteComesOutAsTheTimeOfItsMakingToAMicrosecond) {
       errors.push_back(error(clock, noted));
     }
   }
-  // A virtual machine's own pauses show in one or the other.
+  // A few of them include pauses of a virtual machine.
   std::sort(errors.begin(), errors.end());
   EXPECT_LE(errors[errors.size() * 95 / 100], microsecond);
 }
@@ -88,7 +88,7 @@ TEST(TickClock, NotesKeepTheirOrderAndTheirDistance) {
 
 TEST(TickClock, ReadingsOverSecondsDoNotDrift) {
   TickClock clock;
-  for (int i = 0; i < 25; ++i) {  // over the second after which the rate is taken anew
+  for (int i = 0; i < 25; ++i) {  // longer than the interval after which the rate is measured again
     letPass(100'000'000);
     clock.read();
     std::vector<std::int64_t> errors;

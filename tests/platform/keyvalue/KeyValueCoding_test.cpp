@@ -115,7 +115,7 @@ TEST(KeyValueCoding, APathIsCutAtItsFullStopsWhateverStandsBetweenThem) {
     outer->setValue_forKeyPath(8, key + "." + key);
     EXPECT_EQ(inner->objectForKey(key), Value(8)) << key;
   }
-  // Halves that a full stop parts are two keys, and what is behind it is not joined to what is before.
+  // Surrogate halves on both sides of a full stop are two keys and do not form one character.
   const auto parted = NSMutableDictionary::dictionaryWith({{high, NSDictionary::dictionaryWith({{low, 9}})}});
   EXPECT_EQ(parted->valueForKeyPath(high + "." + low), Value(9));
 }

@@ -233,8 +233,8 @@ double processorTime(Work&& work) {
   return least;
 }
 
-/// How many times longer work(8 * count) takes than work(count): 8 where each step takes constant time, 64 where each
-/// step passes over all earlier ones.
+/// How many times longer work(8 * count) takes than work(count): 8 if each step takes constant time, 64 if each step
+/// passes over all earlier ones.
 template <class Work>
 double growthOfEightfoldWork(int count, Work&& work) {
   const double once = processorTime([&] { work(count); });
@@ -382,7 +382,7 @@ TEST_F(KeyValueObserving, PathsThroughTextsAndCollectionsAreReadAndHeardWhereThe
   const auto one = make<Person>();
   one->setPay(5);
   person->setReports(NSArray::arrayWith({one, one}));
-  one->setPay(7);  // inside the array: nobody watches its elements
+  one->setPay(7);  // inside the array, whose elements are not observed
   EXPECT_EQ(recorder->heard, (Texts{"name.length:0>3", "reports.@sum.pay:(null)>10"}));
   EXPECT_FALSE(one->isObserved());
 }
@@ -400,7 +400,7 @@ TEST_F(KeyValueObserving, AKeyIsAffectedByWhatTheClassOfItsObjectStates) {
     person->addObserver(*recorder, "total", New);
     account->addObserver(*recorder, "total", New);
     person->setPay(person->pay() + 1);
-    account->setPay(account->pay() + 1);  // another key, which nothing is said of
+    account->setPay(account->pay() + 1);  // another key, for which no dependency is stated
     account->setDeposit(account->deposit() + 5);
     person->removeObserver(*recorder, "total");
     account->removeObserver(*recorder, "total");
@@ -563,9 +563,9 @@ TEST_F(KeyValueObserving, AnObjectInTheMiddleOfThePathMayGo) {
   auto boss = make<Person>();
   person->setDeputy(boss);
   person->addObserver(*recorder, "deputy.name", New);
-  boss = nullptr;  // a weak property announces nothing
+  boss = nullptr;  // the weak property becomes empty and notifies no observer
   EXPECT_TRUE(recorder->heard.empty());
-  for (int i = 0; i < 50; ++i) {  // the next one may well lie at the same address
+  for (int i = 0; i < 50; ++i) {  // a later object is likely to have the same address
     boss = make<Person>();
     boss->setName("Ann");
     person->setDeputy(boss);
@@ -652,7 +652,7 @@ TEST_F(KeyValueObserving, ManualAnnouncementsNestAndGoWithWhatIsAnnounced) {
   person->willChangeValueForKey("pay");
   person->didChangeValueForKey("name");
   person->didChangeValueForKey("pay");
-  person->didChangeValueForKey("pay");  // not announced: nobody is told
+  person->didChangeValueForKey("pay");  // not announced, so no observer is notified
   EXPECT_EQ(recorder->heard, (Texts{"name:(null)>", "pay:(null)>0"}));
 }
 
@@ -817,7 +817,7 @@ TEST_F(KeyValueObserving, AnyOrderOfAddingAndRemovingLeavesWhatAPlainListWouldHo
     const Registered chosen{static_cast<int>(random() % 2), static_cast<int>(random() % 5)};
     const NSString& path = paths[static_cast<std::size_t>(chosen.path)];
     int* context = &contexts[static_cast<std::size_t>(chosen.context)];
-    // Towards 100 registrations and back again, so that the list is indexed and not.
+    // Up to about 100 registrations and back, so that the list has an index and has none.
     const bool adds = step % 1000 < 500 ? random() % 5 < 3 : random() % 5 < 2;
     if (adds) {
       person->addObserver(*recorder, path, New, context);

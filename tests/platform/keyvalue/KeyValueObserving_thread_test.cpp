@@ -28,7 +28,7 @@ class Counter : public NSObject {
 
 constexpr auto New = NSKeyValueObservingOptionNew, Old = NSKeyValueObservingOptionOld;
 
-/// Runs the steps at the same time, from one start.
+/// Runs the steps concurrently; all start together.
 template <class... Steps>
 void together(Steps... steps) {
   std::latch start(sizeof...(Steps));
@@ -56,7 +56,7 @@ TEST(KeyValueObservingThreads, ObserversComeAndGoWhileAnotherThreadChangesTheObj
         for (int i = 0; i < rounds; ++i) {
           const auto passing = make<Counter>();
           account->addObserver(*passing, "balance", New);
-          if (i % 3 != 0) account->removeObserver(*passing, "balance", nullptr);  // else it just goes
+          if (i % 3 != 0) account->removeObserver(*passing, "balance", nullptr);  // otherwise it is destroyed
         }
       });
   EXPECT_EQ(staying->calls, rounds);
@@ -80,7 +80,7 @@ TEST(KeyValueObservingThreads, ObjectsAlongThePathAreExchangedFromTwoThreads) {
       [&] {
         for (int i = 0; i < rounds; ++i) a->setBalance(i), b->setBalance(i);
       });
-  // Whoever was last: exactly the object that stands there now is watched, once.
+  // Whichever thread was last, exactly the current object is observed, once.
   counter->calls = 0;
   a->setBalance(-1);
   b->setBalance(-1);

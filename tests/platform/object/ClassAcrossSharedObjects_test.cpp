@@ -31,7 +31,7 @@ TEST(ClassAcrossSharedObjects, ALoadedObjectsClassesJoinTheListAndOneNameIsOneCl
   ASSERT_NE(hidden, nullptr);
   EXPECT_EQ(hidden(), &HiddenOnBothSides::staticClass());
 
-  // Its header says something else to the shared object: it is another class there.
+  // The header declares the class differently for the shared object, so it is another class there.
   const auto older = reinterpret_cast<const void* (*)()>(dlsym(plugin, "olderInThePlugin"));
   ASSERT_NE(older, nullptr);
   EXPECT_NE(older(), &OtherVersionOnBothSides::staticClass());

@@ -1,4 +1,4 @@
-// tests/platform/object/Class_other_file.cpp - a class of the name that one of Class_test.cpp has.
+// tests/platform/object/Class_other_file.cpp - a class with the same name as one in Class_test.cpp.
 #include "NorvikCore/platform/object/NSObject.h"
 
 using namespace norvik;

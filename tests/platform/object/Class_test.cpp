@@ -61,7 +61,7 @@ class Outside : public NSObject {
   NK_OBJECT(Outside, NSObject)
 };
 
-/// Of Class_other_file.cpp.
+/// Defined in Class_other_file.cpp.
 const Class& localOfTheOtherFile();
 
 namespace {

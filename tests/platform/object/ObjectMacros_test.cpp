@@ -66,9 +66,9 @@ class Dial : public Button {
   int turns_ = 0;
 };
 
-// Several statements in a line are what is tested.
+// These tests need several statements in one line.
 // clang-format off
-/// What other macros use inside a class leaves the statements as they are.
+/// Other macros inside a class do not affect the statements.
 #define NK_TEST_COUNTER(a) [[maybe_unused]] static constexpr int counter##a = __COUNTER__;
 #define NK_TEST_COUNTERS(a)                                                              \
   NK_TEST_COUNTER(a##0) NK_TEST_COUNTER(a##1) NK_TEST_COUNTER(a##2) NK_TEST_COUNTER(a##3) \
@@ -111,7 +111,7 @@ class Holder : public T {
   int sum() const { return one() + two(); }
 };
 
-/// Types that are written with commas or with parts on both sides of the name, and that name parameters of the class.
+/// Types that contain commas or surround the name, and that use template parameters of the class.
 template <class K, class V>
 class Pairs : public NSObject {
   NK_OBJECT(Pairs, NSObject)
@@ -124,7 +124,7 @@ class Pairs : public NSObject {
   NK_METHOD(clear)
 };
 
-/// As many statements as there can be.
+/// The greatest number of statements.
 class Full : public NSObject {
   NK_OBJECT(Full, NSObject)
   void work() {}
@@ -151,7 +151,7 @@ std::vector<std::string> namesOf(const Class& c) {
   return names;
 }
 
-// What a category of Button is.
+// The functions of a category of Button.
 int pressure(const Button&) { return 7; }
 std::map<const Button*, Decimal>& weights() {
   static auto& all = *new std::map<const Button*, Decimal>;

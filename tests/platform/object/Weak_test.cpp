@@ -109,7 +109,7 @@ TEST(Weak, AForkedChildIsNotHeldUpByWhatOtherThreadsWereAt) {
   for (int i = 0; i < 100 && bad == 0; ++i) {
     const pid_t child = fork();
     if (child == 0) {
-      alarm(20);  // a child that hangs is ended by the signal
+      alarm(20);  // ends a child that hangs
       _exit(Weak<Thing>(thing).lock() == thing && weak.lock() == thing ? 0 : 1);
     }
     int status = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t maximalInteger = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t minimalInteger = std::numeric_limits<std::int64_t>::min();
 
-/// A calendar that only ever steps to the next day, by a table of month lengths: slow, plain and independent.
+/// A calendar that only steps to the next day, with a table of month lengths: slow, simple and independent.
 class SteppedCalendar {
  public:
   /// 1583-01-01, a Saturday, in ISO week 52 of 1582.
@@ -47,7 +47,7 @@ class SteppedCalendar {
   int weekYear = 1582, week = 52;
 
  private:
-  // The week that begins on this Monday is the first of a year when 4 January is one of its days.
+  // The week that begins on this Monday is the first week of a year if it contains 4 January.
   void stepWeek() {
     ++week;
     const bool holdsFourthOfJanuary = (month == 12 && day >= 29) || (month == 1 && day <= 4);

@@ -1,4 +1,4 @@
-// Decimal against a model that calculates as on paper, on random pairs of numbers, and laws that hold for all of them.
+// Decimal compared with a model that calculates as on paper, on random pairs of numbers, and laws that hold for all.
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
@@ -18,7 +18,7 @@ using namespace norvik;
 using norvik::test::DecimalSamples;
 using norvik::test::Sample;
 
-// Sanitizers slow the model down twentyfold; there a twentieth of the pairs is enough to find what they look for.
+// Sanitizers slow the model down twentyfold; with them a twentieth of the pairs is sufficient.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int pairs = 5'000;
 #else
@@ -29,7 +29,7 @@ class DecimalModelTest : public testing::TestWithParam<model::Mode> {
  protected:
   DecimalSamples samples{2'024'04'06 + static_cast<std::uint64_t>(GetParam())};
 
-  /// Half of the behaviours round to 38 digits only, a quarter to pennies, a quarter to any scale. None raises.
+  /// Half of the behaviours round only to 38 digits, a quarter to pennies, a quarter to any scale. None raises.
   NSDecimalNumberHandler behavior() {
     const int kind = samples.below(4);
     const int scale = kind < 2 ? NSDecimalNoScale : kind == 2 ? 2 : samples.below(340) - 170;
@@ -45,7 +45,7 @@ class DecimalModelTest : public testing::TestWithParam<model::Mode> {
   }
 };
 
-/// The parts that the model's result is made of; not-a-number for a fault.
+/// The parts of the model's result; not-a-number for an error.
 Decimal::Parts expected(const model::Result& result) {
   if (result.outcome != model::Outcome::number) return {.isNaN = true};
   const model::Number& n = result.number;
@@ -57,7 +57,7 @@ Decimal::Parts expected(const model::Result& result) {
       << text(a) << " and " << text(b) << ", scale " << (behavior).scale() << ": " << (actual) << (actual).exponent() \
       << ", model " << model::print((result).number) << (result).number.exponent
 
-/// Digit by digit, as on paper; both as whole numbers, the divisor with 37 digits at most.
+/// The remainder of two whole numbers, computed digit by digit; the divisor has at most 37 digits.
 std::string remainderOnPaper(const std::string& dividend, const std::string& divisor) {
   detail::UInt128 by = 0, rest = 0;
   for (const char c : divisor) by = by * 10 + static_cast<unsigned>(c - '0');

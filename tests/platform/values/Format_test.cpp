@@ -174,7 +174,7 @@ TEST(Format, GeneralNumbersHaveTheDigitsOfTheStandardLibrary) {
   for (int i = 0; i < 100'000; ++i) {
     const int precision = static_cast<int>(random() % 14), places = static_cast<int>(random() % 8);
     double number = std::pow(10.0, exponent(random));
-    // Half of them short decimals, where ties and trailing zeros are.
+    // Half of them are short decimals, which have ties and trailing zeros.
     if (i % 2 == 0) number = std::round(number * std::pow(2.0, places)) / std::pow(2.0, places);
     const auto end =
         std::to_chars(expected, std::end(expected), number, std::chars_format::general, std::max(precision, 1));
@@ -299,8 +299,8 @@ TEST(Format, PlainFloatingNumbersHaveSixDecimals) {
       {-0.0, "-0.000000"},
       {0.37, "0.370000"},
       {-1234.5, "-1234.500000"},
-      {0.0000005, "0.000000"},  // the double lies just below the half
-      {0.0000015, "0.000002"},  // and this one just above
+      {0.0000005, "0.000000"},  // the double is slightly below the half
+      {0.0000015, "0.000002"},  // and this one slightly above
       {0.00000095367431640625, "0.000001"},
       {0.9999999, "1.000000"},
       {99.9999996, "100.000000"},
@@ -346,7 +346,7 @@ TEST(Format, AListOfArgumentsCanBeHandedOn) {
   EXPECT_EQ(text, "log: 3 of");
 }
 
-// The compiler's check of literals, as the compiler runs it.
+// The check of literals, run by the compiler.
 static_assert(checkFormatFor<int, NSString, double>("%d %@ %f") == FormatFault::none);
 static_assert(checkFormatFor<>("100 %%") == FormatFault::none);
 static_assert(checkFormatFor<int, const char*>("%2$s %1$d") == FormatFault::none);

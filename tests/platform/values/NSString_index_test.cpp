@@ -1,4 +1,4 @@
-// How far a look-up walks, counted in characters passed; time is not looked at.
+// How far a look-up walks, counted in characters passed; time is not measured.
 #include "NorvikCore/platform/values/NSString.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 
@@ -53,7 +53,7 @@ TEST(NSStringIndex, GivesThePlaceOfEveryUnitAndTheUnitOfEveryCharacter) {
 TEST(NSStringIndex, WalkingCountsItsSteps) {
   std::size_t steps = 0;
   (void)detail::walkUnits(repeated(1000), {}, 2999, &steps);
-  EXPECT_EQ(steps, 1999u);  // two characters for each three units; the last is entered, not passed
+  EXPECT_EQ(steps, 1999u);  // two characters per three units; the last is entered but not passed
 }
 
 TEST(NSStringIndex, TextUsesOneIndexForAllItsCopies) {

@@ -1,4 +1,4 @@
-// Texts against a model: a std::u16string, on random texts of ASCII, accented letters, pairs and lone halves.
+// Texts compared with a model, a std::u16string, on random texts of ASCII, accented letters, pairs and lone halves.
 #include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
 
@@ -18,7 +18,7 @@ class Source {
 
   std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(engine_); }
 
-  /// Few different characters, so that searches find something.
+  /// Only a few different characters, so that searches find something.
   Units units(std::size_t most) {
     const std::size_t length = upTo(most);
     const bool asciiOnly = upTo(5) == 0;
@@ -120,7 +120,7 @@ TEST(NSStringProperty, SearchFindsWhatTheModelFinds) {
   }
 }
 
-/// Folds the letters that repetitiveUnits() makes. Halves that stand alone stay.
+/// Folds the letters that repetitiveUnits() makes. Lone halves are unchanged.
 Units folded(const Units& units) {
   Units result = units;
   for (std::size_t i = 0; i < result.size(); ++i) {
@@ -131,8 +131,8 @@ Units folded(const Units& units) {
   return result;
 }
 
-/// Few letters and much repetition, so that texts have periods: A, a, the Kelvin sign and its letter, a letter of two
-/// halves in both cases and its halves alone.
+/// Few letters and much repetition, so that texts are periodic: A, a, the Kelvin sign and its letter, a letter of two
+/// halves in both cases, and its halves alone.
 Units repetitiveUnits(Source& source, std::size_t most) {
   const Units letters[] = {u"a", u"A", u"k", u"\u212A", u"\U00010400", u"\U00010428", {0xDC00}, {0xD801}, {0xDC28}};
   const std::size_t kinds = source.upTo(3) == 0 ? 8 : source.upTo(2), first = source.upTo(8 - kinds);
@@ -161,7 +161,7 @@ TEST(NSStringProperty, SearchInRepetitiveTextFindsWhatTheModelFinds) {
     const std::size_t from = source.upTo(model.size()), length = source.upTo(model.size() - from);
     const NSString text = NSString::fromUtf16(model), part = NSString::fromUtf16(wanted);
     for (const bool ignoresCase : {false, true}) {
-      // A place is an occurrence where the units there, as a text of their own, are the wanted ones.
+      // A position is an occurrence if the units there, as a text of their own, equal the wanted ones.
       const auto occursAt = [&](std::size_t at) {
         const Units there = model.substr(at, wanted.size());
         return ignoresCase ? folded(there) == folded(wanted) : there == wanted;

@@ -97,7 +97,7 @@ TEST(NSStringSearch, LettersBeyondTheFirstPlaneFoldBesideAHalfToo) {
   EXPECT_EQ(("\U0001F4B7" + upper).rangeOfString(low + lower, caseAside | NSBackwardsSearch | NSAnchoredSearch),
             (NSRange{1, 3}));
   EXPECT_EQ((low + upper).rangeOfString(low + lower), none);
-  // The parts of a character that a range cuts do not fold: they are no letters.
+  // The halves of a character that a range cuts do not fold, because they are not letters.
   EXPECT_EQ((upper + "x").rangeOfString("X", caseAside, {1, 2}), (NSRange{2, 1}));
   EXPECT_EQ((upper + upper).rangeOfString(lower, caseAside, {1, 3}), (NSRange{2, 2}));
   EXPECT_EQ((upper + upper).rangeOfString(lower, caseAside, {1, 2}), none);
@@ -145,7 +145,7 @@ TEST(NSStringSearch, ReplacingMayJoinHalves) {
   EXPECT_EQ((high + "-" + low).stringByReplacingOccurrencesOfString("-", ""), "\U0001F4B7");
 }
 
-/// The texts of other programs come so. In time that grew with the square of the length this would take many minutes.
+/// Such texts come from other programs. With quadratic time this would take many minutes.
 TEST(NSStringSearch, BytesThatAreNotUtf8AreReplacedInALongTextInLinearTime) {
   constexpr std::size_t lines = 200'000;
   std::string bytes, expected;
@@ -158,7 +158,7 @@ TEST(NSStringSearch, BytesThatAreNotUtf8AreReplacedInALongTextInLinearTime) {
   EXPECT_EQ(text.componentsSeparatedBy(pound).size(), lines + 1);
 }
 
-/// In time that grew with the square of the length each of these would take minutes.
+/// With quadratic time each of these would take minutes.
 TEST(NSStringSearch, RepetitiveTextIsSearchedInLinearTimeInEveryManner) {
   constexpr std::size_t length = 400'000;
   const NSString half = NSString::fromCodePoint(0xDCB7);
@@ -196,7 +196,7 @@ TEST(NSStringSearch, TrimmingTakesEveryKindOfSpaceOffBothEnds) {
   EXPECT_EQ(NSString(" \t\r\n pay day\v\f ").stringByTrimming(), "pay day");
   EXPECT_EQ(NSString("\u00A0\u2003pay\u3000\u2028").stringByTrimming(), "pay");
   EXPECT_EQ(NSString(" \u2003 ").stringByTrimming(), "");
-  EXPECT_EQ(NSString("\u200Bpay").stringByTrimming(), "\u200Bpay");  // takes no width, but is no space
+  EXPECT_EQ(NSString("\u200Bpay").stringByTrimming(), "\u200Bpay");  // has no width, but is not a space
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ static_assert(!std::is_constructible_v<NSString, std::nullptr_t>);
 static_assert(!std::is_convertible_v<NSString, bool>);
 static_assert("caf\u00E9"_ns.view().size() == 5);
 
-/// The reason of the NSException of that name that the call raises; "nothing" where it raises none.
+/// The reason of the NSException of that name that the call raises; "nothing" if it raises none.
 template <class Call>
 std::string raised(const char* name, Call call) {
   try {
@@ -89,7 +89,7 @@ TEST(NSString, ItsUnitsAreARange) {
   EXPECT_EQ(std::ranges::distance(text.units()), 7);
   EXPECT_EQ(std::ranges::count(text.units(), u'b'), 1);
   EXPECT_TRUE(NSString().units().begin() == NSString().units().end());
-  const auto range = NSString("kept").units();  // the text itself is gone
+  const auto range = NSString("kept").units();  // the text itself is destroyed
   EXPECT_EQ(std::u16string(range.begin(), range.end()), u"kept");
 }
 
@@ -246,7 +246,7 @@ TEST(NSString, ComparesWithPlainTextAsIfItWereMadeFromIt) {
   EXPECT_TRUE(text != "Pay" && text < "payday" && "pax" < text);
   const NSString escaped = NSString::fromBytes("\xE9");
   EXPECT_TRUE(escaped == "\xE9");
-  EXPECT_FALSE(escaped == escaped.view());  // those three bytes as text are three escapes
+  EXPECT_FALSE(escaped == escaped.view());  // read as text, those three bytes are three escapes
 }
 
 TEST(NSString, OrderIsByUtf16UnitsNotByCharacters) {

@@ -41,7 +41,7 @@ TEST(NumberHash, NeighbouringAmountsSpread) {
     lowBits.insert(hash % 4096);
   }
   EXPECT_EQ(whole.size(), 4096u);
-  EXPECT_GT(lowBits.size(), 2400u);  // 63 % of the places, as chance has it, are 2589
+  EXPECT_GT(lowBits.size(), 2400u);  // at random, 63 % of the places are used: 2589
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ TEST(NumberOrder, EveryNumberOfThisListIsLessThanAllAfterIt) {
   }
 }
 
-/// The digits a number stands for, read from text: the slow way, which knows nothing of the library's arithmetic.
+/// The digits of a number, read from its text: slow, and independent of the library's arithmetic.
 struct Digits {
   bool isNegative = false;
   std::string digits;  // without zeros at either end
@@ -132,7 +132,7 @@ std::string digitsOf(const NSNumber& number) {
   return std::string(text, std::to_chars(text, text + sizeof text, value, std::chars_format::scientific).ptr);
 }
 
-/// Numbers that lie close together: what separates them is the kind, the last digit or the last bit.
+/// Numbers that are close together: they differ in the kind, the last digit or the last bit.
 NSNumber randomNumber(std::mt19937_64& random) {
   static const double scales[] = {1,    0.01,   1e-3,   1e15,  9007199254740992.0, 0x1p63, 0x1p64,
                                   1e22, 1e-120, 1e-128, 1e-140};

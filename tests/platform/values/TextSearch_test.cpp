@@ -45,7 +45,7 @@ TEST(TextSearch, TheEdgesAreLookedAtAlone) {
   EXPECT_EQ(matchAtEdge("payday", "day", {.backwards = true}), (TextMatch{3, 6}));
 }
 
-/// Texts of few letters and long enough for the table: every overlapping occurrence against comparing at every place.
+/// Texts of few letters that are long enough for the table: compares with a search that tries every position.
 TEST(TextSearch, FindsEveryOccurrenceInRepetitiveText) {
   std::mt19937 random(11);
   const auto upTo = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };

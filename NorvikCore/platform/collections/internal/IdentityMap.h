@@ -1,8 +1,8 @@
-// NorvikCore/platform/collections/internal/IdentityMap.h - payloads under objects as such, whatever isEqual says; the
-// objects are kept, or only watched until they go.
+// NorvikCore/platform/collections/internal/IdentityMap.h - a map from objects to payloads by identity, independent of
+// isEqual; the objects are retained or held weakly.
 //
-// Nothing is let go inside: what an operation takes out it hands to its caller, who lets it go when no lock is held.
-// Confined: one thread at a time, while watched objects may go on any.
+// The map itself releases nothing: an operation returns what it removes, and the caller releases it when no lock is
+// held. Confined: one thread at a time; any thread may destroy objects that are held weakly.
 #pragma once
 
 #include "NorvikCore/platform/object/NSObject.h"
@@ -19,28 +19,29 @@ template <class Payload>
 class IdentityMap {
  public:
   struct Entry {
-    Ref<NSObject> kept;      ///< one of the two
-    Weak<NSObject> watched;  ///<
+    Ref<NSObject> kept;      ///< either this
+    Weak<NSObject> watched;  ///< or this is set
     Payload payload{};
 
-    /// Empty where a watched object is gone.
+    /// Empty if a weakly held object is destroyed.
     [[nodiscard]] Ref<NSObject> object() const { return kept ? kept : watched.lock(); }
     [[nodiscard]] bool isGone() const noexcept { return !kept && watched.isGone(); }
   };
 
   explicit IdentityMap(bool keepsObjects) noexcept : keepsObjects_(keepsObjects) {}
 
-  /// Those of objects that are gone count too, until they are taken out.
+  /// Entries of destroyed objects count too, until they are removed.
   [[nodiscard]] std::size_t size() const noexcept { return table_.size(); }
 
-  /// An entry that an earlier object left at the same address does not count.
+  /// Ignores an entry of an earlier object at the same address.
   [[nodiscard]] Payload* find(const NSObject& object) {
     Entry* entry = table_.find(&object);
     return entry && !entry->isGone() ? &entry->payload : nullptr;
   }
 
-  /// The object's payload, made by default where there was none. What earlier objects left behind goes to `left`, now
-  /// and then all of it, so that a map whose objects come and go does not grow.
+  /// The object's payload, default-constructed if there was none. Appends entries of destroyed objects that it removes
+  /// to `left`: one at the same address, and from time to time all of them, so that the map does not grow if its
+  /// objects are short-lived.
   Payload& findOrInsert(NSObject& object, std::vector<Entry>& left) {
     if (!keepsObjects_ && table_.size() >= sweepAt_) sweep(left);
     Entry& entry = table_[&object];
@@ -62,7 +63,7 @@ class IdentityMap {
     return all;
   }
 
-  /// Takes out the entries for which `isDead(entry)` is true.
+  /// Removes the entries for which `isDead(entry)` is true and appends them to `left`.
   template <class IsDead>
   void sweep(std::vector<Entry>& left, IsDead&& isDead) {
     std::vector<const void*> dead;
@@ -76,7 +77,7 @@ class IdentityMap {
     sweep(left, [](const Entry& entry) { return entry.isGone(); });
   }
 
-  /// visit(object, payload) for each object that is not gone, in no order.
+  /// Calls visit(object, payload) for each object that is not destroyed, in no particular order.
   template <class Visit>
   void forEach(Visit&& visit) const {
     table_.forEach([&](const void*, const Entry& entry) {

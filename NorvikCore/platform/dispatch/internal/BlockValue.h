@@ -1,8 +1,8 @@
 // NorvikCore/platform/dispatch/internal/BlockValue.h - values that belong to one running block, not to its queue.
 //
-// Many blocks of a concurrent queue run at once; what is true of one of them cannot stand on the queue. While a
+// Many blocks of a concurrent queue run at once, so a value of one block cannot be stored on the queue. While a
 // BlockValue lives, dispatch_get_specific() finds it under its key in the block that made it, before any value of the
-// queue and of its targets; blocks that run within that block see their own only.
+// queue and of its targets. Blocks that run within that block find only their own values.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -10,12 +10,12 @@
 
 namespace norvik::detail {
 
-/// Stands on the stack of a block. `Read` gives the value to who asks for it, which may be never.
+/// An object on the stack of a block. `Read` returns the value when it is asked for, which may be never.
 class BlockValue {
  public:
   using Read = void* (*)(BlockValue& self);
 
-  /// In a block of some queue.
+  /// Construct it in a block of a queue.
   BlockValue(const void* key, Read read) noexcept
       : key_(key), read_(read), frame_(currentFrame), outer_(frame_->values) {
     frame_->values = this;
@@ -39,7 +39,7 @@ class BlockValue {
   BlockValue* const outer_;
 };
 
-/// Takes a key away from a queue if its value is that one, which was set without a destructor.
+/// Removes a key from a queue if its value is `value`, which was set without a destructor.
 void clearSpecific(const dispatch_queue_t& queue, const void* key, void* value) noexcept;
 
 }  // namespace norvik::detail

@@ -63,7 +63,7 @@ void ConcurrentQueue::enter(Order order) {
         begin(order);
         return;
       }
-      // What it waits for waits, in turn, for the block that this thread is in; or for a resume.
+      // The wait would end only after the block that this thread is in; or after a resume.
       if (!suspended_ && isHeld(this))
         reportMisuse("a synchronous block for a queue that the calling code holds would never run", this);
       pending_.append(&waiter);

@@ -1,9 +1,9 @@
-// NorvikCore/platform/dispatch/internal/ConcurrentQueue.h - many blocks at a time, barriers alone.
+// NorvikCore/platform/dispatch/internal/ConcurrentQueue.h - runs many blocks at a time, and barriers alone.
 //
-// Items are admitted in order: an ordinary one unless a barrier runs, a barrier once nothing runs; what stands behind
-// one that cannot be admitted waits. For each admitted block a ticket goes to the target or to the workers, and whoever
-// gets the ticket runs the admitted block that is longest here. An admitted waiter goes on by itself. While the queue
-// is suspended nothing is admitted, and tickets that come up are kept.
+// Items are admitted in order: an ordinary item unless a barrier runs, a barrier when nothing runs. Items behind one
+// that cannot be admitted wait. For each admitted block a ticket is sent to the target or to the workers; the thread
+// that runs the ticket runs the oldest admitted block. An admitted waiter continues on its own thread. While the queue
+// is suspended nothing is admitted, and tickets that are run are kept for the resume.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
@@ -23,11 +23,11 @@ class ConcurrentQueue final : public QueueCore {
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;
 
-  /// The queue of which the item runs an admitted block; null for other items.
+  /// The queue whose ticket the item is; null for other items.
   [[nodiscard]] static ConcurrentQueue* admittedBy(Item* item) noexcept {
     return item->run == &Ticket::runTicket ? static_cast<Ticket*>(item)->queue : nullptr;
   }
-  /// True when running an admitted block is a step to the goal.
+  /// True if running an admitted block is a step towards the goal.
   [[nodiscard]] bool leadsTo(const HelpGoal& goal) noexcept;
 
  private:
@@ -52,7 +52,7 @@ class ConcurrentQueue final : public QueueCore {
   QueueMutex mutex_;
   ItemList pending_ NK_GUARDED_BY(mutex_);
   ItemList admitted_ NK_GUARDED_BY(mutex_);
-  std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // admitted ones included
+  std::size_t running_ NK_GUARDED_BY(mutex_) = 0;  // includes admitted ones
   bool barrierRuns_ NK_GUARDED_BY(mutex_) = false;
   bool suspended_ NK_GUARDED_BY(mutex_) = false;
   std::size_t keptTickets_ NK_GUARDED_BY(mutex_) = 0;

@@ -9,14 +9,14 @@
 namespace norvik::detail {
 namespace {
 
-/// As the queue would run them one by one. What one throws ends the process.
+/// Runs the items as the queue would run them one by one. An exception ends the process.
 void runAll(const std::vector<Item*>& items, SerialQueue* queue) noexcept {
   constexpr std::size_t ahead = 4;
   const std::uint32_t generation = kernel::forkGeneration();
   for (std::size_t i = 0; i < items.size(); ++i) {
     if (i + ahead < items.size()) prefetchItem(items[i + ahead]);
     runItem(items[i], queue);
-    if (kernel::forkGeneration() != generation) return;  // the others are the parent's
+    if (kernel::forkGeneration() != generation) return;  // the other items belong to the parent
     if (queue->isSuspended()) [[unlikely]] {
       for (std::size_t left = items.size(); left > i + 1; --left) queue->putBack(items[left - 1]);
       return;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/dispatch/internal/FiredItems.h - what a round of timers queues.
+// NorvikCore/platform/dispatch/internal/FiredItems.h - the items that a round of timers enqueues.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -9,16 +9,16 @@
 
 namespace norvik::detail {
 
-/// Asks the processor for an item's first lines of memory, of whatever it is part.
+/// Prefetches the first cache lines of an item and of the object that contains it.
 inline void prefetchItem(const void* item) noexcept {
   constexpr std::size_t cacheLine = 64;
   for (std::size_t line = 0; line < 3; ++line)
     kernel::prefetchForWrite(static_cast<const char*>(item) + line * cacheLine);
 }
 
-/// Items that follow each other for one serial queue are handed to it as one, a table of them: one atomic operation,
-/// one wake-up, and the worker fetches the next ones from memory while it runs the first. For other queues each goes by
-/// itself.
+/// Consecutive items for one serial queue are enqueued as one block with a table of them. That takes one atomic
+/// operation and one wake-up, and the worker prefetches the next items while it runs the first. For other queues each
+/// item is enqueued separately.
 class FiredItems {
  public:
   FiredItems() = default;
@@ -34,7 +34,7 @@ class FiredItems {
     items_.push_back(item);
   }
 
-  /// Queues what has come in, in order.
+  /// Enqueues the collected items, in order.
   void flush();
 
  private:

@@ -1,8 +1,9 @@
-// NorvikCore/platform/dispatch/internal/ForkAware.h - what a child made by fork() has to put right.
+// NorvikCore/platform/dispatch/internal/ForkAware.h - objects that a child made by fork() must reset.
 //
-// Only the thread that called fork() goes on in the child. Blocks that other threads were running there, or that waited
-// for one, are never run in the child; so that nobody waits for them, everything that can be busy is set back to idle,
-// save what the forking thread itself holds. The dropped blocks are not destroyed: what they hold is the parent's.
+// Only the thread that called fork() continues in the child. Blocks that other threads were running, or that waited for
+// one, never run in the child. So that no thread waits for them, everything that can be busy is reset to idle, except
+// what the forking thread itself holds. The dropped blocks are not destroyed, because what they hold belongs to the
+// parent.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,8 +15,8 @@
 
 namespace norvik::detail {
 
-/// Registered from watchForks() to unwatchForks(): between the end of the construction and the beginning of the
-/// destruction, for another thread may fork at any moment.
+/// Registered from watchForks() to unwatchForks(). Call these after the construction and before the destruction,
+/// because another thread may fork at any moment.
 class NK_EXPORT ForkAware {
  public:
   ForkAware() = default;
@@ -26,7 +27,7 @@ class NK_EXPORT ForkAware {
   void watchForks();
   void unwatchForks() noexcept;
 
-  /// In the child, on its only thread, before fork() returns there.
+  /// Called in the child, on its only thread, before fork() returns there.
   virtual void resetAfterFork() noexcept = 0;
 
  private:
@@ -35,7 +36,7 @@ class NK_EXPORT ForkAware {
   ForkAware* next_ = nullptr;
 };
 
-/// A new object that is registered. deleteForkAware() is its end.
+/// A new, registered object. Destroy it with deleteForkAware().
 template <class T, class... Arguments>
 [[nodiscard]] T* newForkAware(Arguments&&... arguments) {
   T* object = new T(std::forward<Arguments>(arguments)...);
@@ -48,8 +49,8 @@ void deleteForkAware(T* object) noexcept {
   delete object;
 }
 
-/// The one T, which `make` makes when it is first asked for. A fork waits for that: a child would wait for ever for the
-/// thread that was at it.
+/// The only T of the process, which the first call makes with `make`. A fork waits until it is made; otherwise a child
+/// could wait without end for the thread that was making it.
 template <class T, class Make>
 [[nodiscard]] T& sharedForkAware(Make make) {
   static constinit std::atomic<T*> known{nullptr};

@@ -17,7 +17,7 @@ bool ForkMutex::lockSlowly() noexcept {
       spinPause();
     } else if (word == (free | contendedWord) || word_.compare_exchange_weak(word, free | contendedWord)) {
       futexWait(word_, free | contendedWord);
-      asTaken = free | contendedWord;  // there may be other sleepers: at worst one wake-up too many
+      asTaken = free | contendedWord;  // others may sleep: at worst one surplus wake-up
     }
   }
 }

@@ -1,8 +1,9 @@
-// NorvikCore/platform/dispatch/internal/ForkMutex.h - a mutex of small objects that are too many for a list of all.
+// NorvikCore/platform/dispatch/internal/ForkMutex.h - a mutex for small objects that are too many to be registered.
 //
-// A child made by fork() may find it locked by a thread that is not there. The word holds the generation of the process
-// (kernel::forkGeneration()) beside the state: one of an earlier generation is free, and who locks it first is told, to
-// put right what the mutex guards. Spins for about a microsecond before it sleeps.
+// A child made by fork() may find the mutex locked by a thread that does not exist there. So the word holds the
+// generation of the process (kernel::forkGeneration()) beside the state. A word of an earlier generation counts as
+// free, and the result of the first lock tells the caller to repair what the mutex guards. A thread spins for about a
+// microsecond before it sleeps.
 #pragma once
 
 #include "NorvikCore/platform/kernel/Fork.h"

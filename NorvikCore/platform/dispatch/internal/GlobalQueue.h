@@ -1,4 +1,4 @@
-// NorvikCore/platform/dispatch/internal/GlobalQueue.h - the queue that hands its blocks straight to the workers.
+// NorvikCore/platform/dispatch/internal/GlobalQueue.h - the queue that passes its blocks directly to the workers.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"

@@ -1,8 +1,8 @@
 // NorvikCore/platform/dispatch/internal/GroupCore.h - a count with its generation, a word to sleep on, and the blocks
 // to enqueue when the count reaches 0.
 //
-// The generation changes in the same step in which the count reaches 0, because both are one word. Were it changed a
-// moment later, a thread that saw the count at 0, entered the group again and waited would take that late change for
+// The generation changes in the same step in which the count reaches 0, because both are one word. If it changed a
+// moment later, a thread that saw the count at 0, entered the group again and waited could mistake that late change for
 // the end of its own round. If a thread sleeps, the word to sleep on changes after that.
 #pragma once
 
@@ -26,10 +26,10 @@ class GroupCore final : public ForkAware {
   void enter() noexcept;
   void leave() noexcept;
   enum class Waiter : std::uint8_t { helps, waits };
-  /// False when the deadline, a point of the monotonic clock, came first. A waiter that helps runs the group's blocks
-  /// itself where no worker can be started; one that may do without them waits.
+  /// False if the deadline, a point of the monotonic clock, passed first. If no worker can be started, a waiter that
+  /// `helps` runs the group's blocks itself; one that `waits` does not.
   bool wait(std::uint64_t deadline, Waiter waiter) noexcept;
-  /// Not 0; the group's items have it.
+  /// Never 0. The group's items carry it.
   [[nodiscard]] std::uint32_t number() const noexcept { return number_; }
   void notify(const dispatch_queue_t& queue, Item* item);
   void resetAfterFork() noexcept override;
@@ -48,7 +48,7 @@ class GroupCore final : public ForkAware {
   std::atomic<std::uint32_t> wakes_{0};  // sleepers sleep on it
   const std::uint32_t number_ = nextNumber();
   std::atomic<bool> hasNotifications_{false};
-  bool forked_ = false;  // what was entered before a fork may be left in the child, and was not counted any more
+  bool forked_ = false;  // the child may leave what was entered before the fork, which no longer counts
   QueueMutex mutex_;
   std::vector<Notification> notifications_ NK_GUARDED_BY(mutex_);
 };

@@ -17,7 +17,7 @@ bool HelpGoal::isReachedBy(Item* item) const noexcept {
 }
 
 void runTowards(Item* item, QueueCore* queue, const HelpGoal& goal) noexcept {
-  // Not for a block, which would leave it to the next drain that this thread comes to.
+  // Not set for a block, because a block would leave it to the next drain on this thread.
   if (SerialQueue::drainedBy(item) != nullptr || ConcurrentQueue::admittedBy(item) != nullptr) currentHelpGoal = &goal;
   runItem(item, queue);
 }

@@ -1,15 +1,15 @@
-// NorvikCore/platform/dispatch/internal/ItemList.h - items in order, first in first out, linked through themselves.
+// NorvikCore/platform/dispatch/internal/ItemList.h - a first-in-first-out list of items, linked through the items.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Item.h"
 
 namespace norvik::detail {
 
-// What a queue notes on an item while it holds it.
+// Flags that a queue sets on an item while it holds the item.
 inline constexpr std::uint32_t itemWaiter = 1;   // a SyncWaiter: a thread that waits for its turn
 inline constexpr std::uint32_t itemBarrier = 2;  // runs alone on a concurrent queue
-inline constexpr std::uint32_t itemRelaxed = 4;  // queued with Delivery::relaxed
-inline constexpr unsigned itemFlagBits = 4;      // what is above them is a mailbox's: how many letters come before
+inline constexpr std::uint32_t itemRelaxed = 4;  // enqueued with Delivery::relaxed
+inline constexpr unsigned itemFlagBits = 4;      // the bits above are a mailbox's: how many letters come before
 
 class ItemList {
  public:
@@ -25,7 +25,7 @@ class ItemList {
     first_ = item->queueLink;
     return item;
   }
-  /// Null where there is none.
+  /// Null if there is none.
   template <class Condition>
   [[nodiscard]] Item* takeFirstThat(const Condition& condition) noexcept {
     Item* before = nullptr;

@@ -9,14 +9,14 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::size_t pageSize = 4096 - sizeof(void*);  // with the heap's own word a power of two
+constexpr std::size_t pageSize = 4096 - sizeof(void*);  // a power of two together with the heap's own word
 constexpr std::size_t alignment = alignof(std::max_align_t);
 constexpr std::size_t firstPiece = (sizeof(ItemPage) + alignment - 1) / alignment * alignment + alignment / 2;
 constexpr std::size_t largestPiece = 512;
-constexpr std::size_t mostSpares = 4096;  // 16 MiB, what a burst of some 350,000 small blocks takes
+constexpr std::size_t mostSpares = 4096;  // 16 MiB: enough for a burst of about 350,000 small blocks
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool usesPages = false;  // the address sanitizer watches every item by itself
+constexpr bool usesPages = false;  // the address sanitizer must see every item separately
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
 constexpr bool usesPages = false;
@@ -27,7 +27,7 @@ constexpr bool usesPages = true;
 constexpr bool usesPages = true;
 #endif
 
-/// The pages that wait to be used again.
+/// The free pages that are kept for reuse.
 class SparePages final : public ForkAware {
  public:
   static SparePages& shared() {
@@ -82,7 +82,7 @@ class SparePages final : public ForkAware {
   std::atomic<std::size_t> count_{0};  // changed under the mutex
 };
 
-/// What a thread has of pages: one that it cuts from, and one that it has been giving back pieces of.
+/// The pages of a thread: the page that it cuts from, and the page whose returned pieces it counts.
 struct ThreadPages {
   ItemPage* own = nullptr;
   std::byte* next = nullptr;
@@ -90,8 +90,8 @@ struct ThreadPages {
   std::uint32_t cut = 0;
   std::uint32_t returned = 0;
   ItemPage* returnedTo = nullptr;
-  bool watched = false;  // endThread() will be called
-  bool ended = false;    // it has been
+  bool watched = false;  // the destructor of ThreadEnd will run
+  bool ended = false;    // that destructor has run
 };
 
 constinit thread_local ThreadPages pages __attribute__((tls_model("initial-exec")));
@@ -122,7 +122,7 @@ struct ThreadEnd {
   }
 };
 
-/// From here on the thread's pages are let go at its end. Cold.
+/// Makes the end of the thread release its pages. Cold.
 void watchThreadEnd() {
   thread_local ThreadEnd end;
   pages.watched = end.registered;

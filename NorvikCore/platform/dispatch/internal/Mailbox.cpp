@@ -13,13 +13,13 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t usualLook = 1'000'000;  // a lingering worker looks once a millisecond
-constexpr std::uint64_t quiet = 60'000'000;     // and ends when nothing has come for this long
-// Where it may not read what there is, it looks again soon, and then less and less often.
+constexpr std::uint64_t usualLook = 1'000'000;  // a lingering worker checks once a millisecond
+constexpr std::uint64_t quiet = 60'000'000;     // and ends when no letter has come for this long
+// If there are letters that it may not read, it checks again soon, and then less and less often.
 constexpr std::uint64_t firstRetry = 20'000, lastRetry = 64'000'000;
 constexpr std::size_t blocksPerTurn = 256;
 
-/// A letter is claimed and not yet posted: its sender is at it, or has lost its processor.
+/// A letter is claimed and not yet posted: its sender is writing it, or is not running.
 void waitForSender() noexcept {
   for (int spin = 0; spin < 50; ++spin) spinPause();
   std::this_thread::yield();
@@ -32,7 +32,7 @@ const std::atomic<bool>& relaxed() noexcept {
 
 }  // namespace
 
-// Each page of the ring is written to here, so that no sender has to wait for the first use of one.
+// The initialisation writes to each page of the ring, so that no sender has to wait for a page fault.
 Mailbox::Mailbox(const char* label, Read read)
     : SerialQueue(Kind::mailbox, label), read_(read), ring_(new Letter[ringSize]()) {}
 
@@ -47,10 +47,10 @@ bool Mailbox::learnWhatIsRead(std::uint64_t sent) noexcept {
   return sent - done < bound;
 }
 
-/// Sees to it that a worker looks for letters.
+/// Makes a worker check for letters.
 void Mailbox::wake() noexcept {
   if (isShort_.load(std::memory_order_acquire)) return WorkerPool::shared().attemptStart();
-  if ((sent_.fetch_and(~asleep, std::memory_order_seq_cst) & asleep) == 0) return;  // another did
+  if ((sent_.fetch_and(~asleep, std::memory_order_seq_cst) & asleep) == 0) return;  // another sender did it
   retain();
   lingerItem_.mailbox = this;
   lingerItem_.run = [](Item* item) {
@@ -92,7 +92,7 @@ bool Mailbox::waitForRoom(std::uint64_t deadline) {
     const std::uint32_t made = roomMade_.load(std::memory_order_seq_cst);
     bool inTime = true;
     if (!hasRoom()) {
-      // Where the reader ends without having made room, as at a suspension, no thread wakes this one.
+      // If the reader stops without having made room, for example at a suspension, no thread wakes this one.
       const std::uint64_t look = monotonicNanoseconds() + 10 * usualLook;
       static_cast<void>(wait.sleep(roomMade_, made, 1, std::min(look, deadline)));
       inTime = monotonicNanoseconds() < deadline;
@@ -125,9 +125,9 @@ void Mailbox::enter(Order) {
   }
 }
 
-/// What was sent before the call is read by its thread, which thus needs no other; by a drain where the turn on the
-/// target comes only afterwards, and where the queue is suspended meanwhile. False where a block or a reader that ran
-/// meanwhile has forked and this is the child.
+/// The calling thread itself reads what was sent before the call, so it needs no other thread. A drain reads it instead
+/// if the queue has a target or is suspended meanwhile. False if a block or a reader that ran meanwhile has forked and
+/// this is the child.
 bool Mailbox::enterAfter(std::uint64_t position) noexcept {
   const std::uint32_t flags = marked(itemWaiter, position);
   if (!tryEnter() && !waitForTurn(flags)) return false;
@@ -152,7 +152,7 @@ bool Mailbox::isNextPosted() const noexcept {
   return ring_[next % ringSize].posted.load(std::memory_order_acquire) == next + 1;
 }
 
-/// The letters that were posted, from the first that was not read, up to the position `end`.
+/// Collects posted letters, from the first unread one up to the position `end`.
 void Mailbox::collect(LetterRun& run, std::uint64_t end) noexcept {
   for (std::uint64_t at = done_.load(std::memory_order_relaxed); at != end && run.count_ < LetterRun::longest; ++at) {
     Letter& letter = ring_[at % ringSize];
@@ -167,12 +167,12 @@ void Mailbox::handOver(LetterRun& run) noexcept {
   read_(run);
 }
 
-/// Reads some letters, unless a block comes before them. False where there is nothing to read now.
+/// Reads some letters, unless a block comes before them. False if there is nothing to read now.
 bool Mailbox::readRun() noexcept {
   if (!isNextPosted()) return false;
   LetterRun run;
   collect(run, UINT64_MAX);
-  // Looked at afterwards: a block that was queued before one of these letters was sent can be seen now.
+  // Checked after collect(): a block that was enqueued before one of these letters was sent is visible now.
   if (const Item* item = peek(); item != nullptr) {
     const std::int32_t before = lettersBefore(*item);
     if (before <= 0) return false;
@@ -196,8 +196,8 @@ void Mailbox::tellOfRoom() noexcept {
   futexWake(&roomMade_, INT32_MAX);
 }
 
-/// Reads what was claimed before the position, or waits for it to be posted. The blocks that are queued by now were
-/// queued after these letters were claimed, so none of them has to come first.
+/// Reads letters that were claimed before the position, or waits for one to be posted. The blocks that are enqueued by
+/// now were enqueued after these letters were claimed, so no block has to run first.
 void Mailbox::readBefore(std::uint64_t position) noexcept {
   const FrameScope frame(this);
   LetterRun run;
@@ -209,7 +209,7 @@ void Mailbox::readBefore(std::uint64_t position) noexcept {
   }
 }
 
-/// Reads some letters, or runs the next block; `goal` tells that this was `last`. None where ownership has ended.
+/// Reads some letters, or runs the next block. Returns `goal` if that block was `last`, `none` if ownership has ended.
 Mailbox::Step Mailbox::step(const HelpGoal* goal, const Item* last) {
   for (;;) {
     if (isSuspended() && tryPark()) return Step::none;
@@ -219,7 +219,7 @@ Mailbox::Step Mailbox::step(const HelpGoal* goal, const Item* last) {
       if (tryIdle() || tryPark()) return Step::none;
       continue;
     }
-    // Looked at after the item: what was queued after the suspension stays.
+    // Checked after peek(): what was enqueued after the suspension stays.
     if (isSuspended() && tryPark()) return Step::none;
     const bool isWaiter = (item->queueFlags & itemWaiter) != 0;
     if (lettersBefore(*item) > 0 && (!isWaiter || target() != nullptr)) {
@@ -266,7 +266,7 @@ void Mailbox::drainTowards(const HelpGoal& goal) {
 bool Mailbox::tryFallAsleep() noexcept {
   const std::uint64_t before = sent_.fetch_or(asleep, std::memory_order_seq_cst);
   if (before >> 1 == done_.load(std::memory_order_acquire)) return true;
-  // A letter came meanwhile. Its sender may have seen the flag: then it has brought another worker, or is about to.
+  // A letter came meanwhile. If its sender has seen the flag, it has started another worker or is about to.
   return (sent_.fetch_and(~asleep, std::memory_order_seq_cst) & asleep) == 0;
 }
 
@@ -287,7 +287,7 @@ void Mailbox::linger() {
         drain();
       }
     }
-    if (life_ != life) return;  // a reader has forked, and this is the child, whose mailbox is asleep
+    if (life_ != life) return;  // this is a child that a reader has forked; its mailbox is asleep
     const std::uint64_t now = monotonicNanoseconds(), done = done_.load(std::memory_order_acquire);
     if (done != before || !isMail) {
       if (done != before || sent() != done) quietSince = now;
@@ -311,8 +311,8 @@ void Mailbox::endSuspension() noexcept {
 void Mailbox::resetAfterFork() noexcept {
   SerialQueue::resetAfterFork();
   ++life_;
-  if (framesOnThisThread(this) > 0) ring_ = new Letter[ringSize]();  // a reader goes on with its letters in the old one
-  // Positions go on, so that what is posted in the ring is none of the child's.
+  if (framesOnThisThread(this) > 0) ring_ = new Letter[ringSize]();  // a reader keeps using its letters in the old ring
+  // Positions continue, so letters that the parent posted in the ring do not count as the child's.
   const std::uint64_t position = sent();
   sent_.store(position << 1 | asleep, std::memory_order_relaxed);
   knownRead_.store(position, std::memory_order_relaxed);

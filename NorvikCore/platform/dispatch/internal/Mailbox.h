@@ -1,5 +1,5 @@
-// NorvikCore/platform/dispatch/internal/Mailbox.h - a serial queue that many threads also send small letters to, each
-// for the price of one compare-and-swap and a copy.
+// NorvikCore/platform/dispatch/internal/Mailbox.h - a serial queue to which many threads also send small letters;
+// sending one costs a compare-and-swap and a copy.
 //
 //   auto* mailbox = newForkAware<Mailbox>("payroll.log", [](LetterRun& run) {
 //     do {
@@ -11,17 +11,19 @@
 //     mailbox->post(*letter);
 //   }
 //
-// Letters lie in a ring, which is all their memory. `bound` of them may wait or be in the reader's hands; a claim
-// beyond that fails until the reader is done with the oldest. The bound is counted by the two positions, of which the
-// senders write one and the reader the other.
+// Letters are stored in a ring, which is all the memory they use. At most `bound` of them may wait or be in the
+// reader's hands; a claim beyond that fails until the reader has finished the oldest letter. Two positions count them:
+// the senders write one, the reader writes the other.
 //
-// The reader runs as blocks of the queue, and letters and blocks keep their order: what a thread sends or queues first
-// is read or run first. For that every block notes how many letters had been claimed when it was queued.
+// The reader runs as blocks of the queue, and letters and blocks keep their order: what a thread sends or enqueues
+// first is read or run first. For that purpose each block records how many letters had been claimed when it was
+// enqueued.
 //
-// A worker looks for letters once a millisecond while any come, and owns nothing between two looks. So a sender wakes
-// no thread, except the first sender after a silence, when the worker sleeps: a flag beside the senders' position says
-// so. A thread in a synchronous call reads what was sent before the call; a sender that finds the ring full reads too
-// unless another thread does. Both need no worker. While no worker can be started each sender attempts to start one.
+// While letters arrive, a worker checks for them once a millisecond; between two checks it does not own the queue. So a
+// sender wakes no thread. The exception is the first sender after a pause, when the worker sleeps; a flag beside the
+// senders' position shows that. A thread in a synchronous call reads what was sent before the call. A sender that finds
+// the ring full also reads, unless another thread does. Neither needs a worker. While no worker can be started, each
+// sender attempts to start one.
 //
 // Threads: synchronised.
 #pragma once
@@ -36,19 +38,20 @@
 
 namespace norvik::detail {
 
-/// Of a fixed size, in the ring or on its own. The sender's from its claim to its posting, then the reader's.
+/// A letter of fixed size, in the ring or separate. It belongs to the sender from the claim until it is posted, then to
+/// the reader.
 struct alignas(64) Letter {
   static constexpr std::size_t contentSize = 240;
 
-  std::atomic<std::uint64_t> posted{0};  // its position plus one, once it is posted there
-  std::uint64_t ticket = 0;              // what the claim found
+  std::atomic<std::uint64_t> posted{0};  // its position plus one, once it is posted
+  std::uint64_t ticket = 0;              // the value of sent_ when it was claimed
   char content[contentSize];
 };
 static_assert(sizeof(Letter) == 256);
 
 class Mailbox;
 
-/// Letters in order, as their reader gets them: one at least.
+/// Letters in order, as the reader receives them: at least one.
 class NK_EXPORT LetterRun {
  public:
   static constexpr std::size_t longest = 256;
@@ -56,9 +59,9 @@ class NK_EXPORT LetterRun {
   [[nodiscard]] std::size_t count() const noexcept { return count_ - finished_; }
   [[nodiscard]] Letter& operator[](std::size_t index) const noexcept { return *letters_[finished_ + index]; }
   [[nodiscard]] Letter& first() const noexcept { return (*this)[0]; }
-  /// Gives back the memory of the first `count`, which then belongs to other senders. False where the reader stops: the
-  /// run is at its end, the queue is suspended and the others wait in the mailbox, or a reader has forked and they are
-  /// the parent's.
+  /// Releases the memory of the first `count` letters, which other senders may then claim. The reader must stop when
+  /// the result is false: the run is at its end; or the queue is suspended, and the other letters wait in the mailbox;
+  /// or a reader has forked, and they belong to the parent.
   [[nodiscard]] bool finish(std::size_t count) noexcept;
 
  private:
@@ -71,7 +74,8 @@ class NK_EXPORT LetterRun {
   Letter* letters_[longest];
 };
 
-/// A letter from the heap, outside the bound, for a sender that must not wait. It is read in its turn among the blocks.
+/// A letter on the heap, which does not count in the bound, for a sender that must not wait. It is read in its turn
+/// among the blocks.
 struct LooseLetter final : Item {
   Letter letter;
   Mailbox* mailbox = nullptr;
@@ -79,16 +83,16 @@ struct LooseLetter final : Item {
 
 class NK_EXPORT Mailbox final : public SerialQueue {
  public:
-  /// Letters that wait, or are read.
+  /// How many letters may wait or be in the reader's hands.
   static constexpr std::uint64_t bound = 1000;
 
-  /// Finishes one letter at least. What it raises ends the process.
+  /// Finishes at least one letter. An exception that leaves it ends the process.
   using Read = void (*)(LetterRun& run);
 
   Mailbox(const char* label, Read read);
   ~Mailbox() override;
 
-  /// Null where `bound` letters wait.
+  /// Null if `bound` letters wait.
   [[nodiscard]] Letter* tryClaim() noexcept {
     std::uint64_t sent = sent_.load(std::memory_order_relaxed);
     do {
@@ -107,31 +111,31 @@ class NK_EXPORT Mailbox final : public SerialQueue {
     if ((ticket & asleep) != 0) [[unlikely]]
       wake();
   }
-  /// Waits for room, or makes some by reading. Not for code that the reader waits for. False when the deadline, a point
-  /// of the monotonic clock, came first.
+  /// Waits for room, or makes room by reading. Not for code that the reader waits for. False if the deadline, a point
+  /// of the monotonic clock, passed first.
   [[nodiscard]] bool waitForRoom(std::uint64_t deadline);
 
-  /// Takes over the letter.
+  /// Takes ownership of the letter.
   void post(LooseLetter* letter);
 
-  /// True where more than half of what may wait did wait when a sender last looked: the reader holds up its senders,
-  /// who have time to do a part of its work.
+  /// True if the ring was more than half full when a sender last checked: the reader is slower than its senders, so a
+  /// sender may do part of the reader's work.
   [[nodiscard]] bool isCrowded() const noexcept { return isCrowded_.load(std::memory_order_relaxed); }
 
-  /// Asks for the memory of the next claim, which is about to change.
+  /// Prefetches the memory that the next claim will write.
   void prefetch() const noexcept { kernel::prefetchForWrite(&sent_); }
 
-  // For a process that is about to end, whose reader may be gone: from any thread, in signal handlers too, without a
-  // lock. The positions count all letters that there ever were.
+  // For a process that is about to end and whose reader may be gone: callable from any thread and in signal handlers,
+  // without a lock. The positions count all letters ever sent and read.
   [[nodiscard]] std::uint64_t sentPosition() const noexcept { return sent(); }
   [[nodiscard]] std::uint64_t readPosition() const noexcept { return done_.load(std::memory_order_acquire); }
-  /// A letter that was posted and is not yet read; null for one that was only claimed.
+  /// A letter that was posted and is not yet read; null if it was only claimed.
   [[nodiscard]] Letter* unreadLetter(std::uint64_t position) const noexcept {
     Letter& letter = ring_[position % ringSize];
     return letter.posted.load(std::memory_order_acquire) == position + 1 ? &letter : nullptr;
   }
-  /// The first letter that is not read, where its sender has not posted it: a sender that has crashed never will. The
-  /// caller may then post it in its place.
+  /// The first unread letter, if its sender has claimed but not posted it; null otherwise. A sender that has crashed
+  /// never posts its letter, so the caller may post it instead.
   [[nodiscard]] Letter* abandonedLetter() const noexcept {
     const std::uint64_t position = readPosition();
     return position < sent() && !unreadLetter(position) ? &ring_[position % ringSize] : nullptr;
@@ -144,7 +148,7 @@ class NK_EXPORT Mailbox final : public SerialQueue {
  private:
   friend class LetterRun;
   static constexpr std::uint64_t ringSize = 1024;
-  static constexpr std::uint64_t asleep = 1;  // in sent_: no worker looks for letters
+  static constexpr std::uint64_t asleep = 1;  // bit in sent_: no worker checks for letters
 
   struct LingerItem : Item {
     Mailbox* mailbox = nullptr;
@@ -169,42 +173,42 @@ class NK_EXPORT Mailbox final : public SerialQueue {
   void linger();
   [[nodiscard]] bool tryFallAsleep() noexcept;
 
-  // The owner's.
+  // For the owner.
   [[nodiscard]] bool isNextPosted() const noexcept;
   void collect(LetterRun& run, std::uint64_t end) noexcept;
   [[nodiscard]] bool readRun() noexcept;
   void handOver(LetterRun& run) noexcept;
   void readBefore(std::uint64_t position) noexcept;
   [[nodiscard]] bool enterAfter(std::uint64_t position) noexcept;
-  /// How many letters come before the item that are not yet read; not above 0 where there are none.
+  /// How many unread letters come before the item; 0 or negative if there are none.
   [[nodiscard]] std::int32_t lettersBefore(const Item& item) const noexcept {
     constexpr std::uint32_t mask = ~std::uint32_t{0} << itemFlagBits;
     const auto done = static_cast<std::uint32_t>(done_.load(std::memory_order_relaxed)) << itemFlagBits;
     const std::int32_t before = static_cast<std::int32_t>((item.queueFlags & mask) - done) >> itemFlagBits;
     return std::min(before, static_cast<std::int32_t>(sent() - done_.load(std::memory_order_relaxed)));
   }
-  /// The flags of an item that comes after that position.
+  /// The flags of an item that comes after the letters before that position.
   [[nodiscard]] static std::uint32_t marked(std::uint32_t flags, std::uint64_t position) noexcept {
     return flags | static_cast<std::uint32_t>(position) << itemFlagBits;
   }
 
   const Read read_;
 
-  // The senders'.
-  alignas(64) std::atomic<std::uint64_t> sent_{asleep};  // letters claimed, times two, and `asleep`
-  std::atomic<std::uint64_t> knownRead_{0};              // what done_ was when a sender last looked
-  std::atomic<bool> isCrowded_{false};                   // then
-  Letter* ring_;                                         // of ringSize
+  // Written by senders.
+  alignas(64) std::atomic<std::uint64_t> sent_{asleep};  // twice the number of letters claimed, plus the bit `asleep`
+  std::atomic<std::uint64_t> knownRead_{0};              // the value of done_ when a sender last checked
+  std::atomic<bool> isCrowded_{false};                   // determined at the same time
+  Letter* ring_;                                         // an array of ringSize letters
 
-  // The reader's.
-  alignas(64) std::atomic<std::uint64_t> done_{0};  // letters that were read
+  // Written by the reader.
+  alignas(64) std::atomic<std::uint64_t> done_{0};  // number of letters read
   std::uint32_t life_ = 0;                          // changes in a forked child
 
-  // Those who wait for room, and the worker that lingers.
+  // For threads that wait for room, and for the worker that lingers.
   alignas(64) std::atomic<std::uint32_t> waitingForRoom_{0};
   std::atomic<std::uint32_t> roomMade_{0};
   std::atomic<std::uint32_t> hurried_{0};
-  std::atomic<bool> isShort_{false};  // no worker could be started: each sender attempts to
+  std::atomic<bool> isShort_{false};  // no worker could be started: each sender attempts to start one
   LingerItem lingerItem_;
 };
 

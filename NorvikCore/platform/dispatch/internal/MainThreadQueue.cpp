@@ -61,7 +61,7 @@ int MainThreadQueue::openDescriptor() noexcept {
   }
   mayReport_.store(true, std::memory_order_relaxed);
   int other = -1;
-  // Whoever queued a block without finding the descriptor did so before.
+  // A thread that enqueued a block and found no descriptor did so before this.
   if (!descriptor_.compare_exchange_strong(other, made, std::memory_order_acq_rel)) {
     close(made);
     return other;
@@ -81,7 +81,8 @@ void MainThreadQueue::reportNoDescriptor(int error) noexcept {
 void MainThreadQueue::setReadable() noexcept {
   int descriptor = descriptor_.load(std::memory_order_acquire);
   if (descriptor < 0) {
-    // Read by changing it, so that openDescriptor() comes either before or after, and then finds what was queued.
+    // Read by a read-modify-write operation. So it comes before the store in openDescriptor(), which then finds the
+    // item; or after it, and then finds the descriptor.
     descriptor = descriptor_.fetch_add(0, std::memory_order_acq_rel);
     if (descriptor < 0) return;
   }
@@ -103,7 +104,7 @@ void MainThreadQueue::schedule(Delivery) { setReadable(); }
 std::size_t MainThreadQueue::drainSome(std::size_t limit) {
   if (ThreadShortage::exists()) [[unlikely]]
     ThreadShortage::tend();
-  // Cleared before looking: what is queued from here on sets it again, or is found below.
+  // Cleared before the check: an item that is enqueued after this sets it again, or is found below.
   clearReadable();
   if (isIdle()) return 0;
   const FrameScope frame(this);
@@ -134,7 +135,7 @@ void MainThreadQueue::call(QueueCore* queue, void (*function)(void*), void* cont
   call.caller = currentFrame;
   push(&call, Delivery::prompt, Order::normal);
   (void)call.done.wait(
-      nullptr);  // no block runs here meanwhile that could fork: what it waits for is in no worker's list
+      nullptr);  // no block that could fork runs here meanwhile: what this waits for is in no worker's list
   if (call.error) std::rethrow_exception(call.error);
 }
 

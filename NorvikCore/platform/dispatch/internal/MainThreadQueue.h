@@ -7,23 +7,23 @@
 
 namespace norvik::detail {
 
-/// Owned by a drain from its first item on, like every serial queue; but the drain waits for the main thread to call
-/// drainSome() or enter(). An eventfd is readable while it waits, once descriptor() was called.
+/// Like every serial queue it is owned by a drain from its first item on, but that drain waits until the main thread
+/// calls drainSome() or enter(). After descriptor() was called, an eventfd is readable while the drain waits.
 class MainThreadQueue final : public SerialQueue {
  public:
   /// Never destroyed.
   static MainThreadQueue* shared();
 
-  /// On the main thread: runs the items there were on entry, `limit` at most.
+  /// On the main thread: runs the items that were enqueued on entry, `limit` at most. Returns how many it ran.
   std::size_t drainSome(std::size_t limit);
-  /// Opened by the first call; -1, and a line on the system console, where the process has no descriptor left.
+  /// Opened by the first call. -1, and a line on the system console, if the process has no descriptor left.
   [[nodiscard]] int descriptor() noexcept;
 
-  /// From another thread: the main thread calls `function`; waits, and passes on what it throws. `queue` is whose block
-  /// that is.
+  /// From another thread: the main thread calls `function`; the caller waits, and what `function` throws is rethrown.
+  /// The call runs as a block of `queue`.
   void call(QueueCore* queue, void (*function)(void*), void* context);
 
-  /// On the main thread: takes the queue after running what was queued before.
+  /// On the main thread: takes the queue after running what was enqueued before.
   void enter(Order order) override;
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;

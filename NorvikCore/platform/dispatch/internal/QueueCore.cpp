@@ -13,7 +13,7 @@
 namespace norvik::detail {
 namespace {
 
-// The process ends, for want of memory perhaps, or in a forked child: nothing is allocated, and what is longer is cut.
+// The process is ending, perhaps without memory, or in a forked child. So nothing is allocated, and longer text is cut.
 using Line = std::array<char, 2048>;
 
 void printUncaught(const QueueCore* queue, const char* what) {
@@ -81,7 +81,7 @@ void runItem(Item* item, QueueCore* queue) noexcept {
 }
 
 void endProcessForException(const QueueCore* queue) noexcept {
-  // Both end within the handler, so that a terminate handler finds the exception.
+  // Both branches terminate within the handler, so that a terminate handler finds the exception.
   try {
     throw;
   } catch (const std::exception& error) {

@@ -1,10 +1,11 @@
-// NorvikCore/platform/dispatch/internal/QueueCore.h - what all kinds of queues share: label, target, specific values.
+// NorvikCore/platform/dispatch/internal/QueueCore.h - the base of all queues: label, target, specific values.
 //
-// The hierarchy of queues, and who owns what:
-//   - A queue without a target gives its work to the workers; one with a target, to the target.
-//   - `target` changes only while the changer runs alone on the queue, so whoever runs on the queue may read it.
-//   - A queue is held by its handles, which have one reference together, and, while it has work, by that work. Without
-//     handles it is not suspended: nobody could resume it.
+// The hierarchy of queues, and ownership:
+//   - A queue without a target gives its work to the workers; a queue with a target gives it to the target.
+//   - `target` changes only while the thread that changes it runs alone on the queue, so code that runs on the queue
+//     may read it.
+//   - A queue is retained by its handles, which hold one reference together, and by its work while it has any. A queue
+//     without handles is not suspended, because no caller could resume it.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"
@@ -32,41 +33,41 @@ class QueueCore : public ForkAware {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) deleteForkAware(this);
   }
 
-  /// Queues an item.
+  /// Enqueues an item.
   virtual void push(Item* item, Delivery delivery, Order order) = 0;
 
-  /// Takes the queue for one synchronous block of this thread, waiting for its turn; leave() gives it back. The target
-  /// is the caller's affair.
+  /// Takes the queue for one synchronous block of this thread, after waiting for its turn; leave() releases it. The
+  /// caller enters and leaves the target itself.
   virtual void enter(Order order) = 0;
   virtual void leave(Order order) noexcept = 0;
 
-  /// Counted: from the first suspend() to the last resume() no block begins, save that one may be beginning this
-  /// moment. Not for the global and the main queue.
+  /// Calls are counted: from the first suspend() to the last resume() no block begins. One may still begin at the
+  /// moment of the call. Not for the global and the main queue.
   void suspend() noexcept;
   void resume() noexcept;
 
   [[nodiscard]] Kind kind() const noexcept { return kind_; }
-  /// One block at a time: it is a SerialQueue.
+  /// True if the queue runs one block at a time; it is then a SerialQueue.
   [[nodiscard]] bool isSerial() const noexcept {
     return kind_ == Kind::serial || kind_ == Kind::mailbox || kind_ == Kind::main;
   }
   [[nodiscard]] const char* label() const noexcept { return label_.c_str(); }
   [[nodiscard]] QueueCore* target() const noexcept { return target_.load(std::memory_order_relaxed); }
-  /// Only while running alone on the queue, which takes over a reference. Gives back the old target, with its
-  /// reference.
+  /// Only while running alone on the queue. The queue takes over a reference to the new target; the caller receives the
+  /// old target with its reference.
   QueueCore* exchangeTarget(QueueCore* target) noexcept { return target_.exchange(target, std::memory_order_relaxed); }
-  /// True when its blocks run on the main thread.
+  /// True if its blocks run on the main thread.
   [[nodiscard]] bool leadsToMain() const noexcept;
   [[nodiscard]] SpecificValues& specifics() noexcept { return specifics_; }
 
  protected:
-  /// Gives one item of this queue's own to whatever runs its work.
+  /// Pushes one of this queue's own items to its target, or to the global queue if it has none.
   void pushToTarget(Item* item, Delivery delivery);
 
-  /// What suspend() and resume() come to, one after the other.
+  /// Called for the first suspend() and the last resume(), one call at a time.
   virtual void beginSuspension() noexcept {}
   virtual void endSuspension() noexcept {}
-  /// Tells whether the queue is suspended.
+  /// Resets the mutex; true if the queue is suspended.
   bool resetSuspensionAfterFork() noexcept;
 
  private:
@@ -80,8 +81,8 @@ class QueueCore : public ForkAware {
   const std::string label_;
 };
 
-/// Taken where a target is exchanged, and to go from target to target on queues that are not entered: meanwhile none of
-/// them changes or goes. A forked child finds nothing to put right, as an exchange is one step.
+/// Taken to exchange a target, and to follow targets on queues that are not entered: meanwhile no target changes or is
+/// destroyed. A forked child has nothing to repair, because an exchange is one step.
 class NK_SCOPED_CAPABILITY TargetsLock {
  public:
   TargetsLock() noexcept NK_ACQUIRE(mutex) { static_cast<void>(mutex.lock()); }
@@ -93,14 +94,14 @@ class NK_SCOPED_CAPABILITY TargetsLock {
   static ForkMutex mutex;
 };
 
-/// Runs one item as a block of that queue; an exception that leaves it ends the process.
+/// Runs one item as a block of that queue. An exception that leaves it ends the process.
 void runItem(Item* item, QueueCore* queue) noexcept;
 
-/// Writes "BUG: <what> (queue "<label>")" to the system console, or without the queue, and aborts.
+/// Writes "BUG: <what> (queue "<label>")" to the system console and aborts. The second form names no queue.
 [[noreturn]] void reportMisuse(const char* what, const QueueCore* queue) noexcept;
 [[noreturn]] void reportMisuse(const char* what) noexcept;
 
-/// For the handler of an exception that left an asynchronous block of that queue.
+/// Ends the process. For the handler of an exception that left an asynchronous block of that queue.
 [[noreturn]] void endProcessForException(const QueueCore* queue) noexcept;
 
 }  // namespace norvik::detail

@@ -11,7 +11,7 @@ void QueueMutex::lockSlowly() noexcept {
         state_.compare_exchange_weak(expected, takenWord, std::memory_order_acquire, std::memory_order_relaxed))
       return;
   }
-  // Whoever slept here takes the mutex as contended, for there may be others: at worst one wake-up too many.
+  // A thread that slept here takes the mutex as contended, because others may sleep. The cost is one surplus wake-up.
   while (state_.exchange(contendedWord, std::memory_order_acquire) != freeWord) futexWait(state_, contendedWord);
 }
 

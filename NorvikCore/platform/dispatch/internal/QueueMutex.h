@@ -1,7 +1,7 @@
 // NorvikCore/platform/dispatch/internal/QueueMutex.h - a mutex for sections of a few instructions.
 //
-// One word. Who finds it taken spins for about a microsecond before it sleeps: the holder is rarely longer. It can be
-// made anew in a child made by fork(), where its holder may be gone.
+// It is one word. A thread that finds it locked spins for about a microsecond before it sleeps, because the holder is
+// rarely longer. It can be reset in a child made by fork(), where its holder may no longer exist.
 #pragma once
 
 #include "NorvikCore/platform/kernel/Mutex.h"
@@ -22,7 +22,7 @@ class NK_CAPABILITY("mutex") QueueMutex {
   void unlock() noexcept NK_RELEASE() {
     if (state_.exchange(freeWord, std::memory_order_release) == contendedWord) futexWake(&state_, 1);
   }
-  /// In a child made by fork(), when no other thread is left.
+  /// In a child made by fork(), where no other thread exists.
   void resetAfterFork() noexcept { state_.store(freeWord, std::memory_order_relaxed); }
 
  private:
@@ -31,7 +31,7 @@ class NK_CAPABILITY("mutex") QueueMutex {
   std::atomic<std::uint32_t> state_{freeWord};
 };
 
-/// Holds the mutex for a scope; may let go of it in between.
+/// Holds the mutex for a scope; may release and lock it again within the scope.
 class NK_SCOPED_CAPABILITY QueueLock {
  public:
   explicit QueueLock(QueueMutex& mutex) noexcept NK_ACQUIRE(mutex) : mutex_(mutex), held_(true) { mutex_.lock(); }

@@ -21,9 +21,9 @@ class SemaphoreCore {
     }
     return false;
   }
-  /// False when the deadline, a point of the monotonic clock, came first.
+  /// False if the deadline, a point of the monotonic clock, passed first.
   bool takeBy(std::uint64_t deadline) noexcept;
-  /// True when a thread slept.
+  /// True if a thread slept.
   bool give() noexcept;
 
  private:

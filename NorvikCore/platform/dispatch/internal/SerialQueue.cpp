@@ -9,7 +9,7 @@
 namespace norvik::detail {
 namespace {
 
-// A drain on a worker goes to the end of the pool's list after this many items when others wait there.
+// After this many items a drain on a worker moves to the end of the pool's list if other items wait there.
 constexpr std::size_t itemsPerTurn = 256;
 
 constexpr auto always = [] { return true; };
@@ -41,8 +41,8 @@ void SerialQueue::append(Item* item, std::uint32_t flags, Delivery delivery) {
   item->queueFlags = flags;
   std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
   do {
-    // Before the item can be seen, so that whoever is in a hurry later sees it too. In vain when another is faster
-    // here: then somebody in a hurry asks the workers once too often.
+    // Set before the item is visible, so that a later prompt caller sees it. If another thread enqueues first, this was
+    // needless, and a later prompt caller calls expedite() without effect.
     if (relaxed && old == idleBit) drainMayWait_.store(true, std::memory_order_relaxed);
     item->queueLink = itemOf(old);
   } while (!inbox_.compare_exchange_weak(old, wordOf(item) | (old & ~idleBit & flagBits), std::memory_order_seq_cst,
@@ -91,7 +91,7 @@ void SerialQueue::leave(Order) noexcept {
   if (!tryLeave()) passOn();
 }
 
-/// Takes over what was queued since the last time, oldest first.
+/// Takes over what was enqueued since the last call, oldest first.
 void SerialQueue::collect() noexcept {
   std::uintptr_t word = inbox_.load(std::memory_order_relaxed);
   if (itemOf(word) == nullptr) return;
@@ -142,14 +142,14 @@ void SerialQueue::putBack(Item* item, std::uint32_t flags) noexcept {
   readyIsRelaxed_ = false;
 }
 
-// In place in each of its callers: a drain takes one step for each item.
+// Inlined into each caller, because a drain calls it for every item.
 template <class Grants>
 [[gnu::always_inline]] inline Item* SerialQueue::nextToRun(Grants grants) noexcept {
   Item* item;
   while ((item = peek()) == nullptr) {
     if (tryIdle() || tryPark()) return nullptr;
   }
-  // Looked at after the item: what was queued after the suspension stays.
+  // Checked after peek(): what was enqueued after the suspension stays.
   if (isSuspended() && tryPark()) return nullptr;
   if ((item->queueFlags & itemWaiter) == 0 || !grants()) return item;
   takeReady();
@@ -200,8 +200,8 @@ void SerialQueue::drainTowards(const HelpGoal& goal) {
 
 void SerialQueue::passOn() noexcept {
   if (nextToRun([this] { return grantsAtOnce(); }) == nullptr) return;
-  // Where everything may wait, so may the drain; what is queued from now on sees drainMayWait_, and what was queued
-  // before it was set is in the inbox.
+  // If every item is relaxed, the drain is relaxed too. What is enqueued from now on sees drainMayWait_; what was
+  // enqueued before that was set is in the inbox.
   drainMayWait_.store(readyIsRelaxed_, std::memory_order_seq_cst);
   if (inbox_.load(std::memory_order_seq_cst) != emptyWord) drainMayWait_.store(false, std::memory_order_relaxed);
   schedule(drainMayWait_.load(std::memory_order_relaxed) ? Delivery::relaxed : Delivery::prompt);

@@ -1,15 +1,18 @@
-// NorvikCore/platform/dispatch/internal/SerialQueue.h - one block at a time, in order.
+// NorvikCore/platform/dispatch/internal/SerialQueue.h - runs one block at a time, in order.
 //
-// One word says all: `inbox_` is idleBit while nobody owns the queue; else somebody does, and it is the list of what
-// was queued since the owner last looked, newest first. The owner is a drain (on its way to a worker, or at work there)
-// or a thread in a synchronous block.
-//   - To queue is one compare-and-swap. Who finds idleBit has made the queue owned, and sends the drain on its way.
-//   - To own for a synchronous block is idleBit -> empty; to let go is empty -> idleBit, which fails when something was
-//     queued meanwhile: then the owner passes the queue on, to the next waiter or to a drain. So nothing is overlooked.
-//   - Only the owner takes the list, reverses it into `ready_`, and runs from there.
-//   - The word of a suspended queue has suspendedBit beside the list, and so is neither idle nor empty: nobody can take
-//     the queue, and its owner cannot let it go but by parking it (parkedBit), with all that waits there. The last
-//     resume takes the flag away; if the queue was parked, who resumes it becomes the owner, and passes it on.
+// One word, `inbox_`, holds the whole state. It is idleBit while the queue has no owner. Otherwise the queue has an
+// owner, and the word is the list of the items that were enqueued since the owner last took them, newest first. The
+// owner is a drain (submitted to the workers, or running) or a thread in a synchronous block.
+//   - Enqueueing is one compare-and-swap. A thread that finds idleBit has made the queue owned, and schedules the
+//     drain.
+//   - A synchronous block takes ownership by idleBit -> empty and ends it by empty -> idleBit. The latter fails if an
+//     item was enqueued meanwhile; then the owner passes the queue on to the next waiter or to a drain. So no item is
+//     missed.
+//   - Only the owner takes the list, reverses it into `ready_`, and runs items from there.
+//   - While the queue is suspended, the word has suspendedBit beside the list, so it is neither idle nor empty: no
+//     thread can take ownership, and the owner can end it only by parking the queue (parkedBit) with all items that
+//     wait there. The last resume clears both bits; if the queue was parked, the thread that resumes it becomes the
+//     owner and passes it on.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/HelpGoal.h"
@@ -34,21 +37,21 @@ class NK_EXPORT SerialQueue : public QueueCore {
   void leave(Order order) noexcept override;
   void resetAfterFork() noexcept override;
 
-  /// enter(), where it takes no waiting.
+  /// enter() if that needs no wait; false otherwise.
   [[nodiscard]] bool tryEnter() noexcept {
     std::uintptr_t expected = idleBit;
     return inbox_.compare_exchange_strong(expected, emptyWord, std::memory_order_acquire, std::memory_order_relaxed);
   }
-  /// leave(), where nothing waits.
+  /// leave() if no item waits; false otherwise.
   [[nodiscard]] bool tryLeave() noexcept { return ready_ == nullptr && tryIdle(); }
 
-  /// For the owner, between two items: whether to stop.
+  /// For the owner, between two items: true if it must stop.
   [[nodiscard]] bool isSuspended() const noexcept { return mustPark_.load(std::memory_order_relaxed); }
   /// The queue whose drain the item is; null for other items.
   [[nodiscard]] static SerialQueue* drainedBy(Item* item) noexcept {
     return item->run == &runDrain ? static_cast<DrainItem*>(item)->queue : nullptr;
   }
-  /// The last item that is a step to the goal, null where none is. For the owner.
+  /// The last item that is a step towards the goal; null if there is none. For the owner.
   [[nodiscard]] Item* lastTowards(const HelpGoal& goal) noexcept;
   /// Puts an item before all others. For the owner.
   void putBack(Item* item, std::uint32_t flags = 0) noexcept;
@@ -56,35 +59,36 @@ class NK_EXPORT SerialQueue : public QueueCore {
  protected:
   SerialQueue(Kind kind, const char* label);
 
-  /// Makes somebody call drain(). By the owner, who gives the queue away with it.
+  /// Arranges a call of drain(), to which ownership passes. For the owner.
   virtual void schedule(Delivery delivery);
 
-  /// Runs the items; then the queue is idle, or passed on. By the owner.
+  /// Runs the items. Afterwards the queue is idle or passed on. For the owner.
   virtual void drain();
-  /// The same, up to the goal.
+  /// The same, but only up to the goal.
   virtual void drainTowards(const HelpGoal& goal);
 
-  /// Queues an item with its flags; schedules a drain if the queue was idle.
+  /// Enqueues an item with its flags; schedules a drain if the queue was idle.
   void append(Item* item, std::uint32_t flags, Delivery delivery);
-  /// The end of enter(), where the queue was not idle. False where a block that ran meanwhile has forked and this is
-  /// the child.
+  /// The rest of enter() if the queue was not idle. False if a block that ran meanwhile has forked and this is the
+  /// child.
   [[nodiscard]] bool waitForTurn(std::uint32_t flags);
-  /// A waiter that is reached when the queue is passed on gets it at once; else a drain comes first.
+  /// True if a waiter that is first when the queue is passed on gets the queue at once; false if a drain comes first.
   [[nodiscard]] virtual bool grantsAtOnce() const noexcept { return true; }
 
-  /// Ends ownership: idle, or parked, or the next waiter, or another drain.
+  /// Ends ownership: the queue becomes idle or parked, or is given to the next waiter or to another drain.
   void passOn() noexcept;
-  /// Ends ownership of a suspended queue; false when it is not suspended.
+  /// Ends ownership of a suspended queue; false if it is not suspended.
   [[nodiscard]] bool tryPark() noexcept;
   void endSuspension() noexcept override;
 
-  /// Takes over all that was queued; tells how many items there are now.
+  /// Takes over all that was enqueued; returns how many items there are now.
   std::size_t collectAll() noexcept;
-  /// The first item, left where it is; null when there is none.
+  /// The first item, which stays in the list; null if there is none.
   [[nodiscard]] Item* peek() noexcept;
   Item* takeReady() noexcept;
-  /// For the owner: the first item, left where it is. Null where the ownership has ended: nothing is queued, the queue
-  /// is suspended, or the first item was a waiter, which has it now unless `grants()` is false.
+  /// For the owner: the first item, which stays in the list. Null if ownership has ended: nothing is enqueued, or the
+  /// queue is suspended, or the first item was a waiter, to which the queue has been given. That last step is not taken
+  /// if `grants()` is false.
   template <class Grants>
   [[nodiscard]] Item* nextToRun(Grants grants) noexcept;
   [[nodiscard]] bool tryIdle() noexcept {
@@ -92,7 +96,7 @@ class NK_EXPORT SerialQueue : public QueueCore {
     return inbox_.compare_exchange_strong(expected, idleBit, std::memory_order_release, std::memory_order_relaxed);
   }
   [[nodiscard]] bool isIdle() const noexcept { return inbox_.load(std::memory_order_acquire) == idleBit; }
-  /// Somebody wants an answer soon: a drain that may take its time no longer may.
+  /// Makes a relaxed drain prompt, because a caller now waits for its result.
   void hurry() noexcept;
 
   static constexpr std::uintptr_t emptyWord = 0;
@@ -107,7 +111,7 @@ class NK_EXPORT SerialQueue : public QueueCore {
   };
 
   static void runDrain(Item* item);
-  /// Queues the item unless the queue is idle; tells whether it did.
+  /// Enqueues the item unless the queue is idle; true if it did.
   bool tryAppend(Item* item) noexcept {
     std::uintptr_t old = inbox_.load(std::memory_order_relaxed);
     do {
@@ -123,12 +127,12 @@ class NK_EXPORT SerialQueue : public QueueCore {
   static Item* itemOf(std::uintptr_t word) noexcept { return reinterpret_cast<Item*>(word & ~flagBits); }
 
   alignas(64) std::atomic<std::uintptr_t> inbox_{idleBit};
-  std::atomic<bool> drainMayWait_{false};  // a drain is on its way with Delivery::relaxed
+  std::atomic<bool> drainMayWait_{false};  // a drain is submitted with Delivery::relaxed
 
-  // The owner's.
+  // For the owner.
   alignas(64) Item* ready_ = nullptr;
-  bool readyIsRelaxed_ = true;         // nothing in ready_ is in a hurry
-  std::atomic<bool> mustPark_{false};  // what the word says, for the owner between two items: few write to it
+  bool readyIsRelaxed_ = true;         // every item in ready_ is relaxed
+  std::atomic<bool> mustPark_{false};  // equals suspendedBit; rarely written, so the owner reads it between two items
   DrainItem drainItem_;
 };
 

@@ -8,7 +8,7 @@
 namespace norvik::detail {
 namespace {
 
-/// The system's clocks live as long as the process: a pointer that owns nothing.
+/// The system's clocks are never destroyed, so the pointer owns nothing.
 std::shared_ptr<TimerClock> systemClock() { return {std::shared_ptr<void>(), &SystemTimerClock::shared()}; }
 
 }  // namespace
@@ -27,7 +27,7 @@ void SourceCore::releaseHandle() noexcept {
   cancel();
   {
     const Lock lock(*this);
-    suspensions_ = 0;  // nobody is left to resume it
+    suspensions_ = 0;  // no caller can resume it any more
     claimed = claimDelivery();
   }
   if (claimed) queueDelivery();
@@ -57,7 +57,7 @@ void SourceCore::setEventHandler(std::unique_ptr<Handler> handler) {
   if (cancelHandled_) return;
   eventHandler_.swap(handler);
   if (handler && handler.get() == running_) replaced_ = std::move(handler);
-}  // another old handler is destroyed after the lock is gone: see the order of the declarations
+}  // any other old handler is destroyed after the unlock, because `handler` is declared before `lock`
 
 void SourceCore::setCancelHandler(std::unique_ptr<Handler> handler) {
   const Lock lock(*this);
@@ -100,7 +100,7 @@ void SourceCore::fired(std::uint64_t count, std::uint32_t setting, FiredItems& i
       claimed = claimDelivery();
     }
   }
-  // The reference of keepUntilFired() becomes the delivery's.
+  // The reference that keepUntilFired() took passes to the delivery.
   if (claimed) {
     items.add(queue_, this);
   } else {
@@ -108,7 +108,7 @@ void SourceCore::fired(std::uint64_t count, std::uint32_t setting, FiredItems& i
   }
 }
 
-/// True when there is something to deliver and nobody else sees to it: the caller must queue the delivery.
+/// True if there is something to deliver and no delivery is enqueued: the caller must enqueue one.
 bool SourceCore::claimDelivery() {
   const bool cancelled = cancelled_.load(std::memory_order_relaxed);
   const bool due = cancelled ? !cancelHandled_ : pending_ > 0;

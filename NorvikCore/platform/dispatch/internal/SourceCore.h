@@ -1,10 +1,10 @@
 // NorvikCore/platform/dispatch/internal/SourceCore.h - a timer source.
 //
-// At most one delivery is on the queue or at work there at a time (`queued_`); what happens meanwhile is noted, and the
-// delivery queues itself again at its end if there is something left. The source itself is the delivery's item. Lock
-// order: a source's mutex, then its clock's.
+// At most one delivery at a time is enqueued or running (`queued_`). What happens meanwhile is recorded, and the
+// delivery enqueues itself again at its end if something is left. The source itself is the delivery's item. Lock order:
+// a source's mutex, then its clock's.
 //
-// There may be a hundred thousand sources: the members stand in the order of their use, and a source is in no list.
+// There may be a hundred thousand sources, so the members are ordered by their use, and a source is in no list.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Source.h"
@@ -20,7 +20,7 @@ class SourceCore final : public TimerEntry, private Item {
  public:
   explicit SourceCore(const dispatch_queue_t& queue);
 
-  // The handles together hold one reference, deliveries and firings one each.
+  // All handles together hold one reference; each delivery and each firing holds one.
   void retainHandle() noexcept { handles_.fetch_add(1, std::memory_order_relaxed); }
   void releaseHandle() noexcept;
 
@@ -38,7 +38,7 @@ class SourceCore final : public TimerEntry, private Item {
   void fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) override;
 
  private:
-  /// Holds the mutex for a scope; the first time in a child made by fork() it puts the source right.
+  /// Holds the mutex for a scope. The first lock in a child made by fork() discards the parent's state.
   class NK_SCOPED_CAPABILITY Lock {
    public:
     explicit Lock(SourceCore& source) noexcept NK_ACQUIRE(source.mutex_) : source_(source) {
@@ -70,13 +70,13 @@ class SourceCore final : public TimerEntry, private Item {
   std::atomic<bool> cancelled_{false};  // set under the mutex
   bool queued_ NK_GUARDED_BY(mutex_) = false;
   bool cancelHandled_ NK_GUARDED_BY(mutex_) = false;
-  std::uint64_t pending_ NK_GUARDED_BY(mutex_) = 0;  // periods that have passed and no handler has seen
+  std::uint64_t pending_ NK_GUARDED_BY(mutex_) = 0;  // periods that have passed and that no handler has seen
   std::shared_ptr<TimerClock> clock_ NK_GUARDED_BY(mutex_);
   const dispatch_queue_t queue_;
   std::unique_ptr<Handler> eventHandler_ NK_GUARDED_BY(mutex_);
   std::atomic<std::uint64_t> data_{0};
   const Handler* running_ NK_GUARDED_BY(mutex_) = nullptr;   // the event handler that is being called
-  std::unique_ptr<Handler> replaced_ NK_GUARDED_BY(mutex_);  // the same, once it is no longer eventHandler_
+  std::unique_ptr<Handler> replaced_ NK_GUARDED_BY(mutex_);  // the same handler, once it has been replaced
   std::unique_ptr<Handler> cancelHandler_ NK_GUARDED_BY(mutex_);
 };
 

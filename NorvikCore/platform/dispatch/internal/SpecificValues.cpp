@@ -65,7 +65,7 @@ void SpecificValues::set(const void* key, void* value, void (*destructor)(void*)
     Slot* slot = slotOf(key);
     if (slot == nullptr && value == nullptr) return;
     if (slot != nullptr && slot->plain.load(std::memory_order_relaxed)) {
-      // Somebody may be storing into this slot without the lock; values with a destructor get one of their own.
+      // Another thread may be writing this slot without the lock, so a value with a destructor gets a slot of its own.
       if (destructor == nullptr) {
         slot->value.store(value, std::memory_order_release);
         return;

@@ -1,7 +1,7 @@
 // NorvikCore/platform/dispatch/internal/SpecificValues.h - the values that a queue keeps under keys.
 //
-// Looking up takes no lock, nor does replacing a value that never had a destructor. Slots are only ever added; one
-// whose value is null is as good as none.
+// A look-up takes no lock, and neither does replacing a value that never had a destructor. Slots are only added, never
+// removed; a slot with a null value counts as absent.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/QueueMutex.h"
@@ -16,20 +16,20 @@ namespace norvik::detail {
 class SpecificValues {
  public:
   SpecificValues() = default;
-  /// Hands the values that have a destructor to it, on the global queue.
+  /// Passes each value that has a destructor to it, on the global queue.
   ~SpecificValues();
   SpecificValues(const SpecificValues&) = delete;
   SpecificValues& operator=(const SpecificValues&) = delete;
 
   [[nodiscard]] void* find(const void* key) const noexcept;
   void set(const void* key, void* value, void (*destructor)(void*));
-  /// Takes the key away if its value is that one, which has no destructor.
+  /// Removes the key if its value is `value`, which has no destructor.
   void clear(const void* key, void* value) noexcept;
   void resetAfterFork() noexcept { mutex_.resetAfterFork(); }
 
  private:
   struct Slot {
-    std::atomic<const void*> key{nullptr};  // null: free, or given up for another slot
+    std::atomic<const void*> key{nullptr};  // null: free, or replaced by another slot
     std::atomic<void*> value{nullptr};
     void (*destructor)(void*) = nullptr;  // guarded by mutex_
     std::atomic<bool> plain{false};       // values in it never have a destructor

@@ -14,7 +14,7 @@ bool SyncWaiter::wait(const QueueCore* queue) noexcept {
     waitDraining();
     return true;
   }
-  // A turn often comes within a microsecond or two; sleeping and waking costs ten times that.
+  // A turn often comes within a microsecond or two; to sleep and wake costs ten times as much.
   const int spins = WorkerPool::shared().spinsBeforeSleep();
   for (int spin = 0; spin < spins; ++spin) {
     if ((state_.load(std::memory_order_acquire) & grantedWord) != 0) return true;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/dispatch/internal/ThreadFrames.h - which queues' blocks the calling thread is in.
+// NorvikCore/platform/dispatch/internal/ThreadFrames.h - the queues whose blocks the calling thread is running.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
@@ -24,10 +24,10 @@ class FrameScope {
   Frame frame_;
 };
 
-/// True when the running code, or what waits for it, is in a block of the queue or of one that targets it.
+/// True if the running code, or a caller that waits for it, is in a block of the queue or of a queue that targets it.
 [[nodiscard]] bool isHeld(const QueueCore* queue) noexcept;
 
-/// How many blocks this thread is in that are the queue's, or of queues that target it.
+/// How many blocks of the queue, or of queues that target it, this thread is in.
 [[nodiscard]] unsigned framesOnThisThread(const QueueCore* queue) noexcept;
 
 }  // namespace norvik::detail

@@ -18,7 +18,7 @@ namespace {
 constexpr std::uint64_t longestPause = 16 * ThreadShortage::interval;
 constexpr std::uint64_t reportAgain = 60'000'000'000;
 
-// What a thread runs for a wait may wait itself, and so on: how deep, for the sake of its stack.
+// The work that a thread runs for a wait may wait itself, and so on. This limits the depth, to protect the stack.
 constexpr unsigned mostHelp = 512;
 constinit thread_local unsigned helpDepth = 0;
 
@@ -43,7 +43,7 @@ void ThreadShortage::end(Of what) noexcept {
 }
 
 void ThreadShortage::nudgeAll() noexcept {
-  // Who registers after this has taken the mutex sees that the count is another.
+  // A thread that registers after this has taken the mutex sees that the count has changed.
   nudges.fetch_add(1, std::memory_order_seq_cst);
   ThreadShortage& self = shared();
   const QueueLock lock(self.mutex_);

@@ -1,16 +1,16 @@
-// NorvikCore/platform/dispatch/internal/ThreadShortage.h - what is done where no thread can be started.
+// NorvikCore/platform/dispatch/internal/ThreadShortage.h - what the library does when no thread can be started.
 //
-// A shortage begins when a worker or the timers' thread is needed and cannot be started, and ends when one has been
-// started or there is nothing left to do. Meanwhile
-//   - every thread that waits in the library does the work that it waits for itself, if that can be told (HelpGoal.h; a
-//     worker always does, as it is as good as the one that would come), attempts to start the missing thread, and fires
-//     the timers that are due;
+// A shortage begins when a worker or the timer thread is needed and cannot be started. It ends when one has been
+// started or no work is left. Meanwhile
+//   - every thread that waits in the library runs the work that it waits for, if that is known (HelpGoal.h). It also
+//     attempts to start the missing thread, and fires the timers that are due;
 //   - so do the lookout of the workers, and the main thread where it drains the main queue, except that they have no
 //     goal of their own;
-//   - attempts are `interval` apart at least, and waiting threads sleep for longer and longer between two of them.
+//   - attempts are at least `interval` apart, and the sleep of a waiting thread between two attempts becomes longer
+//     each time.
 //
-// A thread that fell asleep before the shortage began is nudged: the word that it sleeps on changes in a way that says
-// nothing but "look again".
+// A thread that fell asleep before the shortage began is nudged: the word that it sleeps on changes in a way that only
+// makes it check again.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/internal/ForkAware.h"
@@ -28,26 +28,26 @@ class ThreadShortage final : public ForkAware {
  public:
   enum class Of : std::uint32_t { workers = 1, timers = 2 };
 
-  /// How far apart attempts to start a thread are.
+  /// The least time between two attempts to start a thread, in nanoseconds.
   static constexpr std::uint64_t interval = 10'000'000;
 
   [[nodiscard]] static bool exists() noexcept { return state.load(std::memory_order_seq_cst) != 0; }
   [[nodiscard]] static bool exists(Of what) noexcept {
     return (state.load(std::memory_order_seq_cst) & static_cast<std::uint32_t>(what)) != 0;
   }
-  /// Under the mutex of those whom it is about. False where it had begun before.
+  /// Call it under the mutex of the workers or timers concerned. False if the shortage had begun before.
   static bool begin(Of what) noexcept;
   static void end(Of what) noexcept;
-  /// There is something to do and no thread for it: all that sleep in a wait look again. Under no mutex.
+  /// Wakes all threads that sleep in a wait, because there is work and no thread for it. Call it under no mutex.
   static void nudgeAll() noexcept;
-  /// Says so on the system console, once in a shortage and once a minute at most. `failure`: the error of the system,
-  /// or 0 where there are as many workers as there may be.
+  /// Reports the shortage on the system console, once in a shortage and at most once a minute. `failure` is the error
+  /// of the system, or 0 if there are as many workers as there may be.
   static void report(int failure) noexcept;
-  /// A thread has been started: the next shortage is another one.
+  /// Call it when a thread has been started: the next shortage is reported again.
   static void threadStarted() noexcept { reported.store(false, std::memory_order_relaxed); }
 
-  /// Attempts to start what is missing, and fires the timers that are due if there is still no thread for them. Tells
-  /// when the next timer is due, noDeadline where a thread cares.
+  /// Attempts to start what is missing. If the timer thread is still missing, fires the timers that are due. Returns
+  /// when the next timer is due, noDeadline if another thread fires it.
   static std::uint64_t tend() noexcept;
 
   void resetAfterFork() noexcept override;
@@ -69,7 +69,7 @@ class ThreadShortage final : public ForkAware {
 /// Registers the calling thread, which is about to sleep, for nudges.
 class SleepingThread {
  public:
-  /// A nudge adds `nudge` to the word and wakes who sleeps on it.
+  /// A nudge adds `nudge` to the word and wakes the threads that sleep on it.
   SleepingThread(std::atomic<std::uint32_t>& word, std::uint32_t nudge) noexcept : SleepingThread(&word, nudge, -1) {}
   /// A nudge makes the eventfd readable.
   explicit SleepingThread(int descriptor) noexcept : SleepingThread(nullptr, 0, descriptor) {}
@@ -94,12 +94,12 @@ class PatientWait {
  public:
   explicit PatientWait(const HelpGoal& goal) noexcept : goal_(goal) {}
 
-  /// Sleeps while `word` is `expected`, until woken, until the deadline or for no reason at all; or works towards the
-  /// goal. The caller looks again. False when the deadline has passed.
+  /// Sleeps while `word` is `expected`, until woken, until the deadline, or until a spurious wake-up; or works towards
+  /// the goal. The caller must check its condition again. False if the deadline has passed.
   bool sleep(std::atomic<std::uint32_t>& word, std::uint32_t expected, std::uint32_t nudge,
              std::uint64_t deadline = noDeadline) noexcept;
 
-  /// A block that it ran has forked and this is the child, in which nothing is left of what was waited for.
+  /// True in a child in which a block that this wait ran has forked; nothing that was waited for exists there.
   [[nodiscard]] bool hasForked() const noexcept { return kernel::forkGeneration() != generation_; }
 
  private:

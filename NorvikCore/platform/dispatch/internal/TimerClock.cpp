@@ -30,7 +30,7 @@ timespec timespecOf(std::uint64_t nanoseconds) {
 
 /// Under no mutex.
 void fire(std::vector<DueTimer>& due) {
-  // An entry lies where it was made, and of a hundred thousand the next is rarely near.
+  // Entries are where they were allocated; of a hundred thousand, the next is rarely near.
   constexpr std::size_t ahead = 4;
   FiredItems items;
   for (std::size_t i = 0; i < due.size(); ++i) {
@@ -43,7 +43,7 @@ void fire(std::vector<DueTimer>& due) {
 void drainDescriptor(int descriptor) {
   std::uint64_t count = 0;
   while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {
-  }  // EAGAIN: nothing there; ECANCELED: the wall clock was set, and that is what the caller looks for next
+  }  // EAGAIN: nothing to read; ECANCELED: the wall clock was set, which the caller checks next
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ void SystemTimerClock::arm(TimerEntry& entry, dispatch_time_t start, TimerSettin
     }
     isNewShortage = !wasShort;
   }
-  // Every thread that waits looks after the timers from now on, and so does a worker that has nothing else to do.
+  // From now on every waiting thread fires due timers, and so does a worker without other work.
   ThreadShortage::nudgeAll();
   if (isNewShortage) {
     GlobalQueue::shared()->push(makeBlock([] { shared().tend(); }), Delivery::prompt, Order::normal);
@@ -99,7 +99,7 @@ std::uint64_t SystemTimerClock::tend() noexcept {
 
 void SystemTimerClock::disarm(TimerEntry& entry) noexcept {
   const QueueLock lock(mutex_);
-  TimerHeap::remove(entry);  // the thread may wake for it once, in vain
+  TimerHeap::remove(entry);  // the thread may wake for it once, without effect
 }
 
 void SystemTimerClock::wakeThread() {
@@ -111,7 +111,7 @@ void SystemTimerClock::wakeThread() {
 }
 
 bool SystemTimerClock::ensureThread() {
-  if (tended_) return false;  // it would fire later timers before those
+  if (tended_) return false;  // the thread would fire later timers before the ones that are being fired
   if (ThreadShortage::exists(ThreadShortage::Of::timers) && monotonicNanoseconds() < nextStart_) return false;
   int failure = openDescriptors();
   if (failure == 0) failure = startThread(&threadMain, this);
@@ -222,7 +222,7 @@ void SystemTimerClock::resetAfterFork() noexcept {
   due_.clear();
   threadRuns_ = awake_ = tended_ = false;
   for (int* descriptor : {&wakeDescriptor_, &wallDescriptor_}) {
-    if (*descriptor >= 0) close(*descriptor);  // the parent's own stay open
+    if (*descriptor >= 0) close(*descriptor);  // the parent's descriptors stay open
     *descriptor = -1;
   }
   wallSetTo_ = notSet;

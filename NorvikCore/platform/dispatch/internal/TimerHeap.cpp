@@ -10,8 +10,8 @@
 namespace norvik::detail {
 namespace {
 
-/// The largest power of two that fits the leeway, as its exponent: deadlines are moved up to its next multiple. So
-/// timers of equal or larger leeways meet. A period is not stretched by more than half.
+/// The exponent of the largest power of two that fits the leeway. Deadlines are moved up to its next multiple, so that
+/// timers of equal or larger leeways coincide. A period is not stretched by more than half.
 std::uint8_t leewayBits(std::uint64_t leeway, std::uint64_t interval) {
   if (interval != 0) leeway = std::min(leeway, interval / 2);
   return leeway == 0 ? std::uint8_t{0} : static_cast<std::uint8_t>(std::bit_width(leeway) - 1);
@@ -76,7 +76,7 @@ void TimerHeap::siftUp(std::size_t index, const Node& node, std::size_t top) noe
   place(index, node);
 }
 
-/// Of four children, without a jump that the processor could foresee wrongly.
+/// The least of four children, computed without a branch that the processor could mispredict.
 std::size_t TimerHeap::leastChild(std::size_t first) const noexcept {
   const Node* children = &nodes_[first];
   const std::size_t low = before(children[1], children[0]) ? 1 : 0;
@@ -84,8 +84,8 @@ std::size_t TimerHeap::leastChild(std::size_t first) const noexcept {
   return first + (before(children[high], children[low]) ? high : low);
 }
 
-/// Mostly the node comes from the bottom and goes back there: the place is made on the way down without asking whether
-/// it would do, and what that is too deep it rises again.
+/// The node usually comes from the bottom of the heap and belongs there. So the gap moves down to the bottom without
+/// comparing the node, and then the node moves up to its place.
 void TimerHeap::siftDown(std::size_t index, const Node& node) noexcept {
   const std::size_t top = index;
   std::size_t first = childCount * index + 1;
@@ -118,7 +118,7 @@ void TimerHeap::removeAt(std::size_t index) noexcept {
 
 void TimerHeap::forgetAll() noexcept {
   ++generation_;
-  new (&nodes_) std::vector<Node>;  // the old one is never freed: another thread may have been changing it
+  new (&nodes_) std::vector<Node>;  // the old vector is never freed, because another thread may have been changing it
 }
 
 }  // namespace norvik::detail

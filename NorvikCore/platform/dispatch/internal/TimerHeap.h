@@ -1,7 +1,7 @@
-// NorvikCore/platform/dispatch/internal/TimerHeap.h - what fires next: an exact heap, by deadline, then by age.
+// NorvikCore/platform/dispatch/internal/TimerHeap.h - a heap of timers, ordered by deadline and then by age.
 //
-// A node has four children, which lie side by side with their deadlines: half the steps of a binary heap, and an entry
-// is read only where two deadlines are the same.
+// A node has four children, which are adjacent in memory together with their deadlines. That takes half the steps of a
+// binary heap, and an entry is read only if two deadlines are equal.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -14,16 +14,16 @@ namespace norvik::detail {
 
 class FiredItems;
 
-/// When a timer fires. `interval` 0: once. It may fire up to `leeway` later than that, and each period later by the
-/// same, where others fire then.
+/// When a timer fires. `interval` 0: once. The timer may fire up to `leeway` after its deadline, and so may each
+/// period, if other timers fire then.
 struct TimerSetting {
   std::uint64_t deadline = 0;
   std::uint64_t interval = 0;
   std::uint64_t leeway = 0;
-  std::uint32_t number = 0;  // given back when it fires
+  std::uint32_t number = 0;  // passed to fired()
 };
 
-/// Something that a timer fires. In at most one heap at a time.
+/// An object that a timer fires. It is in at most one heap at a time.
 class NK_EXPORT TimerEntry {
  public:
   TimerEntry() = default;
@@ -31,10 +31,10 @@ class NK_EXPORT TimerEntry {
   TimerEntry(const TimerEntry&) = delete;
   TimerEntry& operator=(const TimerEntry&) = delete;
 
-  /// Under the clock's mutex: the entry stays until fired() is over, whatever else happens.
+  /// Called under the clock's mutex. The entry must then stay alive until fired() has returned.
   virtual void keepUntilFired() noexcept = 0;
-  /// Under no mutex. `count`: how many periods have passed; `setting`: the number of the setting they passed in. What
-  /// it queues, it adds to `items`.
+  /// Called under no mutex. `count`: how many periods have passed; `setting`: the number of the setting in which they
+  /// passed. It adds the items that it enqueues to `items`.
   virtual void fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) = 0;
 
  private:
@@ -42,14 +42,14 @@ class NK_EXPORT TimerEntry {
   class TimerHeap* heap_ = nullptr;
   std::uint64_t deadline_ = 0;  // before any leeway
   std::uint64_t interval_ = 0;
-  std::uint64_t age_ = 0;  // counts the settings
+  std::uint64_t age_ = 0;  // raised with each deadline; orders equal deadlines
   std::uint32_t index_ = 0;
   std::uint32_t setting_ = 0;
   std::uint32_t generation_ = 0;
   std::uint8_t leewayBits_ = 0;
 };
 
-/// An entry whose time had come when it was taken from the heap.
+/// An entry that was due when it was taken from the heap.
 struct DueTimer {
   TimerEntry* entry;
   std::uint64_t count;
@@ -62,14 +62,14 @@ class NK_EXPORT TimerHeap {
 
   /// The entry must be in no heap.
   void add(TimerEntry& entry, const TimerSetting& setting);
-  /// Takes the entry from the heap it is in, if any.
+  /// Removes the entry from its heap, if any.
   static void remove(TimerEntry& entry) noexcept;
-  /// Takes up to `limit` entries that are due; repeating ones get their next deadline after `now`, on their grid.
+  /// Takes up to `limit` entries that are due. Repeating entries get their next deadline after `now`, on their grid.
   void takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTimer>& due);
 
   [[nodiscard]] std::uint64_t nextDeadline() const noexcept { return nodes_.empty() ? noMoment : nodes_[0].deadline; }
   [[nodiscard]] std::size_t size() const noexcept { return nodes_.size(); }
-  /// In a child made by fork(): the entries are in no heap any more, the heap's memory is the parent's.
+  /// In a child made by fork(): afterwards the entries are in no heap. The heap's memory is not freed.
   void forgetAll() noexcept;
 
  private:
@@ -96,7 +96,7 @@ class NK_EXPORT TimerHeap {
 
   std::vector<Node> nodes_;
   std::uint64_t added_ = 0;
-  std::uint32_t generation_ = 0;  // an entry of another one is not in the heap
+  std::uint32_t generation_ = 0;  // an entry of another generation is not in the heap
 };
 
 }  // namespace norvik::detail

@@ -19,10 +19,10 @@
 namespace norvik::detail {
 namespace {
 
-constexpr std::uint64_t lookInterval = 1'000'000;   // a lookout looks once a millisecond
-constexpr std::uint64_t quietTime = 60'000'000;     // and sleeps when nothing has come for this long
+constexpr std::uint64_t lookInterval = 1'000'000;   // a lookout checks once a millisecond
+constexpr std::uint64_t quietTime = 60'000'000;     // and sleeps when no work has come for this long
 constexpr std::uint64_t spinTime = 15'000;          // how long it spins after prompt work
-constexpr unsigned looksBeforeHelp = 5;             // looks at a list from which nothing is taken
+constexpr unsigned looksBeforeHelp = 5;             // checks of a list from which nothing is taken
 constexpr std::uint64_t idleTime = 10'000'000'000;  // a sleeping worker ends after this
 constexpr unsigned mostThreads = 4096;
 
@@ -49,7 +49,7 @@ WorkerPool& WorkerPool::shared() {
 WorkerPool::WorkerPool()
     : processors_(processorsOfThisProcess()), target_(std::max(2U, processors_)), idleTime_(idleTime) {}
 
-// --- Those who bring work ---
+// --- Callers that submit work ---
 
 void WorkerPool::submit(Item* item, const std::atomic<bool>& mayWait) {
   if (mayWait.load(std::memory_order_relaxed) && submitToNapper(item)) {
@@ -121,7 +121,7 @@ void WorkerPool::attemptStart() noexcept {
   carryOut(wake, Sleepers::left);
 }
 
-/// False when no lookout naps.
+/// False if no lookout naps.
 bool WorkerPool::submitToNapper(Item* item) noexcept {
   std::uintptr_t newest = forNapper_.load(std::memory_order_relaxed);
   do {
@@ -132,7 +132,7 @@ bool WorkerPool::submitToNapper(Item* item) noexcept {
   return true;
 }
 
-/// Takes over the napper's items; its list is `next` afterwards, or stays closed.
+/// Takes over the napper's items. Afterwards its list is `next`, or stays closed if it was.
 void WorkerPool::collectFromNapper(std::uintptr_t next) noexcept {
   if (forNapper_.load(std::memory_order_seq_cst) == closedWord) return;
   Item* newest = reinterpret_cast<Item*>(forNapper_.exchange(next, std::memory_order_seq_cst));
@@ -149,14 +149,14 @@ void WorkerPool::append(Item* item) noexcept {
   readyCount_.store(readyCount_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }
 
-/// Sees to it that somebody comes soon for what is in the list.
+/// Makes a worker come soon for the listed items.
 WorkerPool::Wake WorkerPool::cover() {
   if (coming_ > 0) return {};
   return lookout_ != nullptr ? alertLookout() : summon();
 }
 
 WorkerPool::Wake WorkerPool::alertLookout() {
-  // With all processors at work the lookout could only look; it does that anyway.
+  // While all processors are busy, the lookout could only check, which it does anyway.
   if (lookoutComes_ || running_ >= target_) return {};
   lookoutComes_ = true;
   ++wakes_;
@@ -195,7 +195,7 @@ void WorkerPool::carryOut(const Wake& wake, Sleepers sleepers) noexcept {
   if (rest.begins || sleepers == Sleepers::nudged) ThreadShortage::nudgeAll();
 }
 
-/// Where that fails, the items stay in the list for the workers that there are and for threads that wait for them.
+/// If the start fails, the items stay in the list for the existing workers and for threads that wait for them.
 int WorkerPool::startWorker(Wake& rest) noexcept {
   const int failure = startThread(&threadMain, this);
   if (failure == 0 && !ThreadShortage::exists(ThreadShortage::Of::workers)) [[likely]]
@@ -317,7 +317,7 @@ void WorkerPool::spinForWork() {
   mutex_.lock();
 }
 
-/// False when the worker has slept long enough to end.
+/// False if the worker has slept long enough to end.
 bool WorkerPool::sleep(Worker& self) {
   self.word.store(0, std::memory_order_relaxed);
   self.below = sleepers_;
@@ -402,7 +402,7 @@ void WorkerPool::resetAfterFork() noexcept {
   sleepers_ = lookout_ = nullptr;
   lookoutComes_ = false;
   coming_ = 0;
-  // A worker whose block called fork() goes on as the child's first worker.
+  // A worker whose block called fork() continues as the child's first worker.
   running_ = threads_ = thisThreadIsWorker ? 1 : 0;
 }
 

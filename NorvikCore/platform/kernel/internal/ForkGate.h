@@ -1,9 +1,9 @@
-// NorvikCore/platform/kernel/internal/ForkGate.h - how a fork finds out that no thread holds a lock.
+// NorvikCore/platform/kernel/internal/ForkGate.h - how a fork ensures that no other thread holds a lock.
 //
-// Each thread has a cell of its own, which says how many locks it holds. The thread writes it without an atomic step;
-// a fork closes the gate, has the kernel order the memory of all threads (membarrier), and waits for the cells. So a
-// lock pays a few plain instructions, and a fork pays for all. Where the kernel refuses, threads order their own
-// memory.
+// Each thread has a cell, which counts the locks it holds. The thread writes it without an atomic operation; a fork
+// closes the gate, makes the kernel order the memory of all threads (membarrier), and waits for the cells. So a lock
+// costs a few plain instructions, and a fork pays for the synchronisation. If the kernel does not support membarrier,
+// threads order their own memory.
 #pragma once
 
 #include <atomic>
@@ -13,21 +13,21 @@ namespace norvik::kernel::detail {
 
 struct alignas(64) ForkGateCell {
   std::atomic<std::uint32_t> depth{0};   ///< how many locks its thread holds or waits for
-  std::atomic<std::uint32_t> isUsed{1};  ///< by a living thread
+  std::atomic<std::uint32_t> isUsed{1};  ///< 1 while a living thread uses it
   std::atomic<bool> isForking{false};    ///< its thread holds no lock, and waits until it may fork
   bool closedGate = false;               ///< for the fork of its thread
-  bool isGivenBack = false;              ///< at the next release, for its thread is ending
+  bool isGivenBack = false;              ///< at the next release, because its thread is ending
   ForkGateCell* next = nullptr;
 };
 
-/// Where the kernel does not order the memory of threads, an open gate says so, and threads do it themselves.
+/// gateOpenUnordered: open, and threads must order their memory themselves because the kernel does not.
 enum Gate : std::uint32_t { gateOpen, gateOpenUnordered, gateClosed };
 
 extern constinit thread_local ForkGateCell* ownCell __attribute__((tls_model("initial-exec")));
 extern constinit std::atomic<std::uint32_t> gate;
 
 ForkGateCell& findOwnCell() noexcept;
-/// For a cell that says 1 already; returns once that was said before an open gate was seen.
+/// For a cell whose depth is already 1. Returns when that is visible to forks and the gate was seen open after it.
 void passGateSlowly(ForkGateCell& own) noexcept;
 void giveCellBack() noexcept;
 

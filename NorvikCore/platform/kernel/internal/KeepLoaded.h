@@ -1,10 +1,11 @@
-// NorvikCore/platform/kernel/internal/KeepLoaded.h - keeps a shared object in memory whose code and constants are kept.
+// NorvikCore/platform/kernel/internal/KeepLoaded.h - prevents the unloading of a shared object whose code or constants
+// are still in use.
 #pragma once
 
 namespace norvik::kernel {
 
-/// The shared object in which the address lies is not unloaded any more, whatever dlclose is called with. Must not be
-/// called under a lock that code run by dlopen takes.
+/// From now on dlclose does not unload the shared object that contains the address. Do not call it under a lock that
+/// code run by dlopen takes.
 void keepLoaded(const void* address) noexcept;
 
 }  // namespace norvik::kernel

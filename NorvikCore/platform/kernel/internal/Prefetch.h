@@ -1,13 +1,13 @@
-// NorvikCore/platform/kernel/internal/Prefetch.h - asks the processor for memory before it is needed.
+// NorvikCore/platform/kernel/internal/Prefetch.h - prefetches memory before it is needed.
 //
-// In assembler, for g++ takes a function that does nothing but __builtin_prefetch for one without effect, and leaves
-// its calls out; and because __builtin_prefetch asks for a line to write to only where -mprfchw allows the instruction,
-// which 64-bit processors that lack it pass over.
+// In assembler, for two reasons. g++ treats a function that contains only __builtin_prefetch as having no effect and
+// removes its calls. And __builtin_prefetch requests a line for writing only if -mprfchw permits the instruction, which
+// 64-bit processors without it ignore.
 #pragma once
 
 namespace norvik::kernel {
 
-/// For one line of memory that is about to be written: it leaves the caches of the other processors.
+/// For one cache line that is about to be written: it is removed from the caches of the other processors.
 inline void prefetchForWrite(const void* memory) noexcept {
 #if defined(__x86_64__)
   __asm__ volatile("prefetchw %0" : : "m"(*static_cast<const char*>(memory)));

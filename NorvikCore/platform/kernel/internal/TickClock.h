@@ -1,14 +1,14 @@
-// NorvikCore/platform/kernel/internal/TickClock.h - the wall clock for code that notes the time now and needs to know
-// it later: noting costs a third of reading the clock.
+// NorvikCore/platform/kernel/internal/TickClock.h - a wall clock for code that records the time now and converts it
+// later: recording costs a third of reading the clock.
 //
 //   TickClock clock;                              // before the first note
 //   const std::uint64_t note = clock.now();       // any thread
 //   ...
-//   clock.read();                                 // one thread, now and then
-//   clock.wallNanoseconds(note);                  // right to a microsecond for what was noted since the last readings
+//   clock.read();                                 // one thread, from time to time
+//   clock.wallNanoseconds(note);                  // exact to a microsecond for notes since the last readings
 //
-// A note is the processor's counter where the kernel itself keeps time by it, else the wall clock. A note is converted
-// by its distance from the last reading: if the wall clock is set in between, it comes out on the new time.
+// A note is the processor's counter if the kernel itself uses it as clock, else the wall clock. A note is converted by
+// its distance from the last reading: if the wall clock was set in between, the result is in the new time.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -33,10 +33,10 @@ class NK_EXPORT TickClock {
 #endif
     return static_cast<std::uint64_t>(kernel::wallNanoseconds());
   }
-  /// So many ticks are a second at most, and a fifth of one or more.
+  /// This many ticks take a second at most, and a fifth of a second at least.
   static constexpr std::uint64_t briefly = 1'000'000'000;
 
-  /// Reads the clocks. By one thread at a time, as is the following.
+  /// Reads the clocks. Only one thread at a time may call this and wallNanoseconds().
   void read() noexcept;
   [[nodiscard]] std::int64_t wallNanoseconds(std::uint64_t note) const noexcept {
     if (!isCounted_) return static_cast<std::int64_t>(note);
@@ -48,14 +48,14 @@ class NK_EXPORT TickClock {
   struct Reading {
     std::uint64_t ticks;  // when `wall` was read
     std::int64_t wall;
-    std::uint64_t monotonicTicks;  // when `monotonic` was
+    std::uint64_t monotonicTicks;  // when `monotonic` was read
     std::int64_t monotonic;
   };
   [[nodiscard]] Reading reading() const noexcept;
 
   const bool isCounted_;
   double nanosecondsPerTick_ = 1;
-  // The rate is taken over a second or two, so that neither the time of a reading counts nor what happened long ago.
+  // The rate is measured over a second or two, so that neither the cost of a reading nor the distant past affects it.
   Reading from_, next_, last_;
 };
 

@@ -1,4 +1,4 @@
-// NorvikCore/platform/keyvalue/internal/CollectionOperators.h - "@sum.grossPay" and the other operators of key paths.
+// NorvikCore/platform/keyvalue/internal/CollectionOperators.h - "@sum.grossPay" and the other operators in key paths.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
@@ -7,7 +7,7 @@ namespace norvik::detail {
 
 [[nodiscard]] inline bool isOperator(const NSString& keyPath) { return keyPath.view().starts_with('@'); }
 
-/// What the operator at the path's start gives over the elements.
+/// The result of the operator at the start of the path, applied to the elements.
 [[nodiscard]] Value applyOperator(const NSArray& elements, const NSString& keyPath);
 
 }  // namespace norvik::detail

@@ -22,7 +22,7 @@ void checkKeyCount(const NSString& keyPath) {
                                                      std::to_string(greatestKeyCount));
 }
 
-/// The units before a byte of the path: a part that is taken by units keeps the surrogate halves that stand alone.
+/// The number of units before a byte of the path. Cutting a path by units preserves lone surrogate halves.
 NSUInteger unitsBefore(const NSString& keyPath, std::size_t byte) {
   return keyPath.isAscii() ? byte : utf8::unitCount(keyPath.view().substr(0, byte));
 }

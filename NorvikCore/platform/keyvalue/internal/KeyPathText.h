@@ -1,7 +1,6 @@
-// NorvikCore/platform/keyvalue/internal/KeyPathText.h - how the text of a key path is cut at its full stops.
+// NorvikCore/platform/keyvalue/internal/KeyPathText.h - splits the text of a key path at its full stops.
 //
-// A path of more than 1,000 keys raises NSInvalidArgumentException, because every key on the way takes a part of the
-// stack.
+// A path of more than 1,000 keys raises NSInvalidArgumentException, because each key uses some of the stack.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -11,15 +10,15 @@
 
 namespace norvik::detail {
 
-/// The first key of a path and the path behind it, absent where there is one key only. A path that ends with a
-/// full stop has the empty key as its last one, which no object has.
+/// The first key of a path and the rest of the path, which is absent if there is only one key. If a path ends with a
+/// full stop, its last key is the empty key, which no object has.
 struct FirstKey {
   NSString key;
   std::optional<NSString> rest;
 };
 [[nodiscard]] FirstKey firstKey(const NSString& keyPath);
 
-/// The last key of a path and the path before it, absent where there is one key only.
+/// The last key of a path and the path before it, which is absent if there is only one key.
 struct LastKey {
   std::optional<NSString> before;
   NSString key;

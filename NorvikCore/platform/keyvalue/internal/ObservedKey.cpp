@@ -14,7 +14,7 @@
 namespace norvik::detail {
 namespace {
 
-/// Those asked for lately, each at the place that its class and key give: one look instead of several by hash.
+/// A cache of recently requested keys. Class and key determine the place, so one comparison is sufficient.
 constinit std::array<std::atomic<const ObservedKey*>, 256> latest{};
 
 std::atomic<const ObservedKey*>& latestAt(const Class& theClass, std::string_view key) noexcept {

@@ -1,4 +1,4 @@
-// NorvikCore/platform/keyvalue/internal/ObservedKey.h - what a class says of a key that is observed, found quickly.
+// NorvikCore/platform/keyvalue/internal/ObservedKey.h - cached information of a class about an observed key.
 #pragma once
 
 #include "NorvikCore/platform/object/Class.h"
@@ -7,15 +7,15 @@
 
 namespace norvik::detail {
 
-/// Kept for good: there are as many as the classes state.
+/// Never freed: there are at most as many as the classes state.
 struct ObservedKey {
   const Class& theClass;
   const NSString key;
   const bool isProperty;
-  const std::vector<NSString> affecting;  ///< all keys whose change changes this one, directly or through others
+  const std::vector<NSString> affecting;  ///< all keys that affect this one, directly or through others
 };
 
-/// Null for a key of which the class states nothing. Any thread; takes no lock where the key was asked for lately.
+/// Null for a key about which the class states nothing. Any thread; takes no lock if the key was requested recently.
 [[nodiscard]] const ObservedKey* observedKey(const Class& theClass, const NSString& key);
 
 }  // namespace norvik::detail

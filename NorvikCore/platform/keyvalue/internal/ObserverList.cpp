@@ -24,7 +24,7 @@ void ObserverList::add(Entry entry, std::vector<Ref<Registration>>* gone) {
   }
 }
 
-/// Leaves gaps that the index does not know.
+/// Leaves gaps, of which the index is not informed.
 void ObserverList::takeGone(std::vector<Ref<Registration>>& gone) {
   for (Entry& entry : entries_) {
     if (!entry.registration || entry.depth != 0 || !entry.registration->isObserverGone()) continue;
@@ -52,7 +52,7 @@ Ref<Registration> ObserverList::takeOut(std::size_t position) {
   return removed;
 }
 
-/// The slot that holds this hash, or the free one where it belongs.
+/// The slot that holds this hash, or the free slot where it belongs.
 std::uint32_t& ObserverList::slotOf(std::uint32_t hash) noexcept {
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = hash & mask;
@@ -60,12 +60,12 @@ std::uint32_t& ObserverList::slotOf(std::uint32_t hash) noexcept {
   return slots_[slot];
 }
 
-/// Removing the latest entries of a hash one by one must not pass over the gaps of those removed before.
+/// Unlinks a removed entry, so that removing the latest entries of a hash one by one does not pass over their gaps.
 void ObserverList::unlink(std::size_t position) {
   const auto removed = static_cast<std::uint32_t>(position + 1);
   std::uint32_t& latest = slotOf(entries_[position].hash);
   if (latest == removed) {
-    // The only place of its hash stays in the slot, because later slots are found past it.
+    // If it is the only place of its hash, it stays in the slot, because searches for later slots pass over it.
     if (older_[position] != 0) latest = older_[position];
     return;
   }
@@ -85,7 +85,7 @@ void ObserverList::enter(std::size_t position) {
   latest = static_cast<std::uint32_t>(position + 1);
 }
 
-/// Closes the gaps and makes the index anew, with room for as many entries again.
+/// Closes the gaps and rebuilds the index, with room for as many entries again.
 void ObserverList::rebuild() {
   std::erase_if(entries_, [](const Entry& e) { return !e.registration; });
   slots_.clear();
@@ -109,18 +109,18 @@ Ref<ObserverList> ObserverList::copy() const {
 
 namespace {
 
-/// The record's list as one that may be changed: a copy, if a change that is being announced holds it.
+/// The record's list, ready to be modified: a copy if a change that is being announced holds it.
 ObserverList& changeable(SideRecord& record) NK_REQUIRES(record.mutex) {
   if (!record.observers) {
     record.observers = make<ObserverList>().take();
   } else if (ObjectAccess::count(*record.observers).loadAcquire() != 1) {
     ObserverList* copy = record.observers->copy().take();
-    release(std::exchange(record.observers, copy));  // the change keeps it
+    release(std::exchange(record.observers, copy));  // the change retains it
   }
   return *record.observers;
 }
 
-/// remove(list) on the object's list; the result is to be released after the lock.
+/// Calls remove(list) on the object's list. The caller must release the result after the lock.
 template <class Remove>
 Ref<Registration> removeFrom(SideRecord& record, const NSObject& object, Remove&& remove) NK_REQUIRES(record.mutex) {
   if (!record.observers) return nullptr;
@@ -158,7 +158,7 @@ bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> reg
     SideRecord& record = SideRecord::findOrMake(object);
     WordLock lock(record.mutex);
     if (!entry.registration->isActive()) return false;
-    // An entry further along a path is added under the lock of its registration, where no other one can be ended.
+    // An entry at a later element is added under the lock of its registration, and there no other registration may end.
     changeable(record).add(std::move(entry), depth == 0 ? &gone : nullptr);
     if (!object.isObserved()) ObjectAccess::setObserved(object, true);
   }

@@ -1,7 +1,7 @@
-// NorvikCore/platform/keyvalue/internal/ObserverList.h - who observes one object.
+// NorvikCore/platform/keyvalue/internal/ObserverList.h - the observers of one object.
 //
-// A list is shared with the changes that are being announced and is copied before it changes under them: so announcing
-// takes one count whatever the number of observers, and adding and removing meanwhile does no harm.
+// Changes that are being announced share the list, and it is copied before it is modified meanwhile. So announcing
+// takes one reference count for any number of observers, and observers can be added and removed meanwhile.
 #pragma once
 
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
@@ -13,31 +13,31 @@ namespace norvik::detail {
 
 class ObserverList final : public NSObject {
  public:
-  /// A registration at one element of its path; without one it is the gap that a removed entry left.
+  /// A registration at one element of its path. Without a registration it is the gap of a removed entry.
   struct Entry {
     Ref<Registration> registration;
-    const std::vector<NSString>* affecting;  ///< other keys of the object whose change is a change of this one, or null
-    std::uint32_t depth;                     ///< which element
-    std::uint32_t hash;                      ///< of the registration, also when that was removed
+    const std::vector<NSString>* affecting;  ///< other keys of the object that affect this one, or null
+    std::uint32_t depth;                     ///< the index of the element in the path
+    std::uint32_t hash;                      ///< of the registration, even if that was removed
   };
 
   /// In the order in which they were added.
   [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
-  /// Gaps do not count.
+  /// Without gaps.
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
-  /// Some entry may want that option, and some may lead on to further objects: what no entry does need not be looked
-  /// for.
+  /// True if some entry may request that option; hasPaths() if some entry may lead to further objects. If false, the
+  /// caller can skip the search.
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
   [[nodiscard]] bool hasPaths() const noexcept { return hasPaths_; }
 
-  /// Now and then it also takes out the registrations on the object itself whose observers are gone, and hands them to
-  /// `gone`, if there is one: a list whose observers come and go does not grow.
+  /// If `gone` is given, it sometimes also removes the registrations on the object itself whose observers are
+  /// destroyed, and appends them to `gone`. So a list with short-lived observers does not grow.
   void add(Entry entry, std::vector<Ref<Registration>>* gone);
-  /// Takes out the latest entry with that hash for which `isWanted(entry)` is true.
+  /// Removes the latest entry with that hash for which `isWanted(entry)` is true.
   template <class IsWanted>
   Ref<Registration> remove(std::uint32_t hash, IsWanted&& isWanted);
-  /// Takes out the latest entry for which `isWanted(entry)` is true, whatever its hash, in linear time.
+  /// Removes the latest entry for which `isWanted(entry)` is true, with any hash, in linear time.
   template <class IsWanted>
   Ref<Registration> removeAny(IsWanted&& isWanted);
   /// The same entries without the gaps.
@@ -57,11 +57,11 @@ class ObserverList final : public NSObject {
   void rebuild();
 
   std::vector<Entry> entries_;
-  // A place is 0 for none, or a position + 1.
-  std::vector<std::uint32_t> slots_;  ///< the latest place of each hash; no slots while the entries are few
+  // A place is a position + 1, or 0 for none.
+  std::vector<std::uint32_t> slots_;  ///< the latest place of each hash; empty while there are few entries
   std::vector<std::uint32_t> older_;  ///< for each place the next older one of its hash; empty if all hashes differ
   std::uint32_t count_ = 0;
-  std::uint32_t options_ = 0;  ///< of all entries there were since the list was empty
+  std::uint32_t options_ = 0;  ///< of all entries since the list was last empty
   bool hasPaths_ = false;
 };
 
@@ -83,25 +83,25 @@ Ref<Registration> ObserverList::removeAny(IsWanted&& isWanted) {
   return nullptr;
 }
 
-/// The observers of an object, kept; empty where there are none.
+/// The observers of an object, retained; empty if there are none.
 [[nodiscard]] Ref<const ObserverList> observersOf(const NSObject& object);
 
-/// Makes a registration hear of changes of that object under the key at `depth` of its path, and no longer. Refused by
-/// an object that goes, and to a registration that has ended.
+/// Adds a registration to the object's list under the key at `depth` of its path; detach() removes it. False, without
+/// effect, if the object is being destroyed or the registration has ended.
 bool attach(NSObject& object, Ref<Registration> registration, std::size_t depth);
-/// Attaches one of a single property without an initial call: nothing of others is called, and nothing is to check.
-/// False, and nothing is done, where it is not so simple.
+/// Attaches a registration for a single property without an initial call, which needs no check and calls no user code.
+/// False, without effect, for any other registration.
 bool attachPlain(NSObject& object, Ref<Registration>& registration);
 void detach(const NSObject* object, const Registration& registration, std::size_t depth);
-/// Ends the latest registration made on the object itself for this observer, path and context (any where that is null),
-/// and takes it from the object's list. Empty where there is none.
+/// Ends the latest registration that was made on the object itself for this observer, path and context (any context if
+/// null), and removes it from the object's list. Empty if there is none.
 [[nodiscard]] Ref<Registration> takeRegistration(const NSObject& object, const NSObject& observer,
                                                  const NSString& keyPath, const void* const* context);
 
 /// Checks the path, attaches the registration to all of it, and makes the initial call.
 void observe(NSObject& object, Ref<Registration> registration);
-/// Ends a registration wherever it stands, also one that is being made: it will not be attached any more. `object` is
-/// the one it was made on, or null where that is gone.
+/// Ends a registration and removes it from all lists, even one that is being made: it will not be attached any more.
+/// `object` is the object on which it was made, or null if that is destroyed.
 void endRegistration(NSObject* object, Registration& registration);
 
 }  // namespace norvik::detail

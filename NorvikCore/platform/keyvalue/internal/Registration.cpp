@@ -32,15 +32,15 @@ bool hasOperation(const Class& theClass, const NSString& key) {
   return key == "self" || key == "description";
 }
 
-/// Answers visit(c) for the class or, where that is false, for the first class below it for which it is true.
+/// True if visit(c) is true for the class or for a class below it.
 template <class Visit>
 bool anyOf(const Class& theClass, Visit&& visit) {
   if (visit(theClass)) return true;
   return std::ranges::any_of(Class::all(), [&](const Class* c) { return c->isSubclassOf(theClass) && visit(*c); });
 }
 
-/// Raises for a key that no object of the class, or of one below it, can have; goes on with the class that the key is
-/// stated to lead to.
+/// Raises for a key that no object of the class, or of a class below it, can have. Continues with the class that the
+/// key is stated to lead to.
 void checkStated(const Class* theClass, std::span<const NSString> keys) {
   for (const NSString& key : keys) {
     if (!theClass || key.hasPrefix("@")) return;
@@ -57,7 +57,8 @@ void checkStated(const Class* theClass, std::span<const NSString> keys) {
   }
 }
 
-/// All bytes have a say in it. In line, for it is a large part of what a registration costs.
+/// A hash that depends on all bytes. Defined here so that it is inlined, because it is a large part of the cost of a
+/// registration.
 std::uint64_t mixed(std::string_view text) noexcept {
   std::uint64_t result = text.size();
   std::uint64_t word = 0;
@@ -70,7 +71,7 @@ std::uint64_t mixed(std::string_view text) noexcept {
   return (result ^ word) * 0xD6E8FEB86659FD93u;
 }
 
-/// The object in the value whose keys can be observed: a collection of elements has none.
+/// The object in the value whose keys can be observed; null for arrays and sets, which announce no keys.
 NSObject* observable(const Value& value) {
   NSObject* object = value.object();
   return object && !dynamic_cast<const NSArray*>(object) && !dynamic_cast<const NSSet*>(object) ? object : nullptr;
@@ -143,7 +144,7 @@ void Registration::check(const NSObject& root) const {
                            "its elements: observe it on the object that holds the collection");
   }
   if (!path_) {
-    // Asking the class is enough where it knows the key; where it does not, the object has the last word.
+    // If the class knows the key, that is sufficient; otherwise the object decides.
     if (!root.classObject().property(keyPath_) && !hasOperation(root.classObject(), keyPath_)) {
       (void)root.valueForKey(keyPath_);
     }
@@ -161,7 +162,7 @@ void Registration::check(const NSObject& root) const {
   }
 }
 
-/// Adds the objects at the second and further elements, as far as there are any.
+/// Adds the objects at the second and later elements, as far as they exist.
 void Registration::findObjectsBehind(const NSObject& root, std::vector<Ref<NSObject>>& objects) const {
   objects.reserve(length() - 1);
   const NSObject* current = &root;
@@ -181,8 +182,8 @@ void Registration::place(std::size_t depth, NSObject* object) {
   present = object && attach(*object, ref(*this), depth) ? object : nullptr;
 }
 
-// Reading the path calls accessors, so it takes no lock. Who finds that another thread brought the places up to date
-// meanwhile reads again: so the last one to do it has read after every change that was announced.
+// Reading the path calls accessors, so it takes no lock. If another thread has updated the places meanwhile, this
+// thread reads again. So the last thread that updates them has read after every announced change.
 void Registration::follow(NSObject& root) {
   if (!path_) return;
   for (;;) {
@@ -204,7 +205,7 @@ void Registration::follow(NSObject& root) {
   }
 }
 
-/// False where the places have moved on from that version.
+/// False if the places were updated since that version.
 bool Registration::arrange(const NSObject& root, const std::vector<Ref<NSObject>>& objects, std::uint64_t version) {
   MutexLock lock(path_->mutex);
   if (!isActive()) return true;

@@ -1,5 +1,4 @@
-// NorvikCore/platform/object/internal/ObjectAccess.h - the inside of NSObject, for the parts of the runtime that share
-// it.
+// NorvikCore/platform/object/internal/ObjectAccess.h - access to the private members of NSObject, for the runtime.
 #pragma once
 
 #include "NorvikCore/platform/object/NSObject.h"
@@ -7,11 +6,11 @@
 namespace norvik::detail {
 
 struct ObjectAccess {
-  /// The count of an object that is being destroyed, so far from zero that Refs taken meanwhile never reach it.
+  /// The count of an object that is being destroyed. It is so far from zero that Refs taken meanwhile never reach zero.
   static constexpr std::uint32_t dyingCount = 0x80000000;
 
   static AtomicWord<std::uint32_t>& count(const NSObject& object) noexcept { return object.count_; }
-  /// Counts the object up, unless its count has reached zero. Its memory must be sure to be there.
+  /// Retains the object, unless its count has reached zero. The caller must ensure that its memory still exists.
   static bool retainUnlessGoing(const NSObject& object) noexcept {
     std::uint32_t seen = object.count_.loadRelaxed();
     do {
@@ -19,7 +18,7 @@ struct ObjectAccess {
     } while (!object.count_.compareExchange(seen, seen + 1));
     return true;
   }
-  /// The caller has the only Ref, and nobody watches, observes or associates anything with the object.
+  /// True if the caller has the only Ref, and the object has no Weak, observer or association.
   static bool isUnshared(const NSObject& object) noexcept {
     return object.count_.loadAcquire() == 1 && object.flags_.loadAcquire() == 0;
   }
@@ -29,17 +28,17 @@ struct ObjectAccess {
   static void setObserved(const NSObject& object, bool observed) noexcept {
     set(object, NSObject::observedFlag, observed);
   }
-  /// For objects of the library that are never destroyed: nobody needs a Weak to them.
+  /// For objects of the library that are never destroyed, so that no Weak to them is needed.
   static void setPermanent(const NSObject& object) noexcept { set(object, NSObject::permanentFlag, true); }
   static bool isPermanent(const NSObject& object) noexcept {
     return (object.flags_.loadRelaxed() & NSObject::permanentFlag) != 0;
   }
   static constexpr std::uint32_t greatestRecord = ~std::uint32_t{0} >> NSObject::recordShift;
-  /// The number of the object's side record; 0 where there is none.
+  /// The number of the object's side record; 0 if it has none.
   static std::uint32_t record(const NSObject& object) noexcept {
     return object.flags_.loadAcquire() >> NSObject::recordShift;
   }
-  /// Gives the object that record unless it has one; the one it has then.
+  /// Gives the object that record unless it has one. Returns the number of its record.
   static std::uint32_t setRecord(const NSObject& object, std::uint32_t number) noexcept {
     std::uint32_t seen = object.flags_.loadAcquire();
     while (seen >> NSObject::recordShift == 0) {
@@ -48,7 +47,7 @@ struct ObjectAccess {
     return seen >> NSObject::recordShift;
   }
   static bool isDying(const NSObject& object) noexcept { return object.count_.loadRelaxed() >= dyingCount / 2; }
-  /// The last Ref is gone.
+  /// True if the last Ref is released.
   static bool isGoing(const NSObject& object) noexcept { return object.count_.loadRelaxed() - 1 >= dyingCount / 2 - 1; }
 
  private:

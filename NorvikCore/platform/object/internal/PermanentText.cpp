@@ -21,7 +21,7 @@ Texts& texts() {
 }  // namespace
 
 NSString permanentText(const NSString& text) {
-  if (!text.isWellFormed()) return text;  // has no UTF-8 to borrow
+  if (!text.isWellFormed()) return text;  // it has no UTF-8 text to borrow
   Texts& all = texts();
   MutexLock lock(all.mutex);
   return NSString::borrowing(*all.kept.emplace(text.view()).first);

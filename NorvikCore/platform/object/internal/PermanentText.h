@@ -7,9 +7,9 @@
 
 namespace norvik::detail {
 
-/// The text with storage of the process's, which equal texts share and which is never freed. Its address is kept where
-/// leak checkers look: the storage of a text that is only pointed into counts as lost, possibly, with some.
-/// Synchronised. One with a lone half is given back as it is.
+/// The text with storage that belongs to the process: equal texts share it, and it is never freed. Its address is kept
+/// where leak checkers find it, because some of them report storage with only pointers into its interior as possibly
+/// lost. Synchronised. A text with a lone surrogate half is returned unchanged.
 [[nodiscard]] NSString permanentText(const NSString& text);
 
 }  // namespace norvik::detail

@@ -1,8 +1,8 @@
-// NorvikCore/platform/object/internal/PointerTable.h - what is known of an object, found by its address.
+// NorvikCore/platform/object/internal/PointerTable.h - a table of data about objects, with their addresses as keys.
 //
-// Open addressing with linear probing: one allocation for the whole table, one or two cache lines a look-up, constant
-// time on average whatever the number of entries. A table that has emptied gives its memory back. The table does not
-// follow the pointers. Pointers to payloads are valid until the next insertion or removal. Confined: one thread at a
+// Open addressing with linear probing: one allocation for the whole table, and one or two cache lines per look-up;
+// constant time on average, whatever the number of entries. A table that shrinks releases memory. The table never
+// dereferences its keys. Pointers to payloads are valid until the next insertion or removal. Confined: one thread at a
 // time.
 #pragma once
 
@@ -29,7 +29,7 @@ class PointerTable {
     return const_cast<PointerTable*>(this)->find(key);
   }
 
-  /// The payload of that key, which is not null; one made by default where there was none.
+  /// The payload of that key, which must not be null; default-constructed if there was none.
   Payload& operator[](const void* key) {
     if (Payload* found = find(key)) return *found;
     if ((size_ + 1) * 4 > slots_.size() * 3) resize(slots_.empty() ? leastSlots : slots_.size() * 2);
@@ -37,7 +37,7 @@ class PointerTable {
     return insertNew(key, Payload());
   }
 
-  /// Takes the payload out; one made by default where there was none.
+  /// Removes and returns the payload; a default-constructed one if there was none.
   Payload take(const void* key) {
     if (slots_.empty()) return Payload();
     std::size_t at = home(key);
@@ -52,7 +52,7 @@ class PointerTable {
     return taken;
   }
 
-  /// visit(key, payload) for each entry, in no order; it must not change the table.
+  /// Calls visit(key, payload) for each entry, in no particular order; `visit` must not change the table.
   template <class Visit>
   void forEach(Visit&& visit) const {
     for (const Slot& slot : slots_) {
@@ -60,7 +60,7 @@ class PointerTable {
     }
   }
 
-  /// Empties the table; visit(payload) may take each payload over.
+  /// Empties the table; visit(payload) may move from each payload.
   template <class Visit>
   void takeAll(Visit&& visit) {
     std::vector<Slot> all;
@@ -92,7 +92,7 @@ class PointerTable {
     return slots_[at].payload;
   }
 
-  /// Moves what was displaced by the entry at `gap` back towards its home, so that no marks of removed entries remain.
+  /// Moves entries that were displaced by the one at `gap` back towards their home, so that no tombstones are needed.
   void closeGap(std::size_t gap) {
     for (std::size_t at = next(gap); slots_[at].key; at = next(at)) {
       const std::size_t wanted = home(slots_[at].key);
@@ -114,7 +114,7 @@ class PointerTable {
     }
   }
 
-  std::vector<Slot> slots_;  ///< none or a power of two of them; a null key marks an empty one
+  std::vector<Slot> slots_;  ///< empty, or a power of two of them; a null key marks a free slot
   std::size_t size_ = 0;
   int shift_ = 64;
 };

@@ -1,5 +1,4 @@
-// NorvikCore/platform/object/internal/SharedName.h - what is said where a name that several classes share is looked
-// up.
+// NorvikCore/platform/object/internal/SharedName.h - the error text for looking up a name that several classes share.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -8,8 +7,8 @@
 
 namespace norvik::detail {
 
-/// `2 classes are named "Row": hr::Row, pay::Row; NK_CLASS_NAME gives one of them another name`. Empty where the name
-/// is that of one class, or of none.
+/// `2 classes are named "Row": hr::Row, pay::Row; NK_CLASS_NAME gives one of them another name`. Empty if only one
+/// class has the name, or none.
 [[nodiscard]] std::string sharedNameProblem(const NSString& name);
 
 }  // namespace norvik::detail

@@ -10,8 +10,8 @@
 
 namespace norvik::detail {
 
-/// Numbers count from 1. Piece p holds 2^p times as many records as the first one. What is free forms a stack, whose
-/// top carries a count of changes, so that no thread takes a record for the one it saw there before.
+/// Numbers count from 1. Piece p holds 2^p times as many records as the first one. Free records form a stack. Its top
+/// includes a count of changes, so a thread does not mistake a record that was taken and returned for an unchanged top.
 class SideRecordPool {
  public:
   [[nodiscard]] static SideRecord& at(std::uint32_t number) noexcept {

@@ -1,12 +1,12 @@
-// NorvikCore/platform/object/internal/WordMutex.h - a mutex of one word, for steps so short that calling the system's
-// mutex would be a large part of them.
+// NorvikCore/platform/object/internal/WordMutex.h - a mutex of one word, for steps so short that the system's mutex
+// would be a large part of their cost.
 //
 //   WordMutex mutex;
 //   std::size_t count NK_GUARDED_BY(mutex) = 0;
 //   { WordLock lock(mutex); ++count; }
 //
-// Free, it is taken and given back by one exchange each. A thread that finds it taken sleeps. A fork waits for its
-// holders, and a child finds it free (kernel/Fork.h). Not recursive, not fair.
+// Without contention, locking and unlocking are one exchange each. A thread that finds it locked sleeps. A fork waits
+// until it is released, so a child finds it free (kernel/Fork.h). Not recursive, not fair.
 #pragma once
 
 #include "NorvikCore/platform/kernel/BusyWord.h"

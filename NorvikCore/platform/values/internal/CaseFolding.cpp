@@ -7,7 +7,7 @@
 namespace norvik::detail {
 namespace {
 
-/// Each `stride`th character from `first` to `last` folds to itself plus `delta`.
+/// Every `stride`th character from `first` to `last` folds to itself plus `delta`.
 struct Run {
   char32_t first, last;
   std::int32_t stride, delta;

@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/internal/DecimalAlignment.h - numbers of 64 bits brought to one exponent in 128.
+// NorvikCore/platform/values/internal/DecimalAlignment.h - aligns numbers of 64 bits to one exponent, in 128 bits.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -8,7 +8,7 @@ namespace norvik::detail {
 
 inline constexpr int longestAlignment = 18;  // 2^64 * 10^18 + 2^64 is below 10^38, and below 2^126
 
-/// Whether both are numbers of 64 bits whose sum 128 bits hold in units of the smaller exponent.
+/// True if both numbers have 64 bits and 128 bits can hold their sum in units of the smaller exponent.
 inline bool alignable(const Decimal& a, const Decimal& b) noexcept {
   const int shift = a.exponent() - b.exponent();
   return (high64(DecimalAccess::mantissa(a)) | high64(DecimalAccess::mantissa(b))) == 0 &&
@@ -20,7 +20,8 @@ inline Int128 withSign(UInt128 magnitude, bool negative) noexcept {
   return static_cast<Int128>((magnitude ^ mask) - mask);
 }
 
-/// The signed mantissa of a number of 64 bits in units `shift` powers of ten below its own; a negative shift is 0.
+/// The signed mantissa of a number of 64 bits, in units `shift` powers of ten below its own; a negative shift counts as
+/// 0.
 inline Int128 alignedMantissa(const Decimal& d, int shift) noexcept {
   return withSign(wideProduct(DecimalAccess::lowMantissa(d), powerOfTen64(shift > 0 ? shift : 0)), d.isNegative());
 }
@@ -31,7 +32,7 @@ inline Decimal fromSigned(Int128 mantissa, int exponent) noexcept {
                              negative);
 }
 
-/// The sum of two alignable numbers, in 64 bits where they suffice.
+/// The sum of two alignable numbers, computed in 64 bits if they suffice.
 inline Decimal addAlignable(const Decimal& a, const Decimal& b) noexcept {
   const int shift = a.exponent() - b.exponent();
   const Decimal& upper = shift > 0 ? a : b;

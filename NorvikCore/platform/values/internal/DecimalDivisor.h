@@ -1,5 +1,5 @@
-// NorvikCore/platform/values/internal/DecimalDivisor.h - division of 128 bits by 64 without the machine's, which takes
-// 35 times as long as a multiplication on some processors.
+// NorvikCore/platform/values/internal/DecimalDivisor.h - division of 128 bits by 64 without the machine's instruction,
+// which takes 35 times as long as a multiplication on some processors.
 //
 // N. Moeller and T. Granlund, "Improved division by invariant integers": a division by a number with a known reciprocal
 // is two multiplications.
@@ -20,14 +20,14 @@ inline constexpr UInt128 join(std::uint64_t high, std::uint64_t low) noexcept {
 }
 inline constexpr UInt128 wideProduct(std::uint64_t a, std::uint64_t b) noexcept { return static_cast<UInt128>(a) * b; }
 
-/// 2^19 / d for the upper nine bits of a divisor: where its reciprocal's approximation starts.
+/// 2^19 / d for the upper nine bits of a divisor: the start of the approximation of its reciprocal.
 inline constexpr auto firstReciprocals = [] {
   std::array<std::uint16_t, 256> table{};
   for (unsigned i = 0; i < 256; ++i) table[i] = static_cast<std::uint16_t>((0x80000u - 0x300u) / (i + 256u));
   return table;
 }();
 
-/// (2^128 - 1) / d - 2^64 for a d with its top bit set: the paper's algorithm 2, four steps that double the known bits.
+/// (2^128 - 1) / d - 2^64 for a d with its top bit set: algorithm 2 of the paper, in steps that double the known bits.
 inline constexpr std::uint64_t reciprocalOf(std::uint64_t d) noexcept {
   const std::uint64_t odd = d & 1, upper40 = (d >> 24) + 1, half = (d >> 1) + odd;
   const std::uint64_t v0 = firstReciprocals[(d >> 55) - 256];
@@ -50,13 +50,13 @@ class Divisor {
   /// The shifted divisor.
   [[nodiscard]] constexpr std::uint64_t normal() const noexcept { return normal_; }
 
-  /// {high, low} / the shifted divisor, where high is below it; the remainder is one of the shifted divisor too.
+  /// {high, low} / the shifted divisor, for `high` below it. The remainder is also that of the shifted divisor.
   [[nodiscard]] constexpr std::uint64_t divideShifted(std::uint64_t high, std::uint64_t low,
                                                       std::uint64_t& remainder) const noexcept {
     const UInt128 estimate = wideProduct(reciprocal_, high) + join(high, low);
     std::uint64_t quotient = high64(estimate) + 1;
     remainder = low - quotient * normal_;
-    // As likely as not: a choice of two, where a branch would be predicted wrongly half of the time.
+    // Both outcomes are equally likely, so this selects a value; a branch would be mispredicted half of the time.
     const std::uint64_t more = remainder + normal_;
     const bool isTooGreat = __builtin_expect_with_probability(remainder > low64(estimate), 1, 0.5);
     quotient -= isTooGreat;
@@ -68,7 +68,7 @@ class Divisor {
     return quotient;
   }
 
-  /// {high, low} / the divisor, where high is below it.
+  /// {high, low} / the divisor, for `high` below it.
   [[nodiscard]] constexpr std::uint64_t divide(std::uint64_t high, std::uint64_t low,
                                                std::uint64_t& remainder) const noexcept {
     const UInt128 shifted = join(high, low) << shift_;
@@ -97,9 +97,10 @@ inline constexpr auto tenDivisors = []<std::size_t... n>(std::index_sequence<n..
 inline std::uint64_t powerOfTen64(int n) noexcept { return powersOfTen64[static_cast<std::size_t>(n)]; }
 inline const Divisor& tenDivisor(int n) noexcept { return tenDivisors[static_cast<std::size_t>(n)]; }
 
-/// How many decimal digits n has; 0 for 0. The bit length times log10(2), corrected by one look at a power of ten.
+/// How many decimal digits n has; 0 for 0. The bit length times log10(2), corrected by one comparison with a power of
+/// ten.
 inline int digitCount(std::uint64_t n) noexcept {
-  const int digits = ((63 ^ std::countl_zero(n | 1)) + 1) * 1233 >> 12;  // that bit spares a branch for 0
+  const int digits = ((63 ^ std::countl_zero(n | 1)) + 1) * 1233 >> 12;  // the bit avoids a branch for 0
   return digits + (n >= powerOfTen64(digits) ? 1 : 0);
 }
 

@@ -62,7 +62,7 @@ Power raiseToPower(UInt128 mantissa, int exponent, std::uint64_t power) noexcept
   for (;; power /= 2) {
     if (power % 2 != 0) result = multiply(result, base);
     if (power == 1 || outOfRange(result)) return result;
-    if (outOfRange(base)) return base;  // it is a factor of the result, and the others are on the same side of 1
+    if (outOfRange(base)) return base;  // it is a factor of the result, and the other factors are on the same side of 1
     base = multiply(base, base);
   }
 }

@@ -22,7 +22,7 @@ Decimal fault(bool raises, const NSString& name, const char* reason) {
                "the result is not zero, but smaller in magnitude than a decimal number can be");
 }
 
-/// mantissa / 10^count; `tail` becomes what was cut.
+/// mantissa / 10^count; `tail` becomes the part that was cut.
 UInt128 cut(UInt128 mantissa, int count, Tail& tail) noexcept {
   if (count > 38) {
     tail = mantissa == 0 && tail == Tail::none ? Tail::none : Tail::belowHalf;
@@ -51,7 +51,7 @@ UInt128 low128(const UInt256& n) noexcept { return n.low(); }
 bool isZero(UInt128 n) noexcept { return n == 0; }
 bool isZero(const UInt256& n) noexcept { return n.isZero(); }
 
-/// A mantissa of at most 38 digits and any exponent, or the overflow it is.
+/// The number for a mantissa of at most 38 digits and any exponent; or an overflow.
 Decimal fit(UInt128 mantissa, int exponent, bool negative, const NSDecimalNumberHandler& behavior) {
   if (mantissa == 0) return DecimalAccess::make(0, std::clamp(exponent, -128, 127), false);
   if (exponent > Decimal::maximumExponent) {

@@ -1,5 +1,5 @@
 // NorvikCore/platform/values/internal/DecimalRounding.h - from an exact result to a decimal number: one rounding, and
-// the faults.
+// the errors.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -9,11 +9,11 @@
 
 namespace norvik::detail {
 
-/// What lies between a cut number and the exact one, as a part of the last digit kept.
+/// The difference between a truncated number and the exact one, relative to the last kept digit.
 enum class Tail : std::uint8_t { none, belowHalf, half, aboveHalf };
 
-/// The tail after a division that left `remainder` of `divisor`, when `tail` lay below that division's dividend. Counts
-/// comparisons instead of branching on digits that are as good as random.
+/// The tail after a division that left `remainder` of `divisor`, if `tail` was below the dividend. It adds up
+/// comparisons, because branches on practically random digits would be mispredicted.
 template <class Word>
 inline Tail tailOf(Word remainder, std::type_identity_t<Word> divisor, Tail tail) noexcept {
   const Word rest = divisor - remainder;
@@ -23,7 +23,7 @@ inline Tail tailOf(Word remainder, std::type_identity_t<Word> divisor, Tail tail
   return static_cast<Tail>(beyondNone + beyondBelow + beyondHalf);
 }
 
-/// Whether a magnitude with that tail becomes the next greater magnitude.
+/// True if a magnitude with that tail rounds to the next greater magnitude.
 inline bool roundsAway(NSRoundingMode mode, Tail tail, bool negative, bool odd) noexcept {
   switch (mode) {
     case NSRoundPlain:
@@ -38,12 +38,12 @@ inline bool roundsAway(NSRoundingMode mode, Tail tail, bool negative, bool odd) 
   return false;
 }
 
-/// The number of magnitude (mantissa + tail) * 10^exponent, rounded once as the behaviour says. A mantissa of 0 has no
-/// tail. A mantissa with a tail has 38 digits at least, so that the digits cut are within the tail's reach.
+/// The number of magnitude (mantissa + tail) * 10^exponent, rounded once according to the behaviour. A mantissa of 0
+/// has no tail. A mantissa with a tail has at least 38 digits, so that the tail is below all digits that are kept.
 Decimal settle(UInt128 mantissa, Tail tail, int exponent, bool negative, const NSDecimalNumberHandler& behavior);
 Decimal settle(const UInt256& mantissa, Tail tail, int exponent, bool negative, const NSDecimalNumberHandler& behavior);
 
-/// What a division by zero gives.
+/// The result of a division by zero.
 Decimal dividedByZero(const NSDecimalNumberHandler& behavior);
 
 }  // namespace norvik::detail

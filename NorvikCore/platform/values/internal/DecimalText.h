@@ -1,4 +1,5 @@
-// NorvikCore/platform/values/internal/DecimalText.h - decimal numbers from and to characters, without allocation.
+// NorvikCore/platform/values/internal/DecimalText.h - conversion of decimal numbers from and to characters, without
+// allocation.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -8,19 +9,19 @@ namespace norvik::detail {
 enum class ReadOutcome { number, noNumber, outOfRange };
 
 struct ReadResult {
-  const char* end;  // where the number's text ends; the start where there is none
+  const char* end;  // the end of the number's text; the start if there is no number
   ReadOutcome outcome;
 };
 
-/// Reads [-]digits[.digits][E[+-]digits] or NaN as far as it goes, and sets `value` where the outcome is a number.
+/// Reads the longest prefix that is [-]digits[.digits][E[+-]digits] or NaN; sets `value` if the outcome is a number.
 NK_EXPORT ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept;
 
-/// Writes the digits of n, and gives their end; "0" for 0. 39 characters at most.
+/// Writes the digits of n, "0" for 0, and returns their end. 39 characters at most.
 char* writeDigits(char* out, UInt128 n) noexcept;
 
 inline constexpr int longestText = 168;  // a sign, 38 digits, 127 zeros; a sign, "0.", 128 digits
 
-/// Writes the plain text, and gives its end.
+/// Writes the plain text and returns its end.
 NK_EXPORT char* writeDecimal(char* out, const Decimal& value) noexcept;
 
 }  // namespace norvik::detail

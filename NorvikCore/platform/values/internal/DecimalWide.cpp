@@ -32,8 +32,8 @@ class WideDivisor {
     return n.word[i] << shift_ | n.word[i - 1] >> (64 - shift_);
   }
 
-  /// One word of the quotient of {rest, low}, where rest is below the divisor and becomes the remainder: Knuth's
-  /// algorithm D, an estimate by the upper half that is at most two too great.
+  /// One word of the quotient of {rest, low}, where `rest` is below the divisor and becomes the remainder. This is
+  /// Knuth's algorithm D: an estimate from the upper half, which is at most two too great.
   std::uint64_t step(UInt128& rest, std::uint64_t low) const noexcept {
     const std::uint64_t d1 = high64(normal_), d0 = low64(normal_);
     std::uint64_t quotient, partial;

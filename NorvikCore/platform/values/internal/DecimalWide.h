@@ -57,17 +57,17 @@ inline UInt256 multiply(UInt128 a, UInt128 b) noexcept {
 UInt256 divide(const UInt256& n, UInt128 divisor, UInt128& remainder) noexcept;
 UInt128 divide(UInt128 n, UInt128 divisor, UInt128& remainder) noexcept;
 
-/// n / 10^power for a power of at most 38, with reciprocals that are known.
+/// n / 10^power for a power of at most 38, with precomputed reciprocals.
 UInt256 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept;
 UInt128 divideByPowerOfTen(UInt128 n, int power, UInt128& remainder) noexcept;
 
-/// As of 64 bits.
+/// The same for 128 bits.
 inline int digitCount(UInt128 n) noexcept {
   if (high64(n) == 0) return digitCount(low64(n));
   const int digits = (128 - std::countl_zero(high64(n))) * 1233 >> 12;
   return digits + (n >= powerOfTen(digits) ? 1 : 0);
 }
-/// As of 64 bits, for n below 2^255.
+/// The same for 256 bits, with n below 2^255.
 int digitCount(const UInt256& n) noexcept;
 
 }  // namespace norvik::detail

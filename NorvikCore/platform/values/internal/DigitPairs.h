@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/internal/DigitPairs.h - two decimal digits at a time, which halves the divisions.
+// NorvikCore/platform/values/internal/DigitPairs.h - writes two decimal digits at a time, which halves the divisions.
 #pragma once
 
 #include <cstdint>

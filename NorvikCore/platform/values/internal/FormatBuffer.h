@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/internal/FormatBuffer.h - where a formatted text grows: on the stack while it is short.
+// NorvikCore/platform/values/internal/FormatBuffer.h - the buffer of a formatted text: on the stack while it is short.
 #pragma once
 
 #include "NorvikCore/platform/values/NSString.h"
@@ -21,7 +21,7 @@ class FormatBuffer {
   void append(std::string_view text) {
     if (!text.empty()) std::memcpy(extend(text.size()), text.data(), text.size());
   }
-  /// A text as it is, with surrogate halves that stand alone: they rejoin where they meet.
+  /// Appends a text unchanged, including lone surrogate halves; two halves that become adjacent form one character.
   void append(const NSString& text) {
     if (text.isWellFormed()) return append(text.view());
     before_ = string() + text;
@@ -29,7 +29,7 @@ class FormatBuffer {
   }
   void append(std::size_t count, char c) { std::memset(extend(count), c, count); }
 
-  /// Makes room for `count` more bytes, which the caller fills.
+  /// Makes room for `count` more bytes, which the caller writes.
   char* extend(std::size_t count) {
     if (capacity_ - size_ < count) [[unlikely]]
       grow(count);
@@ -38,7 +38,7 @@ class FormatBuffer {
     return end;
   }
 
-  /// The whole text as it stands here; empty also where lone halves are in it.
+  /// The whole text so far; also empty if it contains lone halves.
   [[nodiscard]] std::string_view view() const noexcept {
     return before_.empty() ? std::string_view(data_, size_) : std::string_view();
   }
@@ -57,7 +57,7 @@ class FormatBuffer {
     capacity_ = capacity;
   }
 
-  NSString before_;  // what was complete when a lone half came
+  NSString before_;  // the text up to and including the last one with a lone half
   char stack_[496];
   char* data_ = stack_;
   std::size_t size_ = 0, capacity_ = sizeof stack_;

@@ -1,16 +1,16 @@
-// NorvikCore/platform/values/internal/FormatCopy.h - copies of a format's arguments, of which the text is formed later
-// and on another thread.
+// NorvikCore/platform/values/internal/FormatCopy.h - copies of a format's arguments, so that the text can be formed
+// later and on another thread.
 //
-//   FormatArgument* copies = ...;                                          // memory for as many
+//   FormatArgument* copies = ...;                                          // memory for arguments.size() copies
 //   Room room(memory, size);
 //   if (copyFormatArguments(copies, arguments, room)) ...                  // false: the room is too small
 //   appendFormatArguments(text, format, {copies, arguments.size()});
 //   releaseFormatCopies({copies, arguments.size()});
 //
-// Only for formats that can wait (FormatString::canWait). Numbers and plain values are copied, text too; a longer
-// NSString is shared. The copies refer to their room, which stays where it is.
+// Only for formats that can wait (FormatString::canWait). Numbers, plain values and text are copied; a longer NSString
+// is shared. The copies refer to their room, which must not move.
 //
-// Copying is on the way of every log call, so it is all in this header, small, and calls nothing.
+// Every log call copies its arguments, so all of the code is in this header, small, and calls no other function.
 #pragma once
 
 #include "NorvikCore/platform/values/Format.h"
@@ -23,12 +23,12 @@
 
 namespace norvik::detail {
 
-/// Memory that is handed out from its start to its end.
+/// Memory that is used from its start to its end.
 class Room {
  public:
   Room(char* memory, std::size_t size) noexcept : at_(memory), end_(memory + size) {}
 
-  /// Null where that much is not left. `alignment` is a power of two.
+  /// Null if that much is not left. `alignment` is a power of two.
   [[nodiscard]] char* take(std::size_t size, std::size_t alignment = 1) noexcept {
     const std::size_t gap = (0 - reinterpret_cast<std::uintptr_t>(at_)) & (alignment - 1);
     if (static_cast<std::size_t>(end_ - at_) < gap + size) [[unlikely]]
@@ -44,9 +44,9 @@ class Room {
     return copied;
   }
 
-  /// Copies up to the terminating zero, which is not copied, or up to `limit` bytes. Null where the room is too small.
+  /// Copies up to the terminating zero, which is not copied, or up to `limit` bytes. Null if the room is too small.
   [[nodiscard]] char* copyUntilZero(const char* text, std::size_t limit, std::size_t& length) noexcept {
-    char* const to = at_;  // what is written through it might be at_ itself, as far as the compiler can tell
+    char* const to = at_;  // a local, because the compiler must assume that the writes change at_
     const auto left = static_cast<std::size_t>(end_ - to);
     std::size_t count = 0;
     for (; count < limit && text[count] != '\0'; ++count) {
@@ -59,7 +59,7 @@ class Room {
   }
 
  private:
-  /// For a few bytes, without a call.
+  /// Copies a few bytes without a function call.
   static void copyBytes(char* to, const char* from, std::size_t count) noexcept {
     if (count >= 8) {
       std::size_t at = 0;
@@ -74,7 +74,7 @@ class Room {
   char* end_;
 };
 
-/// NSStrings up to this size are copied, for counting their uses would make two processors share a cache line.
+/// NSStrings up to this size are copied, because counting references would share a cache line between processors.
 inline constexpr std::size_t copiedStringLimit = 64;
 
 inline void releaseFormatCopies(FormatArguments copies) noexcept {
@@ -84,7 +84,8 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
   }
 }
 
-/// Makes an argument that refers to something refer to a copy in the room. False where the room is too small.
+/// If the argument refers to something, copies that into the room and refers to the copy. False if the room is too
+/// small.
 [[nodiscard]] inline bool copyReferred(FormatArgument& argument, Room& room) noexcept {
   switch (argument.kind()) {
     case FormatKind::cText: {
@@ -117,22 +118,22 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
       return true;
     }
     default:
-      return true;  // an address that is shown as such
+      return true;  // a number, or an address that is shown as such
   }
 }
 
-/// What becomes of some copies where there was no room for all: false.
+/// Releases the copies that were made before the room was full. Returns false.
 [[nodiscard, gnu::cold, gnu::noinline]] inline bool giveUp(FormatArguments copies) noexcept {
   releaseFormatCopies(copies);
   return false;
 }
 
-/// Makes the copies in memory for as many, and in the room what they refer to. False, with nothing to release, where
-/// the room is too small.
+/// Makes the copies in `copies`, which has memory for all of them, and copies in the room what they refer to. False,
+/// with nothing to release, if the room is too small.
 [[nodiscard]] inline bool copyFormatArguments(FormatArgument* copies, FormatArguments arguments, Room& room) noexcept {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    // Member by member: loads wider than the call site's stores, made a moment ago, would wait until those are in the
-    // cache.
+    // Member by member. A load that is wider than the call site's recent stores would have to wait until those are in
+    // the cache.
     FormatArgument* const copy = ::new (copies + i) FormatArgument;
     const FormatArgument& argument = arguments.data()[i];
     copy->kindAndBytes = argument.kindAndBytes;
@@ -144,11 +145,11 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
   return true;
 }
 
-/// Forms the text in memory of that size, as UTF-8. Returns its length; more than the size where it does not fit, or
-/// where the arguments alone say that it hardly will.
+/// Writes the text as UTF-8 into memory of that size and returns its length. Returns more than `size` if the text does
+/// not fit, or if a single argument is already longer.
 [[nodiscard]] std::size_t formText(char* memory, std::size_t size, std::string_view format, FormatArguments arguments);
 
-/// Room that is enough for the copies.
+/// The size of a room that is sufficient for the copies.
 [[nodiscard]] inline std::size_t roomForFormatArguments(FormatArguments arguments) noexcept {
   constexpr std::size_t most = sizeof(FormatArgument) + 2 * alignof(std::max_align_t) + copiedStringLimit;
   std::size_t size = 0;

@@ -17,7 +17,7 @@ namespace {
 
 __extension__ typedef unsigned __int128 UInt128;
 
-/// Puts sign or prefix, zeros and digits into the field.
+/// Appends sign or prefix, zeros and digits, padded to the field.
 void appendNumber(FormatBuffer& out, std::string_view prefix, std::size_t zeros, std::string_view digits,
                   bool fillWithZeros, const FormatField& field) {
   const std::size_t length = prefix.size() + zeros + digits.size();
@@ -59,8 +59,8 @@ char* powerOfTwoDigits(std::uint64_t number, unsigned shift, bool upperCase, cha
 constexpr std::uint64_t powersOfTen[] = {1,       10,       100,       1000,       10000,       100000,
                                          1000000, 10000000, 100000000, 1000000000, 10000000000, 100000000000};
 
-/// The digits of `magnitude` rounded to `places` decimals, exact (ties to even, as the default rounding mode has it),
-/// where they fit 64 bits. Amounts do; the general algorithm takes several times as long.
+/// The digits of `magnitude` rounded to `places` decimals, exactly (ties to even, as in the default rounding mode).
+/// False if they do not fit 64 bits. The digits of amounts fit; the general algorithm takes several times as long.
 inline bool fixedDigits(double magnitude, int places, std::uint64_t& digits) noexcept {
   if (places >= static_cast<int>(std::size(powersOfTen))) return false;
   if (magnitude == 0) {
@@ -103,7 +103,7 @@ void appendFixed(FormatBuffer& out, std::string_view sign, std::uint64_t digits,
   appendNumber(out, sign, 0, {begin, static_cast<std::size_t>(end - begin)}, field.zeroPad, field);
 }
 
-/// The digits that %g shows of a number that is zero, or at least one and written without an exponent: `places` of them
+/// The digits that %g shows of a number that is zero, or at least one and written without an exponent. `places` of them
 /// are decimals, without trailing zeros.
 inline bool shortGeneralDigits(double magnitude, int precision, std::uint64_t& digits, int& places) noexcept {
   if (precision >= static_cast<int>(std::size(powersOfTen))) return false;
@@ -117,7 +117,7 @@ inline bool shortGeneralDigits(double magnitude, int precision, std::uint64_t& d
   return true;
 }
 
-/// The # flag: a decimal point always, and with %g the trailing zeros that it drops otherwise.
+/// The # flag: always a decimal point, and for %g the trailing zeros that are otherwise dropped.
 void applyAlternate(std::string& text, char conversion, int precision) {
   const std::size_t exponent = text.find_first_of(conversion == 'a' ? "p" : "e");
   std::size_t end = exponent == std::string::npos ? text.size() : exponent;
@@ -130,7 +130,7 @@ void applyAlternate(std::string& text, char conversion, int precision) {
     leading = leading && text[i] == '0';
     significant += leading ? 0 : 1;
   }
-  if (significant == 0) significant = 1;  // zero has one
+  if (significant == 0) significant = 1;  // zero has one significant digit
   const auto wanted = static_cast<std::size_t>(precision);
   if (significant < wanted) text.insert(end, wanted - significant, '0');
 }

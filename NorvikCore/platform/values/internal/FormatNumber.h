@@ -1,5 +1,5 @@
-// NorvikCore/platform/values/internal/FormatNumber.h - the number conversions of the format language, as printf has
-// them in the C locale.
+// NorvikCore/platform/values/internal/FormatNumber.h - the number conversions of the format language, which equal those
+// of printf in the C locale.
 #pragma once
 
 #include "NorvikCore/platform/values/internal/FormatBuffer.h"
@@ -8,13 +8,13 @@
 
 namespace norvik::detail {
 
-/// The flags and fields of one directive, with * resolved. Width 0 and precision -1 are none.
+/// The flags and fields of one directive, with * replaced by its argument. Width 0 and precision -1 mean "none".
 struct FormatField {
   bool leftAlign = false, plusSign = false, spaceSign = false, alternate = false, zeroPad = false;
   int width = 0, precision = -1;
 };
 
-/// `bits` is the number, sign-extended where `isNegative`; `bytes` is the size of its type.
+/// `bits` is the number, sign-extended if `isNegative`; `bytes` is the size of its type.
 void appendInteger(FormatBuffer& out, char conversion, std::uint64_t bits, bool isNegative, unsigned bytes,
                    const FormatField& field);
 void appendDecimal(FormatBuffer& out, std::uint64_t bits, bool isNegative);  ///< %d without flags or fields

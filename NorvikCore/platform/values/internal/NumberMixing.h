@@ -1,7 +1,7 @@
-// NorvikCore/platform/values/internal/NumberMixing.h - the hash of numbers, whatever holds them.
+// NorvikCore/platform/values/internal/NumberMixing.h - the hash of numbers of any kind.
 //
-// Depends on the numeric value alone: trailing zeros of the mantissa become a part of the exponent. In a header because
-// queries hash a number for each element.
+// It depends only on the numeric value: trailing zeros of the mantissa become part of the exponent. It is in a header
+// because queries hash a number for each element.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace norvik::detail {
 
-/// Of a mantissa, of 64 bits and those above, without trailing zeros.
+/// For a mantissa without trailing zeros: its low 64 bits and the bits above.
 [[nodiscard]] inline std::size_t mixNumber(std::uint64_t high, std::uint64_t low, int exponent,
                                            bool isNegative) noexcept {
   std::uint64_t mixed = (low ^ high * 0xff51afd7ed558ccdu) * 0x9e3779b97f4a7c15u;
@@ -19,7 +19,7 @@ namespace norvik::detail {
   return mixed ^ mixed >> 32;
 }
 
-/// Of a mantissa of 64 bits.
+/// For a mantissa of 64 bits.
 [[nodiscard]] inline std::size_t hashNumber(std::uint64_t mantissa, int exponent, bool isNegative) noexcept {
   if (mantissa == 0) return 0;
   if (mantissa % 10 == 0) [[unlikely]] {

@@ -13,7 +13,7 @@ namespace norvik::detail {
 struct ShownMoment {
   explicit ShownMoment(Date date) noexcept : seconds(wholeSeconds(date)) {
     const double instant = instantInRange(date.timeIntervalSinceReferenceDate());
-    // A double of seconds falls a little short of most thousandths, the more the farther from 2001 it is.
+    // A double of seconds is slightly below most thousandths; the difference grows with the distance from 2001.
     const double shortfall = 0.001 + std::fabs(instant) * 3e-13;
     millisecond = std::min(static_cast<std::int32_t>((instant - static_cast<double>(seconds)) * 1000 + shortfall), 999);
   }
@@ -22,8 +22,8 @@ struct ShownMoment {
   std::int32_t millisecond;
 };
 
-/// Seconds since 1970 to be stored. To a microsecond they are the date's; rounded to a microsecond and then cut to a
-/// millisecond, they give the millisecond that a text shows.
+/// Seconds since 1970, to be stored. They equal the date's to a microsecond. If they are rounded to a microsecond and
+/// then truncated to a millisecond, the result is the millisecond that a text shows.
 [[nodiscard]] inline double storedSeconds(Date date) noexcept {
   constexpr double lastPart = 0.000998;  // of a millisecond's 0.001
   const ShownMoment shown(date);

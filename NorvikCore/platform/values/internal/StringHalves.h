@@ -10,7 +10,7 @@
 
 namespace norvik::detail {
 
-/// The bytes a lone half takes.
+/// The number of bytes of a lone half.
 inline constexpr std::size_t halfSize = 3;
 
 [[nodiscard]] inline bool beginsWithHalf(std::string_view text) noexcept {
@@ -28,7 +28,7 @@ inline constexpr std::size_t halfSize = 3;
   return false;
 }
 
-/// The character that forms where `head` ends with a high half and `tail` begins with a low one.
+/// The character that is formed if `head` ends with a high half and `tail` begins with a low one.
 [[nodiscard]] inline std::optional<utf8::Encoded> meetingHalves(std::string_view head, std::string_view tail) noexcept {
   if (!endsWithHalf(head) || !beginsWithHalf(tail)) return std::nullopt;
   const char32_t high = utf8::decode(head.data() + head.size() - halfSize).point;

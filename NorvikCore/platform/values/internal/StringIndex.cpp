@@ -47,7 +47,7 @@ std::size_t StringIndex::unit(std::string_view text, std::size_t byte) const noe
 
 const StringIndex& permanentIndex(std::string_view text) {
   using Key = std::pair<const char*, std::size_t>;
-  const kernel::ForkHold hold;  // a child would have the mutex as another thread held it
+  const kernel::ForkHold hold;  // otherwise a child could inherit a locked mutex
   static constinit std::shared_mutex mutex;
   auto& indexes = kernel::madeOnce([] { return new std::map<Key, std::unique_ptr<const StringIndex>>; });
   const Key key(text.data(), text.size());

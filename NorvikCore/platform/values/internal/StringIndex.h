@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/internal/StringIndex.h - where the UTF-16 units of a text lie among its UTF-8 bytes.
+// NorvikCore/platform/values/internal/StringIndex.h - the positions of a text's UTF-16 units among its UTF-8 bytes.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -13,18 +13,19 @@ class NSString;
 
 namespace norvik::detail {
 
-/// The character that holds a unit, and whether the unit is its second half. The end of the text is a place too.
+/// The character that contains a unit, and whether the unit is its second half. The end of the text also has a place.
 struct StringPlace {
   std::size_t byte = 0;
   bool secondHalf = false;
 };
 
-/// The place `units` further on, by walking. `steps`, where given, is raised by the characters passed.
+/// The place that is `units` after `from`, found by walking. `steps`, if given, is raised by the number of characters
+/// passed.
 [[nodiscard]] NK_EXPORT StringPlace walkUnits(std::string_view text, StringPlace from, std::size_t units,
                                               std::size_t* steps = nullptr) noexcept;
 
-/// The places of every 128th unit of a text: a look-up walks at most 128 characters from the nearest one before.
-/// It does not keep the text; each call is given the same one again. Immutable once made.
+/// The places of every 128th unit of a text: a look-up walks at most 128 characters from the nearest earlier place. It
+/// does not keep the text; each call must pass the same text. Immutable.
 class NK_EXPORT StringIndex {
  public:
   static constexpr std::size_t stride = 128;
@@ -44,10 +45,10 @@ class NK_EXPORT StringIndex {
   std::size_t length_;
 };
 
-/// The index of text that is never freed; made on first use, kept until the process ends.
+/// The index of text that is never freed. The first use makes it; it is kept until the process ends.
 [[nodiscard]] NK_EXPORT const StringIndex& permanentIndex(std::string_view text);
 
-/// The index a counted text has made so far; null where none was needed yet.
+/// The index that a counted text has made so far; null if none was needed yet.
 [[nodiscard]] NK_EXPORT const StringIndex* stringIndexOf(const NSString& text);
 
 }  // namespace norvik::detail

@@ -1,4 +1,4 @@
-// NorvikCore/platform/values/internal/StringUnits.h - reads text as UTF-16 units, folded or as it is.
+// NorvikCore/platform/values/internal/StringUnits.h - reads text as UTF-16 units, with or without case folding.
 #pragma once
 
 #include "NorvikCore/platform/values/Utf8.h"

@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-/// How many of `size` bytes are the same from the start, of which the first is.
+/// How many of `size` bytes are equal from the start. The first byte must be equal.
 std::size_t commonBytes(const char* a, const char* b, std::size_t size) noexcept {
-  std::size_t same = 1;  // the first one was looked for
+  std::size_t same = 1;  // the caller searched for the first byte
   if constexpr (std::endian::native == std::endian::little) {
     for (; same + 8 <= size; same += 8) {
       std::uint64_t left = 0, right = 0;
@@ -35,7 +35,7 @@ std::size_t characterBefore(std::string_view text, std::size_t at) noexcept {
   return at;
 }
 
-/// The next byte, or folded letter, in the direction of the search; `at` moves over it.
+/// The next byte or folded letter in the direction of the search; `at` moves past it.
 std::uint32_t takeSymbol(std::string_view text, std::size_t& at, SearchManner manner) noexcept {
   if (!manner.ignoresCase) return utf8::byteAt(text.data() + (manner.backwards ? --at : at++));
   if (manner.backwards) at = characterBefore(text, at);
@@ -45,8 +45,8 @@ std::uint32_t takeSymbol(std::string_view text, std::size_t& at, SearchManner ma
 }
 
 struct FoldedPrefix {
-  std::size_t size = npos;  // in bytes of the text; npos where it has no such prefix
-  std::size_t letters = 0;  // that were compared
+  std::size_t size = npos;  // in bytes of the text; npos if it has no such prefix
+  std::size_t letters = 0;  // number of letters compared
 };
 
 FoldedPrefix foldedPrefix(std::string_view text, std::string_view wanted) noexcept {
@@ -81,9 +81,9 @@ std::optional<TextMatch> matchAtEdge(std::string_view text, std::string_view wan
 struct TextSearch::Table {
   /// The wanted text in the direction of the search, as bytes or folded letters.
   std::vector<std::uint32_t> symbols;
-  /// Of each number of symbols, the longest shorter beginning of `symbols` that they end with.
+  /// For each number of leading symbols: the length of their longest proper suffix that is also a prefix of `symbols`.
   std::vector<std::size_t> borders;
-  std::size_t read = 0, trail = 0;  // the last symbols that were read lie between
+  std::size_t read = 0, trail = 0;  // the last `symbolsRead` symbols are between them
   std::size_t matched = 0, symbolsRead = 0;
 };
 
@@ -122,7 +122,7 @@ std::optional<TextMatch> TextSearch::nextBoundary() noexcept {
   return TextMatch{at, at};
 }
 
-/// Whether the wanted bytes, of which the first one was found, are here.
+/// True if the wanted bytes are at `here`; the first of them has been found there.
 inline bool TextSearch::isAt(const char* here) noexcept {
   if (wanted_.size() > 1 && here[1] != wanted_[1]) {
     ++work_;
@@ -222,7 +222,7 @@ void TextSearch::makeTable() {
     while (border > 0 && symbols[border] != symbols[count - 1]) border = borders[border];
     borders[count] = border + (symbols[border] == symbols[count - 1] ? 1 : 0);
   }
-  // Backwards, from the end once more: where the occurrence before `place_` ends is not known of folded letters.
+  // A backward search starts at the end again, because the end of a folded occurrence before `place_` is not known.
   read = trail = manner_.backwards ? text_.size() : place_;
   table_ = table.release();
   way_ = Way::Table;

@@ -1,15 +1,15 @@
-// NorvikCore/platform/values/internal/TextSearch.h - where a text occurs within another, among their bytes.
+// NorvikCore/platform/values/internal/TextSearch.h - finds the occurrences of one text in another, by their bytes.
 //
 //   TextSearch search("banana", "ana", {});
 //   search.next();                                   // {1, 4}
 //   search.next();                                   // {3, 6}: occurrences may overlap
 //   search.next();                                   // nothing
 //
-// Texts are UTF-8 in which lone surrogate halves may occur. All occurrences together take linear time, whatever the
-// texts are. Places are tried one by one while that is cheap, as it is in ordinary text. In repetitive text a table of
-// how the wanted text repeats itself, of twelve bytes a byte or letter, takes over.
+// Texts are UTF-8 in which lone surrogate halves may occur. Finding all occurrences takes linear time for any texts.
+// Positions are tried one by one while that is cheap, as it is in ordinary text. In repetitive text the search switches
+// to a table of the repetitions within the wanted text, which takes twelve bytes per byte or letter.
 //
-// Confined. The texts must live and stay unchanged while the search does.
+// Confined. The texts must outlive the search and must not change meanwhile.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -22,7 +22,7 @@ namespace norvik::detail {
 
 struct SearchManner {
   bool ignoresCase = false;  ///< letters are compared as CaseFolding.h folds them
-  bool backwards = false;    ///< the last occurrence is the first one found
+  bool backwards = false;    ///< the last occurrence is found first
 };
 
 /// A part of a text, in bytes.
@@ -31,7 +31,7 @@ struct TextMatch {
   friend bool operator==(const TextMatch&, const TextMatch&) = default;
 };
 
-/// The beginning of the text where it is the wanted one, or backwards its end.
+/// The beginning of the text if it equals `wanted`; backwards, the end of the text.
 [[nodiscard]] NK_EXPORT std::optional<TextMatch> matchAtEdge(std::string_view text, std::string_view wanted,
                                                              SearchManner manner) noexcept;
 
@@ -58,7 +58,7 @@ class NK_EXPORT TextSearch {
 
  private:
   struct Table;
-  /// How the next occurrence is looked for; None where there are no more.
+  /// How the next occurrence is searched for; None if there are no more.
   enum class Way : unsigned char { Bytes, BytesBackwards, Letters, LettersBackwards, Boundaries, Table, None };
 
   [[nodiscard]] std::optional<TextMatch> nextBoundary() noexcept;
@@ -75,9 +75,9 @@ class NK_EXPORT TextSearch {
   const std::string_view text_, wanted_;
   const SearchManner manner_;
   Way way_;
-  /// Occurrences begin at or behind this place, backwards before it.
+  /// The next occurrence begins at or behind this place; backwards, before it.
   std::size_t place_;
-  std::size_t work_ = 0;    // comparisons, of eight bytes or of a letter
+  std::size_t work_ = 0;    // comparisons of eight bytes or of one letter
   Table* table_ = nullptr;  // owned; made when it is needed
 };
 

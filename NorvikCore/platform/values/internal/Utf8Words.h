@@ -1,10 +1,10 @@
-// NorvikCore/platform/values/internal/Utf8Words.h - utf8::isAscii, isValid and unitCount by eight bytes at once.
+// NorvikCore/platform/values/internal/Utf8Words.h - utf8::isAscii, isValid and unitCount, eight bytes at a time.
 //
 //   isAsciiByWords("payslip 40 written")             // true
-//   isValidByWords("payslip of Zo\xC3\xAB written")    // true: beyond ASCII one character at a time
+//   isValidByWords("payslip of Zo\xC3\xAB written")    // true: non-ASCII is checked one character at a time
 //   unitCountByWords("payslip of Zo\xC3\xAB written")  // 22
 //
-// Pure and safe on any thread. At compile time those of Utf8.h serve.
+// Pure and safe on any thread. At compile time use the functions of Utf8.h.
 #pragma once
 
 #include "NorvikCore/platform/values/Utf8.h"
@@ -16,14 +16,14 @@
 
 namespace norvik::detail {
 
-/// The eight bytes at `text` are ASCII.
+/// True if the eight bytes at `text` are ASCII.
 [[nodiscard]] inline bool isAsciiWord(const char* text) noexcept {
   std::uint64_t word;
   std::memcpy(&word, text, sizeof word);
   return (word & 0x8080808080808080u) == 0;
 }
 
-/// So are the thirty-two bytes.
+/// The same for thirty-two bytes.
 [[nodiscard]] inline bool isAsciiBlock(const char* text) noexcept {
   std::uint64_t words[4];
   std::memcpy(words, text, sizeof words);
@@ -65,7 +65,7 @@ namespace norvik::detail {
   for (; text.size() >= 8; text.remove_prefix(8)) {
     std::uint64_t word;
     std::memcpy(&word, text.data(), sizeof word);
-    // In the lowest bit of each byte: a continuation, which is no unit; the first of four bytes, which are two units.
+    // One bit per byte: a continuation byte, which is no unit; the first of four bytes, which are two units.
     const std::uint64_t continuations = word >> 7 & ~word >> 6 & ones;
     const std::uint64_t pairs = word >> 7 & word >> 6 & word >> 5 & word >> 4 & ones;
     units += ((ones - continuations + pairs) * ones) >> 56;

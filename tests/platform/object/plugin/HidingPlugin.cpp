@@ -1,4 +1,4 @@
-// A shared object that exports nothing of C++: the loader itself would unload it.
+// A shared object that exports nothing of C++, so the loader would unload it.
 #include "NorvikCore/platform/object/NSObject.h"
 
 namespace {

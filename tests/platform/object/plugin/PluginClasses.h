@@ -8,12 +8,12 @@ class NK_EXPORT StatedTwice : public norvik::NSObject {
   NK_PROPERTY(int, number, setNumber)
 };
 
-/// Not exported: each side has a type of its own for it, of one name.
+/// Not exported, so program and shared object each have a type of their own for it, with the same name.
 class HiddenOnBothSides : public norvik::NSObject {
   NK_OBJECT(HiddenOnBothSides, NSObject)
 };
 
-/// Of another version in the shared object: not exported, or the two would be mixed up by the linker.
+/// A different version in the shared object. Not exported, because otherwise the linker would confuse the two.
 class OtherVersionOnBothSides : public norvik::NSObject {
   NK_OBJECT(OtherVersionOnBothSides, NSObject)
 #ifdef NORVIK_IN_THE_PLUGIN
