@@ -175,6 +175,16 @@ icu::UnicodeString written(const icu::DecimalFormat& format, const std::string& 
   return text;
 }
 
+/// ICU writes the first numbers of a format step by step and compiles the format for the later ones. In some patterns
+/// of money the two differ by a space beside the currency. After this call only the compiled format writes.
+void compile(const icu::DecimalFormat& format) {
+  constexpr int interpretedNumbers = 3;
+  for (int i = 0; i <= interpretedNumbers; ++i) {
+    icu::FieldPositionIterator ignored;
+    written(format, "0", ignored);
+  }
+}
+
 enum class DigitLimit { MinimumInteger, MaximumInteger, MinimumFraction, MaximumFraction };
 
 }  // namespace
@@ -325,6 +335,8 @@ struct NSNumberFormatter::Engine {
     icu::UnicodeString pattern;
     isMoney = digits->toPattern(pattern).indexOf(u'\u00A4') >= 0;
     chooseStepless();
+    if (isMoney) compile(*digits);
+    if (isMoney && stepless) compile(*stepless);
     choosePlainPattern();
     chooseReader();
   }
@@ -445,6 +457,7 @@ struct NSNumberFormatter::Engine {
   [[nodiscard]] std::vector<NumberReader::Form> formsOfMoney() const {
     icu::DecimalFormat unpadded(*digits);
     unpadded.setFormatWidth(0);
+    compile(unpadded);
     icu::UnicodeString pattern;
     const bool hasName = unpadded.toPattern(pattern).indexOf(u"\u00A4\u00A4\u00A4") >= 0;
     std::vector<std::string> samples{"5", "0.5"};

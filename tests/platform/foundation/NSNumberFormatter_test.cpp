@@ -641,6 +641,14 @@ TEST(NSNumberFormatter, ATextBeforeTheNumberThatIsThePaddingTooIsNotTakenForPadd
   }
 }
 
+TEST(NSNumberFormatter, WritesTheFirstNumberAsTheLaterOnes) {
+  const auto formatter = inLocale("ar_EG", true);
+  formatter->setFormat("\u00A4\u00A4\u00A4.\u00A4 x");
+  const NSString first = formatter->stringFromNumber(5);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(formatter->stringFromNumber(5), first) << i;
+  EXPECT_EQ(formatter->numberFromString(first), NSNumber(5));
+}
+
 TEST(NSNumberFormatter, ReadsMoneyWithPowersOfTenAndWithTheNameOfWhatAPercentageShows) {
   const struct {
     const char *pattern, *number, *written;
