@@ -68,6 +68,17 @@ TEST_F(NamedTimers, FireOnceAtTheirTime) {
   EXPECT_EQ(after(1000), "");
 }
 
+TEST_F(NamedTimers, AnIntervalMayBeAWholeNumberOrADuration) {
+  using namespace std::chrono_literals;
+  queue_->scheduleTimerWithName("a", 2, TSKTimerRestart, note("a"));
+  queue_->scheduleTimerWithName("b", 1500ms, TSKTimerRestart, note("b"));
+  queue_->scheduleTimerWithName("c", 0.5f, TSKTimerRestart, note("c"));
+  flush(queue_);
+  EXPECT_EQ(after(0.499999999), "");
+  EXPECT_EQ(after(1.5), "cb");
+  EXPECT_EQ(after(0.000000001), "a");
+}
+
 TEST_F(NamedTimers, RestartFiresOneIntervalAfterTheLastCall) {
   schedule("a", 10, TSKTimerRestart);
   EXPECT_EQ(after(4), "");

@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -376,6 +377,11 @@ TEST_F(DDFileLoggerTest, AForkedChildRollsByAgeToo) {
   int status = -1;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
+}
+
+TEST_F(DDFileLoggerTest, AFrequencyMayBeADuration) {
+  logger->setRollingFrequency(std::chrono::hours(12));
+  EXPECT_EQ(logger->rollingFrequency(), 43200);
 }
 
 TEST_F(DDFileLoggerTest, AFrequencyOfZeroOrLessNeverRolls) {

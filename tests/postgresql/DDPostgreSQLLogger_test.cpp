@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -173,6 +174,8 @@ TEST_F(DDPostgreSQLLoggerTest, AServerThatComesLaterGetsAllWithoutAFlush) {
 TEST_F(DDPostgreSQLLoggerTest, AServerThatHangsHoldsUpAFlushNoLongerThanTheTimeout) {
   save("a");
   logger_->setTimeout(0.3);
+  EXPECT_EQ(logger_->timeout(), 0.3);
+  logger_->setTimeout(std::chrono::milliseconds(300));
   EXPECT_EQ(logger_->timeout(), 0.3);
   server_.suspend();
   const auto begin = kernel::monotonicNanoseconds();

@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -179,6 +180,15 @@ TEST_F(DDAbstractDatabaseLoggerTest, SettingsHaveTheirDefaults) {
   EXPECT_EQ(logger_->maxAge(), 604800.0);
   EXPECT_EQ(logger_->deleteInterval(), 300.0);
   EXPECT_FALSE(logger_->deleteOnEverySave());
+}
+
+TEST_F(DDAbstractDatabaseLoggerTest, ASettingMayBeADuration) {
+  logger_->setSaveInterval(std::chrono::milliseconds(2500));
+  logger_->setMaxAge(std::chrono::hours(48));
+  logger_->setDeleteInterval(std::chrono::minutes(10));
+  EXPECT_EQ(logger_->saveInterval(), 2.5);
+  EXPECT_EQ(logger_->maxAge(), 172800);
+  EXPECT_EQ(logger_->deleteInterval(), 600);
 }
 
 TEST_F(DDAbstractDatabaseLoggerTest, ASettingReadIsTheOneSetBefore) {

@@ -52,6 +52,19 @@ TEST_F(Source, HeaderExample) {
   EXPECT_TRUE(rolled);
 }
 
+TEST_F(Source, IntervalsMayBeDurations) {
+  using namespace std::chrono_literals;
+  auto once = timer("o"), often = timer("r");
+  dispatch_source_set_timer(once, dispatch_time(clock_.time(0), 3ms), -1s);  // below zero is zero: once
+  dispatch_source_set_timer(often, dispatch_time(clock_.time(0), 1ms), 2ms, 0ms);
+  dispatch_resume(once);
+  dispatch_resume(often);
+  EXPECT_EQ(after(1'000'000), "r");
+  EXPECT_EQ(after(1'999'999), "");
+  EXPECT_EQ(after(1), "or");
+  EXPECT_EQ(after(2'000'000), "r");
+}
+
 TEST_F(Source, AOneShotTimerFiresOnceAtItsTime) {
   auto source = timer("a");
   dispatch_source_set_timer(source, clock_.time(100), 0, 0);

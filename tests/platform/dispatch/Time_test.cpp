@@ -11,7 +11,12 @@ std::uint64_t monotonicNow() {
   return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
 }
 
+using namespace std::chrono_literals;
+
 TEST(Time, HeaderExample) {
+  dispatch_time_t inAMinute = dispatch_time(DISPATCH_TIME_NOW, 1min);
+  EXPECT_EQ(dispatch_time(inAMinute, -1min + 1ms), dispatch_time(inAMinute, -60 * NSEC_PER_SEC + NSEC_PER_MSEC));
+  EXPECT_EQ(dispatch_time(inAMinute, std::chrono::hours::max()), DISPATCH_TIME_FOREVER);
   dispatch_time_t inTwoSeconds = dispatch_time(DISPATCH_TIME_NOW, 2 * NSEC_PER_SEC);
   dispatch_time_t later = dispatch_time(inTwoSeconds, 500 * NSEC_PER_MSEC);
   EXPECT_EQ(later - inTwoSeconds, 500'000'000U);
