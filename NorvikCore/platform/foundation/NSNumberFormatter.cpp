@@ -131,8 +131,12 @@ struct Span {
   std::int32_t from = INT32_MAX, to = 0;
 };
 
+bool isOfInteger(std::int32_t field) noexcept { return field == UNUM_INTEGER_FIELD; }
+
+bool isOfFraction(std::int32_t field) noexcept { return field == UNUM_FRACTION_FIELD; }
+
 bool isOfDigits(std::int32_t field) noexcept {
-  return field == UNUM_INTEGER_FIELD || field == UNUM_FRACTION_FIELD || field == UNUM_DECIMAL_SEPARATOR_FIELD;
+  return isOfInteger(field) || isOfFraction(field) || field == UNUM_DECIMAL_SEPARATOR_FIELD;
 }
 
 bool isOfNumber(std::int32_t field) noexcept {
@@ -140,7 +144,7 @@ bool isOfNumber(std::int32_t field) noexcept {
          field == UNUM_EXPONENT_FIELD;
 }
 
-Span spanOf(bool (*isWanted)(std::int32_t field), icu::FieldPositionIterator& fields) {
+Span spanOf(bool (*isWanted)(std::int32_t field), icu::FieldPositionIterator fields) {
   Span span;
   for (icu::FieldPosition field; fields.next(field);) {
     if (!isWanted(field.getField())) continue;
@@ -420,8 +424,13 @@ struct NSNumberFormatter::Engine {
       settings.padPosition = padPosition();
       settings.width = static_cast<std::size_t>(digits->getFormatWidth());
     }
-    settings.forms = isMoney ? formsOfMoney() : forms();
+    if (!isMoney) settings.forms = forms();
     if (isMoney) {
+      icu::DecimalFormat unpadded(*digits);
+      unpadded.setFormatWidth(0);
+      compile(unpadded);
+      settings.decimalSeparator = writtenSeparator(unpadded);
+      settings.forms = formsOfMoney(unpadded, settings.decimalSeparator);
       settings.currencySymbol = symbol(Symbol::kCurrencySymbol);
       settings.currencyCode = symbol(Symbol::kIntlCurrencySymbol);
     }
@@ -454,10 +463,8 @@ struct NSNumberFormatter::Engine {
 
   /// The text around money depends on the number: on its digits (such as the space between a currency's letters and a
   /// digit) and, if the pattern has the currency's name, on the plural of the name.
-  [[nodiscard]] std::vector<NumberReader::Form> formsOfMoney() const {
-    icu::DecimalFormat unpadded(*digits);
-    unpadded.setFormatWidth(0);
-    compile(unpadded);
+  [[nodiscard]] std::vector<NumberReader::Form> formsOfMoney(const icu::DecimalFormat& unpadded,
+                                                             const std::string& separator) const {
     icu::UnicodeString pattern;
     const bool hasName = unpadded.toPattern(pattern).indexOf(u"\u00A4\u00A4\u00A4") >= 0;
     std::vector<std::string> samples{"5", "0.5"};
@@ -477,11 +484,22 @@ struct NSNumberFormatter::Engine {
         NumberReader::Form form;
         form.isNegative = *sign != '\0';
         form.before = utf8FromIcu(text.tempSubStringBetween(0, span.from));
+        const bool hasInteger = spanOf(isOfInteger, fields).to > 0;
+        if (!hasInteger && form.before.ends_with(separator)) form.before.resize(form.before.size() - separator.size());
         form.after = utf8FromIcu(text.tempSubString(span.to));
         if (std::ranges::find(result, form) == result.end()) result.push_back(std::move(form));
       }
     }
     return result;
+  }
+
+  /// A pattern such as 0¤00 has the currency in the place of the decimal separator.
+  [[nodiscard]] std::string writtenSeparator(const icu::DecimalFormat& unpadded) const {
+    icu::FieldPositionIterator fields;
+    const icu::UnicodeString text = written(unpadded, "5.5E-" + std::to_string(powerOfMultiplier()), fields);
+    const Span integer = spanOf(isOfInteger, fields), fraction = spanOf(isOfFraction, fields);
+    if (integer.to == 0 || fraction.from < integer.to || fraction.from == INT32_MAX) return decimalSeparator();
+    return utf8FromIcu(text.tempSubStringBetween(integer.to, fraction.from));
   }
 
   /// The power of ten by which numbers are multiplied. Patterns have no other multipliers.

@@ -641,6 +641,28 @@ TEST(NSNumberFormatter, ATextBeforeTheNumberThatIsThePaddingTooIsNotTakenForPadd
   }
 }
 
+TEST(NSNumberFormatter, ReadsTheCurrencyInThePlaceOfTheDecimalSeparator) {
+  const struct {
+    const char *pattern, *number, *written;
+  } rows[] = {
+      {"0\u00A400", "1.50", "1\u00A350"},
+      {"0\u00A400", "-1.50", "-1\u00A350"},
+      {"#,##0\u00A400", "1234.50", "1,234\u00A350"},
+      {"#\u00A400", "0.25", "\u00A325"},
+      {"#\u00A400", "-0.25", "-\u00A325"},
+      {"#\u00A400", "7.25", "7\u00A325"},
+      {"0\u00A4##", "7", "7"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(formatter->stringFromNumber(dec(row.number)), row.written) << row.pattern;
+    for (const bool isLenient : {false, true}) {
+      formatter->setLenient(isLenient);
+      EXPECT_EQ(read(*formatter, row.written), row.number) << row.pattern << " " << isLenient;
+    }
+  }
+}
+
 TEST(NSNumberFormatter, WritesTheFirstNumberAsTheLaterOnes) {
   const auto formatter = inLocale("ar_EG", true);
   formatter->setFormat("\u00A4\u00A4\u00A4.\u00A4 x");
