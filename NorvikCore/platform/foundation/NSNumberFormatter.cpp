@@ -350,10 +350,13 @@ struct NSNumberFormatter::Engine {
     stepless.reset();
     const double increment = digits->getRoundingIncrement();
     const int most = digits->getMaximumFractionDigits();
-    if (increment == 0 || 2 * increment * std::pow(10.0, most) <= 1) return;
+    // The digits of a mantissa say nothing about the number's last place: all of the multiple's digits are written.
+    const bool hasPowers = digits->isScientificNotation();
+    if (increment == 0 || (!hasPowers && 2 * increment * std::pow(10.0, most) <= 1)) return;
     stepless = std::make_unique<icu::DecimalFormat>(*digits);
     stepless->setRoundingIncrement(0);
-    stepless->setMaximumFractionDigits(std::max(most, -Decimal(increment).exponent()));
+    stepless->setMaximumFractionDigits(hasPowers ? Decimal::maximumDigits
+                                                 : std::max(most, -Decimal(increment).exponent()));
   }
 
   [[nodiscard]] std::string symbol(Symbol which) const {

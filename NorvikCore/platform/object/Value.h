@@ -84,7 +84,7 @@ class NK_EXPORT Value {
       : Value(optional ? Value(*optional) : Value()) {}
   template <class T>
   Value(T*) = delete;
-  Value(const NSObject&) = delete;  // an object converts by its Ref: ref(object)
+  Value(const NSObject&) = delete;  // an object becomes a value by its Ref: ref(object)
   Value(std::nullptr_t) = delete;
 
   Value(const Value& other) noexcept : kind_(Kind::Absent) { copyFrom(other); }

@@ -663,6 +663,21 @@ TEST(NSNumberFormatter, ReadsTheCurrencyInThePlaceOfTheDecimalSeparator) {
   }
 }
 
+TEST(NSNumberFormatter, WritesMultiplesOfAnIncrementWithPowersOfTen) {
+  const struct {
+    const char *pattern, *number, *written, *read;
+  } rows[] = {
+      {"0.3##E0", "10.6367", "1.05E1", "10.5"}, {"0.3E0", "10.6367", "1.05E1", "10.5"}, {"0.3E0", "9", "9.0E0", "9.0"},
+      {"0.3E0", "1234", "1.2339E3", "1233.9"},  {"0.3E0", "0.31", "3.0E-1", "0.30"},
+  };
+  for (const auto& row : rows) {
+    const auto formatter = british(row.pattern);
+    EXPECT_EQ(formatter->stringFromNumber(dec(row.number)), row.written) << row.pattern;
+    EXPECT_EQ(read(*formatter, row.written), row.read) << row.pattern;
+    EXPECT_EQ(formatter->stringFromNumber(dec(row.read)), row.written) << row.pattern;
+  }
+}
+
 TEST(NSNumberFormatter, WritesTheFirstNumberAsTheLaterOnes) {
   const auto formatter = inLocale("ar_EG", true);
   formatter->setFormat("\u00A4\u00A4\u00A4.\u00A4 x");
