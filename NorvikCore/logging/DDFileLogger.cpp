@@ -136,11 +136,13 @@ void DDFileLogger::rollLogFile() {
 
 void DDFileLogger::rollLogFileNow() {
   if (!currentLogFileHandle_) return;
-  const bool isReplaced = isCurrentFileReplaced();
+  const bool isGone = isCurrentFileGone();
   closeFile();
   const Ref<DDLogFileInfo> rolled = currentLogFileInfo_;
-  if (!isReplaced) rolled->setIsArchived(true);
-  logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
+  if (!isGone) {
+    rolled->setIsArchived(true);
+    logFileManager_->didRollAndArchiveLogFile(rolled->filePath());
+  }
   if (currentLogFileInfo_ != rolled) return;  // the manager called this logger, which chose another file
   closeFile();                                // in case the manager called this logger, which opened the file again
   currentLogFileInfo_ = nullptr;
@@ -283,13 +285,6 @@ bool DDFileLogger::isCurrentFileGone() const {
   if (error != 0) return error == ENOENT || error == ENOTDIR;
   if (!currentLogFileHandle_) return !detail::reasonAgainst(status, ownerFor(*logFileManager_)).empty();
   return status.device != device_ || status.inode != inode_;
-}
-
-bool DDFileLogger::isCurrentFileReplaced() const {
-  kernel::FileStatus status;
-  const std::string path = currentLogFileInfo_->filePath().fileSystemRepresentation();
-  return kernel::readFileStatus(path, status, kernel::Links::stay) == 0 &&
-         (status.device != device_ || status.inode != inode_);
 }
 
 /// If the file was deleted or moved, or could not be made before, another file is chosen.

@@ -72,8 +72,9 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
     setRollingFrequency(detail::inSeconds(duration));
   }
 
-  /// Archives the current file, if there is one; the next message begins another. On the logger's queue this happens at
-  /// once; elsewhere it is enqueued behind earlier messages.
+  /// Archives the current file, if there is one; the next message begins another. A file that was deleted, moved or
+  /// replaced by another is only closed. On the logger's queue this happens at once; elsewhere it is enqueued behind
+  /// earlier messages.
   void rollLogFile();
   void rollLogFileNow();
   void maybeRollLogFileDueToAge();
@@ -120,9 +121,9 @@ class NK_EXPORT DDFileLogger : public DDAbstractLogger {
   void write(const Lines& lines);
   void writeRest(const Lines& lines, std::size_t written);
   [[nodiscard]] bool endBrokenLine(int descriptor);
+  /// True if the path of the current file names no file, or another than the open one; if none is open, also if it
+  /// names a file that is refused.
   [[nodiscard]] bool isCurrentFileGone() const;
-  /// True if the path of the current file now names another file.
-  [[nodiscard]] bool isCurrentFileReplaced() const;
   void lookAfterFile();
   void beginFile();
   void passOver(const NSString& path, const std::string& reason);

@@ -42,7 +42,8 @@ class NK_EXPORT DDLogFileManager : public NSObject {
   [[nodiscard]] virtual std::uint32_t logFilePermissions() const;
   /// Called when a file of an earlier run was too large or too old, and was archived.
   virtual void didArchiveLogFile(const NSString& logFilePath);
-  /// Called when the current file was closed and archived.
+  /// Called when the current file was closed and archived. Not called if that file was deleted, moved or replaced
+  /// before: the path then names no file, or a file of another program.
   virtual void didRollAndArchiveLogFile(const NSString& logFilePath);
 
  protected:

@@ -319,6 +319,25 @@ TEST_F(DDCrashHandlerTest, AWriterThatWaitsForTheCrashedThreadIsWaitedForTwoSeco
   EXPECT_LT(crash.nanoseconds, soon);
 }
 
+TEST_F(DDCrashHandlerTest, AReportThatALoggerDoesNotFinishInTimeIsInTheFileOnceAndWhole) {
+  for (const char* how : {"stuck-logger", "stuck-midway", "stuck-formatter"}) {
+    const Crash crash(how);
+    EXPECT_EQ(crash.signal, SIGSEGV) << how;
+    EXPECT_EQ(crash.faults(900), "") << how;
+    Lines texts;
+    for (const std::string& line : crash.report()) texts.push_back(line.substr(line.find("*** ")));
+    ASSERT_GE(texts.size(), 4U) << how;
+    EXPECT_THAT(texts[0], HasSubstr("*** SIGSEGV, no memory at 0x10, in thread ")) << how;
+    for (std::size_t i = 1; i < texts.size(); ++i) {
+      EXPECT_THAT(texts[i], HasSubstr("*** #" + std::to_string(i - 1) + " ")) << how;
+    }
+    EXPECT_THAT(texts[1], HasSubstr(" pay::crashHere(")) << how;
+    EXPECT_THAT(texts[2], HasSubstr(" pay::callsWhatCrashes(")) << how;
+    EXPECT_THAT(texts.back(), HasSubstr(" _start + ")) << how;
+    EXPECT_LT(crash.nanoseconds, soon) << how;
+  }
+}
+
 TEST_F(DDCrashHandlerTest, TwoThreadsThatCrashAtOnceGiveOneReport) {
   for (int run = 0; run < runs(); ++run) {
     const Crash crash("two", 8);

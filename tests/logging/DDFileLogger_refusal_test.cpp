@@ -212,9 +212,10 @@ TEST_F(DDFileLoggerRefusal, TheNextRunGoesOnInTheFileThatWasBegunInstead) {
   EXPECT_EQ(console.lines().size(), 1U);
 }
 
-TEST_F(DDFileLoggerRefusal, AFileThatWasReplacedIsNotMarkedAsArchivedInTheRolledOnesPlace) {
+TEST_F(DDFileLoggerRefusal, AFileThatWasReplacedIsNotMarkedOrReportedAsArchivedInTheRolledOnesPlace) {
   const SystemLogCapture console;
-  const auto logger = addLogger(folder.path());
+  const auto manager = make<RecordingManager>(folder.path());
+  const auto logger = addLogger(manager);
   sayNow("first");
   const std::string first = currentPath(logger), outside = elsewhere.write("outside");
   fs::remove(first);
@@ -223,6 +224,7 @@ TEST_F(DDFileLoggerRefusal, AFileThatWasReplacedIsNotMarkedAsArchivedInTheRolled
   DDLog::flushLog();
   dispatch_sync(logger->loggerQueue(), [] {});
   EXPECT_FALSE(DDLogFileInfo::logFileWithPath(outside)->isArchived());
+  EXPECT_THAT(manager->rolled(), IsEmpty());
 }
 
 TEST_F(DDFileLoggerRefusal, AFileWithoutPermissionToWriteIsPassedOver) {

@@ -584,6 +584,25 @@ TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
   EXPECT_EQ(linesOf(path).back(), "here");
 }
 
+// A manager may compress and remove the file that it is told of: here another program's, or none.
+TEST_F(DDFileLoggerTest, ARollOfAFileThatWasMovedOrReplacedOnlyClosesIt) {
+  for (const bool isReplaced : {false, true}) {
+    sayNow("first");
+    const std::string path = currentPath();
+    fs::rename(path, folder.path("moved.txt"));
+    if (isReplaced) folder.write(fs::path(path).filename().string(), "");
+    logger->rollLogFile();
+    DDLog::flushLog();
+    dispatch_sync(logger->loggerQueue(), [] {});
+    EXPECT_THAT(manager->rolled(), ElementsAre()) << isReplaced;
+    EXPECT_FALSE(isArchived(path)) << isReplaced;
+    sayNow("here");
+    EXPECT_THAT(linesOf(currentPath()), ElementsAre("here")) << isReplaced;
+    EXPECT_EQ(currentPath() == path, isReplaced);
+    EXPECT_EQ(linesOf(folder.path("moved.txt")).back(), "first") << isReplaced;
+  }
+}
+
 // Refusals of the system
 
 /// Limits the size of the process's files while this object exists, including the test's own output, which may be a

@@ -24,6 +24,7 @@
 #include <cstring>
 #include <fstream>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -150,14 +151,44 @@ class Locking : public DDAbstractLogger {
   std::atomic<bool> isWaiting = false;
 };
 
+constexpr const char* reportPrefix = "*** ";
+
+/// Never returns from the first message that begins with the prefix.
+class Stuck : public DDAbstractLogger {
+  NK_OBJECT(Stuck, DDAbstractLogger)
+  Stuck(const char* prefix, bool takesRuns) : prefix_(prefix), takesRuns_(takesRuns) {}
+  bool takesRuns() const noexcept override { return takesRuns_; }
+  void logMessage(const DDLogMessage& message) override {
+    while (message.logMsg().hasPrefix(prefix_)) pause();
+  }
+  std::size_t logMessages(const DDLogRun& run) override {
+    for (const DDLogEntry& entry : run) {
+      while (entry.text().hasPrefix(prefix_)) pause();
+    }
+    return run.count();
+  }
+
+ private:
+  const char* const prefix_;
+  const bool takesRuns_;
+};
+
+class StuckFormatter : public DDLogFormatter {
+  NK_OBJECT(StuckFormatter, DDLogFormatter)
+  std::optional<NSString> formatLogMessage(const DDLogMessage& message) override {
+    while (message.logMsg().hasPrefix(reportPrefix)) pause();
+    return message.logMsg();
+  }
+};
+
 class Wordless : public std::exception {
  public:
   [[nodiscard]] const char* what() const noexcept override { return nullptr; }
 };
 
-void addFileLogger() {
+void addFileLogger(const Ref<DDLogFormatter>& formatter) {
   auto logger = DDFileLogger::initWithLogFileManager(DDLogFileManagerDefault::initWithLogsDirectory(NSString(folder)));
-  logger->setLogFormatter(nullptr);
+  logger->setLogFormatter(formatter);
   logger->setMaximumFileSize(0);
   DDLog::addLogger(logger);
 }
@@ -198,12 +229,15 @@ int run(const std::string& how, int threads) {
     sigaction(SIGSEGV, &own, nullptr);
   }
   if (how == "terminate-exit") std::set_terminate([] { _exit(3); });
-  if (how != "no-logger") addFileLogger();
+  const Ref<DDLogFormatter> stuck = how == "stuck-formatter" ? make<StuckFormatter>() : nullptr;
+  if (how != "no-logger") addFileLogger(stuck);
   if (how == "database") DDLog::addLogger(DDSQLiteLogger::initWithPath(NSString(folder + "/database")));
   if (how == "crash-in-logger") DDLog::addLogger(make<Crashing>(false));
   Crashing::hangsMemory = how == "crash-without-memory";
   if (how == "crash-in-runs" || how == "crash-without-memory") DDLog::addLogger(make<Crashing>(true));
   if (how == "overflow-in-logger") DDLog::addLogger(make<Overflowing>());
+  if (how == "stuck-logger") DDLog::addLogger(make<Stuck>(reportPrefix, true));
+  if (how == "stuck-midway") DDLog::addLogger(make<Stuck>("*** #1 ", false));
   const auto locking = make<Locking>();
   if (how == "lock") DDLog::addLogger(locking);
   DDCrashHandler::install();
@@ -246,6 +280,10 @@ int run(const std::string& how, int threads) {
     sayAll(100, 1);
     DDLog::flushLog();
     raise(SIGTERM);
+  }
+  if (how.starts_with("stuck-")) {
+    sayAll(900, 1);
+    callsWhatCrashes("segv");
   }
   if (how == "quiet") {  // the writer is asleep at the crash
     sayAll(100, 1);

@@ -58,6 +58,9 @@ std::uint64_t crashedAt = 0;    // monotonic nanoseconds
 bool isWriterHeld = false;      // the crashed thread holds a queue that the writer needs
 std::uint64_t heldLoggers = 0;  // the loggers whose queues the crashed thread holds up, a bit for each node
 
+// How many lines of the report the thread of the report has sent to the loggers. They may still be unread letters.
+constinit std::atomic<std::size_t> sentLines{0};
+
 char serviceReport[reportSize], handlerReport[reportSize], serviceOutput[outputSize], handlerOutput[outputSize];
 std::size_t serviceReportSize = 0;
 
@@ -306,10 +309,20 @@ class Skipping {
   bool isIn_ = false;
 };
 
+/// The report without its first `count` lines.
+std::string_view withoutLines(std::string_view report, std::size_t count) noexcept {
+  for (; count > 0 && !report.empty(); --count) {
+    report.remove_prefix(std::min(report.find('\n'), report.size() - 1) + 1);
+  }
+  return report;
+}
+
 /// Writes the unread messages to each file, and then the report, unless another thread has written it there. Continues
-/// where another thread stopped. Returns false if no logger has a file.
+/// where another thread stopped. Lines of the report that were sent to the loggers are in the file already or among the
+/// unread messages. Returns false if no logger has a file.
 bool writeToFiles(std::string_view report, char* memory, Forming forming) {
   bool hasFile = false;
+  report = withoutLines(report, sentLines);  // before the positions are read: the line that is being sent is written
   for (const Ref<DDLoggerNode>& node : nodes()) {
     CrashFiles::File* const file = CrashFiles::find(node->logger().get());
     if (!file) continue;
@@ -349,6 +362,7 @@ bool logReport(std::string_view report) {
   if (nodes().empty()) return false;
   eachLine(report, [](std::string_view line) {
     DDLog::log(true, LOG_LEVEL_ERROR, LOG_FLAG_ERROR, 0, "DDCrashHandler", "report", 0, nullptr, "%@", line);
+    ++sentLines;
   });
   if (!waitUntilRead(mailbox().sentPosition(), crashedAt + reportPatience)) return false;
   LogPipeline::shared().flushLater(flushed);
@@ -384,6 +398,7 @@ void startService() {
   const std::uint32_t process = kernel::forkGeneration();
   if (serviceGeneration.exchange(process) == process) return;
   request = outcome = flushed = 0;
+  sentLines = 0;
   isComposed = false;
   if (startThread(&serviceMain, nullptr) != 0) serviceGeneration = UINT32_MAX;
 }

@@ -4,11 +4,10 @@
 //      messages, logs the report as any message is logged, and flushes the loggers. The writer is the thread that hands
 //      messages out to the loggers.
 //   2. If the writer has crashed itself, or does not continue within a second, that thread writes the queued messages
-//   and
-//      the report to the files of the file loggers, without the loggers.
+//      and the report to the files of the file loggers, without the loggers. If the writer stops within the report, the
+//      lines that were logged are among the queued messages, and only the others are added.
 //   3. If that thread cannot do this either, because the crashed thread holds a lock that it needs, or because this is
-//   a
-//      forked child that has not logged, the signal handler does the same with what a handler may use: without
+//      a forked child that has not logged, the signal handler does the same with what a handler may use: without
 //      demangled C++ names, and without values that would have to be described.
 //
 // A process reports one crash.

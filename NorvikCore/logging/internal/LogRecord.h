@@ -67,7 +67,7 @@ class LogRecord {
   void fillWithNothing() noexcept;
 
   /// True if the call had no memory for its content, or crashed.
-  [[nodiscard]] bool isOfNothing() const noexcept { return whole().format_ == nullptr && made_ == nullptr; }
+  [[nodiscard]] bool isOfNothing() const noexcept { return made_ == nullptr && whole().format_ == nullptr; }
   /// The message, if the caller created it as an object; otherwise null.
   [[nodiscard]] DDLogMessage* made() const noexcept { return made_; }
 
