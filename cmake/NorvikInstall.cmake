@@ -8,6 +8,19 @@ if(NORVIK_INSTALL)
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
+  # gdb looks for a library's script below auto-load/, in a folder with the library's own path. The prefix is that of the
+  # installation, which `cmake --install --prefix` changes.
+  if(BUILD_SHARED_LIBS)
+    if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+      set(libdir_of_gdb ${CMAKE_INSTALL_LIBDIR})
+    else()
+      set(libdir_of_gdb "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
+    endif()
+    install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/gdb/norvikcore.py
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${libdir_of_gdb}"
+            RENAME "$<TARGET_FILE_NAME:NorvikCore>-gdb.py")
+  endif()
+
   # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
   if(NORVIK_POSTGRESQL)
     install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets
