@@ -16,9 +16,11 @@ if(NORVIK_INSTALL)
     else()
       set(libdir_of_gdb "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
     endif()
-    install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/gdb/norvikcore.py
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${libdir_of_gdb}"
-            RENAME "$<TARGET_FILE_NAME:NorvikCore>-gdb.py")
+    foreach(suffix -gdb.py .py)
+      install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/gdb/norvikcore${suffix}
+              DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${libdir_of_gdb}"
+              RENAME "$<TARGET_FILE_NAME:NorvikCore>${suffix}")
+    endforeach()
   endif()
 
   # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.

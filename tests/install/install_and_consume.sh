@@ -32,10 +32,8 @@ if [ -x "$prefix/bin/payrun" ]; then
 fi
 
 # gdb finds the printers by the path that the library was installed to.
-if [ -z "$(find "$prefix/share/gdb/auto-load$work/first" -name 'libNorvikCore.so.*-gdb.py')" ]; then
-  echo "gdb would not find the printers"
-  exit 1
-fi
+scripts=$(find "$prefix/share/gdb/auto-load$work/first" -name 'libNorvikCore.so.*.py' | wc -l)
+[ "$scripts" -eq 2 ] || { echo "gdb would not find the printers"; exit 1; }
 
 # The licence is installed with the library.
 grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"

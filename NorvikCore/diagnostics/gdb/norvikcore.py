@@ -3,10 +3,11 @@
 #   (gdb) print net
 #   $1 = 1234.50
 #
-# gdb loads this file with the library (docs/diagnostics.md); `source norvikcore.py` loads it by hand. The printers only
+# gdb loads this file with the library, by norvikcore-gdb.py; `source norvikcore.py` loads it by hand. The printers only
 # read memory and call no function of the program, so they work on a core file too. Members are found by the debug
-# information of the program. The queues' labels and the state of a Weak need that of the library; without it the text
-# says so. Text that a printer makes up itself is in angle brackets.
+# information of the program, which lacks the library's classes with virtual functions: the compiler describes those only
+# where their functions are. OFFSETS replaces that, so that the library may be stripped. Texts about a value that cannot
+# be shown are in angle brackets.
 
 import math
 import re
@@ -15,7 +16,20 @@ import gdb
 import gdb.printing
 import gdb.types
 
+# Where members are in their classes, in bytes. tests/diagnostics/gdb/layout.txt compares them with the compiler's.
+OFFSETS = {
+    'norvik::NSObject::count_': 8,
+    'norvik::NSArray::elements_': 16,
+    'norvik::NSArray::first_': 40,
+    'norvik::NSDictionary::table_.entries_': 16,
+    'norvik::NSDictionary::table_.count_': 88,
+    'norvik::NSSet::table_.entries_': 16,
+    'norvik::NSSet::table_.count_': 88,
+    'norvik::detail::QueueCore::label_': 208,
+    'norvik::detail::SideRecord::object_': 24,
+}
 ABSENT = '(null)'
+VALUE_SIZE = 32  # bytes of a Value
 GREATEST_TEXT = 1 << 40  # bytes; a longer text is memory that was not initialised
 
 
@@ -49,12 +63,6 @@ def template_name(type_):
 def standard_string(value):
     """The address of the bytes of a std::string, and their number."""
     return value['_M_dataplus']['_M_p'], int(value['_M_string_length'])
-
-
-def standard_vector(value):
-    """The address of the first element of a std::vector, and the number of elements."""
-    first, last = value['_M_impl']['_M_start'], value['_M_impl']['_M_finish']
-    return first, int(last - first)
 
 
 # Values
@@ -139,6 +147,215 @@ def level_text(value):
     return ' | '.join('LOG_FLAG_' + name for bit, name in enumerate(flags) if level >> bit & 1)
 
 
+# Objects
+
+
+def number_at(address, type_name='unsigned long'):
+    """The number in the program's memory at that address."""
+    return int(gdb.Value(address).cast(gdb.lookup_type(type_name).pointer()).dereference())
+
+
+def text_of(string):
+    """An NSString as a text of Python, for names."""
+    size = int(string['bits_']) >> 3
+    if size > 10000:
+        raise Unreadable('not a name')
+    return string['data_'].string('utf-8', 'replace', length=size)
+
+
+def c_string(address, greatest=4096):
+    """The bytes before the NUL at that address, which are ASCII."""
+    text = b''
+    while len(text) < greatest:
+        size = 64 - address % 64  # within a page, because the next one may be missing
+        part = gdb.selected_inferior().read_memory(address, size).tobytes()
+        text += part.split(b'\0', 1)[0]
+        if b'\0' in part:
+            return text.decode('ascii', 'replace')
+        address += size
+    raise Unreadable('not a name')
+
+
+def class_names(address):
+    """The C++ names of the class of the object at that address and of its superclasses. The program has them for
+    dynamic_cast, also without symbols and debug information. Empty if there is no object."""
+    names = []
+    try:
+        info = number_at(number_at(address) - 8)
+        while len(names) < 100:
+            mangled = c_string(number_at(info + 8)).lstrip('*')
+            if not re.fullmatch(r'[A-Za-z0-9_.$]+', mangled):
+                break
+            text = gdb.execute('demangle -l c++ -- _ZTI' + mangled, to_string=True).strip()
+            names.append(text.replace('typeinfo for ', '', 1))
+            kind = gdb.execute('info symbol %d' % number_at(info), to_string=True)
+            if '__si_class_type_info' in kind:
+                info = number_at(info + 16)
+            elif '__vmi_class_type_info' in kind:
+                info = number_at(info + 24)  # the first of several superclasses
+            else:
+                break
+    except (gdb.error, Unreadable):
+        pass
+    return names
+
+
+def short(name):
+    """The name as an application writes it."""
+    return name[len('norvik::'):] if name.startswith('norvik::') else name
+
+
+def bases(type_):
+    """The names of the type and of those it is derived from."""
+    type_ = gdb.types.get_basic_type(type_)
+    yield type_.tag or ''
+    if complete(type_) is not None:
+        for field in type_.fields():
+            if field.is_base_class:
+                yield from bases(field.type)
+
+
+class Object:
+    """An object of a class derived from NSObject: its class and, as far as the program's debug information has that, its
+    members."""
+
+    COLLECTIONS = ('norvik::NSArray', 'norvik::NSDictionary', 'norvik::NSSet')
+
+    def __init__(self, pointer):
+        self.address = int(pointer)
+        names = class_names(self.address)
+        self.name = short(names[0] if names else gdb.types.get_basic_type(pointer.type.target()).tag)
+        self.collection = next((name for name in names if name in self.COLLECTIONS), None)
+        self.members = self.best_known(pointer, names) if names else None
+        self.is_there = bool(names)
+
+    @staticmethod
+    def best_known(pointer, names):
+        """The object as the most derived type whose members are known; None if there is none."""
+        try:
+            dynamic = pointer.dynamic_type
+            if complete(dynamic.target()) is not None:
+                return pointer.cast(dynamic).dereference()
+        except gdb.error:
+            pass
+        for name in names:
+            found = named_type(name)
+            if found is not None:
+                return pointer.cast(found.pointer()).dereference()
+        return None
+
+    def member(self, name):
+        """The address of a member of the collection."""
+        return self.address + OFFSETS['%s::%s' % (self.collection, name)]
+
+    def elements(self):
+        """The elements of an array or a set, or the keys and values of a dictionary, as pairs."""
+        value = named_type('norvik::Value')
+        if value is None:
+            return
+        step, entries, skipped = 1, 'table_.entries_', 0
+        if self.collection == 'norvik::NSArray':
+            entries, skipped = 'elements_', number_at(self.member('first_'))
+        elif self.collection == 'norvik::NSDictionary':
+            step = 2
+        first, last = (number_at(self.member(entries) + offset) for offset in (0, 8))
+        for address in range(first + skipped * value.sizeof, last, step * value.sizeof):
+            found = gdb.Value(address).cast(value.pointer())
+            if int(found.dereference()['kind_']) != 0:  # otherwise it was removed
+                yield found.dereference() if step == 1 else (found.dereference(), (found + 1).dereference())
+
+    def count(self):
+        if self.collection == 'norvik::NSArray':
+            first, last = (number_at(self.member('elements_') + offset) for offset in (0, 8))
+            count = (last - first) // VALUE_SIZE - number_at(self.member('first_'))
+        else:
+            count = number_at(self.member('table_.count_'))
+        if not 0 <= count < GREATEST_TEXT:
+            raise Unreadable('not a collection')
+        return count
+
+    def text(self):
+        if self.collection:
+            return '%s of %d' % (self.name, self.count())
+        return '%s %#x%s' % (self.name, self.address, '' if self.is_there else ' <no object is there>')
+
+
+def members_of(value):
+    """The names and values of the members, except those of NSObject: first those of the superclasses."""
+    type_ = complete(value.type)
+    for field in type_.fields() if type_ else ():
+        if field.is_base_class:
+            if field.name != 'norvik::NSObject':
+                yield from members_of(value[field])
+        elif not field.artificial and hasattr(field, 'bitpos') and field.name and not field.name.startswith('_vptr'):
+            name, member = field.name, value[field]
+            if template_name(member.type) in ('norvik::detail::Stored', 'norvik::detail::AtomicStored'):
+                name, member = name.rstrip('_'), member['value_']
+            yield name, briefly(member)
+
+
+def until_unreadable(pairs):
+    """The pairs up to the first that cannot be read; instead of that one, the reason."""
+    try:
+        yield from pairs
+    except (gdb.error, Unreadable) as problem:
+        yield '', problem_text(problem)
+
+
+def briefly(value):
+    """Other objects by their class only, because objects may refer to one another in circles."""
+    kind = template_name(value.type)
+    try:
+        if kind == 'norvik::Ref':
+            return object_text(value['object_'])
+        if kind == 'norvik::Weak':
+            return weak_object(value, object_text)
+        if kind == 'norvik::Value' and int(value['kind_']) == 8:
+            return object_text(value['storage_']['object']['object_'])
+    except (gdb.error, Unreadable) as problem:
+        return problem_text(problem)
+    return value
+
+
+def object_text(pointer):
+    return Object(pointer).text() if int(pointer) else ABSENT
+
+
+def weak_object(value, show):
+    """show(pointer) if the object is alive, otherwise a text."""
+    record, pointer = value['record_'], value['object_']
+    if not int(record):
+        return ABSENT
+    target = number_at(int(record) + OFFSETS['norvik::detail::SideRecord::object_'])
+    if not target:
+        return '<destroyed>'
+    count = number_at(target + OFFSETS['norvik::NSObject::count_'], 'unsigned int')
+    return show(pointer) if 0 < count < 1 << 30 else '<being destroyed>'
+
+
+def closure_text(names):
+    """The first argument of norvik::detail::Closure<...>: the closure's own type."""
+    start, depth, name = 'norvik::detail::Closure<', 0, names[0] if names else 'a closure'
+    if not name.startswith(start):
+        return name
+    for at in range(len(start), len(name)):
+        letter = name[at]
+        if depth == 0 and letter in ',>':
+            return name[len(start):at]
+        depth += (letter in '<({[') - (letter in '>)}]')
+    return name
+
+
+def class_text(value):
+    name, qualified = text_of(value['name_']), short(text_of(value['qualifiedName_']))
+    return name if name == qualified else '%s (%s)' % (name, qualified)
+
+
+def problem_text(problem):
+    text = str(problem)
+    return '<optimized out>' if 'optimized out' in text else '<%s>' % text
+
+
 # Printers
 
 
@@ -179,7 +396,112 @@ def mutable_string_printer(value):
     return QuotedPrinter(*standard_string(value['bytes_']))
 
 
-VALUE_PRINTERS = (
+class CollectionPrinter:
+    """Shows the class, the number of elements and the elements."""
+
+    def __init__(self, shown):
+        self.shown = shown
+        self.text = shown.text()
+
+    def to_string(self):
+        return self.text
+
+    def children(self):
+        return until_unreadable(self.pairs())
+
+    def pairs(self):
+        for index, element in enumerate(self.shown.elements()):
+            if self.shown.collection == 'norvik::NSDictionary':
+                yield 'key %d' % index, element[0]
+                yield 'value %d' % index, element[1]
+            else:
+                yield '[%d]' % index, element
+
+    def display_hint(self):
+        return 'map' if self.shown.collection == 'norvik::NSDictionary' else 'array'
+
+
+class ObjectPrinter:
+    """Shows the class, the address and the members."""
+
+    def __init__(self, shown):
+        self.shown = shown
+
+    def to_string(self):
+        return self.shown.text()
+
+    def children(self):
+        return until_unreadable(members_of(self.shown.members))
+
+
+class MemberPrinter:
+    """Shows a member that has no printer of its own."""
+
+    def __init__(self, member):
+        self.member = member
+
+    def to_string(self):
+        return self.member
+
+
+def object_printer(pointer, with_members=True):
+    if not int(pointer):
+        return TextPrinter(ABSENT)
+    shown = Object(pointer)
+    if shown.collection:
+        return CollectionPrinter(shown)
+    return ObjectPrinter(shown) if with_members and shown.members is not None else TextPrinter(shown.text())
+
+
+def ref_printer(value):
+    return object_printer(value['object_'])
+
+
+def weak_printer(value):
+    shown = weak_object(value, object_printer)
+    return TextPrinter(shown) if isinstance(shown, str) else shown
+
+
+def block_printer(value):
+    address = int(value['closure_']['object_'])
+    return TextPrinter('Block of ' + closure_text(class_names(address)) if address else ABSENT)
+
+
+def value_printer(value):
+    kind, storage = int(value['kind_']), value['storage_']
+    if kind == 7:
+        return string_printer(storage['string'])
+    if kind == 8:
+        return object_printer(storage['object']['object_'], with_members=False)
+    texts = (lambda: ABSENT, lambda: '<null>', lambda: boolean_text(storage['boolean']),
+             lambda: str(int(storage['integer'])), lambda: double_text(storage['real']),
+             lambda: decimal_text(storage['decimal']), lambda: date_text(storage['date']))
+    if kind > 8:
+        raise Unreadable('not a Value')
+    return TextPrinter(texts[kind]())
+
+
+def selector_printer(value):
+    name = value['name_']
+    return string_printer(name.dereference()) if int(name) else TextPrinter(ABSENT)
+
+
+def stored_printer(value):
+    return gdb.default_visualizer(value['value_']) or MemberPrinter(value['value_'])
+
+
+def queue_printer(value):
+    core = value['core_']
+    if template_name(core.type.target()) != 'norvik::detail::QueueCore':
+        return None  # the handle of a group, a semaphore or a source
+    if not int(core):
+        return TextPrinter(ABSENT)
+    label = int(core) + OFFSETS['norvik::detail::QueueCore::label_']
+    text = gdb.Value(number_at(label)).cast(gdb.lookup_type('char').pointer())
+    return QuotedPrinter(text, number_at(label + 8))
+
+
+PRINTERS = (
     ('norvik::Decimal', text_printer(decimal_text)),
     ('norvik::Date', text_printer(date_text)),
     ('norvik::NSString', string_printer),
@@ -187,6 +509,16 @@ VALUE_PRINTERS = (
     ('norvik::NSNumber', text_printer(number_text)),
     ('norvik::NSRange', text_printer(range_text)),
     ('norvik::AtomicLogLevel', text_printer(level_text)),
+    ('norvik::Value', value_printer),
+    ('norvik::Ref', ref_printer),
+    ('norvik::Weak', weak_printer),
+    ('norvik::Block', block_printer),
+    ('norvik::Class', text_printer(class_text)),
+    ('norvik::SEL', selector_printer),
+    ('norvik::detail::Stored', stored_printer),
+    ('norvik::detail::AtomicStored', stored_printer),
+    ('norvik::detail::Handle', queue_printer),
+    ('norvik::NSObject', lambda value: object_printer(value.address)),  # and every class derived from it
 )
 
 
@@ -196,21 +528,27 @@ class Printers(gdb.printing.PrettyPrinter):
     def __init__(self):
         super().__init__('NorvikCore', [])
         self.by_name = {}
-        for name, make in VALUE_PRINTERS:
-            self.by_name[name] = gdb.printing.SubPrettyPrinter(name.replace('norvik::', '').replace('detail::', ''))
-            self.by_name[name].make = make
-            self.subprinters.append(self.by_name[name])
+        for name, make in PRINTERS:
+            printer = gdb.printing.SubPrettyPrinter(short(name).replace('detail::', ''))
+            printer.make = make
+            self.by_name[name] = printer
+            self.subprinters.append(printer)
 
     def __call__(self, value):
-        found = self.by_name.get(template_name(value.type))
-        if found is None or not found.enabled or complete(value.type) is None:
+        type_ = complete(value.type)
+        if type_ is None or type_.code not in (gdb.TYPE_CODE_STRUCT, gdb.TYPE_CODE_UNION):
+            return None
+        printer = self.by_name.get(template_name(type_))
+        if printer is None and 'norvik::NSObject' in bases(type_):
+            printer = self.by_name['norvik::NSObject']
+        if printer is None or not printer.enabled:
             return None
         try:
             if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
                 value = value.referenced_value()
-            return found.make(value)
+            return printer.make(value)
         except (gdb.error, Unreadable) as problem:
-            return TextPrinter('<%s>' % problem)
+            return TextPrinter(problem_text(problem))
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers(), replace=True)

@@ -28,7 +28,7 @@ case $way in
     mkdir -p "$scripts"
     strip -o "$work/lib/$(basename "$library")" "$library"
     ln -s "$(basename "$library")" "$work/lib/$(readelf -d "$library" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')"
-    cp "$library-gdb.py" "$scripts/"
+    cp "$library-gdb.py" "$library.py" "$scripts/"
     export LD_LIBRARY_PATH=$work/lib
     options=(-nx -batch -iex "add-auto-load-scripts-directory $work/share/gdb/auto-load"
       -iex "add-auto-load-safe-path $work/share")
@@ -36,8 +36,8 @@ case $way in
 esac
 
 prints=()
-while read -r line; do prints+=(-ex "output ${line%% => *}" -ex 'echo \n'); done <"$expected"
+while read -r line; do prints+=(-ex "print ${line%% => *}"); done <"$expected"
 gdb "${options[@]}" "${stop[@]}" -ex 'echo =====\n' "${prints[@]}" "$program" >"$work/said.txt" 2>&1
-sed '1,/^=====$/d; s/0x[0-9a-f]\{6,\}/0xADDRESS/g' "$work/said.txt" | head -n "$(wc -l <"$expected")" |
+sed '1,/^=====$/d; s/^\$[0-9]* = //; s/0x[0-9a-f]\{6,\}/0xADDRESS/g' "$work/said.txt" | head -n "$(wc -l <"$expected")" |
   paste -d '\n' <(sed 's/ => .*//' "$expected") - | sed 'N; s/\n/ => /' >"$work/printed.txt"
 diff "$expected" "$work/printed.txt" || { echo "gdb does not print what $expected says"; exit 1; }
