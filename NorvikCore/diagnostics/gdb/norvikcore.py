@@ -225,7 +225,8 @@ class Object:
         self.address = int(pointer)
         names = class_names(self.address)
         self.name = short(names[0] if names else gdb.types.get_basic_type(pointer.type.target()).tag)
-        self.collection = next((name for name in names if name in self.COLLECTIONS), None)
+        immutable = (name.replace('norvik::NSMutable', 'norvik::NS') for name in names)
+        self.collection = next((name for name in immutable if name in self.COLLECTIONS), None)
         self.members = self.best_known(pointer, names) if names else None
         self.is_there = bool(names)
 
@@ -299,26 +300,20 @@ def until_unreadable(pairs):
     try:
         yield from pairs
     except (gdb.error, Unreadable) as problem:
-        yield '', problem_text(problem)
+        yield 'unreadable', problem_text(problem)
 
 
 def briefly(value):
-    """Other objects by their class only, because objects may refer to one another in circles."""
+    """Instead of a reference the pointer, which shows no members, because objects may refer to one another in circles."""
     kind = template_name(value.type)
     try:
         if kind == 'norvik::Ref':
-            return object_text(value['object_'])
+            return value['object_']
         if kind == 'norvik::Weak':
-            return weak_object(value, object_text)
-        if kind == 'norvik::Value' and int(value['kind_']) == 8:
-            return object_text(value['storage_']['object']['object_'])
+            return weak_object(value, lambda pointer: pointer)
     except (gdb.error, Unreadable) as problem:
         return problem_text(problem)
     return value
-
-
-def object_text(pointer):
-    return Object(pointer).text() if int(pointer) else ABSENT
 
 
 def weak_object(value, show):
@@ -457,6 +452,20 @@ def ref_printer(value):
     return object_printer(value['object_'])
 
 
+def pointer_printer(value):
+    """The class and the address of an object, or the number of elements. None for a pointer to anything else."""
+    target, address = gdb.types.get_basic_type(value.type.target()), int(value)
+    if target.code != gdb.TYPE_CODE_STRUCT or not target.tag:
+        return None
+    if 'norvik::NSObject' not in bases(target):
+        # A class of the library that the program's debug information only declares.
+        if complete(target) is not None or not target.tag.startswith('norvik::NS'):
+            return None
+        if address and 'norvik::NSObject' not in class_names(address):
+            return None
+    return TextPrinter(Object(value).text() if address else ABSENT)
+
+
 def weak_printer(value):
     shown = weak_object(value, object_printer)
     return TextPrinter(shown) if isinstance(shown, str) else shown
@@ -529,26 +538,34 @@ class Printers(gdb.printing.PrettyPrinter):
         super().__init__('NorvikCore', [])
         self.by_name = {}
         for name, make in PRINTERS:
-            printer = gdb.printing.SubPrettyPrinter(short(name).replace('detail::', ''))
-            printer.make = make
-            self.by_name[name] = printer
-            self.subprinters.append(printer)
+            self.by_name[name] = self.add(short(name).replace('detail::', ''), make)
+        self.pointer = self.add('NSObject *', pointer_printer)
+
+    def add(self, name, make):
+        printer = gdb.printing.SubPrettyPrinter(name)
+        printer.make = make
+        self.subprinters.append(printer)
+        return printer
 
     def __call__(self, value):
-        type_ = complete(value.type)
+        try:
+            if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
+                value = value.referenced_value()
+            printer = self.printer_of(value.type)
+            return printer.make(value) if printer is not None and printer.enabled else None
+        except (gdb.error, Unreadable) as problem:
+            return TextPrinter(problem_text(problem))
+
+    def printer_of(self, type_):
+        if type_.strip_typedefs().code == gdb.TYPE_CODE_PTR:
+            return self.pointer
+        type_ = complete(type_)
         if type_ is None or type_.code not in (gdb.TYPE_CODE_STRUCT, gdb.TYPE_CODE_UNION):
             return None
         printer = self.by_name.get(template_name(type_))
         if printer is None and 'norvik::NSObject' in bases(type_):
             printer = self.by_name['norvik::NSObject']
-        if printer is None or not printer.enabled:
-            return None
-        try:
-            if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
-                value = value.referenced_value()
-            return printer.make(value)
-        except (gdb.error, Unreadable) as problem:
-            return TextPrinter(problem_text(problem))
+        return printer
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers(), replace=True)

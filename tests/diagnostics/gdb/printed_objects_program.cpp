@@ -76,7 +76,7 @@ struct Objects {
   Weak<Employee> watched = employee, gone = make<Employee>(), unset;
   std::vector<Ref<Employee>> staff{employee, nullptr};
 
-  Block<bool(const Value&)> test = [](const Value& each) { return each == Value(1); }, noTest;
+  Block<bool(const Value&)> test = [](const Value&each) { return each == Value(1); }, noTest;
 
   Ref<NSArray> none = NSArray::array(), pay = NSArray::arrayWithObjects(1200_dec, "unpaid", Value::null());
   Ref<NSArray> nested = NSArray::arrayWithObjects(NSArray::arrayWithObjects(1, 2), employee);
@@ -86,6 +86,9 @@ struct Objects {
   Ref<NSMutableDictionary> totals = NSMutableDictionary::dictionary();
   Ref<NSSet> codes = NSSet::setWithObjects("1257L", "BR", "BR");
   Ref<NSMutableSet> seen = NSMutableSet::setWithObjects(1, 2, 3);
+
+  const NSObject* arrayPointer = pay.get();
+  const Employee *pointer = employee.get(), *noPointer = nullptr;
 
   const Class& employeeClass = Employee::staticClass();
   const Class& arrayClass = NSArray::staticClass();
