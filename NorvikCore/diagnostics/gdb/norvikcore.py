@@ -4,9 +4,9 @@
 #   $1 = 1234.50
 #
 # gdb loads this file with the library, by norvikcore-gdb.py; `source norvikcore.py` loads it by hand. The printers only
-# read memory and call no function of the program, so they work on a core file too. Members are found by the debug
-# information of the program, which lacks the library's classes with virtual functions: the compiler describes those only
-# where their functions are. OFFSETS replaces that, so that the library may be stripped. Texts about a value that cannot
+# read memory and call no function of the program, so they work on a core file too. Members are found by the program's
+# debug information. That lacks the library's classes with virtual functions, because the compiler describes those only
+# where their functions are; OFFSETS replaces it, so that the library may be stripped. Texts about a value that cannot
 # be shown are in angle brackets.
 
 import math
@@ -176,28 +176,31 @@ def c_string(address, greatest=4096):
     raise Unreadable('not a name')
 
 
-def class_names(address):
-    """The C++ names of the class of the object at that address and of its superclasses. The program has them for
-    dynamic_cast, also without symbols and debug information. Empty if there is no object."""
-    names = []
+def runtime_class(address):
+    """The C++ names of the class of the object at that address and of its superclasses, and the address of its
+    NSObject. The program has them for dynamic_cast, also without symbols and debug information. No names if there is no
+    object."""
+    names, root = [], address
     try:
-        info = number_at(number_at(address) - 8)
-        while len(names) < 100:
+        table = number_at(address)
+        classes = [(number_at(table - 8), address + number_at(table - 16, 'long'))]
+        for info, start in classes:
             mangled = c_string(number_at(info + 8)).lstrip('*')
-            if not re.fullmatch(r'[A-Za-z0-9_.$]+', mangled):
+            if not re.fullmatch(r'[A-Za-z0-9_.$]+', mangled) or len(names) == 100:
                 break
             text = gdb.execute('demangle -l c++ -- _ZTI' + mangled, to_string=True).strip()
             names.append(text.replace('typeinfo for ', '', 1))
+            if names[-1] == 'norvik::NSObject':
+                root = start
             kind = gdb.execute('info symbol %d' % number_at(info), to_string=True)
-            if '__si_class_type_info' in kind:
-                info = number_at(info + 16)
-            elif '__vmi_class_type_info' in kind:
-                info = number_at(info + 24)  # the first of several superclasses
-            else:
-                break
+            if '__si_class_type_info' in kind:  # one superclass
+                classes.append((number_at(info + 16), start))
+            elif '__vmi_class_type_info' in kind:  # several, each with its offset
+                for base in range(info + 24, info + 24 + 16 * number_at(info + 20, 'unsigned int'), 16):
+                    classes.append((number_at(base), start + (number_at(base + 8, 'long') >> 8)))
     except (gdb.error, Unreadable):
         pass
-    return names
+    return names, root
 
 
 def short(name):
@@ -206,24 +209,36 @@ def short(name):
 
 
 def bases(type_):
-    """The names of the type and of those it is derived from."""
+    """The type and those it is derived from."""
     type_ = gdb.types.get_basic_type(type_)
-    yield type_.tag or ''
+    yield type_
     if complete(type_) is not None:
         for field in type_.fields():
             if field.is_base_class:
                 yield from bases(field.type)
 
 
+def is_object(type_, address):
+    """True if an object of the type at that address, which may be 0, is derived from NSObject."""
+    found = list(bases(type_))
+    if any(base.tag == 'norvik::NSObject' for base in found):
+        return True
+    # The debug information only declares the library's classes that have virtual functions.
+    declared = [base.tag for base in found if (base.tag or '').startswith('norvik::') and complete(base) is None]
+    if address:
+        return bool(declared) and 'norvik::NSObject' in runtime_class(address)[0]
+    return any(tag.startswith('norvik::NS') for tag in declared)
+
+
 class Object:
-    """An object of a class derived from NSObject: its class and, as far as the program's debug information has that, its
+    """An object of a class derived from NSObject: its class and, if the program's debug information has them, its
     members."""
 
     COLLECTIONS = ('norvik::NSArray', 'norvik::NSDictionary', 'norvik::NSSet')
 
     def __init__(self, pointer):
         self.address = int(pointer)
-        names = class_names(self.address)
+        names, self.root = runtime_class(self.address)
         self.name = short(names[0] if names else gdb.types.get_basic_type(pointer.type.target()).tag)
         immutable = (name.replace('norvik::NSMutable', 'norvik::NS') for name in names)
         self.collection = next((name for name in immutable if name in self.COLLECTIONS), None)
@@ -247,13 +262,13 @@ class Object:
 
     def member(self, name):
         """The address of a member of the collection."""
-        return self.address + OFFSETS['%s::%s' % (self.collection, name)]
+        return self.root + OFFSETS['%s::%s' % (self.collection, name)]
 
     def elements(self):
         """The elements of an array or a set, or the keys and values of a dictionary, as pairs."""
         value = named_type('norvik::Value')
         if value is None:
-            return
+            raise Unreadable('no debug information of Value')
         step, entries, skipped = 1, 'table_.entries_', 0
         if self.collection == 'norvik::NSArray':
             entries, skipped = 'elements_', number_at(self.member('first_'))
@@ -304,7 +319,7 @@ def until_unreadable(pairs):
 
 
 def briefly(value):
-    """Instead of a reference the pointer, which shows no members, because objects may refer to one another in circles."""
+    """The pointer instead of a Ref, because it shows no members: objects may refer to one another in circles."""
     kind = template_name(value.type)
     try:
         if kind == 'norvik::Ref':
@@ -365,7 +380,7 @@ class TextPrinter:
 
 
 class QuotedPrinter:
-    """Shows bytes as gdb shows a string: quoted, escaped, cut off at 'print elements'. A lone half shows as its bytes."""
+    """Shows bytes as gdb shows a string: quoted, escaped, cut off at 'print elements'. A lone half is its bytes."""
 
     def __init__(self, address, size):
         if not 0 <= size < GREATEST_TEXT:
@@ -457,12 +472,8 @@ def pointer_printer(value):
     target, address = gdb.types.get_basic_type(value.type.target()), int(value)
     if target.code != gdb.TYPE_CODE_STRUCT or not target.tag:
         return None
-    if 'norvik::NSObject' not in bases(target):
-        # A class of the library that the program's debug information only declares.
-        if complete(target) is not None or not target.tag.startswith('norvik::NS'):
-            return None
-        if address and 'norvik::NSObject' not in class_names(address):
-            return None
+    if not is_object(target, address):
+        return None
     return TextPrinter(Object(value).text() if address else ABSENT)
 
 
@@ -473,7 +484,7 @@ def weak_printer(value):
 
 def block_printer(value):
     address = int(value['closure_']['object_'])
-    return TextPrinter('Block of ' + closure_text(class_names(address)) if address else ABSENT)
+    return TextPrinter('Block of ' + closure_text(runtime_class(address)[0]) if address else ABSENT)
 
 
 def value_printer(value):
@@ -551,19 +562,19 @@ class Printers(gdb.printing.PrettyPrinter):
         try:
             if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
                 value = value.referenced_value()
-            printer = self.printer_of(value.type)
+            printer = self.printer_of(value)
             return printer.make(value) if printer is not None and printer.enabled else None
         except (gdb.error, Unreadable) as problem:
             return TextPrinter(problem_text(problem))
 
-    def printer_of(self, type_):
-        if type_.strip_typedefs().code == gdb.TYPE_CODE_PTR:
+    def printer_of(self, value):
+        if value.type.strip_typedefs().code == gdb.TYPE_CODE_PTR:
             return self.pointer
-        type_ = complete(type_)
+        type_ = complete(value.type)
         if type_ is None or type_.code not in (gdb.TYPE_CODE_STRUCT, gdb.TYPE_CODE_UNION):
             return None
         printer = self.by_name.get(template_name(type_))
-        if printer is None and 'norvik::NSObject' in bases(type_):
+        if printer is None and value.address is not None and is_object(type_, int(value.address)):
             printer = self.by_name['norvik::NSObject']
         return printer
 

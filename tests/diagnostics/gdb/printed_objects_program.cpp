@@ -56,6 +56,19 @@ class Director : public Employee {
   NK_PROPERTY(std::optional<Decimal>, bonus, setBonus)
 };
 
+struct Stamp {
+  virtual ~Stamp() = default;
+  int stamp_ = 3;
+};
+
+class StampedList : public Stamp, public NSMutableArray {
+  NK_OBJECT(StampedList, NSMutableArray)
+};
+
+class StampedNote : public Stamp, public Employer {
+  NK_OBJECT(StampedNote, Employer)
+};
+
 }  // namespace company
 
 using company::Director;
@@ -81,6 +94,8 @@ struct Objects {
   Ref<NSArray> none = NSArray::array(), pay = NSArray::arrayWithObjects(1200_dec, "unpaid", Value::null());
   Ref<NSArray> nested = NSArray::arrayWithObjects(NSArray::arrayWithObjects(1, 2), employee);
   Ref<NSMutableArray> shifted = NSMutableArray::arrayWithObjects(1, 2, 3), circle = NSMutableArray::array();
+  Ref<company::StampedList> stampedList = make<company::StampedList>();
+  Ref<NSObject> anyStampedList = stampedList, anyStampedNote = make<company::StampedNote>();
   Ref<NSDictionary> rates = NSDictionary::dictionaryWith({{"basic", 0.20_dec}, {2, "two"}});
   Ref<NSDictionary> noRates = NSDictionary::dictionary();
   Ref<NSMutableDictionary> totals = NSMutableDictionary::dictionary();
@@ -120,6 +135,7 @@ int main() {
   objects.shifted->removeObjectAtIndex(0);
   objects.circle->addObject(NSArray::arrayWithObjects(1));
   objects.circle->addObject(objects.circle);
+  objects.stampedList->addObject(7);
   objects.totals->setObject(1, "a");
   objects.totals->setObject(2, "b");
   objects.totals->removeObjectForKey("a");
