@@ -8,6 +8,19 @@ if(NORVIK_INSTALL)
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
+  # gdb looks for a library's script below auto-load/, in a folder with the library's own path. The prefix is that of the
+  # installation, which `cmake --install --prefix` changes; it may be relative to the current folder, which is
+  # CMAKE_BINARY_DIR in a script.
+  if(BUILD_SHARED_LIBS)
+    install(CODE "get_filename_component(norvik_prefix \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE BASE_DIR \"\${CMAKE_BINARY_DIR}\")
+get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_DIR \"\${norvik_prefix}\")")
+    foreach(suffix -gdb.py .py)
+      install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/gdb/norvikcore${suffix}
+              DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${norvik_libdir}"
+              RENAME "$<TARGET_FILE_NAME:NorvikCore>${suffix}")
+    endforeach()
+  endif()
+
   # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
   if(NORVIK_POSTGRESQL)
     install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets

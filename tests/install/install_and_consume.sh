@@ -31,6 +31,10 @@ if [ -x "$prefix/bin/payrun" ]; then
   grep -q "/prefix/share/norvikcore/payslip.template:1:1: \"<b>\": Reached end of string" "$work/payrun.err"
 fi
 
+# gdb finds the printers by the path that the library was installed to.
+scripts=$(find "$prefix/share/gdb/auto-load$work/first" -name 'libNorvikCore.so.*.py' | wc -l)
+[ "$scripts" -eq 2 ] || { echo "gdb would not find the printers"; exit 1; }
+
 # The licence is installed with the library.
 grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"
 
