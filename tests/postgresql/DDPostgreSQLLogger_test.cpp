@@ -420,6 +420,31 @@ TEST_F(DDPostgreSQLLoggerTest, OldEntriesOfThisMachineAloneAreDeleted) {
   EXPECT_EQ(texts(), "anothers|young|a|b|");
 }
 
+TEST_F(DDPostgreSQLLoggerTest, ADeletionThatFailsIsReportedAgainOnceOneHasWorked) {
+  server_.query("CREATE ROLE clerk LOGIN PASSWORD 'right'");
+  save("admins");
+  server_.query(
+      "GRANT SELECT, INSERT, DELETE ON norvik_log TO clerk; GRANT SELECT, INSERT, UPDATE ON norvik_log_run TO clerk; "
+      "GRANT USAGE ON SEQUENCE norvik_log_id_seq TO clerk");
+  add(server_.connection("clerk") + " password=right");
+  const auto deleteTwice = [this] {
+    return consoleOf([this] {
+      for (int i = 0; i < 2; ++i) {
+        logger_->deleteOldLogEntries();
+        save("more");
+      }
+    });
+  };
+  const auto oneReport = ElementsAre(HasSubstr("permission denied for table norvik_log_run"));
+  EXPECT_THAT(deleteTwice(), oneReport);
+  EXPECT_THAT(consoleOf([] { save("a save that works is no deletion"); }), IsEmpty());
+  EXPECT_THAT(deleteTwice(), IsEmpty()) << "it was never gone";
+  server_.query("GRANT DELETE ON norvik_log_run TO clerk");
+  EXPECT_THAT(deleteTwice(), IsEmpty());
+  server_.query("REVOKE DELETE ON norvik_log_run FROM clerk");
+  EXPECT_THAT(deleteTwice(), oneReport);
+}
+
 // Lifetime
 
 TEST_F(DDPostgreSQLLoggerTest, RemovalSavesAndEndsTheConnection) {
