@@ -445,6 +445,32 @@ TEST_F(DDPostgreSQLLoggerTest, ADeletionThatFailsIsReportedAgainOnceOneHasWorked
   EXPECT_THAT(deleteTwice(), oneReport);
 }
 
+// Each machine deletes the rows of processes that have saved nothing for 30 days, also those of other machines.
+TEST_F(DDPostgreSQLLoggerTest, AProcessWhoseRowWasDeletedContinuesAndWritesEachEntryOnce) {
+  const auto another = DDPostgreSQLLogger::initWithConnectionString(NSString(server_.connection()));
+  const auto deletesRowsAfter = [&](const char* age) {
+    server_.query("UPDATE norvik_log_run SET time = now() - interval '" + std::string(age) + "'");
+    dispatch_sync(another->loggerQueue(), [&] {
+      another->deleteOldLogEntries();
+      another->flush();
+    });
+  };
+  const auto batches = [this] { return server_.query("SELECT batch || '|' FROM norvik_log_run ORDER BY batch"); };
+  save("first");
+  deletesRowsAfter("29 days 23 hours");
+  EXPECT_EQ(batches(), "0|1|");
+  deletesRowsAfter("31 days");
+  EXPECT_EQ(batches(), "0|");
+  save("connected");
+  EXPECT_EQ(batches(), "0|2|");
+  deletesRowsAfter("31 days");
+  clean();  // ends the connection
+  DDLog::addLogger(logger_);
+  save("connected again");
+  EXPECT_EQ(batches(), "0|3|");
+  EXPECT_EQ(texts(), "first|connected|connected again|");
+}
+
 // Lifetime
 
 TEST_F(DDPostgreSQLLoggerTest, RemovalSavesAndEndsTheConnection) {
