@@ -249,8 +249,13 @@ void DDPostgreSQLLogger::finish() {
   state.nextTry = 0;
   state.pause = shortestPause;
   state.reports.worked();
-  if (!server.deleteFailure.empty()) state.reports.failedToDelete(server.deleteFailure);
-  if (!server.isDeleteFinished) state.wantsDelete = true;
+  if (!server.deleteFailure.empty()) {
+    state.reports.failedToDelete(server.deleteFailure);
+  } else if (!server.isDeleteFinished) {
+    state.wantsDelete = true;
+  } else if (server.deleteAge > 0) {
+    state.reports.deleted();
+  }
 }
 
 void DDPostgreSQLLogger::tryAgainLater() {

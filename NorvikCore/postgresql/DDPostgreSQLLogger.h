@@ -22,9 +22,12 @@
 //              timeout(). Further entries are lost and counted until the server takes entries again. The system console
 //              reports each cause once, and the number of lost entries. An entry that the server cannot store is left
 //              out and reported.
-// Once:        an entry is written once, also if the connection is lost while the server commits.
-// Deleting:    only this machine's entries are deleted, by the server's clock. It needs DELETE and SELECT on both
-//              tables.
+// Once:        an entry is written once, also if the connection is lost while the server commits. If the process then
+//              cannot reach the server for 30 days, the entries of that commit may be there twice, because the row of
+//              `norvik_log_run` that shows whether they are there may have been deleted.
+// Deleting:    only this machine's entries are deleted, by the server's clock. Rows of `norvik_log_run` are deleted for
+//              all machines 30 days after their last commit, because a machine may never return to delete its own. A
+//              process that commits later gets a new row. It needs DELETE and SELECT on both tables.
 // Texts:       a zero byte becomes U+FFFD, because the server allows none in texts.
 // The end:     messages are saved, also by TLS, up to the destructors of the program's statics: when this library is
 //              loaded, it prevents OpenSSL from cleaning up when the process exits. If the program used OpenSSL before

@@ -423,6 +423,57 @@ TEST_F(DDPostgreSQLLoggerTest, OldEntriesOfThisMachineAloneAreDeleted) {
   EXPECT_EQ(texts(), "anothers|young|a|b|");
 }
 
+TEST_F(DDPostgreSQLLoggerTest, ADeletionThatFailsIsReportedAgainOnceOneHasWorked) {
+  server_.query("CREATE ROLE clerk LOGIN PASSWORD 'right'");
+  save("admins");
+  server_.query(
+      "GRANT SELECT, INSERT, DELETE ON norvik_log TO clerk; GRANT SELECT, INSERT, UPDATE ON norvik_log_run TO clerk; "
+      "GRANT USAGE ON SEQUENCE norvik_log_id_seq TO clerk");
+  add(server_.connection("clerk") + " password=right");
+  const auto deleteTwice = [this] {
+    return consoleOf([this] {
+      for (int i = 0; i < 2; ++i) {
+        logger_->deleteOldLogEntries();
+        save("more");
+      }
+    });
+  };
+  const auto oneReport = ElementsAre(HasSubstr("permission denied for table norvik_log_run"));
+  EXPECT_THAT(deleteTwice(), oneReport);
+  EXPECT_THAT(consoleOf([] { save("a save that works is no deletion"); }), IsEmpty());
+  EXPECT_THAT(deleteTwice(), IsEmpty()) << "it was never gone";
+  server_.query("GRANT DELETE ON norvik_log_run TO clerk");
+  EXPECT_THAT(deleteTwice(), IsEmpty());
+  server_.query("REVOKE DELETE ON norvik_log_run FROM clerk");
+  EXPECT_THAT(deleteTwice(), oneReport);
+}
+
+// Each machine deletes the rows of processes that have saved nothing for 30 days, also those of other machines.
+TEST_F(DDPostgreSQLLoggerTest, AProcessWhoseRowWasDeletedContinuesAndWritesEachEntryOnce) {
+  const auto another = DDPostgreSQLLogger::initWithConnectionString(NSString(server_.connection()));
+  const auto deletesRowsAfter = [&](const char* age) {
+    server_.query("UPDATE norvik_log_run SET time = now() - interval '" + std::string(age) + "'");
+    dispatch_sync(another->loggerQueue(), [&] {
+      another->deleteOldLogEntries();
+      another->flush();
+    });
+  };
+  const auto batches = [this] { return server_.query("SELECT batch || '|' FROM norvik_log_run ORDER BY batch"); };
+  save("first");
+  deletesRowsAfter("29 days 23 hours");
+  EXPECT_EQ(batches(), "0|1|");
+  deletesRowsAfter("31 days");
+  EXPECT_EQ(batches(), "0|");
+  save("connected");
+  EXPECT_EQ(batches(), "0|2|");
+  deletesRowsAfter("31 days");
+  clean();  // ends the connection
+  DDLog::addLogger(logger_);
+  save("connected again");
+  EXPECT_EQ(batches(), "0|3|");
+  EXPECT_EQ(texts(), "first|connected|connected again|");
+}
+
 // Lifetime
 
 TEST_F(DDPostgreSQLLoggerTest, RemovalSavesAndEndsTheConnection) {

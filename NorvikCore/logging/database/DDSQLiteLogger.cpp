@@ -212,7 +212,7 @@ void DDSQLiteLogger::db_delete() {
   // Free pages that new entries will need are not given back.
   for (sqlite3_int64 freeBefore = INT64_MAX;;) {
     sqlite3_int64 freePages = 0;
-    if (!state.isMostlyFree(freePages) || freePages >= freeBefore) return;
+    if (!state.isMostlyFree(freePages) || freePages >= freeBefore) return state.reports.deleted();
     freeBefore = freePages;
     if (kernel::monotonicNanoseconds() >= deadline) return deleteLater();
     if (!change([&] { return state.free(freedAtOnce); })) return;

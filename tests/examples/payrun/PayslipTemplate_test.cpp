@@ -128,6 +128,18 @@ TEST_F(PayslipTemplateOfOne, ALineIsLeftOutWhereNoneOfItsPlaceholdersHasAValue) 
   EXPECT_EQ(PayslipTemplate(TextFile("t", "{address}")).payslip(PayRun(employer_, 1), 1).blocks.size(), 0U);
 }
 
+TEST_F(PayslipTemplateOfOne, ALineThatIsLeftOutHasNoEffectOnTheRuleAboveIt) {
+  const struct {
+    const char *why, *form, *outline;
+  } rows[] = {
+      {"the first row of a group", "|a|\n|---|\n|b|{warning}|\n|c|\n|d|", "T\nR a|\nR -c|\nR d|\n"},
+      {"a paragraph", "|a|\n|---|\n{warning}\n|c|", "T\nR a|\nR -c|\n"},
+      {"the only row of a group", "|a|\n|---|\n|b|{warning}|\n|---|\n|c|", "T\nR a|\nR -c|\n"},
+      {"the last row of a table", "|a|\n|---|\n|b|{warning}|\n\n|c|", "T\nR a|\nP \nT\nR c|\n"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(outlineOf(row.form), row.outline) << row.why;
+}
+
 TEST_F(PayslipTemplateOfOne, AWarningStandsWhereTheNetPayIsBelowZero) {
   PayRun run(employer_, 1);
   const PayslipTemplate form(TextFile("t", "{warning}"));

@@ -377,6 +377,30 @@ TEST_F(DDSQLiteLoggerTest, TwoLoggersMayShareAFile) {
 
 // Failures
 
+TEST_F(DDSQLiteLoggerTest, ADeletionThatFailsIsReportedOnceAndAgainOnceOneHasWorked) {
+  save("old");
+  age(30 * 24 * 3600);
+  const auto deleteTwice = [this] {
+    return consoleOf([this] {
+      for (int i = 0; i < 2; ++i) logger_->deleteOldLogEntries();
+      settle();
+    });
+  };
+  const auto oneReport = ElementsAre(HasSubstr("old entries cannot be deleted from " + path_ + ": kept by hand"));
+  const char* const keeping =
+      "CREATE TRIGGER keeping BEFORE DELETE ON entry BEGIN SELECT RAISE(ABORT, 'kept by hand'); END";
+  query(keeping);
+  EXPECT_THAT(deleteTwice(), oneReport);
+  save("a save that works is no deletion");
+  EXPECT_THAT(deleteTwice(), IsEmpty()) << "it was never gone";
+  query("DROP TRIGGER keeping");
+  EXPECT_THAT(deleteTwice(), IsEmpty());
+  EXPECT_EQ(texts(), "a save that works is no deletion|");
+  age(30 * 24 * 3600);
+  query(keeping);
+  EXPECT_THAT(deleteTwice(), oneReport);
+}
+
 /// An obstacle at the path of the file. The logger keeps its entries meanwhile, reports the reason once, and writes the
 /// entries when the obstacle is removed.
 struct Obstacle {

@@ -39,6 +39,8 @@ void StoreReports::failedToDelete(const std::string& reason) {
   NSLog("%s: old entries cannot be deleted from %@: %@", logger_, store_, reason);
 }
 
+void StoreReports::deleted() { deleteFailure_.clear(); }
+
 void StoreReports::sayLost() {
   if (unsaidCount_ == 0) return;
   NSLog("%s: the buffer for %@ had no room; entries lost: %llu", logger_, store_, std::exchange(unsaidCount_, 0));

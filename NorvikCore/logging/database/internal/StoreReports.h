@@ -30,8 +30,11 @@ class NK_EXPORT StoreReports {
   void lost();
   /// Entries were lost because the store refuses them at every attempt, such as an entry that is too long.
   void refused(std::uint64_t entries, const std::string& reason);
+  /// A save has worked. That says nothing of deletions.
   void worked();
   void failedToDelete(const std::string& reason);
+  /// A deletion has worked from beginning to end. A later failure is reported again.
+  void deleted();
   /// In a child made by fork(): drops the failures of the parent.
   void forget() noexcept;
 
