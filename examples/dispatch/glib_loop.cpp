@@ -27,7 +27,7 @@ template <class Done>
 void startImport(Done done) {
   auto reader = TSKDispatchQueue::dispatchQueueWithLabel("import");
   reader->dispatchAsynchronously([done] {
-    const int employees = 40;  // stands for the number of employees read
+    int employees = 40;  // stands for the number of employees read
     TSKDispatchQueue::mainDispatchQueue()->dispatchAsynchronously([done, employees] {
       std::printf("%d employees\n", employees);
       done();

@@ -15,17 +15,16 @@ namespace norvik::test {
 /// request is refused. Calls `afterEach` after each attempt. Returns the number of attempts.
 template <class AfterEach>
 std::uint64_t logWithGrowingMemory(DDAbstractLogger& logger, const DDLogMessage& message, AfterEach&& afterEach) {
-  std::uint64_t logged = 0;
-  bool wasRefused = true;
-  for (int granted = 0; wasRefused; ++granted, ++logged) {
+  for (int granted = 0;; ++granted) {
+    bool wasRefused = false;
     dispatch_sync(logger.loggerQueue(), [&] {
       const LittleMemory memory(granted);
       logger.logMessage(message);
       wasRefused = memory.wasRefused();
     });
     afterEach();
+    if (!wasRefused) return static_cast<std::uint64_t>(granted) + 1;
   }
-  return logged;
 }
 
 }  // namespace norvik::test

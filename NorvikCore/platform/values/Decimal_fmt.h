@@ -21,6 +21,23 @@
 
 template <>
 struct fmt::formatter<norvik::Decimal> {
+ private:
+  // Before parse(), because clang evaluates it at compile time before the class is complete.
+  static constexpr int mostPlaces = 999;
+
+  /// The number at p, or -1 if there is none.
+  template <class Iterator>
+  static constexpr int number(Iterator& p, Iterator end) {
+    if (p == end || *p < '0' || *p > '9') return -1;
+    int n = 0;
+    for (; p != end && *p >= '0' && *p <= '9'; ++p) {
+      n = n * 10 + (*p - '0');
+      if (n > mostPlaces) throw fmt::format_error("width or precision of a decimal number above 999");
+    }
+    return n;
+  }
+
+ public:
   constexpr auto parse(fmt::format_parse_context& context) {
     auto p = context.begin();
     const auto end = context.end();
@@ -78,20 +95,6 @@ struct fmt::formatter<norvik::Decimal> {
   }
 
  private:
-  static constexpr int mostPlaces = 999;
-
-  /// The number at p, or -1 if there is none.
-  template <class Iterator>
-  static constexpr int number(Iterator& p, Iterator end) {
-    if (p == end || *p < '0' || *p > '9') return -1;
-    int n = 0;
-    for (; p != end && *p >= '0' && *p <= '9'; ++p) {
-      n = n * 10 + (*p - '0');
-      if (n > mostPlaces) throw fmt::format_error("width or precision of a decimal number above 999");
-    }
-    return n;
-  }
-
   static std::string_view withThousands(std::string_view digits, char* text) noexcept {
     const std::size_t whole = std::min(digits.find('.'), digits.size());
     char* out = text;

@@ -515,7 +515,7 @@ TEST_F(DDSQLiteLoggerTest, WhatComesWhenTheBufferIsFullIsLostCountedAndReportedO
   EXPECT_EQ(lines[1], "DDSQLiteLogger: the buffer for " + path_ + " is full; entries are lost until they can be saved");
   EXPECT_EQ(logger_->lostEntryCount(), 7U) << "three fill it";
   other.run("COMMIT");
-  EXPECT_THAT(consoleOf([this] { DDLog::flushLog(); }),
+  EXPECT_THAT(consoleOf([] { DDLog::flushLog(); }),
               ElementsAre("DDSQLiteLogger: the buffer for " + path_ + " had no room; entries lost: 7"));
   save("last");
   EXPECT_EQ(query("SELECT count(*) FROM entry"), "5");

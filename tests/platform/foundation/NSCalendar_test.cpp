@@ -105,7 +105,7 @@ TEST(NSCalendar, OneCalendarHoldsBefore1582) {
   EXPECT_EQ(utc->dateByAddingUnit(NSCalendarUnitDay, 1, "1582-10-04"_date), "1582-10-05"_date);
   EXPECT_EQ(utc->component(NSCalendarUnitDay, "1582-10-10"_date), 10);
   EXPECT_EQ(utc->component(NSCalendarUnitWeekday, "1582-10-14"_date), 5);
-  EXPECT_EQ(utc->rangeOfUnit(NSCalendarUnitDay, NSCalendarUnitYear, "1500-01-01"_date), NSRange(1, 365));
+  EXPECT_EQ(utc->rangeOfUnit(NSCalendarUnitDay, NSCalendarUnitYear, "1500-01-01"_date), (NSRange{1, 365}));
 }
 
 TEST(NSCalendar, ComponentsSetOnlyWhatIsAskedFor) {

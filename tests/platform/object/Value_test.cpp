@@ -92,7 +92,7 @@ TEST(Value, CopiesAndMovesKeepTheContent) {
   Value target = 5;
   target = moved;
   EXPECT_EQ(target, copy);
-  target = target;  // NOLINT(clang-diagnostic-self-assign-overloaded): the subject
+  target = *&target;
   EXPECT_EQ(target, copy);
 }
 
