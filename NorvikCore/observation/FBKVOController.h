@@ -109,6 +109,8 @@ class NK_EXPORT FBKVOController : public NSObject {
   [[nodiscard]] NSString debugDescription() const;
 
  private:
+  friend class _FBKVOInfo;
+
   void _observe(NSObject& object, Ref<_FBKVOInfo> info);
   void _unobserve(NSObject& object, const NSString& keyPath);
   void _unobserve(NSObject& object);

@@ -1,6 +1,8 @@
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 #include "NorvikCore/platform/values/Format.h"
 
 #include <string>
@@ -29,12 +31,27 @@ _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValue
                        FBKVONotificationBlock block, SEL action, void* context)
     : Registration(_FBKVOSharedController::sharedController(), std::move(keyPath), options, this),
       _controller(&controller),
+      observerRecord_(controller._observer.retainedRecord()),
       _action(action),
       _context(context),
       _block(std::move(block)) {}
 
 _FBKVOInfo::~_FBKVOInfo() {
   if (isListed_) _FBKVOSharedController::sharedController().forget(*this);
+  detail::release(observerRecord_);
+}
+
+bool _FBKVOInfo::deliver(detail::Delivery& delivery, NSObject& root) {
+  NSObject* observer = delivery.kept(observerRecord_);
+  if (!observer) return true;
+  if (_block) {
+    _block(*observer, root, delivery.dictionary(FBKVONotificationKeyPathKey, keyPath()));
+  } else if (_action) {
+    observer->performSelector(_action, delivery.change().dictionary(), ref(root));
+  } else {
+    observer->observeValueForKeyPath(keyPath(), root, delivery.change(), _context);
+  }
+  return true;
 }
 
 Ref<_FBKVOInfo> _FBKVOInfo::initWithController_keyPath_options_block_action_context(FBKVOController& controller,

@@ -38,6 +38,10 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
   [[nodiscard]] NSString description() const override;
   [[nodiscard]] NSString debugDescription() const { return description(); }
 
+  /// Passes the change to the observer of the controller, without the shared controller. True in any case, because the
+  /// controller ends the observation.
+  bool deliver(detail::Delivery& delivery, NSObject& root) override;
+
  private:
   friend class _FBKVOSharedController;
   enum State : int { Initial = 0, Observing = 1, Ended = 2 };
@@ -53,11 +57,16 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
   /// Not retained. Used only while this observation is listed, because a controller ends its observations before it is
   /// destroyed.
   FBKVOController* const _controller;
+  /// Of the controller's observer, with one count: a call needs the observer, and not the controller, which may be
+  /// destroyed while the call runs.
+  detail::SideRecord* const observerRecord_;
   const SEL _action;
   void* const _context;
   const FBKVONotificationBlock _block;
-  bool isListed_ = false;             ///< whether it is in the shared controller's table; guarded by its mutex
-  const NSObject* object_ = nullptr;  ///< the observed object, compared by address only
+  // The shared controller's list, guarded by its mutex.
+  bool isListed_ = false;
+  _FBKVOInfo* previous_ = nullptr;
+  _FBKVOInfo* next_ = nullptr;
 };
 
 }  // namespace norvik

@@ -1,8 +1,8 @@
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 
-#include "NorvikCore/observation/internal/ChangeDictionary.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -24,9 +24,7 @@ void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
   {
     detail::WordLock lock(_mutex);
     if (info->_state() == _FBKVOInfo::Ended) return;
-    _infos[info.get()];
-    info->isListed_ = true;
-    info->object_ = &object;
+    list(*info);
   }
   // An observation that another thread or a handler has ended in the meantime is not attached.
   Ref<detail::Registration> registration = std::move(info);
@@ -48,18 +46,27 @@ void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
 void _FBKVOSharedController::unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos) {
   {
     detail::WordLock lock(_mutex);
-    for (const Ref<_FBKVOInfo>& info : infos) {
-      _infos.take(info.get());
-      info->isListed_ = false;
-    }
+    for (const Ref<_FBKVOInfo>& info : infos) unlist(*info);
   }
   for (const Ref<_FBKVOInfo>& info : infos) detail::endRegistration(object, *info);
 }
 
-void _FBKVOSharedController::forget(const _FBKVOInfo& info) {
+void _FBKVOSharedController::forget(_FBKVOInfo& info) {
   detail::WordLock lock(_mutex);
-  _infos.take(&info);
-  const_cast<_FBKVOInfo&>(info).isListed_ = false;
+  unlist(info);
+}
+
+void _FBKVOSharedController::list(_FBKVOInfo& info) {
+  if (std::exchange(info.isListed_, true)) return;
+  info.next_ = std::exchange(_infos, &info);
+  if (info.next_) info.next_->previous_ = &info;
+}
+
+void _FBKVOSharedController::unlist(_FBKVOInfo& info) {
+  if (!std::exchange(info.isListed_, false)) return;
+  (info.previous_ ? info.previous_->next_ : _infos) = info.next_;
+  if (info.next_) info.next_->previous_ = info.previous_;
+  info.previous_ = info.next_ = nullptr;
 }
 
 Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) const {
@@ -68,47 +75,34 @@ Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) 
   return Ref<FBKVOController>::adopt(info._controller);
 }
 
-/// The observation of the context and its controller. Empty if one of them was destroyed or has ended, or if another
-/// observation now has that address.
-_FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, const NSObject& object,
-                                                           const NSString& keyPath) const {
-  Meant meant;
+/// The observation of the context; empty if it was destroyed or has ended, or if another observation now has that
+/// address. Linear in all observations.
+Ref<_FBKVOInfo> _FBKVOSharedController::find(const void* context, const NSString& keyPath) const {
   detail::WordLock lock(_mutex);
-  if (!_infos.find(context)) return meant;
-  // A listed info exists, because an info being destroyed and a controller ending its observations wait for this mutex.
-  auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
-  const bool isMeant = info.object_ == &object && info._state() != _FBKVOInfo::Ended &&
-                       (info._keyPath().isIdenticalTo(keyPath) || info._keyPath() == keyPath);
-  if (!isMeant || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return meant;
-  meant.controller = Ref<FBKVOController>::adopt(info._controller);
-  if (detail::ObjectAccess::retainUnlessGoing(info)) meant.info = Ref<_FBKVOInfo>::adopt(&info);
-  return meant;
+  _FBKVOInfo* info = _infos;
+  while (info && info != context) info = info->next_;
+  // A listed observation exists, because one that is being destroyed waits for this mutex.
+  const bool isMeant = info && info->_state() != _FBKVOInfo::Ended && info->_keyPath() == keyPath &&
+                       detail::ObjectAccess::retainUnlessGoing(*info);
+  return isMeant ? Ref<_FBKVOInfo>::adopt(info) : nullptr;
 }
 
 void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
                                                     const KeyValueChange& change, void* context) {
-  const auto [meant, controller] = find(context, object, keyPath);
-  if (!meant || !controller) return;
-  const Ref<NSObject> observer = controller->observer();
-  if (!observer) return;
-  if (meant->_block) {
-    const detail::ChangeDictionary dictionary(keyPath, change);
-    meant->_block(*observer, object, *dictionary);
-  } else if (meant->_action) {
-    observer->performSelector(meant->_action, change.dictionary(), ref(object));
-  } else {
-    observer->observeValueForKeyPath(keyPath, object, change, meant->_context);
-  }
+  const Ref<_FBKVOInfo> info = find(context, keyPath);
+  if (!info) return;
+  detail::Delivery delivery(object);
+  delivery.setChange(change.oldValue(), change.newValue(), change.isPrior());
+  info->deliver(delivery, object);
 }
 
 NSString _FBKVOSharedController::debugDescription() const {
   std::vector<Ref<_FBKVOInfo>> infos;
   {
     detail::WordLock lock(_mutex);
-    _infos.forEach([&](const void* address, Listed) {
-      auto* info = static_cast<_FBKVOInfo*>(const_cast<void*>(address));
+    for (_FBKVOInfo* info = _infos; info; info = info->next_) {
       if (detail::ObjectAccess::retainUnlessGoing(*info)) infos.push_back(Ref<_FBKVOInfo>::adopt(info));
-    });
+    }
   }
   std::vector<Value> texts;
   texts.reserve(infos.size());

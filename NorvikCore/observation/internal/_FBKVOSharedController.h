@@ -1,11 +1,11 @@
 // NorvikCore/observation/internal/_FBKVOSharedController.h - the platform's observer behind every FBKVOController.
 //
-// It finds the observation of a change by the change's context and passes the change to the observer of its controller.
-// An observation that was destroyed or has ended is not found, so late changes are ignored.
+// It lists all observations. Its observations receive changes themselves, so that one more observer costs little more
+// than its call. A change with which it is called itself is passed to the observation that is the change's context,
+// unless that was destroyed or has ended.
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
-#include "NorvikCore/platform/object/internal/PointerTable.h"
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <span>
@@ -30,19 +30,15 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
 
  private:
   friend class _FBKVOInfo;
-  struct Listed {};
-
   /// The controller of an observation; empty if the observation has ended or the controller is being destroyed.
   [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
-  void forget(const _FBKVOInfo& info);
-  struct Meant {
-    Ref<_FBKVOInfo> info;
-    Ref<FBKVOController> controller;
-  };
-  [[nodiscard]] Meant find(const void* context, const NSObject& object, const NSString& keyPath) const;
+  void forget(_FBKVOInfo& info);
+  void list(_FBKVOInfo& info) NK_REQUIRES(_mutex);
+  void unlist(_FBKVOInfo& info) NK_REQUIRES(_mutex);
+  [[nodiscard]] Ref<_FBKVOInfo> find(const void* context, const NSString& keyPath) const;
 
-  /// Keyed by address; an info that is destroyed removes itself.
-  detail::PointerTable<Listed> _infos NK_GUARDED_BY(_mutex);
+  /// The latest of the listed observations, which are linked; an observation that is destroyed removes itself.
+  _FBKVOInfo* _infos NK_GUARDED_BY(_mutex) = nullptr;
   mutable detail::WordMutex _mutex;
 };
 

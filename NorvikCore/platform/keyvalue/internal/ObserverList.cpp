@@ -1,6 +1,5 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 
-#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
@@ -150,9 +149,8 @@ namespace {
 
 bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> registration, std::size_t depth) {
   if (ObjectAccess::isDying(object)) return false;
-  const auto* affecting = key && !key->affecting.empty() ? &key->affecting : nullptr;
   const std::uint32_t hash = registration->hash32();
-  ObserverList::Entry entry{std::move(registration), affecting, static_cast<std::uint32_t>(depth), hash};
+  ObserverList::Entry entry{std::move(registration), key, static_cast<std::uint32_t>(depth), hash};
   std::vector<Ref<Registration>> gone;
   {
     SideRecord& record = SideRecord::findOrMake(object);

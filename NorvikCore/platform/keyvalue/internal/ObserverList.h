@@ -4,6 +4,7 @@
 // takes one reference count for any number of observers, and observers can be added and removed meanwhile.
 #pragma once
 
+#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 #include "NorvikCore/platform/object/NSObject.h"
 
@@ -16,9 +17,9 @@ class ObserverList final : public NSObject {
   /// A registration at one element of its path. Without a registration it is the gap of a removed entry.
   struct Entry {
     Ref<Registration> registration;
-    const std::vector<NSString>* affecting;  ///< other keys of the object that affect this one, or null
-    std::uint32_t depth;                     ///< the index of the element in the path
-    std::uint32_t hash;                      ///< of the registration, even if that was removed
+    const ObservedKey* key;  ///< what the object's class states about the key of this element, or null
+    std::uint32_t depth;     ///< the index of the element in the path
+    std::uint32_t hash;      ///< of the registration, even if that was removed
   };
 
   /// In the order in which they were added.

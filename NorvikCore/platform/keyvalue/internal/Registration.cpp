@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/keyvalue/internal/CollectionOperators.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
@@ -120,6 +121,13 @@ NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
   if (!observerRecord_) return observer_;
   kept = Ref<NSObject>::adopt(observerRecord_->retainedObject());
   return kept.get();
+}
+
+bool Registration::deliver(Delivery& delivery, NSObject& root) {
+  NSObject* observer = observerRecord_ ? delivery.kept(observerRecord_) : observer_;
+  if (!observer) return false;
+  observer->observeValueForKeyPath(keyPath_, root, delivery.change(), context_);
+  return true;
 }
 
 void Registration::setRoot(NSObject& root) {

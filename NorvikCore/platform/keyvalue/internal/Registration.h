@@ -12,6 +12,8 @@
 
 namespace norvik::detail {
 
+class Delivery;
+
 /// A registration is in the list of every object along its path, under the next key of the path. So a change anywhere
 /// is noticed. If an object along the path is replaced, the entries behind it move to the objects that are now there.
 class NK_EXPORT Registration : public NSObject {
@@ -33,6 +35,9 @@ class NK_EXPORT Registration : public NSObject {
   [[nodiscard]] bool isObserverGone() const noexcept { return observerRecord_ && detail::isGone(observerRecord_); }
   /// Null if it is destroyed; otherwise `kept` retains it if necessary.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
+  /// Calls the observer about the delivery's change of the value that the path leads to from `root`. False, without a
+  /// call, if the observer is destroyed.
+  virtual bool deliver(Delivery& delivery, NSObject& root);
   /// Call it before the registration is attached.
   void setRoot(NSObject& root);
   /// The object on which the registration was made, empty once it is being destroyed; `here` is the object at `depth`.
