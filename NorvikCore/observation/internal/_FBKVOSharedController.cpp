@@ -21,92 +21,66 @@ _FBKVOSharedController& _FBKVOSharedController::sharedController() {
 }
 
 void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
-  {
-    detail::WordLock lock(_mutex);
-    if (info->_state() == _FBKVOInfo::Ended) return;
-    list(*info);
-  }
+  if (info->_state() == _FBKVOInfo::Ended) return;
+  info->isObserving_.storeRelaxed(true);
   // An observation that another thread or a handler has ended in the meantime is not attached.
+  const _FBKVOInfo& made = *info;
   Ref<detail::Registration> registration = std::move(info);
   if (detail::attachPlain(object, registration)) return;
+  const Ref<FBKVOController> controller = ref(*made._controller);  // the initial call may release it
   try {
     detail::observe(object, registration);
   } catch (...) {
-    const auto& failed = static_cast<const _FBKVOInfo&>(*registration);
-    if (const Ref<FBKVOController> present = controller(failed)) present->unobserve(object, failed.keyPath());
+    controller->unobserve(object, registration->keyPath());
     throw;
   }
 }
 
-void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
-  forget(info);
-  detail::endRegistration(&object, info);
+void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) { detail::endRegistration(&object, info); }
+
+void _FBKVOSharedController::unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos) {
+  for (_FBKVOInfo* info : infos) detail::endRegistration(object, *info);
 }
 
-void _FBKVOSharedController::unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos) {
+void _FBKVOSharedController::list(FBKVOController& controller) {
+  detail::WordLock lock(_mutex);
+  controller.next_ = std::exchange(latest_, &controller);
+  if (controller.next_) controller.next_->previous_ = &controller;
+}
+
+void _FBKVOSharedController::unlist(FBKVOController& controller) noexcept {
+  detail::WordLock lock(_mutex);
+  (controller.previous_ ? controller.previous_->next_ : latest_) = controller.next_;
+  if (controller.next_) controller.next_->previous_ = controller.previous_;
+}
+
+std::vector<Ref<_FBKVOInfo>> _FBKVOSharedController::_infos() const {
+  std::vector<Ref<FBKVOController>> controllers;
   {
+    // A listed controller exists, because one that is being destroyed waits for this mutex.
     detail::WordLock lock(_mutex);
-    for (const Ref<_FBKVOInfo>& info : infos) unlist(*info);
+    for (FBKVOController* each = latest_; each; each = each->next_) {
+      if (detail::ObjectAccess::retainUnlessGoing(*each)) controllers.push_back(Ref<FBKVOController>::adopt(each));
+    }
   }
-  for (const Ref<_FBKVOInfo>& info : infos) detail::endRegistration(object, *info);
-}
-
-void _FBKVOSharedController::forget(_FBKVOInfo& info) {
-  detail::WordLock lock(_mutex);
-  unlist(info);
-}
-
-void _FBKVOSharedController::list(_FBKVOInfo& info) {
-  if (std::exchange(info.isListed_, true)) return;
-  info.next_ = std::exchange(_infos, &info);
-  if (info.next_) info.next_->previous_ = &info;
-}
-
-void _FBKVOSharedController::unlist(_FBKVOInfo& info) {
-  if (!std::exchange(info.isListed_, false)) return;
-  (info.previous_ ? info.previous_->next_ : _infos) = info.next_;
-  if (info.next_) info.next_->previous_ = info.previous_;
-  info.previous_ = info.next_ = nullptr;
-}
-
-Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) const {
-  detail::WordLock lock(_mutex);
-  if (!info.isListed_ || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return nullptr;
-  return Ref<FBKVOController>::adopt(info._controller);
-}
-
-/// The observation of the context; empty if it was destroyed or has ended, or if another observation now has that
-/// address. Linear in all observations.
-Ref<_FBKVOInfo> _FBKVOSharedController::find(const void* context, const NSString& keyPath) const {
-  detail::WordLock lock(_mutex);
-  _FBKVOInfo* info = _infos;
-  while (info && info != context) info = info->next_;
-  // A listed observation exists, because one that is being destroyed waits for this mutex.
-  const bool isMeant = info && info->_state() != _FBKVOInfo::Ended && info->_keyPath() == keyPath &&
-                       detail::ObjectAccess::retainUnlessGoing(*info);
-  return isMeant ? Ref<_FBKVOInfo>::adopt(info) : nullptr;
+  std::vector<Ref<_FBKVOInfo>> infos;
+  for (const Ref<FBKVOController>& controller : controllers) controller->addInfosTo(infos);
+  return infos;
 }
 
 void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
                                                     const KeyValueChange& change, void* context) {
-  const Ref<_FBKVOInfo> info = find(context, keyPath);
-  if (!info) return;
-  detail::Delivery delivery(object);
-  delivery.setChange(change.oldValue(), change.newValue(), change.isPrior());
-  info->deliver(delivery, object);
+  for (const Ref<_FBKVOInfo>& info : _infos()) {
+    if (info.get() != context || info->_keyPath() != keyPath) continue;
+    detail::Delivery delivery(object);
+    delivery.setChange(change.oldValue(), change.newValue(), change.isPrior());
+    info->deliver(delivery, object);
+  }
 }
 
 NSString _FBKVOSharedController::debugDescription() const {
-  std::vector<Ref<_FBKVOInfo>> infos;
-  {
-    detail::WordLock lock(_mutex);
-    for (_FBKVOInfo* info = _infos; info; info = info->next_) {
-      if (detail::ObjectAccess::retainUnlessGoing(*info)) infos.push_back(Ref<_FBKVOInfo>::adopt(info));
-    }
-  }
   std::vector<Value> texts;
-  texts.reserve(infos.size());
-  for (const Ref<_FBKVOInfo>& info : infos) texts.push_back(info->debugDescription());
+  for (const Ref<_FBKVOInfo>& info : _infos()) texts.push_back(info->debugDescription());
   return stringWithFormat("<%@:%p contexts:%@>", classObject().name(), static_cast<const void*>(this),
                           make<NSArray>(std::move(texts)));
 }

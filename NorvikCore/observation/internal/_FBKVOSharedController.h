@@ -1,14 +1,15 @@
 // NorvikCore/observation/internal/_FBKVOSharedController.h - the platform's observer behind every FBKVOController.
 //
-// It lists all observations. Its observations receive changes themselves, so that one more observer costs little more
-// than its call. A change with which it is called itself is passed to the observation that is the change's context,
-// unless that was destroyed or has ended.
+// The observations receive changes themselves, so that one more observer costs little more than its call. If the shared
+// controller itself is called with a change, it passes the change to the observation that is its context, unless that
+// observation has ended.
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <span>
+#include <vector>
 
 namespace norvik {
 
@@ -22,23 +23,21 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   void observe(NSObject& object, Ref<_FBKVOInfo> info);
   void unobserve(NSObject& object, _FBKVOInfo& info);
   /// `object` is null if it was destroyed; its registrations were destroyed with it.
-  void unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos);
+  void unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos);
+
+  /// A controller is listed from its construction to its destruction.
+  void list(FBKVOController& controller);
+  void unlist(FBKVOController& controller) noexcept;
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
                               void* context) override;
   [[nodiscard]] NSString debugDescription() const;
 
  private:
-  friend class _FBKVOInfo;
-  /// The controller of an observation; empty if the observation has ended or the controller is being destroyed.
-  [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
-  void forget(_FBKVOInfo& info);
-  void list(_FBKVOInfo& info) NK_REQUIRES(_mutex);
-  void unlist(_FBKVOInfo& info) NK_REQUIRES(_mutex);
-  [[nodiscard]] Ref<_FBKVOInfo> find(const void* context, const NSString& keyPath) const;
+  /// The observations of all controllers that are not ended.
+  [[nodiscard]] std::vector<Ref<_FBKVOInfo>> _infos() const;
 
-  /// The latest of the listed observations, which are linked; an observation that is destroyed removes itself.
-  _FBKVOInfo* _infos NK_GUARDED_BY(_mutex) = nullptr;
+  FBKVOController* latest_ NK_GUARDED_BY(_mutex) = nullptr;  ///< the controllers are linked
   mutable detail::WordMutex _mutex;
 };
 
