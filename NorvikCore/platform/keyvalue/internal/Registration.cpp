@@ -85,7 +85,7 @@ Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObser
       keyPath_(std::move(keyPath)),
       context_(context),
       path_(makePath(keyPath_)),
-      options_(options),
+      options_(static_cast<std::uint32_t>(options)),
       hash_(hashOf(observer, keyPath_, context)),
       isObserverPermanent_(ObjectAccess::isPermanent(observer)) {
   if (!isObserverPermanent_) observerRecord_ = weakRecord(&observer);  // last: nothing raises after it
@@ -97,7 +97,7 @@ Registration::Registration(NSObject& observer, const Weak<NSObject>& receiver, N
       keyPath_(std::move(keyPath)),
       context_(context),
       path_(makePath(keyPath_)),
-      options_(options),
+      options_(static_cast<std::uint32_t>(options)),
       hash_(hashOf(observer, keyPath_, this)),
       isObserverPermanent_(true) {
   observerRecord_ = receiver.retainedRecord();

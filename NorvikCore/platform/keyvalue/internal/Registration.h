@@ -22,7 +22,9 @@ class NK_EXPORT Registration : public NSObject {
   ~Registration() override;
 
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
-  [[nodiscard]] NSKeyValueObservingOptions options() const noexcept { return options_; }
+  [[nodiscard]] NSKeyValueObservingOptions options() const noexcept {
+    return static_cast<NSKeyValueObservingOptions>(options_);
+  }
   [[nodiscard]] const NSString& keyPath() const noexcept { return keyPath_; }
   [[nodiscard]] void* context() const noexcept { return context_; }
   [[nodiscard]] std::uint32_t hash32() const noexcept { return hash_; }
@@ -76,6 +78,8 @@ class NK_EXPORT Registration : public NSObject {
   [[nodiscard]] SideRecord* receiver() const noexcept { return observerRecord_; }
 
  private:
+  friend class ObserverList;  // for position_, of its entry in the list of the root, guarded by the lock of that list
+
   struct Path {
     std::vector<NSString> keys, rests;  ///< rests[i]: the path from keys[i] on
     Weak<NSObject> root;
@@ -98,8 +102,9 @@ class NK_EXPORT Registration : public NSObject {
   const NSString keyPath_;
   void* const context_;
   std::unique_ptr<Path> path_;  ///< null for a path with one key
-  const NSKeyValueObservingOptions options_;
+  const std::uint32_t options_;
   const std::uint32_t hash_;
+  std::uint32_t position_ = 0;
   std::atomic<bool> isActive_{true};
   const bool isObserverPermanent_;
 };
