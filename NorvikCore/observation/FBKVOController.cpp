@@ -28,9 +28,14 @@ void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
 }  // namespace
 
 FBKVOController::FBKVOController(NSObject& observer, bool retainObserved)
-    : _objectInfosMap(new detail::ObservedObjects(retainObserved)), _observer(&observer) {}
+    : _objectInfosMap(new detail::ObservedObjects(retainObserved)), _observer(&observer) {
+  shared().list(*this);
+}
 
-FBKVOController::~FBKVOController() { _unobserveAll(); }
+FBKVOController::~FBKVOController() {
+  _unobserveAll();
+  shared().unlist(*this);
+}
 
 Ref<FBKVOController> FBKVOController::controllerWithObserver(NSObject& observer) { return initWithObserver(observer); }
 
@@ -88,7 +93,7 @@ void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
   Entries left;  // destroyed after the lock is released
   {
     MutexLock lock(_lock);
-    if (!_objectInfosMap->findOrInsert(object, left).add(info)) return;
+    if (!_objectInfosMap->findOrInsert(object, left).add(*info)) return;
   }
   for (const auto& entry : left) unobserveEntry(entry);
   // The initial call may release the object and this controller.
@@ -127,13 +132,22 @@ void FBKVOController::_unobserveAll() {
   for (const auto& entry : all) unobserveEntry(entry);
 }
 
+void FBKVOController::addInfosTo(std::vector<Ref<_FBKVOInfo>>& infos) const {
+  MutexLock lock(_lock);
+  _objectInfosMap->forEach([&](const Ref<NSObject>&, const detail::InfoSet& ofObject) {
+    for (_FBKVOInfo* info : ofObject.infos()) {
+      if (info->_state() == _FBKVOInfo::Observing) infos.push_back(ref(*info));
+    }
+  });
+}
+
 NSString FBKVOController::debugDescription() const {
   std::vector<std::pair<Ref<NSObject>, Ref<NSArray>>> observed;
   {
     MutexLock lock(_lock);
     _objectInfosMap->forEach([&](Ref<NSObject> object, const detail::InfoSet& infos) {
       std::vector<Value> texts;
-      for (const Ref<_FBKVOInfo>& info : infos.infos()) texts.push_back(info->debugDescription());
+      for (const _FBKVOInfo* info : infos.infos()) texts.push_back(info->debugDescription());
       observed.emplace_back(std::move(object), make<NSArray>(std::move(texts)));
     });
   }

@@ -161,6 +161,21 @@ void hearOurs(benchmark::State& state) {
   run(state, true, [&](std::int64_t value) { account->setBalance(value); });
   for (const auto& controller : controllers) controller->unobserveAll();
 }
+/// As many observers, each another object.
+void hearOursEach(benchmark::State& state) {
+  const auto account = make<Account>();
+  std::vector<Ref<Account>> observers;
+  std::vector<Ref<FBKVOController>> controllers;
+  for (int i = 0; i < state.range(0); ++i) {
+    observers.push_back(make<Account>());
+    controllers.push_back(FBKVOController::controllerWithObserver(*observers.back()));
+    controllers.back()->observe_keyPath_options_block(
+        account, "balance", None,
+        [](NSObject&, NSObject& object, const NSDictionary&) { heard = static_cast<Account&>(object).balance(); });
+  }
+  run(state, true, [&](std::int64_t value) { account->setBalance(value); });
+  for (const auto& controller : controllers) controller->unobserveAll();
+}
 void hearBoost(benchmark::State& state) {
   BoostAccount account;
   for (int i = 0; i < state.range(0); ++i) account.changed.connect([](std::int64_t value) { heard = value; });
@@ -348,6 +363,7 @@ BENCHMARK(setGObject)->Name("set_unobserved/gobject");
 BENCHMARK(setQtProperty)->Name("set_unobserved/qproperty");
 BENCHMARK(setQtSignal)->Name("set_unobserved/qt_signal");
 BENCHMARK(hearOurs)->Name("set_observed/ours")->Arg(1)->Arg(10)->Arg(1000);
+BENCHMARK(hearOursEach)->Name("set_observed/ours_each_another_object")->Arg(1)->Arg(10)->Arg(1000);
 BENCHMARK(hearGObject)->Name("set_observed/gobject")->Arg(1)->Arg(10)->Arg(1000);
 BENCHMARK(hearBoost)->Name("set_observed/signals2")->Arg(1)->Arg(10)->Arg(1000);
 BENCHMARK(hearQtProperty)->Name("set_observed/qproperty")->Arg(1)->Arg(10)->Arg(1000);

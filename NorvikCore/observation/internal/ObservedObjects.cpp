@@ -1,6 +1,7 @@
 #include "NorvikCore/observation/internal/ObservedObjects.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace norvik::detail {
 namespace {
@@ -11,29 +12,41 @@ bool isFor(const _FBKVOInfo& info, const NSString& keyPath) {
 
 }  // namespace
 
-bool InfoSet::add(const Ref<_FBKVOInfo>& info) {
-  for (const Ref<_FBKVOInfo>& present : infos()) {
-    if (isFor(*present, info->keyPath())) return false;
+InfoSet::~InfoSet() {
+  for (_FBKVOInfo* info : infos()) detail::release(info);
+  delete many();
+}
+
+bool InfoSet::add(_FBKVOInfo& info) {
+  for (const _FBKVOInfo* present : infos()) {
+    if (isFor(*present, info.keyPath())) return false;
   }
-  if (many_) {
-    many_->push_back(info);
-  } else if (one_) {
-    many_ = std::make_unique<std::vector<Ref<_FBKVOInfo>>>();
-    many_->push_back(std::move(one_));
-    many_->push_back(info);
+  if (Many* several = many()) {
+    several->push_back(&info);
+  } else if (content_) {
+    auto made = std::make_unique<Many>(std::initializer_list<_FBKVOInfo*>{content_, &info});
+    content_ = reinterpret_cast<_FBKVOInfo*>(reinterpret_cast<std::uintptr_t>(made.release()) + 1);
   } else {
-    one_ = info;
+    content_ = &info;
   }
+  (void)ref(info).take();
   return true;
 }
 
 Ref<_FBKVOInfo> InfoSet::take(const NSString& keyPath) {
-  if (!many_) return one_ && isFor(*one_, keyPath) ? std::move(one_) : nullptr;
-  const auto found = std::ranges::find_if(*many_, [&](const Ref<_FBKVOInfo>& info) { return isFor(*info, keyPath); });
-  if (found == many_->end()) return nullptr;
-  Ref<_FBKVOInfo> taken = std::move(*found);
-  many_->erase(found);
-  if (many_->empty()) many_ = nullptr;
+  Many* several = many();
+  if (!several) {
+    const bool isFound = content_ && isFor(*content_, keyPath);
+    return isFound ? Ref<_FBKVOInfo>::adopt(std::exchange(content_, nullptr)) : nullptr;
+  }
+  const auto found = std::ranges::find_if(*several, [&](const _FBKVOInfo* info) { return isFor(*info, keyPath); });
+  if (found == several->end()) return nullptr;
+  Ref<_FBKVOInfo> taken = Ref<_FBKVOInfo>::adopt(*found);
+  several->erase(found);
+  if (several->empty()) {
+    delete several;
+    content_ = nullptr;
+  }
   return taken;
 }
 

@@ -5,28 +5,43 @@
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 #include "NorvikCore/platform/collections/internal/IdentityMap.h"
 
-#include <memory>
+#include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace norvik::detail {
 
-/// The observations of one object, with distinct key paths. Most objects have one observation, which needs no
-/// allocation.
+/// The observations of one object, retained, with distinct key paths. It has the size of a pointer, because a table
+/// with a place for each object holds it; most objects have one observation, which needs no further memory.
 class InfoSet {
  public:
+  InfoSet() noexcept = default;
+  InfoSet(InfoSet&& other) noexcept : content_(std::exchange(other.content_, nullptr)) {}
+  InfoSet& operator=(InfoSet&& other) noexcept {
+    std::swap(content_, other.content_);
+    return *this;
+  }
+  ~InfoSet();
+
   /// False if the key path is already in the set.
-  bool add(const Ref<_FBKVOInfo>& info);
+  bool add(_FBKVOInfo& info);
   /// Removes and returns the observation with that key path; empty if there is none.
   [[nodiscard]] Ref<_FBKVOInfo> take(const NSString& keyPath);
-  [[nodiscard]] std::span<const Ref<_FBKVOInfo>> infos() const noexcept {
-    if (many_) return *many_;
-    return {&one_, one_ ? std::size_t{1} : std::size_t{0}};
+  [[nodiscard]] std::span<_FBKVOInfo* const> infos() const noexcept {
+    if (const auto* several = many()) return *several;
+    return {&content_, content_ ? std::size_t{1} : std::size_t{0}};
   }
 
  private:
-  Ref<_FBKVOInfo> one_;
-  std::unique_ptr<std::vector<Ref<_FBKVOInfo>>> many_;  ///< all observations, once there have been two
+  using Many = std::vector<_FBKVOInfo*>;
+
+  [[nodiscard]] Many* many() const noexcept {
+    const auto address = reinterpret_cast<std::uintptr_t>(content_);
+    return (address & 1) != 0 ? reinterpret_cast<Many*>(address - 1) : nullptr;
+  }
+
+  _FBKVOInfo* content_ = nullptr;  ///< the only observation, or a Many at one address lower; null for none
 };
 
 class ObservedObjects : public IdentityMap<InfoSet> {

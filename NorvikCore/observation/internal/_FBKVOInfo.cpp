@@ -1,6 +1,7 @@
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/values/Format.h"
 
 #include <string>
@@ -27,14 +28,23 @@ std::string namesOf(NSKeyValueObservingOptions options) {
 
 _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
                        FBKVONotificationBlock block, SEL action, void* context)
-    : Registration(_FBKVOSharedController::sharedController(), std::move(keyPath), options, this),
+    : Registration(_FBKVOSharedController::sharedController(), controller._observer, std::move(keyPath), options,
+                   context),
       _controller(&controller),
       _action(action),
-      _context(context),
       _block(std::move(block)) {}
 
-_FBKVOInfo::~_FBKVOInfo() {
-  if (isListed_) _FBKVOSharedController::sharedController().forget(*this);
+bool _FBKVOInfo::deliver(detail::Delivery& delivery, NSObject& root) {
+  NSObject* observer = delivery.kept(receiver());
+  if (!observer) return true;
+  if (_block) {
+    _block(*observer, root, delivery.dictionary(FBKVONotificationKeyPathKey, keyPath()));
+  } else if (_action) {
+    observer->performSelector(_action, delivery.change().dictionary(), ref(root));
+  } else {
+    observer->observeValueForKeyPath(keyPath(), root, delivery.change(), _context());
+  }
+  return true;
 }
 
 Ref<_FBKVOInfo> _FBKVOInfo::initWithController_keyPath_options_block_action_context(FBKVOController& controller,
@@ -83,7 +93,7 @@ NSString _FBKVOInfo::description() const {
       stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), _keyPath());
   if (_options() != 0) text = text + " options:" + namesOf(_options());
   if (_action) text = text + " action:" + _action.name();
-  if (_context) text = text + stringWithFormat(" context:%p", _context);
+  if (_context()) text = text + stringWithFormat(" context:%p", _context());
   if (_block) text = text + stringWithFormat(" block:%p", static_cast<const void*>(_block.object().get()));
   return text + ">";
 }

@@ -6,15 +6,14 @@
 
 namespace norvik {
 
-/// The observation is also its registration with the runtime; the context of the registration is its address. So each
-/// observation is one object. Two observations are equal if they have the same key path, whatever their handlers and
+/// The observation is also its registration with the runtime, and receives the changes itself. So each observation is
+/// one object. Two observations are equal if they have the same key path, whatever their handlers and
 /// options.
 class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOInfo, NSObject)
 
   _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
              FBKVONotificationBlock block, SEL action, void* context);
-  ~_FBKVOInfo() override;
   [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_block_action_context(
       FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options, FBKVONotificationBlock block,
       SEL action, void* context);
@@ -38,26 +37,30 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
   [[nodiscard]] NSString description() const override;
   [[nodiscard]] NSString debugDescription() const { return description(); }
 
+  /// Passes the change to the observer of the controller, without the shared controller. True in any case, because the
+  /// controller ends the observation.
+  bool deliver(detail::Delivery& delivery, NSObject& root) override;
+
  private:
+  friend class FBKVOController;
   friend class _FBKVOSharedController;
   enum State : int { Initial = 0, Observing = 1, Ended = 2 };
 
   [[nodiscard]] const NSString& _keyPath() const noexcept { return keyPath(); }
   [[nodiscard]] NSKeyValueObservingOptions _options() const noexcept { return options(); }
-  /// The caller must hold the shared controller's mutex. Ended is final.
+  /// Ended is final.
   [[nodiscard]] State _state() const noexcept {
     if (!isActive()) return Ended;
-    return isListed_ ? Observing : Initial;
+    return isObserving_.loadRelaxed() ? Observing : Initial;
   }
+  [[nodiscard]] void* _context() const noexcept { return context(); }
 
-  /// Not retained. Used only while this observation is listed, because a controller ends its observations before it is
-  /// destroyed.
+  /// Not retained. Used only while the observation is being made, because a controller ends its observations before it
+  /// is destroyed.
   FBKVOController* const _controller;
   const SEL _action;
-  void* const _context;
   const FBKVONotificationBlock _block;
-  bool isListed_ = false;             ///< whether it is in the shared controller's table; guarded by its mutex
-  const NSObject* object_ = nullptr;  ///< the observed object, compared by address only
+  detail::AtomicWord<bool> isObserving_{false};
 };
 
 }  // namespace norvik

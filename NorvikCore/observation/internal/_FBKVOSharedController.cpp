@@ -1,8 +1,8 @@
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 
-#include "NorvikCore/observation/internal/ChangeDictionary.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -21,98 +21,66 @@ _FBKVOSharedController& _FBKVOSharedController::sharedController() {
 }
 
 void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
-  {
-    detail::WordLock lock(_mutex);
-    if (info->_state() == _FBKVOInfo::Ended) return;
-    _infos[info.get()];
-    info->isListed_ = true;
-    info->object_ = &object;
-  }
+  if (info->_state() == _FBKVOInfo::Ended) return;
+  info->isObserving_.storeRelaxed(true);
   // An observation that another thread or a handler has ended in the meantime is not attached.
+  const _FBKVOInfo& made = *info;
   Ref<detail::Registration> registration = std::move(info);
   if (detail::attachPlain(object, registration)) return;
+  const Ref<FBKVOController> controller = ref(*made._controller);  // the initial call may release it
   try {
     detail::observe(object, registration);
   } catch (...) {
-    const auto& failed = static_cast<const _FBKVOInfo&>(*registration);
-    if (const Ref<FBKVOController> present = controller(failed)) present->unobserve(object, failed.keyPath());
+    controller->unobserve(object, registration->keyPath());
     throw;
   }
 }
 
-void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
-  forget(info);
-  detail::endRegistration(&object, info);
+void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) { detail::endRegistration(&object, info); }
+
+void _FBKVOSharedController::unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos) {
+  for (_FBKVOInfo* info : infos) detail::endRegistration(object, *info);
 }
 
-void _FBKVOSharedController::unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos) {
+void _FBKVOSharedController::list(FBKVOController& controller) {
+  detail::WordLock lock(_mutex);
+  controller.next_ = std::exchange(latest_, &controller);
+  if (controller.next_) controller.next_->previous_ = &controller;
+}
+
+void _FBKVOSharedController::unlist(FBKVOController& controller) noexcept {
+  detail::WordLock lock(_mutex);
+  (controller.previous_ ? controller.previous_->next_ : latest_) = controller.next_;
+  if (controller.next_) controller.next_->previous_ = controller.previous_;
+}
+
+std::vector<Ref<_FBKVOInfo>> _FBKVOSharedController::_infos() const {
+  std::vector<Ref<FBKVOController>> controllers;
   {
+    // A listed controller exists, because one that is being destroyed waits for this mutex.
     detail::WordLock lock(_mutex);
-    for (const Ref<_FBKVOInfo>& info : infos) {
-      _infos.take(info.get());
-      info->isListed_ = false;
+    for (FBKVOController* each = latest_; each; each = each->next_) {
+      if (detail::ObjectAccess::retainUnlessGoing(*each)) controllers.push_back(Ref<FBKVOController>::adopt(each));
     }
   }
-  for (const Ref<_FBKVOInfo>& info : infos) detail::endRegistration(object, *info);
-}
-
-void _FBKVOSharedController::forget(const _FBKVOInfo& info) {
-  detail::WordLock lock(_mutex);
-  _infos.take(&info);
-  const_cast<_FBKVOInfo&>(info).isListed_ = false;
-}
-
-Ref<FBKVOController> _FBKVOSharedController::controller(const _FBKVOInfo& info) const {
-  detail::WordLock lock(_mutex);
-  if (!info.isListed_ || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return nullptr;
-  return Ref<FBKVOController>::adopt(info._controller);
-}
-
-/// The observation of the context and its controller. Empty if one of them was destroyed or has ended, or if another
-/// observation now has that address.
-_FBKVOSharedController::Meant _FBKVOSharedController::find(const void* context, const NSObject& object,
-                                                           const NSString& keyPath) const {
-  Meant meant;
-  detail::WordLock lock(_mutex);
-  if (!_infos.find(context)) return meant;
-  // A listed info exists, because an info being destroyed and a controller ending its observations wait for this mutex.
-  auto& info = *static_cast<_FBKVOInfo*>(const_cast<void*>(context));
-  const bool isMeant = info.object_ == &object && info._state() != _FBKVOInfo::Ended &&
-                       (info._keyPath().isIdenticalTo(keyPath) || info._keyPath() == keyPath);
-  if (!isMeant || !detail::ObjectAccess::retainUnlessGoing(*info._controller)) return meant;
-  meant.controller = Ref<FBKVOController>::adopt(info._controller);
-  if (detail::ObjectAccess::retainUnlessGoing(info)) meant.info = Ref<_FBKVOInfo>::adopt(&info);
-  return meant;
+  std::vector<Ref<_FBKVOInfo>> infos;
+  for (const Ref<FBKVOController>& controller : controllers) controller->addInfosTo(infos);
+  return infos;
 }
 
 void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSObject& object,
                                                     const KeyValueChange& change, void* context) {
-  const auto [meant, controller] = find(context, object, keyPath);
-  if (!meant || !controller) return;
-  const Ref<NSObject> observer = controller->observer();
-  if (!observer) return;
-  if (meant->_block) {
-    const detail::ChangeDictionary dictionary(keyPath, change);
-    meant->_block(*observer, object, *dictionary);
-  } else if (meant->_action) {
-    observer->performSelector(meant->_action, change.dictionary(), ref(object));
-  } else {
-    observer->observeValueForKeyPath(keyPath, object, change, meant->_context);
+  for (const Ref<_FBKVOInfo>& info : _infos()) {
+    if (info.get() != context || info->_keyPath() != keyPath) continue;
+    detail::Delivery delivery(object);
+    delivery.setChange(change.oldValue(), change.newValue(), change.isPrior());
+    info->deliver(delivery, object);
   }
 }
 
 NSString _FBKVOSharedController::debugDescription() const {
-  std::vector<Ref<_FBKVOInfo>> infos;
-  {
-    detail::WordLock lock(_mutex);
-    _infos.forEach([&](const void* address, Listed) {
-      auto* info = static_cast<_FBKVOInfo*>(const_cast<void*>(address));
-      if (detail::ObjectAccess::retainUnlessGoing(*info)) infos.push_back(Ref<_FBKVOInfo>::adopt(info));
-    });
-  }
   std::vector<Value> texts;
-  texts.reserve(infos.size());
-  for (const Ref<_FBKVOInfo>& info : infos) texts.push_back(info->debugDescription());
+  for (const Ref<_FBKVOInfo>& info : _infos()) texts.push_back(info->debugDescription());
   return stringWithFormat("<%@:%p contexts:%@>", classObject().name(), static_cast<const void*>(this),
                           make<NSArray>(std::move(texts)));
 }

@@ -1,14 +1,15 @@
 // NorvikCore/observation/internal/_FBKVOSharedController.h - the platform's observer behind every FBKVOController.
 //
-// It finds the observation of a change by the change's context and passes the change to the observer of its controller.
-// An observation that was destroyed or has ended is not found, so late changes are ignored.
+// The observations receive changes themselves, so that one more observer costs little more than its call. If the shared
+// controller itself is called with a change, it passes the change to the observation that is its context, unless that
+// observation has ended.
 #pragma once
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
-#include "NorvikCore/platform/object/internal/PointerTable.h"
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <span>
+#include <vector>
 
 namespace norvik {
 
@@ -22,27 +23,21 @@ class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-r
   void observe(NSObject& object, Ref<_FBKVOInfo> info);
   void unobserve(NSObject& object, _FBKVOInfo& info);
   /// `object` is null if it was destroyed; its registrations were destroyed with it.
-  void unobserve(NSObject* object, std::span<const Ref<_FBKVOInfo>> infos);
+  void unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos);
+
+  /// A controller is listed from its construction to its destruction.
+  void list(FBKVOController& controller);
+  void unlist(FBKVOController& controller) noexcept;
 
   void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
                               void* context) override;
   [[nodiscard]] NSString debugDescription() const;
 
  private:
-  friend class _FBKVOInfo;
-  struct Listed {};
+  /// The observations of all controllers that are not ended.
+  [[nodiscard]] std::vector<Ref<_FBKVOInfo>> _infos() const;
 
-  /// The controller of an observation; empty if the observation has ended or the controller is being destroyed.
-  [[nodiscard]] Ref<FBKVOController> controller(const _FBKVOInfo& info) const;
-  void forget(const _FBKVOInfo& info);
-  struct Meant {
-    Ref<_FBKVOInfo> info;
-    Ref<FBKVOController> controller;
-  };
-  [[nodiscard]] Meant find(const void* context, const NSObject& object, const NSString& keyPath) const;
-
-  /// Keyed by address; an info that is destroyed removes itself.
-  detail::PointerTable<Listed> _infos NK_GUARDED_BY(_mutex);
+  FBKVOController* latest_ NK_GUARDED_BY(_mutex) = nullptr;  ///< the controllers are linked
   mutable detail::WordMutex _mutex;
 };
 

@@ -214,6 +214,7 @@ struct NSNumberFormatter::Engine {
   std::unique_ptr<icu::RuleBasedNumberFormat> words;  ///< for the spell-out style only
   std::unique_ptr<icu::DecimalFormat> stepless;       ///< for a pattern with an increment: the same without it
   std::optional<PlainNumberPattern> plain;            ///< the fast path, if the settings allow it
+  bool writesShortText = false;                       ///< plain->isShort()
   std::optional<NumberReader> reader;
 
   /// Several threads may read by one formatter, and any of them may be the first.
@@ -398,6 +399,7 @@ struct NSNumberFormatter::Engine {
     pattern.power = powerOfMultiplier();
     pattern.rounding = *mode;
     if (!isMoney || writesAsIcu(pattern)) plain = std::move(pattern);
+    writesShortText = plain && plain->isShort();
   }
 
   /// Builds the reader for the texts that the settings result in.
@@ -646,6 +648,10 @@ NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
   const Engine& engine = engine_->built();
   if (engine.plain) {
     if (const Decimal decimal = number.decimalValue(); engine.plain->covers(decimal)) {
+      if (engine.writesShortText) {
+        PlainNumberPattern::ShortText room;
+        if (const std::string_view text = engine.plain->shortText(room, decimal); !text.empty()) return NSString(text);
+      }
       std::string text;
       engine.plain->append(text, decimal);
       return NSString(text);

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -34,26 +35,52 @@ namespace {
 using Entry = ObserverList::Entry;
 
 bool isAffected(const Entry& entry, std::string_view changed) {
-  if (entry.registration->key(entry.depth).view() == changed) return true;
-  return entry.affecting &&
-         std::ranges::any_of(*entry.affecting, [&](const NSString& key) { return key.view() == changed; });
+  if (!entry.key) return entry.registration->key(entry.depth).view() == changed;
+  return entry.key->key.view() == changed ||
+         std::ranges::any_of(entry.key->affecting, [&](const NSString& key) { return key.view() == changed; });
 }
 
 /// True if the same registration is notified of the same change at an earlier element of its path, which is circular.
-bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::string_view changed) {
-  if (!entry.registration->isCircular()) return false;
+bool isHeardEarlierOnItsCircle(const ObserverList& observers, const Entry& entry, std::string_view changed) {
   return std::ranges::any_of(observers.entries(), [&](const Entry& other) {
     return other.registration == entry.registration && other.depth < entry.depth && isAffected(other, changed);
   });
 }
 
+bool isHeardEarlier(const ObserverList& observers, const Entry& entry, std::string_view changed) {
+  return entry.registration->isCircular() && isHeardEarlierOnItsCircle(observers, entry, changed);
+}
+
 /// Calls visit(entry) for each registration that a change of the key affects, in the order in which they were made.
 template <class Visit>
 void forEachAffected(const ObserverList& observers, std::string_view changed, Visit&& visit) {
+  const ObservedKey* known = nullptr;  // consecutive entries usually have the same key, which is then compared once
+  bool isKnownAffected = false;
   for (const Entry& entry : observers.entries()) {
-    if (entry.registration && isAffected(entry, changed)) visit(entry);
+    if (!entry.registration) continue;
+    if (!entry.key || entry.key != known) {
+      known = entry.key;
+      isKnownAffected = isAffected(entry, changed);
+    }
+    if (isKnownAffected) visit(entry);
   }
 }
+
+/// Finds consecutive entries that have the same value, because they observe the same key of the object itself.
+class Neighbours {
+ public:
+  /// True if the value is another than that of the entry before; call it for each entry in turn.
+  bool startsNew(const Entry& entry) noexcept {
+    const ObservedKey* key = entry.registration->isLast(entry.depth) ? entry.key : nullptr;
+    const bool isNew = !key || key != key_;
+    key_ = key;
+    return isNew;
+  }
+  void forget() noexcept { key_ = nullptr; }
+
+ private:
+  const ObservedKey* key_ = nullptr;
+};
 
 /// Reads a value once for all observers of the same key of the object itself.
 class Reader {
@@ -91,16 +118,6 @@ bool isHeard(const Entry& entry) noexcept {
   return entry.registration->isActive() && !entry.registration->isObserverGone();
 }
 
-/// The value after a change.
-Value readAfter(Reader& reader, const Entry& entry) {
-  try {
-    return reader.read(entry);
-  } catch (...) {
-    if (isHeard(entry)) throw;
-    return {};
-  }
-}
-
 /// Ends a registration if its observer was destroyed without being removed.
 void prune(const Entry& entry, NSObject& here) {
   Registration& registration = *entry.registration;
@@ -110,18 +127,12 @@ void prune(const Entry& entry, NSObject& here) {
 }
 
 /// Calls the observer; false if it is destroyed.
-bool tell(const Entry& entry, NSObject& here, KeyValueChange&& change) {
-  const Registration& registration = *entry.registration;
+bool tell(const Entry& entry, NSObject& here, Delivery& delivery) {
+  Registration& registration = *entry.registration;
   if (!registration.isActive()) return true;
-  Ref<NSObject> kept;
-  NSObject* observer = registration.observer(kept);
-  if (!observer) return false;
-  if (entry.depth == 0) {
-    observer->observeValueForKeyPath(registration.keyPath(), here, change, registration.context());
-  } else if (const Ref<NSObject> root = registration.root(here, entry.depth)) {
-    observer->observeValueForKeyPath(registration.keyPath(), *root, change, registration.context());
-  }
-  return true;
+  if (entry.depth == 0) return registration.deliver(delivery, here);
+  const Ref<NSObject> root = registration.root(here, entry.depth);
+  return !root || registration.deliver(delivery, *root);
 }
 
 }  // namespace
@@ -133,10 +144,11 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
   if (!observers.wants(NSKeyValueObservingOptionOld) && !observers.wants(NSKeyValueObservingOptionPrior)) return;
   bool isPriorWanted = false;
   Reader reader(object);
+  Neighbours neighbours;
   forEachAffected(observers, key_, [&](const Entry& entry) {
     const Registration& registration = *entry.registration;
     isPriorWanted = isPriorWanted || registration.wants(NSKeyValueObservingOptionPrior);
-    if (!registration.wants(NSKeyValueObservingOptionOld)) return;
+    if (!registration.wants(NSKeyValueObservingOptionOld) || !neighbours.startsNew(entry)) return;
     if (oldValueCount_++ == 0) {
       firstOldValue_ = readBefore(reader, entry);
     } else {
@@ -144,12 +156,15 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     }
   });
   if (!isPriorWanted) return;
+  Delivery delivery(object);
+  neighbours.forget();
   std::size_t old = 0;
   forEachAffected(observers, key_, [&](const Entry& entry) {
     const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
-    const Value before = wantsOld ? oldValue(old++) : Value();
+    if (wantsOld && neighbours.startsNew(entry)) ++old;
     if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
-    (void)tell(entry, object, {before, Value(), true});  // a destroyed observer is detected again after the change
+    delivery.setChange(wantsOld ? oldValue(old - 1) : Value(), Value(), true);
+    (void)tell(entry, object, delivery);  // a destroyed observer is detected again after the change
   });
 }
 
@@ -177,16 +192,37 @@ void AnnouncedChange::complete() {
     });
   };
   if (observers.hasPaths()) forEachAffected(observers, key_, follow);
+  constexpr auto valueOptions = NSKeyValueObservingOptionOld | NSKeyValueObservingOptionNew;
+  Reader reader(*object_);
+  Delivery delivery(*object_);
+  Neighbours withOld, alike;
+  std::uint64_t lastOptions = 0;
   std::size_t old = 0;
   bool isAnyGone = false;
-  Reader reader(*object_);
   forEachAffected(observers, key_, [&](const Entry& entry) {
-    const bool wantsOld = entry.registration->wants(NSKeyValueObservingOptionOld);
-    const Value before = wantsOld ? oldValue(old++) : Value();
-    if (!entry.registration->isActive() || isHeardEarlier(observers, entry, key_)) return;
+    const Registration& registration = *entry.registration;
+    const bool wantsOld = registration.wants(NSKeyValueObservingOptionOld);
+    if (wantsOld && withOld.startsNew(entry)) ++old;
+    if (!registration.isActive() || isHeardEarlier(observers, entry, key_)) return;
     guarded([&] {
-      const bool wantsNew = entry.registration->wants(NSKeyValueObservingOptionNew);
-      if (!tell(entry, *object_, {before, wantsNew ? readAfter(reader, entry) : Value(), false})) isAnyGone = true;
+      const std::uint64_t options = registration.options() & valueOptions;
+      if (alike.startsNew(entry) || options != lastOptions) {
+        alike.forget();  // until the value is read
+        Value after;
+        if (registration.wants(NSKeyValueObservingOptionNew)) {
+          try {
+            after = reader.read(entry);
+          } catch (...) {
+            if (isHeard(entry)) throw;
+            isAnyGone = true;
+            return;
+          }
+        }
+        delivery.setChange(wantsOld ? oldValue(old - 1) : Value(), std::move(after), false);
+        lastOptions = options;
+        alike.startsNew(entry);
+      }
+      if (!tell(entry, *object_, delivery)) isAnyGone = true;
     });
   });
   if (isAnyGone) {
@@ -241,16 +277,15 @@ void detail::observe(NSObject& object, Ref<Registration> registration) {
     attach(object, std::move(registration), 0);
     return;
   }
-  Ref<NSObject> keptObserver;
-  const Ref<NSObject> keptObject = ref(object);  // the initial call may release it
-  NSObject* observer = registration->observer(keptObserver);
+  const Ref<NSObject> kept = ref(object);  // the initial call may release it
   if (!attach(object, registration, 0)) return;
   try {
     registration->follow(object);
-    if (!wantsInitial || !observer) return;
+    if (!wantsInitial || !registration->isActive()) return;
     const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
-    const KeyValueChange change(Value(), wantsNew ? registration->valueFrom(object, 0) : Value(), false);
-    observer->observeValueForKeyPath(registration->keyPath(), object, change, registration->context());
+    Delivery delivery(object);
+    delivery.setChange(Value(), wantsNew ? registration->valueFrom(object, 0) : Value(), false);
+    (void)registration->deliver(delivery, object);
   } catch (...) {
     endRegistration(&object, *registration);
     throw;

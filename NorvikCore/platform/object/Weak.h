@@ -55,6 +55,12 @@ class Weak {
   /// True if it refers to no object, or to one that is destroyed or is being destroyed.
   [[nodiscard]] bool isGone() const noexcept { return !record_ || detail::isGone(record_); }
 
+  /// Its side record, with one count for the caller; null for a Weak that is empty from the start.
+  [[nodiscard]] detail::SideRecord* retainedRecord() const noexcept {
+    if (record_) detail::retain(record_);
+    return record_;
+  }
+
   /// True if both refer to the same object, alive or destroyed, or both to none.
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.record_ == b.record_; }
 

@@ -950,6 +950,34 @@ TEST(NSNumberFormatter, ReadsPercentagesAndMoneyInWhatStandsAroundThem) {
   EXPECT_EQ(read(*money, "\u00A31,234.50)"), "no");
 }
 
+TEST(NSNumberFormatter, APercentageThatIsReadHasNoPlacesThatItDoesNotNeed) {
+  const auto percentage = british("#,##0.##%");
+  EXPECT_EQ(read(*percentage, "5,000%"), "50");
+  EXPECT_EQ(read(*percentage, "50%"), "0.5");
+  EXPECT_EQ(read(*percentage, "1200.00%"), "12.00");
+  EXPECT_EQ(read(*percentage, "12.50%"), "0.125");
+  EXPECT_EQ(read(*percentage, "0%"), "0");
+  EXPECT_EQ(read(*percentage, "12345678901234567890123456789012345678%"), "123456789012345678901234567890123456.78");
+}
+
+TEST(NSNumberFormatter, WritesNumbersAtTheLimitsOfTheFastPath) {
+  const auto money = british("#,##0.00");
+  const auto text = [&](const char* number) { return money->stringFromNumber(*Decimal::parse(number)); };
+  EXPECT_EQ(text("999999999999999999"), "999,999,999,999,999,999.00");
+  EXPECT_EQ(text("1000000000000000000"), "1,000,000,000,000,000,000.00");
+  EXPECT_EQ(text("9999999999999999.99"), "9,999,999,999,999,999.99");
+  EXPECT_EQ(text("99999999999999999.99"), "99,999,999,999,999,999.99");
+  EXPECT_EQ(text("-1000"), "-1,000.00");
+  EXPECT_EQ(text("-0.005"), "0.00") << "half to even, and no sign before zero";
+  EXPECT_EQ(text("0.1000"), "0.10");
+  EXPECT_EQ(text("1E3"), "1,000.00");
+  const auto bare = british("0.##");
+  bare->setMinimumIntegerDigits(0);
+  EXPECT_EQ(bare->stringFromNumber(0), "0");
+  EXPECT_EQ(bare->stringFromNumber(Decimal::parse("0.5").value()), ".5");
+  EXPECT_EQ(british("0,000,000,000,000,000,000.0")->stringFromNumber(7), "0,000,000,000,000,000,007.0");
+}
+
 TEST(NSNumberFormatter, WritesPercentagesOfTheGreatestNumbers) {
   const auto percentage = british("0%");
   EXPECT_EQ(percentage->stringFromNumber(Decimal::maximumDecimalNumber()),

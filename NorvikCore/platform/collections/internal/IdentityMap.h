@@ -10,22 +10,59 @@
 #include "NorvikCore/platform/object/internal/PointerTable.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace norvik::detail {
 
+/// An object, retained or held weakly, in one word, because a table has room for more entries than it holds.
+class HeldObject {
+ public:
+  HeldObject() noexcept = default;
+  HeldObject(NSObject& object, bool isRetained) noexcept
+      : word_(isRetained ? reinterpret_cast<std::uintptr_t>(ref(object).take())
+                         : reinterpret_cast<std::uintptr_t>(weakRecord(&object)) | 1) {}
+  HeldObject(HeldObject&& other) noexcept : word_(std::exchange(other.word_, 0)) {}
+  HeldObject& operator=(HeldObject&& other) noexcept {
+    std::swap(word_, other.word_);
+    return *this;
+  }
+  ~HeldObject() {
+    if (NSObject* retained = retainedObject()) {
+      release(retained);
+    } else if (word_ != 0) {
+      release(record());
+    }
+  }
+
+  [[nodiscard]] bool isEmpty() const noexcept { return word_ == 0; }
+  /// True if it is empty, or the object is held weakly and is destroyed.
+  [[nodiscard]] bool isGone() const noexcept { return !retainedObject() && (isEmpty() || detail::isGone(record())); }
+  [[nodiscard]] Ref<NSObject> object() const noexcept {
+    if (NSObject* retained = retainedObject()) return ref(*retained);
+    return isEmpty() ? nullptr : Ref<NSObject>::adopt(lock(record()));
+  }
+
+ private:
+  [[nodiscard]] NSObject* retainedObject() const noexcept {
+    return (word_ & 1) == 0 ? reinterpret_cast<NSObject*>(word_) : nullptr;
+  }
+  [[nodiscard]] SideRecord* record() const noexcept { return reinterpret_cast<SideRecord*>(word_ - 1); }
+
+  std::uintptr_t word_ = 0;  ///< the object, or its side record with the lowest bit set
+};
+
 template <class Payload>
 class IdentityMap {
  public:
   struct Entry {
-    Ref<NSObject> kept;      ///< either this
-    Weak<NSObject> watched;  ///< or this is set
+    HeldObject held;
     Payload payload{};
 
     /// Empty if a weakly held object is destroyed.
-    [[nodiscard]] Ref<NSObject> object() const { return kept ? kept : watched.lock(); }
-    [[nodiscard]] bool isGone() const noexcept { return !kept && watched.isGone(); }
+    [[nodiscard]] Ref<NSObject> object() const noexcept { return held.object(); }
+    [[nodiscard]] bool isGone() const noexcept { return held.isGone(); }
   };
 
   explicit IdentityMap(bool keepsObjects) noexcept : keepsObjects_(keepsObjects) {}
@@ -45,13 +82,9 @@ class IdentityMap {
   Payload& findOrInsert(NSObject& object, std::vector<Entry>& left) {
     if (!keepsObjects_ && table_.size() >= sweepAt_) sweep(left);
     Entry& entry = table_[&object];
-    if (entry.kept || !entry.watched.isGone()) return entry.payload;
-    if (entry.watched != Weak<NSObject>()) left.push_back(std::exchange(entry, Entry()));
-    if (keepsObjects_) {
-      entry.kept = ref(object);
-    } else {
-      entry.watched = Weak<NSObject>(&object);
-    }
+    if (!entry.isGone()) return entry.payload;
+    if (!entry.held.isEmpty()) left.push_back(std::exchange(entry, Entry()));
+    entry.held = HeldObject(object, keepsObjects_);
     return entry.payload;
   }
 

@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
 
 #include "NorvikCore/platform/values/Utf8.h"
+#include "NorvikCore/platform/values/internal/DecimalDivisor.h"
 
 #include <algorithm>
 #include <memory>
@@ -354,12 +355,47 @@ bool NumberReader::takeExponent(std::string_view& text, bool isLenient, Digits& 
   return takeRun(text, kind, digits) > 0;
 }
 
+namespace {
+
+/// Divides by ten repeatedly, and adds a place only where the last digit is not zero: 50% is 0.5.
+template <class Mantissa>
+Decimal dividedByTen(Mantissa mantissa, int exponent, bool isNegative, int times) noexcept {
+  for (; times > 0; --times) {
+    if (mantissa % 10 == 0) {
+      mantissa /= 10;
+    } else {
+      --exponent;
+    }
+  }
+  return DecimalAccess::make(mantissa, exponent, isNegative);
+}
+
+Decimal dividedByPowerOfTen(const Decimal& number, int power) noexcept {
+  if (power == 0) return number;
+  const UInt128 mantissa = DecimalAccess::mantissa(number);
+  const auto low = static_cast<std::uint64_t>(mantissa);  // 128-bit divisions are ten times as slow
+  return low == mantissa ? dividedByTen(low, number.exponent(), number.isNegative(), power)
+                         : dividedByTen(mantissa, number.exponent(), number.isNegative(), power);
+}
+
+/// True also for whole numbers beyond 64 bits.
+bool hasFraction(const Decimal& number) noexcept {
+  constexpr int mostPlaces = 18;
+  const int places = -number.exponent();
+  const UInt128 mantissa = DecimalAccess::mantissa(number);
+  if (places < 0 || places > mostPlaces || mantissa >= powersOfTen64[mostPlaces]) {
+    return number != Decimal(number.longLongValue());
+  }
+  return static_cast<std::uint64_t>(mantissa) % powerOfTen64(places) != 0;
+}
+
+}  // namespace
+
 std::optional<NumberReader::Reading> NumberReader::reading(std::string_view digits, bool hasPoint) const {
   const auto read = Decimal::parse(digits);
   if (!read || read->exponent() - settings_.power < Decimal::minimumExponent) return std::nullopt;
-  Decimal number = *read;
-  for (int i = 0; i < settings_.power; ++i) number = number / Decimal(10);  // leaves no trailing zeros: 50% is 0.5
-  return Reading{number, isBare_ ? hasPoint : number != Decimal(number.longLongValue())};
+  const Decimal number = dividedByPowerOfTen(*read, settings_.power);
+  return Reading{number, isBare_ ? hasPoint : hasFraction(number)};
 }
 
 }  // namespace norvik::detail

@@ -1,6 +1,8 @@
 #include "NorvikCore/platform/foundation/internal/PlainNumberPattern.h"
 
 #include "NorvikCore/platform/values/Decimal_charconv.h"
+#include "NorvikCore/platform/values/internal/DecimalDivisor.h"
+#include "NorvikCore/platform/values/internal/DigitPairs.h"
 
 #include <algorithm>
 #include <array>
@@ -27,7 +29,64 @@ NSRoundingMode modeFor(PlainNumberPattern::Rounding rounding, bool isNegative) n
   return NSRoundBankers;
 }
 
+/// Writes the last `count` digits of the number before p and removes them from the number.
+char* writeDigitsBefore(char* p, std::uint64_t& number, int count) noexcept {
+  for (; count >= 2; count -= 2) {
+    p -= 2;
+    writeDigitPair(p, number % 100);
+    number /= 100;
+  }
+  if (count == 1) {
+    *--p = static_cast<char>('0' + number % 10);
+    number /= 10;
+  }
+  return p;
+}
+
+/// The texts of most patterns have one to three characters, for which a call of memcpy costs more than this loop.
+char* writeTextBefore(char* p, std::string_view text) noexcept {
+  for (std::size_t i = text.size(); i-- > 0;) *--p = text[i];
+  return p;
+}
+
 }  // namespace
+
+bool PlainNumberPattern::isShort() const noexcept {
+  return maximumInteger >= mostShortDigits && minimumInteger <= mostShortDigits && minimumFraction <= mostShortDigits &&
+         groupingSeparator.size() <= 4 && decimalSeparator.size() <= 4 &&
+         std::max(positive.before.size() + positive.after.size(), negative.before.size() + negative.after.size()) <=
+             mostShortText;
+}
+
+std::string_view PlainNumberPattern::shortText(ShortText& room, const Decimal& number) const noexcept {
+  constexpr std::uint64_t beyond = 1'000'000'000'000'000'000;  // 10^18
+  int places = -(number.exponent() + power);
+  const UInt128 mantissa = DecimalAccess::mantissa(number);
+  if (mantissa >= beyond || places < 0 || places > std::min(maximumFraction, mostShortDigits)) return {};
+  auto digits = static_cast<std::uint64_t>(mantissa);
+  for (; places > minimumFraction && digits % 10 == 0; --places) digits /= 10;
+
+  const auto& around = number.isNegative() && digits != 0 ? negative : positive;
+  char* const end = room.data() + room.size();
+  char* p = writeTextBefore(end, around.after);
+  if (places > 0 || minimumFraction > 0) {
+    for (int i = places; i < minimumFraction; ++i) *--p = '0';
+    p = writeDigitsBefore(p, digits, places);
+    p = writeTextBefore(p, decimalSeparator);
+  } else if (digits == 0 && minimumInteger == 0) {
+    *--p = '0';
+  }
+  int left = std::max(minimumInteger, digitCount(digits));
+  if (isGrouped && left >= 3 + minimumGrouping) {
+    for (; left > 3; left -= 3) {
+      p = writeDigitsBefore(p, digits, 3);
+      p = writeTextBefore(p, groupingSeparator);
+    }
+  }
+  p = writeDigitsBefore(p, digits, left);
+  p = writeTextBefore(p, around.before);
+  return {p, static_cast<std::size_t>(end - p)};
+}
 
 void PlainNumberPattern::append(std::string& text, const Decimal& number) const {
   Decimal rounded =

@@ -8,7 +8,9 @@
 
 #include "NorvikCore/platform/values/Decimal.h"
 
+#include <array>
 #include <string>
+#include <string_view>
 
 namespace norvik::detail {
 
@@ -34,6 +36,16 @@ struct PlainNumberPattern {
   }
 
   void append(std::string& text, const Decimal& number) const;
+
+  static constexpr int mostShortDigits = 18;
+  static constexpr std::size_t mostShortText = 64;
+  /// Room for a whole part and a fraction with separators, and the texts around them.
+  using ShortText = std::array<char, 2 * mostShortDigits + 4 * (mostShortDigits / 3 + 1) + mostShortText>;
+  /// True if shortText() may be called; it depends on the settings only.
+  [[nodiscard]] bool isShort() const noexcept;
+  /// The fast path for numbers of up to 18 digits that need no rounding; the text is at the end of `room`. Empty for
+  /// other numbers, which append() writes.
+  [[nodiscard]] std::string_view shortText(ShortText& room, const Decimal& number) const noexcept;
 };
 
 }  // namespace norvik::detail

@@ -1,6 +1,5 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 
-#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
@@ -11,17 +10,15 @@
 namespace norvik::detail {
 
 void ObserverList::add(Entry entry, std::vector<Ref<Registration>>* gone) {
-  const bool isFull = entries_.size() >= std::max(greatestUnindexed, slots_.size() / 2);
+  const bool isFull = entries_.size() >= std::max<std::size_t>(greatestUnindexed, roomFor_);
   if (isFull && gone) takeGone(*gone);
-  options_ |= static_cast<std::uint32_t>(entry.registration->options());
+  options_ |= entry.registration->options_;
   hasPaths_ = hasPaths_ || !entry.registration->isLast(entry.depth);
+  if (isFull) closeGaps();
+  if (entry.depth == 0) entry.registration->position_ = static_cast<std::uint32_t>(entries_.size());
   entries_.push_back(std::move(entry));
   ++count_;
-  if (isFull) {
-    rebuild();
-  } else if (!slots_.empty()) {
-    enter(entries_.size() - 1);
-  }
+  if (!slots_.empty()) enter(entries_.size() - 1);
 }
 
 /// Leaves gaps, of which the index is not informed.
@@ -33,6 +30,13 @@ void ObserverList::takeGone(std::vector<Ref<Registration>>& gone) {
   }
 }
 
+Ref<Registration> ObserverList::removeRoot(const Registration& registration) {
+  const std::size_t position = registration.position_;
+  const bool isPresent = position < entries_.size() && entries_[position].registration.get() == &registration &&
+                         entries_[position].depth == 0;
+  return isPresent ? takeOut(position) : nullptr;
+}
+
 Ref<Registration> ObserverList::takeOut(std::size_t position) {
   Ref<Registration> removed = std::move(entries_[position].registration);
   --count_;
@@ -42,10 +46,10 @@ Ref<Registration> ObserverList::takeOut(std::size_t position) {
     older_.clear();
     options_ = 0;
     hasPaths_ = false;
-  } else if (slots_.empty()) {
-    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
-  } else if (entries_.size() > 2 * count_ + greatestUnindexed) {
-    rebuild();
+  } else if (position + 1 == entries_.size() && slots_.empty()) {
+    entries_.pop_back();
+  } else if (entries_.size() <= greatestUnindexed || entries_.size() > 2 * count_ + greatestUnindexed) {
+    closeGaps();
   } else if (!older_.empty()) {
     unlink(position);
   }
@@ -85,25 +89,37 @@ void ObserverList::enter(std::size_t position) {
   latest = static_cast<std::uint32_t>(position + 1);
 }
 
-/// Closes the gaps and rebuilds the index, with room for as many entries again.
-void ObserverList::rebuild() {
+/// Closes the gaps, and gives the entries as much room again before it is called for the next time.
+void ObserverList::closeGaps() {
   std::erase_if(entries_, [](const Entry& e) { return !e.registration; });
+  for (std::size_t position = 0; position < entries_.size(); ++position) {
+    if (entries_[position].depth == 0)
+      entries_[position].registration->position_ = static_cast<std::uint32_t>(position);
+  }
+  roomFor_ = static_cast<std::uint32_t>(2 * entries_.size());
+  if (!slots_.empty()) makeIndex();
+}
+
+void ObserverList::makeIndex() {
   slots_.clear();
   older_.clear();
   if (entries_.size() <= greatestUnindexed) return;
   std::size_t size = 4 * greatestUnindexed;
-  while (size < entries_.size() * 4) size *= 2;
+  while (size < std::max<std::size_t>(entries_.size(), roomFor_) * 2) size *= 2;
   slots_.resize(size);
-  for (std::size_t position = 0; position < entries_.size(); ++position) enter(position);
+  for (std::size_t position = 0; position < entries_.size(); ++position) {
+    if (entries_[position].registration) enter(position);
+  }
 }
 
 Ref<ObserverList> ObserverList::copy() const {
   auto same = make<ObserverList>();
   same->entries_ = entries_;
+  same->slots_ = slots_;
   same->count_ = count_;
   same->options_ = options_;
   same->hasPaths_ = hasPaths_;
-  same->rebuild();
+  same->closeGaps();
   return same;
 }
 
@@ -150,9 +166,8 @@ namespace {
 
 bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> registration, std::size_t depth) {
   if (ObjectAccess::isDying(object)) return false;
-  const auto* affecting = key && !key->affecting.empty() ? &key->affecting : nullptr;
   const std::uint32_t hash = registration->hash32();
-  ObserverList::Entry entry{std::move(registration), affecting, static_cast<std::uint32_t>(depth), hash};
+  ObserverList::Entry entry{std::move(registration), key, static_cast<std::uint32_t>(depth), hash};
   std::vector<Ref<Registration>> gone;
   {
     SideRecord& record = SideRecord::findOrMake(object);
@@ -186,6 +201,7 @@ bool attachPlain(NSObject& object, Ref<Registration>& registration) {
 
 void detach(const NSObject* object, const Registration& registration, std::size_t depth) {
   removeFrom(*object, [&](ObserverList& list) {
+    if (depth == 0) return list.removeRoot(registration);
     return list.remove(registration.hash32(), [&](const ObserverList::Entry& e) {
       return e.registration.get() == &registration && e.depth == depth;
     });
@@ -212,11 +228,7 @@ void endRegistration(NSObject* object, Registration& registration) {
   if (SideRecord* record = object ? SideRecord::find(*object) : nullptr) {
     WordLock lock(record->mutex);
     registration.stop();
-    removed = removeFrom(*record, *object, [&](ObserverList& list) {
-      return list.remove(registration.hash32(), [&](const ObserverList::Entry& e) {
-        return e.registration.get() == &registration && e.depth == 0;
-      });
-    });
+    removed = removeFrom(*record, *object, [&](ObserverList& list) { return list.removeRoot(registration); });
   } else {
     registration.stop();
   }

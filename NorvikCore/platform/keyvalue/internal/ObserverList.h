@@ -4,6 +4,7 @@
 // takes one reference count for any number of observers, and observers can be added and removed meanwhile.
 #pragma once
 
+#include "NorvikCore/platform/keyvalue/internal/ObservedKey.h"
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 #include "NorvikCore/platform/object/NSObject.h"
 
@@ -16,9 +17,9 @@ class ObserverList final : public NSObject {
   /// A registration at one element of its path. Without a registration it is the gap of a removed entry.
   struct Entry {
     Ref<Registration> registration;
-    const std::vector<NSString>* affecting;  ///< other keys of the object that affect this one, or null
-    std::uint32_t depth;                     ///< the index of the element in the path
-    std::uint32_t hash;                      ///< of the registration, even if that was removed
+    const ObservedKey* key;  ///< what the object's class states about the key of this element, or null
+    std::uint32_t depth;     ///< the index of the element in the path
+    std::uint32_t hash;      ///< of the registration, even if that was removed
   };
 
   /// In the order in which they were added.
@@ -34,6 +35,8 @@ class ObserverList final : public NSObject {
   /// If `gone` is given, it sometimes also removes the registrations on the object itself whose observers are
   /// destroyed, and appends them to `gone`. So a list with short-lived observers does not grow.
   void add(Entry entry, std::vector<Ref<Registration>>* gone);
+  /// Removes the entry of the registration at the first element of its path, in constant time. Empty if there is none.
+  Ref<Registration> removeRoot(const Registration& registration);
   /// Removes the latest entry with that hash for which `isWanted(entry)` is true.
   template <class IsWanted>
   Ref<Registration> remove(std::uint32_t hash, IsWanted&& isWanted);
@@ -54,13 +57,15 @@ class ObserverList final : public NSObject {
   Ref<Registration> takeOut(std::size_t position);
   void unlink(std::size_t position);
   void enter(std::size_t position);
-  void rebuild();
+  void closeGaps();
+  void makeIndex();
 
   std::vector<Entry> entries_;
   // A place is a position + 1, or 0 for none.
-  std::vector<std::uint32_t> slots_;  ///< the latest place of each hash; empty while there are few entries
+  std::vector<std::uint32_t> slots_;  ///< the latest place of each hash; empty before the first search of many entries
   std::vector<std::uint32_t> older_;  ///< for each place the next older one of its hash; empty if all hashes differ
   std::uint32_t count_ = 0;
+  std::uint32_t roomFor_ = 0;  ///< number of entries at which gaps are closed
   std::uint32_t options_ = 0;  ///< of all entries since the list was last empty
   bool hasPaths_ = false;
 };
@@ -68,7 +73,8 @@ class ObserverList final : public NSObject {
 template <class IsWanted>
 Ref<Registration> ObserverList::remove(std::uint32_t hash, IsWanted&& isWanted) {
   const auto isMatch = [&](const Entry& e) { return e.hash == hash && e.registration && isWanted(e); };
-  if (slots_.empty()) return removeAny(isMatch);
+  if (entries_.size() <= greatestUnindexed) return removeAny(isMatch);
+  if (slots_.empty()) makeIndex();
   for (std::uint32_t place = slotOf(hash); place != 0; place = older(place)) {
     if (isMatch(entries_[place - 1])) return takeOut(place - 1);
   }

@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/keyvalue/internal/CollectionOperators.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
@@ -81,15 +82,29 @@ NSObject* observable(const Value& value) {
 
 Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
-      hash_(hashOf(observer, keyPath, context)),
       keyPath_(std::move(keyPath)),
       context_(context),
-      options_(options) {
-  if (keyPath_.view().find('.') != std::string_view::npos) path_ = makePath(keyPath_);
-  if (!ObjectAccess::isPermanent(observer)) observerRecord_ = weakRecord(&observer);  // last: nothing raises after it
+      path_(makePath(keyPath_)),
+      options_(static_cast<std::uint32_t>(options)),
+      hash_(hashOf(observer, keyPath_, context)),
+      isObserverPermanent_(ObjectAccess::isPermanent(observer)) {
+  if (!isObserverPermanent_) observerRecord_ = weakRecord(&observer);  // last: nothing raises after it
+}
+
+Registration::Registration(NSObject& observer, const Weak<NSObject>& receiver, NSString keyPath,
+                           NSKeyValueObservingOptions options, void* context)
+    : observer_(&observer),
+      keyPath_(std::move(keyPath)),
+      context_(context),
+      path_(makePath(keyPath_)),
+      options_(static_cast<std::uint32_t>(options)),
+      hash_(hashOf(observer, keyPath_, this)),
+      isObserverPermanent_(true) {
+  observerRecord_ = receiver.retainedRecord();
 }
 
 std::unique_ptr<Registration::Path> Registration::makePath(const NSString& keyPath) {
+  if (keyPath.view().find('.') == std::string_view::npos) return nullptr;
   auto path = std::make_unique<Path>();
   path->keys = allKeys(keyPath);
   for (NSUInteger start = 0; const NSString& key : path->keys) {
@@ -113,13 +128,20 @@ std::uint32_t Registration::hashOf(const NSObject& observer, const NSString& key
 }
 
 bool Registration::isOf(const NSObject& observer) const noexcept {
-  return observer_ == &observer && (!observerRecord_ || observerRecord_ == SideRecord::find(observer));
+  return observer_ == &observer && (isObserverPermanent_ || observerRecord_ == SideRecord::find(observer));
 }
 
 NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
-  if (!observerRecord_) return observer_;
+  if (isObserverPermanent_) return observer_;
   kept = Ref<NSObject>::adopt(observerRecord_->retainedObject());
   return kept.get();
+}
+
+bool Registration::deliver(Delivery& delivery, NSObject& root) {
+  NSObject* observer = isObserverPermanent_ ? observer_ : delivery.kept(observerRecord_);
+  if (!observer) return false;
+  observer->observeValueForKeyPath(keyPath_, root, delivery.change(), context_);
+  return true;
 }
 
 void Registration::setRoot(NSObject& root) {

@@ -12,6 +12,8 @@
 
 namespace norvik::detail {
 
+class Delivery;
+
 /// A registration is in the list of every object along its path, under the next key of the path. So a change anywhere
 /// is noticed. If an object along the path is replaced, the entries behind it move to the objects that are now there.
 class NK_EXPORT Registration : public NSObject {
@@ -20,19 +22,26 @@ class NK_EXPORT Registration : public NSObject {
   ~Registration() override;
 
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
-  [[nodiscard]] NSKeyValueObservingOptions options() const noexcept { return options_; }
+  [[nodiscard]] NSKeyValueObservingOptions options() const noexcept {
+    return static_cast<NSKeyValueObservingOptions>(options_);
+  }
   [[nodiscard]] const NSString& keyPath() const noexcept { return keyPath_; }
   [[nodiscard]] void* context() const noexcept { return context_; }
   [[nodiscard]] std::uint32_t hash32() const noexcept { return hash_; }
   /// The hash of a registration with that observer, path and context. The path is not included for observers that are
-  /// never destroyed: these belong to the library, and have a context for each registration.
+  /// never destroyed: these belong to the library, and each of their registrations is passed as its own context.
   [[nodiscard]] static std::uint32_t hashOf(const NSObject& observer, const NSString& keyPath,
                                             const void* context) noexcept;
   /// True if it was made for this observer, and not for a destroyed one at the same address.
   [[nodiscard]] bool isOf(const NSObject& observer) const noexcept;
-  [[nodiscard]] bool isObserverGone() const noexcept { return observerRecord_ && detail::isGone(observerRecord_); }
+  [[nodiscard]] bool isObserverGone() const noexcept {
+    return !isObserverPermanent_ && detail::isGone(observerRecord_);
+  }
   /// Null if it is destroyed; otherwise `kept` retains it if necessary.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
+  /// Calls the observer about the delivery's change of the value that the path leads to from `root`. False, without a
+  /// call, if the observer is destroyed.
+  virtual bool deliver(Delivery& delivery, NSObject& root);
   /// Call it before the registration is attached.
   void setRoot(NSObject& root);
   /// The object on which the registration was made, empty once it is being destroyed; `here` is the object at `depth`.
@@ -62,7 +71,15 @@ class NK_EXPORT Registration : public NSObject {
   /// Called when the object at `depth` is being destroyed and its list no longer exists.
   void objectGoes(const NSObject& object, std::size_t depth);
 
+ protected:
+  /// For an observer that is never destroyed and passes the changes to the receiver.
+  Registration(NSObject& observer, const Weak<NSObject>& receiver, NSString keyPath, NSKeyValueObservingOptions options,
+               void* context);
+  [[nodiscard]] SideRecord* receiver() const noexcept { return observerRecord_; }
+
  private:
+  friend class ObserverList;  // for position_, of its entry in the list of the root, guarded by the lock of that list
+
   struct Path {
     std::vector<NSString> keys, rests;  ///< rests[i]: the path from keys[i] on
     Weak<NSObject> root;
@@ -80,13 +97,16 @@ class NK_EXPORT Registration : public NSObject {
   void place(std::size_t depth, NSObject* object) NK_REQUIRES(path_->mutex);
 
   NSObject* const observer_;
-  SideRecord* observerRecord_ = nullptr;  ///< with one count; null for an observer that is never destroyed
-  const std::uint32_t hash_;
+  SideRecord* observerRecord_ =
+      nullptr;  ///< with one count; of the observer, or of the object to which it passes changes
   const NSString keyPath_;
   void* const context_;
   std::unique_ptr<Path> path_;  ///< null for a path with one key
-  const NSKeyValueObservingOptions options_;
+  const std::uint32_t options_;
+  const std::uint32_t hash_;
+  std::uint32_t position_ = 0;
   std::atomic<bool> isActive_{true};
+  const bool isObserverPermanent_;
 };
 
 }  // namespace norvik::detail

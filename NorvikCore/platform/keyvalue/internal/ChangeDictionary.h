@@ -1,4 +1,4 @@
-// NorvikCore/observation/internal/ChangeDictionary.h - the dictionary that a block handler receives.
+// NorvikCore/platform/keyvalue/internal/ChangeDictionary.h - the dictionary that a block handler receives.
 //
 // An ordinary NSDictionary. If the handler did not keep it, it is reused for the thread's next change of the same
 // shape, because creating a dictionary takes four allocations and refilling one takes none.
@@ -11,11 +11,13 @@ namespace norvik::detail {
 
 class ChangeDictionary {
  public:
-  ChangeDictionary(const NSString& keyPath, const KeyValueChange& change);
+  /// The entries of the change after the key path, which has the key `pathKey`.
+  ChangeDictionary(const NSString& pathKey, const NSString& keyPath, const KeyValueChange& change);
   ~ChangeDictionary();
   ChangeDictionary(const ChangeDictionary&) = delete;
   ChangeDictionary& operator=(const ChangeDictionary&) = delete;
 
+  [[nodiscard]] bool isOf(const NSString& keyPath) const noexcept;
   const NSDictionary& operator*() const noexcept { return *dictionary_; }
 
  private:

@@ -1,6 +1,5 @@
-#include "NorvikCore/observation/internal/ChangeDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDictionary.h"
 
-#include "NorvikCore/observation/FBKVOController.h"
 #include "NorvikCore/platform/collections/internal/CollectionAccess.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 
@@ -14,15 +13,22 @@ namespace {
 /// One dictionary for each shape; empty while the dictionary is in use or after a handler kept it.
 using Spares = std::array<Ref<NSDictionary>, 8>;
 
-/// The thread's spare dictionaries; null after they were destroyed at the end of the thread.
-Spares* spares() {
-  static thread_local bool isGone = false;
+/// The thread's spare dictionaries; null before its first change and after they were destroyed at its end.
+constinit thread_local Spares* spares __attribute__((tls_model("initial-exec"))) = nullptr;
+
+/// Creates them, unless the thread is ending.
+void makeSpares() {
+  static constinit thread_local bool isEnding = false;
   struct Owned {
-    ~Owned() { isGone = true; }
-    Spares spares;
+    ~Owned() {
+      spares = nullptr;
+      isEnding = true;
+    }
+    Spares all;
   };
+  if (isEnding) return;
   static thread_local Owned owned;
-  return isGone ? nullptr : &owned.spares;
+  spares = &owned.all;
 }
 
 std::size_t shapeOf(const KeyValueChange& change) noexcept {
@@ -30,20 +36,23 @@ std::size_t shapeOf(const KeyValueChange& change) noexcept {
          (change.isPrior() ? 4u : 0u);
 }
 
-Ref<NSDictionary> made(const NSString& keyPath, const KeyValueChange& change) {
+Ref<NSDictionary> made(const NSString& pathKey, const NSString& keyPath, const KeyValueChange& change) {
   std::vector<NSDictionary::Entry> entries;
   entries.reserve(5);
-  entries.push_back({FBKVONotificationKeyPathKey, keyPath});
+  entries.push_back({pathKey, keyPath});
   change.forEachEntry([&](const NSString& key, const Value& value) { entries.push_back({key, value}); });
   return make<NSDictionary>(std::move(entries));
 }
 
 // The entries are in the order of made(): the key path, the kind, the new value, the old value, the prior mark.
 
+const NSString& keyPathIn(NSDictionary& dictionary) noexcept {
+  return *CollectionAccess::table(dictionary).entries()[0].value.string();
+}
+
 void fill(NSDictionary& dictionary, const NSString& keyPath, const KeyValueChange& change) {
   std::size_t position = 0;
-  const Value& present = CollectionAccess::table(dictionary).entries()[position].value;
-  if (!present.string()->isIdenticalTo(keyPath)) CollectionAccess::setValueAt(dictionary, position, keyPath);
+  if (!keyPathIn(dictionary).isIdenticalTo(keyPath)) CollectionAccess::setValueAt(dictionary, position, keyPath);
   ++position;  // the kind
   if (!change.newValue().isAbsent()) CollectionAccess::setValueAt(dictionary, ++position, change.newValue());
   if (!change.oldValue().isAbsent()) CollectionAccess::setValueAt(dictionary, ++position, change.oldValue());
@@ -56,19 +65,26 @@ void empty(NSDictionary& dictionary, std::size_t shape) {
 
 }  // namespace
 
-ChangeDictionary::ChangeDictionary(const NSString& keyPath, const KeyValueChange& change) : shape_(shapeOf(change)) {
-  if (Spares* unused = spares()) dictionary_ = std::exchange((*unused)[shape_], nullptr);
+ChangeDictionary::ChangeDictionary(const NSString& pathKey, const NSString& keyPath, const KeyValueChange& change)
+    : shape_(shapeOf(change)) {
+  if (!spares) makeSpares();
+  if (spares) dictionary_ = std::exchange((*spares)[shape_], nullptr);
   if (dictionary_) {
     fill(*dictionary_, keyPath, change);
   } else {
-    dictionary_ = made(keyPath, change);
+    dictionary_ = made(pathKey, keyPath, change);
   }
 }
 
 ChangeDictionary::~ChangeDictionary() {
   if (!ObjectAccess::isUnshared(*dictionary_)) return;
   empty(*dictionary_, shape_);  // may release objects, whose destruction may make further changes
-  if (Spares* unused = spares()) std::swap((*unused)[shape_], dictionary_);
+  if (spares) std::swap((*spares)[shape_], dictionary_);
+}
+
+bool ChangeDictionary::isOf(const NSString& keyPath) const noexcept {
+  const NSString& present = keyPathIn(*dictionary_);
+  return present.isIdenticalTo(keyPath) || present == keyPath;
 }
 
 }  // namespace norvik::detail

@@ -1,0 +1,35 @@
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
+
+#include <utility>
+
+namespace norvik::detail {
+
+Delivery::Delivery(NSObject& object) noexcept : object_(object), ownRecord_(SideRecord::find(object)) {}
+
+NSObject* Delivery::kept(SideRecord* record) noexcept {
+  // An observer that its call released is destroyed before the next call.
+  if (kept_ && ObjectAccess::count(*kept_).loadAcquire() == 1) {
+    keptRecord_ = nullptr;
+    kept_ = nullptr;
+  }
+  if (record == ownRecord_) return ObjectAccess::isGoing(object_) ? nullptr : &object_;
+  if (record != keptRecord_) {
+    keptRecord_ = nullptr;
+    kept_ = Ref<NSObject>::adopt(record->retainedObject());
+    if (kept_) keptRecord_ = record;
+  }
+  return kept_.get();
+}
+
+const NSDictionary& Delivery::dictionary(const NSString& pathKey, const NSString& keyPath) {
+  if (!dictionary_ || !dictionary_->isOf(keyPath)) {
+    dictionary_.reset();
+    dictionary_.emplace(pathKey, keyPath, *change_);
+  }
+  return **dictionary_;
+}
+
+}  // namespace norvik::detail

@@ -1,0 +1,45 @@
+// NorvikCore/platform/keyvalue/internal/Delivery.h - what the calls to the observers of one change share.
+//
+// Each is made once and reused as long as consecutive observers need the same: the retained observer, the change, and
+// the dictionary for blocks. So one more observer costs little more than its call.
+#pragma once
+
+#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDictionary.h"
+#include "NorvikCore/platform/object/NSObject.h"
+
+#include <optional>
+
+namespace norvik::detail {
+
+class SideRecord;
+
+class Delivery {
+ public:
+  /// The changed object; it must live as long as the delivery.
+  explicit Delivery(NSObject& object) noexcept;
+  Delivery(const Delivery&) = delete;
+  Delivery& operator=(const Delivery&) = delete;
+
+  /// The observer with that side record, which lives until the next call of this function; null if it is destroyed or
+  /// is being destroyed.
+  [[nodiscard]] NSObject* kept(SideRecord* record) noexcept;
+
+  void setChange(Value oldValue, Value newValue, bool isPrior) {
+    dictionary_.reset();
+    change_.emplace(std::move(oldValue), std::move(newValue), isPrior);
+  }
+  [[nodiscard]] const KeyValueChange& change() const noexcept { return *change_; }
+  /// The change as a dictionary that also holds the key path, under `pathKey`.
+  [[nodiscard]] const NSDictionary& dictionary(const NSString& pathKey, const NSString& keyPath);
+
+ private:
+  NSObject& object_;
+  SideRecord* const ownRecord_;
+  SideRecord* keptRecord_ = nullptr;
+  Ref<NSObject> kept_;
+  std::optional<KeyValueChange> change_;
+  std::optional<ChangeDictionary> dictionary_;
+};
+
+}  // namespace norvik::detail
