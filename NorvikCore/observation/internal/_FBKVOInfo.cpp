@@ -24,6 +24,13 @@ std::string namesOf(NSKeyValueObservingOptions options) {
   return text;
 }
 
+std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> handlerOf(FBKVONotificationBlock block,
+                                                                                         SEL action) {
+  if (block) return block;
+  if (action) return action;
+  return {};
+}
+
 }  // namespace
 
 _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
@@ -31,16 +38,24 @@ _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValue
     : Registration(_FBKVOSharedController::sharedController(), controller._observer, std::move(keyPath), options,
                    context),
       _controller(&controller),
-      _action(action),
-      _block(std::move(block)) {}
+      handler_(handlerOf(std::move(block), action)) {}
+
+_FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
+                       detail::ChangeBlock changeBlock)
+    : Registration(_FBKVOSharedController::sharedController(), controller._observer, std::move(keyPath), options,
+                   nullptr),
+      _controller(&controller),
+      handler_(std::move(changeBlock)) {}
 
 bool _FBKVOInfo::deliver(detail::Delivery& delivery, NSObject& root) {
   NSObject* observer = delivery.kept(receiver());
   if (!observer) return true;
-  if (_block) {
-    _block(*observer, root, delivery.dictionary(FBKVONotificationKeyPathKey, keyPath()));
-  } else if (_action) {
-    observer->performSelector(_action, delivery.change().dictionary(), ref(root));
+  if (const auto* changeBlock = std::get_if<detail::ChangeBlock>(&handler_)) {
+    (*changeBlock)(*observer, root, delivery.change(), keyPath());
+  } else if (const auto* block = std::get_if<FBKVONotificationBlock>(&handler_)) {
+    (*block)(*observer, root, delivery.dictionary(FBKVONotificationKeyPathKey, keyPath()));
+  } else if (const auto* action = std::get_if<SEL>(&handler_)) {
+    observer->performSelector(*action, delivery.change().dictionary(), ref(root));
   } else {
     observer->observeValueForKeyPath(keyPath(), root, delivery.change(), _context());
   }
@@ -88,13 +103,26 @@ bool _FBKVOInfo::isEqual(const NSObject& other) const {
 
 std::size_t _FBKVOInfo::hash() const { return std::hash<NSString>()(_keyPath()); }
 
+SEL _FBKVOInfo::_action() const noexcept {
+  const auto* action = std::get_if<SEL>(&handler_);
+  return action ? *action : SEL();
+}
+
+Ref<NSBlock> _FBKVOInfo::_block() const {
+  if (const auto* block = std::get_if<FBKVONotificationBlock>(&handler_)) return block->object();
+  if (const auto* block = std::get_if<detail::ChangeBlock>(&handler_)) return block->object();
+  return nullptr;
+}
+
 NSString _FBKVOInfo::description() const {
   NSString text =
       stringWithFormat("<%@:%p keyPath:%@", classObject().name(), static_cast<const void*>(this), _keyPath());
   if (_options() != 0) text = text + " options:" + namesOf(_options());
-  if (_action) text = text + " action:" + _action.name();
+  if (const SEL action = _action()) text = text + " action:" + action.name();
   if (_context()) text = text + stringWithFormat(" context:%p", _context());
-  if (_block) text = text + stringWithFormat(" block:%p", static_cast<const void*>(_block.object().get()));
+  if (const Ref<NSBlock> block = _block()) {
+    text = text + stringWithFormat(" block:%p", static_cast<const void*>(block.get()));
+  }
   return text + ">";
 }
 

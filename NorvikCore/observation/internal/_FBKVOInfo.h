@@ -4,6 +4,8 @@
 #include "NorvikCore/observation/FBKVOController.h"
 #include "NorvikCore/platform/keyvalue/internal/Registration.h"
 
+#include <variant>
+
 namespace norvik {
 
 /// The observation is also its registration with the runtime, and receives the changes itself. So each observation is
@@ -14,6 +16,9 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
 
   _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
              FBKVONotificationBlock block, SEL action, void* context);
+  /// With a block that gets the change itself instead of a dictionary.
+  _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
+             detail::ChangeBlock changeBlock);
   [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_block_action_context(
       FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options, FBKVONotificationBlock block,
       SEL action, void* context);
@@ -54,12 +59,13 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
     return isObserving_.loadRelaxed() ? Observing : Initial;
   }
   [[nodiscard]] void* _context() const noexcept { return context(); }
+  [[nodiscard]] SEL _action() const noexcept;
+  [[nodiscard]] Ref<NSBlock> _block() const;
 
   /// Not retained. Used only while the observation is being made, because a controller ends its observations before it
   /// is destroyed.
   FBKVOController* const _controller;
-  const SEL _action;
-  const FBKVONotificationBlock _block;
+  const std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> handler_;
   detail::AtomicWord<bool> isObserving_{false};
 };
 
