@@ -21,7 +21,7 @@ KEYWORDS = frozenset("""
     """.split())
 
 # What the search shows of a kind of declaration.
-KINDS = {"define": "macro", "typedef": "alias", "friend": "function", "variable": "constant or variable"}
+KINDS = {"define": "macro", "typedef": "alias", "friend": "function"}
 
 
 # A literal, a name or a character of a declaration.
@@ -54,7 +54,7 @@ class Reference:
 
     def __init__(self, xml, chapters):
         self.chapters = chapters
-        self.by_id, self.by_name, self.groups, self.constants = {}, {}, {}, {}
+        self.by_id, self.by_name, self.groups, self.mentioned = {}, {}, {}, {}
         self.of_page = {page.path: page for chapter in chapters for page in chapter.pages}
         for path in sorted(glob.glob(os.path.join(xml, "*.xml"))):
             if os.path.basename(path) != "index.xml":
@@ -79,8 +79,8 @@ class Reference:
                     name = shown(member.findtext("qualifiedname") or member.findtext("name"))
                     found = Entry(member, name, section, heading)
                     self.by_id[found.id] = found
-                    if found.kind in ("variable", "define", "typedef") and "::" not in found.name:
-                        self.constants[found.name] = found
+                    if found.kind in ("variable", "define", "typedef", "function") and "::" not in found.name:
+                        self.mentioned.setdefault(found.name, []).append(found)
                     if found.kind in ("typedef", "enum"):
                         self.by_name[found.name] = found
 
@@ -130,7 +130,7 @@ class Writer:
     """One page's HTML. Links are relative to the page, so that the pages need no server."""
 
     def __init__(self, reference, url):
-        self.reference, self.up = reference, "../" * url.count("/")
+        self.reference, self.url, self.up = reference, url, "../" * url.count("/")
 
     def link(self, url, content, kind=""):
         if not url:
@@ -140,11 +140,16 @@ class Writer:
     # -- texts
 
     def words(self, text):
-        """A text with links for constants and macros, which Doxygen does not link."""
+        """A text with links for constants, macros and plain names of functions, which Doxygen does not link."""
         def link(found):
-            target = self.reference.constants.get(found.group())
-            return self.link(target.url, found.group()) if target else found.group()
-        return re.sub(r"\b[A-Z]\w{3,}", link, html.escape(text or "", quote=False))
+            return self.link(self.mention(found.group()), found.group())
+        return re.sub(r"\b(?:[A-Z]\w{3,}|[a-z]+_\w+)", link, html.escape(text or "", quote=False))
+
+    def mention(self, name):
+        """The address of a name: the one on this page, or else the only page that has it."""
+        entries = self.reference.mentioned.get(name, [])
+        here_or_all = [each for each in entries if each.url.startswith(self.url + "#")] or entries
+        return here_or_all[0].url if len({each.file for each in here_or_all}) == 1 else None
 
     def inner(self, node):
         parts = [self.words(node.text)]
@@ -437,6 +442,8 @@ class Site:
         for entry in sorted(self.reference.by_id.values(), key=lambda each: (each.file, each.line)):
             scope, _, name = entry.name.rpartition("::")
             kind = KINDS.get(entry.kind, entry.kind)
+            if kind == "variable" and not scope:
+                kind = "constant"
             names.append([name, f"{scope or os.path.basename(entry.file)}: {kind}", entry.url])
             names += [[value.findtext("name"), f"{entry.name}: enumerator", entry.url] for value in entry.values]
         with open(os.path.join(self.output, "names.js"), "w", encoding="utf-8") as file:

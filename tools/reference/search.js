@@ -1,4 +1,5 @@
-// The search of the reference: names.js has every name with its place; the results are links, best first.
+// The search of the reference: names.js has every name with its place; the results are links, best first. Also scrolls
+// the list of chapters to the current page.
 (() => {
   "use strict";
   const up = document.currentScript.dataset.up;
@@ -60,6 +61,10 @@
     list.hidden = true;
     box.setAttribute("aria-expanded", "false");
   };
+
+  // The current page in the middle of the list of chapters, if the list scrolls beside the page.
+  const chapters = document.querySelector("nav"), current = chapters.querySelector("[aria-current]");
+  if (current) chapters.scrollTop = current.offsetTop - chapters.offsetTop - chapters.clientHeight / 2;
 
   box.addEventListener("input", show);
   box.addEventListener("focus", show);
