@@ -7,7 +7,7 @@ links = {}
 # The text of what has no text: Doxygen leaves out what has none.
 BLANK = "nk_blank"
 
-# Types of the implementation that stand for something a user writes.
+# Types of the implementation, as a user writes them.
 SPELLINGS = [
     (re.compile(r"\bdetail::ObjectArgument\b"), "NSObject&"),
     (re.compile(r"\bdetail::Filtered<\w+, \w+, (\w+)>"), r"Ref<\1>"),
