@@ -47,7 +47,7 @@ class NK_EXPORT Payment : public NSObject, private detail::PaymentAccess {
   NK_CODING
   /// The amount, in pounds.
   NK_PROPERTY(Decimal, amount, setAmount)
-  NK_WEAK_PROPERTY(Payslip, slip, setSlip)           // not retained
+  NK_WEAK_PROPERTY(Payslip, slip, setSlip)  // not retained
   NK_READONLY_PROPERTY(std::map<int, long>, counts)
   NK_METHOD(pay)
 
@@ -60,7 +60,9 @@ class NK_EXPORT Payment : public NSObject, private detail::PaymentAccess {
   [[nodiscard]] bool operator==(const Payment& other) const { return amount_ == other.amount_; }
   template <detail::Number T>
   requires(!std::same_as<T, bool>) Payment& operator+=(T value) {
-    if (value > 0) { amount_ += value; }
+    if (value > 0) {
+      amount_ += value;
+    }
     return *this;
   }
   double x = 0, y = 1;  ///< where it is
