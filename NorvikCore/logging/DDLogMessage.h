@@ -81,6 +81,7 @@ class NK_EXPORT DDLogMessage : public NSObject {
   [[nodiscard]] std::optional<NSString> methodName() const;
 
  protected:
+  /// What a message holds, in the order of initWithLogMsg().
   struct Fields {
     NSString logMsg;
     int level, flag, context, line;

@@ -584,7 +584,8 @@ TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
   EXPECT_EQ(linesOf(path).back(), "here");
 }
 
-// A manager may compress and remove the file that it is told of: here another program's, or none.
+// A manager may compress and remove the file of which it is notified. Here that file is another program's, or there is
+// none.
 TEST_F(DDFileLoggerTest, ARollOfAFileThatWasMovedOrReplacedOnlyClosesIt) {
   for (const bool isReplaced : {false, true}) {
     sayNow("first");

@@ -32,6 +32,7 @@ class NSMutableDictionary;
 class NK_EXPORT NSDictionary : public NSObject {
   NK_OBJECT(NSDictionary, NSObject)
 
+  /// A key with its value.
   struct Entry {
     Value key, value;
     friend const Value& keyOf(const Entry& entry) noexcept { return entry.key; }

@@ -17,6 +17,7 @@
 
 namespace norvik {
 
+/// A library by its name, with the version that this process uses.
 struct LinkedLibrary {
   NSString name, version;
 };

@@ -138,6 +138,7 @@ class NSAttributedString::Iterator {
   Run run_;
 };
 
+/// Attributed text that can be appended to and changed in place.
 class NK_EXPORT NSMutableAttributedString : public NSAttributedString {
   NK_OBJECT(NSMutableAttributedString, NSAttributedString)
   NK_CODING

@@ -13,6 +13,7 @@
 
 namespace norvik {
 
+/// The version of the distribution: "12" has the numbers 12, 0 and 0.
 struct NSOperatingSystemVersion {
   std::uint64_t majorVersion = 0, minorVersion = 0, patchVersion = 0;
 };

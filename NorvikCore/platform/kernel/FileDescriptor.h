@@ -41,6 +41,7 @@ class NK_EXPORT FileDescriptor {
   int descriptor_ = -1;
 };
 
+/// How openFile() opens a file. Without `write` and `append` it is opened for reading.
 struct OpenOptions {
   bool read = false;
   bool write = false;

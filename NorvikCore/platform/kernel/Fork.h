@@ -41,6 +41,7 @@ NK_EXPORT void atForkAlone(ForkHandler before, ForkHandler inParent, ForkHandler
 NK_EXPORT void holdForks() noexcept;
 NK_EXPORT void releaseForks() noexcept;
 
+/// Delays forks by other threads from construction to destruction.
 class ForkHold {
  public:
   ForkHold() noexcept { holdForks(); }

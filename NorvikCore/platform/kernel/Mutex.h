@@ -43,6 +43,7 @@ class NK_EXPORT NK_CAPABILITY("mutex") Mutex {
   detail::BusyWord word_;
 };
 
+/// Locks a mutex from construction to destruction.
 class NK_SCOPED_CAPABILITY MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) NK_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }

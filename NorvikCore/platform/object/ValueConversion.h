@@ -19,6 +19,7 @@ namespace norvik {
 template <class T>
 struct ValueConversion;
 
+/// A type that converts to a Value and back.
 template <class T>
 concept ValueConvertible = requires(const T& content, const Value& value) {
   { ValueConversion<T>::toValue(content) } -> std::convertible_to<Value>;

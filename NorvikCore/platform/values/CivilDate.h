@@ -18,6 +18,7 @@
 
 namespace norvik {
 
+/// A day of the calendar.
 struct CivilDate {
   std::int64_t year = 2001;
   std::int32_t month = 1;  ///< 1 to 12
@@ -26,6 +27,7 @@ struct CivilDate {
   friend constexpr auto operator<=>(const CivilDate&, const CivilDate&) noexcept = default;
 };
 
+/// A time of day.
 struct CivilTime {
   std::int32_t hour = 0;        ///< 0 to 23
   std::int32_t minute = 0;      ///< 0 to 59
@@ -35,6 +37,7 @@ struct CivilTime {
   friend constexpr auto operator<=>(const CivilTime&, const CivilTime&) noexcept = default;
 };
 
+/// A day and a time of that day.
 struct CivilDateTime {
   CivilDate date;
   CivilTime time;
@@ -42,6 +45,7 @@ struct CivilDateTime {
   friend constexpr auto operator<=>(const CivilDateTime&, const CivilDateTime&) noexcept = default;
 };
 
+/// A week of the calendar: it starts on Monday, and the first of a year has at least four days in that year.
 struct CivilWeek {
   std::int64_t year = 2001;  ///< the year that the week belongs to; it may differ from the year of the day
   std::int32_t week = 1;     ///< 1 to 53

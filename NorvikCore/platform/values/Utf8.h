@@ -48,6 +48,7 @@ namespace norvik::utf8 {
   return size;
 }
 
+/// A character and the number of bytes that it takes.
 struct Character {
   char32_t point;
   std::size_t size;  // in bytes
