@@ -1,41 +1,44 @@
 # Installs the library, its public headers, a CMake package and a pkg-config file whose prefix follows the file.
 if(NORVIK_INSTALL)
   include(CMakePackageConfigHelpers)
+  set(norvik_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-  install(TARGETS NorvikCore EXPORT NorvikCoreTargets
-          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-  install(EXPORT NorvikCoreTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+  # norvik_install_library(TARGET EXPORT COMPONENT DEVELOPMENT): the library is installed by one component of the
+  # installation, what programs are compiled with by another.
+  function(norvik_install_library target export component development)
+    install(TARGETS ${target} EXPORT ${export}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${development}
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
+            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development})
+    install(EXPORT ${export} NAMESPACE NorvikCore:: DESTINATION ${norvik_cmake_dir} COMPONENT ${development})
+  endfunction()
+
+  norvik_install_library(NorvikCore NorvikCoreTargets Library Development)
+  # A component's targets come from a separate file, so that a program that asks only for the core needs, for example,
+  # no libpq.
+  if(NORVIK_POSTGRESQL)
+    norvik_install_library(NorvikPostgreSQL NorvikCorePostgreSQLTargets PostgreSQL PostgreSQLDevelopment)
+  endif()
 
   # gdb looks for a library's script below auto-load/, in a folder with the library's own path. The prefix is that of the
   # installation, which `cmake --install --prefix` changes; it may be relative to the current folder, which is
   # CMAKE_BINARY_DIR in a script.
   if(BUILD_SHARED_LIBS)
     install(CODE "get_filename_component(norvik_prefix \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE BASE_DIR \"\${CMAKE_BINARY_DIR}\")
-get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_DIR \"\${norvik_prefix}\")")
+get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_DIR \"\${norvik_prefix}\")" COMPONENT Library)
     foreach(suffix -gdb.py .py)
       install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/gdb/norvikcore${suffix}
               DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${norvik_libdir}"
-              RENAME "$<TARGET_FILE_NAME:NorvikCore>${suffix}")
+              RENAME "$<TARGET_FILE_NAME:NorvikCore>${suffix}" COMPONENT Library)
     endforeach()
-  endif()
-
-  # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
-  if(NORVIK_POSTGRESQL)
-    install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets
-            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-    install(EXPORT NorvikCorePostgreSQLTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
   endif()
 
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in
                                 ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
-                                INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+                                INSTALL_DESTINATION ${norvik_cmake_dir})
   write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
   install(FILES ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake ${PROJECT_BINARY_DIR}/NorvikCoreConfigVersion.cmake
-          DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+          DESTINATION ${norvik_cmake_dir} COMPONENT Development)
 
   file(RELATIVE_PATH NORVIK_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" NORVIK_PREFIX_FROM_PC "${NORVIK_PREFIX_FROM_PC}")
@@ -46,8 +49,8 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
     set(NORVIK_PC_LIBS " -Wl,-z,nodelete")
   endif()
   configure_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCore.pc.in ${PROJECT_BINARY_DIR}/NorvikCore.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/NorvikCore)
+  install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
+  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/NorvikCore COMPONENT Licence)
 endif()
 
 # The installed headers, one per line as they are included, for the tests that compile each alone and for

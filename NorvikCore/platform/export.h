@@ -3,6 +3,14 @@
 
 #define NK_EXPORT __attribute__((visibility("default")))
 
+// Marks what internal headers offer to the tests. Only a build with tests exports it; in the shipped library it is
+// hidden. What they offer to the library's components is marked with NK_EXPORT.
+#ifdef NORVIK_EXPORT_INTERNALS
+#define NK_EXPORT_FOR_TESTS NK_EXPORT
+#else
+#define NK_EXPORT_FOR_TESTS
+#endif
+
 // Calls of the function go straight to it, and not by the table of a program's calls to other files: that is a page of
 // its own, which is seldom in the caches where little is called.
 #if defined(__GNUC__) && !defined(__clang__)

@@ -1,6 +1,6 @@
 cmake_minimum_required(VERSION 3.25)
 project(Consumer LANGUAGES CXX)
-find_package(NorvikCore 0.1 REQUIRED)
+find_package(NorvikCore 0.2 REQUIRED)
 add_executable(consumer consumer.cpp)
 target_compile_options(consumer PRIVATE -Wall -Werror)
 target_link_libraries(consumer PRIVATE NorvikCore::NorvikCore)

@@ -51,7 +51,7 @@ case $way in
     if [ "$way" = find_package ] && [ -e "$prefix/include/NorvikCore/postgresql" ]; then
       if ldd "$work/build/consumer" | grep libpq; then echo "the core needs libpq"; exit 1; fi
       mkdir "$work/component"
-      sed 's/NorvikCore 0.1 REQUIRED/NorvikCore 0.1 REQUIRED COMPONENTS PostgreSQL/; s/NorvikCore::NorvikCore/NorvikCore::PostgreSQL/' \
+      sed 's/NorvikCore 0.2 REQUIRED/NorvikCore 0.2 REQUIRED COMPONENTS PostgreSQL/; s/NorvikCore::NorvikCore/NorvikCore::PostgreSQL/' \
         "$here/consumer.cmake" >"$work/component/CMakeLists.txt"
       cp "$here/postgresql.cpp" "$work/component/consumer.cpp"
       cmake -S "$work/component" -B "$work/component/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"

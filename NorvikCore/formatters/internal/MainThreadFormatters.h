@@ -46,6 +46,6 @@ struct MainThreadFormatters {
   MainThreadFormatter<NKUkDateFormatter> ukPattern;
 };
 
-[[nodiscard]] NK_EXPORT MainThreadFormatters& mainThreadFormatters();
+[[nodiscard]] NK_EXPORT_FOR_TESTS MainThreadFormatters& mainThreadFormatters();
 
 }  // namespace norvik::detail

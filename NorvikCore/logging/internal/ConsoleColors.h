@@ -30,19 +30,19 @@ struct ConsoleColor {
 };
 
 /// The mode that the environment selects. Loads the table of a terminal's colours.
-[[nodiscard]] NK_EXPORT ConsoleMode consoleMode();
+[[nodiscard]] NK_EXPORT_FOR_TESTS ConsoleMode consoleMode();
 
 /// Load a table, unless one is loaded.
 void loadConsoleColors16() noexcept;
 void loadConsoleColors256() noexcept;
 /// The loaded table; empty if none is loaded.
-[[nodiscard]] NK_EXPORT std::span<const ConsoleColor> consoleColors() noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::span<const ConsoleColor> consoleColors() noexcept;
 
 /// The index of the nearest colour in the loaded table, by the distance of red, green and blue (each 0 to 1); the first
 /// of several, and 0 for an empty table.
-[[nodiscard]] NK_EXPORT std::size_t nearestConsoleColor(double red, double green, double blue) noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::size_t nearestConsoleColor(double red, double green, double blue) noexcept;
 /// The code after ESC [ for a row of the loaded table.
-[[nodiscard]] NK_EXPORT std::string consoleForegroundCode(std::size_t row);
-[[nodiscard]] NK_EXPORT std::string consoleBackgroundCode(std::size_t row);
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::string consoleForegroundCode(std::size_t row);
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::string consoleBackgroundCode(std::size_t row);
 
 }  // namespace norvik::detail

@@ -20,7 +20,7 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT ConsoleStamp {
+class NK_EXPORT_FOR_TESTS ConsoleStamp {
  public:
   ConsoleStamp();
   ~ConsoleStamp();

@@ -11,7 +11,7 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT CrashText {
+class NK_EXPORT_FOR_TESTS CrashText {
  public:
   CrashText(char* memory, std::size_t size) noexcept : memory_(memory), room_(size) {}
 

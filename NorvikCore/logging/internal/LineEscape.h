@@ -26,14 +26,14 @@
 namespace norvik::detail {
 
 /// The number of leading bytes that are ASCII and need no escape. Tests eight bytes at once.
-[[nodiscard]] NK_EXPORT std::size_t plainPrefix(std::string_view text) noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::size_t plainPrefix(std::string_view text) noexcept;
 
 /// Appends the escaped text; `text` is the view() of an NSString. The ASCII character `alsoEscaped`, if any, becomes \x
 /// and two digits too.
-NK_EXPORT void appendEscaped(std::string& line, std::string_view text, char alsoEscaped = '\0');
+NK_EXPORT_FOR_TESTS void appendEscaped(std::string& line, std::string_view text, char alsoEscaped = '\0');
 
 /// The original text; absent if a backslash does not begin one of the table's forms, or if the text has a lone
 /// surrogate half.
-[[nodiscard]] NK_EXPORT std::optional<NSString> unescapedText(const NSString& line);
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::optional<NSString> unescapedText(const NSString& line);
 
 }  // namespace norvik::detail

@@ -11,7 +11,8 @@ namespace norvik {
 /// The observation is also its registration with the runtime, and receives the changes itself. So each observation is
 /// one object. Two observations are equal if they have the same key path, whatever their handlers and
 /// options.
-class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-reserved-identifier): a given name
+class NK_EXPORT_FOR_TESTS _FBKVOInfo
+    : public detail::Registration {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOInfo, NSObject)
 
   _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,

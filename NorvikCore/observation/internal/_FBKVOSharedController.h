@@ -13,7 +13,8 @@
 
 namespace norvik {
 
-class NK_EXPORT _FBKVOSharedController : public NSObject {  // NOLINT(bugprone-reserved-identifier): a given name
+class NK_EXPORT_FOR_TESTS _FBKVOSharedController
+    : public NSObject {  // NOLINT(bugprone-reserved-identifier): a given name
   NK_OBJECT(_FBKVOSharedController, NSObject)
 
   /// Created on first use and never destroyed.

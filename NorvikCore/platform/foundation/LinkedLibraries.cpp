@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/foundation/LinkedLibraries.h"
 
+#include "NorvikCore/version.h"
+
 #include <sqlite3.h>
 #include <unicode/uversion.h>
 
@@ -10,7 +12,7 @@ std::vector<LinkedLibrary> linkedLibraries() {
   u_getVersion(numbers);
   char icu[U_MAX_VERSION_STRING_LENGTH]{};
   u_versionToString(numbers, icu);
-  return {{"NorvikCore", NORVIK_CORE_VERSION}, {"ICU", icu}, {"SQLite", sqlite3_libversion()}};
+  return {{"NorvikCore", libraryVersion()}, {"ICU", icu}, {"SQLite", sqlite3_libversion()}};
 }
 
 }  // namespace norvik

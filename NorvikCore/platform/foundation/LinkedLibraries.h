@@ -2,7 +2,7 @@
 // has loaded.
 //
 //   for (const LinkedLibrary& library : linkedLibraries()) NSLog("%@ %@", library.name, library.version);
-//   // NorvikCore 0.1.0
+//   // NorvikCore 0.2.0
 //   // ICU 72.1
 //   // SQLite 3.40.1
 //

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <string>
+
 #include "tests/examples/payrun/PayrunProgram.h"
 
 namespace payrun_test {
@@ -21,6 +24,39 @@ TEST(PayrunArguments, HelpNamesEveryOptionFileAndStatus) {
     EXPECT_THAT(result.out, HasSubstr(word));
   }
   for (const std::string& line : linesOf(result.out)) EXPECT_LE(line.size(), 120U) << line;
+}
+
+TEST(PayrunArguments, PagesNameEveryOptionFileAndStatus) {
+  const std::string manual = TemporaryFolder::read(PAYRUN_PAGES "/payrun.1");
+  const std::string completion = TemporaryFolder::read(PAYRUN_PAGES "/payrun.bash");
+  for (const std::string option : {"input", "month", "output", "log", "logs", "watch", "payslips", "html", "pdf",
+                                   "template", "generate", "diagnose", "help", "version"}) {
+    EXPECT_THAT(manual, HasSubstr("\\-\\-" + option));
+    EXPECT_THAT(completion, HasSubstr("--" + option));
+  }
+  for (const char* word : {"employer.ini", "employees.csv", "items.csv", "SIGINT", "SIGTERM", "EXIT STATUS"}) {
+    EXPECT_THAT(manual, HasSubstr(word));
+  }
+}
+
+/// The words that bash offers after the given words, without directories and files.
+std::string offered(const std::string& words) {
+  const std::string command = "bash -c 'source " PAYRUN_PAGES "/payrun.bash; COMP_WORDS=(payrun " + words +
+                              "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _payrun; echo \"${COMPREPLY[@]}\"'";
+  std::FILE* const output = ::popen(command.c_str(), "r");
+  std::string text;
+  if (output == nullptr) return text;
+  for (int c; (c = std::fgetc(output)) != EOF;) text += static_cast<char>(c);
+  ::pclose(output);
+  return text;
+}
+
+TEST(PayrunArguments, BashCompletesThem) {
+  EXPECT_EQ(offered("--pay"), "--payslips\n");
+  EXPECT_EQ(offered("--month 1"), "1 10 11 12\n");
+  EXPECT_EQ(offered("--log = s"), "sqlite= syslog\n");
+  EXPECT_EQ(offered("--generate 4"), "\n");
+  EXPECT_EQ(offered("--input " PAYRUN_PAGES "/example"), PAYRUN_PAGES "/example-employer\n");
 }
 
 TEST(PayrunArguments, VersionIsOneLine) {

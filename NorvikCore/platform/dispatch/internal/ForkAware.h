@@ -17,7 +17,7 @@ namespace norvik::detail {
 
 /// Registered from watchForks() to unwatchForks(). Call these after the construction and before the destruction,
 /// because another thread may fork at any moment.
-class NK_EXPORT ForkAware {
+class NK_EXPORT_FOR_TESTS ForkAware {
  public:
   ForkAware() = default;
   virtual ~ForkAware() = default;

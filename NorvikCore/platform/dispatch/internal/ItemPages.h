@@ -24,7 +24,7 @@ struct ItemPage {
   ItemPage* below = nullptr;  // the next page in the list of spare pages
 };
 
-class NK_EXPORT ItemPages {
+class NK_EXPORT_FOR_TESTS ItemPages {
  public:
   /// Memory whose address plus 8 bytes has the alignment of the heap. Null if `size` is too large for a page, and at
   /// the end of the thread.

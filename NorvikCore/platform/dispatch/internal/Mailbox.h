@@ -52,7 +52,7 @@ static_assert(sizeof(Letter) == 256);
 class Mailbox;
 
 /// Letters in order, as the reader receives them: at least one.
-class NK_EXPORT LetterRun {
+class NK_EXPORT_FOR_TESTS LetterRun {
  public:
   static constexpr std::size_t longest = 256;
 
@@ -81,7 +81,7 @@ struct LooseLetter final : Item {
   Mailbox* mailbox = nullptr;
 };
 
-class NK_EXPORT Mailbox final : public SerialQueue {
+class NK_EXPORT_FOR_TESTS Mailbox final : public SerialQueue {
  public:
   /// How many letters may wait or be in the reader's hands.
   static constexpr std::uint64_t bound = 1000;

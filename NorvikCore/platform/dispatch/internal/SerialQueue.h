@@ -28,7 +28,7 @@ namespace norvik::detail {
 
 class SyncWaiter;
 
-class NK_EXPORT SerialQueue : public QueueCore {
+class NK_EXPORT_FOR_TESTS SerialQueue : public QueueCore {
  public:
   explicit SerialQueue(const char* label) : SerialQueue(Kind::serial, label) {}
 

@@ -12,7 +12,7 @@ namespace norvik::detail {
 [[nodiscard]] int startThread(void* (*threadMain)(void*), void* argument) noexcept;
 
 /// For tests: while an object of this class lives, no thread can be started, as at a process limit.
-class NK_EXPORT ThreadStartsFail {
+class NK_EXPORT_FOR_TESTS ThreadStartsFail {
  public:
   ThreadStartsFail() noexcept;
   ~ThreadStartsFail();

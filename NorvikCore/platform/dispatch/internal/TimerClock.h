@@ -28,7 +28,7 @@ class TimerClock {
 /// The monotonic clock and the wall clock. One thread serves all timers: it starts with the first timer and ends when
 /// there have been none for the idle time. It sleeps until the next deadline, a new earliest timer, or a change of the
 /// wall clock.
-class NK_EXPORT SystemTimerClock final : public TimerClock, public ForkAware {
+class NK_EXPORT_FOR_TESTS SystemTimerClock final : public TimerClock, public ForkAware {
  public:
   /// Never destroyed.
   static SystemTimerClock& shared();

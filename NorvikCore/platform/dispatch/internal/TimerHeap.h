@@ -24,7 +24,7 @@ struct TimerSetting {
 };
 
 /// An object that a timer fires. It is in at most one heap at a time.
-class NK_EXPORT TimerEntry {
+class NK_EXPORT_FOR_TESTS TimerEntry {
  public:
   TimerEntry() = default;
   virtual ~TimerEntry() = default;
@@ -56,7 +56,7 @@ struct DueTimer {
   std::uint32_t setting;
 };
 
-class NK_EXPORT TimerHeap {
+class NK_EXPORT_FOR_TESTS TimerHeap {
  public:
   static constexpr std::uint64_t noMoment = ~std::uint64_t{0};
 

@@ -30,7 +30,7 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT WorkerPool final : public ForkAware {
+class NK_EXPORT_FOR_TESTS WorkerPool final : public ForkAware {
  public:
   /// Never destroyed.
   static WorkerPool& shared();

@@ -11,7 +11,7 @@
 namespace norvik::detail {
 
 /// ICU's names for each field of a date pattern that is written in words.
-struct NK_EXPORT DateNames {
+struct NK_EXPORT_FOR_TESTS DateNames {
   explicit DateNames(const icu::Locale& locale);
   DateNames(const DateNames&) = delete;
   DateNames& operator=(const DateNames&) = delete;

@@ -27,7 +27,7 @@ namespace norvik::detail {
 
 struct DateNames;
 
-class NK_EXPORT DatePattern {
+class NK_EXPORT_FOR_TESTS DatePattern {
  public:
   /// The input: a local time, split into fields.
   struct Fields {

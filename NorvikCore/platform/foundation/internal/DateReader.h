@@ -23,7 +23,7 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT DateReader {
+class NK_EXPORT_FOR_TESTS DateReader {
  public:
   struct Manner {
     bool isLenient = false;

@@ -28,7 +28,7 @@ struct LocaleData {
 
 /// The locale identifier that results from the values of these environment variables (null if not set): that of the
 /// first one that is not empty.
-[[nodiscard]] NK_EXPORT std::string localeIdentifierFromEnvironment(const char* all, const char* time,
-                                                                    const char* language);
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::string localeIdentifierFromEnvironment(const char* all, const char* time,
+                                                                              const char* language);
 
 }  // namespace norvik::detail

@@ -32,7 +32,7 @@ struct ZoneSpan {
   const ZoneType* type = nullptr;
 };
 
-class NK_EXPORT PosixZoneRule {
+class NK_EXPORT_FOR_TESTS PosixZoneRule {
  public:
   /// The rule written in the text; nothing unless the whole text is a rule.
   [[nodiscard]] static std::optional<PosixZoneRule> parse(std::string_view text);

@@ -15,7 +15,7 @@ namespace norvik::detail {
 
 /// Calls `function` after everything else, in the order of the requests. It must not raise. It runs on the thread that
 /// ends the process, which may be any thread and may hold any lock.
-NK_EXPORT void atProcessEnd(void (*function)());
+NK_EXPORT_FOR_TESTS void atProcessEnd(void (*function)());
 
 /// Calls those functions now, and again when the process ends. For a component that they need and whose libraries are
 /// finalised before this one. Call it at the end of the process only.

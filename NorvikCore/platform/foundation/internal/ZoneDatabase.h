@@ -14,10 +14,10 @@
 namespace norvik::detail {
 
 /// The rules of the zone called "Europe/London"; nullptr if there is none. "UTC" and "GMT" always exist.
-[[nodiscard]] NK_EXPORT const ZoneRules* zoneNamed(std::string_view name);
+[[nodiscard]] NK_EXPORT_FOR_TESTS const ZoneRules* zoneNamed(std::string_view name);
 
 /// The rules of ICU's data: the second source, of the same format. Not cached: every call creates new ones.
-[[nodiscard]] NK_EXPORT std::optional<ZoneRules> zoneFromIcu(std::string_view name);
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::optional<ZoneRules> zoneFromIcu(std::string_view name);
 
 struct NamedZone {
   std::string name;
@@ -26,9 +26,9 @@ struct NamedZone {
 
 /// The zone that a value of the TZ environment variable means: a name, a path of a zone file, or a rule. A leading
 /// colon is ignored, and the empty text is UTC. No rules if the value is none of these.
-[[nodiscard]] NK_EXPORT NamedZone zoneFromEnvironmentValue(std::string_view value);
+[[nodiscard]] NK_EXPORT_FOR_TESTS NamedZone zoneFromEnvironmentValue(std::string_view value);
 
 /// The machine's zone: the first of TZ, /etc/localtime, /etc/timezone and UTC that means a zone.
-[[nodiscard]] NK_EXPORT NamedZone systemZone();
+[[nodiscard]] NK_EXPORT_FOR_TESTS NamedZone systemZone();
 
 }  // namespace norvik::detail

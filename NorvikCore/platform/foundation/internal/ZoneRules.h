@@ -16,7 +16,7 @@
 
 namespace norvik::detail {
 
-class NK_EXPORT ZoneRules {
+class NK_EXPORT_FOR_TESTS ZoneRules {
  public:
   /// Reads a zone file (RFC 8536, versions 1 to 4). Nothing for damaged data and for files that count leap seconds.
   [[nodiscard]] static std::optional<ZoneRules> fromTzif(std::string_view bytes);

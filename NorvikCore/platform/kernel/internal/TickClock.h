@@ -22,7 +22,7 @@
 
 namespace norvik::kernel {
 
-class NK_EXPORT TickClock {
+class NK_EXPORT_FOR_TESTS TickClock {
  public:
   TickClock() noexcept;
 

@@ -16,7 +16,7 @@ class Delivery;
 
 /// A registration is in the list of every object along its path, under the next key of the path. So a change anywhere
 /// is noticed. If an object along the path is replaced, the entries behind it move to the objects that are now there.
-class NK_EXPORT Registration : public NSObject {
+class NK_EXPORT_FOR_TESTS Registration : public NSObject {
  public:
   Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context);
   ~Registration() override;

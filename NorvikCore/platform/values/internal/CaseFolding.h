@@ -6,7 +6,7 @@
 namespace norvik::detail {
 
 /// Unicode's simple folding of letters beyond ASCII.
-[[nodiscard]] NK_EXPORT char32_t foldCaseBeyondAscii(char32_t point) noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS char32_t foldCaseBeyondAscii(char32_t point) noexcept;
 
 /// Unicode's simple case folding: one character maps to one character, independent of the language.
 [[nodiscard]] inline char32_t foldCase(char32_t point) noexcept {

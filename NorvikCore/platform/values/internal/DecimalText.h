@@ -14,7 +14,7 @@ struct ReadResult {
 };
 
 /// Reads the longest prefix that is [-]digits[.digits][E[+-]digits] or NaN; sets `value` if the outcome is a number.
-NK_EXPORT ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept;
+NK_EXPORT_FOR_TESTS ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept;
 
 /// Writes the digits of n, "0" for 0, and returns their end. 39 characters at most.
 char* writeDigits(char* out, UInt128 n) noexcept;
@@ -22,6 +22,6 @@ char* writeDigits(char* out, UInt128 n) noexcept;
 inline constexpr int longestText = 168;  // a sign, 38 digits, 127 zeros; a sign, "0.", 128 digits
 
 /// Writes the plain text and returns its end.
-NK_EXPORT char* writeDecimal(char* out, const Decimal& value) noexcept;
+NK_EXPORT_FOR_TESTS char* writeDecimal(char* out, const Decimal& value) noexcept;
 
 }  // namespace norvik::detail

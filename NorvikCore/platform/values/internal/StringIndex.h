@@ -21,12 +21,12 @@ struct StringPlace {
 
 /// The place that is `units` after `from`, found by walking. `steps`, if given, is raised by the number of characters
 /// passed.
-[[nodiscard]] NK_EXPORT StringPlace walkUnits(std::string_view text, StringPlace from, std::size_t units,
-                                              std::size_t* steps = nullptr) noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS StringPlace walkUnits(std::string_view text, StringPlace from, std::size_t units,
+                                                        std::size_t* steps = nullptr) noexcept;
 
 /// The places of every 128th unit of a text: a look-up walks at most 128 characters from the nearest earlier place. It
 /// does not keep the text; each call must pass the same text. Immutable.
-class NK_EXPORT StringIndex {
+class NK_EXPORT_FOR_TESTS StringIndex {
  public:
   static constexpr std::size_t stride = 128;
   /// Text of fewer bytes is walked without an index.
@@ -46,9 +46,9 @@ class NK_EXPORT StringIndex {
 };
 
 /// The index of text that is never freed. The first use makes it; it is kept until the process ends.
-[[nodiscard]] NK_EXPORT const StringIndex& permanentIndex(std::string_view text);
+[[nodiscard]] NK_EXPORT_FOR_TESTS const StringIndex& permanentIndex(std::string_view text);
 
 /// The index that a counted text has made so far; null if none was needed yet.
-[[nodiscard]] NK_EXPORT const StringIndex* stringIndexOf(const NSString& text);
+[[nodiscard]] NK_EXPORT_FOR_TESTS const StringIndex* stringIndexOf(const NSString& text);
 
 }  // namespace norvik::detail

@@ -32,10 +32,10 @@ struct TextMatch {
 };
 
 /// The beginning of the text if it equals `wanted`; backwards, the end of the text.
-[[nodiscard]] NK_EXPORT std::optional<TextMatch> matchAtEdge(std::string_view text, std::string_view wanted,
-                                                             SearchManner manner) noexcept;
+[[nodiscard]] NK_EXPORT_FOR_TESTS std::optional<TextMatch> matchAtEdge(std::string_view text, std::string_view wanted,
+                                                                       SearchManner manner) noexcept;
 
-class NK_EXPORT TextSearch {
+class NK_EXPORT_FOR_TESTS TextSearch {
  public:
   TextSearch(std::string_view text, std::string_view wanted, SearchManner manner) noexcept
       : text_(text),
