@@ -21,14 +21,18 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
     endforeach()
   endif()
 
-  # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
-  if(NORVIK_POSTGRESQL)
-    install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets
-            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-    install(EXPORT NorvikCorePostgreSQLTargets NAMESPACE NorvikCore:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
-  endif()
+  # Each component's targets come from a separate file, so that a program that asks only for the core needs neither
+  # libpq nor Qt.
+  foreach(component PostgreSQL Qt)
+    if(TARGET Norvik${component})
+      install(TARGETS Norvik${component} EXPORT NorvikCore${component}Targets
+              LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+              ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+              FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+      install(EXPORT NorvikCore${component}Targets NAMESPACE NorvikCore::
+              DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
+    endif()
+  endforeach()
 
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in
                                 ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
@@ -58,11 +62,15 @@ list(SORT NORVIK_PUBLIC_HEADERS)
 list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
 file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")
 
-# The installed headers of the components, in the same form.
+# The installed headers of each component, in the same form, and of all of them.
 set(component_headers "")
-if(NORVIK_POSTGRESQL)
-  get_target_property(component_headers NorvikPostgreSQL HEADER_SET)
-  string(REPLACE "${PROJECT_SOURCE_DIR}/" "" component_headers "${component_headers};")
-endif()
-list(JOIN component_headers "\n" component_headers)
+foreach(component PostgreSQL Qt)
+  if(TARGET Norvik${component})
+    get_target_property(headers Norvik${component} HEADER_SET)
+    string(REPLACE "${PROJECT_SOURCE_DIR}/" "" headers "${headers}")
+    list(JOIN headers "\n" headers)
+    file(WRITE ${PROJECT_BINARY_DIR}/${component}_headers.txt "${headers}\n")
+    string(APPEND component_headers "${headers}\n")
+  endif()
+endforeach()
 file(WRITE ${PROJECT_BINARY_DIR}/component_headers.txt "${component_headers}")
