@@ -79,7 +79,8 @@ TEST(Documents, ShowTheBeginningOfAnExample) {
       "examples/drawing/drawing.cpp",    "examples/environment/environment.cpp", "examples/logging/console.cpp",
       "examples/logging/databases.cpp",  "examples/logging/logging.cpp",         "examples/markup/markup.cpp",
       "examples/money/money.cpp",        "examples/observation/observation.cpp", "examples/preferences/preferences.cpp",
-      "examples/queries/queries.cpp",    "examples/runtime/runtime.cpp",         "examples/text/text.cpp",
+      "examples/qt/editor.cpp",          "examples/queries/queries.cpp",         "examples/runtime/runtime.cpp",
+      "examples/text/text.cpp",
   };
   EXPECT_EQ(names, expected);
 }
