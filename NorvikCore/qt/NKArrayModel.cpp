@@ -105,7 +105,7 @@ class NKArrayModel::Rows {
   NSString keyPath_;
   std::vector<std::pair<const NSObject*, int>> rowsByObject_;  ///< sorted; empty if it must be built
   std::unordered_map<const NSObject*, int> observedRows_;      ///< an element is observed once, in how many rows it is
-  std::vector<bool> isReported_;  ///< the columns of which an unreadable cell was logged
+  std::vector<bool> isReported_;                               ///< the columns of which an unreadable cell was logged
 };
 
 /// Receives changes on any thread.
@@ -322,7 +322,8 @@ void NKArrayModel::Rows::change(const std::vector<Value>& next) {
     return;
   }
 
-  // The kept rows in their new order, then the removed ones; without those; with the inserted ones at the end; in order.
+  // The kept rows in their new order, then the removed ones; without those; with the inserted ones at the end; in
+  // order.
   std::vector<std::size_t> order;
   for (const std::size_t row : rowOf) {
     if (row != none) order.push_back(row);

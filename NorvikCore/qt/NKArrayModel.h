@@ -18,11 +18,14 @@
 // a large array costs nothing for rows that no view has shown. An element that is no object is not observed; the key
 // path "self" shows it.
 //
-// Roles:     Qt::DisplayRole is the formatter's text, or nk_toQVariant() of the value as text; Qt::EditRole the value by
+// Roles:     Qt::DisplayRole is the formatter's text, or nk_toQVariant() of the value as text; Qt::EditRole the value
+// by
 //            nk_toQVariant(); Qt::TextAlignmentRole; objectRole the element, as a norvik::Value.
-// Editing:   a text is read by the column's formatter, the value is validated by the element, and set. If the formatter,
+// Editing:   a text is read by the column's formatter, the value is validated by the element, and set. If the
+// formatter,
 //            the validation or the setter (by an NSException) refuses it, nothing is set and editRefused() tells why.
-// Threads:   confined to the model's thread. The array's property may be set on any thread; the elements of the new array
+// Threads:   confined to the model's thread. The array's property may be set on any thread; the elements of the new
+// array
 //            are copied there and compared on the model's thread, in its event loop. A cell that another thread changes
 //            is read later on the model's thread, so its property must allow that (NK_ATOMIC_PROPERTY).
 // Ownership: retains the elements and the formatters, but not the owner of the array. When the owner is destroyed, the

@@ -180,10 +180,9 @@ void NKFormatterValidator::noteText(const QString& text) {
 
 void NKFormatterValidator::noteSelection() {
   if (edit_.text() != original_) return;  // Qt undoes an edit, and has moved the caret before it asks the validator
-  originalSelection_ = edit_.hasSelectedText()
-                           ? NSRange{static_cast<NSUInteger>(edit_.selectionStart()),
-                                     static_cast<NSUInteger>(edit_.selectionLength())}
-                           : NSRange{static_cast<NSUInteger>(edit_.cursorPosition()), 0};
+  originalSelection_ = edit_.hasSelectedText() ? NSRange{static_cast<NSUInteger>(edit_.selectionStart()),
+                                                         static_cast<NSUInteger>(edit_.selectionLength())}
+                                               : NSRange{static_cast<NSUInteger>(edit_.cursorPosition()), 0};
 }
 
 void NKFormatterValidator::setErrorText(const QString& text) const {

@@ -7,6 +7,7 @@
 #include "NorvikCore/qt/QtConversions.h"
 #include "NorvikCore/qt/internal/QtLink.h"
 
+#include <QTextDocument>
 #include <QTimeZone>
 
 #include <algorithm>
@@ -68,12 +69,10 @@ class NKLogModel::Lines {
   const std::size_t maximumCount;
   LogLevel level = LOG_LEVEL_VERBOSE;
   std::deque<LogLine> kept;
-  std::size_t firstNumber = 0;      ///< of kept.front(): messages are numbered as they arrive
-  std::deque<std::size_t> shown;    ///< numbers of the kept messages that the level admits
+  std::size_t firstNumber = 0;    ///< of kept.front(): messages are numbered as they arrive
+  std::deque<std::size_t> shown;  ///< numbers of the kept messages that the level admits
 
-  [[nodiscard]] const LogLine& at(int row) const {
-    return kept[shown[static_cast<std::size_t>(row)] - firstNumber];
-  }
+  [[nodiscard]] const LogLine& at(int row) const { return kept[shown[static_cast<std::size_t>(row)] - firstNumber]; }
   [[nodiscard]] bool isShown(const LogLine& line) const { return line.flag <= level; }
   void clear();
 
@@ -87,12 +86,9 @@ class NKLogModel::Lines::Logger : public DDAbstractLogger {
   Logger(Lines& lines, std::size_t maximumCount) : lines_(&lines), maximumCount_(maximumCount) {}
 
   void logMessage(const DDLogMessage& message) override {
-    LogLine line{message.timestamp(),
-                 message.logFlag(),
-                 message.lineNumber(),
-                 QString::fromUtf8(message.queueLabel()),
-                 shownText(message.logMsg()),
-                 nk_toQString(message.fileName().value_or(NSString()))};
+    LogLine line{message.timestamp(),         message.logFlag(),
+                 message.lineNumber(),        QString::fromUtf8(message.queueLabel()),
+                 shownText(message.logMsg()), nk_toQString(message.fileName().value_or(NSString()))};
     {
       const MutexLock lock(mutex_);
       waiting_.push_back(std::move(line));
@@ -225,7 +221,10 @@ QVariant NKLogModel::data(const QModelIndex& index, int role) const {
   if (!hasIndex(index.row(), index.column(), index.parent())) return {};
   const LogLine& line = lines_->at(index.row());
   if (role == levelRole) return line.flag;
-  if (role == Qt::ToolTipRole) return QStringLiteral("%1:%2").arg(line.file).arg(line.lineNumber);
+  if (role == Qt::ToolTipRole) {
+    // As rich text, which a tool tip wraps.
+    return Qt::convertFromPlainText(line.text + QStringLiteral("\n%1:%2").arg(line.file).arg(line.lineNumber));
+  }
   if (role != Qt::DisplayRole) return {};
   switch (index.column()) {
     case TimeColumn:

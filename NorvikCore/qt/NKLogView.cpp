@@ -71,15 +71,10 @@ NKLogView::NKLogView(NKLogModel* model, QWidget* parent)
   messages_->setWordWrap(false);
   messages_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   messages_->verticalHeader()->hide();
-  const QFontMetrics metrics(messages_->font());
   messages_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  messages_->verticalHeader()->setDefaultSectionSize(metrics.height() + 6);
   QHeaderView& header = *messages_->horizontalHeader();
   header.setHighlightSections(false);
   header.setStretchLastSection(true);
-  header.resizeSection(NKLogModel::TimeColumn, metrics.horizontalAdvance(QStringLiteral("00:00:00.000")) + 24);
-  header.resizeSection(NKLogModel::LevelColumn, metrics.horizontalAdvance(QStringLiteral("Warning")) + 32);
-  header.resizeSection(NKLogModel::QueueColumn, metrics.horizontalAdvance(QStringLiteral("com.norvik.main-thread")) + 24);
 
   connect(model, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] {
     const QScrollBar& bar = *messages_->verticalScrollBar();
@@ -102,6 +97,31 @@ NKLogView::NKLogView(NKLogModel* model, QWidget* parent)
 }
 
 NKLogView::~NKLogView() = default;
+
+void NKLogView::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) fitColumns();
+}
+
+void NKLogView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  fitColumns();
+}
+
+void NKLogView::fitColumns() {
+  constexpr int margins = 36;  // with the padding that a style sheet may add
+  const QFontMetrics metrics(messages_->font());
+  const struct {
+    int column;
+    QString widest;
+  } columns[] = {{NKLogModel::TimeColumn, QStringLiteral("00:00:00.000")},
+                 {NKLogModel::LevelColumn, QStringLiteral("Warning")},
+                 {NKLogModel::QueueColumn, QStringLiteral("com.norvik.main-thread")}};
+  for (const auto& each : columns) {
+    messages_->horizontalHeader()->resizeSection(each.column, metrics.horizontalAdvance(each.widest) + margins);
+  }
+  messages_->verticalHeader()->setDefaultSectionSize(metrics.height() + 6);
+}
 
 bool NKLogView::eventFilter(QObject* watched, QEvent* event) {
   // Without this the table copies one cell.

@@ -39,7 +39,13 @@ class NK_EXPORT NKLogView : public QWidget {
   [[nodiscard]] QString selectedText() const;
   [[nodiscard]] bool eventFilter(QObject* watched, QEvent* event) override;
 
+ protected:
+  void changeEvent(QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
  private:
+  void fitColumns();
+
   NKLogModel& model_;
   QComboBox* const level_;
   QTableView* const messages_;

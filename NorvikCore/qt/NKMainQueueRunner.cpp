@@ -14,7 +14,7 @@
 namespace norvik {
 namespace {
 
-constexpr qint64 turn = 8;                          // ms of blocks before Qt's other events
+constexpr qint64 turn = 8;                              // ms of blocks before Qt's other events
 constexpr std::chrono::milliseconds shortagePause{10};  // between attempts to get the missing descriptor
 
 const NKMainQueueRunner* theRunner = nullptr;  // read and written on the main thread

@@ -26,8 +26,7 @@ class BoundProperty : public NSObject {
   NK_OBJECT(BoundProperty, NSObject)
   NK_COMPUTED_PROPERTY_WITH_SETTER(Value, value, setValue)
 
-  explicit BoundProperty(NKPropertyBinding& binding)
-      : binding_(&binding), thread_(binding.thread()) {}
+  explicit BoundProperty(NKPropertyBinding& binding) : binding_(&binding), thread_(binding.thread()) {}
 
   [[nodiscard]] Value value() const {
     const MutexLock lock(mutex_);
@@ -211,13 +210,15 @@ NKPropertyBinding& nk_bind_toObject_withKeyPath_options(QObject& receiver, const
   return *binding.release();
 }
 
-NKPropertyBinding& nk_bind_toObject_withKeyPath_options_block_reverseBlock(
-    QObject& receiver, const char* property, NSObject& object, const NSString& keyPath,
-    const Ref<NSDictionary>& options, const NKTransformBlock& block, const NKTransformBlock& reverseBlock) {
+NKPropertyBinding& nk_bind_toObject_withKeyPath_options_block_reverseBlock(QObject& receiver, const char* property,
+                                                                           NSObject& object, const NSString& keyPath,
+                                                                           const Ref<NSDictionary>& options,
+                                                                           const NKTransformBlock& block,
+                                                                           const NKTransformBlock& reverseBlock) {
   const Ref<NSMutableDictionary> all = options ? options->mutableCopy() : NSMutableDictionary::dictionary();
   if (reverseBlock) {
     all->setObject(NKBlockValueReversingTransformer::valueTransformerWithBlock(block, reverseBlock),
-                          NSValueTransformerBindingOption);
+                   NSValueTransformerBindingOption);
   } else if (block) {
     all->setObject(NKBlockValueTransformer::valueTransformerWithBlock(block), NSValueTransformerBindingOption);
   }

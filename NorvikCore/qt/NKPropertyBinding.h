@@ -8,8 +8,8 @@
 //
 // From the model: the property is set when it differs, at once if the change is made on the receiver's thread. A change
 // on another thread reaches the receiver through its event loop; of several changes that wait, only the last one does.
-// QtConversions.h says which value becomes which type. Decimals never become doubles: bind a field with a formatter, not
-// a QDoubleSpinBox.
+// QtConversions.h says which value becomes which type. Decimals never become doubles: bind a field with a formatter,
+// not a QDoubleSpinBox.
 //
 // To the model: each time the property's NOTIFY signal is emitted, the property is transformed in reverse, validated if
 // the options ask for it ("validate"), and set unless it is equal. Then the receiver shows the value that the model has

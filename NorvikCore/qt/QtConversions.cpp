@@ -15,9 +15,8 @@ constexpr std::int64_t exactInDouble = std::int64_t{1} << 53;
 QDate referenceDay() { return QDate(2001, 1, 1); }
 
 [[noreturn]] void raiseQtType(const Value& value, QMetaType type) {
-  NSException::raise(NSInvalidArgumentException,
-                     "a property of type " + NSString(type.name() ? type.name() : "?") + " cannot hold the value " +
-                         value.description());
+  NSException::raise(NSInvalidArgumentException, "a property of type " + NSString(type.name() ? type.name() : "?") +
+                                                     " cannot hold the value " + value.description());
 }
 
 template <class Integer>

@@ -9,8 +9,8 @@
 //
 // Texts:    unit by unit, including lone surrogate halves and NULs.
 // Dates:    a QDate is a payroll date: 00:00:00 UTC of its day, whatever the zone of the user. A QDateTime is an
-//           instant; its time zone is read and then lost. A date becomes a QDateTime in UTC, or in a given zone, rounded
-//           to the millisecond.
+//           instant; its time zone is read and then lost. A date becomes a QDateTime in UTC, or in a given zone,
+//           rounded to the millisecond.
 // Decimals: by their digits. A Decimal in a QVariant is a norvik::Decimal; no function makes a double of it.
 //
 // Every function is pure and safe on any thread.

@@ -41,7 +41,8 @@ class MarkFormatter : public NSFormatter {
   }
   [[nodiscard]] bool isPartialStringValid(NSString& proposed, NSRange& selection, const NSString& original,
                                           NSRange originalSelection, NSString* error) const override {
-    seen = stringWithFormat("%@ {%d, %d} -> %@", original, originalSelection.location, originalSelection.length, proposed);
+    seen =
+        stringWithFormat("%@ {%d, %d} -> %@", original, originalSelection.location, originalSelection.length, proposed);
     if (proposed.containsString("x")) {
       if (error) *error = "No x.";
       return false;
@@ -66,7 +67,9 @@ class NKFormatterValidatorTest : public ::testing::Test {
     QApplication::setActiveWindow(&window);
     other->setFocus();
   }
-  NKFormatterValidator* with(Ref<NSFormatter> formatter) { return new NKFormatterValidator(std::move(formatter), *edit); }
+  NKFormatterValidator* with(Ref<NSFormatter> formatter) {
+    return new NKFormatterValidator(std::move(formatter), *edit);
+  }
 
   QWidget window;
   QLineEdit *edit, *other;

@@ -44,7 +44,7 @@ TEST_F(NKLogModelTest, FollowsTheLogAndShowsWhatTheLevelAdmits) {
   EXPECT_EQ(texts(model), (std::vector<std::string>{"lost\\ngiro", "late", "read"}));
   EXPECT_EQ(model.index(1, NKLogModel::LevelColumn).data().toString(), "Warning");
   EXPECT_EQ(model.index(1, 0).data(NKLogModel::levelRole).toInt(), LOG_FLAG_WARN);
-  EXPECT_EQ(model.index(1, 0).data(Qt::ToolTipRole).toString(), "file:1");
+  EXPECT_EQ(model.index(1, 0).data(Qt::ToolTipRole).toString(), "<p>late<br>\nfile:1</p>");
   model.setLevel(LOG_LEVEL_WARN);
   EXPECT_EQ(texts(model), (std::vector<std::string>{"lost\\ngiro", "late"}));
   say("read again", LOG_FLAG_INFO);

@@ -23,8 +23,13 @@ TEST(QtConversions, HeaderExample) {
 }
 
 TEST(QtConversions, TextsKeepEveryUnit) {
-  const NSString rows[] = {"", "pay", "Zo\u00EB", "\U0001F4B7", NSString(std::string_view("a\0b", 3)),
-                           NSString::fromUtf16(u"a\xD83Dz"), NSString::fromBytes("\xff\xfe")};
+  const NSString rows[] = {"",
+                           "pay",
+                           "Zo\u00EB",
+                           "\U0001F4B7",
+                           NSString(std::string_view("a\0b", 3)),
+                           NSString::fromUtf16(u"a\xD83Dz"),
+                           NSString::fromBytes("\xff\xfe")};
   for (const NSString& row : rows) EXPECT_EQ(nk_toNSString(nk_toQString(row)), row) << row;
   EXPECT_EQ(nk_toQString(NSString::fromUtf16(u"a\xD83Dz")), QStringView(u"a\xD83Dz").toString());
 }

@@ -29,7 +29,8 @@ class QtPayslip : public norvik::NSObject {
     const Decimal amount = value->as<Decimal>();
     if (amount < 0) {
       if (error) {
-        *error = NSError::errorWithDomain("Payroll", 7, NSDictionary::dictionaryWith({{NSLocalizedDescriptionKey, "Pay is not below zero."}}));
+        *error = NSError::errorWithDomain(
+            "Payroll", 7, NSDictionary::dictionaryWith({{NSLocalizedDescriptionKey, "Pay is not below zero."}}));
       }
       return false;
     }

@@ -27,7 +27,8 @@ class ErrorMarks : public QObject {
       connect(&source, &QObject::destroyed, this, [this, &source] {
         if (const auto place = placeOf(source); place != reasons_.end()) reasons_.erase(place);
         // Later, because the widget may be in its destructor.
-        QMetaObject::invokeMethod(this, [this] { show(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { show(); }, Qt::QueuedConnection);
       });
     } else if (reason.isEmpty()) {
       disconnect(&source, nullptr, this, nullptr);
@@ -66,8 +67,8 @@ class ErrorMarks : public QObject {
 }  // namespace
 
 void markError(QWidget& widget, const QObject& source, const QString& reason) {
-  auto* marks = static_cast<ErrorMarks*>(
-      widget.findChild<QObject*>(QStringLiteral("nk_errorMarks"), Qt::FindDirectChildrenOnly));
+  auto* marks =
+      static_cast<ErrorMarks*>(widget.findChild<QObject*>(QStringLiteral("nk_errorMarks"), Qt::FindDirectChildrenOnly));
   if (marks == nullptr) {
     if (reason.isEmpty()) return;
     marks = new ErrorMarks(widget);
