@@ -14,11 +14,13 @@ if(NORVIK_INSTALL)
   endfunction()
 
   norvik_install_library(NorvikCore NorvikCoreTargets Library Development)
-  # A component's targets come from a separate file, so that a program that asks only for the core needs, for example,
-  # no libpq.
-  if(NORVIK_POSTGRESQL)
-    norvik_install_library(NorvikPostgreSQL NorvikCorePostgreSQLTargets PostgreSQL PostgreSQLDevelopment)
-  endif()
+  # A component's targets come from a separate file, so that a program that asks only for the core needs neither libpq
+  # nor Qt.
+  foreach(component PostgreSQL Qt)
+    if(TARGET Norvik${component})
+      norvik_install_library(Norvik${component} NorvikCore${component}Targets ${component} ${component}Development)
+    endif()
+  endforeach()
 
   # gdb looks for a library's script below auto-load/, in a folder with the library's own path. The prefix is that of the
   # installation, which `cmake --install --prefix` changes; it may be relative to the current folder, which is
@@ -61,11 +63,15 @@ list(SORT NORVIK_PUBLIC_HEADERS)
 list(JOIN NORVIK_PUBLIC_HEADERS "\n" NORVIK_PUBLIC_HEADERS)
 file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${NORVIK_PUBLIC_HEADERS}\n")
 
-# The installed headers of the components, in the same form.
+# The installed headers of each component, in the same form, and of all of them.
 set(component_headers "")
-if(NORVIK_POSTGRESQL)
-  get_target_property(component_headers NorvikPostgreSQL HEADER_SET)
-  string(REPLACE "${PROJECT_SOURCE_DIR}/" "" component_headers "${component_headers};")
-endif()
-list(JOIN component_headers "\n" component_headers)
+foreach(component PostgreSQL Qt)
+  if(TARGET Norvik${component})
+    get_target_property(headers Norvik${component} HEADER_SET)
+    string(REPLACE "${PROJECT_SOURCE_DIR}/" "" headers "${headers}")
+    list(JOIN headers "\n" headers)
+    file(WRITE ${PROJECT_BINARY_DIR}/${component}_headers.txt "${headers}\n")
+    string(APPEND component_headers "${headers}\n")
+  endif()
+endforeach()
 file(WRITE ${PROJECT_BINARY_DIR}/component_headers.txt "${component_headers}")

@@ -92,6 +92,7 @@ TEST(Documents, ShowTheBeginningOfAnExample) {
       "examples/money/money.cpp",
       "examples/observation/observation.cpp",
       "examples/preferences/preferences.cpp",
+      "examples/qt/editor.cpp",
       "examples/queries/queries.cpp",
       "examples/runtime/runtime.cpp",
       "examples/text/text.cpp",

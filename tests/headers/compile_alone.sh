@@ -1,16 +1,19 @@
 #!/usr/bin/env bash
-# compile_alone.sh COMPILER INCLUDE-FOLDER LIST: compiles one line that includes a header, for each header of the list,
+# compile_alone.sh COMPILER INCLUDE-FOLDER LIST [OPTION...]: compiles one line that includes a header, for each header of the list,
 # with all warnings turned on. A header that its own source file includes first is skipped, because clang builds the
 # library without precompiled headers and has compiled it there. Prints the headers that do not compile. The status is 1
 # if there is one, or if the list is empty.
 set -u
 compiler=$1 folder=$2 list=$3
+shift 3
+options=$*
 [ -s "$list" ] || { echo "no headers in $list"; exit 1; }
-export compiler folder
+export compiler folder options
 
 compile_one() {
   printf '#include "%s"\n' "$1" |
-    "$compiler" -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -I "$folder" -x c++ - ||
+    # shellcheck disable=SC2086 - the options are words
+    "$compiler" -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -I "$folder" $options -x c++ - ||
     { echo "does not compile alone: $1"; exit 1; }
 }
 export -f compile_one

@@ -48,22 +48,32 @@ case $way in
     cmake --build "$work/build"
     "$work/build/consumer"
     # A component is found by its name. Only a program that requests it needs its library.
-    if [ "$way" = find_package ] && [ -e "$prefix/include/NorvikCore/postgresql" ]; then
-      if ldd "$work/build/consumer" | grep libpq; then echo "the core needs libpq"; exit 1; fi
-      mkdir "$work/component"
-      sed 's/NorvikCore 0.2 REQUIRED/NorvikCore 0.2 REQUIRED COMPONENTS PostgreSQL/; s/NorvikCore::NorvikCore/NorvikCore::PostgreSQL/' \
-        "$here/consumer.cmake" >"$work/component/CMakeLists.txt"
-      cp "$here/postgresql.cpp" "$work/component/consumer.cpp"
-      cmake -S "$work/component" -B "$work/component/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
-      cmake --build "$work/component/build"
-      "$work/component/build/consumer"
-      sed -i 's/COMPONENTS PostgreSQL/COMPONENTS Oracle/' "$work/component/CMakeLists.txt"
-      if cmake -S "$work/component" -B "$work/component/other" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_PREFIX_PATH="$prefix" 2>"$work/component/refused.txt"; then
+    if [ "$way" = find_package ]; then
+      if ldd "$work/build/consumer" | grep -E 'libpq|libQt'; then echo "the core needs a component's library"; exit 1; fi
+      for component in PostgreSQL Qt; do
+        folder=$work/$component name=${component,,}
+        [ -e "$prefix/include/NorvikCore/$name" ] || continue
+        mkdir "$folder"
+        sed "s/NorvikCore 0.2 REQUIRED/& COMPONENTS $component/; s/NorvikCore::NorvikCore/NorvikCore::$component/" \
+          "$here/consumer.cmake" >"$folder/CMakeLists.txt"
+        cp "$here/$name.cpp" "$folder/consumer.cpp"
+        if [ "$component" = Qt ]; then
+          sed -i 's/^find_package/set(CMAKE_AUTOMOC ON)\n&/; s/consumer.cpp/& qt_window.h/' "$folder/CMakeLists.txt"
+          cp "$here/qt_window.h" "$folder/"
+        fi
+        cmake -S "$folder" -B "$folder/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+        cmake --build "$folder/build"
+        QT_QPA_PLATFORM=offscreen "$folder/build/consumer"
+      done
+      mkdir "$work/other"
+      sed 's/REQUIRED/REQUIRED COMPONENTS Oracle/' "$here/consumer.cmake" >"$work/other/CMakeLists.txt"
+      cp "$here/consumer.cpp" "$work/other/"
+      if cmake -S "$work/other" -B "$work/other/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
+        -DCMAKE_PREFIX_PATH="$prefix" 2>"$work/other/refused.txt"; then
         echo "a component that is not there was found"
         exit 1
       fi
-      grep -q "it was built without a component Oracle" "$work/component/refused.txt"
+      grep -q "it was built without a component Oracle" "$work/other/refused.txt"
     fi
     ;;
   pkg_config)

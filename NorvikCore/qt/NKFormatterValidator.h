@@ -1,0 +1,108 @@
+// NorvikCore/qt/NKFormatterValidator.h - a line edit that holds a value, by one of the library's formatters.
+//
+//   auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), *edit);    // owned by the edit
+//   pay->setObjectValue(1234.5_dec);                           // the edit shows "1,234.50"
+//   QObject::connect(pay, &NKFormatterValidator::valueChanged, ...);
+//   nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", nullptr);      // NKPropertyBinding.h
+//
+// Each edit, by keys, pasting, dropping or an input method, is passed to isPartialStringValid() with the text and the
+// selection before it. The edit is accepted, refused, or replaced by the formatter's text with the formatter's caret or
+// selection. A replaced edit ends the edit's undo history, because Qt has no other way to replace a text.
+//
+// The text becomes the value when editing ends: Return, Enter, or another widget gets the focus. A text that the
+// formatter cannot read stays for the user to correct; Escape shows the value again. While the edit has the focus and
+// nothing is typed, it shows the formatter's editing text. A text that nobody changed is not read, so that a value with
+// more digits than its text is kept.
+//
+// errorText() says why the last edit or the last end of editing was refused, until an edit is accepted. The edit's tool
+// tip shows it too, and its property "invalid" is true meanwhile, for style sheets: QLineEdit[invalid="true"] {...}.
+//
+// Ownership: retains the formatter. A child of the line edit, which it is installed in as its validator.
+// Threads:   confined to the thread of the line edit.
+// Errors:    an exception of the formatter passes to Qt's event loop, which ends the process.
+#pragma once
+
+#include "NorvikCore/platform/export.h"
+
+#ifndef Q_MOC_RUN  // moc of Qt 6.4 cannot read <concepts>
+#include "NorvikCore/platform/foundation/NSFormatter.h"
+#include "NorvikCore/platform/object/Value.h"
+#endif
+
+#include <QValidator>
+#include <QVariant>
+
+QT_BEGIN_NAMESPACE
+class QLineEdit;
+QT_END_NAMESPACE
+
+namespace norvik {
+
+class NK_EXPORT NKFormatterValidator : public QValidator {
+  Q_OBJECT
+  /// objectValue() as QtConversions.h converts it.
+  Q_PROPERTY(QVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
+  Q_PROPERTY(QString errorText READ errorText NOTIFY errorTextChanged)
+  /// True: each edit that can be read becomes the value at once; the text stays as typed. Initially false.
+  Q_PROPERTY(bool updatesContinuously READ updatesContinuously WRITE setUpdatesContinuously)
+
+ public:
+  /// An empty Ref raises NSInvalidArgumentException. A previous validator of the edit stays its owner's.
+  NKFormatterValidator(Ref<NSFormatter> formatter, QLineEdit& edit);
+  ~NKFormatterValidator() override;
+
+  [[nodiscard]] const Ref<NSFormatter>& formatter() const noexcept { return formatter_; }
+  [[nodiscard]] QLineEdit& edit() const noexcept { return edit_; }
+
+  /// Absent until a value is set or typed.
+  [[nodiscard]] const Value& objectValue() const noexcept { return value_; }
+  /// Shows the value; a text that is being edited is replaced unless the value is equal. The empty text shows an absent
+  /// value and one that the formatter cannot show.
+  void setObjectValue(const Value& value);
+  [[nodiscard]] QVariant value() const;
+  void setValue(const QVariant& value);
+
+  [[nodiscard]] QString errorText() const { return errorText_; }
+  [[nodiscard]] bool updatesContinuously() const noexcept { return updatesContinuously_; }
+  void setUpdatesContinuously(bool updates) noexcept { updatesContinuously_ = updates; }
+
+  [[nodiscard]] State validate(QString& text, int& position) const override;
+  void fixup(QString& text) const override;
+  [[nodiscard]] bool eventFilter(QObject* watched, QEvent* event) override;
+
+ public Q_SLOTS:
+  /// Ends editing: the text becomes the value. False if the formatter cannot read it.
+  bool commit();
+  /// Shows the value again.
+  void cancel();
+
+ Q_SIGNALS:
+  void valueChanged(const QVariant& value);
+  void errorTextChanged(const QString& errorText) const;
+  void cancelled();
+
+ private:
+  [[nodiscard]] bool read(Value& value, NSString* error) const;
+  bool take(const Value& value);
+  void show(const std::optional<NSString>& text);
+  void showValue();
+  void showEditingText();
+  void noteText(const QString& text);
+  void noteSelection();
+  void setErrorText(const QString& text) const;
+
+  const Ref<NSFormatter> formatter_;
+  QLineEdit& edit_;
+  Value value_;
+  /// The text and the selection before the edit that validate() is asked about.
+  QString original_;
+  NSRange originalSelection_{0, 0};
+  mutable std::optional<QString> judged_;  ///< the text that validate() accepted or made, until the edit has it
+  mutable NSRange replacementSelection_{0, 0};
+  mutable QString errorText_;
+  bool isEdited_ = false;  ///< the text was changed after it was shown
+  bool isShowing_ = false;
+  bool updatesContinuously_ = false;
+};
+
+}  // namespace norvik

@@ -1,0 +1,291 @@
+#include "NorvikCore/qt/NKPropertyBinding.h"
+
+#include "NorvikCore/constants/NKBind.h"
+#include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
+#include "NorvikCore/platform/values/NSException.h"
+#include "NorvikCore/qt/NKFormatterValidator.h"
+#include "NorvikCore/qt/QtConversions.h"
+#include "tests/qt/QtModels.h"
+#include "tests/support/ExpectRaises.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDateEdit>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+#include <thread>
+
+namespace {
+
+using namespace norvik;
+using norvik::test::payslipOf;
+using norvik::test::runUntil;
+
+Ref<NSDictionary> tokens(const NSString& tokens) { return NSDictionary::dictionaryWith({{NKBind, tokens}}); }
+
+TEST(NKPropertyBinding, BothSidesFollowEachOther) {
+  auto slip = payslipOf("Sian");
+  QLineEdit edit;
+  nk_bind_toObject_withKeyPath_options(edit, "text", *slip, "name", nullptr);
+  EXPECT_EQ(edit.text(), "Sian");
+  slip->setName("Zo\u00EB");
+  EXPECT_EQ(edit.text(), QString::fromUtf8("Zo\u00EB"));
+  QTest::keyClicks(&edit, "!");
+  EXPECT_EQ(slip->name(), "Zo\u00EB!");
+  EXPECT_EQ(edit.cursorPosition(), 4);
+}
+
+TEST(NKPropertyBinding, DatesAreDaysInUtcAndFlagsAreChecked) {
+  auto slip = payslipOf("Sian");
+  slip->setPaymentDate("2024-04-30"_date);
+  QDateEdit date;
+  QCheckBox paid;
+  nk_bind_toObject_withKeyPath_options(date, "date", *slip, "paymentDate", nullptr);
+  nk_bind_toObject_withKeyPath_options(paid, "checked", *slip, "paid", nullptr);
+  EXPECT_EQ(date.date(), QDate(2024, 4, 30));
+  date.setDate(QDate(2024, 7, 1));
+  EXPECT_EQ(slip->paymentDate(), "2024-07-01"_date);
+  QTest::keyClick(&paid, Qt::Key_Space);
+  EXPECT_TRUE(slip->paid());
+}
+
+TEST(NKPropertyBinding, AnAmountIsExactThroughAFieldAndARefusedOneStaysWithItsReason) {
+  auto slip = payslipOf("Sian", 1234.50_dec);
+  QLineEdit edit;
+  auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), edit);
+  auto& binding = nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", tokens("validate"));
+  QSignalSpy errors(&binding, &NKPropertyBinding::errorTextChanged);
+  EXPECT_EQ(edit.text(), "1,234.50");
+
+  edit.selectAll();
+  QTest::keyClicks(&edit, "1200.129");
+  QTest::keyClick(&edit, Qt::Key_Return);
+  EXPECT_EQ(to_string(slip->grossPay()), "1200.13") << "the validation rounds";
+  EXPECT_EQ(edit.text(), "1,200.13");
+
+  edit.selectAll();
+  QTest::keyClicks(&edit, "-5");
+  QTest::keyClick(&edit, Qt::Key_Return);
+  EXPECT_EQ(to_string(slip->grossPay()), "1200.13");
+  EXPECT_EQ(edit.text(), "-5.00");
+  EXPECT_EQ(binding.errorText(), "Pay is not below zero.");
+  EXPECT_EQ(edit.toolTip(), "Pay is not below zero.");
+  EXPECT_TRUE(edit.property("invalid").toBool());
+  ASSERT_TRUE(binding.error());
+  EXPECT_EQ(binding.error()->code(), 7);
+
+  edit.selectAll();
+  QTest::keyClicks(&edit, "1200.13");
+  QTest::keyClick(&edit, Qt::Key_Return);
+  EXPECT_EQ(binding.errorText(), "");
+  EXPECT_EQ(edit.toolTip(), "");
+  EXPECT_EQ(errors.size(), 2);
+}
+
+TEST(NKPropertyBinding, AValueThatTheModelRoundsToItsPresentOneIsShownAsThePresentOne) {
+  auto slip = payslipOf("Sian", 10.00_dec);
+  QLineEdit edit;
+  auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), edit);
+  nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", tokens("validate"));
+  edit.selectAll();
+  QTest::keyClicks(&edit, "10.004");
+  QTest::keyClick(&edit, Qt::Key_Return);
+  EXPECT_EQ(edit.text(), "10.00");
+}
+
+TEST(NKPropertyBinding, EscapeShowsTheModelsValueAgain) {
+  auto slip = payslipOf("Sian", 10_dec);
+  QLineEdit edit;
+  auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), edit);
+  auto& binding = nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", tokens("validate"));
+  edit.selectAll();
+  QTest::keyClicks(&edit, "-5");
+  QTest::keyClick(&edit, Qt::Key_Return);
+  QTest::keyClicks(&edit, "6");
+  QTest::keyClick(&edit, Qt::Key_Escape);
+  EXPECT_EQ(edit.text(), "10.00");
+  EXPECT_EQ(binding.errorText(), "");
+}
+
+TEST(NKPropertyBinding, AnExceptionOfTheModelBecomesTheReason) {
+  auto slip = payslipOf("Sian", 10_dec);
+  QLineEdit edit;
+  auto& binding = nk_bind_toObject_withKeyPath_options(edit, "text", *slip, "grossPay", nullptr);
+  EXPECT_EQ(edit.text(), "10");
+  QTest::keyClicks(&edit, "x");  // a text is no Decimal
+  EXPECT_NE(binding.errorText(), "");
+  EXPECT_EQ(slip->grossPay(), 10);
+  binding.refresh();
+  EXPECT_EQ(edit.text(), "10");
+  EXPECT_EQ(binding.errorText(), "");
+}
+
+TEST(NKPropertyBinding, ClosuresTransformAndOneOfThemMakesItOneWay) {
+  auto slip = payslipOf("Sian", 12_dec);
+  QLabel label;
+  QLineEdit edit;
+  const NKTransformBlock show = [](const Value& pay) -> Value { return "GBP " + pay.description(); };
+  nk_bind_toObject_withKeyPath_options_block_reverseBlock(label, "text", *slip, "grossPay", nullptr, show, nullptr);
+  nk_bind_toObject_withKeyPath_options_block_reverseBlock(edit, "text", *slip, "grossPay", nullptr, show, nullptr);
+  slip->setGrossPay(13_dec);
+  EXPECT_EQ(label.text(), "GBP 13");
+  QTest::keyClicks(&edit, "4");
+  EXPECT_EQ(slip->grossPay(), 13);
+  EXPECT_EQ(nk_bindingOfProperty(edit, "text")->errorText(), "");
+
+  nk_bind_toObject_withKeyPath_options_block_reverseBlock(
+      edit, "text", *slip, "grossPay", nullptr, show,
+      [](const Value& text) -> Value { return *Decimal::parse(text.as<NSString>().substringFromIndex(4).view()); });
+  EXPECT_EQ(edit.text(), "GBP 13");
+  QTest::keyClicks(&edit, "5");
+  EXPECT_EQ(slip->grossPay(), 135);
+}
+
+TEST(NKPropertyBinding, EitherSideMayBeDestroyedFirst) {
+  auto slip = payslipOf("Sian");
+  auto edit = std::make_unique<QLineEdit>();
+  nk_bind_toObject_withKeyPath_options(*edit, "text", *slip, "name", nullptr);
+  edit.reset();
+  slip->setName("Zoe");
+  EXPECT_FALSE(slip->isObserved()) << "nothing is left behind";
+
+  QLineEdit kept;
+  auto& binding = nk_bind_toObject_withKeyPath_options(kept, "text", *slip, "name", nullptr);
+  slip = nullptr;
+  EXPECT_EQ(kept.text(), "Zoe");
+  QTest::keyClicks(&kept, "!");
+  EXPECT_EQ(kept.text(), "Zoe!");
+  EXPECT_EQ(binding.errorText(), "");
+  EXPECT_FALSE(binding.commit());
+  binding.refresh();
+  EXPECT_EQ(kept.text(), "Zoe!");
+}
+
+TEST(NKPropertyBinding, AMarkedWidgetMayBeDestroyedWithItsFieldAndItsBinding) {
+  auto slip = payslipOf("Sian", 10_dec);
+  auto edit = std::make_unique<QLineEdit>();
+  auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), *edit);
+  nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", tokens("validate"));
+  QTest::keyClicks(edit.get(), "-5");
+  edit->selectAll();
+  QTest::keyClicks(edit.get(), "-5");
+  QTest::keyClick(edit.get(), Qt::Key_Return);
+  ASSERT_TRUE(edit->property("invalid").toBool());
+  delete pay;  // the reason ends with the field
+  EXPECT_TRUE(runUntil([&] { return !edit->property("invalid").toBool(); }));
+  EXPECT_EQ(edit->toolTip(), "");
+  edit.reset();
+  QCoreApplication::processEvents();
+}
+
+/// Destroys a widget as soon as its name changes.
+class Destroyer : public NSObject {
+  NK_OBJECT(Destroyer, NSObject)
+  void observeValueForKeyPath(const NSString&, NSObject&, const KeyValueChange&, void*) override { edit.reset(); }
+  std::unique_ptr<QLineEdit> edit;
+};
+
+TEST(NKPropertyBinding, AnObserverOfTheModelMayDestroyTheWidgetThatIsBeingTypedInto) {
+  auto slip = payslipOf("Sian");
+  auto destroyer = make<Destroyer>();
+  destroyer->edit = std::make_unique<QLineEdit>();
+  auto& binding = nk_bind_toObject_withKeyPath_options(*destroyer->edit, "text", *slip, "name", nullptr);
+  slip->addObserver(*destroyer, "name", NSKeyValueObservingOptionNew);
+  {
+    const QSignalBlocker quiet(*destroyer->edit);
+    destroyer->edit->setText("Zoe");
+  }
+  EXPECT_TRUE(binding.commit());
+  EXPECT_FALSE(destroyer->edit);
+  EXPECT_EQ(slip->name(), "Zoe");
+}
+
+TEST(NKPropertyBinding, TwoWidgetsOnOneKeyPathEndInOneRound) {
+  auto slip = payslipOf("a");
+  QLineEdit first, second;
+  nk_bind_toObject_withKeyPath_options(first, "text", *slip, "name", nullptr);
+  nk_bind_toObject_withKeyPath_options(second, "text", *slip, "name", nullptr);
+  QSignalSpy changes(&second, &QLineEdit::textChanged);
+  QTest::keyClicks(&first, "b");
+  EXPECT_EQ(second.text(), "ab");
+  EXPECT_EQ(changes.size(), 1);
+  QTest::keyClicks(&second, "c");
+  EXPECT_EQ(first.text(), "abc");
+}
+
+TEST(NKPropertyBinding, APathLeadsFromObjectToObject) {
+  auto run = make<QtPayRun>();
+  QLineEdit edit;
+  nk_bind_toObject_withKeyPath_options(edit, "text", *run, "first.name", nullptr);
+  EXPECT_EQ(edit.text(), "");
+  run->setFirst(payslipOf("Sian"));
+  EXPECT_EQ(edit.text(), "Sian");
+  run->first()->setName("Zoe");
+  EXPECT_EQ(edit.text(), "Zoe");
+}
+
+TEST(NKPropertyBinding, AChangeOnAnotherThreadReachesTheWidgetByItsEventLoop) {
+  auto slip = payslipOf("start");
+  QLineEdit edit;
+  nk_bind_toObject_withKeyPath_options(edit, "text", *slip, "name", nullptr);
+  QSignalSpy changes(&edit, &QLineEdit::textChanged);
+  std::thread([&] {
+    for (int i = 1; i <= 1000; ++i) slip->setName(stringWithFormat("%d", i));
+  }).join();
+  EXPECT_EQ(edit.text(), "start") << "a widget is touched on its own thread only";
+  EXPECT_TRUE(runUntil([&] { return edit.text() == "1000"; }));
+  EXPECT_EQ(changes.size(), 1) << "the last of the waiting changes";
+}
+
+TEST(NKPropertyBinding, AWidgetIsDestroyedWhileAnotherThreadChangesTheModel) {
+  auto slip = payslipOf("start");
+  std::atomic<bool> isDone = false;
+  std::thread changes([&] {
+    for (int i = 0; !isDone; ++i) slip->setName(stringWithFormat("%d", i));
+  });
+  for (int i = 0; i < 200; ++i) {
+    QLineEdit edit;
+    nk_bind_toObject_withKeyPath_options(edit, "text", *slip, "name", nullptr);
+    QCoreApplication::processEvents();
+  }
+  isDone = true;
+  changes.join();
+  QCoreApplication::processEvents();
+}
+
+TEST(NKPropertyBinding, WhatCannotBeBoundRaisesAndLeavesThePropertyUnbound) {
+  auto slip = payslipOf("Sian", 0.1_dec);
+  QLineEdit edit;
+  QDoubleSpinBox spin;
+  const auto bind = [&](QObject& receiver, const char* property, const char* path) {
+    nk_bind_toObject_withKeyPath_options(receiver, property, *slip, path, nullptr);
+  };
+  EXPECT_RAISES(bind(edit, "texxt", "name"), "NSInvalidArgumentException");
+  EXPECT_RAISES(bind(edit, nullptr, "name"), "NSInvalidArgumentException");
+  EXPECT_RAISES(bind(edit, "hasSelectedText", "name"), "NSInvalidArgumentException") << "read-only";
+  EXPECT_RAISES(bind(edit, "text", "nane"), NSUndefinedKeyException.utf8());
+  EXPECT_RAISES(bind(spin, "value", "grossPay"), "NSInvalidArgumentException") << "a decimal never becomes a double";
+  EXPECT_EQ(nk_bindingOfProperty(edit, "text"), nullptr);
+  EXPECT_EQ(nk_bindingOfProperty(spin, "value"), nullptr);
+  EXPECT_FALSE(slip->isObserved());
+  std::thread([&] { EXPECT_RAISES(bind(edit, "text", "name"), "NSInvalidArgumentException"); }).join();
+}
+
+TEST(NKPropertyBinding, AnUnboundPropertyKeepsItsValueAndFollowsNothing) {
+  auto slip = payslipOf("Sian");
+  QLineEdit edit;
+  nk_bind_toObject_withKeyPath_options(edit, "text", *slip, "name", nullptr);
+  unbind(edit, "text");
+  unbind(edit, "text");
+  slip->setName("Zoe");
+  EXPECT_EQ(edit.text(), "Sian");
+}
+
+}  // namespace
