@@ -6,6 +6,7 @@
 #pragma once
 
 #include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/object/ClosureParameters.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Value.h"
 
@@ -16,84 +17,6 @@
 #include <utility>
 
 namespace norvik::detail {
-
-template <class... P>
-struct Parameters {
-  static constexpr std::size_t count = sizeof...(P);
-};
-
-/// The parameters of a closure; void if it has several call operators or a template of one.
-template <class F>
-struct ParametersOf {
-  using Type = void;
-};
-template <class F>
-struct ParametersOfCall;
-template <class F>
-requires requires { &F::operator(); }
-struct ParametersOf<F> {
-  using Type = typename ParametersOfCall<decltype(&F::operator())>::Type;
-};
-template <class R, class C, class... P>
-struct ParametersOfCall<R (C::*)(P...)> {
-  using Type = Parameters<P...>;
-};
-template <class R, class C, class... P>
-struct ParametersOfCall<R (C::*)(P...) noexcept> : ParametersOfCall<R (C::*)(P...)> {};
-template <class R, class C, class... P>
-struct ParametersOfCall<R (C::*)(P...) const> : ParametersOfCall<R (C::*)(P...)> {};
-template <class R, class C, class... P>
-struct ParametersOfCall<R (C::*)(P...) const noexcept> : ParametersOfCall<R (C::*)(P...)> {};
-template <class R, class... P>
-struct ParametersOf<R (*)(P...)> {
-  using Type = Parameters<P...>;
-};
-template <class R, class... P>
-struct ParametersOf<R (*)(P...) noexcept> : ParametersOf<R (*)(P...)> {};
-// An accessor, called on the element.
-template <class R, class C>
-struct ParametersOf<R (C::*)() const> {
-  using Type = Parameters<const C&>;
-};
-template <class R, class C>
-struct ParametersOf<R (C::*)() const noexcept> : ParametersOf<R (C::*)() const> {};
-template <class R, class C>
-struct ParametersOf<R (C::*)()> {
-  using Type = Parameters<C&>;
-};
-template <class R, class C>
-struct ParametersOf<R (C::*)() noexcept> : ParametersOf<R (C::*)()> {};
-template <class R, class C>
-requires std::is_object_v<R>
-struct ParametersOf<R C::*> {
-  using Type = Parameters<const C&>;
-};
-
-template <class T>
-inline constexpr bool isNullptr = std::is_null_pointer_v<std::remove_cvref_t<T>>;
-
-/// True if a closure of this type may be absent at run time: an empty Block or std::function, a null pointer to a
-/// function. A lambda and the address of a member are never absent.
-template <class F>
-consteval bool canBeAbsent() {
-  using Closure = std::decay_t<F>;
-  if constexpr (std::is_null_pointer_v<Closure> || std::is_pointer_v<Closure>)
-    return true;
-  else if constexpr (std::is_member_pointer_v<Closure>)
-    return false;
-  else
-    return requires(const Closure& closure) { closure == nullptr; }
-  &&!requires(const Closure& closure) { +closure; };  // a lambda without captures compares as a pointer to a function
-}
-template <class F>
-[[nodiscard]] bool isAbsent(const F& closure) {
-  if constexpr (isNullptr<F>)
-    return true;
-  else if constexpr (std::is_function_v<F> || !canBeAbsent<F>())
-    return false;
-  else
-    return closure == nullptr;
-}
 
 /// Raises NSInvalidArgumentException, because `operation` needs a closure and was given none.
 [[noreturn]] NK_EXPORT void raiseNoClosure(const char* operation);
@@ -120,22 +43,10 @@ void checkAccessor([[maybe_unused]] const F& closure) {
 /// type.
 template <class P>
 decltype(auto) argument(const Value& element) {
-  using T = std::remove_cvref_t<P>;
-  if constexpr (std::is_same_v<T, Value>) {
-    return static_cast<const Value&>(element);
-  } else if constexpr (std::is_base_of_v<NSObject, T>) {
-    return elementAs<T>(element);
-  } else if constexpr (std::is_same_v<T, Decimal>) {
-    const Decimal* decimal = element.decimal();
-    return decimal ? *decimal : element.as<Decimal>();
-  } else if constexpr (std::is_same_v<T, NSString>) {
-    const NSString* text = element.string();
-    if (!text) [[unlikely]]
-      raiseConversion(element, "a text");
-    return static_cast<const NSString&>(*text);
-  } else {
-    return element.template as<T>();
-  }
+  if constexpr (std::is_base_of_v<NSObject, std::remove_cvref_t<P>>)
+    return elementAs<std::remove_cvref_t<P>>(element);
+  else
+    return argumentFrom<P>(element);
 }
 
 /// Returns a closure's result as a value with its own lifetime; a reference to an object becomes a Ref.

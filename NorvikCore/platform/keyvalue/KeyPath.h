@@ -7,6 +7,9 @@
 // to a class that the preceding accessor does not lead to. If accessors of one name are overloaded, write the path as
 // text instead.
 //
+// The result is an NSString that also knows, at compile time, the class that the path starts from and the type of the
+// value that it leads to. Observing and binding with a closure check the closure with it.
+//
 // No cost at run time: the compiler forms the text, and the NSString borrows it.
 #pragma once
 
@@ -14,11 +17,36 @@
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <array>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 
 namespace norvik {
+
+class Value;
+template <class Signature>
+class Block;
+
+/// The text of a path from an object of class `Root` to a value of type `T`. A path through another object may end
+/// early, at an absent one. Then T is the type that can be absent: the property's own type if it is a Ref, a Block, a
+/// Value or a std::optional, or else a std::optional of it.
+template <class Root, class T>
+class KeyPath : public NSString {
+ public:
+  explicit constexpr KeyPath(std::string_view text) : NSString(text) {}
+};
+
 namespace detail {
+
+/// True for types that represent an absent value themselves.
+template <class T>
+inline constexpr bool isAbsentable = std::is_same_v<T, Value>;
+template <class T>
+inline constexpr bool isAbsentable<std::optional<T>> = true;
+template <class T>
+inline constexpr bool isAbsentable<Ref<T>> = true;
+template <class Signature>
+inline constexpr bool isAbsentable<Block<Signature>> = true;
 
 template <class Accessor>
 struct AccessorTypes;
@@ -85,16 +113,34 @@ constexpr bool isConnected() {
          isConnected<second, rest...>();
 }
 
+/// The KeyPath of these accessors; NSString for one member that is not an accessor.
+template <auto first, auto... rest>
+constexpr auto keyPathType() {
+  using First = AccessorTypes<decltype(first)>;
+  if constexpr (sizeof...(rest) > 0) {
+    using Last = typename decltype((std::type_identity<AccessorTypes<decltype(rest)>>(), ...))::type::Result;
+    using T = std::conditional_t<isAbsentable<Last>, Last, std::optional<Last>>;
+    return std::type_identity<KeyPath<typename First::Owner, T>>();
+  } else if constexpr (requires { typename First::Owner; }) {
+    return std::type_identity<KeyPath<typename First::Owner, typename First::Result>>();
+  } else {
+    return std::type_identity<NSString>();
+  }
+}
+
 }  // namespace detail
 
 template <auto... accessors>
-[[nodiscard]] inline NSString keyPath() noexcept {
+[[nodiscard]] inline auto keyPath() noexcept {
   static_assert(sizeof...(accessors) > 0, "a key path names at least one accessor");
-  static_assert(detail::isConnected<accessors...>(),
-                "each accessor of a key path belongs to the class that the one before it leads to");
-  static constexpr auto& text = detail::keyPathText<accessors...>;
-  static constexpr NSString path = std::string_view(text.data(), text.size());
-  return path;
+  if constexpr (sizeof...(accessors) > 0) {
+    constexpr bool isConnected = detail::isConnected<accessors...>();
+    static_assert(isConnected, "each accessor of a key path belongs to the class that the one before it leads to");
+    static constexpr auto& text = detail::keyPathText<accessors...>;
+    static constexpr
+        typename decltype(detail::keyPathType<accessors...>())::type path{std::string_view(text.data(), text.size())};
+    return path;
+  }
 }
 
 }  // namespace norvik

@@ -113,7 +113,7 @@ consteval FormatKind formatKind() {
     return FormatKind::longFloating;
   } else if constexpr (std::is_floating_point_v<T>) {
     return FormatKind::floating;
-  } else if constexpr (std::is_same_v<T, NSString>) {
+  } else if constexpr (std::is_base_of_v<NSString, T>) {
     return FormatKind::string;
   } else if constexpr (std::is_same_v<T, std::string> || std::is_same_v<T, std::string_view>) {
     return FormatKind::text;

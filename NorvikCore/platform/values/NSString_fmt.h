@@ -5,8 +5,11 @@
 
 #include <fmt/format.h>
 
-template <>
-struct fmt::formatter<norvik::NSString> : fmt::formatter<fmt::string_view> {
+#include <type_traits>
+
+template <class T>
+requires std::is_base_of_v<norvik::NSString, T>
+struct fmt::formatter<T> : fmt::formatter<fmt::string_view> {
   template <class Context>
   auto format(const norvik::NSString& text, Context& context) const {
     if (text.isWellFormed()) return fmt::formatter<fmt::string_view>::format(text.view(), context);

@@ -1,8 +1,15 @@
 #include "NorvikCore/platform/keyvalue/KeyPath.h"
 
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSString_fmt.h"
 
 #include <gtest/gtest.h>
+
+#include <optional>
+#include <type_traits>
+#include <unordered_set>
 
 namespace {
 
@@ -52,4 +59,28 @@ TEST(KeyPath, LeadsToWhatItNames) {
   slip->setEmployee(make<Foreman>());
   slip->employee()->setName("Ann");
   EXPECT_EQ(slip->valueForKeyPath(keyPath<&WageSlip::employee, &Worker::name>()), Value("Ann"));
+}
+
+TEST(KeyPath, KnowsWhereItStartsAndWhatItLeadsTo) {
+  const auto leadsFromTo = []<class Root, class T>(const KeyPath<Root, T>&, std::type_identity<Root>,
+                                                   std::type_identity<T>) { return true; };
+  const std::type_identity<WageSlip> slip;
+  EXPECT_TRUE(leadsFromTo(keyPath<&WageSlip::grossPay>(), slip, std::type_identity<Decimal>()));
+  EXPECT_TRUE(leadsFromTo(keyPath<&WageSlip::employee>(), slip, std::type_identity<Ref<Foreman>>()));
+  // Behind another object a value may be absent.
+  EXPECT_TRUE(
+      leadsFromTo(keyPath<&WageSlip::employee, &Foreman::seat_2>(), slip, std::type_identity<std::optional<int>>()));
+  EXPECT_TRUE(leadsFromTo(keyPath<&WageSlip::employee, &Foreman::manager>(), slip, std::type_identity<Ref<Worker>>()));
+}
+
+TEST(KeyPath, IsATextWhereverOneIsExpected) {
+  const auto path = keyPath<&WageSlip::grossPay>();
+  const NSString copy = path;
+  EXPECT_TRUE(copy.isIdenticalTo(path));
+  EXPECT_TRUE(path == "grossPay" && "grossPay" == path && path == copy && path < copy + "x");
+  EXPECT_EQ(Value(path), Value("grossPay"));
+  EXPECT_EQ(stringWithFormat("%@!", path), "grossPay!");
+  EXPECT_EQ(fmt::format("{:>9}", path), " grossPay");
+  EXPECT_EQ(NSArray::arrayWithObjects(path, keyPath<&WageSlip::netPay>())->objectAtIndex(1), Value("netPay"));
+  EXPECT_TRUE(std::unordered_set<NSString>({path}).contains("grossPay"));
 }
