@@ -4,6 +4,7 @@
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/values/Format.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <utility>
 #include <vector>
@@ -72,6 +73,37 @@ void FBKVOController::observe_keyPaths_options_action(detail::ObjectArgument obj
 void FBKVOController::observe_keyPaths_options_context(detail::ObjectArgument object, const NSArray& keyPaths,
                                                        NSKeyValueObservingOptions options, void* context) {
   for (const Value& path : keyPaths) observe_keyPath_options_context(object, path.as<NSString>(), options, context);
+}
+
+void FBKVOController::observeBlock(detail::ObjectArgument object, const NSString& keyPath,
+                                   NSKeyValueObservingOptions options, detail::ObservingBlock block) {
+  if (!object || keyPath.empty() || !block.block) return;
+  const auto refuse = [&](const NSString& reason) {
+    NSException::raise(NSInvalidArgumentException, stringWithFormat("observing \"%@\": %@", keyPath, reason));
+  };
+  if ((options & NSKeyValueObservingOptionPrior) != 0) {
+    refuse("a closure cannot tell a prior call from the others: use observe_keyPath_options_block");
+  }
+  if (block.needsOldValue && (options & NSKeyValueObservingOptionInitial) != 0) {
+    refuse("the initial call has no old value: the closure takes the old value as a std::optional");
+  }
+  const Ref<NSObject> present = block.observer.accepts ? observer() : nullptr;
+  if (present && !block.observer.accepts(*present)) {
+    refuse(stringWithFormat("the closure takes an observer of class %@, and the controller's is of class %@",
+                            block.observer.wanted().name(), present->classObject().name()));
+  }
+  _observe(*object, make<_FBKVOInfo>(*this, keyPath, options | block.options, std::move(block.block)));
+}
+
+void detail::raiseObservedValue(const NSString& keyPath, const char* which) {
+  NSString reason;
+  try {
+    throw;
+  } catch (const NSException& problem) {
+    reason = problem.reason();
+  }
+  NSException::raise(NSInvalidArgumentException,
+                     stringWithFormat("observing \"%@\": the %s value %@", keyPath, which, reason));
 }
 
 void FBKVOController::unobserve(detail::ObjectArgument object, const NSString& keyPath) {

@@ -2,6 +2,7 @@
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include <iostream>
+#include <optional>
 
 using namespace norvik;
 
@@ -17,19 +18,16 @@ class Payslip : public NSObject {
 
 class Window : public NSObject {
   NK_OBJECT(Window, NSObject)
-  void show(const Value& name) { std::cout << name << "\n"; }
+  void show(const NSString& name) { std::cout << name << "\n"; }
 };
 
 int main() {
   auto slip = make<Payslip>();
   slip->setEmployee(make<Employee>());
   auto window = make<Window>();
-  const auto show = [](NSObject& observer, NSObject&, const NSDictionary& change) {
-    static_cast<Window&>(observer).show(change[NSKeyValueChangeNewKey]);
-  };
   auto controller = FBKVOController::controllerWithObserver(*window);
-  controller->observe_keyPath_options_block(slip, keyPath<&Payslip::employee, &Employee::name>(),
-                                            NSKeyValueObservingOptionNew, show);
+  controller->observe(slip, keyPath<&Payslip::employee, &Employee::name>(),
+                      [](Window& observer, const std::optional<NSString>& name) { observer.show(name.value_or("-")); });
   slip->employee()->setName("Sian");  // the window shows it
 
   slip->setEmployee(make<Employee>());    // the window shows the empty name of the new employee,

@@ -33,6 +33,13 @@ _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValue
       _context(context),
       _block(std::move(block)) {}
 
+_FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
+                       detail::ChangeBlock changeBlock)
+    : Registration(_FBKVOSharedController::sharedController(), std::move(keyPath), options, this),
+      _controller(&controller),
+      _context(nullptr),
+      _changeBlock(std::move(changeBlock)) {}
+
 _FBKVOInfo::~_FBKVOInfo() {
   if (isListed_) _FBKVOSharedController::sharedController().forget(*this);
 }
@@ -84,7 +91,9 @@ NSString _FBKVOInfo::description() const {
   if (_options() != 0) text = text + " options:" + namesOf(_options());
   if (_action) text = text + " action:" + _action.name();
   if (_context) text = text + stringWithFormat(" context:%p", _context);
-  if (_block) text = text + stringWithFormat(" block:%p", static_cast<const void*>(_block.object().get()));
+  if (const Ref<NSBlock> block = _block ? _block.object() : _changeBlock.object()) {
+    text = text + stringWithFormat(" block:%p", static_cast<const void*>(block.get()));
+  }
   return text + ">";
 }
 

@@ -14,6 +14,9 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
 
   _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
              FBKVONotificationBlock block, SEL action, void* context);
+  /// With a block that gets the change itself instead of a dictionary.
+  _FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
+             detail::ChangeBlock changeBlock);
   ~_FBKVOInfo() override;
   [[nodiscard]] static Ref<_FBKVOInfo> initWithController_keyPath_options_block_action_context(
       FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options, FBKVONotificationBlock block,
@@ -56,6 +59,7 @@ class NK_EXPORT _FBKVOInfo : public detail::Registration {  // NOLINT(bugprone-r
   const SEL _action;
   void* const _context;
   const FBKVONotificationBlock _block;
+  const detail::ChangeBlock _changeBlock;
   bool isListed_ = false;             ///< whether it is in the shared controller's table; guarded by its mutex
   const NSObject* object_ = nullptr;  ///< the observed object, compared by address only
 };

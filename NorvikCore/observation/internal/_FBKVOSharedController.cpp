@@ -91,7 +91,9 @@ void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSO
   if (!meant || !controller) return;
   const Ref<NSObject> observer = controller->observer();
   if (!observer) return;
-  if (meant->_block) {
+  if (meant->_changeBlock) {
+    meant->_changeBlock(*observer, object, change, keyPath);
+  } else if (meant->_block) {
     const detail::ChangeDictionary dictionary(keyPath, change);
     meant->_block(*observer, object, *dictionary);
   } else if (meant->_action) {
