@@ -5,10 +5,10 @@ namespace norvik {
 NKBlockValueReversingTransformer::~NKBlockValueReversingTransformer() = default;
 
 Ref<NKBlockValueReversingTransformer> NKBlockValueReversingTransformer::valueTransformerWithBlock(
-    const NKTransformBlock& block, const NKTransformBlock& reverseBlock) {
+    const detail::TransformClosure& block, const detail::TransformClosure& reverseBlock) {
   auto transformer = make<NKBlockValueReversingTransformer>();
-  transformer->setTransform(block);
-  transformer->setReverseTransform(reverseBlock);
+  transformer->setTransform(block.block());
+  transformer->setReverseTransform(reverseBlock.block());
   return transformer;
 }
 

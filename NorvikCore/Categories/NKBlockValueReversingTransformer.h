@@ -2,11 +2,12 @@
 // direction.
 //
 //   auto pounds = NKBlockValueReversingTransformer::valueTransformerWithBlock(
-//       [](const Value& pennies) -> Value { return pennies.as<Decimal>() / 100; },
-//       [](const Value& pounds) -> Value { return pounds.as<Decimal>() * 100; });
+//       [](const Decimal& pennies) { return pennies / 100; },
+//       [](const Decimal& pounds) { return pounds * 100; });
 //   pounds->reverseTransformedValue(12.5);        // 1250
 //
-// Either closure may be absent. Using the direction of an absent closure raises NSInvalidArgumentException.
+// TransformClosure.h describes the closures. Either may be absent. Using the direction of an absent closure raises
+// NSInvalidArgumentException.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"
@@ -19,7 +20,7 @@ class NK_EXPORT NKBlockValueReversingTransformer : public NKBlockValueTransforme
   ~NKBlockValueReversingTransformer() override;
 
   [[nodiscard]] static Ref<NKBlockValueReversingTransformer> valueTransformerWithBlock(
-      const NKTransformBlock& block, const NKTransformBlock& reverseBlock);
+      const detail::TransformClosure& block, const detail::TransformClosure& reverseBlock);
 
   [[nodiscard]] static bool allowsReverseTransformation() { return true; }
   NK_CLASS_METHOD(allowsReverseTransformation)

@@ -4,9 +4,9 @@ namespace norvik {
 
 NKBlockValueTransformer::~NKBlockValueTransformer() = default;
 
-Ref<NKBlockValueTransformer> NKBlockValueTransformer::valueTransformerWithBlock(const NKTransformBlock& block) {
+Ref<NKBlockValueTransformer> NKBlockValueTransformer::valueTransformerWithBlock(const detail::TransformClosure& block) {
   auto transformer = make<NKBlockValueTransformer>();
-  transformer->setTransform(block);
+  transformer->setTransform(block.block());
   return transformer;
 }
 

@@ -73,21 +73,21 @@ void nk_bind_toObject_withKeyPath_options(NSObject& receiver, const NSString& bi
 }
 
 void nk_bind_toObject_withKeyPath_block(NSObject& receiver, const NSString& binding, NSObject& object,
-                                        const NSString& keyPath, const NKTransformBlock& block) {
+                                        const NSString& keyPath, const detail::TransformClosure& block) {
   nk_bind_toObject_withKeyPath_options_block(receiver, binding, object, keyPath, nullptr, block);
 }
 
 void nk_bind_toObject_withKeyPath_options_block(NSObject& receiver, const NSString& binding, NSObject& object,
                                                 const NSString& keyPath, const Ref<NSDictionary>& options,
-                                                const NKTransformBlock& block) {
+                                                const detail::TransformClosure& block) {
   Ref<NSDictionary> processed = nk_processBindOptions(receiver, options);
-  if (block) processed = withTransformer(processed, NKBlockValueTransformer::valueTransformerWithBlock(block));
+  if (block.block()) processed = withTransformer(processed, NKBlockValueTransformer::valueTransformerWithBlock(block));
   bind_toObject_withKeyPath_options(receiver, binding, object, keyPath, processed);
 }
 
 void nk_bind_toObject_withKeyPath_block_reverseBlock(NSObject& receiver, const NSString& binding, NSObject& object,
-                                                     const NSString& keyPath, const NKTransformBlock& block,
-                                                     const NKTransformBlock& reverseBlock) {
+                                                     const NSString& keyPath, const detail::TransformClosure& block,
+                                                     const detail::TransformClosure& reverseBlock) {
   nk_bind_toObject_withKeyPath_options_block_reverseBlock(receiver, binding, object, keyPath, nullptr, block,
                                                           reverseBlock);
 }
@@ -95,10 +95,10 @@ void nk_bind_toObject_withKeyPath_block_reverseBlock(NSObject& receiver, const N
 void nk_bind_toObject_withKeyPath_options_block_reverseBlock(NSObject& receiver, const NSString& binding,
                                                              NSObject& object, const NSString& keyPath,
                                                              const Ref<NSDictionary>& options,
-                                                             const NKTransformBlock& block,
-                                                             const NKTransformBlock& reverseBlock) {
+                                                             const detail::TransformClosure& block,
+                                                             const detail::TransformClosure& reverseBlock) {
   Ref<NSDictionary> processed = nk_processBindOptions(receiver, options);
-  if (block || reverseBlock) {
+  if (block.block() || reverseBlock.block()) {
     processed =
         withTransformer(processed, NKBlockValueReversingTransformer::valueTransformerWithBlock(block, reverseBlock));
   }

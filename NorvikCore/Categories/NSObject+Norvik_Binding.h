@@ -2,9 +2,10 @@
 // value back.
 //
 //   nk_bind_toObject_withKeyPath_options_block_reverseBlock(
-//       *field, NSValueBinding, *payslip, "grossPay", NSDictionary::dictionaryWith({{NKBind, "validate;update"}}),
-//       [](const Value& pay) -> Value { return pay.as<Decimal>() / 12; },      // from the model to the view
-//       [](const Value& shown) -> Value { return shown.as<Decimal>() * 12; });  // and back
+//       *field, NSValueBinding, *payslip, keyPath<&Payslip::grossPay>(),
+//       NSDictionary::dictionaryWith({{NKBind, "validate;update"}}),
+//       [](const Decimal& pay) { return pay / 12; },      // from the model to the view
+//       [](const Decimal& shown) { return shown * 12; });  // and back
 //   Ref<NSError> error;
 //   if (!nk_updateBoundValue(*field, 1300_dec, &error)) show(error);
 //
@@ -21,6 +22,9 @@
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"
 #include "NorvikCore/constants/NKBind.h"
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
+#include "NorvikCore/platform/keyvalue/KeyPath.h"
+
+#include <utility>
 
 namespace norvik {
 
@@ -34,24 +38,62 @@ class NSError;
                                                                 const Ref<NSDictionary>& options);
 
 // These functions bind with processed options. A closure, if given, replaces a transformer in the options; the binding
-// keeps it. A function with one closure binds one-way. In a function with two closures, one of them may be absent; then
-// using its direction raises NSInvalidArgumentException. The forward direction is used at once.
+// keeps it. TransformClosure.h describes the closures. A function with one closure binds one-way. In a function with
+// two closures, one of them may be absent; then using its direction raises NSInvalidArgumentException. The forward
+// direction is used at once.
 NK_EXPORT void nk_bind_toObject_withKeyPath_options(NSObject& receiver, const NSString& binding, NSObject& object,
                                                     const NSString& keyPath, const Ref<NSDictionary>& options);
 NK_EXPORT void nk_bind_toObject_withKeyPath_block(NSObject& receiver, const NSString& binding, NSObject& object,
-                                                  const NSString& keyPath, const NKTransformBlock& block);
+                                                  const NSString& keyPath, const detail::TransformClosure& block);
 NK_EXPORT void nk_bind_toObject_withKeyPath_options_block(NSObject& receiver, const NSString& binding, NSObject& object,
                                                           const NSString& keyPath, const Ref<NSDictionary>& options,
-                                                          const NKTransformBlock& block);
+                                                          const detail::TransformClosure& block);
 NK_EXPORT void nk_bind_toObject_withKeyPath_block_reverseBlock(NSObject& receiver, const NSString& binding,
                                                                NSObject& object, const NSString& keyPath,
-                                                               const NKTransformBlock& block,
-                                                               const NKTransformBlock& reverseBlock);
+                                                               const detail::TransformClosure& block,
+                                                               const detail::TransformClosure& reverseBlock);
 NK_EXPORT void nk_bind_toObject_withKeyPath_options_block_reverseBlock(NSObject& receiver, const NSString& binding,
                                                                        NSObject& object, const NSString& keyPath,
                                                                        const Ref<NSDictionary>& options,
-                                                                       const NKTransformBlock& block,
-                                                                       const NKTransformBlock& reverseBlock);
+                                                                       const detail::TransformClosure& block,
+                                                                       const detail::TransformClosure& reverseBlock);
+
+// The same for a path of accessors. The compiler checks that the object has the path, that the first closure takes the
+// value that the path leads to, and that the second returns one that can be written there. Behind another object the
+// value is a std::optional (a Ref or a Value stays as it is), because the path may end there.
+template <class Object, class Root, class T, class F>
+void nk_bind_toObject_withKeyPath_block(NSObject& receiver, const NSString& binding, Object& object,
+                                        const KeyPath<Root, T>& keyPath, F&& block) {
+  nk_bind_toObject_withKeyPath_options_block(receiver, binding, object, keyPath, nullptr, std::forward<F>(block));
+}
+template <class Object, class Root, class T, class F>
+void nk_bind_toObject_withKeyPath_options_block(NSObject& receiver, const NSString& binding, Object& object,
+                                                const KeyPath<Root, T>& keyPath, const Ref<NSDictionary>& options,
+                                                F&& block) {
+  if constexpr (detail::startsHere<Object, Root>() && detail::transformsTo<F, T>()) {
+    const NSString& text = keyPath;
+    nk_bind_toObject_withKeyPath_options_block(receiver, binding, object, text, options, std::forward<F>(block));
+  }
+}
+template <class Object, class Root, class T, class F, class Reverse>
+void nk_bind_toObject_withKeyPath_block_reverseBlock(NSObject& receiver, const NSString& binding, Object& object,
+                                                     const KeyPath<Root, T>& keyPath, F&& block,
+                                                     Reverse&& reverseBlock) {
+  nk_bind_toObject_withKeyPath_options_block_reverseBlock(receiver, binding, object, keyPath, nullptr,
+                                                          std::forward<F>(block), std::forward<Reverse>(reverseBlock));
+}
+template <class Object, class Root, class T, class F, class Reverse>
+void nk_bind_toObject_withKeyPath_options_block_reverseBlock(NSObject& receiver, const NSString& binding,
+                                                             Object& object, const KeyPath<Root, T>& keyPath,
+                                                             const Ref<NSDictionary>& options, F&& block,
+                                                             Reverse&& reverseBlock) {
+  if constexpr (detail::startsHere<Object, Root>() && detail::transformsTo<F, T>() &&
+                detail::transformsFrom<Reverse, T>()) {
+    const NSString& text = keyPath;
+    nk_bind_toObject_withKeyPath_options_block_reverseBlock(
+        receiver, binding, object, text, options, std::forward<F>(block), std::forward<Reverse>(reverseBlock));
+  }
+}
 
 /// Writes a value that was edited in the receiver to the key path that the receiver's binding "value" observes. The
 /// value is first transformed in reverse. If the options ask for it, the value is then validated, which may change it.

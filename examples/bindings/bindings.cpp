@@ -30,9 +30,9 @@ int main() {
   auto payslip = make<Payslip>();
   auto field = make<PayField>();
   nk_bind_toObject_withKeyPath_options_block_reverseBlock(
-      *field, NSValueBinding, *payslip, "grossPay", NSDictionary::dictionaryWith({{NKBind, "validate"}}),
-      [](const Value& pounds) -> Value { return pounds.as<Decimal>() / Decimal(1000); },
-      [](const Value& thousands) -> Value { return thousands.as<Decimal>() * Decimal(1000); });
+      *field, NSValueBinding, *payslip, keyPath<&Payslip::grossPay>(),
+      NSDictionary::dictionaryWith({{NKBind, "validate"}}), [](const Decimal& pounds) { return pounds / 1000; },
+      [](const Decimal& thousands) { return thousands * 1000; });
 
   payslip->setGrossPay(2500_dec);               // the field's value is 2.5
   field->setValue(Value(2.6_dec));              // the gross pay is 2600

@@ -10,9 +10,8 @@ using namespace norvik;
 Ref<Summary> Summary::of(const Ref<LiveTotals>& totals) {
   const auto summary = make<Summary>();
   for (const char* amount : {"pay", "deductions", "net"}) {
-    nk_bind_toObject_withKeyPath_block(*summary, amount, *totals, amount, [](const Value& value) {
-      return Value(NSString(amountText(value.as<Decimal>())));
-    });
+    nk_bind_toObject_withKeyPath_block(*summary, amount, *totals, amount,
+                                       [](const Decimal& pay) { return amountText(pay); });
   }
   return summary;
 }

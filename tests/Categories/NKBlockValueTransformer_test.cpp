@@ -12,7 +12,7 @@ const NKTransformBlock pounds = [](const Value& pennies) -> Value { return penni
 const NKTransformBlock pennies = [](const Value& shown) -> Value { return shown.as<Decimal>() * Decimal(100); };
 
 TEST(NKBlockValueTransformer, HeaderExample) {
-  const NKTransformBlock shout = [](const Value& v) { return v.description() + "!"; };
+  const auto shout = [](const NSString& text) { return text + "!"; };
   EXPECT_EQ(NKBlockValueTransformer::valueTransformerWithBlock(shout)->transformedValue("pay"), Value("pay!"));
 }
 
@@ -44,7 +44,8 @@ TEST(NKBlockValueTransformer, TheClosureIsAProperty) {
 }
 
 TEST(NKBlockValueReversingTransformer, HeaderExample) {
-  auto both = NKBlockValueReversingTransformer::valueTransformerWithBlock(pounds, pennies);
+  auto both = NKBlockValueReversingTransformer::valueTransformerWithBlock(
+      [](const Decimal& pennies) { return pennies / 100; }, [](const Decimal& pounds) { return pounds * 100; });
   EXPECT_EQ(both->transformedValue(1250), Value(12.5));
   EXPECT_EQ(both->reverseTransformedValue(12.5), Value(1250));
 }
