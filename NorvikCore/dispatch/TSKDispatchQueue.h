@@ -6,6 +6,7 @@
 //   payroll->dispatchSynchronously([&] {
 //     payroll->dispatchSynchronously([] { sum(); });   // inside it already: called in place, where a bare queue hangs
 //   });
+//   Decimal net = payroll->dispatchSynchronously([&] { return netPay(employee); }).value();
 //   payroll->scheduleTimerWithName("save", 2, TSKTimerRestart, [] { save(); });   // 2 s after the last of many calls
 //
 // The *queue stack* of the running code holds the serial wrappers that the code is inside, outermost first. The last
@@ -42,6 +43,7 @@ class dispatch_manual_clock;
 namespace detail {
 
 class NamedTimers;
+class WrapperAwaiter;
 
 /// A reference to a block of any type, which is called while the block exists.
 struct BlockCall {
@@ -55,6 +57,22 @@ template <class F>
   return {[](void* function) { static_cast<void>(std::forward<F>(*static_cast<Function*>(function))()); },
           const_cast<void*>(static_cast<const void*>(std::addressof(block)))};
 }
+
+/// What a synchronous block returns to its caller, if it may be refused: nothing, a pointer, or a std::optional.
+template <class F>
+struct SynchronousResult {
+  using Type = std::optional<std::remove_cvref_t<std::invoke_result_t<F>>>;
+};
+template <class F>
+requires std::is_void_v<std::invoke_result_t<F>>
+struct SynchronousResult<F> {
+  using Type = void;
+};
+template <class F>
+requires std::is_lvalue_reference_v<std::invoke_result_t<F>>
+struct SynchronousResult<F> {
+  using Type = std::remove_reference_t<std::invoke_result_t<F>>*;
+};
 
 NK_EXPORT void requireBlock(const Block<void()>& block);
 template <class F>
@@ -127,10 +145,30 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
 
   /// Runs a block on the queue and returns after it has run. If the queue is in the current queue stack,
   /// deadlockBehavior() decides what happens.
+  ///
+  /// Returns what the block returns: nothing if that is void; a pointer if it is a reference; else a std::optional of
+  /// it, which must be movable. The pointer is null and the std::optional is empty if the block was refused, which
+  /// never happens with TSKDeadlockExecuteInline and TSKDeadlockNoCheck.
   template <class F>
-  void dispatchSynchronously(F&& block) {
+  typename detail::SynchronousResult<F>::Type dispatchSynchronously(F&& block) {
     detail::requireBlock(block);
-    runSynchronously(detail::blockCall(std::forward<F>(block)));
+    using Result = typename detail::SynchronousResult<F>::Type;
+    if constexpr (std::is_void_v<Result>) {
+      runSynchronously(detail::blockCall(std::forward<F>(block)));
+    } else {
+      constexpr bool isMovable = std::is_move_constructible_v<Result>;
+      static_assert(isMovable, "the result of a synchronous block is movable, because the block may be refused");
+      Result result{};
+      if constexpr (isMovable) {
+        runSynchronously(detail::blockCall([&] {
+          if constexpr (std::is_pointer_v<Result>)
+            result = std::addressof(std::forward<F>(block)());
+          else
+            result.emplace(std::forward<F>(block)());
+        }));
+      }
+      return result;
+    }
   }
   /// Enqueues a block, which may be any movable callable, and returns.
   template <class F>
@@ -141,12 +179,13 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
       self->runInNewStack(detail::blockCall(std::move(block)));
     });
   }
-  /// Enqueues a block that runs alone on its queue, without a deadlock check and without a queue stack.
+  /// Enqueues a block that runs alone on its queue, without a deadlock check and without a queue stack. Returns what
+  /// the block returns.
   template <class F>
-  void dispatchBarrierSynchronously(F&& block) {
+  std::invoke_result_t<F> dispatchBarrierSynchronously(F&& block) {
     detail::requireBlock(block);
     const Ref<TSKDispatchQueue> self = ref(*this);  // the block may release the last other Ref
-    dispatch_barrier_sync(queue(), [&block] { static_cast<void>(std::forward<F>(block)()); });
+    return dispatch_barrier_sync(queue(), std::forward<F>(block));
   }
   template <class F>
   void dispatchBarrierAsynchronously(F&& block) {
@@ -207,6 +246,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
  private:
   void scheduleTimer(const NSString& name, double seconds, TSKTimerBehavior behavior, Block<void()> block);
   friend class detail::NamedTimers;
+  friend class detail::WrapperAwaiter;
 
   static Ref<TSKDispatchQueue> makeShared(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior, bool concurrent);
   void runSynchronously(detail::BlockCall block);

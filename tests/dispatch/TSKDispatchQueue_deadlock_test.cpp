@@ -12,8 +12,10 @@
 #include <atomic>
 #include <functional>
 #include <latch>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace norvik {
@@ -147,6 +149,29 @@ TEST_F(DeadlockCheck, RefusesAsTheQueuesBehaviourSays) {
       EXPECT_EQ(runs, row.runs) << situation.name << ", behaviour " << row.behavior;
       EXPECT_EQ(console.lines(), row.console) << situation.name << ", behaviour " << row.behavior;
     }
+  }
+}
+
+TEST_F(DeadlockCheck, ARefusedBlockHasNoResult) {
+  const struct {
+    TSKDeadlockBehavior behavior;
+    bool hasResult;
+  } rows[] = {{TSKDeadlockExecuteInline, true},
+              {TSKDeadlockSkip, false},
+              {TSKDeadlockSkipAndLog, false},
+              {TSKDeadlockReserved, false},
+              {static_cast<TSKDeadlockBehavior>(7), false}};
+  for (const auto& row : rows) {
+    const kernel::SystemLogCapture console;
+    const Wrapper wrapper = serial("payroll", row.behavior);
+    int count = 5;
+    const auto results = wrapper->dispatchSynchronously([&] {
+      return std::pair(wrapper->dispatchSynchronously([&] { return count; }),
+                       wrapper->dispatchSynchronously([&]() -> int& { return count; }));
+    });
+    ASSERT_TRUE(results) << row.behavior;
+    EXPECT_EQ(results->first, row.hasResult ? std::optional(5) : std::nullopt) << row.behavior;
+    EXPECT_EQ(results->second, row.hasResult ? &count : nullptr) << row.behavior;
   }
 }
 

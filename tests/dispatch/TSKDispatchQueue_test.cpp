@@ -14,9 +14,12 @@
 #include <cstdlib>
 #include <latch>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace norvik {
@@ -36,10 +39,47 @@ TEST_F(TSKDispatchQueueTest, HeaderExample) {
   payroll->dispatchAsynchronously([&] { seen += "read "; });
   payroll->dispatchSynchronously([&] { payroll->dispatchSynchronously([&] { seen += "sum"; }); });
   EXPECT_EQ(seen, "read sum");
+  const Decimal net = payroll->dispatchSynchronously([] { return Decimal(5); }).value();
+  EXPECT_EQ(net, Decimal(5));
   std::latch saved(1);
   payroll->scheduleTimerWithName("save", 0.002, TSKTimerRestart, [&] { saved.count_down(); });
   saved.wait();
   flush(payroll);
+}
+
+TEST_F(TSKDispatchQueueTest, ASynchronousBlockReturnsItsResult) {
+  for (const Wrapper& wrapper : {serial("serial"), concurrent()}) {
+    int count = 3;
+    const std::optional<int> value = wrapper->dispatchSynchronously([&] { return count; });
+    EXPECT_EQ(value, 3);
+    int* const referred = wrapper->dispatchSynchronously([&]() -> int& { return count; });
+    EXPECT_EQ(referred, &count);
+    const int* const constant = wrapper->dispatchSynchronously([&]() -> const int& { return count; });
+    EXPECT_EQ(constant, &count);
+    std::optional<std::unique_ptr<int>> moved = wrapper->dispatchSynchronously([] { return std::make_unique<int>(4); });
+    EXPECT_EQ(**moved, 4);
+    const std::optional<std::string> taken = wrapper->dispatchSynchronously(
+        [text = std::string("moved")]() mutable -> std::string&& { return std::move(text); });
+    EXPECT_EQ(taken, "moved");
+    const std::optional<std::optional<int>> nested =
+        wrapper->dispatchSynchronously([] { return std::optional<int>(); });
+    EXPECT_EQ(nested, std::optional<std::optional<int>>(std::optional<int>()));
+    static_assert(std::is_void_v<decltype(wrapper->dispatchSynchronously([] {}))>);
+    EXPECT_EQ(wrapper->dispatchSynchronously(Block<int()>([] { return 5; })), 5);
+    EXPECT_THROW(wrapper->dispatchSynchronously([]() -> int { throw std::runtime_error("no result"); }),
+                 std::runtime_error);
+  }
+}
+
+TEST_F(TSKDispatchQueueTest, ABarrierBlockReturnsItsResultItself) {
+  const Wrapper wrapper = concurrent();
+  int count = 3;
+  EXPECT_EQ(wrapper->dispatchBarrierSynchronously([&] { return count; }), 3);
+  wrapper->dispatchBarrierSynchronously([&]() -> int& { return count; }) = 4;
+  EXPECT_EQ(count, 4);
+  const std::unique_ptr<int> moved = wrapper->dispatchBarrierSynchronously([] { return std::make_unique<int>(5); });
+  EXPECT_EQ(*moved, 5);
+  static_assert(std::is_void_v<decltype(wrapper->dispatchBarrierSynchronously([] {}))>);
 }
 
 TEST_F(TSKDispatchQueueTest, BehavioursAndTimersHaveTheirNumbers) {
