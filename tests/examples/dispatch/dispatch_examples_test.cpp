@@ -20,6 +20,10 @@ TEST(DispatchExamples, AutosaveSavesOnceForABurstOfChangesAndWhatIsLeftAtTheEnd)
   EXPECT_EQ(outputOf(AUTOSAVE_PROGRAM), "saved: Ann 20 Bob 38\nreport: Ann 20 Bob 38\nsaved: Ann 20 Bob 40\n");
 }
 
+TEST(DispatchExamples, ACoroutineComputesOnAQueueAndShowsOnTheMainThread) {
+  EXPECT_EQ(outputOf(COROUTINE_PROGRAM), "Ann: 2000.00\nBob: 1440.00\ntotal: 3440.00\n");
+}
+
 TEST(DispatchExamples, ALoopOfOnesOwnRunsTheMainQueue) { EXPECT_EQ(outputOf(PLAIN_LOOP_PROGRAM), "40 employees\n"); }
 
 #ifdef GLIB_LOOP_PROGRAM
