@@ -21,6 +21,10 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
     endforeach()
   endif()
 
+  # lldb looks for no script of a library: the user's ~/.lldbinit imports it.
+  install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/lldb/norvikcore_lldb.py
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/norvikcore/lldb)
+
   # The component's targets come from a separate file, so that a program that asks only for the core needs no libpq.
   if(NORVIK_POSTGRESQL)
     install(TARGETS NorvikPostgreSQL EXPORT NorvikCorePostgreSQLTargets

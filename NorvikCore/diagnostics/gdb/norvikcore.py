@@ -525,6 +525,7 @@ PRINTERS = (
     ('norvik::Decimal', text_printer(decimal_text)),
     ('norvik::Date', text_printer(date_text)),
     ('norvik::NSString', string_printer),
+    ('norvik::KeyPath', string_printer),
     ('norvik::NSMutableString', mutable_string_printer),
     ('norvik::NSNumber', text_printer(number_text)),
     ('norvik::NSRange', text_printer(range_text)),

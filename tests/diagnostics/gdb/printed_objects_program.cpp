@@ -8,6 +8,7 @@
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/keyvalue/KeyPath.h"
 #include "NorvikCore/platform/object/Block.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Weak.h"
@@ -56,6 +57,13 @@ class Director : public Employee {
   NK_PROPERTY(std::optional<Decimal>, bonus, setBonus)
 };
 
+class Ring : public NSObject {
+  NK_OBJECT(Ring, NSObject)
+
+ public:
+  std::vector<Weak<Ring>> next_;
+};
+
 struct Stamp {
   virtual ~Stamp() = default;
   int stamp_ = 3;
@@ -89,6 +97,8 @@ struct Objects {
   Weak<Employee> watched = employee, gone = make<Employee>(), unset;
   std::vector<Ref<Employee>> staff{employee, nullptr};
 
+  Ref<company::Ring> ring = make<company::Ring>();  // refers to itself
+
   Block<bool(const Value&)> test = [](const Value&each) { return each == Value(1); }, noTest;
 
   Ref<NSArray> none = NSArray::array(), pay = NSArray::arrayWithObjects(1200_dec, "unpaid", Value::null());
@@ -107,6 +117,7 @@ struct Objects {
 
   const Class& employeeClass = Employee::staticClass();
   const Class& arrayClass = NSArray::staticClass();
+  KeyPath<Employee, NSString> path = keyPath<&Employee::name>();
   SEL selector = "setSalary:", noSelector;
 
   dispatch_queue_t queue = dispatch_queue_create("payroll.\"import\""), unlabelled = dispatch_queue_create(nullptr);
@@ -140,6 +151,7 @@ int main() {
   objects.totals->setObject(2, "b");
   objects.totals->removeObjectForKey("a");
   objects.seen->removeObject(2);
+  objects.ring->next_.push_back(objects.ring);
   std::memset(static_cast<void*>(&objects.damaged), 0x5A, sizeof objects.damaged);
   std::memset(static_cast<void*>(&objects.lost), 0x5A, sizeof objects.lost);
   pay(objects, objects.employer);
