@@ -26,8 +26,12 @@ OFFSETS = {
     'norvik::NSDictionary::table_.count_': 88,
     'norvik::NSSet::table_.entries_': 16,
     'norvik::NSSet::table_.count_': 88,
+    'norvik::detail::QueueCore::kind_': 24,
     'norvik::detail::QueueCore::label_': 208,
+    'norvik::detail::SerialQueue::inbox_': 256,
+    'norvik::detail::SerialQueue::ready_': 320,
     'norvik::detail::SideRecord::object_': 24,
+    'norvik::TSKDispatchQueue::queue_': 24,
 }
 ABSENT = '(null)'
 VALUE_SIZE = 32  # bytes of a Value
@@ -312,6 +316,7 @@ class Object:
         self.root = dict(self.classes).get('norvik::NSObject')
         self.is_there = self.root is not None
         self.name = short(self.classes[0][0] if self.is_there else declared)
+        self.is_queue = 'norvik::TSKDispatchQueue' in dict(self.classes)  # whose members only lead to the queue
         immutable = (name.replace('norvik::NSMutable', 'norvik::NS') for name, _ in self.classes)
         self.collection = next((name for name in immutable if name in self.COLLECTIONS), None)
 
@@ -357,6 +362,9 @@ class Object:
     def text(self):
         if self.collection:
             return '%s of %d' % (self.name, self.count())
+        if self.is_queue:
+            core = number_at(self.process, self.root + OFFSETS['norvik::TSKDispatchQueue::queue_'])
+            return '%s %#x %s' % (self.name, self.address, core_text(self.process, core))
         return '%s %#x%s' % (self.name, self.address, '' if self.is_there else ' <no object is there>')
 
 
@@ -436,12 +444,32 @@ def selector_text(value):
     return string_text(name.Dereference()) if name.GetValueAsUnsigned() else ABSENT
 
 
-def queue_text(value):
-    core = number(value, 'core_')
+def item_count(process, first):
+    """The number of items in a list that is linked by the first word of each."""
+    count = 0
+    while first and count < 10000:
+        first, count = number_at(process, first), count + 1
+    return count
+
+
+def core_text(process, core):
+    """The label. Of a serial queue also what it does: a thread is in it, it is suspended, blocks wait."""
     if not core:
         return ABSENT
-    process, label = value.GetProcess(), core + OFFSETS['norvik::detail::QueueCore::label_']
-    return quoted(process, number_at(process, label), number_at(process, label + 8))
+    label = core + OFFSETS['norvik::detail::QueueCore::label_']
+    parts = [quoted(process, number_at(process, label), number_at(process, label + 8))]
+    if number_at(process, core + OFFSETS['norvik::detail::QueueCore::kind_'], 1) in (0, 4):  # serial, main
+        inbox = number_at(process, core + OFFSETS['norvik::detail::SerialQueue::inbox_'])
+        ready = number_at(process, core + OFFSETS['norvik::detail::SerialQueue::ready_'])
+        waiting = item_count(process, inbox & ~7) + item_count(process, ready)
+        parts += ['busy'] if inbox & 5 == 0 else []  # neither idle nor parked
+        parts += ['suspended'] if inbox & 2 else []
+        parts += ['%d waiting' % waiting] if waiting else []
+    return ', '.join(parts)
+
+
+def queue_text(value):
+    return core_text(value.GetProcess(), number(value, 'core_'))
 
 
 def value_text(value):
@@ -544,7 +572,7 @@ def object_children(value, pointer):
     shown = Object(value.GetProcess(), address)
     if shown.collection:
         return collection_children(value, shown)
-    if REPETITIONS.are_too_many(address):
+    if shown.is_queue or REPETITIONS.are_too_many(address):
         return []
     for name, start in shown.classes:
         type_ = type_named(value.GetTarget(), name)

@@ -1,5 +1,6 @@
 // A program with objects and collections that gdb/norvikcore.py shows. printers.sh stops it in pay(). With
 // WITH_INTERNALS its debug information has the internal classes too, as that of a library that was built with -g does.
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -15,10 +16,10 @@
 #include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #ifdef WITH_INTERNALS
-#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
 
-norvik::detail::QueueCore* aQueue = nullptr;
+norvik::detail::SerialQueue* aQueue = nullptr;
 norvik::detail::SideRecord* aRecord = nullptr;
 #endif
 
@@ -121,7 +122,9 @@ struct Objects {
   SEL selector = "setSalary:", noSelector;
 
   dispatch_queue_t queue = dispatch_queue_create("payroll.\"import\""), unlabelled = dispatch_queue_create(nullptr);
-  dispatch_queue_t noQueue;
+  dispatch_queue_t noQueue, many = dispatch_queue_create("many", DISPATCH_QUEUE_CONCURRENT);
+  dispatch_queue_t busy = dispatch_queue_create("busy one"), late = dispatch_queue_create("late");
+  Ref<TSKDispatchQueue> wrapper = TSKDispatchQueue::dispatchQueueWithLabel("wrapped"), noWrapper;
   dispatch_group_t noGroup;
 };
 
@@ -154,7 +157,13 @@ int main() {
   objects.ring->next_.push_back(objects.ring);
   std::memset(static_cast<void*>(&objects.damaged), 0x5A, sizeof objects.damaged);
   std::memset(static_cast<void*>(&objects.lost), 0x5A, sizeof objects.lost);
-  pay(objects, objects.employer);
+  dispatch_suspend(objects.late);
+  dispatch_async(objects.late, [] {});
+  dispatch_async(objects.late, [] {});
+  dispatch_sync(objects.busy, [&] {
+    dispatch_async(objects.busy, [] {});
+    pay(objects, objects.employer);
+  });
   static_cast<void>(objects.lost.take());
   std::memset(static_cast<void*>(&objects.damaged), 0, sizeof objects.damaged);  // an absent Value
   objects.circle->removeAllObjects();
