@@ -35,6 +35,10 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
     endforeach()
   endif()
 
+  # lldb looks for no script of a library: the user's ~/.lldbinit imports it.
+  install(FILES ${PROJECT_SOURCE_DIR}/NorvikCore/diagnostics/lldb/norvikcore_lldb.py
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/norvikcore/lldb COMPONENT Development)
+
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCoreConfig.cmake.in
                                 ${PROJECT_BINARY_DIR}/NorvikCoreConfig.cmake
                                 INSTALL_DESTINATION ${norvik_cmake_dir})

@@ -78,7 +78,7 @@ TEST_F(TSKDispatchQueueCoroutine, HasNoStackOnAConcurrentWrapper) {
   bool isInStack = true, isCurrent = false;
   const auto job = [](Wrapper queue, bool& in, bool& current, std::latch& done) -> Job {
     co_await queue;
-    in = queue->isInCurrentQueueStack();
+    in = queue->isInCurrentQueueStack() || dispatch_get_specific(TSKQueueStackKey) != nullptr;
     current = queue->isCurrentQueue();
     done.count_down();
   };

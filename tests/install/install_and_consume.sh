@@ -34,6 +34,7 @@ fi
 # gdb finds the printers by the path that the library was installed to.
 scripts=$(find "$prefix/share/gdb/auto-load$work/first" -name 'libNorvikCore.so.*.py' | wc -l)
 [ "$scripts" -eq 2 ] || { echo "gdb would not find the printers"; exit 1; }
+[ -f "$prefix/share/norvikcore/lldb/norvikcore_lldb.py" ] || { echo "the formatters of lldb are not installed"; exit 1; }
 
 # The licence is installed with the library.
 grep -q "the NorvikCore authors" "$prefix/share/doc/NorvikCore/LICENSE"

@@ -25,8 +25,12 @@ OFFSETS = {
     'norvik::NSDictionary::table_.count_': 88,
     'norvik::NSSet::table_.entries_': 16,
     'norvik::NSSet::table_.count_': 88,
+    'norvik::detail::QueueCore::kind_': 24,
     'norvik::detail::QueueCore::label_': 208,
+    'norvik::detail::SerialQueue::inbox_': 256,
+    'norvik::detail::SerialQueue::ready_': 320,
     'norvik::detail::SideRecord::object_': 24,
+    'norvik::TSKDispatchQueue::queue_': 24,
 }
 ABSENT = '(null)'
 VALUE_SIZE = 32  # bytes of a Value
@@ -244,6 +248,7 @@ class Object:
         self.collection = next((name for name in immutable if name in self.COLLECTIONS), None)
         self.members = self.best_known(pointer, names) if names else None
         self.is_there = bool(names)
+        self.is_queue = 'norvik::TSKDispatchQueue' in names  # whose members only lead to the queue
 
     @staticmethod
     def best_known(pointer, names):
@@ -293,6 +298,9 @@ class Object:
     def text(self):
         if self.collection:
             return '%s of %d' % (self.name, self.count())
+        if self.is_queue:
+            core = number_at(self.root + OFFSETS['norvik::TSKDispatchQueue::queue_'])
+            return '%s %#x %s' % (self.name, self.address, queue_text(core))
         return '%s %#x%s' % (self.name, self.address, '' if self.is_there else ' <no object is there>')
 
 
@@ -359,6 +367,33 @@ def closure_text(names):
 def class_text(value):
     name, qualified = text_of(value['name_']), short(text_of(value['qualifiedName_']))
     return name if name == qualified else '%s (%s)' % (name, qualified)
+
+
+def item_count(first):
+    """The number of items in a list that is linked by the first word of each."""
+    count = 0
+    while first and count < 10000:
+        first, count = number_at(first), count + 1
+    return count
+
+
+def queue_text(core):
+    """The label. Of a serial queue also what it does: a thread is in it, it is suspended, blocks wait."""
+    if not core:
+        return ABSENT
+    label = core + OFFSETS['norvik::detail::QueueCore::label_']
+    size = number_at(label + 8)
+    if not 0 <= size < 10000:
+        raise Unreadable('not a queue')
+    text = gdb.Value(number_at(label)).cast(gdb.lookup_type('char').pointer()).lazy_string('UTF-8', size).value()
+    parts = [text.format_string(max_elements=0) if size else '""']
+    if number_at(core + OFFSETS['norvik::detail::QueueCore::kind_'], 'unsigned char') in (0, 4):  # serial, main
+        inbox = number_at(core + OFFSETS['norvik::detail::SerialQueue::inbox_'])
+        waiting = item_count(inbox & ~7) + item_count(number_at(core + OFFSETS['norvik::detail::SerialQueue::ready_']))
+        parts += ['busy'] if inbox & 5 == 0 else []  # neither idle nor parked
+        parts += ['suspended'] if inbox & 2 else []
+        parts += ['%d waiting' % waiting] if waiting else []
+    return ', '.join(parts)
 
 
 def problem_text(problem):
@@ -460,7 +495,8 @@ def object_printer(pointer, with_members=True):
     shown = Object(pointer)
     if shown.collection:
         return CollectionPrinter(shown)
-    return ObjectPrinter(shown) if with_members and shown.members is not None else TextPrinter(shown.text())
+    has_members = with_members and shown.members is not None and not shown.is_queue
+    return ObjectPrinter(shown) if has_members else TextPrinter(shown.text())
 
 
 def ref_printer(value):
@@ -514,17 +550,14 @@ def queue_printer(value):
     core = value['core_']
     if template_name(core.type.target()) != 'norvik::detail::QueueCore':
         return None  # the handle of a group, a semaphore or a source
-    if not int(core):
-        return TextPrinter(ABSENT)
-    label = int(core) + OFFSETS['norvik::detail::QueueCore::label_']
-    text = gdb.Value(number_at(label)).cast(gdb.lookup_type('char').pointer())
-    return QuotedPrinter(text, number_at(label + 8))
+    return TextPrinter(queue_text(int(core)))
 
 
 PRINTERS = (
     ('norvik::Decimal', text_printer(decimal_text)),
     ('norvik::Date', text_printer(date_text)),
     ('norvik::NSString', string_printer),
+    ('norvik::KeyPath', string_printer),
     ('norvik::NSMutableString', mutable_string_printer),
     ('norvik::NSNumber', text_printer(number_text)),
     ('norvik::NSRange', text_printer(range_text)),

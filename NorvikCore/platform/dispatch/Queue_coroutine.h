@@ -19,8 +19,7 @@
 //          coroutine's type lets out (unhandled_exception() throws) ends the process, as that of any asynchronous
 //          block.
 // Limits:  on a suspended queue the coroutine waits until the queue is resumed. In a child made by fork() a coroutine
-// that
-//          waited at the fork neither continues nor is destroyed, like a waiting block.
+//          that waited at the fork neither continues nor is destroyed, like a waiting block.
 #pragma once
 
 #include "NorvikCore/platform/dispatch/Queue.h"

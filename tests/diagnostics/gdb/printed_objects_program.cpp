@@ -1,5 +1,6 @@
 // A program with objects and collections that gdb/norvikcore.py shows. printers.sh stops it in pay(). With
 // WITH_INTERNALS its debug information has the internal classes too, as that of a library that was built with -g does.
+#include "NorvikCore/dispatch/TSKDispatchQueue.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
@@ -8,16 +9,17 @@
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/dispatch/Group.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
+#include "NorvikCore/platform/keyvalue/KeyPath.h"
 #include "NorvikCore/platform/object/Block.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
 #ifdef WITH_INTERNALS
-#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/SerialQueue.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
 
-norvik::detail::QueueCore* aQueue = nullptr;
+norvik::detail::SerialQueue* aQueue = nullptr;
 norvik::detail::SideRecord* aRecord = nullptr;
 #endif
 
@@ -56,6 +58,13 @@ class Director : public Employee {
   NK_PROPERTY(std::optional<Decimal>, bonus, setBonus)
 };
 
+class Ring : public NSObject {
+  NK_OBJECT(Ring, NSObject)
+
+ public:
+  std::vector<Weak<Ring>> next_;
+};
+
 struct Stamp {
   virtual ~Stamp() = default;
   int stamp_ = 3;
@@ -89,6 +98,8 @@ struct Objects {
   Weak<Employee> watched = employee, gone = make<Employee>(), unset;
   std::vector<Ref<Employee>> staff{employee, nullptr};
 
+  Ref<company::Ring> ring = make<company::Ring>();  // refers to itself
+
   Block<bool(const Value&)> test = [](const Value&each) { return each == Value(1); }, noTest;
 
   Ref<NSArray> none = NSArray::array(), pay = NSArray::arrayWithObjects(1200_dec, "unpaid", Value::null());
@@ -107,10 +118,13 @@ struct Objects {
 
   const Class& employeeClass = Employee::staticClass();
   const Class& arrayClass = NSArray::staticClass();
+  KeyPath<Employee, NSString> path = keyPath<&Employee::name>();
   SEL selector = "setSalary:", noSelector;
 
   dispatch_queue_t queue = dispatch_queue_create("payroll.\"import\""), unlabelled = dispatch_queue_create(nullptr);
-  dispatch_queue_t noQueue;
+  dispatch_queue_t noQueue, many = dispatch_queue_create("many", DISPATCH_QUEUE_CONCURRENT);
+  dispatch_queue_t busy = dispatch_queue_create("busy one"), late = dispatch_queue_create("late");
+  Ref<TSKDispatchQueue> wrapper = TSKDispatchQueue::dispatchQueueWithLabel("wrapped"), noWrapper;
   dispatch_group_t noGroup;
 };
 
@@ -140,9 +154,16 @@ int main() {
   objects.totals->setObject(2, "b");
   objects.totals->removeObjectForKey("a");
   objects.seen->removeObject(2);
+  objects.ring->next_.push_back(objects.ring);
   std::memset(static_cast<void*>(&objects.damaged), 0x5A, sizeof objects.damaged);
   std::memset(static_cast<void*>(&objects.lost), 0x5A, sizeof objects.lost);
-  pay(objects, objects.employer);
+  dispatch_suspend(objects.late);
+  dispatch_async(objects.late, [] {});
+  dispatch_async(objects.late, [] {});
+  dispatch_sync(objects.busy, [&] {
+    dispatch_async(objects.busy, [] {});
+    pay(objects, objects.employer);
+  });
   static_cast<void>(objects.lost.take());
   std::memset(static_cast<void*>(&objects.damaged), 0, sizeof objects.damaged);  // an absent Value
   objects.circle->removeAllObjects();
