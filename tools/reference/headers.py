@@ -223,7 +223,8 @@ class Page:
         specializes = any(item.kind == "class" and re.search(r" (?:std|fmt)::", item.text) for item in items)
         self.is_for_users = declares or only_includes or specializes or path in TEXTS
 
-        self.lines, self.faults = [], []
+        # What Doxygen reads; classes and concepts without a sentence; other declarations without a text.
+        self.lines, self.faults, self.silent = [], [], []
         self.paragraph_count = 0
 
     def emit(self, text):
@@ -285,6 +286,8 @@ class Page:
         self.emit("/**@{*/")
         for each in run:
             getattr(self, "write_" + each.kind, self.write_plain)(each)
+            if not each.doc and not heading:
+                self.silent.append(f"{self.path}: {spelled(each.text)}")
         self.emit("/**@}*/")
 
     def write_plain(self, declared):
