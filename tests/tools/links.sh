@@ -19,7 +19,8 @@ cat >README.md <<'END'
 # The `library`, a first look
 
 [a page](docs/a.md), [its part](docs/a.md#pay-the-staff-again), [here](#the-library-a-first-look), [away](https://e.org)
-<img src="docs/a%20picture.png"> [![picture](docs/a%20picture.png)](docs/p.html#x.y-2) `[code](no.md)`
+<img src="docs/a%20picture.png" srcset="docs/a%20picture.png 2x, docs/p.html">
+[![picture](docs/a%20picture.png)](docs/p.html#x.y-2) `[code](no.md)`
 
 ```sh
 echo [code](no.md)
@@ -35,11 +36,12 @@ cat >docs/a.md <<'END'
 END
 echo '<p id="x.y-2"><a href="a.md">a</a> <a href="#x.y-2">b</a> <a href="mailto:x">c</a>' >docs/p.html
 touch 'docs/a picture.png'
-expect 0 'links: 13 links, 0 of them lead nowhere'
+expect 0 'links: 15 links, 0 of them lead nowhere'
 
 sed -i 's/## Pay the staff, again!/## Pay nobody/' docs/a.md
 sed -i 's/#x.y-2">b/#x.y">b/' docs/p.html
 rm 'docs/a picture.png'
-expect 1 'README.md: docs/a%20picture.png: no such file' 'README.md: docs/a%20picture.png: no such file' \
+picture='README.md: docs/a%20picture.png: no such file'
+expect 1 "$picture" "$picture" "$picture" \
   'README.md: docs/a.md#pay-the-staff-again: no such anchor' 'docs/p.html: #x.y: no such anchor' \
-  'links: 13 links, 4 of them lead nowhere'
+  'links: 15 links, 5 of them lead nowhere'

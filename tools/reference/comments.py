@@ -1,4 +1,5 @@
 """Turns the comments of headers into comments for Doxygen."""
+import html
 import re
 
 # The pages of headers by their file names, such as "DDLog.h": a mention of a header becomes a link.
@@ -11,16 +12,19 @@ BLANK = "nk_blank"
 SPELLINGS = [
     (re.compile(r"\bdetail::ObjectArgument\b"), "NSObject&"),
     (re.compile(r"\bdetail::Filtered<\w+, \w+, (\w+)>"), r"Ref<\1>"),
-    (re.compile(r"\b(?:norvik::)?detail::"), ""),
-    (re.compile(r"\bnorvik::"), ""),
 ]
+
+
+def ordinary(text):
+    """A declaration with the types that a user writes."""
+    for pattern, spelling in SPELLINGS:
+        text = pattern.sub(spelling, text)
+    return text
 
 
 def spelled(text):
     """A declaration with names as the user of the namespace norvik writes them."""
-    for pattern, spelling in SPELLINGS:
-        text = pattern.sub(spelling, text)
-    return text
+    return re.sub(r"\b(?:norvik::)?(?:detail::)?", "", ordinary(text)) if "::" in text else text
 
 
 # The first word of a sentence, if it could be the name of a class. After % Doxygen links no word.
@@ -29,9 +33,8 @@ SENTENCE_START = re.compile(r"(^|[.:;!?] +|\( *)(?=[A-Z][a-z]+\b(?!\(|::|<))")
 
 def escaped(text):
     """A text without commands for Doxygen."""
-    text = text.replace("\\", "\\\\").replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;")
-    text = re.sub(r"([@#%$])", r"\\\1", text)
-    return text.replace("--", "\\--")
+    text = html.escape(text.replace("\\", "\\\\"), quote=False).replace('"', "&quot;")  # in quotes nothing is read
+    return re.sub(r"([@#%$]|--|(?<![\w>])::)", r"\\\1", text)
 
 
 def linked(text):

@@ -20,13 +20,16 @@ import re
 import sys
 from typing import NamedTuple, Optional
 
-from comments import BLANK, blocks, brief, comment, sentence, spelled, words, written
+from comments import BLANK, blocks, brief, comment, ordinary, sentence, spelled, words, written
 from declarations import Item, Reader, clean, declarators, is_assigned, prototype, split_arguments, without_template
 
 # The statements of a class that declare nothing by themselves: the user writes the function or the accessors.
 STATEMENTS = ("NK_METHOD", "NK_METHOD_AS", "NK_CLASS_METHOD", "NK_CLASS_METHOD_AS", "NK_AFFECTED_BY", "NK_CLASS_NAME",
               "NK_COMPUTED_PROPERTY", "NK_COMPUTED_PROPERTY_WITH_SETTER", "NK_CATEGORY_PROPERTY",
               "NK_CATEGORY_READONLY_PROPERTY", "NK_DECODED_BY", "NK_STORED_PROPERTY", "Q_PROPERTY")
+
+# Headers that declare nothing for users, and that other texts mention for what they say.
+TEXTS = ("NorvikCore/platform/values/FormatDirective.h",)
 
 
 class Declared(NamedTuple):
@@ -132,7 +135,7 @@ class Selection:
         if self.access == "private":
             return
         text = clean(item.text)
-        kind = self.kind_of(text)
+        kind = None if self.is_for_the_library(text) else self.kind_of(text)
         if kind == "forward":
             if self.doc:
                 self.page.forward_docs[re.search(r"(\w+)$", text).group(1)] = self.doc
@@ -164,6 +167,15 @@ class Selection:
         if is_definition_of_member or is_deduction_guide or (not self.doc and self.scope and self.is_routine(bare)):
             return None
         return "friend" if bare.startswith("friend ") else "function"
+
+    def is_for_the_library(self, text):
+        """True for members that a user cannot use: names that end in "_", and members with types of the implementation,
+        unless they are public and have a text."""
+        bare = without_template(prototype(text))
+        if self.scope and re.search(r"^[^(]*\w_(?:\(|$| = )", bare):
+            return True
+        uses_detail = "detail::" in ordinary(bare) and not bare.startswith("using ")
+        return bool(self.scope and uses_detail and (self.access == "protected" or not self.doc))
 
     def is_left_out(self, text):
         """True for classes of other namespaces, for specializations of templates unless the only one is the class, and
@@ -206,11 +218,13 @@ class Page:
         classes = [each.item for paragraph in self.paragraphs for each in paragraph.declared if each.kind == "class"]
         self.main = next((item for item in classes if class_name(item.text) == self.name), None)
         declares = any(each.declared[0].kind not in ("open", "close") for each in self.paragraphs)
-        # A header that only includes others may describe them: LINQ.h.
-        only_includes = all(item.kind != "namespace" for item in items) and len(self.rest) > 1
-        self.is_for_users = declares or only_includes
+        # Other headers are for users if they describe the headers that they include, or make formatters and the like.
+        only_includes = all(item.kind not in ("namespace", "class") for item in items) and len(self.rest) > 1
+        specializes = any(item.kind == "class" and re.search(r" (?:std|fmt)::", item.text) for item in items)
+        self.is_for_users = declares or only_includes or specializes or path in TEXTS
 
-        self.lines, self.faults = [], []
+        # What Doxygen reads; classes and concepts without a sentence; other declarations without a text.
+        self.lines, self.faults, self.silent = [], [], []
         self.paragraph_count = 0
 
     def emit(self, text):
@@ -272,6 +286,8 @@ class Page:
         self.emit("/**@{*/")
         for each in run:
             getattr(self, "write_" + each.kind, self.write_plain)(each)
+            if not each.doc and not heading:
+                self.silent.append(f"{self.path}: {spelled(each.text)}")
         self.emit("/**@}*/")
 
     def write_plain(self, declared):

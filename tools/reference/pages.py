@@ -119,7 +119,7 @@ class Reference:
 
 def shown(name):
     """A qualified name as the user of the namespace norvik writes it."""
-    return re.sub(r"<.*>$", "", re.sub(r"^norvik::", "", name)).strip()
+    return re.sub(r"^norvik::", "", re.sub(r"<.*>(?=::|$)", "", name)).strip()
 
 
 def address(chapter_or_header):
@@ -180,8 +180,8 @@ class Writer:
             return "--"
         if tag == "linebreak":
             return "<br>"
-        if tag == "ulink":
-            return f'<a href="{html.escape(node.get("url"))}">{self.inner(node)}</a>'
+        if tag == "ulink":  # Doxygen takes any "file:" for an address; it may contain the quote behind it
+            return html.escape(html.unescape("".join(node.itertext())), quote=False)
         raise ValueError(f"an element that the pages cannot show: {tag}")
 
     def paragraph(self, node):

@@ -70,7 +70,13 @@ class NK_EXPORT Payment : public NSObject, private detail::PaymentAccess {
   /// A part of it.
   struct Part;
 
+  detail::PaymentAccess& access();
+  /// For all numbers.
+  template <class T>
+  detail::Sum<T> sum() const;
+
  protected:
+  std::string purpose_;
   void changed() NK_REQUIRES(lock_);
 
  private:
