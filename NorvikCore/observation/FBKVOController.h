@@ -30,7 +30,6 @@
 //            have raises NSInvalidArgumentException at the change.
 // Cost:      observing and unobserving take constant time on average, whatever the numbers of controllers, objects and
 //            observations, and are linear in the key paths that one controller observes of one object.
-//            observations; linear in the key paths that one controller observes of one object.
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"

@@ -584,7 +584,7 @@ TEST_F(DDFileLoggerTest, AReplacedFileIsNoticed) {
   EXPECT_EQ(linesOf(path).back(), "here");
 }
 
-// A manager may compress and remove the file that it is told of: here another program's, or none.
+// A manager may compress and remove the file that it is notified of: here another program's, or none.
 TEST_F(DDFileLoggerTest, ARollOfAFileThatWasMovedOrReplacedOnlyClosesIt) {
   for (const bool isReplaced : {false, true}) {
     sayNow("first");
