@@ -23,7 +23,8 @@ consteval bool becomesValue() {
 /// Converts an element to the Value that an array would hold.
 template <class E>
 Value asElement(const E& element) {
-  static_assert(becomesValue<E>(), "this query needs elements that become Values: linq_select what becomes one first");
+  static_assert(becomesValue<E>(),
+                "this query needs elements that convert to Value: convert them by linq_select first");
   if constexpr (std::is_base_of_v<NSObject, E>)
     return ref(const_cast<E&>(element));
   else if constexpr (std::is_same_v<E, Value>)

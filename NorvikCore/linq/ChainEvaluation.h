@@ -69,7 +69,7 @@ class Chain {
       return std::move(*this).with(std::move(step));
     } else {
       constexpr bool areValues = becomesValue<E>();
-      static_assert(areValues, "this query needs elements that become Values: linq_select what becomes one first");
+      static_assert(areValues, "this query needs elements that convert to Value: convert them by linq_select first");
       if constexpr (areValues) {
         const auto array = std::move(*this).array();
         return step.apply(*array);

@@ -95,7 +95,7 @@ Value valueOf(R&& result) {
     return Value(std::forward<R>(result));
   } else {
     constexpr bool becomesValue = ValueConvertible<T> && !isCharacter<T>;
-    static_assert(becomesValue, "a query's closure gives what becomes a Value: an object does by its Ref");
+    static_assert(becomesValue, "the result of a query's closure must convert to Value: return an object by its Ref");
     if constexpr (becomesValue) return ValueConversion<T>::toValue(result);
     __builtin_unreachable();
   }

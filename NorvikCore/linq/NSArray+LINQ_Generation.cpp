@@ -9,7 +9,7 @@ namespace norvik::detail {
 
 void raiseReceivingClass(const Class& receivingClass, const Class& wanted) {
   NSException::raise(NSInvalidArgumentException, "the class " + receivingClass.distinctName().str() +
-                                                     " makes no empty " + wanted.distinctName().str());
+                                                     " cannot create an empty " + wanted.distinctName().str());
 }
 
 Ref<NSArray> emptyArrayOf(const Class& receivingClass) {
@@ -24,7 +24,7 @@ void fill(NSArray& array, std::vector<Value> elements) {
 std::vector<Value> roomFor(std::uint64_t count) {
   std::vector<Value> room;
   if (count > room.max_size())
-    NSException::raise(NSRangeException, "no memory holds " + std::to_string(count) + " elements");
+    NSException::raise(NSRangeException, "there is no memory for " + std::to_string(count) + " elements");
   room.reserve(count);
   return room;
 }

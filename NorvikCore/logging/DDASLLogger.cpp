@@ -57,7 +57,7 @@ std::int64_t DDASLLogger::Client::localSeconds(Date date) const {
 void DDASLLogger::Client::report() {
   if (isReported && service.taken() > takenAtReport) {
     isReported = false;
-    NSLog("DDASLLogger: the system log takes messages again; %llu were lost", service.lost());
+    NSLog("DDASLLogger: the system log accepts messages again; %llu were lost", service.lost());
     reportedLost = service.lost();
     return;
   }
@@ -68,7 +68,7 @@ void DDASLLogger::Client::report() {
   reportedLost = service.lost();
   takenAtReport = service.taken();
   isReported = true;
-  NSLog("DDASLLogger: the system log does not take messages: %@; they are lost until it does",
+  NSLog("DDASLLogger: the system log does not accept messages: %@; they are lost until it does",
         kernel::errorText(service.lastError()));
 }
 

@@ -203,7 +203,7 @@ void DDFileLogger::beginFile() {
 /// Begins another file instead of the one that was found.
 void DDFileLogger::passOver(const NSString& path, const std::string& reason) {
   std::string told = detail::printable(path) + " " + reason;
-  if (told != passedOver_) NSLog("DDFileLogger: %@; another log file is begun", told);
+  if (told != passedOver_) NSLog("DDFileLogger: %@; a new log file is begun", told);
   passedOver_ = std::move(told);
   beginFile();
 }

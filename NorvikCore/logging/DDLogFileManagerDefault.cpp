@@ -82,7 +82,7 @@ void requirePermissions(std::uint32_t permissions, std::uint32_t least) {
   if (permissions <= 0777 && (permissions & least) == least) return;
   NSException::raise(
       NSInvalidArgumentException,
-      stringWithFormat("DDLogFileManagerDefault: %#o are no permissions from %#o to 0777", permissions, least));
+      stringWithFormat("DDLogFileManagerDefault: the permissions %#o are not from %#o to 0777", permissions, least));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ Ref<NKKeyValuePair> NKKeyValuePair::pairWithKey(const Class& receivingClass, con
   auto pair = refCast<NKKeyValuePair>(receivingClass.makeObject());
   if (!pair) {
     NSException::raise(NSInvalidArgumentException,
-                       "the class " + receivingClass.distinctName() + " makes no NKKeyValuePair");
+                       "the class " + receivingClass.distinctName() + " cannot create an NKKeyValuePair");
   }
   pair->setKey(key);
   pair->setValue(value);

@@ -7,7 +7,7 @@
 namespace payrun {
 
 const char* const helpText =
-    R"(payrun - the payslips of an employer for one tax month, from files, in exact decimals
+    R"(payrun - computes the payslips of an employer for one tax month, from files, with exact amounts
 
 usage:
   payrun --input FOLDER --month N [--output FILE] [--payslips] [--html FOLDER] [--pdf FOLDER]
@@ -17,77 +17,79 @@ usage:
   payrun --diagnose | --help | --version
 
 options:
-  --input FOLDER    the folder that holds the employer's three files
+  --input FOLDER    the folder with the employer's three files
   --month N         the tax month to pay: 1 is 6 April to 5 May, 12 is 6 March to 5 April
-  --output FILE     write the report there instead of to standard output; the file is there in whole or not at all,
-                    keeps the permissions of one that it replaces, and may not be one of the input's
-  --payslips        print each employee's payslip, in colour on a terminal unless NO_COLOR is set; the report is then
-                    only written where --output says
-  --html FOLDER     write each employee's payslip as a page for browser, phone and printer, named after the number, the
-                    name and the month; the folder is made where there is none
-  --pdf FOLDER      write each employee's payslip on A4 pages, one where its items have room on one, named alike
-  --template FILE   how payslips look: marked-up text with placeholders, see below (default: payslip.template, which is
-                    installed with the program)
-  --log LIST        where the log goes, with commas between: console (standard error), file (the default),
-                    sqlite=PATH (a database), postgres=URL (one for an office, as libpq reads it; a password is better
-                    kept in ~/.pgpass), syslog (the system's log). norvik-log reads files and databases. A run that
-                    cannot write its log file is not done; what a database does not take is said on standard error
-  --logs FOLDER     write the log's files there, a new one each day; the last five and today's stay
+  --output FILE     write the report to the file instead of standard output. The file is written completely or not at
+                    all, keeps the permissions of a file that it replaces, and must not be an input file
+  --payslips        print each employee's payslip, in colour on a terminal unless NO_COLOR is set. The report is then
+                    written only if --output is given
+  --html FOLDER     write each employee's payslip as a page for browsers, phones and printers. The file's name has the
+                    employee's number and name and the month. The folder is created if it does not exist
+  --pdf FOLDER      write each employee's payslip on A4 pages, with the same names; one page if the items fit on one
+  --template FILE   the form of the payslips: marked-up text with placeholders, see below (default: payslip.template,
+                    which is installed with the program)
+  --log LIST        where the log is written, separated by commas: console (standard error), file (the default),
+                    sqlite=PATH (a database), postgres=URL (a server, as an address of libpq; put the password into
+                    ~/.pgpass), syslog (the system's log). norvik-log reads files and databases. If the log file
+                    cannot be written, nothing is computed. Standard error reports entries that a database refuses
+  --logs FOLDER     write the log files to the folder, a new one each day; today's and the last five are kept
                     (default: Logs/payrun in the user's library folder)
-  --watch           stay after the report, and pay anew whenever one of the three files changes; SIGINT (Ctrl-C) and
-                    SIGTERM end it
+  --watch           continue after the report, and compute the pay again when one of the three files changes; SIGINT
+                    (Ctrl-C) and SIGTERM end the program
   --generate N      write the three files of an invented employer of N people, 1 to 1000000, with a tax year of items
-                    each, to the folder of --input, which must not hold any of them; the same N gives the same files
-  --diagnose        print what a support request needs: folders, versions, the machine, whether the open files are
-                    valid, and the names of the preferences; their values only where they cannot be secret. It makes
-                    no folder and stores nothing. With NORVIK_BUNDLE_IDENTIFIER=NAME the preferences are those of the
+                    for each, to the folder of --input, which must not contain any of them; the same N gives the same
+                    files
+  --diagnose        print data for a support request: folders, versions, the machine, whether the open files are valid,
+                    and the names of the preferences; values only of preferences that cannot be secret. Creates no
+                    folder and stores nothing. With NORVIK_BUNDLE_IDENTIFIER=NAME the preferences are those of the
                     application of that name
   --help            this text
-  --version         the program's version
+  --version         the version of the program
 
 input, all UTF-8:
   employer.ini      [employer] with name, paye_reference and tax_year (such as 2024-25);
                     [departments] with one line CODE = Name for each department
   employees.csv     employee,name,department,sort_code,account
-                    department is a code of employer.ini; sort_code is six digits, in pairs or not; account is eight;
-                    a sixth column, address, may follow: its parts separated by commas, or empty
+                    department is a code of employer.ini; sort_code is six digits, with or without hyphens or blanks
+                    between the pairs; account is eight digits; a sixth column, address, is optional: parts separated
+                    by commas, or empty
   items.csv         employee,date,kind,description,amount
                     employee is a number of employees.csv; date is 2024-05-28 or 2024-05-28 14:30:00; kind is pay,
-                    bonus or deduction; amount is as typed: 1,234.50 or 1234.5, a correction with a minus sign,
+                    bonus or deduction; amount is such as 1,234.50 or 1234.5, a correction with a minus sign,
                     999,999,999.99 at most
 
-  The CSV files are comma-separated with the headings above; fields with commas, quotation marks or line ends stand in
-  quotation marks (RFC 4180). What the report shows, numbers and names, must be one line without control characters.
-  What an item is worth was decided by the payroll; no tax is computed here.
+  The CSV files are comma-separated with the headings above; fields with commas, quotation marks or line ends are
+  enclosed in quotation marks (RFC 4180). Texts that the report shows, numbers and names, must be one line without
+  control characters. The amounts of the items are final; no tax is computed.
 
-  An item counts on its day. One with a time of day counts on the nearest start of day (up to 12:59:59 its own, from
-  13:00:00 the next), and the log says so. Days must lie in the tax year. Amounts are rounded to the penny, a half
-  away from zero, each on its own before they are summed.
+  An item counts on its day. An item with a time of day counts on the nearest start of day (up to 12:59:59 its own day,
+  from 13:00:00 the next), which is logged. Days must be in the tax year. Each amount is rounded to the penny, a half
+  away from zero, before the amounts are summed.
 
 template:
   A line is a paragraph, "| cell | cell |" a row of a table, "---" a line across. Tags are <b>, <i>, <u>, <big>,
   <small>, <color value="#B00020">, <background value="#FFF0C0">, <a href="https://...">, <right> and, in rows,
-  <heading>. Placeholders such as {employee} stand for values. Lines between <items>, <pay> or <deductions> and its end
-  are there once for each item. docs/payslips.md has all of it.
+  <heading>. Placeholders such as {employee} are replaced by values. Lines between <items>, <pay> or <deductions> and
+  its closing tag are repeated for each item. docs/payslips.md describes templates.
 
 output:
   A payslip summary for each employee (pay with bonuses, deductions, net, and the same to date since 6 April), totals
-  for each department and for the employer, and the employer's net pay in words. Then what has to be looked at: the
-  month's items that their time of day moved to the next day, with their line in items.csv, and net pays below zero.
-  Standard error says how many there are; where no report is shown, it names them.
+  for each department and for the employer, and the employer's net pay in words. Then what needs attention: the month's
+  items that were moved to the next day by their time of day, with their line in items.csv, and net pays below zero.
+  Standard error has their number; if no report is shown, it lists them.
 
-  With --watch, each change of the files prints a line for every payslip that changed, came or went, and one with the
-  employer's totals; FILE is written anew. Files saved within 0.2 s of each other are read once. Files that cannot be
-  followed are reported on standard error, and everything stays as it was until they change again.
+  With --watch, each change of the files prints a line for every payslip that was changed, added or removed, and one
+  with the employer's totals; FILE is written again. Files saved within 0.2 s of each other are read once. Invalid files
+  are reported on standard error, and nothing changes until they are saved again.
 
   On a terminal a progress bar shows on standard error while large files are read.
 
 exit status:
-  0  the report or the files were written, whether or not there is something to look at; a watch was ended by a signal;
-     a diagnosis was printed, whatever it found
+  0  the report or the files were written, whether or not something needs attention; --watch was ended by a signal;
+     --diagnose printed its lines, whatever it found
   1  something outside of the input failed, such as a file that could not be written
-  2  the command line, the input or the template cannot be followed; the message names file, line, column and the
-     offending text, and no output is written
+  2  the command line, the input or the template is invalid; the message names file, line, column and the invalid text,
+     and no output is written
 )";
 
 namespace {
@@ -126,7 +128,7 @@ std::map<std::string, std::string> optionsIn(const std::vector<std::string>& wor
     }
     if (value.empty()) throw UsageError(name + " needs a value");
     if (name != "--month" && name != "--generate" && name != "--log") refuseTilde(name, value);
-    if (!options.emplace(name, value).second) throw UsageError(name + " is there twice");
+    if (!options.emplace(name, value).second) throw UsageError(name + " is given twice");
   }
   return options;
 }
@@ -134,7 +136,7 @@ std::map<std::string, std::string> optionsIn(const std::vector<std::string>& wor
 void refuseBeside(const std::string& option, const std::vector<std::string>& others,
                   const std::map<std::string, std::string>& options) {
   for (const std::string& other : others) {
-    if (options.contains(other)) throw UsageError(option + " does not go with " + other);
+    if (options.contains(other)) throw UsageError(option + " cannot be combined with " + other);
   }
 }
 
@@ -143,7 +145,7 @@ void refuseBeside(const std::string& option, const std::vector<std::string>& oth
 void refuseTilde(std::string_view option, std::string_view path) {
   if (!programs::beginsWithTilde(path)) return;
   throw UsageError(std::string(option) + " \"" + std::string(path) +
-                   "\" begins with ~, which the shell replaces at the beginning of a word only");
+                   "\" begins with ~, which the shell replaces only at the beginning of a word; write the whole path");
 }
 
 Arguments parseArguments(const std::vector<std::string>& words) {
@@ -184,13 +186,13 @@ Arguments parseArguments(const std::vector<std::string>& words) {
   arguments.output = value("--output");
   if (value("--log")) arguments.log = parseLogChoice(*value("--log"));
   arguments.log.folder = value("--logs");
-  if (arguments.log.folder && !arguments.log.file) throw UsageError("--logs is for files, which --log leaves out");
+  if (arguments.log.folder && !arguments.log.file) throw UsageError("--logs needs log files; add file to --log");
   arguments.payslips = options.contains("--payslips");
   arguments.html = value("--html");
   arguments.pdf = value("--pdf");
   arguments.form = value("--template");
   if (arguments.form && !arguments.wantsPayslips()) {
-    throw UsageError("--template is for payslips, which --payslips, --html or --pdf asks for");
+    throw UsageError("--template needs --payslips, --html or --pdf");
   }
   if (options.contains("--watch")) {
     refuseBeside("--watch", {"--payslips", "--html", "--pdf", "--template"}, options);

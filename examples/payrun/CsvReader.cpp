@@ -62,7 +62,7 @@ void CsvReader::readQuotedField() {
   }
   if (!atLineEnd() && text_[position_] != ',') {
     file_.refuse(begin,
-                 quoted(text_.substr(begin, position_ + 1 - begin)) + " goes on after its closing quotation mark");
+                 quoted(text_.substr(begin, position_ + 1 - begin)) + " continues after its closing quotation mark");
   }
 }
 

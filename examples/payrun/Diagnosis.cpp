@@ -95,7 +95,7 @@ void appendSection(std::string& result, const std::string& heading,
   try {
     find(lines);
   } catch (const std::exception& error) {
-    lines.push_back({"cannot be told", oneLine(error.what(), 500)});
+    lines.push_back({"not available", oneLine(error.what(), 500)});
   }
   std::size_t width = 20;  // so that short sections have the same width
   for (const Line& line : lines) width = std::max(width, cellCount(line.label));
@@ -116,16 +116,16 @@ std::string stateOf(const NSString& folder) {
   const fs::file_status status = fs::status(path, error);
   if (fs::is_directory(status)) {
     const std::string refusal = errorOf(path.c_str(), R_OK | W_OK | X_OK);
-    return refusal.empty() ? "there" : "there, cannot be used: " + refusal;
+    return refusal.empty() ? "exists" : "exists, cannot be used: " + refusal;
   }
-  if (fs::exists(status)) return "no folder, something else is there";
+  if (fs::exists(status)) return "not a folder: something else has its name";
   if (!fs::exists(status) && status.type() != fs::file_type::not_found) return "cannot be found: " + error.message();
-  if (fs::is_symlink(fs::symlink_status(path, error))) return "no folder, a link that leads nowhere is there";
+  if (fs::is_symlink(fs::symlink_status(path, error))) return "not a folder: a link that leads nowhere has its name";
   fs::path above = path.parent_path();
   while (!fs::exists(above, error) && above != above.parent_path()) above = above.parent_path();
   const std::string refusal =
       fs::is_directory(above, error) ? errorOf(above.c_str(), W_OK | X_OK) : std::system_category().message(ENOTDIR);
-  return refusal.empty() ? "not there yet" : "not there, cannot be made: " + refusal;
+  return refusal.empty() ? "does not exist yet" : "does not exist, cannot be created: " + refusal;
 }
 
 void addFolder(std::vector<Line>& lines, const char* label, const std::optional<NSString>& folder) {

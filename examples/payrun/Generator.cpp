@@ -119,7 +119,7 @@ void generateEmployer(std::size_t people, const std::filesystem::path& folder) {
   std::filesystem::create_directories(folder, error);
   if (error) throw std::system_error(error, folder.string() + " cannot be created");
   for (const char* name : inputFiles) {
-    if (std::filesystem::exists(folder / name)) throw InputError((folder / name).string() + " is there already");
+    if (std::filesystem::exists(folder / name)) throw InputError((folder / name).string() + " already exists");
   }
   Dice dice;
   try {

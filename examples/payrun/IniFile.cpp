@@ -39,7 +39,7 @@ std::vector<IniEntry> readIni(const TextFile& file) {
     const std::string_view value = trimmed(line.substr(equals + 1));
     const auto same = [&](const IniEntry& entry) { return entry.section == section && entry.key == key; };
     if (std::any_of(entries.begin(), entries.end(), same)) {
-      file.refuse(offsetOf(key), quoted(key) + " is there twice");
+      file.refuse(offsetOf(key), quoted(key) + " is given twice");
     }
     entries.push_back(
         {section, key, value, offsetOf(key), value.empty() ? offsetOf(line) + line.size() : offsetOf(value)});

@@ -13,7 +13,7 @@ struct Place {
   std::size_t line = 1, column = 1;
 };
 
-/// what() has the form `items.csv:12:31: "12.3x" is no amount`.
+/// what() has the form `items.csv:12:31: "12.3x" is not an amount`.
 class InputError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -70,7 +70,7 @@ int taxYearIn(const TextFile& file, const IniEntry& entry) {
     const int year = std::stoi(std::string(text.substr(0, 4)));
     if (earliest <= year && year <= latest && taxYearName(year) == text) return year;
   }
-  file.refuse(entry.valueOffset, quoted(text) + " is no tax year such as 2024-25");
+  file.refuse(entry.valueOffset, quoted(text) + " is not a tax year such as 2024-25");
 }
 
 void readIniOf(Employer& employer, const TextFile& file) {
@@ -120,16 +120,17 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
     if (column < record.size()) checkPrintable(file, record[column].text, record[column].offset);
   }
   employee.number = record[0].text;
-  if (isBlank(employee.number)) refuse(0, " is no employee's number");
+  if (isBlank(employee.number)) refuse(0, " is not an employee's number");
   employee.name = record[1].text;
-  if (isBlank(employee.name)) refuse(1, " is no name");
+  if (isBlank(employee.name)) refuse(1, " is not a name");
   const auto department = employer.departmentWithCode(record[2].text);
-  if (!department) refuse(2, " is no department of employer.ini");
+  if (!department) refuse(2, " is not a department of employer.ini");
   employee.department = *department;
   employee.sortCode = sortCodeIn(record[3].text);
-  if (employee.sortCode.empty()) refuse(3, " is no sort code");
+  if (employee.sortCode.empty()) refuse(3, " is not a sort code");
   employee.account = record[4].text;
-  if (employee.account.size() != 8 || !isDigits(employee.account)) refuse(4, " is no account number of eight digits");
+  if (employee.account.size() != 8 || !isDigits(employee.account))
+    refuse(4, " is not an account number of eight digits");
   if (record.size() > 5 && !isBlank(record[5].text)) employee.address = record[5].text;
   return employee;
 }
@@ -183,7 +184,7 @@ Employer readEmployer(const std::filesystem::path& folder) {
   const std::size_t columns = readHeadings(records, headings, 1);
   while (readRecord(records, columns)) {
     if (!employer.add(employeeIn(records, employer))) {
-      file.refuse(records[0].offset, quoted(records[0].text) + " is there twice");
+      file.refuse(records[0].offset, quoted(records[0].text) + " is given twice");
     }
     progress.show(records.position());
   }
@@ -206,19 +207,19 @@ std::size_t readItems(const std::filesystem::path& folder, const Employer& emplo
       file.refuse(records[column].offset, quoted(records[column].text) + problem);
     };
     const auto employee = employer.employeeWithNumber(records[0].text);
-    if (!employee) refuse(0, " is no employee of employees.csv");
+    if (!employee) refuse(0, " is not an employee of employees.csv");
     const auto date = dateIn(records[1].text);
-    if (!date) refuse(1, " is no date such as 2024-05-28 or 2024-05-28 14:30:00");
+    if (!date) refuse(1, " is not a date such as 2024-05-28 or 2024-05-28 14:30:00");
     const Date day = nk_nearestStartOfDayWithLoggedWarning(*date, true);
     if (!year.contains(day)) refuse(1, " is not in the tax year " + taxYearName(employer.taxYear));
     const auto kind = kindIn(records[2].text);
-    if (!kind) refuse(2, " is none of pay, bonus and deduction");
+    if (!kind) refuse(2, " is not pay, bonus or deduction");
     AmountReader::Problem problem{};
     const auto amount = amounts.read(records[4].text, problem);
     if (!amount && problem == AmountReader::Problem::TooLarge) {
       refuse(4, " is too large: an amount is 999,999,999.99 at most");
     }
-    if (!amount) refuse(4, " is no amount");
+    if (!amount) refuse(4, " is not an amount");
     PayItem item{*employee, day, *kind, *amount, records[3].text, std::nullopt};
     if (day > *date) item.moved = {lines.lineOf(records.record().offset), nk_addDays(day, -1), records[1].text};
     use(item);

@@ -34,7 +34,7 @@ void set(LogChoice& choice, std::string_view kind, std::string_view value) {
     isThere = true;
   };
   const auto keep = [&](auto& place) {
-    if (value.empty()) throw UsageError("--log has no value behind \"" + std::string(kind) + "\"");
+    if (value.empty()) throw UsageError("--log has no value after \"" + std::string(kind) + "\"");
     if (place) throw UsageError("--log has \"" + std::string(kind) + "\" twice");
     place.emplace(value);
   };

@@ -63,9 +63,9 @@ std::string noticesLine(const PayRun& run) {
 void tellNotices(const PayRun& run, bool isReportShown) {
   const std::string line = noticesLine(run);
   if (line.empty()) return;
-  DDLogWarn("to be looked at: %s", line.c_str());
+  DDLogWarn("needs attention: %s", line.c_str());
   const std::string names = isReportShown ? "; the report names them\n" : "\n" + noticesText(run);
-  std::fprintf(stderr, "payrun: to be looked at: %s%s", line.c_str(), names.c_str());
+  std::fprintf(stderr, "payrun: needs attention: %s%s", line.c_str(), names.c_str());
 }
 
 }  // namespace payrun

@@ -182,11 +182,11 @@ class TextReader {
       const std::size_t length = unitLength(rest);
       const std::string_view unit = rest.substr(0, length);
       if (unit.front() == '<') {
-        if (length == 1) refuse(rest, "a < has no > behind it; {<} is the character");
+        if (length == 1) refuse(rest, "a < has no > after it; {<} is the character");
         if (unit.find('{') != std::string_view::npos) refuse(rest, quoted(unit) + " has a { within a tag");
         source += unit;
       } else if (unit.front() == '{') {
-        if (length == 1) refuse(rest, "a { has no } behind it; {{} is the character");
+        if (length == 1) refuse(rest, "a { has no } after it; {{} is the character");
         readPlaceholder(unit);
         source += markerBytes;
       } else {
@@ -212,7 +212,7 @@ class TextReader {
         refuse(whole, "there is no placeholder " + quoted(whole));
       }
       if (value.value->isOfItem && items_ == Items::None) {
-        refuse(whole, quoted(whole) + " is only there between <items>, <pay> or <deductions> and its end");
+        refuse(whole, quoted(whole) + " can be used only between <items>, <pay> or <deductions> and its end");
       }
     }
     values_.push_back(std::move(value));
@@ -333,7 +333,7 @@ class LineReader {
       lines.push_back(rowOf(line));
     } else {
       lines.push_back({Line::Kind::Paragraph, {textOf(line)}});
-      if (lines.back().texts[0].isHeading) refuse(line, "a <heading> stands only in a row");
+      if (lines.back().texts[0].isHeading) refuse(line, "<heading> can be used only in a row");
     }
   }
 
@@ -353,7 +353,7 @@ class LineReader {
     for (const auto& section : sectionTags) {
       const std::string name(section.first);
       if (tag == "<" + name + ">") {
-        if (open_ != nullptr) refuse(line, quoted(line) + " stands within " + quoted(opening_));
+        if (open_ != nullptr) refuse(line, quoted(line) + " is inside " + quoted(opening_));
         open_ = &section;
         opening_ = line;
         sections.push_back({section.second, {}});
@@ -373,8 +373,8 @@ class LineReader {
     constexpr std::string_view begin = "<title>", end = "</title>";
     const std::string tag = lowered(line);
     if (!tag.starts_with(begin) || !tag.ends_with(end)) return false;
-    if (title) refuse(line, "the title is there twice");
-    if (open_ != nullptr) refuse(line, "the title stands within " + quoted(opening_));
+    if (title) refuse(line, "the title is given twice");
+    if (open_ != nullptr) refuse(line, "the title is inside " + quoted(opening_));
     title = textOf(line.substr(begin.size(), line.size() - begin.size() - end.size()));
     return true;
   }

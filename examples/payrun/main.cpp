@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
   try {
     return runTask(parseArguments({argv + 1, argv + argc}));
   } catch (const UsageError& error) {
-    std::fprintf(stderr, "payrun: %s; payrun --help tells more\n", error.what());
+    std::fprintf(stderr, "payrun: %s; see payrun --help\n", error.what());
     return refused;
   } catch (const InputError& error) {
     return complain(error, refused);

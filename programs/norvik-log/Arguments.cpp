@@ -11,53 +11,53 @@
 
 namespace norvik_log {
 
-const char* const helpText = R"(norvik-log - finds, counts and follows what was logged
+const char* const helpText = R"(norvik-log - finds, counts and follows the messages of logs
 
 usage:
   norvik-log [OPTION...] SOURCE...
 
 sources:
   FILE                  a log file; "-" is standard input
-  FOLDER                a folder of rolling log files (log-3F2504.txt), in the order in which they were begun
-  FILE.sqlite           a log in an SQLite database, whatever its name
-  postgresql://...      a log in a PostgreSQL database, as libpq has it; a password comes from ~/.pgpass or PGPASSWORD
-  Several sources are read as one, ordered by time.
+  FOLDER                a folder of rolling log files (log-3F2504.txt), read in the order in which they were begun
+  FILE.sqlite           a log in an SQLite database; the file may have any name
+  postgresql://...      a log in a PostgreSQL database, an address of libpq; put a password into ~/.pgpass or PGPASSWORD
+  Several sources are merged by time.
 
 which messages:
-  -l, --level LEVEL     this level and the more severe: error, warn, info, debug, verbose; a number of another kind
-                        of message alone. Lines of a form without level have none
-      --since TIME      at this time or later
-      --until TIME      before this time
-      --thread THREAD   a thread's number or name, a queue's label, or "label:number"
-  -t, --text TEXT       with this in the text, as it was logged
-  -e, --pattern REGEX   with a match of this regular expression (PCRE2) in the text; ^ and $ are the ends of its lines
-  -i, --ignore-case     upper and lower case are the same in TEXT and REGEX
+  -l, --level LEVEL     messages of this level and of more severe ones: error, warn, info, debug, verbose. A number
+                        selects only that kind of message. Lines of the form without a level are not shown
+      --since TIME      messages at this time or later
+      --until TIME      messages before this time
+      --thread THREAD   messages of a thread, by its number, its name, its queue's label, or "label:number"
+  -t, --text TEXT       messages whose text contains TEXT as it was logged
+  -e, --pattern REGEX   messages whose text matches the regular expression (PCRE2); ^ and $ match at the ends of lines
+  -i, --ignore-case     compares TEXT and REGEX without regard to case
 
 times:
   now, today, yesterday, monday, 14:00, "yesterday 14:00", "2 hours ago", 2021-05-10, "2021-05-10 13:30:12.045",
-  2021-05-10T13:30:12.045Z, "2021-05-10 13:30 +01:00". A day alone is its first moment. Without Z or an offset they are of
-  the machine's zone.
-      --utc             times without an offset that are typed, counted or shown are UTC
+  2021-05-10T13:30:12.045Z, "2021-05-10 13:30 +01:00". A day alone is its first moment. A time without Z or an offset
+  is in the machine's zone.
+      --utc             times without an offset are UTC: those you write, and those of the chart and the page
       --log-zone ZONE   the zone of lines whose time has no offset, such as Europe/London (default: the machine's).
-                        In an hour that was shown twice, times are of the first pass until they step back by more
-                        than a minute; each file of a folder begins with the first pass
+                        In an hour that the clocks showed twice, times count as the first pass until they step back
+                        by more than a minute; each file of a folder begins with the first pass
 
 what is shown:
-  (nothing)             the lines as they stand in the log
-  -c, --count           how many messages of each level each hour has, as bars
-      --json            an object a line
-      --html FILE       a page that can be searched; the file is there in whole or not at all
-  -H, --with-source     before each line its file
+  (nothing)             the lines as they are in the log
+  -c, --count           a chart: the number of messages of each level in each hour
+      --json            one JSON object per line
+      --html FILE       a page with a search box; the file is written completely or not at all
+  -H, --with-source     the source before each line
       --color WHEN      auto (on a terminal, unless NO_COLOR is set), always or never
-  -f, --follow          goes on with what is logged from now on, across rolls of a folder's files
-      --patience N      gives a server up that has not answered for N seconds (default: 60)
+  -f, --follow          the existing messages, then new ones; a folder is followed across rolls
+      --patience N      gives up a server that has not answered for N seconds (default: 60)
   -h, --help            this text
-      --version         the program's version
+      --version         the version of the program
 
 exit status:
   0  messages were found
-  1  none was found
-  2  something could not be read or written, or the command line cannot be followed; standard error says what
+  1  no message was found
+  2  something could not be read or written, or the command line is invalid; standard error has the reason
 )";
 
 namespace {
@@ -94,7 +94,7 @@ Words wordsOf(const std::vector<std::string>& words) {
     const auto spelling = [](std::string_view name) { return name == "--colour" ? "--color" : name; };
     const auto isSame = [&](const auto& other) { return spelling(other.first) == spelling(option.name); };
     if (option.hasValue && std::any_of(result.options.begin(), result.options.end(), isSame)) {
-      throw UsageError(std::string(option.name) + " is there twice");
+      throw UsageError(std::string(option.name) + " is given twice");
     }
     result.options.emplace_back(option.name, std::move(value));
   };
@@ -166,7 +166,7 @@ std::chrono::seconds patienceOf(const std::string& value) {
 
 void setForm(Arguments& arguments, Arguments::Form form) {
   if (arguments.form != Arguments::Form::Lines && arguments.form != form) {
-    throw UsageError("only one of --count, --json and --html goes at a time");
+    throw UsageError("--count, --json and --html exclude each other; give one of them");
   }
   arguments.form = form;
 }
@@ -205,8 +205,9 @@ Arguments parseArguments(const std::vector<std::string>& words) {
       setForm(arguments, Arguments::Form::Html);
       arguments.html = notEmpty(name, value);
       if (programs::beginsWithTilde(value)) {
-        throw UsageError("--html \"" + value +
-                         "\" begins with ~, which the shell replaces at the beginning of a word only");
+        throw UsageError(
+            "--html \"" + value +
+            "\" begins with ~, which the shell replaces only at the beginning of a word; write the whole path");
       }
     }
     if (name == "--with-source") arguments.hasSources = true;
@@ -215,9 +216,11 @@ Arguments parseArguments(const std::vector<std::string>& words) {
     if (name == "--patience") arguments.patience = patienceOf(value);
   }
   arguments.sources = std::move(split.sources);
-  if (arguments.sources.empty()) throw UsageError("no source is given: a file, a folder of log files or a database");
+  if (arguments.sources.empty())
+    throw UsageError("no source is given; name a file, a folder of log files or a database");
   const bool isAtOnce = arguments.form == Arguments::Form::Html || arguments.form == Arguments::Form::Count;
-  if (arguments.follows && isAtOnce) throw UsageError("--follow has no end, which --count and --html need");
+  if (arguments.follows && isAtOnce)
+    throw UsageError("--follow never ends, so it cannot be combined with --count or --html");
   const bool isInputRead =
       std::find(arguments.sources.begin(), arguments.sources.end(), "-") != arguments.sources.end();
   if (arguments.follows && isInputRead) {

@@ -44,7 +44,7 @@ class OpenFile {
       if (count < 0 && errno == EINTR) continue;
       if (count < 0) {
         const int error = errno;
-        if (!isReported_.exchange(true)) troubles_.report(path_, "cannot be read on", error);
+        if (!isReported_.exchange(true)) troubles_.report(path_, "cannot be read further", error);
       } else if (offset < size_ && !isReported_.exchange(true)) {
         troubles_.report(path_, "became shorter while it was read");
       }
@@ -139,7 +139,7 @@ class FileSource::Sequential {
       const ssize_t count = ::read(descriptor, into, size);
       if (count >= 0) return static_cast<std::size_t>(count);
       if (errno == EINTR) continue;
-      reading_.troubles.report(path_, "cannot be read on", errno);
+      reading_.troubles.report(path_, "cannot be read further", errno);
       return 0;
     }
   }

@@ -106,7 +106,7 @@ bool GrowingFile::read(Moment now) {
   do count = ::pread(descriptor_, block.get(), blockSize, offset_);
   while (count < 0 && errno == EINTR);
   if (count <= 0) {
-    if (count < 0) reading_.troubles.report(path_, "cannot be read on", errno);
+    if (count < 0) reading_.troubles.report(path_, "cannot be read further", errno);
     mayHaveMore_ = false;
     if (isResting_) close();
     if (pending_.capacity() > 2 * pending_.size() + mostSpare) pending_.shrink_to_fit();
@@ -196,7 +196,7 @@ void FollowedPath::open(const std::string& path) {
   }
   if (!S_ISREG(status.st_mode)) {
     ::close(descriptor);
-    reading_.troubles.report(path, "is no regular file, and cannot be followed");
+    reading_.troubles.report(path, "is not a regular file, and cannot be followed");
     return;
   }
   if (isStandardOutput(status)) {
@@ -377,7 +377,7 @@ void follow(const std::vector<std::string>& names, const Reading& reading,
     } else if (canBeFollowed(name)) {
       followed.push_back(std::make_unique<LaterSource>(name, reading));
     } else {
-      reading.troubles.report(name, "is no regular file, and cannot be followed");
+      reading.troubles.report(name, "is not a regular file, and cannot be followed");
     }
   }
   ChangeWatch watch;

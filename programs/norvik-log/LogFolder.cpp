@@ -53,7 +53,7 @@ std::vector<std::string> logFilesIn(const std::string& folder, const WallClock& 
     const std::filesystem::file_type type = entry.status(unknown).type();
     if (type == std::filesystem::file_type::not_found) continue;  // removed since it was listed
     if (type != std::filesystem::file_type::regular) {
-      troubles.report(path, "is no regular file, and is left out");
+      troubles.report(path, "is not a regular file, and is left out");
       continue;
     }
     const auto info = norvik::DDLogFileInfo::logFileWithPath(norvik::NSString(path));
@@ -71,7 +71,8 @@ FolderSource::FolderSource(const std::string& folder, const Reading& reading) : 
   try {
     paths_ = logFilesIn(folder, reading.logClock, reading.troubles);
     if (paths_.empty())
-      reading.troubles.report(folder, "has no log files, whose names begin with \"log-\" and six of 0-9 and A-F");
+      reading.troubles.report(folder,
+                              "has no log files; their names begin with \"log-\" and six characters of 0-9 and A-F");
   } catch (const std::system_error& error) {
     reading.troubles.report(folder, "cannot be listed", error.code().value());
   }

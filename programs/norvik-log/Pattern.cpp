@@ -202,7 +202,7 @@ Pattern::Pattern(const std::string& pattern, Kind kind, bool ignoresCase) : code
     if (kind == Kind::Literal) throw PatternError("\"" + pattern + "\" is not UTF-8, which --ignore-case needs");
     PCRE2_UCHAR text[256];
     pcre2_get_error_message(error, text, sizeof text);
-    throw PatternError("\"" + pattern + "\" is no regular expression: " + reinterpret_cast<const char*>(text) +
+    throw PatternError("\"" + pattern + "\" is not a regular expression: " + reinterpret_cast<const char*>(text) +
                        ", at character " + std::to_string(place + 1));
   }
   // If the machine has no memory for compiled patterns, or forbids them, patterns are interpreted.

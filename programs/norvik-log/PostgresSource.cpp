@@ -142,7 +142,7 @@ struct PostgresSource::Connection {
         throw std::runtime_error("the server has not answered for " + std::to_string(patience.count()) + " s");
       pollfd awaited[] = {{library().socket(handle), POLLIN, 0}, {stopping, POLLIN, 0}};
       if (::poll(awaited, 2, static_cast<int>(left)) <= 0) continue;
-      if (awaited[1].revents != 0) throw std::runtime_error("it is not waited for");
+      if (awaited[1].revents != 0) throw std::runtime_error("reading was stopped");
       if (library().consumeInput(handle) != 1) throw failure();
     }
     return Result(library().result(handle));
@@ -205,9 +205,9 @@ void PostgresSource::connect() {
   if (!library().isLoaded) throw std::runtime_error("libpq.so.5 is not installed");
   if (mayNamePassword(address_)) {
     throw std::runtime_error(
-        "is no address that libpq understands: in a user's name or a password @ is written %40 and / %2F");
+        "is not an address that libpq understands; in a user name or a password, write @ as %40 and / as %2F");
   }
-  if (!isUnderstood(address_)) throw std::runtime_error("is no address that libpq understands");
+  if (!isUnderstood(address_)) throw std::runtime_error("is not an address that libpq understands");
   // Settings in the address take precedence over these.
   constexpr std::chrono::seconds first(10), again(2);
   const std::string patience = std::to_string(std::min(reading_.patience, wasConnected_ ? again : first).count());
@@ -341,7 +341,7 @@ bool PostgresSource::next(Batch& batch) {
   try {
     readRows(batch);
   } catch (const std::runtime_error& error) {
-    fail(std::string("cannot be read on: ") + error.what());
+    fail(std::string("cannot be read further: ") + error.what());
     return false;
   }
   reportGivenUp(check_.takeGivenUp(), name_, reading_.troubles);

@@ -196,7 +196,7 @@ std::int64_t instantOfPhrase(std::string_view phrase, WallClock clock, std::int6
     if (const auto instant = instantOfWords(words, clock, now, pass)) return *instant;
   }
   throw PhraseError("\"" + std::string(phrase) +
-                    "\" is no time; times are such as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours ago\", "
+                    "\" is not a time; write it as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours ago\", "
                     "\"2021-05-10\" and \"2021-05-10 13:30:12.045Z\"");
 }
 

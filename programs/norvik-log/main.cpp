@@ -101,7 +101,7 @@ void refuseToReplaceASource(const Arguments& arguments) {
     const bool isRegular = std::filesystem::is_regular_file(page, unknown);
     const bool isSource = isSameFile(source == "-" ? "/dev/stdin" : source, page);
     if (isRegular && (isOfFolder || isSource)) {
-      throw UsageError("the page would replace " + page.string() + ", which is read");
+      throw UsageError("the page would replace " + page.string() + ", which is a source; give the page another name");
     }
   }
 }
@@ -176,7 +176,7 @@ int main(int argc, char** argv) {
   try {
     return runTask(parseArguments({argv + 1, argv + argc}));
   } catch (const UsageError& error) {
-    return complain(error.what(), "; norvik-log --help tells more");
+    return complain(error.what(), "; see norvik-log --help");
   } catch (const std::bad_alloc&) {
     return complain("there is not enough memory");
   } catch (const std::exception& error) {

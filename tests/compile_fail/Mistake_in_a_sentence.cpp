@@ -50,21 +50,21 @@ void mistake(const std::string& text, const char* pattern, const NSString& name,
   NSLog("%@", value.as<std::string_view>());
 #elif SHOULD_NOT_COMPILE == 14  // a Value gives text as NSString
   NSLog("%s", value.as<const char*>());
-#elif SHOULD_NOT_COMPILE == 15  // a Value does not become this type: specialise norvik::ValueConversion for it
+#elif SHOULD_NOT_COMPILE == 15  // a Value cannot be converted to this type: specialise norvik::ValueConversion for it
   NSLog("%p", value.as<int*>());
-#elif SHOULD_NOT_COMPILE == 16  // a Value does not become this type
+#elif SHOULD_NOT_COMPILE == 16  // a Value cannot be converted to this type
   NSLog("%d", value.as<Money>().pence);
 #elif SHOULD_NOT_COMPILE == 17  // a Value gives an object by its Ref
   NSLog("%@", value.as<NSArray>().description());
 #elif SHOULD_NOT_COMPILE == 18  // a Value gives an object by its Ref
   NSLog("%@", value.as<NSArray*>());
-#elif SHOULD_NOT_COMPILE == 19  // a Value does not become this type
+#elif SHOULD_NOT_COMPILE == 19  // a Value cannot be converted to this type
   NSLog("%@", value.as<std::optional<std::string>>());
 #elif SHOULD_NOT_COMPILE == 20  // a Value gives text as NSString
   for (const std::string& each : array->as<std::string>()) NSLog("%@", each);
 #elif SHOULD_NOT_COMPILE == 21  // a Value gives an object by its Ref
   for (const NSArray* each : array->as<NSArray*>()) NSLog("%@", each);
-#elif SHOULD_NOT_COMPILE == 22  // a collection holds Values, and this type becomes none: an object does by its Ref
+#elif SHOULD_NOT_COMPILE == 22  // a collection holds Values, and this type does not convert to Value: pass an object by its Ref
   NSLog("%@", NSArray::arrayWithObjects(1, money));
 #elif SHOULD_NOT_COMPILE == 23  // a collection holds Values
   NSLog("%@", NSArray::arrayFrom(std::vector<Money>{money}));

@@ -178,13 +178,13 @@ class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_READONLY_PROPERTY(size)
 };
-#elif SHOULD_NOT_COMPILE == 24  // NK_METHOD states what is no operation of the object
+#elif SHOULD_NOT_COMPILE == 24  // NK_METHOD names something that is not an operation of the object
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(pay)
   static void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 25  // NK_CLASS_METHOD states what is no static member function
+#elif SHOULD_NOT_COMPILE == 25  // NK_CLASS_METHOD names something that is not a static member function
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_CLASS_METHOD(pay)
@@ -225,13 +225,13 @@ class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD_AS(pay, "pay:now")
 };
-#elif SHOULD_NOT_COMPILE == 36  // a statement stands in a class without NK_OBJECT, or above it
+#elif SHOULD_NOT_COMPILE == 36  // a statement is in a class without NK_OBJECT, or above it
 class Manager : public Employee {
   NK_METHOD(pay)
   NK_OBJECT(Manager, Employee)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 37  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 37  // a statement is in a class without NK_OBJECT
 class Manager : public NSObject {
  public:
   NK_PROPERTY(int, size, setSize)
@@ -240,7 +240,7 @@ class Manager : public NSObject {
   NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
 };
 int sizeOf(const Manager& manager) { return manager.size(); }
-#elif SHOULD_NOT_COMPILE == 38  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 38  // a statement is in a class without NK_OBJECT
 class Manager : public NSObject {
   NK_METHOD(pay)
   NK_CLASS_METHOD(count)
@@ -250,14 +250,14 @@ class Manager : public NSObject {
   static int count() { return 1; }
   int size() const { return 1; }
 };
-#elif SHOULD_NOT_COMPILE == 39  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 39  // a statement is in a class without NK_OBJECT
 class Manager : public Employee {
   NK_PROPERTY(int, size, setSize)
   NK_READONLY_PROPERTY(int, width)
   NK_ATOMIC_PROPERTY(int, depth, setDepth)
   NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
 };
-#elif SHOULD_NOT_COMPILE == 40  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 40  // a statement is in a class without NK_OBJECT
 class Manager : public Employee {
   NK_METHOD(pay)
   NK_CLASS_METHOD(count)
@@ -267,18 +267,18 @@ class Manager : public Employee {
   static int count() { return 1; }
   int size() const { return 1; }
 };
-#elif SHOULD_NOT_COMPILE == 41  // a statement stands in a class without NK_OBJECT | AStatementStandsInAClassWithoutNK_OBJECT
+#elif SHOULD_NOT_COMPILE == 41  // a statement is in a class without NK_OBJECT | AStatementIsInAClassWithoutNK_OBJECT
 class Manager {
   NK_PROPERTY(int, size, setSize)
 };
-#elif SHOULD_NOT_COMPILE == 42  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 42  // a statement is in a class without NK_OBJECT
 class Manager {
   NK_METHOD(pay)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 43  // a statement stands in a class without NK_OBJECT | AStatementStandsInAClassWithoutNK_OBJECT
+#elif SHOULD_NOT_COMPILE == 43  // a statement is in a class without NK_OBJECT | AStatementIsInAClassWithoutNK_OBJECT
 NK_PROPERTY(int, size, setSize)
-#elif SHOULD_NOT_COMPILE == 44  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 44  // a statement is in a class without NK_OBJECT
 NK_METHOD(pay)
 NK_CLASS_METHOD(count)
 NK_AFFECTED_BY(size, width)
@@ -378,14 +378,14 @@ class Manager : public Employee {
   NK_METHOD(pay)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 64  // a statement stands in a class without NK_OBJECT, or above it
+#elif SHOULD_NOT_COMPILE == 64  // a statement is in a class without NK_OBJECT, or above it
 class Manager : public NSObject {
   NK_PROPERTY(int, size, setSize)
   NK_PROPERTY(int, width, setWidth)
   NK_OBJECT(Manager, NSObject)
   NK_PROPERTY(int, depth, setDepth)
 };
-#elif SHOULD_NOT_COMPILE == 65  // a statement stands in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 65  // a statement is in a class without NK_OBJECT
 template <class T>
 class Manager : public T {
   NK_METHOD(pay)

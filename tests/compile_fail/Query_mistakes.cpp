@@ -26,11 +26,11 @@ void mistake(const Ref<NSArray>& array, const std::vector<Line>& lines) {
   chain | linq_sum();
 #elif SHOULD_NOT_COMPILE == 3  // a predicate answers with a bool
   const Ref<NSArray> texts = linq_where(*array, [](const Value& each) { return each; });
-#elif SHOULD_NOT_COMPILE == 4  // this query needs elements that become Values: linq_select what becomes one first
+#elif SHOULD_NOT_COMPILE == 4  // this query needs elements that convert to Value: convert them by linq_select first
   const Ref<NSArray> kinds = lines | linq_orderByAscending();
 #elif SHOULD_NOT_COMPILE == 5  // linq_groupBy needs a closure
   const Ref<NSMutableDictionary> kinds = linq_groupBy(*array, nullptr);
-#elif SHOULD_NOT_COMPILE == 6  // a query's closure gives what becomes a Value: an object does by its Ref
+#elif SHOULD_NOT_COMPILE == 6  // the result of a query's closure must convert to Value: return an object by its Ref
   const Ref<NSArray> money = linq_select(*array, [](const Value&) { return Money{1}; });
 #elif SHOULD_NOT_COMPILE == 7  // the query calls this closure with another number of arguments
   const Ref<NSArray> texts = linq_where(*array, [](const Value&, const Value&) { return true; });

@@ -186,9 +186,9 @@ TEST_F(DDASLLoggerTest, AMissingServiceIsSaidOnceAndItsReturnToo) {
     }
     const std::string lost = std::to_string(logger_->lostMessages());
     EXPECT_THAT(console.lines(),
-                ElementsAre("DDASLLogger: the system log does not take messages: No such file or directory; they are "
+                ElementsAre("DDASLLogger: the system log does not accept messages: No such file or directory; they are "
                             "lost until it does",
-                            "DDASLLogger: the system log takes messages again; " + lost + " were lost"));
+                            "DDASLLogger: the system log accepts messages again; " + lost + " were lost"));
   });
 }
 

@@ -80,7 +80,8 @@ TEST(DDPostgreSQLLoggerEnd, AfterTheProgramHasCleanedUpOpenSSLOnlyAPlainConnecti
   PostgresServer server;
   server.useTls();
   server.start();
-  const std::string refusal = ": the process has shut down what libpq needs; they are kept until they can\n";
+  const std::string refusal =
+      ": the libraries that libpq needs were shut down; they are kept until they can be saved\n";
   const struct {
     const char* why;
     const char* way;

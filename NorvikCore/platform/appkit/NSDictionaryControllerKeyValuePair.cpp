@@ -34,7 +34,7 @@ void NSDictionaryControllerKeyValuePair::setValue(const Value& value) {
   auto* changeable = dynamic_cast<NSMutableDictionary*>(dictionary_.get());
   if (!changeable) {
     NSException::raise(NSInvalidArgumentException,
-                       "the dictionary of the entry \"" + key_->description() + "\" does not change");
+                       "the dictionary of the entry \"" + key_->description() + "\" is immutable");
   }
   willChangeValueForKey("value");
   if (value.isAbsent()) {

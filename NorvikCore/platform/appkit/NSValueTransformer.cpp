@@ -60,8 +60,8 @@ Value NSValueTransformer::transformedValue(const Value& value) { return value; }
 
 Value NSValueTransformer::reverseTransformedValue(const Value& value) {
   if (!canReverse()) {
-    NSException::raise(NSInvalidArgumentException,
-                       "a transformer of the class " + classObject().name() + " goes one way and was asked to go back");
+    NSException::raise(NSInvalidArgumentException, "a transformer of the class " + classObject().name() +
+                                                       " is one-way and cannot transform a value back");
   }
   return transformedValue(value);
 }

@@ -29,7 +29,7 @@ class Parser {
   void parseMark(std::string_view wanted) {
     const auto mark = take(std::min(wanted.size(), left()));
     if (!std::ranges::equal(mark, wanted, {}, {}, [](char c) { return static_cast<std::uint8_t>(c); })) {
-      fail("it does not begin as an archive does");
+      fail("it does not begin like an archive");
     }
   }
 
@@ -251,7 +251,7 @@ class SequentialParser : public Parser {
     if (const std::size_t number = numberBelow(objects_.size() + 1, "there is no object of that number")) {
       return number - 1;
     }
-    if (depth_ == greatestArchiveDepth) fail("objects hold one another too deep");
+    if (depth_ == greatestArchiveDepth) fail("objects are nested too deep");
     ++depth_;
     const std::size_t made = objects_.size();
     objects_.emplace_back();

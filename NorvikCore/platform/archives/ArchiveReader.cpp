@@ -36,7 +36,7 @@ class ArchiveReader::Nesting {
  public:
   explicit Nesting(unsigned& depth) : depth_(depth) {
     if (depth == greatestArchiveDepth) {
-      raiseUnarchive("objects hold one another more than " + std::to_string(depth) + " deep");
+      raiseUnarchive("objects are nested more than " + std::to_string(depth) + " deep");
     }
     ++depth_;
   }
@@ -94,7 +94,7 @@ Ref<NSObject> ArchiveReader::object(std::size_t number) {
     case State::BeingMade:
       raiseUnarchive("an object of the class " + content_.objects[number].className + " holds itself");
     case State::Failed:
-      raiseUnarchive("an object is asked for again that could not be decoded");
+      raiseUnarchive("an object that could not be decoded is requested again");
     case State::Unknown:
       break;
   }

@@ -120,7 +120,7 @@ void ArchiveWriter::writeValue(std::string& out, const Value& value) {
 
 void ArchiveWriter::writeObject(std::string& out, const NSObject& object) {
   if (depth_ == greatestArchiveDepth) {
-    raiseArchive("objects hold one another more than " + std::to_string(depth_) + " deep");
+    raiseArchive("objects are nested more than " + std::to_string(depth_) + " deep");
   }
   ++depth_;
   isComplete_ = false;  // remains false if an exception leaves this function

@@ -27,7 +27,8 @@ struct CollectionAccess;
 template <class T>
 consteval bool canBeElement() {
   constexpr bool becomesValue = std::is_constructible_v<Value, T>;
-  static_assert(becomesValue, "a collection holds Values, and this type becomes none: an object does by its Ref");
+  static_assert(becomesValue,
+                "a collection holds Values, and this type does not convert to Value: pass an object by its Ref");
   return becomesValue;
 }
 template <class T>

@@ -24,7 +24,9 @@ bool isShared(const QueueCore* queue) {
 QueueCore& suspendable(const dispatch_queue_t& queue, const char* function) {
   detail::requireQueue(queue, function);
   if (isShared(queue.core()))
-    NSException::raise(NSInvalidArgumentException, std::string(function) + ": this queue is everybody's");
+    NSException::raise(
+        NSInvalidArgumentException,
+        std::string(function) + ": the global queues and the main queue are shared and cannot be suspended");
   return *queue.core();
 }
 

@@ -75,7 +75,7 @@ std::int32_t weekWithin(std::int32_t weekdayOfFirst, std::int64_t dayIndex, std:
 }
 
 void requireNoOptions(NSUInteger options) {
-  if (options != 0) NSException::raise(NSInvalidArgumentException, "a calendar calculation knows no options but 0");
+  if (options != 0) NSException::raise(NSInvalidArgumentException, "the options of a calendar calculation must be 0");
 }
 
 }  // namespace

@@ -171,9 +171,8 @@ void NSNotificationCenter::addObserver(NSObject& observer, SEL selector, std::op
     SEL operation_;
   };
   if (selector.argumentCount() > 1 || !observer.respondsToSelector(selector)) {
-    NSException::raise(NSInvalidArgumentException,
-                       stringWithFormat("addObserver: %@ cannot be told of notifications by \"%@\"",
-                                        observer.description(), selector.name()));
+    NSException::raise(NSInvalidArgumentException, stringWithFormat("addObserver: %@ cannot be notified by \"%@\"",
+                                                                    observer.description(), selector.name()));
   }
   registrations_->add(std::make_shared<BySelector>(observer, selector, std::move(name), object));
 }

@@ -55,7 +55,7 @@ NSString NSThread::name() const {
 
 void NSThread::setName(const NSString& name) {
   if (id_ != kernel::currentThreadId()) {
-    NSException::raise(NSInvalidArgumentException, "NSThread setName: called on another thread than its own");
+    NSException::raise(NSInvalidArgumentException, "NSThread setName: must be called on the thread that gets the name");
   }
   kernel::setCurrentThreadName(name.utf8());
   const MutexLock lock(mutex_);

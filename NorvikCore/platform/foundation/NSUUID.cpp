@@ -30,7 +30,8 @@ void NSUUID::encodeWithCoder(NSCoder& coder) const { coder.encodeValue(UUIDStrin
 
 Ref<NSUUID> NSUUID::UUIDWithCoder(NSCoder& coder) {
   const auto uuid = initWithUUIDString(coder.decodeValue<NSString>());
-  if (!uuid) NSException::raise(NSInvalidUnarchiveOperationException, "an identifier is not of its form");
+  if (!uuid)
+    NSException::raise(NSInvalidUnarchiveOperationException, "the text of a UUID does not have the form of one");
   return uuid;
 }
 

@@ -80,7 +80,7 @@ Value applyOperator(const NSArray& elements, const NSString& keyPath) {
     if (name == "@distinctUnionOfArrays") return unite(*flattened(elements), path, true);
   }
   NSException::raise(NSInvalidArgumentException,
-                     "\"" + keyPath + "\" is no collection operator with a key path behind it");
+                     "\"" + keyPath + "\" is not a collection operator that is followed by a key path");
 }
 
 namespace {

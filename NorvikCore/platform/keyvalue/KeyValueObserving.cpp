@@ -360,7 +360,7 @@ std::optional<NSString> NSObject::observationInfo() const {
 
 void NSObject::observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange&, void*) {
   NSException::raise(NSInternalInconsistencyException,
-                     "an observer of class " + classObject().name().str() + " heard of a change of \"" +
+                     "an observer of class " + classObject().name().str() + " was notified of a change of \"" +
                          keyPath.utf8() + "\" of <" + object.classObject().name().str() + "> and does not handle it");
 }
 

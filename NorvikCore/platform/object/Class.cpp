@@ -210,7 +210,7 @@ std::string sharedNameProblem(const NSString& name) {
   std::ranges::sort(names);
   std::string problem = std::to_string(names.size()) + " classes are named \"" + name.str() + "\": " + names[0];
   for (std::size_t i = 1; i < names.size(); ++i) problem += ", " + names[i];
-  return problem + "; NK_CLASS_NAME gives one of them another name";
+  return problem + "; give one of them another name by NK_CLASS_NAME";
 }
 
 void checkArgumentCount(std::size_t wanted, std::size_t given) {
@@ -221,7 +221,7 @@ void checkArgumentCount(std::size_t wanted, std::size_t given) {
 
 void raiseNotCodable(const char* key) {
   NSException::raise(NSUndefinedKeyException,
-                     std::string("the type of the property \"") + key + "\" has no form as a value");
+                     std::string("the type of the property \"") + key + "\" cannot be converted to a Value");
 }
 
 }  // namespace detail

@@ -82,7 +82,7 @@ constexpr Statement methodStatement(const char* name, const char* selector, Find
   if constexpr (findsMember<T, Find>()) {
     constexpr auto operation = Find{}(std::type_identity<T>());
     using Stated = Operation<std::remove_const_t<decltype(operation)>>;
-    static_assert(Stated::isOfObject, "NK_METHOD states what is no operation of the object");
+    static_assert(Stated::isOfObject, "NK_METHOD names something that is not an operation of the object");
     if constexpr (Stated::isOfObject) {
       stated.argumentCount = Stated::argumentCount;
       if constexpr (isOfValues<Stated>()) stated.invoke = &performMethod<T, operation>;
@@ -98,7 +98,7 @@ constexpr Statement classMethodStatement(const char* name, const char* selector,
   if constexpr (findsMember<T, Find>()) {
     constexpr auto operation = Find{}(std::type_identity<T>());
     using Stated = Operation<std::remove_const_t<decltype(operation)>>;
-    static_assert(Stated::isOfClass, "NK_CLASS_METHOD states what is no static member function");
+    static_assert(Stated::isOfClass, "NK_CLASS_METHOD names something that is not a static member function");
     if constexpr (Stated::isOfClass) {
       stated.argumentCount = Stated::argumentCount;
       if constexpr (isOfValues<Stated>()) stated.invoke = &performClassMethod<Find, T>;

@@ -93,7 +93,7 @@ struct OwnerNamed<T, Key, decltype(void(sizeof(T)))> {
 /// Instantiated once for all statements without NK_OBJECT in classes below T, so that they are one error.
 template <class T>
 constexpr bool isWithoutObject() {
-  static_assert(sizeof(T) == 0, "a statement stands in a class without NK_OBJECT, or above it");
+  static_assert(sizeof(T) == 0, "a statement is in a class without NK_OBJECT, or above it");
   return true;
 }
 template <class Last, bool>
@@ -150,7 +150,7 @@ struct InClass {
 };
 /// Any other scope. g++ finds no nk_Here in it, names it in its error, and drops the declaration. clang would continue,
 /// but stops at a call of nk_owner_ (NK_STOP_AT_MISTAKES).
-struct AStatementStandsInAClassWithoutNK_OBJECT {};
+struct AStatementIsInAClassWithoutNK_OBJECT {};
 
 /// False for a text with a comma outside of all brackets, as several arguments of a statement have.
 constexpr bool isOneType(const char* text) {
@@ -180,12 +180,12 @@ struct
 APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter<false> {};
 
 #ifdef __clang__
-[[deprecated("a statement stands in a class without NK_OBJECT")]]
+[[deprecated("a statement is in a class without NK_OBJECT")]]
 #endif
 Owner<WrongOwner<OfProperty>>
     nk_owner_(OfProperty);
 Owner<NoOwner> nk_owner_(OfClass);
-AStatementStandsInAClassWithoutNK_OBJECT nk_scope_(OfClass);
+AStatementIsInAClassWithoutNK_OBJECT nk_scope_(OfClass);
 StatementNumber<const Place<statementBlock - 1>* const> nk_state_(const void*);
 NSObject& nk_object_(OfClass);
 

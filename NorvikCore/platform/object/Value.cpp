@@ -37,7 +37,7 @@ const ValueClasses& valueClasses() {
 
 [[noreturn]] void raiseRange(const Value& value) {
   NSException::raise(NSInvalidArgumentException,
-                     value.description().utf8() + " is out of the range of the integer it should become");
+                     value.description().utf8() + " is outside the range of the integer type");
 }
 
 }  // namespace

@@ -149,7 +149,8 @@ T Value::as() const {
         std::is_convertible_v<std::remove_pointer_t<std::remove_reference_t<T>>*, const volatile NSObject*>;
     static_assert(!isText, "a Value gives text as NSString: as<NSString>().str() is a std::string");
     static_assert(!isObject, "a Value gives an object by its Ref: as<Ref<T>>(), or object<T>() for a pointer");
-    static_assert(isText || isObject, "a Value does not become this type: specialise norvik::ValueConversion for it");
+    static_assert(isText || isObject,
+                  "a Value cannot be converted to this type: specialise norvik::ValueConversion for it");
     __builtin_unreachable();
   }
 }

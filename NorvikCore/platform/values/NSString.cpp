@@ -43,7 +43,7 @@ std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
 }
 
 NSString NSString::reading(const char* text) {
-  if (text == nullptr) NSException::raise(NSInvalidArgumentException, "NSString: no text, but a null pointer");
+  if (text == nullptr) NSException::raise(NSInvalidArgumentException, "NSString: the text is a null pointer");
   return fromBytes(text);
 }
 

@@ -59,7 +59,7 @@ TEST(CsvReader, SeveralFieldsWithDoubledMarksKeepTheirOwnText) {
 TEST(CsvReader, RefusesMisplacedQuotationMarks) {
   EXPECT_EQ(refusalOf("a,b\"c\n"),
             "test.csv:1:3: \"b\"\" has a quotation mark inside a field that does not begin with one");
-  EXPECT_EQ(refusalOf("a\n\"b\"c\n"), "test.csv:2:1: \"\"b\"c\" goes on after its closing quotation mark");
+  EXPECT_EQ(refusalOf("a\n\"b\"c\n"), "test.csv:2:1: \"\"b\"c\" continues after its closing quotation mark");
   EXPECT_EQ(refusalOf("a\nb,\"c\nd\n"), "test.csv:2:3: \"\"c\" has a quotation mark that is never closed");
 }
 

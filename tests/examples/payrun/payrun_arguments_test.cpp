@@ -88,35 +88,37 @@ TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
       {{"--input", "x", "--month", "-1"}, "--month takes a number from 1 to 12, not \"-1\""},
       {{"--input", "x", "--month"}, "--month needs a value"},
       {{"--input=", "--month", "1"}, "--input needs a value"},
-      {{"--input", "x", "--input", "y", "--month", "1"}, "--input is there twice"},
+      {{"--input", "x", "--input", "y", "--month", "1"}, "--input is given twice"},
       {{"--input", "x", "--month", "1", "--colour"}, "there is no option \"--colour\""},
       {{"employer"}, "there is no option \"employer\""},
       {{"--generate", "0", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"0\""},
       {{"--generate", "1000001", "--input", "x"}, "--generate takes a number from 1 to 1000000, not \"1000001\""},
-      {{"--generate", "5", "--input", "x", "--month", "1"}, "--generate does not go with --month"},
-      {{"--generate", "5", "--input", "x", "--watch"}, "--generate does not go with --watch"},
+      {{"--generate", "5", "--input", "x", "--month", "1"}, "--generate cannot be combined with --month"},
+      {{"--generate", "5", "--input", "x", "--watch"}, "--generate cannot be combined with --watch"},
       {{"--generate", "5"}, "--input is missing"},
-      {{"--generate", "5", "--input", "x", "--payslips"}, "--generate does not go with --payslips"},
-      {{"--generate", "5", "--input", "x", "--html", "y"}, "--generate does not go with --html"},
-      {{"--watch", "--input", "x", "--month", "1", "--payslips"}, "--watch does not go with --payslips"},
-      {{"--watch", "--input", "x", "--month", "1", "--html", "y"}, "--watch does not go with --html"},
+      {{"--generate", "5", "--input", "x", "--payslips"}, "--generate cannot be combined with --payslips"},
+      {{"--generate", "5", "--input", "x", "--html", "y"}, "--generate cannot be combined with --html"},
+      {{"--watch", "--input", "x", "--month", "1", "--payslips"}, "--watch cannot be combined with --payslips"},
+      {{"--watch", "--input", "x", "--month", "1", "--html", "y"}, "--watch cannot be combined with --html"},
       {{"--input", "x", "--month", "1", "--html"}, "--html needs a value"},
-      {{"--input", "x", "--month", "1", "--template", "y"},
-       "--template is for payslips, which --payslips, --html or --pdf asks for"},
+      {{"--input", "x", "--month", "1", "--template", "y"}, "--template needs --payslips, --html or --pdf"},
       {{"--watch", "--input", "x"}, "--month is missing"},
       {{"--input", "x", "--month", "1", "--log", "paper"},
        "--log takes console, file, sqlite=PATH, postgres=URL and syslog, with commas between them, not \"paper\""},
       {{"--input", "x", "--month", "1", "--logs=~"},
-       "--logs \"~\" begins with ~, which the shell replaces at the beginning of a word only"},
+       "--logs \"~\" begins with ~, which the shell replaces only at the beginning of a word; write the whole path"},
       {{"--input", "x", "--month", "1", "--output=~/report.txt"},
-       "--output \"~/report.txt\" begins with ~, which the shell replaces at the beginning of a word only"},
+       "--output \"~/report.txt\" begins with ~, which the shell replaces only at the beginning of a word; write the "
+       "whole path"},
       {{"--input=~/employer", "--month", "1"},
-       "--input \"~/employer\" begins with ~, which the shell replaces at the beginning of a word only"},
+       "--input \"~/employer\" begins with ~, which the shell replaces only at the beginning of a word; write the "
+       "whole path"},
       {{"--input", "x", "--month", "1", "--log", "file,sqlite=~/pay.db"},
-       "--log sqlite \"~/pay.db\" begins with ~, which the shell replaces at the beginning of a word only"},
-      {{"--diagnose", "--input", "x"}, "--diagnose does not go with --input"},
-      {{"--diagnose", "--logs", "x"}, "--diagnose does not go with --logs"},
-      {{"--diagnose", "--generate", "5"}, "--diagnose does not go with --generate"},
+       "--log sqlite \"~/pay.db\" begins with ~, which the shell replaces only at the beginning of a word; write the "
+       "whole path"},
+      {{"--diagnose", "--input", "x"}, "--diagnose cannot be combined with --input"},
+      {{"--diagnose", "--logs", "x"}, "--diagnose cannot be combined with --logs"},
+      {{"--diagnose", "--generate", "5"}, "--diagnose cannot be combined with --generate"},
       {{"--diagnose=all"}, "--diagnose takes no value"},
       {{"--watch=yes", "--input", "x", "--month", "1"}, "--watch takes no value"},
   };
@@ -125,7 +127,7 @@ TEST(PayrunArguments, ACommandLineThatCannotBeFollowedIsRefused) {
     const Result result = runPayrun(folder, row.arguments);
     EXPECT_EQ(result.status, 2) << row.complaint;
     EXPECT_EQ(result.out, "") << row.complaint;
-    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; payrun --help tells more\n");
+    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; see payrun --help\n");
     EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << row.complaint;
   }
 }
@@ -153,7 +155,7 @@ TEST(PayrunArguments, WhatMayBeAPasswordIsNotRepeated) {
     const TemporaryFolder folder;
     const Result result = runPayrun(folder, row.words);
     EXPECT_EQ(result.status, 2) << row.complaint;
-    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; payrun --help tells more\n");
+    EXPECT_EQ(result.err, std::string("payrun: ") + row.complaint + "; see payrun --help\n");
   }
 }
 

@@ -97,13 +97,14 @@ TEST(PayrunDiagnose, FoldersAreToldWithTheirState) {
   home.write("Documents");
   std::filesystem::create_symlink("nowhere", home.path(".cache"));
   const std::string at = home.path();
-  EXPECT_THAT(section(diagnose(home), "Folders"),
-              ElementsAre("home                  " + at + " (there)",
-                          "application support   " + at + "/.local/share/payrun (not there yet)",
-                          "documents             " + at + "/Documents (no folder, something else is there)",
-                          "caches                " + at + "/.cache (no folder, a link that leads nowhere is there)",
-                          "temporary             " + std::filesystem::temp_directory_path().string() + " (there)",
-                          "logs                  " + at + "/.local/share/Logs/payrun (not there yet)"));
+  EXPECT_THAT(
+      section(diagnose(home), "Folders"),
+      ElementsAre("home                  " + at + " (exists)",
+                  "application support   " + at + "/.local/share/payrun (does not exist yet)",
+                  "documents             " + at + "/Documents (not a folder: something else has its name)",
+                  "caches                " + at + "/.cache (not a folder: a link that leads nowhere has its name)",
+                  "temporary             " + std::filesystem::temp_directory_path().string() + " (exists)",
+                  "logs                  " + at + "/.local/share/Logs/payrun (does not exist yet)"));
 }
 
 TEST(PayrunDiagnose, AHomeThatIsNoFolderIsTold) {
@@ -115,9 +116,9 @@ TEST(PayrunDiagnose, AHomeThatIsNoFolderIsTold) {
   result.out = run.readAll();
   EXPECT_EQ(run.wait(), 0);
   EXPECT_THAT(section(result, "Folders"),
-              testing::IsSupersetOf({"home                  " + file + " (no folder, something else is there)",
+              testing::IsSupersetOf({"home                  " + file + " (not a folder: something else has its name)",
                                      "application support   " + file +
-                                         "/.local/share/payrun (not there, cannot be made: Not a directory)"}));
+                                         "/.local/share/payrun (does not exist, cannot be created: Not a directory)"}));
 }
 
 TEST(PayrunDiagnose, SecretsOfTheEnvironmentAreNotTold) {
@@ -140,10 +141,11 @@ TEST(PayrunDiagnose, AHomeThatMayNotBeWrittenToIsTold) {
     const Result result = diagnose(home);
     ASSERT_EQ(::chmod(home.path().c_str(), 0700), 0);
     const std::string at = home.path();
-    EXPECT_THAT(section(result, "Folders"),
-                testing::IsSupersetOf({"home                  " + at + " (there, cannot be used: Permission denied)",
-                                       "application support   " + at +
-                                           "/.local/share/payrun (not there, cannot be made: Permission denied)"}));
+    EXPECT_THAT(
+        section(result, "Folders"),
+        testing::IsSupersetOf({"home                  " + at + " (exists, cannot be used: Permission denied)",
+                               "application support   " + at +
+                                   "/.local/share/payrun (does not exist, cannot be created: Permission denied)"}));
   });
 }
 
@@ -212,7 +214,7 @@ TEST(PayrunDiagnose, AnotherApplicationsPreferencesAreShownByItsIdentifier) {
                           "stored                1", "DeveloperMode         yes"));
   EXPECT_THAT(
       section(refused, "Preferences"),
-      ElementsAre("cannot be told        NSInvalidArgumentException: \"no/name\" cannot be the name of a folder"));
+      ElementsAre("not available         NSInvalidArgumentException: \"no/name\" cannot be the name of a folder"));
   EXPECT_THAT(section(refused, "Open files"), testing::SizeIs(2)) << "the others are told";
 }
 
@@ -231,8 +233,9 @@ TEST(PayrunDiagnose, AnInformationFileBesideTheProgramNamesItAndItsFolders) {
     EXPECT_THAT(section(result, "Program"),
                 testing::IsSupersetOf(
                     {"executable            " + program, std::string("identifier            uk.co.norvik.pay")}));
-    EXPECT_THAT(section(result, "Folders"),
-                testing::Contains("application support   " + home.path(".local/share/ledger") + " (not there yet)"));
+    EXPECT_THAT(
+        section(result, "Folders"),
+        testing::Contains("application support   " + home.path(".local/share/ledger") + " (does not exist yet)"));
     EXPECT_THAT(section(result, "Preferences"),
                 testing::Contains("database              " + home.path(".config/uk.co.norvik.pay/defaults.sqlite")));
   });

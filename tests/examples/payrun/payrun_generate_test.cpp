@@ -71,7 +71,7 @@ TEST(PayrunGenerate, WritesOverNothing) {
   writeFile(folder.path("items.csv"), "mine\n");
   const Result result = generate(folder, folder.path(), 10);
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.err, "payrun: " + folder.path("items.csv") + " is there already\n");
+  EXPECT_EQ(result.err, "payrun: " + folder.path("items.csv") + " already exists\n");
   EXPECT_EQ(readFile(folder.path("items.csv")), "mine\n");
   EXPECT_FALSE(std::filesystem::exists(folder.path("employer.ini")));
 }

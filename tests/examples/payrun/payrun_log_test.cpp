@@ -92,8 +92,8 @@ TEST(PayrunLog, ItsDatabaseIsNotWrittenOver) {
     for (const std::string name : {"pay.db", "link", "./pay.db", "pay.db-wal", "pay.db-shm", "pay.db-journal"}) {
       const Result result = runPayrun(folder, run({"--log", "sqlite=" + database, "--output", folder.path(name)}));
       EXPECT_EQ(result.status, 2);
-      EXPECT_EQ(result.err, "payrun: --output \"" + folder.path(name) +
-                                "\" is a file of the log's database; payrun --help tells more\n");
+      EXPECT_EQ(result.err,
+                "payrun: --output \"" + folder.path(name) + "\" is a file of the log's database; see payrun --help\n");
       EXPECT_EQ(std::filesystem::exists(database), isThere);
     }
   }
@@ -150,7 +150,7 @@ TEST(PayrunLog, AFolderForFilesThatAreNotWrittenIsRefused) {
   const TemporaryFolder folder;
   const Result result = runPayrun(folder, run({"--log", "console", "--logs", folder.path("logs")}));
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.err, HasSubstr("--logs is for files, which --log leaves out"));
+  EXPECT_THAT(result.err, HasSubstr("--logs needs log files; add file to --log"));
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ TEST_F(PayrunPayslips, ArePrintedOneBelowTheOther) {
                 "<b>O'Neil</b> -£12.34\n"
                 "Season ticket loan  12.34\n");
   EXPECT_EQ(result.err,
-            std::string("payrun: to be looked at: 1 item moved by its time of day, 1 net pay below zero\n") + moved +
+            std::string("payrun: needs attention: 1 item moved by its time of day, 1 net pay below zero\n") + moved +
                 belowZero)
       << "no report names them";
 }
@@ -127,10 +127,10 @@ TEST_F(PayrunPayslips, StandBesideAReportThatIsWrittenToAFile) {
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, testing::StartsWith("王小明 £1,240.00\n"));
   EXPECT_EQ(result.err,
-            "payrun: to be looked at: 1 item moved by its time of day, 1 net pay below zero; the report names them\n");
+            "payrun: needs attention: 1 item moved by its time of day, 1 net pay below zero; the report names them\n");
   EXPECT_TRUE(readFile(folder_.path("report.txt")).ends_with(std::string(moved) + belowZero));
   EXPECT_THAT(readLogs(folder_.path("logs")),
-              HasSubstr("to be looked at: 1 item moved by its time of day, 1 net pay below zero"));
+              HasSubstr("needs attention: 1 item moved by its time of day, 1 net pay below zero"));
 }
 
 TEST_F(PayrunPayslips, TheReportIsPrintedWherePagesAreWritten) {
@@ -169,7 +169,7 @@ TEST_F(PayrunPayslips, TheReportDoesNotReplaceTheTemplate) {
   const std::string form = folder_.path("short.template"), before = readFile(form);
   const Result result = run({"--payslips", "--template", form, "--output", form});
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.err, "payrun: --output \"" + form + "\" is the template; payrun --help tells more\n");
+  EXPECT_EQ(result.err, "payrun: --output \"" + form + "\" is the template; see payrun --help\n");
   EXPECT_EQ(readFile(form), before);
 }
 
@@ -177,7 +177,7 @@ TEST_F(PayrunPayslips, AnItemThatMovedIntoAMonthIsNamedInItsReport) {
   const Result result = run({}, 2);
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, testing::EndsWith(moved));
-  EXPECT_EQ(result.err, "payrun: to be looked at: 1 item moved by its time of day; the report names them\n");
+  EXPECT_EQ(result.err, "payrun: needs attention: 1 item moved by its time of day; the report names them\n");
   EXPECT_EQ(run({}, 3).err, "");
 }
 

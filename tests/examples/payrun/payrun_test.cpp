@@ -44,8 +44,8 @@ TEST_P(PayrunReport, IsWordForWordTheExpectedOne) {
   std::snprintf(name, sizeof name, "month-%02d.txt", GetParam());
   const Result result = runPayrun(folder, arguments(exampleEmployer(), GetParam(), folder.path("logs")));
   EXPECT_EQ(result.status, 0);
-  const char* const moved = "payrun: to be looked at: 1 item moved by its time of day; the report names them\n";
-  const char* const negative = "payrun: to be looked at: 1 net pay below zero; the report names them\n";
+  const char* const moved = "payrun: needs attention: 1 item moved by its time of day; the report names them\n";
+  const char* const negative = "payrun: needs attention: 1 net pay below zero; the report names them\n";
   const std::map<int, const char*> notices = {{3, moved}, {4, moved}, {6, negative}, {9, moved}, {10, moved}};
   EXPECT_EQ(result.err, notices.contains(GetParam()) ? notices.at(GetParam()) : "");
   EXPECT_EQ(firstDifference(result.out, readFile(expectedReports() / name)), "");

@@ -171,13 +171,13 @@ TEST_F(PayrunWatch, FilesThatCannotBeFollowedAreReportedAndTheNextGoodOnesAreCom
   WatchingPayrun program(folder_, arguments());
   program.readUntil("In words:");
   saveItems("E9,2024-04-30,pay,April,1.00\n");
-  EXPECT_THAT(program.readErrorUntil("items.csv"), HasSubstr("\"E9\" is no employee of employees.csv"));
+  EXPECT_THAT(program.readErrorUntil("items.csv"), HasSubstr("\"E9\" is not an employee of employees.csv"));
   saveItems(std::string(annsPay) + bobsPay);
   EXPECT_EQ(program.readUntil("total:"),
             "changed: E2 Bob Jones: deductions 300.00 -> 0.00, deductions to date 300.00 -> 0.00\n"
             "total: pay 3,000.00, deductions 0.00, net 3,000.00\n");
   EXPECT_EQ(program.stop(SIGINT).status, 0);
-  EXPECT_THAT(readLogs(logs_), HasSubstr("\"E9\" is no employee of employees.csv"));
+  EXPECT_THAT(readLogs(logs_), HasSubstr("\"E9\" is not an employee of employees.csv"));
 }
 
 TEST_F(PayrunWatch, AnEmployeeNamedInBothFilesIsReadWithBoth) {
@@ -207,7 +207,7 @@ TEST_F(PayrunWatch, InputThatCannotBeFollowedAtTheBeginningIsRefused) {
   const Result end = program.waitForEnd();
   EXPECT_EQ(end.status, 2);
   EXPECT_EQ(end.out, "");
-  EXPECT_THAT(end.err, HasSubstr("\"E9\" is no employee of employees.csv"));
+  EXPECT_THAT(end.err, HasSubstr("\"E9\" is not an employee of employees.csv"));
 }
 
 TEST_F(PayrunWatch, AFolderThatIsNotThereIsRefused) {

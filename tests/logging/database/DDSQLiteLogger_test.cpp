@@ -420,7 +420,7 @@ TEST_F(DDSQLiteLoggerTest, WhatIsNoDatabaseOfALogIsLeftAsItIsAndEntriesAreKept) 
       {"a pipe", "a named pipe is in its place", [](const std::string& path) { mkfifo(path.c_str(), 0600); },
        removeFile},
       {"a text", "file is not a database", writeText(std::string(5000, 'x')), removeFile},
-      {"another database", "it is a database of something else",
+      {"another database", "it is another application's database",
        [](const std::string& path) { ForeignDatabase(path).run("CREATE TABLE payslip(id)"); }, removeFile},
       {"a later version", "it was written by a later version",
        [](const std::string& path) {
@@ -494,7 +494,7 @@ TEST_F(DDSQLiteLoggerTest, ALockedDatabaseKeepsTheBuffer) {
     save("c");
   });
   EXPECT_THAT(lines, ElementsAre("DDSQLiteLogger: entries cannot be saved to " + path_ +
-                                 ": database is locked; they are kept until they can"));
+                                 ": database is locked; they are kept until they can be saved"));
   other.run("COMMIT");
   save("d");
   EXPECT_EQ(texts(), "a|b|c|d|");

@@ -342,11 +342,10 @@ TEST(NSKeyedArchiver, ACppNameIsReadAlsoWhereTheNameIsNotSharedAnyMore) {
 TEST(NSKeyedArchiver, ASharedNameThatWasWrittenWhereOneClassHadItIsRefusedWithTheClasses) {
   std::string bytes(NSKeyedArchiver::archivedDataWithRootObject(make<CodedCow>())->text());
   bytes.replace(bytes.find("CodedCow"), 8, "CodedRow");
-  expectRefusal(
-      [&] { (void)NSKeyedUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(bytes)); },
-      "NSInvalidUnarchiveOperationException",
-      "2 classes are named \"CodedRow\": norvik::hr::CodedRow, norvik::pay::CodedRow; NK_CLASS_NAME gives one "
-      "of them another name");
+  expectRefusal([&] { (void)NSKeyedUnarchiver::unarchiveObjectWithData(*NSData::dataWithText(bytes)); },
+                "NSInvalidUnarchiveOperationException",
+                "2 classes are named \"CodedRow\": norvik::hr::CodedRow, norvik::pay::CodedRow; give one of them "
+                "another name by NK_CLASS_NAME");
 }
 
 TEST(NSKeyedArchiver, ClassesWithoutADistinctNameAreRefused) {

@@ -73,7 +73,7 @@ TEST(NSKeyedUnarchiver, DamagedDataAreAnErrorWhereOneIsAskedFor) {
   EXPECT_TRUE(NSKeyedUnarchiver::unarchivedObjectOfClass(NSArray::staticClass(), *NSData::dataWithText("pay"), &error)
                   .isAbsent());
   EXPECT_EQ(error->code(), NSCoderReadCorruptError);
-  EXPECT_EQ(error->localizedFailureReason(), "the archive is damaged at byte 3: it does not begin as an archive does");
+  EXPECT_EQ(error->localizedFailureReason(), "the archive is damaged at byte 3: it does not begin like an archive");
 }
 
 TEST(NSKeyedUnarchiver, NothingUnderAKeyIsAbsent) {

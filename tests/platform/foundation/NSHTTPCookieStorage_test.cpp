@@ -304,8 +304,8 @@ TEST(NSHTTPCookieStorage, AFileThatIsNoDatabaseIsReportedOnceAndLeftAsItIs) {
   EXPECT_THAT(console.lines(),
               ElementsAre("The cookies in " + folder.path() + " cannot be read: file is not a database.",
                           "The cookies in " + folder.path() +
-                              " cannot be written: file is not a database. What is set is kept, and writing is tried "
-                              "again until this process ends."));
+                              " cannot be written: file is not a database. Values that are set are kept in memory, and "
+                              "writing is tried again until this process ends."));
   EXPECT_EQ(TemporaryFolder::read(folder.path()), content);
 }
 
@@ -325,10 +325,10 @@ TEST(NSHTTPCookieStorage, ADamagedCookieIsReportedOnceAndTheOthersAreRead) {
   const SystemLogCapture console;
   const Ref<NSHTTPCookieStorage> storage = folder.open();
   EXPECT_THAT(all(*storage), ElementsAre("pay.example.com /slips b=1"));
-  EXPECT_THAT(console.lines(),
-              UnorderedElementsAre("The cookie \"pay.example.com\t/slips\ta\" in " + folder.path() +
-                                       " is damaged: it is no line of a cookie file",
-                                   "The cookie \"of another\" in " + folder.path() + " is damaged: it is another one"));
+  EXPECT_THAT(console.lines(), UnorderedElementsAre("The cookie \"pay.example.com\t/slips\ta\" in " + folder.path() +
+                                                        " is damaged: it is not a line of a cookie file",
+                                                    "The cookie \"of another\" in " + folder.path() +
+                                                        " is damaged: it is another cookie"));
   EXPECT_TRUE(storage->setCookieLine("a=2; Max-Age=60", *url()));
   EXPECT_THAT(all(*folder.open()), ElementsAre("pay.example.com /slips b=1", "pay.example.com /slips a=2"));
 }
@@ -361,8 +361,8 @@ TEST(NSHTTPCookieStorage, AFullDiskIsReportedAndWhatIsLeftIsWrittenOnceThereIsRo
     EXPECT_EQ(folder.open()->cookies()->count(), 41u);
     EXPECT_THAT(console.lines(),
                 AllOf(Not(IsEmpty()), Each("The cookies in " + folder.path() +
-                                           " cannot be written: disk I/O error (File too large). What is set is kept, "
-                                           "and writing is tried again until this process ends.")));
+                                           " cannot be written: disk I/O error (File too large). Values that are set "
+                                           "are kept in memory, and writing is tried again until this process ends.")));
   });
 }
 

@@ -37,7 +37,9 @@ unsigned modeOf(const std::string& path) {
 
 std::string cannotBe(const std::string& done, const std::string& path, const std::string& why) {
   return "The preferences in " + path + " cannot be " + done + ": " + why + "." +
-         (done == "written" ? " What is set is kept, and writing is tried again until this process ends." : "");
+         (done == "written"
+              ? " Values that are set are kept in memory, and writing is tried again until this process ends."
+              : "");
 }
 
 TEST(NSUserDefaultsAccess, NoFileIsEverMadeThatOthersMayRead) {

@@ -36,7 +36,7 @@ std::string cannotBeRead(const std::string& path, const std::string& why) {
 }
 std::string cannotBeWritten(const std::string& path, const std::string& why) {
   return "The preferences in " + path + " cannot be written: " + why +
-         ". What is set is kept, and writing is tried again until this process ends.";
+         ". Values that are set are kept in memory, and writing is tried again until this process ends.";
 }
 
 TEST(NSUserDefaultsFailures, AFileThatIsNoDatabaseIsToldOnceAndLeftAsItIs) {
@@ -63,8 +63,8 @@ TEST(NSUserDefaultsFailures, ADatabaseOfSomethingElseIsLeftAsItIs) {
   const auto defaults = make<NSUserDefaults>(NSString(path));
   defaults->setInteger(2, "rate");
   EXPECT_EQ(defaults->integerForKey("rate"), 2);
-  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is a database of something else"),
-                                           cannotBeWritten(path, "it is a database of something else")));
+  EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is another application's database"),
+                                           cannotBeWritten(path, "it is another application's database")));
 }
 
 TEST(NSUserDefaultsFailures, ADatabaseOfAnotherApplicationIsLeftAsItIsWhateverItsVersion) {
@@ -83,8 +83,8 @@ TEST(NSUserDefaultsFailures, ADatabaseOfAnotherApplicationIsLeftAsItIsWhateverIt
       const auto defaults = make<NSUserDefaults>(NSString(path));
       defaults->setInteger(2, "rate");
       EXPECT_EQ(defaults->integerForKey("rate"), 2);
-      EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is a database of something else"),
-                                               cannotBeWritten(path, "it is a database of something else")))
+      EXPECT_THAT(console.lines(), ElementsAre(cannotBeRead(path, "it is another application's database"),
+                                               cannotBeWritten(path, "it is another application's database")))
           << sql;
     }
     EXPECT_TRUE(TemporaryFolder::read(path) == content) << sql;
@@ -358,12 +358,13 @@ TEST(NSUserDefaultsFailures, AValueThatIsTooLongIsToldOnceAndTheOthersAreWritten
     EXPECT_EQ(defaults->stringForKey("long")->length(), 60'000u);
     EXPECT_EQ(folder.open()->integerForKey("rate"), 3);
     EXPECT_EQ(folder.open()->integerForKey("long"), 1);
-    EXPECT_THAT(console.lines(),
-                ElementsAre("The preferences in " + folder.path() +
-                                " cannot be written: the value of \"long\" is too "
-                                "long. It lasts until this process ends.",
-                            "The preferences in " + folder.path() + " cannot be written: the value of \"" +
-                                std::string(80, 'k') + "...\" is too long. It lasts until this process ends."));
+    EXPECT_THAT(
+        console.lines(),
+        ElementsAre("The preferences in " + folder.path() +
+                        " cannot be written: the value of \"long\" is too long to be stored. It is kept until this "
+                        "process ends.",
+                    "The preferences in " + folder.path() + " cannot be written: the value of \"" +
+                        std::string(80, 'k') + "...\" is too long to be stored. It is kept until this process ends."));
     defaults->removeObjectForKey(NSString(std::string(60'000, 'k')));
     defaults->setInteger(4, "long");
     EXPECT_TRUE(defaults->synchronize());

@@ -116,7 +116,7 @@ TEST(PropertyList, AnythingElseIsRefusedWithItsReason) {
   EXPECT_EQ(reasonFor(NSArray::arrayWithObjects(NSSet::setWithObjects(1))),
             "the preference cannot hold an object of the class NSSet");
   EXPECT_EQ(reasonFor(NSDictionary::dictionaryWith({{1, "one"}})),
-            "the preference cannot hold a dictionary with a key that is no text");
+            "the preference cannot hold a dictionary with a key that is not a text");
 }
 
 TEST(PropertyList, ACollectionThatHoldsItselfIsRefused) {
@@ -141,7 +141,7 @@ TEST(PropertyList, ManyLevelsThatHoldEachOtherTwiceTakeLittle) {
 
 TEST(PropertyList, CollectionsMayBe512DeepAndNoDeeper) {
   EXPECT_EQ(stored(inArrays(512)), inArrays(512));
-  EXPECT_EQ(reasonFor(inArrays(513)), "the preference cannot hold collections more than 512 deep in one another");
+  EXPECT_EQ(reasonFor(inArrays(513)), "the preference cannot hold collections more than 512 levels deep");
 }
 
 TEST(PropertyList, BytesThatAreNoPropertyListAreRefused) {

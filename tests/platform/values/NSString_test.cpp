@@ -114,7 +114,7 @@ TEST(NSString, IsMadeFromEveryKindOfPlainText) {
 TEST(NSString, RefusesANullPointer) {
   const char* const none = nullptr;
   EXPECT_EQ(raised("NSInvalidArgumentException", [&] { return NSString(none); }),
-            "NSString: no text, but a null pointer");
+            "NSString: the text is a null pointer");
 }
 
 TEST(NSString, KeepsItsOwnCopyOfWhatItIsMadeFrom) {

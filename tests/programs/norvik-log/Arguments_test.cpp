@@ -58,7 +58,7 @@ TEST(Arguments, RefusesWhatCannotBeFollowed) {
     std::vector<std::string> words;
     const char* what;
   } rows[] = {
-      {{}, "no source is given: a file, a folder of log files or a database"},
+      {{}, "no source is given; name a file, a folder of log files or a database"},
       {{""}, "a source needs a name"},
       {{"--loud", "x"}, "there is no option \"--loud\""},
       {{"-z", "x"}, "there is no option \"-z\""},
@@ -66,16 +66,17 @@ TEST(Arguments, RefusesWhatCannotBeFollowed) {
       {{"x", "-t"}, "--text needs a value"},
       {{"x", "--text="}, "--text needs a value"},
       {{"x", "--json=1"}, "--json takes no value"},
-      {{"x", "-t", "a", "--text", "b"}, "--text is there twice"},
+      {{"x", "-t", "a", "--text", "b"}, "--text is given twice"},
       {{"x", "--level", "loud"}, "--level takes error, warn, info, debug, verbose or a number from 1, not \"loud\""},
       {{"x", "--patience", "0"}, "--patience takes a number of seconds from 1 to 86400, not \"0\""},
       {{"x", "--patience", "86401"}, "--patience takes a number of seconds from 1 to 86400, not \"86401\""},
       {{"x", "--patience", "1s"}, "--patience takes a number of seconds from 1 to 86400, not \"1s\""},
       {{"x", "--color", "red"}, "--color takes auto, always or never, not \"red\""},
       {{"x", "--html=~/page.html"},
-       "--html \"~/page.html\" begins with ~, which the shell replaces at the beginning of a word only"},
-      {{"x", "--json", "--count"}, "only one of --count, --json and --html goes at a time"},
-      {{"x", "--html", "a", "-f"}, "--follow has no end, which --count and --html need"},
+       "--html \"~/page.html\" begins with ~, which the shell replaces only at the beginning of a word; write the "
+       "whole path"},
+      {{"x", "--json", "--count"}, "--count, --json and --html exclude each other; give one of them"},
+      {{"x", "--html", "a", "-f"}, "--follow never ends, so it cannot be combined with --count or --html"},
   };
   for (const auto& row : rows) EXPECT_EQ(complaint(row.words), row.what);
 }

@@ -96,7 +96,7 @@ TEST(Pattern, SaysWhereItIsWrong) {
     const Pattern pattern("pay(roll", Pattern::Kind::Regular, false);
     FAIL();
   } catch (const PatternError& error) {
-    EXPECT_STREQ(error.what(), "\"pay(roll\" is no regular expression: missing closing parenthesis, at character 9");
+    EXPECT_STREQ(error.what(), "\"pay(roll\" is not a regular expression: missing closing parenthesis, at character 9");
   }
 }
 

@@ -260,7 +260,7 @@ TEST(GrowingFile, AFailureToReadIsSaid) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(file.next(batch, std::chrono::steady_clock::now(), true));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "norvik-log: " + log + ": cannot be read on: Bad file descriptor\n");
+            "norvik-log: " + log + ": cannot be read further: Bad file descriptor\n");
   EXPECT_TRUE(troubles.any());
 }
 

@@ -33,11 +33,11 @@ TEST(NorvikLogMisuse, ARefusalIsOneLineWithoutWhatCouldCommandATerminal) {
     std::vector<std::string> arguments;
     std::string err;
   } rows[] = {
-      {{"--x" + bad, "log"}, "there is no option \"--x" + shown + "\"; norvik-log --help tells more"},
+      {{"--x" + bad, "log"}, "there is no option \"--x" + shown + "\"; see norvik-log --help"},
       {{"-l", bad, "log"},
        "--level takes error, warn, info, debug, verbose or a number from 1, not \"" + shown +
-           "\"; norvik-log --help tells more"},
-      {{"--log-zone", bad, "log"}, "there is no time zone \"" + shown + "\"; norvik-log --help tells more"},
+           "\"; see norvik-log --help"},
+      {{"--log-zone", bad, "log"}, "there is no time zone \"" + shown + "\"; see norvik-log --help"},
       {{"-t", bad, "-i", "/dev/null"}, "\"" + shown + "\" is not UTF-8, which --ignore-case needs"},
   };
   for (const auto& row : rows) {
@@ -67,7 +67,7 @@ TEST(NorvikLogMisuse, AMistypedOptionOrAddressIsShownWithoutWhatMayBeAPassword) 
   };
   for (const auto& row : options) {
     const Result result = runReader({row.typed, "log"});
-    EXPECT_EQ(result.err, "norvik-log: there is no option \"" + row.shown + "\"; norvik-log --help tells more\n");
+    EXPECT_EQ(result.err, "norvik-log: there is no option \"" + row.shown + "\"; see norvik-log --help\n");
     EXPECT_EQ(result.status, 2);
   }
   const struct {
@@ -117,12 +117,12 @@ TEST(NorvikLogMisuse, WhatHasNoGrowingFileIsNotFollowed) {
   ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
   const Result input = runReader({"-f", "-"}, errorLine);
   EXPECT_EQ(input.err,
-            "norvik-log: standard input cannot be followed; without --follow it is read to its end; norvik-log --help "
-            "tells more\n");
+            "norvik-log: standard input cannot be followed; without --follow it is read to its end; see norvik-log "
+            "--help\n");
   EXPECT_EQ(input.status, 2);
   for (const std::string& name : {folder.path("pipe"), std::string("/dev/zero")}) {
     const Result result = runReader({"-f", name});
-    EXPECT_EQ(result.err, "norvik-log: " + name + ": is no regular file, and cannot be followed\n");
+    EXPECT_EQ(result.err, "norvik-log: " + name + ": is not a regular file, and cannot be followed\n");
     EXPECT_EQ(result.status, 2);
   }
 }
@@ -136,15 +136,16 @@ TEST(NorvikLogMisuse, APageDoesNotReplaceALogThatItIsMadeFrom) {
   for (const auto& [source, page] :
        {std::pair(log, log), {log, folder.path("link")}, {folder.path("same"), log}, {folder.path("logs"), log}}) {
     const Result result = runReader({source, "--html", page});
-    EXPECT_EQ(result.err,
-              "norvik-log: the page would replace " + page + ", which is read; norvik-log --help tells more\n");
+    EXPECT_EQ(result.err, "norvik-log: the page would replace " + page +
+                              ", which is a source; give the page another name; see norvik-log --help\n");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(TemporaryFolder::read(log), errorLine);
   }
   EXPECT_EQ(runReader({folder.path("logs"), "--html", folder.path("logs/page.html")}).status, 0);
   const Result input =
       runReaderPrepared({"-", "--html", log}, [&] { ::dup2(::open(log.c_str(), O_RDONLY), STDIN_FILENO); });
-  EXPECT_EQ(input.err, "norvik-log: the page would replace " + log + ", which is read; norvik-log --help tells more\n");
+  EXPECT_EQ(input.err, "norvik-log: the page would replace " + log +
+                           ", which is a source; give the page another name; see norvik-log --help\n");
   EXPECT_EQ(TemporaryFolder::read(log), errorLine);
 }
 
@@ -181,7 +182,7 @@ TEST(NorvikLogMisuse, WithoutStandardStreamsNothingGoesToAnotherFile) {
   EXPECT_EQ(result.err, "norvik-log: standard output cannot be written: Bad file descriptor\n");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(runReaderPrepared({"-"}, [] { ::close(STDIN_FILENO); }).err,
-            "norvik-log: -: cannot be read on: Bad file descriptor\n");
+            "norvik-log: -: cannot be read further: Bad file descriptor\n");
 }
 
 TEST(NorvikLogMisuse, ALimitOfFileSizesIsAFault) {
@@ -275,7 +276,7 @@ TEST(NorvikLogMisuse, JsonCannotCommandTheTerminalEither) {
 
 TEST(NorvikLogMisuse, OneOptionInTwoSpellingsIsThereTwice) {
   EXPECT_EQ(runReader({"log", "--color", "never", "--colour", "always"}).err,
-            "norvik-log: --colour is there twice; norvik-log --help tells more\n");
+            "norvik-log: --colour is given twice; see norvik-log --help\n");
 }
 
 // The zone of a log's times without an offset, in the night in which London's clocks showed 01:00 to 02:00 twice.
@@ -331,7 +332,7 @@ TEST(NorvikLogZone, NamesAreThoseOfTheDatabaseAndOffsetsFromGmt) {
   }
   for (const char* const zone : {"europe/london", "+01:00", "../../etc/passwd", "GMT+25:00"}) {
     EXPECT_EQ(runReader({"--log-zone", zone, "-"}).err,
-              "norvik-log: there is no time zone \"" + std::string(zone) + "\"; norvik-log --help tells more\n");
+              "norvik-log: there is no time zone \"" + std::string(zone) + "\"; see norvik-log --help\n");
   }
 }
 

@@ -184,7 +184,7 @@ TEST(NorvikLog, SaysWhatCannotBeReadAndGoesOn) {
   EXPECT_EQ(result.out, linesOf(lineLog)[0] + "\n");
   EXPECT_EQ(result.err, "norvik-log: " + folder.path("gone.log") + ": cannot be opened: No such file or directory\n" +
                             "norvik-log: " + folder.path("empty") +
-                            ": has no log files, whose names begin with \"log-\" and six of 0-9 and A-F\n");
+                            ": has no log files; their names begin with \"log-\" and six characters of 0-9 and A-F\n");
 }
 
 TEST(NorvikLog, SaysThatPermissionIsRefused) {
@@ -205,7 +205,7 @@ TEST(NorvikLog, PassesOverWhatIsNoFileInAFolder) {
   const Result result = runReader({folder.path()});
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.out, lineLog);
-  EXPECT_EQ(result.err, "norvik-log: " + folder.path("log-012345.txt") + ": is no regular file, and is left out\n");
+  EXPECT_EQ(result.err, "norvik-log: " + folder.path("log-012345.txt") + ": is not a regular file, and is left out\n");
 }
 
 TEST(NorvikLog, ReadsStandardInputAndNamedPipes) {
@@ -264,16 +264,15 @@ TEST(NorvikLog, RefusesACommandLineInOneSentence) {
     std::vector<std::string> arguments;
     const char* err;
   } rows[] = {
-      {{},
-       "norvik-log: no source is given: a file, a folder of log files or a database; norvik-log --help tells more\n"},
+      {{}, "norvik-log: no source is given; name a file, a folder of log files or a database; see norvik-log --help\n"},
       {{"x", "--since", "soon"},
-       "norvik-log: \"soon\" is no time; times are such as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours "
+       "norvik-log: \"soon\" is not a time; write it as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours "
        "ago\", "
        "\"2021-05-10\" and \"2021-05-10 13:30:12.045Z\"\n"},
       {{"x", "-e", "pay("},
-       "norvik-log: \"pay(\" is no regular expression: missing closing parenthesis, at character 5\n"},
+       "norvik-log: \"pay(\" is not a regular expression: missing closing parenthesis, at character 5\n"},
       {{"x", "--log-zone", "Europe/Nowhere"},
-       "norvik-log: there is no time zone \"Europe/Nowhere\"; norvik-log --help tells more\n"},
+       "norvik-log: there is no time zone \"Europe/Nowhere\"; see norvik-log --help\n"},
       {{"-", "--html", "/nowhere/log.html"},
        "norvik-log: /nowhere/log.html cannot be written: No such file or directory\n"},
   };

@@ -14,7 +14,7 @@ void StoreReports::failed(const std::string& reason) {
   const std::string& why = reason.empty() ? "unknown" : reason;
   if (why == failure_) return;
   failure_ = why;
-  NSLog("%s: entries cannot be saved to %@: %@; they are kept until they can", logger_, store_, why);
+  NSLog("%s: entries cannot be saved to %@: %@; they are kept until they can be saved", logger_, store_, why);
 }
 
 void StoreReports::lost() {

@@ -33,7 +33,7 @@ CairoContext::~CairoContext() {
 
 cairo_t* CairoContext::cairo() const {
   if (!cairo_)
-    NSException::raise(NSInternalInconsistencyException, "nothing is drawn on a canvas once its data is taken");
+    NSException::raise(NSInternalInconsistencyException, "a canvas cannot be drawn on after its data was taken");
   return cairo_;
 }
 

@@ -27,7 +27,7 @@ std::string checkedDatabasePath(const NSString& path, const char* whose) {
   std::string bytes = path.bytes();
   if (!bytes.starts_with('/') || bytes.find('\0') != bytes.npos) {
     NSException::raise(NSInvalidArgumentException,
-                       NSString(whose) + " need the whole path of a file, not \"" + path + "\"");
+                       NSString(whose) + " need the absolute path of a file, not \"" + path + "\"");
   }
   return bytes;
 }

@@ -94,9 +94,9 @@ Value CookieStore::decode(const NSString& key, std::string_view bytes) {
   if (error == std::errc() && bytes.substr(length).starts_with(' ')) {
     cookie = NSHTTPCookie::cookieWithCookieFileLine(NSString::fromBytes(bytes.substr(length + 1)));
   }
-  if (!cookie) NSException::raise(NSInvalidUnarchiveOperationException, "it is no line of a cookie file");
+  if (!cookie) NSException::raise(NSInvalidUnarchiveOperationException, "it is not a line of a cookie file");
   // Under another key it could be neither found, replaced nor deleted.
-  if (key != cookie->storageKey()) NSException::raise(NSInvalidUnarchiveOperationException, "it is another one");
+  if (key != cookie->storageKey()) NSException::raise(NSInvalidUnarchiveOperationException, "it is another cookie");
   cookie->creation_ = creation;
   return cookie;
 }

@@ -365,7 +365,7 @@ DatabaseFile::Content DatabaseFile::recognize(std::string& failure) {
   if (version == 0 && application == 0 && tables == 0) return Content::Empty;
   const bool isOurs = application == format_.applicationId || (application == 0 && version != 0 && isSampled);
   if (!isOurs) {
-    failure = "it is a database of something else";
+    failure = "it is another application's database";
   } else if (version > format_.version) {
     failure = "it was written by a later version";
   } else if (version != format_.version || !isSampled) {
@@ -405,7 +405,7 @@ bool DatabaseFile::create(std::string& failure) {
   // Another user may have created a folder or the file in the meantime.
   if (!findPlace(place, failure)) return false;
   if (!place.found.exists) {
-    failure = "it was removed while it was made";
+    failure = "it was removed while it was created";
     return false;
   }
   if (place.found.status.permissions != ownerReadsAndWrites) {

@@ -132,7 +132,8 @@ bool KeyedStore::writeFile(Lines& lines) {
   std::string failure;
   isWriteDue_ = !database_.write(changes, failure);
   if (isWriteDue_) {
-    report("written", failure + ". What is set is kept, and writing is tried again until this process ends",
+    report("written",
+           failure + ". Values that are set are kept in memory, and writing is tried again until this process ends",
            toldOfWriting_, lines);
     return false;
   }
@@ -140,7 +141,8 @@ bool KeyedStore::writeFile(Lines& lines) {
     toldOfWriting_.clear();
   } else {
     report("written",
-           "the value of \"" + beginning(changes.begin()->first) + "\" is too long. It lasts until this process ends",
+           "the value of \"" + beginning(changes.begin()->first) +
+               "\" is too long to be stored. It is kept until this process ends",
            toldOfWriting_, lines);
   }
   const MutexLock lock(memory_);

@@ -41,8 +41,7 @@ class Copier {
     const auto [known, isNew] = copies_.try_emplace(&object);
     if (!isNew && known->second.isAbsent()) refuse("a collection that holds itself");
     if (!isNew) return known->second;
-    if (depth_ == greatestArchiveDepth)
-      refuse("collections more than " + std::to_string(depth_) + " deep in one another");
+    if (depth_ == greatestArchiveDepth) refuse("collections more than " + std::to_string(depth_) + " levels deep");
     ++depth_;
     Value copied = array ? Value(copyArray(*array)) : Value(copyDictionary(*dictionary));
     --depth_;
@@ -61,7 +60,7 @@ class Copier {
     std::vector<NSDictionary::Entry> entries;
     entries.reserve(dictionary.count());
     for (const auto& [key, value] : dictionary) {
-      if (!key.isString()) refuse("a dictionary with a key that is no text");
+      if (!key.isString()) refuse("a dictionary with a key that is not a text");
       entries.push_back({key, copy(value)});
     }
     return make<NSDictionary>(std::move(entries));
@@ -114,7 +113,7 @@ class Checker {
     }
   }
 
-  [[noreturn]] static void fail() { raiseUnarchive("it holds what no preference can hold"); }
+  [[noreturn]] static void fail() { raiseUnarchive("it contains a value that cannot be a preference"); }
 
   const ArchiveContent& content_;
   std::vector<State> states_;

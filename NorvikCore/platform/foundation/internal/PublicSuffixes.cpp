@@ -18,7 +18,7 @@ struct List {
 
 const List& publicSuffixes() {
   return kernel::madeOnce([] {
-    const SharedLibrary library("libpsl.so.5", "cookies of a domain cannot be judged without libpsl");
+    const SharedLibrary library("libpsl.so.5", "cookies of a domain cannot be checked without libpsl");
     decltype(&::psl_latest) latest = nullptr;
     decltype(&::psl_builtin) builtin = nullptr;
     auto made = std::make_unique<List>();

@@ -7,7 +7,7 @@
 
 namespace norvik::detail {
 
-/// `2 classes are named "Row": hr::Row, pay::Row; NK_CLASS_NAME gives one of them another name`. Empty if only one
+/// `2 classes are named "Row": hr::Row, pay::Row; give one of them another name by NK_CLASS_NAME`. Empty if only one
 /// class has the name, or none.
 [[nodiscard]] std::string sharedNameProblem(const NSString& name);
 
