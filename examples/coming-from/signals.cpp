@@ -14,7 +14,7 @@ class Payslip : public NSObject {
 
 class Window : public NSObject {
   NK_OBJECT(Window, NSObject)
-  void show(const Value& pay) { std::cout << pay << "\n"; }
+  void show(const Decimal& pay) { std::cout << pay << "\n"; }
 };
 
 int main() {
@@ -23,10 +23,7 @@ int main() {
 
   // A value that changes: observe it.
   auto controller = FBKVOController::controllerWithObserver(*window);
-  controller->observe_keyPath_options_block(slip, keyPath<&Payslip::grossPay>(), NSKeyValueObservingOptionNew,
-                                            [](NSObject& observer, NSObject&, const NSDictionary& change) {
-                                              static_cast<Window&>(observer).show(change[NSKeyValueChangeNewKey]);
-                                            });
+  controller->observe(slip, keyPath<&Payslip::grossPay>(), &Window::show);
   slip->setGrossPay(2500.00_dec);
   slip->setGrossPay(2500.00_dec);  // an equal value is a change too
 

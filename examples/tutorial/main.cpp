@@ -30,12 +30,9 @@ class Saver : public NSObject {
   NK_OBJECT(Saver, NSObject)
 
   void follow(const Ref<Payslip>& slip) {
-    controller_->observe_keyPath_options_block(slip, keyPath<&Payslip::grossPay>(), NSKeyValueObservingOptionInitial,
-                                               [](NSObject& observer, NSObject& object, const NSDictionary&) {
-                                                 const auto& changed = static_cast<Payslip&>(object);
-                                                 static_cast<Saver&>(observer).file_.set(changed.name(),
-                                                                                         changed.grossPay());
-                                               });
+    controller_->observe(
+        slip, keyPath<&Payslip::grossPay>(), NSKeyValueObservingOptionInitial,
+        [](Saver& saver, Payslip& changed, const Decimal& grossPay) { saver.file_.set(changed.name(), grossPay); });
   }
 
  private:

@@ -9,7 +9,7 @@ using namespace payroll;
 
 class Screen : public NSObject {
   NK_OBJECT(Screen, NSObject)
-  void show(const NSString& name, const Value& netPay) { std::cout << name << " gets " << netPay << "\n"; }
+  void show(const NSString& name, const Decimal& netPay) { std::cout << name << " gets " << netPay << "\n"; }
 };
 
 int main() {
@@ -17,12 +17,8 @@ int main() {
   auto screen = make<Screen>();
 
   auto controller = FBKVOController::controllerWithObserver(*screen);
-  controller->observe_keyPath_options_block(
-      sian, keyPath<&Payslip::netPay>(), NSKeyValueObservingOptionInitial | NSKeyValueObservingOptionNew,
-      [](NSObject& observer, NSObject& object, const NSDictionary& change) {
-        const auto& slip = static_cast<Payslip&>(object);
-        static_cast<Screen&>(observer).show(slip.name(), change[NSKeyValueChangeNewKey]);
-      });
+  controller->observe(sian, keyPath<&Payslip::netPay>(), NSKeyValueObservingOptionInitial,
+                      [](Screen& screen, Payslip& slip, const Decimal& netPay) { screen.show(slip.name(), netPay); });
 
   sian->setGrossPay(2600.00_dec);  // the net pay depends on it
   sian->setPensionRate(8);         // and, through the pension, on this
