@@ -14,11 +14,13 @@ if(NORVIK_INSTALL)
   endfunction()
 
   norvik_install_library(NorvikCore NorvikCoreTargets Library Development)
-  # A component's targets come from a separate file, so that a program that asks only for the core needs, for example,
-  # no libpq.
-  if(NORVIK_POSTGRESQL)
-    norvik_install_library(NorvikPostgreSQL NorvikCorePostgreSQLTargets PostgreSQL PostgreSQLDevelopment)
-  endif()
+  # Each component's targets come from a separate file, so that a program that asks only for the core needs, for
+  # example, no libpq.
+  foreach(component PostgreSQL Qt)
+    if(TARGET Norvik${component})
+      norvik_install_library(Norvik${component} NorvikCore${component}Targets ${component} ${component}Development)
+    endif()
+  endforeach()
 
   # gdb looks for a library's script below auto-load/, in a folder with the library's own path. The prefix is that of the
   # installation, which `cmake --install --prefix` changes; it may be relative to the current folder, which is
