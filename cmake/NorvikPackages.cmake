@@ -34,6 +34,8 @@ set(about "NorvikCore is the core library of UK payroll applications in C++20: e
 decimal money, payroll dates, field formatters, logging to rolling files,
 dispatch queues, observation and bindings.")
 
+add_custom_target(packaged)  # what the packages need of the build
+
 # norvik_package(COMPONENT NAME SECTION [BINARY] SUMMARY text DESCRIPTION text [DEPENDS ...] [RECOMMENDS ...]
 # [SUGGESTS ...]): one package. A BINARY one depends on the machine: dpkg-shlibdeps finds more of its dependencies, and
 # its debug information becomes a package of its own.
@@ -75,6 +77,7 @@ macro(norvik_library_packages component name target)
       DESCRIPTION "${about}\n\nThis package contains the shared library."
       DEPENDS ${LIBRARY_DEPENDS} RECOMMENDS ${LIBRARY_RECOMMENDS})
     # Where dpkg-shlibdeps finds it for the packages that use it, whose dependency on it is written here.
+    add_dependencies(packaged ${target})
     get_target_property(folder ${target} BINARY_DIR)
     list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${folder})
     if(${component} STREQUAL "Library")
@@ -108,6 +111,7 @@ norvik_library_packages(Qt libnorvikcore-qt NorvikQt ${same_core}
   SUBJECT "models and bindings of NorvikCore for Qt"
   HEADERS_DEPEND qt6-base-dev)
 
+add_dependencies(packaged norvik-log payrun)
 norvik_package(Tools norvik-tools utils BINARY
   SUMMARY "reader of NorvikCore's logs, and a pay run from files"
   DESCRIPTION "norvik-log finds messages in logs that NorvikCore's loggers wrote: in files,
@@ -118,10 +122,13 @@ payrun computes an employer's payslips for a tax month from three files."
   DEPENDS "libnorvikcore${soversion} (>= ${PROJECT_VERSION})" "libnorvikcore-postgresql${soversion} (>= ${PROJECT_VERSION})"
   RECOMMENDS libpangocairo-1.0-0 fonts-dejavu-core
   SUGGESTS libnorvikcore-doc)
-norvik_package(Documentation libnorvikcore-doc doc
+norvik_package(documentation libnorvikcore-doc doc
   SUMMARY "core library of UK payroll applications (documentation)"
   DESCRIPTION "${about}\n\nThis package contains a page for each subsystem.")
+if(TARGET reference)  # it is installed as a part of this component
+  add_dependencies(packaged reference)
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libnorvikcore-doc
-        COMPONENT Documentation)
+        COMPONENT documentation)
 
 include(CPack)
