@@ -14,7 +14,6 @@
 #include "NorvikCore/platform/object/Block.h"
 #include "NorvikCore/platform/object/ClosureParameters.h"
 
-#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -57,12 +56,12 @@ class TransformClosure {
       constexpr bool givesValue = becomesValue<R>;
       static_assert(givesValue, "the closure of a binding returns what becomes a Value: an object does by its Ref");
       if constexpr (givesValue) {
-        if (!isAbsent(closure)) {
+        if (!isNothing(closure)) {
           block_ = [closure = std::decay_t<F>(std::forward<F>(closure))](const Value& value) mutable -> Value {
             if constexpr (std::is_constructible_v<Value, R>)
-              return Value(std::invoke(closure, argumentFrom<P>(value)));
+              return Value(callClosure(closure, argumentFrom<P>(value)));
             else
-              return ValueConversion<std::remove_cvref_t<R>>::toValue(std::invoke(closure, argumentFrom<P>(value)));
+              return ValueConversion<std::remove_cvref_t<R>>::toValue(callClosure(closure, argumentFrom<P>(value)));
           };
         }
       }

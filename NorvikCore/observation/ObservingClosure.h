@@ -7,10 +7,8 @@
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/object/Block.h"
 #include "NorvikCore/platform/object/ClosureParameters.h"
-#include "NorvikCore/platform/values/NSException.h"
 
 #include <cstddef>
-#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -33,7 +31,8 @@ struct ObservingBlock {
   WantedObserver observer{};
 };
 
-/// Raises NSInvalidArgumentException for the value of a key path that does not convert to the closure's parameter.
+/// While an NSException is handled, because the value of a key path does not convert to the closure's parameter: raises
+/// NSInvalidArgumentException with the key path. Rethrows any other exception.
 [[noreturn]] NK_EXPORT void raiseObservedValue(const NSString& keyPath, const char* which);
 
 /// The class of an argument that is a reference to an object or a Ref to it.
@@ -80,7 +79,7 @@ decltype(auto) observedValue(const Value& value, const NSString& keyPath, const 
     } else {
       return Taken{argumentFrom<T>(value)};
     }
-  } catch (const NSException&) {
+  } catch (...) {
     raiseObservedValue(keyPath, which);
   }
 }
@@ -121,13 +120,13 @@ class ObservingClosure {
   static ObservingBlock block(F&& closure) {
     constexpr std::size_t objects = objectCount(All()), values = All::count - objects;
     ObservingBlock made;
-    if (isAbsent(closure)) return made;
+    if (isNothing(closure)) return made;
     made.block = [closure = std::decay_t<F>(std::forward<F>(closure))](NSObject& observer, NSObject& object,
                                                                        const KeyValueChange& change,
                                                                        const NSString& keyPath) mutable {
       const Call call{observer, object, change, keyPath};
       [&]<std::size_t... index>(std::index_sequence<index...>) {
-        static_cast<void>(std::invoke(closure, call.template argument<index>()...));
+        static_cast<void>(callClosure(closure, call.template argument<index>()...));
       }
       (std::make_index_sequence<All::count>());
     };

@@ -72,6 +72,8 @@ TEST(TransformClosure, AnAbsentClosureStaysAbsent) {
   EXPECT_FALSE(detail::TransformClosure(NKTransformBlock()).block());
   EXPECT_FALSE(detail::TransformClosure(Block<int(int)>()).block());
   EXPECT_FALSE(detail::TransformClosure(std::function<int(int)>()).block());
+  int (BoundEmployee::*noMember)() const = nullptr;
+  EXPECT_FALSE(detail::TransformClosure(noMember).block());
 }
 
 TEST(TransformClosure, ATransformBlockIsShared) {

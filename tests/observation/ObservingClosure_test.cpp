@@ -128,6 +128,8 @@ TEST_F(ObservingClosureTest, AnEmptyObjectPathOrClosureObservesNothing) {
   controller->observe(stub, "", [&] { heard.push_back("called"); });
   controller->observe(stub, keyPath<&Stub::netPay>(), Block<void(Decimal)>());
   controller->observe(stub, keyPath<&Stub::netPay>(), std::function<void()>());
+  void (Pane::*noMember)(const Decimal&) = nullptr;
+  controller->observe(stub, keyPath<&Stub::netPay>(), noMember);
   controller->observe(stub, keyPath<&Stub::netPay>(), [&] { heard.push_back("the first"); });
   stub->setNetPay(1);
   EXPECT_EQ(heard, Texts{"the first"});

@@ -122,6 +122,7 @@ class Selection:
         elif self.access != "private":
             for text in accessors(name, split_arguments(arguments)):
                 self.add("function", text, item)
+                self.doc = item.doc = None  # the setter does not repeat the text of the property
 
     def select_class(self, item):
         if self.access != "private" and not item.text.startswith("friend") and not self.is_left_out(item.text):

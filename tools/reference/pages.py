@@ -72,6 +72,8 @@ class Reference:
         elif kind in ("class", "struct", "union", "concept"):
             entry = Entry(node, name)
             self.by_id[entry.id] = self.by_name[name] = entry
+            if "<" in node.findtext("compoundname"):  # Doxygen does not link the plain name of a specialization
+                self.mentioned[name] = [entry]
         for section in node.iter("sectiondef"):
             heading = section.find("description")
             for member in section.iter("memberdef"):
@@ -280,7 +282,7 @@ class Writer:
         """Template parameters on their own line; the parameters of a long declaration one per line."""
         bare = without_template(text)
         template = text[:len(text) - len(bare)].strip()
-        if len(bare) > 100 and "(" in bare and not bare.startswith("using "):
+        if len(bare) > 100 and "(" in bare and not bare.startswith(("using ", "concept ")):
             begin = bare.index("(")
             if bare[:begin].endswith("operator"):
                 begin = bare.index("(", begin + 2)

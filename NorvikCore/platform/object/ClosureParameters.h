@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 
 namespace norvik::detail {
 
@@ -86,6 +87,30 @@ template <class F>
     return false;
   else
     return closure == nullptr;
+}
+
+/// isAbsent(), also for a null pointer to a member.
+template <class F>
+[[nodiscard]] bool isNothing(const F& closure) {
+  if constexpr (std::is_member_pointer_v<F>)
+    return closure == nullptr;
+  else
+    return isAbsent(closure);
+}
+
+/// Calls a closure, or a member of the first argument: std::invoke without <functional>.
+template <class F, class... A>
+decltype(auto) callClosure(F& closure, A&&... arguments) {
+  if constexpr (std::is_member_pointer_v<F>) {
+    return [&](auto& object, auto&&... rest) -> decltype(auto) {
+      if constexpr (std::is_member_function_pointer_v<F>)
+        return (object.*closure)(std::forward<decltype(rest)>(rest)...);
+      else
+        return (object.*closure);
+    }(arguments...);
+  } else {
+    return closure(std::forward<A>(arguments)...);
+  }
 }
 
 /// The value as the type of a closure's parameter P. Returns a reference if the value holds exactly that type. Any
