@@ -73,13 +73,28 @@ TEST(Documents, ShowTheBeginningOfAnExample) {
   std::vector<std::string> names;
   for (const auto& [example, code] : shown) names.push_back(example);
   const std::vector<std::string> expected{
-      "examples/bindings/bindings.cpp",  "examples/cookies/cookies.cpp",         "examples/dates/dates.cpp",
-      "examples/diagnostics/crash.cpp",  "examples/diagnostics/diagnostics.cpp", "examples/dispatch/autosave.cpp",
-      "examples/dispatch/glib_loop.cpp", "examples/dispatch/plain_loop.cpp",     "examples/dispatch/qt_loop.cpp",
-      "examples/drawing/drawing.cpp",    "examples/environment/environment.cpp", "examples/logging/console.cpp",
-      "examples/logging/databases.cpp",  "examples/logging/logging.cpp",         "examples/markup/markup.cpp",
-      "examples/money/money.cpp",        "examples/observation/observation.cpp", "examples/preferences/preferences.cpp",
-      "examples/queries/queries.cpp",    "examples/runtime/runtime.cpp",         "examples/text/text.cpp",
+      "examples/bindings/bindings.cpp",
+      "examples/collections/collections.cpp",
+      "examples/cookies/cookies.cpp",
+      "examples/dates/dates.cpp",
+      "examples/diagnostics/crash.cpp",
+      "examples/diagnostics/diagnostics.cpp",
+      "examples/dispatch/autosave.cpp",
+      "examples/dispatch/glib_loop.cpp",
+      "examples/dispatch/plain_loop.cpp",
+      "examples/dispatch/qt_loop.cpp",
+      "examples/drawing/drawing.cpp",
+      "examples/environment/environment.cpp",
+      "examples/logging/console.cpp",
+      "examples/logging/databases.cpp",
+      "examples/logging/logging.cpp",
+      "examples/markup/markup.cpp",
+      "examples/money/money.cpp",
+      "examples/observation/observation.cpp",
+      "examples/preferences/preferences.cpp",
+      "examples/queries/queries.cpp",
+      "examples/runtime/runtime.cpp",
+      "examples/text/text.cpp",
   };
   EXPECT_EQ(names, expected);
 }
