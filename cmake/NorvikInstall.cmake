@@ -54,6 +54,7 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
     set(NORVIK_PC_REQUIRES "icu-i18n icu-uc fmt sqlite3")
     set(NORVIK_PC_LIBS " -Wl,-z,nodelete")
   endif()
+  get_property(NORVIK_PC_CFLAGS GLOBAL PROPERTY NORVIK_PC_CFLAGS)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/NorvikCore.pc.in ${PROJECT_BINARY_DIR}/NorvikCore.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/NorvikCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
   install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/NorvikCore COMPONENT Licence)

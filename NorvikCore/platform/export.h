@@ -25,3 +25,16 @@
 #error NorvikCore needs C++20 or later: compile with -std=c++20
 #include "C++20"
 #endif
+
+// Errors are reported by exceptions, which destroy what lies between them and their handler.
+#ifndef __cpp_exceptions
+#error NorvikCore reports errors by exceptions: compile without -fno-exceptions
+#include "exceptions"
+#endif
+
+// Containers of the standard library are members of classes and arguments of functions here, and the debug mode changes
+// their layout. A build of this library in that mode defines NORVIK_GLIBCXX_DEBUG for its users.
+#if defined(_GLIBCXX_DEBUG) != defined(NORVIK_GLIBCXX_DEBUG)
+#error NorvikCore and the program must agree on _GLIBCXX_DEBUG: use _GLIBCXX_ASSERTIONS, or build NorvikCore with _GLIBCXX_DEBUG too
+#include "_GLIBCXX_DEBUG"
+#endif

@@ -3,6 +3,8 @@
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSTimeZone.h"
+#include "NorvikCore/platform/values/Date_chrono.h"
+#include "NorvikCore/platform/values/Date_fmt.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 
 #include <chrono>
@@ -18,6 +20,14 @@ int main() {
   const Date payday = "2024-03-28"_date, endOfTaxYear = "2024-04-05"_date;
   std::cout << nk_daysBetween(payday, endOfTaxYear) << " days, " << (endOfTaxYear - payday) / 3600 << " hours\n";
   std::cout << payday + std::chrono::minutes(90) << "\n";
+
+  // Every time of the system clock is a date, also as an argument; and back.
+  using namespace std::chrono;
+  std::cout << nk_addMonths(sys_days{2024y / February / 29}, 12) << "\n";
+  std::cout << (system_clock::now() > payday) << " " << (sysDays(payday) == sys_days{2024y / March / 28}) << "\n";
+
+  // In {fmt}, the fields in UTC.
+  std::cout << fmt::format("{:%d/%m/%Y %H:%M}, week {:%V}", payday, payday) << "\n";
 
   auto formatter = make<NSDateFormatter>();
   formatter->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));

@@ -3,6 +3,8 @@
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
+#include "NorvikCore/platform/values/Decimal_fmt.h"
+#include "NorvikCore/platform/values/Format.h"
 
 #include <iostream>
 
@@ -16,6 +18,14 @@ int main() {
   // Twelve equal parts that sum to the whole: the last one takes what is left.
   const Decimal part = (gross / 12).round(2, NSRoundDown);
   std::cout << part << " eleven times, then " << gross - 11 * part << "\n";
+
+  // Constants are computed by the compiler.
+  constexpr Decimal basicRate = 0.20_dec, higherRate = basicRate * 2;
+  static_assert(higherRate == 0.4_dec && basicRate < higherRate);
+
+  // In a format of the library (DDLogInfo and NSLog take the same), and in one of {fmt}.
+  std::cout << stringWithFormat("%10.2f|%@", gross / 12, gross) << "\n";
+  std::cout << fmt::format("{:>14,.2f}|", 1234567.5_dec) << "\n";
 
   DecimalSum sum;
   for (const Decimal& amount : {12.50_dec, 0.005_dec, -3_dec}) sum += amount;

@@ -2,6 +2,7 @@
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
+#include "NorvikCore/platform/values/NSString_fmt.h"
 
 #include <iostream>
 #include <string>
@@ -29,4 +30,9 @@ int main() {
 
   const std::string forOtherCode = name.utf8();
   std::cout << forOtherCode.size() << "\n";
+
+  // Text in UTF-16 converts; a view of the stored bytes is explicit and costs nothing.
+  const NSString town = u"Leeds";
+  std::cout << std::string_view(town).substr(0, 3) << fmt::format("|{:.>8}|{:<6}|", town, name.substringToIndex(3))
+            << "\n";
 }

@@ -1,11 +1,14 @@
 #include "NorvikCore/logging/DDLogMacros.h"
 
 #include "NorvikCore/platform/values/Date.h"
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSNumber.h"
 #include "tests/support/RecordingLogger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace norvik {
@@ -27,6 +30,17 @@ TEST_F(DDLogMacros, HeaderExample) {
   EXPECT_EQ(described, 0);
   EXPECT_THAT(logger->all(),
               ElementsAre("[added]", "Date time component is non zero : 2001-01-01 00:01:00 +0000", "[flushed]"));
+}
+
+TEST_F(DDLogMacros, ShowAmountsRoundedAsDecimals) {
+  const auto logger = make<RecordingLogger>();
+  DDLog::addLogger(logger);
+  Decimal net = 1234.565_dec;
+  DDLogWarn("net %.2f of %@", net, net);
+  DDLogError("%9.2f|%.1f|%.2f", -12_dec, NSNumber(0.25), std::optional<Decimal>());
+  net = 0;  // the message has its own copy
+  settle();
+  EXPECT_THAT(logger->all(), ElementsAre("[added]", "net 1234.57 of 1234.565", "   -12.00|0.3|(null)", "[flushed]"));
 }
 
 TEST_F(DDLogMacros, TestTheLevelBeforeAnythingIsEvaluated) {

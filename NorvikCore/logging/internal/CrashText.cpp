@@ -118,6 +118,8 @@ void CrashText::appendArgument(const FormatArgument& argument, const FormatDirec
       return appendHexadecimal(reinterpret_cast<std::uintptr_t>(argument.pointer));
     case FormatKind::longFloating:
     case FormatKind::described:
+    case FormatKind::decimal:
+    case FormatKind::number:
     case FormatKind::object:
       break;
   }

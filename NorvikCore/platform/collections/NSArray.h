@@ -4,14 +4,15 @@
 //   pay->count();                                              // 3
 //   for (const Value& each : *pay) NSLog("%@", each);
 //   for (Payslip& slip : payslips->as<Payslip>()) slip.recalculate();   // raises if an element is not a Payslip
+//   payslips->as<Payslip>() | std::views::filter(&Payslip::isPaid);     // as() is a view, also for <algorithm>
 //   pay->sortedArrayUsingComparator([](const Value& a, const Value& b) { return a.compare(b); });
 //
 // Elements are any values except the absent one, which raises NSInvalidArgumentException; Value::null() represents it.
 // An index or range beyond the end raises NSRangeException. The result of an operation is a new array.
 //
 // A range-based for is about as fast as over a std::vector<Value>. If the array is an NSMutableArray and is changed
-// meanwhile, the loop raises NSGenericException at its next step. The loop does not retain the array: hold it by a Ref
-// (`as` does that).
+// meanwhile, the loop raises NSGenericException at its next step; so does any other step of an iterator. A loop and
+// iterators do not retain the array: hold it by a Ref (the view of `as` does that).
 //
 // References to elements stay valid until the array changes or is destroyed. Threads: any number may read; an
 // NSMutableArray is confined to one at a time.
@@ -71,6 +72,8 @@ class NK_EXPORT NSArray : public NSObject {
   }
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size() - first_; }
+  [[nodiscard]] std::size_t size() const noexcept { return count(); }
+  [[nodiscard]] bool empty() const noexcept { return count() == 0; }
   [[nodiscard]] const Value& objectAtIndex(std::size_t index) const {
     if (index >= count()) [[unlikely]]
       raiseIndex("objectAtIndex", index);
@@ -85,11 +88,12 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(count()); }
   /// The elements without the check for changes.
   [[nodiscard]] std::span<const Value> elements() const noexcept { return {elements_.data() + first_, count()}; }
-  /// For a range-based for: the elements as `T&` if T is a class of objects, otherwise as `T` by value. An element of
-  /// another type raises NSInvalidArgumentException when the loop reaches it.
+  /// A view of the elements as `T&` if T is a class of objects, otherwise as `T` by value; with random access and
+  /// size(). An element of another type raises NSInvalidArgumentException when it is reached. The view allocates
+  /// nothing.
   template <class T>
-  [[nodiscard]] detail::ElementsAs<T, NSArray> as() const noexcept {
-    return detail::ElementsAs<T, NSArray>(*this);
+  [[nodiscard]] detail::ElementsAs<detail::ReadElement<T>, NSArray> as() const noexcept {
+    return detail::ElementsAs<detail::ReadElement<T>, NSArray>(*this);
   }
 
   [[nodiscard]] bool containsObject(const Value& object) const { return indexOfObject(object) != NSNotFound; }

@@ -4,6 +4,7 @@
 //   rates->objectForKey("basic").as<Decimal>();       // 0.20
 //   rates->objectForKey("top").isAbsent();            // true
 //   for (const auto& [band, rate] : *rates) NSLog("%@: %@", band, rate);       // basic, then higher
+//   for (auto [band, rate] : rates->as<NSString, Decimal>()) sum += rate;     // raises if a value is no number
 //
 // Keys are any values, usually texts; entries are enumerated in the order in which their keys were first inserted.
 // Looking up a key takes constant time and allocates nothing, even for a literal. A key that is an object must not
@@ -57,6 +58,8 @@ class NK_EXPORT NSDictionary : public NSObject {
   [[nodiscard]] static Ref<NSDictionary> dictionaryWithDictionary(const NSDictionary& other);
 
   [[nodiscard]] std::size_t count() const noexcept { return table_.count(); }
+  [[nodiscard]] std::size_t size() const noexcept { return count(); }
+  [[nodiscard]] bool empty() const noexcept { return count() == 0; }
   /// Absent if there is no such key.
   [[nodiscard]] Value objectForKey(const Value& key) const {
     const Value* found = find(key);
@@ -84,6 +87,12 @@ class NK_EXPORT NSDictionary : public NSObject {
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(table_.entries().size()); }
+  /// A view of the entries as pairs of a key and a value, each as by NSArray::as, with forward iterators:
+  /// `rates->as<NSString, Decimal>() | std::views::values`.
+  template <class Key, class T>
+  [[nodiscard]] detail::ElementsAs<detail::ReadEntry<Key, T>, NSDictionary> as() const noexcept {
+    return detail::ElementsAs<detail::ReadEntry<Key, T>, NSDictionary>(*this);
+  }
   [[nodiscard]] Ref<NSArray> allKeys() const;
   [[nodiscard]] Ref<NSArray> allValues() const;
   [[nodiscard]] Ref<NSArray> allKeysForObject(const Value& object) const;

@@ -48,6 +48,8 @@ class NK_EXPORT NSSet : public NSObject {
   [[nodiscard]] static Ref<NSSet> setWithSet(const NSSet& other);
 
   [[nodiscard]] std::size_t count() const noexcept { return table_.count(); }
+  [[nodiscard]] std::size_t size() const noexcept { return count(); }
+  [[nodiscard]] bool empty() const noexcept { return count() == 0; }
   [[nodiscard]] bool containsObject(const Value& object) const { return table_.find(object) != nullptr; }
   /// The element equal to `object`, or absent.
   [[nodiscard]] Value member(const Value& object) const {
@@ -60,10 +62,10 @@ class NK_EXPORT NSSet : public NSObject {
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(table_.entries().size()); }
-  /// For a range-based for, like NSArray::as.
+  /// A view of the elements like NSArray::as, with forward iterators.
   template <class T>
-  [[nodiscard]] detail::ElementsAs<T, NSSet> as() const noexcept {
-    return detail::ElementsAs<T, NSSet>(*this);
+  [[nodiscard]] detail::ElementsAs<detail::ReadElement<T>, NSSet> as() const noexcept {
+    return detail::ElementsAs<detail::ReadElement<T>, NSSet>(*this);
   }
 
   [[nodiscard]] bool isEqualToSet(const NSSet& other) const { return isEqual(other); }

@@ -2,7 +2,7 @@
 //
 //   auto group = dispatch_group_create();
 //   for (auto& department : departments) dispatch_group_async(group, queue, [&] { department.sumUp(); });
-//   dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
+//   dispatch_group_wait(group, DISPATCH_TIME_FOREVER);          // or at most 5s, dispatch_time(...)
 //
 // A group counts calls of enter that are not yet matched by a leave. It is empty at 0, and can be filled again.
 // Synchronised. In a child made by fork() every group is empty, and a surplus leave has no effect.
@@ -32,6 +32,11 @@ NK_EXPORT void dispatch_group_leave(const dispatch_group_t& group);
 /// Waits until the group is empty. Returns 0, or another value if `timeout` passed first. If no thread can be started,
 /// a wait without a timeout runs the blocks of dispatch_group_async() itself.
 NK_EXPORT std::intptr_t dispatch_group_wait(const dispatch_group_t& group, dispatch_time_t timeout);
+/// Waits at most that long.
+template <detail::ChronoDuration Duration>
+std::intptr_t dispatch_group_wait(const dispatch_group_t& group, const Duration& timeout) {
+  return dispatch_group_wait(group, dispatch_time(DISPATCH_TIME_NOW, timeout));
+}
 
 namespace detail {
 /// Raises for an empty handle. Called before anything is allocated, so that nothing leaks.

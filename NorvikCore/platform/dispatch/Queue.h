@@ -6,6 +6,7 @@
 //   auto queue = dispatch_queue_create("payroll.import", DISPATCH_QUEUE_SERIAL);
 //   dispatch_async(queue, [] { readEmployees(); });
 //   auto count = dispatch_sync(queue, [] { return employeeCount(); });   // waits; returns the result of the block
+//   dispatch_after(500ms, queue, [] { showProgress(); });
 //
 // Threads: synchronised, every function. Blocks may enqueue blocks on any queue.
 // Memory:  handles are counted. A queue with blocks lives until they have run; a block is destroyed right after it has
@@ -217,6 +218,11 @@ template <class F>
 void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, F&& block) {
   detail::requireQueue(queue, "dispatch_after");
   detail::enqueueAfter(when, queue, detail::makeBlock(std::forward<F>(block), detail::ItemLife::lasting));
+}
+/// That long from now.
+template <detail::ChronoDuration Duration, class F>
+void dispatch_after(const Duration& delay, const dispatch_queue_t& queue, F&& block) {
+  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delay), queue, std::forward<F>(block));
 }
 
 }  // namespace norvik

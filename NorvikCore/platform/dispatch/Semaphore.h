@@ -2,6 +2,7 @@
 //
 //   auto permits = dispatch_semaphore_create(1000);
 //   dispatch_semaphore_wait(permits, DISPATCH_TIME_FOREVER);   // takes one; waits while there is none
+//   dispatch_semaphore_wait(permits, 100ms);                   // waits at most that long
 //   dispatch_semaphore_signal(permits);                        // gives one back, from any thread
 //
 // Synchronised. While permits are available both calls cost one atomic operation. A worker that waits counts as
@@ -30,6 +31,11 @@ using dispatch_semaphore_t = detail::Handle<detail::SemaphoreCore>;
 /// Takes a permit. Returns 0, or another value if `timeout` passed first. If no thread can be started, a wait attempts
 /// to start one from time to time; it runs no blocks itself, because it is not known which of them signals.
 NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout);
+/// Waits at most that long.
+template <detail::ChronoDuration Duration>
+std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, const Duration& timeout) {
+  return dispatch_semaphore_wait(semaphore, dispatch_time(DISPATCH_TIME_NOW, timeout));
+}
 
 /// Gives a permit. The result is not 0 if a thread was asleep in a wait for it.
 NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);

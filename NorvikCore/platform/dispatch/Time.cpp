@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
+#include "NorvikCore/platform/values/Date.h"
 
 namespace norvik {
 namespace {
@@ -55,6 +56,17 @@ dispatch_time_t dispatch_walltime(const std::timespec* when, std::int64_t delta)
   }
   const Shifted shifted = shift(start, delta);
   return shifted.tooFar ? DISPATCH_TIME_FOREVER : wallPoint(shifted.nanoseconds);
+}
+
+dispatch_time_t dispatch_walltime(Date when) noexcept {
+  constexpr double tooFar = 1e10;  // 64 bits of nanoseconds end before
+  const double seconds = when.timeIntervalSince1970();
+  if (seconds > tooFar) return DISPATCH_TIME_FOREVER;
+  const double from1970 = seconds > 0 ? seconds : 0;
+  const auto whole = static_cast<std::int64_t>(from1970);
+  const std::timespec point{.tv_sec = whole,
+                            .tv_nsec = static_cast<long>((from1970 - static_cast<double>(whole)) * NSEC_PER_SEC)};
+  return dispatch_walltime(&point, 0);
 }
 
 namespace detail {

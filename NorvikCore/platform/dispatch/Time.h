@@ -6,6 +6,7 @@
 //   dispatch_time_t later = dispatch_time(inTwoSeconds, 500 * NSEC_PER_MSEC);
 //   dispatch_time_t inAMinute = dispatch_time(DISPATCH_TIME_NOW, 1min);             // any duration of std::chrono
 //   dispatch_time_t noonByTheWall = dispatch_walltime(&noon, 0);
+//   dispatch_time_t noonOfPayday = dispatch_walltime(payday + 12h);                 // a Date, or a time of std::chrono
 //
 // The values are plain numbers. Every function is safe on any thread and allocates nothing.
 #pragma once
@@ -17,6 +18,8 @@
 #include <ctime>
 
 namespace norvik {
+
+class Date;
 
 using dispatch_time_t = std::uint64_t;
 
@@ -42,6 +45,14 @@ template <detail::ChronoDuration Duration>
 /// A point of the wall clock: `when` (seconds and nanoseconds since 1970-01-01 UTC; null: the present) moved by `delta`
 /// nanoseconds. A timer with such a start follows the wall clock when that clock is set.
 [[nodiscard]] NK_EXPORT dispatch_time_t dispatch_walltime(const std::timespec* when, std::int64_t delta) noexcept;
+/// A time of std::chrono's system clock. A time before 1970 becomes 1970.
+template <detail::SystemTimePoint Point>
+[[nodiscard]] dispatch_time_t dispatch_walltime(const Point& when) noexcept {
+  const std::timespec start{};
+  return dispatch_walltime(&start, detail::inNanoseconds(when.time_since_epoch()));
+}
+/// A date. A date before 1970, or that is not a number, becomes 1970.
+[[nodiscard]] NK_EXPORT dispatch_time_t dispatch_walltime(Date when) noexcept;
 
 namespace detail {
 

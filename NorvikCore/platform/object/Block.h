@@ -71,8 +71,16 @@ class Block<R(A...)> {
 
   explicit operator bool() const noexcept { return static_cast<bool>(closure_); }
   /// True for the same closure; equal closures that were made separately differ.
-  friend bool operator==(const Block& a, const Block& b) noexcept { return a.closure_ == b.closure_; }
+  template <std::same_as<Block> B>  // a template, so that no other closure converts to a Block for it
+  friend bool operator==(const B& a, const B& b) noexcept {
+    return a.closure_ == b.closure_;
+  }
   friend bool operator==(const Block& a, std::nullptr_t) noexcept { return !a.closure_; }
+  /// An order for keys, like that of Ref.
+  template <std::same_as<Block> B>
+  friend std::strong_ordering operator<=>(const B& a, const B& b) noexcept {
+    return a.closure_ <=> b.closure_;
+  }
   /// Writes the closure's description as an object, "(null)" for the absent one.
   friend std::ostream& operator<<(std::ostream& out, const Block& block) { return out << block.closure_; }
 
@@ -84,6 +92,7 @@ class Block<R(A...)> {
 
  private:
   friend struct ValueConversion<Block>;
+  friend struct std::hash<Block>;
   Ref<detail::ClosureOf<R, A...>> closure_;
 };
 
@@ -98,3 +107,10 @@ struct ValueConversion<Block<R(A...)>> {
 };
 
 }  // namespace norvik
+
+template <class Signature>
+struct std::hash<norvik::Block<Signature>> {
+  std::size_t operator()(const norvik::Block<Signature>& block) const noexcept {
+    return std::hash<const void*>()(block.closure_.get());
+  }
+};

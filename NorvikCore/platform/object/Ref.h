@@ -7,6 +7,9 @@
 // A Ref has the size of a pointer. Copying it changes the count; moving it does not. Counts change atomically, so Refs
 // to one object may live on different threads; one Ref itself is a value like any other. An empty Ref is the absent
 // object.
+//
+// Refs compare by identity, as pointers do, also as keys of std::map, std::set and their unordered forms. Whether two
+// objects are equal is asked by a->isEqual(*b); Values, NSDictionary and NSSet compare objects that way.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -16,6 +19,12 @@
 #include <optional>  // std::hash, by the cheapest header
 #include <type_traits>
 #include <utility>
+
+// The library asks objects for their class, also objects of classes that a program declares.
+#ifndef __cpp_rtti
+#error The objects of NorvikCore need run-time type information: compile without -fno-rtti
+#include <run-time type information>
+#endif
 
 namespace norvik {
 
@@ -109,6 +118,15 @@ class Ref {
  private:
   T* object_ = nullptr;
 };
+
+/// The order of the addresses, for keys; it differs from one run to the next. An empty Ref is the first.
+template <class T, class U>
+requires(std::is_convertible_v<U*, const volatile T*> || std::is_convertible_v<T*, const volatile U*>)
+    [[nodiscard]] std::strong_ordering
+    operator<=>(const Ref<T>& a, const Ref<U>& b) noexcept {
+  using Common = decltype(true ? a.get() : b.get());
+  return std::compare_three_way()(static_cast<Common>(a.get()), static_cast<Common>(b.get()));
+}
 
 /// A Ref to an object that is alive, such as `*this` inside an operation.
 template <class T>

@@ -2,7 +2,7 @@
 // a pointer.
 //
 // Construction from text looks it up in a table of all selectors. Comparing, copying and hashing are those of a
-// pointer.
+// pointer; the order, for keys of a std::map, differs from one run to the next.
 #pragma once
 
 #include "NorvikCore/platform/export.h"
@@ -31,6 +31,7 @@ class NK_EXPORT SEL {
   [[nodiscard]] std::size_t argumentCount() const noexcept;
   explicit operator bool() const noexcept { return name_ != nullptr; }
   friend bool operator==(SEL, SEL) noexcept = default;
+  friend std::strong_ordering operator<=>(SEL a, SEL b) noexcept { return std::compare_three_way()(a.name_, b.name_); }
   /// Writes the name.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, SEL selector);
 

@@ -6,6 +6,9 @@
 //   Value{}.isAbsent();                 // true: no value
 //   Value::null().isNull();             // true: the marker for "no value" in collections
 //
+// A Value is a key of std::unordered_map, NSDictionary and NSSet. Not all Values can be ordered, so it is not a key of
+// std::map: use a type that has an order, such as NSString.
+//
 // A Value stores numbers, decimals, dates and texts directly, without allocation, and objects by a Ref. Copies are
 // independent; distinct Values may be used on distinct threads.
 //
@@ -37,7 +40,9 @@ class Class;
 class NSObject;
 
 namespace detail {
-struct AValueIsNotARange_LoopOverTheCollectionItHolds {};  // shown by the compiler for `for (auto& each : value)`
+// The compiler shows these names for `for (auto& each : value)`, and for `a < b` and std::map<Value, T>.
+struct AValueIsNotARange_LoopOverTheCollectionItHolds {};
+struct NotAllValuesHaveAnOrder_CallCompareOrUseAnUnorderedMap {};
 }
 
 class NK_EXPORT Value {
@@ -67,6 +72,9 @@ class NK_EXPORT Value {
   noexcept : kind_(Kind::Double) { storage_.real = static_cast<double>(real); }
   Value(const norvik::Decimal& decimal) noexcept { emplace(Kind::Decimal, storage_.decimal, decimal); }
   Value(norvik::Date date) noexcept { emplace(Kind::Date, storage_.date, date); }
+  /// A time of std::chrono::system_clock, as a Date.
+  template <detail::SystemTimePoint Point>
+  Value(const Point& point) noexcept : Value(norvik::Date(point)) {}
   Value(NSString string) noexcept { emplace(Kind::String, storage_.string, std::move(string)); }
   Value(const char* text) : Value(NSString(text)) {}
   Value(std::string_view text) : Value(NSString(text)) {}
@@ -156,6 +164,9 @@ class NK_EXPORT Value {
   friend std::ostream& operator<<(std::ostream& out, const V& value) {
     return value.writeTo(out);
   }
+
+  template <std::same_as<Value> V>  // a template, so that nothing converts to a Value for it
+  friend detail::NotAllValuesHaveAnOrder_CallCompareOrUseAnUnorderedMap operator<=>(const V&, const V&) = delete;
 
   friend detail::AValueIsNotARange_LoopOverTheCollectionItHolds begin(const Value&) = delete;
   friend detail::AValueIsNotARange_LoopOverTheCollectionItHolds end(const Value&) = delete;

@@ -63,10 +63,21 @@ class Weak {
 
   /// True if both refer to the same object, alive or destroyed, or both to none.
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.record_ == b.record_; }
+  /// An order for keys, which stays the same when the object is destroyed, and differs from one run to the next.
+  friend std::strong_ordering operator<=>(const Weak& a, const Weak& b) noexcept {
+    return std::compare_three_way()(a.record_, b.record_);
+  }
 
  private:
+  friend struct std::hash<Weak>;
+
   T* object_ = nullptr;
   detail::SideRecord* record_ = nullptr;
 };
 
 }  // namespace norvik
+
+template <class T>
+struct std::hash<norvik::Weak<T>> {
+  std::size_t operator()(const norvik::Weak<T>& weak) const noexcept { return std::hash<const void*>()(weak.record_); }
+};

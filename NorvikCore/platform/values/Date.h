@@ -7,10 +7,12 @@
 //   (*payday + 86400).description();                            // "2021-05-11 00:00:00 +0000"
 //   *payday + std::chrono::hours(8);                              // or any other duration
 //   *payday - Date::dateWithTimeIntervalSince1970(0);           // 1620604800 seconds
+//   Date now = std::chrono::system_clock::now();                  // any time of the system clock is a date
+//   *payday < std::chrono::sys_days{2024y / 4 / 30};              // true
 //
 // A value: eight bytes, copied freely, safe on any thread. The order is total: not-a-number, the instant of a failed
 // computation, equals itself and is earlier than every other date. Calendar fields are in CivilDate.h, compile-time
-// literals in Date_literals.h, std::chrono conversions in Date_chrono.h, {fmt} support in Date_fmt.h.
+// literals in Date_literals.h, conversions to std::chrono in Date_chrono.h, {fmt} support in Date_fmt.h.
 #pragma once  // include time: <string>, <string_view> and <optional> are in its operations
 
 #include "NorvikCore/platform/export.h"
@@ -40,6 +42,10 @@ class Date {
 
   /// The reference date, 2001-01-01 00:00:00 UTC.
   constexpr Date() noexcept = default;
+  /// A time of std::chrono::system_clock, of any precision; std::chrono::sys_days gives 00:00:00 UTC.
+  template <detail::SystemTimePoint Point>
+  constexpr Date(const Point& point) noexcept  // NOLINT(google-explicit-constructor): both are instants
+      : seconds_(detail::inSecondsWithOffset(point.time_since_epoch(), -kernel::referenceDateInUnixSeconds)) {}
 
   [[nodiscard]] static constexpr Date fromReferenceSeconds(NSTimeInterval seconds) noexcept { return Date(seconds); }
   [[nodiscard]] static constexpr Date dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept {
@@ -47,6 +53,10 @@ class Date {
   }
   [[nodiscard]] static constexpr Date dateWithTimeIntervalSince1970(NSTimeInterval seconds) noexcept {
     return Date(seconds - NSTimeIntervalSince1970);
+  }
+  template <detail::ChronoDuration Duration>
+  [[nodiscard]] static constexpr Date dateWithTimeIntervalSince1970(const Duration& duration) noexcept {
+    return Date(detail::inSecondsWithOffset(duration, -kernel::referenceDateInUnixSeconds));
   }
 
   /// The current date: from the source that setCurrentDateSource() set, which may return nothing, else the system's
@@ -76,6 +86,10 @@ class Date {
   }
   [[nodiscard]] constexpr Date dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept {
     return Date(seconds_ + seconds);
+  }
+  template <detail::ChronoDuration Duration>
+  [[nodiscard]] constexpr Date dateByAddingTimeInterval(const Duration& duration) const noexcept {
+    return Date(seconds_ + detail::inSeconds(duration));
   }
 
   [[nodiscard]] constexpr NSComparisonResult compare(Date other) const noexcept {

@@ -1,8 +1,10 @@
-// NorvikCore/platform/values/Date_chrono.h - conversion of dates from and to std::chrono.
+// NorvikCore/platform/values/Date_chrono.h - conversion of dates to std::chrono, and from it by name.
 //
-//   Date now = dateFromTimePoint(std::chrono::system_clock::now());
+//   Date now = std::chrono::system_clock::now();                   // converts without this header
 //   std::chrono::year_month_day day{sysDays(now)};
-//   Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
+//   Date payday = dateFromSysDays(std::chrono::May / 10 / 2021);    // 2021-05-10 00:00:00 UTC
+//   timePoint(payday) + 8h;                                         // a time of the system clock
+//   std::chrono::duration<double>(now - payday) > 36h;              // the difference of two dates is in seconds
 //
 // A time point of the system clock holds nanoseconds from 1677 to 2262: a date outside becomes the nearest one that it
 // can hold, and a date that is not a number becomes the reference date. Doubles of this century are about 100 ns apart.
@@ -17,18 +19,12 @@
 namespace norvik {
 
 namespace detail {
-inline constexpr std::chrono::sys_seconds referenceTimePoint{std::chrono::seconds{kernel::referenceDateInUnixSeconds}};
 inline constexpr std::chrono::sys_days referenceSysDays{std::chrono::days{11'323}};
 }  // namespace detail
 
 template <class Duration>
 [[nodiscard]] constexpr Date dateFromTimePoint(std::chrono::sys_time<Duration> point) noexcept {
-  // Rounded towards zero, because the second below the least time point does not fit the clock's nanoseconds.
-  const auto since1970 = point.time_since_epoch();
-  const auto whole = std::chrono::duration_cast<std::chrono::seconds>(since1970);
-  const std::chrono::duration<double> fraction = since1970 - whole;
-  return Date::fromReferenceSeconds(
-      static_cast<double>((whole - detail::referenceTimePoint.time_since_epoch()).count()) + fraction.count());
+  return point;
 }
 
 [[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint(Date date) noexcept {

@@ -17,7 +17,8 @@
 // NSDecimalNumberUnderflowException if it is below 1E-128 and not zero; and NSDecimalNumberDivideByZeroException. If an
 // operand is not-a-number, so is the result, and nothing raises.
 //
-// Literals, comparisons, abs() and the sign work in constant expressions: static_assert(rate < 1).
+// Literals, comparisons, abs(), + - * and the sign work in constant expressions: static_assert(rate * 2 < 1). A
+// constant sum, difference or product must be exact; otherwise it does not compile.
 //
 // Values of 24 bytes: no allocation, constant time, safe on any thread.
 #pragma once  // include time: <string>, <string_view> and <optional> are in its operations
@@ -44,6 +45,9 @@ namespace detail {
 __extension__ typedef unsigned __int128 UInt128;
 __extension__ typedef __int128 Int128;
 struct DecimalAccess;
+
+/// Not constexpr, so a constant that calls it does not compile and the error names this function.
+inline void thisConstantNeedsMoreThan38DigitsOrAnExponentOutOfRange() noexcept {}
 }  // namespace detail
 
 class NK_EXPORT Decimal {
@@ -150,22 +154,22 @@ class NK_EXPORT Decimal {
   /// Depends only on the numeric value; NumberHash.h gives equal integers and doubles the same hash.
   [[nodiscard]] std::size_t hash() const noexcept;
 
-  [[nodiscard]] friend Decimal operator+(const Decimal& a, const Decimal& b) {
+  [[nodiscard]] friend constexpr Decimal operator+(const Decimal& a, const Decimal& b) {
     if (!alike(a, b)) [[unlikely]]
-      return addWide(a, b);
+      return std::is_constant_evaluated() ? addConstants(a, b) : addWide(a, b);
     const std::int64_t sum = a.smallValue() + b.smallValue(), sign = sum >> 63;
     return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign),
                    static_cast<std::uint32_t>(a.signAndExponent_) | (static_cast<std::uint64_t>(sum) & signBit));
   }
-  [[nodiscard]] friend Decimal operator-(const Decimal& a, const Decimal& b) { return a + (-b); }
-  [[nodiscard]] friend Decimal operator*(const Decimal& a, const Decimal& b) {
+  [[nodiscard]] friend constexpr Decimal operator-(const Decimal& a, const Decimal& b) { return a + (-b); }
+  [[nodiscard]] friend constexpr Decimal operator*(const Decimal& a, const Decimal& b) {
     const auto mantissa = static_cast<detail::UInt128>(a.low_) * b.low_;
     const auto high = static_cast<std::uint64_t>(mantissa >> 64), low = static_cast<std::uint64_t>(mantissa);
     const int exponent = a.exponent() + b.exponent();
     const std::uint64_t sign = (a.signAndExponent_ ^ b.signAndExponent_) & signBit;
     if ((a.high_ | b.high_) != 0 || high >= powerOf38High || static_cast<unsigned>(exponent - minimumExponent) > 255u)
         [[unlikely]]
-      return multiplyWide(a, b);
+      return std::is_constant_evaluated() ? multiplyConstants(a, b) : multiplyWide(a, b);
     return Decimal(high, low, static_cast<std::uint32_t>(exponent) | ((high | low) != 0 ? sign : 0));
   }
   [[nodiscard]] friend Decimal operator/(const Decimal& a, const Decimal& b) { return divide(a, b); }
@@ -173,9 +177,9 @@ class NK_EXPORT Decimal {
     return Decimal(high_, low_, signAndExponent_ ^ (boolValue() ? signBit : 0));
   }
   [[nodiscard]] constexpr Decimal operator+() const noexcept { return *this; }
-  Decimal& operator+=(const Decimal& other) { return *this = *this + other; }
-  Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
-  Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
+  constexpr Decimal& operator+=(const Decimal& other) { return *this = *this + other; }
+  constexpr Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
+  constexpr Decimal& operator*=(const Decimal& other) { return *this = *this * other; }
   Decimal& operator/=(const Decimal& other) { return *this = *this / other; }
   /// The exact remainder of `a` after subtracting whole multiples of `b`: less than `b` in magnitude, with the
   /// sign of `a`, as for integers (-7 % 3 is -1). The exponent is the smaller one of the operands. Raises
@@ -220,6 +224,8 @@ class NK_EXPORT Decimal {
   static constexpr std::uint64_t signBit = std::uint64_t{1} << 63;
   static constexpr std::uint64_t notANumberMark = ~std::uint64_t{0};  // no mantissa is that large
   static constexpr std::uint64_t powerOf38High = 5421010862427522170u, powerOf38Low = 687399551400673280u;  // 10^38
+  static constexpr detail::UInt128 greatestMantissa =
+      (static_cast<detail::UInt128>(powerOf38High) << 64 | powerOf38Low) - 1;
 
   constexpr Decimal(std::uint64_t high, std::uint64_t low, int exponent, bool negative) noexcept
       : Decimal(high, low, static_cast<std::uint32_t>(exponent) | (negative ? signBit : 0)) {}
@@ -247,6 +253,12 @@ class NK_EXPORT Decimal {
     return std::is_constant_evaluated() ? compareConstants(a, b) : compareWide(a, b);
   }
   static constexpr std::weak_ordering compareConstants(const Decimal& a, const Decimal& b) noexcept;
+  static constexpr Decimal addConstants(const Decimal& a, const Decimal& b) noexcept;
+  static constexpr Decimal multiplyConstants(const Decimal& a, const Decimal& b) noexcept;
+  static constexpr Decimal exactConstant(detail::UInt128 mantissa, int exponent, bool negative) noexcept;
+  [[nodiscard]] constexpr detail::UInt128 mantissa() const noexcept {
+    return static_cast<detail::UInt128>(high_) << 64 | low_;
+  }
 
   std::uint64_t low_ = 0, high_ = 0;
   std::uint64_t signAndExponent_ = 0;  // the top bit and the lower half, so that both are one word to load and compare
@@ -259,14 +271,41 @@ constexpr std::weak_ordering Decimal::compareConstants(const Decimal& a, const D
   const int signA = a.isZero() ? 0 : a.isNegative() ? -1 : 1, signB = b.isZero() ? 0 : b.isNegative() ? -1 : 1;
   if (signA != signB || signA == 0) return signA <=> signB;
   if (a.exponent() < b.exponent()) return 0 <=> compareConstants(b, a);
-  using Whole = detail::UInt128;
-  Whole x = Whole{a.high_} << 64 | a.low_;
-  const Whole y = Whole{b.high_} << 64 | b.low_, greatest = (Whole{powerOf38High} << 64 | powerOf38Low) - 1;
+  detail::UInt128 x = a.mantissa();
+  const detail::UInt128 y = b.mantissa();
   for (int shift = a.exponent() - b.exponent(); shift > 0; --shift) {
-    if (x > greatest / 10) return signA <=> 0;  // greater than every mantissa
+    if (x > greatestMantissa / 10) return signA <=> 0;  // greater than every mantissa
     x *= 10;
   }
   return signA > 0 ? x <=> y : y <=> x;
+}
+
+constexpr Decimal Decimal::addConstants(const Decimal& a, const Decimal& b) noexcept {
+  if (a.isNaN() || b.isNaN()) return notANumber();
+  if (a.exponent() < b.exponent()) return addConstants(b, a);
+  detail::UInt128 x = a.mantissa();
+  const detail::UInt128 y = b.mantissa();
+  for (int shift = a.exponent() - b.exponent(); shift > 0; --shift) {
+    if (x > greatestMantissa / 10) detail::thisConstantNeedsMoreThan38DigitsOrAnExponentOutOfRange();
+    x *= 10;
+  }
+  const bool isSum = a.isNegative() == b.isNegative();
+  const detail::UInt128 mantissa = isSum ? x + y : x > y ? x - y : y - x;
+  return exactConstant(mantissa, b.exponent(), isSum || x > y ? a.isNegative() : b.isNegative());
+}
+
+constexpr Decimal Decimal::multiplyConstants(const Decimal& a, const Decimal& b) noexcept {
+  if (a.isNaN() || b.isNaN()) return notANumber();
+  const detail::UInt128 x = a.mantissa(), y = b.mantissa();
+  if (x != 0 && y > greatestMantissa / x) detail::thisConstantNeedsMoreThan38DigitsOrAnExponentOutOfRange();
+  return exactConstant(x * y, a.exponent() + b.exponent(), a.isNegative() != b.isNegative());
+}
+
+constexpr Decimal Decimal::exactConstant(detail::UInt128 mantissa, int exponent, bool negative) noexcept {
+  if (mantissa > greatestMantissa || exponent < minimumExponent || exponent > maximumExponent)
+    detail::thisConstantNeedsMoreThan38DigitsOrAnExponentOutOfRange();
+  return Decimal(static_cast<std::uint64_t>(mantissa >> 64), static_cast<std::uint64_t>(mantissa), exponent,
+                 negative && mantissa != 0);
 }
 
 namespace detail {
@@ -278,7 +317,7 @@ struct DecimalAccess {
                    negative);
   }
   static constexpr std::uint64_t lowMantissa(const Decimal& d) noexcept { return d.low_; }
-  static constexpr UInt128 mantissa(const Decimal& d) noexcept { return static_cast<UInt128>(d.high_) << 64 | d.low_; }
+  static constexpr UInt128 mantissa(const Decimal& d) noexcept { return d.mantissa(); }
 };
 
 }  // namespace detail

@@ -71,30 +71,50 @@ struct fmt::formatter<norvik::Decimal> {
 
   template <class Context>
   auto format(const norvik::Decimal& value, Context& context) const {
-    char text[norvik::longestDecimalText + 2 + mostPlaces];
+    char text[longestText];
     char* const last = text + sizeof text;
     const auto end =
         precision_ < 0 ? norvik::to_chars(text, last, value).ptr : norvik::to_chars(text, last, value, precision_).ptr;
-    std::string_view digits(text, static_cast<std::size_t>(end - text));
-    char sign = value.isNaN() || sign_ == '-' ? '\0' : sign_;
+    const std::string_view digits(text, static_cast<std::size_t>(end - text));
+    return value.isNaN() ? writeWord(digits, context) : writeDigits(digits, context);
+  }
+
+ protected:
+  [[nodiscard]] bool showsAllDigits() const noexcept { return precision_ < 0 && !isGrouped_; }
+
+  /// At most `longestText` characters.
+  template <class Context>
+  auto writeDigits(std::string_view digits, Context& context) const {
+    char sign = sign_ == '-' ? '\0' : sign_;
     if (digits.front() == '-') {
       sign = '-';
       digits.remove_prefix(1);
     }
-    char grouped[sizeof text / 3 * 4 + 1];
+    char grouped[longestText / 3 * 4 + 1];
     if (isGrouped_) digits = withThousands(digits, grouped);
-    const std::size_t length = digits.size() + (sign != '\0' ? 1 : 0);
+    return writePadded(sign, digits, zeros_, context);
+  }
+  /// Not-a-number and infinity: without sign, leading zeros and thousands.
+  template <class Context>
+  auto writeWord(std::string_view word, Context& context) const {
+    return writePadded('\0', word, false, context);
+  }
+
+ private:
+  static constexpr std::size_t longestText = norvik::longestDecimalText + 2 + mostPlaces;
+
+  template <class Context>
+  auto writePadded(char sign, std::string_view text, bool zeros, Context& context) const {
+    const std::size_t length = text.size() + (sign != '\0' ? 1 : 0);
     const std::size_t padding = width_ > length ? width_ - length : 0;
-    const bool zeros = zeros_ && !value.isNaN();
     const std::size_t before = zeros || align_ == '<' ? 0 : align_ == '^' ? padding / 2 : padding;
     auto out = std::fill_n(context.out(), before, fill_);
     if (sign != '\0') *out++ = sign;
     if (zeros) out = std::fill_n(out, padding, '0');
-    out = std::copy(digits.begin(), digits.end(), out);
+    out = std::copy(text.begin(), text.end(), out);
     return zeros ? out : std::fill_n(out, padding - before, fill_);
   }
 
- private:
   static std::string_view withThousands(std::string_view digits, char* text) noexcept {
     const std::size_t whole = std::min(digits.find('.'), digits.size());
     char* out = text;

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/values/Format.h"
 
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSNumber.h"
 #include "NorvikCore/platform/values/internal/FormatBuffer.h"
 #include "NorvikCore/platform/values/internal/FormatCopy.h"
 #include "NorvikCore/platform/values/internal/FormatNumber.h"
@@ -108,7 +110,7 @@ void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatF
 }
 
 void appendObject(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind() != FormatKind::described && argument.kind() != FormatKind::object) {
+  if (argument.kind() < FormatKind::described || argument.kind() > FormatKind::object) {
     return appendText(out, argument, field, false);
   }
   const NSString description = argument.describe(argument.pointer);
@@ -129,8 +131,30 @@ void appendCharacter(FormatBuffer& out, const FormatArgument& argument, const Fo
   appendPadded(out, NSString::fromCodePoint(static_cast<char32_t>(point)), field);
 }
 
+void appendFloatingKind(FormatBuffer& out, char conversion, const FormatArgument& argument, const FormatField& field) {
+  switch (argument.kind()) {
+    case FormatKind::longFloating:
+      return appendFloating(out, conversion, *static_cast<const long double*>(argument.pointer), field);
+    case FormatKind::decimal:
+      return appendDecimalNumber(out, *static_cast<const Decimal*>(argument.pointer), field);
+    case FormatKind::number: {
+      const NSNumber& number = *static_cast<const NSNumber*>(argument.pointer);
+      const Decimal decimal = number.decimalValue();
+      if (decimal.isNaN() && number.kind() == NSNumber::Kind::Double)  // infinite, or beyond the range of a Decimal
+        return appendFloating(out, conversion, number.doubleValue(), field);
+      return appendDecimalNumber(out, decimal, field);
+    }
+    default:
+      return appendFloating(out, conversion, argument.floating, field);
+  }
+}
+
 void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind() == FormatKind::absent && conversion != 'p') return appendText(out, argument, field, false);
+  if (argument.kind() == FormatKind::absent && conversion != 'p') {
+    FormatField whole = field;
+    if (conversion != '@' && conversion != 's' && conversion != 'S') whole.precision = -1;  // it counts digits
+    return appendText(out, argument, whole, false);
+  }
   switch (conversion) {
     case '@':
       return appendObject(out, argument, field);
@@ -150,10 +174,7 @@ void appendArgument(FormatBuffer& out, char conversion, const FormatArgument& ar
     case 'G':
     case 'a':
     case 'A':
-      if (argument.kind() == FormatKind::longFloating) {
-        return appendFloating(out, conversion, *static_cast<const long double*>(argument.pointer), field);
-      }
-      return appendFloating(out, conversion, argument.floating, field);
+      return appendFloatingKind(out, conversion, argument, field);
     default: {
       const bool isNegative = argument.integer < 0 && (argument.kind() == FormatKind::signedInteger ||
                                                        argument.kind() == FormatKind::character);

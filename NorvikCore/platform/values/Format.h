@@ -1,12 +1,14 @@
 // NorvikCore/platform/values/Format.h - the platform's format language, checked against its arguments.
 //
 //   stringWithFormat("%d of %@ at %.2f", 3, name, 1.5);         // a literal is checked by the compiler
+//   stringWithFormat("%8.2f", 1234.565_dec);                    // " 1234.57": a Decimal is rounded as a decimal
 //   stringWithFormat(runtimeFormat(pattern), 3, name);          // a format known only at run time is marked
 //   stringWithFormat("%2$@ %1$@", "world", "hello");            // positions count from 1
 //
 // FormatDirective.h lists the directives and the arguments that each accepts. An argument keeps its type, so lengths
 // ("%ld", "%hhu") are accepted and have no effect; %d, %i and %u all show the number of the argument, and %x and %o
-// show a negative number as the two's complement of its own width. An absent value shows as "(null)". Field widths
+// show a negative number as the two's complement of its own width. %f shows a Decimal exactly, rounded to the precision
+// (6 without one), a half away from zero; %@ shows all of its digits. An absent value shows as "(null)". Field widths
 // count UTF-16 units, the precision of %s counts bytes; neither cuts a character in two.
 //
 // In a run-time format a directive without a suitable argument shows as "(bad argument)", a percent sign that does not
@@ -132,6 +134,10 @@ consteval FormatKind formatKind() {
     } else {
       return FormatKind::pointer;
     }
+  } else if constexpr (std::is_same_v<T, Decimal>) {
+    return FormatKind::decimal;
+  } else if constexpr (std::is_same_v<T, NSNumber>) {
+    return FormatKind::number;
   } else if constexpr (Describable<T>) {
     return FormatKind::described;
   } else {
@@ -177,7 +183,7 @@ FormatArgument formatArgument(const T& value) {
           argument.length = length;
         }
       }
-    } else if constexpr (kind == FormatKind::described) {
+    } else if constexpr (kind >= FormatKind::described && kind <= FormatKind::number) {
       argument.pointer = &value;
       argument.describe = &describeFormatted<T>;
       if constexpr (isPlainValue<T>) {

@@ -9,7 +9,8 @@
 //   d i u D U, x X o O       integers, booleans, characters, enumerations
 //   c C                      a character, or an integer that is a code point
 //   s S                      text
-//   f F e E g G a A          floating numbers
+//   f F                      floating numbers, Decimal and NSNumber
+//   e E g G a A              floating numbers
 //   p                        pointers and objects
 //   %                        nothing: a percent sign
 //
@@ -39,6 +40,8 @@ enum class FormatKind : std::uint8_t {
   cText,         // a NUL-terminated string; an array of char is bounded by its size
   string,        // NSString
   described,     // a value or object with a description
+  decimal,       // Decimal
+  number,        // NSNumber
   object,        // a counted object: a description and an address
   pointer,       // any other pointer
 };
@@ -135,7 +138,7 @@ constexpr bool formatAccepts(char conversion, FormatKind kind) noexcept {
   using enum FormatKind;
   switch (conversion) {
     case '@':
-      return kind == absent || kind == text || kind == cText || kind == string || kind == described || kind == object;
+      return kind == absent || (kind >= text && kind <= object);
     case 's':
     case 'S':
       return kind == absent || kind == text || kind == cText || kind == string;
@@ -146,6 +149,7 @@ constexpr bool formatAccepts(char conversion, FormatKind kind) noexcept {
       return kind == absent || kind == pointer || kind == object || kind == cText;
     case 'f':
     case 'F':
+      return kind == floating || kind == longFloating || kind == decimal || kind == number;
     case 'e':
     case 'E':
     case 'g':

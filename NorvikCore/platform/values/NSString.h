@@ -5,6 +5,8 @@
 //   name.substringFromIndex(4);                      // "Smith"
 //   name.rangeOfString("smith", NSCaseInsensitiveSearch);   // {4, 5}
 //   "Payslip of " + name;                            // "Payslip of Zoë Smith"
+//   std::string(name), std::string_view(name);       // both explicit: a copy, and a view of the stored bytes
+//   for (char32_t each : name.codePoints()) ...      // or name.units(), the UTF-16 units
 //
 // A text is any sequence of UTF-16 units. A lone surrogate half is kept, and two halves that become adjacent form one
 // character again. So if a text is cut anywhere and the pieces are joined, the result equals the text.
@@ -81,6 +83,12 @@ template <class T>
 concept PlainText = std::is_convertible_v<const T&, std::string_view> && !std::is_same_v<T, NSString> &&
                     !std::is_same_v<T, std::nullptr_t>;
 
+/// Text in UTF-16, or in UTF-8 as char8_t.
+template <class T>
+concept UnicodeText = (std::is_convertible_v<const T&, std::u16string_view> ||
+                       std::is_convertible_v<const T&, std::u8string_view>)&&!PlainText<T> &&
+                      !std::is_same_v<T, NSString> && !std::is_same_v<T, std::nullptr_t>;
+
 }  // namespace detail
 
 class NK_EXPORT NSString {
@@ -93,6 +101,10 @@ class NK_EXPORT NSString {
   /// Bytes that are not UTF-8 become lone halves, as described above.
   constexpr NSString(std::string_view text);                               // NOLINT(google-explicit-constructor): text
   NSString(const std::string& text) : NSString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor): text
+
+  /// A u"" or u8"" literal, std::u16string, std::u8string and their views.
+  template <detail::UnicodeText Text>
+  NSString(const Text& text) : NSString(fromUnicode(text)) {}  // NOLINT(google-explicit-constructor): text
 
   constexpr NSString(const NSString& other) noexcept : data_(other.data_), bits_(other.bits_) { retain(); }
   constexpr NSString(NSString&& other) noexcept
@@ -124,7 +136,7 @@ class NK_EXPORT NSString {
 
   /// The stored bytes: UTF-8, and three bytes for each lone half. Valid while this object or a copy of it lives.
   [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, byteCount()}; }
-  /// view(), which costs nothing. Explicit, because the view is valid only while the text lives.
+  /// view(), without a copy. Explicit, because the view is valid only while the text lives.
   explicit constexpr operator std::string_view() const noexcept { return view(); }
   [[nodiscard]] std::string str() const { return std::string(view()); }
   explicit operator std::string() const { return str(); }
@@ -200,11 +212,11 @@ class NK_EXPORT NSString {
   /// "/tmp/pay" and "csv" give "/tmp/pay.csv"; trailing slashes are removed first. An empty path or "/" is unchanged.
   [[nodiscard]] NSString stringByAppendingPathExtension(const NSString& extension) const;
 
-  /// The characters in order, as a forward range of char32_t; a lone half appears as its number. The range retains the
-  /// text.
+  /// The characters in order, as a bidirectional range and view of char32_t; a lone half appears as its number. The
+  /// range retains the text.
   class CodePoints;
   [[nodiscard]] CodePoints codePoints() const noexcept;
-  /// The UTF-16 units in order, as a forward range of char16_t, which retains the text.
+  /// The UTF-16 units in order, as a bidirectional range and view of char16_t, which retains the text.
   class Units;
   [[nodiscard]] Units units() const noexcept;
 
@@ -261,6 +273,15 @@ class NK_EXPORT NSString {
     if ((bits_ & countedBit) != 0) releaseStorage();
   }
   void releaseStorage() noexcept;
+  template <class Text>
+  static NSString fromUnicode(const Text& text) {
+    if constexpr (std::is_convertible_v<const Text&, std::u16string_view>) {
+      return fromUtf16(text);
+    } else {
+      const std::u8string_view bytes = text;
+      return fromBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    }
+  }
   constexpr void borrowConstant(std::string_view text);
 
   /// A counted text of these bytes, which are UTF-8 except for lone halves, no two of which form a pair.
@@ -302,6 +323,16 @@ class NSString::CodePoints {
       ++*this;
       return before;
     }
+    constexpr iterator& operator--() noexcept {
+      do --at_;
+      while (utf8::isContinuation(*at_));
+      return *this;
+    }
+    constexpr iterator operator--(int) noexcept {
+      iterator before = *this;
+      --*this;
+      return before;
+    }
     friend constexpr bool operator==(iterator, iterator) noexcept = default;
 
    private:
@@ -340,6 +371,21 @@ class NSString::Units {
     constexpr iterator operator++(int) noexcept {
       iterator before = *this;
       ++*this;
+      return before;
+    }
+    constexpr iterator& operator--() noexcept {
+      if (isAtLowHalf_) {
+        isAtLowHalf_ = false;
+      } else {
+        do --at_;
+        while (utf8::isContinuation(*at_));
+        isAtLowHalf_ = utf8::decode(at_).point >= 0x10000;
+      }
+      return *this;
+    }
+    constexpr iterator operator--(int) noexcept {
+      iterator before = *this;
+      --*this;
       return before;
     }
     friend constexpr bool operator==(iterator, iterator) noexcept = default;
@@ -397,6 +443,12 @@ inline namespace literals {
 }  // namespace literals
 
 }  // namespace norvik
+
+// Copies in constant time, so these ranges are views; <string_view> declares the template.
+template <>
+inline constexpr bool std::ranges::enable_view<norvik::NSString::CodePoints> = true;
+template <>
+inline constexpr bool std::ranges::enable_view<norvik::NSString::Units> = true;
 
 template <>
 struct std::hash<norvik::NSString> {

@@ -1,11 +1,12 @@
-// NorvikCore/platform/values/TimeInterval.h - lengths of time as arguments: a number of seconds, or any duration of
-// std::chrono.
+// NorvikCore/platform/values/TimeInterval.h - times as arguments: an interval is a number of seconds or any duration of
+// std::chrono, an instant is a Date or any time of std::chrono's system clock.
 //
 //   logger->setRollingFrequency(24h);
 //   Date reminder = payday - std::chrono::days{3};
-//   dispatch_time(DISPATCH_TIME_NOW, 500ms);
+//   dispatch_after(500ms, queue, [] { NSLog("later"); });
+//   nk_startOfDay(std::chrono::system_clock::now());
 //
-// This header does not include <chrono>: any type with the members of a duration is accepted.
+// This header does not include <chrono>: any type with the members of a duration or of such a time is accepted.
 #pragma once
 
 #include "NorvikCore/platform/values/NSInteger.h"
@@ -23,6 +24,13 @@ concept ChronoDuration = requires(const T& duration) {
   T::period::den;
 };
 
+/// A time of std::chrono::system_clock, of any precision: the only clock that converts to std::time_t.
+template <class T>
+concept SystemTimePoint = requires(const T& point) {
+  &T::clock::to_time_t;
+  requires ChronoDuration<decltype(point.time_since_epoch())>;
+};
+
 /// A length of time. Character and boolean types are excluded.
 template <class T>
 concept TimeInterval = std::floating_point<T> || WholeNumber<T> || ChronoDuration<T>;
@@ -34,6 +42,19 @@ template <TimeInterval T>
            static_cast<double>(T::period::den);
   } else {
     return static_cast<double>(time);
+  }
+}
+
+/// inSeconds() of `time` + `offset`, which is added before a fraction of a second is rounded to a double.
+template <ChronoDuration T>
+[[nodiscard]] constexpr double inSecondsWithOffset(const T& time, std::int64_t offset) noexcept {
+  if constexpr (std::integral<typename T::rep>) {
+    __extension__ using Wide = __int128;
+    const Wide parts = Wide{time.count()} * T::period::num;
+    return static_cast<double>(parts / T::period::den + offset) +
+           static_cast<double>(parts % T::period::den) / static_cast<double>(T::period::den);
+  } else {
+    return inSeconds(time) + static_cast<double>(offset);
   }
 }
 

@@ -26,6 +26,9 @@ TEST(NSDictionary, HeaderExample) {
   NSString listed;
   for (const auto& [band, rate] : *rates) listed = listed + band.description() + "=" + rate.description() + ";";
   EXPECT_EQ(listed, "basic=0.20;higher=0.40;");
+  Decimal sum;
+  for (auto [band, rate] : rates->as<NSString, Decimal>()) sum += rate;
+  EXPECT_EQ(sum, 0.60_dec);
 }
 
 TEST(NSDictionary, FindsByLiteralTextAndEqualNumber) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -44,6 +45,15 @@ TEST_F(Group, AWaitGivesUpAtItsTime) {
   EXPECT_NE(dispatch_group_wait(group, dispatch_walltime(nullptr, NSEC_PER_MSEC)), 0);
   dispatch_group_leave(group);
   EXPECT_EQ(dispatch_group_wait(group, DISPATCH_TIME_NOW), 0);
+}
+
+TEST_F(Group, AWaitMayBeLimitedByADuration) {
+  auto group = dispatch_group_create();
+  EXPECT_EQ(dispatch_group_wait(group, std::chrono::hours::max()), 0);
+  dispatch_group_enter(group);
+  EXPECT_NE(dispatch_group_wait(group, std::chrono::milliseconds(1)), 0);
+  dispatch_group_leave(group);
+  EXPECT_EQ(dispatch_group_wait(group, std::chrono::milliseconds(1)), 0);
 }
 
 TEST_F(Group, EverybodyWhoWaitsIsReleased) {

@@ -260,6 +260,18 @@ TEST_F(Queue, DispatchAfterRunsTheBlockAtItsTimeAndNotBefore) {
   EXPECT_EQ(dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER), 0);
 }
 
+TEST_F(Queue, ALaterBlockRunsAfterADuration) {
+  auto queue = dispatch_queue_create("later");
+  auto done = dispatch_semaphore_create(0);
+  const auto start = std::chrono::steady_clock::now();
+  dispatch_after(std::chrono::milliseconds(20), queue, [&] { dispatch_semaphore_signal(done); });
+  EXPECT_EQ(dispatch_semaphore_wait(done, std::chrono::minutes(5)), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
+  dispatch_after(std::chrono::seconds(-1), queue, [&] { dispatch_semaphore_signal(done); });
+  EXPECT_EQ(dispatch_semaphore_wait(done, std::chrono::minutes(5)), 0);
+  EXPECT_THROW(dispatch_after(std::chrono::seconds(1), nullptr, [] {}), NSException);
+}
+
 TEST_F(Queue, AnEmptyHandleRaises) {
   EXPECT_THROW(dispatch_async(nullptr, [] {}), NSException);
   EXPECT_THROW(dispatch_async_relaxed(nullptr, [] {}), NSException);

@@ -18,6 +18,7 @@ class Semaphore : public test::WatchedTest {};
 TEST_F(Semaphore, HeaderExample) {
   auto permits = dispatch_semaphore_create(1000);
   EXPECT_EQ(dispatch_semaphore_wait(permits, DISPATCH_TIME_FOREVER), 0);
+  EXPECT_EQ(dispatch_semaphore_wait(permits, std::chrono::milliseconds(100)), 0);
   EXPECT_EQ(dispatch_semaphore_signal(permits), 0) << "nobody was asleep";
 }
 
@@ -37,6 +38,14 @@ TEST_F(Semaphore, AWaitGivesUpAtItsTimeAndTakesNothing) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(5));
   dispatch_semaphore_signal(permits);
   EXPECT_EQ(dispatch_semaphore_wait(permits, DISPATCH_TIME_NOW), 0);
+}
+
+TEST_F(Semaphore, AWaitMayBeLimitedByADuration) {
+  auto none = dispatch_semaphore_create(0);
+  EXPECT_NE(dispatch_semaphore_wait(none, std::chrono::milliseconds(1)), 0);
+  EXPECT_NE(dispatch_semaphore_wait(none, std::chrono::seconds(-1)), 0);
+  dispatch_semaphore_signal(none);
+  EXPECT_EQ(dispatch_semaphore_wait(none, std::chrono::hours::max()), 0);
 }
 
 TEST_F(Semaphore, NoMoreThreadsThanPermitsAreInside) {

@@ -1,8 +1,11 @@
 #include "NorvikCore/platform/dispatch/Time.h"
 
+#include "NorvikCore/platform/values/Date.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <limits>
 
 namespace norvik {
 namespace {
@@ -23,6 +26,25 @@ TEST(Time, HeaderExample) {
   const std::timespec noon{1'700'000'000, 0};
   dispatch_time_t noonByTheWall = dispatch_walltime(&noon, 0);
   EXPECT_NE(noonByTheWall, DISPATCH_TIME_FOREVER);
+  const Date payday = std::chrono::sys_days{std::chrono::May / 10 / 2021};
+  dispatch_time_t noonOfPayday = dispatch_walltime(payday + 12h);
+  const std::timespec noonOfThatDay{1'620'648'000, 0};
+  EXPECT_EQ(noonOfPayday, dispatch_walltime(&noonOfThatDay, 0));
+}
+
+TEST(Time, AWallPointIsGivenAsADateOrATimeOfTheSystemClock) {
+  const std::timespec quarter{1'620'648'000, 250'000'000};
+  const std::chrono::sys_time<std::chrono::milliseconds> point{1'620'648'000'250ms};
+  EXPECT_EQ(dispatch_walltime(point), dispatch_walltime(&quarter, 0));
+  EXPECT_EQ(dispatch_walltime(Date(point)), dispatch_walltime(&quarter, 0));
+  const std::timespec start{};
+  const dispatch_time_t start1970 = dispatch_walltime(&start, 0);
+  EXPECT_EQ(dispatch_walltime(std::chrono::sys_days{std::chrono::January / 1 / 1960}), start1970);
+  EXPECT_EQ(dispatch_walltime(Date::distantPast()), start1970);
+  EXPECT_EQ(dispatch_walltime(Date::fromReferenceSeconds(std::numeric_limits<double>::quiet_NaN())), start1970);
+  EXPECT_EQ(dispatch_walltime(Date::distantFuture()), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_walltime(Date::fromReferenceSeconds(std::numeric_limits<double>::infinity())),
+            DISPATCH_TIME_FOREVER);
 }
 
 TEST(Time, NowIsThePresentOfTheMonotonicClock) {

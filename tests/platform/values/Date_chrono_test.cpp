@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <optional>
+#include <type_traits>
 
+#include "NorvikCore/Categories/NSDate+Norvik.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 
 namespace norvik {
@@ -13,17 +16,20 @@ using namespace std::chrono_literals;
 using std::chrono::system_clock;
 
 TEST(DateChrono, HeaderExample) {
-  Date now = dateFromTimePoint(std::chrono::system_clock::now());
+  Date now = std::chrono::system_clock::now();
   std::chrono::year_month_day day{sysDays(now)};
   EXPECT_GT(day, std::chrono::January / 1 / 2024);
-  Date payday = dateFromSysDays(std::chrono::sys_days{std::chrono::May / 10 / 2021});
+  Date payday = dateFromSysDays(std::chrono::May / 10 / 2021);
   EXPECT_EQ(payday, "2021-05-10"_date);
+  EXPECT_EQ(timePoint(payday) + 8h, std::chrono::sys_days{std::chrono::May / 10 / 2021} + 8h);
+  EXPECT_TRUE(std::chrono::duration<double>(now - payday) > 36h);
 }
 
 TEST(TimeInterval, HeaderExample) {
   const Date payday = "2021-05-10"_date;
   Date reminder = payday - std::chrono::days{3};
   EXPECT_EQ(reminder, "2021-05-07"_date);
+  EXPECT_LE(nk_startOfDay(std::chrono::system_clock::now()), Date::systemDate());
 }
 
 TEST(TimeInterval, IsSecondsOrNanoseconds) {
@@ -56,6 +62,32 @@ TEST(TimeInterval, DurationsAreAddedToDatesAndTakenAway) {
   EXPECT_EQ(date, "2021-04-07"_date);
   date -= 24h;
   EXPECT_EQ(date, start);
+}
+
+TEST(DateChrono, ATimeOfTheSystemClockIsADate) {
+  using namespace std::chrono;
+  constexpr Date payday = sys_days{2021y / May / 10};
+  static_assert(payday == "2021-05-10"_date && payday < sys_days{2021y / May / 11} &&
+                sys_days{2021y / May / 10} == payday);
+  static_assert(sys_days{2021y / May / 10} + 90min - payday == 5400);
+  static_assert(Date(sys_time<milliseconds>(-500ms)) == "1969-12-31 23:59:59.5 +0000"_date);
+  static_assert(Date(sys_time<duration<double>>(duration<double>(0.5))) == "1970-01-01 00:00:00.5 +0000"_date);
+  static_assert(Date(sys_time<duration<std::int64_t, std::ratio<1, 3>>>(duration<std::int64_t, std::ratio<1, 3>>(6))) ==
+                "1970-01-01 00:00:02 +0000"_date);
+  static_assert(Date(sys_days::max()) > Date::distantFuture() && Date(sys_days::min()) < Date::distantPast());
+  const std::optional<Date> perhaps = sys_days{2021y / May / 10};
+  EXPECT_EQ(perhaps, payday);
+  EXPECT_EQ(nk_daysBetween(sys_days{2021y / May / 10}, sys_days{2021y / May / 31}), 21);
+  // The steady clock has no date, and neither has a local time.
+  static_assert(!std::is_constructible_v<Date, steady_clock::time_point> && !std::is_constructible_v<Date, local_days>);
+}
+
+TEST(DateChrono, DurationsAreIntervals) {
+  constexpr Date start = "2021-04-06"_date;
+  static_assert(start.dateByAddingTimeInterval(36h) == "2021-04-07 12:00:00 +0000"_date);
+  static_assert(Date::dateWithTimeIntervalSince1970(std::chrono::days{1}) == "1970-01-02"_date);
+  static_assert(Date::dateWithTimeIntervalSince1970(86400) == "1970-01-02"_date);
+  EXPECT_EQ(start.dateByAddingTimeInterval(250ms).timeIntervalSinceDate(start), 0.25);
 }
 
 TEST(DateChrono, TimePointsKeepTheirFractions) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -29,6 +30,10 @@ TEST(Date, HeaderExample) {
   std::optional<Date> payday = Date::dateWithString("2021-05-10 00:00:00 +0000");
   EXPECT_EQ((*payday + 86400).description(), "2021-05-11 00:00:00 +0000");
   EXPECT_EQ(*payday - Date::dateWithTimeIntervalSince1970(0), 1620604800);
+  Date now = std::chrono::system_clock::now();
+  EXPECT_GT(now, *payday);
+  using namespace std::chrono_literals;
+  EXPECT_FALSE(*payday < std::chrono::sys_days{2021y / 4 / 30});
 }
 
 TEST(Date, SecondsAreAddedAndTakenAway) {

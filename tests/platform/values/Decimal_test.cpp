@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <sstream>
 #include <type_traits>
@@ -28,7 +29,43 @@ TEST(Decimal, HeaderExample) {
   EXPECT_EQ(to_string(gross - tax), "2000.0000");
   EXPECT_EQ(to_string(*Decimal::parse("1234.50") + 1), "1235.50");
   EXPECT_EQ(to_string((gross / 12).round(2)), "208.33");
-  static_assert(0.20_dec < 1);
+  static_assert(0.20_dec * 2 < 1);
+}
+
+TEST(Decimal, ExactArithmeticWorksInConstantExpressions) {
+  constexpr Decimal net = 2500.00_dec - 0.125_dec * 2;
+  static_assert(net == 2499.75_dec && net.exponent() == -3);
+  static_assert(1.50_dec + 1 == 2.5_dec && -1.5_dec + 1.50_dec == 0 && (-1.5_dec + 1.50_dec).exponent() == -2);
+  static_assert(1E30_dec + 1 == 1000000000000000000000000000001_dec &&
+                1 - 1E30_dec == -999999999999999999999999999999_dec);
+  static_assert(1E18_dec * 1E18_dec == 1E36_dec && -3_dec * 0.5_dec == -1.5_dec && !(-3_dec * 0_dec).isNegative());
+  static_assert(99999999999999999999_dec * 99999999999999999_dec == 9999999999999999899900000000000000001_dec);
+  static_assert((Decimal::notANumber() + 1).isNaN() && (2_dec * Decimal::notANumber()).isNaN());
+  constexpr Decimal sum = [] {
+    Decimal each = 1;
+    each += 0.5_dec;
+    each -= 0.25_dec;
+    each *= 4;
+    return each;
+  }();
+  static_assert(sum == 5);
+  // The same at run time, with the same exponents.
+  const Decimal pairs[][2] = {{2500.00_dec, 0.125_dec},
+                              {-1.5_dec, 1.50_dec},
+                              {1E30_dec, -1_dec},
+                              {1E30_dec, 7E-7_dec},
+                              {99999999999999999999_dec, 99999999999999999_dec},
+                              {0E5_dec, 3_dec}};
+  constexpr Decimal sums[] = {2500.00_dec + 0.125_dec,
+                              -1.5_dec + 1.50_dec,
+                              1E30_dec + -1_dec,
+                              1E30_dec + 7E-7_dec,
+                              99999999999999999999_dec + 99999999999999999_dec,
+                              0E5_dec + 3_dec};
+  for (std::size_t i = 0; i < std::size(sums); ++i) {
+    const Decimal atRunTime = pairs[i][0] + pairs[i][1];
+    EXPECT_EQ(atRunTime.parts(), sums[i].parts()) << to_string(sums[i]);
+  }
 }
 
 TEST(Decimal, RoundsToPlaces) {

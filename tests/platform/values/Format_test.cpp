@@ -1,5 +1,8 @@
 #include "NorvikCore/platform/values/Format.h"
 
+#include "NorvikCore/platform/values/Decimal.h"
+#include "NorvikCore/platform/values/NSNumber.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,8 +35,50 @@ TEST(Format, HeaderExample) {
   const NSString name = "Zoë";
   const NSString pattern = "%d of %@";
   EXPECT_EQ(stringWithFormat("%d of %@ at %.2f", 3, name, 1.5), "3 of Zoë at 1.50");
+  EXPECT_EQ(stringWithFormat("%8.2f", 1234.565_dec), " 1234.57");
   EXPECT_EQ(stringWithFormat(runtimeFormat(pattern), 3, name), "3 of Zoë");
   EXPECT_EQ(stringWithFormat("%2$@ %1$@", "world", "hello"), "hello world");
+}
+
+TEST(Format, AFloatingDirectiveShowsADecimalExactly) {
+  const struct {
+    const char* format;
+    Decimal number;
+    const char* expected;
+  } rows[] = {
+      {"%.2f", 1234.5_dec, "1234.50"},
+      {"%.2f", 2.675_dec, "2.68"},  // as a double it is below the half
+      {"%.2f", -2.675_dec, "-2.68"},
+      {"%.2f", -0.001_dec, "0.00"},
+      {"%.0f", 0.5_dec, "1"},
+      {"%#.0f", 12_dec, "12."},
+      {"%f", 1.5_dec, "1.500000"},
+      {"%F", 0.00000049_dec, "0.000000"},
+      {"%.30f", 0.1_dec, "0.100000000000000000000000000000"},
+      {"%.1f", 12345678901234567890123456789012345678_dec, "12345678901234567890123456789012345678.0"},
+      {"%9.2f|", 12.5_dec, "    12.50|"},
+      {"%-9.2f|", 12.5_dec, "12.50    |"},
+      {"%09.2f|", -12.5_dec, "-00012.50|"},
+      {"%+.1f % .1f", 1_dec, "+1.0 (bad argument)"},
+      {"% .1f", 1_dec, " 1.0"},
+      {"%08.2f|", Decimal::notANumber(), "     NaN|"},
+      {"%+f", Decimal::notANumber(), "NaN"},
+      {"%e", 1_dec, "(bad argument)"},
+      {"%d", 1_dec, "(bad argument)"},
+      {"%@", 1.50_dec, "1.50"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(stringWithFormat(runtimeFormat(row.format), row.number), row.expected) << row.format;
+  EXPECT_EQ(stringWithFormat("%.4096f", Decimal::maximumDecimalNumber()).length(), 165u + 1 + 4096);
+  EXPECT_EQ(stringWithFormat("%.*f %.2f", 1, 2.55_dec, std::optional<Decimal>()), "2.6 (null)");
+}
+
+TEST(Format, AFloatingDirectiveShowsANumberOfAnyKind) {
+  EXPECT_EQ(stringWithFormat("%.2f %.1f %.1f", NSNumber(12.345_dec), NSNumber(7), NSNumber(true)), "12.35 7.0 1.0");
+  EXPECT_EQ(stringWithFormat("%.2f", NSNumber(2.675)), "2.68");
+  EXPECT_EQ(stringWithFormat("%.2f %@", NSNumber(std::numeric_limits<double>::infinity()), NSNumber(2.5)), "inf 2.5");
+  EXPECT_TRUE(stringWithFormat("%.0f", NSNumber(1e200)).hasPrefix("99999999999999996973"));  // no Decimal holds it
+  EXPECT_EQ(stringWithFormat("%.0f", NSNumber(1e200)).length(), 200u);
 }
 
 TEST(FormatDirective, HeaderExample) {

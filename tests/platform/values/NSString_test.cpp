@@ -45,6 +45,53 @@ TEST(NSString, HeaderExample) {
   EXPECT_EQ(name.substringFromIndex(4), "Smith");
   EXPECT_EQ(name.rangeOfString("smith", NSCaseInsensitiveSearch), (NSRange{4, 5}));
   EXPECT_EQ("Payslip of " + name, "Payslip of Zo\u00EB Smith");
+  EXPECT_EQ(std::string(name), "Zo\u00EB Smith");
+  EXPECT_EQ(std::string_view(name), "Zo\u00EB Smith");
+  int points = 0;
+  for (char32_t each : name.codePoints()) points += each != 0 ? 1 : 0;
+  EXPECT_EQ(points, 9);
+}
+
+TEST(NSString, ConvertsFromEveryTextOfCpp) {
+  const auto same = [](const NSString& text) { return text == "Zo\u00EB"; };  // every argument converts implicitly
+  EXPECT_TRUE(same("Zo\u00EB"));
+  EXPECT_TRUE(same(std::string("Zo\u00EB")));
+  EXPECT_TRUE(same(std::string_view("Zo\u00EB")));
+  EXPECT_TRUE(same(u"Zo\u00EB"));
+  EXPECT_TRUE(same(std::u16string(u"Zo\u00EB")));
+  EXPECT_TRUE(same(std::u16string_view(u"Zo\u00EB!").substr(0, 3)));
+  EXPECT_TRUE(same(u8"Zo\u00EB"));
+  EXPECT_TRUE(same(std::u8string(u8"Zo\u00EB")));
+  const NSString name = "Zo\u00EB";
+  EXPECT_TRUE(name == u"Zo\u00EB" && u8"Zo\u00EB" == name && name < u"Zp" && name != std::u16string(u"Zoe"));
+  EXPECT_EQ(name + u" Smith", "Zo\u00EB Smith");
+  EXPECT_EQ(NSString(u"\U0001F4B7"), "\U0001F4B7");
+  const char16_t half[] = {u'a', 0xD83D, 0};
+  EXPECT_FALSE(NSString(half).isWellFormed());
+  EXPECT_EQ(NSString(half).length(), 2u);
+  // What would copy, or could dangle, is written out.
+  EXPECT_EQ(std::string(name), "Zo\u00EB");
+  EXPECT_EQ(std::string_view(name).data(), name.view().data());
+  static_assert(!std::is_convertible_v<NSString, std::string> && !std::is_convertible_v<NSString, std::string_view>);
+  static_assert(!std::is_constructible_v<NSString, const wchar_t*> &&
+                !std::is_constructible_v<NSString, const char32_t*>);
+}
+
+TEST(NSString, CodePointsAndUnitsAreViewsThatCanBeReversed) {
+  static_assert(std::ranges::view<NSString::CodePoints> && std::ranges::bidirectional_range<NSString::CodePoints>);
+  static_assert(std::ranges::view<NSString::Units> && std::ranges::bidirectional_range<NSString::Units>);
+  const NSString text = NSString("a\u00A3\u20AC\U0001F4B7z") + NSString::fromCodePoint(0xDC80);
+  std::u32string backwards;
+  for (const char32_t each : text.codePoints() | std::views::reverse) backwards += each;
+  EXPECT_EQ(backwards, (std::u32string{0xDC80, U'z', 0x1F4B7, 0x20AC, 0xA3, U'a'}));
+  std::u16string units;
+  for (const char16_t each : text.units() | std::views::reverse) units += each;
+  EXPECT_EQ(units, (std::u16string{0xDC80, u'z', 0xDCB7, 0xD83D, 0x20AC, 0xA3, u'a'}));
+  EXPECT_EQ(std::ranges::count_if((text + text).codePoints(), [](char32_t each) { return each > 0x7F; }), 8);
+  auto unit = text.units().begin();
+  ++ ++ ++ ++unit;  // the low half
+  EXPECT_EQ(*unit--, 0xDCB7);
+  EXPECT_EQ(*unit, 0xD83D);
 }
 
 TEST(NSString, IsAppendedTo) {

@@ -110,7 +110,9 @@ inline void releaseFormatCopies(FormatArguments copies) noexcept {
       argument.pointer = ::new (memory) NSString(string);
       return true;
     }
-    case FormatKind::described: {
+    case FormatKind::described:
+    case FormatKind::decimal:
+    case FormatKind::number: {
       char* const memory = room.take(argument.bytes(), alignof(std::max_align_t));
       if (!memory) return false;
       std::memcpy(memory, argument.pointer, argument.bytes());

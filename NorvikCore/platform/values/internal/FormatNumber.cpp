@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/values/internal/FormatNumber.h"
 
+#include "NorvikCore/platform/values/Decimal_charconv.h"
+#include "NorvikCore/platform/values/FormatDirective.h"
 #include "NorvikCore/platform/values/internal/DigitPairs.h"
 
 #include <algorithm>
@@ -251,6 +253,17 @@ void appendFloating(FormatBuffer& out, char conversion, double number, const For
 
 void appendFloating(FormatBuffer& out, char conversion, long double number, const FormatField& field) {
   appendFloatingNumber(out, conversion, number, field);
+}
+
+void appendDecimalNumber(FormatBuffer& out, const Decimal& number, const FormatField& field) {
+  constexpr int usualPlaces = 6;
+  char text[longestDecimalText + 1 + formatFieldLimit + 1];
+  char* end = to_chars(text, text + sizeof text, number, field.precision < 0 ? usualPlaces : field.precision).ptr;
+  if (field.alternate && field.precision == 0 && !number.isNaN()) *end++ = '.';
+  const bool isNegative = text[0] == '-';
+  const char* begin = isNegative ? text + 1 : text;
+  appendNumber(out, number.isNaN() ? std::string_view() : signText(isNegative, field), 0,
+               {begin, static_cast<std::size_t>(end - begin)}, field.zeroPad && !number.isNaN(), field);
 }
 
 }  // namespace norvik::detail

@@ -2,6 +2,7 @@
 // of printf in the C locale.
 #pragma once
 
+#include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/internal/FormatBuffer.h"
 
 #include <cstdint>
@@ -22,5 +23,7 @@ void appendFixed(FormatBuffer& out, double number);                          ///
 void appendAddress(FormatBuffer& out, const void* address, const FormatField& field);
 void appendFloating(FormatBuffer& out, char conversion, double number, const FormatField& field);
 void appendFloating(FormatBuffer& out, char conversion, long double number, const FormatField& field);
+/// %f, rounded as a decimal; not-a-number is "NaN".
+void appendDecimalNumber(FormatBuffer& out, const Decimal& number, const FormatField& field);
 
 }  // namespace norvik::detail
