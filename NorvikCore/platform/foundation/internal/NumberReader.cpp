@@ -48,7 +48,7 @@ std::size_t characterCount(std::string_view text) noexcept {
   return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return !utf8::isContinuation(c); }));
 }
 
-constexpr bool isAsciiDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+constexpr bool isLatinDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 /// Removes the first occurrence; returns whether there was one.
 bool remove(std::string& text, std::string_view part) {
@@ -81,7 +81,7 @@ class NumberReader::Digits {
   std::size_t take(std::string_view& text) noexcept {
     char* out = end_;
     const char* in = text.data();
-    for (const char* const last = in + text.size(); in != last && isAsciiDigit(*in);) *out++ = *in++;
+    for (const char* const last = in + text.size(); in != last && isLatinDigit(*in);) *out++ = *in++;
     const auto count = static_cast<std::size_t>(out - end_);
     end_ = out;
     text.remove_prefix(count);
@@ -171,7 +171,7 @@ std::optional<NumberReader::Reading> NumberReader::read(std::string_view text, b
 inline bool NumberReader::mayBegin(char first, const Form& form) const noexcept {
   if (!settings_.padding.empty()) return true;
   if (!form.before.empty()) return first == form.before.front();
-  return isAsciiDigit(first) || hasOwnDigits_ || settings_.decimalSeparator.starts_with(first);
+  return isLatinDigit(first) || hasOwnDigits_ || settings_.decimalSeparator.starts_with(first);
 }
 
 std::optional<NumberReader::Reading> NumberReader::readStrictly(std::string_view text) const {
