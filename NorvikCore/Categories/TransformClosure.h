@@ -37,7 +37,7 @@ template <class F>
 using TransformParameter = typename OnlyParameter<typename ParametersOf<std::decay_t<F>>::Type>::Type;
 
 template <class R>
-inline constexpr bool isTransformResult = std::is_constructible_v<Value, R> || ValueConvertible<std::remove_cvref_t<R>>;
+inline constexpr bool isValueResult = std::is_constructible_v<Value, R> || ValueConvertible<std::remove_cvref_t<R>>;
 
 /// A closure as the parameter of a function. Users pass the closure itself.
 class TransformClosure {
@@ -53,7 +53,7 @@ class TransformClosure {
       static_assert(!std::is_void_v<P>, "the closure of a binding takes one value, of a type that it names");
     } else {
       using R = std::invoke_result_t<std::decay_t<F>&, P>;
-      constexpr bool givesValue = isTransformResult<R>;
+      constexpr bool givesValue = isValueResult<R>;
       static_assert(givesValue, "the closure of a binding returns what becomes a Value: an object does by its Ref");
       if constexpr (givesValue) {
         if (!isNothing(closure)) {
