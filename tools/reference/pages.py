@@ -270,12 +270,8 @@ class Writer:
 
     @staticmethod
     def is_type_of(entry, text, found):
-        """True where the name of a function is the type before it: `static Ref<Decimal> Decimal(...)`."""
-        if entry.kind in ("function", "friend"):
-            return not text[found.end():].startswith("(")
-        if entry.is_class() or entry.kind in ("enum", "concept"):
-            return bool(re.match(r"\w", text[found.end():found.end() + 1]))
-        return False
+        """True where the name of a function is a type before it: `static Ref<Semaphore> Semaphore(...)`."""
+        return entry.kind in ("function", "friend") and not text[found.end():].startswith("(")
 
     @staticmethod
     def laid_out(text):
@@ -292,7 +288,7 @@ class Writer:
         return f"{template}\n{bare}" if template else bare
 
     def values(self, entry):
-        """The enumerators, in a table if one has a text."""
+        """The enumerators as a table."""
         names = []
         for value in entry.values:
             number = (value.findtext("initializer") or "").strip()
