@@ -177,8 +177,12 @@ void Desk::search(const NSString& words) {
 }
 
 Edited Desk::editsOf(const Person& person) const {
-  return {person.index,          person.name().utf8(),        person.sortCode().utf8(),
-          person.account().utf8(), person.bonusReason().utf8(), person.bonus()};
+  return {person.index,
+          person.name().utf8(),
+          person.sortCode().utf8(),
+          person.account().utf8(),
+          person.bonusReason().utf8(),
+          person.bonus()};
 }
 
 void Desk::save() {
@@ -195,12 +199,12 @@ void Desk::save() {
 void Desk::preview(std::function<void(const QString& html)> use) {
   const std::uint64_t number = ++previewNumber_;
   if (!folder_ || !selected()) return use({});
-  searches_->dispatchAsynchronously([self = ref(*this), folder = folder_, edited = editsOf(*selected()), number,
-                                     use = std::move(use)] {
-    mainQueue()->dispatchAsynchronously([self, html = sheetOf(folder->payslip(edited)), number, use] {
-      if (number == self->previewNumber_) use(html);
-    });
-  });
+  searches_->dispatchAsynchronously(
+      [self = ref(*this), folder = folder_, edited = editsOf(*selected()), number, use = std::move(use)] {
+        mainQueue()->dispatchAsynchronously([self, html = sheetOf(folder->payslip(edited)), number, use] {
+          if (number == self->previewNumber_) use(html);
+        });
+      });
 }
 
 void Desk::print(const std::filesystem::path& target) {

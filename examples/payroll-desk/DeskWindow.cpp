@@ -23,6 +23,7 @@
 #include <functional>
 #include <utility>
 
+#include "Counted.h"
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/Categories/NSUserDefaults+Norvik.h"
 #include "NorvikCore/constants/NKBind.h"
@@ -35,7 +36,6 @@
 #include "NorvikCore/qt/NKLogView.h"
 #include "NorvikCore/qt/NKPropertyBinding.h"
 #include "NorvikCore/qt/QtConversions.h"
-#include "Counted.h"
 #include "Report.h"
 
 namespace desk {
@@ -139,7 +139,7 @@ DeskWindow::DeskWindow(Ref<Desk> desk) : desk_(std::move(desk)) {
   view->addAction(tr("&Dark"), this, [this] { setAppearance(Appearance::Dark); });
 
   watch_ = make<Watch>();
-  watch_->changed = [this](const NSString& keyPath) { 
+  watch_->changed = [this](const NSString& keyPath) {
     if (keyPath == "shown") {
       isChangingRows_ = false;
       selectRow();
@@ -149,8 +149,8 @@ DeskWindow::DeskWindow(Ref<Desk> desk) : desk_(std::move(desk)) {
       refreshPreview();
     }
   };
-  for (const char* path : {"shown", "selected", "selected.name", "selected.sortCode", "selected.account", "selected.bonus",
-                           "selected.bonusReason"}) {
+  for (const char* path : {"shown", "selected", "selected.name", "selected.sortCode", "selected.account",
+                           "selected.bonus", "selected.bonusReason"}) {
     desk_->addObserver(*watch_, path, NSKeyValueObservingOptionNew);
   }
   restore();
@@ -168,7 +168,8 @@ QWidget* DeskWindow::makeFigure(const QString& caption, const NSString& keyPath,
   auto* const figure = labelNamed("figure");
   figure->setAccessibleName(QLatin1String(name));
   figure->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  bind(*figure, "text", *desk_, keyPath, keyPath == "totals.people" ? NKTransformBlock(groupedCount) : NKTransformBlock(inPounds));
+  bind(*figure, "text", *desk_, keyPath,
+       keyPath == "totals.people" ? NKTransformBlock(groupedCount) : NKTransformBlock(inPounds));
   layout->addWidget(figure);
   return card;
 }
@@ -206,7 +207,8 @@ QWidget* DeskWindow::makeHeader() {
   first->setSpacing(10);
   first->addLayout(titles);
   first->addStretch();
-  for (QWidget* const each : {static_cast<QWidget*>(months_), static_cast<QWidget*>(print), static_cast<QWidget*>(save)}) {
+  for (QWidget* const each :
+       {static_cast<QWidget*>(months_), static_cast<QWidget*>(print), static_cast<QWidget*>(save)}) {
     first->addWidget(each, 0, Qt::AlignTop);
   }
   auto* const figures = new QHBoxLayout;
@@ -266,9 +268,9 @@ QWidget* DeskWindow::makePeople() {
   header.setHighlightSections(false);
   header.setSectionResizeMode(QHeaderView::Fixed);
   header.setSectionResizeMode(0, QHeaderView::Stretch);
-  header.resizeSection(1, 98);
-  header.resizeSection(2, 154);
-  header.resizeSection(3, 112);
+  header.resizeSection(1, 96);
+  header.resizeSection(2, 164);
+  header.resizeSection(3, 108);
   connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
     if (isChangingRows_ || !current.isValid()) return;
     const auto person = people_->objectAtRow(current.row()).as<Ref<Person>>();
@@ -307,7 +309,7 @@ QWidget* DeskWindow::makePayslip() {
   both->setSpacing(14);
 
   auto* const card = makeCard();
-  card->setFixedWidth(330);
+  card->setFixedWidth(312);
   auto* const layout = new QVBoxLayout(card);
   layout->setContentsMargins(18, 16, 18, 16);
   layout->setSpacing(4);
@@ -402,16 +404,16 @@ void DeskWindow::refreshPreview() {
 }
 
 void DeskWindow::chooseFolder() {
-  const QString folder = QFileDialog::getExistingDirectory(this, tr("Open an employer's folder"),
-                                                           nk_toQString(navLastRootDirectory()));
+  const QString folder =
+      QFileDialog::getExistingDirectory(this, tr("Open an employer's folder"), nk_toQString(navLastRootDirectory()));
   if (folder.isEmpty()) return;
   setNavLastRootDirectory(nk_toNSString(folder));
   desk_->open(nk_toNSString(folder).bytes(), months_->currentData().toInt());
 }
 
 void DeskWindow::choosePrintFolder() {
-  const QString folder =
-      QFileDialog::getExistingDirectory(this, tr("Print the payslip to a folder"), nk_toQString(navLastRootDirectory()));
+  const QString folder = QFileDialog::getExistingDirectory(this, tr("Print the payslip to a folder"),
+                                                           nk_toQString(navLastRootDirectory()));
   if (!folder.isEmpty()) desk_->print(nk_toNSString(folder).bytes());
 }
 
@@ -428,15 +430,14 @@ void DeskWindow::restore() {
     return 200 <= stored && stored <= 20000 ? static_cast<int>(stored) : initial;
   };
   resize(size(widthKey, 1440), size(heightKey, 880));
-  const int left = size(peopleWidthKey, 570);
+  const int left = size(peopleWidthKey, 618);
   splitter_->setSizes({left, width() - left});
 }
 
 void DeskWindow::closeEvent(QCloseEvent* event) {
   if (QWidget* const focused = focusWidget()) focused->clearFocus();  // ends editing
-  if (desk_->isEdited() &&
-      QMessageBox::question(this, tr("Payroll Desk"), tr("Close without saving the edits?"),
-                            QMessageBox::Close | QMessageBox::Cancel) != QMessageBox::Close) {
+  if (desk_->isEdited() && QMessageBox::question(this, tr("Payroll Desk"), tr("Close without saving the edits?"),
+                                                 QMessageBox::Close | QMessageBox::Cancel) != QMessageBox::Close) {
     return event->ignore();
   }
   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();

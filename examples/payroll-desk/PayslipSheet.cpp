@@ -28,7 +28,7 @@ struct Writer {
     for (const Row& row : table.rows) columns = std::max(columns, row.cells.size());
     html += "<table width=\"100%\" cellspacing=\"0\" cellpadding=\"3\" style=\"margin-top:2px\">";
     for (const Row& row : table.rows) {
-      const char* const line = row.isHeading ? "border-bottom:1px solid #8a929e;padding-top:8px"
+      const char* const line = row.isHeading      ? "border-bottom:1px solid #8a929e;padding-top:8px"
                                : row.hasRuleAbove ? "border-top:1px solid #c9ced6"
                                                   : "";
       html += "<tr>";

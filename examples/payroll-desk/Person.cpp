@@ -12,7 +12,9 @@ using namespace norvik;
 namespace {
 
 bool refuse(Ref<NSError>* error, const NSString& reason) {
-  if (error) *error = NSError::errorWithDomain("PayrollDesk", 1, NSDictionary::dictionaryWith({{NSLocalizedDescriptionKey, reason}}));
+  if (error)
+    *error =
+        NSError::errorWithDomain("PayrollDesk", 1, NSDictionary::dictionaryWith({{NSLocalizedDescriptionKey, reason}}));
   return false;
 }
 

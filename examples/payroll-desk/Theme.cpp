@@ -74,8 +74,8 @@ QStatusBar { background: %1; color: %4; }
 QStatusBar::item { border: none; }
 )";
 
-/// The file of an arrow of that colour, and its @2x file; a style sheet takes pictures only from files. Empty if no file
-/// can be written; then there is no arrow.
+/// The file of an arrow of that colour, and its @2x file; a style sheet takes pictures only from files. Empty if no
+/// file can be written; then there is no arrow.
 QString arrowFile(const QColor& colour) {
   static const QTemporaryDir folder;
   const QString name = folder.filePath(QStringLiteral("arrow-") + colour.name().mid(1));
@@ -97,7 +97,8 @@ QString arrowFile(const QColor& colour) {
 
 Colours coloursOf(Appearance appearance) {
   if (appearance == Appearance::Dark) {
-    return {"#14181e", "#1d232b", "#e7ebf0", "#9aa6b4", "#343d49", "#7ab0ff", "#0d1420", "#29415f", "#ff8a80", "#20272f"};
+    return {"#14181e", "#1d232b", "#e7ebf0", "#9aa6b4", "#343d49",
+            "#7ab0ff", "#0d1420", "#29415f", "#ff8a80", "#20272f"};
   }
   return {"#f3f5f8", "#ffffff", "#1b2430", "#5c6877", "#d5dce4", "#1d5fbf", "#ffffff", "#dbe8fb", "#b3261e", "#f8fafc"};
 }

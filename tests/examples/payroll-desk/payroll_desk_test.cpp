@@ -29,17 +29,19 @@ using desk::Person;
 class PayrollDesk : public ::testing::Test {
  protected:
   PayrollDesk() {
-    folder.write("employer.ini", "[employer]\nname = Caffi\npaye_reference = 1/A\ntax_year = 2024-25\n[departments]\nOPS = Operations\nSAL = Sales\n");
+    folder.write("employer.ini",
+                 "[employer]\nname = Caffi\npaye_reference = 1/A\ntax_year = 2024-25\n[departments]\nOPS = "
+                 "Operations\nSAL = Sales\n");
     folder.write("employees.csv",
-          "employee,name,department,sort_code,account,address\n"
-          "E1,Si\u00e2n O'Brien,OPS,20-12-52,12345678,\"1 High Street, Bangor\"\n"
-          "E2,\"Hughes, Dai\",SAL,20-12-53,87654321,\n");
+                 "employee,name,department,sort_code,account,address\n"
+                 "E1,Si\u00e2n O'Brien,OPS,20-12-52,12345678,\"1 High Street, Bangor\"\n"
+                 "E2,\"Hughes, Dai\",SAL,20-12-53,87654321,\n");
     folder.write("items.csv",
-          "employee,date,kind,description,amount\n"
-          "E1,2024-04-30,pay,Salary,2000.00\n"
-          "E1,2024-04-30,deduction,PAYE,400.00\n"
-          "E2,2024-04-30,pay,Salary,1000.10\n"
-          "E2,2024-05-30,pay,Salary,1000.10\n");
+                 "employee,date,kind,description,amount\n"
+                 "E1,2024-04-30,pay,Salary,2000.00\n"
+                 "E1,2024-04-30,deduction,PAYE,400.00\n"
+                 "E2,2024-04-30,pay,Salary,1000.10\n"
+                 "E2,2024-05-30,pay,Salary,1000.10\n");
   }
   /// Runs the event loop until the condition is true.
   template <class Condition>
@@ -96,12 +98,12 @@ TEST_F(PayrollDesk, EditsAreValidated) {
     const char *key, *why;
     Value value;
     bool isValid;
-  } rows[] = {{"sortCode", "in pairs", "20-12-52", true},     {"sortCode", "five digits", "20-12-5", false},
-              {"sortCode", "a letter", "20-12-5x", false},    {"account", "eight digits", "01234567", true},
-              {"account", "seven digits", "0123456", false},  {"name", "blank", "  ", false},
-              {"name", "a name", " Zo\u00eb ", true},         {"bonus", "none", Value(), true},
-              {"bonus", "below zero", -0.01_dec, false},      {"bonus", "the greatest", 999999_dec, true},
-              {"bonus", "too much", 999999.01_dec, false},    {"bonusRate", "all of it", 100, true},
+  } rows[] = {{"sortCode", "in pairs", "20-12-52", true},      {"sortCode", "five digits", "20-12-5", false},
+              {"sortCode", "a letter", "20-12-5x", false},     {"account", "eight digits", "01234567", true},
+              {"account", "seven digits", "0123456", false},   {"name", "blank", "  ", false},
+              {"name", "a name", " Zo\u00eb ", true},          {"bonus", "none", Value(), true},
+              {"bonus", "below zero", -0.01_dec, false},       {"bonus", "the greatest", 999999_dec, true},
+              {"bonus", "too much", 999999.01_dec, false},     {"bonusRate", "all of it", 100, true},
               {"bonusRate", "more than all", 100.1_dec, false}};
   for (const auto& row : rows) {
     Value value = row.value;
