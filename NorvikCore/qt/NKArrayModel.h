@@ -53,6 +53,7 @@ class NK_EXPORT NKArrayModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
+  /// What one column shows of each element, and how.
   struct Column {
     NSString keyPath;
     QString title;

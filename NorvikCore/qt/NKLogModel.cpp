@@ -22,14 +22,6 @@ namespace {
 constexpr std::size_t longestText = 2000;  // UTF-16 units
 constexpr std::size_t mostPerTurn = 500;
 
-/// One message, as little of it as the view shows.
-struct LogLine {
-  Date time;
-  int flag;
-  int lineNumber;
-  QString queue, text, file;
-};
-
 QString shownText(const NSString& text) {
   const bool isLong = text.length() > longestText;
   const NSString cut = isLong ? text.substringToIndex(longestText) : text;
@@ -58,6 +50,13 @@ QString nameOfFlag(int flag) {
 class NKLogModel::Lines {
  public:
   class Logger;
+  /// One message, as little of it as the view shows.
+  struct LogLine {
+    Date time;
+    int flag;
+    int lineNumber;
+    QString queue, text, file;
+  };
 
   Lines(NKLogModel& model, int maximumCount);
   ~Lines();
@@ -219,7 +218,7 @@ int NKLogModel::columnCount(const QModelIndex& parent) const { return parent.isV
 
 QVariant NKLogModel::data(const QModelIndex& index, int role) const {
   if (!hasIndex(index.row(), index.column(), index.parent())) return {};
-  const LogLine& line = lines_->at(index.row());
+  const Lines::LogLine& line = lines_->at(index.row());
   if (role == levelRole) return line.flag;
   if (role == Qt::ToolTipRole) {
     // As rich text, which a tool tip wraps.

@@ -268,9 +268,9 @@ QWidget* DeskWindow::makePeople() {
   header.setHighlightSections(false);
   header.setSectionResizeMode(QHeaderView::Fixed);
   header.setSectionResizeMode(0, QHeaderView::Stretch);
-  header.resizeSection(1, 98);
-  header.resizeSection(2, 154);
-  header.resizeSection(3, 112);
+  header.resizeSection(1, 96);
+  header.resizeSection(2, 164);
+  header.resizeSection(3, 108);
   connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
     if (isChangingRows_ || !current.isValid()) return;
     const auto person = people_->objectAtRow(current.row()).as<Ref<Person>>();
@@ -309,7 +309,7 @@ QWidget* DeskWindow::makePayslip() {
   both->setSpacing(14);
 
   auto* const card = makeCard();
-  card->setFixedWidth(330);
+  card->setFixedWidth(312);
   auto* const layout = new QVBoxLayout(card);
   layout->setContentsMargins(18, 16, 18, 16);
   layout->setSpacing(4);
@@ -430,7 +430,7 @@ void DeskWindow::restore() {
     return 200 <= stored && stored <= 20000 ? static_cast<int>(stored) : initial;
   };
   resize(size(widthKey, 1440), size(heightKey, 880));
-  const int left = size(peopleWidthKey, 570);
+  const int left = size(peopleWidthKey, 618);
   splitter_->setSizes({left, width() - left});
 }
 

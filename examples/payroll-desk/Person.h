@@ -29,7 +29,7 @@ class Person : public norvik::NSObject {
   NK_AFFECTED_BY(net, bonus)
 
  public:
-  explicit Person(std::size_t index) : index(index) {}
+  explicit Person(std::size_t indexOfEmployee) : index(indexOfEmployee) {}
 
   [[nodiscard]] norvik::Decimal gross() const { return pay() + bonus(); }
   [[nodiscard]] norvik::Decimal net() const { return gross() - deductions(); }

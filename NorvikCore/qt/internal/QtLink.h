@@ -54,13 +54,13 @@ class QtLink {
     explicit Receiver(State& state) : state_(state) {}
 
     bool event(QEvent* event) override {
-      if (event->type() != QEvent::User) return QObject::event(event);
       const std::shared_ptr<State> state = state_.shared_from_this();  // a call may close the link
       std::vector<std::function<void()>> calls;
       {
-        const MutexLock lock(state->mutex);
-        calls.swap(state->calls);
+        const MutexLock lock(state->mutex);  // before the event is read: it was made under this mutex
+        if (event->type() == QEvent::User) calls.swap(state->calls);
       }
+      if (calls.empty()) return QObject::event(event);
       for (auto& call : calls) {
         {
           const MutexLock lock(state->mutex);
