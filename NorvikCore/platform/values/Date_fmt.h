@@ -20,29 +20,13 @@
 #pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/Date.h"
+#include "NorvikCore/platform/values/DateFields.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
 #include <string_view>
-
-namespace norvik::detail {
-
-constexpr bool isDatePattern(std::string_view pattern) noexcept {
-  constexpr std::string_view letters = "YCymdeBbhAaHIMSpFDTRGgVjuwzZsnt%";
-  for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (pattern[i] != '%') continue;
-    if (++i == pattern.size() || letters.find(pattern[i]) == std::string_view::npos) return false;
-  }
-  return true;
-}
-
-/// `pattern` is one for which isDatePattern() is true.
-[[nodiscard]] NK_EXPORT std::string dateText(Date date, std::string_view pattern);
-
-}  // namespace norvik::detail
 
 template <>
 struct fmt::formatter<norvik::Date> : fmt::formatter<fmt::string_view> {

@@ -21,6 +21,8 @@ TEST(DateFmt, HeaderExample) {
   EXPECT_EQ(fmt::format("{:.10}", payday), "2021-05-10");
 }
 
+TEST(DateFields, HeaderExample) { EXPECT_EQ(detail::dateText("2021-05-10"_date, "%d/%m/%Y"), "10/05/2021"); }
+
 TEST(DateFmt, APatternShowsEveryFieldInUTC) {
   const Date summer = "2021-07-04 15:07:09.9 +0100"_date, newYear = "2021-01-01 00:30:00 +0000"_date;
   const struct {

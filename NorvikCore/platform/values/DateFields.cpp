@@ -1,9 +1,10 @@
-#include "NorvikCore/platform/values/Date_fmt.h"
+#include "NorvikCore/platform/values/DateFields.h"
 
 #include "NorvikCore/platform/values/CivilDate.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <iterator>
+#include <string>
 
 namespace norvik::detail {
 namespace {
@@ -117,9 +118,11 @@ class DateFields {
     }
   }
 
-  void number(std::int64_t value, int digits) {
+  void number(std::int64_t value, std::size_t digits) {
+    const std::string text = std::to_string(value < 0 ? -value : value);
     if (value < 0) out_ += '-';
-    fmt::format_to(std::back_inserter(out_), "{:0{}}", value < 0 ? -value : value, digits);
+    if (text.size() < digits) out_.append(digits - text.size(), '0');
+    out_ += text;
   }
 
   std::int64_t day_;
