@@ -67,7 +67,7 @@ void mistake(Decimal amount, Date payday, const NSString& name, const Value& val
   for (const std::string& each : slips->as<std::string>()) NSLog("%@", each);
 #elif SHOULD_NOT_COMPILE == 15  // a Value does not become this type
   static_cast<void>(std::ranges::count_if(slips->as<std::tm>(), [](const std::tm&) { return true; }));
-#elif SHOULD_NOT_COMPILE == 16  // dangling
+#elif SHOULD_NOT_COMPILE == 16  // dangling | borrowed_iterator_t
   NSLog("%@", std::ranges::max_element(slips->as<Slip>(), {}, &Slip::netPay)->netPay());
 #elif SHOULD_NOT_COMPILE == 17  // no match for | invalid operands to binary expression
   static_cast<void>(amount * 0.2);
