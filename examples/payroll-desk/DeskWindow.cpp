@@ -130,7 +130,7 @@ DeskWindow::DeskWindow(Ref<Desk> desk) : desk_(std::move(desk)) {
 
   QMenu* const file = menuBar()->addMenu(tr("&File"));
   file->addAction(tr("&Open folder\u2026"), QKeySequence::Open, this, &DeskWindow::chooseFolder);
-  file->addAction(tr("&Save"), QKeySequence::Save, this, [this] { desk_->save(); });
+  file->addAction(tr("&Save"), QKeySequence::Save, this, &DeskWindow::save);
   file->addAction(tr("&Print payslip\u2026"), QKeySequence::Print, this, &DeskWindow::choosePrintFolder);
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
@@ -193,14 +193,16 @@ QWidget* DeskWindow::makeHeader() {
   months_->setObjectName(QStringLiteral("months"));
   for (int month = 1; month <= 12; ++month) months_->addItem(tr("Tax month %1").arg(month), month);
   connect(months_, &QComboBox::activated, this, [this] {
-    if (desk_->isOpen()) desk_->open(desk_->path(), months_->currentData().toInt());
+    if (!desk_->isOpen()) return;
+    if (!mayDiscardEdits()) return months_->setCurrentIndex(desk_->month() - 1);
+    desk_->open(desk_->path(), months_->currentData().toInt());
   });
   auto* const print = new QPushButton(tr("Print payslip\u2026"));
   connect(print, &QPushButton::clicked, this, &DeskWindow::choosePrintFolder);
   bind(*print, "enabled", *desk_, "selected", isThere);
   auto* const save = new QPushButton(tr("Save"));
   save->setObjectName(QStringLiteral("primary"));
-  connect(save, &QPushButton::clicked, this, [this] { desk_->save(); });
+  connect(save, &QPushButton::clicked, this, &DeskWindow::save);
   bind(*save, "enabled", *desk_, "isEdited");
 
   auto* const first = new QHBoxLayout;
@@ -403,7 +405,24 @@ void DeskWindow::refreshPreview() {
   });
 }
 
+void DeskWindow::endEditing() {
+  if (QWidget* const focused = focusWidget()) focused->clearFocus();
+}
+
+void DeskWindow::save() {
+  endEditing();
+  desk_->save();
+}
+
+bool DeskWindow::mayDiscardEdits() {
+  endEditing();
+  return !desk_->isEdited() ||
+         QMessageBox::question(this, tr("Payroll Desk"), tr("Discard the edits that are not saved?"),
+                               QMessageBox::Discard | QMessageBox::Cancel) == QMessageBox::Discard;
+}
+
 void DeskWindow::chooseFolder() {
+  if (!mayDiscardEdits()) return;
   const QString folder =
       QFileDialog::getExistingDirectory(this, tr("Open an employer's folder"), nk_toQString(navLastRootDirectory()));
   if (folder.isEmpty()) return;
@@ -412,6 +431,7 @@ void DeskWindow::chooseFolder() {
 }
 
 void DeskWindow::choosePrintFolder() {
+  endEditing();
   const QString folder = QFileDialog::getExistingDirectory(this, tr("Print the payslip to a folder"),
                                                            nk_toQString(navLastRootDirectory()));
   if (!folder.isEmpty()) desk_->print(nk_toNSString(folder).bytes());
@@ -435,11 +455,7 @@ void DeskWindow::restore() {
 }
 
 void DeskWindow::closeEvent(QCloseEvent* event) {
-  if (QWidget* const focused = focusWidget()) focused->clearFocus();  // ends editing
-  if (desk_->isEdited() && QMessageBox::question(this, tr("Payroll Desk"), tr("Close without saving the edits?"),
-                                                 QMessageBox::Close | QMessageBox::Cancel) != QMessageBox::Close) {
-    return event->ignore();
-  }
+  if (!mayDiscardEdits()) return event->ignore();
   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
   defaults.setInteger(width(), widthKey);
   defaults.setInteger(height(), heightKey);

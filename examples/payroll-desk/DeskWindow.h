@@ -39,6 +39,11 @@ class DeskWindow : public QMainWindow {
   /// A caption, a line edit and its formatter, bound to a key path of the selected person.
   QLineEdit* addField(QGridLayout& layout, int row, int column, int width, const QString& caption, const char* key,
                       norvik::Ref<norvik::NSFormatter> formatter);
+  /// Takes over what is typed in the field that has the focus: a key of a menu leaves the focus there.
+  void endEditing();
+  void save();
+  /// Asks the user if there are edits.
+  bool mayDiscardEdits();
   void chooseFolder();
   void choosePrintFolder();
   void setAppearance(Appearance appearance);

@@ -6,8 +6,11 @@
 #include <QEventLoop>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 
 #include "InputReader.h"
 #include "NorvikCore/platform/values/Decimal_literal.h"
@@ -192,6 +195,48 @@ TEST_F(PayrollDesk, TheWindowKeepsTheSelectedPersonDuringASearch) {
   EXPECT_EQ(desk->selected()->number(), "E2");
   EXPECT_EQ(window.findChild<QLineEdit*>("sortCode")->text(), "20-12-53");
   EXPECT_FALSE(desk->isEdited()) << "nothing was typed";
+}
+
+TEST_F(PayrollDesk, EditsAreNotDiscardedWithoutAQuestion) {
+  desk::DeskWindow window(desk);
+  window.show();
+  open();
+  person(0).setBonus(5_dec);
+  const auto answer = [](QMessageBox::StandardButton button) {
+    QTimer::singleShot(0, [button] {
+      auto* const question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(question, nullptr);
+      question->button(button)->click();
+    });
+  };
+  auto& months = *window.findChild<QComboBox*>("months");
+  answer(QMessageBox::Cancel);
+  months.setFocus();
+  QTest::keyClick(&months, Qt::Key_Down);
+  EXPECT_EQ(months.currentIndex(), 0);
+  EXPECT_TRUE(desk->isEdited());
+  answer(QMessageBox::Cancel);
+  EXPECT_FALSE(window.close());
+  answer(QMessageBox::Discard);
+  QTest::keyClick(&months, Qt::Key_Down);
+  ASSERT_TRUE(runUntil([&] { return !desk->isBusy(); }));
+  EXPECT_EQ(desk->month(), 2);
+  EXPECT_FALSE(desk->isEdited());
+}
+
+TEST_F(PayrollDesk, TheKeyForSavingSavesWhatIsStillBeingTyped) {
+  desk::DeskWindow window(desk);
+  window.show();
+  open();
+  QApplication::setActiveWindow(&window);
+  auto& bonus = *window.findChild<QLineEdit*>("bonus");
+  bonus.setFocus();
+  bonus.selectAll();
+  QTest::keyClicks(&bonus, "7.5");
+  EXPECT_FALSE(desk->isEdited()) << "editing has not ended";
+  QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
+  ASSERT_TRUE(runUntil([&] { return !desk->isBusy() && !desk->isEdited(); }));
+  EXPECT_TRUE(folder.read(folder.path("items.csv")).ends_with("\nE1,2024-05-05,bonus,Bonus,7.50\n"));
 }
 
 TEST_F(PayrollDesk, TheWindowRemembersItsSize) {
