@@ -65,7 +65,7 @@ void mistake(Decimal amount, Date payday, const NSString& name, const Value& val
   static_cast<void>(slip < person);
 #elif SHOULD_NOT_COMPILE == 14  // a Value gives text as NSString: as<NSString>().str() is a std::string
   for (const std::string& each : slips->as<std::string>()) NSLog("%@", each);
-#elif SHOULD_NOT_COMPILE == 15  // a Value does not become this type
+#elif SHOULD_NOT_COMPILE == 15  // a Value cannot be converted to this type
   static_cast<void>(std::ranges::count_if(slips->as<std::tm>(), [](const std::tm&) { return true; }));
 #elif SHOULD_NOT_COMPILE == 16  // dangling | borrowed_iterator_t
   NSLog("%@", std::ranges::max_element(slips->as<Slip>(), {}, &Slip::netPay)->netPay());

@@ -14,7 +14,12 @@ command=$(sed -n '/^```sh$/,/^```$/p' "$page" | grep "^$debugger " | sed "s|diag
   s|/usr/share/norvikcore/lldb|'$root/NorvikCore/diagnostics/lldb'|")
 [ -n "$command" ] || { echo "the page has no command"; exit 1; }
 expected=$(sed -n '/^```text$/,/^```$/{/^```$/q;p}' "$page" | grep -v '^```')
-said=$(LC_ALL=C bash -c "$command" 2>&1 | tr -d '\r')
+export LC_ALL=C
+if [ "$debugger" = gdb ]; then
+  said=$(bash -c "$command" 2>&1 </dev/null | tr -d '\r')
+else
+  said=$(attempts bash -c "$command" 2>&1 | tr -d '\r')
+fi
 case $said in
   *"$expected"*) ;;
   *) printf 'the page says:\n%s\n%s says:\n%s\n' "$expected" "$debugger" "$said"; exit 1 ;;

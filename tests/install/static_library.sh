@@ -12,7 +12,7 @@ mkdir -p "$work/consumer"
 mapfile -t settings < <(grep -E '^(CMAKE_(BUILD_TYPE|CXX_(COMPILER|COMPILER_LAUNCHER|FLAGS[A-Z_]*)|UNITY_BUILD[A-Z_]*)|NORVIK_WERROR):' \
   "$build/CMakeCache.txt" | sed 's/^/-D/')
 cmake -S "$source" -B "$work/library" -G Ninja "${settings[@]}" -DBUILD_SHARED_LIBS=OFF -DNORVIK_TESTS=OFF \
-  -DNORVIK_EXPORT_INTERNALS=ON -DNORVIK_EXAMPLES=OFF -DNORVIK_PROGRAMS=OFF -DNORVIK_POSTGRESQL=OFF
+  -DNORVIK_EXPORT_INTERNALS=ON -DNORVIK_EXAMPLES=OFF -DNORVIK_PROGRAMS=OFF -DNORVIK_POSTGRESQL=OFF -DNORVIK_QT=OFF
 objects() { ninja -C "$1" -t commands "$2" | grep -E -- ' -c ' | sed "s|$1|BUILD|g" | sort; }
 objects "$build" NorvikCore/libNorvikCore.so >"$work/shared.txt"
 objects "$work/library" NorvikCore/libNorvikCore.a >"$work/static.txt"

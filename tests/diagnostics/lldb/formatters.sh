@@ -33,7 +33,7 @@ esac
 
 shows=()
 while read -r line; do shows+=(-o "frame variable ${line%% => *}"); done <"$expected"
-"$lldb" --no-lldbinit -b -o "command script import '$script'" \
+attempts "$lldb" --no-lldbinit -b -o "command script import '$script'" \
   -o 'settings set target.max-string-summary-length 250' "${stop[@]}" "${shows[@]}" -o 'script print("=====")' \
   "${target[@]}" >"$work/said.txt" 2>&1 || { cat "$work/said.txt"; exit 1; }
 # From each command to the next: the command, and the lines of its output without "(type) variable = ".
