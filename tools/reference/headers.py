@@ -149,6 +149,8 @@ class Selection:
     def kind_of(self, text):
         """The kind of a declaration; none if it is no part of the reference."""
         bare = without_template(text)
+        if re.match(r"[^(]*\s(?:std|fmt)::[\w:]+<.*> = ", bare):
+            return None  # a variable of another namespace, such as std::ranges::enable_view<T>
         if re.match(r"(?:template <>|extern template|static_assert|using namespace|template (?:class|struct))", text):
             return None
         if re.match(r"friend (?:class |struct )?\w+$", bare):
@@ -202,6 +204,7 @@ class Page:
         self.path, self.chapter = path, chapter
         self.name = os.path.basename(path)[:-len(".h")]
         self.topic = "topic_" + re.sub(r"\W", "_", path[len("NorvikCore/"):-len(".h")])
+        text = re.sub(r"(?m)^FMT_(?:BEGIN|END)_NAMESPACE$", "", text)  # they contain no declaration for users
         head = re.match(r"((?://[^\n]*\n)+)", text)
         if not head:
             sys.exit(f"{path}: no comment at the head")
