@@ -273,6 +273,9 @@ QWidget* DeskWindow::makePeople() {
   header.resizeSection(1, 96);
   header.resizeSection(2, 164);
   header.resizeSection(3, 108);
+  header.setSortIndicator(-1, Qt::AscendingOrder);  // the order of the files, until a title is clicked
+  header.setSortIndicatorClearable(true);
+  table_->setSortingEnabled(true);
   connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
     if (isChangingRows_ || !current.isValid()) return;
     const auto person = people_->objectAtRow(current.row()).as<Ref<Person>>();
