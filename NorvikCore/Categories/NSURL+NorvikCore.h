@@ -6,8 +6,8 @@
 //   nk_deleteDomainCookiesSessionOnly(*service, false);     // those of example.com and all below it
 //
 //   Ref<NSURL> draft = NSURL::fileURLWithPath("/tmp/slip.pdf", false);
-//   nk_setDeleteAfterUse(*draft, true);                     // remembered, and deleted by
-//   nk_applyDeletePolicyToCache();                          // when the application ends, say
+//   nk_setDeleteAfterUse(*draft, true);                     // marks the file
+//   nk_applyDeletePolicyToCache();                          // deletes all marked files, for example at the end
 //
 // The cookies are those of NSHTTPCookieStorage::sharedHTTPCookieStorage(); any thread. While NKDebuggerAttached is
 // true, the cookie operations print on the system console (NSLog) the domains of the cookies that they read and delete.

@@ -9,8 +9,8 @@
 // link is written.
 //
 // All content of the text is escaped: & < > " and ' are written as entities. A line break of any kind (CR LF is one)
-// becomes <br>. A control character other than the tab and a lone surrogate half become U+FFFD. Browsers collapse
-// blanks unless the fragment's element has `white-space: pre-wrap`.
+// becomes <br>. A control character other than the tab and a lone surrogate half become U+FFFD. Browsers show
+// consecutive spaces as one unless the fragment's element has `white-space: pre-wrap`.
 //
 // Any thread. Linear.
 #pragma once

@@ -100,7 +100,7 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   [[nodiscard]] virtual Ref<NSAttributedString> copy() const;
   [[nodiscard]] Ref<NSMutableAttributedString> mutableCopy() const;
 
-  /// The attributes are archived too, so all their values must be codable.
+  /// The attributes are archived too, so each of their values must be one that can be archived.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 

@@ -88,8 +88,8 @@ class NK_EXPORT NSHTTPCookie : public NSObject {
   NK_METHOD(isHTTPOnly)
 
   /// Domain, path without a trailing '/', and name, separated by tabs: cookies with the same key replace one another.
-  /// Cookies of "/slips" and "/slips/" have the same key, because libcurl reads the second path as a line without a
-  /// path and RFC 6265 the first one.
+  /// Cookies of "/slips" and "/slips/" have the same key, because a line without a path gives the second one in libcurl
+  /// and the first one by RFC 6265.
   [[nodiscard]] NSString storageKey() const;
   /// Whether host, path and security of the address allow the cookie to be sent there. Its expiry is not considered.
   [[nodiscard]] bool matchesURL(const NSURL& url) const;

@@ -3,7 +3,7 @@
 //   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
 //   defaults.registerDefaults(*NSDictionary::dictionaryWith({{NKMaxAutoSnapshotCount, 20}}));
 //   defaults.integerForKey(NKMaxAutoSnapshotCount);          // 20, until the user sets a value
-//   defaults.setObject(0.135_dec, "EmployerRate");           // on the disk when it returns
+//   defaults.setObject(0.135_dec, "EmployerRate");           // in the database when the call returns
 //   defaults.objectForKey("EmployerRate").as<Decimal>();     // 0.135, in every later process too
 //
 // Values are booleans, integers, doubles, decimals, dates, texts, data, and arrays and dictionaries of those; keys of
