@@ -39,7 +39,7 @@ extern NK_EXPORT const NSString NSFontAttributeName;             ///< an NSFont
 extern NK_EXPORT const NSString NSForegroundColorAttributeName;  ///< an NSColor
 extern NK_EXPORT const NSString NSBackgroundColorAttributeName;  ///< an NSColor
 extern NK_EXPORT const NSString NSUnderlineStyleAttributeName;   ///< an integer, 0 for none
-extern NK_EXPORT const NSString NSLinkAttributeName;             ///< an address as text
+extern NK_EXPORT const NSString NSLinkAttributeName;             ///< a URL as text
 
 class NSMutableAttributedString;
 

@@ -44,7 +44,7 @@ bool appendDrawn(std::string& drawn, const NSString& text, bool isBehindReturn) 
   return isBehindReturn;
 }
 
-// Cairo writes an address to the file unchanged. Characters that would end the address there are percent-encoded.
+// Cairo writes a URL to the file unchanged. Characters that would end the URL there are percent-encoded.
 std::string encoded(const std::string& address) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string text;
