@@ -1,5 +1,5 @@
-// fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format, and checks that it
-// reads back what the fuzzer writes of its records.
+// fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format. The fuzzer writes the
+// records that were read as CSV, and the reader must give the same records again.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

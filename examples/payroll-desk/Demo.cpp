@@ -164,7 +164,8 @@ int runDemo(MainThreadWatch& application, const std::filesystem::path& employer,
   session.picture("log");
 
   application.stop();
-  // For the eye: a frame of a screen with 60 pictures a second is 16 ms. Other work on the machine makes it longer.
+  // A screen that shows 60 pictures a second shows each for 16 ms, so a longer event would be visible. The time on the
+  // clock also includes other work of the machine.
   const auto& longest = application.longest();
   std::printf("longest event of the main thread: %.1f ms of processor time (%s), %.1f ms on the clock\n",
               longest.processor, qPrintable(longest.event), longest.wall);

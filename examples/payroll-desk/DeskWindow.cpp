@@ -253,7 +253,8 @@ QWidget* DeskWindow::makePeople() {
   people_->setContent(*desk_, "shown");
   table_ = new QTableView;
   table_->setObjectName(QStringLiteral("people"));
-  // Connected before the view: it makes a neighbour of a removed row the current one, which is no choice of the user.
+  // Connected before the view, because the view makes a neighbour of a removed row the current one, which the user has
+  // not chosen.
   connect(people_, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { isChangingRows_ = true; });
   table_->setModel(people_);
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);
