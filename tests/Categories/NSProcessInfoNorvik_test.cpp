@@ -29,6 +29,7 @@
 #include "tests/support/OnThreads.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WarningRecorder.h"
+#include "tests/support/Sanitizers.h"
 
 namespace norvik {
 namespace {
@@ -341,7 +342,7 @@ TEST(NSProcessInfoNorvik, WithoutProcTheStatusIsZero) {
 }
 
 TEST(NSProcessInfoNorvik, WithAllDescriptorsInUseTheCheckIsStillMade) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   const TemporaryFolder folder;

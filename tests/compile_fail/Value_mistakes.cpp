@@ -70,6 +70,10 @@ void mistake(Decimal amount, Date payday, const NSString& name, const Value& val
   static_cast<void>(std::ranges::count_if(slips->as<std::tm>(), [](const std::tm&) { return true; }));
 #elif SHOULD_NOT_COMPILE == 16  // dangling | borrowed_iterator_t
   NSLog("%@", std::ranges::max_element(slips->as<Slip>(), {}, &Slip::netPay)->netPay());
+#elif SHOULD_NOT_COMPILE == 18  // months and years differ in length: use nk_addMonths() or nk_addYears()
+  take(payday + std::chrono::months(1));
+#elif SHOULD_NOT_COMPILE == 19  // months and years differ in length: use nk_addMonths() or nk_addYears()
+  payday -= std::chrono::years(1);
 #elif SHOULD_NOT_COMPILE == 17  // no match for | invalid operands to binary expression
   static_cast<void>(amount * 0.2);
 #endif

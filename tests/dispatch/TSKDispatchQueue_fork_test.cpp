@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 #include "tests/dispatch/Wrappers.h"
 #include "tests/support/QuietFork.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -15,7 +16,7 @@
 #include <string>
 #include <thread>
 
-#if defined(__SANITIZE_THREAD__)
+#if defined(NK_TEST_THREAD_SANITIZER)
 #define NK_SKIP_UNDER_TSAN() GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
 #else
 #define NK_SKIP_UNDER_TSAN() static_cast<void>(0)

@@ -7,6 +7,7 @@
 #include "tests/support/InChild.h"
 #include "tests/support/LogFolder.h"
 #include "tests/support/RecordingLogger.h"
+#include "tests/support/Sanitizers.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -387,7 +388,7 @@ TEST_F(DDFileLoggerRefusal, AFolderInWhichNoFileCanBeMadeIsSaidOnceUntilOneCould
 }
 
 TEST_F(DDFileLoggerRefusal, WithoutADescriptorLinesAreLostAndTheReasonIsSaidOnce) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   RUN_IN_CHILD({

@@ -11,6 +11,7 @@
 #include "tests/support/LogFolder.h"
 #include "tests/support/QuietFork.h"
 #include "tests/support/RecordingLogger.h"
+#include "tests/support/Sanitizers.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -360,7 +361,7 @@ TEST_F(DDFileLoggerTest, AFileOfThePastRollsWhenTheFrequencyIsSet) {
 }
 
 TEST_F(DDFileLoggerTest, AForkedChildRollsByAgeToo) {
-#ifdef __SANITIZE_THREAD__
+#ifdef NK_TEST_THREAD_SANITIZER
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
   logger->setRollingFrequency(0.5);

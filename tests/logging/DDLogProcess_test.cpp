@@ -1,5 +1,6 @@
 // What a process leaves of its log, independent of how it ends; log_child.cpp is the process.
 #include "tests/support/LogFolder.h"
+#include "tests/support/Sanitizers.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -231,10 +232,10 @@ TEST(DDLogProcess, ExitOnAnotherThreadFlushes) {
 }
 
 TEST(DDLogProcess, AForkedChildMayLogAndExitsWithoutHanging) {
-#ifdef __SANITIZE_THREAD__
+#ifdef NK_TEST_THREAD_SANITIZER
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process";
 #endif
   const TemporaryFolder folder;

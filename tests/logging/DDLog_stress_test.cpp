@@ -3,6 +3,7 @@
 #include "NorvikCore/logging/DDLogFileFormatterDefault.h"
 #include "tests/support/LogFolder.h"
 #include "tests/support/RecordingLogger.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#if defined(NK_TEST_THREAD_SANITIZER) || defined(NK_TEST_ADDRESS_SANITIZER)
 constexpr int messagesInAll = 80'000;
 #else
 constexpr int messagesInAll = 300'000;

@@ -12,6 +12,7 @@
 #include "tests/support/LogFolder.h"
 #include "tests/support/QuietFork.h"
 #include "tests/support/RecordingLogger.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -385,7 +386,7 @@ TEST_F(LogIntake, ADescriptionThatRaisesReachesTheCallerAndTakesNoPlaceInTheQueu
 }
 
 TEST_F(LogIntake, AForkedChildLogsWithItsOwnThreadId) {
-#ifdef __SANITIZE_THREAD__
+#ifdef NK_TEST_THREAD_SANITIZER
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
   log("of the parent");
@@ -492,7 +493,7 @@ class ForkingFormatter : public DDLogFormatter {
 };
 
 TEST_F(LogIntake, AChildThatIsForkedWithinAMessageGoesOnWithThatOneAlone) {
-#ifdef __SANITIZE_THREAD__
+#ifdef NK_TEST_THREAD_SANITIZER
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
   clean();

@@ -10,6 +10,7 @@
 #include "NorvikCore/platform/foundation/NSNotificationCenter.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/kernel/HostInfo.h"
+#include "tests/support/Sanitizers.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -27,7 +28,7 @@
 #include <thread>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
 // A forked child abandons the messages that were queued in its parent, on purpose. That is not a leak.
 extern "C" NK_EXPORT const char*
 __asan_default_options();  // NOLINT(bugprone-reserved-identifier): the sanitizer's name

@@ -2,15 +2,9 @@
 // reference cycle, and objects that are leaked on purpose because another thread may have been using them.
 #pragma once
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define NORVIK_TEST_LOOKS_FOR_LEAKS
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define NORVIK_TEST_LOOKS_FOR_LEAKS
-#endif
+#include "tests/support/Sanitizers.h"
 
-#if defined(NORVIK_TEST_LOOKS_FOR_LEAKS)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -20,12 +14,12 @@ namespace norvik::test {
 class LeaksAllowed {
  public:
   LeaksAllowed() {
-#if defined(NORVIK_TEST_LOOKS_FOR_LEAKS)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
     __lsan_disable();
 #endif
   }
   ~LeaksAllowed() {
-#if defined(NORVIK_TEST_LOOKS_FOR_LEAKS)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
     __lsan_enable();
 #endif
   }

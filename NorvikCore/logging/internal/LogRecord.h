@@ -100,7 +100,10 @@ class LogRecord {
   [[nodiscard]] FormatArguments arguments() const noexcept {
     return {reinterpret_cast<const FormatArgument*>(room_), argumentCount_};
   }
-  [[nodiscard]] const char* names() const noexcept { return room_ + argumentCount_ * sizeof(FormatArgument); }
+  [[nodiscard]] const char* names() const noexcept {
+    const char* const start = room_;  // of a record on the heap, there is more room behind the member
+    return start + argumentCount_ * sizeof(FormatArgument);
+  }
 
   LogRecord* onHeap_;
   DDLogMessage* made_;  // retained

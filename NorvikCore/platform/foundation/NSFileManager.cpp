@@ -153,26 +153,16 @@ bool NSFileManager::setAttributes(const NSDictionary& attributes, const NSString
 }
 
 bool NSFileManager::createFileAtPath(const NSString& path, const Ref<NSData>& contents,
-                                     const Ref<NSDictionary>& attributes) {
+                                     const Ref<NSDictionary>& attributes, Ref<NSError>* error) {
   const std::string file = systemPath(path);
-  kernel::FileDescriptor descriptor;
-  bool isNew = true;
-  int error = kernel::openFile(file, {.write = true, .create = true, .exclusive = true}, descriptor);
-  if (error == EEXIST) {
-    isNew = false;
-    error = kernel::openFile(file, {.write = true, .create = true, .truncate = true}, descriptor);
-  }
-  if (error == 0 && contents) error = kernel::writeAll(descriptor.get(), contents->text());
-  if (const int closeError = descriptor.close(); error == 0) error = closeError;
-  // A failure to store the creation time is ignored, because the file itself is complete.
-  if (error == 0 && isNew) static_cast<void>(kernel::noteCreation(file));
-  if (error == 0 && attributes) error = applyAttributes(file, *attributes);
-  return error == 0;
+  int number = kernel::replaceFile(file, contents ? std::string_view(contents->text()) : std::string_view());
+  if (number == 0 && attributes) number = applyAttributes(file, *attributes);
+  return report(number, "write file", path, error);
 }
 
-Ref<NSData> NSFileManager::contentsAtPath(const NSString& path) const {
+Ref<NSData> NSFileManager::contentsAtPath(const NSString& path, Ref<NSError>* error) const {
   std::string text;
-  if (kernel::readFile(systemPath(path), text) != 0) return nullptr;
+  if (!report(kernel::readFile(systemPath(path), text), "read file", path, error)) return nullptr;
   return NSData::dataWithText(text);
 }
 

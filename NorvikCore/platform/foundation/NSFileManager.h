@@ -77,12 +77,14 @@ class NK_EXPORT NSFileManager : public NSObject {
   /// Of the attributes only NSFilePosixPermissions and NSFileModificationDate are used.
   bool setAttributes(const NSDictionary& attributes, const NSString& ofItemAtPath, Ref<NSError>* error = nullptr);
 
-  /// Writes a file with that content (absent: empty), and replaces the content of an existing one. Attributes as for
-  /// setAttributes().
+  /// Writes a file with that content (absent: empty). An existing file is replaced as a whole: after a failure, such as a
+  /// full disk, it has its old content. Its owner, permissions and extended attributes stay, a symbolic link too. Only a
+  /// file with hard links, a file in a folder that is not writable, and a pipe or device are written in place.
+  /// Attributes as for setAttributes().
   bool createFileAtPath(const NSString& path, const Ref<NSData>& contents,
-                        const Ref<NSDictionary>& attributes = nullptr);
+                        const Ref<NSDictionary>& attributes = nullptr, Ref<NSError>* error = nullptr);
   /// The whole content; an empty Ref if it cannot be read.
-  [[nodiscard]] Ref<NSData> contentsAtPath(const NSString& path) const;
+  [[nodiscard]] Ref<NSData> contentsAtPath(const NSString& path, Ref<NSError>* error = nullptr) const;
 
   /// Fails with EEXIST if `toPath` exists. On another file system the item is copied and then removed.
   bool moveItemAtPath(const NSString& path, const NSString& toPath, Ref<NSError>* error = nullptr);

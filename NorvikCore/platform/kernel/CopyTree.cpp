@@ -40,17 +40,6 @@ int copyLink(const std::string& from, const std::string& to) {
   return symlink(std::string(target, static_cast<std::size_t>(length)).c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-int copyAttributes(const std::string& from, const std::string& to) {
-  std::vector<std::string> names;
-  if (const int error = listAttributes(from, names)) return error;
-  for (const std::string& name : names) {
-    std::string value;
-    if (const int error = getAttribute(from, name, value)) return error;
-    if (const int error = setAttribute(to, name, value)) return error;
-  }
-  return 0;
-}
-
 int copyOne(const std::string& from, const std::string& to, const FileStatus& status);
 
 int copyEntries(const std::string& from, const std::string& to) {

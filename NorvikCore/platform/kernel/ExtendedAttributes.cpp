@@ -153,6 +153,17 @@ int listAttributes(const std::string& path, std::vector<std::string>& names) {
   return error;
 }
 
+int copyAttributes(const std::string& from, const std::string& to) {
+  std::vector<std::string> names;
+  if (const int error = listAttributes(from, names)) return error;
+  for (const std::string& name : names) {
+    std::string value;
+    if (const int error = getAttribute(from, name, value)) return error;
+    if (const int error = setAttribute(to, name, value)) return error;
+  }
+  return 0;
+}
+
 int renameWithAttributes(const std::string& from, const std::string& to, Replace replace) {
   const bool sideFiles = usesSideFiles(from);
   if (const int error = replace == Replace::yes ? renamed(from, to) : renamedToFreeName(from, to)) return error;

@@ -49,6 +49,9 @@ namespace norvik::kernel {
 /// The attributes' names in alphabetical order. Attributes outside "user." belong to others and are omitted.
 [[nodiscard]] NK_EXPORT int listAttributes(const std::string& path, std::vector<std::string>& names);
 
+/// Gives `to` the attributes of `from`, in addition to its own.
+[[nodiscard]] NK_EXPORT_FOR_TESTS int copyAttributes(const std::string& from, const std::string& to);
+
 enum class Replace { yes, no };
 
 /// rename(2) of a file or folder, with its attributes. A file at `to` is replaced with its attributes; with Replace::no

@@ -14,6 +14,7 @@
 
 #include "NorvikCore/platform/export.h"
 
+#include <cassert>
 #include <compare>
 #include <cstddef>
 #include <optional>  // std::hash, by the cheapest header
@@ -80,7 +81,12 @@ class Ref {
   requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
   noexcept : object_(other.take()) {}
   ~Ref() {
-    if (object_) detail::release(object_);
+    if constexpr (requires { detail::release(object_); }) {
+      if (object_) detail::release(object_);
+    } else {
+      static_assert(!sizeof(T*), "a Ref holds an object, of a complete class derived from NSObject; "
+                                 "NSString, Decimal, Date, NSNumber and Value are values, without Ref");
+    }
   }
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
@@ -97,11 +103,22 @@ class Ref {
   [[nodiscard]] T* take() noexcept { return std::exchange(object_, nullptr); }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
-  T& operator*() const& noexcept { return *object_; }
+  // In a program compiled without NDEBUG, using an empty Ref ends the process with a message instead of a segmentation
+  // fault.
+  T& operator*() const& noexcept {
+    assert(object_ && "an empty Ref is used as an object");
+    return *object_;
+  }
   /// For a temporary Ref, which is destroyed at the end of the statement: the result may be passed on, but not iterated
   /// over or stored.
-  detail::Passing<T> operator*() const&& noexcept { return detail::Passing<T>(*object_); }
-  T* operator->() const noexcept { return object_; }
+  detail::Passing<T> operator*() const&& noexcept {
+    assert(object_ && "an empty Ref is used as an object");
+    return detail::Passing<T>(*object_);
+  }
+  T* operator->() const noexcept {
+    assert(object_ && "an empty Ref is used as an object");
+    return object_;
+  }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
   /// Compares identity, not equality of the objects.
@@ -138,9 +155,14 @@ template <class T>
 /// already be taken. If `init` returns false, the result is an empty Ref.
 template <class T, class... Args>
 [[nodiscard]] Ref<T> make(Args&&... args) {
-  auto object = Ref<T>::adopt(new T(std::forward<Args>(args)...));
-  if (!detail::initialise(object.get())) return nullptr;
-  return object;
+  if constexpr (requires(T * object) { detail::initialise(object); }) {
+    auto object = Ref<T>::adopt(new T(std::forward<Args>(args)...));
+    if (!detail::initialise(object.get())) return nullptr;
+    return object;
+  } else {
+    static_assert(!sizeof(T*), "make() creates objects, of classes derived from NSObject; create a value by its "
+                               "constructor, as in NSString(\"net\")");
+  }
 }
 
 /// The object as a T, or an empty Ref if it is not a T.

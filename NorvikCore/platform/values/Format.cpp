@@ -109,11 +109,27 @@ void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatF
   appendPadded(out, text, field);
 }
 
+/// The text of a number or a boolean, as NSNumber gives it; of a value or an object its description.
+NSString describe(const FormatArgument& argument) {
+  switch (argument.kind()) {
+    case FormatKind::boolean:
+      return NSNumber(argument.integer != 0).stringValue();
+    case FormatKind::signedInteger:
+      return NSNumber(argument.integer).stringValue();
+    case FormatKind::unsignedInteger:
+      return NSNumber(static_cast<std::uint64_t>(argument.integer)).stringValue();
+    case FormatKind::floating:
+      return NSNumber(argument.floating).stringValue();
+    default:
+      return argument.describe(argument.pointer);
+  }
+}
+
 void appendObject(FormatBuffer& out, const FormatArgument& argument, const FormatField& field) {
-  if (argument.kind() < FormatKind::described || argument.kind() > FormatKind::object) {
+  if (argument.kind() >= FormatKind::text && argument.kind() <= FormatKind::string) {
     return appendText(out, argument, field, false);
   }
-  const NSString description = argument.describe(argument.pointer);
+  const NSString description = describe(argument);
   FormatArgument text;
   text.setKind(FormatKind::string);
   text.pointer = &description;

@@ -5,7 +5,7 @@
 // A directive is  % [n$] [flags] [width] [.precision] [length] conversion : flags are - + space # 0 ' , width and
 // precision are numbers, * or *n$, and the conversions are
 //
-//   @                        any value or object of the library, and text
+//   @                        any value or object of the library, text, and plain numbers as NSNumber shows them
 //   d i u D U, x X o O       integers, booleans, characters, enumerations
 //   c C                      a character, or an integer that is a code point
 //   s S                      text
@@ -138,7 +138,7 @@ constexpr bool formatAccepts(char conversion, FormatKind kind) noexcept {
   using enum FormatKind;
   switch (conversion) {
     case '@':
-      return kind == absent || (kind >= text && kind <= object);
+      return kind != character && kind != longFloating && kind != pointer;
     case 's':
     case 'S':
       return kind == absent || kind == text || kind == cText || kind == string;

@@ -31,6 +31,10 @@ concept SystemTimePoint = requires(const T& point) {
   requires ChronoDuration<decltype(point.time_since_epoch())>;
 };
 
+/// std::chrono's months and years are average lengths, 30.4 and 365.2 days, which no calendar date is apart.
+template <class T>
+inline constexpr bool isCalendarUnit = T::period::den == 1 && (T::period::num == 2'629'746 || T::period::num == 31'556'952);
+
 /// A length of time. Character and boolean types are excluded.
 template <class T>
 concept TimeInterval = std::floating_point<T> || WholeNumber<T> || ChronoDuration<T>;
@@ -38,6 +42,7 @@ concept TimeInterval = std::floating_point<T> || WholeNumber<T> || ChronoDuratio
 template <TimeInterval T>
 [[nodiscard]] constexpr double inSeconds(const T& time) noexcept {
   if constexpr (ChronoDuration<T>) {
+    static_assert(!isCalendarUnit<T>, "months and years differ in length: use nk_addMonths() or nk_addYears()");
     return static_cast<double>(time.count()) * static_cast<double>(T::period::num) /
            static_cast<double>(T::period::den);
   } else {

@@ -9,6 +9,7 @@
 #include "tests/support/ExpectRaises.h"
 #include "tests/support/InChild.h"
 #include "tests/support/LeaksAllowed.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -186,7 +187,7 @@ TEST(NSUnarchiver, ArraysThatEachClaimAllThatFollowsAreRefusedWithoutMakingRoomF
     }
   }
   const Ref<NSData> damaged = bytesInOrder(nested + std::string(1'000'000, '\xff'));
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
   constexpr rlim_t greatestMemory = RLIM_INFINITY;  // the sanitizer needs terabytes of address space for itself
 #else
   constexpr rlim_t greatestMemory = rlim_t{2} << 30;

@@ -6,6 +6,7 @@
 #include "NorvikCore/platform/dispatch/Source.h"
 #include "tests/platform/dispatch/Watchdog.h"
 #include "tests/support/QuietFork.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -17,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SANITIZE_THREAD__)
+#if defined(NK_TEST_THREAD_SANITIZER)
 #define NK_SKIP_UNDER_TSAN() GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
 #else
 #define NK_SKIP_UNDER_TSAN() static_cast<void>(0)

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/dispatch/internal/WorkerPool.h"
 #include "tests/platform/dispatch/Watchdog.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@
 #include <vector>
 
 // With the address sanitizer every item is a separate heap allocation, so that each is checked.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(NK_TEST_ADDRESS_SANITIZER)
 #define NK_SKIP_WITHOUT_PAGES() GTEST_SKIP() << "items are no pieces of pages under the address sanitizer"
 #else
 #define NK_SKIP_WITHOUT_PAGES() static_cast<void>(0)

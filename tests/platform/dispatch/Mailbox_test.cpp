@@ -8,6 +8,7 @@
 #include "tests/platform/dispatch/Watchdog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/QuietFork.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -217,7 +218,7 @@ TEST_F(Mailbox, WhatABlockSendsAndQueuesComesAfterIt) {
 }
 
 TEST_F(Mailbox, EachThreadsLettersAndBlocksComeInItsOrder) {
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#if defined(NK_TEST_THREAD_SANITIZER) || defined(NK_TEST_ADDRESS_SANITIZER)
   constexpr int each = 10'000;
 #else
   constexpr int each = 200'000;
@@ -518,7 +519,7 @@ TEST_F(Mailbox, WithoutWorkersATargetsTurnIsTakenToo) {
 
 // --- Forks ---
 
-#if defined(__SANITIZE_THREAD__)
+#if defined(NK_TEST_THREAD_SANITIZER)
 #define NK_SKIP_UNDER_TSAN() GTEST_SKIP() << "the thread sanitizer starts no threads in a forked child"
 #else
 #define NK_SKIP_UNDER_TSAN() static_cast<void>(0)
@@ -587,7 +588,7 @@ TEST_F(Mailbox, AReaderThatForksKeepsItsLetterInTheChildAndNoOther) {
 
 TEST_F(Mailbox, AForkAmidLettersLosesNothingInTheParentAndHoldsUpNoChild) {
   NK_SKIP_UNDER_TSAN();
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the address sanitizer's own heap may be locked for ever in a child of a busy process";
 #endif
   std::atomic<bool> done = false;

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/platform/dispatch/Watchdog.h"
 #include "tests/support/InChild.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -190,7 +191,7 @@ TEST_F(MainQueueDeathTest, DispatchMainRunsBlocksUntilTheProcessExits) {
 }
 
 TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnceUntilThereIsOne) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   RUN_IN_CHILD({
@@ -220,7 +221,7 @@ TEST_F(MainQueueDeathTest, WithoutADescriptorBlocksRunAndTheReasonIsReportedOnce
 }
 
 TEST_F(MainQueueDeathTest, TheMainLoopNeedsNoDescriptor) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   RUN_IN_CHILD({

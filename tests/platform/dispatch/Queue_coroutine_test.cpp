@@ -7,6 +7,7 @@
 #include "tests/platform/dispatch/Job.h"
 #include "tests/platform/dispatch/Watchdog.h"
 #include "tests/support/QuietFork.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -205,7 +206,7 @@ TEST_F(QueueCoroutine, CoroutinesOfManyThreadsTakeTurnsOnSerialQueues) {
   EXPECT_EQ(counters.all, 2000);
 }
 
-#if !defined(__SANITIZE_THREAD__)  // which starts no threads in a forked child
+#if !defined(NK_TEST_THREAD_SANITIZER)  // which starts no threads in a forked child
 TEST_F(QueueCoroutine, AWaitingCoroutineStaysInTheParentOfAFork) {
   const auto queue = dispatch_queue_create(nullptr);
   bool hasContinued = false;

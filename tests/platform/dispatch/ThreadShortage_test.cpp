@@ -13,6 +13,7 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/platform/dispatch/Watchdog.h"
 #include "tests/support/InChild.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -421,7 +422,7 @@ TEST_F(ThreadShortage, AForkedChildWithoutThreadsMayDispatch) {
 }
 
 TEST_F(ThreadShortage, AChildThatIsForkedAmidTheFirstBlockOfAProcessMayDispatch) {
-#ifdef __SANITIZE_THREAD__
+#ifdef NK_TEST_THREAD_SANITIZER
   GTEST_SKIP() << "the thread sanitizer starts no threads in a child made by fork()";
 #endif
   RUN_IN_CHILD({
@@ -485,7 +486,7 @@ TEST_F(ThreadShortage, ABlockThatAWaitingThreadRunsMayForkAndTheChildGoesOn) {
 }
 
 TEST_F(ThreadShortage, AProcessWhoseUserMayHaveNoMoreThreadsGoesOn) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(NK_TEST_ADDRESS_SANITIZER) || defined(NK_TEST_THREAD_SANITIZER)
   GTEST_SKIP() << "the sanitizers start threads in a way of their own";
 #endif
   RUN_IN_CHILD({

@@ -190,7 +190,11 @@ TEST(NSFileManager, ANewFileHasItsContentAndReplacesAnOldOne) {
 
 TEST(NSFileManager, AFileThatCannotBeMadeIsRefused) {
   const TemporaryFolder folder;
-  EXPECT_FALSE(files.createFileAtPath(folder.path("absent/a"), nullptr));
+  Ref<NSError> error;
+  EXPECT_FALSE(files.createFileAtPath(folder.path("absent/a"), nullptr, nullptr, &error));
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_FALSE(files.contentsAtPath(folder.path("absent"), &error));
+  EXPECT_EQ(error->code(), ENOENT);
   EXPECT_FALSE(files.createFileAtPath(folder.path(), nullptr));
   EXPECT_FALSE(files.createFileAtPath(NSString(folder.path("a") + std::string("\0b", 2)), nullptr));
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>());

@@ -23,6 +23,7 @@
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Sanitizers.h"
 
 namespace norvik {
 namespace {
@@ -185,7 +186,7 @@ TEST(OpenDescriptors, WithoutProcTheListFails) {
 }
 
 TEST(OpenDescriptors, WithoutAFreeDescriptorTheListIsStillWhole) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   const TemporaryFolder folder;
@@ -208,7 +209,7 @@ TEST(OpenDescriptors, WithoutAFreeDescriptorTheListIsStillWhole) {
 }
 
 TEST(OpenDescriptors, WithoutAFreeDescriptorAFolderThatCannotBeListedSaysWhyToo) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef NK_TEST_ADDRESS_SANITIZER
   GTEST_SKIP() << "the undefined behaviour sanitizer checks the kind of an object through a pipe of its own";
 #endif
   const TemporaryFolder folder;

@@ -6,6 +6,7 @@
 #include "NorvikCore/platform/values/NumberHash.h"
 #include "tests/support/DecimalModel.h"
 #include "tests/support/DecimalSamples.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ using norvik::test::DecimalSamples;
 using norvik::test::Sample;
 
 // Sanitizers slow the model down twentyfold; with them a twentieth of the pairs is sufficient.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(NK_TEST_ADDRESS_SANITIZER) || defined(NK_TEST_THREAD_SANITIZER)
 constexpr int pairs = 5'000;
 #else
 constexpr int pairs = 100'000;

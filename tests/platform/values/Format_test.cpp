@@ -303,6 +303,14 @@ TEST(Format, PointersShowTheirAddress) {
   EXPECT_EQ(stringWithFormat("%p", &here), expected);
 }
 
+TEST(Format, PlainNumbersAreShownAsNSNumberShowsThem) {
+  EXPECT_EQ(stringWithFormat("%@ %@ %@", 5, -7L, std::numeric_limits<std::uint64_t>::max()),
+            "5 -7 18446744073709551615");
+  EXPECT_EQ(stringWithFormat("%@ %@ %@ %@", 1.5, 0.1F, 1e300, true), "1.5 0.1 1e+300 1");
+  EXPECT_EQ(stringWithFormat("[%6@] [%-3@] [%.2@]", 12, false, 3456), "[    12] [0  ] [34]");
+  EXPECT_EQ(stringWithFormat("%@", std::optional<int>()), "(null)");
+}
+
 TEST(Format, ALongTextGrowsBeyondTheBuffer) {
   const std::string longText(100000, 'x');
   EXPECT_EQ(stringWithFormat("%@%@%d", longText, longText, 5).str(), longText + longText + "5");
@@ -316,7 +324,7 @@ TEST(Format, AFieldIsLimited) {
 }
 
 TEST(Format, ARunTimeFormatShowsWhatDoesNotFit) {
-  EXPECT_EQ(stringWithFormat(runtimeFormat("%d|%@|%s|%f|%p"), "text", 1, 2, 3, 4.0),
+  EXPECT_EQ(stringWithFormat(runtimeFormat("%d|%@|%s|%f|%p"), "text", 'a', 2, 3, 4.0),
             "(bad argument)|(bad argument)|(bad argument)|(bad argument)|(bad argument)");
   EXPECT_EQ(atRunTime("%d and %3$d"), "(bad argument) and (bad argument)");
   EXPECT_EQ(stringWithFormat(runtimeFormat("%*d"), "width", 7), "(bad argument)");

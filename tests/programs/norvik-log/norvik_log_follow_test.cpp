@@ -15,6 +15,7 @@
 #include "tests/programs/norvik-log/ReaderProgram.h"
 #include "tests/support/ChildProgram.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Sanitizers.h"
 
 namespace norvik_log_test {
 namespace {
@@ -182,7 +183,7 @@ TEST(NorvikLogFollow, AFolderOfManyFilesTakesLittleMemory) {
   append(folder.path("log-001399.txt"), time + "the end\n");
   FollowingReader reader({"-f", folder.path()});
   reader.readUntil("the end");
-#ifndef __SANITIZE_ADDRESS__
+#ifndef NK_TEST_ADDRESS_SANITIZER
   EXPECT_LT(reader.peakKibibytes(), 48 << 10);
 #endif
 }

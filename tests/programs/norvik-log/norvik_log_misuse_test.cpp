@@ -16,6 +16,7 @@
 #include "tests/programs/norvik-log/UnreadPipe.h"
 #include "tests/support/AnotherUser.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Sanitizers.h"
 
 namespace norvik_log_test {
 namespace {
@@ -254,7 +255,7 @@ TEST(NorvikLogMisuse, ALineOf200MegabytesTakesLittleMemory) {
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, EndsWith("the end\",\"source\":\"" + log + "\",\"continues\":true}\n"));
   EXPECT_THAT(result.out, StartsWith("{\"time\":\"2021-05-10T13:00:00.000Z\",\"level\":\"ERROR\""));
-#ifndef __SANITIZE_ADDRESS__
+#ifndef NK_TEST_ADDRESS_SANITIZER
   EXPECT_LT(result.peakKibibytes, 48 << 10);
 #endif
 }

@@ -21,6 +21,7 @@
 #include "tests/support/ChildProgram.h"
 #include "tests/support/PostgresServer.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Sanitizers.h"
 
 namespace norvik_log_test {
 namespace {
@@ -479,7 +480,7 @@ TEST_F(LoggedThrice, LargeTextsTakeLittleMemory) {
   const Result result = measureReader({"-t", "x100", server_.address()});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(countOf(result.out, "\n"), 1);
-#ifndef __SANITIZE_ADDRESS__
+#ifndef NK_TEST_ADDRESS_SANITIZER
   EXPECT_LT(result.peakKibibytes, 64 << 10);
 #endif
 }

@@ -247,14 +247,14 @@ TEST(NorvikLog, LargeFilesAreReadInChunksWithTheSameAnswerAndLittleMemory) {
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Result result = measureReader(arguments);
     EXPECT_EQ(result.out == expected, true) << testing::PrintToString(options);
-#ifndef __SANITIZE_ADDRESS__
+#ifndef NK_TEST_ADDRESS_SANITIZER
     EXPECT_LT(result.peakKibibytes, 64 << 10);
     EXPECT_GT(result.peakKibibytes, 1 << 10);
 #endif
   }
   const Result all = measureReader({log});
   EXPECT_EQ(all.out == text, true);
-#ifndef __SANITIZE_ADDRESS__
+#ifndef NK_TEST_ADDRESS_SANITIZER
   EXPECT_LT(all.peakKibibytes, 96 << 10);
 #endif
 }
