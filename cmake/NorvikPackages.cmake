@@ -19,6 +19,7 @@ endforeach()
 set(CPACK_GENERATOR DEB)
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_PACKAGE_NAME norvikcore)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # else CPack puts it before the summary of each package
 set(CPACK_PACKAGE_CONTACT "NorvikCore authors <authors@norvikcore.example>")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
@@ -124,11 +125,19 @@ payrun computes an employer's payslips for a tax month from three files."
   SUGGESTS libnorvikcore-doc)
 norvik_package(documentation libnorvikcore-doc doc
   SUMMARY "core library of UK payroll applications (documentation)"
-  DESCRIPTION "${about}\n\nThis package contains a page for each subsystem.")
+  DESCRIPTION "${about}\n\nThis package contains a tutorial, a page for each subsystem, the reference pages
+of the public headers, and the sources of the examples.")
 if(TARGET reference)  # it is installed as a part of this component
   add_dependencies(packaged reference)
 endif()
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libnorvikcore-doc
-        COMPONENT documentation)
+# The pages lie to each other as in the sources, so that their links and the paths of examples in them hold.
+file(READ ${PROJECT_SOURCE_DIR}/README.md page)
+string(REPLACE "](LICENSE)" "](copyright)" page "${page}")
+string(REPLACE "](CHANGELOG.md)" "](changelog.gz)" page "${page}")
+string(REPLACE "[CONTRIBUTING.md](CONTRIBUTING.md)" "`CONTRIBUTING.md` of the sources" page "${page}")
+file(CONFIGURE OUTPUT ${made}/README.md CONTENT "${page}" @ONLY)
+install(FILES ${made}/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libnorvikcore-doc COMPONENT documentation)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libnorvikcore-doc COMPONENT documentation)
 
 include(CPack)

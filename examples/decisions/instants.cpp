@@ -2,6 +2,8 @@
 #include "NorvikCore/Categories/NSDate+Norvik.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Coercion.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Formatting.h"
+#include "NorvikCore/formatters/NKUkDateFormatter.h"
+#include "NorvikCore/formatters/NKUtcDateFormatter.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 
 #include <iostream>
@@ -20,4 +22,12 @@ int main() {
   std::cout << nk_daysBetween(date, payday) << " day, " << (payday - date) / 3600 << " hours\n";
   std::cout << nk_nearestStartOfDay("2024-06-30 12:59:59"_date) << "\n";  // up to 12:59:59 it is the same day
   std::cout << nk_nearestStartOfDay("2024-06-30 13:00:00"_date) << "\n";
+
+  // A day that a clerk typed.
+  const auto utc = make<NKUtcDateFormatter>();
+  utc->setDateFormat("dd/MM/yyyy");
+  const auto uk = make<NKUkDateFormatter>();
+  uk->setDateFormat("dd/MM/yyyy");
+  std::cout << *utc->dateFromString("06/07/2024") << "\n";  // the payroll date
+  std::cout << *uk->dateFromString("06/07/2024") << "\n";   // midnight in London, which is the day before in UTC
 }

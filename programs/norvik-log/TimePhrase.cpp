@@ -197,7 +197,7 @@ std::int64_t instantOfPhrase(std::string_view phrase, WallClock clock, std::int6
   }
   throw PhraseError("\"" + std::string(phrase) +
                     "\" is not a time; write it as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours ago\", "
-                    "\"2021-05-10\" and \"2021-05-10 13:30:12.045Z\"");
+                    "\"2021-05-10\" or \"2021-05-10 13:30:12.045Z\"");
 }
 
 }  // namespace norvik_log

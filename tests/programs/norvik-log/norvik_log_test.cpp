@@ -268,7 +268,7 @@ TEST(NorvikLog, RefusesACommandLineInOneSentence) {
       {{"x", "--since", "soon"},
        "norvik-log: \"soon\" is not a time; write it as \"14:00\", \"yesterday 14:00\", \"monday\", \"2 hours "
        "ago\", "
-       "\"2021-05-10\" and \"2021-05-10 13:30:12.045Z\"\n"},
+       "\"2021-05-10\" or \"2021-05-10 13:30:12.045Z\"\n"},
       {{"x", "-e", "pay("},
        "norvik-log: \"pay(\" is not a regular expression: missing closing parenthesis, at character 5\n"},
       {{"x", "--log-zone", "Europe/Nowhere"},
