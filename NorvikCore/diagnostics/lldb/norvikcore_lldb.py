@@ -679,7 +679,16 @@ def print_object(_, expression, context, result, __):
     address = value.GetValueAsUnsigned() if is_pointer else value.GetLoadAddress()
     options = lldb.SBExpressionOptions()
     options.SetTrapExceptions(False)
-    call = '((void (*)(const void *))mk_printObjectAt)((const void *)%d)' % address
+    # By its address: with debug information in a file of its own, lldb gives the function a C++ name that it then does
+    # not find.
+    target = context.GetTarget()
+    addresses = [each.GetSymbol().GetStartAddress().GetLoadAddress(target)
+                 for each in target.FindSymbols('mk_printObjectAt')]
+    loaded = [each for each in addresses if each != lldb.LLDB_INVALID_ADDRESS]
+    if not loaded:
+        result.SetError('the program has not loaded NorvikCore')
+        return
+    call = '((void (*)(const void *))%d)((const void *)%d)' % (loaded[0], address)
     error = frame.EvaluateExpression(call, options).GetError()
     if not error.Success() and error.GetError() != 0x1001:  # an expression without a result
         result.SetError(error)
