@@ -1,6 +1,6 @@
 // NorvikCore/linq/NSDictionary+LINQ_Quantifier.h - whether all entries of a dictionary, or any, pass a test.
 //
-//   linq_any(*rates, [](const NSString& band, const Decimal& rate) { return rate > 0.40_dec; });
+//   linq_any(*rates, [](const NSString&, const Decimal& rate) { return rate > 0.40_dec; });
 //
 // LINQ.h tells what all queries have in common.
 #pragma once

@@ -7,7 +7,7 @@
 //                      .alignment = Qt::AlignRight | Qt::AlignVCenter, .isEditable = true}});
 //   rows->setContent(*payRun, "payslips");           // follows payRun->setPayslips(...)
 //   view->setModel(rows);
-//   payRun->payslips()->objectAtIndex(3)...setGrossPay(1250_dec);          // the view shows it
+//   payslip->setGrossPay(1250_dec);                  // of one of its payslips: the view shows it
 //
 // Rows follow the array's property: when it is set, the model compares the elements by identity and reports insertions,
 // removals and moves, so that selections and persistent indexes stay with their elements. A few of them are reported

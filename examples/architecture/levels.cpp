@@ -7,7 +7,7 @@
 #include "NorvikCore/platform/dispatch/Apply.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
-#include "NorvikCore/platform/kernel/Clock.h"
+#include "NorvikCore/platform/kernel/UUID.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 
 #include <atomic>
@@ -21,8 +21,8 @@ class Payslip : public NSObject {  // 4 object
 };
 
 int main() {
-  const std::int64_t start = kernel::monotonicNanoseconds();  // 1 kernel
-  const Decimal net = 2500.00_dec - 125.00_dec;               // 2 values
+  std::cout << kernel::makeUUID().text().size() << " characters of an identifier\n";  // 1 kernel
+  const Decimal net = 2500.00_dec - 125.00_dec;                                       // 2 values
 
   std::atomic<int> rounds = 0;  // 3 dispatch
   dispatch_apply(100, dispatch_get_global_queue(), [&rounds](std::size_t) { ++rounds; });
@@ -48,5 +48,4 @@ int main() {
   queue->dispatchSynchronously([&] { std::cout << rounds << " rounds\n"; });
 
   std::cout << nk_currencyStyleString(net) << " for people\n";  // 13 Categories
-  if (kernel::monotonicNanoseconds() < start) std::cout << "never printed\n";
 }

@@ -29,7 +29,7 @@ options:
   --template FILE   the form of the payslips: marked-up text with placeholders, see below (default: payslip.template,
                     which is installed with the program)
   --log LIST        where the log is written, separated by commas: console (standard error), file (the default),
-                    sqlite=PATH (a database), postgres=URL (a server, as an address of libpq; put the password into
+                    sqlite=PATH (a database), postgres=URL (a server; libpq reads the URL; put the password into
                     ~/.pgpass), syslog (the system's log). norvik-log reads files and databases. If the log file
                     cannot be written, nothing is computed. Standard error reports entries that a database refuses
   --logs FOLDER     write the log files to the folder, a new one each day; today's and the last five are kept
@@ -50,7 +50,7 @@ input, all UTF-8:
   employer.ini      [employer] with name, paye_reference and tax_year (such as 2024-25);
                     [departments] with one line CODE = Name for each department
   employees.csv     employee,name,department,sort_code,account
-                    department is a code of employer.ini; sort_code is six digits, with or without hyphens or blanks
+                    department is a code of employer.ini; sort_code is six digits, with or without hyphens or spaces
                     between the pairs; account is eight digits; a sixth column, address, is optional: parts separated
                     by commas, or empty
   items.csv         employee,date,kind,description,amount

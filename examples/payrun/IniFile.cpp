@@ -6,12 +6,12 @@ namespace payrun {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r";
+constexpr std::string_view whiteSpace = " \t\r";
 
 std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(blanks);
+  const std::size_t begin = text.find_first_not_of(whiteSpace);
   if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+  return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
 }
 
 }  // namespace

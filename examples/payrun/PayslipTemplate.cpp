@@ -258,10 +258,10 @@ class TextReader {
 // Lines
 
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r";
-  const std::size_t begin = text.find_first_not_of(blanks);
+  constexpr std::string_view whiteSpace = " \t\r";
+  const std::size_t begin = text.find_first_not_of(whiteSpace);
   if (begin == std::string_view::npos) return text.substr(0, 0);
-  return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+  return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
 }
 
 bool isRule(std::string_view text) { return text.size() >= 3 && text.find_first_not_of('-') == std::string_view::npos; }

@@ -20,7 +20,7 @@ sources:
   FILE                  a log file; "-" is standard input
   FOLDER                a folder of rolling log files (log-3F2504.txt), read in the order in which they were begun
   FILE.sqlite           a log in an SQLite database; the file may have any name
-  postgresql://...      a log in a PostgreSQL database, an address of libpq; put a password into ~/.pgpass or PGPASSWORD
+  postgresql://...      a log in a PostgreSQL database; libpq reads the URL; put a password into ~/.pgpass or PGPASSWORD
   Several sources are merged by time.
 
 which messages:

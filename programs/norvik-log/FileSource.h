@@ -24,7 +24,7 @@ struct Reading {
 };
 
 /// The name of a source in a message that it does not exist. A part that may be a password is left out, because the
-/// name may be a mistyped address.
+/// name may be a mistyped URL.
 [[nodiscard]] std::string shownName(const std::string& name);
 
 /// Reports messages for which the search for the pattern was given up. The report has no number, because the total is

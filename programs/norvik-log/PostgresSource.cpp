@@ -205,9 +205,9 @@ void PostgresSource::connect() {
   if (!library().isLoaded) throw std::runtime_error("libpq.so.5 is not installed");
   if (mayNamePassword(address_)) {
     throw std::runtime_error(
-        "is not an address that libpq understands; in a user name or a password, write @ as %40 and / as %2F");
+        "is not a URL that libpq understands; in a user name or a password, write @ as %40 and / as %2F");
   }
-  if (!isUnderstood(address_)) throw std::runtime_error("is not an address that libpq understands");
+  if (!isUnderstood(address_)) throw std::runtime_error("is not a URL that libpq understands");
   // Settings in the address take precedence over these.
   constexpr std::chrono::seconds first(10), again(2);
   const std::string patience = std::to_string(std::min(reading_.patience, wasConnected_ ? again : first).count());

@@ -17,6 +17,12 @@ namespace {
 
 bool areEqual(const NSArray& array, const Ref<NSArray>& expected) { return array.isEqualToArray(*expected); }
 
+TEST(NSMutableArrayStack, HeaderExample) {
+  const auto open = NSMutableArray::arrayWithObjects("a");
+  push(*open, "b");
+  EXPECT_EQ(pop(*open), Value("b"));
+}
+
 TEST(NSMutableArrayStack, TheLastPushedIsTheFirstPopped) {
   auto stack = NSMutableArray::array();
   push(*stack, "a");
@@ -37,6 +43,12 @@ TEST(NSMutableArrayStack, AnEmptyOneGivesNothing) {
   EXPECT_EQ(stack->count(), 0u);
   push(*stack, Value::null());
   EXPECT_TRUE(pop(*stack).isNull());
+}
+
+TEST(NSMutableArrayQueue, HeaderExample) {
+  const auto waiting = NSMutableArray::array();
+  enqueue(*waiting, "a");
+  EXPECT_EQ(dequeue(*waiting), Value("a"));
 }
 
 TEST(NSMutableArrayQueue, TheFirstEnqueuedIsTheFirstDequeued) {
@@ -63,6 +75,17 @@ TEST(NSMutableArrayQueue, ItsCursorDoesNotFollowIt) {
   enqueue(*queue, "c");
   EXPECT_EQ(cursor->count(), 2);
   EXPECT_EQ(cursor->index(), 0);
+}
+
+TEST(NSMutableArrayNorvik, HeaderExample) {
+  const auto fields = NSMutableArray::arrayWithObjects(Value::null(), "a");
+  nk_removeNulls(*fields);
+  EXPECT_TRUE(areEqual(*fields, NSArray::arrayWithObjects("a")));
+  fields->addObject(Value::null());
+  const NSArray& kept = *fields;
+  Ref<NSMutableArray> copy = nk_removeNulls(kept);
+  EXPECT_TRUE(areEqual(*copy, NSArray::arrayWithObjects("a")));
+  EXPECT_TRUE(areEqual(*fields, NSArray::arrayWithObjects("a", Value::null())));
 }
 
 TEST(NSMutableArrayNorvik, RemoveNullsTakesTheMarkersOut) {
@@ -102,6 +125,14 @@ class Listener : public NSObject {
   void observeValueForKeyPath(const NSString&, NSObject&, const KeyValueChange&, void*) override { ++heard; }
   int heard = 0;
 };
+
+TEST(NSMutableDictionaryNorvik, HeaderExample) {
+  const auto lines = NSMutableDictionary::dictionary();
+  setArrayValue(*lines, "Basic pay", "April");
+  setArrayValue(*lines, "Bonus", "April");
+  EXPECT_EQ(lines->count(), 1u);
+  EXPECT_EQ(lines->objectForKey("April"), Value(NSArray::arrayWithObjects("Basic pay", "Bonus")));
+}
 
 TEST(NSMutableDictionaryNorvik, SetArrayValueKeepsTheOrderOfTheCalls) {
   auto lines = NSMutableDictionary::dictionary();

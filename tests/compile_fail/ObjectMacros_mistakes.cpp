@@ -65,7 +65,7 @@ class Manager : public Employee {
   NK_OBJECT(Manager, NSObject)
 };
 template class Manager<int>;
-#elif SHOULD_NOT_COMPILE == 5  // a class states a property twice
+#elif SHOULD_NOT_COMPILE == 5  // a class declares a property twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_COMPUTED_PROPERTY(int, size)
@@ -78,43 +78,43 @@ class Manager : public Employee {
   NK_PROPERTY(int, size, setSize)
   NK_PROPERTY(int, width, setSize)
 };
-#elif SHOULD_NOT_COMPILE == 7  // a class states an operation twice
+#elif SHOULD_NOT_COMPILE == 7  // a class declares an operation twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(work)
   NK_METHOD(work)
 };
-#elif SHOULD_NOT_COMPILE == 8  // a class states an operation twice
+#elif SHOULD_NOT_COMPILE == 8  // a class declares an operation twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(toil)
   NK_METHOD_AS(work, "toil:")
   void toil(int) {}
 };
-#elif SHOULD_NOT_COMPILE == 9  // a class states a class operation twice
+#elif SHOULD_NOT_COMPILE == 9  // a class declares a class operation twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_CLASS_METHOD(count)
   NK_CLASS_METHOD(count)
   static int count() { return 1; }
 };
-#elif SHOULD_NOT_COMPILE == 10  // a class states NK_AFFECTED_BY twice
+#elif SHOULD_NOT_COMPILE == 10  // a class declares NK_AFFECTED_BY twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_AFFECTED_BY(name, work)
   NK_AFFECTED_BY(name, work)
 };
-#elif SHOULD_NOT_COMPILE == 11  // NK_AFFECTED_BY names a key that neither the class nor a class above it states
+#elif SHOULD_NOT_COMPILE == 11  // NK_AFFECTED_BY names a key that neither the class nor a superclass declares
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_AFFECTED_BY(name, wrok)
 };
-#elif SHOULD_NOT_COMPILE == 12  // NK_AFFECTED_BY names a key that neither the class nor a class above it states
+#elif SHOULD_NOT_COMPILE == 12  // NK_AFFECTED_BY names a key that neither the class nor a superclass declares
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_AFFECTED_BY(nmae, work)
 };
-#elif SHOULD_NOT_COMPILE == 13  // a class states NK_CLASS_NAME twice
+#elif SHOULD_NOT_COMPILE == 13  // a class declares NK_CLASS_NAME twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_CLASS_NAME("a")
@@ -125,24 +125,24 @@ class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_CLASS_NAME("")
 };
-#elif SHOULD_NOT_COMPILE == 15  // an operation or accessor that a class states is missing, or is overloaded
+#elif SHOULD_NOT_COMPILE == 15  // an operation or accessor that a class declares is missing, or is overloaded
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_COMPUTED_PROPERTY(int, size)
 };
-#elif SHOULD_NOT_COMPILE == 16  // an operation or accessor that a class states is missing, or is overloaded
+#elif SHOULD_NOT_COMPILE == 16  // an operation or accessor that a class declares is missing, or is overloaded
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(pay)
 };
-#elif SHOULD_NOT_COMPILE == 17  // an operation or accessor that a class states is missing, or is overloaded
+#elif SHOULD_NOT_COMPILE == 17  // an operation or accessor that a class declares is missing, or is overloaded
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(pay)
   void pay() {}
   void pay(int) {}
 };
-#elif SHOULD_NOT_COMPILE == 18  // an operation or accessor that a class states is missing, or is overloaded
+#elif SHOULD_NOT_COMPILE == 18  // an operation or accessor that a class declares is missing, or is overloaded
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_COMPUTED_PROPERTY_WITH_SETTER(int, size, setSzie)
@@ -168,12 +168,12 @@ class Manager : public Employee {
   int size() const { return 1; }
   void setName(NSString) {}
 };
-#elif SHOULD_NOT_COMPILE == 22  // a property is stated with its type, its name and, unless it is read-only, its setter
+#elif SHOULD_NOT_COMPILE == 22  // a property is declared with its type, its name and, unless it is read-only, its setter
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_PROPERTY(int, size)
 };
-#elif SHOULD_NOT_COMPILE == 23  // a property is stated with its type, its name and, unless it is read-only, its setter
+#elif SHOULD_NOT_COMPILE == 23  // a property is declared with its type, its name and, unless it is read-only, its setter
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_READONLY_PROPERTY(size)
@@ -190,7 +190,7 @@ class Manager : public Employee {
   NK_CLASS_METHOD(pay)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 26  // an operation that a class states takes or gives a type without ValueConversion
+#elif SHOULD_NOT_COMPILE == 26  // an operation that a class declares takes or returns a type without ValueConversion
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD(pay)
@@ -202,14 +202,14 @@ NK_CATEGORY_READONLY_PROPERTY(Employee, int, szie)
 NK_CATEGORY_PROPERTY(Employee, int, age, setAeg)
 #elif SHOULD_NOT_COMPILE == 29  // a category's property has no setter
 NK_CATEGORY_PROPERTY(Employee, int, age, setTitle)
-#elif SHOULD_NOT_COMPILE == 30  // the accessor of a category's property gives another type than is stated
+#elif SHOULD_NOT_COMPILE == 30  // the accessor of a category's property returns another type than is declared
 NK_CATEGORY_READONLY_PROPERTY(Employee, double, age)
 #elif SHOULD_NOT_COMPILE == 31  // a category's property is of a class without NK_OBJECT
 NK_CATEGORY_READONLY_PROPERTY(Trainee, int, age)
-#elif SHOULD_NOT_COMPILE == 32  // a category's property has the name of a property that its class states
+#elif SHOULD_NOT_COMPILE == 32  // a category's property has the name of a property that its class declares
 int name(const Employee&);
 NK_CATEGORY_READONLY_PROPERTY(Employee, int, name)
-#elif SHOULD_NOT_COMPILE == 33  // a class can have 575 statements at most
+#elif SHOULD_NOT_COMPILE == 33  // a class can have 575 declarations at most
 class Full : public NSObject {
   NK_OBJECT(Full, NSObject)
   void work() {}
@@ -225,13 +225,13 @@ class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_METHOD_AS(pay, "pay:now")
 };
-#elif SHOULD_NOT_COMPILE == 36  // a statement is in a class without NK_OBJECT, or above it
+#elif SHOULD_NOT_COMPILE == 36  // a declaration is in a class without NK_OBJECT, or above it
 class Manager : public Employee {
   NK_METHOD(pay)
   NK_OBJECT(Manager, Employee)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 37  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 37  // a declaration is in a class without NK_OBJECT
 class Manager : public NSObject {
  public:
   NK_PROPERTY(int, size, setSize)
@@ -240,7 +240,7 @@ class Manager : public NSObject {
   NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
 };
 int sizeOf(const Manager& manager) { return manager.size(); }
-#elif SHOULD_NOT_COMPILE == 38  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 38  // a declaration is in a class without NK_OBJECT
 class Manager : public NSObject {
   NK_METHOD(pay)
   NK_CLASS_METHOD(count)
@@ -250,14 +250,14 @@ class Manager : public NSObject {
   static int count() { return 1; }
   int size() const { return 1; }
 };
-#elif SHOULD_NOT_COMPILE == 39  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 39  // a declaration is in a class without NK_OBJECT
 class Manager : public Employee {
   NK_PROPERTY(int, size, setSize)
   NK_READONLY_PROPERTY(int, width)
   NK_ATOMIC_PROPERTY(int, depth, setDepth)
   NK_WEAK_PROPERTY(Employee, deputy, setDeputy)
 };
-#elif SHOULD_NOT_COMPILE == 40  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 40  // a declaration is in a class without NK_OBJECT
 class Manager : public Employee {
   NK_METHOD(pay)
   NK_CLASS_METHOD(count)
@@ -267,18 +267,18 @@ class Manager : public Employee {
   static int count() { return 1; }
   int size() const { return 1; }
 };
-#elif SHOULD_NOT_COMPILE == 41  // a statement is in a class without NK_OBJECT | AStatementIsInAClassWithoutNK_OBJECT
+#elif SHOULD_NOT_COMPILE == 41  // a declaration is in a class without NK_OBJECT | ADeclarationIsInAClassWithoutNK_OBJECT
 class Manager {
   NK_PROPERTY(int, size, setSize)
 };
-#elif SHOULD_NOT_COMPILE == 42  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 42  // a declaration is in a class without NK_OBJECT
 class Manager {
   NK_METHOD(pay)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 43  // a statement is in a class without NK_OBJECT | AStatementIsInAClassWithoutNK_OBJECT
+#elif SHOULD_NOT_COMPILE == 43  // a declaration is in a class without NK_OBJECT | ADeclarationIsInAClassWithoutNK_OBJECT
 NK_PROPERTY(int, size, setSize)
-#elif SHOULD_NOT_COMPILE == 44  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 44  // a declaration is in a class without NK_OBJECT
 NK_METHOD(pay)
 NK_CLASS_METHOD(count)
 NK_AFFECTED_BY(size, width)
@@ -340,12 +340,12 @@ class Manager : public Employee {
   NK_PROPERTY(int, size, setSize)
   NK_PROPERTY(int, size, setSize)
 };
-#elif SHOULD_NOT_COMPILE == 56  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+#elif SHOULD_NOT_COMPILE == 56  // a property is declared with its type, its name and, unless it is read-only, its setter | APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_READONLY_PROPERTY(int, size, setSize)
 };
-#elif SHOULD_NOT_COMPILE == 57  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+#elif SHOULD_NOT_COMPILE == 57  // a property is declared with its type, its name and, unless it is read-only, its setter | APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_PROPERTY(int, size, setSize, width)
@@ -378,27 +378,27 @@ class Manager : public Employee {
   NK_METHOD(pay)
   void pay() {}
 };
-#elif SHOULD_NOT_COMPILE == 64  // a statement is in a class without NK_OBJECT, or above it
+#elif SHOULD_NOT_COMPILE == 64  // a declaration is in a class without NK_OBJECT, or above it
 class Manager : public NSObject {
   NK_PROPERTY(int, size, setSize)
   NK_PROPERTY(int, width, setWidth)
   NK_OBJECT(Manager, NSObject)
   NK_PROPERTY(int, depth, setDepth)
 };
-#elif SHOULD_NOT_COMPILE == 65  // a statement is in a class without NK_OBJECT
+#elif SHOULD_NOT_COMPILE == 65  // a declaration is in a class without NK_OBJECT
 template <class T>
 class Manager : public T {
   NK_METHOD(pay)
   void pay() {}
 };
 template class Manager<Employee>;
-#elif SHOULD_NOT_COMPILE == 66  // a class states a property twice
+#elif SHOULD_NOT_COMPILE == 66  // a class declares a property twice
 class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
   NK_READONLY_PROPERTY(int, size)
   NK_COMPUTED_PROPERTY(int, size)
 };
-#elif SHOULD_NOT_COMPILE == 67  // a property is stated with its type, its name and, unless it is read-only, its setter | APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
+#elif SHOULD_NOT_COMPILE == 67  // a property is declared with its type, its name and, unless it is read-only, its setter | APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter
 NK_CATEGORY_READONLY_PROPERTY(Employee, int, age, setAge)
 #elif SHOULD_NOT_COMPILE == 68  // Unknown
 class Manager : public Employee {

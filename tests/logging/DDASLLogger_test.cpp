@@ -73,6 +73,18 @@ class DDASLLoggerTest : public test::CleanDDLog {
   Ref<DDASLLogger> logger_;
 };
 
+TEST_F(DDASLLoggerTest, HeaderExample) {
+  LogService journal(journal_, SOCK_DGRAM);
+  clean();
+  const NSString name = "Zo\u00EB";
+  DDLog::addLogger(DDASLLogger::sharedInstance(), LOG_LEVEL_WARN);
+  DDLogWarn("no bank account for %@", name);
+  const auto fields = journalFields(journal.receive());
+  EXPECT_EQ(fieldOf(fields, "MESSAGE"), "no bank account for Zo\u00EB");
+  EXPECT_EQ(fieldOf(fields, "PRIORITY"), "2");
+  EXPECT_EQ(fieldOf(fields, "SYSLOG_IDENTIFIER"), "com.apple.console");
+}
+
 TEST_F(DDASLLoggerTest, ThereIsOneInstance) {
   EXPECT_EQ(DDASLLogger::sharedInstance(), logger_);
   EXPECT_FALSE(make<DDASLLogger>());

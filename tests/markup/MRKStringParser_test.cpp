@@ -114,6 +114,8 @@ TEST(MRKStringParser, WithoutAnErrorToFillAFaultIsAnAbsentTextAlone) {
   EXPECT_FALSE(styled("<b>x", *boldForB()));
 }
 
+TEST(MRKEscapedStringForString, HeaderExample) { EXPECT_EQ(MRKEscapedStringForString("5 < 6"), "5 \001< 6"); }
+
 TEST(MRKStringParser, ALessWithoutAGreaterLosesItselfAlone) {
   EXPECT_EQ(plain("5 < 6"), "5  6");
   EXPECT_EQ(plain(MRKEscapedStringForString("5 < 6")), "5 < 6");

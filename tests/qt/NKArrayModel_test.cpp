@@ -11,6 +11,7 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QSortFilterProxyModel>
+#include <QTableView>
 
 #include <algorithm>
 #include <random>
@@ -86,6 +87,29 @@ class NKArrayModelTest : public ::testing::Test {
   NKArrayModel model;
   QAbstractItemModelTester tester{&model, norvik::test::failing};
 };
+
+TEST(NKArrayModel, HeaderExample) {
+  const auto amounts = make<NKMonetaryTermDecimalNumberFormatter>();
+  const auto payRun = make<QtPayRun>();
+  const auto payslip = payslipOf("Dee");
+  QTableView table;
+  QTableView* const view = &table;
+  auto* rows = new NKArrayModel(view);
+  rows->setColumns({{.keyPath = "name", .title = "Name"},
+                    {.keyPath = "grossPay",
+                     .title = "Gross pay",
+                     .formatter = amounts,
+                     .alignment = Qt::AlignRight | Qt::AlignVCenter,
+                     .isEditable = true}});
+  rows->setContent(*payRun, "payslips");
+  view->setModel(rows);
+  payRun->setPayslips(NSArray::arrayWithObjects(payslipOf("Ann", 1200_dec), payslip));
+  payslip->setGrossPay(1250_dec);
+  ASSERT_EQ(view->model()->rowCount(), 2);
+  EXPECT_EQ(view->model()->index(1, 0).data().toString(), "Dee");
+  EXPECT_EQ(view->model()->index(1, 1).data().toString(), "1,250.00");
+  EXPECT_EQ(view->model()->headerData(1, Qt::Horizontal).toString(), "Gross pay");
+}
 
 TEST_F(NKArrayModelTest, ShowsAKeyPathInEachColumn) {
   EXPECT_EQ(model.rowCount(), 4);

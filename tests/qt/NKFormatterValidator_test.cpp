@@ -4,6 +4,7 @@
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
 #include "NorvikCore/formatters/NKUKSortCodeFormatter.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/qt/NKPropertyBinding.h"
 #include "NorvikCore/qt/QtConversions.h"
 #include "tests/qt/QtModels.h"
 #include "tests/support/ExpectRaises.h"
@@ -79,6 +80,24 @@ Ref<NKPlainTextFormatter> plainText(std::int64_t maxLength) {
   auto formatter = make<NKPlainTextFormatter>();
   formatter->setMaxLength(maxLength);
   return formatter;
+}
+
+TEST_F(NKFormatterValidatorTest, HeaderExample) {
+  const auto slip = norvik::test::payslipOf("Sian");
+  auto* pay = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), *edit);
+  pay->setObjectValue(1234.5_dec);
+  EXPECT_EQ(edit->text(), "1,234.50");
+  int changes = 0;
+  QObject::connect(pay, &NKFormatterValidator::valueChanged, [&changes] { ++changes; });
+  nk_bind_toObject_withKeyPath_options(*pay, "value", *slip, "grossPay", nullptr);
+  EXPECT_EQ(edit->text(), "0.00");
+  edit->setFocus();
+  edit->selectAll();
+  QTest::keyClicks(edit, "20");
+  const int changesBefore = changes;
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(changes, changesBefore + 1);
+  EXPECT_EQ(slip->grossPay(), 20);
 }
 
 TEST_F(NKFormatterValidatorTest, AnAmountIsTypedReadAndShownInTheUsersFormat) {

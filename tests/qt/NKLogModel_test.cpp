@@ -12,6 +12,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 
@@ -32,6 +33,20 @@ std::vector<std::string> texts(const NKLogModel& model) {
     texts.push_back(model.index(i, NKLogModel::TextColumn).data().toString().toStdString());
   }
   return texts;
+}
+
+TEST_F(NKLogModelTest, HeaderExample) {
+  QTableView table;
+  QTableView *const window = &table, *const view = &table;
+  auto* log = new NKLogModel(window);
+  log->setLevel(LOG_LEVEL_WARN);
+  view->setModel(log);
+  say("read", LOG_FLAG_INFO);
+  say("late", LOG_FLAG_WARN);
+  ASSERT_TRUE(runUntil([&] { return view->model()->rowCount() == 1; }));
+  EXPECT_EQ(texts(*log), std::vector<std::string>{"late"});
+  log->setLevel(LOG_LEVEL_VERBOSE);
+  EXPECT_EQ(texts(*log), (std::vector<std::string>{"read", "late"}));
 }
 
 TEST_F(NKLogModelTest, FollowsTheLogAndShowsWhatTheLevelAdmits) {
@@ -100,6 +115,16 @@ TEST_F(NKLogModelTest, ADestroyedModelLeavesTheLogWhileThreadsLog) {
   logs.join();
   DDLog::flushLog();
   EXPECT_TRUE(DDLog::allLoggers().empty());
+}
+
+TEST_F(NKLogViewTest, HeaderExample) {
+  QTabWidget pages;
+  QTabWidget *const window = &pages, *const tabs = &pages;
+  auto* log = new NKLogView(new NKLogModel(window));
+  tabs->addTab(log, "Log");
+  EXPECT_EQ(tabs->tabText(0), "Log");
+  say("late", LOG_FLAG_WARN);
+  EXPECT_TRUE(runUntil([&] { return log->model().rowCount() == 1; }));
 }
 
 TEST_F(NKLogViewTest, OffersTheLevelsAndCopiesTheSelectedMessages) {

@@ -11,6 +11,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -18,6 +19,21 @@ namespace {
 
 using namespace norvik;
 using norvik::test::runUntil;
+
+TEST(NKMainQueueRunner, HeaderExample) {
+  const auto import = TSKDispatchQueue::dispatchQueueWithLabel("import");
+  const auto readEmployees = [] { return std::vector<std::string>{"Ann", "Bob"}; };
+  std::vector<std::string> shown;
+  const auto show = [&shown](const std::vector<std::string>& people) { shown = people; };
+  NKMainQueueRunner runner;
+  import->dispatchAsynchronously([&] {
+    const auto people = readEmployees();
+  EXPECT_NE(QThread::currentThread(), QCoreApplication::instance()->thread());
+  TSKDispatchQueue::mainDispatchQueue()->dispatchAsynchronously([people, &show] { show(people); });
+});
+EXPECT_TRUE(runUntil([&] { return !shown.empty(); }));
+EXPECT_EQ(shown, (std::vector<std::string>{"Ann", "Bob"}));
+}  // namespace
 
 TEST(NKMainQueueRunner, RunsTheBlocksOfOtherThreadsOnTheMainThreadInOrder) {
   const NKMainQueueRunner runner;

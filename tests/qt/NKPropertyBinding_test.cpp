@@ -28,7 +28,52 @@ using namespace norvik;
 using norvik::test::payslipOf;
 using norvik::test::runUntil;
 
+class Employee : public NSObject {
+  NK_OBJECT(Employee, NSObject)
+  NK_PROPERTY(NSString, name, setName)
+};
+
+class EmployedPayslip : public QtPayslip {
+  NK_OBJECT(EmployedPayslip, QtPayslip)
+  NK_PROPERTY(Ref<Employee>, employee, setEmployee)
+};
+
+class Totals : public NSObject {
+  NK_OBJECT(Totals, NSObject)
+  NK_PROPERTY(Decimal, pay, setPay)
+};
+
+Value inPounds(const Value& pay) { return pay.description() + " pounds"; }
+
 Ref<NSDictionary> tokens(const NSString& tokens) { return NSDictionary::dictionaryWith({{NKBind, tokens}}); }
+
+TEST(NKPropertyBinding, HeaderExample) {
+  const auto slip = make<EmployedPayslip>();
+  const auto totals = make<Totals>();
+  slip->setEmployee(make<Employee>());
+  QLineEdit line, amount;
+  QLabel label;
+  QLineEdit* const edit = &line;
+  QLabel* const total = &label;
+  auto* const payField = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), amount);
+
+  nk_bind_toObject_withKeyPath_options(*edit, "text", *slip, "employee.name", nullptr);
+  nk_bind_toObject_withKeyPath_options(*payField, "value", *slip, "grossPay",
+                                       NSDictionary::dictionaryWith({{NKBind, "validate"}}));
+  nk_bind_toObject_withKeyPath_options_block_reverseBlock(
+      *total, "text", *totals, "pay", nullptr, [](const Value& pay) -> Value { return inPounds(pay); }, nullptr);
+
+  slip->employee()->setName("Sian");
+  EXPECT_EQ(edit->text(), "Sian");
+  QTest::keyClicks(edit, "!");
+  EXPECT_EQ(slip->employee()->name(), "Sian!");
+  slip->setGrossPay(1234.5_dec);
+  EXPECT_EQ(amount.text(), "1,234.50");
+  payField->setObjectValue(-1_dec);
+  EXPECT_EQ(slip->grossPay(), 1234.5_dec) << "the validation refuses it";
+  totals->setPay(40);
+  EXPECT_EQ(total->text(), "40 pounds");
+}
 
 TEST(NKPropertyBinding, BothSidesFollowEachOther) {
   auto slip = payslipOf("Sian");

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDialog>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -29,6 +30,26 @@ class Office : public NSObject {
   NK_METHOD_AS(closePayRun, "closePayRun:")
   Value reviewed;
 };
+
+TEST(NKSenderAction, HeaderExample) {
+  const auto office = make<Office>();
+  const auto payslip = test::payslipOf("Sian");
+  QDialog window;
+  QDialog* const dialog = &window;
+  auto* const button = new QPushButton("Review", dialog);
+
+  auto sender = NKSender::senderWithRepresentedObject(payslip);
+  auto* review = new NKSenderAction("reviewPayslip:", office, sender, button);
+  QObject::connect(button, &QPushButton::clicked, review, &NKSenderAction::perform);
+  QObject::connect(review, &NKSenderAction::continued, dialog, &QDialog::accept);
+  QObject::connect(review, &NKSenderAction::cancelled, dialog, &QDialog::reject);
+
+  button->click();
+  EXPECT_EQ(office->reviewed, Value(payslip));
+  EXPECT_EQ(dialog->result(), QDialog::Accepted);
+  sender->onCancel()();
+  EXPECT_EQ(dialog->result(), QDialog::Rejected);
+}
 
 TEST(NKSenderAction, AClickPerformsTheActionAndItsClosureIsASignal) {
   auto office = make<Office>();

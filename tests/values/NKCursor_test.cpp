@@ -8,6 +8,14 @@
 namespace norvik {
 namespace {
 
+TEST(NKCursor, HeaderExample) {
+  auto cursor = NKCursor::cursorWithCount(3, 1);
+  cursor->increment();
+  EXPECT_EQ(cursor->index(), 2);
+  cursor->increment();
+  EXPECT_EQ(cursor->index(), 2);
+}
+
 TEST(NKCursor, IncrementStopsAtTheLastPlace) {
   constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min(), greatest = -(least + 1);
   const struct {

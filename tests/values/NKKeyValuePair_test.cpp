@@ -31,6 +31,21 @@ std::string text(const NSArray& pairs) {
 
 std::int32_t idOf(const Value& key) { return NKKeyValuePair::pairWithKey(key, "x")->id(); }
 
+TEST(NKKeyValuePair, HeaderExample) {
+  Ref<NSMutableArray> months = NKKeyValuePair::pairsFromDictionary(*NSDictionary::dictionaryWith({{4, "April"}}));
+  EXPECT_EQ(NKKeyValuePair::pairWithId(4, *months)->name(), Value("April"));
+}
+
+TEST(NSArrayNKKeyValuePair, HeaderExample) {
+  const auto months = NKKeyValuePair::pairsFromDictionary(*NSDictionary::dictionaryWith({{4, "April"}, {5, "May"}}));
+  EXPECT_EQ(nk_pairNameWithId(*months, 4), Value("April"));
+}
+
+TEST(NSDictionaryNorvik, HeaderExample) {
+  const auto months = NSDictionary::dictionaryWith({{5, "May"}, {4, "April"}});
+  EXPECT_EQ(text(*keyValuePairs(*months)), "5 : May, 4 : April");
+}
+
 TEST(NKKeyValuePair, HoldsAKeyAndAValue) {
   auto pair = NKKeyValuePair::pairWithKey(4, "April");
   EXPECT_EQ(pair->key(), Value(4));

@@ -10,6 +10,17 @@
 namespace norvik {
 namespace {
 
+TEST(NKSequenceState, HeaderExample) {
+  auto state = make<NKSequenceState>();
+  EXPECT_EQ(state->increment(), 0);
+  EXPECT_EQ(state->position(), 1);
+  (*state)["total"] = 12.50_dec;
+  EXPECT_EQ((*state)["total"], Value(12.50_dec));
+  state->reset();
+  EXPECT_EQ(state->position(), 0);
+  EXPECT_EQ((*state)["total"], Value(12.50_dec));
+}
+
 TEST(NKSequenceState, IncrementGivesThePositionAsItWas) {
   auto state = make<NKSequenceState>();
   EXPECT_EQ(state->position(), 0);

@@ -182,7 +182,7 @@ Ref<NSObject> ArchiveReader::makeCoded(std::size_t number) {
   const Method* operation = theClass ? decodingOperation(*theClass) : nullptr;
   if (!operation) {
     raiseUnarchive("objects of the class \"" + archived.className +
-                   "\" cannot be decoded: " + (theClass ? "it does not state NK_CODING" : "there is no such class"));
+                   "\" cannot be decoded: " + (theClass ? "it does not declare NK_CODING" : "there is no such class"));
   }
   places_.push_back({&archived.fields, &archived.values});
   try {

@@ -161,7 +161,7 @@ void ArchiveWriter::writeCodedObject(std::string& out, const NSObject& object) {
   const auto* coding = dynamic_cast<const NSCoding*>(&object);
   if (!coding || !decodingOperation(theClass)) {
     raiseArchive("an object of the class " + theClass.name() + ", which " +
-                 (coding ? "does not state NK_CODING" : "does not implement NSCoding"));
+                 (coding ? "does not declare NK_CODING" : "does not implement NSCoding"));
   }
   const NSString className = theClass.distinctName();
   if (theClass.sharesName() && Class::named(className) != &theClass) {

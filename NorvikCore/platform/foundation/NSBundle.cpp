@@ -18,10 +18,10 @@ namespace {
 constexpr std::string_view identifierKey = "CFBundleIdentifier";
 
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r";
-  const std::size_t first = text.find_first_not_of(blanks);
+  constexpr std::string_view whiteSpace = " \t\r";
+  const std::size_t first = text.find_first_not_of(whiteSpace);
   if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(whiteSpace) - first + 1);
 }
 
 /// False if there is no such file.

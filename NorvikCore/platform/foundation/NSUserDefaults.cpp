@@ -205,7 +205,7 @@ void NSUserDefaults::setURL(const Ref<NSURL>& url, const NSString& key) {
   if (!url->isFileURL()) {
     const NSString address = url->absoluteString();
     if (!beginsWithAScheme(address.view())) {
-      NSException::raise(NSInvalidArgumentException, "the address \"" + address + "\" has no scheme, such as https:");
+      NSException::raise(NSInvalidArgumentException, "the URL \"" + address + "\" has no scheme, such as https:");
     }
     setObject(address, key);
     return;

@@ -40,9 +40,9 @@ std::string systemFile(const char* path) {
 std::string firstLine(const char* path) {
   const std::string text = systemFile(path);
   const std::string_view line = std::string_view(text).substr(0, text.find_first_of(std::string_view("\n\0", 2)));
-  constexpr std::string_view blanks = " \t\r";
-  const std::size_t first = line.find_first_not_of(blanks);
-  return first == line.npos ? "" : std::string(line.substr(first, line.find_last_not_of(blanks) + 1 - first));
+  constexpr std::string_view whiteSpace = " \t\r";
+  const std::size_t first = line.find_first_not_of(whiteSpace);
+  return first == line.npos ? "" : std::string(line.substr(first, line.find_last_not_of(whiteSpace) + 1 - first));
 }
 
 // False for an empty field, and for the defaults that manufacturers leave in it.

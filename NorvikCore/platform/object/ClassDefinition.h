@@ -31,7 +31,7 @@ struct ClassAtLoad {
   explicit ClassAtLoad(const Class& (*theClass)()) { theClass(); }
 };
 
-/// Adds a property to a class that is stated elsewhere, when its shared object is loaded. If the class already has a
+/// Adds a property to a class that is declared elsewhere, when its shared object is loaded. If the class already has a
 /// property of that name, it keeps that one, and a line on the system console reports it.
 struct NK_EXPORT CategoryProperty {
   CategoryProperty(const Class& extended, const Statement& statement);
@@ -66,15 +66,15 @@ requires(std::same_as<T, UnknownType> || std::same_as<Superclass, UnknownType>) 
 template <class T, class Superclass>
 const Class& defineClass() {
   constexpr std::span<const Statement> statements = statementsOf<T>;
-  static_assert(!statesTwice(StatementKind::Property, statementsOf<T>), "a class states a property twice");
-  static_assert(!statesTwice(StatementKind::Method, statementsOf<T>), "a class states an operation twice");
-  static_assert(!statesTwice(StatementKind::ClassMethod, statementsOf<T>), "a class states a class operation twice");
+  static_assert(!statesTwice(StatementKind::Property, statementsOf<T>), "a class declares a property twice");
+  static_assert(!statesTwice(StatementKind::Method, statementsOf<T>), "a class declares an operation twice");
+  static_assert(!statesTwice(StatementKind::ClassMethod, statementsOf<T>), "a class declares a class operation twice");
   if constexpr (states(StatementKind::Dependency, statementsOf<T>)) {
-    static_assert(!statesTwice(StatementKind::Dependency, statementsOf<T>), "a class states NK_AFFECTED_BY twice");
+    static_assert(!statesTwice(StatementKind::Dependency, statementsOf<T>), "a class declares NK_AFFECTED_BY twice");
     static_assert(!readsKeysAsNSObject<T> || statesKeysOfDependencies<T>(),
-                  "NK_AFFECTED_BY names a key that neither the class nor a class above it states");
+                  "NK_AFFECTED_BY names a key that neither the class nor a superclass declares");
   }
-  static_assert(hasOneName(statements), "a class states NK_CLASS_NAME twice");
+  static_assert(hasOneName(statements), "a class declares NK_CLASS_NAME twice");
   static_assert(statedName(statements)[0] != '\0', "NK_CLASS_NAME needs a name that is not empty");
   Ref<NSObject> (*makeObject)() = nullptr;
   if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>) makeObject = &makeDefault<T>;

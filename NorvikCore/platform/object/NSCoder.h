@@ -117,12 +117,12 @@ inline constexpr bool isOfNSCoding<bool (NSCoding::*)(NSCoder&)> = true;
 
 /// Declares that objects of the class are decoded by a constructor without arguments, which may be private, and
 /// initWithCoder.
-#define NK_CODING                                                                           \
-  static ::norvik::Ref<::norvik::NSObject> nk_makeForDecoding() {                           \
-    static_assert(!::norvik::detail::isOfNSCoding<decltype(&Self::initWithCoder)>,          \
-                  "a class that states NK_CODING implements bool initWithCoder(NSCoder&)"); \
-    return ::norvik::Ref<::norvik::NSObject>::adopt(new Self());                            \
-  }                                                                                         \
+#define NK_CODING                                                                             \
+  static ::norvik::Ref<::norvik::NSObject> nk_makeForDecoding() {                             \
+    static_assert(!::norvik::detail::isOfNSCoding<decltype(&Self::initWithCoder)>,            \
+                  "a class that declares NK_CODING implements bool initWithCoder(NSCoder&)"); \
+    return ::norvik::Ref<::norvik::NSObject>::adopt(new Self());                              \
+  }                                                                                           \
   NK_CLASS_METHOD(nk_makeForDecoding)
 
 /// NK_DECODED_BY(function): declares that objects of the class are decoded by `static Ref<Class> function(NSCoder&)`.

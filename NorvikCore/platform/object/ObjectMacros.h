@@ -12,10 +12,10 @@
 //     NK_METHOD(recalculate)                           // can be performed by name
 //   };
 //
-// Each use of such a macro is a declaration; the compiler's messages and the headers that implement it call it a
-// statement. NK_OBJECT makes the members after it public; no other declaration changes the access. Declarations take no
-// semicolon. A type may contain six commas at most. The storage of property `x` is the member `x_`, which only the
-// class itself can read (`*x_`) and write (`x_ = value`, which notifies no observer).
+// Each use of such a macro is a declaration; the headers that implement it call it a statement. NK_OBJECT makes the
+// members after it public; no other declaration changes the access. Declarations take no semicolon. A type may contain
+// six commas at most. The storage of property `x` is the member `x_`, which only the class itself can read (`*x_`) and
+// write (`x_ = value`, which notifies no observer).
 //
 // A class can have at most 575 declarations. A class that is local to a function cannot have any. A property may refer
 // to a class that is only forward-declared (`Ref<Department>`) if it is defined further down in the same file.
@@ -166,14 +166,14 @@
   __VA_OPT__(NK_USING_PARSED(#first "," #__VA_ARGS__)) \
   using nk_Type [[maybe_unused]] = __VA_OPT__(nk_Parsed::nk_Is <) first __VA_OPT__(, __VA_ARGS__ >);
 
-#define NK_USING_PARSED(text)                                                                                          \
-  NK_STOP_AT_MISTAKES                                                                                                  \
-  using nk_Parsed [[maybe_unused]] =                                                                                   \
-      ::norvik::detail::APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter<::norvik::detail::isOneType( \
-          text)>;                                                                                                      \
+#define NK_USING_PARSED(text)                                                                \
+  NK_STOP_AT_MISTAKES                                                                        \
+  using nk_Parsed [[maybe_unused]] =                                                         \
+      ::norvik::detail::APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter< \
+          ::norvik::detail::isOneType(text)>;                                                \
   NK_GO_ON
 
-// The struct of a stored property. If the property is stated twice, clang stops at the second declaration. g++
+// The struct of a stored property. If the property is declared twice, clang stops at the second declaration. g++
 // continues, so a second struct of the same name would be one more error.
 #ifdef __clang__
 #define NK_STRUCT_OF(name) nk_property_##name
@@ -339,9 +339,9 @@
   NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, \
       NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY, NK_TOO_MANY
 #define NK_TOO_FEW(...) \
-  static_assert(false, "a property is stated with its type, its name and, unless it is read-only, its setter");
+  static_assert(false, "a property is declared with its type, its name and, unless it is read-only, its setter");
 #define NK_TOO_MANY(...) \
-  static_assert(false, "the type of a property has more than six commas: state another name for it");
+  static_assert(false, "the type of a property has more than six commas: declare another name for it");
 #define NK_TYPE_OF_1(statement, a, name, setter) statement(name, setter, a)
 #define NK_TYPE_OF_2(statement, a, b, name, setter) statement(name, setter, a, b)
 #define NK_TYPE_OF_3(statement, a, b, c, name, setter) statement(name, setter, a, b, c)

@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/StatedOperation.h - how a stated operation is called with Values as arguments. The
+// NorvikCore/platform/object/StatedOperation.h - how a declared operation is called with Values as arguments. The
 // statement macros use it; users need not read it.
 #pragma once
 
@@ -70,7 +70,7 @@ Value performClassMethod(NSObject*, std::span<const Value> arguments) {
 template <class Operation>
 constexpr bool isOfValues() {
   static_assert(Operation::isOfValues,
-                "an operation that a class states takes or gives a type without ValueConversion");
+                "an operation that a class declares takes or returns a type without ValueConversion");
   return Operation::isOfValues;
 }
 

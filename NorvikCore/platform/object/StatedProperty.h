@@ -1,4 +1,4 @@
-// NorvikCore/platform/object/StatedProperty.h - how a stated property of any type is read and written by its key. The
+// NorvikCore/platform/object/StatedProperty.h - how a declared property of any type is read and written by its key. The
 // statement macros use it; users need not read it.
 #pragma once
 
@@ -84,7 +84,7 @@ constexpr bool findsGetter() {
       }
     }();
     static_assert(reads || std::same_as<Type, UnknownType>,
-                  "the accessor of a computed property is not `Type name() const` with the type that is stated");
+                  "the accessor of a computed property is not `Type name() const` with the type that is declared");
     return reads;
   } else {
     return false;
@@ -98,7 +98,7 @@ constexpr bool findsSetter() {
     using Setter = std::invoke_result_t<Find, std::type_identity<T>>;
     constexpr bool writes = std::is_member_function_pointer_v<Setter> && std::is_invocable_v<Setter, T&, const Type&>;
     static_assert(writes || std::same_as<Type, UnknownType>,
-                  "the setter of a computed property is not `void setName(Type)` with the type that is stated");
+                  "the setter of a computed property is not `void setName(Type)` with the type that is declared");
     return writes;
   } else {
     return false;
@@ -162,10 +162,10 @@ constexpr Statement categoryStatement(const char* typeName, Get, Key key) {
   Statement stated{.name = key(), .text = typeName, .isComputed = true, .objectClass = objectClassOfType<Type>()};
   if constexpr (isStated<T> && !std::same_as<Type, UnknownType>) {
     static_assert(!statesKey<T>(Key{}(), false),
-                  "a category's property has the name of a property that its class states");
+                  "a category's property has the name of a property that its class declares");
     if constexpr (std::is_invocable_v<Get, const T&>) {
       constexpr bool reads = std::same_as<std::remove_cvref_t<std::invoke_result_t<Get, const T&>>, Type>;
-      static_assert(reads, "the accessor of a category's property gives another type than is stated");
+      static_assert(reads, "the accessor of a category's property returns another type than is declared");
       if constexpr (reads) {
         stated.get = [](const NSObject& object) {
           return propertyValue<Type>(Get{}(static_cast<const T&>(object)), Key{}());
@@ -173,7 +173,7 @@ constexpr Statement categoryStatement(const char* typeName, Get, Key key) {
       }
     } else {
       static_assert(std::is_invocable_v<Get, const T&>,
-                    "a category's property has no accessor `Type name(const Class&)` above its statement");
+                    "a category's property has no accessor `Type name(const Class&)` above its declaration");
     }
   }
   return stated;
@@ -185,7 +185,7 @@ constexpr Statement categoryStatement(const char* typeName, Get get, Key key, co
   stated.setterName = setterName;
   if constexpr (isStated<T> && !std::same_as<Type, UnknownType>) {
     constexpr bool writes = std::is_invocable_v<Set, T&, const Type&>;
-    static_assert(writes, "a category's property has no setter `void setName(Class&, Type)` above its statement");
+    static_assert(writes, "a category's property has no setter `void setName(Class&, Type)` above its declaration");
     if constexpr (writes) {
       stated.set = [](NSObject& object, const Value& value) {
         setPropertyValue<Type>(object, value, Key{}(), [&](const Type& a) { Set{}(static_cast<T&>(object), a); });

@@ -1,8 +1,8 @@
 // NorvikCore/platform/object/StatedSuperclass.h - finds the nearest superclass that has an NK_OBJECT, so that a wrong
 // argument of NK_OBJECT is rejected.
 //
-// Each stated class declares a friend nk_stated_, whose parameter is a pointer to it. A call with a pointer to an
-// object chooses the nearest class that is stated, other than its own.
+// Each class with an NK_OBJECT declares a friend nk_stated_, whose parameter is a pointer to it. A call with a pointer
+// to an object chooses the nearest such class, other than its own.
 #pragma once
 
 #include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error
@@ -33,8 +33,8 @@ using NearestStated = decltype(nk_stated_(static_cast<const T*>(nullptr), Above<
 
 struct UnknownType;
 
-/// True if Super, or the nearest class above it that is stated, is the nearest stated class above T. Also true if T
-/// does not derive from NSObject or is broken, because the compiler has reported that already.
+/// True if Super, or the nearest class above it that has an NK_OBJECT, is the nearest such class above T. Also true if
+/// T does not derive from NSObject or is broken, because the compiler has reported that already.
 template <class T, class Super>
 inline constexpr bool isNearestStated = __is_same(T, UnknownType) || __is_same(Super, UnknownType) ||
                                         (!__is_same(T, Super) &&

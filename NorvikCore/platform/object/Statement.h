@@ -57,7 +57,7 @@ constexpr bool findsMember() {
     }
   }();
   static_assert(finds || isRefusedByCompiler<Find> || std::is_same_v<T, NoOwner>,
-                "an operation or accessor that a class states is missing, or is overloaded");
+                "an operation or accessor that a class declares is missing, or is overloaded");
   return finds;
 }
 

@@ -40,7 +40,7 @@ template <class Place>
 struct StatementNumber;
 template <int number>
 struct StatementNumber<const Place<number>*> {
-  static_assert(number <= statementLimit, "a class can have 575 statements at most: state some in a superclass");
+  static_assert(number <= statementLimit, "a class can have 575 declarations at most: put some in a superclass");
   static constexpr int value = number;
   using nk_Place = const Place<number>*;
   using LastInBlock = const Place<number - number % statementBlock + statementBlock - 1>*;
@@ -80,7 +80,7 @@ struct Owner {
 template <class Key>
 struct WrongOwner;
 
-/// `Key` is a type of the class that states NK_OBJECT(T), so that each class checks separately whether T is complete.
+/// `Key` is a type of the class that declares NK_OBJECT(T), so that each class checks separately whether T is complete.
 template <class T, class Key, class = void>
 struct OwnerNamed {
   using Type = Owner<T>;
@@ -93,7 +93,7 @@ struct OwnerNamed<T, Key, decltype(void(sizeof(T)))> {
 /// Instantiated once for all statements without NK_OBJECT in classes below T, so that they are one error.
 template <class T>
 constexpr bool isWithoutObject() {
-  static_assert(sizeof(T) == 0, "a statement is in a class without NK_OBJECT, or above it");
+  static_assert(sizeof(T) == 0, "a declaration is in a class without NK_OBJECT, or above it");
   return true;
 }
 template <class Last, bool>
@@ -150,7 +150,7 @@ struct InClass {
 };
 /// Any other scope. g++ finds no nk_Here in it, names it in its error, and drops the declaration. clang would continue,
 /// but stops at a call of nk_owner_ (NK_STOP_AT_MISTAKES).
-struct AStatementIsInAClassWithoutNK_OBJECT {};
+struct ADeclarationIsInAClassWithoutNK_OBJECT {};
 
 /// False for a text with a comma outside of all brackets, as several arguments of a statement have.
 constexpr bool isOneType(const char* text) {
@@ -167,25 +167,25 @@ constexpr bool isOneType(const char* text) {
 
 /// The scope in which a type with commas is looked up.
 template <bool isOneType>
-struct APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter {
+struct APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter {
   template <class T>
   using nk_Is = T;
 };
 template <>
 #ifdef __clang__
-struct [[deprecated("a property is stated with its type, its name and, unless it is read-only, its setter")]]
+struct [[deprecated("a property is declared with its type, its name and, unless it is read-only, its setter")]]
 #else
 struct
 #endif
-APropertyIsStatedWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter<false> {};
+APropertyIsDeclaredWithItsTypeItsNameAndUnlessItIsReadOnlyItsSetter<false> {};
 
 #ifdef __clang__
-[[deprecated("a statement is in a class without NK_OBJECT")]]
+[[deprecated("a declaration is in a class without NK_OBJECT")]]
 #endif
 Owner<WrongOwner<OfProperty>>
     nk_owner_(OfProperty);
 Owner<NoOwner> nk_owner_(OfClass);
-AStatementIsInAClassWithoutNK_OBJECT nk_scope_(OfClass);
+ADeclarationIsInAClassWithoutNK_OBJECT nk_scope_(OfClass);
 StatementNumber<const Place<statementBlock - 1>* const> nk_state_(const void*);
 NSObject& nk_object_(OfClass);
 

@@ -85,7 +85,7 @@ template <class T>
 requires requires { typename T::Self; }
 inline constexpr bool isStated<T> = std::same_as<T, typename T::Self>;
 
-/// True if T or a class above it states a property of that name, or with `orOperation` an operation without arguments.
+/// True if T or a superclass declares a property of that name, or with `orOperation` an operation without arguments.
 template <class T>
 constexpr bool statesKey(const char* key, bool orOperation) {
   if constexpr (std::same_as<T, NSObject>) {
@@ -109,7 +109,7 @@ constexpr bool statesKeysOfDependencies() {
   return true;
 }
 
-/// The last name that is stated: NK_OBJECT states the name of the C++ class, NK_CLASS_NAME a different one.
+/// The last name that is declared: NK_OBJECT declares the name of the C++ class, NK_CLASS_NAME a different one.
 constexpr const char* statedName(std::span<const Statement> statements) {
   const char* name = nullptr;
   for (const Statement& statement : statements) {

@@ -1,5 +1,5 @@
-// NorvikCore/platform/object/StoredProperty.h - the storage of a stated property: a member of its object that only the
-// object's class can read and write. The statement macros declare it; users need not read it.
+// NorvikCore/platform/object/StoredProperty.h - the storage of a declared property: a member of its object that only
+// the object's class can read and write. The statement macros declare it; users need not read it.
 #pragma once
 
 #include "NorvikCore/platform/kernel/BusyWord.h"

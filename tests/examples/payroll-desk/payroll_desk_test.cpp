@@ -104,7 +104,7 @@ TEST_F(PayrollDesk, EditsAreValidated) {
     bool isValid;
   } rows[] = {{"sortCode", "in pairs", "20-12-52", true},      {"sortCode", "five digits", "20-12-5", false},
               {"sortCode", "a letter", "20-12-5x", false},     {"account", "eight digits", "01234567", true},
-              {"account", "seven digits", "0123456", false},   {"name", "blank", "  ", false},
+              {"account", "seven digits", "0123456", false},   {"name", "spaces", "  ", false},
               {"name", "a name", " Zo\u00eb ", true},          {"bonus", "none", Value(), true},
               {"bonus", "below zero", -0.01_dec, false},       {"bonus", "the greatest", 999999_dec, true},
               {"bonus", "too much", 999999.01_dec, false},     {"bonusRate", "all of it", 100, true},

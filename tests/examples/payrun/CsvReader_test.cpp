@@ -39,7 +39,7 @@ TEST(CsvReader, SplitsRecordsAndFields) {
       {"a last line without end", "a,b\nc,d", {{"a", "b"}, {"c", "d"}}},
       {"CRLF", "a,b\r\nc,d\r\n", {{"a", "b"}, {"c", "d"}}},
       {"an empty line between", "a\n\nb\n", {{"a"}, {"b"}}},
-      {"blanks are text", " a , b \n", {{" a ", " b "}}},
+      {"spaces are text", " a , b \n", {{" a ", " b "}}},
       {"a carriage return alone is text", "a\rb\n", {{"a\rb"}}},
       {"quoted", "\"a\",\"b\"\n", {{"a", "b"}}},
       {"quoted and empty", "\"\",\"\"\n", {{"", ""}}},

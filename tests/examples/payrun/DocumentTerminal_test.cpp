@@ -27,7 +27,7 @@ TEST(DocumentTerminal, ParagraphsAreWrappedAtBlanks) {
       {"nothing", "", 10, "\n"},
       {"as wide as the place", "one two", 7, "one two\n"},
       {"a cell wider", "one two", 6, "one\ntwo\n"},
-      {"a blank at the end of the place", "one two", 3, "one\ntwo\n"},
+      {"a space at the end of the place", "one two", 3, "one\ntwo\n"},
       {"line feeds", "one\n\ntwo\n", 10, "one\n\ntwo\n\n"},
       {"a word longer than the place", "abcdefgh ij", 3, "abc\ndef\ngh\nij\n"},
       {"a longer word after a short one", "a bcdefg", 4, "a\nbcde\nfg\n"},

@@ -121,7 +121,7 @@ const BadInput badEmployees[] = {
     {"a number twice", "employees.csv", "E2,", "E1,", "employees.csv:3:1: \"E1\" is given twice"},
     {"no number", "employees.csv", "E2,", ",", "employees.csv:3:1: \"\" is not an employee's number"},
     {"no name", "employees.csv", "Zoë O'Brien", "", "employees.csv:2:4: \"\" is not a name"},
-    {"a name of blanks", "employees.csv", "Zoë O'Brien", "  ", "employees.csv:2:4: \"  \" is not a name"},
+    {"a name of spaces", "employees.csv", "Zoë O'Brien", "  ", "employees.csv:2:4: \"  \" is not a name"},
     {"a name of two lines", "employees.csv", "Hughes, Dafydd", "Hughes,\nDafydd",
      "employees.csv:3:4: \"Hughes,\\x0ADafydd\" has a control character"},
     {"a name that a terminal would obey", "employees.csv", "Zoë",
@@ -195,7 +195,7 @@ const BadInput badItems[] = {
      "items.csv:2:26: \"100000000000000000000000000000000000000000000000000000000000...\" is too large: an amount is "
      "999,999,999.99 at most"},
     {"an empty amount", "items.csv", "1,234.50", "", "items.csv:2:26: \"\" is not an amount"},
-    {"an amount of blanks", "items.csv", "1,234.50", "  ", "items.csv:2:26: \"  \" is not an amount"},
+    {"an amount of spaces", "items.csv", "1,234.50", "  ", "items.csv:2:26: \"  \" is not an amount"},
     {"bytes that are not UTF-8", "items.csv", "Salary", "Sala\xFFry", "items.csv:2:23: \"Sala\\xFFry\" is not UTF-8"},
     {"half of a character at the end", "items.csv", "Bonus,1\n", "Bonus,1\xC3",
      "items.csv:5:28: \"1\\xC3\" is not UTF-8"},

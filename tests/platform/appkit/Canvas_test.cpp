@@ -42,6 +42,22 @@ Lines linesOf(PDFDocument& document) { return linesOfPdf(bytesOf(*document.data(
 
 }  // namespace
 
+TEST(Canvas, HeaderExample) {
+  PNGImage page({600, 200}, 2);
+  const auto address = styled("1 High Street, Cardiff CF10 1AA, Wales, United Kingdom"), amount = styled("1,234.50");
+  const NSSize used = page.drawText(*address, {56, 56}, 200);
+  page.drawText(*amount, {440, 56}, 100, NSTextAlignmentRight);
+  page.drawLine({56, 56 + used.height}, {540, 56 + used.height}, 0.5, *NSColor::blackColor());
+  EXPECT_LE(used.width, 200);
+  EXPECT_GT(used.height, 22) << "two lines";
+  const Picture picture(bytesOf(*page.data()));
+  const int line = static_cast<int>(2 * (56 + used.height));
+  EXPECT_EQ(picture.count({880, 112, 960, 140}, 0xFFFFFF), 80 * 28) << "the amount is at the right";
+  EXPECT_GT(picture.count({960, 112, 1080, 140}, 0x000000), 20);
+  EXPECT_LT(picture.count({700, line - 2, 800, line + 2}, 0xFFFFFF), 100 * 4) << "the line";
+  EXPECT_EQ(picture.count({700, line + 2, 800, line + 6}, 0xFFFFFF), 100 * 4);
+}
+
 TEST(PDFDocument, HeaderExample) {
   PDFDocument document(a4Paper, "Payslip of April");
   document.drawText(*styled("first page"), {56, 56}, 480);

@@ -17,12 +17,12 @@ TEST(TerminalCells, OfACharacter) {
     std::size_t cells;
   } rows[] = {
       {"a letter", U'a', 1},
-      {"a blank", U' ', 1},
+      {"a space", U' ', 1},
       {"the last of ASCII", U'~', 1},
       {"NUL", 0, 0},
       {"a tab", U'\t', 0},
       {"a line feed", U'\n', 0},
-      {"unit separator, before the blank", 0x1F, 0},
+      {"unit separator, before the space", 0x1F, 0},
       {"delete", 0x7F, 0},
       {"the last C1 control", 0x9F, 0},
       {"a no-break space, behind it", 0xA0, 1},

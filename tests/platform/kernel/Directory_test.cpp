@@ -24,6 +24,17 @@ namespace fs = std::filesystem;
 using norvik::test::TemporaryFolder;
 using ::testing::UnorderedElementsAre;
 
+TEST(Directory, HeaderExample) {
+  const TemporaryFolder folder;
+  std::string failedPath;
+  EXPECT_EQ(kernel::createDirectories(folder.path("2024/april"), 0700, &failedPath), 0);
+  EXPECT_EQ(fs::status(folder.path("2024/april")).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(failedPath, "");
+  folder.write("2025");
+  EXPECT_EQ(kernel::createDirectories(folder.path("2025/april"), 0700, &failedPath), EEXIST);
+  EXPECT_EQ(failedPath, folder.path("2025"));
+}
+
 TEST(Directory, MissingParentsAreMade) {
   const TemporaryFolder folder;
   EXPECT_EQ(kernel::createDirectories(folder.path("2024/April/Pay")), 0);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <latch>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -23,6 +24,25 @@ bool holdsInChild(const Body& body) {
   int status = -1;
   waitpid(child, &status, 0);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(Fork, HeaderExample) {
+  std::string zone;
+  std::latch isChanging(1);
+  bool isWhole = false;
+  std::thread forking([&] {
+    isChanging.wait();
+    isWhole = holdsInChild([&zone] { return zone == "Europe/London"; });
+  });
+  {
+    const kernel::ForkHold hold;  // while this lives, no other thread can fork
+    zone = "Europe/";
+    isChanging.count_down();
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();
+    zone += "London";
+  }
+  forking.join();
+  EXPECT_TRUE(isWhole);
 }
 
 struct Table {

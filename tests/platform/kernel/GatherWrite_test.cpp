@@ -51,6 +51,17 @@ class OpenPipe {
   int ends_[2] = {-1, -1};
 };
 
+TEST(GatherWrite, HeaderExample) {
+  const OpenPipe pipe;
+  const std::string_view time = "12:00:00", text = "40 payslips";
+  const std::string_view line[] = {time, " ", text, "\n"};
+  std::size_t written = 0;
+  const std::int64_t deadline = kernel::monotonicNanoseconds() + 1'000'000'000;
+  EXPECT_EQ(kernel::writeGathered(pipe.writer(), line, deadline, written), 0);
+  EXPECT_EQ(written, 21U);
+  EXPECT_EQ(pipe.read(100), "12:00:00 40 payslips\n");
+}
+
 TEST(GatherWrite, ThePiecesArriveInOrderAndAreCounted) {
   const OpenPipe pipe;
   const std::string_view line[] = {"12:00", " ", "", "net pay", "\n"};

@@ -122,14 +122,14 @@ TEST(HostInfo, TheModelIsTheOneOfTheFirmware) {
     std::string_view content, expected;
   } rows[] = {
       {"a desktop", "OptiPlex 7010\n", "OptiPlex 7010"},
-      {"blanks around it", "  20HRCTO1WW \t\n", "20HRCTO1WW"},
+      {"white space around it", "  20HRCTO1WW \t\n", "20HRCTO1WW"},
       {"a virtual machine", "Standard PC (Q35 + ICH9, 2009)\n", "Standard PC (Q35 + ICH9, 2009)"},
       {"no line end", "KVM", "KVM"},
       {"several lines", "KVM\nand more\n", "KVM"},
       {"bytes that are no UTF-8", "Mod\xE8le\n", "Mod\xE8le"},
       {"nothing", "", ""},
       {"an empty line", "\n", ""},
-      {"blanks only", " \t\n", ""},
+      {"white space only", " \t\n", ""},
   };
   for (const auto& row : rows) {
     const Machine machine;

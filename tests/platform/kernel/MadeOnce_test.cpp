@@ -22,6 +22,20 @@ const int& slowlyMade() {
   });
 }
 
+struct Registry {
+  int entries = 0;
+};
+
+Registry& registry() {
+  return kernel::madeOnce([] { return new Registry; });
+}
+
+TEST(MadeOnce, HeaderExample) {
+  ++registry().entries;
+  ++registry().entries;
+  EXPECT_EQ(registry().entries, 2);
+}
+
 TEST(MadeOnce, AForkWaitsForTheThreadThatIsMakingTheObject) {
   // Detached, because the thread sanitizer would report a joinable thread in the child.
   std::thread([] { EXPECT_EQ(slowlyMade(), 42); }).detach();

@@ -1,5 +1,7 @@
 #include "NorvikCore/platform/kernel/Mutex.h"
 
+#include "NorvikCore/platform/kernel/BusyWord.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -13,6 +15,19 @@ struct Guarded {
   Mutex mutex;
   std::vector<int> items NK_GUARDED_BY(mutex);
 };
+
+TEST(BusyWord, HeaderExample) {
+  detail::BusyWord word;
+  int changes = 0;  // guarded by the word
+  test::onThreads(4, [&](int) {
+    for (int change = 0; change < 1000; ++change) {
+      if (word.exchangeAcquire(1) != 0) waitForBusy(word);
+      ++changes;
+      if (word.exchangeRelease(0) != 1) wakeForBusy(word);
+    }
+  });
+  EXPECT_EQ(changes, 4000);
+}
 
 TEST(Mutex, HeaderExample) {
   Guarded guarded;

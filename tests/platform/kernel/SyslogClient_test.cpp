@@ -30,6 +30,14 @@ class SyslogClientTest : public ::testing::Test {
   const SyslogPlaces places_{journal_, lines_};
 };
 
+TEST_F(SyslogClientTest, HeaderExample) {
+  LogService journal(journal_, SOCK_DGRAM);
+  kernel::SyslogClient client("payrun");
+  client.log({.level = 4, .text = "no bank account for Zo\u00EB Smith", .file = "PayRun.cpp", .line = 42});
+  EXPECT_FALSE(client.hasWaiting());
+  EXPECT_EQ(fieldOf(journalFields(journal.receive()), "MESSAGE"), "no bank account for Zo\u00EB Smith");
+}
+
 TEST_F(SyslogClientTest, TheJournalGetsEachPartAsAField) {
   LogService journal(journal_, SOCK_DGRAM);
   SyslogClient client("payrun");

@@ -95,6 +95,11 @@ class Manager : public Employee {
   NK_OBJECT(Manager, Employee)
 };
 
+class PerformedPayslip : public NSObject {
+  NK_OBJECT(PerformedPayslip, NSObject)
+  NK_PROPERTY(Decimal, grossPay, setGrossPay)
+};
+
 class NeverUsed : public NSObject {
   NK_OBJECT(NeverUsed, NSObject)
 };
@@ -284,6 +289,13 @@ TEST(Class, MakesObjectsWhereItCan) {
 TEST(Class, KnowsWhichKeysAffectAKey) {
   EXPECT_EQ(Manager::staticClass().keysAffecting("isPaid"), std::vector<NSString>{"salary"});
   EXPECT_TRUE(Manager::staticClass().keysAffecting("name").empty());
+}
+
+TEST(SEL, HeaderExample) {
+  const auto slip = make<PerformedPayslip>();
+  slip->performSelector("setGrossPay:", Value(12.50_dec));
+  EXPECT_EQ(slip->grossPay(), 12.50_dec);
+  EXPECT_EQ(SEL("setLogLevel:forClass:").argumentCount(), 2u);
 }
 
 TEST(SEL, IsEqualByNameAndCountsItsColons) {

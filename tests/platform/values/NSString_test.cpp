@@ -250,6 +250,11 @@ TEST(NSString, HalvesOfACharacterSurviveCuttingAndRejoin) {
   EXPECT_NE(tail + head, text);
 }
 
+TEST(NSStringFmt, HeaderExample) {
+  const NSString name = "Ann";
+  EXPECT_EQ(fmt::format("{:<6}|", name), "Ann   |");
+}
+
 TEST(NSString, LoneHalvesPrintAsTheReplacementCharacter) {
   const NSString half = NSString::fromUtf16(std::u16string{u'a', 0xD83D});
   EXPECT_EQ(half.utf8(), "a\xEF\xBF\xBD");

@@ -1,6 +1,6 @@
 // NorvikCore/platform/foundation/internal/SharedLibrary.h - a library that is loaded when it is first needed.
 //
-//   const SharedLibrary library("liburiparser.so.1", "addresses cannot be read without uriparser");
+//   const SharedLibrary library("liburiparser.so.1", "URLs cannot be read without uriparser");
 //   library.find("uriFreeUriMembersA", functions->uriFreeUriMembersA);
 //
 // A program that never needs the library starts without it and without its dependencies. It stays loaded.

@@ -9,7 +9,7 @@ namespace norvik::detail {
 
 const UriLibrary& uriLibrary() {
   return kernel::madeOnce([] {
-    const SharedLibrary library("liburiparser.so.1", "addresses cannot be read without uriparser");
+    const SharedLibrary library("liburiparser.so.1", "URLs cannot be read without uriparser");
     auto functions = std::make_unique<UriLibrary>();
 #define NK_URI_LOAD(name) library.find(#name, functions->name);
     NK_URI_FUNCTIONS(NK_URI_LOAD)

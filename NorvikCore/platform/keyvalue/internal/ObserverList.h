@@ -17,7 +17,7 @@ class ObserverList final : public NSObject {
   /// A registration at one element of its path. Without a registration it is the gap of a removed entry.
   struct Entry {
     Ref<Registration> registration;
-    const ObservedKey* key;  ///< what the object's class states about the key of this element, or null
+    const ObservedKey* key;  ///< what the object's class declares about the key of this element, or null
     std::uint32_t depth;     ///< the index of the element in the path
     std::uint32_t hash;      ///< of the registration, even if that was removed
   };

@@ -41,7 +41,7 @@ bool anyOf(const Class& theClass, Visit&& visit) {
 }
 
 /// Raises for a key that no object of the class, or of a class below it, can have. Continues with the class that the
-/// key is stated to lead to.
+/// key is declared to lead to.
 void checkStated(const Class* theClass, std::span<const NSString> keys) {
   for (const NSString& key : keys) {
     if (!theClass || key.hasPrefix("@")) return;

@@ -61,7 +61,7 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
 
   /// The value at the end of the path, from the object at `depth` on; the null marker if the path ends early.
   [[nodiscard]] Value valueFrom(const NSObject& object, std::size_t depth) const;
-  /// Raises unless every key along the path exists, as far as objects or their stated classes show that.
+  /// Raises unless every key along the path exists, as far as objects or their declared classes show that.
   void check(const NSObject& root) const;
   /// Moves the entries behind the root to the objects that are now along the path, as far as it can be read. Then
   /// rethrows an exception from reading it.
