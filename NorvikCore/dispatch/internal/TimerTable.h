@@ -8,26 +8,32 @@
 
 #include <cstddef>
 #include <deque>
+#include <limits>
+#include <string_view>
 #include <unordered_map>
 
 namespace norvik::detail {
 
 struct NamedTimer {
   NSString name;
-  double date;  // the last planned time, in seconds
-  Ref<TSKTimerValue> live;
+  double date = -std::numeric_limits<double>::infinity();  // the last planned time, in seconds
+  Ref<TSKTimerValue> live{};
 };
 
-/// Names are never removed and keep the order of insertion. Confined to the lock of its wrapper's timers.
+/// Names are never removed and keep the order of insertion. The address of an entry does not change. Confined to the
+/// lock of its wrapper's timers.
 class TimerTable {
  public:
-  /// Null for an unknown name. The address of an entry does not change.
+  /// Null for an unknown name.
   [[nodiscard]] NamedTimer* find(const NSString& name) {
-    const auto found = byName_.find(name);
+    const auto found = byName_.find(name.view());
     return found == byName_.end() ? nullptr : found->second;
   }
-  void add(const NSString& name, double date, const Ref<TSKTimerValue>& timer) {
-    byName_.emplace(name, &entries_.emplace_back(NamedTimer{name, date, timer}));
+  /// The name's entry, which is new for an unknown name.
+  [[nodiscard]] NamedTimer& entryFor(const NSString& name) {
+    NamedTimer*& entry = byName_.try_emplace(name.view(), nullptr).first->second;
+    if (entry == nullptr) entry = &entries_.emplace_back(NamedTimer{name});
+    return *entry;
   }
   [[nodiscard]] std::deque<NamedTimer>& entries() noexcept { return entries_; }
   /// A copy of the table: by name, a dictionary of "DateValue" and, for a live timer, "TimerValue".
@@ -35,7 +41,7 @@ class TimerTable {
 
  private:
   std::deque<NamedTimer> entries_;
-  std::unordered_map<NSString, NamedTimer*> byName_;
+  std::unordered_map<std::string_view, NamedTimer*> byName_;  // views of the entries' names
 };
 
 }  // namespace norvik::detail
