@@ -84,12 +84,22 @@ std::size_t TimerHeap::leastChild(std::size_t first) const noexcept {
   return first + (before(children[high], children[low]) ? high : low);
 }
 
+/// Prefetches the children of four adjacent nodes, which are adjacent too, before it is known whose children are needed
+/// next. Half the time of a large heap's siftDown() would be spent waiting for them.
+void TimerHeap::prefetchChildrenOfFour(std::size_t first) const noexcept {
+  const std::size_t children = childCount * first + 1;
+  if (children + childCount * childCount > nodes_.size()) return;
+  for (std::size_t group = 0; group < childCount; ++group)
+    kernel::prefetchForWrite(&nodes_[children + group * childCount]);
+}
+
 /// The node usually comes from the bottom of the heap and belongs there. So the gap moves down to the bottom without
 /// comparing the node, and then the node moves up to its place.
 void TimerHeap::siftDown(std::size_t index, const Node& node) noexcept {
   const std::size_t top = index;
   std::size_t first = childCount * index + 1;
   for (; first + childCount <= nodes_.size(); first = childCount * index + 1) {
+    prefetchChildrenOfFour(first);
     const std::size_t least = leastChild(first);
     place(index, nodes_[least]);
     index = least;
