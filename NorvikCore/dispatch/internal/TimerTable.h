@@ -3,14 +3,14 @@
 
 #include "NorvikCore/dispatch/internal/TSKTimerValue.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
+#include "NorvikCore/platform/collections/OrderedTable.h"
 #include "NorvikCore/platform/object/Ref.h"
 #include "NorvikCore/platform/values/NSString.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <limits>
-#include <string_view>
-#include <unordered_map>
 
 namespace norvik::detail {
 
@@ -26,22 +26,32 @@ class TimerTable {
  public:
   /// Null for an unknown name.
   [[nodiscard]] NamedTimer* find(const NSString& name) {
-    const auto found = byName_.find(name.view());
-    return found == byName_.end() ? nullptr : found->second;
+    const std::size_t position = positionOf(name, hashOf(name));
+    return position == PositionIndex::notFound ? nullptr : &entries_[position];
   }
   /// The name's entry, which is new for an unknown name.
   [[nodiscard]] NamedTimer& entryFor(const NSString& name) {
-    NamedTimer*& entry = byName_.try_emplace(name.view(), nullptr).first->second;
-    if (entry == nullptr) entry = &entries_.emplace_back(NamedTimer{name});
-    return *entry;
+    const std::uint32_t hash = hashOf(name);
+    const std::size_t position = positionOf(name, hash);
+    if (position != PositionIndex::notFound) return entries_[position];
+    NamedTimer& added = entries_.emplace_back(NamedTimer{name});
+    index_.append(hash);
+    return added;
   }
   [[nodiscard]] std::deque<NamedTimer>& entries() noexcept { return entries_; }
   /// A copy of the table: by name, a dictionary of "DateValue" and, for a live timer, "TimerValue".
   [[nodiscard]] Ref<NSDictionary> dictionary() const;
 
  private:
+  [[nodiscard]] static std::uint32_t hashOf(const NSString& name) noexcept {
+    return PositionIndex::spread(std::hash<NSString>()(name));
+  }
+  [[nodiscard]] std::size_t positionOf(const NSString& name, std::uint32_t hash) const {
+    return index_.find(hash, [&](std::size_t position) { return entries_[position].name == name; });
+  }
+
   std::deque<NamedTimer> entries_;
-  std::unordered_map<std::string_view, NamedTimer*> byName_;  // views of the entries' names
+  PositionIndex index_;  // of the entries, by name
 };
 
 }  // namespace norvik::detail
