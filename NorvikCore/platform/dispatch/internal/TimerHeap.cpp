@@ -48,12 +48,12 @@ void TimerHeap::remove(TimerEntry& entry) noexcept {
 }
 
 void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTimer>& due) {
+  const std::size_t earlier = due.size();
   for (; limit > 0 && !nodes_.empty() && nodes_[0].deadline <= now; --limit) {
     TimerEntry& entry = *nodes_[0].entry;
     if (nodes_.size() > childCount) prefetchEntry(*nodes_[leastChild(1)].entry);  // the next one
     const std::uint64_t count = entry.interval_ == 0 ? 1 : 1 + (now - entry.deadline_) / entry.interval_;
     due.push_back({&entry, count, entry.setting_});
-    entry.keepUntilFired();
     if (entry.interval_ == 0) {
       entry.heap_ = nullptr;
       removeAt(0);
@@ -64,6 +64,8 @@ void TimerHeap::takeDue(std::uint64_t now, std::size_t limit, std::vector<DueTim
       siftDown(0, {latestDeadline(entry), &entry});
     }
   }
+  // Not in the loop: an atomic operation waits until the processor has stored every index that siftDown() has changed.
+  for (std::size_t taken = earlier; taken < due.size(); ++taken) due[taken].entry->keepUntilFired();
 }
 
 void TimerHeap::siftUp(std::size_t index, const Node& node, std::size_t top) noexcept {
