@@ -1,6 +1,7 @@
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/object/Weak.h"
 
@@ -23,8 +24,8 @@ dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
 
 }  // namespace
 
-TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue)
-    : number(madeAs), source(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue)) {}
+TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, dispatch_source_t timer)
+    : number(madeAs), source(std::move(timer)) {}
 
 TSKTimerValue::~TSKTimerValue() = default;
 
@@ -142,7 +143,6 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
   if (block) unused.push_back(std::move(block));
   if (isNew) {
     ++state_->live;
-    dispatch_resume(timer->source);
     entry.live = std::move(timer);
   }
   _updateTimerCountPrivate();
@@ -151,12 +151,12 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
 
 Ref<TSKTimerValue> NamedTimers::makeTimer(NamedTimer& entry) {
   const std::uint64_t number = ++timersMade_;
-  auto timer = make<TSKTimerValue>(number, owner_.queue());
-  if (manualClock_) dispatch_source_set_clock(timer->source, *manualClock_);
-  dispatch_source_set_event_handler(timer->source, [this, owner = Weak<TSKDispatchQueue>(&owner_), &entry, number] {
-    if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(entry, number);
-  });
-  return timer;
+  auto source = dispatch_source_t::adopt(
+      new SourceCore(owner_.queue(), makeHandler([this, owner = Weak<TSKDispatchQueue>(&owner_), &entry, number] {
+                       if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(entry, number);
+                     })));
+  if (manualClock_) dispatch_source_set_clock(source, *manualClock_);
+  return make<TSKTimerValue>(number, std::move(source));
 }
 
 void NamedTimers::start(TSKTimerValue& timer, double delay) const {
