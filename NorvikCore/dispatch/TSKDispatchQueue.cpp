@@ -2,6 +2,7 @@
 
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 #include "NorvikCore/dispatch/internal/QueueStack.h"
+#include "NorvikCore/dispatch/internal/WaitingBlocks.h"
 #include "NorvikCore/platform/dispatch/MainQueue.h"
 #include "NorvikCore/platform/foundation/NSBundle.h"
 #include "NorvikCore/platform/foundation/NSLog.h"
@@ -22,7 +23,9 @@ void detail::requireBlock(const Block<void()>& block) {
 }
 
 TSKDispatchQueue::TSKDispatchQueue(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior)
-    : _deadlockBehavior(behavior), namedTimers_(new detail::NamedTimers(*this)) {
+    : _deadlockBehavior(behavior),
+      waitingBlocks_(new detail::WaitingBlocks(queue)),
+      namedTimers_(new detail::NamedTimers(*this)) {
   queue_ = queue;
   dispatch_queue_set_specific(queue, TSKIsCurrentKey, this);
 }
@@ -119,6 +122,13 @@ void TSKDispatchQueue::refuse(detail::BlockCall block) const {
       return;
   }
 }
+
+void TSKDispatchQueue::enqueue(detail::Item* waitingBlock) {
+  waitingBlocks_->add(*this);
+  detail::enqueue(queue(), waitingBlock, detail::Delivery::prompt, detail::Order::normal);
+}
+
+void TSKDispatchQueue::endWaitingBlock() noexcept { waitingBlocks_->end(*this); }
 
 void TSKDispatchQueue::runInNewStack(detail::BlockCall block) {
   const detail::QueueStackEntry entry(*this, nullptr);

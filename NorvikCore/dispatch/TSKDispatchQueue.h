@@ -43,7 +43,10 @@ class dispatch_manual_clock;
 namespace detail {
 
 class NamedTimers;
+class WaitingBlocks;
 class WrapperAwaiter;
+template <class F>
+class WaitingBlock;
 
 /// A reference to a block of any type, which is called while the block exists.
 struct BlockCall {
@@ -175,9 +178,7 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   void dispatchAsynchronously(F&& block) {
     detail::requireBlock(block);
     if (concurrent()) return dispatch_async(queue(), std::forward<F>(block));
-    dispatch_async(queue(), [self = ref(*this), block = std::decay_t<F>(std::forward<F>(block))]() mutable {
-      self->runInNewStack(detail::blockCall(std::move(block)));
-    });
+    enqueue(detail::makeBlock(detail::WaitingBlock<std::decay_t<F>>(*this, std::forward<F>(block))));
   }
   /// Enqueues a block that runs alone on its queue, without a deadlock check and without a queue stack. Returns what
   /// the block returns.
@@ -247,16 +248,49 @@ class NK_EXPORT TSKDispatchQueue : public NSObject {
   void scheduleTimer(const NSString& name, double seconds, TSKTimerBehavior behavior, Block<void()> block);
   friend class detail::NamedTimers;
   friend class detail::WrapperAwaiter;
+  template <class F>
+  friend class detail::WaitingBlock;
 
   static Ref<TSKDispatchQueue> makeShared(const dispatch_queue_t& queue, TSKDeadlockBehavior behavior, bool concurrent);
   void runSynchronously(detail::BlockCall block);
+  void enqueue(detail::Item* waitingBlock);
+  void endWaitingBlock() noexcept;
   void runInNewStack(detail::BlockCall block);
   void refuse(detail::BlockCall block) const;
 
   bool followsMainThread_ = false;
   std::optional<NSString> _label;
   const TSKDeadlockBehavior _deadlockBehavior;
+  const detail::Hidden<detail::WaitingBlocks> waitingBlocks_;
   const detail::Hidden<detail::NamedTimers> namedTimers_;
 };
 
+namespace detail {
+
+/// A block that dispatchAsynchronously() enqueues. It retains the wrapper from then until it is destroyed.
+template <class F>
+class WaitingBlock {
+ public:
+  template <class G>
+  WaitingBlock(TSKDispatchQueue& wrapper, G&& block) : end_{wrapper}, block_(std::forward<G>(block)) {}
+  WaitingBlock(WaitingBlock&&) = default;
+
+  void operator()() {
+    end_.isDue = true;
+    end_.wrapper.runInNewStack(blockCall(std::move(block_)));
+  }
+
+ private:
+  struct End {
+    TSKDispatchQueue& wrapper;
+    bool isDue = false;  // true once the block has begun; one that could not be enqueued never does
+    ~End() {
+      if (isDue) wrapper.endWaitingBlock();
+    }
+  };
+  End end_;  // destroyed after the block, which may use the wrapper to its end
+  F block_;
+};
+
+}  // namespace detail
 }  // namespace norvik

@@ -5,10 +5,12 @@
 //
 // g++ 12.2 -O2, 2 virtual cores at load 4, 2026-11-21, medians of five: a synchronous block on an idle queue 43 ns of
 // CPU time (bare queue 19, asio in place on its strand's own thread 54), below three other wrappers 48 ns, on the queue
-// that runs already 9 ns; posting and running 88 ns from one producer and 150 ns from four (asio 523 and 332). At
-// load 7, three runs: setting one of 20,000 named timers 1.7 to 4.4 us (asio 1.2 to 2.7), restarting one 1.0 to 1.2 us
-// (asio 2.1 to 3.7). A synchronous block that returns its result costs no more than one that returns nothing (38 and
-// 37 ns of CPU time, 2026-11-23).
+// that runs already 9 ns. A synchronous block that returns its result costs no more than one that returns nothing (38
+// and 37 ns of CPU time, 2026-11-23).
+//
+// 2026-11-23, Intel Xeon (Sapphire Rapids), 2 virtual cores, other builds at load 15 but this program before them
+// (chrt -f 1), medians of five: posting and running 49 ns from one producer and 74 ns from four (asio 873 and 437);
+// setting one of 20,000 named timers 517 ns (asio 664), restarting one 420 ns (asio 1,638).
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include <benchmark/benchmark.h>

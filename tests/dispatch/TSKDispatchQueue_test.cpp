@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <latch>
@@ -313,6 +314,61 @@ TEST_F(TSKDispatchQueueTest, BlocksThatWaitKeepTheWrapper) {
   dispatch_sync(queue, [] {});
   EXPECT_TRUE(seen);
   EXPECT_FALSE(watched.lock());
+}
+
+TEST_F(TSKDispatchQueueTest, TheLastOfManyThreadsBlocksDestroysAReleasedWrapper) {
+  for (const auto attribute : {DISPATCH_QUEUE_SERIAL, DISPATCH_QUEUE_CONCURRENT}) {
+    for (int round = 0; round < 200; ++round) {
+      const auto queue = dispatch_queue_create(nullptr, attribute);
+      Wrapper wrapper = TSKDispatchQueue::dispatchQueueWithGCDQueue(queue, TSKDeadlockExecuteInline);
+      const Weak<TSKDispatchQueue> watched = wrapper;
+      std::atomic<int> runs{0};
+      std::vector<std::thread> threads;
+      for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([&runs, own = wrapper]() mutable {
+          for (int block = 0; block < 5; ++block) own->dispatchAsynchronously([&runs] { ++runs; });
+          own = nullptr;
+        });
+      }
+      wrapper = nullptr;
+      for (auto& thread : threads) thread.join();
+      dispatch_barrier_sync(queue, [] {});
+      EXPECT_EQ(runs.load(), 15);
+      EXPECT_FALSE(watched.lock());
+    }
+  }
+}
+
+TEST_F(TSKDispatchQueueTest, ABlockThatIsDestroyedMayUseTheWrapperItWaitedOn) {
+  Wrapper wrapper = serial("a");
+  const auto queue = wrapper->queue();
+  std::optional<NSString> label;
+  const auto atEnd = [&label, raw = wrapper.get()](const int* held) {
+    label = raw->label();
+    delete held;
+  };
+  wrapper->dispatchAsynchronously([held = std::unique_ptr<const int, decltype(atEnd)>(new int, atEnd)] {});
+  wrapper = nullptr;
+  dispatch_sync(queue, [] {});
+  EXPECT_EQ(label, NSString("a"));
+}
+
+TEST_F(TSKDispatchQueueTest, ABlockThatCannotBeCopiedDoesNotRetainTheWrapper) {
+  struct Unwilling {
+    Unwilling() = default;
+    Unwilling(const Unwilling&) { throw std::runtime_error("no copies"); }
+    void operator()() const { ADD_FAILURE() << "it was not enqueued"; }
+  };
+  for (const auto attribute : {DISPATCH_QUEUE_SERIAL, DISPATCH_QUEUE_CONCURRENT}) {
+    Wrapper wrapper =
+        TSKDispatchQueue::dispatchQueueWithGCDQueue(dispatch_queue_create(nullptr, attribute), TSKDeadlockNoCheck);
+    const Weak<TSKDispatchQueue> watched = wrapper;
+    const Unwilling block;
+    EXPECT_THROW(wrapper->dispatchAsynchronously(block), std::runtime_error);
+    flush(wrapper);
+    wrapper = nullptr;
+    EXPECT_FALSE(watched.lock());
+  }
 }
 
 TEST_F(TSKDispatchQueueTest, ASynchronousBlockMayLetGoOfTheWrapper) {

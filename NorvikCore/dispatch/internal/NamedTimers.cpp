@@ -1,5 +1,7 @@
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 
+#include "NorvikCore/platform/dispatch/internal/QueueCore.h"
+#include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 #include "NorvikCore/platform/kernel/Clock.h"
 #include "NorvikCore/platform/object/Weak.h"
 
@@ -22,8 +24,8 @@ dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
 
 }  // namespace
 
-TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue)
-    : number(madeAs), source(dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue)) {}
+TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, dispatch_source_t timer)
+    : number(madeAs), source(std::move(timer)) {}
 
 TSKTimerValue::~TSKTimerValue() = default;
 
@@ -63,6 +65,14 @@ Ref<NSDictionary> NamedTimers::dictionary() {
 }
 
 void NamedTimers::request(Request request) {
+  if (requestsKeepTheirOrder()) {
+    owner_.dispatchAsynchronously([this, request = std::move(request)]() mutable {
+      Blocks unused;  // destroyed after the lock is released
+      const Lock lock(*this);
+      carryOut(std::move(request), unused);
+    });
+    return;
+  }
   {
     const Lock lock(*this);
     state_->requests.push_back(std::move(request));
@@ -70,11 +80,20 @@ void NamedTimers::request(Request request) {
   owner_.dispatchAsynchronously([this, self = ref(owner_)] { carryOutNextRequest(); });
 }
 
+/// True if the blocks that carry out the requests run one by one; they then retain the wrapper, too.
+bool NamedTimers::requestsKeepTheirOrder() const noexcept {
+  return !owner_.concurrent() && owner_.queue().core()->isSerial();
+}
+
 void NamedTimers::carryOutNextRequest() {
   Blocks unused;  // destroyed after the lock is released
   const Lock lock(*this);
   Request request = std::move(state_->requests.front());
   state_->requests.pop_front();
+  carryOut(std::move(request), unused);
+}
+
+void NamedTimers::carryOut(Request request, Blocks& unused) {
   switch (request.kind) {
     case Request::Kind::schedule:
       _scheduleTimerWithName(request.name, request.referenceTime, request.timeInterval, request.behavior,
@@ -90,12 +109,12 @@ void NamedTimers::carryOutNextRequest() {
 bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
                                          TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) {
   if (!state_->table) state_->table = std::make_unique<TimerTable>();
-  NamedTimer* const entry = state_->table->find(name);
-  Ref<TSKTimerValue> timer = entry == nullptr ? nullptr : entry->live;
+  NamedTimer& entry = state_->table->entryFor(name);
+  Ref<TSKTimerValue> timer = entry.live;
   // A timer whose block is running (on a concurrent queue) has fired already, so it is started like a new one.
   const bool pending = timer && !timer->firing;
   const bool isNew = !timer;
-  if (isNew) timer = makeTimer(name);
+  if (isNew) timer = makeTimer(entry);
   if (!timer->source) {
     unused.push_back(std::move(block));
     return false;
@@ -105,9 +124,9 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
   double date = now;
   if (behavior == TSKTimerThrottle) {
     if (pending) {
-      date = entry->date;
-    } else if (entry != nullptr && now < entry->date + timeInterval) {
-      date = entry->date + timeInterval;
+      date = entry.date;
+    } else if (now < entry.date + timeInterval) {
+      date = entry.date + timeInterval;
       start(*timer, date - now);
     } else {
       start(*timer, nanosecond);
@@ -115,33 +134,29 @@ bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceT
   } else {
     const double delay = std::max(0.0, timeInterval - (now - referenceTime));
     date = now + delay;
-    if (behavior == TSKTimerRestart || !pending || entry->date > date) start(*timer, delay);
+    if (behavior == TSKTimerRestart || !pending || entry.date > date) start(*timer, delay);
     // Otherwise the pending timer keeps its earlier time, but the later time is recorded.
   }
 
-  unused.push_back(std::exchange(timer->block, std::move(block)));
+  entry.date = date;
+  std::swap(timer->block, block);
+  if (block) unused.push_back(std::move(block));
   if (isNew) {
     ++state_->live;
-    dispatch_resume(timer->source);
-  }
-  if (entry == nullptr) {
-    state_->table->add(name, date, timer);
-  } else {
-    entry->date = date;
-    entry->live = timer;
+    entry.live = std::move(timer);
   }
   _updateTimerCountPrivate();
   return true;
 }
 
-Ref<TSKTimerValue> NamedTimers::makeTimer(const NSString& name) {
+Ref<TSKTimerValue> NamedTimers::makeTimer(NamedTimer& entry) {
   const std::uint64_t number = ++timersMade_;
-  auto timer = make<TSKTimerValue>(number, owner_.queue());
-  if (manualClock_) dispatch_source_set_clock(timer->source, *manualClock_);
-  dispatch_source_set_event_handler(timer->source, [this, owner = Weak<TSKDispatchQueue>(&owner_), name, number] {
-    if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(name, number);
-  });
-  return timer;
+  auto source = dispatch_source_t::adopt(
+      new SourceCore(owner_.queue(), makeHandler([this, owner = Weak<TSKDispatchQueue>(&owner_), &entry, number] {
+                       if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(entry, number);
+                     })));
+  if (manualClock_) dispatch_source_set_clock(source, *manualClock_);
+  return make<TSKTimerValue>(number, std::move(source));
 }
 
 void NamedTimers::start(TSKTimerValue& timer, double delay) const {
@@ -150,16 +165,17 @@ void NamedTimers::start(TSKTimerValue& timer, double delay) const {
   dispatch_source_set_timer(timer.source, timeAfter(delay, manualClock_.get()), 0, 0);
 }
 
-void NamedTimers::fired(const NSString& name, std::uint64_t number) {
+void NamedTimers::fired(NamedTimer& entry, std::uint64_t number) {
   Block<void()> block;
   std::uint64_t starts = 0;
+  const State* state = nullptr;
   {
     const Lock lock(*this);
-    const Ref<TSKTimerValue> timer = liveTimer(name);
-    if (!timer || timer->number != number) return;
-    block = timer->block;
-    starts = timer->starts;
-    timer->firing = true;
+    if (!entry.live || entry.live->number != number) return;
+    block = entry.live->block;
+    starts = entry.live->starts;
+    entry.live->firing = true;
+    state = state_.get();
   }
   if (owner_.concurrent()) {
     block();
@@ -168,13 +184,8 @@ void NamedTimers::fired(const NSString& name, std::uint64_t number) {
   }
   Blocks unused;
   const Lock lock(*this);
-  const Ref<TSKTimerValue> timer = liveTimer(name);
-  if (timer && timer->number == number && timer->starts == starts) _cancelTimerWithName(name, unused);
-}
-
-Ref<TSKTimerValue> NamedTimers::liveTimer(const NSString& name) {
-  const NamedTimer* entry = state_->table ? state_->table->find(name) : nullptr;
-  return entry == nullptr ? nullptr : entry->live;
+  if (state_.get() != state) return;  // the block has forked, and this is the child: the entry is the parent's
+  if (entry.live && entry.live->number == number && entry.live->starts == starts) cancel(entry, unused);
 }
 
 void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {

@@ -1,8 +1,9 @@
 // NorvikCore/dispatch/internal/NamedTimers.h - the timers of one wrapper.
 //
-// Each request of the application is stored in a list and carried out on the queue by an asynchronous block of its own.
-// Therefore requests take effect in their order on a concurrent queue too. The table is changed under the lock. The
-// lock is never held while a block runs or is destroyed.
+// Each request of the application is carried out on the queue by an asynchronous block of its own. On a serial queue
+// the block holds the request. On a concurrent queue, whose blocks may overtake each other, the requests wait in a list
+// and each block carries out the first, so they take effect in their order there too. The table is changed under the
+// lock. The lock is never held while a block runs or is destroyed.
 #pragma once
 
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
@@ -51,8 +52,8 @@ class NamedTimers {
   /// The state that each process has for itself.
   struct State {
     std::unique_ptr<TimerTable> table;  // empty before the first timer
-    std::deque<Request> requests;
-    std::uint64_t live = 0;  // names with a timer
+    std::deque<Request> requests;       // on a concurrent queue
+    std::uint64_t live = 0;             // names with a timer
   };
   /// Holds the lock for a scope. The first lock in a child made by fork() leaves all timers to the parent.
   class NK_SCOPED_CAPABILITY Lock {
@@ -72,18 +73,19 @@ class NamedTimers {
   void forgetParent() NK_REQUIRES(lock_);
   [[nodiscard]] double _now() const;
   void request(Request request);
+  [[nodiscard]] bool requestsKeepTheirOrder() const noexcept;
   void carryOutNextRequest();
   // Called on the queue, under the lock. Blocks that are no longer needed are moved to `unused`, which is destroyed
   // without the lock.
+  void carryOut(Request request, Blocks& unused) NK_REQUIRES(lock_);
   bool _scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
                               TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) NK_REQUIRES(lock_);
   void _cancelTimerWithName(const NSString& name, Blocks& unused) NK_REQUIRES(lock_);
   void cancel(NamedTimer& entry, Blocks& unused) NK_REQUIRES(lock_);
   void cancelEveryTimer(Blocks& unused) NK_REQUIRES(lock_);
   void _updateTimerCountPrivate() NK_REQUIRES(lock_);
-  void fired(const NSString& name, std::uint64_t number);
-  [[nodiscard]] Ref<TSKTimerValue> liveTimer(const NSString& name) NK_REQUIRES(lock_);
-  [[nodiscard]] Ref<TSKTimerValue> makeTimer(const NSString& name) NK_REQUIRES(lock_);
+  void fired(NamedTimer& entry, std::uint64_t number);
+  [[nodiscard]] Ref<TSKTimerValue> makeTimer(NamedTimer& entry) NK_REQUIRES(lock_);
   void start(TSKTimerValue& timer, double delay) const;
 
   TSKDispatchQueue& owner_;

@@ -12,7 +12,7 @@ namespace norvik::detail {
 class TSKTimerValue final : public NSObject {
   NK_OBJECT(TSKTimerValue, NSObject)
 
-  TSKTimerValue(std::uint64_t madeAs, const dispatch_queue_t& queue);
+  TSKTimerValue(std::uint64_t madeAs, dispatch_source_t timer);
   ~TSKTimerValue() override;
 
   const std::uint64_t number;  // distinguishes it from earlier and later timers of the same name

@@ -3,13 +3,11 @@
 //
 // Every run is compared with the plain loop's answer.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5, so that a
-// second core is rarely free), g++ 12.2, -O2; medians of 9 runs in random order, for each loop:
-//   2 empty rounds                 0.65 us, OpenMP 6 to 2,750 us
-//   64 rounds of 26 us             1.74 ms, OpenMP 4.1 ms, plain loop 1.68 ms; processor time of the caller 0.89 ms,
-//                                  OpenMP 1.96 ms
-//   1,000,000 rounds of 1 ns       3.2 ms, OpenMP 4.0 ms, plain loop 1.4 ms: work that only touches memory does not
-//                                  become faster
+// 2026-11-23, Intel Xeon (Sapphire Rapids), two virtual cores, other builds at load 15 but this program before them
+// (chrt -f 1), g++ 12.2, -O2; medians of 7 runs, for each loop:
+//   2 empty rounds                 1.11 us, OpenMP 1.29 us
+//   64 rounds of 26 us             878 us, OpenMP 860 us, plain loop 1,723 us
+//   1,000,000 rounds of 0.9 ns     455 us, OpenMP 432 us, plain loop 880 us
 #include "NorvikCore/platform/dispatch/Apply.h"
 
 #include <benchmark/benchmark.h>

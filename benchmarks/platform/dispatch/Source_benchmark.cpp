@@ -3,15 +3,14 @@
 //
 // Every run counts the timers that fired and that were cancelled, and checks that no timer fired early.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5), g++ 12.2, -O2;
-// medians of 7 runs in random order, nanoseconds for each timer; ours involves a mutex, a queue and two other threads,
-// asio one loop:
-//   100,000    set 144 and fire 673, asio 172 and 818 (0.82 of its time); until all handlers were notified of the
-//              cancellation 450, asio 480 (set and cancel 0.74)
-//   1,000,000  set 131 and fire 1,400, asio 210 and 1,629 (0.83); cancel 428, asio 400 (0.97)
-//   lateness, 99th percentile, with a priority above all other work of the machine (chrt -f 1, three runs): 100,000
-//              in a second 24 to 26 us, asio 15 to 18 us; 10,000 in a second 30 to 36 us, asio 18 to 29 us. At equal
-//              priority with other work at load 5 it is as long as that work runs: 4 to 8 ms, asio 4 to 6 ms
+// 2026-11-23, Intel Xeon (Sapphire Rapids), two virtual cores, other builds at load 15 to 25 but this program before
+// them (chrt -f 1), g++ 12.2, -O2; medians of 5 runs, nanoseconds for each timer; ours involves a mutex, a queue and
+// two other threads, asio one loop:
+//   100,000    set 87 and fire 153, asio 375 and 281 (0.37 of its time); until all handlers were notified of the
+//              cancellation 101, asio 123 (set and cancel 0.82)
+//   1,000,000  set 88 and fire 264, asio 90 and 422 (0.69); cancel 168, asio 192 (0.87)
+//   lateness, 99th percentile: 100,000 in a second 82 to 91 us, asio 75 us; 10,000 in a second 106 to 134 us, asio 61
+//              to 70 us. At equal priority with other work it is as long as that work runs: some milliseconds
 #include "NorvikCore/platform/dispatch/Source.h"
 
 #include <benchmark/benchmark.h>

@@ -167,6 +167,28 @@ TEST_F(Apply, OfSeveralExceptionsOneReachesTheCallerAndTheRestOfTheRoundsDoesNot
   EXPECT_LE(calls.load(), std::max(2U, std::thread::hardware_concurrency())) << "one for each thread at most";
 }
 
+TEST_F(Apply, AnExceptionEndsTheShareOfRoundsThatAnotherThreadIsRunning) {
+  auto queue = dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT);
+  constexpr std::size_t rounds = 200'000'000;  // so many that the caller's first share takes a second and more
+  const std::size_t firstShare = rounds / (8 * std::max(2U, std::thread::hardware_concurrency()));
+  std::latch both(2);
+  std::atomic_flag thrown;
+  std::size_t calls = 0;
+  EXPECT_THROW(dispatch_apply(rounds, queue,
+                              [&, caller = std::this_thread::get_id()](std::size_t) {
+                                if (std::this_thread::get_id() != caller) {
+                                  if (thrown.test_and_set()) return;
+                                  both.arrive_and_wait();
+                                  throw std::runtime_error("no such employee");
+                                }
+                                if (calls++ == 0) both.arrive_and_wait();
+                                std::this_thread::yield();
+                              }),
+               std::runtime_error);
+  EXPECT_LT(calls, firstShare / 2);
+  dispatch_barrier_sync(queue, [] {});
+}
+
 TEST_F(Apply, AHelperThatComesLateFindsNothingToDo) {
   auto queue = dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT);
   for (int round = 0; round < 50; ++round) {

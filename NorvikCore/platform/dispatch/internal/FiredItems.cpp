@@ -28,7 +28,8 @@ void runAll(const std::vector<Item*>& items, SerialQueue* queue) noexcept {
 
 void FiredItems::flush() {
   if (items_.empty()) return;
-  QueueCore* queue = queue_.core();
+  const dispatch_queue_t retained = std::exchange(queue_, nullptr);
+  QueueCore* queue = retained.core();
   if (items_.size() > 1 && queue->kind() == QueueCore::Kind::serial) {
     queue->push(
         makeBlock([items = std::move(items_), serial = static_cast<SerialQueue*>(queue)] { runAll(items, serial); }),

@@ -34,7 +34,8 @@ class FiredItems {
     items_.push_back(item);
   }
 
-  /// Enqueues the collected items, in order.
+  [[nodiscard]] std::size_t count() const noexcept { return items_.size(); }
+  /// Enqueues the collected items, in order. Afterwards no queue is retained.
   void flush();
 
  private:

@@ -21,6 +21,11 @@ SourceCore::SourceCore(const dispatch_queue_t& queue) : clock_(systemClock()), q
   };
 }
 
+SourceCore::SourceCore(const dispatch_queue_t& queue, std::unique_ptr<Handler> eventHandler) : SourceCore(queue) {
+  suspensions_ = 0;
+  eventHandler_ = std::move(eventHandler);
+}
+
 void SourceCore::releaseHandle() noexcept {
   if (handles_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   bool claimed = false;

@@ -19,6 +19,8 @@ namespace norvik::detail {
 class SourceCore final : public TimerEntry, private Item {
  public:
   explicit SourceCore(const dispatch_queue_t& queue);
+  /// With its event handler, and resumed. Takes no lock for either.
+  SourceCore(const dispatch_queue_t& queue, std::unique_ptr<Handler> eventHandler);
 
   // All handles together hold one reference; each delivery and each firing holds one.
   void retainHandle() noexcept { handles_.fetch_add(1, std::memory_order_relaxed); }

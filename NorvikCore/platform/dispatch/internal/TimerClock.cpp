@@ -19,6 +19,8 @@ namespace norvik::detail {
 namespace {
 
 constexpr std::size_t timersPerRound = 256;
+// If very many timers are due, several rounds are enqueued at once, because each time a worker has to be woken.
+constexpr std::size_t mostTimersAtOnce = 2048;
 constexpr std::uint64_t second = 1'000'000'000;
 
 timespec timespecOf(std::uint64_t nanoseconds) {
@@ -29,15 +31,19 @@ timespec timespecOf(std::uint64_t nanoseconds) {
 }
 
 /// Under no mutex.
-void fire(std::vector<DueTimer>& due) {
+void fire(std::vector<DueTimer>& due, FiredItems& items) {
   // Entries are where they were allocated; of a hundred thousand, the next is rarely near.
   constexpr std::size_t ahead = 4;
-  FiredItems items;
   for (std::size_t i = 0; i < due.size(); ++i) {
     if (i + ahead < due.size()) prefetchItem(due[i + ahead].entry);
     due[i].entry->fired(due[i].count, due[i].setting, items);
   }
   due.clear();
+}
+
+void fireAndEnqueue(std::vector<DueTimer>& due) {
+  FiredItems items;
+  fire(due, items);
 }
 
 void drainDescriptor(int descriptor) {
@@ -58,9 +64,9 @@ void SystemTimerClock::arm(TimerEntry& entry, dispatch_time_t start, TimerSettin
   bool isNewShortage = false;
   {
     const QueueLock lock(mutex_);
-    TimerHeap::remove(entry);
     TimerHeap& heap = point.clock == ClockKind::wall ? wall_ : monotonic_;
-    const std::uint64_t before = heap.nextDeadline();
+    const std::uint64_t before = heap.nextDeadline();  // the thread wakes by then, also if this entry was the next
+    TimerHeap::remove(entry);
     heap.add(entry, setting);
     const bool wasShort = !threadRuns_ && ThreadShortage::exists(ThreadShortage::Of::timers);
     if (threadRuns_ || ensureThread()) [[likely]] {
@@ -89,7 +95,7 @@ std::uint64_t SystemTimerClock::tend() noexcept {
     collectDue(due);
     tended_ = true;
   }
-  fire(due);
+  fireAndEnqueue(due);
   const QueueLock lock(mutex_);
   tended_ = false;
   const std::uint64_t wall = wall_.nextDeadline(), now = wallNow_();
@@ -146,11 +152,18 @@ void* SystemTimerClock::threadMain(void* clock) {
 void SystemTimerClock::run() {
   mutex_.lock();
   std::uint64_t idleSince = monotonicNanoseconds();
+  FiredItems items;
+  std::size_t enough = timersPerRound;
   for (;;) {
     collectDue(due_);
-    if (!due_.empty()) {
+    if (!due_.empty() || items.count() > 0) {
+      const bool areAll = due_.size() < timersPerRound;
       mutex_.unlock();
-      fire(due_);
+      fire(due_, items);
+      if (areAll || items.count() >= enough) {
+        items.flush();
+        enough = areAll ? timersPerRound : std::min(2 * enough, mostTimersAtOnce);
+      }
       idleSince = monotonicNanoseconds();
       mutex_.lock();
       continue;
@@ -248,7 +261,7 @@ void ManualTimerClock::advance(std::uint64_t nanoseconds) {
     now_ = std::max(now_, heap_.nextDeadline());
     heap_.takeDue(now_, heap_.size(), due);
     mutex_.unlock();
-    fire(due);
+    fireAndEnqueue(due);
     mutex_.lock();
   }
   now_ = end;

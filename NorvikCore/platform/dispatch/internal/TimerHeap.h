@@ -86,6 +86,7 @@ class NK_EXPORT_FOR_TESTS TimerHeap {
   }
   static std::uint64_t latestDeadline(const TimerEntry& entry) noexcept;
   [[nodiscard]] std::size_t leastChild(std::size_t first) const noexcept;
+  void prefetchChildrenOfFour(std::size_t first) const noexcept;
   void place(std::size_t index, const Node& node) noexcept {
     nodes_[index] = node;
     node.entry->index_ = static_cast<std::uint32_t>(index);
