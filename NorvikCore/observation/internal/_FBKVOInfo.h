@@ -63,11 +63,11 @@ class NK_EXPORT_FOR_TESTS _FBKVOInfo
   [[nodiscard]] SEL _action() const noexcept;
   [[nodiscard]] Ref<NSBlock> _block() const;
 
+  detail::AtomicWord<bool> isObserving_{false};  ///< first, because there is room for it after the registration
   /// Not retained. Used only while the observation is being made, because a controller ends its observations before it
   /// is destroyed.
   FBKVOController* const _controller;
   const std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> handler_;
-  detail::AtomicWord<bool> isObserving_{false};
 };
 
 }  // namespace norvik
