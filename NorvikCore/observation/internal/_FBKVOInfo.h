@@ -52,6 +52,7 @@ class NK_EXPORT_FOR_TESTS _FBKVOInfo
   friend class _FBKVOSharedController;
   enum State : int { Initial = 0, Observing = 1, Ended = 2 };
 
+  [[nodiscard]] static detail::SideRecord* receiverOf(const FBKVOController& controller);
   [[nodiscard]] const NSString& _keyPath() const noexcept { return keyPath(); }
   [[nodiscard]] NSKeyValueObservingOptions _options() const noexcept { return options(); }
   /// Ended is final.

@@ -81,11 +81,11 @@ constinit thread_local Binding::Carry* Binding::Carry::innermost __attribute__((
 class Binding::Side final : public Registration {
  public:
   Side(Binding& binding, const Weak<NSObject>& otherSide, const NSString& keyPath, bool isObserved)
-      : Registration(binding, otherSide, keyPath, {}, nullptr), binding_(&binding), isObserved_(isObserved) {}
+      : Registration(binding, recordOf(otherSide), keyPath, {}, nullptr), binding_(&binding), isObserved_(isObserved) {}
 
   bool deliver(Delivery& delivery, NSObject& root) override {
     if (binding_->hasNoted(isObserved_)) return true;
-    NSObject* other = delivery.kept(receiver());
+    NSObject* other = receiver(delivery);
     if (other) binding_->carry(isObserved_, isObserved_ ? *other : root, isObserved_ ? root : *other);
     return true;
   }

@@ -15,8 +15,8 @@
 
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/kernel/internal/ForkGate.h"
-#include "NorvikCore/platform/kernel/internal/Futex.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
+#include "NorvikCore/platform/object/internal/PlainRelease.h"
 
 #include <atomic>
 #include <bit>
@@ -33,7 +33,7 @@ class NK_CAPABILITY("mutex") LentPointer {
   /// The object with one count for the caller; null if there is none.
   [[nodiscard]] NSObject* borrow() noexcept {
     std::uint64_t seen = word_.load(std::memory_order_relaxed);
-    while (seen != 0 && (seen & isLocked) == 0 && seen < manyLoans) {
+    while (seen != 0 && seen != isLocked && seen < manyLoans) {
       if (word_.compare_exchange_weak(seen, seen + oneLoan, std::memory_order_acquire, std::memory_order_relaxed))
         return objectIn(seen);
     }
@@ -44,15 +44,14 @@ class NK_CAPABILITY("mutex") LentPointer {
   [[nodiscard]] NSObject* lock() noexcept NK_ACQUIRE() {
     kernel::detail::holdForksHere();
     std::uint64_t seen = word_.exchange(isLocked, std::memory_order_acquire);
-    if ((seen & isLocked) != 0) seen = lockSlowly();
+    if (seen == isLocked) seen = lockSlowly();
     NSObject* object = objectIn(seen);
     if (seen >= oneLoan) ObjectAccess::count(*object).addRelaxed(static_cast<std::uint32_t>(seen / oneLoan));
     return object;
   }
   /// Sets the pointer.
   void unlock(NSObject* object) noexcept NK_RELEASE() {
-    const std::uint64_t before = word_.exchange(reinterpret_cast<std::uintptr_t>(object), std::memory_order_release);
-    if ((before & isAwaited) != 0) futexWake(&half(), 1);
+    release_.store(word_, std::uint64_t{reinterpret_cast<std::uintptr_t>(object)}, half());
     kernel::detail::releaseForksHere();
   }
 
@@ -79,9 +78,8 @@ class NK_CAPABILITY("mutex") LentPointer {
   }
 
  private:
-  // The two low bits of an address are 0, and so are the 16 high bits, which hold the number of loans. A locked word
-  // has no address and no loans.
-  static constexpr std::uint64_t isLocked = 1, isAwaited = 2;
+  // The 16 high bits of an address are 0: they hold the number of loans. A locked word has no address and no loans.
+  static constexpr std::uint64_t isLocked = 1;
   static constexpr std::uint64_t oneLoan = std::uint64_t{1} << 48;
   static constexpr std::uint64_t manyLoans = std::uint64_t{1} << 63;  ///< then the borrower moves them to the count
   /// The pointer's own part of the count. It exceeds the loans of a word, so the count is never zero when borrowers
@@ -89,7 +87,7 @@ class NK_CAPABILITY("mutex") LentPointer {
   static constexpr std::uint32_t share = 1 << 20;
 
   static NSObject* objectIn(std::uint64_t word) noexcept {
-    return reinterpret_cast<NSObject*>(static_cast<std::uintptr_t>(word & (oneLoan - 1) & ~(isLocked | isAwaited)));
+    return reinterpret_cast<NSObject*>(static_cast<std::uintptr_t>(word & (oneLoan - 1)));
   }
   /// Taking the lock waits for its owner, and moves the loans from the word to the count.
   [[gnu::noinline, nodiscard]] NSObject* borrowSlowly() noexcept {
@@ -99,18 +97,21 @@ class NK_CAPABILITY("mutex") LentPointer {
     return object;
   }
   [[gnu::noinline, nodiscard]] std::uint64_t lockSlowly() noexcept {
-    for (;;) {
-      const std::uint64_t seen = word_.exchange(isLocked | isAwaited, std::memory_order_acquire);
-      if ((seen & isLocked) == 0) return seen;
-      futexWait(half(), static_cast<std::uint32_t>(isLocked | isAwaited));
-    }
+    std::uint64_t seen = isLocked;
+    release_.wait(half(), isLocked, [&] {
+      seen = word_.load(std::memory_order_seq_cst);
+      if (seen != isLocked) seen = word_.exchange(isLocked, std::memory_order_acquire);
+      return seen != isLocked;
+    });
+    return seen;
   }
-  /// The half of the word with the two bits, on which threads sleep.
+  /// The half of the word with that bit, on which threads sleep.
   [[nodiscard]] const std::atomic<std::uint32_t>& half() const noexcept {
     return reinterpret_cast<const std::atomic<std::uint32_t>*>(&word_)[std::endian::native == std::endian::big ? 1 : 0];
   }
 
   std::atomic<std::uint64_t> word_{0};
+  PlainRelease release_;
 };
 
 }  // namespace norvik::detail
