@@ -30,6 +30,7 @@ void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
 
 FBKVOController::FBKVOController(NSObject& observer, bool retainObserved)
     : _objectInfosMap(new detail::ObservedObjects(retainObserved)), _observer(&observer) {
+  _objectInfosMap->setReceiver(detail::Registration::recordOf(_observer));
   shared().list(*this);
 }
 

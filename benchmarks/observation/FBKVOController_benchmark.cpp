@@ -2,17 +2,21 @@
 // and removing an observation, compared with GObject's notify, boost::signals2, and Qt's signals and bindable
 // properties.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU
-// time, ns, least of 15 runs:
-//   no observer: 0.41, a plain store behind a flag 0.41, QProperty 4.3, Qt signal 8.9, GObject 9.1, signals2 37
-//   one observer: 163, GObject 474, signals2 64, Qt signal 46, QProperty 27; with the value passed 269, GObject 540
-//   ten: 1240, GObject 1210, signals2 251; a thousand: 121,000, GObject 83,900, signals2 19,500
-//   adding and removing an observation, least of 50: 251, signals2 260 (1.04), GObject 483, Qt signal 171; 1700
-//   instructions, signals2 2190
-//   closures of observe() beside blocks, 2026-11-23, load 8, least of 9: with the value passed 168 (block 209); reading
-//   the object, one 144 (152), ten 960 (1310), a thousand 91,800 (126,000)
-//   a thousand controllers with a thousand objects, on a busier machine, least of 4: 2.1 us and 333 bytes each,
-//   signals2 0.9 us and 288 bytes; thirty with thirty: 0.7 us, signals2 0.4 us
+// 2026-11-23, Intel Xeon of 2.3 GHz (Sapphire Rapids), two virtual cores shared with other builds (load 25), g++ 12.2,
+// -O2; processor time, ns, medians of 7 runs:
+//   observers                  1      10     1000
+//   ours                      60     177   13,100     2026-11-22: 86, 217, 14,200
+//   each another object       84     375   33,000     117, 465, 39,000
+//   closures of observe()     52     112    8,000     79, 150, 9,400
+//   Qt signal                 39     200   18,200
+//   QProperty                 27      94    8,600
+//   signals2                  54     201   15,400
+//   GObject                  432   1,220   88,500
+//   no observer: as a plain store behind a flag, 0.4; QProperty 4, Qt signal 9, GObject 9, signals2 37 (2026-11-21, on
+//   an Intel Xeon of 2.5 GHz); with the value passed 169, in a closure 96 adding and removing an observation: 179
+//   (2026-11-22: 213), signals2 226 (0.79), GObject 391, Qt signal 145 a thousand controllers with a thousand objects,
+//   each added and removed: 764 ns and 186 bytes (2026-11-22: 760 and 202), signals2 478 ns and 288 bytes; thirty with
+//   thirty: 241 ns (272), signals2 248 ns
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include <benchmark/benchmark.h>

@@ -325,6 +325,18 @@ TEST_F(FBKVOControllerTest, TheDictionaryOfAChangeDoesNotKeepItsValuesAfterTheHa
 
 // What a handler may do.
 
+TEST_F(FBKVOControllerTest, AHandlerIsReleasedAfterAnyNumberOfChanges) {
+  auto captured = make<Employee>();
+  const Weak<Employee> released = captured;
+  controller->observe_keyPath_options_block(slip, "note", None,
+                                            [captured](NSObject&, NSObject&, const NSDictionary&) {});
+  captured = nullptr;
+  for (int i = 0; i < 100'000; ++i) slip->setNote("paid");
+  EXPECT_FALSE(released.isGone());
+  controller->unobserve(slip, "note");
+  EXPECT_TRUE(released.isGone());
+}
+
 TEST_F(FBKVOControllerTest, AHandlerMayUnobserveItself) {
   controller->observe_keyPath_options_block(slip, "note", New, doing([&] { controller->unobserve(slip, "note"); }));
   slip->setNote("a");

@@ -1,5 +1,7 @@
 #include "NorvikCore/observation/internal/ObservedObjects.h"
 
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
+
 #include <algorithm>
 #include <memory>
 
@@ -29,7 +31,8 @@ bool InfoSet::add(_FBKVOInfo& info) {
   } else {
     content_ = &info;
   }
-  (void)ref(info).take();
+  auto& count = ObjectAccess::count(info);
+  count.storeRelaxed(count.loadRelaxed() + 1);  // no other thread can change it
   return true;
 }
 

@@ -24,7 +24,7 @@ class InfoSet {
   }
   ~InfoSet();
 
-  /// False if the key path is already in the set.
+  /// Adds an observation to which the caller has the only Ref. False if the key path is already in the set.
   bool add(_FBKVOInfo& info);
   /// Removes and returns the observation with that key path; empty if there is none.
   [[nodiscard]] Ref<_FBKVOInfo> take(const NSString& keyPath);
@@ -47,6 +47,14 @@ class InfoSet {
 class ObservedObjects : public IdentityMap<InfoSet> {
  public:
   using IdentityMap::IdentityMap;
+
+  /// The side record of the controller's observer, which the controller's Weak retains.
+  [[nodiscard]] SideRecord* receiver() const noexcept { return receiver_; }
+  /// Call it while the controller is constructed.
+  void setReceiver(SideRecord* receiver) noexcept { receiver_ = receiver; }
+
+ private:
+  SideRecord* receiver_ = nullptr;
 };
 
 }  // namespace norvik::detail

@@ -1,5 +1,6 @@
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 
+#include "NorvikCore/observation/internal/ObservedObjects.h"
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 #include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -33,22 +34,27 @@ std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> h
 
 }  // namespace
 
+// The record is constant, so it needs no lock.
+detail::SideRecord* _FBKVOInfo::receiverOf(const FBKVOController& controller) NK_NO_THREAD_SAFETY_ANALYSIS {
+  return controller._objectInfosMap->receiver();
+}
+
 _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
                        FBKVONotificationBlock block, SEL action, void* context)
-    : Registration(_FBKVOSharedController::sharedController(), controller._observer, std::move(keyPath), options,
+    : Registration(_FBKVOSharedController::sharedController(), receiverOf(controller), std::move(keyPath), options,
                    context),
       _controller(&controller),
       handler_(handlerOf(std::move(block), action)) {}
 
 _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValueObservingOptions options,
                        detail::ChangeBlock changeBlock)
-    : Registration(_FBKVOSharedController::sharedController(), controller._observer, std::move(keyPath), options,
+    : Registration(_FBKVOSharedController::sharedController(), receiverOf(controller), std::move(keyPath), options,
                    nullptr),
       _controller(&controller),
       handler_(std::move(changeBlock)) {}
 
 bool _FBKVOInfo::deliver(detail::Delivery& delivery, NSObject& root) {
-  NSObject* observer = delivery.kept(receiver());
+  NSObject* observer = receiver(delivery);
   if (!observer) return true;
   if (const auto* changeBlock = std::get_if<detail::ChangeBlock>(&handler_)) {
     (*changeBlock)(*observer, root, delivery.change(), keyPath());

@@ -52,6 +52,7 @@ class NK_EXPORT_FOR_TESTS _FBKVOInfo
   friend class _FBKVOSharedController;
   enum State : int { Initial = 0, Observing = 1, Ended = 2 };
 
+  [[nodiscard]] static detail::SideRecord* receiverOf(const FBKVOController& controller);
   [[nodiscard]] const NSString& _keyPath() const noexcept { return keyPath(); }
   [[nodiscard]] NSKeyValueObservingOptions _options() const noexcept { return options(); }
   /// Ended is final.
@@ -63,11 +64,11 @@ class NK_EXPORT_FOR_TESTS _FBKVOInfo
   [[nodiscard]] SEL _action() const noexcept;
   [[nodiscard]] Ref<NSBlock> _block() const;
 
+  detail::AtomicWord<bool> isObserving_{false};  ///< first, because there is room for it after the registration
   /// Not retained. Used only while the observation is being made, because a controller ends its observations before it
   /// is destroyed.
   FBKVOController* const _controller;
   const std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> handler_;
-  detail::AtomicWord<bool> isObserving_{false};
 };
 
 }  // namespace norvik

@@ -69,12 +69,13 @@ void bind_toObject_withKeyPath_options(NSObject& receiver, const NSString& bindi
   const auto made =
       make<detail::Binding>(receiver, binding, object, keyPath, options ? options->copy() : NSDictionary::dictionary());
   made->observe();
-  const auto bindings = bindingsMadeOf(receiver);
-  if (const BindingRef former = bindings->put(made)) former->end();
+  Ref<Bindings> bindings;
   try {
+    bindings = bindingsMadeOf(receiver);
+    if (const BindingRef former = bindings->put(made)) former->end();
     made->start();
   } catch (...) {
-    bindings->take(made);
+    if (bindings) bindings->take(made);
     made->end();
     throw;
   }

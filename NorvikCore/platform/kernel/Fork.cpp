@@ -76,15 +76,6 @@ pthread_key_t endOfThread() noexcept {
   return key;
 }
 
-/// Orders the memory of all threads: afterwards a lock that they hold is visible in their cells, or they see the closed
-/// gate.
-void orderOtherThreads() noexcept {
-  if (openGateOfThisProcess == gateOpenUnordered || orderedByKernel()) return;
-  // A filter of system calls was installed meanwhile. Processors write back their stores within microseconds.
-  const timespec plenty{0, 10'000'000};
-  nanosleep(&plenty, nullptr);
-}
-
 void closeGate() noexcept {
   ForkGateCell& own = holdForksHere();  // this thread may take locks while the gate is closed
   std::uint32_t open = openGateOfThisProcess;
@@ -99,7 +90,7 @@ void closeGate() noexcept {
     // This thread forks while it holds a lock. Another fork that closed the gate is waiting for that lock.
     own.closedGate = gate.compare_exchange_strong(open, gateClosed);
   }
-  orderOtherThreads();
+  orderOtherThreads();  // afterwards a lock that they hold is visible in their cells, or they see the closed gate
   for (ForkGateCell* cell = cells.load(std::memory_order_acquire); cell; cell = cell->next) {
     if (cell == &own) continue;
     for (int look = 0; cell->depth.load(std::memory_order_seq_cst) != 0 && !cell->isForking.load(); ++look) {
@@ -168,6 +159,13 @@ void inChild() {
 }();
 
 }  // namespace
+
+void orderOtherThreads() noexcept {
+  if (openGateOfThisProcess == gateOpenUnordered || orderedByKernel()) return;
+  // A filter of system calls was installed meanwhile. Processors write back their stores within microseconds.
+  const timespec plenty{0, 10'000'000};
+  nanosleep(&plenty, nullptr);
+}
 
 ForkGateCell& findOwnCell() noexcept {
   ownCell = newCell();

@@ -28,6 +28,8 @@ std::string capitalised(const NSString& key) {
   return text;
 }
 
+bool isOneKey(const NSString& keyPath) noexcept { return keyPath.view().find('.') == std::string_view::npos; }
+
 [[noreturn]] void raiseUndefinedKey(const Class& theClass, const NSString& key, const char* what) {
   NSException::raise(NSUndefinedKeyException,
                      "the class " + theClass.distinctName() + " has no key \"" + key + "\" that can be " + what);
@@ -123,14 +125,14 @@ void NSObject::setValue_forKey(const Value& value, const NSString& key) {
 }
 
 Value NSObject::valueForKeyPath(const NSString& keyPath) const {
+  if (isOneKey(keyPath)) return valueForKey(keyPath);
   const auto [key, rest] = detail::firstKey(keyPath);
-  const Value next = valueForKey(key);
-  return rest ? norvik::valueForKeyPath(next, *rest) : next;
+  return norvik::valueForKeyPath(valueForKey(key), *rest);
 }
 
 void NSObject::setValue_forKeyPath(const Value& value, const NSString& keyPath) {
+  if (isOneKey(keyPath)) return setValue_forKey(value, keyPath);
   const auto [key, rest] = detail::firstKey(keyPath);
-  if (!rest) return setValue_forKey(value, key);
   const Value next = valueForKey(key);
   if (next.isAbsent() || next.isNull()) return;
   NSObject* object = next.object();

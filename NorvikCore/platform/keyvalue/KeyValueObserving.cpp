@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
+#include "NorvikCore/platform/object/internal/SameName.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -35,13 +36,15 @@ namespace {
 using Entry = ObserverList::Entry;
 
 bool isAffected(const Entry& entry, std::string_view changed) {
-  if (!entry.key) return entry.registration->key(entry.depth).view() == changed;
-  return entry.key->key.view() == changed ||
-         std::ranges::any_of(entry.key->affecting, [&](const NSString& key) { return key.view() == changed; });
+  if (!entry.key) return isSameName(entry.registration->key(entry.depth).view(), changed);
+  return isSameName(entry.key->key.view(), changed) ||
+         std::ranges::any_of(entry.key->affecting,
+                             [&](const NSString& key) { return isSameName(key.view(), changed); });
 }
 
 /// True if the same registration is notified of the same change at an earlier element of its path, which is circular.
-bool isHeardEarlierOnItsCircle(const ObserverList& observers, const Entry& entry, std::string_view changed) {
+[[gnu::noinline]] bool isHeardEarlierOnItsCircle(const ObserverList& observers, const Entry& entry,
+                                                 std::string_view changed) {
   return std::ranges::any_of(observers.entries(), [&](const Entry& other) {
     return other.registration == entry.registration && other.depth < entry.depth && isAffected(other, changed);
   });
@@ -126,13 +129,16 @@ void prune(const Entry& entry, NSObject& here) {
   registration.leavePath();
 }
 
+[[gnu::noinline]] bool tellOfPath(const Entry& entry, NSObject& here, Delivery& delivery) {
+  const Ref<NSObject> root = entry.registration->root(here, entry.depth);
+  return !root || entry.registration->deliver(delivery, *root);
+}
+
 /// Calls the observer; false if it is destroyed.
 bool tell(const Entry& entry, NSObject& here, Delivery& delivery) {
   Registration& registration = *entry.registration;
   if (!registration.isActive()) return true;
-  if (entry.depth == 0) return registration.deliver(delivery, here);
-  const Ref<NSObject> root = registration.root(here, entry.depth);
-  return !root || registration.deliver(delivery, *root);
+  return entry.depth == 0 ? registration.deliver(delivery, here) : tellOfPath(entry, here, delivery);
 }
 
 }  // namespace
@@ -208,17 +214,21 @@ void AnnouncedChange::complete() {
       const std::uint64_t options = registration.options() & valueOptions;
       if (alike.startsNew(entry) || options != lastOptions) {
         alike.forget();  // until the value is read
-        Value after;
-        if (registration.wants(NSKeyValueObservingOptionNew)) {
-          try {
-            after = reader.read(entry);
-          } catch (...) {
-            if (isHeard(entry)) throw;
-            isAnyGone = true;
-            return;
+        if (options == 0) {
+          delivery.setChangeWithoutValues();
+        } else {
+          Value after;
+          if (registration.wants(NSKeyValueObservingOptionNew)) {
+            try {
+              after = reader.read(entry);
+            } catch (...) {
+              if (isHeard(entry)) throw;
+              isAnyGone = true;
+              return;
+            }
           }
+          delivery.setChange(wantsOld ? oldValue(old - 1) : Value(), std::move(after), false);
         }
-        delivery.setChange(wantsOld ? oldValue(old - 1) : Value(), std::move(after), false);
         lastOptions = options;
         alike.startsNew(entry);
       }

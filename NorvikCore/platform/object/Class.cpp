@@ -7,10 +7,12 @@
 #include "NorvikCore/platform/kernel/internal/KeepLoaded.h"
 #include "NorvikCore/platform/object/ClassDefinition.h"
 #include "NorvikCore/platform/object/internal/PermanentText.h"
+#include "NorvikCore/platform/object/internal/SameName.h"
 #include "NorvikCore/platform/object/internal/SharedName.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <ostream>
 #include <string>
@@ -26,6 +28,20 @@ struct Class::Tables {
   std::vector<std::pair<NSString, NSString>> dependencies;  ///< an affected key, and the key that affects it
   std::unordered_map<NSString, const Property*> properties;
   std::unordered_map<SEL, const Method*> methods, classMethods;
+
+  /// The properties that were found last, by the length and the end of their names. Entries of `properties` never
+  /// change, so neither do these.
+  std::array<detail::AtomicWord<const Property*>, 8> found;
+
+  const Property* property(const NSString& key) {
+    const std::string_view name = key.view();
+    auto& last = found[(name.size() + (name.empty() ? 0u : static_cast<unsigned char>(name.back()))) % found.size()];
+    if (const Property* known = last.loadAcquire(); known && detail::isSameName(known->name.view(), name)) return known;
+    const auto searched = properties.find(key);
+    if (searched == properties.end()) return nullptr;
+    last.storeRelease(searched->second);
+    return searched->second;
+  }
 
   /// Searches the class's own table, then those of its superclasses.
   template <class Key, class Found>
@@ -234,7 +250,10 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
 }
 
 const Property* Class::property(const NSString& key) const noexcept {
-  return Tables::find(this, &Tables::properties, key);
+  for (const Class* c = this; c; c = c->superclass_) {
+    if (const Property* own = c->tables_->property(key)) return own;
+  }
+  return nullptr;
 }
 
 const Method* Class::instanceMethod(SEL selector) const noexcept {

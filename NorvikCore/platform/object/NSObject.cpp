@@ -15,7 +15,10 @@ namespace detail {
 void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).addRelaxed(1); }
 
 void release(const NSObject* object) noexcept {
-  if (ObjectAccess::count(*object).subtractAcquireRelease(1) == 1) ObjectAccess::destroy(object);
+  // No other thread can retain an unshared object, so its count needs no atomic change.
+  if (ObjectAccess::isUnshared(*object) || ObjectAccess::count(*object).subtractAcquireRelease(1) == 1) {
+    ObjectAccess::destroy(object);
+  }
 }
 
 bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }

@@ -656,6 +656,23 @@ TEST_F(KeyValueObserving, ManualAnnouncementsNestAndGoWithWhatIsAnnounced) {
   EXPECT_EQ(recorder->heard, (Texts{"name:(null)>", "pay:(null)>0"}));
 }
 
+TEST_F(KeyValueObserving, AnyNumberOfChangesMayBeAnnouncedAtOnceAndFollowEachOther) {
+  constexpr std::size_t changes = 100'000;
+  person->addObserver(*recorder, "pay", {});
+  for (std::size_t i = 0; i < changes; ++i) person->willChangeValueForKey("pay");
+  const auto later = make<Recorder>();
+  person->addObserver(*later, "pay", {});
+  for (std::size_t i = 0; i < changes; ++i) person->didChangeValueForKey("pay");
+  EXPECT_EQ(recorder->heard.size(), 100'000u);
+  EXPECT_EQ(later->heard.size(), 0u) << "it was added after the changes were announced";
+  for (std::size_t i = 0; i < changes; ++i) person->setPay(1250_dec);
+  EXPECT_EQ(recorder->heard.size(), 200'000u);
+  EXPECT_EQ(later->heard.size(), 100'000u);
+  person->removeObserver(*later, "pay");
+  person->removeObserver(*recorder, "pay");
+  EXPECT_FALSE(person->isObserved());
+}
+
 TEST_F(KeyValueObserving, ObserversAreToldInTheOrderInWhichTheyWereAdded) {
   std::vector<Ref<Recorder>> many;
   std::vector<int> order;

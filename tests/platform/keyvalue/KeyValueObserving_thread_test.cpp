@@ -65,6 +65,29 @@ TEST(KeyValueObservingThreads, ObserversComeAndGoWhileAnotherThreadChangesTheObj
   EXPECT_FALSE(account->isObserved());
 }
 
+TEST(KeyValueObservingThreads, SeveralThreadsChangeOneObjectWhileObserversComeAndGo) {
+  const auto account = make<Account>();
+  const auto staying = make<Counter>(), other = make<Counter>();
+  account->addObserver(*staying, "balance", {});
+  const auto change = [&] {
+    for (int i = 0; i < 10 * rounds; ++i) account->setBalance(i);
+  };
+  const auto addAndRemove = [&](const Ref<Counter>& observer) {
+    for (int i = 0; i < rounds; ++i) {
+      account->addObserver(*observer, "balance", {});
+      account->removeObserver(*observer, "balance");
+    }
+  };
+  together(
+      change, change, change, [&] { addAndRemove(staying); }, [&] { addAndRemove(other); });
+  EXPECT_GE(staying->calls, 3 * 10 * rounds);
+  account->removeObserver(*staying, "balance");
+  EXPECT_FALSE(account->isObserved());
+  const int heard = staying->calls + other->calls;
+  account->setBalance(0);
+  EXPECT_EQ(staying->calls + other->calls, heard);
+}
+
 TEST(KeyValueObservingThreads, ObjectsAlongThePathAreExchangedFromTwoThreads) {
   const auto root = make<Account>(), a = make<Account>(), b = make<Account>();
   const auto counter = make<Counter>();

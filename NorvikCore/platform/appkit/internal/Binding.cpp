@@ -2,7 +2,9 @@
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 #include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
+#include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/values/NSException.h"
 
 #include <algorithm>
@@ -14,10 +16,6 @@ namespace {
 
 /// After this number of sets on one thread without agreement, a cycle of bindings is treated as endless.
 constexpr int mostRounds = 16;
-
-// The contexts of the observations. They identify the side that changed, also if both sides are one object.
-constexpr char observedSide = 0, receiverSide = 0;
-void* contextOf(const char& side) noexcept { return const_cast<char*>(&side); }
 
 /// The option; absent if it is missing or the null marker.
 Value optionIn(const NSDictionary& options, const NSString& option) {
@@ -59,17 +57,14 @@ bool isReadOnly(const NSObject& owner, const NSString& key) {
 /// A change that a binding is carrying on this thread. Notifications that the binding gets meanwhile are counted, not
 /// carried: the running carry checks the counts after each set.
 struct Binding::Carry {
-  explicit Carry(const Binding& carried) : binding(carried), outer(innermost()) { innermost() = this; }
-  ~Carry() { innermost() = outer; }
+  explicit Carry(const Binding& carried) : binding(carried), outer(innermost) { innermost = this; }
+  ~Carry() { innermost = outer; }
   Carry(const Carry&) = delete;
   Carry& operator=(const Carry&) = delete;
 
-  static Carry*& innermost() {
-    thread_local Carry* carry = nullptr;
-    return carry;
-  }
+  static constinit thread_local Carry* innermost __attribute__((tls_model("initial-exec")));
   static Carry* of(const Binding& binding) {
-    Carry* carry = innermost();
+    Carry* carry = innermost;
     while (carry && &carry->binding != &binding) carry = carry->outer;
     return carry;
   }
@@ -77,6 +72,27 @@ struct Binding::Carry {
   const Binding& binding;
   Carry* const outer;
   int heardOfObserved = 0, heardOfReceiver = 0;  ///< notifications since the last set began
+};
+
+constinit thread_local Binding::Carry* Binding::Carry::innermost __attribute__((tls_model("initial-exec"))) = nullptr;
+
+/// The registration of a binding with one of its sides. It receives the changes itself, and has the changed object and
+/// the other side at hand. It retains its binding until end(), because the binding also retains its sides.
+class Binding::Side final : public Registration {
+ public:
+  Side(Binding& binding, const Weak<NSObject>& otherSide, const NSString& keyPath, bool isObserved)
+      : Registration(binding, recordOf(otherSide), keyPath, {}, nullptr), binding_(&binding), isObserved_(isObserved) {}
+
+  bool deliver(Delivery& delivery, NSObject& root) override {
+    if (binding_->hasNoted(isObserved_)) return true;
+    NSObject* other = receiver(delivery);
+    if (other) binding_->carry(isObserved_, isObserved_ ? *other : root, isObserved_ ? root : *other);
+    return true;
+  }
+
+ private:
+  const Ref<Binding> binding_;
+  const bool isObserved_;
 };
 
 Binding::Binding(NSObject& receiver, NSString name, NSObject& observed, NSString keyPath, Ref<NSDictionary> options)
@@ -93,28 +109,38 @@ void Binding::observe() {
   const Ref<NSObject> receiver = receiver_.lock(), observed = observed_.lock();
   if (!receiver || !observed) return;
   static_cast<void>(receiver->valueForKey(name_));
-  observed->addObserver(*this, keyPath_, {}, contextOf(observedSide));
-  observesObserved_ = true;
+  const Sides made{make<Side>(*this, receiver_, keyPath_, true), make<Side>(*this, observed_, name_, false)};
+  detail::observe(*observed, made.ofObserved);
+  MutexLock lock(mutex_);
+  sides_ = made;
 }
 
 void Binding::start() {
   const Ref<NSObject> receiver = receiver_.lock();
-  if (!receiver) return;
-  receiver->addObserver(*this, name_, {}, contextOf(receiverSide));
-  observesReceiver_ = true;
+  const Ref<Side> side = sides().ofReceiver;
+  if (!receiver || !side) return;
+  // If another thread has ended the binding meanwhile, the side is not attached.
+  detail::observe(*receiver, side);
   isStarted_ = true;
-  if (isEnded_) return end();  // another thread ended the binding before this registration was visible to it
-  carry(true);
+  if (isEnded_) return;
+  if (const Ref<NSObject> observed = observed_.lock()) carry(true, *receiver, *observed);
 }
 
 void Binding::end() {
   isEnded_ = true;
-  if (const auto receiver = receiver_.lock(); observesReceiver_.exchange(false) && receiver) {
-    receiver->removeObserver(*this, name_, contextOf(receiverSide));
+  Sides ended;
+  {
+    MutexLock lock(mutex_);
+    std::swap(ended, sides_);
   }
-  if (const auto observed = observed_.lock(); observesObserved_.exchange(false) && observed) {
-    observed->removeObserver(*this, keyPath_, contextOf(observedSide));
-  }
+  if (!ended.ofReceiver) return;
+  endRegistration(receiver_.lock().get(), *ended.ofReceiver);
+  endRegistration(observed_.lock().get(), *ended.ofObserved);
+}
+
+Binding::Sides Binding::sides() const {
+  MutexLock lock(mutex_);
+  return sides_;
 }
 
 Ref<NSDictionary> Binding::info() const {
@@ -124,36 +150,31 @@ Ref<NSDictionary> Binding::info() const {
       {{NSObservedObjectKey, observed}, {NSObservedKeyPathKey, keyPath_}, {NSOptionsKey, options_}});
 }
 
-void Binding::observeValueForKeyPath(const NSString&, NSObject&, const KeyValueChange&, void* context) {
-  if (!isStarted_ || isEnded_) return;
-  const bool observedChanged = context == contextOf(observedSide);
-  if (Carry* running = Carry::of(*this)) {
-    ++(observedChanged ? running->heardOfObserved : running->heardOfReceiver);
-  } else {
-    carry(observedChanged);
-  }
+bool Binding::hasNoted(bool observedChanged) {
+  if (!isStarted_ || isEnded_) return true;
+  Carry* running = Carry::of(*this);
+  if (running) ++(observedChanged ? running->heardOfObserved : running->heardOfReceiver);
+  return running;
 }
 
-void Binding::carry(bool toReceiver) {
-  const Ref<NSObject> receiver = receiver_.lock(), observed = observed_.lock();
-  if (!receiver || !observed) return;
+void Binding::carry(bool toReceiver, NSObject& receiver, NSObject& observed) {
   Carry carry(*this);
   for (int round = 0; round < mostRounds; ++round) {
     carry.heardOfObserved = carry.heardOfReceiver = 0;
     if (toReceiver) {
-      const bool receiverChangedAgain = setReceiver(*receiver, *observed, carry);
+      const bool receiverChangedAgain = setReceiver(receiver, observed, carry);
       if (carry.heardOfObserved == 0 && !receiverChangedAgain) return;
       toReceiver = carry.heardOfObserved > 0;
     } else {
-      if (!canWrite(*observed)) return;
-      setObserved(*receiver, *observed);
+      if (!canWrite(observed)) return;
+      setObserved(receiver, observed);
       toReceiver = carry.heardOfReceiver == 0;
     }
     if (isEnded_) return;
   }
   NSException::raise(NSInternalInconsistencyException,
-                     "the binding \"" + name_ + "\" of <" + receiver->classObject().name() + "> to \"" + keyPath_ +
-                         "\" of <" + observed->classObject().name() + "> never settles");
+                     "the binding \"" + name_ + "\" of <" + receiver.classObject().name() + "> to \"" + keyPath_ +
+                         "\" of <" + observed.classObject().name() + "> never settles");
 }
 
 /// True if a callback has given the receiver another value than the one that was set.

@@ -1,9 +1,9 @@
-// NorvikCore/platform/appkit/internal/Binding.h - one binding, as the observer of both of its sides.
+// NorvikCore/platform/appkit/internal/Binding.h - one binding, which observes both of its sides.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
-#include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
+#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/Weak.h"
 
 #include <atomic>
@@ -28,13 +28,18 @@ class Binding final : public NSObject {
   /// Empty once the observed object was destroyed.
   [[nodiscard]] Ref<NSDictionary> info() const;
 
-  void observeValueForKeyPath(const NSString& keyPath, NSObject& object, const KeyValueChange& change,
-                              void* context) override;
-
  private:
   struct Carry;
+  class Side;
+  struct Sides {
+    Ref<Side> ofObserved, ofReceiver;
+  };
 
-  void carry(bool toReceiver);
+  [[nodiscard]] Sides sides() const NK_EXCLUDES(mutex_);
+  /// True if a change of a side needs no carry: the binding is not active, or it counted the change for the carry that
+  /// is running on this thread.
+  [[nodiscard]] bool hasNoted(bool observedChanged);
+  void carry(bool toReceiver, NSObject& receiver, NSObject& observed);
   bool setReceiver(NSObject& receiver, const NSObject& observed, const Carry& carry);
   void setObserved(const NSObject& receiver, NSObject& observed) const;
   [[nodiscard]] bool canWrite(const NSObject& observed) const;
@@ -46,7 +51,8 @@ class Binding final : public NSObject {
   const Ref<NSDictionary> options_;
   const Ref<NSValueTransformer> transformer_;  ///< may be empty
   std::atomic<bool> isStarted_{false}, isEnded_{false};
-  std::atomic<bool> observesReceiver_{false}, observesObserved_{false};
+  mutable Mutex mutex_;
+  Sides sides_ NK_GUARDED_BY(mutex_);  ///< empty once the binding has ended
 };
 
 }  // namespace norvik::detail

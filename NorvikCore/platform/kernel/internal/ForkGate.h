@@ -30,6 +30,9 @@ ForkGateCell& findOwnCell() noexcept;
 /// For a cell whose depth is already 1. Returns when that is visible to forks and the gate was seen open after it.
 void passGateSlowly(ForkGateCell& own) noexcept;
 void giveCellBack() noexcept;
+/// Orders the memory of all threads: what they stored before is visible to the caller afterwards, and what the caller
+/// stored before is visible to their later loads. It does nothing if the gate is gateOpenUnordered while it is open.
+void orderOtherThreads() noexcept;
 
 inline ForkGateCell& holdForksHere() noexcept {
   ForkGateCell& own = ownCell ? *ownCell : findOwnCell();

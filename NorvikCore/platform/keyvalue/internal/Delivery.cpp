@@ -1,13 +1,13 @@
 #include "NorvikCore/platform/keyvalue/internal/Delivery.h"
 
+#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/object/internal/SideRecord.h"
 
+#include <new>
 #include <utility>
 
 namespace norvik::detail {
-
-Delivery::Delivery(NSObject& object) noexcept : object_(object), ownRecord_(SideRecord::find(object)) {}
 
 NSObject* Delivery::kept(SideRecord* record) noexcept {
   // An observer that its call released is destroyed before the next call.
@@ -15,13 +15,21 @@ NSObject* Delivery::kept(SideRecord* record) noexcept {
     keptRecord_ = nullptr;
     kept_ = nullptr;
   }
-  if (record == ownRecord_) return ObjectAccess::isGoing(object_) ? nullptr : &object_;
+  if (record->isOf(object_)) return ObjectAccess::isGoing(object_) ? nullptr : &object_;
   if (record != keptRecord_) {
     keptRecord_ = nullptr;
     kept_ = Ref<NSObject>::adopt(record->retainedObject());
     if (kept_) keptRecord_ = record;
   }
   return kept_.get();
+}
+
+void Delivery::setChangeWithoutValues() noexcept {
+  dictionary_.reset();
+  change_ = &kernel::madeOnce([] {
+    alignas(KeyValueChange) static constinit unsigned char memory[sizeof(KeyValueChange)]{};
+    return ::new (memory) KeyValueChange(Value(), Value(), false);
+  });
 }
 
 const NSDictionary& Delivery::dictionary(const NSString& pathKey, const NSString& keyPath) {

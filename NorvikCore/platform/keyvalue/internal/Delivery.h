@@ -17,7 +17,7 @@ class SideRecord;
 class Delivery {
  public:
   /// The changed object; it must live as long as the delivery.
-  explicit Delivery(NSObject& object) noexcept;
+  explicit Delivery(NSObject& object) noexcept : object_(object) {}
   Delivery(const Delivery&) = delete;
   Delivery& operator=(const Delivery&) = delete;
 
@@ -27,18 +27,21 @@ class Delivery {
 
   void setChange(Value oldValue, Value newValue, bool isPrior) {
     dictionary_.reset();
-    change_.emplace(std::move(oldValue), std::move(newValue), isPrior);
+    made_.emplace(std::move(oldValue), std::move(newValue), isPrior);
+    change_ = &*made_;
   }
+  /// A change without values, which all deliveries share.
+  void setChangeWithoutValues() noexcept;
   [[nodiscard]] const KeyValueChange& change() const noexcept { return *change_; }
   /// The change as a dictionary that also holds the key path, under `pathKey`.
   [[nodiscard]] const NSDictionary& dictionary(const NSString& pathKey, const NSString& keyPath);
 
  private:
   NSObject& object_;
-  SideRecord* const ownRecord_;
   SideRecord* keptRecord_ = nullptr;
   Ref<NSObject> kept_;
-  std::optional<KeyValueChange> change_;
+  const KeyValueChange* change_ = nullptr;
+  std::optional<KeyValueChange> made_;
   std::optional<ChangeDictionary> dictionary_;
 };
 

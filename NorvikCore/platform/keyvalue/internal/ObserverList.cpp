@@ -125,41 +125,61 @@ Ref<ObserverList> ObserverList::copy() const {
 
 namespace {
 
-/// The record's list, ready to be modified: a copy if a change that is being announced holds it.
-ObserverList& changeable(SideRecord& record) NK_REQUIRES(record.mutex) {
-  if (!record.observers) {
-    record.observers = make<ObserverList>().take();
-  } else if (ObjectAccess::count(*record.observers).loadAcquire() != 1) {
-    ObserverList* copy = record.observers->copy().take();
-    release(std::exchange(record.observers, copy));  // the change retains it
-  }
-  return *record.observers;
-}
+/// Locks the list of a record.
+class NK_SCOPED_CAPABILITY LockedList {
+ public:
+  explicit LockedList(LentPointer& lender) noexcept NK_ACQUIRE(lender)
+      : lender_(lender), list_(static_cast<ObserverList*>(lender.lock())) {}
+  ~LockedList() NK_RELEASE() { lender_.unlock(list_); }
+  LockedList(const LockedList&) = delete;
+  LockedList& operator=(const LockedList&) = delete;
 
-/// Calls remove(list) on the object's list. The caller must release the result after the lock.
-template <class Remove>
-Ref<Registration> removeFrom(SideRecord& record, const NSObject& object, Remove&& remove) NK_REQUIRES(record.mutex) {
-  if (!record.observers) return nullptr;
-  ObserverList& changed = changeable(record);
-  Ref<Registration> removed = remove(changed);
-  if (removed && changed.count() == 0) ObjectAccess::setObserved(object, false);
-  return removed;
-}
+  /// The list, ready to be modified: a new one if there was none, and a copy if a change that is being announced holds
+  /// it.
+  [[nodiscard]] ObserverList& changeable() {
+    if (!list_) {
+      setList(make<ObserverList>());
+    } else if (!LentPointer::isUnshared(*list_)) {
+      ObserverList& held = *list_;
+      setList(list_->copy());
+      LentPointer::drop(held);
+    }
+    return *list_;
+  }
+  /// Calls remove(list). The caller must release the result after the lock.
+  template <class Remove>
+  Ref<Registration> removeFrom(const NSObject& object, Remove&& remove) {
+    if (!list_) return nullptr;
+    ObserverList& changed = changeable();
+    Ref<Registration> removed = remove(changed);
+    if (removed && changed.count() == 0) ObjectAccess::setObserved(object, false);
+    return removed;
+  }
+
+ private:
+  void setList(Ref<ObserverList> list) noexcept {
+    list_ = list.take();
+    LentPointer::taken(*list_);
+  }
+
+  LentPointer& lender_;
+  ObserverList* list_;
+};
+
+/// Calls remove(list) on the object's list.
 template <class Remove>
 Ref<Registration> removeFrom(const NSObject& object, Remove&& remove) {
   SideRecord* record = SideRecord::find(object);
   if (!record) return nullptr;
-  WordLock lock(record->mutex);
-  return removeFrom(*record, object, remove);
+  LockedList list(record->observers);
+  return list.removeFrom(object, remove);
 }
 
 }  // namespace
 
 Ref<const ObserverList> observersOf(const NSObject& object) {
   if (!object.isObserved()) return nullptr;
-  SideRecord& record = *SideRecord::find(object);
-  WordLock lock(record.mutex);
-  return Ref<const ObserverList>(record.observers);
+  return Ref<const ObserverList>::adopt(static_cast<ObserverList*>(SideRecord::find(object)->observers.borrow()));
 }
 
 namespace {
@@ -170,11 +190,10 @@ bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> reg
   ObserverList::Entry entry{std::move(registration), key, static_cast<std::uint32_t>(depth), hash};
   std::vector<Ref<Registration>> gone;
   {
-    SideRecord& record = SideRecord::findOrMake(object);
-    WordLock lock(record.mutex);
+    LockedList list(SideRecord::findOrMake(object).observers);
     if (!entry.registration->isActive()) return false;
     // An entry at a later element is added under the lock of its registration, and there no other registration may end.
-    changeable(record).add(std::move(entry), depth == 0 ? &gone : nullptr);
+    list.changeable().add(std::move(entry), depth == 0 ? &gone : nullptr);
     if (!object.isObserved()) ObjectAccess::setObserved(object, true);
   }
   for (const Ref<Registration>& registrationLeft : gone) {
@@ -226,17 +245,17 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
 void endRegistration(NSObject* object, Registration& registration) {
   Ref<Registration> removed;  // outlives the lock
   if (SideRecord* record = object ? SideRecord::find(*object) : nullptr) {
-    WordLock lock(record->mutex);
+    LockedList locked(record->observers);
     registration.stop();
-    removed = removeFrom(*record, *object, [&](ObserverList& list) { return list.removeRoot(registration); });
+    removed = locked.removeFrom(*object, [&](ObserverList& list) { return list.removeRoot(registration); });
   } else {
     registration.stop();
   }
   registration.leavePath();
 }
 
-void endObserving(NSObject& object, ObserverList* observers) noexcept {
-  const auto list = Ref<ObserverList>::adopt(observers);
+void endObserving(NSObject& object, NSObject* observers) noexcept {
+  const auto list = Ref<ObserverList>::adopt(static_cast<ObserverList*>(observers));
   for (const ObserverList::Entry& entry : list->entries()) {
     if (entry.registration) entry.registration->objectGoes(object, entry.depth);
   }

@@ -91,16 +91,21 @@ Registration::Registration(NSObject& observer, NSString keyPath, NSKeyValueObser
   if (!isObserverPermanent_) observerRecord_ = weakRecord(&observer);  // last: nothing raises after it
 }
 
-Registration::Registration(NSObject& observer, const Weak<NSObject>& receiver, NSString keyPath,
+Registration::Registration(NSObject& observer, SideRecord* receiver, NSString keyPath,
                            NSKeyValueObservingOptions options, void* context)
     : observer_(&observer),
+      observerRecord_(receiver),
       keyPath_(std::move(keyPath)),
       context_(context),
       path_(makePath(keyPath_)),
       options_(static_cast<std::uint32_t>(options)),
       hash_(hashOf(observer, keyPath_, this)),
-      isObserverPermanent_(true) {
-  observerRecord_ = receiver.retainedRecord();
+      isObserverPermanent_(true) {}
+
+SideRecord* Registration::recordOf(const Weak<NSObject>& object) noexcept {
+  SideRecord* record = object.retainedRecord();
+  if (record) detail::release(record);  // the Weak retains it
+  return record;
 }
 
 std::unique_ptr<Registration::Path> Registration::makePath(const NSString& keyPath) {
@@ -117,7 +122,7 @@ std::unique_ptr<Registration::Path> Registration::makePath(const NSString& keyPa
 }
 
 Registration::~Registration() {
-  if (observerRecord_) detail::release(observerRecord_);
+  if (observerRecord_ && !isObserverPermanent_) detail::release(observerRecord_);
 }
 
 std::uint32_t Registration::hashOf(const NSObject& observer, const NSString& keyPath, const void* context) noexcept {
@@ -142,6 +147,13 @@ bool Registration::deliver(Delivery& delivery, NSObject& root) {
   if (!observer) return false;
   observer->observeValueForKeyPath(keyPath_, root, delivery.change(), context_);
   return true;
+}
+
+// If the registration is active after the object was retained, the record was still the receiver's. Otherwise it may
+// be the record of another object meanwhile; records are never freed.
+NSObject* Registration::receiver(Delivery& delivery) const noexcept {
+  NSObject* object = delivery.kept(observerRecord_);
+  return isActive() ? object : nullptr;
 }
 
 void Registration::setRoot(NSObject& root) {

@@ -21,6 +21,8 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   Registration(NSObject& observer, NSString keyPath, NSKeyValueObservingOptions options, void* context);
   ~Registration() override;
 
+  [[nodiscard]] static SideRecord* recordOf(const Weak<NSObject>& object) noexcept;
+
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
   [[nodiscard]] NSKeyValueObservingOptions options() const noexcept {
     return static_cast<NSKeyValueObservingOptions>(options_);
@@ -72,10 +74,12 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   void objectGoes(const NSObject& object, std::size_t depth);
 
  protected:
-  /// For an observer that is never destroyed and passes the changes to the receiver.
-  Registration(NSObject& observer, const Weak<NSObject>& receiver, NSString keyPath, NSKeyValueObservingOptions options,
+  /// For an observer that passes the changes to the receiver and is not checked for being destroyed. The receiver is
+  /// given by its recordOf() a Weak, and the registration must end before that Weak is destroyed.
+  Registration(NSObject& observer, SideRecord* receiver, NSString keyPath, NSKeyValueObservingOptions options,
                void* context);
-  [[nodiscard]] SideRecord* receiver() const noexcept { return observerRecord_; }
+  /// The receiver, which lives until the delivery's next call; null if it is destroyed or the registration has ended.
+  [[nodiscard]] NSObject* receiver(Delivery& delivery) const noexcept;
 
  private:
   friend class ObserverList;  // for position_, of its entry in the list of the root, guarded by the lock of that list
@@ -97,8 +101,7 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   void place(std::size_t depth, NSObject* object) NK_REQUIRES(path_->mutex);
 
   NSObject* const observer_;
-  SideRecord* observerRecord_ =
-      nullptr;  ///< with one count; of the observer, or of the object to which it passes changes
+  SideRecord* observerRecord_ = nullptr;  ///< of the observer, with one count, or of the receiver, without a count
   const NSString keyPath_;
   void* const context_;
   std::unique_ptr<Path> path_;  ///< null for a path with one key

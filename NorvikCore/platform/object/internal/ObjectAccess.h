@@ -60,11 +60,11 @@ struct ObjectAccess {
   }
 };
 
-class ObserverList;
 struct AssociationList;
 
-/// Called once while an object is destroyed, before its destructor, with what was attached to it.
-void endObserving(NSObject& object, ObserverList* observers) noexcept;
+/// Called once while an object is destroyed, before its destructor, with what was attached to it: its ObserverList with
+/// one count, and its associations.
+void endObserving(NSObject& object, NSObject* observers) noexcept;
 void releaseAssociations(AssociationList* associations) noexcept;
 
 }  // namespace norvik::detail

@@ -118,9 +118,13 @@ bool SideRecord::isGone() noexcept {
 }
 
 SideRecord::Remains SideRecord::forgetObject() noexcept {
-  const WordLock lock(mutex);
-  object_.store(nullptr, std::memory_order_release);
-  return {std::exchange(observers, nullptr), std::exchange(associations, nullptr)};
+  AssociationList* associated = nullptr;
+  {
+    const WordLock lock(mutex);
+    object_.store(nullptr, std::memory_order_release);
+    associated = std::exchange(associations, nullptr);
+  }
+  return {observers.take(), associated};
 }
 
 }  // namespace norvik::detail

@@ -8,6 +8,7 @@
 
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/NSObject.h"
+#include "NorvikCore/platform/object/internal/LentPointer.h"
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <atomic>
@@ -15,7 +16,6 @@
 
 namespace norvik::detail {
 
-class ObserverList;
 struct AssociationList;
 
 class SideRecord {
@@ -36,12 +36,16 @@ class SideRecord {
     if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) giveBack();
   }
 
+  /// True if it is the record of that object, which must not be destroyed.
+  [[nodiscard]] bool isOf(const NSObject& object) const noexcept {
+    return object_.load(std::memory_order_relaxed) == &object;
+  }
   /// The object with one count for the caller; null once its count has reached zero.
   [[nodiscard]] NSObject* retainedObject() noexcept NK_EXCLUDES(mutex);
   /// True if the object is destroyed or is being destroyed.
   [[nodiscard]] bool isGone() noexcept NK_EXCLUDES(mutex);
   struct Remains {
-    ObserverList* observers;
+    NSObject* observers;  ///< with one count
     AssociationList* associations;
   };
   /// Called while the object is being destroyed; its memory remains until this returns. The caller must release what
@@ -49,7 +53,7 @@ class SideRecord {
   [[nodiscard]] Remains forgetObject() noexcept NK_EXCLUDES(mutex);
 
   WordMutex mutex;
-  ObserverList* observers NK_GUARDED_BY(mutex) = nullptr;        ///< one count; null before the first observer
+  LentPointer observers;                                         ///< the ObserverList; null before the first observer
   AssociationList* associations NK_GUARDED_BY(mutex) = nullptr;  ///< owned; null while there are none
 
  private:
