@@ -46,6 +46,17 @@ bool hasControlCharacter(std::string_view text) {
   return false;
 }
 
+std::size_t countOf(char byte, std::string_view text) {
+  constexpr std::size_t step = 128;  // compilers turn an inner loop of constant length into vector instructions
+  std::size_t count = 0;
+  for (; text.size() >= step; text.remove_prefix(step)) {
+    unsigned char found = 0;
+    for (std::size_t i = 0; i < step; ++i) found = static_cast<unsigned char>(found + (text[i] == byte));
+    count += found;
+  }
+  return count + static_cast<std::size_t>(std::count(text.begin(), text.end(), byte));
+}
+
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < text.size(); ++count) {
