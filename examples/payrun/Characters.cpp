@@ -69,6 +69,11 @@ std::size_t characterCount(std::string_view text) {
 std::size_t cellCount(std::string_view text) {
   std::size_t count = 0;
   while (!text.empty()) {
+    if (' ' <= text.front() && text.front() <= '~') {
+      ++count;
+      text.remove_prefix(1);
+      continue;
+    }
     const std::size_t length = norvik::utf8::validSequence(text);
     count += length == 0 ? 1 : norvik::terminalCells(norvik::utf8::decode(text.data()).point);
     text.remove_prefix(length == 0 ? 1 : length);

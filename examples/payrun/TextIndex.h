@@ -1,8 +1,8 @@
 // examples/payrun/TextIndex.h - finds the position of a text in a sequence that keeps the texts, such as a vector of
 // employees with their numbers.
 //
-// A hash table of eight bytes a slot, a quarter to half of them in use. A std::unordered_map would keep a second copy of
-// each text, and a search in it would wait for memory two or three times.
+// A hash table of eight bytes a slot, a quarter to half of them in use. A std::unordered_map would keep a second copy
+// of each text, and a search in it would wait for memory two or three times.
 #pragma once
 
 #include <cstddef>

@@ -76,8 +76,9 @@ TEST(CsvBlocks, EndAtTheLastLineEndOfThePieceThatIsOutsideOfQuotationMarks) {
        "a\n\xEF\xBB\xBF"
        "b\n",
        5,
-       {"a\n", "\xEF\xBB\xBF"
-               "b\n"}},
+       {"a\n",
+        "\xEF\xBB\xBF"
+        "b\n"}},
       {"a byte order mark before blank lines", "\xEF\xBB\xBF\n\na\nb\n", 4, {"\n\na\n", "b\n"}},
   };
   for (const auto& row : rows) EXPECT_EQ(blocksOf(row.text, row.size), row.expected) << row.why;
@@ -87,9 +88,7 @@ TEST(CsvBlocks, CountNumbersLinesAndBytesFromTheBeginningOfTheFile) {
   const TemporaryFolder folder;
   CsvBlocks blocks(folder.write("test.csv", "a,\"b\nc\"\nd,e\nf,g\n"), 8);
   EXPECT_EQ(blocks.size(), 16U);
-  const struct {
-    std::size_t number, end, line, secondLine;
-  } rows[] = {{0, 8, 1, 1}, {1, 16, 3, 4}};
+  const struct { std::size_t number, end, line, secondLine; } rows[] = {{0, 8, 1, 1}, {1, 16, 3, 4}};
   for (const auto& row : rows) {
     const auto block = blocks.next();
     ASSERT_TRUE(block);

@@ -27,8 +27,8 @@ payrun::Employer manyPeople() {
 
 /// An item in line `index` + 2. Its amount in pounds is `index`.
 std::string itemLine(std::size_t index, const std::string& date = "2024-04-28") {
-  return "E" + std::to_string(index * 7 % people) + "," + date + ",pay,\"Item \"\"" + std::to_string(index) + "\"\"\"," +
-         std::to_string(index) + "\n";
+  return "E" + std::to_string(index * 7 % people) + "," + date + ",pay,\"Item \"\"" + std::to_string(index) +
+         "\"\"\"," + std::to_string(index) + "\n";
 }
 
 class ManyItems : public testing::Test {
@@ -96,8 +96,7 @@ TEST_F(ManyItems, AMarkThatIsNeverClosedIsReportedUnlessAnErrorIsBeforeIt) {
   lines_[9] = "\n";
   EXPECT_EQ(complaint(), "items.csv:12:19: \"\"Salary,1\" has a quotation mark that is never closed");
   lines_[8] = "E1,2024-04-31,pay,Salary,1\n";
-  EXPECT_EQ(complaint(),
-            "items.csv:10:4: \"2024-04-31\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00");
+  EXPECT_EQ(complaint(), "items.csv:10:4: \"2024-04-31\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00");
 }
 
 TEST_F(ManyItems, BytesThatAreNotUtf8AreReportedBeforeOtherErrors) {
