@@ -46,6 +46,10 @@ bool hasControlCharacter(std::string_view text) {
   return false;
 }
 
+bool isDigits(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
+}
+
 std::size_t countOf(char byte, std::string_view text) {
   constexpr std::size_t step = 128;  // compilers turn an inner loop of constant length into vector instructions
   std::size_t count = 0;

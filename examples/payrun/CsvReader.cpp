@@ -41,11 +41,6 @@ std::size_t CsvReader::line() {
   return line_;
 }
 
-void CsvReader::addField(std::string_view text, std::size_t offset) {
-  if (size_ == fields_.size()) fields_.emplace_back();
-  fields_[size_++] = {text, offset};
-}
-
 void CsvReader::readField() {
   if (position_ < text_.size() && text_[position_] == '"') return readQuotedField();
   const std::size_t begin = position_;

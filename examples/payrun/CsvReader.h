@@ -44,7 +44,10 @@ class CsvReader {
   [[nodiscard]] const TextFile& file() const { return file_; }
 
  private:
-  void addField(std::string_view text, std::size_t offset);
+  void addField(std::string_view text, std::size_t offset) {
+    if (size_ == fields_.size()) fields_.emplace_back();
+    fields_[size_++] = {text, offset};
+  }
   void readField();
   void readQuotedField();
   [[nodiscard]] bool atLineEnd() const;

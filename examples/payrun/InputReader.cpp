@@ -10,12 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "AmountReader.h"
 #include "Characters.h"
 #include "CsvBlocks.h"
 #include "CsvReader.h"
 #include "IniFile.h"
-#include "NorvikCore/Categories/NSDate+Norvik.h"
+#include "ItemReader.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Coercion.h"
 #include "NorvikCore/platform/dispatch/Apply.h"
 #include "NorvikCore/platform/foundation/NSProcessInfo.h"
@@ -27,10 +26,6 @@ namespace payrun {
 using namespace norvik;
 
 namespace {
-
-bool isDigits(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
-}
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
 
@@ -144,74 +139,6 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
   return employee;
 }
 
-/// Parses "2024-05-28" or "2024-05-28 14:30:00". Absent if there is no such day.
-std::optional<Date> dateIn(std::string_view text) {
-  constexpr std::string_view day = "0000-00-00", dayAndTime = "0000-00-00 00:00:00";
-  const std::string_view form = text.size() == day.size() ? day : dayAndTime;
-  if (text.size() != form.size()) return std::nullopt;
-  for (std::size_t i = 0; i < form.size(); ++i) {
-    if (form[i] == '0' ? !isDigits(text.substr(i, 1)) : text[i] != form[i]) return std::nullopt;
-  }
-  return Date::dateWithString(text);
-}
-
-std::optional<ItemKind> kindIn(std::string_view text) {
-  if (text == "pay") return ItemKind::Pay;
-  if (text == "bonus") return ItemKind::Bonus;
-  if (text == "deduction") return ItemKind::Deduction;
-  return std::nullopt;
-}
-
-constexpr std::array<std::string_view, 5> itemHeadings = {"employee", "date", "kind", "description", "amount"};
-
-/// Reads items of one thread's blocks.
-class ItemReader {
- public:
-  explicit ItemReader(const Employer& employer) : employer_(employer), year_(taxYear(employer.taxYear)) {}
-
-  /// The item in the current record. A date with a time of day is appended to `timed`.
-  [[nodiscard]] PayItem itemIn(CsvReader& record, std::vector<Date>& timed) {
-    const auto refuse = [&](std::size_t column, const std::string& problem) {
-      record.file().refuse(record[column].offset, quoted(record[column].text) + problem);
-    };
-    const auto employee = employeeWithNumber(record[0].text);
-    if (!employee) refuse(0, " is not an employee of employees.csv");
-    const auto date = dateIn(record[1].text);
-    if (!date) refuse(1, " is not a date such as 2024-05-28 or 2024-05-28 14:30:00");
-    const Date day = nk_nearestStartOfDay(*date);
-    if (day != *date) timed.push_back(*date);
-    if (!year_.contains(day)) refuse(1, " is not in the tax year " + taxYearName(employer_.taxYear));
-    const auto kind = kindIn(record[2].text);
-    if (!kind) refuse(2, " is not pay, bonus or deduction");
-    AmountReader::Problem problem{};
-    const auto amount = amounts_.read(record[4].text, problem);
-    if (!amount && problem == AmountReader::Problem::TooLarge) {
-      refuse(4, " is too large: an amount is 999,999,999.99 at most");
-    }
-    if (!amount) refuse(4, " is not an amount");
-    PayItem item{*employee, day, *kind, *amount, record[3].text, std::nullopt};
-    if (day > *date) item.moved = {record.line(), nk_addDays(day, -1), record[1].text};
-    return item;
-  }
-
- private:
-  /// Tries the employee of the last item and the next one first, because most files are sorted by employee.
-  std::optional<std::size_t> employeeWithNumber(std::string_view number) {
-    const std::vector<Employee>& employees = employer_.employees();
-    for (std::size_t i = last_; i < std::min(last_ + 2, employees.size()); ++i) {
-      if (employees[i].number == number) return last_ = i;
-    }
-    const auto found = employer_.employeeWithNumber(number);
-    if (found) last_ = *found;
-    return found;
-  }
-
-  const Employer& employer_;
-  std::size_t last_ = 0;  // the employee of the last item
-  Days year_;
-  AmountReader amounts_;
-};
-
 /// The items of a block, which wait for those of the blocks before it.
 class ItemBlock {
  public:
@@ -219,8 +146,8 @@ class ItemBlock {
     try {
       constexpr std::size_t shortItem = 48;  // bytes
       items_.reserve(block_.text.text().size() / shortItem);
-      if (block_.number == 0) readHeadings(records_, itemHeadings);
-      while (readRecord(records_, itemHeadings.size())) items_.push_back(reader.itemIn(records_, timed_));
+      if (block_.number == 0) readHeadings(records_, ItemReader::headings);
+      while (readRecord(records_, ItemReader::headings.size())) items_.push_back(reader.read(records_, timed_));
     } catch (...) {
       error_ = std::current_exception();
     }

@@ -158,6 +158,8 @@ const BadInput badItems[] = {
     {"an unknown employee", "items.csv", "E2,", "E3,", "items.csv:3:1: \"E3\" is not an employee of employees.csv"},
     {"an unknown employee after a field of two lines", "items.csv", "E1,2024-05-28", "E9,2024-05-28",
      "items.csv:5:1: \"E9\" is not an employee of employees.csv"},
+    {"an empty date in the first item", "items.csv", "2024-04-28,pay", ",pay",
+     "items.csv:2:4: \"\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00"},
     {"a day that does not exist", "items.csv", "2024-05-28", "2024-02-30",
      "items.csv:5:4: \"2024-02-30\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00"},
     {"a date in another form", "items.csv", "2024-05-28", "28/05/2024",
