@@ -1,5 +1,5 @@
-// examples/payrun/ItemReader.h - reads the records of items.csv: an employee's number, a date, a kind, a description and
-// an amount.
+// examples/payrun/ItemReader.h - reads the records of items.csv: an employee's number, a date, a kind, a description
+// and an amount.
 #pragma once
 
 #include <array>
