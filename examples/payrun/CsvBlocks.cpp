@@ -40,16 +40,19 @@ std::optional<CsvBlock> CsvBlocks::next() {
 }
 
 bool CsvBlocks::readRecords(std::string& text) {
+  bool needsRecord = number_ == 0;  // in the first block, until a character of a record was read
   while (true) {
     const std::size_t before = text.size();
     if (!file_.appendTo(text, size_)) return false;
     const std::string_view added = std::string_view(text).substr(before);
     if (countOf('"', added) % 2 != 0) isQuoted_ = !isQuoted_;
     const std::size_t end = lastRecordEnd(added, isQuoted_);
-    if (end == 0 || (number_ == 0 && hasNoRecord(text))) continue;
-    rest_ = added.substr(end);
-    text.resize(before + end);
-    return true;
+    if (end > 0 && !(needsRecord && hasNoRecord(added.substr(0, end)))) {
+      rest_ = added.substr(end);
+      text.resize(before + end);
+      return true;
+    }
+    needsRecord = needsRecord && hasNoRecord(added);
   }
 }
 

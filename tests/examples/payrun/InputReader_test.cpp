@@ -77,6 +77,13 @@ TEST_F(ManyItems, AreUsedOneAtATimeInTheOrderOfTheFile) {
   EXPECT_EQ(moved, (std::vector<std::size_t>{102, 39'002}));
 }
 
+TEST_F(ManyItems, MayFollowBlankLinesBeforeAndAfterTheHeadings) {
+  const std::string blank(payrun::CsvBlocks::usualSize - 10, '\n');
+  writeFile(folder_.path("items.csv"), blank + "employee,date,kind,description,amount\n" + blank + itemLine(7) + blank);
+  const auto use = [](const payrun::PayItem& item) { EXPECT_EQ(item.amount, 7); };
+  EXPECT_EQ(payrun::readItems(folder_.path(), employer_, use), 1U);
+}
+
 TEST_F(ManyItems, TheFirstErrorOfTheFileIsReported) {
   lines_[39'999] = "E1,2024-04-28,pay,Salary\n";
   EXPECT_EQ(complaint(), "items.csv:40001:25: \"E1,2024-04-28,pay,Salary\" has 4 fields instead of 5");
