@@ -1,21 +1,19 @@
 // Items of files that are longer than a block, which several threads read.
 #include "InputReader.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 #include "CsvBlocks.h"
 #include "InputError.h"
-#include "tests/examples/payrun/PayrunProgram.h"
 #include "tests/examples/payrun/SmallEmployer.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace payrun_test {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using norvik::test::TemporaryFolder;
 
 constexpr std::size_t people = 100, items = 40'000;
 
@@ -41,7 +39,7 @@ class ManyItems : public testing::Test {
     std::string text = "employee,date,kind,description,amount\n";
     for (const std::string& line : lines_) text += line;
     ASSERT_GT(text.size(), 5 * payrun::CsvBlocks::usualSize);
-    writeFile(folder_.path("items.csv"), text);
+    folder_.write("items.csv", text);
   }
   /// The complaint about the file, without the folder.
   std::string complaint() {
@@ -79,7 +77,7 @@ TEST_F(ManyItems, AreUsedOneAtATimeInTheOrderOfTheFile) {
 
 TEST_F(ManyItems, MayFollowBlankLinesBeforeAndAfterTheHeadings) {
   const std::string blank(payrun::CsvBlocks::usualSize - 10, '\n');
-  writeFile(folder_.path("items.csv"), blank + "employee,date,kind,description,amount\n" + blank + itemLine(7) + blank);
+  folder_.write("items.csv", blank + "employee,date,kind,description,amount\n" + blank + itemLine(7) + blank);
   const auto use = [](const payrun::PayItem& item) { EXPECT_EQ(item.amount, 7); };
   EXPECT_EQ(payrun::readItems(folder_.path(), employer_, use), 1U);
 }
@@ -121,36 +119,6 @@ TEST_F(ManyItems, AnErrorOfTheUserEndsTheReading) {
   };
   EXPECT_THROW(static_cast<void>(payrun::readItems(folder_.path(), employer_, use)), std::length_error);
   EXPECT_EQ(count, 10'000U);
-}
-
-TEST_F(ManyItems, WarningsAreLoggedInTheirOrderUpToTheFirstError) {
-  writeFile(folder_.path("employer.ini"),
-            "[employer]\nname = Test Ltd\npaye_reference = 123/T1\ntax_year = 2024-25\n\n[departments]\nOPS = Ops\n");
-  std::string employees = "employee,name,department,sort_code,account\n";
-  for (std::size_t i = 0; i < people; ++i) employees += "E" + std::to_string(i) + ",Zoë,OPS,123456,12345678\n";
-  writeFile(folder_.path("employees.csv"), employees);
-  lines_[100] = itemLine(100, "2024-04-28 01:00:00");
-  lines_[20'000] = itemLine(20'000, "2024-04-28 02:00:00");
-  lines_[30'000] = "E1,2024-04-28 03:00:00,pay,Salary,x\n";
-  lines_[30'001] = itemLine(30'001, "2024-04-28 04:00:00");
-  write();
-  const auto run = [&] {
-    return runPayrun(folder_, {"--input", folder_.path(), "--month", "1", "--logs", folder_.path("logs")});
-  };
-  const std::string warning = "Date time component is non zero : 2024-04-28 0";
-  EXPECT_EQ(run().err, "payrun: " + folder_.path("items.csv") + ":30002:35: \"x\" is not an amount\n");
-  std::vector<std::string> logged;
-  for (const std::string& line : linesOf(readLogs(folder_.path("logs")))) {
-    const std::size_t at = line.find(warning);
-    if (at != std::string::npos) logged.push_back(line.substr(at + warning.size(), 1));
-    if (line.find("is not an amount") != std::string::npos) logged.emplace_back("error");
-  }
-  EXPECT_EQ(logged, (std::vector<std::string>{"1", "2", "3", "error"}));
-  std::filesystem::remove_all(folder_.path("logs"));
-  lines_[39'999] = "E1,2024-04-28,pay,Sal\xFFry,1\n";
-  write();
-  EXPECT_EQ(run().status, 2);
-  EXPECT_THAT(readLogs(folder_.path("logs")), Not(HasSubstr("non zero")));
 }
 
 }  // namespace
