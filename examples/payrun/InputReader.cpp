@@ -186,8 +186,8 @@ class ItemsInOrder {
     }
   }
 
-  /// Logs a warning for each date with a time of day up to the first error, and throws that. Returns the number of
-  /// items.
+  /// Called when all blocks were added: logs a warning for each date with a time of day up to the first error, and
+  /// throws that. Returns the number of items.
   [[nodiscard]] std::size_t finish() const {
     for (const Date date : timed_) static_cast<void>(nk_nearestStartOfDayWithLoggedWarning(date, true));
     if (error_) std::rethrow_exception(error_);
