@@ -1,5 +1,9 @@
 // fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format. The fuzzer writes the
-// records that were read as CSV, and the reader must give the same records again.
+// records that were read as CSV, and the reader must give the same records again. Blocks of any size must have the
+// records, lines and errors of the whole file.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +12,7 @@
 #include <vector>
 
 #include "examples/payrun/Characters.h"
+#include "examples/payrun/CsvBlocks.h"
 #include "examples/payrun/CsvReader.h"
 
 namespace {
@@ -104,6 +109,67 @@ std::string written(const Records& records) {
   return text;
 }
 
+/// A file in memory that every input is written to.
+class MemoryFile {
+ public:
+  explicit MemoryFile(const std::string& text) {
+    const auto size = static_cast<off_t>(text.size());
+    if (::ftruncate(descriptor(), 0) != 0 || ::ftruncate(descriptor(), size) != 0) std::abort();
+    if (::pwrite(descriptor(), text.data(), text.size(), 0) != size) std::abort();
+  }
+  [[nodiscard]] std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor()); }
+
+ private:
+  static int descriptor() {
+    static const int made = ::memfd_create("input", 0);
+    return made;
+  }
+};
+
+/// What a reader finds in a file: records with their lines, and the error that ends them.
+struct Findings {
+  Records records;
+  std::vector<std::size_t> lines;
+  std::string error;
+
+  bool operator==(const Findings&) const = default;
+
+  void add(const payrun::TextFile& text) {
+    try {
+      for (payrun::CsvReader reader(text); reader.next();) {
+        auto& record = records.emplace_back();
+        for (std::size_t i = 0; i < reader.size(); ++i) record.emplace_back(reader[i].text);
+        lines.push_back(reader.line());
+      }
+    } catch (const payrun::InputError& problem) {
+      error = problem.what();
+    }
+  }
+};
+
+Findings findInWhole(const std::string& path) {
+  Findings findings;
+  try {
+    findings.add(payrun::TextFile(path));
+  } catch (const payrun::InputError& problem) {
+    findings.error = problem.what();
+  }
+  return findings;
+}
+
+Findings findInBlocks(const std::string& path, std::size_t size) {
+  Findings findings;
+  try {
+    payrun::CsvBlocks blocks(path, size);
+    while (const auto block = blocks.next()) {
+      if (findings.error.empty()) findings.add(block->text);
+    }
+  } catch (const payrun::InputError& problem) {  // not UTF-8, for which a file is refused before its records are read
+    findings = {{}, {}, problem.what()};
+  }
+  return findings;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -111,5 +177,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::optional<Records> records = readByReader(text);
   if (records != readByModel(text)) std::abort();
   if (records && readByReader(written(*records)) != records) std::abort();
+
+  const MemoryFile file(text);
+  const Findings whole = findInWhole(file.path());
+  for (const std::size_t blockSize : {std::size_t{1}, std::size_t{2}, std::size_t{7}, size / 2 + 1, size + 1}) {
+    if (findInBlocks(file.path(), blockSize) != whole) std::abort();
+  }
   return 0;
 }

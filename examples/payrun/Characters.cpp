@@ -46,6 +46,21 @@ bool hasControlCharacter(std::string_view text) {
   return false;
 }
 
+bool isDigits(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
+}
+
+std::size_t countOf(char byte, std::string_view text) {
+  constexpr std::size_t step = 128;  // compilers turn an inner loop of constant length into vector instructions
+  std::size_t count = 0;
+  for (; text.size() >= step; text.remove_prefix(step)) {
+    unsigned char found = 0;
+    for (std::size_t i = 0; i < step; ++i) found = static_cast<unsigned char>(found + (text[i] == byte));
+    count += found;
+  }
+  return count + static_cast<std::size_t>(std::count(text.begin(), text.end(), byte));
+}
+
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < text.size(); ++count) {
@@ -58,6 +73,11 @@ std::size_t characterCount(std::string_view text) {
 std::size_t cellCount(std::string_view text) {
   std::size_t count = 0;
   while (!text.empty()) {
+    if (' ' <= text.front() && text.front() <= '~') {
+      ++count;
+      text.remove_prefix(1);
+      continue;
+    }
     const std::size_t length = norvik::utf8::validSequence(text);
     count += length == 0 ? 1 : norvik::terminalCells(norvik::utf8::decode(text.data()).point);
     text.remove_prefix(length == 0 ? 1 : length);

@@ -18,6 +18,12 @@ std::size_t controlCharacter(std::string_view text);
 /// True if the text has a control character, such as a tab, a line end or the escape that begins a terminal command.
 bool hasControlCharacter(std::string_view text);
 
+/// True if each character is one of 0 to 9.
+bool isDigits(std::string_view text);
+
+/// The number of times that the byte occurs in the text.
+std::size_t countOf(char byte, std::string_view text);
+
 /// The number of characters of the text; a byte that is not UTF-8 counts as one.
 std::size_t characterCount(std::string_view text);
 

@@ -1,14 +1,24 @@
 #include "CsvReader.h"
 
+#include "Characters.h"
+
 namespace payrun {
 
+namespace {
+
+/// False for commas, quotation marks and line ends, and for some characters that have no meaning: one comparison tells
+/// letters and digits from them.
+bool isOrdinary(char c) { return static_cast<unsigned char>(c) > ','; }
+
+}  // namespace
+
 bool CsvReader::atLineEnd() const {
-  return position_ == text_.size() || text_[position_] == '\n' || text_.substr(position_).starts_with("\r\n");
+  if (position_ == text_.size() || text_[position_] == '\n') return true;
+  return text_[position_] == '\r' && position_ + 1 < text_.size() && text_[position_ + 1] == '\n';
 }
 
 bool CsvReader::next() {
-  fields_.clear();
-  unquoted_.clear();
+  size_ = 0;
   while (position_ < text_.size() && atLineEnd()) position_ += text_[position_] == '\r' ? 2U : 1U;
   if (position_ == text_.size()) return false;
 
@@ -25,17 +35,25 @@ bool CsvReader::next() {
 
 CsvField CsvReader::record() const { return {text_.substr(recordBegin_, recordEnd_ - recordBegin_), recordBegin_}; }
 
+std::size_t CsvReader::line() {
+  line_ += countOf('\n', text_.substr(lineOffset_, recordBegin_ - lineOffset_));
+  lineOffset_ = recordBegin_;
+  return line_;
+}
+
 void CsvReader::readField() {
   if (position_ < text_.size() && text_[position_] == '"') return readQuotedField();
   const std::size_t begin = position_;
-  while (position_ < text_.size() && text_[position_] != ',' && !atLineEnd()) {
-    if (text_[position_] == '"') {
+  for (; position_ < text_.size(); ++position_) {
+    const char c = text_[position_];
+    if (isOrdinary(c)) continue;
+    if (c == ',' || atLineEnd()) break;
+    if (c == '"') {
       file_.refuse(begin, quoted(text_.substr(begin, position_ + 1 - begin)) +
                               " has a quotation mark inside a field that does not begin with one");
     }
-    ++position_;
   }
-  fields_.push_back({text_.substr(begin, position_ - begin), begin});
+  addField(text_.substr(begin, position_ - begin), begin);
 }
 
 void CsvReader::readQuotedField() {
@@ -57,7 +75,7 @@ void CsvReader::readQuotedField() {
       continue;
     }
     if (unquoted != nullptr) unquoted->append(text_.substr(from, quote - from));
-    fields_.push_back({unquoted != nullptr ? std::string_view(*unquoted) : text_.substr(from, quote - from), begin});
+    addField(unquoted != nullptr ? std::string_view(*unquoted) : text_.substr(from, quote - from), begin);
     break;
   }
   if (!atLineEnd() && text_[position_] != ',') {

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "TextIndex.h"
 
 namespace payrun {
 
@@ -38,14 +38,9 @@ class Employer {
   [[nodiscard]] std::optional<std::size_t> employeeWithNumber(std::string_view number) const;
 
  private:
-  struct Hash : std::hash<std::string_view> {
-    using is_transparent = void;
-  };
-  using Index = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
-
   std::vector<Department> departments_;
   std::vector<Employee> employees_;
-  Index departmentsByCode_, employeesByNumber_;
+  TextIndex departmentsByCode_, employeesByNumber_;
 };
 
 }  // namespace payrun

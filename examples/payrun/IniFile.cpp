@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view whiteSpace = " \t\r";
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutWhiteSpace(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(whiteSpace);
   if (begin == std::string_view::npos) return {};
   return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
@@ -24,19 +24,19 @@ std::vector<IniEntry> readIni(const TextFile& file) {
   for (std::size_t begin = 0; begin < text.size();) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
     const std::string_view whole = text.substr(begin, end - begin);
-    const std::string_view line = trimmed(whole);
+    const std::string_view line = withoutWhiteSpace(whole);
     begin = end + 1;
     if (line.empty() || line.front() == ';' || line.front() == '#') continue;
     if (line.front() == '[' && line.back() == ']') {
-      section = trimmed(line.substr(1, line.size() - 2));
+      section = withoutWhiteSpace(line.substr(1, line.size() - 2));
       continue;
     }
     const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos || trimmed(line.substr(0, equals)).empty()) {
+    if (equals == std::string_view::npos || withoutWhiteSpace(line.substr(0, equals)).empty()) {
       file.refuse(offsetOf(line), quoted(line) + " is neither [section] nor key = value");
     }
-    const std::string_view key = trimmed(line.substr(0, equals));
-    const std::string_view value = trimmed(line.substr(equals + 1));
+    const std::string_view key = withoutWhiteSpace(line.substr(0, equals));
+    const std::string_view value = withoutWhiteSpace(line.substr(equals + 1));
     const auto same = [&](const IniEntry& entry) { return entry.section == section && entry.key == key; };
     if (std::any_of(entries.begin(), entries.end(), same)) {
       file.refuse(offsetOf(key), quoted(key) + " is given twice");

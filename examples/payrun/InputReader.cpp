@@ -2,14 +2,22 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <span>
+#include <utility>
+#include <vector>
 
-#include "AmountReader.h"
 #include "Characters.h"
+#include "CsvBlocks.h"
 #include "CsvReader.h"
 #include "IniFile.h"
-#include "NorvikCore/Categories/NSDate+Norvik.h"
+#include "ItemReader.h"
 #include "NorvikCore/Categories/NSDate+Norvik_Coercion.h"
+#include "NorvikCore/platform/dispatch/Apply.h"
+#include "NorvikCore/platform/foundation/NSProcessInfo.h"
 #include "ProgressBar.h"
 #include "TaxMonth.h"
 
@@ -18,10 +26,6 @@ namespace payrun {
 using namespace norvik;
 
 namespace {
-
-bool isDigits(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
-}
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
 
@@ -135,40 +139,83 @@ Employee employeeIn(const CsvReader& record, const Employer& employer) {
   return employee;
 }
 
-/// Parses "2024-05-28" or "2024-05-28 14:30:00". Absent if there is no such day.
-std::optional<Date> dateIn(std::string_view text) {
-  constexpr std::string_view day = "0000-00-00", dayAndTime = "0000-00-00 00:00:00";
-  const std::string_view form = text.size() == day.size() ? day : dayAndTime;
-  if (text.size() != form.size()) return std::nullopt;
-  for (std::size_t i = 0; i < form.size(); ++i) {
-    if (form[i] == '0' ? !isDigits(text.substr(i, 1)) : text[i] != form[i]) return std::nullopt;
-  }
-  return Date::dateWithString(text);
-}
-
-/// Counts lines from the offset of the last call, so that many ascending offsets cost one pass over the text.
-class LineCounter {
+/// The items of a block, which wait for those of the blocks before it.
+class ItemBlock {
  public:
-  explicit LineCounter(std::string_view text) : text_(text) {}
+  ItemBlock(CsvBlock block, ItemReader& reader) : block_(std::move(block)), records_(block_.text) {
+    try {
+      constexpr std::size_t shortItem = 48;  // bytes
+      items_.reserve(block_.text.text().size() / shortItem);
+      if (block_.number == 0) readHeadings(records_, ItemReader::headings);
+      while (readRecord(records_, ItemReader::headings.size())) items_.push_back(reader.read(records_, timed_));
+    } catch (...) {
+      error_ = std::current_exception();
+    }
+  }
+  ItemBlock(const ItemBlock&) = delete;
+  ItemBlock& operator=(const ItemBlock&) = delete;
 
-  std::size_t lineOf(std::size_t offset) {
-    const std::string_view passed = text_.substr(offset_, offset - offset_);
-    line_ += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));
-    offset_ = offset;
-    return line_;
+  [[nodiscard]] std::size_t number() const { return block_.number; }
+  [[nodiscard]] std::size_t end() const { return block_.end; }
+  [[nodiscard]] const std::vector<PayItem>& items() const { return items_; }
+  /// The dates with a time of day.
+  [[nodiscard]] const std::vector<Date>& timed() const { return timed_; }
+  /// The error that follows the items; empty if there is none.
+  [[nodiscard]] const std::exception_ptr& error() const { return error_; }
+
+ private:
+  CsvBlock block_;
+  CsvReader records_;  // the items' texts are views into its fields
+  std::vector<PayItem> items_;
+  std::vector<Date> timed_;
+  std::exception_ptr error_;
+};
+
+/// Uses the items of blocks in the file's order. Threads add the blocks in any order.
+class ItemsInOrder {
+ public:
+  ItemsInOrder(std::size_t bytes, const std::function<void(const PayItem&)>& use)
+      : progress_("reading items", bytes), use_(use) {}
+
+  void add(std::unique_ptr<const ItemBlock> block) {
+    const std::lock_guard lock(mutex_);
+    waiting_.emplace(block->number(), std::move(block));
+    for (auto next = waiting_.find(next_); next != waiting_.end(); next = waiting_.find(++next_)) {
+      if (!error_) useAll(*next->second);
+      waiting_.erase(next);
+    }
+  }
+
+  /// Called when all blocks were added: logs a warning for each date with a time of day up to the first error, and
+  /// throws that. Returns the number of items.
+  [[nodiscard]] std::size_t finish() const {
+    for (const Date date : timed_) static_cast<void>(nk_nearestStartOfDayWithLoggedWarning(date, true));
+    if (error_) std::rethrow_exception(error_);
+    return count_;
   }
 
  private:
-  std::string_view text_;
-  std::size_t offset_ = 0, line_ = 1;
-};
+  void useAll(const ItemBlock& block) {
+    try {
+      timed_.insert(timed_.end(), block.timed().begin(), block.timed().end());
+      for (const PayItem& item : block.items()) use_(item);
+      count_ += block.items().size();
+      error_ = block.error();
+    } catch (...) {
+      error_ = std::current_exception();
+    }
+    progress_.show(block.end());
+  }
 
-std::optional<ItemKind> kindIn(std::string_view text) {
-  if (text == "pay") return ItemKind::Pay;
-  if (text == "bonus") return ItemKind::Bonus;
-  if (text == "deduction") return ItemKind::Deduction;
-  return std::nullopt;
-}
+  std::mutex mutex_;  // guards the members below
+  ProgressBar progress_;
+  const std::function<void(const PayItem&)>& use_;
+  std::map<std::size_t, std::unique_ptr<const ItemBlock>> waiting_;  // by number
+  std::size_t next_ = 0;                                             // number of the next block to use
+  std::size_t count_ = 0;
+  std::vector<Date> timed_;
+  std::exception_ptr error_;  // the first in the file
+};
 
 }  // namespace
 
@@ -193,40 +240,15 @@ Employer readEmployer(const std::filesystem::path& folder) {
 
 std::size_t readItems(const std::filesystem::path& folder, const Employer& employer,
                       const std::function<void(const PayItem&)>& use) {
-  constexpr std::array<std::string_view, 5> headings = {"employee", "date", "kind", "description", "amount"};
-  const TextFile file(folder / "items.csv");
-  const Days year = taxYear(employer.taxYear);
-  const AmountReader amounts;
-  ProgressBar progress("reading items", file.text().size());
-  CsvReader records(file);
-  readHeadings(records, headings);
-  std::size_t count = 0;
-  LineCounter lines(file.text());
-  while (readRecord(records, headings.size())) {
-    const auto refuse = [&](std::size_t column, const std::string& problem) {
-      file.refuse(records[column].offset, quoted(records[column].text) + problem);
-    };
-    const auto employee = employer.employeeWithNumber(records[0].text);
-    if (!employee) refuse(0, " is not an employee of employees.csv");
-    const auto date = dateIn(records[1].text);
-    if (!date) refuse(1, " is not a date such as 2024-05-28 or 2024-05-28 14:30:00");
-    const Date day = nk_nearestStartOfDayWithLoggedWarning(*date, true);
-    if (!year.contains(day)) refuse(1, " is not in the tax year " + taxYearName(employer.taxYear));
-    const auto kind = kindIn(records[2].text);
-    if (!kind) refuse(2, " is not pay, bonus or deduction");
-    AmountReader::Problem problem{};
-    const auto amount = amounts.read(records[4].text, problem);
-    if (!amount && problem == AmountReader::Problem::TooLarge) {
-      refuse(4, " is too large: an amount is 999,999,999.99 at most");
-    }
-    if (!amount) refuse(4, " is not an amount");
-    PayItem item{*employee, day, *kind, *amount, records[3].text, std::nullopt};
-    if (day > *date) item.moved = {lines.lineOf(records.record().offset), nk_addDays(day, -1), records[1].text};
-    use(item);
-    ++count;
-    progress.show(records.position());
-  }
-  return count;
+  CsvBlocks blocks(folder / "items.csv");
+  ItemsInOrder items(blocks.size(), use);
+  // Each processor takes the next block as soon as it has read one. The whole file is read even after an error, because
+  // a file that is not UTF-8 is refused for that.
+  dispatch_apply(NSProcessInfo::processInfo().processorCount(), dispatch_get_global_queue(), [&](std::size_t) {
+    ItemReader reader(employer);
+    while (auto block = blocks.next()) items.add(std::make_unique<ItemBlock>(*std::move(block), reader));
+  });
+  return items.finish();
 }
 
 }  // namespace payrun

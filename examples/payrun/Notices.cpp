@@ -22,8 +22,8 @@ void appendMovedItems(std::string& result, const PayRun& run) {
   Table table({{"Employee"}, {"Name"}, {"Line", Side::Right}, {"From"}, {"To"}});
   for (const MovedItem& item : run.movedItems()) {
     const Employee& employee = run.employer().employees()[item.employee];
-    table.addRow({employee.number, employee.name, std::to_string(item.line), item.from,
-                  nk_utcDateStringWithFormat(item.to, "yyyy-MM-dd").str()});
+    table.add({employee.number, employee.name, std::to_string(item.line), item.from,
+               nk_utcDateStringWithFormat(item.to, "yyyy-MM-dd").str()});
   }
   result += "\nItems of items.csv that their time of day moved to the next day\n";
   table.appendTo(result);
@@ -35,7 +35,7 @@ void appendNetPaysBelowZero(std::string& result, const PayRun& run) {
   Table table({{"Employee"}, {"Name"}, {"Net", Side::Right}});
   for (const std::size_t i : employees) {
     const Employee& employee = run.employer().employees()[i];
-    table.addRow({employee.number, employee.name, amountText(run.payslips()[i].month.net())});
+    table.add({employee.number, employee.name, amountText(run.payslips()[i].month.net())});
   }
   result += "\nNet pay below zero\n";
   table.appendTo(result);

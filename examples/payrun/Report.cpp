@@ -30,11 +30,9 @@ Ref<NKMonetaryTermDecimalNumberFormatter> britishMoney() {
   return formatter;
 }
 
-void appendAmounts(std::vector<std::string>& row, const Amounts& month, const Amounts& toDate) {
+void addAmounts(Table& table, const Amounts& month, const Amounts& toDate) {
   for (const Amounts& amounts : {month, toDate}) {
-    row.push_back(amountText(amounts.pay));
-    row.push_back(amountText(amounts.deductions));
-    row.push_back(amountText(amounts.net()));
+    for (const Decimal& amount : {amounts.pay, amounts.deductions, amounts.net()}) table.add(amountText(amount));
   }
 }
 
@@ -50,10 +48,9 @@ void appendPayslips(std::string& result, const PayRun& run) {
   const Employer& employer = run.employer();
   for (std::size_t i = 0; i < employer.employees().size(); ++i) {
     const Employee& employee = employer.employees()[i];
-    std::vector<std::string> row = {employee.number, employee.name, employer.departments()[employee.department].name,
-                                    employee.sortCode, employee.account};
-    appendAmounts(row, run.payslips()[i].month, run.payslips()[i].toDate);
-    table.addRow(std::move(row));
+    const Department& department = employer.departments()[employee.department];
+    table.add({employee.number, employee.name, department.name, employee.sortCode, employee.account});
+    addAmounts(table, run.payslips()[i].month, run.payslips()[i].toDate);
   }
   table.appendTo(result);
 }
@@ -62,9 +59,8 @@ void appendTotals(std::string& result, const PayRun& run) {
   Table table(withAmounts({{"Department"}, {"People", Side::Right}}));
   const Employer& employer = run.employer();
   const auto addRow = [&](const std::string& name, const DepartmentTotal& total) {
-    std::vector<std::string> row = {name, std::to_string(total.people)};
-    appendAmounts(row, total.month, total.toDate);
-    table.addRow(std::move(row));
+    table.add({name, std::to_string(total.people)});
+    addAmounts(table, total.month, total.toDate);
   };
   const std::vector<DepartmentTotal> totals = run.departmentTotals();
   for (std::size_t i = 0; i < totals.size(); ++i) addRow(employer.departments()[i].name, totals[i]);

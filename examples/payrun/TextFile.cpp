@@ -1,40 +1,31 @@
 #include "TextFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <utility>
 
 #include "Characters.h"
+#include "InputStream.h"
 
 namespace payrun {
 
-TextFile::TextFile(const std::filesystem::path& path) : name_(path.string()) {
-  const auto unreadable = [this](const char* why) { return InputError(name_ + ": cannot be read: " + why); };
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) throw unreadable("it is a folder");
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw unreadable(std::strerror(errno));
-  const auto size = std::filesystem::file_size(path, error);
-  if (!error) text_.reserve(size);
+TextFile::TextFile(const std::filesystem::path& path) {
+  InputStream file(path);
+  name_ = file.name();
   constexpr std::size_t chunk = std::size_t{1} << 20;
-  while (file) {
-    const std::size_t before = text_.size();
-    text_.resize(before + chunk);
-    file.read(text_.data() + before, chunk);
-    text_.resize(before + static_cast<std::size_t>(file.gcount()));
+  text_.reserve(file.size() + chunk);
+  while (file.appendTo(text_, chunk)) {
   }
-  if (file.bad()) throw unreadable(std::strerror(errno));
   check();
 }
 
-TextFile::TextFile(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) { check(); }
+TextFile::TextFile(std::string name, std::string text, std::size_t firstLine)
+    : name_(std::move(name)), text_(std::move(text)), firstLine_(firstLine) {
+  check();
+}
 
 void TextFile::check() {
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  if (text_.starts_with(byteOrderMark)) text_.erase(0, byteOrderMark.size());
+  if (firstLine_ == 1 && text_.starts_with(byteOrderMark)) text_.erase(0, byteOrderMark.size());
   const std::size_t invalid = firstInvalidUtf8(text_);
   if (invalid == std::string_view::npos) return;
   // Shows the word around the byte, which tells a reader more than the byte alone.
@@ -48,7 +39,7 @@ void TextFile::check() {
 Place TextFile::placeOf(std::size_t offset) const {
   const std::string_view before = text().substr(0, offset);
   Place place;
-  place.line += static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+  place.line = firstLine_ + countOf('\n', before);
   const std::size_t newline = before.rfind('\n');
   place.column += characterCount(newline == std::string_view::npos ? before : before.substr(newline + 1));
   return place;

@@ -664,6 +664,10 @@ std::optional<NSNumber> NSNumberFormatter::numberFromString(const NSString& text
   return engine_->built().numberFrom(text);
 }
 
+std::optional<NSNumber> NSNumberFormatter::numberInView(std::string_view text) const {
+  return numberFromString(NSString::borrowing(text));  // valid during the call, and no number keeps its text
+}
+
 std::optional<NSString> NSNumberFormatter::stringForObjectValue(const Value& value) const {
   if (value.isAbsent() || value.isNull()) return NSString();
   if (!value.isNumber()) return std::nullopt;

@@ -41,10 +41,19 @@
 #include "NorvikCore/platform/values/NSNumber.h"
 
 #include <optional>
+#include <string_view>
+#include <type_traits>
 
 namespace norvik {
 
 class NSLocale;
+
+namespace detail {
+/// std::string_view and std::string, but no literal or other text that NSString takes as it is.
+template <class T>
+concept ViewableText =
+    std::is_convertible_v<const T&, std::string_view> && !std::is_convertible_v<const T&, const char*>;
+}  // namespace detail
 
 enum NSNumberFormatterStyle : unsigned {
   NSNumberFormatterNoStyle = 0,
@@ -85,6 +94,11 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   /// maximum(). The result is a Decimal if generatesDecimalNumbers() is on; else an integer, or a double if there is a
   /// fraction or the number does not fit a 64-bit integer.
   [[nodiscard]] std::optional<NSNumber> numberFromString(const NSString& text) const;
+  /// The same without a copy of the text, for std::string_view and std::string.
+  template <detail::ViewableText Text>
+  [[nodiscard]] std::optional<NSNumber> numberFromString(const Text& text) const {
+    return numberInView(text);
+  }
 
   /// Accepts numbers only; an absent or null value gives the empty text, any other value gives none.
   [[nodiscard]] std::optional<NSString> stringForObjectValue(const Value& value) const override;
@@ -144,6 +158,8 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   void setKeepsEveryDigit(bool keeps) noexcept;
 
  private:
+  [[nodiscard]] std::optional<NSNumber> numberInView(std::string_view text) const;
+
   struct Engine;
   detail::Hidden<Engine> engine_;
 };

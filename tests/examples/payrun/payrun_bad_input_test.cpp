@@ -3,12 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "tests/examples/payrun/PayrunProgram.h"
 
 namespace payrun_test {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr const char* goodIni =
     "[employer]\n"
@@ -158,6 +162,8 @@ const BadInput badItems[] = {
     {"an unknown employee", "items.csv", "E2,", "E3,", "items.csv:3:1: \"E3\" is not an employee of employees.csv"},
     {"an unknown employee after a field of two lines", "items.csv", "E1,2024-05-28", "E9,2024-05-28",
      "items.csv:5:1: \"E9\" is not an employee of employees.csv"},
+    {"an empty date in the first item", "items.csv", "2024-04-28,pay", ",pay",
+     "items.csv:2:4: \"\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00"},
     {"a day that does not exist", "items.csv", "2024-05-28", "2024-02-30",
      "items.csv:5:4: \"2024-02-30\" is not a date such as 2024-05-28 or 2024-05-28 14:30:00"},
     {"a date in another form", "items.csv", "2024-05-28", "28/05/2024",
@@ -277,6 +283,37 @@ TEST_F(PayrunInput, PlacesInAFileWithAByteOrderMarkAreCountedAfterIt) {
             "\xEF\xBB\xBF"
             "employee,date\n");
   EXPECT_THAT(run().err, HasSubstr("items.csv:1:1: \"employee,date\" is not the headings"));
+}
+
+TEST_F(PayrunInput, WarnsOfTimesOfDayInTheOrderOfALargeFileUpToItsFirstError) {
+  constexpr std::size_t count = 40'000;
+  const auto write = [&](const std::map<std::size_t, std::string>& odd) {
+    std::string text = "employee,date,kind,description,amount\n";
+    for (std::size_t i = 0; i < count; ++i) {
+      text += odd.contains(i) ? odd.at(i) : "E1,2024-04-28,pay,Salary of a day,1\n";
+    }
+    writeFile(folder_.path("items.csv"), text);
+  };
+  std::map<std::size_t, std::string> odd = {{100, "E1,2024-04-28 01:00:00,pay,Salary,1\n"},
+                                            {20'000, "E1,2024-04-28 02:00:00,pay,Salary,1\n"},
+                                            {30'000, "E1,2024-04-28 03:00:00,pay,Salary,x\n"},
+                                            {30'001, "E1,2024-04-28 04:00:00,pay,Salary,1\n"}};
+  write(odd);
+  EXPECT_EQ(run().err, "payrun: " + folder_.path("items.csv") + ":30002:35: \"x\" is not an amount\n");
+  const std::string warning = "Date time component is non zero : 2024-04-28 0";
+  std::vector<std::string> logged;
+  for (const std::string& line : linesOf(readLogs(folder_.path("logs")))) {
+    const std::size_t at = line.find(warning);
+    if (at != std::string::npos) logged.push_back(line.substr(at + warning.size(), 1));
+    if (line.find("is not an amount") != std::string::npos) logged.emplace_back("error");
+  }
+  EXPECT_THAT(logged, ElementsAre("1", "2", "3", "error"));
+
+  std::filesystem::remove_all(folder_.path("logs"));
+  odd[count - 1] = "E1,2024-04-28,pay,Sal\xFFry,1\n";
+  write(odd);
+  EXPECT_EQ(run().err, "payrun: " + folder_.path("items.csv") + ":40001:22: \"Sal\\xFFry\" is not UTF-8\n");
+  EXPECT_THAT(readLogs(folder_.path("logs")), Not(HasSubstr("non zero")));
 }
 
 }  // namespace

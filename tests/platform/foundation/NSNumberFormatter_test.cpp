@@ -243,6 +243,22 @@ TEST(NSNumberFormatter, ReadsIntoTheKindThatIsAskedFor) {
   EXPECT_EQ(formatter->numberFromString("99999999999999999999")->kind(), NSNumber::Kind::Double);
 }
 
+TEST(NSNumberFormatter, ReadsAPartOfALongerText) {
+  using namespace std::string_literals;
+  const std::string line = "pay,\u00A31,234.50,twelve,1\xFF,1\0,,"s;
+  const std::string_view whole = line;
+  const auto money = british("\u00A4#,##0.00"), words = british("0");
+  words->setNumberStyle(NSNumberFormatterSpellOutStyle);
+  EXPECT_EQ(money->numberFromString(whole.substr(4, 10)), NSNumber(dec("1234.5")));
+  EXPECT_EQ(money->numberFromString(whole.substr(4, 8)), NSNumber(dec("1234")));
+  EXPECT_EQ(money->numberFromString(std::string(whole.substr(4, 10))), NSNumber(dec("1234.5")));
+  EXPECT_EQ(words->numberFromString(whole.substr(15, 6)), NSNumber(12));
+  EXPECT_EQ(money->numberFromString(whole.substr(22, 2)), std::nullopt) << "not UTF-8";
+  EXPECT_EQ(money->numberFromString(whole.substr(25, 2)), std::nullopt) << "a character of number 0";
+  EXPECT_EQ(money->numberFromString(whole.substr(28, 0)), std::nullopt) << "empty";
+  EXPECT_EQ(money->numberFromString(std::string_view()), std::nullopt) << "empty";
+}
+
 TEST(NSNumberFormatter, RefusesWhatIsOutOfBoundsOrHasAFractionWhereNoneIsAllowed) {
   const auto formatter = british("#,##0.##");
   formatter->setMaximum(100);
