@@ -103,23 +103,20 @@ struct SmallQuotient {
 [[gnu::always_inline]] inline SmallQuotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
   const detail::Divisor divisor(b);  // takes longest, and does not depend on the next lines
   // After both are scaled to equally many digits, the quotient is between 0.1 and 10; below 1 it needs one more zero.
-  const int longer = detail::digitCount(a) - detail::digitCount(b);
-  UInt128 dividend = a * detail::powerOfTen(18 - longer);
+  const int added = 18 + detail::digitCount(b) - detail::digitCount(a);
+  UInt128 dividend = added < 20 ? detail::wideProduct(a, detail::powerOfTen64(added)) : a * detail::powerOfTen(added);
   const bool less = dividend < detail::wideProduct(b, detail::powersOfTen64[18]);
   dividend *= 1 + 9 * static_cast<unsigned>(less);  // a branch would be mispredicted half of the time
   dividend <<= divisor.shift();
 
-  SmallQuotient quotient{0, 18 - longer + static_cast<int>(less), 0, divisor.normal()};
-  const std::uint64_t first =
-      divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), quotient.remainder);
-  quotient.mantissa = first;
-  if (quotient.remainder != 0) [[likely]] {
-    const UInt128 next = detail::wideProduct(quotient.remainder, firstBeyondSmall);
-    const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), quotient.remainder);
-    quotient.mantissa = detail::wideProduct(first, firstBeyondSmall) + second;
-    quotient.digitsAdded += 19;
-  }
-  return quotient;
+  std::uint64_t remainder;
+  const std::uint64_t first = divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), remainder);
+  if (remainder == 0) [[unlikely]]
+    return {first, added + static_cast<int>(less), 0, divisor.normal()};
+  const UInt128 next = detail::wideProduct(remainder, firstBeyondSmall);
+  const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), remainder);
+  return {detail::wideProduct(first, firstBeyondSmall) + second, added + static_cast<int>(less) + 19, remainder,
+          divisor.normal()};
 }
 
 /// 38 digits, by one division of 256 by 128 bits.

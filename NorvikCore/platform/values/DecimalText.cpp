@@ -19,16 +19,17 @@ namespace {
 template <class Word>
 inline char* writeInWord(char* out, Word digits, int places) noexcept {
   constexpr int width = sizeof(Word);
-  const int skipped = std::min(bytesBefore(static_cast<Word>(digits & ~Word{0} / 0xFF * 0x0F)), width - 1 - places);
+  const int skipped = std::min(bytesBelow(static_cast<Word>(digits & everyByteOf<Word> * 0x0F)), width - 1 - places);
   digits >>= 8 * skipped;
-  if (places != 0) {
-    const Word point = Word{1} << 8 * (width - skipped - places);
-    out[width] = static_cast<char>(digits >> 8 * (width - 1));
-    digits = (digits & (point - 1)) | point * '.' | (digits & (0 - point)) << 8;
-    ++out;
+  char* const end = out + width - skipped;
+  if (places == 0) {
+    writeWord(out, digits);
+    return end;
   }
-  writeWord(out - (places != 0 ? 1 : 0), digits);
-  return out + width - skipped;
+  const Word point = Word{1} << 8 * (width - skipped - places);
+  writeWord(out, static_cast<Word>((digits & (point - 1)) | point * '.' | (digits & (0 - point)) << 8));
+  out[width] = static_cast<char>(digits >> 8 * (width - 1));
+  return end + 1;
 }
 
 /// The digits of a number, with zeros before them.
@@ -63,11 +64,11 @@ class Digits {
   /// Takes the digits at p, and returns their end.
   const char* takeRun(const char* p, const char* last) noexcept {
     for (;;) {
-      const std::uint64_t word = readWord(p, last - p);
-      const int length = bytesBefore(marksOfOthers(word));
+      const std::uint64_t digits = readWord(p, last - p) ^ everyByte * '0';
+      const int length = bytesBelow(marksOfOthers(digits));
       if (length == 0) return p;
       if (count_ + length <= Decimal::maximumDigits) {
-        const std::uint64_t number = numberOf(word << 8 * (8 - length));
+        const std::uint64_t number = numberOf(digits << 8 * (8 - length));
         count_ = mantissa_ == 0 ? digitCount(number) : count_ + length;
         mantissa_ = mantissa_ * powerOfTen64(length) + number;
         p += length;
@@ -115,40 +116,51 @@ const char* readExponent(const char* p, const char* last, std::int64_t& exponent
   return q;
 }
 
-/// Reads the whole text from p to `last`, digits[.digits]; false for any other text. The text has at least half of the
-/// characters of a word, and at most all.
-template <class Half, class Word>
-inline bool readInWord(const char* p, const char* last, bool negative, Decimal& value) noexcept {
-  constexpr int width = sizeof(Word);
-  Word word = readPadded<Half, Word>(p, last - p);
-  int places = 0;
-  if (const Word others = marksOfOthers(word); others != 0) {
-    const int before = bytesBefore(others);
-    const char* const point = last - (width - before);
-    if ((others & (others - 1)) != 0 || *point != '.' || point == p) return false;
-    const Word below = (others >> 7) - 1;
-    word = (word & below) << 8 | '0' | (word & ~below << 8);
-    places = width - 1 - before;
-  }
-  const std::uint64_t mantissa = numberOf(word);
-  value = DecimalAccess::make(mantissa, -places, negative & (mantissa != 0));  // not &&: signs are not predictable
-  return true;
-}
-
-/// The rarer length, not inlined, so that the usual one uses few registers.
-[[gnu::noinline]] bool readSixteen(const char* p, const char* last, bool negative, Decimal& value) noexcept {
-  return last - p > 8 && last - p <= 16 && readInWord<std::uint64_t, UInt128>(p, last, negative, value);
-}
-
-/// The fast path for most texts: true if the whole text is [-]digits[.digits], of four to 16 characters after the sign.
+/// The fast path for most texts: true if the whole text is [-]digits[.digits], of four to eight characters after the
+/// sign.
 [[gnu::always_inline]] inline bool readShort(const char* first, const char* last, Decimal& value) noexcept {
   if (first == last) return false;
   const bool negative = *first == '-';
   const char* const p = first + static_cast<std::ptrdiff_t>(negative);
-  if (static_cast<std::size_t>(last - p - 4) > 4u) return readSixteen(p, last, negative, value);
-  return readInWord<std::uint32_t, std::uint64_t>(p, last, negative, value);
+  if (static_cast<std::size_t>(last - p - 4) > 4u) return false;
+  std::uint64_t digits = readDigits(p, last - p);
+  int places = 0;
+  if (const std::uint64_t others = marksOfOthers(digits); others != 0) {
+    places = bytesAbove(others);
+    const char* const point = last - 1 - places;
+    if ((others & (others - 1)) != 0 || *point != '.' || point == p) return false;
+    const std::uint64_t below = (others >> 7) - 1;
+    digits = (digits & below) << 8 | (digits & ~below << 8);  // without the point
+  }
+  const std::uint64_t mantissa = numberOf(digits);
+  value = DecimalAccess::make(mantissa, -places, negative & (mantissa != 0));  // not &&: signs are not predictable
+  return true;
 }
 
+constexpr std::ptrdiff_t longestPlain = 20;
+
+/// The next path: [-]digits[.digits] with up to 18 digits and no E after them. Null for all others.
+inline const char* readPlain(const char* first, const char* last, Decimal& value) noexcept {
+  const char* p = first;
+  const bool negative = p != last && *p == '-';
+  if (negative) ++p;
+  const char* const whole = p;
+  std::uint64_t mantissa = 0;
+  for (; digitAt(p, last); ++p) mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+  std::ptrdiff_t digits = p - whole, places = 0;
+  if (digits == 0) return nullptr;
+  if (p != last && *p == '.') {
+    const char* const fraction = ++p;
+    for (; digitAt(p, last); ++p) mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+    places = p - fraction;
+    digits += places;
+  }
+  if (digits > 18 || (p != last && (*p == 'E' || *p == 'e'))) return nullptr;
+  value = DecimalAccess::make(mantissa, static_cast<int>(-places), negative && mantissa != 0);
+  return p;
+}
+
+/// The path for all texts, not inlined, so that the others use few registers.
 [[gnu::noinline]] ReadResult readAny(const char* first, const char* last, Decimal& value) noexcept {
   const char* p = first;
   const bool negative = p != last && *p == '-';
@@ -235,6 +247,7 @@ char* writeDecimal(char* out, const Decimal& value) noexcept {
 
 ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept {
   if (readShort(first, last, value)) return {last, ReadOutcome::number};
+  if (const char* const end = readPlain(first, last, value)) return {end, ReadOutcome::number};
   return readAny(first, last, value);
 }
 
@@ -253,32 +266,33 @@ inline std::string shortText(const Decimal& value) {
   return {text, detail::writeAny(text, value)};
 }
 
-[[gnu::noinline]] std::optional<Decimal> parseSlowly(std::string_view text) noexcept {
+/// Reads a whole text for which readShort() was false, with an optional plus sign; false if it is not a number.
+[[gnu::noinline]] bool readWhole(std::string_view text, Decimal& value) noexcept {
   const char* first = text.data();
   const char* const last = first + text.size();
   if (first != last && *first == '+') {
     ++first;
-    if (first != last && *first != '.' && !detail::digitAt(first, last)) return std::nullopt;
+    if (first != last && *first != '.' && !detail::digitAt(first, last)) return false;
   }
-  Decimal value;
-  const detail::ReadResult result = detail::readDecimal(first, last, value);
-  if (result.outcome != detail::ReadOutcome::number || result.end != last) return std::nullopt;
-  return value;
+  if (last - first <= detail::longestPlain) {
+    if (const char* const end = detail::readPlain(first, last, value)) return end == last;
+  }
+  const detail::ReadResult result = detail::readAny(first, last, value);
+  return result.outcome == detail::ReadOutcome::number && result.end == last;
 }
 
 }  // namespace
 
 std::optional<Decimal> Decimal::parse(std::string_view text) noexcept {
   std::optional<Decimal> value(std::in_place);
-  if (!detail::readShort(text.data(), text.data() + text.size(), *value)) [[unlikely]]
-    value = parseSlowly(text);
+  if (!detail::readShort(text.data(), text.data() + text.size(), *value) && !readWhole(text, *value)) value.reset();
   return value;
 }
 
 Decimal Decimal::decimalNumberWithString(std::string_view text) noexcept {
   Decimal value;
-  if (!detail::readShort(text.data(), text.data() + text.size(), value)) [[unlikely]]
-    value = parseSlowly(text).value_or(notANumber());
+  if (!detail::readShort(text.data(), text.data() + text.size(), value) && !readWhole(text, value))
+    value = notANumber();
   return value;
 }
 

@@ -1,4 +1,5 @@
-// NorvikCore/platform/values/internal/EightDigits.h - reads and writes eight or sixteen decimal digits in one word.
+// NorvikCore/platform/values/internal/EightDigits.h - reads eight decimal digits in one word, and writes eight
+// or sixteen.
 //
 // A word holds one character in each byte, the first in the lowest, whatever the machine's order of bytes is. Three
 // multiplications combine neighbours: digits to pairs, pairs to fours, and fours to eight. Writing divides in the
@@ -14,40 +15,37 @@
 
 namespace norvik::detail {
 
-inline constexpr std::uint64_t everyByte = 0x0101'0101'0101'0101;
+template <class Word>
+inline constexpr Word everyByteOf = ~Word{0} / 0xFF;  // 1 in every byte
+inline constexpr std::uint64_t everyByte = everyByteOf<std::uint64_t>;
 
 inline std::uint64_t inByteOrder(std::uint64_t word) noexcept {
   if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
   return word;
 }
 
-template <class Half>
-inline Half readHalf(const char* p) noexcept {
-  Half half = 0;
-  std::memcpy(&half, p, sizeof half);
-  if constexpr (std::endian::native == std::endian::big)
-    half = sizeof half == 8 ? __builtin_bswap64(half) : __builtin_bswap32(half);
+inline std::uint64_t readFour(const char* p) noexcept {
+  std::uint32_t half = 0;
+  std::memcpy(&half, p, 4);
+  if constexpr (std::endian::native == std::endian::big) half = __builtin_bswap32(half);
   return half;
 }
 
 /// The first `count` characters at p, at most eight; the bytes above them are 0.
 inline std::uint64_t readWord(const char* p, std::ptrdiff_t count) noexcept {
-  if (count >= 8) return readHalf<std::uint64_t>(p);
-  if (count >= 4) {  // two halves, which may overlap
-    return readHalf<std::uint32_t>(p) | std::uint64_t{readHalf<std::uint32_t>(p + count - 4)} << 8 * (count - 4);
-  }
+  if (count >= 8) return readFour(p) | readFour(p + 4) << 32;
+  if (count >= 4) return readFour(p) | readFour(p + count - 4) << 8 * (count - 4);  // they may overlap
   const auto byte = [p](std::ptrdiff_t i) { return static_cast<std::uint64_t>(static_cast<unsigned char>(p[i])); };
   if (count <= 0) return 0;
   return byte(0) | byte(count / 2) << 8 * (count / 2) | byte(count - 1) << 8 * (count - 1);
 }
 
-/// Characters in the upper bytes of a word, and the character 0 in the bytes below: half of the word's size or more.
-template <class Half, class Word>
-inline Word readPadded(const char* p, std::ptrdiff_t count) noexcept {
-  const auto empty = 8 * (static_cast<std::ptrdiff_t>(sizeof(Word)) - count);
-  const Word zeros = ((Word{1} << empty) - 1) & (~Word{0} / 0xFF * '0');
-  const auto last = static_cast<Word>(readHalf<Half>(p + count - static_cast<std::ptrdiff_t>(sizeof(Half))));
-  return zeros | static_cast<Word>(readHalf<Half>(p)) << empty | last << 8 * sizeof(Half);  // they may overlap
+/// Four to eight characters without the '0' of a digit, in the upper bytes of a word above zeros. Characters other than
+/// digits become greater than 9.
+inline std::uint64_t readDigits(const char* p, std::ptrdiff_t count) noexcept {
+  const std::ptrdiff_t empty = 8 * (8 - count);
+  const std::uint64_t text = readFour(p) << empty | readFour(p + count - 4) << 32;  // they may overlap
+  return (text ^ everyByte * '0') & ~std::uint64_t{0} << empty;
 }
 
 inline void writeWord(char* out, std::uint64_t word) noexcept {
@@ -59,29 +57,24 @@ inline void writeWord(char* out, UInt128 word) noexcept {
   writeWord(out + 8, high64(word));
 }
 
-/// The top bit of every byte that is no digit.
-template <class Word>
-inline Word marksOfOthers(Word word) noexcept {
-  constexpr Word each = ~Word{0} / 0xFF;
-  const Word digits = word ^ each * '0';  // 0 to 9 for digits, and more for all others
-  return (((digits & each * 0x7F) + each * (0x7F - 9)) | digits) & each * 0x80;
+/// The top bit of every byte that is greater than 9.
+inline std::uint64_t marksOfOthers(std::uint64_t digits) noexcept {
+  return (((digits & everyByte * 0x7F) + everyByte * (0x7F - 9)) | digits) & everyByte * 0x80;
 }
 
-/// How many bytes are below the first mark.
-inline int bytesBefore(std::uint64_t marks) noexcept { return std::countr_zero(marks) / 8; }
-inline int bytesBefore(UInt128 marks) noexcept {
-  return low64(marks) != 0 ? bytesBefore(low64(marks)) : 8 + bytesBefore(high64(marks));
+/// How many bytes are below the first one that is not 0.
+inline int bytesBelow(std::uint64_t word) noexcept { return std::countr_zero(word) / 8; }
+inline int bytesBelow(UInt128 word) noexcept {
+  return low64(word) != 0 ? bytesBelow(low64(word)) : 8 + bytesBelow(high64(word));
 }
+/// How many bytes are above the last one that is not 0.
+inline int bytesAbove(std::uint64_t word) noexcept { return std::countl_zero(word) / 8; }
 
-/// The number that a word of digits writes.
-inline std::uint64_t numberOf(std::uint64_t word) noexcept {
-  word &= everyByte * 0x0F;
-  word = (word * 10 + (word >> 8)) & 0x00FF'00FF'00FF'00FF;
-  word = (word * 100 + (word >> 16)) & 0x0000'FFFF'0000'FFFF;
-  return (word * 10'000 + (word >> 32)) & 0xFFFF'FFFF;
-}
-inline std::uint64_t numberOf(UInt128 word) noexcept {
-  return numberOf(low64(word)) * 100'000'000 + numberOf(high64(word));
+/// The number of which a word has the digits.
+inline std::uint64_t numberOf(std::uint64_t digits) noexcept {
+  digits = (digits * 10 + (digits >> 8)) & 0x00FF'00FF'00FF'00FF;
+  digits = (digits * 100 + (digits >> 16)) & 0x0000'FFFF'0000'FFFF;
+  return (digits * 10'000 + (digits >> 32)) & 0xFFFF'FFFF;
 }
 
 /// The eight digits, with leading zeros, of a number below 10^8.
