@@ -2,7 +2,8 @@
 //
 // An input that starts with '=' is a text to read. Any other input is an operation: operator (+ - * / or r to round),
 // mode (0 to 3), scale, and two numbers such as -123E-2, separated by spaces: "/0 2 100E-2 3E0". Each operation runs
-// once with a handler that raises an exception for no error, and once with a handler that raises one for every error.
+// once with a handler that raises an exception for no error, and once with a handler that raises one for every error;
+// + - * and / also as an operator of the language.
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -52,6 +53,18 @@ void readText(const std::string& text) {
   if (!value) return;
   const auto again = Decimal::parse(value->stringValue());
   if (!again || *again != *value || again->hash() != value->hash()) differs(text, *value, "a text that reads back");
+}
+
+/// An operator rounds to 38 digits, plain, and raises every fault.
+template <class Operation>
+void checkOperator(const std::string& input, Operation operation, const model::Result& expected) {
+  try {
+    const Decimal ours = operation();
+    if (expected.outcome != model::Outcome::number) differs(input, ours, "an exception");
+    check(input, ours, expected);
+  } catch (const NSException&) {
+    if (expected.outcome == model::Outcome::number) differs(input, Decimal(), model::print(expected.number));
+  }
 }
 
 /// Reads digits, an E and an exponent, limited to the range of a number.
@@ -114,17 +127,29 @@ void operate(const std::string& input) {
     if (raised != faultOf(expected)) differs(input, result, "\"" + faultOf(expected) + "\", not \"" + raised + "\"");
     if (raised.empty()) check(input, result, expected);
   };
+  constexpr auto plain = model::Mode::plain;
   switch (operation) {
     case '+':
+      checkOperator(
+          input, [&] { return a.decimal + b.decimal; },
+          model::round(model::add(a.number, b.number), plain, model::noScale));
       return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByAdding(b.decimal, handler); },
                        model::round(model::add(a.number, b.number), paper, scale));
     case '-':
+      checkOperator(
+          input, [&] { return a.decimal - b.decimal; },
+          model::round(model::add(a.number, minus), plain, model::noScale));
       return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberBySubtracting(b.decimal, handler); },
                        model::round(model::add(a.number, minus), paper, scale));
     case '*':
+      checkOperator(
+          input, [&] { return a.decimal * b.decimal; },
+          model::round(model::multiply(a.number, b.number), plain, model::noScale));
       return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByMultiplyingBy(b.decimal, handler); },
                        model::round(model::multiply(a.number, b.number), paper, scale));
     case '/':
+      checkOperator(
+          input, [&] { return a.decimal / b.decimal; }, model::divide(a.number, b.number, plain, model::noScale));
       return checkBoth([&](const auto& handler) { return a.decimal.decimalNumberByDividingBy(b.decimal, handler); },
                        model::divide(a.number, b.number, paper, scale));
     case 'r':

@@ -66,7 +66,9 @@ constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) noexcept { re
 constexpr std::int64_t floorModulo(std::int64_t a, std::int64_t b) noexcept { return a % b + (a % b < 0 ? b : 0); }
 
 constexpr std::int64_t clamped(std::int64_t value, std::int64_t bound) noexcept {
-  return value > bound ? bound : value < -bound ? -bound : value;
+  if (value <= bound && value >= -bound) [[likely]]
+    return value;
+  return value > bound ? bound : -bound;
 }
 
 /// The sum; if it overflows, the end of the type's range.
@@ -89,22 +91,35 @@ constexpr std::int64_t wholeSeconds(Date date) noexcept {
   return whole - (static_cast<double>(whole) > seconds);
 }
 
-/// The date of a day that is counted from 0000-03-01 and is below 2^30. Centuries, years and months are computed by
-/// multiplications and shifts. The year starts in March, so that the leap day is its last day and month lengths follow
-/// a straight line.
+/// The day of a second within the range. The dividend is shifted to be positive, so that the division rounds down.
+constexpr std::int64_t dayOfSecond(std::int64_t second) noexcept {
+  constexpr std::int64_t offset = maximalReferenceDay * secondsPerDay;
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(second + offset) / secondsPerDay) - maximalReferenceDay;
+}
+
+__extension__ typedef unsigned __int128 UInt128;
+
+constexpr std::uint64_t upperHalf(UInt128 product) noexcept { return static_cast<std::uint64_t>(product >> 64); }
+
+/// The date of a day that is counted from 0000-03-01 and is below 2^30. The year starts in March, so that the leap day
+/// is its last day. After B. Joffe, the days are counted backwards from the last day of a February: then the century
+/// and the year of a day are quotients without a correction, and multiplications with reciprocals find them. The lower
+/// half of the year's product is the fraction of the year, here in parts of which 2048 are an average month. All 2^30
+/// results have been compared with a calendar that goes on from day to day.
 constexpr CivilDate dateFromShiftedDay(std::uint32_t shiftedDay, std::int64_t yearOffset) noexcept {
-  const std::uint32_t quarterDays = 4 * shiftedDay + 3;
-  const std::uint32_t century = quarterDays / 146'097;
-  const std::uint32_t quarterDayOfCentury = quarterDays % 146'097 | 3;
-  const std::uint64_t scaled = std::uint64_t{2'939'745} * quarterDayOfCentury;
-  const auto yearOfCentury = static_cast<std::uint32_t>(scaled >> 32);
-  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(scaled) / 2'939'745 / 4;
-  const std::uint32_t scaledMonth = 2'141 * dayOfYear + 197'913;
-  const std::uint32_t month = scaledMonth >> 16;
-  const std::uint32_t day = (scaledMonth & 0xFFFF) / 2'141;
-  const bool isNextYear = dayOfYear >= 306;
-  return {yearOffset + 100 * std::int64_t{century} + yearOfCentury + isNextYear,
-          static_cast<std::int32_t>(isNextYear ? month - 12 : month), static_cast<std::int32_t>(day + 1)};
+  constexpr std::uint64_t cycles = 7'350, partsPerMonth = 2'048;
+  constexpr UInt128 perCentury = 505'054'698'555'331;   // 2^64 / 36524.25
+  constexpr UInt128 perYear = 50'504'432'782'230'121;   // 2^64 / 365.25
+  constexpr UInt128 perPart = 275'839'163'718'701'312;  // 2^64 / 66.875, the parts of a day
+  const std::uint64_t daysBack = cycles * daysPerCycle - 1 - shiftedDay;
+  const std::uint64_t centuries = upperHalf(perCentury * daysBack);
+  const UInt128 years = perYear * (daysBack + centuries - centuries / 4);  // as if every fourth year were a leap year
+  const std::uint64_t year = 400 * cycles - 1 - upperHalf(years);
+  const auto partsBack = static_cast<std::uint32_t>(upperHalf(UInt128{24'451} * static_cast<std::uint64_t>(years)));
+  const bool isNextYear = partsBack < 3'952;  // January or February
+  const std::uint32_t parts = static_cast<std::uint32_t>(year % 4) * 16 + (isNextYear ? 5'980 : 30'556) - partsBack;
+  return {static_cast<std::int64_t>(year + isNextYear) + yearOffset, static_cast<std::int32_t>(parts / partsPerMonth),
+          static_cast<std::int32_t>(upperHalf(perPart * (parts % partsPerMonth))) + 1};
 }
 
 inline constexpr std::int64_t dayOfYearZeroMarch = -730'791;  // 0000-03-01 as a reference day
@@ -134,17 +149,23 @@ inline constexpr std::int64_t fastCycles = 3'000;             // 1.2 million yea
 
 /// The day that `date` falls on in UTC.
 [[nodiscard]] constexpr std::int64_t referenceDay(Date date) noexcept {
-  return detail::floorDivide(detail::wholeSeconds(date), detail::secondsPerDay);
+  const double seconds = detail::instantInRange(date.timeIntervalSinceReferenceDate());
+  const auto whole = static_cast<std::int64_t>(seconds);  // rounded towards 0, which is right except before a midnight
+  const std::int64_t day = detail::dayOfSecond(whole);
+  if ((whole == day * detail::secondsPerDay) & (seconds < static_cast<double>(whole))) [[unlikely]]
+    return day - 1;
+  return day;
 }
 
 /// The day of an existing date; the year is within 95 million.
 [[nodiscard]] constexpr std::int64_t referenceDay(std::int64_t year, std::int32_t month, std::int32_t day) noexcept {
   constexpr std::int64_t offset = 400 * 250'000;  // makes every year positive, so that division rounds down
   const bool endsYear = month <= 2;
-  const auto marchYear = static_cast<std::uint64_t>(year + offset - endsYear);
-  const auto marchMonth = static_cast<std::uint32_t>(endsYear ? month + 12 : month);
-  const std::uint64_t century = marchYear / 100;
-  const std::uint64_t days = 1461 * marchYear / 4 - century + century / 4 + (979 * marchMonth - 2919) / 32;
+  const auto marchYear = static_cast<std::uint32_t>(year + offset - endsYear);
+  const auto marchMonth = static_cast<std::uint32_t>(month + 12 * endsYear);
+  const std::uint32_t century = marchYear / 100;
+  const std::uint64_t days =
+      std::uint64_t{1461} * marchYear / 4 - century + century / 4 + (979 * marchMonth - 2919) / 32;
   return static_cast<std::int64_t>(days) + day - 1 - (offset / 400 * detail::daysPerCycle - detail::dayOfYearZeroMarch);
 }
 
@@ -183,7 +204,7 @@ constexpr CivilDate normalizedMonth(std::int64_t year, std::int64_t month) noexc
 [[nodiscard]] constexpr CivilDateTime civilDateTime(Date date) noexcept {
   const double instant = detail::instantInRange(date.timeIntervalSinceReferenceDate());
   const std::int64_t seconds = detail::wholeSeconds(date);
-  const std::int64_t day = detail::floorDivide(seconds, detail::secondsPerDay);
+  const std::int64_t day = detail::dayOfSecond(seconds);
   const auto secondOfDay = static_cast<std::int32_t>(seconds - day * detail::secondsPerDay);
   const double fraction = (instant - static_cast<double>(seconds)) * 1e9;
   return {civilDate(day),

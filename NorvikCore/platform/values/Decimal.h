@@ -46,6 +46,18 @@ __extension__ typedef unsigned __int128 UInt128;
 __extension__ typedef __int128 Int128;
 struct DecimalAccess;
 
+/// What aligns a mantissa whose exponent is greater by n: 10^n for n from 1 to 18, and 1 for n from -18 to 0.
+struct AlignmentFactors {
+  constexpr AlignmentFactors() noexcept {
+    for (int n = -18; n <= 18; ++n) factors[n + 18] = n <= 0 ? 1 : factors[n + 17] * 10;
+  }
+  constexpr std::int64_t operator[](int n) const noexcept { return factors[n + 18]; }
+
+  std::int64_t factors[37] = {};
+};
+// Hidden, because a shared object with a unique symbol stays in memory after dlclose().
+[[gnu::visibility("hidden")]] inline constexpr AlignmentFactors alignmentFactors;
+
 /// Not constexpr, so a constant that calls it does not compile and the error names this function.
 inline void thisConstantNeedsMoreThan38DigitsOrAnExponentOutOfRange() noexcept {}
 }  // namespace detail
@@ -156,7 +168,7 @@ class NK_EXPORT Decimal {
 
   [[nodiscard]] friend constexpr Decimal operator+(const Decimal& a, const Decimal& b) {
     if (!alike(a, b)) [[unlikely]]
-      return std::is_constant_evaluated() ? addConstants(a, b) : addWide(a, b);
+      return std::is_constant_evaluated() ? addConstants(a, b) : addUnlike(a, b);
     const std::int64_t sum = a.smallValue() + b.smallValue(), sign = sum >> 63;
     return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign),
                    static_cast<std::uint32_t>(a.signAndExponent_) | (static_cast<std::uint64_t>(sum) & signBit));
@@ -243,6 +255,20 @@ class NK_EXPORT Decimal {
   /// Has the order of smallValue(), because no zero is negative: a negative value is one less, which saves a step.
   [[nodiscard]] constexpr std::int64_t smallOrder() const noexcept {
     return static_cast<std::int64_t>(low_) ^ static_cast<std::int64_t>(signAndExponent_) >> 63;
+  }
+  /// Amounts and rates: numbers below 2^42 units whose exponents differ by at most 6 have a sum below 2^63 units.
+  static Decimal addUnlike(const Decimal& a, const Decimal& b) {
+    constexpr int mostShift = 6;
+    const int shift = a.exponent() - b.exponent();
+    if ((a.high_ | b.high_ | (a.low_ | b.low_) >> 42) != 0 || static_cast<unsigned>(shift + mostShift) > 2u * mostShift)
+        [[unlikely]]
+      return addWide(a, b);
+    const std::int64_t sum =
+        a.smallValue() * detail::alignmentFactors[shift] + b.smallValue() * detail::alignmentFactors[-shift];
+    const std::int64_t sign = sum >> 63;
+    return Decimal(0, static_cast<std::uint64_t>((sum ^ sign) - sign),
+                   static_cast<std::uint32_t>(shift > 0 ? b.exponent() : a.exponent()) |
+                       (static_cast<std::uint64_t>(sum) & signBit));
   }
   static Decimal addWide(const Decimal& a, const Decimal& b);
   static Decimal multiplyWide(const Decimal& a, const Decimal& b);

@@ -103,23 +103,20 @@ struct SmallQuotient {
 [[gnu::always_inline]] inline SmallQuotient divideSmall(std::uint64_t a, std::uint64_t b) noexcept {
   const detail::Divisor divisor(b);  // takes longest, and does not depend on the next lines
   // After both are scaled to equally many digits, the quotient is between 0.1 and 10; below 1 it needs one more zero.
-  const int longer = detail::digitCount(a) - detail::digitCount(b);
-  UInt128 dividend = a * detail::powerOfTen(18 - longer);
+  const int added = 18 + detail::digitCount(b) - detail::digitCount(a);
+  UInt128 dividend = added < 20 ? detail::wideProduct(a, detail::powerOfTen64(added)) : a * detail::powerOfTen(added);
   const bool less = dividend < detail::wideProduct(b, detail::powersOfTen64[18]);
   dividend *= 1 + 9 * static_cast<unsigned>(less);  // a branch would be mispredicted half of the time
   dividend <<= divisor.shift();
 
-  SmallQuotient quotient{0, 18 - longer + static_cast<int>(less), 0, divisor.normal()};
-  const std::uint64_t first =
-      divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), quotient.remainder);
-  quotient.mantissa = first;
-  if (quotient.remainder != 0) [[likely]] {
-    const UInt128 next = detail::wideProduct(quotient.remainder, firstBeyondSmall);
-    const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), quotient.remainder);
-    quotient.mantissa = detail::wideProduct(first, firstBeyondSmall) + second;
-    quotient.digitsAdded += 19;
-  }
-  return quotient;
+  std::uint64_t remainder;
+  const std::uint64_t first = divisor.divideShifted(detail::high64(dividend), detail::low64(dividend), remainder);
+  if (remainder == 0) [[unlikely]]
+    return {first, added + static_cast<int>(less), 0, divisor.normal()};
+  const UInt128 next = detail::wideProduct(remainder, firstBeyondSmall);
+  const std::uint64_t second = divisor.divideShifted(detail::high64(next), detail::low64(next), remainder);
+  return {detail::wideProduct(first, firstBeyondSmall) + second, added + static_cast<int>(less) + 19, remainder,
+          divisor.normal()};
 }
 
 /// 38 digits, by one division of 256 by 128 bits.
@@ -153,7 +150,7 @@ Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandle
                         a.isNegative() != b.isNegative(), behavior);
 }
 
-// The rarer paths of Decimal::divide, not inlined so that it uses few registers.
+// The rarer paths of division and rounding, not inlined so that the common ones use few registers.
 
 [[gnu::noinline]] Decimal divideBySlowly(const Decimal& a, const Decimal& b) { return divideBy(a, b, plain()); }
 
@@ -167,6 +164,31 @@ Decimal divideBy(const Decimal& a, const Decimal& b, const NSDecimalNumberHandle
   int left = added;
   strip(mantissa, left);
   return detail::settle(mantissa, Tail::none, exponent + added - left, negative, plain());
+}
+
+template <class Word>
+Decimal rounded(Word mantissa, int drop, const Decimal& number, const NSDecimalNumberHandler& behavior) noexcept {
+  Word remainder;
+  Word kept = detail::divideByPowerOfTen(mantissa, drop, remainder);
+  const auto divisor = static_cast<Word>(powerOfTen(drop));
+  if (behavior.roundingMode() == NSRoundPlain) {
+    kept += static_cast<Word>(remainder >= divisor - remainder);
+  } else {
+    const Tail tail = detail::tailOf(remainder, divisor, Tail::none);
+    kept += detail::roundsAway(behavior.roundingMode(), tail, number.isNegative(), (kept & 1) != 0) ? 1u : 0u;
+  }
+  return DecimalAccess::make(kept, -behavior.scale(), number.isNegative() && kept != 0);
+}
+
+[[gnu::noinline]] Decimal roundSlowly(const Decimal& number, const NSDecimalNumberHandler& behavior) {
+  const int scale = behavior.scale(), drop = -scale - number.exponent();
+  if (scale == NSDecimalNoScale || drop <= 0 || number.isNaN()) return number;
+  const UInt128 mantissa = DecimalAccess::mantissa(number);
+  if (drop > Decimal::maximumDigits || scale < -Decimal::maximumExponent) {
+    return detail::settle(mantissa, Tail::none, number.exponent(), number.isNegative(), behavior);
+  }
+  if (detail::high64(mantissa) == 0 && drop <= 19) return rounded(detail::low64(mantissa), drop, number, behavior);
+  return rounded(mantissa, drop, number, behavior);
 }
 
 }  // namespace
@@ -225,17 +247,14 @@ Decimal Decimal::decimalNumberByRaisingToPower(std::uint64_t power, const NSDeci
 }
 
 Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const NSDecimalNumberHandler& behavior) const {
-  const int scale = behavior.scale();
-  const int drop = -scale - exponent();
-  if (scale == NSDecimalNoScale || drop <= 0 || isNaN()) return *this;
-  if (high_ == 0 && drop <= 19 && -scale <= maximumExponent) [[likely]] {
-    std::uint64_t remainder;
-    std::uint64_t kept = detail::tenDivisor(drop).divide(0, low_, remainder);
-    const Tail tail = detail::tailOf(remainder, detail::powerOfTen64(drop), Tail::none);
-    kept += detail::roundsAway(behavior.roundingMode(), tail, isNegative(), (kept & 1) != 0) ? 1u : 0u;
-    return Decimal(0, kept, -scale, isNegative() && kept != 0);
-  }
-  return detail::settle(DecimalAccess::mantissa(*this), Tail::none, exponent(), isNegative(), behavior);
+  const int scale = behavior.scale(), drop = -scale - exponent();
+  if (high_ != 0 || static_cast<unsigned>(drop - 1) >= 19u || scale < -maximumExponent ||
+      behavior.roundingMode() != NSRoundPlain) [[unlikely]]
+    return roundSlowly(*this, behavior);
+  std::uint64_t remainder;
+  std::uint64_t kept = detail::divideByPowerOfTen(low_, drop, remainder);
+  kept += static_cast<std::uint64_t>(remainder >= detail::powerOfTen64(drop) - remainder);  // a branch would mispredict
+  return Decimal(0, kept, static_cast<std::uint32_t>(-scale) | (signAndExponent_ & (kept != 0 ? signBit : 0)));
 }
 
 Decimal Decimal::round(int places, NSRoundingMode mode) const {

@@ -10,7 +10,7 @@ Decimal DecimalSum::value() const noexcept {
 
 void DecimalSum::addWide(const Decimal& number) {
   const int shift = number.exponent() - exponent_;
-  if (number.high_ == 0 && exponent_ != noExponent && shift > 0 && shift <= detail::longestAlignment) {
+  if (number.high_ == 0 && exponent_ != noExponent && shift >= 0 && shift <= detail::longestAlignment) {
     const detail::Int128 sum = total_ + detail::alignedMantissa(number, shift);
     if (fits(sum)) {
       total_ = sum;

@@ -23,9 +23,11 @@ class NK_EXPORT DecimalSum {
   DecimalSum() noexcept = default;
 
   DecimalSum& operator+=(const Decimal& number) {
-    if (number.high_ == 0 && number.exponent() == exponent_) [[likely]] {
-      const auto mask = 0 - static_cast<detail::UInt128>(number.isNegative());
-      const detail::Int128 sum = total_ + static_cast<detail::Int128>((number.low_ ^ mask) - mask);
+    // One path for all exponents that are not smaller: a branch for the equal ones would be mispredicted.
+    const int shift = number.exponent() - exponent_;
+    if ((number.high_ | number.low_ >> 63) == 0 && static_cast<unsigned>(shift) <= 18u) [[likely]] {
+      const detail::Int128 sum =
+          total_ + static_cast<detail::Int128>(number.smallValue()) * detail::alignmentFactors[shift];
       if (fits(sum)) [[likely]] {
         total_ = sum;
         return *this;

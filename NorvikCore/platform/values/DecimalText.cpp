@@ -3,7 +3,7 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/Decimal_charconv.h"
 #include "NorvikCore/platform/values/internal/DecimalRounding.h"
-#include "NorvikCore/platform/values/internal/DigitPairs.h"
+#include "NorvikCore/platform/values/internal/EightDigits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,15 +14,42 @@ namespace norvik {
 namespace detail {
 namespace {
 
-/// Writes exactly `count` digits of n, with leading zeros, so that they end at `end`.
-void writeBackwards(char* end, std::uint64_t n, int count) noexcept {
-  for (; count >= 2; count -= 2) {
-    end -= 2;
-    writeDigitPair(end, n % 100);
-    n /= 100;
+/// Writes the number in a word of digits without its leading zeros, with a point before the last `places`, fewer than
+/// the word has. Returns its end. Writes one character more than the word has, so some after the end may change.
+template <class Word>
+inline char* writeInWord(char* out, Word digits, int places) noexcept {
+  constexpr int width = sizeof(Word);
+  const int skipped = std::min(bytesBelow(static_cast<Word>(digits & everyByteOf<Word> * 0x0F)), width - 1 - places);
+  digits >>= 8 * skipped;
+  char* const end = out + width - skipped;
+  if (places == 0) {
+    writeWord(out, digits);
+    return end;
   }
-  if (count == 1) end[-1] = static_cast<char>('0' + n % 10);
+  const Word point = Word{1} << 8 * (width - skipped - places);
+  writeWord(out, static_cast<Word>((digits & (point - 1)) | point * '.' | (digits & (0 - point)) << 8));
+  out[width] = static_cast<char>(digits >> 8 * (width - 1));
+  return end + 1;
 }
+
+/// The digits of a number, with zeros before them.
+class PaddedDigits {
+ public:
+  explicit PaddedDigits(UInt128 number) noexcept {
+    char* p = std::end(text_);
+    constexpr UInt128 limit = powersOfTen64[16];
+    for (; number >= limit; p -= 16) {
+      UInt128 lower;
+      number = divideByPowerOfTen(number, 16, lower);
+      writeWord(p - 16, sixteenDigits(low64(lower)));
+    }
+    writeWord(p - 16, sixteenDigits(low64(number)));
+  }
+  [[nodiscard]] const char* last(int count) const noexcept { return std::end(text_) - count; }
+
+ private:
+  char text_[48];
+};
 
 constexpr NSDecimalNumberHandler neverRaises(NSDecimalNumberHandler::Settings{.raiseOnOverflow = false,
                                                                               .raiseOnUnderflow = false});
@@ -34,31 +61,44 @@ bool digitAt(const char* p, const char* last) noexcept {
 /// The digits of a number that is being read: 38 are kept, and of the others only what rounding needs.
 class Digits {
  public:
-  void take(unsigned digit) noexcept {
-    if (count_ < 19) {
-      head_ = head_ * 10 + digit;
-      count_ += head_ != 0 ? 1 : 0;
-    } else if (count_ < Decimal::maximumDigits) {
-      rest_ = rest_ * 10 + digit;
-      ++count_;
-    } else {
-      if (dropped_ == 0) {
-        tail_ = digit > 5 ? Tail::aboveHalf : digit == 5 ? Tail::half : digit > 0 ? Tail::belowHalf : Tail::none;
-      } else if (digit != 0 && (tail_ == Tail::none || tail_ == Tail::half)) {
-        tail_ = tail_ == Tail::none ? Tail::belowHalf : Tail::aboveHalf;
+  /// Takes the digits at p, and returns their end.
+  const char* takeRun(const char* p, const char* last) noexcept {
+    for (;;) {
+      const std::uint64_t digits = readWord(p, last - p) ^ everyByte * '0';
+      const int length = bytesBelow(marksOfOthers(digits));
+      if (length == 0) return p;
+      if (count_ + length <= Decimal::maximumDigits) {
+        const std::uint64_t number = numberOf(digits << 8 * (8 - length));
+        count_ = mantissa_ == 0 ? digitCount(number) : count_ + length;
+        mantissa_ = mantissa_ * powerOfTen64(length) + number;
+        p += length;
+      } else {
+        for (const char* const end = p + length; p != end; ++p) take(static_cast<unsigned>(*p - '0'));
       }
-      ++dropped_;
+      if (length < 8) return p;
     }
   }
-  [[nodiscard]] UInt128 mantissa() const noexcept {
-    return count_ <= 19 ? head_ : static_cast<UInt128>(head_) * powerOfTen64(count_ - 19) + rest_;
-  }
+  [[nodiscard]] UInt128 mantissa() const noexcept { return mantissa_; }
   [[nodiscard]] Tail tail() const noexcept { return tail_; }
   [[nodiscard]] std::int64_t dropped() const noexcept { return dropped_; }
 
  private:
-  std::uint64_t head_ = 0, rest_ = 0;
-  int count_ = 0;
+  void take(unsigned digit) noexcept {
+    if (count_ < Decimal::maximumDigits) {
+      mantissa_ = mantissa_ * 10 + digit;
+      ++count_;
+      return;
+    }
+    if (dropped_ == 0) {
+      tail_ = digit > 5 ? Tail::aboveHalf : digit == 5 ? Tail::half : digit > 0 ? Tail::belowHalf : Tail::none;
+    } else if (digit != 0 && (tail_ == Tail::none || tail_ == Tail::half)) {
+      tail_ = tail_ == Tail::none ? Tail::belowHalf : Tail::aboveHalf;
+    }
+    ++dropped_;
+  }
+
+  UInt128 mantissa_ = 0;
+  int count_ = 0;  // without leading zeros
   std::int64_t dropped_ = 0;
   Tail tail_ = Tail::none;
 };
@@ -76,8 +116,31 @@ const char* readExponent(const char* p, const char* last, std::int64_t& exponent
   return q;
 }
 
-/// The fast path for most numbers: [-]digits[.digits] with up to 18 digits and no E after them. Null for all others.
-const char* readShort(const char* first, const char* last, Decimal& value) noexcept {
+/// The fast path for most texts: true if the whole text is [-]digits[.digits], of four to eight characters after the
+/// sign.
+[[gnu::always_inline]] inline bool readShort(const char* first, const char* last, Decimal& value) noexcept {
+  if (first == last) return false;
+  const bool negative = *first == '-';
+  const char* const p = first + static_cast<std::ptrdiff_t>(negative);
+  if (static_cast<std::size_t>(last - p - 4) > 4u) return false;
+  std::uint64_t digits = readDigits(p, last - p);
+  int places = 0;
+  if (const std::uint64_t others = marksOfOthers(digits); others != 0) {
+    places = bytesAbove(others);
+    const char* const point = last - 1 - places;
+    if ((others & (others - 1)) != 0 || *point != '.' || point == p) return false;
+    const std::uint64_t below = (others >> 7) - 1;
+    digits = (digits & below) << 8 | (digits & ~below << 8);  // without the point
+  }
+  const std::uint64_t mantissa = numberOf(digits);
+  value = DecimalAccess::make(mantissa, -places, negative & (mantissa != 0));  // not &&: signs are not predictable
+  return true;
+}
+
+constexpr std::ptrdiff_t longestPlain = 20;
+
+/// The next path: [-]digits[.digits] with up to 18 digits and no E after them. Null for all others.
+inline const char* readPlain(const char* first, const char* last, Decimal& value) noexcept {
   const char* p = first;
   const bool negative = p != last && *p == '-';
   if (negative) ++p;
@@ -97,50 +160,8 @@ const char* readShort(const char* first, const char* last, Decimal& value) noexc
   return p;
 }
 
-}  // namespace
-
-char* writeDigits(char* out, UInt128 n) noexcept {
-  if (high64(n) == 0) {
-    const int count = std::max(1, digitCount(n));
-    writeBackwards(out + count, low64(n), count);
-    return out + count;
-  }
-  UInt128 lower;
-  const UInt128 upper = divideByPowerOfTen(n, 19, lower);
-  out = writeDigits(out, upper);
-  writeBackwards(out + 19, low64(lower), 19);
-  return out + 19;
-}
-
-char* writeDecimal(char* out, const Decimal& value) noexcept {
-  if (value.isNaN()) {
-    std::memcpy(out, "NaN", 3);
-    return out + 3;
-  }
-  if (value.isNegative()) *out++ = '-';
-  const int exponent = value.exponent();
-  char* const end = writeDigits(out, DecimalAccess::mantissa(value));
-  if (exponent >= 0) {
-    const int zeros = value.isZero() ? 0 : exponent;
-    std::fill_n(end, zeros, '0');
-    return end + zeros;
-  }
-  const auto length = static_cast<int>(end - out);
-  if (length > -exponent) {
-    std::memmove(end + exponent + 1, end + exponent, static_cast<std::size_t>(-exponent));
-    end[exponent] = '.';
-    return end + 1;
-  }
-  const int zeros = -exponent - length;
-  std::memmove(out + 2 + zeros, out, static_cast<std::size_t>(length));
-  std::memcpy(out, "0.", 2);
-  std::fill_n(out + 2, zeros, '0');
-  return out + 2 - exponent;
-}
-
-ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept {
-  if (const char* const end = readShort(first, last, value)) [[likely]]
-    return {end, ReadOutcome::number};
+/// The path for all texts, not inlined, so that the others use few registers.
+[[gnu::noinline]] ReadResult readAny(const char* first, const char* last, Decimal& value) noexcept {
   const char* p = first;
   const bool negative = p != last && *p == '-';
   if (negative) ++p;
@@ -150,12 +171,12 @@ ReadResult readDecimal(const char* first, const char* last, Decimal& value) noex
   }
   Digits digits;
   const char* const whole = p;
-  for (; digitAt(p, last); ++p) digits.take(static_cast<unsigned>(*p - '0'));
+  p = digits.takeRun(p, last);
   std::int64_t exponent = 0;
   bool any = p != whole;
   if (p != last && *p == '.' && (any || digitAt(p + 1, last))) {
-    const char* const fraction = ++p;
-    for (; digitAt(p, last); ++p) digits.take(static_cast<unsigned>(*p - '0'));
+    const char* const fraction = p + 1;
+    p = digits.takeRun(fraction, last);
     exponent = fraction - p;
     any = true;
   }
@@ -175,19 +196,88 @@ ReadResult readDecimal(const char* first, const char* last, Decimal& value) noex
   return {p, ReadOutcome::number};
 }
 
+/// True if the mantissa has at most eight digits, and the text has a digit before the point without added zeros.
+inline bool isShort(const Decimal& value) noexcept {
+  return DecimalAccess::mantissa(value) < powersOfTen64[8] && static_cast<unsigned>(-value.exponent()) <= 7u;
+}
+
+/// Writes the plain text of such a number, and at most ten characters.
+inline char* writeShort(char* out, const Decimal& value) noexcept {
+  *out = '-';
+  return writeInWord(out + static_cast<std::ptrdiff_t>(value.isNegative()),
+                     eightDigits(DecimalAccess::lowMantissa(value)), -value.exponent());
+}
+
+/// Not inlined, so that the path of eight digits uses few registers.
+[[gnu::noinline]] char* writeAny(char* out, const Decimal& value) noexcept {
+  if (value.isNaN()) {
+    std::memcpy(out, "NaN", 3);
+    return out + 3;
+  }
+  if (value.isNegative()) *out++ = '-';
+  const UInt128 mantissa = DecimalAccess::mantissa(value);
+  const int exponent = value.exponent(), places = -exponent;
+  if (mantissa < powersOfTen64[16] && static_cast<unsigned>(places) <= 15u) {
+    return writeInWord(out, sixteenDigits(low64(mantissa)), places);
+  }
+  const int count = std::max(1, digitCount(mantissa));
+  const PaddedDigits padded(mantissa);
+  const char* const digits = padded.last(count);
+  if (exponent >= 0) return std::fill_n(std::copy_n(digits, count, out), value.isZero() ? 0 : exponent, '0');
+  if (count > places) {
+    out = std::copy_n(digits, count - places, out);
+    *out++ = '.';
+    return std::copy_n(digits + count - places, places, out);
+  }
+  std::memcpy(out, "0.", 2);
+  return std::copy_n(digits, count, std::fill_n(out + 2, places - count, '0'));
+}
+
+}  // namespace
+
+char* writeDigits(char* out, UInt128 n) noexcept {
+  const int count = std::max(1, digitCount(n));
+  std::memcpy(out, PaddedDigits(n).last(count), static_cast<std::size_t>(count));
+  return out + count;
+}
+
+char* writeDecimal(char* out, const Decimal& value) noexcept {
+  return isShort(value) ? writeShort(out, value) : writeAny(out, value);
+}
+
+ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept {
+  if (readShort(first, last, value)) return {last, ReadOutcome::number};
+  if (const char* const end = readPlain(first, last, value)) return {end, ReadOutcome::number};
+  return readAny(first, last, value);
+}
+
 }  // namespace detail
 
 namespace {
 
-/// Reads the whole text, with an optional plus sign; false if it is not a number.
-bool readWhole(std::string_view text, Decimal& value) noexcept {
+inline std::string shortText(const Decimal& value) {
+  std::string text("000000000000000", 15);  // not allocated, so that the digits are written in place
+  text.resize(static_cast<std::size_t>(detail::writeShort(text.data(), value) - text.data()));
+  return text;
+}
+
+[[gnu::noinline]] std::string longText(const Decimal& value) {
+  char text[detail::longestText];
+  return {text, detail::writeAny(text, value)};
+}
+
+/// Reads a whole text for which readShort() was false, with an optional plus sign; false if it is not a number.
+[[gnu::noinline]] bool readWhole(std::string_view text, Decimal& value) noexcept {
   const char* first = text.data();
   const char* const last = first + text.size();
   if (first != last && *first == '+') {
     ++first;
     if (first != last && *first != '.' && !detail::digitAt(first, last)) return false;
   }
-  const detail::ReadResult result = detail::readDecimal(first, last, value);
+  if (last - first <= detail::longestPlain) {
+    if (const char* const end = detail::readPlain(first, last, value)) return end == last;
+  }
+  const detail::ReadResult result = detail::readAny(first, last, value);
   return result.outcome == detail::ReadOutcome::number && result.end == last;
 }
 
@@ -195,19 +285,18 @@ bool readWhole(std::string_view text, Decimal& value) noexcept {
 
 std::optional<Decimal> Decimal::parse(std::string_view text) noexcept {
   std::optional<Decimal> value(std::in_place);
-  if (!readWhole(text, *value)) value.reset();
+  if (!detail::readShort(text.data(), text.data() + text.size(), *value) && !readWhole(text, *value)) value.reset();
   return value;
 }
 
 Decimal Decimal::decimalNumberWithString(std::string_view text) noexcept {
   Decimal value;
-  return readWhole(text, value) ? value : notANumber();
+  if (!detail::readShort(text.data(), text.data() + text.size(), value) && !readWhole(text, value))
+    value = notANumber();
+  return value;
 }
 
-std::string Decimal::stringValue() const {
-  char text[detail::longestText];
-  return {text, detail::writeDecimal(text, *this)};
-}
+std::string Decimal::stringValue() const { return detail::isShort(*this) ? shortText(*this) : longText(*this); }
 
 std::from_chars_result from_chars(const char* first, const char* last, Decimal& value) noexcept {
   const detail::ReadResult result = detail::readDecimal(first, last, value);

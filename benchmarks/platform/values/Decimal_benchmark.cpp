@@ -1,13 +1,16 @@
-// Compares Decimal on money operands with std::decimal::decimal128 (g++ only) and Boost's cpp_dec_float<38>, and a
-// running sum with a loop over int64.
+// Compares Decimal, on money and on numbers of 34 digits, with std::decimal::decimal128 (g++ only), which holds 34
+// digits, and with Boost's cpp_dec_float<38>; and running sums with a loop over int64. Debian 12 has no package of
+// libmpdec.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; ns per
-// operation, medians of 21 interleaved runs, and the ratios:
-//   add 6.9, decimal128 39 (5.5)               compare 4.9, decimal128 22 (4.4)
-//   multiply 4.4, decimal128 78 (17)           divide 49, decimal128 165 (3.3)
-//   round to 2 places 20, decimal128 144 (7)   add amount and rate 17, decimal128 44 (2.5)
-//   parse 30, cpp_dec_float 317 (10)           print 43, cpp_dec_float 1942 (46)
-//   sum of a million 6.7, int64 1.9 (3.5 times a loop over int64)
+// 2026-11-23, Intel Xeon of 2.3 GHz (Emerald Rapids), two virtual cores shared with a dozen builds, g++ 12.2, -O2; ns
+// per operation, medians of 7 runs: ours, decimal128, cpp_dec_float.
+//   add 2.3, 13.9, 17                      add amount and rate 3.5, 15.5, 16
+//   compare 1.6, 6.8, 3.0                  multiply 1.6, 26, 30
+//   divide 21, 88, 388                     round to 2 places 3.5, 53, 470
+//   parse 8.2, -, 149                      print 9.6, -, 756
+//   multiply 34 digits 23, 108, 33         round 34 digits 10, 55, 490
+//   parse 34 digits 31, -, 309             print 34 digits 46, -, 730
+//   sum of a million 4.2, 20, - (int64 0.5), of two exponents 4.2, 29, -: the speed of the memory, 2.2 at best
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/DecimalSum.h"
@@ -39,6 +42,8 @@ using CppDecFloat =
 constexpr std::size_t count = 1024;
 constexpr std::size_t million = 1'000'000;
 
+enum class Places { two, four, mixed };
+
 /// The same amounts in every type.
 struct Amounts {
   std::vector<std::int64_t> pennies;
@@ -49,13 +54,14 @@ struct Amounts {
   std::vector<std::decimal::decimal128> standard;
 #endif
 
-  /// Amounts of 0.01 to 99,999.99, a tenth of them negative; rates of four places if `rates` is true.
-  Amounts(std::size_t size, std::uint64_t seed, bool rates = false) {
+  /// Amounts of 0.01 to 99,999.99, a tenth of them negative; or rates of four places; or both in random order.
+  Amounts(std::size_t size, std::uint64_t seed, Places kind = Places::two) {
     std::mt19937_64 random(seed);
     for (std::size_t i = 0; i < size; ++i) {
       const auto magnitude = static_cast<std::int64_t>(1 + random() % 9'999'999);
-      const std::int64_t units = !rates && random() % 10 == 0 ? -magnitude : magnitude;
-      const int places = rates ? 4 : 2;
+      const bool isRate = kind == Places::four || (kind == Places::mixed && random() % 2 == 0);
+      const std::int64_t units = !isRate && random() % 10 == 0 ? -magnitude : magnitude;
+      const int places = isRate ? 4 : 2;
       pennies.push_back(units);
       decimal.push_back(Decimal(units).decimalNumberByMultiplyingByPowerOf10(static_cast<std::int16_t>(-places)));
       text.push_back(decimal.back().stringValue());
@@ -76,8 +82,45 @@ const Amounts& second() {
   return amounts;
 }
 const Amounts& rates() {
-  static const Amounts amounts(count, 3, true);
+  static const Amounts amounts(count, 3, Places::four);
   return amounts;
+}
+
+/// Numbers of 34 digits, which is all that decimal128 holds: 15 before the point and 19 after it.
+struct WideNumbers {
+  std::vector<Decimal> decimal;
+  std::vector<CppDecFloat> boost;
+  std::vector<std::string> text;
+#ifdef NORVIK_STD_DECIMAL
+  std::vector<std::decimal::decimal128> standard;
+#endif
+
+  explicit WideNumbers(std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    for (std::size_t i = 0; i < count; ++i) {
+      constexpr std::uint64_t power = 100'000'000'000'000'000;  // 10^17
+      const std::uint64_t upper = power / 10 + random() % (power / 10 * 9), lower = random() % power;
+      std::string digits = std::to_string(lower);
+      digits.insert(0, 17 - digits.size(), '0');
+      digits = std::to_string(upper) + digits;
+      text.push_back(digits.insert(15, 1, '.'));
+      decimal.push_back(Decimal::decimalNumberWithString(text.back()));
+      boost.emplace_back(text.back());
+#ifdef NORVIK_STD_DECIMAL
+      standard.push_back(std::decimal::make_decimal128(static_cast<long long>(upper), -2) +
+                         std::decimal::make_decimal128(static_cast<long long>(lower), -19));
+#endif
+    }
+  }
+};
+
+const WideNumbers& firstWide() {
+  static const WideNumbers numbers(5);
+  return numbers;
+}
+const WideNumbers& secondWide() {
+  static const WideNumbers numbers(6);
+  return numbers;
 }
 
 void fail(const char* subject, const std::string& ours, const std::string& expected) {
@@ -106,6 +149,11 @@ void checkAnswers() {
     const auto half = units < 0 ? -5000 : 5000;
     require("round", rounded, CppDecFloat((units + half) / 10000) / 100);
     if (Decimal::parse(first().text[i]) != a) fail("parse", first().text[i], a.stringValue());
+    const Decimal& wide = firstWide().decimal[i];
+    if (wide.stringValue() != firstWide().text[i]) fail("parse 34 digits", wide.stringValue(), firstWide().text[i]);
+    require("multiply 34 digits", wide * secondWide().decimal[i], firstWide().boost[i] * secondWide().boost[i]);
+    require("round 34 digits", wide.decimalNumberByRoundingAccordingToBehavior(places),
+            round(firstWide().boost[i] * 100) / 100);
 #ifdef NORVIK_STD_DECIMAL
     const auto standard = first().standard[i] * rates().standard[i];
     if (static_cast<double>(std::decimal::decimal128_to_double(standard)) != product.doubleValue()) {
@@ -131,8 +179,8 @@ const auto multiply = [](const auto& a, const auto& b) { return a * b; };
 const auto divide = [](const auto& a, const auto& b) { return a / b; };
 const auto less = [](const auto& a, const auto& b) { return a < b; };
 
-template <class Operation>
-void pair(const char* subject, const Amounts& a, const Amounts& b, Operation operation) {
+template <class Numbers, class Operation>
+void pair(const char* subject, const Numbers& a, const Numbers& b, Operation operation) {
   const std::string name(subject);
   benchmark::RegisterBenchmark((name + "/ours").c_str(), [&a, &b, operation](benchmark::State& state) {
     run(state, a.decimal, b.decimal, operation);
@@ -147,75 +195,89 @@ void pair(const char* subject, const Amounts& a, const Amounts& b, Operation ope
   });
 }
 
-void registerRounding() {
-  static std::vector<Decimal> products;
-  static std::vector<CppDecFloat> boost;
-  for (std::size_t i = 0; i < count; ++i) {
-    products.push_back(first().decimal[i] * rates().decimal[i]);
-    boost.push_back(first().boost[i] * rates().boost[i]);
-  }
-  benchmark::RegisterBenchmark("round to 2 places/ours", [](benchmark::State& state) {
+/// `Numbers` has the same numbers as Decimal, decimal128 and cpp_dec_float.
+template <class Numbers>
+void registerRounding(const std::string& subject, const Numbers& numbers) {
+  benchmark::RegisterBenchmark((subject + "/ours").c_str(), [&numbers](benchmark::State& state) {
     const norvik::NSDecimalNumberHandler places({.scale = 2});
-    run(state, products, products,
+    run(state, numbers.decimal, numbers.decimal,
         [&](const Decimal& a, const Decimal&) { return a.decimalNumberByRoundingAccordingToBehavior(places); });
   });
 #ifdef NORVIK_STD_DECIMAL
-  static std::vector<std::decimal::decimal128> standard;
-  for (std::size_t i = 0; i < count; ++i) standard.push_back(first().standard[i] * rates().standard[i]);
-  benchmark::RegisterBenchmark("round to 2 places/decimal128", [](benchmark::State& state) {
+  benchmark::RegisterBenchmark((subject + "/decimal128").c_str(), [&numbers](benchmark::State& state) {
     // The type has no operation for it. It rounds beyond 34 digits, so adding and subtracting 10^32 leaves two places.
     const auto shift = std::decimal::make_decimal128(1LL, 31) * std::decimal::make_decimal128(5LL, 0);
-    run(state, standard, standard, [&](const auto& a, const auto&) { return (a + shift) - shift; });
+    run(state, numbers.standard, numbers.standard, [&](const auto& a, const auto&) { return (a + shift) - shift; });
   });
 #endif
-  benchmark::RegisterBenchmark("round to 2 places/cpp_dec_float", [](benchmark::State& state) {
+  benchmark::RegisterBenchmark((subject + "/cpp_dec_float").c_str(), [&numbers](benchmark::State& state) {
     const CppDecFloat hundred(100);
-    run(state, boost, boost, [&](const CppDecFloat& a, const CppDecFloat&) { return round(a * hundred) / hundred; });
+    run(state, numbers.boost, numbers.boost,
+        [&](const CppDecFloat& a, const CppDecFloat&) { return round(a * hundred) / hundred; });
   });
 }
 
-void registerText() {
-  benchmark::RegisterBenchmark("parse/ours", [](benchmark::State& state) {
-    run(state, first().text, first().text,
+/// Amounts times rates: six places.
+struct Products {
+  std::vector<Decimal> decimal;
+  std::vector<CppDecFloat> boost;
+#ifdef NORVIK_STD_DECIMAL
+  std::vector<std::decimal::decimal128> standard;
+#endif
+
+  Products() {
+    for (std::size_t i = 0; i < count; ++i) {
+      decimal.push_back(first().decimal[i] * rates().decimal[i]);
+      boost.push_back(first().boost[i] * rates().boost[i]);
+#ifdef NORVIK_STD_DECIMAL
+      standard.push_back(first().standard[i] * rates().standard[i]);
+#endif
+    }
+  }
+};
+
+template <class Numbers>
+void registerText(const std::string& suffix, const Numbers& numbers) {
+  const auto named = [&suffix](const char* subject, const char* who) { return subject + suffix + '/' + who; };
+  benchmark::RegisterBenchmark(named("parse", "ours").c_str(), [&numbers](benchmark::State& state) {
+    run(state, numbers.text, numbers.text,
         [](const std::string& text, const std::string&) { return Decimal::decimalNumberWithString(text); });
   });
-  benchmark::RegisterBenchmark("parse/cpp_dec_float", [](benchmark::State& state) {
-    run(state, first().text, first().text,
+  benchmark::RegisterBenchmark(named("parse", "cpp_dec_float").c_str(), [&numbers](benchmark::State& state) {
+    run(state, numbers.text, numbers.text,
         [](const std::string& text, const std::string&) { return CppDecFloat(text); });
   });
-  benchmark::RegisterBenchmark("print/ours", [](benchmark::State& state) {
-    run(state, first().decimal, first().decimal, [](const Decimal& a, const Decimal&) { return a.stringValue(); });
+  benchmark::RegisterBenchmark(named("print", "ours").c_str(), [&numbers](benchmark::State& state) {
+    run(state, numbers.decimal, numbers.decimal, [](const Decimal& a, const Decimal&) { return a.stringValue(); });
   });
-  benchmark::RegisterBenchmark("print/cpp_dec_float", [](benchmark::State& state) {
-    run(state, first().boost, first().boost,
+  benchmark::RegisterBenchmark(named("print", "cpp_dec_float").c_str(), [&numbers](benchmark::State& state) {
+    run(state, numbers.boost, numbers.boost,
         [](const CppDecFloat& a, const CppDecFloat&) { return a.str(0, std::ios_base::fmtflags{}); });
   });
 }
 
-void registerSums() {
-  static const Amounts amounts(million, 4);
+/// Sums of a million amounts, of one exponent or of two in random order.
+void registerSums(const std::string& subject, const Amounts& amounts) {
   static const auto sum = [](const auto& numbers, auto total) {
     for (const auto& number : numbers) total += number;
     return total;
   };
   const Decimal total = sum(amounts.decimal, DecimalSum()).value();
-  if (total.parts() != sum(amounts.decimal, Decimal()).parts() ||
-      total * 100 != sum(amounts.pennies, std::int64_t{0})) {
-    fail("sum", total.stringValue(), std::to_string(sum(amounts.pennies, std::int64_t{0})));
-  }
-  const auto time = [](const char* name, const auto& numbers, auto zero) {
-    benchmark::RegisterBenchmark(name, [&numbers, zero](benchmark::State& state) {
+  if (total.parts() != sum(amounts.decimal, Decimal()).parts()) fail(subject.c_str(), total.stringValue(), "another");
+  require(subject.c_str(), total, sum(amounts.boost, CppDecFloat(0)));
+  const auto time = [&subject](const char* who, const auto& numbers, auto zero) {
+    benchmark::RegisterBenchmark((subject + '/' + who).c_str(), [&numbers, zero](benchmark::State& state) {
       while (state.KeepRunningBatch(million)) {
         auto result = sum(numbers, zero);
         benchmark::DoNotOptimize(result);
       }
     });
   };
-  time("sum of a million/ours", amounts.decimal, DecimalSum());
-  time("sum of a million/additions", amounts.decimal, Decimal());
-  time("sum of a million/int64", amounts.pennies, std::int64_t{0});
+  time("ours", amounts.decimal, DecimalSum());
+  time("additions", amounts.decimal, Decimal());
+  time("int64", amounts.pennies, std::int64_t{0});
 #ifdef NORVIK_STD_DECIMAL
-  time("sum of a million/decimal128", amounts.standard, std::decimal::decimal128(0));
+  time("decimal128", amounts.standard, std::decimal::decimal128(0));
 #endif
 }
 
@@ -228,9 +290,15 @@ int main(int argc, char** argv) {
   pair("multiply", first(), rates(), multiply);
   pair("divide", first(), second(), divide);
   pair("compare", first(), second(), less);
-  registerRounding();
-  registerText();
-  registerSums();
+  pair("multiply 34 digits", firstWide(), secondWide(), multiply);
+  static const Products products;
+  registerRounding("round to 2 places", products);
+  registerRounding("round 34 digits", firstWide());
+  registerText("", first());
+  registerText(" 34 digits", firstWide());
+  static const Amounts alike(million, 4), mixed(million, 7, Places::mixed);
+  registerSums("sum of a million", alike);
+  registerSums("sum of two exponents", mixed);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

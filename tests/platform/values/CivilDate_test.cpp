@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <limits>
 
 #include "NorvikCore/platform/values/Date_literals.h"
@@ -115,6 +116,16 @@ TEST(CivilDate, FieldsOfADayAreThoseOfItsPlaceInThe400YearCycle) {
       ASSERT_EQ(civilDate(day + cycle * 146'097), expected);
       ASSERT_EQ(referenceDay(expected.year, expected.month, expected.day), day + cycle * 146'097);
     }
+  }
+}
+
+TEST(CivilDate, ADayBeginsAtMidnightAndNoFractionEarlier) {
+  for (const std::int64_t day : {-1'000'000'000, -500'000'000, -730'792, -1, 0, 1, 7'434, 500'000'000, 1'000'000'000}) {
+    const double midnight = static_cast<double>(day) * 86'400;
+    EXPECT_EQ(referenceDay(Date::fromReferenceSeconds(midnight)), day);
+    EXPECT_EQ(referenceDay(Date::fromReferenceSeconds(std::nextafter(midnight, -HUGE_VAL))), day - 1);
+    EXPECT_EQ(referenceDay(Date::fromReferenceSeconds(std::nextafter(midnight, HUGE_VAL))), day);
+    EXPECT_EQ(referenceDay(Date::fromReferenceSeconds(midnight + 86'399)), day);
   }
 }
 

@@ -404,6 +404,50 @@ TEST(Decimal, NotANumberStaysAndNothingRaises) {
   EXPECT_TRUE(none.decimalNumberByRoundingAccordingToBehavior(NSDecimalNumberHandler({.scale = 2})).isNaN());
 }
 
+TEST(Decimal, SumsOfUnlikeExponentsAreExactAtTheLimitsOfTheShortPath) {
+  const struct {
+    const char* why;
+    const char *a, *b, *sum;
+  } rows[] = {
+      {"amount and rate", "1234.56", "0.0725", "1234.6325"},
+      {"rate and negative amount", "0.0725", "-1234.56", "-1234.4875"},
+      {"a sum of zero is not negative", "-1.50", "1.5000", "0.0000"},
+      {"6 places apart, 2^42 - 1", "4398046511103", "0.000001", "4398046511103.000001"},
+      {"6 places apart, 2^42", "4398046511104", "-0.000001", "4398046511103.999999"},
+      {"6 places apart, 2^61", "2305843009213693952", "0.000001", "2305843009213693952.000001"},
+      {"18 places apart, 2^42 - 1", "4398046511103", "0.000000000000000001", "4398046511103.000000000000000001"},
+      {"7 places apart", "4398046511103", "0.0000001", "4398046511103.0000001"},
+      {"both negative and both great", "-4398046511103", "-4398046.511103", "-4398050909149.511103"},
+      {"64 bits", "18446744073709551615", "0.1", "18446744073709551615.1"},
+      {"18 places apart", "9", "0.000000000000000001", "9.000000000000000001"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ((dec(row.a) + dec(row.b)).stringValue(), row.sum) << row.why;
+    EXPECT_EQ((dec(row.b) + dec(row.a)).stringValue(), row.sum) << row.why;
+  }
+}
+
+TEST(Decimal, ReadsAndPrintsTextsOfEveryLength) {
+  const std::string digits = "1234567890123456789012345678901234567";
+  for (std::size_t length = 1; length <= digits.size(); ++length) {
+    for (std::size_t places = 0; places < length; ++places) {
+      std::string text = digits.substr(0, length);
+      if (places != 0) text.insert(length - places, 1, '.');
+      for (const char* sign : {"", "-"}) {
+        const auto number = Decimal::parse(sign + text);
+        ASSERT_TRUE(number.has_value()) << text;
+        EXPECT_EQ(number->exponent(), -static_cast<int>(places)) << text;
+        EXPECT_EQ(number->stringValue(), sign + text);
+      }
+      for (std::size_t i = 0; i <= text.size(); ++i) {
+        std::string wrong = text;
+        wrong.insert(i, 1, i % 2 == 0 ? ':' : '/');  // the characters beside the digits
+        EXPECT_EQ(Decimal::parse(wrong), std::nullopt) << wrong;
+      }
+    }
+  }
+}
+
 TEST(Decimal, NamedOperationsWithoutABehaviourAreTheOperators) {
   EXPECT_EQ((1.5_dec).decimalNumberByAdding(2).stringValue(), "3.5");
   EXPECT_EQ((1.5_dec).decimalNumberBySubtracting(2).stringValue(), "-0.5");

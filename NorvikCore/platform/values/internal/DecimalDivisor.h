@@ -20,6 +20,16 @@ inline constexpr UInt128 join(std::uint64_t high, std::uint64_t low) noexcept {
 }
 inline constexpr UInt128 wideProduct(std::uint64_t a, std::uint64_t b) noexcept { return static_cast<UInt128>(a) * b; }
 
+/// The upper half of a product.
+inline constexpr std::uint64_t highProduct(std::uint64_t a, std::uint64_t b) noexcept {
+  return high64(wideProduct(a, b));
+}
+inline constexpr UInt128 highProduct(UInt128 a, UInt128 b) noexcept {
+  const UInt128 lh = wideProduct(low64(a), high64(b)), hl = wideProduct(high64(a), low64(b));
+  const UInt128 middle = static_cast<UInt128>(highProduct(low64(a), low64(b))) + low64(lh) + low64(hl);
+  return wideProduct(high64(a), high64(b)) + high64(lh) + high64(hl) + high64(middle);
+}
+
 /// 2^19 / d for the upper nine bits of a divisor: the start of the approximation of its reciprocal.
 inline constexpr auto firstReciprocals = [] {
   std::array<std::uint16_t, 256> table{};
@@ -96,6 +106,66 @@ inline constexpr auto tenDivisors = []<std::size_t... n>(std::index_sequence<n..
 
 inline std::uint64_t powerOfTen64(int n) noexcept { return powersOfTen64[static_cast<std::size_t>(n)]; }
 inline const Divisor& tenDivisor(int n) noexcept { return tenDivisors[static_cast<std::size_t>(n)]; }
+
+inline constexpr int bitLength(std::uint64_t n) noexcept { return 64 - std::countl_zero(n); }
+inline constexpr int bitLength(UInt128 n) noexcept {
+  return high64(n) != 0 ? 64 + bitLength(high64(n)) : bitLength(low64(n));
+}
+
+/// 2^(width of Word - 1 + bitLength(d)) / d, for a d that is no power of two: bit by bit, for tables.
+template <class Word>
+constexpr Word tableReciprocal(Word d) noexcept {
+  Word quotient = 0, rest = Word{1} << (bitLength(d) - 1);
+  for (std::size_t i = 0; i < 8 * sizeof(Word); ++i) {
+    const bool more = rest >= d - rest;
+    quotient = quotient << 1 | (more ? 1u : 0u);
+    rest = more ? rest - (d - rest) : rest + rest;
+  }
+  return quotient;
+}
+
+/// Division of a 64-bit or 128-bit Word by 10^n, for n from 1.
+template <class Word>
+class TenDivisor {
+ public:
+  explicit constexpr TenDivisor(int n) noexcept : n_(n) {
+    Word five = 1;
+    for (int i = 0; i < n; ++i) {
+      power_ *= 10;
+      five *= 5;
+    }
+    reciprocal_ = tableReciprocal(five) + 1;
+    shift_ = bitLength(five) - 1;
+  }
+
+  /// 10^n is 2^n * 5^n, so the division begins with a shift by n bits. The reciprocal of 5^n is too great by at most
+  /// 2^n units of its last bit divided by 5^n. This error stays below 1 / 5^n in the product with the remaining bits,
+  /// so the quotient is exact.
+  [[nodiscard]] constexpr Word divide(Word number, Word& remainder) const noexcept {
+    const Word quotient = highProduct(number >> n_, reciprocal_) >> shift_;
+    remainder = number - quotient * power_;
+    return quotient;
+  }
+
+ private:
+  Word reciprocal_ = 0, power_ = 1;
+  int n_, shift_ = 0;
+};
+
+template <class Word, std::size_t count>
+inline constexpr auto tenDivisorsOf = []<std::size_t... n>(std::index_sequence<n...>) {
+  return std::array{TenDivisor<Word>(static_cast<int>(n) + 1)...};
+}
+(std::make_index_sequence<count>{});
+
+/// number / 10^power, for a power from 1 to 19.
+inline std::uint64_t divideByPowerOfTen(std::uint64_t number, int power, std::uint64_t& remainder) noexcept {
+  return tenDivisorsOf<std::uint64_t, 19>[static_cast<std::size_t>(power - 1)].divide(number, remainder);
+}
+/// number / 10^power, for a power from 1 to 38.
+inline UInt128 divideByPowerOfTen(UInt128 number, int power, UInt128& remainder) noexcept {
+  return tenDivisorsOf<UInt128, 38>[static_cast<std::size_t>(power - 1)].divide(number, remainder);
+}
 
 /// How many decimal digits n has; 0 for 0. The bit length times log10(2), corrected by one comparison with a power of
 /// ten.

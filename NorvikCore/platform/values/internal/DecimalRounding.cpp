@@ -35,19 +35,20 @@ UInt128 cut(UInt128 mantissa, int count, Tail& tail) noexcept {
   return quotient;
 }
 
-UInt256 cut(UInt256 mantissa, int count, Tail& tail) noexcept {
-  for (; count > 0 && !mantissa.isZero(); count -= 38) {
-    UInt128 remainder;
-    const int step = std::min(count, 38);
-    mantissa = divideByPowerOfTen(mantissa, step, remainder);
-    tail = tailOf(remainder, powerOfTen(step), tail);
+/// For a count of at least digitCount(mantissa) - 38, and at least 1.
+UInt128 cut(UInt256 mantissa, int count, Tail& tail) noexcept {
+  UInt128 remainder;
+  for (; count > 38; count -= 38) {
+    if (mantissa.isZero()) break;
+    mantissa = divide(mantissa, powerOfTen(38), remainder);
+    tail = tailOf(remainder, powerOfTen(38), tail);
   }
-  if (count > 0 && tail != Tail::none) tail = Tail::belowHalf;
-  return mantissa;
+  const int last = std::min(count, 38);
+  const UInt128 quotient = divideByPowerOfTen(mantissa, last, remainder);
+  tail = tailOf(remainder, powerOfTen(last), tail);
+  return quotient;
 }
 
-UInt128 low128(UInt128 n) noexcept { return n; }
-UInt128 low128(const UInt256& n) noexcept { return n.low(); }
 bool isZero(UInt128 n) noexcept { return n == 0; }
 bool isZero(const UInt256& n) noexcept { return n.isZero(); }
 
@@ -74,7 +75,7 @@ Decimal settleAny(const Wide& exact, Tail tail, int exponent, bool negative, con
   const int forced = std::max({0, digits - Decimal::maximumDigits, Decimal::minimumExponent - exponent});
   if (digits + exponent == Decimal::maximumDigits + Decimal::maximumExponent) [[unlikely]] {
     Tail beyond = tail;
-    const UInt128 kept = low128(cut(exact, forced, beyond));
+    const UInt128 kept = cut(exact, forced, beyond);
     if (kept == firstBeyondMantissa - 1 && beyond != Tail::none) return overflow(behavior);
   }
   if (behavior.raiseOnExactness()) [[unlikely]] {
@@ -84,7 +85,7 @@ Decimal settleAny(const Wide& exact, Tail tail, int exponent, bool negative, con
       NSException::raise(NSDecimalNumberExactnessException, "the exact result needs more than 38 digits");
   }
   const int count = std::max(forced, asked);
-  UInt128 mantissa = low128(cut(exact, count, tail));
+  UInt128 mantissa = cut(exact, count, tail);
   exponent += count;
   if (roundsAway(behavior.roundingMode(), tail, negative, (low64(mantissa) & 1) != 0) &&
       ++mantissa == firstBeyondMantissa) {
@@ -103,6 +104,18 @@ Decimal settle(UInt128 mantissa, Tail tail, int exponent, bool negative, const N
 Decimal settle(const UInt256& mantissa, Tail tail, int exponent, bool negative,
                const NSDecimalNumberHandler& behavior) {
   if (mantissa.high() == 0) return settleAny(mantissa.low(), tail, exponent, negative, behavior);
+  // The usual case: 38 digits, plain, and an exponent that no error and no carry can take out of range. A half or more
+  // rounds up whatever the tail is. Only powers have more than 76 digits.
+  const int count = digitCount(mantissa) - Decimal::maximumDigits, kept = exponent + count;
+  if (behavior.roundingMode() == NSRoundPlain && behavior.scale() == NSDecimalNoScale && !behavior.raiseOnExactness() &&
+      count <= 38 && kept >= Decimal::minimumExponent && kept < Decimal::maximumExponent) [[likely]] {
+    UInt128 remainder;
+    UInt128 rounded = divideByPowerOfTen(mantissa, count, remainder);
+    if (remainder >= powerOfTen(count) - remainder) ++rounded;
+    if (rounded == firstBeyondMantissa) [[unlikely]]
+      return DecimalAccess::make(powerOfTen(37), kept + 1, negative);
+    return DecimalAccess::make(rounded, kept, negative);
+  }
   return settleAny(mantissa, tail, exponent, negative, behavior);
 }
 

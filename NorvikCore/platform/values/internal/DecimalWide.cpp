@@ -6,7 +6,7 @@ namespace {
 /// A divisor of more than 64 bits, and the reciprocal of its upper half.
 class WideDivisor {
  public:
-  explicit constexpr WideDivisor(UInt128 divisor) noexcept
+  explicit WideDivisor(UInt128 divisor) noexcept
       : shift_(std::countl_zero(high64(divisor))), normal_(divisor << shift_), upper_(high64(normal_)) {}
 
   [[nodiscard]] UInt256 divide(const UInt256& n, UInt128& remainder) const noexcept {
@@ -59,13 +59,12 @@ class WideDivisor {
   Divisor upper_;
 };
 
-/// Divisors for the powers of ten from 10^20 to 10^38.
-constexpr auto wideTenDivisors = []<std::size_t... n>(std::index_sequence<n...>) {
-  return std::array{WideDivisor(powersOfTen128[n + 20])...};
-}
-(std::make_index_sequence<19>{});
-
-const WideDivisor& wideTenDivisor(int n) noexcept { return wideTenDivisors[static_cast<std::size_t>(n - 20)]; }
+/// The powers of ten from 10^38 to 10^76.
+constexpr auto powersOfTen256 = [] {
+  std::array<UInt256, 39> powers{};
+  for (std::size_t i = 0; i < powers.size(); ++i) powers[i] = multiply(powersOfTen128[38], powersOfTen128[i]);
+  return powers;
+}();
 
 UInt256 divideByWord(const UInt256& n, const Divisor& divisor, UInt128& remainder) noexcept {
   UInt256 quotient;
@@ -95,22 +94,12 @@ UInt128 divide(UInt128 n, UInt128 divisor, UInt128& remainder) noexcept {
   return WideDivisor(divisor).divide(n, remainder);
 }
 
-UInt256 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept {
-  if (power < 20) return divideByWord(n, tenDivisor(power), remainder);
-  return wideTenDivisor(power).divide(n, remainder);
-}
-
-UInt128 divideByPowerOfTen(UInt128 n, int power, UInt128& remainder) noexcept {
-  if (power < 20) return divideByWord(n, tenDivisor(power), remainder);
-  return wideTenDivisor(power).divide(n, remainder);
-}
-
 int digitCount(const UInt256& n) noexcept {
   if (n.high() == 0) return digitCount(n.low());
   const int top = n.word[3] != 0 ? 3 : 2;
   const int bits = 64 * (top + 1) - std::countl_zero(n.word[top]);
   const int digits = bits * 1233 >> 12;
-  return digits + (n >= multiply(powerOfTen(38), powerOfTen(digits - 38)) ? 1 : 0);
+  return digits + (n >= powersOfTen256[static_cast<std::size_t>(digits - 38)] ? 1 : 0);
 }
 
 }  // namespace norvik::detail

@@ -46,7 +46,7 @@ inline constexpr UInt256 operator-(const UInt256& a, const UInt256& b) noexcept 
   return {a.high() - b.high() - (a.low() < b.low() ? 1u : 0u), a.low() - b.low()};
 }
 
-inline UInt256 multiply(UInt128 a, UInt128 b) noexcept {
+inline constexpr UInt256 multiply(UInt128 a, UInt128 b) noexcept {
   const UInt128 ll = static_cast<UInt128>(low64(a)) * low64(b), lh = static_cast<UInt128>(low64(a)) * high64(b);
   const UInt128 hl = static_cast<UInt128>(high64(a)) * low64(b), hh = static_cast<UInt128>(high64(a)) * high64(b);
   const UInt128 middle = static_cast<UInt128>(high64(ll)) + low64(lh) + low64(hl);
@@ -57,9 +57,29 @@ inline UInt256 multiply(UInt128 a, UInt128 b) noexcept {
 UInt256 divide(const UInt256& n, UInt128 divisor, UInt128& remainder) noexcept;
 UInt128 divide(UInt128 n, UInt128 divisor, UInt128& remainder) noexcept;
 
-/// n / 10^power for a power of at most 38, with precomputed reciprocals.
-UInt256 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept;
-UInt128 divideByPowerOfTen(UInt128 n, int power, UInt128& remainder) noexcept;
+/// The reciprocals of the powers of ten from 10^1 to 10^38, as long as their bits.
+inline constexpr auto wideTenReciprocals = [] {
+  std::array<UInt128, 38> reciprocals{};
+  for (std::size_t i = 0; i < reciprocals.size(); ++i) reciprocals[i] = tableReciprocal(powersOfTen128[i + 1]);
+  return reciprocals;
+}();
+
+/// n / 10^power for a power from 1 to 38 and a quotient below 2^127.
+inline UInt128 divideByPowerOfTen(const UInt256& n, int power, UInt128& remainder) noexcept {
+  const UInt128 divisor = powerOfTen(power);
+  // Without the bits below the divisor's first bit, the estimate is at most two below the quotient. The remainder then
+  // fits in 128 bits, because 3 * 10^38 does.
+  const int below = bitLength(divisor) - 1;
+  UInt128 quotient = highProduct(n.high() << (128 - below) | n.low() >> below,
+                                 wideTenReciprocals[static_cast<std::size_t>(power - 1)]);
+  remainder = n.low() - quotient * divisor;
+  for (int i = 0; i < 2; ++i) {
+    const UInt128 more = 0 - static_cast<UInt128>(remainder >= divisor);  // a branch would often be mispredicted
+    quotient -= more;
+    remainder -= divisor & more;
+  }
+  return quotient;
+}
 
 /// The same for 128 bits.
 inline int digitCount(UInt128 n) noexcept {
