@@ -21,8 +21,9 @@ class NK_EXPORT NKMonetaryTermDecimalNumberFormatter : public NKDecimalFormatter
   static void defineMaxDecimalTerm(std::optional<Decimal> maximum, std::optional<Decimal> minDecimalTerm);
 
   /// The number as a money amount in the library's default locale, whatever the user's locale. Any thread. The main
-  /// thread keeps one formatter, with the bounds of its first call, and reuses it; on other threads each call creates a
-  /// formatter, which takes some tens of microseconds. If a maximum is defined, a number with more integer digits than
+  /// thread keeps one formatter, with the bounds of its first call, and reuses it. Other threads use the bounds that
+  /// are defined at the time of the call; each keeps a formatter until other bounds are defined or the thread ends, and
+  /// its first call takes some tens of microseconds. If a maximum is defined, a number with more integer digits than
   /// the maximum's text has characters loses its first digits, so define bounds that hold for totals too.
   [[nodiscard]] static NSString nk_stringFromNumber(const NSNumber& number);
 

@@ -9,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <latch>
 #include <thread>
+#include <vector>
 
 using namespace norvik;
 
@@ -96,7 +99,7 @@ TEST_F(TermDecimalNumberFormatters, TheMoneyTextIsTheSameOnAnyThread) {
   EXPECT_EQ(onOther, "1,234.50");
 }
 
-TEST_F(TermDecimalNumberFormatters, TheMainThreadKeepsItsFirstFormatterAndOthersMakeOneForEachCall) {
+TEST_F(TermDecimalNumberFormatters, TheMainThreadKeepsItsFirstBoundsAndOthersUseThoseOfTheTime) {
   NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(10, 0);
   EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")), "1,234.50");
   NSString first, second;
@@ -108,6 +111,51 @@ TEST_F(TermDecimalNumberFormatters, TheMainThreadKeepsItsFirstFormatterAndOthers
   EXPECT_EQ(first, "34.50") << "the bound 10 has two characters";
   EXPECT_EQ(second, "234.50");
   EXPECT_EQ(NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")), "1,234.50");
+}
+
+TEST_F(TermDecimalNumberFormatters, ManyThreadsWriteMoneyWhileOtherBoundsAreDefined) {
+  constexpr int threads = 4, texts = 500;
+  std::latch start(threads + 1);
+  std::array<int, threads> wrong{};
+  std::vector<std::thread> writers;
+  for (int i = 0; i < threads; ++i) {
+    writers.emplace_back([&, i] {
+      start.arrive_and_wait();
+      for (int n = 0; n < texts; ++n) {
+        const NSString text = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5"));
+        if (text != "1,234.50" && text != "34.50") ++wrong[static_cast<std::size_t>(i)];
+      }
+    });
+  }
+  start.arrive_and_wait();
+  for (int n = 0; n < 100; ++n) {
+    NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(10, 0);
+    NKMonetaryTermDecimalNumberFormatter::defineMaxDecimalTerm(9999, 0);
+  }
+  for (std::thread& each : writers) each.join();
+  EXPECT_EQ(wrong, (std::array<int, threads>{}));
+  NSString last;
+  std::thread([&] { last = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5")); }).join();
+  EXPECT_EQ(last, "1,234.50");
+}
+
+/// Writes money when its thread ends, after the thread's formatter is destroyed.
+struct WritesAtTheEnd {
+  NSString* text = nullptr;
+  ~WritesAtTheEnd() {
+    if (text) *text = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5"));
+  }
+};
+thread_local WritesAtTheEnd writesAtTheEnd;
+
+TEST_F(TermDecimalNumberFormatters, AThreadWritesMoneyWhileItsThreadLocalObjectsAreDestroyed) {
+  NSString during, atTheEnd;
+  std::thread([&] {
+    writesAtTheEnd.text = &atTheEnd;  // made first, so destroyed last
+    during = NKMonetaryTermDecimalNumberFormatter::nk_stringFromNumber(dec("1234.5"));
+  }).join();
+  EXPECT_EQ(during, "1,234.50");
+  EXPECT_EQ(atTheEnd, "1,234.50");
 }
 
 TEST_F(TermDecimalNumberFormatters, AreSetUpAnewWhenTheyAreDecoded) {

@@ -42,22 +42,42 @@ std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
   return isAsciiByWords(bytes) ? asciiBit : detail::holdsHalves(bytes) ? halvesBit : 0;
 }
 
-NSString NSString::reading(const char* text) {
-  if (text == nullptr) NSException::raise(NSInvalidArgumentException, "NSString: the text is a null pointer");
-  return fromBytes(text);
+void NSString::copyBytes(std::string_view bytes) {
+  constexpr std::size_t longest = 128;
+  if (bytes.size() - 8 <= longest - 8) [[likely]] {
+    char* copy = newBytes(bytes.size());
+    data_ = copy;
+    if (detail::copyingIsAscii(copy, bytes)) [[likely]] {
+      bits_ = bytes.size() << sizeShift | countedBit | asciiBit;
+      return;
+    }
+    bits_ = bytes.size() << sizeShift | countedBit;
+    if (isValidByWords(bytes)) return;
+    release();
+    bits_ = 0;  // fromBytes may raise
+  }
+  *this = fromBytes(bytes);
 }
+
+void NSString::raiseNullPointer() {
+  NSException::raise(NSInvalidArgumentException, "NSString: the text is a null pointer");
+}
+
+NSString NSString::reading(const char* text) { return text; }
 
 void NSString::releaseStorage() noexcept {
   detail::StringStorage* const header = storage();
-  if (header->references.subtractAcquireRelease(1) != 1) return;
-  delete header->index.loadRelaxed();
+  // The only owner needs no locked subtraction, because no other thread can take a reference from it meanwhile.
+  if (header->references.loadAcquire() != 1 && header->references.subtractAcquireRelease(1) != 1) return;
+  if (const detail::StringIndex* index = header->index.loadRelaxed()) [[unlikely]]
+    delete index;
   header->~StringStorage();
   ::operator delete(header);
 }
 
 std::optional<NSString> NSString::fromUtf8(std::string_view text) {
   if (!isValidByWords(text)) return std::nullopt;
-  return copying(text);
+  return NSString(text);
 }
 
 NSString NSString::fromBytes(std::string_view bytes) {
@@ -168,8 +188,9 @@ NSUInteger NSString::length() const {
 }
 
 char16_t NSString::characterAtIndex(NSUInteger index) const {
-  if (index >= length()) raiseBeyondEnd("characterAtIndex", index);
-  const detail::StringPlace at = place(index);
+  const detail::StringIndex* const known = isAscii() ? nullptr : this->index();
+  if (index >= (known != nullptr ? known->length() : length())) raiseBeyondEnd("characterAtIndex", index);
+  const detail::StringPlace at = known != nullptr ? known->place(view(), index) : place(index);
   const char32_t point = utf8::decode(data_ + at.byte).point;
   if (at.secondHalf) return utf8::lowHalf(point);
   return point < 0x10000 ? static_cast<char16_t>(point) : utf8::highHalf(point);

@@ -287,6 +287,10 @@ class NK_EXPORT NSString {
   /// A counted text of these bytes, which are UTF-8 except for lone halves, no two of which form a pair.
   [[nodiscard]] static NSString copying(std::string_view bytes);
   [[nodiscard]] static std::size_t flagsOf(std::string_view bytes) noexcept;
+  /// Makes a new object the text of these bytes, as fromBytes() does.
+  void copyBytes(std::string_view bytes);
+  [[noreturn]] static void raiseNullPointer();
+  /// Programs that were compiled with version 0.2.0 call this for a literal.
   [[nodiscard]] static NSString reading(const char* text);
   [[nodiscard]] static NSString concatenating(std::string_view a, std::string_view b);
   [[nodiscard]] NSString withAppended(std::string_view text) const;
@@ -415,7 +419,7 @@ constexpr NSString::NSString(std::string_view text) {
   if (std::is_constant_evaluated()) {
     borrowConstant(text);
   } else {
-    *this = fromBytes(text);
+    copyBytes(text);
   }
 }
 
@@ -423,7 +427,8 @@ constexpr NSString::NSString(const char* text) {
   if (std::is_constant_evaluated()) {
     borrowConstant(text);
   } else {
-    *this = reading(text);
+    if (text == nullptr) raiseNullPointer();
+    copyBytes(text);  // the compiler knows the length of a literal
   }
 }
 

@@ -1,12 +1,12 @@
 // Compares a date formatter that is kept with ICU's own kept formatter on the same pattern, and calendar fields in
 // London with ICU's calendar.
 //
-// 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds, g++ 12.2, -O2; CPU ns,
-// medians of 7 interleaved runs:
-//   log stamp in London 168, ICU 6144 (37 times as fast)     date, shuffled, in London 83, ICU 3483 (42)
-//   date and time in UTC 85, ICU 2545 (30)                   payment date 95, ICU 1493 (16)
-//   message date in London 117, ICU 2670 (23)                words in London 100, ICU 2627 (26)
-//   hour in London 41, ICU 570 (14)
+// 2026-11-23, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores, very busy, g++ 12.2, -O2; CPU ns, medians of 5
+// runs:
+//   log stamp in London 41, ICU 3018 (73 times as fast)      date, shuffled, in London 46, ICU 1536 (33)
+//   date and time in UTC 33, ICU 1960 (59)                   payment date 61, ICU 1125 (18)
+//   message date in London 74, ICU 2021 (27)                 words in London 56, ICU 1955 (35)
+//   hour in London 27, ICU 306 (11)
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 
 #include <benchmark/benchmark.h>

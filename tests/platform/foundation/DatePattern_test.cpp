@@ -65,12 +65,40 @@ TEST(DatePattern, WritesEveryField) {
   const struct {
     const char *pattern, *expected;
   } rows[] = {
-      {"y", "2021"},        {"yy", "21"},     {"yyyyy", "02021"}, {"YYYY-w", "2021-19"}, {"ww", "19"},
-      {"M", "5"},           {"L/LL", "5/05"}, {"d", "10"},        {"ddd", "010"},        {"D", "130"},
-      {"Q/qq", "2/02"},     {"H", "13"},      {"h", "1"},         {"hh", "01"},          {"K", "1"},
-      {"k", "13"},          {"m:s", "14:15"}, {"S", "0"},         {"SS", "01"},          {"SSSSS", "01600"},
-      {"Z", "+0100"},       {"", ""},         {"''", "'"},        {"'at' H", "at 13"},   {"H 'o''clock'", "13 o'clock"},
+      {"y", "2021"},
+      {"yy", "21"},
+      {"yyyyy", "02021"},
+      {"YYYY-w", "2021-19"},
+      {"ww", "19"},
+      {"M", "5"},
+      {"L/LL", "5/05"},
+      {"d", "10"},
+      {"ddd", "010"},
+      {"D", "130"},
+      {"Q/qq", "2/02"},
+      {"H", "13"},
+      {"h", "1"},
+      {"hh", "01"},
+      {"K", "1"},
+      {"k", "13"},
+      {"m:s", "14:15"},
+      {"S", "0"},
+      {"SS", "01"},
+      {"SSSSS", "01600"},
+      {"Z", "+0100"},
+      {"", ""},
+      {"''", "'"},
+      {"'at' H", "at 13"},
+      {"H 'o''clock'", "13 o'clock"},
       {"dd.MM.", "10.05."},
+      {"dd/MM/yyyy HH:mm:ss", "10/05/2021 13:14:15"},
+      {"yyyyMMdd'T'HHmmss", "20210510T131415"},
+      {"yyMMdd", "210510"},
+      {"dd--MM", "10--05"},
+      {"dd''MM", "10'05"},
+      {"dd\u00A0MM", "10\u00A005"},
+      {"-dd-MM", "-10-05"},
+      {"ddd/MMd", "010/0510"},
   };
   for (const auto& row : rows) EXPECT_EQ(written(row.pattern, afternoon), row.expected) << row.pattern;
 }
@@ -117,6 +145,7 @@ TEST(DatePattern, LeavesOtherYearsAndOddOffsetsAlone) {
   EXPECT_EQ(written("yyyy", {referenceDay(1, 1, 1)}), "0001");
   EXPECT_EQ(written("yyyy", {referenceDay(0, 12, 31)}), "");
   EXPECT_EQ(written("YYYY", {referenceDay(1, 1, 1)}), "0001");
+  EXPECT_EQ(written("yy/yyyy", {referenceDay(205, 1, 1)}), "05/0205");
   EXPECT_EQ(written("Z", {0, 0, 0, -75}), "");
 }
 
@@ -125,6 +154,13 @@ TEST(DatePattern, StaysWithinItsLength) {
   for (int i = 0; i < 28; ++i) longest += "yyyyyyyyyd";  // 28 times 9 and 4 digits at most
   EXPECT_FALSE(DatePattern::compile(longest));
   EXPECT_EQ(written(longest.substr(0, 190), afternoon).size(), 209u);
+  std::string pairs;
+  for (int i = 0; i < 64; ++i) pairs += "dd/";  // longest counts four digits for each number, however many it has
+  EXPECT_FALSE(DatePattern::compile(pairs));
+  for (const std::size_t count : {50u, 51u}) {
+    const std::string pattern = pairs.substr(0, 3 * count) + "-";
+    EXPECT_EQ(written(pattern, afternoon).size(), pattern.size()) << count;
+  }
   const DateNames& british = DateNames::ofLocale(icu::Locale("en", "GB"));
   std::string names;
   for (int i = 0; i < 28; ++i) names += i % 2 == 0 ? "MMMM" : "LLLL";

@@ -1,11 +1,14 @@
-// How far a look-up walks, counted in characters passed; time is not measured.
+// How far a look-up walks, counted in bytes; time is not measured.
 #include "NorvikCore/platform/values/NSString.h"
 #include "NorvikCore/platform/values/internal/StringIndex.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
+#include <random>
 #include <string>
+#include <string_view>
 
 namespace norvik {
 namespace {
@@ -28,7 +31,51 @@ TEST(NSStringIndex, EveryLookUpWalksAtMostOneStrideHoweverLongTheText) {
       (void)index.place(text, unit, &steps);
       longest = std::max(longest, steps);
     }
-    EXPECT_LE(longest, 128u) << times;
+    EXPECT_LE(longest, 48u) << times << ", 16 units of three bytes";
+  }
+}
+
+/// Each unit's place and each character's unit, counted one character at a time.
+void expectTheSameAsCounting(const std::string& text) {
+  const detail::StringIndex index(text);
+  std::size_t unit = 0;
+  for (std::size_t byte = 0; byte < text.size();) {
+    const utf8::Character character = utf8::decode(text.data() + byte);
+    for (const std::size_t half : {0u, 1u}) {
+      if (half == 1 && character.point < 0x10000) continue;
+      for (const detail::StringPlace place :
+           {index.place(text, unit + half), detail::walkUnits(text, {}, unit + half)}) {
+        ASSERT_EQ(place.byte, byte) << unit + half;
+        ASSERT_EQ(place.secondHalf, half == 1) << unit + half;
+      }
+    }
+    ASSERT_EQ(index.unit(text, byte), unit);
+    byte += character.size;
+    unit += character.point < 0x10000 ? 1 : 2;
+  }
+  EXPECT_EQ(index.length(), unit);
+  EXPECT_EQ(index.unit(text, text.size()), unit);
+  EXPECT_EQ(index.place(text, unit).byte, text.size());
+  EXPECT_FALSE(index.place(text, unit).secondHalf);
+}
+
+TEST(NSStringIndex, FindsEveryUnitInAnyMixOfCharacters) {
+  const std::string_view characters[] = {"a", "é", "€", "💷", "í ½", "í²·"};
+  std::mt19937 random(1);
+  for (const std::size_t count : {0u, 1u, 7u, 8u, 9u, 15u, 16u, 17u, 300u, 1000u}) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) text += characters[random() % std::size(characters)];
+    expectTheSameAsCounting(text);
+  }
+}
+
+TEST(NSStringIndex, FindsEveryUnitBesideTheEdgesOfItsBlocks) {
+  for (const std::string_view each : {"€", "💷", "é"}) {  // three bytes a unit are the longest distance
+    for (const std::string_view first : {"", "a"}) {     // with "a", blocks begin within a pair
+      std::string text(first);
+      while (text.size() < 3 * 2 * 8192 + 100) text += each;
+      expectTheSameAsCounting(text);
+    }
   }
 }
 
@@ -53,7 +100,7 @@ TEST(NSStringIndex, GivesThePlaceOfEveryUnitAndTheUnitOfEveryCharacter) {
 TEST(NSStringIndex, WalkingCountsItsSteps) {
   std::size_t steps = 0;
   (void)detail::walkUnits(repeated(1000), {}, 2999, &steps);
-  EXPECT_EQ(steps, 1999u);  // two characters per three units; the last is entered but not passed
+  EXPECT_EQ(steps, 5996u);  // six bytes per three units; the last pair is entered but not passed
 }
 
 TEST(NSStringIndex, TextUsesOneIndexForAllItsCopies) {

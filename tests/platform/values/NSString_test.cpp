@@ -164,6 +164,22 @@ TEST(NSString, RefusesANullPointer) {
             "NSString: the text is a null pointer");
 }
 
+TEST(NSString, IsMadeFromTextOfAnyLength) {
+  for (std::size_t size = 0; size <= 300; ++size) {
+    const std::string plain(size, 'a');
+    EXPECT_EQ(NSString(plain.c_str()).view(), plain);
+    EXPECT_TRUE(NSString(plain.c_str()).isAscii());
+    const NSString before = "\u00E9" + plain, after = plain + "\u00E9", refused = plain + "\xE9";
+    EXPECT_EQ(before.view(), "\u00E9" + plain);
+    EXPECT_EQ(after.view(), plain + "\u00E9");
+    EXPECT_FALSE(before.isAscii() || after.isAscii());
+    EXPECT_TRUE(before.isWellFormed() && after.isWellFormed());
+    EXPECT_EQ(after.length(), size + 1);
+    EXPECT_EQ(refused.view(), plain + "\xED\xB3\xA9") << "U+DCE9 for the byte E9";
+    EXPECT_FALSE(refused.isWellFormed());
+  }
+}
+
 TEST(NSString, KeepsItsOwnCopyOfWhatItIsMadeFrom) {
   std::string source = "before";
   const NSString text = source;

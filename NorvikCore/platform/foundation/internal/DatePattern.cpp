@@ -29,6 +29,9 @@ char* writeOffset(char* out, std::int32_t seconds) noexcept {
   return writeNumber(writeNumber(out, minutes / 60, 2), minutes % 60, 2);
 }
 
+/// The fields that may be pairs. write() has their numbers in this order, then the century.
+constexpr std::string_view pairFields = "yMdHms";
+
 /// The index, from 0, of the name among the field's names.
 std::size_t nameIndex(char field, const CivilDate& date, std::uint32_t hour, std::int64_t day) noexcept {
   switch (field) {
@@ -57,7 +60,7 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
   bool isInText = false;
   const auto appendLiteral = [&](char c) {
     if (!isInText || compiled.items_.back().size == 255)
-      compiled.items_.push_back({0, 0, static_cast<std::uint16_t>(compiled.literals_.size()), false});
+      compiled.items_.push_back({Kind::Text, 0, 0, static_cast<std::uint16_t>(compiled.literals_.size())});
     ++compiled.items_.back().size;
     compiled.literals_ += c;
     ++longest;
@@ -66,7 +69,7 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
   const auto appendName = [&](char field, std::size_t count) {
     const std::vector<std::string>* words = names ? names->of(field, count) : nullptr;
     if (!words) return false;
-    compiled.items_.push_back({field, 0, static_cast<std::uint16_t>(compiled.words_.size()), true});
+    compiled.items_.push_back({Kind::Name, field, 0, static_cast<std::uint16_t>(compiled.words_.size())});
     std::size_t longestWord = 0;
     for (const std::string& word : *words) {
       if (word.size() > maximalLength || compiled.literals_.size() > 0x7000) return false;
@@ -104,7 +107,7 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
     if (appendName(c, count)) continue;
     const bool mayBeWords = c == 'M' || c == 'L' || c == 'Q' || c == 'q';
     if (known.find(c) == std::string_view::npos || count > (mayBeWords ? 2 : c == 'Z' ? 3 : 9)) return std::nullopt;
-    compiled.items_.push_back({c, static_cast<std::uint8_t>(count), 0, false});
+    compiled.items_.push_back({Kind::Number, c, static_cast<std::uint8_t>(count), 0});
     longest += c == 'Z' ? 5 : count < 4 ? 4 : count;
     compiled.needsWeek_ |= c == 'Y' || c == 'w';
     compiled.needsOffset_ |= c == 'Z';
@@ -113,7 +116,29 @@ std::optional<DatePattern> DatePattern::compile(std::string_view pattern, const 
     hasMillisecond = true;
   }
   if (isQuoted || longest > maximalLength) return std::nullopt;
+  if (longest < maximalLength) compiled.formPairs();
   return compiled;
+}
+
+void DatePattern::formPairs() {
+  std::vector<Item> formed;
+  for (const Item& item : items_) {
+    const std::size_t pair =
+        item.kind == Kind::Number && item.size == 2 ? pairFields.find(item.field) : pairFields.npos;
+    if (pair != pairFields.npos) {
+      formed.push_back({Kind::Pair, 0, 2, static_cast<std::uint16_t>(pair)});
+    } else if (item.kind == Kind::Number && item.size == 4 && item.field == 'y') {
+      formed.push_back({Kind::Pair, 0, 2, pairFields.size()});
+      formed.push_back({Kind::Pair, 0, 2, 0});
+    } else if (item.kind == Kind::Text && item.size == 1 && !formed.empty() && formed.back().kind == Kind::Pair &&
+               formed.back().size == 2) {
+      formed.back().field = literals_[item.start];
+      formed.back().size = 3;
+    } else {
+      formed.push_back(item);
+    }
+  }
+  items_ = std::move(formed);
 }
 
 void DatePattern::writeMillisecond(char* text, std::int32_t millisecond) noexcept {
@@ -135,32 +160,32 @@ std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields
     if (week.year < 1 || week.year > 9999) return 0;
   }
 
+  const std::uint32_t pairs[pairFields.size() + 1] = {
+      year % 100, static_cast<std::uint32_t>(date.month), static_cast<std::uint32_t>(date.day), hour, minute, second,
+      year / 100};
   char* out = text;
   for (const Item& item : items_) {
     const std::uint32_t size = item.size;
-    if (item.isName) {
+    if (item.kind == Kind::Pair) [[likely]] {
+      writeDigitPair(out, pairs[item.start]);
+      out[2] = item.field;  // without a sign, the next item overwrites it
+      out += size;
+      continue;
+    }
+    if (item.kind == Kind::Name) {
       const Word& word = words_[item.start + nameIndex(item.field, date, hour, fields.day)];
       std::memcpy(out, literals_.data() + word.start, word.size);
       out += word.size;
       continue;
     }
+    if (item.kind == Kind::Text) {
+      std::memcpy(out, literals_.data() + item.start, size);
+      out += size;
+      continue;
+    }
     switch (item.field) {
-      case 0:
-        if (size == 1) {
-          *out++ = literals_[item.start];
-        } else {
-          std::memcpy(out, literals_.data() + item.start, size);
-          out += size;
-        }
-        break;
       case 'y':
-        if (size == 4) {
-          writeDigitPair(out, year / 100);
-          writeDigitPair(out + 2, year % 100);
-          out += 4;
-        } else {
-          out = writeNumber(out, size == 2 ? year % 100 : year, size);
-        }
+        out = writeNumber(out, size == 2 ? year % 100 : year, size);
         break;
       case 'Y': {
         const auto weekYear = static_cast<std::uint32_t>(week.year);

@@ -60,13 +60,16 @@ class NK_EXPORT_FOR_TESTS DatePattern {
 
  private:
   DatePattern() = default;
+  void formPairs();
 
-  /// A field of digits, a field in words, or a piece of literal text.
+  enum class Kind : std::uint8_t { Text, Number, Name, Pair };
+  /// A piece of literal text, a field of digits, a field in words, or a pair: a number of two digits, with the sign
+  /// behind it. Most patterns consist of pairs, which are written without a decision for each.
   struct Item {
-    char field;  // 0 for text
-    std::uint8_t size;
-    std::uint16_t start;  // in the literals, or the index of the first word
-    bool isName = false;
+    Kind kind;
+    char field;           // of a Number or Name; the sign of a Pair
+    std::uint8_t size;    // of the Pair with its sign: 2 or 3
+    std::uint16_t start;  // of Text, in the literals; the first word of a Name; which number of a Pair
   };
   struct Word {
     std::uint16_t start, size;

@@ -3,6 +3,7 @@
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/Utf8.h"
+#include "NorvikCore/platform/values/internal/Utf8Words.h"
 
 #include <algorithm>
 #include <map>
@@ -14,35 +15,55 @@
 namespace norvik::detail {
 
 StringPlace walkUnits(std::string_view text, StringPlace from, std::size_t units, std::size_t* steps) noexcept {
-  std::size_t left = units + (from.secondHalf ? 1 : 0), at = from.byte, passed = 0;
-  for (; left > 0 && at < text.size(); ++passed) {
-    const unsigned char lead = utf8::byteAt(text.data() + at);
-    if (lead >= 0xF0 && left == 1) break;
-    left -= lead >= 0xF0 ? 2 : 1;
-    at += lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  std::size_t left = units + (from.secondHalf ? 1 : 0), at = from.byte;
+  // The place is in the first character whose units reach beyond `left`. Its continuation bytes add none, so a word may
+  // begin within a character.
+  for (; text.size() - at >= 8; at += 8) {
+    const std::uint64_t reached = unitsReachedInWord(text.data() + at);
+    const std::size_t inWord = reached >> 56;
+    if (inWord > left) {
+      const std::size_t byte = firstByteBeyond(reached, left);
+      if (steps != nullptr) *steps += at + byte - from.byte;
+      return {at + byte, left != unitsBefore(reached, byte)};
+    }
+    left -= inWord;
   }
-  if (steps != nullptr) *steps += passed;
+  for (; at < text.size(); ++at) {
+    const std::size_t ofByte = utf8::unitCount(text.substr(at, 1));
+    if (ofByte > left) break;
+    left -= ofByte;
+  }
+  if (steps != nullptr) *steps += at - from.byte;
   return {at, left == 1};
 }
 
-StringIndex::StringIndex(std::string_view text) : length_(utf8::unitCount(text)) {
+StringIndex::StringIndex(std::string_view text) : length_(unitCountByWords(text)) {
   marks_.reserve(length_ / stride + 1);
-  marks_.push_back({});
-  for (std::size_t unit = stride; unit <= length_; unit += stride) {
-    marks_.push_back(walkUnits(text, marks_.back(), stride));
+  blocks_.reserve(length_ / blockUnits + 1);
+  StringPlace at;
+  for (std::size_t unit = 0; unit <= length_; unit += stride) {
+    if (unit != 0) at = walkUnits(text, at, stride);
+    if (unit % blockUnits == 0) blocks_.push_back(at.byte);
+    marks_.push_back(static_cast<std::uint16_t>(2 * (at.byte - blocks_.back()) + (at.secondHalf ? 1 : 0)));
   }
 }
 
 StringPlace StringIndex::place(std::string_view text, std::size_t unit, std::size_t* steps) const noexcept {
-  return walkUnits(text, marks_[unit / stride], unit % stride, steps);
+  return walkUnits(text, placeOfMark(unit / stride), unit % stride, steps);
 }
 
 std::size_t StringIndex::unit(std::string_view text, std::size_t byte) const noexcept {
-  const auto after = std::upper_bound(marks_.begin(), marks_.end(), byte,
-                                      [](std::size_t wanted, const StringPlace& mark) { return wanted < mark.byte; });
-  const auto mark = after - 1;  // the first mark is at byte 0
-  const std::size_t unitOfMark = static_cast<std::size_t>(mark - marks_.begin()) * stride;
-  return unitOfMark - (mark->secondHalf ? 1 : 0) + utf8::unitCount(text.substr(mark->byte, byte - mark->byte));
+  const auto block = static_cast<std::size_t>(std::ranges::upper_bound(blocks_, byte) - blocks_.begin()) - 1;
+  const auto first = marks_.begin() + static_cast<std::ptrdiff_t>(block * marksPerBlock);
+  const auto last = std::min(first + static_cast<std::ptrdiff_t>(marksPerBlock), marks_.end());
+  const std::size_t distance = byte - blocks_[block];
+  const auto mark = std::upper_bound(first, last, distance,
+                                     [](std::size_t wanted, std::uint16_t each) { return wanted < each / 2u; }) -
+                    1;  // the first mark of a block is at its first byte
+  const auto number = static_cast<std::size_t>(mark - marks_.begin());
+  const StringPlace nearest = placeOfMark(number);
+  return number * stride - (nearest.secondHalf ? 1 : 0) +
+         unitCountByWords(text.substr(nearest.byte, byte - nearest.byte));
 }
 
 const StringIndex& permanentIndex(std::string_view text) {

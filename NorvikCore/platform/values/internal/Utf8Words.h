@@ -9,6 +9,7 @@
 
 #include "NorvikCore/platform/values/Utf8.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -43,6 +44,22 @@ namespace norvik::detail {
   return isAsciiWord(last);
 }
 
+/// Copies the text, of eight bytes or more, and returns whether it is ASCII. For texts of a line or less, which it
+/// reads only once, it is faster than a copy after a check.
+[[nodiscard]] inline bool copyingIsAscii(char* to, std::string_view text) noexcept {
+  std::uint64_t all = 0;
+  const auto copyWord = [&](std::size_t at) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    std::memcpy(to + at, &word, sizeof word);
+    all |= word;
+  };
+  const std::size_t last = text.size() - 8;
+  for (std::size_t at = 0; at < last; at += 8) copyWord(at);
+  copyWord(last);
+  return (all & 0x8080808080808080u) == 0;
+}
+
 [[nodiscard]] inline bool isValidByWords(std::string_view text) noexcept {
   if (text.size() < 8) return utf8::isValid(text);
   const char* const last = text.data() + text.size() - 8;
@@ -59,18 +76,44 @@ namespace norvik::detail {
   return isAsciiWord(last) || utf8::isValid(text);
 }
 
+inline constexpr std::uint64_t oneInEachByte = 0x0101010101010101u;
+
+/// The UTF-16 units of each of the word's bytes: 0 for a continuation byte, 2 for the first of four bytes, else 1.
+[[nodiscard]] inline std::uint64_t unitsOfBytes(std::uint64_t word) noexcept {
+  const std::uint64_t continuations = word >> 7 & ~word >> 6 & oneInEachByte;
+  const std::uint64_t pairs = word >> 7 & word >> 6 & word >> 5 & word >> 4 & oneInEachByte;
+  return oneInEachByte - continuations + pairs;
+}
+
 [[nodiscard]] inline std::size_t unitCountByWords(std::string_view text) noexcept {
-  constexpr std::uint64_t ones = 0x0101010101010101u;
   std::size_t units = 0;
   for (; text.size() >= 8; text.remove_prefix(8)) {
     std::uint64_t word;
     std::memcpy(&word, text.data(), sizeof word);
-    // One bit per byte: a continuation byte, which is no unit; the first of four bytes, which are two units.
-    const std::uint64_t continuations = word >> 7 & ~word >> 6 & ones;
-    const std::uint64_t pairs = word >> 7 & word >> 6 & word >> 5 & word >> 4 & ones;
-    units += ((ones - continuations + pairs) * ones) >> 56;
+    units += (unitsOfBytes(word) * oneInEachByte) >> 56;
   }
   return units + utf8::unitCount(text);
+}
+
+/// For each of the eight bytes at `text`, how many UTF-16 units begin in the bytes up to and including it. The first
+/// byte's number is in the lowest eight bits, the last one's in the highest.
+[[nodiscard]] inline std::uint64_t unitsReachedInWord(const char* text) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, text, sizeof word);
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return unitsOfBytes(word) * oneInEachByte;  // the product's bytes are the sums from the lowest byte on
+}
+
+/// The first byte up to which more than `units` units begin. There must be one.
+[[nodiscard]] inline std::size_t firstByteBeyond(std::uint64_t reached, std::size_t units) noexcept {
+  // No byte overflows, because eight bytes begin nine units at most.
+  const std::uint64_t beyond = (reached + (127 - units) * oneInEachByte) & (oneInEachByte << 7);
+  return static_cast<std::size_t>(std::countr_zero(beyond)) / 8;
+}
+
+/// How many units begin before that byte.
+[[nodiscard]] inline std::size_t unitsBefore(std::uint64_t reached, std::size_t byte) noexcept {
+  return (reached << 8) >> (8 * byte) & 0xFF;
 }
 
 }  // namespace norvik::detail
