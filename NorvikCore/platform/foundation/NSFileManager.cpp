@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
+#include "NorvikCore/platform/kernel/ReplaceFile.h"
 
 #include <errno.h>
 
