@@ -27,8 +27,8 @@ namespace norvik {
 /// The selectors of the methods that the class itself declares, including accessors. Class operations are not included,
 /// because they are not methods of its objects.
 [[nodiscard]] NK_EXPORT Ref<NSArray> mk_methodList(const Class& theClass);
-/// The same without accessors. A method is left out if its name, ignoring case, is that of a property of the class or a
-/// superclass, or "set", such a name and a colon, or ".cxx_destruct".
+/// The same without accessors: getters and setters of properties of the class and its superclasses. Their names are
+/// compared without case. ".cxx_destruct" is left out too.
 [[nodiscard]] NK_EXPORT Ref<NSArray> mk_methodListOnly(const Class& theClass);
 
 template <class T>

@@ -97,7 +97,7 @@ enum TSKDeadlockBehavior : std::int64_t {
 enum TSKTimerBehavior : std::int64_t {
   TSKTimerKeepEarliest = 0,  ///< the earlier of the two times stays
   TSKTimerRestart = 1,       ///< the new time replaces the old one
-  TSKTimerThrottle = 2,      ///< fires at once, but not before one interval has passed since the last planned time
+  TSKTimerThrottle = 2,      ///< fires at once if an interval has passed since the last planned time, else then
 };
 
 /// Keys for dispatch_get_specific() in the running code.

@@ -74,7 +74,15 @@ void mistake(Decimal amount, Date payday, const NSString& name, const Value& val
   take(payday + std::chrono::months(1));
 #elif SHOULD_NOT_COMPILE == 19  // months and years differ in length: use nk_addMonths() or nk_addYears()
   payday -= std::chrono::years(1);
-#elif SHOULD_NOT_COMPILE == 17  // no match for | invalid operands to binary expression
+#elif SHOULD_NOT_COMPILE == 17  // ADoubleIsNotExact_WriteALiteralLike_1_50_dec
   static_cast<void>(amount * 0.2);
+#elif SHOULD_NOT_COMPILE == 20  // ADoubleIsNotExact_WriteALiteralLike_1_50_dec
+  static_cast<void>(1.5 + amount);
+#elif SHOULD_NOT_COMPILE == 21  // ADoubleIsNotExact_WriteALiteralLike_1_50_dec
+  static_cast<void>(amount == 1.5);
+#elif SHOULD_NOT_COMPILE == 22  // make() creates objects, of classes derived from NSObject
+  static_cast<void>(make<NSString>("net"));
+#elif SHOULD_NOT_COMPILE == 23  // a Ref holds an object, of a complete class derived from NSObject
+  const Ref<NSString> held;
 #endif
 }

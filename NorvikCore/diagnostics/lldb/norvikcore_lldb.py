@@ -16,6 +16,10 @@ import time
 
 import lldb
 
+if not hasattr(lldb, 'SBDebugger'):
+    raise ImportError("lldb's own Python module is missing: install python3-lldb-14, and set "
+                      'PYTHONPATH=/usr/lib/llvm-14/lib/python3.11/dist-packages')
+
 CATEGORY = 'norvikcore'
 # Where members are in their classes, in bytes. A test compares them with those of ../gdb/norvikcore.py.
 OFFSETS = {

@@ -37,6 +37,10 @@ template <detail::ChronoDuration Duration>
 std::intptr_t dispatch_group_wait(const dispatch_group_t& group, const Duration& timeout) {
   return dispatch_group_wait(group, dispatch_time(DISPATCH_TIME_NOW, timeout));
 }
+template <detail::PlainNumber Number>
+std::intptr_t dispatch_group_wait(const dispatch_group_t&, Number) {
+  static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");
+}
 
 namespace detail {
 /// Raises for an empty handle. Called before anything is allocated, so that nothing leaks.

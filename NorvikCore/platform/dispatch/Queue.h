@@ -224,5 +224,14 @@ template <detail::ChronoDuration Duration, class F>
 void dispatch_after(const Duration& delay, const dispatch_queue_t& queue, F&& block) {
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delay), queue, std::forward<F>(block));
 }
+/// At a Date, or at a time of std::chrono's system clock.
+template <detail::WallInstant Instant, class F>
+void dispatch_after(const Instant& when, const dispatch_queue_t& queue, F&& block) {
+  dispatch_after(dispatch_walltime(when), queue, std::forward<F>(block));
+}
+template <detail::PlainNumber Number, class F>
+void dispatch_after(Number, const dispatch_queue_t&, F&&) {
+  static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");
+}
 
 }  // namespace norvik

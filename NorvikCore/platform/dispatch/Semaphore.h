@@ -36,6 +36,10 @@ template <detail::ChronoDuration Duration>
 std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, const Duration& timeout) {
   return dispatch_semaphore_wait(semaphore, dispatch_time(DISPATCH_TIME_NOW, timeout));
 }
+template <detail::PlainNumber Number>
+std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t&, Number) {
+  static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");
+}
 
 /// Gives a permit. The result is not 0 if a thread was asleep in a wait for it.
 NK_EXPORT std::intptr_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);

@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <type_traits>
 
 namespace norvik {
 
@@ -55,6 +56,14 @@ template <detail::SystemTimePoint Point>
 [[nodiscard]] NK_EXPORT dispatch_time_t dispatch_walltime(Date when) noexcept;
 
 namespace detail {
+
+/// A number that is no dispatch_time_t. A caller that passes one means seconds.
+template <class T>
+concept PlainNumber = std::is_arithmetic_v<T> && !(std::is_unsigned_v<T> && sizeof(T) == sizeof(dispatch_time_t));
+
+/// An instant of the wall clock that is no dispatch_time_t.
+template <class T>
+concept WallInstant = SystemTimePoint<T> || std::is_same_v<T, Date>;
 
 enum class ClockKind : std::uint8_t { monotonic, wall };
 

@@ -8,6 +8,7 @@
 //   to_string(gross - tax);                      // "2000.0000"
 //   *Decimal::parse("1234.50") + 1;              // 1235.50; parse accepts only the whole text
 //   (gross / 12).round(2);                       // 208.33
+//   abs(-2.50_dec), 7.50_dec % 2;                // 2.50, 1.50
 //
 // A sum, difference or product is exact if 38 digits can hold it. Its exponent is then the smaller one of the operands;
 // for a product it is their sum. The exponent of an exact quotient is the difference of the operands' exponents, or the
@@ -45,6 +46,7 @@ namespace detail {
 __extension__ typedef unsigned __int128 UInt128;
 __extension__ typedef __int128 Int128;
 struct DecimalAccess;
+struct ADoubleIsNotExact_WriteALiteralLike_1_50_dec;
 
 /// What aligns a mantissa whose exponent is greater by n: 10^n for n from 1 to 18, and 1 for n from -18 to 0.
 struct AlignmentFactors {
@@ -223,6 +225,32 @@ class NK_EXPORT Decimal {
   [[nodiscard]] friend constexpr bool operator>(const Decimal& a, const Decimal& b) noexcept { return b < a; }
   [[nodiscard]] friend constexpr bool operator<=(const Decimal& a, const Decimal& b) noexcept { return !(b < a); }
   [[nodiscard]] friend constexpr bool operator>=(const Decimal& a, const Decimal& b) noexcept { return !(a < b); }
+
+  // `amount * 0.2` does not compile, and the compiler shows the name of the result type.
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator+(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator+(Real, const Decimal&) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator-(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator-(Real, const Decimal&) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator*(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator*(Real, const Decimal&) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator/(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator/(Real, const Decimal&) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator%(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator%(Real, const Decimal&) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator==(const Decimal&, Real) = delete;
+  template <std::floating_point Real>
+  friend detail::ADoubleIsNotExact_WriteALiteralLike_1_50_dec operator<=>(const Decimal&, Real) = delete;
 
   /// Writes stringValue(); the stream's width, fill and adjustment apply.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& stream, const Decimal& value);

@@ -5,6 +5,7 @@
 //   name.substringFromIndex(4);                      // "Smith"
 //   name.rangeOfString("smith", NSCaseInsensitiveSearch);   // {4, 5}
 //   "Payslip of " + name;                            // "Payslip of Zoë Smith"
+//   name += ", Leeds";                               // name.size() is 16: units again
 //   std::string(name), std::string_view(name);       // both explicit: a copy, and a view of the stored bytes
 //   for (char32_t each : name.codePoints()) ...      // or name.units(), the UTF-16 units
 //

@@ -29,6 +29,8 @@ TEST(Decimal, HeaderExample) {
   EXPECT_EQ(to_string(gross - tax), "2000.0000");
   EXPECT_EQ(to_string(*Decimal::parse("1234.50") + 1), "1235.50");
   EXPECT_EQ(to_string((gross / 12).round(2)), "208.33");
+  EXPECT_EQ(to_string(abs(-2.50_dec)), "2.50");
+  EXPECT_EQ(to_string(7.50_dec % 2), "1.50");
   static_assert(0.20_dec * 2 < 1);
 }
 

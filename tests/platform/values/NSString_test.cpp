@@ -39,7 +39,7 @@ std::string raised(const char* name, Call call) {
 }
 
 TEST(NSString, HeaderExample) {
-  const NSString name = "Zo\u00EB Smith";
+  NSString name = "Zo\u00EB Smith";
   EXPECT_EQ(name.length(), 9u);
   EXPECT_EQ(name.view().size(), 10u);
   EXPECT_EQ(name.substringFromIndex(4), "Smith");
@@ -50,6 +50,8 @@ TEST(NSString, HeaderExample) {
   int points = 0;
   for (char32_t each : name.codePoints()) points += each != 0 ? 1 : 0;
   EXPECT_EQ(points, 9);
+  name += ", Leeds";
+  EXPECT_EQ(name.size(), 16u);
 }
 
 TEST(NSString, ConvertsFromEveryTextOfCpp) {
