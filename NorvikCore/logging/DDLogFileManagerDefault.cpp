@@ -186,7 +186,7 @@ bool DDLogFileManagerDefault::hasFolder() const {
   return folderFailure_.empty();
 }
 
-/// Reports that the folder cannot be made, unless that was reported before. An empty error means success.
+/// Reports that the folder cannot be created, unless that was reported before. An empty error means success.
 void DDLogFileManagerDefault::reportFolder(const Ref<NSError>& error) {
   const NSString failure = error ? error->localizedDescription() : NSString();
   {

@@ -24,9 +24,10 @@
 // users from renaming the folder, the temporary folder must have the sticky bit, as /tmp has.
 //
 // Threads: synchronised.
-// Errors:  a folder that cannot be made or listed, and a file that cannot be made, are reported on the system console.
-//          The report is repeated only after a success or for another cause. Files that cannot be removed are left,
-//          without a report. In a folder that may not be listed (0300) each run begins a file, and no file is removed.
+// Errors:  a folder that cannot be created or listed, and a file that cannot be created, are reported on the system
+//          console. The report is repeated only after a success or for another cause. Files that cannot be removed are
+//          left, without a report. In a folder that may not be listed (0300) each run begins a file, and no file is
+//          removed.
 #pragma once
 
 #include "NorvikCore/logging/DDLogFileManager.h"

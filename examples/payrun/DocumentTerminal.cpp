@@ -179,19 +179,19 @@ class TerminalWriter {
       height = std::max(height, cells.back().size());
     }
     for (std::size_t y = 0; y < height; ++y) {
-      std::size_t blanks = 0;  // spaces before the next text, so that a line does not end with spaces
+      std::size_t spaces = 0;  // before the next text, so that a line does not end with spaces
       for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (i > 0) blanks += gap;
+        if (i > 0) spaces += gap;
         const TextLine line = y < cells[i].size() ? cells[i][y] : TextLine{};
         const std::size_t padding = columns.widths[i] - std::min(line.cells, columns.widths[i]);
-        if (row.cells[i].side == Side::Right) blanks += padding;
+        if (row.cells[i].side == Side::Right) spaces += padding;
         if (line.range.length > 0) {
-          appendTimes(std::exchange(blanks, 0), ' ');
+          appendTimes(std::exchange(spaces, 0), ' ');
           appendText(*row.cells[i].text, line);
         } else {
-          blanks += line.cells;
+          spaces += line.cells;
         }
-        if (row.cells[i].side == Side::Left) blanks += padding;
+        if (row.cells[i].side == Side::Left) spaces += padding;
       }
       result_ += '\n';
     }

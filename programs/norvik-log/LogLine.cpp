@@ -83,9 +83,9 @@ bool takeLineForm(Record& record, std::string_view line) noexcept {
   if (!std::all_of(thread.begin(), thread.end(), isDigit)) return false;
   if (line.substr(close, 2) != "] ") return false;
   at = close + 2;
-  const std::size_t blank = line.find(' ', at);
-  if (blank == line.npos || line.substr(blank, 2) != "  ") return false;
-  const std::string_view place = line.substr(at, blank - at);
+  const std::size_t space = line.find(' ', at);
+  if (space == line.npos || line.substr(space, 2) != "  ") return false;
+  const std::string_view place = line.substr(at, space - at);
   const std::size_t placeColon = place.rfind(':');
   if (placeColon == place.npos) return false;
   const std::optional<int> number = wholeNumber(place.substr(placeColon + 1));
@@ -95,7 +95,7 @@ bool takeLineForm(Record& record, std::string_view line) noexcept {
   record.thread = partOf(line, thread);
   record.file = partOf(line, place.substr(0, placeColon));
   record.line = number;
-  record.textBegin = static_cast<std::uint32_t>(blank + 2);
+  record.textBegin = static_cast<std::uint32_t>(space + 2);
   record.isEscaped = true;
   return true;
 }
@@ -223,9 +223,9 @@ Record recordOf(std::string_view bytes, const HeadTime& time) noexcept {
   const bool mayBeLineForm = time.size == lineFormTimeSize && line.size() > lineFormTimeSize && line[4] == '-' &&
                              line[10] == 'T' && line[19] == '.' && line[23] == 'Z' && line[24] == ' ';
   if (mayBeLineForm && takeLineForm(record, line)) return record;
-  constexpr std::size_t blanks = 2;
+  constexpr std::size_t spaces = 2;
   std::size_t at = time.size;
-  while (at < line.size() && at < time.size + blanks && line[at] == ' ') ++at;
+  while (at < line.size() && at < time.size + spaces && line[at] == ' ') ++at;
   record.textBegin = static_cast<std::uint32_t>(at);
   return record;
 }

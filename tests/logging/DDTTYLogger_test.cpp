@@ -292,6 +292,11 @@ TEST(DDTTYLogger, TheComponentsOfAnAbsentColourAre0) {
   EXPECT_EQ(blue, 0.75);
 }
 
+TEST(DDTTYLoggerColorProfile, HeaderExample) {
+  EXPECT_EQ(run(color16, {"code-of-red"}).output, "\033[1;31m\n");
+  EXPECT_EQ(run(plain, {"code-of-red"}).output, "\n");
+}
+
 TEST(DDTTYLogger, AnAbsentColourHasNoCode) {
   EXPECT_EQ(
       run(color16, {"profile", "252,57,31", "-"}).output,

@@ -236,6 +236,10 @@ class Commands {
         }
         std::printf("%s\n%zu %zu %zu %zu %zu\n", description.c_str(), profile->fgCodeIndex(), profile->bgCodeIndex(),
                     profile->fgCodeLen(), profile->bgCodeLen(), profile->resetCodeLen());
+      } else if (command == "code-of-red") {
+        auto profile =
+            DDTTYLoggerColorProfile::initWithForegroundColor(NSColor::redColor(), nullptr, LOG_FLAG_ERROR, 7);
+        std::printf("%s\n", std::string(profile->fgCode()).c_str());
       } else if (command == "second") {
         std::printf("%s\n", make<DDTTYLogger>() ? "another" : "none");
       } else if (command == "count-beside") {

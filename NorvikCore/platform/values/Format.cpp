@@ -46,10 +46,10 @@ std::string_view firstBytes(std::string_view text, std::size_t limit) noexcept {
 void appendPadded(FormatBuffer& out, std::string_view text, const FormatField& field) {
   const auto width = static_cast<std::size_t>(field.width);
   const std::size_t units = width > 0 ? utf16Units(text) : 0;
-  const std::size_t blanks = width > units ? width - units : 0;
-  if (!field.leftAlign) out.append(blanks, ' ');
+  const std::size_t spaces = width > units ? width - units : 0;
+  if (!field.leftAlign) out.append(spaces, ' ');
   out.append(text);
-  if (field.leftAlign) out.append(blanks, ' ');
+  if (field.leftAlign) out.append(spaces, ' ');
 }
 
 std::string_view boundedText(const FormatArgument& argument, int precision) noexcept {
@@ -74,10 +74,10 @@ std::string_view wholeCharacters(std::string_view text) noexcept {
 void appendPadded(FormatBuffer& out, const NSString& text, const FormatField& field) {
   const auto width = static_cast<std::size_t>(field.width);
   const std::size_t units = width > 0 ? text.length() : 0;
-  const std::size_t blanks = width > units ? width - units : 0;
-  if (!field.leftAlign) out.append(blanks, ' ');
+  const std::size_t spaces = width > units ? width - units : 0;
+  if (!field.leftAlign) out.append(spaces, ' ');
   out.append(text);
-  if (field.leftAlign) out.append(blanks, ' ');
+  if (field.leftAlign) out.append(spaces, ' ');
 }
 
 void appendText(FormatBuffer& out, const FormatArgument& argument, const FormatField& field, bool precisionInBytes) {

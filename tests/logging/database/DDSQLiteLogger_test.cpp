@@ -428,14 +428,14 @@ TEST_F(DDSQLiteLoggerTest, WhatIsNoDatabaseOfALogIsLeftAsItIsAndEntriesAreKept) 
              "PRAGMA application_id = 1315654759; PRAGMA user_version = 2; CREATE TABLE entry(id)");
        },
        removeFile},
-      {"a file in the place of the folder", "cannot be made: File exists",
+      {"a file in the place of the folder", "cannot be created: File exists",
        [](const std::string& path) { std::ofstream(fs::path(path).parent_path().string()) << "text"; },
        [](const std::string& path) { fs::remove(fs::path(path).parent_path()); }},
   };
   int number = 0;
   for (const Obstacle& obstacle : obstacles) {
     std::string path = folder_.path("log" + std::to_string(++number) + ".db");
-    if (obstacle.reason.starts_with("cannot be made")) path = folder_.path("folder/log.db");
+    if (obstacle.reason.starts_with("cannot be created")) path = folder_.path("folder/log.db");
     obstacle.make(path);
     const std::string before = std::filesystem::is_regular_file(path) ? TemporaryFolder::read(path) : "";
     add(path);

@@ -219,7 +219,7 @@ TEST(EveryClass, NoClassThatCanBeDecodedIsMissingHere) {
   for (const Class* theClass : Class::all()) {
     if (!isDecodable(*theClass)) continue;
     EXPECT_TRUE(std::ranges::count(shown, theClass->name()) > 0)
-        << theClass->name() << " states how it is decoded: it needs a row in one of the tables above";
+        << theClass->name() << " declares how it is decoded: it needs a row in one of the tables above";
   }
 }
 

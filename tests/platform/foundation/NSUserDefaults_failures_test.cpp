@@ -257,7 +257,7 @@ TEST(NSUserDefaultsFailures, AFolderThatCannotBeMadeIsTold) {
   defaults->setInteger(2, "rate");
   EXPECT_EQ(defaults->integerForKey("rate"), 2);
   EXPECT_THAT(console.lines(), ElementsAre(cannotBeWritten(file + "/pay/defaults.sqlite",
-                                                           "the folder " + file + " cannot be made: File exists")));
+                                                           "the folder " + file + " cannot be created: File exists")));
 }
 
 TEST(NSUserDefaultsFailures, WhatAnotherProcessLocksIsWrittenLater) {

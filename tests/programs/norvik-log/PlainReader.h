@@ -142,7 +142,7 @@ inline std::vector<PlainMessage> readPlainly(const std::string& log) {
       std::size_t begin = 19;
       while (begin < lines[0].size() && std::string_view(" \t\r").find(lines[0][begin]) == std::string_view::npos)
         ++begin;
-      for (int blanks = 0; blanks < 2 && begin < lines[0].size() && lines[0][begin] == ' '; ++blanks) ++begin;
+      for (int spaces = 0; spaces < 2 && begin < lines[0].size() && lines[0][begin] == ' '; ++spaces) ++begin;
       message.text = lines[0].substr(begin) + rest;
     }
     messages.push_back(std::move(message));

@@ -394,12 +394,12 @@ bool DatabaseFile::create(std::string& failure) {
   if (!findPlace(place, failure)) return false;
   std::string failedFolder;
   if (const int error = kernel::createDirectories(folderOf(place.found.path), 0700, &failedFolder)) {
-    failure = "the folder " + failedFolder + " cannot be made: " + kernel::errorText(error);
+    failure = "the folder " + failedFolder + " cannot be created: " + kernel::errorText(error);
     return false;
   }
   const int error = kernel::makeOwnFile(place.found.path);
   if (error != 0 && error != EEXIST) {
-    failure = "the file cannot be made: " + kernel::errorText(error);
+    failure = "the file cannot be created: " + kernel::errorText(error);
     return false;
   }
   // Another user may have created a folder or the file in the meantime.
