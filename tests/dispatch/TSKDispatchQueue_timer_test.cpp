@@ -470,19 +470,22 @@ TEST_F(NamedTimers, OfAConcurrentWrapperRunOutsideAnyStack) {
   EXPECT_EQ(many->timerCount(), 0U);
 }
 
-TEST_F(NamedTimers, RequestsToAConcurrentWrapperTakeEffectInTheirOrder) {
-  const Wrapper many = concurrent();
-  many->setTimerClock(clock_);
-  for (int i = 0; i < 500; ++i) {
-    const NSString name(std::to_string(i % 7));
-    many->scheduleTimerWithName(name, 1, TSKTimerRestart, [] { FAIL(); });
-    many->cancelTimerWithName(name);
+TEST_F(NamedTimers, RequestsToAConcurrentQueueTakeEffectInTheirOrder) {
+  for (const bool isStated : {true, false}) {
+    const Wrapper many = concurrent();
+    many->setConcurrent(isStated);
+    many->setTimerClock(clock_);
+    for (int i = 0; i < 500; ++i) {
+      const NSString name(std::to_string(i % 7));
+      many->scheduleTimerWithName(name, 1, TSKTimerRestart, [] { FAIL(); });
+      many->cancelTimerWithName(name);
+    }
+    flush(many);
+    EXPECT_EQ(many->timerCount(), 0U);
+    EXPECT_EQ(clock_.armedTimers(), 0U);
+    clock_.advance(2'000'000'000);
+    flush(many);
   }
-  flush(many);
-  EXPECT_EQ(many->timerCount(), 0U);
-  EXPECT_EQ(clock_.armedTimers(), 0U);
-  clock_.advance(2'000'000'000);
-  flush(many);
 }
 
 TEST_F(NamedTimers, AConcurrentTimerThatIsScheduledWhileItsBlockRunsFiresAgain) {

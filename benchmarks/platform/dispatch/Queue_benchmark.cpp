@@ -5,7 +5,9 @@
 //
 // 2026-11-21, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores shared with other builds (load 5), g++ 12.2, -O2;
 // medians of 7 or 9 runs:
-//   posting and running, nanoseconds for each task: one producer 99, asio 349 to 629; four producers 102, asio 396
+//   posting and running, nanoseconds for each task: one producer 99, asio 349 to 629; four producers 102, asio 396. On
+//   2026-11-23, Intel Xeon (Sapphire Rapids), before all other programs (chrt -f 1): 27, asio 760; four producers 50,
+//   asio 417
 //   a synchronous task on an idle queue: 19 of processor time, asio (in place, on its strand's own thread) 54
 //   one post every 200 microseconds, for its caller: median 149 nanoseconds, asio 3,390; 99th percentile 3.0
 //   microseconds, asio 4,060

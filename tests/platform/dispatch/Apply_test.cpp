@@ -5,11 +5,13 @@
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
+#include "tests/support/LittleMemory.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <latch>
+#include <new>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -220,6 +222,27 @@ TEST_F(Apply, LoopsOfManyThreadsAtOnceLoseNothing) {
   }
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(sum.load(), 4000);
+}
+
+TEST_F(Apply, WithoutMemoryForAHelperTheCallerRunsEveryRound) {
+  auto queue = dispatch_queue_create(nullptr, DISPATCH_QUEUE_CONCURRENT);
+  auto full = dispatch_queue_create("keeps the memory of its blocks");
+  dispatch_suspend(full);
+  for (int loop = 0; loop < 500; ++loop) {
+    dispatch_async(full, [] {});  // so that helpers soon need new memory
+    std::atomic<int> rounds{0};
+    const test::LittleMemory memory(1);  // for the loop itself
+    dispatch_apply(10, queue, [&](std::size_t) { ++rounds; });
+    EXPECT_EQ(rounds.load(), 10);
+  }
+  {
+    bool called = false;
+    const test::LittleMemory memory(0);
+    EXPECT_THROW(dispatch_apply(10, queue, [&](std::size_t) { called = true; }), std::bad_alloc);
+    EXPECT_FALSE(called);
+  }
+  dispatch_resume(full);
+  dispatch_sync(full, [] {});
 }
 
 TEST_F(Apply, AnEmptyHandleRaises) {
