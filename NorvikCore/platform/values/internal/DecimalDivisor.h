@@ -1,8 +1,8 @@
-// NorvikCore/platform/values/internal/DecimalDivisor.h - division of 128 bits by 64 without the machine's instruction,
-// which takes 35 times as long as a multiplication on some processors.
+// NorvikCore/platform/values/internal/DecimalDivisor.h - division of 128 bits by 64, and by powers of ten, without the
+// machine's instruction, which takes 35 times as long as a multiplication on some processors.
 //
 // N. Moeller and T. Granlund, "Improved division by invariant integers": a division by a number with a known reciprocal
-// is two multiplications.
+// is two multiplications. The reciprocal of a power of ten is exact enough for one multiplication and shifts.
 #pragma once
 
 #include "NorvikCore/platform/values/Decimal.h"
@@ -138,9 +138,10 @@ class TenDivisor {
     shift_ = bitLength(five) - 1;
   }
 
-  /// 10^n is 2^n * 5^n, so the division begins with a shift by n bits. The reciprocal of 5^n is too great by at most
-  /// 2^n units of its last bit divided by 5^n. This error stays below 1 / 5^n in the product with the remaining bits,
-  /// so the quotient is exact.
+  /// 10^n is 2^n * 5^n, so the division begins with a shift by n bits, which leaves a number below 2^(width - n). The
+  /// reciprocal is 2^(width + shift) / 5^n, rounded up by less than 1. The product with that number is too great by
+  /// less than 2^(width - n). The distance to the next quotient is 2^(width + shift) / 5^n at least, which is more,
+  /// because 5^n is below 2^(shift + 1). So the quotient is exact.
   [[nodiscard]] constexpr Word divide(Word number, Word& remainder) const noexcept {
     const Word quotient = highProduct(number >> n_, reciprocal_) >> shift_;
     remainder = number - quotient * power_;
