@@ -19,8 +19,8 @@ namespace {
 
 using norvik::Decimal;
 using norvik::make;
-using norvik::NKMonetaryTermDecimalNumberFormatter;
 using norvik::nk_currencyStyleString;
+using norvik::NKMonetaryTermDecimalNumberFormatter;
 using norvik::NSLocale;
 using norvik::NSString;
 using norvik::Ref;

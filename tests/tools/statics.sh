@@ -17,16 +17,11 @@ auto& madeOnce(Make make) {
 struct Registry {
   Registry();
   ~Registry();
-  static const Registry& staticClass() {
-    static const Registry& stated = *new Registry;
-    return stated;
-  }
 };
 inline const Registry& ofNamespace = *new Registry;
 Registry& held() {
   return kernel::madeOnce([] { return new Registry; });
 }
-const Registry& stated() { return Registry::staticClass(); }
 Registry& ofThread() {
   static thread_local Registry own;
   return own;

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <ostream>
 #include <string>
@@ -96,6 +97,67 @@ Property propertyOf(const Statement& statement, const Class& owner) {
 
 }  // namespace
 
+/// What shared objects announced and no look-up has registered yet.
+class LoadedStatements {
+ public:
+  /// Takes no lock, because a thread that loads a shared object holds the loader's.
+  static void add(LoadedStatement& statement) noexcept {
+    kernel::keepLoaded(&statement);
+    waiting.fetch_add(1, std::memory_order_relaxed);
+    statement.next_ = latest.load(std::memory_order_relaxed);
+    while (!latest.compare_exchange_weak(statement.next_, &statement, std::memory_order_release,
+                                         std::memory_order_relaxed)) {
+    }
+  }
+
+  /// Registers all. Costs one load if there are none. Other threads wait until it is done; on the thread that
+  /// registers, a call within it has no effect.
+  static void enterAll() {
+    if (waiting.load(std::memory_order_acquire) != 0 && !isEntering) [[unlikely]]
+      enterWaiting();
+  }
+
+  /// Keeps the shared object of a statement that was not announced. The loader's lock is not taken while statements are
+  /// entered, because its holder may load a shared object that uses a class.
+  static void keep(const void* statement) noexcept {
+    if (!isEntering) kernel::keepLoaded(statement);
+  }
+
+ private:
+  [[gnu::noinline]] static void enterWaiting() NK_EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    struct Entering {
+      Entering() noexcept { isEntering = true; }
+      ~Entering() { isEntering = false; }
+    } entering;
+    while (true) {
+      if (!oldest) oldest = inOrder(latest.exchange(nullptr, std::memory_order_acquire));
+      if (!oldest) return;
+      (void)oldest->enter_();  // if it raises for want of memory, the next look-up tries again
+      oldest = oldest->next_;
+      waiting.fetch_sub(1, std::memory_order_release);
+    }
+  }
+
+  static LoadedStatement* inOrder(LoadedStatement* latestFirst) noexcept {
+    LoadedStatement* first = nullptr;
+    while (latestFirst) latestFirst = std::exchange(latestFirst->next_, std::exchange(first, latestFirst));
+    return first;
+  }
+
+  static constinit std::atomic<std::size_t> waiting;
+  static constinit std::atomic<LoadedStatement*> latest;
+  static constinit Mutex mutex;
+  static constinit LoadedStatement* oldest NK_GUARDED_BY(mutex);
+  static constinit thread_local bool isEntering __attribute__((tls_model("initial-exec")));
+};
+
+constinit std::atomic<std::size_t> LoadedStatements::waiting{0};
+constinit std::atomic<LoadedStatement*> LoadedStatements::latest{nullptr};
+constinit Mutex LoadedStatements::mutex;
+constinit LoadedStatement* LoadedStatements::oldest = nullptr;
+constinit thread_local bool LoadedStatements::isEntering = false;
+
 struct ClassRegistry {
   using Classes = std::vector<const Class*>;
   using Names = std::unordered_map<NSString, Classes>;
@@ -151,8 +213,7 @@ struct ClassRegistry {
   }
 
   const Class& define(const ClassDefinition& definition) NK_EXCLUDES(mutex) {
-    // Outside the lock, because dlopen, which keepLoaded calls, runs code that defines classes.
-    if (!definition.statements.empty()) kernel::keepLoaded(definition.statements.data());
+    if (!definition.statements.empty()) LoadedStatements::keep(definition.statements.data());
     Class* made = build(definition);
     const Class* registered = enter(made);
     if (registered != made) delete made;
@@ -204,14 +265,29 @@ struct ClassRegistry {
 
 const Class& defineClass(const ClassDefinition& definition) { return ClassRegistry::shared().define(definition); }
 
+LoadedStatement::LoadedStatement(const Class& (*enter)()) noexcept : enter_(enter) { LoadedStatements::add(*this); }
+
+const Class& ClassRecord::registered() {
+  LoadedStatements::enterAll();
+  const Class* known = known_.loadAcquire();
+  if (!known) {
+    // The record's own statement is being entered, or is not announced yet. If two threads define the class, both get
+    // the same one.
+    known = &define_();
+    known_.storeRelease(known);
+  }
+  return *known;
+}
+
 CategoryProperty::CategoryProperty(const Class& extended, const Statement& statement) {
+  LoadedStatements::enterAll();
   auto& c = const_cast<Class&>(extended);
   if (c.tables_->properties.contains(statement.name)) {
     kernel::writeSystemLog("The property \"" + std::string(statement.name) + "\" that a category adds to the class " +
                            c.qualifiedName_.str() + " is not used, because the class has one of that name");
     return;
   }
-  kernel::keepLoaded(statement.name);
+  LoadedStatements::keep(statement.name);
   // Stored apart from the class's own list, because the elements of that list must not move.
   const auto* kept = new Property(propertyOf(statement, extended));
   c.tables_->properties[kept->name] = kept;
@@ -250,6 +326,7 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
 }
 
 const Property* Class::property(const NSString& key) const noexcept {
+  detail::LoadedStatements::enterAll();  // a category may add the property
   for (const Class* c = this; c; c = c->superclass_) {
     if (const Property* own = c->tables_->property(key)) return own;
   }
@@ -261,6 +338,7 @@ const Method* Class::instanceMethod(SEL selector) const noexcept {
 }
 
 const Property* Class::propertyWithAccessor(SEL selector) const noexcept {
+  detail::LoadedStatements::enterAll();
   const NSString text = selector.name();
   std::string_view name = text.view();
   const bool writes = name.ends_with(':');
@@ -311,13 +389,28 @@ NSString Class::distinctName() const {
   return named(qualifiedName_) != this && named(fromOutside) == this ? fromOutside : qualifiedName_;
 }
 
-const Class* Class::named(const NSString& name) { return detail::ClassRegistry::shared().named(name); }
+bool Class::sharesName() const noexcept {
+  detail::LoadedStatements::enterAll();
+  return sharesName_.loadRelaxed();
+}
+
+std::span<const Property* const> Class::categoryProperties() const noexcept {
+  detail::LoadedStatements::enterAll();
+  return categoryProperties_;
+}
+
+const Class* Class::named(const NSString& name) {
+  detail::LoadedStatements::enterAll();
+  return detail::ClassRegistry::shared().named(name);
+}
 
 std::vector<const Class*> Class::allNamed(const NSString& name) {
+  detail::LoadedStatements::enterAll();
   return detail::ClassRegistry::shared().allNamed(name);
 }
 
 std::vector<const Class*> Class::all() {
+  detail::LoadedStatements::enterAll();
   auto& registry = detail::ClassRegistry::shared();
   MutexLock lock(registry.mutex);
   return registry.inOrder;

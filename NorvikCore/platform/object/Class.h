@@ -5,9 +5,9 @@
 //   c.property("grossPay")->get(*slip);         // the Value of slip->grossPay()
 //   Class::named("Payslip") == &c;              // also "pay::Payslip", its C++ name
 //
-// Classes are registered when their shared object is loaded, never change afterwards and are never destroyed, so any
-// thread may read them. dlclose does not unload a shared object that registers a class, because objects, properties and
-// operations of the class refer to it.
+// Classes are known once their shared object is loaded; the next look-up of any class registers them, in the order of
+// loading. They never change afterwards and are never destroyed, so any thread may read them. dlclose does not unload a
+// shared object that states a class, because objects, properties and operations of the class refer to it.
 //
 // One C++ class is one Class, even if several shared objects contain it because they include its header. The first one
 // that is loaded registers the class. Two classes count as the same if their C++ names with namespaces, their sizes and
@@ -68,7 +68,7 @@ class NK_EXPORT Class {
   /// The C++ name: "pay::Row", "pay::Box<int>", "(anonymous namespace)::Row". For the classes of values it is name().
   [[nodiscard]] const NSString& qualifiedName() const noexcept { return qualifiedName_; }
   /// True if another class has this name too.
-  [[nodiscard]] bool sharesName() const noexcept { return sharesName_.loadRelaxed(); }
+  [[nodiscard]] bool sharesName() const noexcept;
   /// A name that is unique to the class and with which named() finds it: its name, or the C++ name if the name is
   /// shared ("::Row" outside of namespaces). Classes of one name in anonymous namespaces cannot be distinguished.
   [[nodiscard]] NSString distinctName() const;
@@ -85,7 +85,7 @@ class NK_EXPORT Class {
   /// declared.
   [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
   /// The properties that categories add to the class, in the order in which their shared objects were loaded.
-  [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept { return categoryProperties_; }
+  [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept;
 
   /// By name, of the class or inherited; null if there is none.
   [[nodiscard]] const Property* property(const NSString& key) const noexcept;

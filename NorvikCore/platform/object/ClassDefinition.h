@@ -26,13 +26,41 @@ struct ClassDefinition {
 /// The class of that type; its first definition registers it.
 NK_EXPORT const Class& defineClass(const ClassDefinition& definition);
 
-/// Registers the class when its shared object is loaded, whether it is used or not.
-struct ClassAtLoad {
-  explicit ClassAtLoad(const Class& (*theClass)()) { theClass(); }
+/// A class or a category's property of a shared object, announced when that is loaded. `enter` registers it, at the
+/// next look-up of any class: until then loading takes no memory and hardly any time. The announced statements are
+/// registered in the order in which they were loaded.
+class NK_EXPORT LoadedStatement {
+ public:
+  explicit LoadedStatement(const Class& (*enter)()) noexcept;
+  LoadedStatement(const LoadedStatement&) = delete;
+  LoadedStatement& operator=(const LoadedStatement&) = delete;
+
+ private:
+  friend class LoadedStatements;
+  const Class& (*enter_)();
+  LoadedStatement* next_ = nullptr;
 };
 
-/// Adds a property to a class that is declared elsewhere, when its shared object is loaded. If the class already has a
-/// property of that name, it keeps that one, and a line on the system console reports it.
+/// A class as one shared object states it. A constant until the class is first asked for, so it can be used before the
+/// initialisers of its shared object have run. `define` registers the class. Synchronised.
+class ClassRecord {
+ public:
+  constexpr explicit ClassRecord(const Class& (*define)()) noexcept : define_(define) {}
+
+  const Class& theClass() {
+    const Class* known = known_.loadAcquire();
+    return known ? *known : registered();
+  }
+
+ private:
+  NK_EXPORT const Class& registered();
+
+  const Class& (*define_)();
+  AtomicWord<const Class*> known_;
+};
+
+/// Adds a property to a class that is declared elsewhere. If the class already has a property of that name, it keeps that
+/// one, and a line on the system console reports it.
 struct NK_EXPORT CategoryProperty {
   CategoryProperty(const Class& extended, const Statement& statement);
 };

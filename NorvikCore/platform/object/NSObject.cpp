@@ -46,8 +46,9 @@ NSObject::~NSObject() = default;
 bool NSObject::init() { return true; }
 
 const Class& NSObject::staticClass() {
-  static const Class& stated = detail::defineClass({.name = "NSObject", .type = &typeid(NSObject)});
-  return stated;
+  static constinit detail::ClassRecord record{
+      []() -> const Class& { return detail::defineClass({.name = "NSObject", .type = &typeid(NSObject)}); }};
+  return record.theClass();
 }
 
 const Class& NSObject::classObject() const { return staticClass(); }

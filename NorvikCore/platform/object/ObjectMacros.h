@@ -42,9 +42,10 @@
   using Self = typename nk_Object_::nk_Class;                                                                          \
   using Super = typename nk_Object_::nk_Superclass;                                                                    \
   static const ::norvik::Class& staticClass() {                                                                        \
-    static const ::norvik::Class& stated = ::norvik::detail::defineClass<Self, Super>();                               \
-    static_cast<void>(&nk_atLoad_);                                                                                    \
-    return stated;                                                                                                     \
+    static constinit ::norvik::detail::ClassRecord record{                                                             \
+        []() -> const ::norvik::Class& { return ::norvik::detail::defineClass<Self, Super>(); }};                      \
+    static_cast<void>(&nk_loaded_);                                                                                    \
+    return record.theClass();                                                                                          \
   }                                                                                                                    \
   const ::norvik::Class& classObject() const override {                                                                \
     static_assert(::norvik::detail::isNamed<decltype(this), Self>, "NK_OBJECT names another class than its own");      \
@@ -65,7 +66,7 @@
       ->::norvik::detail::StatementAt<::norvik::detail::Statement, decltype(nk_place)> {                               \
     return {::norvik::detail::Statement{.kind = ::norvik::detail::StatementKind::ClassName, .name = #Name}, {}};       \
   }                                                                                                                    \
-  inline static const ::norvik::detail::ClassAtLoad nk_atLoad_{&staticClass};
+  inline static ::norvik::detail::LoadedStatement nk_loaded_{&staticClass};
 
 /// NK_CLASS_NAME("pay.Row"): the name under which the class is looked up, archived and described. Without it, that is
 /// the name of the C++ class without its namespaces. Subclasses do not inherit it.
@@ -293,24 +294,26 @@
             {}};                                                                         \
   }
 
-#define NK_STATE_CATEGORY_PROPERTY(name, setter, Class, ...)                                             \
-  NK_CATEGORY_PROPERTY_OF(nk_CategoryProperty_##Class##_##name, Class, __VA_ARGS__)                      \
-  [[maybe_unused]] static const ::norvik::detail::CategoryProperty nk_categoryProperty_##Class##_##name{ \
-      ::norvik::detail::extendedClass<nk_CategoryProperty_##Class##_##name::nk_Class>(),                 \
-      ::norvik::detail::categoryStatement<nk_CategoryProperty_##Class##_##name::nk_Class,                \
-                                          nk_CategoryProperty_##Class##_##name::nk_Type>(                \
-          #__VA_ARGS__, NK_CALL_OF(name), [] { return #name; }, #setter,                                 \
-          [](auto& nk_object, const auto& nk_value) requires requires { setter(nk_object, nk_value); } { \
-            setter(nk_object, nk_value);                                                                 \
-          })};
+#define NK_STATE_CATEGORY_PROPERTY(name, setter, Class, ...)                                                      \
+  NK_CATEGORY_PROPERTY_OF(nk_CategoryProperty_##Class##_##name, Class, __VA_ARGS__)                               \
+  NK_CATEGORY_PROPERTY_AT_LOAD(                                                                                   \
+      nk_CategoryProperty_##Class##_##name, nk_categoryProperty_##Class##_##name, #__VA_ARGS__, NK_CALL_OF(name), \
+      [] { return #name; }, #setter, [](auto& nk_object, const auto& nk_value) requires requires {                \
+        setter(nk_object, nk_value);                                                                              \
+      } { setter(nk_object, nk_value); })
 
-#define NK_STATE_CATEGORY_READONLY_PROPERTY(name, Class, ...)                                            \
-  NK_CATEGORY_PROPERTY_OF(nk_CategoryProperty_##Class##_##name, Class, __VA_ARGS__)                      \
-  [[maybe_unused]] static const ::norvik::detail::CategoryProperty nk_categoryProperty_##Class##_##name{ \
-      ::norvik::detail::extendedClass<nk_CategoryProperty_##Class##_##name::nk_Class>(),                 \
-      ::norvik::detail::categoryStatement<nk_CategoryProperty_##Class##_##name::nk_Class,                \
-                                          nk_CategoryProperty_##Class##_##name::nk_Type>(                \
-          #__VA_ARGS__, NK_CALL_OF(name), [] { return #name; })};
+#define NK_STATE_CATEGORY_READONLY_PROPERTY(name, Class, ...)                                              \
+  NK_CATEGORY_PROPERTY_OF(nk_CategoryProperty_##Class##_##name, Class, __VA_ARGS__)                        \
+  NK_CATEGORY_PROPERTY_AT_LOAD(nk_CategoryProperty_##Class##_##name, nk_categoryProperty_##Class##_##name, \
+                               #__VA_ARGS__, NK_CALL_OF(name), [] { return #name; })
+
+#define NK_CATEGORY_PROPERTY_AT_LOAD(struct_, loaded, ...)                                                   \
+  [[maybe_unused]] static ::norvik::detail::LoadedStatement loaded{[]() -> const ::norvik::Class& {          \
+    const ::norvik::Class& nk_extended = ::norvik::detail::extendedClass<struct_::nk_Class>();               \
+    ::norvik::detail::CategoryProperty(                                                                      \
+        nk_extended, ::norvik::detail::categoryStatement<struct_::nk_Class, struct_::nk_Type>(__VA_ARGS__)); \
+    return nk_extended;                                                                                      \
+  }};
 
 #define NK_CATEGORY_PROPERTY_OF(struct_, Class, ...)   \
   struct struct_ : ::norvik::detail::UnknownProperty { \

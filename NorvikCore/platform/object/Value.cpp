@@ -1,6 +1,5 @@
 #include "NorvikCore/platform/object/Value.h"
 
-#include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/NSException.h"
 #include "NorvikCore/platform/values/internal/NumberMixing.h"
@@ -16,24 +15,22 @@ namespace norvik {
 namespace detail {
 namespace {
 
-const Class& valueClass(const char* name, const Class& superclass) {
-  return defineClass({.name = name, .superclass = &superclass});
+enum ValueClass { NullClass, StringClass, DateClass, NumberClass, DecimalClass };
+constexpr const char* valueClassNames[] = {"NSNull", "NSString", "NSDate", "NSNumber", "NSDecimalNumber"};
+
+template <ValueClass each>
+const Class& valueClass() {
+  static constinit ClassRecord record{[]() -> const Class& {
+    const Class& superclass = each == DecimalClass ? valueClass<NumberClass>() : NSObject::staticClass();
+    return defineClass({.name = valueClassNames[each], .superclass = &superclass});
+  }};
+  return record.theClass();
 }
 
-struct ValueClasses {
-  const Class& null = valueClass("NSNull", NSObject::staticClass());
-  const Class& string = valueClass("NSString", NSObject::staticClass());
-  const Class& date = valueClass("NSDate", NSObject::staticClass());
-  const Class& number = valueClass("NSNumber", NSObject::staticClass());
-  const Class& decimal = valueClass("NSDecimalNumber", number);
-};
-
-const ValueClasses& valueClasses() {
-  return kernel::madeOnce([] { return new ValueClasses; });
-}
-
-// The classes of values are in the list of all classes from the start.
-[[maybe_unused]] const ValueClasses& atLoad = valueClasses();
+// The classes of values are in the list of all classes, as those of objects are.
+LoadedStatement loadedClasses[] = {LoadedStatement(&valueClass<NullClass>), LoadedStatement(&valueClass<StringClass>),
+                                   LoadedStatement(&valueClass<DateClass>), LoadedStatement(&valueClass<NumberClass>),
+                                   LoadedStatement(&valueClass<DecimalClass>)};
 
 [[noreturn]] void raiseRange(const Value& value) {
   NSException::raise(NSInvalidArgumentException,
@@ -263,20 +260,19 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
 }
 
 const Class& Value::classObject() const {
-  const auto& classes = detail::valueClasses();
   switch (kind_) {
     case Kind::Null:
-      return classes.null;
+      return detail::valueClass<detail::NullClass>();
     case Kind::Boolean:
     case Kind::Integer:
     case Kind::Double:
-      return classes.number;
+      return detail::valueClass<detail::NumberClass>();
     case Kind::Decimal:
-      return classes.decimal;
+      return detail::valueClass<detail::DecimalClass>();
     case Kind::Date:
-      return classes.date;
+      return detail::valueClass<detail::DateClass>();
     case Kind::String:
-      return classes.string;
+      return detail::valueClass<detail::StringClass>();
     case Kind::Object:
       return storage_.object->classObject();
     case Kind::Absent:
