@@ -1,6 +1,6 @@
-// fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format, checks that it reads
-// back what the fuzzer writes of its records, and that blocks of any size have the records, lines and errors of the
-// whole file.
+// fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format. The fuzzer writes the
+// records that were read as CSV, and the reader must give the same records again. Blocks of any size must have the
+// records, lines and errors of the whole file.
 #include <sys/mman.h>
 #include <unistd.h>
 
