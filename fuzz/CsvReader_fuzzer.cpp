@@ -1,6 +1,7 @@
 // fuzz/CsvReader_fuzzer.cpp - compares the pay run's CSV reader with a slow model of the format. The fuzzer writes the
-// records that were read as CSV, and the reader must give the same records again. Blocks of any size must have the
-// records, lines and errors of the whole file.
+// records that were read as CSV, and the reader must give the same records again.
+//
+// Blocks of any size must have the records, lines and errors of the whole file.
 #include <sys/mman.h>
 #include <unistd.h>
 
