@@ -25,7 +25,7 @@ struct ArraySource {
   void feed(Sink& sink) {
     std::size_t index = 0;
     for (auto at = array->begin(), end = array->end(); at != end;) {
-      prefetchObject(array->elements(), index++);
+      prefetchObject(*array, index++);
       if constexpr (wantsAll<Sink, Value, ArrayGuard>) {
         sink.put(*at, ArrayGuard{at});
         ++at;

@@ -147,10 +147,10 @@ decltype(auto) callWith(F& closure, const Value& element) {
 /// Prefetches the object of the element 24 places after `at`, so that it is in the cache when a query reaches it. It
 /// fetches two cache lines, because most objects are not larger. It is always inline, because the compiler removes
 /// calls of a function whose only effect is a prefetch.
-[[gnu::always_inline]] inline void prefetchObject(std::span<const Value> elements, std::size_t at) noexcept {
+[[gnu::always_inline]] inline void prefetchObject(const NSArray& array, std::size_t at) noexcept {
   constexpr std::size_t ahead = 24, line = 64;
-  if (at + ahead >= elements.size()) return;
-  const auto* object = reinterpret_cast<const char*>(elements[at + ahead].object());
+  if (at + ahead >= array.count()) return;
+  const auto* object = reinterpret_cast<const char*>(array[at + ahead].object());
   if (!object) return;
   __builtin_prefetch(object);
   __builtin_prefetch(object + line);
@@ -164,7 +164,7 @@ void walk(const Collection& collection, Ask&& ask, Use&& use) {
   [[maybe_unused]] std::size_t index = 0;
   for (auto at = collection.begin(), end = collection.end(); at != end;) {
     const auto& element = *at;
-    if constexpr (std::is_base_of_v<NSArray, Collection>) prefetchObject(collection.elements(), index++);
+    if constexpr (std::is_base_of_v<NSArray, Collection>) prefetchObject(collection, index++);
     decltype(auto) answer = ask(element);
     ++at;
     if (!use(element, std::forward<decltype(answer)>(answer))) return;

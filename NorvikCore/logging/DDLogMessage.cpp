@@ -13,9 +13,9 @@
 namespace norvik {
 namespace {
 
-std::unique_ptr<char[]> copied(const char* text) {
+detail::Hidden<char[]> copied(const char* text) {
   const std::size_t size = std::strlen(text) + 1;
-  std::unique_ptr<char[]> copy(new (std::nothrow) char[size]);
+  detail::Hidden<char[]> copy(new (std::nothrow) char[size]);
   if (copy) std::memcpy(copy.get(), text, size);
   return copy;
 }
@@ -94,7 +94,7 @@ DDLogMessage::~DDLogMessage() = default;
 void DDLogMessage::keepQueueLabel(std::string_view label) {
   char* to = queueLabel_;
   if (label.size() >= sizeof queueLabel_) {
-    longQueueLabel_.reset(new (std::nothrow) char[label.size() + 1]);
+    longQueueLabel_ = detail::Hidden<char[]>(new (std::nothrow) char[label.size() + 1]);
     to = longQueueLabel_.get();
   }
   queueLabel_[0] = '\0';

@@ -5,14 +5,14 @@
 //   std::optional<NSString> MyFormatter::formatLogMessage(const DDLogMessage& message) {
 //     return stringWithFormat("%@ %@:%d", message.logMsg(), message.fileName(), message.lineNumber());
 //   }
-#pragma once  // include time: <memory>: texts that outlive the call are owned
+#pragma once
 
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/kernel/Hidden.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/values/Date.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -105,7 +105,7 @@ class NK_EXPORT DDLogMessage : public NSObject {
   NSString logMsg_;
   Date timestamp_;
   const char *file_, *function_;
-  std::unique_ptr<char[]> ownFile_, ownFunction_, longQueueLabel_;
+  detail::Hidden<char[]> ownFile_, ownFunction_, longQueueLabel_;
   Value tag_;
   NSString threadName_;
   std::uint32_t machThreadID_, options_;

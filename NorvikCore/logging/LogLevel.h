@@ -2,11 +2,10 @@
 //
 //   ddLogLevel = LOG_LEVEL_VERBOSE;      // any thread, any time
 //   if (ddLogLevel & LOG_FLAG_INFO) ...  // one relaxed load, one test
-#pragma once  // include time: <atomic>: the level is read and set on any threads
+#pragma once
 
 #include "NorvikCore/platform/export.h"
-
-#include <atomic>
+#include "NorvikCore/platform/kernel/AtomicWord.h"
 
 namespace norvik {
 
@@ -35,15 +34,15 @@ class AtomicLogLevel {
   constexpr explicit AtomicLogLevel(int level) noexcept : level_(level) {}
 
   operator int() const noexcept {  // NOLINT(google-explicit-constructor): it reads as the level that it holds
-    return level_.load(std::memory_order_relaxed);
+    return level_.loadRelaxed();
   }
   AtomicLogLevel& operator=(int level) noexcept {
-    level_.store(level, std::memory_order_relaxed);
+    level_.storeRelaxed(level);
     return *this;
   }
 
  private:
-  std::atomic<int> level_;
+  detail::AtomicWord<int> level_;
 };
 
 /// The level of the library's own code, and of the log macros unless a file chooses another (DDLogMacros.h). Initially

@@ -141,7 +141,7 @@ def range_text(value):
 
 def level_text(value):
     """The name of a level; the flags of a sum without a name."""
-    level = int(value['level_']['_M_i'])
+    level = int(value['level_']['value_'])
     names = {0: 'OFF', 1: 'ERROR', 3: 'WARN', 7: 'INFO', 15: 'DEBUG', 31: 'VERBOSE'}
     if level in names:
         return 'LOG_LEVEL_' + names[level]

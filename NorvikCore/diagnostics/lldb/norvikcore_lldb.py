@@ -182,7 +182,7 @@ def range_text(value):
 
 def level_text(value):
     """The name of a level; the flags of a sum without a name."""
-    level = signed(value, 'level_', '_M_i')
+    level = signed(value, 'level_', 'value_')
     names = {0: 'OFF', 1: 'ERROR', 3: 'WARN', 7: 'INFO', 15: 'DEBUG', 31: 'VERBOSE'}
     if level in names:
         return 'LOG_LEVEL_' + names[level]

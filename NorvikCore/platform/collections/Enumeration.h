@@ -1,6 +1,6 @@
 // NorvikCore/platform/collections/Enumeration.h - range-based for over a collection, which detects changes of the
 // collection during the loop. Users need not read it.
-#pragma once  // include time: <iterator>, for the algorithms of the standard library
+#pragma once
 
 #include "NorvikCore/platform/collections/OrderedTable.h"
 #include "NorvikCore/platform/export.h"
@@ -11,8 +11,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
-#include <string_view>
+#include <string_view>  // iterator categories and std::begin, by the cheapest header
 #include <type_traits>
 #include <typeinfo>
 #include <utility>

@@ -15,6 +15,8 @@ std::vector<Value> detail::sorted(std::span<const Value> elements, const void* c
   return result;
 }
 
+NSArray::NSArray() noexcept = default;
+
 NSArray::NSArray(std::vector<Value> elements) : elements_(std::move(elements)) {
   for (const Value& element : elements_) {
     if (element.isAbsent()) detail::checkPresent(element, "NSArray");
@@ -22,6 +24,18 @@ NSArray::NSArray(std::vector<Value> elements) : elements_(std::move(elements)) {
 }
 
 NSArray::~NSArray() { detail::releaseAll(std::move(elements_)); }
+
+Ref<NSArray> NSArray::array() { return make<NSArray>(); }
+
+Ref<NSArray> NSArray::arrayWith(std::initializer_list<Value> objects) {
+  return make<NSArray>(std::vector<Value>(objects));
+}
+
+Ref<NSArray> NSArray::arrayWithArray(const NSArray& other) { return make<NSArray>(other.values()); }
+
+std::span<const Value> NSArray::elements() const noexcept { return {elements_.data() + first_, count()}; }
+
+std::vector<Value> NSArray::values() const { return {elements().begin(), elements().end()}; }
 
 std::size_t NSArray::indexOfObject(const Value& object) const {
   const auto all = elements();

@@ -52,19 +52,17 @@ class NK_EXPORT NSArray : public NSObject {
   using iterator = const_iterator;
   using value_type = Value;
 
-  NSArray() noexcept = default;
+  NSArray() noexcept;
   explicit NSArray(std::vector<Value> elements);
   ~NSArray() override;
 
-  [[nodiscard]] static Ref<NSArray> array() { return make<NSArray>(); }
-  [[nodiscard]] static Ref<NSArray> arrayWith(std::initializer_list<Value> objects) {
-    return make<NSArray>(std::vector<Value>(objects));
-  }
+  [[nodiscard]] static Ref<NSArray> array();
+  [[nodiscard]] static Ref<NSArray> arrayWith(std::initializer_list<Value> objects);
   template <class... V>
   [[nodiscard]] static Ref<NSArray> arrayWithObjects(V&&... objects) {
     return arrayWith({detail::elementOf(std::forward<V>(objects))...});
   }
-  [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other) { return make<NSArray>(other.values()); }
+  [[nodiscard]] static Ref<NSArray> arrayWithArray(const NSArray& other);
   /// From any range whose elements are values or convert to values, such as a std::vector<NSString>.
   template <class Range>
   [[nodiscard]] static Ref<NSArray> arrayFrom(const Range& objects) {
@@ -82,12 +80,12 @@ class NK_EXPORT NSArray : public NSObject {
   [[nodiscard]] const Value& operator[](std::size_t index) const { return objectAtIndex(index); }
   /// Both are absent if the array is empty.
   [[nodiscard]] Value firstObject() const { return count() == 0 ? Value() : elements_[first_]; }
-  [[nodiscard]] Value lastObject() const { return count() == 0 ? Value() : elements_.back(); }
+  [[nodiscard]] Value lastObject() const { return count() == 0 ? Value() : elements_[elements_.size() - 1]; }
 
   [[nodiscard]] const_iterator begin() const noexcept { return iteratorAt(0); }
   [[nodiscard]] const_iterator end() const noexcept { return iteratorAt(count()); }
   /// The elements without the check for changes.
-  [[nodiscard]] std::span<const Value> elements() const noexcept { return {elements_.data() + first_, count()}; }
+  [[nodiscard]] std::span<const Value> elements() const noexcept;
   /// A view of the elements as `T&` if T is a class of objects, otherwise as `T` by value; with random access and
   /// size(). An element of another type raises NSInvalidArgumentException when it is reached. The view allocates
   /// nothing.
@@ -138,7 +136,7 @@ class NK_EXPORT NSArray : public NSObject {
 
   /// Moves the elements to the beginning of elements_.
   void giveUpRoom() noexcept;
-  [[nodiscard]] std::vector<Value> values() const { return {elements().begin(), elements().end()}; }
+  [[nodiscard]] std::vector<Value> values() const;
 
   std::vector<Value> elements_;
   std::size_t first_ = 0;      ///< elements before it were removed from an NSMutableArray and are absent

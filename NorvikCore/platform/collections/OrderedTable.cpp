@@ -8,6 +8,8 @@
 
 namespace norvik::detail {
 
+void PositionIndex::reserve(std::size_t count) { hashes_.reserve(count); }
+
 void PositionIndex::append(std::uint32_t hash) {
   if (hashes_.size() >= std::numeric_limits<std::uint32_t>::max() - 1) {
     NSException::raise(NSRangeException, "a dictionary or a set holds at most 4294967294 entries");

@@ -44,7 +44,7 @@ class NK_EXPORT PositionIndex {
   /// Adds the hash of the entry at the next position.
   void append(std::uint32_t hash);
   [[nodiscard]] std::uint32_t hashAt(std::size_t position) const noexcept { return hashes_[position]; }
-  void reserve(std::size_t count) { hashes_.reserve(count); }
+  void reserve(std::size_t count);
   /// For compacting: moves a position's hash to an earlier position. Afterwards keepFirst() rebuilds the index for the
   /// remaining positions.
   void move(std::size_t from, std::size_t to) noexcept { hashes_[to] = hashes_[from]; }

@@ -36,4 +36,28 @@ class Hidden {
   T* part_ = nullptr;
 };
 
+/// The same for an array of elements, as the copy of a text.
+template <class T>
+class Hidden<T[]> {
+ public:
+  constexpr Hidden() noexcept = default;
+  /// Takes ownership of an array that was made by `new[]`.
+  explicit Hidden(T* made) noexcept : part_(made) {}
+  Hidden(Hidden&& other) noexcept : part_(other.part_) { other.part_ = nullptr; }
+  Hidden& operator=(Hidden&& other) noexcept {
+    T* const before = part_;
+    part_ = other.part_;
+    other.part_ = nullptr;
+    if (before != part_) delete[] before;
+    return *this;
+  }
+  ~Hidden() { delete[] part_; }
+
+  [[nodiscard]] T* get() const noexcept { return part_; }
+  explicit operator bool() const noexcept { return part_ != nullptr; }
+
+ private:
+  T* part_ = nullptr;
+};
+
 }  // namespace norvik::detail

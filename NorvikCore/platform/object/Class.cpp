@@ -199,7 +199,7 @@ struct ClassRegistry {
     made->superclass_ = definition.superclass;
     made->makeObject_ = definition.makeObject;
     made->answersKeysItself_ = definition.answersKeysItself;
-    made->tables_->statements = definition.statements;
+    made->tables_->statements = {definition.statements.begin(), definition.statements.end()};
     for (const Statement& statement : definition.statements) take(*made, statement);
     for (Property& property : made->properties_) made->tables_->properties[property.name] = &property;
     for (Method& method : made->methods_) made->tables_->methods[method.selector] = &method;
@@ -213,7 +213,7 @@ struct ClassRegistry {
   }
 
   const Class& define(const ClassDefinition& definition) NK_EXCLUDES(mutex) {
-    if (!definition.statements.empty()) LoadedStatements::keep(definition.statements.data());
+    if (definition.statements.count() != 0) LoadedStatements::keep(definition.statements.begin());
     Class* made = build(definition);
     const Class* registered = enter(made);
     if (registered != made) delete made;
@@ -324,6 +324,11 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
   }
   return false;
 }
+
+std::span<const Property> Class::properties() const noexcept { return properties_; }
+std::span<const Method> Class::methods() const noexcept { return methods_; }
+std::span<const Method> Class::classMethods() const noexcept { return classMethods_; }
+std::span<const SEL> Class::selectors() const noexcept { return selectors_; }
 
 const Property* Class::property(const NSString& key) const noexcept {
   detail::LoadedStatements::enterAll();  // a category may add the property

@@ -78,12 +78,12 @@ class NK_EXPORT Class {
   [[nodiscard]] bool isSubclassOf(const Class& other) const noexcept;
 
   /// Those of the class itself, in the order in which they are declared.
-  [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
-  [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
-  [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
+  [[nodiscard]] std::span<const Property> properties() const noexcept;
+  [[nodiscard]] std::span<const Method> methods() const noexcept;
+  [[nodiscard]] std::span<const Method> classMethods() const noexcept;
   /// The names of the class's own operations and of the accessors of its own properties, in the order in which they are
   /// declared.
-  [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
+  [[nodiscard]] std::span<const SEL> selectors() const noexcept;
   /// The properties that categories add to the class, in the order in which their shared objects were loaded.
   [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept;
 

@@ -20,7 +20,7 @@ struct ClassDefinition {
   const Class* superclass = nullptr;
   Ref<NSObject> (*makeObject)() = nullptr;
   bool answersKeysItself = false;
-  std::span<const Statement> statements{};  ///< a constant of the class's shared object
+  StatementList statements{};  ///< a constant of the class's shared object
 };
 
 /// The class of that type; its first definition registers it.
@@ -93,7 +93,7 @@ requires(std::same_as<T, UnknownType> || std::same_as<Superclass, UnknownType>) 
 
 template <class T, class Superclass>
 const Class& defineClass() {
-  constexpr std::span<const Statement> statements = statementsOf<T>;
+  constexpr StatementList statements = statementsOf<T>;
   static_assert(!statesTwice(StatementKind::Property, statementsOf<T>), "a class declares a property twice");
   static_assert(!statesTwice(StatementKind::Method, statementsOf<T>), "a class declares an operation twice");
   static_assert(!statesTwice(StatementKind::ClassMethod, statementsOf<T>), "a class declares a class operation twice");

@@ -13,6 +13,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -34,7 +35,9 @@ class NK_EXPORT SEL {
   [[nodiscard]] std::size_t argumentCount() const noexcept;
   explicit operator bool() const noexcept { return name_ != nullptr; }
   friend bool operator==(SEL, SEL) noexcept = default;
-  friend std::strong_ordering operator<=>(SEL a, SEL b) noexcept { return std::compare_three_way()(a.name_, b.name_); }
+  friend std::strong_ordering operator<=>(SEL a, SEL b) noexcept {
+    return reinterpret_cast<std::uintptr_t>(a.name_) <=> reinterpret_cast<std::uintptr_t>(b.name_);
+  }
   /// Writes the name.
   NK_EXPORT friend std::ostream& operator<<(std::ostream& out, SEL selector);
 

@@ -4,7 +4,6 @@
 
 #include "NorvikCore/platform/object/Statement.h"
 
-#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <utility>
@@ -36,6 +35,23 @@ template <class T, int... number>
 inline constexpr Statement statementsOf<T, std::integer_sequence<int, number...>>[sizeof...(number)] = {
     StatementAccess::at<T, number>()...};
 
+/// A class's statements. Not a std::span, because a conversion of an array to a span takes long to compile.
+class StatementList {
+ public:
+  constexpr StatementList() noexcept = default;
+  template <std::size_t count>
+  constexpr StatementList(const Statement (&statements)[count]) noexcept  // NOLINT(google-explicit-constructor): a view
+      : first_(statements), count_(count) {}
+
+  [[nodiscard]] constexpr const Statement* begin() const noexcept { return first_; }
+  [[nodiscard]] constexpr const Statement* end() const noexcept { return first_ + count_; }
+  [[nodiscard]] constexpr std::size_t count() const noexcept { return count_; }
+
+ private:
+  const Statement* first_ = nullptr;
+  std::size_t count_ = 0;
+};
+
 constexpr bool isSameKey(const char* a, const char* b) {
   while (*a && *a == *b) ++a, ++b;
   return *a == *b;
@@ -55,7 +71,7 @@ constexpr unsigned long long identityOf(const Statement& statement) {
 /// are rejected by the compiler itself.
 template <std::size_t count>
 constexpr bool statesTwice(StatementKind kind, const Statement (&statements)[count]) {
-  constexpr std::size_t size = 2 * std::bit_ceil(count);
+  constexpr std::size_t size = 2 * count;
   unsigned long long seen[size] = {};
   for (const Statement& statement : statements) {
     if (statement.kind != kind) continue;
@@ -70,8 +86,7 @@ constexpr bool statesTwice(StatementKind kind, const Statement (&statements)[cou
   return false;
 }
 
-template <std::size_t count>
-constexpr bool states(StatementKind kind, const Statement (&statements)[count]) {
+constexpr bool states(StatementKind kind, StatementList statements) {
   for (const Statement& statement : statements) {
     if (statement.kind == kind) return true;
   }
@@ -110,7 +125,7 @@ constexpr bool statesKeysOfDependencies() {
 }
 
 /// The last name that is declared: NK_OBJECT declares the name of the C++ class, NK_CLASS_NAME a different one.
-constexpr const char* statedName(std::span<const Statement> statements) {
+constexpr const char* statedName(StatementList statements) {
   const char* name = nullptr;
   for (const Statement& statement : statements) {
     if (statement.kind == StatementKind::ClassName) name = statement.name;
@@ -118,7 +133,7 @@ constexpr const char* statedName(std::span<const Statement> statements) {
   return name;
 }
 
-constexpr bool hasOneName(std::span<const Statement> statements) {
+constexpr bool hasOneName(StatementList statements) {
   int count = 0;
   for (const Statement& statement : statements) count += statement.kind == StatementKind::ClassName ? 1 : 0;
   return count <= 2;

@@ -24,7 +24,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -33,18 +32,19 @@ struct fmt::formatter<norvik::Date> : fmt::formatter<fmt::string_view> {
   constexpr void set_debug_format(bool /*isQuoted*/ = true) noexcept {}  // not quoted within a range
 
   constexpr auto parse(fmt::format_parse_context& context) {
-    const char* const begin = context.begin();
-    const char* const end = std::find(begin, context.end(), '}');
-    const char* const percent = std::find(begin, end, '%');
-    if (percent == end) return fmt::formatter<fmt::string_view>::parse(context);
-    if (!norvik::detail::isDatePattern({percent, static_cast<std::size_t>(end - percent)}))
+    std::string_view text(context.begin(), static_cast<std::size_t>(context.end() - context.begin()));
+    text = text.substr(0, text.find('}'));
+    const std::size_t percent = text.find('%');
+    if (percent == text.npos) return fmt::formatter<fmt::string_view>::parse(context);
+    const std::string_view before = text.substr(0, percent), pattern = text.substr(percent);
+    if (!norvik::detail::isDatePattern(pattern))
       throw fmt::format_error("a date has no such field: see NorvikCore/platform/values/Date_fmt.h");
-    if (std::find(begin, percent, '{') != percent || std::find(begin, percent, '.') != percent)
+    if (before.find_first_of("{.") != before.npos)
       throw fmt::format_error("a date with a pattern has a width that is a number, and no precision");
-    pattern_ = {percent, static_cast<std::size_t>(end - percent)};
-    fmt::format_parse_context field({begin, static_cast<std::size_t>(percent - begin)});
+    pattern_ = pattern;
+    fmt::format_parse_context field({before.data(), before.size()});
     fmt::formatter<fmt::string_view>::parse(field);
-    return end;
+    return context.begin() + text.size();
   }
 
   template <class Context>

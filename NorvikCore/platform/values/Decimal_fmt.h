@@ -15,9 +15,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <string_view>
+#include <string_view>  // std::copy, std::fill_n, std::min and std::max too, by the cheapest header
 
 template <>
 struct fmt::formatter<norvik::Decimal> {

@@ -8,6 +8,14 @@ using norvik::detail::Hidden;
 
 namespace {
 
+struct Element {
+  static inline int alive = 0;
+  Element() { ++alive; }
+  ~Element() { --alive; }
+  Element(const Element&) = delete;
+  Element& operator=(const Element&) = delete;
+};
+
 struct Part {
   explicit Part(int& alive) : count(alive) { ++count; }
   ~Part() { --count; }
@@ -41,4 +49,19 @@ TEST(Hidden, MovingHandsThePartOver) {
   first.reset();
   EXPECT_FALSE(first);
   EXPECT_EQ(alive, 0);
+}
+
+TEST(Hidden, EveryElementOfAnArrayIsDestroyedOnce) {
+  {
+    Hidden<Element[]> owner(new Element[3]);
+    Hidden<Element[]> other = std::move(owner);
+    EXPECT_FALSE(owner);  // NOLINT(bugprone-use-after-move): what a move leaves is what is tested
+    EXPECT_TRUE(other);
+    other = Hidden<Element[]>(new Element[2]);
+    EXPECT_EQ(Element::alive, 2);
+    owner = std::move(other);
+    EXPECT_EQ(Element::alive, 2);
+    EXPECT_EQ(other.get(), nullptr);  // NOLINT(bugprone-use-after-move): as above
+  }
+  EXPECT_EQ(Element::alive, 0);
 }
