@@ -2,7 +2,7 @@
 
 #include "NorvikCore/observation/internal/ObservedObjects.h"
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 #include "NorvikCore/platform/values/Format.h"
 
 #include <string>
@@ -53,7 +53,7 @@ _FBKVOInfo::_FBKVOInfo(FBKVOController& controller, NSString keyPath, NSKeyValue
       _controller(&controller),
       handler_(std::move(changeBlock)) {}
 
-bool _FBKVOInfo::deliver(detail::Delivery& delivery, NSObject& root) {
+bool _FBKVOInfo::deliver(detail::ChangeDelivery& delivery, NSObject& root) {
   NSObject* observer = receiver(delivery);
   if (!observer) return true;
   if (const auto* changeBlock = std::get_if<detail::ChangeBlock>(&handler_)) {

@@ -45,7 +45,7 @@ class NK_EXPORT_FOR_TESTS _FBKVOInfo
 
   /// Passes the change to the observer of the controller, without the shared controller. True in any case, because the
   /// controller ends the observation.
-  bool deliver(detail::Delivery& delivery, NSObject& root) override;
+  bool deliver(detail::ChangeDelivery& delivery, NSObject& root) override;
 
  private:
   friend class FBKVOController;

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/values/Format.h"
@@ -72,7 +72,7 @@ void _FBKVOSharedController::observeValueForKeyPath(const NSString& keyPath, NSO
                                                     const KeyValueChange& change, void* context) {
   for (const Ref<_FBKVOInfo>& info : _infos()) {
     if (info.get() != context || info->_keyPath() != keyPath) continue;
-    detail::Delivery delivery(object);
+    detail::ChangeDelivery delivery(object);
     delivery.setChange(change.oldValue(), change.newValue(), change.isPrior());
     info->deliver(delivery, object);
   }

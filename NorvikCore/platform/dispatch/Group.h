@@ -40,6 +40,7 @@ std::intptr_t dispatch_group_wait(const dispatch_group_t& group, const Duration&
 template <detail::PlainNumber Number>
 std::intptr_t dispatch_group_wait(const dispatch_group_t&, Number) {
   static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");
+  return 0;
 }
 
 namespace detail {

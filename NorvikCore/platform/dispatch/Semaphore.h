@@ -39,6 +39,7 @@ std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, con
 template <detail::PlainNumber Number>
 std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t&, Number) {
   static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");
+  return 0;
 }
 
 /// Gives a permit. The result is not 0 if a thread was asleep in a wait for it.

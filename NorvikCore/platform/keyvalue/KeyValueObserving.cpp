@@ -1,7 +1,7 @@
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/SameName.h"
@@ -129,13 +129,13 @@ void prune(const Entry& entry, NSObject& here) {
   registration.leavePath();
 }
 
-[[gnu::noinline]] bool tellOfPath(const Entry& entry, NSObject& here, Delivery& delivery) {
+[[gnu::noinline]] bool tellOfPath(const Entry& entry, NSObject& here, ChangeDelivery& delivery) {
   const Ref<NSObject> root = entry.registration->root(here, entry.depth);
   return !root || entry.registration->deliver(delivery, *root);
 }
 
 /// Calls the observer; false if it is destroyed.
-bool tell(const Entry& entry, NSObject& here, Delivery& delivery) {
+bool tell(const Entry& entry, NSObject& here, ChangeDelivery& delivery) {
   Registration& registration = *entry.registration;
   if (!registration.isActive()) return true;
   return entry.depth == 0 ? registration.deliver(delivery, here) : tellOfPath(entry, here, delivery);
@@ -162,7 +162,7 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     }
   });
   if (!isPriorWanted) return;
-  Delivery delivery(object);
+  ChangeDelivery delivery(object);
   neighbours.forget();
   std::size_t old = 0;
   forEachAffected(observers, key_, [&](const Entry& entry) {
@@ -200,7 +200,7 @@ void AnnouncedChange::complete() {
   if (observers.hasPaths()) forEachAffected(observers, key_, follow);
   constexpr auto valueOptions = NSKeyValueObservingOptionOld | NSKeyValueObservingOptionNew;
   Reader reader(*object_);
-  Delivery delivery(*object_);
+  ChangeDelivery delivery(*object_);
   Neighbours withOld, alike;
   std::uint64_t lastOptions = 0;
   std::size_t old = 0;
@@ -293,7 +293,7 @@ void detail::observe(NSObject& object, Ref<Registration> registration) {
     registration->follow(object);
     if (!wantsInitial || !registration->isActive()) return;
     const bool wantsNew = registration->wants(NSKeyValueObservingOptionNew);
-    Delivery delivery(object);
+    ChangeDelivery delivery(object);
     delivery.setChange(Value(), wantsNew ? registration->valueFrom(object, 0) : Value(), false);
     (void)registration->deliver(delivery, object);
   } catch (...) {

@@ -2,7 +2,7 @@
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 #include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -83,7 +83,7 @@ class Binding::Side final : public Registration {
   Side(Binding& binding, const Weak<NSObject>& otherSide, const NSString& keyPath, bool isObserved)
       : Registration(binding, recordOf(otherSide), keyPath, {}, nullptr), binding_(&binding), isObserved_(isObserved) {}
 
-  bool deliver(Delivery& delivery, NSObject& root) override {
+  bool deliver(ChangeDelivery& delivery, NSObject& root) override {
     if (binding_->hasNoted(isObserved_)) return true;
     NSObject* other = receiver(delivery);
     if (other) binding_->carry(isObserved_, isObserved_ ? *other : root, isObserved_ ? root : *other);

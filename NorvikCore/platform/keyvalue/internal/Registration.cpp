@@ -5,7 +5,7 @@
 #include "NorvikCore/platform/collections/NSSet.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"
 #include "NorvikCore/platform/keyvalue/internal/CollectionOperators.h"
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 #include "NorvikCore/platform/keyvalue/internal/KeyPathText.h"
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
@@ -142,7 +142,7 @@ NSObject* Registration::observer(Ref<NSObject>& kept) const noexcept {
   return kept.get();
 }
 
-bool Registration::deliver(Delivery& delivery, NSObject& root) {
+bool Registration::deliver(ChangeDelivery& delivery, NSObject& root) {
   NSObject* observer = isObserverPermanent_ ? observer_ : delivery.kept(observerRecord_);
   if (!observer) return false;
   observer->observeValueForKeyPath(keyPath_, root, delivery.change(), context_);
@@ -151,7 +151,7 @@ bool Registration::deliver(Delivery& delivery, NSObject& root) {
 
 // If the registration is active after the object was retained, the record was still the receiver's. Otherwise it may
 // be the record of another object meanwhile; records are never freed.
-NSObject* Registration::receiver(Delivery& delivery) const noexcept {
+NSObject* Registration::receiver(ChangeDelivery& delivery) const noexcept {
   NSObject* object = delivery.kept(observerRecord_);
   return isActive() ? object : nullptr;
 }

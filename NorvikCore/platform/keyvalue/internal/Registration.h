@@ -12,7 +12,7 @@
 
 namespace norvik::detail {
 
-class Delivery;
+class ChangeDelivery;
 
 /// A registration is in the list of every object along its path, under the next key of the path. So a change anywhere
 /// is noticed. If an object along the path is replaced, the entries behind it move to the objects that are now there.
@@ -43,7 +43,7 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
   /// Calls the observer about the delivery's change of the value that the path leads to from `root`. False, without a
   /// call, if the observer is destroyed.
-  virtual bool deliver(Delivery& delivery, NSObject& root);
+  virtual bool deliver(ChangeDelivery& delivery, NSObject& root);
   /// Call it before the registration is attached.
   void setRoot(NSObject& root);
   /// The object on which the registration was made, empty once it is being destroyed; `here` is the object at `depth`.
@@ -79,7 +79,7 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   Registration(NSObject& observer, SideRecord* receiver, NSString keyPath, NSKeyValueObservingOptions options,
                void* context);
   /// The receiver, which lives until the delivery's next call; null if it is destroyed or the registration has ended.
-  [[nodiscard]] NSObject* receiver(Delivery& delivery) const noexcept;
+  [[nodiscard]] NSObject* receiver(ChangeDelivery& delivery) const noexcept;
 
  private:
   friend class ObserverList;  // for position_, of its entry in the list of the root, guarded by the lock of that list

@@ -1,4 +1,4 @@
-// NorvikCore/platform/keyvalue/internal/Delivery.h - what the calls to the observers of one change share.
+// NorvikCore/platform/keyvalue/internal/ChangeDelivery.h - what the calls to the observers of one change share.
 //
 // Each is made once and reused as long as consecutive observers need the same: the retained observer, the change, and
 // the dictionary for blocks. So one more observer costs little more than its call.
@@ -14,12 +14,12 @@ namespace norvik::detail {
 
 class SideRecord;
 
-class Delivery {
+class ChangeDelivery {
  public:
   /// The changed object; it must live as long as the delivery.
-  explicit Delivery(NSObject& object) noexcept : object_(object) {}
-  Delivery(const Delivery&) = delete;
-  Delivery& operator=(const Delivery&) = delete;
+  explicit ChangeDelivery(NSObject& object) noexcept : object_(object) {}
+  ChangeDelivery(const ChangeDelivery&) = delete;
+  ChangeDelivery& operator=(const ChangeDelivery&) = delete;
 
   /// The observer with that side record, which lives until the next call of this function; null if it is destroyed or
   /// is being destroyed.

@@ -1,4 +1,4 @@
-#include "NorvikCore/platform/keyvalue/internal/Delivery.h"
+#include "NorvikCore/platform/keyvalue/internal/ChangeDelivery.h"
 
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/object/internal/ObjectAccess.h"
@@ -9,7 +9,7 @@
 
 namespace norvik::detail {
 
-NSObject* Delivery::kept(SideRecord* record) noexcept {
+NSObject* ChangeDelivery::kept(SideRecord* record) noexcept {
   // An observer that its call released is destroyed before the next call.
   if (kept_ && ObjectAccess::count(*kept_).loadAcquire() == 1) {
     keptRecord_ = nullptr;
@@ -24,7 +24,7 @@ NSObject* Delivery::kept(SideRecord* record) noexcept {
   return kept_.get();
 }
 
-void Delivery::setChangeWithoutValues() noexcept {
+void ChangeDelivery::setChangeWithoutValues() noexcept {
   dictionary_.reset();
   change_ = &kernel::madeOnce([] {
     alignas(KeyValueChange) static constinit unsigned char memory[sizeof(KeyValueChange)]{};
@@ -32,7 +32,7 @@ void Delivery::setChangeWithoutValues() noexcept {
   });
 }
 
-const NSDictionary& Delivery::dictionary(const NSString& pathKey, const NSString& keyPath) {
+const NSDictionary& ChangeDelivery::dictionary(const NSString& pathKey, const NSString& keyPath) {
   if (!dictionary_ || !dictionary_->isOf(keyPath)) {
     dictionary_.reset();
     dictionary_.emplace(pathKey, keyPath, *change_);
