@@ -22,19 +22,19 @@ namespace {
 namespace fs = std::filesystem;
 using norvik::test::TemporaryFolder;
 
-std::string contentOf(const std::string& path) {
+std::string wholeTextOf(const std::string& path) {
   std::string text;
   EXPECT_EQ(kernel::readFile(path, text), 0) << path;
   return text;
 }
 
-struct stat statusOf(const std::string& path) {
+struct stat entryAt(const std::string& path) {
   struct stat status {};
   EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
   return status;
 }
 
-std::size_t entriesIn(const std::string& folder) {
+std::size_t entryCountIn(const std::string& folder) {
   return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
 }
 
@@ -76,11 +76,11 @@ TEST_P(ReplaceFile, AFailureLeavesTheOldContentAndNothingElse) {
     EXPECT_EQ(kernel::replaceFile(path, large), EFBIG);
     EXPECT_EQ(kernel::replaceFile(folder.path("new"), large), EFBIG);
   }
-  EXPECT_EQ(contentOf(path), "old");
-  EXPECT_EQ(entriesIn(folder.path()), 1U);
+  EXPECT_EQ(wholeTextOf(path), "old");
+  EXPECT_EQ(entryCountIn(folder.path()), 1U);
   EXPECT_EQ(kernel::replaceFile(path, large), 0);
-  EXPECT_EQ(contentOf(path), large);
-  EXPECT_EQ(entriesIn(folder.path()), 1U);
+  EXPECT_EQ(wholeTextOf(path), large);
+  EXPECT_EQ(entryCountIn(folder.path()), 1U);
 }
 
 TEST_P(ReplaceFile, PermissionsAttributesAndLinksStay) {
@@ -90,9 +90,9 @@ TEST_P(ReplaceFile, PermissionsAttributesAndLinksStay) {
   const std::string link = folder.path("link");
   ASSERT_EQ(symlink("pay.csv", link.c_str()), 0);
   EXPECT_EQ(kernel::replaceFile(link, "new"), 0);
-  EXPECT_EQ(contentOf(path), "new");
-  EXPECT_TRUE(S_ISLNK(statusOf(link).st_mode));
-  EXPECT_EQ(statusOf(path).st_mode & 07777, 0640U);
+  EXPECT_EQ(wholeTextOf(path), "new");
+  EXPECT_TRUE(S_ISLNK(entryAt(link).st_mode));
+  EXPECT_EQ(entryAt(path).st_mode & 07777, 0640U);
   std::string value;
   EXPECT_EQ(kernel::getAttribute(path, "payroll.locked", value), 0);
   EXPECT_EQ(value, "yes");
@@ -113,15 +113,15 @@ TEST_P(ReplaceFile, AllNamesOfAFileHaveTheNewContent) {
   const std::string other = folder.path("other");
   ASSERT_EQ(link(path.c_str(), other.c_str()), 0);
   EXPECT_EQ(kernel::replaceFile(path, "new"), 0);
-  EXPECT_EQ(contentOf(other), "new");
+  EXPECT_EQ(wholeTextOf(other), "new");
 }
 
 TEST_P(ReplaceFile, ADanglingLinkGetsItsTarget) {
   const std::string link = folder.path("link");
   ASSERT_EQ(symlink("pay.csv", link.c_str()), 0);
   EXPECT_EQ(kernel::replaceFile(link, "new"), 0);
-  EXPECT_EQ(contentOf(path), "new");
-  EXPECT_TRUE(S_ISLNK(statusOf(link).st_mode));
+  EXPECT_EQ(wholeTextOf(path), "new");
+  EXPECT_TRUE(S_ISLNK(entryAt(link).st_mode));
 }
 
 TEST_P(ReplaceFile, APipeReceivesTheContent) {
@@ -131,7 +131,7 @@ TEST_P(ReplaceFile, APipeReceivesTheContent) {
   EXPECT_EQ(kernel::replaceFile(path, "new"), 0);
   char bytes[3];
   EXPECT_EQ(read(reader.get(), bytes, sizeof bytes), 3);
-  EXPECT_TRUE(S_ISFIFO(statusOf(path).st_mode));
+  EXPECT_TRUE(S_ISFIFO(entryAt(path).st_mode));
 }
 
 TEST_P(ReplaceFile, AFileInAFolderWithoutRoomForOthersIsWrittenInPlace) {
@@ -139,7 +139,7 @@ TEST_P(ReplaceFile, AFileInAFolderWithoutRoomForOthersIsWrittenInPlace) {
   ASSERT_EQ(chmod(folder.path().c_str(), 0500), 0);
   EXPECT_EQ(kernel::replaceFile(path, "new"), 0);
   ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
-  EXPECT_EQ(contentOf(path), "new");
+  EXPECT_EQ(wholeTextOf(path), "new");
 }
 
 TEST_P(ReplaceFile, AFileThatIsNotWritableIsRefused) {
@@ -147,7 +147,7 @@ TEST_P(ReplaceFile, AFileThatIsNotWritableIsRefused) {
   ASSERT_EQ(kernel::replaceFile(path, "old"), 0);
   ASSERT_EQ(chmod(path.c_str(), 0400), 0);
   EXPECT_EQ(kernel::replaceFile(path, "new"), EACCES);
-  EXPECT_EQ(contentOf(path), "old");
+  EXPECT_EQ(wholeTextOf(path), "old");
 }
 
 }  // namespace
