@@ -16,6 +16,8 @@
 #include "NorvikCore/platform/kernel/internal/ForkGate.h"
 #include "NorvikCore/platform/kernel/internal/Futex.h"
 
+#include <sched.h>
+
 #include <atomic>
 #include <cstdint>
 
@@ -39,8 +41,12 @@ class PlainRelease {
   /// as long as `half` is `taken`.
   template <class TryTake>
   void wait(const std::atomic<std::uint32_t>& half, std::uint32_t taken, TryTake&& tryTake) noexcept {
-    for (int look = 0; look < 100; ++look) {
-      spinPause();
+    for (int look = 0; look < 30; ++look) {
+      if (look < 20) {
+        spinPause();
+      } else {
+        sched_yield();  // the kernel may have interrupted the owner
+      }
       if (tryTake()) return;
     }
     waiting_.fetch_add(1, std::memory_order_seq_cst);
