@@ -79,8 +79,8 @@ std::string poundsText(const Decimal& amount) {
   return (amount.isNegative() ? "-£" : "£") + amountText(magnitudeOf(amount));
 }
 
-// nk_currencyStyleString and nk_defaultStringFromNumber create a formatter for each amount on threads other than the
-// main thread, and payslips have many amounts.
+// A formatter that the caller keeps saves the look-up that nk_currencyStyleString makes for each amount, and payslips
+// have many amounts.
 std::string amountText(const Decimal& amount) {
   thread_local const Ref<NKMonetaryTermDecimalNumberFormatter> kept = britishMoney();
   return text(kept->stringFromNumber(amount));

@@ -21,7 +21,7 @@
 //
 // Comparison is literal, unit by unit, in the order of the units' numbers; a composed letter and its decomposed form
 // differ. Indexing takes constant time on ASCII. On longer non-ASCII text the first use of an index builds a table in
-// linear time; after that every index takes the time for some hundred bytes. Results that are texts copy their part.
+// linear time; after that every index takes the time for some tens of bytes. Results that are texts copy their part.
 // Every search takes linear time at most, also in repetitive text.
 //
 // Threads: a value; distinct objects may be used on distinct threads, even if they share storage.

@@ -3,7 +3,7 @@
 // classes.
 //
 // 2026-11-23, Intel Xeon of 2.5 GHz, two virtual cores, very busy, g++ 12.2, -O2; medians of 5 runs, in milliseconds:
-//   start 6.8, ICU and SQLite 5.9 (1.15 times); start and look up a class 8.0
+//   start 5.5, ICU and SQLite 4.5 (1.22 times); start and look up a class 5.7
 // `perf stat` counts 2.35 ms of processor time and 246 page faults (ICU and SQLite: 2.2 and 196), valgrind's
 // lackey 5.07 million instructions (4.32). While loading registered the classes, and the loader looked the library's
 // own names up, these were 3.1 ms, 303 and 6.92 million.
