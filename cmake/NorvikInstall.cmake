@@ -3,8 +3,8 @@ if(NORVIK_INSTALL)
   include(CMakePackageConfigHelpers)
   set(norvik_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/NorvikCore)
 
-  # norvik_install_library(TARGET EXPORT COMPONENT DEVELOPMENT): the library is installed by one component of the
-  # installation, what programs are compiled with by another.
+  # norvik_install_library(TARGET EXPORT COMPONENT DEVELOPMENT): COMPONENT of the installation has the library,
+  # DEVELOPMENT has the files with which programs are compiled.
   function(norvik_install_library target export component development)
     install(TARGETS ${target} EXPORT ${export}
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${development}

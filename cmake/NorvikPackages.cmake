@@ -76,7 +76,7 @@ macro(norvik_library_packages component name target)
       SUMMARY "${LIBRARY_SUBJECT}"
       DESCRIPTION "${about}\n\nThis package contains the shared library."
       DEPENDS ${LIBRARY_DEPENDS} RECOMMENDS ${LIBRARY_RECOMMENDS})
-    # Where dpkg-shlibdeps finds it for the packages that use it, whose dependency on it is written here.
+    # dpkg-shlibdeps searches this folder when it examines packages that use the library.
     add_dependencies(packaged ${target})
     get_target_property(folder ${target} BINARY_DIR)
     list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${folder})

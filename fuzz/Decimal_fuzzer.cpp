@@ -2,7 +2,7 @@
 //
 // An input that starts with '=' is a text to read. Any other input is an operation: operator (+ - * / or r to round),
 // mode (0 to 3), scale, and two numbers such as -123E-2, separated by spaces: "/0 2 100E-2 3E0". Each operation runs
-// without faults that raise, and with all of them.
+// once with a handler that raises an exception for no error, and once with a handler that raises one for every error.
 
 #include "NorvikCore/platform/values/Decimal.h"
 #include "NorvikCore/platform/values/NSException.h"
@@ -69,7 +69,7 @@ bool readNumber(std::istream& in, Sample& sample) {
   return true;
 }
 
-/// The name of the exception that a result raises if all faults raise; empty if none.
+/// The name of the exception for a result if every error raises one, or empty.
 std::string faultOf(const model::Result& result) {
   switch (result.outcome) {
     case model::Outcome::number:

@@ -1,5 +1,5 @@
-// fuzz/Format_fuzzer.cpp - run-time formats. For any format: only its arguments are shown, and a format that the check
-// accepts never shows a complaint. For number directives: the text equals that of snprintf in the C locale.
+// fuzz/Format_fuzzer.cpp - run-time formats. Any format shows only its arguments, and a format that the check accepts
+// never shows a complaint. The text of a number directive equals that of snprintf in the C locale.
 #include "NorvikCore/platform/values/Format.h"
 
 #include <cstdint>

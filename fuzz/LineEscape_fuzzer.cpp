@@ -1,6 +1,7 @@
-// fuzz/LineEscape_fuzzer.cpp - texts of a log line. Any bytes as a text: the escaped text is one printable line of
-// UTF-8 and gives the text back. Any bytes as an escaped text: its original text, escaped again, gives the same
-// original text.
+// fuzz/LineEscape_fuzzer.cpp - texts of a log line.
+//
+// - Any bytes are escaped as a text. The result is one printable line of UTF-8, from which the text can be read back.
+// - Any bytes are read as an escaped text. The text that was read is escaped and read again, and is unchanged.
 #include "NorvikCore/logging/DDLogLineFormatter.h"
 #include "NorvikCore/platform/values/Utf8.h"
 

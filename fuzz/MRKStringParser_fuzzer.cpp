@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Most bytes stand for themselves; some become tags, blanks and surrogate halves, so that few bytes make deep markup.
+/// Most bytes stand for themselves; some become tags, spaces and surrogate halves, so that few bytes make deep markup.
 std::u16string sourceOf(const std::uint8_t* data, std::size_t size) {
   static constexpr const char16_t* words[] = {u"<b>",  u"</b>",  u"<i>",      u"</I>",     u"<a x=", u"<a ",
                                               u"</a>", u"\x01<", u"='",       u"\"",       u"<?>",   u"</?>",

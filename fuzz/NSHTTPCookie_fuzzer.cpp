@@ -1,10 +1,10 @@
-// "Set-Cookie" lines and lines of cookie files, from servers and other programs. The first line of the input is an
-// address, the rest is the line.
+// "Set-Cookie" lines and lines of cookie files, from servers and other programs. The first line of the input is a URL,
+// the rest is the line.
 //
-// - A slow model of RFC 6265, section 5.2, written from its text, determines whether a line has a name and a value, and
-//   which. An accepted cookie has these.
-// - An accepted cookie is sent to the address that it came from, has a domain that is the host or above it, and
-//   contains no byte that would end a line of a request or a file.
+// - A slow model, written from the text of RFC 6265, section 5.2, finds the name and the value of a line, if it has
+//   them. An accepted cookie has the same name and value.
+// - An accepted cookie is sent to the URL that it came from, has a domain that is the host or above it, and contains no
+//   byte that would end a line of a request or a file.
 // - A cookie is unchanged after conversion to a line of a cookie file and back, and to properties and back.
 #include "NorvikCore/platform/foundation/NSHTTPCookie.h"
 

@@ -1,9 +1,13 @@
 // fuzz/NSNumberFormatter_fuzzer.cpp - amounts as people type them, in many locales and patterns.
 //
-// The whole input is a text for the formatter of British money fields, which is compared with a slow model of an
-// amount. Its first two characters also choose a locale and a pattern, whose formatter reads the rest: an accepted
-// number has the text's digits and sign, spaces around the text change nothing, lenient reading accepts what strict
-// reading accepts, and the text of a number reads back. If the rest is a Decimal, that is written and read too.
+// The formatter of British money fields reads the whole input and is compared with a slow model of an amount. The first
+// two characters of the input also choose a locale and a pattern, whose formatter reads the rest:
+//
+// - An accepted number has the digits and the sign of the text.
+// - Spaces around the text change nothing.
+// - Lenient reading accepts every text that strict reading accepts.
+// - The number is written, read and written again, and both written texts are the same. So is the rest itself, if it is
+//   a Decimal.
 #include "NorvikCore/platform/foundation/NSLocale.h"
 #include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 

@@ -1,5 +1,5 @@
-// fuzz/NSString_fuzzer.cpp - texts from any bytes, and any changes of them. The bytes come back; cutting, searching,
-// ordering and editing give the results of a std::u16string.
+// fuzz/NSString_fuzzer.cpp - texts from any bytes, and any changes of them. A text gives back its bytes, and cutting,
+// searching, ordering and editing give the same results as a std::u16string.
 #include "NorvikCore/platform/values/NSMutableString.h"
 #include "NorvikCore/platform/values/NSString.h"
 

@@ -1,11 +1,11 @@
-// Addresses from texts of other programs: a valid address stays the same, and has the parts that its text shows.
+// URLs from texts of other programs. A valid URL stays the same, and has the parts that its text shows.
 //
-// - An address that is written and read again is equal and is written the same; so is one that is resolved against
+// - A URL that is written and read again is equal and is written the same. So is a URL that was resolved against
 //   another.
-// - Its parts, joined by the rule of RFC 3986, section 5.3, are its text.
+// - The parts of a URL, joined by the rule of RFC 3986, section 5.3, are its text.
 // - Its text, split by the regular expression of RFC 3986, appendix B (here a plain search), gives those parts.
 // - Its text contains only the characters that RFC 3986 allows.
-// - The tolerant reader accepts every address unchanged.
+// - The tolerant reader accepts every URL unchanged.
 #include "NorvikCore/Categories/NSURL+NorvikCore.h"
 
 #include <cstdint>

@@ -1,9 +1,9 @@
 // fuzz/PayslipTemplate_fuzzer.cpp - the templates of the pay run's payslips. The first line of the input is the
 // employee's name, the others are the template.
 //
-// A template is refused, or makes a payslip in which a name is always text: for any name, the payslip equals that of a
-// placeholder letter with the name instead of the letter. On a terminal only colours are set; in HTML every tag is a
-// known one, and closed.
+// A template is refused or makes a payslip. In a payslip, a name is always text and never markup. To check this, a
+// second payslip is made for a name of one letter, which is then replaced by the real name. Both must be equal. On a
+// terminal only colours are set. In HTML every tag is known, and closed.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

@@ -1,6 +1,5 @@
-// Zone files and rules from any source: damaged data is refused, and accepted data is consistent. The oracle computes
-// each answer in a second, slow way: it finds the span by walking from change to change, and the local time by trying
-// every span.
+// Zone files and rules from any source. Damaged data is refused, and accepted data is consistent. A slow model computes
+// each answer too. It finds the span by walking from change to change, and the local time by trying every span.
 #include "NorvikCore/platform/foundation/internal/ZoneRules.h"
 
 #include <cstdint>

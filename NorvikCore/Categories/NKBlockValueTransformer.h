@@ -3,9 +3,9 @@
 //   const auto shout = [](const NSString& text) { return text + "!"; };
 //   NKBlockValueTransformer::valueTransformerWithBlock(shout)->transformedValue("pay");      // "pay!"
 //
-// TransformClosure.h describes the closures.
-// Using a transformer whose closure is absent raises NSInvalidArgumentException. Threads: those that the closure
-// allows; replace the closure only while no other thread uses the transformer.
+// TransformClosure.h describes the closures. Using a transformer whose closure is absent raises
+// NSInvalidArgumentException. Threads: those that the closure allows; replace the closure only while no other thread
+// uses the transformer.
 #pragma once
 
 #include "NorvikCore/Categories/TransformClosure.h"

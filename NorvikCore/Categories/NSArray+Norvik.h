@@ -25,9 +25,9 @@ class NSDictionary;
 /// of which may be missing or null:
 /// - "suffix", a text after each joined element, including the last;
 /// - "joinLastWith", a text in place of the last separator;
-/// - "skipEmptyComponents", a boolean: elements that hold only blanks and line breaks are left out. If one is left out,
-///   "joinLastWith" is not used. That is deliberate: it is used only when all elements of the array except one have
-///   been written.
+/// - "skipEmptyComponents", a boolean: elements that hold only white space and line breaks are left out. If one is left
+///   out, "joinLastWith" is not used. That is deliberate: it is used only when all elements of the array except one
+///   have been written.
 /// An option of another kind raises NSInvalidArgumentException.
 [[nodiscard]] NK_EXPORT NSString nk_componentsJoinedByString(const NSArray& array, const NSString& separator,
                                                              const Ref<NSDictionary>& options = nullptr);

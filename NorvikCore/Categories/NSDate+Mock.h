@@ -1,7 +1,7 @@
 // NorvikCore/Categories/NSDate+Mock.h - a current date for tests, for the whole process.
 //
 //   setMockDateStringValue("2021-04-06 00:00:00 +0000");
-//   NSDate::date();           // 2021-04-06 00:00:00 +0000, and so for nk_today() and everything else that asks
+//   NSDate::date();           // 2021-04-06 00:00:00 +0000; nk_today() and all other code use this date too
 //   mockCurrentDate();        // the real clock
 //
 // The first call exchanges the two operations `date` and `mockCurrentDate`. After that NSDate::date() gives the mock

@@ -24,10 +24,10 @@ namespace norvik {
 
 /// -1. The same object on every call.
 [[nodiscard]] NK_EXPORT const Decimal& minusOne() noexcept;
-/// Rounds down with no scale, so it rounds nothing; every fault raises. The same object on every call.
+/// Rounds down with no scale, so it rounds nothing; every error raises. The same object on every call.
 [[nodiscard]] NK_EXPORT const NSDecimalNumberHandler& roundDownBehavior() noexcept;
 /// Plain rounding to two places, whatever the scale. That is deliberate: money is kept to the penny, and every caller
-/// relies on it. Every fault raises.
+/// relies on it. Every error raises.
 [[nodiscard]] NK_EXPORT NSDecimalNumberHandler nk_scaleBehavior(std::int64_t scale) noexcept;
 
 [[nodiscard]] NK_EXPORT Decimal negate(const Decimal& number);

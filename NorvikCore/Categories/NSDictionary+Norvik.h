@@ -1,4 +1,6 @@
 // NorvikCore/Categories/NSDictionary+Norvik.h - the entries of a dictionary as the items of a pop-up list.
+//
+//   keyValuePairs(*months);            // of {5: May, 4: April}: the pairs 5 : May, 4 : April
 #pragma once
 
 #include "NorvikCore/platform/collections/NSDictionary.h"

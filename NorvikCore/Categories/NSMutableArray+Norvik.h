@@ -2,7 +2,7 @@
 //
 //   nk_removeNulls(*fields);                           // a mutable array is changed
 //   const NSArray& kept = *fields;
-//   Ref<NSMutableArray> copy = nk_removeNulls(kept);   // of any other, a copy is made: NSArray+Norvik.h
+//   Ref<NSMutableArray> copy = nk_removeNulls(kept);   // any other array is copied: NSArray+Norvik.h
 #pragma once
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"

@@ -16,7 +16,7 @@
 //   "validate"   a value is validated before it is written to the observed object
 //   "update"     asks the view to commit at each edit
 //
-// Tokens are compared exactly: " validate" with a leading blank is not a token. Unknown tokens are ignored.
+// Tokens are compared exactly: " validate" with a leading space is not a token. Unknown tokens are ignored.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"

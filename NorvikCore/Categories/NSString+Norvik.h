@@ -7,7 +7,8 @@
 //   nk_sanitizeFileNameString("a/b:c.pdf", "-");      // "a-b-c-pdf"
 //
 // Characters are UTF-16 units. The first character of a text that begins with a surrogate pair is the first half of the
-// pair, which has no case. Case and blanks are defined by Unicode. Every function is linear and safe on any thread.
+// pair, which has no case. Case and white space are defined by Unicode (NSCharacterClass.h). Every function is linear
+// and safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/appkit/NSFont.h"
@@ -20,7 +21,7 @@
 
 namespace norvik {
 
-/// True if the text is absent or contains only blanks and line breaks.
+/// True if the text is absent or contains only white space and line breaks.
 [[nodiscard]] NK_EXPORT bool isNilOrEmpty(const std::optional<NSString>& string);
 [[nodiscard]] NK_EXPORT bool isEmpty(const NSString& string);
 
@@ -28,8 +29,8 @@ namespace norvik {
 /// given to SQLite.
 [[nodiscard]] NK_EXPORT NSString sqlLiteEscapeString(const NSString& string);
 
-/// True if the text has at least one character that is not a blank, line break or colon, contains no blank or line
-/// break, and has exactly one colon, at the end: "save:".
+/// True if the text contains no white space and no line break, and has at least one character before a single colon at
+/// its end: "save:".
 [[nodiscard]] NK_EXPORT bool isValidActionSelectorName(const NSString& string);
 
 /// The text with its first character capitalised ("\u00DF" becomes "Ss"). An empty text raises NSRangeException.
@@ -41,8 +42,8 @@ namespace norvik {
                                                                               const NSString& separator);
 [[nodiscard]] NK_EXPORT NSString nk_objCKeyPath(const NSString& string);
 
-/// Replaces each of `.:/\?%*|"<>`, then removes blanks and line breaks at both ends. The result may be empty, and may
-/// contain line breaks, NULs and other control characters.
+/// Replaces each of `.:/\?%*|"<>`, then removes white space and line breaks at both ends. The result may be empty, and
+/// may contain line breaks, NULs and other control characters.
 [[nodiscard]] NK_EXPORT NSString nk_sanitizeFileNameString(const NSString& string,
                                                            const NSString& replacement = NSString());
 /// Does the same to the name and, separately, to its path extension, which stays an extension. As in every path,
@@ -52,7 +53,7 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT NSString nk_sanitizeFileNameExtString(const NSString& string, const NSString& replacement);
 
 /// "image/jpg" for jpg and jpeg, "image/png" or "image/gif", ignoring case; otherwise "application/octet-stream", also
-/// for an extension that contains blanks. The type of JPEG differs deliberately from the "image/jpeg" of
+/// for an extension that contains white space. The type of JPEG differs deliberately from the "image/jpeg" of
 /// nk_imageMimeTypeByIntrospection().
 [[nodiscard]] NK_EXPORT NSString nk_imageMimeTypeFromPathExtension(const NSString& path);
 
@@ -65,11 +66,11 @@ namespace norvik {
 
 /// True if "<?xml" is anywhere in the text, in upper or lower case.
 [[nodiscard]] NK_EXPORT bool nk_isXml(const NSString& string);
-/// True if the text looks like an object that begins with a quoted key: "{", blanks or line breaks, a double quote, no
-/// further line break, and "}" at the end. One line break after the "}" is allowed.
+/// True if the text looks like an object that begins with a quoted key: "{", white space or line breaks, a double
+/// quote, no further line break, and "}" at the end. One line break after the "}" is allowed.
 [[nodiscard]] NK_EXPORT bool nk_isJson(const NSString& string);
 
-/// Inserts a blank before every capital, also at the beginning: "GrossPay" gives " Gross Pay". Title-case letters count
+/// Inserts a space before every capital, also at the beginning: "GrossPay" gives " Gross Pay". Title-case letters count
 /// as capitals. Capitals beyond U+FFFF do not, because they are two units.
 [[nodiscard]] NK_EXPORT NSString nk_stringFromCamelCase(const NSString& string);
 
@@ -79,9 +80,9 @@ namespace norvik {
                                                                              const NSString& withString);
 
 /// Splits the text into lines that, drawn in the font, are no wider than `maxWidth` points; fractions of a point do not
-/// count. A line is broken at a blank (also a no-break one) or a tab. Each blank or tab ends a word and becomes " ". A
-/// word that is too wide has a line of its own. Line breaks stay in their word. The result has at least one line, even
-/// for an empty text. Widths are measured by widthInFont(), whose costs and errors apply.
+/// count. A line is broken at white space, including no-break spaces and tabs. Each such character ends a word and
+/// becomes " ". A word that is too wide has a line of its own. Line breaks stay in their word. The result has at least
+/// one line, even for an empty text. Widths are measured by widthInFont(), whose costs and errors apply.
 [[nodiscard]] NK_EXPORT Ref<NSArray> nk_splitStringMaxWidth(const NSString& string, double maxWidth,
                                                             const NSFont& font);
 /// The same lines as one text, joined by "\n".

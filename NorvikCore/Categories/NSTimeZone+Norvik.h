@@ -1,7 +1,7 @@
 // NorvikCore/Categories/NSTimeZone+Norvik.h - the library's time zones.
 //
-//   nk_defaultTimeZone()->name();      // "UTC": what payroll dates are counted in
-//   nk_ukTimeZone()->name();           // "Europe/London": what a clock on a British wall shows
+//   nk_defaultTimeZone()->name();      // "UTC": the zone of payroll dates
+//   nk_ukTimeZone()->name();           // "Europe/London": the zone of British local time
 //
 // Each is one object that lives until the process ends. Any thread.
 #pragma once

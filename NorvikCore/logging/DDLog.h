@@ -1,5 +1,5 @@
-// NorvikCore/logging/DDLog.h - the dispatcher of the log. Each log call becomes a message, and the dispatcher hands it
-// to every logger whose level admits it.
+// NorvikCore/logging/DDLog.h - the dispatcher of the log. Each log call becomes a message, and the dispatcher passes
+// the message to every logger whose level admits it.
 //
 //   DDLog::addLogger(make<DDFileLogger>());
 //   DDLogWarn("%d payslips without a payment date", count);      // DDLogMacros.h
@@ -14,8 +14,9 @@
 // A logger admits a message if the message's flag, as a number, is not greater than the logger's level.
 //
 // A call with `asynchronous` false returns when every admitting logger has processed the message. At most 1000 messages
-// are queued. A further call blocks until a message is done; if no other thread hands messages out, the blocked call
-// does. Loggers that take runs (DDLogRun.h) may process several messages together.
+// are queued. A further call blocks until a message is done; if no other thread passes messages to the loggers, the
+// blocked call does. Loggers that take runs (DDLogRun.h) may process several messages together.
+//
 // The bound does not apply to code that logs on the logging queue or on a logger's queue, such as a formatter. Such a
 // call does not block, because the queued messages may have to wait for the calling code.
 //

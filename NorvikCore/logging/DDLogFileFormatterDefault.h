@@ -1,4 +1,4 @@
-// NorvikCore/logging/DDLogFileFormatterDefault.h - formats a line of a log file: time stamp, two blanks, text.
+// NorvikCore/logging/DDLogFileFormatterDefault.h - formats a line of a log file: time stamp, two spaces, text.
 //
 //   2021/05/10 14:30:12:045  40 payslips written
 //

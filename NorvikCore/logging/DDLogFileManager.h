@@ -1,7 +1,8 @@
 // NorvikCore/logging/DDLogFileManager.h - the interface of a file logger to its manager, which decides where log files
 // are, how they are named, and which old ones are removed.
 //
-// DDLogFileManagerDefault implements it. An application with other rules derives its own class.
+// DDLogFileManagerDefault implements the interface. An application that only changes some rules derives from that class
+// and overrides single operations; an application with its own storage derives from this one.
 //
 // Threads: called on the file logger's queue, and on the threads of other callers.
 #pragma once

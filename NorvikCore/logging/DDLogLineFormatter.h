@@ -20,7 +20,7 @@
 //   - U+0080 to U+009F, U+2028, U+2029, the marks that change the direction of text (U+202A to U+202E, U+2066 to
 //     U+2069) and lone surrogate halves become \u and four digits.
 // Everything else is unchanged, and unescaped() returns the original text. A line feed at a message's end is escaped
-// like any other. A label's ] and a file name's blank are escaped too.
+// like any other. A ] in a label and a space in a file name are escaped too.
 //
 // Threads: confined to the queue of the logger that owns it; escaped() and unescaped() are pure.
 // Cost:    about a tenth of a microsecond per line more than DDLogFileFormatterDefault, on the thread that writes.

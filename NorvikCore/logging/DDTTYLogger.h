@@ -15,9 +15,10 @@
 // followed by an empty line. Milliseconds are rounded down, also before 2001, so that they belong to the second shown.
 // From the year 10000 the milliseconds have one digit less.
 //
-// The environment at the first use of the class decides on the colours, independent of what standard error is. The
-// colours are 256 or 16 if TERM contains "color" (with or without "256"), those of a debugger's console if TERM is not
-// set and XcodeColors is YES, and none otherwise. A colour is shown as the terminal's nearest colour.
+// The environment at the first use of the class determines the colours, whether or not standard error is a terminal. If
+// TERM contains "color", there are 256 colours if it also contains "256", else 16. If TERM is not set and XcodeColors
+// is YES, the colours are those of a debugger's console. Otherwise there are none. A colour is shown as the terminal's
+// nearest colour.
 //
 // Each line is one call of writev() to the current descriptor 2, so lines of several processes up to 4096 bytes do not
 // mix. If another process or printf() wrote part of a line, the logger does not end it first; its line continues that

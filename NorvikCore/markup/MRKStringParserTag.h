@@ -13,7 +13,7 @@
 //   marker.
 // - "=value" without a name is ignored, deliberately.
 // - If two attributes have the same name, the later one counts.
-// Only U+0020 and U+0009 are spaces and tabs.
+// A space is U+0020 and a tab U+0009; no other white space separates attributes.
 //
 // Positions are UTF-16 units of the text without tags. Confined to one thread at a time.
 #pragma once

@@ -1,4 +1,5 @@
-// NorvikCore/observation/FBKVOController.h - observes key paths of other objects for one observer, and stops by itself.
+// NorvikCore/observation/FBKVOController.h - observes key paths of other objects for one observer. All its observations
+// end when the controller is destroyed.
 //
 //   auto controller = FBKVOController::controllerWithObserver(*window);
 //   controller->observe(slip, keyPath<&Payslip::netPay>(),
@@ -26,7 +27,7 @@
 //            After unobserve returns, no new call begins; a call that already runs on another thread may finish, and
 //            retains its observer, object and handler until then.
 // Errors:    an exception of a handler passes to the code that makes the change. An action that the observer does not
-//            have raises NSInvalidArgumentException at the change. The closure of observe() is described there.
+//            have raises NSInvalidArgumentException at the change. observe() describes the errors of its closure.
 // Cost:      observing and unobserving take constant time on average, whatever the numbers of controllers, objects and
 //            observations, and are linear in the key paths that one controller observes of one object. A change
 //            costs little more than the calls of its handlers.
@@ -81,7 +82,7 @@ class NK_EXPORT FBKVOController : public NSObject {
   [[nodiscard]] static Ref<FBKVOController> initWithObserver(NSObject& observer);
   [[nodiscard]] static Ref<FBKVOController> initWithObserver(NSObject& observer, bool retainObserved);
 
-  /// Observes a key path with a closure that takes the types which it is about:
+  /// Observes a key path with a closure whose parameters have the types of the objects and of the value:
   ///
   ///   observe(slip, keyPath<&Payslip::netPay>(), [](Window& window, Payslip& slip, const Decimal& net) { ... });
   ///   observe(slip, keyPath<&Payslip::netPay>(), [](const Decimal& net, const Decimal& before) { ... });
@@ -100,7 +101,8 @@ class NK_EXPORT FBKVOController : public NSObject {
   ///
   /// NSInvalidArgumentException is raised, and nothing is registered, if the observer is not of the class that the
   /// closure takes; for the prior option; and for the initial option if the closure takes an old value that cannot be
-  /// absent. Otherwise as the operations below. A call costs less than that of a block, because it needs no dictionary.
+  /// absent. All else is as with the operations below. Calling a closure costs less than calling a block, because no
+  /// dictionary is needed.
   template <class Object, class Root, class T, class F>
   void observe(Object&& object, const KeyPath<Root, T>& keyPath, NSKeyValueObservingOptions options, F&& closure) {
     if constexpr (detail::startsHere<detail::ClassOfArgument<Object>, Root>()) {

@@ -1,8 +1,9 @@
 // NorvikCore/observation/NSObject+FBKVOController.h - gives every object a controller for observing other objects,
 // created on first use.
 //
-//   nk_observe(*window, slip, keyPath<&Payslip::netPay>(), [](Window& window, const Decimal& net) { window.show(net);
-//   }); KVOController(*window)->unobserve(slip, "netPay");
+//   nk_observe(*window, slip, keyPath<&Payslip::netPay>(),
+//              [](Window& window, const Decimal& net) { window.show(net); });
+//   KVOController(*window)->unobserve(slip, "netPay");
 //
 // The object is the controller's observer and retains the controller; when the object is destroyed, its observations
 // end. The controller retains what it observes. So an object that is observed through its own KVOController, or that

@@ -11,12 +11,15 @@
 #include "NorvikCore/qt/QtConversions.h"
 #include "NorvikCore/qt/internal/QtLink.h"
 
+#include <QCollator>
+#include <QLocale>
 #include <QThread>
 
 #include <algorithm>
 #include <cstdint>
 #include <map>
 #include <numeric>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -62,6 +65,32 @@ std::vector<Value> elementsIn(const Value& content) {
   return {array->elements().begin(), array->elements().end()};
 }
 
+/// The place of an element in a sorted column.
+class SortKey {
+ public:
+  SortKey(Value value, const QCollator& collator) : value_(std::move(value)) {
+    if (value_.isAbsent() || value_.isNull()) {
+      kind_ = Kind::Nothing;
+    } else if (value_.isDate()) {
+      kind_ = Kind::Date;
+    } else if (value_.isString() || value_.isObject()) {
+      kind_ = Kind::Text;
+      text_ = collator.sortKey(nk_toQVariant(value_, QMetaType::fromType<QString>()).toString());
+    }
+  }
+  friend bool operator<(const SortKey& a, const SortKey& b) {
+    if (a.kind_ != b.kind_) return a.kind_ < b.kind_;
+    if (a.kind_ == Kind::Nothing) return false;
+    return a.kind_ == Kind::Text ? *a.text_ < *b.text_ : a.value_.compare(b.value_) == NSOrderedAscending;
+  }
+
+ private:
+  enum class Kind { Nothing, Number, Date, Text };
+  Kind kind_ = Kind::Number;
+  Value value_;
+  std::optional<QCollatorSortKey> text_;
+};
+
 }  // namespace
 
 class NKArrayModel::Rows {
@@ -74,8 +103,9 @@ class NKArrayModel::Rows {
   void follow(NSObject& owner, const NSString& keyPath);
   void stopFollowing();
   void reload();
-  /// Changes the rows to these, and reports the difference.
-  void change(const std::vector<Value>& next);
+  /// Shows these elements of an array, sorted.
+  void change(std::vector<Value> next);
+  void sort(int column, Qt::SortOrder order);
   void cellChanged(const NSObject& object, int column);
   /// The value of the cell, and observes the element from now on. Absent if it cannot be read.
   Value read(std::size_t row, std::size_t column);
@@ -93,6 +123,11 @@ class NKArrayModel::Rows {
   void forEachRowOf(const NSObject& object, Visit visit);
 
  private:
+  /// The value of the cell; absent if it cannot be read.
+  Value valueOf(const Value& element, std::size_t column);
+  [[nodiscard]] std::vector<Value> sorted();
+  /// Changes the rows to these, and reports the difference.
+  void show(const std::vector<Value>& next);
   void observe(Row& row);
   void stopObserving(Row& row);
   void removeRun(Run run);
@@ -100,6 +135,9 @@ class NKArrayModel::Rows {
   /// Row i becomes the present row order[i].
   void reorder(const std::vector<std::size_t>& order);
 
+  std::vector<Value> array_;  ///< in its own order
+  int sortColumn_ = -1;
+  Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
   const Ref<Observer> observer_;
   Weak<NSObject> owner_;
   NSString keyPath_;
@@ -133,7 +171,7 @@ class NKArrayModel::Rows::Observer : public NSObject {
         const MutexLock lock(mutex_);
         next_ = isOnModelThread ? std::nullopt : std::optional(next);
       }
-      if (isOnModelThread) return rows_->change(next);
+      if (isOnModelThread) return rows_->change(std::move(next));
     } else {
       const int column = static_cast<int>(reinterpret_cast<std::uintptr_t>(context)) - 1;
       if (isOnModelThread) return rows_->cellChanged(object, column);
@@ -159,7 +197,7 @@ class NKArrayModel::Rows::Observer : public NSObject {
       next.swap(next_);
       cells.swap(cells_);
     }
-    if (next && rows_ != nullptr) rows_->change(*next);
+    if (next && rows_ != nullptr) rows_->change(std::move(*next));
     for (const auto& [cell, object] : cells) {
       if (rows_ != nullptr) rows_->cellChanged(*object, cell.second);
     }
@@ -240,13 +278,21 @@ void NKArrayModel::Rows::setColumns(std::vector<Column> next) {
   for (Row& row : rows) stopObserving(row);
   columns = std::move(next);
   isReported_.assign(columns.size(), false);
+  sortColumn_ = -1;
+  rows.clear();
+  for (const Value& element : array_) rows.push_back({element});
+  rowsByObject_.clear();
 }
 
 Value NKArrayModel::Rows::read(std::size_t row, std::size_t column) {
   observe(rows[row]);
+  return valueOf(rows[row].element, column);
+}
+
+Value NKArrayModel::Rows::valueOf(const Value& element, std::size_t column) {
   const NSString& keyPath = columns[column].keyPath;
   try {
-    return keyPath == "self" ? rows[row].element : valueForKeyPath(rows[row].element, keyPath);
+    return keyPath == "self" ? element : valueForKeyPath(element, keyPath);
   } catch (const NSException& exception) {  // must not pass through Qt's painting
     if (!isReported_[column]) {
       isReported_[column] = true;
@@ -282,7 +328,40 @@ void NKArrayModel::Rows::cellChanged(const NSObject& object, int column) {
   }
 }
 
-void NKArrayModel::Rows::change(const std::vector<Value>& next) {
+void NKArrayModel::Rows::change(std::vector<Value> next) {
+  array_ = std::move(next);
+  show(sorted());
+}
+
+void NKArrayModel::Rows::sort(int column, Qt::SortOrder order) {
+  sortColumn_ = column < model.columnCount() ? column : -1;
+  sortOrder_ = order;
+  show(sorted());
+}
+
+std::vector<Value> NKArrayModel::Rows::sorted() {
+  if (sortColumn_ < 0) return array_;
+  const QLocale locale;
+  QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);  // C knows no numbers
+  collator.setNumericMode(true);
+  collator.setCaseSensitivity(Qt::CaseInsensitive);
+  std::vector<SortKey> keys;
+  keys.reserve(array_.size());
+  for (const Value& element : array_) {
+    keys.emplace_back(valueOf(element, static_cast<std::size_t>(sortColumn_)), collator);
+  }
+  std::vector<std::size_t> order(array_.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return sortOrder_ == Qt::AscendingOrder ? keys[a] < keys[b] : keys[b] < keys[a];
+  });
+  std::vector<Value> result;
+  result.reserve(order.size());
+  for (const std::size_t i : order) result.push_back(array_[i]);
+  return result;
+}
+
+void NKArrayModel::Rows::show(const std::vector<Value>& next) {
   const RowIdentity same;
   const std::size_t shorter = std::min(rows.size(), next.size());
   std::size_t head = 0, tail = 0;
@@ -500,6 +579,8 @@ QVariant NKArrayModel::headerData(int section, Qt::Orientation orientation, int 
   if (role == Qt::TextAlignmentRole) return QVariant::fromValue(column.alignment);
   return {};
 }
+
+void NKArrayModel::sort(int column, Qt::SortOrder order) { rows_->sort(column, order); }
 
 Qt::ItemFlags NKArrayModel::flags(const QModelIndex& index) const {
   if (!hasIndex(index.row(), index.column(), index.parent())) return Qt::NoItemFlags;

@@ -12,26 +12,27 @@
 // Rows follow the array's property: when it is set, the model compares the elements by identity and reports insertions,
 // removals and moves, so that selections and persistent indexes stay with their elements. A few of them are reported
 // one run at a time. More than sixteen runs are reported as one change of the layout, one removal or insertion at the
-// end, and another change of the layout. An NSMutableArray that is changed in place notifies nobody: call reload().
+// end, and another change of the layout. Changing an NSMutableArray in place notifies no observer, so call reload().
 //
 // Cells follow the key paths. An element is observed from the first time that one of its cells is read, so that setting
 // a large array costs nothing for rows that no view has shown. An element that is no object is not observed; the key
 // path "self" shows it.
 //
-// Roles:     Qt::DisplayRole is the formatter's text, or nk_toQVariant() of the value as text; Qt::EditRole the value
-// by
-//            nk_toQVariant(); Qt::TextAlignmentRole; objectRole the element, as a norvik::Value.
+// Roles:     Qt::DisplayRole is the formatter's text, or nk_toQVariant() of the value as text. Qt::EditRole is the
+//            value by nk_toQVariant(), Qt::TextAlignmentRole the column's alignment, objectRole the element as a
+//            norvik::Value.
 // Editing:   a text is read by the column's formatter, the value is validated by the element, and set. If the
-// formatter,
-//            the validation or the setter (by an NSException) refuses it, nothing is set and editRefused() tells why.
-// Threads:   confined to the model's thread. The array's property may be set on any thread; the elements of the new
-// array
-//            are copied there and compared on the model's thread, in its event loop. A cell that another thread changes
-//            is read later on the model's thread, so its property must allow that (NK_ATOMIC_PROPERTY).
+//            formatter, the validation or the setter (by an NSException) refuses it, nothing is set, and editRefused()
+//            has the reason.
+// Sorting:   sort(), which QTableView::setSortingEnabled(true) calls. Do not sort by a QSortFilterProxyModel above this
+//            model: it compares Decimal values as texts, so that 100 comes before 20.
+// Threads:   confined to the model's thread. The array's property may be set on any thread. The elements of the new
+//            array are copied on that thread and compared on the model's thread, in its event loop. A cell that another
+//            thread changes is read later on the model's thread, so its property must allow that (NK_ATOMIC_PROPERTY).
 // Ownership: retains the elements and the formatters, but not the owner of the array. When the owner is destroyed, the
 //            rows stay.
-// Cost:      a change of the array is linear in its rows. A change of a cell takes the logarithm of the rows, after the
-//            first one that follows a change of the array.
+// Cost:      a change of the array is linear in its rows, and n log n if the model is sorted. A change of a cell takes
+//            the logarithm of the rows, after the first one that follows a change of the array.
 #pragma once  // include time: the base is a Qt model; columns hold texts
 
 #include "NorvikCore/platform/export.h"
@@ -66,7 +67,7 @@ class NK_EXPORT NKArrayModel : public QAbstractTableModel {
   explicit NKArrayModel(QObject* parent = nullptr);
   ~NKArrayModel() override;
 
-  /// Resets the model.
+  /// Resets the model. The rows are in the order of the array again.
   void setColumns(std::vector<Column> columns);
   [[nodiscard]] const std::vector<Column>& columns() const noexcept;
 
@@ -90,6 +91,12 @@ class NK_EXPORT NKArrayModel : public QAbstractTableModel {
   [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                     int role = Qt::DisplayRole) const override;
   [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+  /// Sorts the rows by the values of that column, and sorts each later array; column -1 restores the array's order.
+  /// Rows without a value come first in ascending order, then numbers, dates and texts; equal rows keep the array's
+  /// order. Texts are compared as readers of the default QLocale expect (of English in the C locale): "A9" before
+  /// "A10", capitals beside small letters. A cell that changes later does not move its row, so that an edited row stays
+  /// under the cursor.
+  void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
  Q_SIGNALS:
   void editRefused(const QModelIndex& index, const QString& errorText);

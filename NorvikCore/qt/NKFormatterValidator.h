@@ -11,8 +11,8 @@
 //
 // The text becomes the value when editing ends: Return, Enter, or another widget gets the focus. A text that the
 // formatter cannot read stays for the user to correct; Escape shows the value again. While the edit has the focus and
-// nothing is typed, it shows the formatter's editing text. A text that nobody changed is not read, so that a value with
-// more digits than its text is kept.
+// nothing is typed, it shows the formatter's editing text. An unchanged text is not read, so that a value with more
+// digits than its text is kept.
 //
 // errorText() says why the last edit or the last end of editing was refused, until an edit is accepted. The edit's tool
 // tip shows it too, and its property "invalid" is true meanwhile, for style sheets: QLineEdit[invalid="true"] {...}.
@@ -94,7 +94,7 @@ class NK_EXPORT NKFormatterValidator : public QValidator {
   const Ref<NSFormatter> formatter_;
   QLineEdit& edit_;
   Value value_;
-  /// The text and the selection before the edit that validate() is asked about.
+  /// The text and the selection before the edit that validate() checks.
   QString original_;
   NSRange originalSelection_{0, 0};
   mutable std::optional<QString> judged_;  ///< the text that validate() accepted or made, until the edit has it

@@ -8,8 +8,7 @@
 //            are shown escaped, as DDLogLineFormatter does, so that a message is one line. The tool tip has the whole
 //            text, file and line; levelRole the flag as an int.
 // Memory:    bounded: maximumCount() messages, of which each text is cut to 2,000 characters. Messages that wait for
-// the
-//            event loop count too, so a thread that logs faster than Qt shows loses the oldest messages, not memory.
+//            the event loop count too. So if a thread logs faster than Qt shows, the oldest messages are discarded.
 // Threads:   messages come from any thread. The model is confined to its own thread, on which the messages arrive in
 //            its event loop, at most 500 in each turn. Logging never waits for that thread.
 // Lifetime:  the logger is removed from the log when the model is destroyed.

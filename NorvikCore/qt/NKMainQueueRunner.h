@@ -9,8 +9,7 @@
 //   return QApplication::exec();
 //
 // Polling:   none. A socket notifier watches the main queue's descriptor. Only while the process has no descriptor
-// left,
-//            a timer drains every 10 ms.
+//            left, a timer drains the queue every 10 ms.
 // Turns:     blocks run for up to 8 ms; then Qt handles its other events before more blocks run, so that many blocks do
 //            not stop painting. One block that takes longer is not interrupted.
 // Dialogs:   in the event loop of a dialog that an event handler or a slot runs (QDialog::exec()), blocks run as in

@@ -24,7 +24,7 @@
 // Options:   those of NSObject+Norvik_Binding.h. "update" sets the receiver's property "updatesContinuously" if it has
 //            one; "readOnly" has no effect, because the binding never disables its receiver.
 // Ownership: the binding is a child of the receiver and ends with it; the model is not retained. When the model is
-//            destroyed, the receiver keeps its value, and its later changes go nowhere.
+//            destroyed, the receiver keeps its value, and later changes of the receiver are not passed on.
 // Threads:   bind and unbind on the receiver's thread; another one raises NSInvalidArgumentException. The model is read
 //            and set on that thread. Models that other threads change must be safe for that (NK_ATOMIC_PROPERTY).
 // Callbacks: the model's setters, validation and observers may unbind, and destroy the receiver.

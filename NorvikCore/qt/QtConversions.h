@@ -11,7 +11,7 @@
 // Dates:    a QDate is a payroll date: 00:00:00 UTC of its day, whatever the zone of the user. A QDateTime is an
 //           instant; its time zone is read and then lost. A date becomes a QDateTime in UTC, or in a given zone,
 //           rounded to the millisecond.
-// Decimals: by their digits. A Decimal in a QVariant is a norvik::Decimal; no function makes a double of it.
+// Decimals: by their digits. A Decimal in a QVariant is a norvik::Decimal; no function converts it to a double.
 //
 // Every function is pure and safe on any thread.
 #pragma once  // include time: QDateTime, QString and QVariant are what it is about

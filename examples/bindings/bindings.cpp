@@ -1,4 +1,4 @@
-// examples/bindings/bindings.cpp - a view without a screen, bound to a pay slip in pounds that it shows in thousands.
+// examples/bindings/bindings.cpp - a view without a screen, bound to a payslip in pounds that it shows in thousands.
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/keyvalue/KeyValueCoding.h"

@@ -7,7 +7,7 @@
 using namespace norvik;
 
 int main() {
-  // An address as typed, with a space in it.
+  // A URL as typed, with a space in it.
   const Ref<NSURL> slips = nk_URLWithString("HTTPS://Pay.Example.co.uk/slips/April 2024");
   std::cout << slips->absoluteString() << "\n";
 

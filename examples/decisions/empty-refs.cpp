@@ -22,7 +22,7 @@ int main() {
   // slip->employee()->name() would be a call of a null pointer: the program ends with a segmentation fault.
   if (const Ref<Employee> employee = slip->employee()) std::cout << employee->name() << "\n";
 
-  // What is read by name may break off: the result is absent.
+  // Reading by name along a path that breaks off gives an absent value.
   const Value name = slip->valueForKeyPath("employee.name");
   std::cout << name << ", absent: " << std::boolalpha << name.isAbsent() << "\n";
 

@@ -1,5 +1,5 @@
-// examples/decisions/queries.cpp - docs/decisions/queries.md: taking all elements gives none, and a range from 2 to 2
-// is empty.
+// examples/decisions/queries.cpp - docs/decisions/queries.md: linq_take of all elements is empty, and so is a range
+// from 2 to 2.
 #include "NorvikCore/linq/LINQ.h"
 
 #include <algorithm>

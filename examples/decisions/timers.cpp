@@ -25,8 +25,8 @@ int main() {
   };
 
   schedule(10, TSKTimerKeepEarliest);
-  schedule(20, TSKTimerKeepEarliest);  // the time stays at 10 s, but 20 s is noted
-  schedule(15, TSKTimerKeepEarliest);  // earlier than the note: the time is 15 s now
+  schedule(20, TSKTimerKeepEarliest);  // the timer stays at 10 s, but 20 s is recorded
+  schedule(15, TSKTimerKeepEarliest);  // earlier than the recorded 20 s: the timer is at 15 s now
   wait(12);
   wait(3);
 

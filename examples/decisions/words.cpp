@@ -1,4 +1,4 @@
-// examples/decisions/words.cpp - docs/decisions/words.md: words for zero, and the domain of an address.
+// examples/decisions/words.cpp - docs/decisions/words.md: words for zero, and the domain of a URL.
 #include "NorvikCore/Categories/NSString+Norvik.h"
 #include "NorvikCore/Categories/NSURL+NorvikCore.h"
 #include "NorvikCore/platform/values/Format.h"

@@ -1,4 +1,4 @@
-// examples/observation/observation.cpp - a window without a screen that follows the name of a pay slip's employee.
+// examples/observation/observation.cpp - a window without a screen that follows the name of a payslip's employee.
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include <iostream>

@@ -39,7 +39,7 @@ class Desk : public norvik::NSObject {
   /// Writes the edits and reads the folder again.
   void save();
   /// Calls `use` on the main thread with the selected person's payslip as rich text, unless another one was requested
-  /// meanwhile. It is empty if nobody is selected.
+  /// meanwhile. The text is empty if no person is selected.
   void preview(std::function<void(const QString& html)> use);
   /// Writes the selected person's payslip as a PDF file to the folder.
   void print(const std::filesystem::path& folder);

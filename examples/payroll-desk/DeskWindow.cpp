@@ -253,7 +253,8 @@ QWidget* DeskWindow::makePeople() {
   people_->setContent(*desk_, "shown");
   table_ = new QTableView;
   table_->setObjectName(QStringLiteral("people"));
-  // Connected before the view: it makes a neighbour of a removed row the current one, which is no choice of the user.
+  // Connected before the view, because the view makes a neighbour of a removed row the current one, which the user has
+  // not chosen.
   connect(people_, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { isChangingRows_ = true; });
   table_->setModel(people_);
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -273,6 +274,9 @@ QWidget* DeskWindow::makePeople() {
   header.resizeSection(1, 96);
   header.resizeSection(2, 164);
   header.resizeSection(3, 108);
+  header.setSortIndicator(-1, Qt::AscendingOrder);  // the order of the files, until a title is clicked
+  header.setSortIndicatorClearable(true);
+  table_->setSortingEnabled(true);
   connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
     if (isChangingRows_ || !current.isValid()) return;
     const auto person = people_->objectAtRow(current.row()).as<Ref<Person>>();

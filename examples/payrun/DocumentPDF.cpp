@@ -65,7 +65,7 @@ double lineHeight(double scale) {
 }
 
 /// Removes a beginning of at most `height` from the text and returns it. It has at least one character, and ends after
-/// a blank if it contains one. The rest may be empty.
+/// a space if it contains one. The rest may be empty.
 Text takeFitting(Text& text, double width, double height) {
   if (sizeOfText(*text, width).height <= height) return std::exchange(text, make<NSAttributedString>());
   const auto beginning = [&](NSUInteger length) { return text->attributedSubstringFromRange({0, length}); };

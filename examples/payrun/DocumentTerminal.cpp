@@ -25,7 +25,7 @@ struct TextLine {
 std::vector<TextLine> linesOf(const NSAttributedString& text, std::size_t width) {
   std::vector<TextLine> lines;
   TextLine line;        // the current line
-  TextLine untilBlank;  // the current line up to its last blank
+  TextLine untilBlank;  // the current line up to its last space
   bool hasBlank = false;
   NSUInteger at = 0;
   const auto begin = [&](NSUInteger where) {
@@ -179,7 +179,7 @@ class TerminalWriter {
       height = std::max(height, cells.back().size());
     }
     for (std::size_t y = 0; y < height; ++y) {
-      std::size_t blanks = 0;  // blanks before the next text, so that a line does not end with blanks
+      std::size_t blanks = 0;  // spaces before the next text, so that a line does not end with spaces
       for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i > 0) blanks += gap;
         const TextLine line = y < cells[i].size() ? cells[i][y] : TextLine{};

@@ -1,6 +1,6 @@
 // examples/payrun/IniFile.h - reads `key = value` lines under `[section]` lines, in their order.
 //
-// Blank lines and lines that begin with ';' or '#' are ignored. Blanks around keys and values are removed.
+// Blank lines and lines that begin with ';' or '#' are ignored. Spaces and tabs around keys and values are removed.
 #pragma once
 
 #include <string_view>

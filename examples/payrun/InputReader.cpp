@@ -102,7 +102,7 @@ void readIniOf(Employer& employer, const TextFile& file) {
   if (employer.departments().empty()) file.refuse(file.text().size(), "section \"departments\" has no department");
 }
 
-/// Six digits, with or without blanks or hyphens between the pairs, are returned as three pairs. Empty for any other
+/// Six digits, with or without spaces or hyphens between the pairs, are returned as three pairs. Empty for any other
 /// text.
 std::string sortCodeIn(std::string_view text) {
   std::string digits(text);

@@ -218,7 +218,7 @@ class TextReader {
     values_.push_back(std::move(value));
   }
 
-  /// A blank is added for parsing, because the parser looks up tags only if the text is not empty.
+  /// A space is added for parsing, because the parser looks up tags only if the text is not empty.
   Ref<NSAttributedString> parse(const std::string& source) const {
     try {
       Ref<NSError> error;

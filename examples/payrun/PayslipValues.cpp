@@ -99,7 +99,7 @@ constexpr Placeholder placeholders[] = {
     ofItem(amount("amount", [](const Source& source) { return source.item->amount; })),
 };
 
-/// CR LF and CR become LF. Every other control character becomes a blank.
+/// CR LF and CR become LF. Every other control character becomes a space.
 std::string withoutControls(std::string_view text) {
   std::string result;
   while (!text.empty()) {

@@ -26,7 +26,7 @@ std::string_view withoutLineFeed(const char* begin, const char* end) noexcept {
 }
 
 constexpr std::size_t usualLine = 512;  // bytes; a limit for usual lines
-constexpr std::size_t levelPlace = 25;  // the position after 2021-05-10T13:30:12.045Z and a blank
+constexpr std::size_t levelPlace = 25;  // the position after 2021-05-10T13:30:12.045Z and a space
 
 }  // namespace
 

@@ -12,7 +12,7 @@
 namespace norvik_log {
 namespace {
 
-/// The rank of a byte by its frequency in logs. Blanks, digits and common letters are in every line.
+/// The rank of a byte by its frequency in logs. Spaces, digits and common letters are in every line.
 int commonness(char byte) noexcept {
   constexpr std::string_view usual = "zqjxkvbywgpfmcudhlsrnioate-:.0123456789 ";
   const std::size_t rank = usual.find(byte);

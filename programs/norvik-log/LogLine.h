@@ -4,8 +4,8 @@
 //   2021/05/10 14:30:12:045  40 payslips written
 //   2021-05-10T13:30:12.045Z WARN    [com.norvik.main-thread:4711] PayRun.cpp:42  "Zoë\nSmith" has no bank account
 //
-// A message begins with a line that begins with a time: YYYY-MM-DD or YYYY/MM/DD, a blank or T, HH:MM:SS, optionally
-// one of . , : and up to nine digits of a second, and optionally an offset: Z, +01:00 or +0100. A blank, a tab or the
+// A message begins with a line that begins with a time: YYYY-MM-DD or YYYY/MM/DD, a space or T, HH:MM:SS, optionally
+// one of . , : and up to nine digits of a second, and optionally an offset: Z, +01:00 or +0100. A space, a tab or the
 // end of the line follows. Times without an offset are wall times of the log's zone. A line that begins otherwise
 // belongs to the message before it.
 //

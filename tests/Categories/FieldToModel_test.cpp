@@ -1,4 +1,4 @@
-// From the keyboard to the totals: a text field with a formatter, bound to an observed pay slip that validates.
+// From the keyboard to the totals: a text field with a formatter, bound to an observed payslip that validates.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 namespace norvik::test {
 namespace {
 
-/// A pay slip's gross pay, its share of a month's payroll, and the observers.
+/// A payslip's gross pay, its share of a month's payroll, and the observers.
 class FieldToModel : public ::testing::Test {
  protected:
   FieldToModel() {

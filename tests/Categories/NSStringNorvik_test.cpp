@@ -28,7 +28,7 @@ TEST(NSStringNorvik, NothingButBlanksAndLineBreaksIsEmpty) {
   EXPECT_TRUE(isEmpty(""));
   EXPECT_TRUE(isEmpty("\t\v\f\r\u0085\u00A0\u1680\u2003\u2028\u2029\u202F\u205F\u3000"));
   EXPECT_FALSE(isEmpty(" . "));
-  EXPECT_FALSE(isEmpty("\u200B"));  // not a blank in Unicode
+  EXPECT_FALSE(isEmpty("\u200B"));  // not white space in Unicode
   EXPECT_TRUE(isNilOrEmpty(std::nullopt));
   EXPECT_FALSE(isNilOrEmpty("x"));
 }

@@ -98,7 +98,7 @@ TEST(WordWrap, EachBlankSplitsAndALineBreakDoesNot) {
   EXPECT_EQ(wrapped("a  b", 1000), (Lines{"a  b"}));
   EXPECT_EQ(wrapped("a\tb\u00A0c", 1000), (Lines{"a b c"}));
   EXPECT_EQ(wrapped("a\nb c", 10), (Lines{"a\nb", "c"}));
-  EXPECT_EQ(wrapped(" a", 1000), (Lines{" a"}));  // the empty word before the blank begins the line
+  EXPECT_EQ(wrapped(" a", 1000), (Lines{" a"}));  // the empty word before the space begins the line
   EXPECT_EQ(wrapped("   ", 5), (Lines{"", "", "", ""}));
 }
 
@@ -111,7 +111,7 @@ TEST(WordWrap, EveryKindOfBlankSplits) {
   for (const char16_t blank : blanks)
     EXPECT_EQ(wrapped(NSString::fromUtf16(Units{u'a', blank, u'b'}), 10), (Lines{"a", "b"})) << int(blank);
   EXPECT_EQ(wrapped("a\u200Bb", 10), (Lines{"a\u200B"
-                                            "b"}));  // not a blank in Unicode
+                                            "b"}));  // not white space in Unicode
 }
 
 TEST(WordWrap, AHalfThatStandsAloneStays) {

@@ -1,4 +1,5 @@
-// Mistakes in the closures of observations and bindings are refused with a sentence: the one after each number.
+// Each mistake in the closures of observations and bindings is refused, and the compiler says the sentence after its
+// number.
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/observation/NSObject+FBKVOController.h"
 

@@ -1,4 +1,4 @@
-// Common mistakes are refused with a sentence: the one after each number.
+// Each common mistake is refused, and the compiler says the sentence after its number.
 using namespace norvik;
 
 struct Money {

@@ -1,4 +1,4 @@
-// Each mistake in the statements of a class gives one error, with the sentence after its number.
+// Each mistake in the statements of a class gives one error, which contains the sentence after its number.
 #include "NorvikCore/platform/object/NSObject.h"
 
 #include <tuple>

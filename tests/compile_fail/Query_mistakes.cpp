@@ -1,4 +1,4 @@
-// Mistakes in queries are refused with a sentence: the one after each number.
+// Each mistake in a query is refused, and the compiler says the sentence after its number.
 #include "NorvikCore/linq/LINQ.h"
 
 using namespace norvik;

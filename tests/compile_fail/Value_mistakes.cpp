@@ -1,4 +1,5 @@
-// Mistakes with amounts, dates, texts and collections are refused with a sentence: the one after each number.
+// Each mistake with amounts, dates, texts and collections is refused, and the compiler says the sentence after its
+// number.
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/foundation/NSLog.h"

@@ -151,7 +151,7 @@ TEST_F(DDLogStress, EachAdmittedMessageArrivesOnceInTheOrderOfItsQueueing) {
   for (const std::string& path : manager->rolled()) {
     for (const std::string& line : test::linesOf(path)) {
       ++lines;
-      const std::size_t stamp = line.find("  ");  // the usual formatter's lines begin with a time and two blanks
+      const std::size_t stamp = line.find("  ");  // the usual formatter's lines begin with a time and two spaces
       inFiles.take(parse(stamp == std::string::npos ? line : line.substr(stamp + 2)));
       if (HasFatalFailure()) return;
     }

@@ -1,4 +1,4 @@
-// The markup parser compared with its model, on random sources of tags, quotes, blanks, surrogate halves and escapes.
+// The markup parser compared with its model, on random sources of tags, quotes, spaces, surrogate halves and escapes.
 //
 //   NORVIK_MARKUP_INPUTS=1000000 markup_property_tests
 //

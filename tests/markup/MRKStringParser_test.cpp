@@ -158,7 +158,8 @@ TEST(MRKStringParser, PlainTextHasNoUseForAttributesButTagsMustMatch) {
 
 TEST(MRKStringParser, AGreaterEndsATagAlsoWithinQuotes) { EXPECT_EQ(plain("<a x='>'>t</a>"), "'>t"); }
 
-// A line break in a tag does not end its name; only spaces and tabs do. Blanks beyond ASCII do not end it either.
+// A line break in a tag does not end its name; only spaces and tabs do. White space beyond ASCII does not end it
+// either.
 TEST(MRKStringParser, OnlySpacesAndTabsEndTheNameOfATag) {
   Calls calls;
   (void)styled("<a\nx=1>t</a\nx=1>", *calls.options);

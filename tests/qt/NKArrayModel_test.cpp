@@ -188,6 +188,48 @@ TEST_F(NKArrayModelTest, AfterAnyChangesAFollowerOfTheSignalsShowsTheArray) {
   }
 }
 
+TEST_F(NKArrayModelTest, SortsByTheValuesOfAColumn) {
+  const auto shown = [this] {
+    std::string names;
+    for (int row = 0; row < model.rowCount(); ++row) names += model.index(row, 0).data().toString().toStdString() + " ";
+    return names;
+  };
+  auto van = payslipOf("van A10", 100_dec), vanNine = payslipOf("Van A9", 20_dec), other = payslipOf("Ann", 20.00_dec);
+  run->setPayslips(NSArray::arrayWithObjects(van, ann, vanNine, cid, other));
+  model.sort(1);
+  EXPECT_EQ(shown(), "Cid Van A9 Ann van A10 Ann ");
+  EXPECT_EQ(model.rowOfObject(*vanNine), 1) << "equal amounts keep the array's order";
+  model.sort(1, Qt::DescendingOrder);
+  EXPECT_EQ(shown(), "Ann van A10 Van A9 Ann Cid ");
+  EXPECT_EQ(model.rowOfObject(*ann), 0);
+  model.sort(0);
+  EXPECT_EQ(shown(), "Ann Ann Cid Van A9 van A10 ");
+
+  const QPersistentModelIndex ofCid = model.index(2, 0);
+  run->setPayslips(NSArray::arrayWithObjects(van, payslipOf("Bea"), cid));
+  EXPECT_EQ(shown(), "Bea Cid van A10 ") << "a later array is sorted too";
+  EXPECT_EQ(ofCid.row(), 1);
+  cid->setName("Zoe");
+  EXPECT_EQ(shown(), "Bea Zoe van A10 ") << "an edit moves no row";
+  model.sort(-1);
+  EXPECT_EQ(shown(), "van A10 Bea Zoe ");
+  model.sort(7);
+  EXPECT_EQ(shown(), "van A10 Bea Zoe ") << "no such column";
+  model.sort(0, Qt::DescendingOrder);
+  EXPECT_EQ(shown(), "Zoe van A10 Bea ");
+  model.setColumns(payslipColumns());
+  EXPECT_EQ(shown(), "van A10 Bea Zoe ");
+  EXPECT_FALSE(ann->isObserved());
+}
+
+TEST_F(NKArrayModelTest, ValuesOfSeveralKindsHaveAnOrder) {
+  run->setPayslips(NSArray::arrayWithObjects("b", Date(), 2, 1.5_dec, "a", Value::null(), Date() - 1));
+  model.setColumns({{.keyPath = "self", .title = "Value"}});
+  model.sort(0);
+  const Value expected[] = {Value::null(), 1.5_dec, 2, Date() - 1, Date(), "a", "b"};
+  for (int row = 0; row < 7; ++row) EXPECT_EQ(model.objectAtRow(row), expected[row]) << row;
+}
+
 TEST_F(NKArrayModelTest, AFilterOfManyRowsIsAFewChangesAndKeepsTheSelection) {
   std::vector<Ref<QtPayslip>> people, chosen;
   for (int i = 0; i < 10000; ++i) {

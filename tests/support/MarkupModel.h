@@ -1,5 +1,5 @@
-// tests/support/MarkupModel.h - a model that parses tagged text step by step and as simply as possible. It is the
-// oracle of the markup tests and of the fuzzer. It is slow, and has one attribute dictionary for each unit.
+// tests/support/MarkupModel.h - a model that parses tagged text step by step and as simply as possible. The markup
+// tests and the fuzzer compare the library with it. It is slow, and has one attribute dictionary for each unit.
 #pragma once
 
 #include "tests/support/AttributedTextModel.h"

@@ -13,8 +13,8 @@
 
 namespace norvik::test {
 
-/// Runs one of poppler's programs on the file. Returns the lines of its output, without empty lines and without blanks
-/// at the ends. A page begins with a form feed, which counts as a blank.
+/// Runs one of poppler's programs on the file. Returns the lines of its output, without empty lines and without spaces
+/// at the ends. A page begins with a form feed, which counts as a space.
 inline std::vector<std::string> readPdf(const std::string& program, const std::vector<std::string>& options,
                                         const std::string& pdf, const std::vector<std::string>& after = {}) {
   const TemporaryFolder folder;

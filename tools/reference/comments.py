@@ -5,7 +5,7 @@ import re
 # The pages of headers by their file names, such as "DDLog.h": a mention of a header becomes a link.
 links = {}
 
-# The text of what has no text: Doxygen leaves out what has none.
+# Stands for a missing text, because Doxygen leaves out declarations without a text.
 BLANK = "nk_blank"
 
 # Types of the implementation, as a user writes them.

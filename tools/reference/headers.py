@@ -4,7 +4,7 @@ A header has ordinary comments: the subject and an example at its head, and a se
 name is not enough. From these come Doxygen's comments, so that headers need no commands of Doxygen:
 
 - The head becomes the text of a topic with the name of the file, which contains all that the header declares. Lines
-  that are indented by three blanks or more are an example; "Threads: ..." begins a titled paragraph.
+  that are indented by three spaces or more are an example; "Threads: ..." begins a titled paragraph.
 - A plain comment before declarations is the heading of these declarations, up to the next empty line.
 - A documentation comment (///) is the text of its declaration.
 

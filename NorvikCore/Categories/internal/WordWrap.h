@@ -2,9 +2,9 @@
 //
 //   splitToWidth("net pay of April", 80, blankWidth, [&](const NSString& word) { return widthOf(word, font); });
 //
-// Each blank and each tab ends a word, so two consecutive ones have an empty word between them. A word that is too wide
-// has a line of its own. Line breaks are not blanks: they stay in their word, and the width of a text with line breaks
-// is the width of its widest line.
+// Each space and each tab ends a word, so two consecutive ones have an empty word between them. A word that is too wide
+// has a line of its own. Line breaks do not end a word. They stay in it, and the width of a text with line breaks is
+// the width of its widest line.
 #pragma once
 
 #include "NorvikCore/platform/foundation/NSCharacterClass.h"
@@ -51,7 +51,7 @@ struct TextExtent {
   double first = 0, last = 0, widest = 0;
   bool isOneLine = true;
 
-  /// This text, a blank, and the other text.
+  /// This text, a space, and the other text.
   [[nodiscard]] TextExtent followedBy(const TextExtent& other, double blankWidth) const {
     const double between = last + blankWidth + other.first;
     return {isOneLine ? between : first, other.isOneLine ? between : other.last,
@@ -72,7 +72,7 @@ template <class Measure>
   return extent;
 }
 
-/// `measure(word)` returns the width of a text without blanks and line breaks. The fraction of a line's width is
+/// `measure(word)` returns the width of a text without spaces, tabs and line breaks. The fraction of a line's width is
 /// ignored. Measures each word once.
 template <class Measure>
 [[nodiscard]] std::vector<NSString> splitToWidth(const NSString& text, double maxWidth, double blankWidth,

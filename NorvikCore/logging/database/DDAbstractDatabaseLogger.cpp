@@ -141,7 +141,7 @@ void DDAbstractDatabaseLogger::performSaveAndSuspendSaveTimer() {
   switch (running_) {
     case Hook::save:
     case Hook::saveAndRemove:
-      return;  // the running save counts
+      return;  // a save is already running
     case Hook::log:
     case Hook::remove:
       savesAfter_ = true;

@@ -28,9 +28,9 @@
 //           are due, both are handled, in the order of their due times; if these are equal, in the order in which the
 //           timers were set.
 // Hooks:    the operations named db_... are called on the logger's queue, and never within each other. A save that is
-//           requested within a save (as by a threshold that db_save() lowers) is ignored, because the running save
-//           counts. A save or a deletion that is requested within another hook is done after it, and so is the deletion
-//           for a shorter age.
+//           requested within a save (as by a threshold that db_save() lowers) is ignored, because a save is already
+//           running. A save or a deletion that is requested within another hook is done after that hook, and so is the
+//           deletion for a shorter age.
 // Errors:   an NSException that leaves a hook is caught, and reported on the system console, at most ten times per
 //           process. The entry of db_log() then counts as not taken; after a save the entries stay unsaved, as after
 //           keepUnsaved(). std::bad_alloc has the same effect, but is not reported. Other exceptions pass.

@@ -17,7 +17,7 @@ class NK_EXPORT_FOR_TESTS CrashText {
 
   void append(std::string_view text) noexcept;
   void append(char c) noexcept { append(std::string_view(&c, 1)); }
-  /// Line breaks and other control characters become blanks.
+  /// Line breaks and other control characters become spaces.
   void appendOnOneLine(std::string_view text) noexcept;
   void appendNumber(std::uint64_t number, std::size_t digits = 1) noexcept;
   void appendSigned(std::int64_t number) noexcept;

@@ -9,7 +9,7 @@
 // | a byte that was not UTF-8 (see NSString.h)                    | \x80 to \xff  |
 // | other lone surrogate halves, the control characters from      | \ud800        |
 // | U+0080 to U+009F, line and paragraph separator (U+2028,       |               |
-// | U+2029), what turns the direction of text around (U+202A to   |               |
+// | U+2029), marks that change the direction of text (U+202A to   |               |
 // | U+202E, U+2066 to U+2069)                                     |               |
 //
 // The result is UTF-8. Different texts have different results. Pure; any thread.

@@ -10,8 +10,8 @@
 
 namespace norvik::detail {
 
-/// The limit for messages that are queued or being handed out. A caller beyond it blocks, unless it holds the loggers
-/// up.
+/// The limit for messages that are queued or being passed to the loggers. A caller beyond it blocks, unless the loggers
+/// wait for that caller.
 inline constexpr std::uint64_t queueSemaphore = Mailbox::bound;
 static_assert(queueSemaphore == 1000);
 

@@ -31,8 +31,8 @@ enum class TerminalColors {
   Direct,      ///< 24 bits
 };
 
-/// Whether a link is written so that a terminal can open it (OSC 8). Only addresses of http, https and mailto are
-/// written, and none for TerminalColors::Plain.
+/// Whether a link is written so that a terminal can open it (OSC 8). Only URLs of http, https and mailto are written,
+/// and none for TerminalColors::Plain.
 enum class TerminalLinks { Omitted, Written };
 
 /// UTF-8.

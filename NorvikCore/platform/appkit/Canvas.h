@@ -8,7 +8,7 @@
 //
 // Text is drawn with these attributes: NSFontAttributeName (default: the system's font), NSForegroundColorAttributeName
 // (default: black), NSBackgroundColorAttributeName, NSUnderlineStyleAttributeName, and NSLinkAttributeName, which makes
-// a link if the address begins with http, https or mailto and is ignored otherwise. Arabic and Hebrew run from right to
+// a link if the URL begins with http, https or mailto and is ignored otherwise. Arabic and Hebrew run from right to
 // left; the alignment alone determines at which side their lines are.
 //
 // Confined to one thread at a time; several threads may draw on different canvases at once. A position or size that is

@@ -2,7 +2,7 @@
 //
 //   bind_toObject_withKeyPath_options(*field, NSValueBinding, *payslip, "grossPay", nullptr);
 //   payslip->setGrossPay(1250_dec);                        // the field's value is 1250
-//   field->setValue(Value(1300_dec));                      // the pay slip's gross pay is 1300
+//   field->setValue(Value(1300_dec));                      // the payslip's gross pay is 1300
 //   infoForBinding(*field, NSValueBinding)->objectForKey(NSObservedKeyPathKey);       // "grossPay"
 //   unbind(*field, NSValueBinding);
 //

@@ -8,7 +8,7 @@
 // paper, and are proportional to the font's size. A font that the machine does not have is replaced by fontconfig's
 // choice; a character that a font lacks is taken from another font.
 //
-// The width of a line includes the blanks between its words. A tab reaches to the next multiple of eight blanks. Lone
+// The width of a line includes the spaces between its words. A tab reaches to the next multiple of eight spaces. Lone
 // surrogate halves, NUL and noncharacters (U+FFFE, U+FFFF, ...) are measured and drawn as U+FFFD. A font larger than
 // 10,000 points is treated as one of 10,000.
 //

@@ -57,7 +57,7 @@ class NK_EXPORT NSError : public NSObject, public NSCoding {
   /// Domain, code and description in one line, followed by failure reason, suggestion and cause if they exist.
   [[nodiscard]] NSString description() const override;
 
-  /// The user info is encoded too, so everything in it must be codable.
+  /// The user info is encoded too, so each value in it must be one that can be archived.
   void encodeWithCoder(NSCoder& coder) const override;
   [[nodiscard]] static Ref<NSError> errorWithCoder(NSCoder& coder);
 

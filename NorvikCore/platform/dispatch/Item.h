@@ -1,7 +1,7 @@
 // NorvikCore/platform/dispatch/Item.h - the unit of work that a queue holds.
 //
 // dispatch_async() makes an item of each block, closure and list node in one allocation. If many small values of one
-// kind are sent, letters are cheaper (internal/Mailbox.h).
+// kind are sent, the letters of a mailbox are cheaper (internal/Mailbox.h).
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -29,7 +29,7 @@ using dispatch_semaphore_t = detail::Handle<detail::SemaphoreCore>;
 [[nodiscard]] NK_EXPORT dispatch_semaphore_t dispatch_semaphore_create(std::intptr_t value);
 
 /// Takes a permit. Returns 0, or another value if `timeout` passed first. If no thread can be started, a wait attempts
-/// to start one from time to time; it runs no blocks itself, because it is not known which of them signals.
+/// to start one from time to time. It runs no blocks itself, because it cannot know which block would signal.
 NK_EXPORT std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout);
 /// Waits at most that long.
 template <detail::ChronoDuration Duration>

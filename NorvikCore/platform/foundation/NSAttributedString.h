@@ -39,7 +39,7 @@ extern NK_EXPORT const NSString NSFontAttributeName;             ///< an NSFont
 extern NK_EXPORT const NSString NSForegroundColorAttributeName;  ///< an NSColor
 extern NK_EXPORT const NSString NSBackgroundColorAttributeName;  ///< an NSColor
 extern NK_EXPORT const NSString NSUnderlineStyleAttributeName;   ///< an integer, 0 for none
-extern NK_EXPORT const NSString NSLinkAttributeName;             ///< an address as text
+extern NK_EXPORT const NSString NSLinkAttributeName;             ///< a URL as text
 
 class NSMutableAttributedString;
 
@@ -100,7 +100,7 @@ class NK_EXPORT NSAttributedString : public NSObject, public NSCoding {
   [[nodiscard]] virtual Ref<NSAttributedString> copy() const;
   [[nodiscard]] Ref<NSMutableAttributedString> mutableCopy() const;
 
-  /// The attributes are archived too, so all their values must be codable.
+  /// The attributes are archived too, so each of their values must be one that can be archived.
   void encodeWithCoder(NSCoder& coder) const override;
   bool initWithCoder(NSCoder& coder) override;
 

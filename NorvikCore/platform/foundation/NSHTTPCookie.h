@@ -1,5 +1,5 @@
-// NorvikCore/platform/foundation/NSHTTPCookie.h - a cookie: a name and a value that a web server set, and the addresses
-// that it is sent to.
+// NorvikCore/platform/foundation/NSHTTPCookie.h - a cookie: a name and a value that a web server set, and the URLs that
+// it is sent to.
 //
 //   Ref<NSURL> url = NSURL::URLWithString("https://pay.example.co.uk/slips/april");
 //   const NSString line = "lang=en-GB; Domain=example.co.uk; Max-Age=60";
@@ -15,12 +15,12 @@
 // - Domain is a public suffix such as "co.uk", by libpsl's list. If it is the host itself, the line is accepted and the
 //   cookie is for that host alone.
 // - Domain is a numeric address other than the host.
-// - It has Secure, and the address is not secure.
+// - It has Secure, and the URL is not secure.
 // - Its name begins with "__Secure-" and it is not Secure; or its name begins with "__Host-" and it is not Secure, has
 //   a Domain, or has another Path than "/". The case of these prefixes is ignored.
 //
-// Name and value are bytes in NSString::fromBytes form; nothing is decoded. Secure addresses are those of https and wss
-// and of this machine: localhost, 127.0.0.1 and ::1. Immutable, any thread. libpsl is loaded when the first line with a
+// Name and value are bytes in NSString::fromBytes form; nothing is decoded. Secure URLs are those of https and wss and
+// of this machine: localhost, 127.0.0.1 and ::1. Immutable, any thread. libpsl is loaded when the first line with a
 // Domain is read; NSGenericException is raised if that fails.
 #pragma once
 
@@ -74,7 +74,7 @@ class NK_EXPORT NSHTTPCookie : public NSObject {
   /// In whole seconds. Absent for a session cookie, which lasts until the process ends.
   [[nodiscard]] std::optional<Date> expiresDate() const noexcept { return expires_; }
   [[nodiscard]] bool isSessionOnly() const noexcept { return !expires_; }
-  /// Sent to secure addresses only.
+  /// Sent to secure URLs only.
   [[nodiscard]] bool isSecure() const noexcept { return isSecure_; }
   /// Hidden from scripts of web pages. Has no effect in this library.
   [[nodiscard]] bool isHTTPOnly() const noexcept { return isHTTPOnly_; }
@@ -88,12 +88,12 @@ class NK_EXPORT NSHTTPCookie : public NSObject {
   NK_METHOD(isHTTPOnly)
 
   /// Domain, path without a trailing '/', and name, separated by tabs: cookies with the same key replace one another.
-  /// Cookies of "/slips" and "/slips/" have the same key, because libcurl reads the second path as a line without a
-  /// path and RFC 6265 the first one.
+  /// Cookies of "/slips" and "/slips/" have the same key, because a line without a path gives the second one in libcurl
+  /// and the first one by RFC 6265.
   [[nodiscard]] NSString storageKey() const;
-  /// Whether host, path and security of the address allow the cookie to be sent there. Its expiry is not considered.
+  /// Whether host, path and security of the URL allow the cookie to be sent there. Its expiry is not considered.
   [[nodiscard]] bool matchesURL(const NSURL& url) const;
-  /// Whether Secure cookies are sent to that address and accepted from it.
+  /// Whether Secure cookies are sent to that URL and accepted from it.
   [[nodiscard]] static bool isSecureURL(const NSURL& url);
   /// Under the keys above, for cookieWithProperties().
   [[nodiscard]] Ref<NSDictionary> properties() const;
@@ -113,7 +113,7 @@ class NK_EXPORT NSHTTPCookie : public NSObject {
   NSHTTPCookie() = default;
   friend class detail::CookieStore;
   struct Parts;
-  /// The parts of an address that decide whether a cookie is sent there.
+  /// The parts of a URL that decide whether a cookie is sent there.
   struct Target {
     explicit Target(const NSURL& url);
     std::optional<NSString> host;

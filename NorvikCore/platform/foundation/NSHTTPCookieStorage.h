@@ -45,15 +45,15 @@ class NK_EXPORT NSHTTPCookieStorage : public NSObject {
 
   /// All cookies, in the order in which they were first set.
   [[nodiscard]] Ref<NSArray> cookies() const;
-  /// The cookies to send to that address: longer paths first, then in the order of cookies().
+  /// The cookies to send to that URL: longer paths first, then in the order of cookies().
   [[nodiscard]] Ref<NSArray> cookiesForURL(const NSURL& url) const;
 
   /// Replaces the cookie with the same NSHTTPCookie::storageKey() and takes its place in the order. An expired cookie
   /// removes it.
   void setCookie(const NSHTTPCookie& cookie);
   /// Sets the cookie of the text after "Set-Cookie:" in a response from `url`
-  /// (NSHTTPCookie::cookieWithSetCookieLine()). False if it is refused; it is also refused if the address is not secure
-  /// and the cookie would replace or hide a Secure cookie.
+  /// (NSHTTPCookie::cookieWithSetCookieLine()). False if it is refused; it is also refused if the URL is not secure and
+  /// the cookie would replace or hide a Secure cookie.
   bool setCookieLine(const NSString& line, const NSURL& url);
   /// Deletes the cookie with the same NSHTTPCookie::storageKey(), whatever its value.
   void deleteCookie(const NSHTTPCookie& cookie);

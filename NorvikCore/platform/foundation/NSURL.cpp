@@ -42,7 +42,7 @@ std::optional<NSString> text(const std::optional<std::string>& part) {
   return part ? std::optional<NSString>(*part) : std::nullopt;
 }
 
-/// Whether a "file:" address means a file of this machine. (An escaped slash in it would become a separator.)
+/// Whether a "file:" URL means a file of this machine. (An escaped slash in it would become a separator.)
 bool isPlain(const detail::Address& address) {
   return address.scheme == "file" && address.host == "" && !address.query && !address.fragment;
 }
@@ -55,7 +55,7 @@ NSURL::NSURL() = default;
 NSURL::NSURL(NSString path, bool isDirectory) : path_(std::move(path)), isDirectory_(isDirectory) {}
 NSURL::~NSURL() = default;
 
-/// False if the address cannot mean a file.
+/// False if the URL cannot mean a file.
 bool NSURL::take(detail::Address address) {
   std::string path = detail::percentDecoded(address.path);
   if (isPlain(address) && hasEscapedSlash(address.path)) return false;

@@ -36,7 +36,7 @@ constexpr detail::KeyedStore::Kind preferences = {
     .decode = [](const NSString&, std::string_view bytes) { return detail::decodePropertyList(bytes); },
 };
 
-/// Distinguishes stored addresses from stored paths, which begin with '/' or '~'.
+/// Distinguishes stored URLs from stored paths, which begin with '/' or '~'.
 bool beginsWithAScheme(std::string_view text) {
   const std::size_t end = text.find_first_of(":/~");
   return end != text.npos && end > 0 && text[end] == ':';

@@ -3,7 +3,7 @@
 //   NSUserDefaults& defaults = NSUserDefaults::standardUserDefaults();
 //   defaults.registerDefaults(*NSDictionary::dictionaryWith({{NKMaxAutoSnapshotCount, 20}}));
 //   defaults.integerForKey(NKMaxAutoSnapshotCount);          // 20, until the user sets a value
-//   defaults.setObject(0.135_dec, "EmployerRate");           // on the disk when it returns
+//   defaults.setObject(0.135_dec, "EmployerRate");           // in the database when the call returns
 //   defaults.objectForKey("EmployerRate").as<Decimal>();     // 0.135, in every later process too
 //
 // Values are booleans, integers, doubles, decimals, dates, texts, data, and arrays and dictionaries of those; keys of
@@ -88,8 +88,8 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   [[nodiscard]] Ref<NSArray> stringArrayForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSDictionary> dictionaryForKey(const NSString& key) const;
   [[nodiscard]] Ref<NSData> dataForKey(const NSString& key) const;
-  /// The address that setURL() stored. Any other text is read as an address if it begins with a scheme, else as a path
-  /// with "~" expanded.
+  /// The URL that setURL() stored. Any other text is read as a URL if it begins with a scheme, else as a path with "~"
+  /// expanded.
   [[nodiscard]] Ref<NSURL> URLForKey(const NSString& key) const;
 
   /// An absent value removes the key.
@@ -97,9 +97,8 @@ class NK_EXPORT NSUserDefaults : public NSObject {
   void setBool(std::same_as<bool> auto value, const NSString& key) { setObject(value, key); }
   void setInteger(std::int64_t value, const NSString& key) { setObject(value, key); }
   void setDouble(double value, const NSString& key) { setObject(value, key); }
-  /// The address of a file is stored as its path, with "~" for the home folder so that it moves with the user; any
-  /// other address as its text. An address without a scheme raises NSInvalidArgumentException; an empty Ref removes the
-  /// key.
+  /// The URL of a file is stored as its path, with "~" for the home folder so that it moves with the user; any other
+  /// URL as its text. A URL without a scheme raises NSInvalidArgumentException; an empty Ref removes the key.
   void setURL(const Ref<NSURL>& url, const NSString& key);
   /// Later reads return the registered value.
   void removeObjectForKey(const NSString& key);

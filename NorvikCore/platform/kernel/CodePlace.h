@@ -4,7 +4,7 @@
 //   const kernel::CodePlace place = kernel::placeOfCode(address);
 //   // addr2line -e place.module place.offset
 //
-// It reads the tables of the dynamic linker: functions that a file does not export have no name there.
+// The functions read the tables of the dynamic linker. Functions that a file does not export have no name there.
 //
 // Any thread, also in signal handlers.
 #pragma once

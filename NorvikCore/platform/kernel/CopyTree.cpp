@@ -65,8 +65,8 @@ int copyEntries(const std::string& from, const std::string& to) {
   return 0;
 }
 
-// Sets the permissions after the content, because a folder that is not writable must get its entries first; the time
-// last.
+// Sets the permissions after the content, because a folder that is not writable must get its entries first. Sets the
+// time last, because adding content changes it.
 int copyOne(const std::string& from, const std::string& to, const FileStatus& status) {
   if (status.kind == FileKind::symbolicLink) return copyLink(from, to);
   if (status.kind == FileKind::directory) {

@@ -1,5 +1,8 @@
 // NorvikCore/platform/kernel/Directory.h - creates, lists and removes folders.
 //
+//   std::string failedPath;
+//   if (int error = kernel::createDirectories("/data/2024/april", 0700, &failedPath)) report(failedPath, error);
+//
 // Operations return 0 or an error number (see SystemError.h). Any thread.
 #pragma once  // include time: <string> and <vector> are result types
 

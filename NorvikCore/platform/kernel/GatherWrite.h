@@ -2,10 +2,10 @@
 //
 //   const std::string_view line[] = {time, " ", text, "\n"};
 //   std::size_t written = 0;
-//   const int error = kernel::writeGathered(STDERR_FILENO, line, kernel::monotonicNanoseconds() + 1'000'000'000,
-//   written);
+//   const std::int64_t deadline = kernel::monotonicNanoseconds() + 1'000'000'000;
+//   const int error = kernel::writeGathered(STDERR_FILENO, line, deadline, written);
 //
-// For lines on a descriptor to which others write too: one call keeps a line together.
+// For a descriptor to which other threads or processes write too: one system call keeps the pieces of a line together.
 //
 // Any thread, also in a forked child; allocates nothing and takes no lock.
 #pragma once

@@ -59,7 +59,7 @@ struct SystemVersion {
 /// For display: "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64".
 [[nodiscard]] NK_EXPORT const std::string& operatingSystemVersionString();
 
-/// The machine's model as its firmware reports it (DMI, else the device tree): one line without surrounding blanks and
+/// The machine's model as its firmware reports it (DMI, else the device tree): one line without surrounding spaces and
 /// without a terminating zero. If the manufacturer left the field at its default ("System Product Name"), the model of
 /// the main board. A virtual machine has the model that its hypervisor reports, such as "KVM" or "VMware Virtual
 /// Platform"; a container has its host's. Empty if there is none, or if a container cannot see it. Read on each call,

@@ -59,7 +59,7 @@ std::string knownHome() {
   });
 }
 
-// Removes blanks and then `expected` from the front; false if something else is there.
+// Removes spaces, tabs and then `expected` from the front; false if something else is there.
 bool takeOff(std::string_view& line, std::string_view expected) {
   line.remove_prefix(std::min(line.size(), line.find_first_not_of(" \t")));
   if (!line.starts_with(expected)) return false;

@@ -58,7 +58,7 @@ class NK_EXPORT SyslogClient {
   SyslogClient& operator=(const SyslogClient&) = delete;
 
   void log(const SyslogEntry& entry);
-  /// Counts an entry as lost for which the caller had no memory.
+  /// Counts a lost entry that the caller could not form because it had no memory.
   void loseUnformed() noexcept;
   /// Attempts again to send the waiting entries.
   void sendWaiting();

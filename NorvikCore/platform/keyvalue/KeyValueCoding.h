@@ -5,11 +5,11 @@
 //   slip->valueForKeyPath("employee.name");               // from object to object; absent if one on the way is absent
 //   slips->valueForKeyPath("@sum.grossPay");              // over the elements of an array, as a Decimal
 //
-// An object searches for a key among its stated properties, then among its stated operations without arguments; "self"
-// and "description" work on every object. Setting searches for a property that is not read-only, then for the operation
-// "set<Key>:". For a key that is not found valueForUndefinedKey or setValue_forUndefinedKey is called. They raise
-// NSUndefinedKeyException with the class and the key unless a class overrides them. If an absent or null value is set
-// for a number, a text, a decimal or a date that is not a std::optional, setNilValueForKey is called, which raises
+// An object searches for a key among its declared properties, then among its declared operations without arguments;
+// "self" and "description" work on every object. Setting searches for a property that is not read-only, then for the
+// operation "set<Key>:". For a key that is not found valueForUndefinedKey or setValue_forUndefinedKey is called. They
+// raise NSUndefinedKeyException with the class and the key unless a class overrides them. If an absent or null value is
+// set for a number, a text, a decimal or a date that is not a std::optional, setNilValueForKey is called, which raises
 // NSInvalidArgumentException unless overridden. A path that ends early at an absent value reads as an absent value, and
 // setting it has no effect. A path of more than 1,000 keys raises NSInvalidArgumentException.
 //
@@ -55,7 +55,7 @@ namespace detail {
 
 }  // namespace detail
 
-// A class validates the key "grossPay" by a stated operation, which may change the value or reject it with an error:
+// A class validates the key "grossPay" by a declared operation, which may change the value or reject it with an error:
 //
 //   bool validateGrossPay(Value* value, Ref<NSError>* error);
 //   NK_METHOD_AS(validateGrossPay, "validateGrossPay:error:")

@@ -11,9 +11,9 @@
 //
 // A path leads from object to object. Values behind a text, a number, a date or a collection are read, but only the
 // objects before it are observed. A misspelt path raises NSUndefinedKeyException at once, with the class and the key.
-// That also holds if the path ends early at present, as far as properties are stated as a Ref to a class. A collection
-// operator must be observed on the object that holds the collection; on the collection itself it raises
-// NSInvalidArgumentException.
+// If an object on the path is absent now, the keys behind it are checked too, as long as each property is declared as a
+// Ref to a class. A collection operator must be observed on the object that holds the collection; on the collection
+// itself it raises NSInvalidArgumentException.
 //
 // A change after which the path cannot be read is made nevertheless, and the setter raises the exception from reading.
 // A later change can repair the path; its old value is then the null marker.
@@ -36,8 +36,8 @@
 //            notifies no observer.
 // Cost:      none for objects without observers. Adding and removing take constant time on average for any number of
 //            observers, even if they are equal or were destroyed without being removed; removing without the context is
-//            linear in the observers of the object. What destroyed observers left is released at the next change or, at
-//            the latest, when as many observers have been added again.
+//            linear in the observers of the object. The registrations of destroyed observers are released at the next
+//            change, or at the latest when as many new observers have been added.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

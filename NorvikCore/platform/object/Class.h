@@ -9,9 +9,9 @@
 // thread may read them. dlclose does not unload a shared object that registers a class, because objects, properties and
 // operations of the class refer to it.
 //
-// One C++ class is one Class, even if it is stated in several shared objects (including its header is enough): the
-// first registers it. Two are the same class if their C++ names with namespaces are equal and so are their sizes and
-// statements. A class in an anonymous namespace is a different class in each file.
+// One C++ class is one Class, even if several shared objects contain it because they include its header. The first one
+// that is loaded registers the class. Two classes count as the same if their C++ names with namespaces, their sizes and
+// their declarations are equal. A class in an anonymous namespace is a different class in each file.
 //
 // Different classes may have the same name: pay::Row and hr::Row, or the instances of a class template. Then that name
 // finds none of them, and archives contain their C++ names. NK_CLASS_NAME gives a class another name.
@@ -37,7 +37,7 @@ struct CategoryProperty;
 struct ClassRegistry;
 }  // namespace detail
 
-/// A stated property. `get` and `set` raise NSUndefinedKeyException if the type has no ValueConversion. `set` is null
+/// A declared property. `get` and `set` raise NSUndefinedKeyException if the type has no ValueConversion. `set` is null
 /// if the property is read-only.
 struct NK_EXPORT Property {
   NSString name;
@@ -50,7 +50,7 @@ struct NK_EXPORT Property {
   void (*set)(NSObject& object, const Value& value) = nullptr;
 };
 
-/// A stated operation. For an operation of the class itself `target` is null.
+/// A declared operation. For an operation of the class itself `target` is null.
 struct NK_EXPORT Method {
   SEL selector;
   std::size_t argumentCount = 0;
@@ -63,7 +63,7 @@ class NK_EXPORT Class {
   Class(const Class&) = delete;
   Class& operator=(const Class&) = delete;
 
-  /// The name of the C++ class without namespaces and template arguments, or the name that NK_CLASS_NAME states.
+  /// The name of the C++ class without namespaces and template arguments, or the name given by NK_CLASS_NAME.
   [[nodiscard]] const NSString& name() const noexcept { return name_; }
   /// The C++ name: "pay::Row", "pay::Box<int>", "(anonymous namespace)::Row". For the classes of values it is name().
   [[nodiscard]] const NSString& qualifiedName() const noexcept { return qualifiedName_; }
@@ -77,12 +77,12 @@ class NK_EXPORT Class {
   /// Also true for the class itself.
   [[nodiscard]] bool isSubclassOf(const Class& other) const noexcept;
 
-  /// Those of the class itself, in the order in which they are stated.
+  /// Those of the class itself, in the order in which they are declared.
   [[nodiscard]] std::span<const Property> properties() const noexcept { return properties_; }
   [[nodiscard]] std::span<const Method> methods() const noexcept { return methods_; }
   [[nodiscard]] std::span<const Method> classMethods() const noexcept { return classMethods_; }
   /// The names of the class's own operations and of the accessors of its own properties, in the order in which they are
-  /// stated.
+  /// declared.
   [[nodiscard]] std::span<const SEL> selectors() const noexcept { return selectors_; }
   /// The properties that categories add to the class, in the order in which their shared objects were loaded.
   [[nodiscard]] std::span<const Property* const> categoryProperties() const noexcept { return categoryProperties_; }
@@ -94,7 +94,7 @@ class NK_EXPORT Class {
   /// is none.
   [[nodiscard]] const Property* propertyWithAccessor(SEL selector) const noexcept;
   [[nodiscard]] const Method* classMethod(SEL selector) const noexcept;
-  /// The keys whose change also changes this key, as the class and its superclasses state them.
+  /// The keys whose change also changes this key, as the class and its superclasses declare by NK_AFFECTED_BY.
   [[nodiscard]] std::vector<NSString> keysAffecting(const NSString& key) const;
 
   /// True if the class or a superclass overrides valueForKey or valueForUndefinedKey, as a dictionary does. Its

@@ -13,7 +13,7 @@
 //   Ref<NSData> data = NSKeyedArchiver::archivedDataWithRootObject(slip);
 //   Ref<Payslip> same = NSKeyedUnarchiver::unarchiveObjectWithData(*data).as<Ref<Payslip>>();
 //
-// Each class that can be decoded states how, even if its superclass does. With NK_CODING, the object is constructed
+// Each class that can be decoded declares how, even if its superclass does. With NK_CODING, the object is constructed
 // without arguments, its init is not called, and initWithCoder is called instead. With NK_DECODED_BY(function), a class
 // operation creates the whole object, which suits an object that never changes.
 //
@@ -103,7 +103,7 @@ class NK_EXPORT NSCoding {
 
 namespace detail {
 
-/// The selectors of the class operations that NK_CODING and NK_DECODED_BY state.
+/// The selectors of the class operations that NK_CODING and NK_DECODED_BY declare.
 inline constexpr const char* makeForDecodingSelector = "nk_makeForDecoding";
 inline constexpr const char* decodeSelector = "nk_decodeWithCoder:";
 
@@ -115,7 +115,7 @@ inline constexpr bool isOfNSCoding<bool (NSCoding::*)(NSCoder&)> = true;
 }  // namespace detail
 }  // namespace norvik
 
-/// States that objects of the class are decoded by a constructor without arguments, which may be private, and
+/// Declares that objects of the class are decoded by a constructor without arguments, which may be private, and
 /// initWithCoder.
 #define NK_CODING                                                                           \
   static ::norvik::Ref<::norvik::NSObject> nk_makeForDecoding() {                           \
@@ -125,8 +125,8 @@ inline constexpr bool isOfNSCoding<bool (NSCoding::*)(NSCoder&)> = true;
   }                                                                                         \
   NK_CLASS_METHOD(nk_makeForDecoding)
 
-/// NK_DECODED_BY(function): states that objects of the class are decoded by `static Ref<Class> function(NSCoder&)`. An
-/// empty Ref means that decoding failed. Such an object cannot be part of the values that it is decoded from.
+/// NK_DECODED_BY(function): declares that objects of the class are decoded by `static Ref<Class> function(NSCoder&)`.
+/// An empty Ref means that decoding failed. Such an object cannot be part of the values that it is decoded from.
 #define NK_DECODED_BY(function)                                                                                \
   static ::norvik::Ref<::norvik::NSObject> nk_decodeWithCoder(const ::norvik::Ref<::norvik::NSCoder>& coder) { \
     return Self::function(*coder);                                                                             \

@@ -83,7 +83,7 @@ class NK_EXPORT NSObject {
   /// Called by setValue_forKey if a number, a text, a decimal or a date would become absent. Raises
   /// NSInvalidArgumentException unless overridden.
   virtual void setNilValueForKey(const NSString& key);
-  /// Calls the stated operation "validate<Key>:error:", which may change the value; true if there is none.
+  /// Calls the declared operation "validate<Key>:error:", which may change the value; true if there is none.
   virtual bool validateValue_forKey_error(Value& value, const NSString& key, Ref<NSError>* error);
   virtual bool validateValue_forKeyPath_error(Value& value, const NSString& keyPath, Ref<NSError>* error);
   /// In both functions the null marker represents an absent value.
@@ -114,7 +114,7 @@ class NK_EXPORT NSObject {
   /// The second step of creating an object. If it returns false, make() returns an empty Ref.
   virtual bool init();
 
-  // A statement in a class without NK_OBJECT finds these, and is rejected.
+  // A declaration in a class without NK_OBJECT finds these, and is rejected.
   static detail::Owner<NSObject> nk_owner_(detail::OfClass);
   static detail::InClass nk_scope_(detail::OfClass);
   static detail::StatementNumber<const detail::Place<0>*> nk_state_(const detail::Place<0>*);

@@ -12,13 +12,13 @@
 //     NK_METHOD(recalculate)                           // can be performed by name
 //   };
 //
-// NK_OBJECT makes the members after it public, because a class with statements is meant to be used; no other statement
-// changes the access. Statements take no semicolon. A type may contain six commas at most. The storage of property `x`
-// is the member `x_`, which only the class itself can read (`*x_`) and write (`x_ = value`, which notifies no
-// observer).
+// Each use of such a macro is a declaration; the compiler's messages and the headers that implement it call it a
+// statement. NK_OBJECT makes the members after it public; no other declaration changes the access. Declarations take no
+// semicolon. A type may contain six commas at most. The storage of property `x` is the member `x_`, which only the
+// class itself can read (`*x_`) and write (`x_ = value`, which notifies no observer).
 //
-// A class can have at most 575 statements. A class that is local to a function cannot have any. A property may refer to
-// a class that is only forward-declared (`Ref<Department>`) if it is defined further down in the same file.
+// A class can have at most 575 declarations. A class that is local to a function cannot have any. A property may refer
+// to a class that is only forward-declared (`Ref<Department>`) if it is defined further down in the same file.
 //
 // A selector text is the operation's name with one colon per argument; NK_METHOD_AS and NK_CLASS_METHOD_AS take another
 // text.
@@ -93,8 +93,8 @@
       ::norvik::detail::Statement{.kind = ::norvik::detail::StatementKind::Dependency, .name = #key, .text = #other})
 
 /// An operation of the object, or of the class (a static member function), that can be found and performed by name. An
-/// overloaded operation is rejected: state a function of another name that calls the intended one. With NK_METHOD_AS it
-/// may be an instance of a template: NK_METHOD_AS(add<Decimal>, "add:").
+/// overloaded operation is rejected: declare a function of another name that calls the intended one. With NK_METHOD_AS
+/// it may be an instance of a template: NK_METHOD_AS(add<Decimal>, "add:").
 #define NK_METHOD(name) \
   NK_STATEMENT(#name, ::norvik::detail::methodStatement<nk_Self>(#name, nullptr, NK_ADDRESS_OF(name)))
 #define NK_METHOD_AS(name, selector) \
@@ -110,8 +110,8 @@
 /// `Type name(const Class&)` and `void setName(Class&, Type)` a property of the class, from when this shared object is
 /// loaded. The setter itself must announce its change. NK_CATEGORY_READONLY_PROPERTY(Class, Type, name) has only the
 /// first function. Name the class without its namespace. If the class or another category has a property of that name,
-/// the first one is kept, and a line on the system console reports it. Load a shared object with such statements before
-/// threads use the class.
+/// the first one is kept, and a line on the system console reports it. Load a shared object with such declarations
+/// before threads use the class.
 #define NK_CATEGORY_PROPERTY(...) NK_WITH_TYPE_LAST(NK_STATE_CATEGORY_PROPERTY, __VA_ARGS__)
 #define NK_CATEGORY_READONLY_PROPERTY(...) NK_WITH_TYPE_LAST2(NK_STATE_CATEGORY_READONLY_PROPERTY, __VA_ARGS__)
 

@@ -1,7 +1,10 @@
 // NorvikCore/platform/object/SEL.h - the name of an operation, such as "ddSetLogLevel:", with the size and the cost of
 // a pointer.
 //
-// Construction from text looks it up in a table of all selectors. Comparing, copying and hashing are those of a
+//   slip->performSelector("setGrossPay:", Value(12.50_dec));      // a text converts to a selector
+//   SEL("setLogLevel:forClass:").argumentCount();                 // 2
+//
+// Construction from text looks the name up in a table of all selectors. Comparing, copying and hashing are those of a
 // pointer; the order, for keys of a std::map, differs from one run to the next.
 #pragma once
 

@@ -1,4 +1,5 @@
-// NorvikCore/platform/object/Statement.h - one statement of a class, as data.
+// NorvikCore/platform/object/Statement.h - one statement of a class, as data. A statement is a use of a macro of
+// ObjectMacros.h, such as NK_PROPERTY. Users need not read it.
 //
 // A class's statements are one constant table (StatementTable.h), which is read when the class is registered.
 #pragma once

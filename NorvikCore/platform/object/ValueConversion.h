@@ -4,7 +4,14 @@
 // Convertible are booleans, integers, doubles, enumerations, Decimal, Date, NSString, NSNumber, NSRange (as the text
 // "{location, length}"), SEL (as the text of its name), Value itself, and Ref, Block and std::optional of these. A
 // character as a property or in as<char>() converts as its number.
-// Specialise ValueConversion<T> with toValue and fromValue for a type of your own.
+//
+// For a type of your own, specialise the template. Then the type can be a property that is read and set by its key:
+//
+//   template <>
+//   struct norvik::ValueConversion<Postcode> {
+//     static Value toValue(const Postcode& postcode) { return postcode.text; }
+//     static Postcode fromValue(const Value& value) { return {value.as<NSString>()}; }
+//   };
 #pragma once
 
 #include "NorvikCore/platform/object/SEL.h"

@@ -22,7 +22,7 @@
 
 #include <concepts>
 
-// Collections are ranges, but have a description: <fmt/ranges.h> is told to leave them.
+// Collections are ranges. <fmt/ranges.h> must not format them, because they have a description.
 FMT_BEGIN_NAMESPACE
 template <typename T, typename Char>
 struct is_range;

@@ -2,7 +2,7 @@
 //
 //   detail::dateText(payday, "%d/%m/%Y");         // "10/05/2021"
 //
-// Without {fmt}, so that the library does not load it. Date_fmt.h lists the fields.
+// It does not use {fmt}, so that the library does not load it. Date_fmt.h lists the fields.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

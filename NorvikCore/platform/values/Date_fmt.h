@@ -10,7 +10,7 @@
 // does in the C locale:
 //
 //   %Y %C %y  year, its hundreds, its last two digits      %H %I %M %S %p  hour (24, 12), minute, second, AM or PM
-//   %m %d %e  month, day with 0 or with a blank            %F %D %T %R  %Y-%m-%d, %m/%d/%y, %H:%M:%S, %H:%M
+//   %m %d %e  month, day with 0 or with a space            %F %D %T %R  %Y-%m-%d, %m/%d/%y, %H:%M:%S, %H:%M
 //   %B %b %h  month's name, the first three letters        %G %g %V  year and week of ISO 8601
 //   %A %a     weekday's name, the first three letters      %j %u %w  day of the year, of the week (Monday 1, Sunday 0)
 //   %z %Z     +0000 and UTC                                %s  seconds since 1970;   %n %t %%  line end, tab, %

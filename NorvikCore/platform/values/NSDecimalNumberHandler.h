@@ -31,7 +31,7 @@ inline constexpr std::int16_t NSDecimalNoScale = 32767;
 /// also cause an overflow.
 class NK_EXPORT NSDecimalNumberHandler {
  public:
-  /// How to round, and which faults raise. A fault that does not raise has the result described above.
+  /// How to round, and which errors raise. An error that does not raise has the result described above.
   struct Settings {
     NSRoundingMode roundingMode = NSRoundPlain;
     std::int16_t scale = NSDecimalNoScale;

@@ -1,4 +1,7 @@
-// NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt}: formatted as its UTF-8 text, with all options of text.
+// NorvikCore/platform/values/NSString_fmt.h - NSString in {fmt} format strings, as its UTF-8 text. The user must have
+// {fmt}.
+//
+//   fmt::format("{:<6}|", name);       // "Ann   |": width, fill and precision as for any text
 #pragma once  // include time: <fmt/format.h> is the purpose of this header
 
 #include "NorvikCore/platform/values/NSString.h"

@@ -36,7 +36,7 @@ struct ServerFailure {
 
 class ServerConnection {
  public:
-  /// `parameters` is a connection string or an address as libpq reads it.
+  /// `parameters` is a connection string or a connection URI, as libpq reads it.
   explicit ServerConnection(std::string parameters);
   ServerConnection(const ServerConnection&) = delete;
   ServerConnection& operator=(const ServerConnection&) = delete;

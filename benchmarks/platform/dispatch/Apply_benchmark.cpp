@@ -8,8 +8,8 @@
 //   2 empty rounds                 0.65 us, OpenMP 6 to 2,750 us
 //   64 rounds of 26 us             1.74 ms, OpenMP 4.1 ms, plain loop 1.68 ms; processor time of the caller 0.89 ms,
 //                                  OpenMP 1.96 ms
-//   1,000,000 rounds of 1 ns       3.2 ms, OpenMP 4.0 ms, plain loop 1.4 ms: work that only touches memory gains
-//   nothing
+//   1,000,000 rounds of 1 ns       3.2 ms, OpenMP 4.0 ms, plain loop 1.4 ms: work that only touches memory does not
+//                                  become faster
 #include "NorvikCore/platform/dispatch/Apply.h"
 
 #include <benchmark/benchmark.h>

@@ -9,9 +9,8 @@
 //   100,000    set 144 and fire 673, asio 172 and 818 (0.82 of its time); until all handlers were notified of the
 //              cancellation 450, asio 480 (set and cancel 0.74)
 //   1,000,000  set 131 and fire 1,400, asio 210 and 1,629 (0.83); cancel 428, asio 400 (0.97)
-//   lateness, 99th percentile, with a priority above all other work of the machine (chrt -f 1, three runs): 100,000 in
-//   a
-//              second 24 to 26 us, asio 15 to 18 us; 10,000 in a second 30 to 36 us, asio 18 to 29 us. At equal
+//   lateness, 99th percentile, with a priority above all other work of the machine (chrt -f 1, three runs): 100,000
+//              in a second 24 to 26 us, asio 15 to 18 us; 10,000 in a second 30 to 36 us, asio 18 to 29 us. At equal
 //              priority with other work at load 5 it is as long as that work runs: 4 to 8 ms, asio 4 to 6 ms
 #include "NorvikCore/platform/dispatch/Source.h"
 

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QEventLoop>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -195,6 +196,28 @@ TEST_F(PayrollDesk, TheWindowKeepsTheSelectedPersonDuringASearch) {
   EXPECT_EQ(desk->selected()->number(), "E2");
   EXPECT_EQ(window.findChild<QLineEdit*>("sortCode")->text(), "20-12-53");
   EXPECT_FALSE(desk->isEdited()) << "nothing was typed";
+}
+
+TEST_F(PayrollDesk, AClickOnATitleSortsThePeople) {
+  desk::DeskWindow window(desk);
+  window.show();
+  open();
+  auto& table = *window.findChild<QTableView*>("people");
+  const auto first = [&] { return table.model()->index(0, 1).data().toString(); };
+  const auto click = [&](int column) {
+    const QHeaderView& header = *table.horizontalHeader();
+    QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                      {header.sectionViewportPosition(column) + header.sectionSize(column) / 2, header.height() / 2});
+  };
+  EXPECT_EQ(first(), "E1");
+  click(3);
+  EXPECT_EQ(first(), "E2") << "1,000.10 is less than 1,600.00";
+  EXPECT_EQ(table.currentIndex().row(), 1) << "the selected person stays selected";
+  EXPECT_EQ(desk->selected()->number(), "E1");
+  click(3);
+  EXPECT_EQ(first(), "E1");
+  click(0);
+  EXPECT_EQ(first(), "E2") << "Hughes, Dai";
 }
 
 TEST_F(PayrollDesk, EditsAreNotDiscardedWithoutAQuestion) {

@@ -29,7 +29,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-/// The lines below a heading, without their two leading blanks.
+/// The lines below a heading, without their two leading spaces.
 std::vector<std::string> section(const Result& result, const std::string& heading) {
   std::vector<std::string> lines;
   bool isInside = false;

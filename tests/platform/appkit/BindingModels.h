@@ -1,4 +1,4 @@
-// tests/platform/appkit/BindingModels.h - a small pay slip and a small view for the tests of bindings.
+// tests/platform/appkit/BindingModels.h - a small payslip and a small view for the tests of bindings.
 #pragma once
 
 #include "NorvikCore/platform/appkit/KeyValueBinding.h"

@@ -1,4 +1,4 @@
-// tests/platform/dispatch/Job.h - a coroutine that starts at once and whose end nobody waits for.
+// tests/platform/dispatch/Job.h - a coroutine that starts at once. No code waits for its end.
 #pragma once
 
 #include <coroutine>

@@ -75,7 +75,7 @@ TEST(NSURL, ARelativePathIsTakenFromTheCurrentFolder) {
   });
 }
 
-// The parts of an address; "-" for an absent part.
+// The parts of a URL; "-" for an absent part.
 std::string parts(const NSURL& url) {
   const auto part = [](const std::optional<NSString>& text) { return text ? text->str() : std::string("-"); };
   return part(url.scheme()) + " " + part(url.user()) + " " + part(url.password()) + " " + part(url.host()) + " " +
@@ -83,7 +83,7 @@ std::string parts(const NSURL& url) {
          part(url.fragment());
 }
 
-/// The address, or "nothing" if the text is not an address.
+/// The URL, or "nothing" if the text is not a URL.
 NSString read(std::string_view text) {
   const Ref<NSURL> url = NSURL::URLWithString(NSString::fromBytes(text));
   return url ? url->absoluteString() : "nothing"_ns;

@@ -82,10 +82,10 @@ TEST(NSString, CodePointsAndUnitsAreViewsThatCanBeReversed) {
   static_assert(std::ranges::view<NSString::Units> && std::ranges::bidirectional_range<NSString::Units>);
   const NSString text = NSString("a\u00A3\u20AC\U0001F4B7z") + NSString::fromCodePoint(0xDC80);
   std::u32string backwards;
-  for (const char32_t each : text.codePoints() | std::views::reverse) backwards += each;
+  std::ranges::reverse_copy(text.codePoints(), std::back_inserter(backwards));
   EXPECT_EQ(backwards, (std::u32string{0xDC80, U'z', 0x1F4B7, 0x20AC, 0xA3, U'a'}));
   std::u16string units;
-  for (const char16_t each : text.units() | std::views::reverse) units += each;
+  std::ranges::reverse_copy(text.units(), std::back_inserter(units));
   EXPECT_EQ(units, (std::u16string{0xDC80, u'z', 0xDCB7, 0xD83D, 0x20AC, 0xA3, u'a'}));
   EXPECT_EQ(std::ranges::count_if((text + text).codePoints(), [](char32_t each) { return each > 0x7F; }), 8);
   auto unit = text.units().begin();

@@ -71,7 +71,7 @@ class ServerSource : public DatabaseSource {
 
 class LateSourceTest : public testing::Test {
  protected:
-  /// The result of one round: each text and a blank.
+  /// The result of one round: each text and a space.
   std::string round() {
     source_.lookAgain();
     std::string texts;

@@ -50,10 +50,10 @@ class KeptFont {
   [[nodiscard]] std::int32_t height() const noexcept { return height_; }
   [[nodiscard]] std::int64_t blankWidth() const noexcept { return blankWidth_; }
 
-  /// Valid until the next call. The word must not contain blanks; an empty word has no width.
+  /// Valid until the next call. The word must not contain spaces; an empty word has no width.
   [[nodiscard]] const ShapedWord& word(std::string_view text);
   [[nodiscard]] const ShapedWord& blank() const noexcept { return blank_; }
-  /// The width of words, blanks and tabs; `from` is the present width of the line, for tabs.
+  /// The width of words, spaces and tabs; `from` is the present width of the line, for tabs.
   [[nodiscard]] std::int64_t widthOf(std::string_view line, std::int64_t from = 0);
 
  private:

@@ -44,7 +44,7 @@ bool appendDrawn(std::string& drawn, const NSString& text, bool isBehindReturn) 
   return isBehindReturn;
 }
 
-// Cairo writes an address to the file unchanged. Characters that would end the address there are percent-encoded.
+// Cairo writes a URL to the file unchanged. Characters that would end the URL there are percent-encoded.
 std::string encoded(const std::string& address) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string text;
@@ -58,7 +58,7 @@ std::string encoded(const std::string& address) {
   return text;
 }
 
-// A link's attributes for Cairo, with a blank before each number. Not formatted by {fmt}, because that library would be
+// A link's attributes for Cairo, with a space before each number. Not formatted by {fmt}, because that library would be
 // loaded for this alone.
 std::string linkTag(const std::string& address, const NSRect& place) {
   std::string tag = "uri='" + address + "' rect=[";
@@ -269,7 +269,7 @@ void TextLayout::drawPlainLine(cairo_t* cairo, NSPoint at) {
   }
 }
 
-// Draws the words and blanks of one font at once, so that a reader of the file finds a line and not single words.
+// Draws the words and spaces of one font at once, so that programs that read the file find a line and not single words.
 void TextLayout::drawPlainRun(cairo_t* cairo, const Run& run, NSPoint at) {
   const PangoLibrary& pango = pangoLibrary();
   KeptFont& font = fonts_.fontFor(*run.font);

@@ -27,7 +27,7 @@ bool hasScheme(std::string_view address, std::string_view scheme) {
          std::equal(scheme.begin(), scheme.end(), address.begin(), [](char a, char b) { return a == lowered(b); });
 }
 
-/// Writes every byte except visible ASCII as '%' and two digits, so that the address cannot end the text around it.
+/// Writes every byte except visible ASCII as '%' and two digits, so that the URL cannot end the text around it.
 std::string encoded(std::string_view address) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string result;

@@ -25,13 +25,11 @@
 //   items    = of each its value, or the tag Key, the key (text) and its value
 //   value    = as above
 //   text     = at its first occurrence 0 and its characters, later its number from 1
-//   object   = at its first occurrence 0 and the object as above, later its number from 1; a Coded one has items and
-//   the
-//              tag End instead of fields
+//   object   = at its first occurrence 0 and the object as above, later its number from 1; a Coded one has items
+//              and the tag End instead of fields
 //
-//   characters = the number of bytes and the bytes (UTF-8); for the empty text and for a text that is not well formed,
-//   0,
-//                the number of UTF-16 units and the units, two bytes each, least significant first
+//   characters = the number of bytes and the bytes (UTF-8); for the empty text and for a text that is not well
+//                formed, 0, the number of UTF-16 units and the units, two bytes each, least significant first
 //
 // Counts, kinds, tags and numbers are written with seven bits per byte, least significant first; the high bit is set in
 // all bytes except the last. A number must have the shortest form. The fields and items outside of any object are those

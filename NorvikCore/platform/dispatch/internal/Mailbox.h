@@ -1,5 +1,5 @@
-// NorvikCore/platform/dispatch/internal/Mailbox.h - a serial queue to which many threads also send small letters;
-// sending one costs a compare-and-swap and a copy.
+// NorvikCore/platform/dispatch/internal/Mailbox.h - a serial queue to which many threads also send small messages of
+// fixed size, called letters. Sending one costs a compare-and-swap and a copy.
 //
 //   auto* mailbox = newForkAware<Mailbox>("payroll.log", [](LetterRun& run) {
 //     do {
@@ -11,9 +11,9 @@
 //     mailbox->post(*letter);
 //   }
 //
-// Letters are stored in a ring, which is all the memory they use. At most `bound` of them may wait or be in the
-// reader's hands; a claim beyond that fails until the reader has finished the oldest letter. Two positions count them:
-// the senders write one, the reader writes the other.
+// Letters are stored in a ring, which is all the memory they use. At most `bound` of them may be claimed and not yet
+// finished by the reader; a claim beyond that fails until the reader has finished the oldest letter. Two positions
+// count them: the senders write one, the reader writes the other.
 //
 // The reader runs as blocks of the queue, and letters and blocks keep their order: what a thread sends or enqueues
 // first is read or run first. For that purpose each block records how many letters had been claimed when it was
@@ -83,7 +83,7 @@ struct LooseLetter final : Item {
 
 class NK_EXPORT_FOR_TESTS Mailbox final : public SerialQueue {
  public:
-  /// How many letters may wait or be in the reader's hands.
+  /// How many letters may be claimed and not yet finished by the reader.
   static constexpr std::uint64_t bound = 1000;
 
   /// Finishes at least one letter. An exception that leaves it ends the process.

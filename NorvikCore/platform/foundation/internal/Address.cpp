@@ -35,7 +35,8 @@ std::optional<std::string> schemeOf(std::string_view text) {
   return asciiLower(text.substr(0, colon));
 }
 
-/// Replaces backslashes by slashes, which they are typed for. In a query or fragment they stay, and are not allowed.
+/// Replaces backslashes by slashes, because users type them for slashes. In a query or fragment they stay, and are not
+/// allowed.
 void turnBackslashes(std::string& text) {
   const std::size_t end = std::min(text.find_first_of("?#"), text.size());
   std::replace(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\\', '/');

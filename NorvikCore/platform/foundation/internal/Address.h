@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/internal/Address.h - parses the text of an address and forms it again.
+// NorvikCore/platform/foundation/internal/Address.h - parses the text of a URL and forms it again.
 //
 //   std::optional<Address> address = readAddress("HTTPS://Pay.Example.com:443/a/../slips?month=4");
 //   address->host;      // "pay.example.com"
@@ -27,7 +27,7 @@ struct Address {
   [[nodiscard]] std::string text() const;
 };
 
-/// Absent if the text is not an address.
+/// Absent if the text is not a URL.
 [[nodiscard]] std::optional<Address> readAddress(std::string_view text);
 /// Resolves a reference against `base`. Absent if the text is not a reference or `base` has no scheme.
 [[nodiscard]] std::optional<Address> resolveAddress(const Address& base, std::string_view reference);

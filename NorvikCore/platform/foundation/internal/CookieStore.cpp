@@ -21,7 +21,7 @@ bool isExpired(const NSHTTPCookie& cookie, double now = kernel::wallSeconds()) {
   return expires && expires->timeIntervalSinceReferenceDate() <= now;
 }
 
-/// Whether a cookie could be sent in place of `secure` to an address that gets `secure`.
+/// Whether a cookie could be sent in place of `secure` to a URL that gets `secure`.
 bool mayBeTakenFor(const NSHTTPCookie& cookie, const NSHTTPCookie& secure) {
   const std::string_view domain = withoutDot(cookie.domain().view()), other = withoutDot(secure.domain().view());
   return secure.isSecure() && secure.name() == cookie.name() &&

@@ -41,7 +41,7 @@ class CookieStore {
   /// Sets each cookie of a cookie file in one step. If there are more than the bounds allow, only those that would
   /// remain.
   void setLines(std::string_view cookieFile);
-  /// False, without effect, if the cookie would replace or hide a secure cookie, because its address is not secure.
+  /// False, without effect, if the cookie would replace or hide a secure cookie, because its URL is not secure.
   [[nodiscard]] bool setFromInsecureAddress(const NSHTTPCookie& cookie);
   void remove(const NSHTTPCookie& cookie);
   /// Only if the stored cookie is still equal to this one.

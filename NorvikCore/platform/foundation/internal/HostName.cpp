@@ -47,8 +47,8 @@ std::optional<std::string> asciiName(const std::string& name) {
   return utf8FromIcu(result);
 }
 
-/// The characters of RFC 3986, so that the address with the name can be read again. WHATWG allows a few more, which no
-/// name has.
+/// The characters of RFC 3986, so that the URL with the name can be read again. WHATWG allows a few more, which no name
+/// has.
 bool isAllowed(char c) {
   return isAsciiLetter(c) || isAsciiDigit(c) || std::string_view("-._~!$&'()*+,;=").find(c) != std::string_view::npos;
 }

@@ -1,4 +1,4 @@
-// NorvikCore/platform/foundation/internal/HostName.h - the canonical form in which the host of an address is stored and
+// NorvikCore/platform/foundation/internal/HostName.h - the canonical form in which the host of a URL is stored and
 // compared.
 //
 //   canonicalHost("WWW.Example.COM.");       // "www.example.com."

@@ -48,9 +48,9 @@ class NumberReader {
     bool hasFraction = false;
   };
   /// Strict reading accepts the formatter's own texts, with any number of digits. Lenient reading gives the same number
-  /// for them, because it tries strict reading first, also for the text without blanks around it. It also accepts white
-  /// space and marks of direction anywhere but between digits, another minus sign, "+", a number without one or both of
-  /// the texts around it, and grouping separators anywhere between two digits. If the separators are spaces or
+  /// for them, because it tries strict reading first, also for the text without white space around it. It also accepts
+  /// white space and marks of direction anywhere but between digits, another minus sign, "+", a number without one or
+  /// both of the texts around it, and grouping separators anywhere between two digits. If the separators are spaces or
   /// apostrophes, it accepts any space or the ASCII apostrophe for them.
   [[nodiscard]] std::optional<Reading> read(std::string_view text, bool isLenient) const;
 

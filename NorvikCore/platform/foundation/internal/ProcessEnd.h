@@ -17,8 +17,8 @@ namespace norvik::detail {
 /// ends the process, which may be any thread and may hold any lock.
 NK_EXPORT_FOR_TESTS void atProcessEnd(void (*function)());
 
-/// Calls those functions now, and again when the process ends. For a component that they need and whose libraries are
-/// finalised before this one. Call it at the end of the process only.
+/// Calls those functions now, and again when the process ends. For a component on which one of the functions depends
+/// and whose libraries are finalised before this one. Call it at the end of the process only.
 NK_EXPORT void callEndFunctions();
 
 /// Calls `function` at the very end, also in a child made by fork() if that ends by exit(). There is one such function.

@@ -1,5 +1,5 @@
-// NorvikCore/platform/foundation/internal/PublicSuffixes.h - the domains under which anyone can register a name
-// ("co.uk"), so that no host may set cookies for a whole one.
+// NorvikCore/platform/foundation/internal/PublicSuffixes.h - the domains under which anyone can register a name, such
+// as "co.uk". No host may set cookies for such a domain.
 //
 // The list is libpsl's: the newer of the distribution's file and the one that libpsl was built with. libpsl is loaded
 // when the first cookie with a Domain attribute is read. libcurl uses it in the same way. Synchronised.

@@ -4,7 +4,7 @@
 //   cookie->name;         // "lang"
 //   cookie->expires;      // now + 3600
 //
-// Only the line is read; whether it is acceptable depends on the address that it came from.
+// Only the line is read; whether it is acceptable depends on the URL that it came from.
 #pragma once
 
 #include <cstdint>
@@ -37,12 +37,12 @@ struct SetCookie {
 
 /// False if a cookie's name or value cannot hold the text.
 [[nodiscard]] bool isCookieText(std::string_view text);
-/// The same for its path, which comes from an address or a file and may hold ';'.
+/// The same for its path, which comes from a URL or a file and may hold ';'.
 [[nodiscard]] bool isCookiePath(std::string_view text);
 
-/// "/pay/slips" for the path "/pay/slips/april" of an address; "/" if it has no other folder.
+/// "/pay/slips" for the path "/pay/slips/april" of a URL; "/" if it has no other folder.
 [[nodiscard]] std::string defaultCookiePath(std::string_view path);
-/// Whether a cookie of `cookiePath` is sent to addresses with `path`.
+/// Whether a cookie of `cookiePath` is sent to URLs with `path`.
 [[nodiscard]] bool pathMatches(std::string_view path, std::string_view cookiePath);
 /// Whether `host` is `domain` or below it. Both must be canonical.
 [[nodiscard]] bool domainMatches(std::string_view host, std::string_view domain);

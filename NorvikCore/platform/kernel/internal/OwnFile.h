@@ -1,4 +1,4 @@
-// Files with a user's secrets: found, created and kept so that no other user can read them or substitute a file.
+// NorvikCore/platform/kernel/internal/OwnFile.h - files with a user's secrets, which no other user can read or replace.
 //
 // If a path leads through a folder that is writable by all users, such as /tmp, each folder, link and file below it
 // must belong to this user or to root, because any user could have put it there.

@@ -1,14 +1,15 @@
 // NorvikCore/platform/kernel/internal/TickClock.h - a wall clock for code that records the time now and converts it
 // later: recording costs a third of reading the clock.
 //
-//   TickClock clock;                              // before the first note
+//   TickClock clock;                              // before the first recorded time
 //   const std::uint64_t note = clock.now();       // any thread
 //   ...
 //   clock.read();                                 // one thread, from time to time
-//   clock.wallNanoseconds(note);                  // exact to a microsecond for notes since the last readings
+//   clock.wallNanoseconds(note);                  // exact to a microsecond for times since the last readings
 //
-// A note is the processor's counter if the kernel itself uses it as clock, else the wall clock. A note is converted by
-// its distance from the last reading: if the wall clock was set in between, the result is in the new time.
+// A recorded time is the value of the processor's counter if the kernel itself uses that as its clock, else the wall
+// clock. It is converted by its distance from the last reading. So if the wall clock was set in between, the result is
+// in the new time.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -7,7 +7,7 @@
 
 namespace norvik::detail {
 
-/// Never freed: there are at most as many as the classes state.
+/// Never freed, because there are at most as many as the keys that classes declare.
 struct ObservedKey {
   const Class& theClass;
   const NSString key;
@@ -15,7 +15,7 @@ struct ObservedKey {
   const std::vector<NSString> affecting;  ///< all keys that affect this one, directly or through others
 };
 
-/// Null for a key about which the class states nothing. Any thread; takes no lock if the key was requested recently.
+/// Null for a key that the class does not declare. Any thread; takes no lock if the key was requested recently.
 [[nodiscard]] const ObservedKey* observedKey(const Class& theClass, const NSString& key);
 
 }  // namespace norvik::detail
