@@ -1,7 +1,7 @@
 // NorvikCore/Categories/NSDate+Norvik_TaxYear.h - the tax year, tax month and tax week of a payroll date.
 //
-// The tax year of the United Kingdom begins on 6 April. Its months begin on the 6th of each calendar month, its weeks on
-// 6 April and every seventh day after it; week 53 has the last day, or the last two days of a year with 29 February.
+// The tax year of the United Kingdom begins on 6 April. Its months begin on the 6th of each calendar month, its weeks
+// on 6 April and every seventh day after it; week 53 has the last day, or the last two days of a year with 29 February.
 //
 //   Date payday = nk_dateWithYear(2024, 7, 5);
 //   nk_taxYear(payday);                                       // 2024, which is 2024-25
@@ -10,8 +10,8 @@
 //   nk_taxWeek(payday);                                       // 13
 //   nk_startOfTaxMonth(payday);                               // 2024-06-06
 //
-// Days are those of the default calendar (UTC), as in NSDate+Norvik.h. Every function is pure, takes constant time and is
-// safe on any thread.
+// Days are those of the default calendar (UTC), as in NSDate+Norvik.h. Every function is pure, takes constant time and
+// is safe on any thread.
 #pragma once
 
 #include "NorvikCore/platform/export.h"

@@ -27,9 +27,9 @@
 #include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/InChild.h"
 #include "tests/support/OnThreads.h"
+#include "tests/support/Sanitizers.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WarningRecorder.h"
-#include "tests/support/Sanitizers.h"
 
 namespace norvik {
 namespace {

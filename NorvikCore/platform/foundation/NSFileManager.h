@@ -77,9 +77,9 @@ class NK_EXPORT NSFileManager : public NSObject {
   /// Of the attributes only NSFilePosixPermissions and NSFileModificationDate are used.
   bool setAttributes(const NSDictionary& attributes, const NSString& ofItemAtPath, Ref<NSError>* error = nullptr);
 
-  /// Writes a file with that content (absent: empty). An existing file is replaced as a whole: after a failure, such as a
-  /// full disk, it has its old content. Its owner, permissions and extended attributes stay, a symbolic link too. Only a
-  /// file with hard links, a file in a folder that is not writable, and a pipe or device are written in place.
+  /// Writes a file with that content (absent: empty). An existing file is replaced as a whole: after a failure, such as
+  /// a full disk, it has its old content. Its owner, permissions and extended attributes stay, a symbolic link too.
+  /// Only a file with hard links, a file in a folder that is not writable, and a pipe or device are written in place.
   /// Attributes as for setAttributes().
   bool createFileAtPath(const NSString& path, const Ref<NSData>& contents,
                         const Ref<NSDictionary>& attributes = nullptr, Ref<NSError>* error = nullptr);

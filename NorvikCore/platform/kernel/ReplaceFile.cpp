@@ -71,8 +71,9 @@ int replaceFile(const std::string& path, std::string_view content) {
   FileStatus status;
   const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), free);
   const std::string target = resolved ? resolved.get() : path;
-  const bool isReplaceable = resolved && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) == 0 && readFileStatus(target, status) == 0 &&
-                             status.kind == FileKind::regular && status.links == 1;
+  const bool isReplaceable = resolved && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) == 0 &&
+                             readFileStatus(target, status) == 0 && status.kind == FileKind::regular &&
+                             status.links == 1;
   if (isReplaceable) {
     const std::size_t name = target.rfind('/') + 1;
     const std::string draft = target.substr(0, name) + "." + makeUUID().text() + ".new";

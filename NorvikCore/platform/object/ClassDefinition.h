@@ -59,8 +59,8 @@ class ClassRecord {
   AtomicWord<const Class*> known_;
 };
 
-/// Adds a property to a class that is declared elsewhere. If the class already has a property of that name, it keeps that
-/// one, and a line on the system console reports it.
+/// Adds a property to a class that is declared elsewhere. If the class already has a property of that name, it keeps
+/// that one, and a line on the system console reports it.
 struct NK_EXPORT CategoryProperty {
   CategoryProperty(const Class& extended, const Statement& statement);
 };

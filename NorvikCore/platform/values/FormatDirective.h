@@ -14,9 +14,9 @@
 //   p                        pointers and objects
 //   %                        nothing: a percent sign
 //
-// The flag ' (grouping) is accepted and has no effect: a formatter groups digits as the locale does. Length modifiers (h, hh, l, ll, q, L, z, t, j) are accepted and have no effect, because the argument's own type
-// decides. Everything here is constexpr: the compiler parses a literal with the same code that parses a run-time
-// format.
+// The flag ' (grouping) is accepted and has no effect: a formatter groups digits as the locale does. Length modifiers
+// (h, hh, l, ll, q, L, z, t, j) are accepted and have no effect, because the argument's own type decides. Everything
+// here is constexpr: the compiler parses a literal with the same code that parses a run-time format.
 #pragma once
 
 #include "NorvikCore/platform/export.h"  // rejects language versions below C++20 with one error

@@ -33,7 +33,8 @@ concept SystemTimePoint = requires(const T& point) {
 
 /// std::chrono's months and years are average lengths, 30.4 and 365.2 days, which no calendar date is apart.
 template <class T>
-inline constexpr bool isCalendarUnit = T::period::den == 1 && (T::period::num == 2'629'746 || T::period::num == 31'556'952);
+inline constexpr bool isCalendarUnit = T::period::den == 1 &&
+                                       (T::period::num == 2'629'746 || T::period::num == 31'556'952);
 
 /// A length of time. Character and boolean types are excluded.
 template <class T>

@@ -22,8 +22,8 @@
 #include "NorvikCore/platform/kernel/Directory.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "tests/support/InChild.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Sanitizers.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace norvik {
 namespace {

@@ -14,8 +14,8 @@
 #include "Follow.h"
 #include "tests/programs/norvik-log/ReaderProgram.h"
 #include "tests/support/ChildProgram.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Sanitizers.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace norvik_log_test {
 namespace {

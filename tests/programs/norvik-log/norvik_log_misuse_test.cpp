@@ -15,8 +15,8 @@
 #include "tests/programs/norvik-log/ReaderProgram.h"
 #include "tests/programs/norvik-log/UnreadPipe.h"
 #include "tests/support/AnotherUser.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Sanitizers.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace norvik_log_test {
 namespace {

@@ -20,8 +20,8 @@
 #include "tests/programs/norvik-log/StrictJson.h"
 #include "tests/support/ChildProgram.h"
 #include "tests/support/PostgresServer.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Sanitizers.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace norvik_log_test {
 namespace {
