@@ -9,6 +9,7 @@
 #include "NorvikCore/platform/values/Decimal_fmt.h"
 #include "NorvikCore/platform/values/NSNumber_fmt.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <ranges>

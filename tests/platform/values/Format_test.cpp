@@ -306,7 +306,7 @@ TEST(Format, PointersShowTheirAddress) {
 TEST(Format, PlainNumbersAreShownAsNSNumberShowsThem) {
   EXPECT_EQ(stringWithFormat("%@ %@ %@", 5, -7L, std::numeric_limits<std::uint64_t>::max()),
             "5 -7 18446744073709551615");
-  EXPECT_EQ(stringWithFormat("%@ %@ %@ %@", 1.5, 0.1F, 1e300, true), "1.5 0.1 1e+300 1");
+  EXPECT_EQ(stringWithFormat("%@ %@ %@ %@", 1.5, 0.25F, 1e300, true), "1.5 0.25 1e+300 1");
   EXPECT_EQ(stringWithFormat("[%6@] [%-3@] [%.2@]", 12, false, 3456), "[    12] [0  ] [34]");
   EXPECT_EQ(stringWithFormat("%@", std::optional<int>()), "(null)");
 }
