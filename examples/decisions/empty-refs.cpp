@@ -19,7 +19,7 @@ class Payslip : public NSObject {
 int main() {
   auto slip = make<Payslip>();  // its employee is an empty Ref
 
-  // slip->employee()->name() would be a call of a null pointer: the program ends with a segmentation fault.
+  // slip->employee()->name() would be a call through an empty Ref, which ends the program.
   if (const Ref<Employee> employee = slip->employee()) std::cout << employee->name() << "\n";
 
   // Reading by name along a path that breaks off gives an absent value.
