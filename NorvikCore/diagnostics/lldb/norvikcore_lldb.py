@@ -34,7 +34,7 @@ OFFSETS = {
     'norvik::detail::QueueCore::label_': 208,
     'norvik::detail::SerialQueue::inbox_': 256,
     'norvik::detail::SerialQueue::ready_': 320,
-    'norvik::detail::SideRecord::object_': 32,
+    'norvik::detail::SideRecord::object_': 40,
     'norvik::TSKDispatchQueue::queue_': 24,
 }
 ABSENT = '(null)'

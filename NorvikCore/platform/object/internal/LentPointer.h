@@ -51,6 +51,7 @@ class NK_CAPABILITY("mutex") LentPointer {
   }
   /// Sets the pointer.
   void unlock(NSObject* object) noexcept NK_RELEASE() {
+    visible_ = object;
     release_.store(word_, std::uint64_t{reinterpret_cast<std::uintptr_t>(object)}, half());
     kernel::detail::releaseForksHere();
   }
@@ -112,6 +113,7 @@ class NK_CAPABILITY("mutex") LentPointer {
 
   std::atomic<std::uint64_t> word_{0};
   PlainRelease release_;
+  NSObject* visible_ = nullptr;  ///< for leak checkers, which do not see an address beside a number of loans
 };
 
 }  // namespace norvik::detail
