@@ -125,8 +125,9 @@ payrun computes an employer's payslips for a tax month from three files."
   SUGGESTS libnorvikcore-doc)
 norvik_package(documentation libnorvikcore-doc doc
   SUMMARY "core library of UK payroll applications (documentation)"
-  DESCRIPTION "${about}\n\nThis package contains a tutorial, a page for each subsystem, the reference pages
-of the public headers, and the sources of the examples.")
+  DESCRIPTION "${about}\n\nThis package contains a tutorial, a page for each
+subsystem, the reference pages of the public headers, and the sources of
+the examples.")
 if(TARGET reference)  # it is installed as a part of this component
   add_dependencies(packaged reference)
 endif()
