@@ -8,6 +8,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <memory>
@@ -59,6 +60,11 @@ int writeDraft(const std::string& draft, std::string_view content, const std::st
   return error;
 }
 
+/// The file has an access list, which says more than its permissions.
+bool hasAccessList(const std::string& path) {
+  return getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+}
+
 /// The process may write the file, but not make another one like it.
 bool isForbidden(int error) { return error == EACCES || error == EPERM || error == ENAMETOOLONG; }
 
@@ -73,7 +79,7 @@ int replaceFile(const std::string& path, std::string_view content) {
   const std::string target = resolved ? resolved.get() : path;
   const bool isReplaceable = resolved && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) == 0 &&
                              readFileStatus(target, status) == 0 && status.kind == FileKind::regular &&
-                             status.links == 1;
+                             status.links == 1 && !hasAccessList(target);
   if (isReplaceable) {
     const std::size_t name = target.rfind('/') + 1;
     const std::string draft = target.substr(0, name) + "." + makeUUID().text() + ".new";

@@ -19,8 +19,9 @@ namespace norvik::kernel {
 /// reader that has the file open keeps the old content.
 ///
 /// The content is written into the existing file, which a failure then leaves incomplete, if replacing it would change
-/// more than its content: a file with several names (hard links), a pipe or device, a file whose owner or group the
-/// process may not give to another file, and a file in a folder in which the process may not create one.
+/// more than its content: a file with several names (hard links) or an access list, a pipe or device, a file whose
+/// owner or group the process may not give to another file, and a file in a folder in which the process may not create
+/// one.
 [[nodiscard]] NK_EXPORT_FOR_TESTS int replaceFile(const std::string& path, std::string_view content);
 
 }  // namespace norvik::kernel

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -114,6 +115,24 @@ TEST_P(ReplaceFile, AllNamesOfAFileHaveTheNewContent) {
   ASSERT_EQ(link(path.c_str(), other.c_str()), 0);
   EXPECT_EQ(kernel::replaceFile(path, "new"), 0);
   EXPECT_EQ(wholeTextOf(other), "new");
+}
+
+TEST_P(ReplaceFile, AnAccessListStays) {
+  ASSERT_EQ(kernel::replaceFile(path, "a longer old content"), 0);
+  // Version 2; read and write for the owner, read for the user 1234, nothing for the group, a mask, nothing for others.
+  constexpr std::string_view list(
+      "\2\0\0\0"
+      "\1\0\6\0\xff\xff\xff\xff\2\0\4\0\xd2\4\0\0\4\0\0\0\xff\xff\xff\xff"
+      "\20\0\4\0\xff\xff\xff\xff\40\0\0\0\xff\xff\xff\xff",
+      44);
+  constexpr const char* name = "system.posix_acl_access";
+  if (setxattr(path.c_str(), name, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "no access lists here";
+  EXPECT_EQ(kernel::replaceFile(path, "new"), 0);
+  EXPECT_EQ(wholeTextOf(path), "new");
+  char kept[64];
+  const ssize_t size = getxattr(path.c_str(), name, kept, sizeof kept);
+  ASSERT_GT(size, 0);
+  EXPECT_EQ(std::string_view(kept, static_cast<std::size_t>(size)), list);
 }
 
 TEST_P(ReplaceFile, ADanglingLinkGetsItsTarget) {

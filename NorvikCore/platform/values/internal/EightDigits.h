@@ -62,12 +62,12 @@ inline std::uint64_t marksOfOthers(std::uint64_t digits) noexcept {
   return (((digits & everyByte * 0x7F) + everyByte * (0x7F - 9)) | digits) & everyByte * 0x80;
 }
 
-/// How many bytes are below the first one that is not 0.
+/// The number of zero bytes below the lowest byte that is not zero.
 inline int bytesBelow(std::uint64_t word) noexcept { return std::countr_zero(word) / 8; }
 inline int bytesBelow(UInt128 word) noexcept {
   return low64(word) != 0 ? bytesBelow(low64(word)) : 8 + bytesBelow(high64(word));
 }
-/// How many bytes are above the last one that is not 0.
+/// The number of zero bytes above the highest byte that is not zero.
 inline int bytesAbove(std::uint64_t word) noexcept { return std::countl_zero(word) / 8; }
 
 /// The number of which a word has the digits.
