@@ -16,7 +16,7 @@ namespace norvik::kernel {
 /// The new content of an existing regular file is written to a temporary file in the same folder, synchronized with the
 /// disk, given the owner, permissions and attributes of the old file, and renamed over it. So after a failure, and
 /// after a crash, the file has its old content or the new one. A symbolic link stays, and its target is replaced. A
-/// reader that has the file open keeps the old content.
+/// reader that has the file open keeps the old content. A crash may leave the temporary file, named ".UUID.new".
 ///
 /// The content is written into the existing file, which a failure then leaves incomplete, if replacing it would change
 /// more than its content: a file with several names (hard links) or an access list, a pipe or device, a file whose
