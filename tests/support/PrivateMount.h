@@ -7,8 +7,10 @@
 #pragma once
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -60,10 +62,20 @@ class PrivateMount {
         put("/proc/self/setgroups", "deny");
         put("/proc/self/uid_map", std::to_string(user) + " " + std::to_string(user) + " 1");
         put("/proc/self/gid_map", std::to_string(group) + " " + std::to_string(group) + " 1");
+        if (!keepOnlyMounting()) return false;
       }
       return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     }();
     return entered;
+  }
+
+  // The owner of a namespace has all capabilities in it: the tests that follow could write files that they may not
+  // write.
+  static bool keepOnlyMounting() {
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3] = {};
+    sets[0].effective = sets[0].permitted = 1U << CAP_SYS_ADMIN;
+    return syscall(SYS_capset, &header, sets) == 0;
   }
 
   static void put(const char* path, const std::string& text) {
