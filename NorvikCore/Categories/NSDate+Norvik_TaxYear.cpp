@@ -3,6 +3,8 @@
 #include "NorvikCore/Categories/NSDate+Norvik.h"
 #include "NorvikCore/platform/values/Format.h"
 
+#include <algorithm>
+
 namespace norvik {
 namespace {
 
@@ -34,5 +36,17 @@ Date nk_startOfTaxYear(Date date) noexcept { return nk_dateWithYear(nk_taxYear(d
 Date nk_startOfTaxMonth(Date date) noexcept { return nk_addDays(calendarMonth(date), firstDay - 1); }
 
 Date nk_startOfTaxWeek(Date date) noexcept { return nk_addDays(nk_startOfDay(date), -(dayOfTaxYear(date) % 7)); }
+
+Date nk_startOfLastDayOfTaxYear(Date date) noexcept {
+  return nk_dateWithYear(nk_taxYear(date) + 1, firstMonth, firstDay - 1);
+}
+
+Date nk_startOfLastDayOfTaxMonth(Date date) noexcept {
+  return nk_addDays(nk_addMonths(calendarMonth(date), 1), firstDay - 2);
+}
+
+Date nk_startOfLastDayOfTaxWeek(Date date) noexcept {
+  return std::min(nk_addDays(nk_startOfTaxWeek(date), 6), nk_startOfLastDayOfTaxYear(date));
+}
 
 }  // namespace norvik

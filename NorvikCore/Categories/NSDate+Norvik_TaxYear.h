@@ -9,6 +9,7 @@
 //   nk_taxMonth(payday);                                      // 3: 6 June to 5 July
 //   nk_taxWeek(payday);                                       // 13
 //   nk_startOfTaxMonth(payday);                               // 2024-06-06
+//   nk_startOfLastDayOfTaxMonth(payday);                      // 2024-07-05
 //
 // Days are those of the default calendar (UTC), as in NSDate+Norvik.h. Every function is pure, takes constant time and
 // is safe on any thread.
@@ -32,5 +33,10 @@ namespace norvik {
 [[nodiscard]] NK_EXPORT Date nk_startOfTaxYear(Date date) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_startOfTaxMonth(Date date) noexcept;
 [[nodiscard]] NK_EXPORT Date nk_startOfTaxWeek(Date date) noexcept;
+
+// 00:00:00 UTC of the last day. Week 53 ends with the tax year, after one or two days.
+[[nodiscard]] NK_EXPORT Date nk_startOfLastDayOfTaxYear(Date date) noexcept;
+[[nodiscard]] NK_EXPORT Date nk_startOfLastDayOfTaxMonth(Date date) noexcept;
+[[nodiscard]] NK_EXPORT Date nk_startOfLastDayOfTaxWeek(Date date) noexcept;
 
 }  // namespace norvik

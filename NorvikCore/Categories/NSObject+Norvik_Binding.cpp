@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSError.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
 
 #include <vector>
 
@@ -19,6 +20,8 @@ void applyToken(const NSString& token, NSMutableDictionary& options) {
     options.setObject(true, NSValidatesImmediatelyBindingOption);
   } else if (token == "update") {
     options.setObject(true, NSContinuouslyUpdatesValueBindingOption);
+  } else if (!token.empty()) {
+    NSLog("NKBind: \"%@\" is not one of the tokens \"readOnly\", \"validate\" and \"update\"; it is ignored", token);
   }
 }
 

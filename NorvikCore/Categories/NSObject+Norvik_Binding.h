@@ -12,11 +12,12 @@
 // KeyValueBinding.h describes bindings, which objects they keep alive and which threads they run on. Under the key
 // NKBind the options of a binding may hold a text of tokens, separated by ";":
 //
-//   "readOnly"   the binding leaves the keys "editable" and "enabled" of its receiver unchanged
-//   "validate"   a value is validated before it is written to the observed object
-//   "update"     asks the view to commit at each edit
+//   "readOnly"   the binding does not set the properties "editable" and "enabled" of its receiver
+//   "validate"   before a value is written to the observed object, that object's validation method checks it
+//   "update"     the view writes back at each edit, not only when editing ends
 //
-// Tokens are compared exactly: " validate" with a leading space is not a token. Unknown tokens are ignored.
+// Tokens are compared exactly: " validate" with a leading space is not a token. An unknown token is ignored, and the
+// system console receives a line that names it.
 #pragma once
 
 #include "NorvikCore/Categories/NKBlockValueTransformer.h"

@@ -5,8 +5,8 @@
 //   formatter->stringFromNumber(1234.5_dec);      // "1,234.50" in a British locale
 //
 // While the user types, only the length is limited: an edit that would exceed maxLength() is cut to the characters that
-// still fit. Characters, sign and bounds are checked by lenient reading when the field commits. The value read is an
-// integer or a double; it is a Decimal if a double would have other digits ("12345678901234567.89").
+// still fit. Characters, sign and bounds are checked by lenient reading when the field commits. The result of reading
+// is an integer or a double, or a Decimal if a double cannot hold all digits ("12345678901234567.89").
 //
 // Threads: confined to the thread of its field.
 #pragma once
@@ -31,8 +31,10 @@ class NK_EXPORT NKDecimalFormatter : public NSNumberFormatter {
   /// keep the platform's defaults: the user's locale, half to even.
   virtual void setup();
 
-  /// Sets the upper bound. If L is the length of the bound's plain text, including sign and point, the greatest number
-  /// of integer digits becomes L and maxLength() becomes L + L / 3 + 4. An absent bound leaves both unchanged.
+  /// Sets the upper bound, and limits the field to what the bound needs. If L is the length of the bound's plain text,
+  /// including sign and point, the greatest number of integer digits becomes L. maxLength() becomes L + L / 3 + 4,
+  /// which leaves room for separators, a sign and two fraction digits: 1000 gives 9. An absent bound leaves both
+  /// unchanged.
   void setMaximum(std::optional<NSNumber> maximum) override;
 
   /// Decodes as the platform does, then calls setup(), which overwrites the encoded values of the settings it makes.

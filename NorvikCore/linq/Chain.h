@@ -198,6 +198,8 @@ template <class Predicate>
 [[nodiscard]] auto linq_count(Predicate&& predicate) {
   return detail::CountStep<std::decay_t<Predicate>>{{}, std::forward<Predicate>(predicate)};
 }
+/// The number of elements.
+[[nodiscard]] inline auto linq_count() { return detail::CountStep<std::nullptr_t>{{}, nullptr}; }
 [[nodiscard]] inline auto linq_sumForKey(const NSString& key) {
   return detail::wholeStep([key](const auto& it) mutable { return linq_sumForKey(it, key); });
 }

@@ -51,6 +51,16 @@ class Chain {
   template <class E>
   requires(!isOfValues) operator std::vector<E>() && { return std::move(*this).run(CollectSink<E>()); }
 
+  template <class Loop = void>
+  Value* begin() const {
+    static_assert(isNever<Loop>, "a chain cannot be iterated over: keep its result, as a Ref, and iterate over that");
+    return nullptr;
+  }
+  template <class Loop = void>
+  Value* end() const {
+    return nullptr;
+  }
+
   template <class Step>
   auto then(Step step) && {
     static_assert(std::is_base_of_v<AnyStepOfAChain, Step>, "a step of a chain is a query without its receiver");

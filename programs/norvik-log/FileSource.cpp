@@ -328,6 +328,7 @@ void FileSource::open() {
   // Files such as those in /proc have a size of 0 although they have content.
   if (S_ISREG(status.st_mode) && status.st_size > 0) {
     ::posix_fadvise(descriptor_, 0, 0, POSIX_FADV_SEQUENTIAL);
+    if (reading_.filter.level) noteMissingLevel();
     parallel_ = std::make_unique<Parallel>(descriptor_, status.st_size, path_, reading_);
   } else {
     sequential_ = std::make_unique<Sequential>(descriptor_, path_, reading_);
@@ -335,6 +336,18 @@ void FileSource::open() {
 }
 
 void FileSource::reportOutput() { reading_.troubles.report(path_, "is also the output, and is left out"); }
+
+void FileSource::noteMissingLevel() const {
+  char head[1024];
+  const ssize_t size = ::pread(descriptor_, head, sizeof head, 0);
+  if (size <= 0) return;
+  const std::string_view bytes(head, static_cast<std::size_t>(size));
+  const std::string_view line = bytes.substr(0, bytes.find('\n'));
+  const std::optional<HeadTime> time = headTime(line.data(), line.data() + line.size());
+  if (time && recordOf(line, *time).flag == 0) {
+    reading_.troubles.note(path_, "the first message has no level; --level shows only messages that have one");
+  }
+}
 
 void FileSource::close() noexcept {
   if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));

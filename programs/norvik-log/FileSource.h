@@ -46,6 +46,8 @@ class FileSource : public LogSource {
 
   void open();
   void reportOutput();
+  /// Tells a user who filters by level that the file is of a form without levels.
+  void noteMissingLevel() const;
   void close() noexcept;
 
   const std::string& path_;

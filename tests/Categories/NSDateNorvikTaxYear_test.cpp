@@ -15,6 +15,7 @@ TEST(NSDateNorvikTaxYear, HeaderExample) {
   EXPECT_EQ(nk_taxMonth(payday), 3);
   EXPECT_EQ(nk_taxWeek(payday), 13);
   EXPECT_EQ(nk_startOfTaxMonth(payday), "2024-06-06"_date);
+  EXPECT_EQ(nk_startOfLastDayOfTaxMonth(payday), "2024-07-05"_date);
 }
 
 TEST(NSDateNorvikTaxYear, BothSidesOfEachBoundary) {
@@ -44,6 +45,29 @@ TEST(NSDateNorvikTaxYear, BothSidesOfEachBoundary) {
     EXPECT_EQ(nk_startOfTaxYear(row.date), nk_dateWithYear(row.year, 4, 6)) << row.date;
     EXPECT_EQ(nk_taxMonth(row.date + 86399.5), row.month) << "the end of the day, " << row.date;
     EXPECT_EQ(nk_startOfTaxWeek(row.date + 86399.5), row.weekStart) << row.date;
+  }
+}
+
+TEST(NSDateNorvikTaxYear, LastDays) {
+  const struct {
+    Date date, year, month, week;
+  } rows[] = {
+      {"2024-04-05"_date, "2024-04-05"_date, "2024-04-05"_date, "2024-04-05"_date},
+      {"2024-04-04"_date, "2024-04-05"_date, "2024-04-05"_date, "2024-04-05"_date},
+      {"2024-04-03"_date, "2024-04-05"_date, "2024-04-05"_date, "2024-04-03"_date},
+      {"2024-04-06"_date, "2025-04-05"_date, "2024-05-05"_date, "2024-04-12"_date},
+      {"2024-12-31"_date, "2025-04-05"_date, "2025-01-05"_date, "2025-01-03"_date},
+      {"2025-01-05"_date, "2025-04-05"_date, "2025-01-05"_date, "2025-01-10"_date},
+      {"2025-01-06"_date, "2025-04-05"_date, "2025-02-05"_date, "2025-01-10"_date},
+      {"2025-04-05"_date, "2025-04-05"_date, "2025-04-05"_date, "2025-04-05"_date},
+      {"0700-01-01"_date, "0700-04-05"_date, "0700-01-05"_date, "0700-01-03"_date},
+  };
+  for (const auto& row : rows) {
+    for (const Date time : {row.date, row.date + 86399.5}) {
+      EXPECT_EQ(nk_startOfLastDayOfTaxYear(time), row.year) << time;
+      EXPECT_EQ(nk_startOfLastDayOfTaxMonth(time), row.month) << time;
+      EXPECT_EQ(nk_startOfLastDayOfTaxWeek(time), row.week) << time;
+    }
   }
 }
 

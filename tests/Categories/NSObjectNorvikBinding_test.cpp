@@ -1,9 +1,11 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 #include "NorvikCore/platform/appkit/NSTableCellView.h"
 #include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/platform/appkit/BindingModels.h"
 #include "tests/support/ExpectRaises.h"
 
@@ -90,6 +92,15 @@ TEST(NSObjectNorvikBinding, OnlyATextHoldsTokens) {
 }
 
 // Binding.
+
+TEST(NSObjectNorvikBinding, AnUnknownTokenIsIgnoredAndNamedOnTheConsole) {
+  const auto field = make<BoundField>();
+  const kernel::SystemLogCapture console;
+  EXPECT_EQ(nk_processBindOptions(*field, tokens("Validate;; validate;validate"))->count(), 1u);
+  const char* end = "\" is not one of the tokens \"readOnly\", \"validate\" and \"update\"; it is ignored";
+  EXPECT_THAT(console.lines(), ::testing::ElementsAre(std::string("NKBind: \"Validate") + end,
+                                                      std::string("NKBind: \" validate") + end));
+}
 
 TEST(NSObjectNorvikBinding, BindsWithProcessedOptions) {
   auto slip = make<BoundSlip>();

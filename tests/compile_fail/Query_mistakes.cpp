@@ -36,5 +36,7 @@ void mistake(const Ref<NSArray>& array, const std::vector<Line>& lines) {
   const Ref<NSArray> texts = linq_where(*array, [](const Value&, const Value&) { return true; });
 #elif SHOULD_NOT_COMPILE == 8  // a predicate answers with a bool
   const Ref<NSArray> texts = linq_where(*array, [](const Value&) { return std::optional<bool>(false); });
+#elif SHOULD_NOT_COMPILE == 9  // a chain cannot be iterated over: keep its result, as a Ref, and iterate over that
+  for (const Value& each : array | linq_where(isText)) static_cast<void>(each);
 #endif
 }

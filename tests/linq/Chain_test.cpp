@@ -83,6 +83,7 @@ TEST(Chain, EveryQueryOverArraysIsAStep) {
   EXPECT_FALSE(numbers | linq_any([](int each) { return each > 3; }));
   EXPECT_EQ(numbers | linq_firstOrNil([](int each) { return each < 3; }), Value(1));
   EXPECT_EQ(numbers | linq_count([](int each) { return each == 3; }), 2u);
+  EXPECT_EQ(numbers | linq_where([](int each) { return each == 3; }) | linq_count(), 2u);
   EXPECT_EQ(numbers | linq_aggregate([](int next, int running) { return running * 10 + next; }), Value(3123));
   EXPECT_EQ(text(NSArray::arrayWithObjects(1, "a") | linq_ofType<NSString>() | linq_toArray()), "[a]");
   const Ref<NSArray> payslips = slips();

@@ -49,7 +49,7 @@ Value unite(const NSArray& elements, const NSString& path, bool isDistinct) {
 }
 
 /// The elements of the elements.
-Ref<NSArray> flattened(const NSArray& collections) {
+Ref<NSArray> flattened(const NSArray& collections, const NSString& keyPath) {
   std::vector<Value> elements;
   for (const Value& each : collections) {
     if (const auto* array = each.object<NSArray>()) {
@@ -57,7 +57,8 @@ Ref<NSArray> flattened(const NSArray& collections) {
     } else if (const auto* set = each.object<NSSet>()) {
       elements.insert(elements.end(), set->begin(), set->end());
     } else if (!each.isNull()) {
-      raiseElement(each, NSArray::staticClass());
+      NSException::raise(NSInvalidArgumentException, "\"" + keyPath + "\" unites collections, and an element is a " +
+                                                         each.classObject().distinctName().str());
     }
   }
   return make<NSArray>(std::move(elements));
@@ -76,8 +77,8 @@ Value applyOperator(const NSArray& elements, const NSString& keyPath) {
     if (name == "@min") return extreme(elements, path, NSOrderedAscending);
     if (name == "@unionOfObjects") return unite(elements, path, false);
     if (name == "@distinctUnionOfObjects") return unite(elements, path, true);
-    if (name == "@unionOfArrays") return unite(*flattened(elements), path, false);
-    if (name == "@distinctUnionOfArrays") return unite(*flattened(elements), path, true);
+    if (name == "@unionOfArrays") return unite(*flattened(elements, keyPath), path, false);
+    if (name == "@distinctUnionOfArrays") return unite(*flattened(elements, keyPath), path, true);
   }
   NSException::raise(NSInvalidArgumentException,
                      "\"" + keyPath + "\" is not a collection operator that is followed by a key path");

@@ -126,7 +126,11 @@ TEST(NorvikLog, FiltersTogether) {
 TEST(NorvikLog, MergesSourcesByTimeWhateverTheirForm) {
   const TemporaryFolder folder;
   const std::string a = folder.write("a.log", lineLog), b = folder.write("b.log", defaultLog);
-  EXPECT_EQ(runReader({a, b, "-l", "verbose"}).out, lineLog);
+  const Result levelled = runReader({a, b, "-l", "verbose"});
+  EXPECT_EQ(levelled.out, lineLog);
+  EXPECT_EQ(levelled.err,
+            "norvik-log: " + b + ": the first message has no level; --level shows only messages that have one\n");
+  EXPECT_EQ(levelled.status, 0);
   EXPECT_EQ(runReader({b, a}).out, "2021/05/10 14:00:00:000  local first\n  and its second line\n" +
                                        lineLog.substr(0, lineLog.find("2021-05-10T14")) +
                                        "2021/05/10 14:45:00:000  local second\n" +
