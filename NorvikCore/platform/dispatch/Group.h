@@ -37,6 +37,11 @@ template <detail::ChronoDuration Duration>
 std::intptr_t dispatch_group_wait(const dispatch_group_t& group, const Duration& timeout) {
   return dispatch_group_wait(group, dispatch_time(DISPATCH_TIME_NOW, timeout));
 }
+/// Waits until a Date, or until a time of std::chrono's system clock, at most.
+template <detail::WallInstant Instant>
+std::intptr_t dispatch_group_wait(const dispatch_group_t& group, const Instant& deadline) {
+  return dispatch_group_wait(group, dispatch_walltime(deadline));
+}
 template <detail::PlainNumber Number>
 std::intptr_t dispatch_group_wait(const dispatch_group_t&, Number) {
   static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");

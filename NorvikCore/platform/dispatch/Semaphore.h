@@ -36,6 +36,11 @@ template <detail::ChronoDuration Duration>
 std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, const Duration& timeout) {
   return dispatch_semaphore_wait(semaphore, dispatch_time(DISPATCH_TIME_NOW, timeout));
 }
+/// Waits until a Date, or until a time of std::chrono's system clock, at most.
+template <detail::WallInstant Instant>
+std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, const Instant& deadline) {
+  return dispatch_semaphore_wait(semaphore, dispatch_walltime(deadline));
+}
 template <detail::PlainNumber Number>
 std::intptr_t dispatch_semaphore_wait(const dispatch_semaphore_t&, Number) {
   static_assert(!sizeof(Number), "a plain number is no time: write a duration, such as 2s");

@@ -51,6 +51,10 @@ class Date {
   [[nodiscard]] static constexpr Date dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept {
     return Date(seconds);
   }
+  template <detail::ChronoDuration Duration>
+  [[nodiscard]] static constexpr Date dateWithTimeIntervalSinceReferenceDate(const Duration& duration) noexcept {
+    return Date(detail::inSecondsWithOffset(duration, 0));
+  }
   [[nodiscard]] static constexpr Date dateWithTimeIntervalSince1970(NSTimeInterval seconds) noexcept {
     return Date(seconds - NSTimeIntervalSince1970);
   }

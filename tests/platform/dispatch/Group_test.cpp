@@ -43,6 +43,8 @@ TEST_F(Group, AWaitGivesUpAtItsTime) {
   EXPECT_NE(dispatch_group_wait(group, DISPATCH_TIME_NOW), 0);
   EXPECT_NE(dispatch_group_wait(group, dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_MSEC)), 0);
   EXPECT_NE(dispatch_group_wait(group, dispatch_walltime(nullptr, NSEC_PER_MSEC)), 0);
+  EXPECT_NE(dispatch_group_wait(group, std::chrono::system_clock::now() + std::chrono::milliseconds(1)), 0);
+  EXPECT_NE(dispatch_group_wait(group, Date(std::chrono::system_clock::now())), 0);
   dispatch_group_leave(group);
   EXPECT_EQ(dispatch_group_wait(group, DISPATCH_TIME_NOW), 0);
 }

@@ -40,6 +40,19 @@ TEST_F(Semaphore, AWaitGivesUpAtItsTimeAndTakesNothing) {
   EXPECT_EQ(dispatch_semaphore_wait(permits, DISPATCH_TIME_NOW), 0);
 }
 
+TEST_F(Semaphore, AWaitMayBeLimitedByAnInstant) {
+  auto permits = dispatch_semaphore_create(1);
+  const auto past = std::chrono::system_clock::now() - std::chrono::hours(1);
+  const auto soon = [] { return std::chrono::system_clock::now() + std::chrono::milliseconds(5); };
+  EXPECT_EQ(dispatch_semaphore_wait(permits, past), 0) << "a permit is taken at once";
+  EXPECT_NE(dispatch_semaphore_wait(permits, past), 0);
+  EXPECT_NE(dispatch_semaphore_wait(permits, Date(past)), 0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_NE(dispatch_semaphore_wait(permits, soon()), 0);
+  EXPECT_NE(dispatch_semaphore_wait(permits, Date(soon())), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9));
+}
+
 TEST_F(Semaphore, AWaitMayBeLimitedByADuration) {
   auto none = dispatch_semaphore_create(0);
   EXPECT_NE(dispatch_semaphore_wait(none, std::chrono::milliseconds(1)), 0);

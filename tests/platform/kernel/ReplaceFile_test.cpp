@@ -15,6 +15,8 @@
 
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
+#include "tests/support/AnotherUser.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace norvik {
@@ -162,11 +164,15 @@ TEST_P(ReplaceFile, AFileInAFolderWithoutRoomForOthersIsWrittenInPlace) {
 }
 
 TEST_P(ReplaceFile, AFileThatIsNotWritableIsRefused) {
-  if (geteuid() == 0) GTEST_SKIP() << "root may write every file";
-  ASSERT_EQ(kernel::replaceFile(path, "old"), 0);
-  ASSERT_EQ(chmod(path.c_str(), 0400), 0);
-  EXPECT_EQ(kernel::replaceFile(path, "new"), EACCES);
-  EXPECT_EQ(wholeTextOf(path), "old");
+  RUN_IN_CHILD({
+    if (geteuid() == 0) {  // root may write every file
+      ASSERT_TRUE(norvik::test::becomeUserWithoutRights(folder.path()));
+    }
+    ASSERT_EQ(kernel::replaceFile(path, "old"), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0400), 0);
+    EXPECT_EQ(kernel::replaceFile(path, "new"), EACCES);
+    EXPECT_EQ(wholeTextOf(path), "old");
+  });
 }
 
 }  // namespace

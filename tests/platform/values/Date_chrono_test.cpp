@@ -86,6 +86,7 @@ TEST(DateChrono, DurationsAreIntervals) {
   constexpr Date start = "2021-04-06"_date;
   static_assert(start.dateByAddingTimeInterval(36h) == "2021-04-07 12:00:00 +0000"_date);
   static_assert(Date::dateWithTimeIntervalSince1970(std::chrono::days{1}) == "1970-01-02"_date);
+  static_assert(Date::dateWithTimeIntervalSinceReferenceDate(std::chrono::hours{36}) == "2001-01-02"_date + 43200);
   static_assert(Date::dateWithTimeIntervalSince1970(86400) == "1970-01-02"_date);
   EXPECT_EQ(start.dateByAddingTimeInterval(250ms).timeIntervalSinceDate(start), 0.25);
 }

@@ -191,16 +191,6 @@ TEST(NorvikLog, SaysWhatCannotBeReadAndGoesOn) {
                             ": has no log files; their names begin with \"log-\" and six characters of 0-9 and A-F\n");
 }
 
-TEST(NorvikLog, SaysThatPermissionIsRefused) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root may read everything";
-  const TemporaryFolder folder;
-  const std::string log = folder.write("a.log", lineLog);
-  ::chmod(log.c_str(), 0);
-  const Result result = runReader({log});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.err, "norvik-log: " + log + ": cannot be opened: Permission denied\n");
-}
-
 TEST(NorvikLog, PassesOverWhatIsNoFileInAFolder) {
   const TemporaryFolder folder;
   folder.write("log-ABCDEF.txt", lineLog);
