@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <string>
@@ -616,22 +617,34 @@ struct NSNumberFormatter::Engine {
     return false;
   }
 
-  [[nodiscard]] std::optional<NSNumber> numberFrom(const NSString& text) const {
-    if (const auto reading = reader->read(text.view(), isLenient)) {
-      return accepted(reading->number, reading->hasFraction);
-    }
-    if (!words) return std::nullopt;
+  /// The result of `use` for the number in the text and whether it has a fraction; otherwise a default result.
+  template <class Use>
+  [[nodiscard]] auto withNumberIn(const NSString& text, Use use) const -> decltype(use(NSNumber(), false)) {
+    if (const auto reading = reader->read(text.view(), isLenient)) return use(reading->number, reading->hasFraction);
+    if (!words) return {};
     const auto number = numberInWords(text);
-    if (!number) return std::nullopt;
+    if (!number) return {};
     const Decimal decimal = number->decimalValue();
-    return accepted(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
+    return use(*number, decimal.isNaN() || decimal != Decimal(decimal.longLongValue()));
   }
 
-  /// The number in the kind that the settings require; absent if it has a fraction that is not allowed or is out of
-  /// bounds.
+  [[nodiscard]] std::optional<NSNumber> numberFrom(const NSString& text) const {
+    return withNumberIn(text,
+                        [this](const NSNumber& number, bool hasFraction) { return accepted(number, hasFraction); });
+  }
+
+  enum class Refusal : std::uint8_t { none, fraction, aboveMaximum, belowMinimum };
+
+  [[nodiscard]] Refusal refusalOf(const NSNumber& number, bool hasFraction) const {
+    if (!allowsFloats && hasFraction) return Refusal::fraction;
+    if (maximum && number > *maximum) return Refusal::aboveMaximum;
+    if (minimum && number < *minimum) return Refusal::belowMinimum;
+    return Refusal::none;
+  }
+
+  /// The number in the kind that the settings require; absent if it is refused.
   [[nodiscard]] std::optional<NSNumber> accepted(const NSNumber& number, bool hasFraction) const {
-    if (!allowsFloats && hasFraction) return std::nullopt;
-    if ((maximum && number > *maximum) || (minimum && number < *minimum)) return std::nullopt;
+    if (refusalOf(number, hasFraction) != Refusal::none) return std::nullopt;
     const Decimal decimal = number.decimalValue();
     if (generatesDecimals) return decimal.isNaN() ? std::nullopt : std::optional<NSNumber>(decimal);
     if (!hasFraction && decimal == Decimal(decimal.longLongValue())) return NSNumber(decimal.longLongValue());
@@ -690,8 +703,25 @@ bool NSNumberFormatter::getObjectValue_forString_errorDescription(Value& value, 
     value = *number;
     return true;
   }
-  if (error) *error = "\"" + text + "\" is not a number that can be entered here.";
+  if (error) *error = "\"" + text + "\" " + reasonToRefuse(text);
   return false;
+}
+
+NSString NSNumberFormatter::reasonToRefuse(const NSString& text) const {
+  using Refusal = Engine::Refusal;
+  const Engine& engine = engine_->built();
+  switch (engine.withNumberIn(
+      text, [&engine](const NSNumber& number, bool hasFraction) { return engine.refusalOf(number, hasFraction); })) {
+    case Refusal::fraction:
+      return "is not a whole number.";
+    case Refusal::aboveMaximum:
+      return "is greater than " + stringFromNumber(*engine.maximum) + ".";
+    case Refusal::belowMinimum:
+      return "is less than " + stringFromNumber(*engine.minimum) + ".";
+    case Refusal::none:
+      break;
+  }
+  return "is not a number that can be entered here.";
 }
 
 NSNumberFormatterStyle NSNumberFormatter::numberStyle() const noexcept { return engine_->style; }

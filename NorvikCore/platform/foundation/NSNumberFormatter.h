@@ -105,7 +105,8 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   /// The text with the given attributes for its whole length.
   [[nodiscard]] Ref<NSAttributedString> attributedStringForObjectValue_withDefaultAttributes(
       const Value& value, const Ref<NSDictionary>& attributes) const override;
-  /// The empty text reads as an absent value.
+  /// The empty text reads as an absent value. The error says what is refused and why: no number, a fraction, or a
+  /// bound, which is written as the formatter writes it.
   [[nodiscard]] bool getObjectValue_forString_errorDescription(Value& value, const NSString& text,
                                                                NSString* error = nullptr) const override;
 
@@ -159,6 +160,7 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
 
  private:
   [[nodiscard]] std::optional<NSNumber> numberInView(std::string_view text) const;
+  [[nodiscard]] NSString reasonToRefuse(const NSString& text) const;
 
   struct Engine;
   detail::Hidden<Engine> engine_;

@@ -283,6 +283,27 @@ TEST(NSNumberFormatter, RefusalKeepsTheValueAndSaysWhy) {
   EXPECT_TRUE(value.isAbsent());
 }
 
+TEST(NSNumberFormatter, ARefusalNamesTheBound) {
+  const auto reasonFor = [](const NSNumberFormatter& formatter, const NSString& text) {
+    Value value;
+    NSString why;
+    EXPECT_FALSE(formatter.getObjectValue_forString_errorDescription(value, text, &why)) << text;
+    return why;
+  };
+  const auto formatter = british("#,##0.00");
+  formatter->setMaximum(100000);
+  formatter->setMinimum(-5);
+  EXPECT_EQ(reasonFor(*formatter, "1000000"), "\"1000000\" is greater than 100,000.00.");
+  EXPECT_EQ(reasonFor(*formatter, "-5.01"), "\"-5.01\" is less than -5.00.");
+  EXPECT_EQ(reasonFor(*formatter, "2.75O"), "\"2.75O\" is not a number that can be entered here.");
+  formatter->setAllowsFloats(false);
+  EXPECT_EQ(reasonFor(*formatter, "2.5"), "\"2.5\" is not a whole number.");
+
+  const auto percent = british("0%");
+  percent->setMaximum(0.25_dec);
+  EXPECT_EQ(reasonFor(*percent, "26%"), "\"26%\" is greater than 25%.");
+}
+
 TEST(NSNumberFormatter, ShowsNumbersOnly) {
   const auto formatter = british("#,##0.00");
   EXPECT_EQ(formatter->stringForObjectValue(Value(5)), NSString("5.00"));
