@@ -34,7 +34,7 @@ class NK_EXPORT NKDecimalFormatter : public NSNumberFormatter {
   /// Sets the upper bound, and limits the field to what the bound needs. If L is the length of the bound's plain text,
   /// including sign and point, the greatest number of integer digits becomes L. maxLength() becomes L + L / 3 + 4,
   /// which leaves room for separators, a sign and two fraction digits: 1000 gives 9. An absent bound leaves both
-  /// unchanged.
+  /// unchanged. A number with more integer digits is shown without its first ones, which the console reports once.
   void setMaximum(std::optional<NSNumber> maximum) override;
 
   /// Decodes as the platform does, then calls setup(), which overwrites the encoded values of the settings it makes.

@@ -24,7 +24,8 @@ class NK_EXPORT NKMonetaryTermDecimalNumberFormatter : public NKDecimalFormatter
   /// thread keeps one formatter, with the bounds of its first call, and reuses it. Other threads use the bounds that
   /// are defined at the time of the call; each keeps a formatter until other bounds are defined or the thread ends, and
   /// its first call takes some tens of microseconds. If a maximum is defined, a number with more integer digits than
-  /// the maximum's text has characters loses its first digits, so define bounds that hold for totals too.
+  /// the maximum's text has characters loses its first digits (9999 shows four, 9999.99 seven), which the console
+  /// reports once for each formatter. Define a maximum that is above every amount that is shown, also totals.
   [[nodiscard]] static NSString nk_stringFromNumber(const NSNumber& number);
 
   void setup() override;

@@ -3,11 +3,13 @@
 #include "NorvikCore/Categories/NSFormatter+Norvik.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/kernel/SystemLog.h"
 #include "tests/support/Decimals.h"
 
 #include <gtest/gtest.h>
 
 #include <latch>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -43,6 +45,21 @@ TEST(NKDecimalFormatter, HeaderExample) {
   formatter->setMaximum(1000);
   EXPECT_EQ(formatter->maximumIntegerDigits(), 4);
   EXPECT_EQ(formatter->maxLength(), 9);
+}
+
+TEST(NKDecimalFormatter, ANumberThatTheMaximumCutsIsReportedOnce) {
+  const auto formatter = british();
+  formatter->setMaximum(9999);
+  const kernel::SystemLogCapture console;
+  EXPECT_EQ(formatter->stringFromNumber(dec("9999.99")), "9,999.99");
+  EXPECT_TRUE(console.lines().empty()) << "above the maximum, and shown whole";
+  EXPECT_EQ(formatter->stringFromNumber(dec("12345.67")), "2,345.67");
+  EXPECT_EQ(formatter->stringFromNumber(dec("67890")), "7,890.00");
+  EXPECT_EQ(
+      console.lines(),
+      std::vector<std::string>{"A number formatter shows a number above its maximum, 9999, without the first digits"});
+  formatter->setMaximum(dec("9999.99"));
+  EXPECT_EQ(formatter->stringFromNumber(dec("12345.67")), "12,345.67") << "seven characters, so seven digits";
 }
 
 TEST(NKDecimalFormatter, ReadsADecimalWhereverADoubleHasOtherDigits) {

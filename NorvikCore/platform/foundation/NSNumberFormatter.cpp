@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/NSAttributedString.h"
 #include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/foundation/NSLog.h"
 #include "NorvikCore/platform/foundation/internal/IcuText.h"
 #include "NorvikCore/platform/foundation/internal/NumberIncrement.h"
 #include "NorvikCore/platform/foundation/internal/NumberReader.h"
@@ -216,6 +217,7 @@ struct NSNumberFormatter::Engine {
   std::unique_ptr<icu::DecimalFormat> stepless;       ///< for a pattern with an increment: the same without it
   std::optional<PlainNumberPattern> plain;            ///< the fast path, if the settings allow it
   bool writesShortText = false;                       ///< plain->isShort()
+  std::optional<NSNumber> leastCut;                   ///< has one integer digit more than are shown
   std::optional<NumberReader> reader;
 
   /// Several threads may read by one formatter, and any of them may be the first.
@@ -267,6 +269,7 @@ struct NSNumberFormatter::Engine {
  private:
   std::atomic<bool> isBuilt{false};
   Mutex building;
+  mutable std::atomic<bool> isCutReported{false};
   std::vector<std::pair<DigitLimit, int>> waiting;  ///< limits that were set but not yet applied, in order
   bool isMoney = false;                             ///< the pattern has a currency
 
@@ -345,6 +348,11 @@ struct NSNumberFormatter::Engine {
     if (isMoney && stepless) compile(*stepless);
     choosePlainPattern();
     chooseReader();
+    const int mostDigits = digits->getMaximumIntegerDigits() - powerOfMultiplier();
+    leastCut.reset();
+    if (!words && mostDigits < Decimal::maximumDigits) {
+      leastCut = Decimal(1).decimalNumberByMultiplyingByPowerOf10(static_cast<std::int16_t>(mostDigits));
+    }
   }
 
   /// An increment finer than the last digit shown is ignored, as in ICU.
@@ -633,6 +641,13 @@ struct NSNumberFormatter::Engine {
                         [this](const NSNumber& number, bool hasFraction) { return accepted(number, hasFraction); });
   }
 
+  /// A number above the maximum that is shown without its first digits is reported once.
+  void reportCut(const NSNumber& number) const {
+    if (!leastCut || !maximum || number <= *maximum || number < *leastCut) return;
+    if (isCutReported.exchange(true, std::memory_order_relaxed)) return;
+    NSLog("A number formatter shows a number above its maximum, %@, without the first digits", *maximum);
+  }
+
   enum class Refusal : std::uint8_t { none, fraction, aboveMaximum, belowMinimum };
 
   [[nodiscard]] Refusal refusalOf(const NSNumber& number, bool hasFraction) const {
@@ -665,11 +680,13 @@ NSString NSNumberFormatter::stringFromNumber(const NSNumber& number) const {
         PlainNumberPattern::ShortText room;
         if (const std::string_view text = engine.plain->shortText(room, decimal); !text.empty()) return NSString(text);
       }
+      engine.reportCut(number);
       std::string text;
       engine.plain->append(text, decimal);
       return NSString(text);
     }
   }
+  engine.reportCut(number);
   return stringFromIcu(engine.textInIcu(number));
 }
 

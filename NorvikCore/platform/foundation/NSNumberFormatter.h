@@ -127,7 +127,8 @@ class NK_EXPORT NSNumberFormatter : public NSFormatter, public NSCoding {
   [[nodiscard]] int minimumIntegerDigits() const;
   void setMinimumIntegerDigits(int digits);
   [[nodiscard]] int maximumIntegerDigits() const;
-  /// A number with more digits shows its last ones: 1234 with a maximum of 2 is "34".
+  /// A number with more digits shows its last ones: 1234 with a maximum of 2 is "34". The first such number above
+  /// maximum() is reported on the system console, because it is probably an amount that the bound forgot.
   void setMaximumIntegerDigits(int digits);
   [[nodiscard]] int minimumFractionDigits() const;
   void setMinimumFractionDigits(int digits);
