@@ -198,6 +198,41 @@ template <class Predicate>
 [[nodiscard]] auto linq_count(Predicate&& predicate) {
   return detail::CountStep<std::decay_t<Predicate>>{{}, std::forward<Predicate>(predicate)};
 }
+
+// A property or a closure in one of these does not compile, with a sentence that says what to write.
+template <detail::ClosureOfAnElement F>
+auto linq_sum(F&&) {
+  static_assert(detail::isNever<F>, "linq_sum adds the elements themselves: write linq_select(...) | linq_sum()");
+  return linq_sum();
+}
+template <detail::ClosureOfAnElement F>
+auto linq_avg(F&&) {
+  static_assert(detail::isNever<F>, "linq_avg adds the elements themselves: write linq_select(...) | linq_avg()");
+  return linq_avg();
+}
+template <detail::ClosureOfAnElement F>
+auto linq_max(F&&) {
+  static_assert(detail::isNever<F>, "linq_max compares the elements themselves: write linq_select(...) | linq_max()");
+  return linq_max();
+}
+template <detail::ClosureOfAnElement F>
+auto linq_min(F&&) {
+  static_assert(detail::isNever<F>, "linq_min compares the elements themselves: write linq_select(...) | linq_min()");
+  return linq_min();
+}
+template <detail::ClosureOfAnElement F>
+auto linq_orderByAscending(F&&) {
+  static_assert(detail::isNever<F>,
+                "this compares the elements themselves: write linq_orderByKey(keyPath<&Payslip::netPay>(), true)");
+  return linq_orderByAscending();
+}
+template <detail::ClosureOfAnElement F>
+auto linq_orderByDescending(F&&) {
+  static_assert(detail::isNever<F>,
+                "this compares the elements themselves: write linq_orderByKey(keyPath<&Payslip::netPay>(), false)");
+  return linq_orderByDescending();
+}
+
 /// The number of elements.
 [[nodiscard]] inline auto linq_count() { return detail::CountStep<std::nullptr_t>{{}, nullptr}; }
 [[nodiscard]] inline auto linq_sumForKey(const NSString& key) {

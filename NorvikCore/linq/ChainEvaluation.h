@@ -27,6 +27,12 @@ inline constexpr bool isGroupBy = false;
 template <class Key>
 inline constexpr bool isGroupBy<GroupByStep<Key>> = true;
 
+/// A property or a closure, and no collection.
+template <class F>
+concept ClosureOfAnElement = std::is_member_pointer_v<std::remove_cvref_t<F>> || requires {
+  &std::remove_cvref_t<F>::operator();
+} || std::is_invocable_v<F, const Value&>;
+
 template <class Source, class... Steps>
 class Chain {
  public:
@@ -51,6 +57,11 @@ class Chain {
   template <class E>
   requires(!isOfValues) operator std::vector<E>() && { return std::move(*this).run(CollectSink<E>()); }
 
+  template <class Access = void>
+  NSArray* operator->() const {
+    static_assert(isNever<Access>, "a chain is no array yet: keep its result, as a Ref<NSArray>, and use that");
+    return nullptr;
+  }
   template <class Loop = void>
   Value* begin() const {
     static_assert(isNever<Loop>, "a chain cannot be iterated over: keep its result, as a Ref, and iterate over that");

@@ -44,7 +44,7 @@ int main() {
   }
 
   Value overdrawn = linq_firstOrNil(*payslips, [](const Payslip& slip) { return slip.netPay() < 0; });
-  std::cout << "negative: " << overdrawn.object<Payslip>()->name() << "\n";
+  if (const auto* slip = overdrawn.object<Payslip>()) std::cout << "negative: " << slip->name() << "\n";
 
   std::vector<Line> lines = {{"Basic pay", 2500.00_dec}, {"Tax", -290.40_dec}, {"Bonus", 100.00_dec}};
   Value pay =

@@ -10,6 +10,10 @@ struct Line {
 struct Money {
   int pence;
 };
+class Slip : public NSObject {
+  NK_OBJECT(Slip, NSObject)
+  NK_PROPERTY(Decimal, netPay, setNetPay)
+};
 
 void mistake(const Ref<NSArray>& array, const std::vector<Line>& lines) {
   [[maybe_unused]] const auto isText = [](const Value& each) { return each.isString(); };
@@ -38,5 +42,11 @@ void mistake(const Ref<NSArray>& array, const std::vector<Line>& lines) {
   const Ref<NSArray> texts = linq_where(*array, [](const Value&) { return std::optional<bool>(false); });
 #elif SHOULD_NOT_COMPILE == 9  // a chain cannot be iterated over: keep its result, as a Ref, and iterate over that
   for (const Value& each : array | linq_where(isText)) static_cast<void>(each);
+#elif SHOULD_NOT_COMPILE == 10  // a chain is no array yet: keep its result, as a Ref<NSArray>, and use that
+  static_cast<void>((array | linq_where(isText))->count());
+#elif SHOULD_NOT_COMPILE == 11  // linq_max compares the elements themselves: write linq_select(...) | linq_max()
+  static_cast<void>(array | linq_max(&Slip::netPay));
+#elif SHOULD_NOT_COMPILE == 12  // this compares the elements themselves: write linq_orderByKey(keyPath<&Payslip::netPay>(), true)
+  static_cast<void>(array | linq_orderByAscending([](const Value& each) { return each; }));
 #endif
 }

@@ -85,5 +85,9 @@ void mistake(Decimal amount, Date payday, const NSString& name, const Value& val
   static_cast<void>(make<NSString>("net"));
 #elif SHOULD_NOT_COMPILE == 23  // a Ref holds an object, of a complete class derived from NSObject
   const Ref<NSString> held;
+#elif SHOULD_NOT_COMPILE == 24  // ATextIsReadBy_Decimal_parse
+  static_cast<void>(Decimal{"12.34"});
+#elif SHOULD_NOT_COMPILE == 25  // ATextIsReadBy_Decimal_parse
+  static_cast<void>(Decimal(name));
 #endif
 }

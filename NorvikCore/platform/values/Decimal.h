@@ -47,6 +47,13 @@ __extension__ typedef unsigned __int128 UInt128;
 __extension__ typedef __int128 Int128;
 struct DecimalAccess;
 struct ADoubleIsNotExact_WriteALiteralLike_1_50_dec;
+struct ATextIsReadBy_Decimal_parse;
+
+/// A text that converts to std::string_view explicitly only, such as an NSString.
+template <class T>
+concept ExplicitText =
+    std::is_constructible_v<std::string_view, const T&> && !std::is_convertible_v<const T&, std::string_view> &&
+    std::is_class_v<T>;
 
 /// What aligns a mantissa whose exponent is greater by n: 10^n for n from 1 to 18, and 1 for n from -18 to 0.
 struct AlignmentFactors {
@@ -95,6 +102,11 @@ class NK_EXPORT Decimal {
   explicit Decimal(long double) = delete;
   template <std::same_as<bool> Boolean>  // a template, so that no pointer converts to a boolean implicitly
   explicit constexpr Decimal(Boolean value) noexcept : low_(value ? 1 : 0) {}
+  // `Decimal("12.34")` does not compile, and the compiler shows the name of the second parameter's type.
+  template <class Text>
+  requires(std::is_convertible_v<const Text&, std::string_view> ||
+           detail::ExplicitText<Text>) explicit Decimal(const Text&,
+                                                        const detail::ATextIsReadBy_Decimal_parse* = nullptr) = delete;
 
   [[nodiscard]] static constexpr Decimal zero() noexcept { return Decimal(); }
   [[nodiscard]] static constexpr Decimal one() noexcept { return Decimal(1); }
@@ -112,10 +124,18 @@ class NK_EXPORT Decimal {
                                                          bool isNegative);
   /// parse(), or not-a-number if the text is not a number.
   [[nodiscard]] static Decimal decimalNumberWithString(std::string_view text) noexcept;
+  template <detail::ExplicitText Text>
+  [[nodiscard]] static Decimal decimalNumberWithString(const Text& text) noexcept {
+    return decimalNumberWithString(static_cast<std::string_view>(text));
+  }
   /// Reads [+-]digits[.digits][E[+-]digits] ("12", "-0.50", ".5", "5.", "1E6") or "NaN". The result is empty unless the
   /// whole text has this form, without spaces and grouping. More than 38 digits are rounded, a half away from zero. The
   /// result is also empty for a magnitude above the greatest, or below 1E-128 except zero.
   [[nodiscard]] static std::optional<Decimal> parse(std::string_view text) noexcept;
+  template <detail::ExplicitText Text>
+  [[nodiscard]] static std::optional<Decimal> parse(const Text& text) noexcept {
+    return parse(static_cast<std::string_view>(text));
+  }
   /// Empty if the mantissa has more than 38 digits or the exponent is out of range. A negative zero becomes zero.
   [[nodiscard]] static std::optional<Decimal> fromParts(const Parts& parts) noexcept;
 

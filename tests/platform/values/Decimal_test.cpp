@@ -34,6 +34,15 @@ TEST(Decimal, HeaderExample) {
   static_assert(0.20_dec * 2 < 1);
 }
 
+TEST(Decimal, TextsOfEveryKindAreRead) {
+  EXPECT_EQ(Decimal::parse(NSString("12.50")), dec("12.50"));
+  EXPECT_EQ(Decimal::parse(std::string("12.50")), dec("12.50"));
+  EXPECT_EQ(Decimal::parse(NSString("Zo\u00EB")), std::nullopt);
+  EXPECT_EQ(Decimal::decimalNumberWithString(NSString("-3")), -3);
+  EXPECT_TRUE(Decimal::decimalNumberWithString(NSString("x")).isNaN());
+  static_assert(!std::is_constructible_v<Decimal, const char*> && !std::is_constructible_v<Decimal, NSString>);
+}
+
 TEST(Decimal, ExactArithmeticWorksInConstantExpressions) {
   constexpr Decimal net = 2500.00_dec - 0.125_dec * 2;
   static_assert(net == 2499.75_dec && net.exponent() == -3);
