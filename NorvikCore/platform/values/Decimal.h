@@ -54,6 +54,8 @@ template <class T>
 concept ExplicitText =
     std::is_constructible_v<std::string_view, const T&> && !std::is_convertible_v<const T&, std::string_view> &&
     std::is_class_v<T>;
+template <class T>
+concept AnyText = std::is_convertible_v<const T&, std::string_view> || ExplicitText<T>;
 
 /// What aligns a mantissa whose exponent is greater by n: 10^n for n from 1 to 18, and 1 for n from -18 to 0.
 struct AlignmentFactors {
@@ -103,10 +105,8 @@ class NK_EXPORT Decimal {
   template <std::same_as<bool> Boolean>  // a template, so that no pointer converts to a boolean implicitly
   explicit constexpr Decimal(Boolean value) noexcept : low_(value ? 1 : 0) {}
   // `Decimal("12.34")` does not compile, and the compiler shows the name of the second parameter's type.
-  template <class Text>
-  requires(std::is_convertible_v<const Text&, std::string_view> ||
-           detail::ExplicitText<Text>) explicit Decimal(const Text&,
-                                                        const detail::ATextIsReadBy_Decimal_parse* = nullptr) = delete;
+  template <detail::AnyText Text>
+  explicit Decimal(const Text&, const detail::ATextIsReadBy_Decimal_parse* = nullptr) = delete;
 
   [[nodiscard]] static constexpr Decimal zero() noexcept { return Decimal(); }
   [[nodiscard]] static constexpr Decimal one() noexcept { return Decimal(1); }
