@@ -51,7 +51,7 @@ get_filename_component(norvik_libdir \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE BASE_D
   # A program that links a static library also links that library's dependencies, with or without pkg-config's --static,
   # because no other NorvikCore is installed.
   if(NOT BUILD_SHARED_LIBS)
-    set(NORVIK_PC_REQUIRES "icu-i18n icu-uc fmt sqlite3")
+    set(NORVIK_PC_REQUIRES "icu-i18n icu-uc fmt")
     set(NORVIK_PC_LIBS " -Wl,-z,nodelete")
   endif()
   get_property(NORVIK_PC_CFLAGS GLOBAL PROPERTY NORVIK_PC_CFLAGS)

@@ -98,10 +98,10 @@ macro(norvik_library_packages component name target)
   endif()
 endmacro()
 
-# The library loads Pango, uriparser and libpsl when they are first needed, so dpkg-shlibdeps does not see them.
+# The library loads Pango, SQLite, uriparser and libpsl when they are first needed, so dpkg-shlibdeps does not see them.
 norvik_library_packages(Library libnorvikcore NorvikCore
   SUBJECT "core library of UK payroll applications"
-  DEPENDS liburiparser1 libpsl5 tzdata
+  DEPENDS "libsqlite3-0 (>= 3.37)" liburiparser1 libpsl5 tzdata
   RECOMMENDS libpangocairo-1.0-0
   HEADERS_SUGGEST cmake libfmt-dev libcurl4-openssl-dev libnorvikcore-doc)
 # The components use names of the core's internal headers, so they need the core of the same version.

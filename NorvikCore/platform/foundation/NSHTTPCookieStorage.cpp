@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/foundation/internal/ApplicationFolder.h"
 #include "NorvikCore/platform/foundation/internal/CookieStore.h"
+#include "NorvikCore/platform/foundation/internal/SQLiteLibrary.h"
 #include "NorvikCore/platform/kernel/ExtendedAttributes.h"
 #include "NorvikCore/platform/kernel/FileDescriptor.h"
 #include "NorvikCore/platform/kernel/FileStatus.h"
@@ -83,6 +84,7 @@ NSHTTPCookieStorage::~NSHTTPCookieStorage() = default;
 NSHTTPCookieStorage& NSHTTPCookieStorage::sharedHTTPCookieStorage() {
   Shared& state = shared();
   if (NSHTTPCookieStorage* current = state.current.load(std::memory_order_acquire)) return *current;
+  detail::sqlite::load();
   const MutexLock lock(state.mutex);
   if (NSHTTPCookieStorage* current = state.current.load(std::memory_order_relaxed)) return *current;
   if (!state.usual) {

@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/foundation/internal/ApplicationFolder.h"
 #include "NorvikCore/platform/foundation/internal/KeyedStore.h"
 #include "NorvikCore/platform/foundation/internal/PropertyList.h"
+#include "NorvikCore/platform/foundation/internal/SQLiteLibrary.h"
 #include "NorvikCore/platform/kernel/Fork.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/kernel/Paths.h"
@@ -87,6 +88,7 @@ NSUserDefaults& NSUserDefaults::standardUserDefaults() {
   Standard& state = standard();
   if (NSUserDefaults* current = state.current.load(std::memory_order_acquire)) [[likely]]
     return *current;
+  detail::sqlite::load();
   const MutexLock lock(state.mutex);
   if (NSUserDefaults* current = state.current.load(std::memory_order_relaxed)) return *current;
   if (!state.usual) state.usual = initWithSuiteName(detail::applicationName());

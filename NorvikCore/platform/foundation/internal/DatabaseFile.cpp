@@ -150,6 +150,7 @@ struct DatabaseFile::Place {
 
 DatabaseFile::DatabaseFile(std::string path, const Format& format, Mutex& mutex, Owner* owner)
     : path_(std::move(path)), format_(format), mutex_(mutex), owner_(owner), patience_(usualPatience) {
+  sqlite::load();
   DatabaseFiles::shared().add(*this);
 }
 

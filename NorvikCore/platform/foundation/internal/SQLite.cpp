@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/foundation/internal/SQLite.h"
 
 #include "NorvikCore/platform/kernel/SystemError.h"
+#include "NorvikCore/platform/values/NSException.h"
 
 #include <errno.h>
 
@@ -8,10 +9,10 @@ namespace norvik::detail::sqlite {
 namespace {
 
 std::string words(sqlite3* connection) {
-  std::string text = sqlite3_errmsg(connection);
-  const int code = sqlite3_extended_errcode(connection) & 0xFF;
+  std::string text = library().sqlite3_errmsg(connection);
+  const int code = library().sqlite3_extended_errcode(connection) & 0xFF;
   if (code == SQLITE_IOERR || code == SQLITE_CANTOPEN) {
-    const int kept = sqlite3_system_errno(connection);
+    const int kept = library().sqlite3_system_errno(connection);
     const int error = kept != 0 ? kept : errno;  // for a failed commit SQLite stores none, but errno is still set
     if (error != 0) text += " (" + kernel::errorText(error) + ")";
   }
@@ -22,7 +23,8 @@ std::string words(sqlite3* connection) {
 
 void Statement::bindText(int parameter, std::string_view text) {
   if (!statement_) return;
-  const int result = sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  const int result =
+      library().sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
   if (result != SQLITE_OK) bindFailure_ = result;
 }
 
@@ -30,7 +32,7 @@ void Statement::bindBlob(int parameter, std::string_view bytes) {
   // An empty view may have a null pointer, which would bind NULL.
   const char* start = bytes.empty() ? "" : bytes.data();
   if (!statement_) return;
-  const int result = sqlite3_bind_blob64(statement_, parameter, start, bytes.size(), SQLITE_STATIC);
+  const int result = library().sqlite3_bind_blob64(statement_, parameter, start, bytes.size(), SQLITE_STATIC);
   if (result != SQLITE_OK) bindFailure_ = result;
 }
 
@@ -43,37 +45,44 @@ int Statement::run() {
 
 void Statement::reset() {
   if (!statement_) return;
-  sqlite3_reset(statement_);
-  sqlite3_clear_bindings(statement_);
+  library().sqlite3_reset(statement_);
+  library().sqlite3_clear_bindings(statement_);
   bindFailure_ = SQLITE_OK;
 }
 
 std::string_view Statement::bytes(int column) {
-  const void* start = sqlite3_column_blob(statement_, column);
-  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+  const void* start = library().sqlite3_column_blob(statement_, column);
+  const auto size = static_cast<std::size_t>(library().sqlite3_column_bytes(statement_, column));
   return {static_cast<const char*>(start), start ? size : 0};
 }
 
 int Connection::open(const std::string& name, int flags) {
   close();
-  const int result = sqlite3_open_v2(name.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-  if (result != SQLITE_OK) {
-    openFailure_ = connection_ ? words(connection_) : sqlite3_errstr(result);
-    close();
+  try {
+    const int result = library().sqlite3_open_v2(name.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (result != SQLITE_OK) {
+      openFailure_ = connection_ ? words(connection_) : library().sqlite3_errstr(result);
+      close();
+    }
+    return result;
+  } catch (const NSException& notLoaded) {
+    openFailure_ = notLoaded.reason().str();
+    return SQLITE_ERROR;
   }
-  return result;
 }
 
-void Connection::close() noexcept { sqlite3_close(std::exchange(connection_, nullptr)); }
+void Connection::close() noexcept {
+  if (connection_) library().sqlite3_close(std::exchange(connection_, nullptr));
+}
 
 void Connection::closeQuickly() noexcept {
-  if (connection_) sqlite3_db_config(connection_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  if (connection_) library().sqlite3_db_config(connection_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   close();
 }
 
 Statement Connection::prepare(const char* sql) {
   sqlite3_stmt* statement = nullptr;
-  sqlite3_prepare_v3(connection_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+  library().sqlite3_prepare_v3(connection_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
   return Statement(statement);
 }
 
