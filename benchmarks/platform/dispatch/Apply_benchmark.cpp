@@ -3,11 +3,11 @@
 //
 // Every run is compared with the plain loop's answer.
 //
-// 2026-11-23, Intel Xeon (Sapphire Rapids), two virtual cores, other builds at load 15 but this program before them
-// (chrt -f 1), g++ 12.2, -O2; medians of 7 runs, for each loop:
-//   2 empty rounds                 1.11 us, OpenMP 1.29 us
-//   64 rounds of 26 us             878 us, OpenMP 860 us, plain loop 1,723 us
-//   1,000,000 rounds of 0.9 ns     455 us, OpenMP 432 us, plain loop 880 us
+// 2026-11-23, Intel Xeon (Sapphire Rapids), two virtual cores, other builds at load 4 but this program before them
+// (chrt -f 1), g++ 12.2, -O2; medians of 21 runs, for each loop:
+//   2 empty rounds                 1.18 us, OpenMP 1.30 us
+//   64 rounds of 26 us             938 us, OpenMP 930 us, plain loop 1,849 us
+//   1,000,000 rounds of 0.9 ns     464 us, OpenMP 464 us, plain loop 930 us
 #include "NorvikCore/platform/dispatch/Apply.h"
 
 #include <benchmark/benchmark.h>
