@@ -9,8 +9,9 @@
 // and 37 ns of CPU time, 2026-11-23).
 //
 // 2026-11-23, Intel Xeon (Sapphire Rapids), 2 virtual cores, other builds at load 15 but this program before them
-// (chrt -f 1), medians of five: posting and running 49 ns from one producer and 74 ns from four (asio 873 and 437);
-// setting one of 20,000 named timers 517 ns (asio 664), restarting one 420 ns (asio 1,638).
+// (chrt -f 1), medians of five: posting and running 49 ns from one producer and 74 ns from four (asio 873 and 437).
+// The same at load 10, medians of 27: setting one of 20,000 named timers 378 ns (asio 634), restarting one 385 ns (asio
+// 1,880).
 #include "NorvikCore/dispatch/TSKDispatchQueue.h"
 
 #include <benchmark/benchmark.h>

@@ -1,9 +1,7 @@
 #include "NorvikCore/dispatch/internal/NamedTimers.h"
 
 #include "NorvikCore/platform/dispatch/internal/QueueCore.h"
-#include "NorvikCore/platform/dispatch/internal/SourceCore.h"
 #include "NorvikCore/platform/kernel/Clock.h"
-#include "NorvikCore/platform/object/Weak.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,21 +11,17 @@ namespace {
 
 constexpr double nanosecond = 1e-9;
 
-/// The time that many seconds from now, truncated to nanoseconds. A time beyond the range of a signed number never
+double inSeconds(std::uint64_t nanoseconds) { return static_cast<double>(nanoseconds) / 1e9; }
+
+/// The time that many seconds after `now`, truncated to nanoseconds. A time beyond the range of a signed number never
 /// comes.
-dispatch_time_t timeAfter(double seconds, const dispatch_manual_clock* clock) {
+dispatch_time_t timeAfter(std::uint64_t now, double seconds) {
   const double nanoseconds = seconds * 1e9;
   if (!(nanoseconds < 9.2e18)) return DISPATCH_TIME_FOREVER;
-  const auto delta = static_cast<std::int64_t>(nanoseconds);
-  return clock != nullptr ? clock->time(delta) : dispatch_time(DISPATCH_TIME_NOW, delta);
+  return dispatch_time(now, static_cast<std::int64_t>(nanoseconds));
 }
 
 }  // namespace
-
-TSKTimerValue::TSKTimerValue(std::uint64_t madeAs, dispatch_source_t timer)
-    : number(madeAs), source(std::move(timer)) {}
-
-TSKTimerValue::~TSKTimerValue() = default;
 
 /// Leaks the parent's state on purpose: other threads of the parent may have been changing it at the fork, and its
 /// blocks belong to the parent.
@@ -37,11 +31,11 @@ void NamedTimers::forgetParent() {
   timerCountPrivate.store(0, std::memory_order_relaxed);
 }
 
-double NamedTimers::_now() const {
-  const auto nanoseconds =
-      manualClock_ ? manualClock_->now() : static_cast<std::uint64_t>(kernel::monotonicNanoseconds());
-  return static_cast<double>(nanoseconds) / 1e9;
+std::uint64_t NamedTimers::nanosecondsNow() const {
+  return manualClock_ ? manualClock_->now() : static_cast<std::uint64_t>(kernel::monotonicNanoseconds());
 }
+
+double NamedTimers::_now() const { return inSeconds(nanosecondsNow()); }
 
 NamedTimers::NamedTimers(TSKDispatchQueue& owner) : owner_(owner) {}
 
@@ -64,7 +58,7 @@ Ref<NSDictionary> NamedTimers::dictionary() {
   return state_->table ? state_->table->dictionary() : nullptr;
 }
 
-void NamedTimers::request(Request request) {
+void NamedTimers::request(Request&& request) {
   if (requestsKeepTheirOrder()) {
     owner_.dispatchAsynchronously([this, request = std::move(request)]() mutable {
       Blocks unused;  // destroyed after the lock is released
@@ -93,12 +87,11 @@ void NamedTimers::carryOutNextRequest() {
   carryOut(std::move(request), unused);
 }
 
-void NamedTimers::carryOut(Request request, Blocks& unused) {
+void NamedTimers::carryOut(Request&& request, Blocks& unused) {
   switch (request.kind) {
     case Request::Kind::schedule:
-      _scheduleTimerWithName(request.name, request.referenceTime, request.timeInterval, request.behavior,
-                             std::move(request.block), unused);
-      return;
+      return _scheduleTimerWithName(std::move(request.name), request.referenceTime, request.timeInterval,
+                                    request.behavior, std::move(request.block), unused);
     case Request::Kind::cancel:
       return _cancelTimerWithName(request.name, unused);
     case Request::Kind::cancelAll:
@@ -106,75 +99,66 @@ void NamedTimers::carryOut(Request request, Blocks& unused) {
   }
 }
 
-bool NamedTimers::_scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
-                                         TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) {
+void NamedTimers::_scheduleTimerWithName(NSString&& name, double referenceTime, double timeInterval,
+                                         TSKTimerBehavior behavior, Block<void()>&& block, Blocks& unused) {
   if (!state_->table) state_->table = std::make_unique<TimerTable>();
-  NamedTimer& entry = state_->table->entryFor(name);
-  Ref<TSKTimerValue> timer = entry.live;
+  NamedTimer& entry = state_->table->entryFor(std::move(name));
   // A timer whose block is running (on a concurrent queue) has fired already, so it is started like a new one.
-  const bool pending = timer && !timer->firing;
-  const bool isNew = !timer;
-  if (isNew) timer = makeTimer(entry);
-  if (!timer->source) {
-    unused.push_back(std::move(block));
-    return false;
-  }
+  const bool pending = entry.live && !entry.live.core()->firing;
+  LiveTimerHandle made = entry.live ? nullptr : makeTimer(entry);
+  LiveTimer& timer = made ? *made.core() : *entry.live.core();
 
-  const double now = _now();
+  const std::uint64_t nanoseconds = nanosecondsNow();
+  const double now = inSeconds(nanoseconds);
   double date = now;
   if (behavior == TSKTimerThrottle) {
     if (pending) {
       date = entry.date;
     } else if (now < entry.date + timeInterval) {
       date = entry.date + timeInterval;
-      start(*timer, date - now);
+      start(timer, nanoseconds, date - now);
     } else {
-      start(*timer, nanosecond);
+      start(timer, nanoseconds, nanosecond);
     }
   } else {
     const double delay = std::max(0.0, timeInterval - (now - referenceTime));
     date = now + delay;
-    if (behavior == TSKTimerRestart || !pending || entry.date > date) start(*timer, delay);
+    if (behavior == TSKTimerRestart || !pending || entry.date > date) start(timer, nanoseconds, delay);
     // Otherwise the pending timer keeps its earlier time, but the later time is recorded.
   }
 
   entry.date = date;
-  std::swap(timer->block, block);
+  std::swap(timer.block, block);
   if (block) unused.push_back(std::move(block));
-  if (isNew) {
+  if (made) {
     ++state_->live;
-    entry.live = std::move(timer);
+    entry.live = std::move(made);
   }
   _updateTimerCountPrivate();
-  return true;
 }
 
-Ref<TSKTimerValue> NamedTimers::makeTimer(NamedTimer& entry) {
-  const std::uint64_t number = ++timersMade_;
-  auto source = dispatch_source_t::adopt(
-      new SourceCore(owner_.queue(), makeHandler([this, owner = Weak<TSKDispatchQueue>(&owner_), &entry, number] {
-                       if (const Ref<TSKDispatchQueue> self = owner.lock()) fired(entry, number);
-                     })));
-  if (manualClock_) dispatch_source_set_clock(source, *manualClock_);
-  return make<TSKTimerValue>(number, std::move(source));
+LiveTimerHandle NamedTimers::makeTimer(NamedTimer& entry) {
+  auto timer = LiveTimerHandle::adopt(new LiveTimer(owner_, *this, entry));
+  if (manualClock_) dispatch_source_set_clock(dispatch_source_t::share(timer.core()), *manualClock_);
+  return timer;
 }
 
-void NamedTimers::start(TSKTimerValue& timer, double delay) const {
+void NamedTimers::start(LiveTimer& timer, std::uint64_t now, double delay) {
   ++timer.starts;
   timer.firing = false;
-  dispatch_source_set_timer(timer.source, timeAfter(delay, manualClock_.get()), 0, 0);
+  timer.setTimer(timeAfter(now, delay), 0, 0);
 }
 
-void NamedTimers::fired(NamedTimer& entry, std::uint64_t number) {
+void NamedTimers::fired(NamedTimer& entry, const LiveTimer& timer) {
   Block<void()> block;
-  std::uint64_t starts = 0;
+  std::uint32_t starts = 0;
   const State* state = nullptr;
   {
     const Lock lock(*this);
-    if (!entry.live || entry.live->number != number) return;
-    block = entry.live->block;
-    starts = entry.live->starts;
-    entry.live->firing = true;
+    if (entry.live.core() != &timer) return;
+    block = timer.block;
+    starts = timer.starts;
+    entry.live.core()->firing = true;
     state = state_.get();
   }
   if (owner_.concurrent()) {
@@ -185,7 +169,7 @@ void NamedTimers::fired(NamedTimer& entry, std::uint64_t number) {
   Blocks unused;
   const Lock lock(*this);
   if (state_.get() != state) return;  // the block has forked, and this is the child: the entry is the parent's
-  if (entry.live && entry.live->number == number && entry.live->starts == starts) cancel(entry, unused);
+  if (entry.live.core() == &timer && timer.starts == starts) cancel(entry, unused);
 }
 
 void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {
@@ -194,11 +178,11 @@ void NamedTimers::_cancelTimerWithName(const NSString& name, Blocks& unused) {
 
 /// The planned time stays in the table.
 void NamedTimers::cancel(NamedTimer& entry, Blocks& unused) {
-  const Ref<TSKTimerValue> timer = std::exchange(entry.live, nullptr);
+  const LiveTimerHandle timer = std::exchange(entry.live, nullptr);
   if (!timer) return;
   --state_->live;
-  dispatch_source_cancel(timer->source);
-  unused.push_back(std::move(timer->block));
+  timer.core()->cancel();
+  unused.push_back(std::move(timer.core()->block));
   _updateTimerCountPrivate();
 }
 

@@ -38,6 +38,9 @@ class NamedTimers {
   [[nodiscard]] std::uint64_t count() const noexcept { return timerCountPrivate.load(std::memory_order_relaxed); }
   [[nodiscard]] Ref<NSDictionary> dictionary();
 
+  /// Called on the queue, in a delivery of the entry's timer. The caller retains the wrapper.
+  void fired(NamedTimer& entry, const LiveTimer& timer);
+
  private:
   using Blocks = std::vector<Block<void()>>;
   struct Request {
@@ -71,29 +74,29 @@ class NamedTimers {
   };
 
   void forgetParent() NK_REQUIRES(lock_);
+  /// In nanoseconds of the timers' clock, and in seconds.
+  [[nodiscard]] std::uint64_t nanosecondsNow() const;
   [[nodiscard]] double _now() const;
-  void request(Request request);
+  void request(Request&& request);
   [[nodiscard]] bool requestsKeepTheirOrder() const noexcept;
   void carryOutNextRequest();
   // Called on the queue, under the lock. Blocks that are no longer needed are moved to `unused`, which is destroyed
   // without the lock.
-  void carryOut(Request request, Blocks& unused) NK_REQUIRES(lock_);
-  bool _scheduleTimerWithName(const NSString& name, double referenceTime, double timeInterval,
-                              TSKTimerBehavior behavior, Block<void()> block, Blocks& unused) NK_REQUIRES(lock_);
+  void carryOut(Request&& request, Blocks& unused) NK_REQUIRES(lock_);
+  void _scheduleTimerWithName(NSString&& name, double referenceTime, double timeInterval, TSKTimerBehavior behavior,
+                              Block<void()>&& block, Blocks& unused) NK_REQUIRES(lock_);
   void _cancelTimerWithName(const NSString& name, Blocks& unused) NK_REQUIRES(lock_);
   void cancel(NamedTimer& entry, Blocks& unused) NK_REQUIRES(lock_);
   void cancelEveryTimer(Blocks& unused) NK_REQUIRES(lock_);
   void _updateTimerCountPrivate() NK_REQUIRES(lock_);
-  void fired(NamedTimer& entry, std::uint64_t number);
-  [[nodiscard]] Ref<TSKTimerValue> makeTimer(NamedTimer& entry) NK_REQUIRES(lock_);
-  void start(TSKTimerValue& timer, double delay) const;
+  [[nodiscard]] LiveTimerHandle makeTimer(NamedTimer& entry) NK_REQUIRES(lock_);
+  static void start(LiveTimer& timer, std::uint64_t now, double delay);
 
   TSKDispatchQueue& owner_;
   std::unique_ptr<dispatch_manual_clock> manualClock_;
 
   ForkMutex lock_;
   std::unique_ptr<State> state_ NK_GUARDED_BY(lock_) = std::make_unique<State>();
-  std::uint64_t timersMade_ NK_GUARDED_BY(lock_) = 0;
   std::atomic<std::uint64_t> timerCountPrivate{0};
 };
 

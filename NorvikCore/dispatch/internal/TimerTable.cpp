@@ -10,7 +10,10 @@ Ref<NSDictionary> TimerTable::dictionary() const {
   const auto all = NSMutableDictionary::dictionaryWithCapacity(entries_.size());
   for (const NamedTimer& timer : entries_) {
     const auto entry = NSMutableDictionary::dictionaryWith({{dateKey, timer.date}});
-    if (timer.live) entry->setObject(timer.live, timerKey);
+    if (LiveTimer* live = timer.live.core()) {
+      if (!live->value) live->value = make<TSKTimerValue>();
+      entry->setObject(live->value, timerKey);
+    }
     all->setObject(entry->copy(), timer.name);
   }
   return all->copy();

@@ -1,7 +1,7 @@
 // NorvikCore/dispatch/internal/TimerTable.h - the names that a wrapper's timers have had, with their times and timers.
 #pragma once
 
-#include "NorvikCore/dispatch/internal/TSKTimerValue.h"
+#include "NorvikCore/dispatch/internal/LiveTimer.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/collections/OrderedTable.h"
 #include "NorvikCore/platform/object/Ref.h"
@@ -11,13 +11,14 @@
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <utility>
 
 namespace norvik::detail {
 
 struct NamedTimer {
   NSString name;
   double date = -std::numeric_limits<double>::infinity();  // the last planned time, in seconds
-  Ref<TSKTimerValue> live{};
+  LiveTimerHandle live{};
 };
 
 /// Names are never removed and keep the order of insertion. The address of an entry does not change. Confined to the
@@ -30,11 +31,11 @@ class TimerTable {
     return position == PositionIndex::notFound ? nullptr : &entries_[position];
   }
   /// The name's entry, which is new for an unknown name.
-  [[nodiscard]] NamedTimer& entryFor(const NSString& name) {
+  [[nodiscard]] NamedTimer& entryFor(NSString&& name) {
     const std::uint32_t hash = hashOf(name);
     const std::size_t position = positionOf(name, hash);
     if (position != PositionIndex::notFound) return entries_[position];
-    NamedTimer& added = entries_.emplace_back(NamedTimer{name});
+    NamedTimer& added = entries_.emplace_back(NamedTimer{std::move(name)});
     index_.append(hash);
     return added;
   }

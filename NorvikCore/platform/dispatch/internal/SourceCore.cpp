@@ -26,6 +26,8 @@ SourceCore::SourceCore(const dispatch_queue_t& queue, std::unique_ptr<Handler> e
   eventHandler_ = std::move(eventHandler);
 }
 
+SourceCore::~SourceCore() = default;
+
 void SourceCore::releaseHandle() noexcept {
   if (handles_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   bool claimed = false;
@@ -127,7 +129,12 @@ void SourceCore::queueDelivery() {
   enqueue(queue_, this, detail::Delivery::prompt, Order::normal);
 }
 
+void SourceCore::handleEvent(Handler* handler) {
+  if (handler != nullptr) handler->call();
+}
+
 void SourceCore::deliver() {
+  bool isEvent = false;
   Handler* handler = nullptr;
   std::unique_ptr<Handler> cancelHandler;
   std::unique_ptr<Handler> eventHandler;
@@ -142,12 +149,13 @@ void SourceCore::deliver() {
         }
       } else if (pending_ > 0) {
         data_.store(std::exchange(pending_, 0), std::memory_order_relaxed);
+        isEvent = true;
         handler = eventHandler_.get();
         running_ = handler;
       }
     }
   }
-  if (handler != nullptr) handler->call();
+  if (isEvent) handleEvent(handler);
   if (cancelHandler) cancelHandler->call();
   cancelHandler.reset();
   eventHandler.reset();

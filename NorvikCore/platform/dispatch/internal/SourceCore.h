@@ -16,9 +16,10 @@
 
 namespace norvik::detail {
 
-class SourceCore final : public TimerEntry, private Item {
+class SourceCore : public TimerEntry, private Item {
  public:
   explicit SourceCore(const dispatch_queue_t& queue);
+  ~SourceCore() override;
   /// With its event handler, and resumed. Takes no lock for either.
   SourceCore(const dispatch_queue_t& queue, std::unique_ptr<Handler> eventHandler);
 
@@ -38,6 +39,11 @@ class SourceCore final : public TimerEntry, private Item {
 
   void keepUntilFired() noexcept override { retain(); }
   void fired(std::uint64_t count, std::uint32_t setting, FiredItems& items) override;
+
+ protected:
+  /// Called for each delivery of an event, with the event handler or null, under no mutex. A class whose event handler
+  /// is a part of the source overrides it.
+  virtual void handleEvent(Handler* handler);
 
  private:
   /// Holds the mutex for a scope. The first lock in a child made by fork() discards the parent's state.
