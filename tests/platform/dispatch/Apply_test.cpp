@@ -34,11 +34,11 @@ TEST_F(Apply, HeaderExample) {
 }
 
 TEST_F(Apply, EveryRoundRunsOnceAndAllHaveRunAtTheEnd) {
-  for (const std::size_t rounds : {1U, 2U, 3U, 100U, 100'000U}) {
+  for (const std::size_t rounds : {1U, 2U, 3U, 100U, 8'191U, 8'193U, 100'000U, 999'983U}) {
     for (const auto& queue : {dispatch_get_global_queue(), dispatch_queue_create("serial"),
                               dispatch_queue_create("concurrent", DISPATCH_QUEUE_CONCURRENT)}) {
       std::vector<char> runs(rounds, 0);
-      dispatch_apply(rounds, queue, [&](std::size_t i) { ++runs[i]; });
+      dispatch_apply(rounds, queue, [&](std::size_t i) { ++runs.at(i); });
       EXPECT_EQ(runs, std::vector<char>(rounds, 1)) << rounds << " on " << dispatch_queue_get_label(queue);
     }
   }
