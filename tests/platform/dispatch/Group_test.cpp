@@ -1,6 +1,7 @@
 #include "NorvikCore/platform/dispatch/Group.h"
 
 #include "NorvikCore/platform/dispatch/Semaphore.h"
+#include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
 

@@ -1,5 +1,6 @@
 #include "NorvikCore/platform/dispatch/Semaphore.h"
 
+#include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/NSException.h"
 #include "tests/platform/dispatch/Watchdog.h"
 
