@@ -15,6 +15,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <new>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -55,8 +56,22 @@ struct Class::Tables {
   }
 };
 
-Class::Class() : tables_(new Tables) {}
-Class::~Class() = default;
+/// The operations and properties that the class states, in the order in which they are declared.
+struct Class::Lists {
+  std::vector<Property> properties;
+  std::vector<Method> methods, classMethods;
+  std::vector<SEL> selectors;
+  std::vector<const Property*> categoryProperties;
+};
+
+Class::Class() : tables_(new Tables) {
+  static_assert(sizeof(Lists) == sizeof lists_ && alignof(Lists) == alignof(void*));
+  ::new (static_cast<void*>(lists_)) Lists;
+}
+Class::~Class() { lists().~Lists(); }
+
+Class::Lists& Class::lists() noexcept { return *std::launder(reinterpret_cast<Lists*>(lists_)); }
+const Class::Lists& Class::lists() const noexcept { return *std::launder(reinterpret_cast<const Lists*>(lists_)); }
 
 namespace detail {
 namespace {
@@ -167,20 +182,21 @@ struct ClassRegistry {
   }
 
   static void take(Class& made, const Statement& statement) {
+    Class::Lists& lists = made.lists();
     switch (statement.kind) {
       case StatementKind::Property: {
-        made.properties_.push_back(propertyOf(statement, made));
-        const Property& property = made.properties_.back();
-        made.selectors_.emplace_back(property.name);
-        if (!property.setterName.empty()) made.selectors_.emplace_back(property.setterName + ":");
+        lists.properties.push_back(propertyOf(statement, made));
+        const Property& property = lists.properties.back();
+        lists.selectors.emplace_back(property.name);
+        if (!property.setterName.empty()) lists.selectors.emplace_back(property.setterName + ":");
         break;
       }
       case StatementKind::Method:
-        made.methods_.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
-        made.selectors_.push_back(made.methods_.back().selector);
+        lists.methods.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
+        lists.selectors.push_back(lists.methods.back().selector);
         break;
       case StatementKind::ClassMethod:
-        made.classMethods_.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
+        lists.classMethods.push_back({selectorOf(statement), statement.argumentCount, &made, statement.invoke});
         break;
       case StatementKind::Dependency:
         made.tables_->dependencies.emplace_back(permanentText(statement.name), permanentText(statement.text));
@@ -201,9 +217,10 @@ struct ClassRegistry {
     made->answersKeysItself_ = definition.answersKeysItself;
     made->tables_->statements = {definition.statements.begin(), definition.statements.end()};
     for (const Statement& statement : definition.statements) take(*made, statement);
-    for (Property& property : made->properties_) made->tables_->properties[property.name] = &property;
-    for (Method& method : made->methods_) made->tables_->methods[method.selector] = &method;
-    for (Method& method : made->classMethods_) made->tables_->classMethods[method.selector] = &method;
+    const Class::Lists& lists = made->lists();
+    for (const Property& property : lists.properties) made->tables_->properties[property.name] = &property;
+    for (const Method& method : lists.methods) made->tables_->methods[method.selector] = &method;
+    for (const Method& method : lists.classMethods) made->tables_->classMethods[method.selector] = &method;
     return made;
   }
 
@@ -291,7 +308,7 @@ CategoryProperty::CategoryProperty(const Class& extended, const Statement& state
   // Stored apart from the class's own list, because the elements of that list must not move.
   const auto* kept = new Property(propertyOf(statement, extended));
   c.tables_->properties[kept->name] = kept;
-  c.categoryProperties_.push_back(kept);
+  c.lists().categoryProperties.push_back(kept);
 }
 
 std::string sharedNameProblem(const NSString& name) {
@@ -325,10 +342,10 @@ bool Class::isSubclassOf(const Class& other) const noexcept {
   return false;
 }
 
-std::span<const Property> Class::properties() const noexcept { return properties_; }
-std::span<const Method> Class::methods() const noexcept { return methods_; }
-std::span<const Method> Class::classMethods() const noexcept { return classMethods_; }
-std::span<const SEL> Class::selectors() const noexcept { return selectors_; }
+std::span<const Property> Class::properties() const noexcept { return lists().properties; }
+std::span<const Method> Class::methods() const noexcept { return lists().methods; }
+std::span<const Method> Class::classMethods() const noexcept { return lists().classMethods; }
+std::span<const SEL> Class::selectors() const noexcept { return lists().selectors; }
 
 const Property* Class::property(const NSString& key) const noexcept {
   detail::LoadedStatements::enterAll();  // a category may add the property
@@ -352,10 +369,10 @@ const Property* Class::propertyWithAccessor(SEL selector) const noexcept {
     return writes ? property.set && property.setterName == name : property.name == name;
   };
   for (const Class* c = this; c && !name.empty(); c = c->superclass_) {
-    for (const Property& property : c->properties_) {
+    for (const Property& property : c->lists().properties) {
       if (matches(property)) return &property;
     }
-    for (const Property* property : c->categoryProperties_) {
+    for (const Property* property : c->lists().categoryProperties) {
       if (matches(*property)) return property;
     }
   }
@@ -401,7 +418,7 @@ bool Class::sharesName() const noexcept {
 
 std::span<const Property* const> Class::categoryProperties() const noexcept {
   detail::LoadedStatements::enterAll();
-  return categoryProperties_;
+  return lists().categoryProperties;
 }
 
 const Class* Class::named(const NSString& name) {

@@ -123,18 +123,19 @@ class NK_EXPORT Class {
   friend struct detail::CategoryProperty;
   friend struct detail::ClassRegistry;
   struct Tables;
+  struct Lists;
   Class();
   ~Class();
+  [[nodiscard]] Lists& lists() noexcept;
+  [[nodiscard]] const Lists& lists() const noexcept;
 
   NSString name_, qualifiedName_;
   mutable detail::AtomicWord<bool> sharesName_{false};
   const std::type_info* type_ = nullptr;
   std::size_t objectSize_ = 0;
   const Class* superclass_ = nullptr;
-  std::vector<Property> properties_;
-  std::vector<Method> methods_, classMethods_;
-  std::vector<SEL> selectors_;
-  std::vector<const Property*> categoryProperties_;
+  // A Lists. Its five vectors are instantiated in Class.cpp only.
+  alignas(void*) unsigned char lists_[15 * sizeof(void*)];
   detail::Hidden<Tables> tables_;
   Ref<NSObject> (*makeObject_)() = nullptr;
   bool answersKeysItself_ = false;

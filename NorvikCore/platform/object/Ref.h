@@ -73,7 +73,7 @@ class Ref {
     if (object_) detail::retain(object_);
   }
   Ref(const Ref& other) noexcept : Ref(other.object_) {}
-  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  Ref(Ref&& other) noexcept : object_(other.take()) {}
   template <class U>
   requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
   noexcept : Ref(other.get()) {}
@@ -89,7 +89,9 @@ class Ref {
     }
   }
   Ref& operator=(Ref other) noexcept {
-    std::swap(object_, other.object_);
+    T* const before = object_;
+    object_ = other.object_;
+    other.object_ = before;
     return *this;
   }
 
@@ -100,7 +102,11 @@ class Ref {
     return ref;
   }
   /// Empties this Ref and passes its count to the caller.
-  [[nodiscard]] T* take() noexcept { return std::exchange(object_, nullptr); }
+  [[nodiscard]] T* take() noexcept {
+    T* const object = object_;
+    object_ = nullptr;
+    return object;
+  }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
   // In a program compiled without NDEBUG, using an empty Ref ends the process with a message instead of a segmentation

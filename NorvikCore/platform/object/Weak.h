@@ -11,6 +11,9 @@
 
 #include "NorvikCore/platform/object/Ref.h"
 
+#include <compare>
+#include <cstdint>
+
 namespace norvik {
 namespace detail {
 
@@ -36,14 +39,18 @@ class Weak {
   Weak(const Weak& other) noexcept : object_(other.object_), record_(other.record_) {
     if (record_) detail::retain(record_);
   }
-  Weak(Weak&& other) noexcept
-      : object_(std::exchange(other.object_, nullptr)), record_(std::exchange(other.record_, nullptr)) {}
+  Weak(Weak&& other) noexcept : object_(other.object_), record_(other.record_) {
+    other.object_ = nullptr;
+    other.record_ = nullptr;
+  }
   ~Weak() {
     if (record_) detail::release(record_);
   }
   Weak& operator=(Weak other) noexcept {
-    std::swap(object_, other.object_);
-    std::swap(record_, other.record_);
+    object_ = other.object_;
+    detail::SideRecord* const before = record_;
+    record_ = other.record_;
+    other.record_ = before;
     return *this;
   }
 
@@ -65,7 +72,7 @@ class Weak {
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.record_ == b.record_; }
   /// An order for keys, which stays the same when the object is destroyed, and differs from one run to the next.
   friend std::strong_ordering operator<=>(const Weak& a, const Weak& b) noexcept {
-    return std::compare_three_way()(a.record_, b.record_);
+    return reinterpret_cast<std::uintptr_t>(a.record_) <=> reinterpret_cast<std::uintptr_t>(b.record_);
   }
 
  private:

@@ -36,7 +36,6 @@
 
 #include <compare>
 #include <cstddef>
-#include <cstring>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -108,8 +107,10 @@ class NK_EXPORT NSString {
   NSString(const Text& text) : NSString(fromUnicode(text)) {}  // NOLINT(google-explicit-constructor): text
 
   constexpr NSString(const NSString& other) noexcept : data_(other.data_), bits_(other.bits_) { retain(); }
-  constexpr NSString(NSString&& other) noexcept
-      : data_(std::exchange(other.data_, "")), bits_(std::exchange(other.bits_, asciiBit)) {}
+  constexpr NSString(NSString&& other) noexcept : data_(other.data_), bits_(other.bits_) {
+    other.data_ = "";
+    other.bits_ = asciiBit;
+  }
   constexpr NSString& operator=(const NSString& other) noexcept {
     other.retain();
     release();
@@ -119,8 +120,12 @@ class NK_EXPORT NSString {
   }
   constexpr NSString& operator=(NSString&& other) noexcept {
     NSString taken(std::move(other));
-    std::swap(data_, taken.data_);
-    std::swap(bits_, taken.bits_);
+    const char* const data = data_;
+    const std::size_t bits = bits_;
+    data_ = taken.data_;
+    bits_ = taken.bits_;
+    taken.data_ = data;
+    taken.bits_ = bits;
     return *this;
   }
   constexpr ~NSString() { release(); }
@@ -139,7 +144,7 @@ class NK_EXPORT NSString {
   [[nodiscard]] constexpr std::string_view view() const noexcept { return {data_, byteCount()}; }
   /// view(), without a copy. Explicit, because the view is valid only while the text lives.
   explicit constexpr operator std::string_view() const noexcept { return view(); }
-  [[nodiscard]] std::string str() const { return std::string(view()); }
+  [[nodiscard]] std::string str() const { return {data_, byteCount()}; }
   explicit operator std::string() const { return str(); }
   /// Always UTF-8: each lone half becomes U+FFFD. This form is printed.
   [[nodiscard]] std::string utf8() const;
