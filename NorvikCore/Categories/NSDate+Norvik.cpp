@@ -1,6 +1,7 @@
 #include "NorvikCore/Categories/NSDate+Norvik.h"
 
 #include "NorvikCore/Categories/internal/AbsentArgument.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/foundation/NSCalendar.h"
 #include "NorvikCore/platform/kernel/MadeOnce.h"
 #include "NorvikCore/platform/values/CivilDate.h"

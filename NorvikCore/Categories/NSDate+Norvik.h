@@ -15,14 +15,16 @@
 // Every function is pure, takes constant time, allocates nothing and is safe on any thread, unless it says otherwise.
 #pragma once
 
-#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/export.h"
+#include "NorvikCore/platform/object/Ref.h"
 #include "NorvikCore/platform/values/Date.h"
 #include "NorvikCore/platform/values/NSInteger.h"
 
 #include <optional>
 
 namespace norvik {
+
+class NSArray;
 
 /// 00:00:00 UTC of the given day. Parts out of range carry over: month 13 is January of the next year, day 0 the last
 /// day of the month before.
@@ -41,7 +43,7 @@ namespace norvik {
 /// False if there is no current date.
 [[nodiscard]] NK_EXPORT bool nk_isLocalCalendarToday(Date date);
 
-/// "Sunday" ... "Saturday": the name of weekday w is at w - 1. Always the same object.
+/// "Sunday" ... "Saturday": the name of weekday w is at w - 1. Always the same object. Include NSArray.h to read it.
 [[nodiscard]] NK_EXPORT const Ref<NSArray>& nk_weekDayNames();
 
 // Counts may be negative. Hours are elapsed time; the other functions keep the time of day.

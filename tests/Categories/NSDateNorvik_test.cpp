@@ -7,6 +7,7 @@
 #include <random>
 
 #include "NorvikCore/Categories/NSCalendar+Norvik.h"
+#include "NorvikCore/platform/collections/NSArray.h"
 #include "NorvikCore/platform/values/Date_literals.h"
 #include "NorvikCore/platform/values/NSException.h"
 
