@@ -10,6 +10,7 @@
 // Code that runs on both queues enters the logging queue first, never the other way round.
 #pragma once
 
+#include "NorvikCore/logging/DDLog.h"  // for DDLog::addLogger()
 #include "NorvikCore/logging/DDLogger.h"
 #include "NorvikCore/platform/export.h"
 

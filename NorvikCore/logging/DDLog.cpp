@@ -65,12 +65,22 @@ void DDLog::queueLogMessage(const Ref<DDLogMessage>& logMessage, bool asynchrono
 void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                 const Value& tag, const RuntimeFormat& format, FormatArguments arguments) {
   if (!format.text) return;
-  logNow(asynchronous, {level, flag, context, line, file, function}, &tag, format.text->view(), arguments);
+  detail::logNow(asynchronous, {level, flag, context, line, file, function}, &tag, format.text->view(), arguments);
 }
 
 void DDLog::log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                 std::nullptr_t, const RuntimeFormat& format, FormatArguments arguments) {
   log(asynchronous, level, flag, context, file, function, line, Value(), format, arguments);
+}
+
+void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
+                     const detail::FormatArgument* arguments) {
+  detail::logLater(site, tag, format, {sizes.format, sizes.arguments}, arguments);
+}
+
+void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
+                   FormatArguments arguments) {
+  detail::logNow(asynchronous, site, tag, format, arguments);
 }
 
 void DDLog::flushLog() { LogPipeline::shared().flush(); }

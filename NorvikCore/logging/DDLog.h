@@ -44,6 +44,7 @@
 
 #include "NorvikCore/logging/DDLogMessage.h"
 #include "NorvikCore/logging/DDLogger.h"
+#include "NorvikCore/logging/LogCall.h"
 #include "NorvikCore/logging/LogLevel.h"
 #include "NorvikCore/platform/dispatch/Queue.h"
 #include "NorvikCore/platform/export.h"
@@ -97,12 +98,12 @@ class NK_EXPORT DDLog : public NSObject {
   template <FormatArgumentType... Args>
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   const Value& tag, FormatStringFor<Args...> format, const Args&... arguments) {
-    logTagged(asynchronous, {level, flag, context, line, file, function}, &tag, format, arguments...);
+    detail::logTagged(asynchronous, {level, flag, context, line, file, function}, &tag, format, arguments...);
   }
   template <std::same_as<std::nullptr_t> NoTag, FormatArgumentType... Args>
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
                   NoTag, FormatStringFor<Args...> format, const Args&... arguments) {
-    logTagged(asynchronous, {level, flag, context, line, file, function}, nullptr, format, arguments...);
+    detail::logTagged(asynchronous, {level, flag, context, line, file, function}, nullptr, format, arguments...);
   }
   /// The same with a list of arguments, for code that passes its arguments on (FormatArgumentList).
   static void log(bool asynchronous, int level, int flag, int context, const char* file, const char* function, int line,
@@ -138,25 +139,12 @@ class NK_EXPORT DDLog : public NSObject {
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
 
  private:
-  template <class... Args>
-  static void logTagged(bool asynchronous, const detail::LogSite& site, const Value* tag,
-                        FormatStringFor<Args...> format, const Args&... arguments) {
-    if (format.isAbsent()) return;
-    const FormatArgumentList list(arguments...);
-    if (asynchronous && format.canWait()) {
-      logLater(site, tag, format.view().data(), {static_cast<std::uint32_t>(format.view().size()), sizeof...(Args)},
-               FormatArguments(list).data());
-    } else {
-      logNow(asynchronous, site, tag, format.view(), list);
-    }
-  }
-  /// The length of a literal format and the number of its arguments, in one register, so that the code of a call is
-  /// small.
+  // Programs that were compiled with version 0.2.0 call these for a log call.
   struct Sizes {
     std::uint32_t format, arguments;
   };
-  NK_NO_PLT static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
-                                 const detail::FormatArgument* arguments);
+  static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
+                       const detail::FormatArgument* arguments);
   static void logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
                      FormatArguments arguments);
 };

@@ -10,9 +10,12 @@
 //
 //   #undef NK_LOG_LEVEL
 //   #define NK_LOG_LEVEL Submission::ddLogLevel()
+//
+// Code that adds or flushes loggers also includes DDLog.h, or the header of a logger, which includes it.
 #pragma once
 
-#include "NorvikCore/logging/DDLog.h"
+#include "NorvikCore/logging/LogCall.h"
+#include "NorvikCore/logging/LogLevel.h"
 
 #ifndef NK_LOG_LEVEL
 #define NK_LOG_LEVEL ::norvik::ddLogLevel
@@ -24,9 +27,8 @@
 #define DDLogDebug(...) NK_LOG(::norvik::LOG_FLAG_DEBUG, __VA_ARGS__)
 #define DDLogVerbose(...) NK_LOG(::norvik::LOG_FLAG_VERBOSE, __VA_ARGS__)
 
-#define NK_LOG(flag, ...)                                                                                            \
-  do {                                                                                                               \
-    if (const int nk_level = NK_LOG_LEVEL; (nk_level & flag) != 0) [[unlikely]]                                      \
-      ::norvik::DDLog::log(true, nk_level, flag, 0, __FILE__, static_cast<const char*>(__func__), __LINE__, nullptr, \
-                           __VA_ARGS__);                                                                             \
+#define NK_LOG(flag, ...)                                                                                             \
+  do {                                                                                                                \
+    if (const int nk_level = NK_LOG_LEVEL; (nk_level & flag) != 0) [[unlikely]]                                       \
+      ::norvik::detail::logCall(nk_level, flag, __FILE__, static_cast<const char*>(__func__), __LINE__, __VA_ARGS__); \
   } while (false)

@@ -21,12 +21,6 @@ namespace norvik {
 namespace detail {
 class LogFanOut;
 class LogRecord;
-
-/// The source location and the kind of a log call.
-struct LogSite {
-  int level, flag, context, line;
-  const char *file, *function;
-};
 }  // namespace detail
 
 /// The last component of a path without its extension: "/a/b/File.m" gives "File". Returns nothing for a null path. The

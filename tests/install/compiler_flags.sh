@@ -32,7 +32,7 @@ values=NorvikCore/platform/values objects=NorvikCore/platform/object
 refused "NorvikCore reports errors by exceptions: compile without -fno-exceptions" $values/Decimal.h -fno-exceptions
 refused "The objects of NorvikCore need run-time type information: compile without -fno-rtti" $objects/Value.h -fno-rtti
 refused "The objects of NorvikCore need run-time type information: compile without -fno-rtti" \
-  NorvikCore/logging/DDLogMacros.h -fno-rtti
+  NorvikCore/logging/DDLog.h -fno-rtti
 compiles $values/Decimal.h -fno-rtti
 refused "NorvikCore and the program must agree on _GLIBCXX_DEBUG" $values/NSString.h -D_GLIBCXX_DEBUG
 refused "NorvikCore and the program must agree on _GLIBCXX_DEBUG" $values/NSString.h -DNORVIK_GLIBCXX_DEBUG

@@ -153,27 +153,26 @@ void LogIntake::post(Letter* claimed, const Fill& fill) {
   }
 }
 
-}  // namespace detail
-
-void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
-                     const detail::FormatArgument* arguments) {
-  (void)detail::LogPipeline::shared();
-  detail::LogIntake::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
+void logLater(const LogSite& site, const Value* tag, const char* format, LogSizes sizes,
+              const FormatArgument* arguments) {
+  (void)LogPipeline::shared();
+  LogIntake::queueCall(site, {{format, sizes.format}, {arguments, sizes.arguments}, tag});
 }
 
-/// Forms the text during the call.
-void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
-                   FormatArguments arguments) {
+void logNow(bool asynchronous, const LogSite& site, const Value* tag, std::string_view format,
+            FormatArguments arguments) {
   const NSString text = stringWithFormatArguments(format, arguments);
-  detail::LogCrash::cover();
+  LogCrash::cover();
   if (asynchronous) {
     const FormatArgumentList list(text);
     logLater(site, tag, "%@", {2, 1}, FormatArguments(list).data());
   } else {
-    queueLogMessage(DDLogMessage::initWithLogMsg(text, site.level, site.flag, site.context, site.file, site.function,
-                                                 site.line, tag ? *tag : Value(), 0),
-                    false);
+    DDLog::queueLogMessage(DDLogMessage::initWithLogMsg(text, site.level, site.flag, site.context, site.file,
+                                                        site.function, site.line, tag ? *tag : Value(), 0),
+                           false);
   }
 }
+
+}  // namespace detail
 
 }  // namespace norvik

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "NorvikCore/logging/DDLogMessage.h"
+#include "NorvikCore/logging/LogCall.h"
 #include "NorvikCore/platform/dispatch/internal/Mailbox.h"
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/object/Value.h"
