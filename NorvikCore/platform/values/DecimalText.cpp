@@ -116,24 +116,34 @@ const char* readExponent(const char* p, const char* last, std::int64_t& exponent
   return q;
 }
 
-/// The fast path for most texts: true if the whole text is [-]digits[.digits], of four to eight characters after the
-/// sign.
-[[gnu::always_inline]] inline bool readShort(const char* first, const char* last, Decimal& value) noexcept {
+/// mantissa * 10^exponent, of at most eight digits.
+struct ShortNumber {
+  std::uint64_t mantissa;
+  int exponent;
+  bool isNegative;
+
+  [[nodiscard]] Decimal value() const noexcept {
+    return DecimalAccess::make(mantissa, exponent, isNegative & (mantissa != 0));  // not &&: signs are not predictable
+  }
+};
+
+/// The fast path for most texts: true if the whole text is [-]digits[.digits] or [-].digits, of four to eight
+/// characters after the sign. Gives the number in parts, so that they stay in registers.
+[[gnu::always_inline]] inline bool readShort(const char* first, const char* last, ShortNumber& number) noexcept {
   if (first == last) return false;
-  const bool negative = *first == '-';
-  const char* const p = first + static_cast<std::ptrdiff_t>(negative);
+  number.isNegative = *first == '-';
+  const char* const p = first + static_cast<std::ptrdiff_t>(number.isNegative);
   if (static_cast<std::size_t>(last - p - 4) > 4u) return false;
   std::uint64_t digits = readDigits(p, last - p);
-  int places = 0;
+  number.exponent = 0;
   if (const std::uint64_t others = marksOfOthers(digits); others != 0) {
-    places = bytesAbove(others);
-    const char* const point = last - 1 - places;
-    if ((others & (others - 1)) != 0 || *point != '.' || point == p) return false;
+    const int place = highestByte(others);
+    if ((others & (others - 1)) != 0 || last[place - 8] != '.') return false;
+    number.exponent = place - 7;
     const std::uint64_t below = (others >> 7) - 1;
     digits = (digits & below) << 8 | (digits & ~below << 8);  // without the point
   }
-  const std::uint64_t mantissa = numberOf(digits);
-  value = DecimalAccess::make(mantissa, -places, negative & (mantissa != 0));  // not &&: signs are not predictable
+  number.mantissa = numberOf(digits);
   return true;
 }
 
@@ -246,7 +256,10 @@ char* writeDecimal(char* out, const Decimal& value) noexcept {
 }
 
 ReadResult readDecimal(const char* first, const char* last, Decimal& value) noexcept {
-  if (readShort(first, last, value)) return {last, ReadOutcome::number};
+  if (ShortNumber number; readShort(first, last, number)) {
+    value = number.value();
+    return {last, ReadOutcome::number};
+  }
   if (const char* const end = readPlain(first, last, value)) return {end, ReadOutcome::number};
   return readAny(first, last, value);
 }
@@ -281,19 +294,25 @@ inline std::string shortText(const Decimal& value) {
   return result.outcome == detail::ReadOutcome::number && result.end == last;
 }
 
+[[gnu::noinline]] Decimal longNumber(std::string_view text) noexcept {
+  Decimal value;
+  return readWhole(text, value) ? value : Decimal::notANumber();
+}
+
 }  // namespace
 
 std::optional<Decimal> Decimal::parse(std::string_view text) noexcept {
+  if (detail::ShortNumber number; detail::readShort(text.data(), text.data() + text.size(), number)) [[likely]]
+    return number.value();
   std::optional<Decimal> value(std::in_place);
-  if (!detail::readShort(text.data(), text.data() + text.size(), *value) && !readWhole(text, *value)) value.reset();
+  if (!readWhole(text, *value)) value.reset();
   return value;
 }
 
 Decimal Decimal::decimalNumberWithString(std::string_view text) noexcept {
-  Decimal value;
-  if (!detail::readShort(text.data(), text.data() + text.size(), value) && !readWhole(text, value))
-    value = notANumber();
-  return value;
+  if (detail::ShortNumber number; detail::readShort(text.data(), text.data() + text.size(), number)) [[likely]]
+    return number.value();
+  return longNumber(text);
 }
 
 std::string Decimal::stringValue() const { return detail::isShort(*this) ? shortText(*this) : longText(*this); }

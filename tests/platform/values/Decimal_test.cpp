@@ -459,6 +459,31 @@ TEST(Decimal, ReadsAndPrintsTextsOfEveryLength) {
   }
 }
 
+TEST(Decimal, NoOtherCharacterCountsAsADigitOrAsThePoint) {
+  for (const std::string text : {"9999", "999.99", "-999.99", "99999.99", "9.999999", "-9999999", "99999999"}) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      for (int code = 0; code < 256; ++code) {
+        const char character = static_cast<char>(code);
+        if (std::string_view("0123456789.Ee+-").find(character) != std::string_view::npos) continue;
+        std::string wrong = text;
+        wrong[i] = character;
+        EXPECT_EQ(Decimal::parse(wrong), std::nullopt) << text << " with " << code << " at " << i;
+      }
+    }
+  }
+}
+
+TEST(Decimal, DigitsMayBeMissingBeforeOrAfterThePoint) {
+  const struct {
+    const char *text, *shown;
+  } rows[] = {
+      {".5", "0.5"},       {".500", "0.500"},    {"-.500", "-0.500"},  {".5000000", "0.5000000"},
+      {"5.", "5"},         {"500.", "500"},      {"-500.", "-500"},    {"5000000.", "5000000"},
+      {".0000", "0.0000"}, {"-.0000", "0.0000"}, {"-0000.00", "0.00"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Decimal::decimalNumberWithString(row.text).stringValue(), row.shown);
+}
+
 TEST(Decimal, NamedOperationsWithoutABehaviourAreTheOperators) {
   EXPECT_EQ((1.5_dec).decimalNumberByAdding(2).stringValue(), "3.5");
   EXPECT_EQ((1.5_dec).decimalNumberBySubtracting(2).stringValue(), "-0.5");

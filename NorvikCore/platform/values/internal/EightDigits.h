@@ -45,7 +45,7 @@ inline std::uint64_t readWord(const char* p, std::ptrdiff_t count) noexcept {
 inline std::uint64_t readDigits(const char* p, std::ptrdiff_t count) noexcept {
   const std::ptrdiff_t empty = 8 * (8 - count);
   const std::uint64_t text = readFour(p) << empty | readFour(p + count - 4) << 32;  // they may overlap
-  return (text ^ everyByte * '0') & ~std::uint64_t{0} << empty;
+  return text ^ everyByte * '0' << empty;
 }
 
 inline void writeWord(char* out, std::uint64_t word) noexcept {
@@ -57,9 +57,10 @@ inline void writeWord(char* out, UInt128 word) noexcept {
   writeWord(out + 8, high64(word));
 }
 
-/// The top bit of every byte that is greater than 9.
+/// The top bit of every byte that is greater than 9. A byte that is not ASCII may also carry into the one above it, so
+/// that a 9 there is marked too.
 inline std::uint64_t marksOfOthers(std::uint64_t digits) noexcept {
-  return (((digits & everyByte * 0x7F) + everyByte * (0x7F - 9)) | digits) & everyByte * 0x80;
+  return ((digits + everyByte * (0x7F - 9)) | digits) & everyByte * 0x80;
 }
 
 /// The number of zero bytes below the lowest byte that is not zero.
@@ -67,8 +68,8 @@ inline int bytesBelow(std::uint64_t word) noexcept { return std::countr_zero(wor
 inline int bytesBelow(UInt128 word) noexcept {
   return low64(word) != 0 ? bytesBelow(low64(word)) : 8 + bytesBelow(high64(word));
 }
-/// The number of zero bytes above the highest byte that is not zero.
-inline int bytesAbove(std::uint64_t word) noexcept { return std::countl_zero(word) / 8; }
+/// The place of the highest byte that is not zero, 0 to 7. The word is not 0.
+inline int highestByte(std::uint64_t word) noexcept { return (63 ^ std::countl_zero(word)) / 8; }
 
 /// The number of which a word has the digits.
 inline std::uint64_t numberOf(std::uint64_t digits) noexcept {
