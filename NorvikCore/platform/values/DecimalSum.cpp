@@ -3,11 +3,27 @@
 #include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 
 namespace norvik {
+namespace {
 
-Decimal DecimalSum::value() const noexcept {
-  return exponent_ == noExponent ? wide_ : detail::fromSigned(total_, exponent_);
+// Programs that were compiled with version 0.2.0 call this function, which was not inline.
+[[gnu::used]] constexpr auto calledValue = &DecimalSum::value;
+
+}  // namespace
+
+Decimal DecimalSum::valueOf(detail::Int128 total, Decimal wide, int exponent) noexcept {
+  return exponent == noExponent ? wide : detail::fromSigned(total, exponent);
 }
 
+DecimalSum DecimalSum::sumOf(detail::Int128 total, Decimal wide, int exponent, const Decimal& number) {
+  DecimalSum sum;
+  sum.total_ = total;
+  sum.wide_ = wide;
+  sum.exponent_ = exponent;
+  sum.addWide(number);
+  return sum;
+}
+
+/// Also called by programs that were compiled with version 0.2.0.
 void DecimalSum::addWide(const Decimal& number) {
   const int shift = number.exponent() - exponent_;
   if (number.high_ == 0 && exponent_ != noExponent && shift >= 0 && shift <= detail::longestAlignment) {

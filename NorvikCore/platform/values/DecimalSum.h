@@ -33,16 +33,28 @@ class NK_EXPORT DecimalSum {
         return *this;
       }
     }
-    addWide(number);
+    // No address of this object is passed on, here and in value(), so that a sum that is a local variable stays in
+    // registers during a loop.
+    const DecimalSum sum = sumOf(total_, wide_, exponent_, number);
+    total_ = sum.total_;
+    wide_ = sum.wide_;
+    exponent_ = sum.exponent_;
     return *this;
   }
 
-  /// Adds `count` consecutive numbers.
+  /// Adds `count` consecutive numbers. If an addition raises, the numbers before it were added.
   void add(const Decimal* numbers, std::size_t count) {
-    for (const Decimal* number = numbers; number != numbers + count; ++number) *this += *number;
+    DecimalSum sum = *this;
+    try {
+      for (const Decimal* number = numbers; number != numbers + count; ++number) sum += *number;
+    } catch (...) {
+      *this = sum;
+      throw;
+    }
+    *this = sum;
   }
 
-  [[nodiscard]] Decimal value() const noexcept;
+  [[nodiscard]] NK_EXPORT Decimal value() const noexcept { return valueOf(total_, wide_, exponent_); }
 
  private:
   static constexpr int noExponent = 1000;  // no number has it, so every addition takes the wide path
@@ -52,6 +64,8 @@ class NK_EXPORT DecimalSum {
     return static_cast<std::uint64_t>(static_cast<detail::UInt128>(sum) >> 64) + (std::uint64_t{1} << 62) <
            std::uint64_t{1} << 63;
   }
+  static DecimalSum sumOf(detail::Int128 total, Decimal wide, int exponent, const Decimal& number);
+  static Decimal valueOf(detail::Int128 total, Decimal wide, int exponent) noexcept;
   void addWide(const Decimal& number);
 
   detail::Int128 total_ = 0;  // in units of 10^exponent_

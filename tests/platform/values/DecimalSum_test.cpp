@@ -62,5 +62,12 @@ TEST(DecimalSum, AnOverflowRaisesAndLeavesTheSumAsItWas) {
   EXPECT_EQ(sum.value(), Decimal::maximumDecimalNumber());
 }
 
+TEST(DecimalSum, KeepsTheNumbersBeforeOneWhoseAdditionRaises) {
+  const std::vector<Decimal> numbers{-5, Decimal::maximumDecimalNumber(), Decimal::maximumDecimalNumber(), 7};
+  DecimalSum sum;
+  EXPECT_THROW(sum.add(numbers.data(), numbers.size()), NSException);
+  EXPECT_EQ(sum.value(), Decimal::maximumDecimalNumber() - 5);
+}
+
 }  // namespace
 }  // namespace norvik
