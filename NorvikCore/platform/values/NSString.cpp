@@ -7,6 +7,7 @@
 #include "NorvikCore/platform/values/internal/Utf8Words.h"
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <ostream>
@@ -27,6 +28,20 @@ char* newBytes(std::size_t size) {
   return bytes;
 }
 
+inline void deleteStorage(detail::StringStorage* header) noexcept {
+  header->~StringStorage();
+  ::operator delete(header);
+}
+
+// Not inlined, so that the frequent cases save few registers.
+
+[[gnu::noinline]] void assignBytes(NSString& text, std::string_view bytes) { text = NSString::fromBytes(bytes); }
+
+[[gnu::noinline]] void deleteWithIndex(detail::StringStorage* header) noexcept {
+  delete header->index.loadRelaxed();
+  deleteStorage(header);
+}
+
 void appendHalf(std::string& out, char16_t half) { out += utf8::encode(half).view(); }
 
 }  // namespace
@@ -44,19 +59,18 @@ std::size_t NSString::flagsOf(std::string_view bytes) noexcept {
 
 void NSString::copyBytes(std::string_view bytes) {
   constexpr std::size_t longest = 128;
-  if (bytes.size() - 8 <= longest - 8) [[likely]] {
-    char* copy = newBytes(bytes.size());
-    data_ = copy;
-    if (detail::copyingIsAscii(copy, bytes)) [[likely]] {
-      bits_ = bytes.size() << sizeShift | countedBit | asciiBit;
-      return;
-    }
-    bits_ = bytes.size() << sizeShift | countedBit;
-    if (isValidByWords(bytes)) return;
-    release();
-    bits_ = 0;  // fromBytes may raise
-  }
-  *this = fromBytes(bytes);
+  if (bytes.size() - 1 > longest - 1) [[unlikely]]
+    return assignBytes(*this, bytes);
+  char* copy = newBytes(bytes.size());
+  data_ = copy;
+  bits_ = bytes.size() << sizeShift | countedBit | asciiBit;
+  if (detail::copyingIsAscii(copy, bytes)) [[likely]]
+    return;
+  bits_ &= ~asciiBit;
+  if (isValidByWords(bytes)) return;
+  release();
+  bits_ = 0;  // fromBytes may raise
+  assignBytes(*this, bytes);
 }
 
 void NSString::raiseNullPointer() {
@@ -69,10 +83,9 @@ void NSString::releaseStorage() noexcept {
   detail::StringStorage* const header = storage();
   // The only owner needs no locked subtraction, because no other thread can take a reference from it meanwhile.
   if (header->references.loadAcquire() != 1 && header->references.subtractAcquireRelease(1) != 1) return;
-  if (const detail::StringIndex* index = header->index.loadRelaxed()) [[unlikely]]
-    delete index;
-  header->~StringStorage();
-  ::operator delete(header);
+  if (header->index.loadRelaxed() != nullptr) [[unlikely]]
+    return deleteWithIndex(header);
+  deleteStorage(header);
 }
 
 std::optional<NSString> NSString::fromUtf8(std::string_view text) {

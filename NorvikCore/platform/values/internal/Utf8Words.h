@@ -44,19 +44,28 @@ namespace norvik::detail {
   return isAsciiWord(last);
 }
 
-/// Copies the text, of eight bytes or more, and returns whether it is ASCII. For texts of a line or less, which it
-/// reads only once, it is faster than a copy after a check.
+/// Copies the text, of one byte or more, and returns whether it is ASCII. For texts of a line or less, which it reads
+/// only once, it is faster than a copy after a check.
 [[nodiscard]] inline bool copyingIsAscii(char* to, std::string_view text) noexcept {
   std::uint64_t all = 0;
-  const auto copyWord = [&](std::size_t at) {
-    std::uint64_t word;
+  const auto copyWord = [&]<class Word>(std::size_t at, Word word) {
     std::memcpy(&word, text.data() + at, sizeof word);
     std::memcpy(to + at, &word, sizeof word);
     all |= word;
   };
-  const std::size_t last = text.size() - 8;
-  for (std::size_t at = 0; at < last; at += 8) copyWord(at);
-  copyWord(last);
+  const auto copyEnds = [&](auto word) {  // which may overlap
+    copyWord(0, word);
+    copyWord(text.size() - sizeof word, word);
+  };
+  if (text.size() >= 8) [[likely]] {
+    copyEnds(std::uint64_t{});
+    for (std::size_t at = 8; at + 8 < text.size(); at += 8) copyWord(at, std::uint64_t{});
+  } else if (text.size() >= 4) {
+    copyEnds(std::uint32_t{});
+  } else {
+    copyEnds(std::uint8_t{});
+    copyWord(text.size() / 2, std::uint8_t{});
+  }
   return (all & 0x8080808080808080u) == 0;
 }
 
