@@ -233,7 +233,8 @@ NSString NSDateFormatter::localizedStringFromDate(Date date, NSDateFormatterStyl
 }
 
 NSDateFormatter::Engine& NSDateFormatter::engine() const {
-  if (!engine_) engine_ = detail::Hidden<Engine>(new Engine(*this));
+  if (!engine_) [[unlikely]]
+    engine_ = detail::Hidden<Engine>(new Engine(*this));
   return *engine_;
 }
 

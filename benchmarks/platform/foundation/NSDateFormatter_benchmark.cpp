@@ -3,9 +3,9 @@
 //
 // 2026-11-23, Intel Xeon of 2.5 GHz (Cascade Lake), two virtual cores, very busy, g++ 12.2, -O2; CPU ns, medians of 5
 // runs:
-//   log stamp in London 41, ICU 3018 (73 times as fast)      date, shuffled, in London 46, ICU 1536 (33)
-//   date and time in UTC 33, ICU 1960 (59)                   payment date 61, ICU 1125 (18)
-//   message date in London 74, ICU 2021 (27)                 words in London 56, ICU 1955 (35)
+//   log stamp in London 41, ICU 3018 (73 times as fast)      date, shuffled, in London 41, ICU 1466 (36)
+//   date and time in UTC 30, ICU 1926 (63)                   payment date 57, ICU 1078 (19)
+//   message date in London 70, ICU 1997 (29)                 words in London 55, ICU 1932 (35)
 //   hour in London 27, ICU 306 (11)
 #include "NorvikCore/platform/foundation/NSDateFormatter.h"
 

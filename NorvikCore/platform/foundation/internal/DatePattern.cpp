@@ -29,8 +29,24 @@ char* writeOffset(char* out, std::int32_t seconds) noexcept {
   return writeNumber(writeNumber(out, minutes / 60, 2), minutes % 60, 2);
 }
 
-/// The fields that may be pairs. write() has their numbers in this order, then the century.
+/// The fields that may be pairs. PairNumbers has their numbers in this order, then the century.
 constexpr std::string_view pairFields = "yMdHms";
+
+struct PairNumbers {
+  PairNumbers(const CivilDate& date, std::uint32_t secondOfDay) noexcept
+      : numbers{static_cast<std::uint32_t>(date.year) % 100,
+                static_cast<std::uint32_t>(date.month),
+                static_cast<std::uint32_t>(date.day),
+                secondOfDay / 3600,
+                secondOfDay / 60 % 60,
+                secondOfDay % 60,
+                static_cast<std::uint32_t>(date.year) / 100} {}
+  std::uint32_t operator[](std::size_t index) const noexcept { return numbers[index]; }
+
+  std::uint32_t numbers[pairFields.size() + 1];
+};
+
+bool isInRange(std::int64_t year) noexcept { return year >= 1 && year <= 9999; }
 
 /// The index, from 0, of the name among the field's names.
 std::size_t nameIndex(char field, const CivilDate& date, std::uint32_t hour, std::int64_t day) noexcept {
@@ -139,6 +155,7 @@ void DatePattern::formPairs() {
     }
   }
   items_ = std::move(formed);
+  hasOnlyPairs_ = std::ranges::all_of(items_, [](const Item& item) { return item.kind == Kind::Pair; });
 }
 
 void DatePattern::writeMillisecond(char* text, std::int32_t millisecond) noexcept {
@@ -149,20 +166,36 @@ void DatePattern::writeMillisecond(char* text, std::int32_t millisecond) noexcep
 
 std::size_t DatePattern::write(char (&text)[maximalLength], const Fields& fields,
                                std::size_t* millisecondAt) const noexcept {
+  return hasOnlyPairs_ ? writePairs(text, fields) : writeItems(text, fields, millisecondAt);
+}
+
+/// Apart from writeItems(), because it needs few registers.
+[[gnu::noinline]] std::size_t DatePattern::writePairs(char* text, const Fields& fields) const noexcept {
   const CivilDate date = civilDate(fields.day);
-  if (date.year < 1 || date.year > 9999 || (needsOffset_ && fields.offset % 60 != 0)) return 0;
+  if (!isInRange(date.year)) return 0;
+  const PairNumbers pairs(date, static_cast<std::uint32_t>(fields.secondOfDay));
+  char* out = text;
+  for (const Item& item : items_) {
+    writeDigitPair(out, pairs[item.start]);
+    out[2] = item.field;  // without a sign, the next item overwrites it
+    out += item.size;
+  }
+  return static_cast<std::size_t>(out - text);
+}
+
+[[gnu::noinline]] std::size_t DatePattern::writeItems(char* text, const Fields& fields,
+                                                      std::size_t* millisecondAt) const noexcept {
+  const CivilDate date = civilDate(fields.day);
+  if (!isInRange(date.year) || (needsOffset_ && fields.offset % 60 != 0)) return 0;
   const auto year = static_cast<std::uint32_t>(date.year);
-  const auto secondOfDay = static_cast<std::uint32_t>(fields.secondOfDay);
-  const std::uint32_t hour = secondOfDay / 3600, minute = secondOfDay / 60 % 60, second = secondOfDay % 60;
+  const PairNumbers pairs(date, static_cast<std::uint32_t>(fields.secondOfDay));
+  const std::uint32_t hour = pairs[3], minute = pairs[4], second = pairs[5];
   CivilWeek week;
   if (needsWeek_) {
     week = weekOfYear(fields.day, fields.firstWeekday, fields.minimumDays);
-    if (week.year < 1 || week.year > 9999) return 0;
+    if (!isInRange(week.year)) return 0;
   }
 
-  const std::uint32_t pairs[pairFields.size() + 1] = {
-      year % 100, static_cast<std::uint32_t>(date.month), static_cast<std::uint32_t>(date.day), hour, minute, second,
-      year / 100};
   char* out = text;
   for (const Item& item : items_) {
     const std::uint32_t size = item.size;

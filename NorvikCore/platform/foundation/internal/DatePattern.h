@@ -61,6 +61,8 @@ class NK_EXPORT_FOR_TESTS DatePattern {
  private:
   DatePattern() = default;
   void formPairs();
+  std::size_t writePairs(char* text, const Fields& fields) const noexcept;
+  std::size_t writeItems(char* text, const Fields& fields, std::size_t* millisecondAt) const noexcept;
 
   enum class Kind : std::uint8_t { Text, Number, Name, Pair };
   /// A piece of literal text, a field of digits, a field in words, or a pair: a number of two digits, with the sign
@@ -78,7 +80,7 @@ class NK_EXPORT_FOR_TESTS DatePattern {
   std::vector<Item> items_;
   std::vector<Word> words_;
   std::string literals_;  // including the words
-  bool needsWeek_ = false, needsOffset_ = false, isSteadyWithinSecond_ = true;
+  bool needsWeek_ = false, needsOffset_ = false, isSteadyWithinSecond_ = true, hasOnlyPairs_ = false;
 };
 
 }  // namespace norvik::detail
