@@ -215,6 +215,9 @@ TEST(NSString, SurvivesAssignmentToItself) {
   const NSString& same = text;
   text = same;
   EXPECT_EQ(text, "self");
+  NSString& moved = text;
+  text = std::move(moved);
+  EXPECT_EQ(text, "self");  // NOLINT(bugprone-use-after-move): that is the subject
 }
 
 TEST(NSString, CountsAndReadsUtf16Units) {

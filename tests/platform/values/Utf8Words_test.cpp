@@ -60,6 +60,22 @@ TEST(Utf8Words, AWrongByteIsFoundAtEveryPlace) {
   }
 }
 
+TEST(Utf8Words, ACopyHasEveryByteInItsPlaceAndNoneBeyond) {
+  std::string text;
+  for (std::size_t size = 1; size <= 100; ++size) {
+    text += static_cast<char>(' ' + size % 95);
+    std::string copy(size + 2, '#');
+    EXPECT_TRUE(copyingIsAscii(copy.data() + 1, text)) << size;
+    EXPECT_EQ(copy, '#' + text + '#');
+    for (std::size_t at = 0; at < size; ++at) {
+      std::string other = text;
+      other[at] = '\x80';
+      EXPECT_FALSE(copyingIsAscii(copy.data() + 1, other)) << size << ' ' << at;
+      EXPECT_EQ(copy, '#' + other + '#');
+    }
+  }
+}
+
 TEST(Utf8Words, ACharacterThatEndsWithTheTextIsWhole) {
   EXPECT_TRUE(isValidByWords("1234567\xC2\xA3"));
   EXPECT_TRUE(isValidByWords("12345\xF0\x9F\x92\xB7"));
