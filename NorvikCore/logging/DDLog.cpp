@@ -73,16 +73,6 @@ void DDLog::log(bool asynchronous, int level, int flag, int context, const char*
   log(asynchronous, level, flag, context, file, function, line, Value(), format, arguments);
 }
 
-void DDLog::logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
-                     const detail::FormatArgument* arguments) {
-  detail::logLater(site, tag, format, {sizes.format, sizes.arguments}, arguments);
-}
-
-void DDLog::logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
-                   FormatArguments arguments) {
-  detail::logNow(asynchronous, site, tag, format, arguments);
-}
-
 void DDLog::flushLog() { LogPipeline::shared().flush(); }
 
 bool DDLog::isRegisteredClass(const Class& aClass) {

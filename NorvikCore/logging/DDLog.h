@@ -137,16 +137,6 @@ class NK_EXPORT DDLog : public NSObject {
   /// the system console lists them.
   static void setLogLevel_forClass(std::uint32_t level, const Class& aClass);
   static void setLogLevel_forClassWithName(std::uint32_t level, const NSString& aClassName);
-
- private:
-  // Programs that were compiled with version 0.2.0 call these for a log call.
-  struct Sizes {
-    std::uint32_t format, arguments;
-  };
-  static void logLater(const detail::LogSite& site, const Value* tag, const char* format, Sizes sizes,
-                       const detail::FormatArgument* arguments);
-  static void logNow(bool asynchronous, const detail::LogSite& site, const Value* tag, std::string_view format,
-                     FormatArguments arguments);
 };
 
 }  // namespace norvik

@@ -15,7 +15,6 @@
 #include <array>
 #include <atomic>
 #include <cstring>
-#include <new>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -24,8 +23,17 @@
 
 namespace norvik {
 
-/// The statements of the class itself, found by name.
+/// The operations and properties that the class states, in the order in which they are declared.
+struct Class::Lists {
+  std::vector<Property> properties;
+  std::vector<Method> methods, classMethods;
+  std::vector<SEL> selectors;
+  std::vector<const Property*> categoryProperties;
+};
+
+/// The statements of the class itself, in lists and found by name.
 struct Class::Tables {
+  Lists lists;
   std::span<const detail::Statement> statements;
   std::vector<std::pair<NSString, NSString>> dependencies;  ///< an affected key, and the key that affects it
   std::unordered_map<NSString, const Property*> properties;
@@ -56,22 +64,11 @@ struct Class::Tables {
   }
 };
 
-/// The operations and properties that the class states, in the order in which they are declared.
-struct Class::Lists {
-  std::vector<Property> properties;
-  std::vector<Method> methods, classMethods;
-  std::vector<SEL> selectors;
-  std::vector<const Property*> categoryProperties;
-};
+Class::Class() : tables_(new Tables) {}
+Class::~Class() = default;
 
-Class::Class() : tables_(new Tables) {
-  static_assert(sizeof(Lists) == sizeof lists_ && alignof(Lists) == alignof(void*));
-  ::new (static_cast<void*>(lists_)) Lists;
-}
-Class::~Class() { lists().~Lists(); }
-
-Class::Lists& Class::lists() noexcept { return *std::launder(reinterpret_cast<Lists*>(lists_)); }
-const Class::Lists& Class::lists() const noexcept { return *std::launder(reinterpret_cast<const Lists*>(lists_)); }
+Class::Lists& Class::lists() noexcept { return tables_->lists; }
+const Class::Lists& Class::lists() const noexcept { return tables_->lists; }
 
 namespace detail {
 namespace {

@@ -134,8 +134,6 @@ class NK_EXPORT Class {
   const std::type_info* type_ = nullptr;
   std::size_t objectSize_ = 0;
   const Class* superclass_ = nullptr;
-  // A Lists. Its five vectors are instantiated in Class.cpp only.
-  alignas(void*) unsigned char lists_[15 * sizeof(void*)];
   detail::Hidden<Tables> tables_;
   Ref<NSObject> (*makeObject_)() = nullptr;
   bool answersKeysItself_ = false;

@@ -3,12 +3,6 @@
 #include "NorvikCore/platform/values/internal/DecimalAlignment.h"
 
 namespace norvik {
-namespace {
-
-// Programs that were compiled with version 0.2.0 call this function, which was not inline.
-[[gnu::used]] constexpr auto calledValue = &DecimalSum::value;
-
-}  // namespace
 
 Decimal DecimalSum::valueOf(detail::Int128 total, Decimal wide, int exponent) noexcept {
   return exponent == noExponent ? wide : detail::fromSigned(total, exponent);
@@ -23,7 +17,6 @@ DecimalSum DecimalSum::sumOf(detail::Int128 total, Decimal wide, int exponent, c
   return sum;
 }
 
-/// Also called by programs that were compiled with version 0.2.0.
 void DecimalSum::addWide(const Decimal& number) {
   const int shift = number.exponent() - exponent_;
   if (number.high_ == 0 && exponent_ != noExponent && shift >= 0 && shift <= detail::longestAlignment) {

@@ -54,7 +54,7 @@ class NK_EXPORT DecimalSum {
     *this = sum;
   }
 
-  [[nodiscard]] NK_EXPORT Decimal value() const noexcept { return valueOf(total_, wide_, exponent_); }
+  [[nodiscard]] Decimal value() const noexcept { return valueOf(total_, wide_, exponent_); }
 
  private:
   static constexpr int noExponent = 1000;  // no number has it, so every addition takes the wide path

@@ -77,8 +77,6 @@ void NSString::raiseNullPointer() {
   NSException::raise(NSInvalidArgumentException, "NSString: the text is a null pointer");
 }
 
-NSString NSString::reading(const char* text) { return text; }
-
 void NSString::releaseStorage() noexcept {
   detail::StringStorage* const header = storage();
   // The only owner needs no locked subtraction, because no other thread can take a reference from it meanwhile.

@@ -296,8 +296,6 @@ class NK_EXPORT NSString {
   /// Makes a new object the text of these bytes, as fromBytes() does.
   void copyBytes(std::string_view bytes);
   [[noreturn]] static void raiseNullPointer();
-  /// Programs that were compiled with version 0.2.0 call this for a literal.
-  [[nodiscard]] static NSString reading(const char* text);
   [[nodiscard]] static NSString concatenating(std::string_view a, std::string_view b);
   [[nodiscard]] NSString withAppended(std::string_view text) const;
   [[nodiscard]] NSString withPrepended(std::string_view text) const;
