@@ -147,19 +147,19 @@ void Value::destroyShared() noexcept {
 Value::Value(const NSNumber& number) noexcept : kind_(Kind::Absent) {
   switch (number.kind()) {
     case NSNumber::Kind::Boolean:
-      *this = Value(number.boolValue());
+      emplace(Kind::Boolean, storage_.boolean, number.boolValue());
       break;
     case NSNumber::Kind::Integer:
-      *this = Value(number.longLongValue());
+      emplace(Kind::Integer, storage_.integer, number.longLongValue());
       break;
     case NSNumber::Kind::Unsigned:
       *this = Value(number.unsignedLongLongValue());
       break;
     case NSNumber::Kind::Double:
-      *this = Value(number.doubleValue());
+      emplace(Kind::Double, storage_.real, number.doubleValue());
       break;
     case NSNumber::Kind::Decimal:
-      *this = Value(number.decimalValue());
+      emplace(Kind::Decimal, storage_.decimal, number.decimalValue());
       break;
   }
 }

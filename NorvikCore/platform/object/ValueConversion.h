@@ -67,7 +67,12 @@ struct ValueConversion<bool> {
 };
 template <class T>
 requires std::integral<T> &&(!std::same_as<T, bool>)struct ValueConversion<T> {
-  static Value toValue(T content) { return NSNumber(content); }
+  static Value toValue(T content) {
+    if constexpr (detail::WholeNumber<T>)
+      return content;
+    else
+      return NSNumber(content);
+  }
   static T fromValue(const Value& value) {
     if constexpr (std::unsigned_integral<T> && sizeof(T) == 8)
       return static_cast<T>(detail::unsignedFrom(value));
