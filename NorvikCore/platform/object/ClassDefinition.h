@@ -74,6 +74,7 @@ Ref<NSObject> makeDefault() {
 template <class T>
 inline constexpr bool readsKeysAsNSObject = requires {
   requires std::same_as<decltype(&T::valueForKey), decltype(&NSObject::valueForKey)>;
+  requires std::same_as<decltype(&T::valueForKeyPath), decltype(&NSObject::valueForKeyPath)>;
   requires std::same_as<decltype(&T::valueForUndefinedKey), decltype(&NSObject::valueForUndefinedKey)>;
 };
 

@@ -95,11 +95,18 @@ class Binding::Side final : public Registration {
   const bool isObserved_;
 };
 
+// A class that reads keys itself is asked by the key. A path of several keys is not the name of a property.
+Binding::KnownProperty::KnownProperty(const NSObject& owner, const NSString& key)
+    : ofClass(owner.classObject()), property(ofClass.answersKeysItself() ? nullptr : ofClass.property(key)) {}
+
 Binding::Binding(NSObject& receiver, NSString name, NSObject& observed, NSString keyPath, Ref<NSDictionary> options)
     : receiver_(&receiver),
       observed_(&observed),
       name_(std::move(name)),
       keyPath_(std::move(keyPath)),
+      ofReceiver_(receiver, name_),
+      ofObserved_(observed, keyPath_),
+      isOfValue_(name_ == NSValueBinding),
       options_(std::move(options)),
       transformer_(transformerIn(*options_)) {}
 
@@ -177,27 +184,37 @@ void Binding::carry(bool toReceiver, NSObject& receiver, NSObject& observed) {
                          "\" of <" + observed.classObject().name() + "> never settles");
 }
 
+Value Binding::receiverValue(const NSObject& receiver) const {
+  const Property* property = ofReceiver_.of(receiver);
+  return property ? property->get(receiver) : receiver.valueForKey(name_);
+}
+
+Value Binding::observedValue(const NSObject& observed) const {
+  const Property* property = ofObserved_.of(observed);
+  return property ? property->get(observed) : observed.valueForKeyPath(keyPath_);
+}
+
 /// True if a callback has given the receiver another value than the one that was set.
 bool Binding::setReceiver(NSObject& receiver, const NSObject& observed, const Carry& carry) {
-  Value value = observed.valueForKeyPath(keyPath_);
+  Value value = observedValue(observed);
   if (transformer_) value = transformer_->transformedValue(value);
   if (isEnded_) return false;
-  const bool sets = receiver.valueForKey(name_) != value;
+  const bool sets = receiverValue(receiver) != value;
   if (sets) receiver.setValue_forKey(value, name_);
   if (!isEnded_) showWhetherWritable(receiver, observed);
   // The set itself causes one notification. A setter may adjust the value: the adjusted value is not carried back.
   const int ownNotices = sets ? 1 : 0;
-  return carry.heardOfReceiver > ownNotices && receiver.valueForKey(name_) != value;
+  return carry.heardOfReceiver > ownNotices && receiverValue(receiver) != value;
 }
 
 void Binding::setObserved(const NSObject& receiver, NSObject& observed) const {
-  Value value = receiver.valueForKey(name_);
+  Value value = receiverValue(receiver);
   if (transformer_) value = transformer_->reverseTransformedValue(value);
   if (isOn(NSValidatesImmediatelyBindingOption, false) &&
       !observed.validateValue_forKeyPath_error(value, keyPath_, nullptr)) {
     return;
   }
-  if (!isEnded_ && observed.valueForKeyPath(keyPath_) != value) observed.setValue_forKeyPath(value, keyPath_);
+  if (!isEnded_ && observedValue(observed) != value) observed.setValue_forKeyPath(value, keyPath_);
 }
 
 bool Binding::canWrite(const NSObject& observed) const {
@@ -209,7 +226,7 @@ bool Binding::canWrite(const NSObject& observed) const {
 }
 
 void Binding::showWhetherWritable(NSObject& receiver, const NSObject& observed) const {
-  if (name_ != NSValueBinding) return;
+  if (!isOfValue_) return;
   const auto show = [&](const NSString& key, const NSString& option, bool otherwise) {
     if (!isOn(option, otherwise) || !hasSetter(receiver.classObject(), key)) return;
     if (infoForBinding(receiver, key)) return;

@@ -4,6 +4,7 @@
 #include "NorvikCore/platform/appkit/NSValueTransformer.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/kernel/Mutex.h"
+#include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/Weak.h"
 
 #include <atomic>
@@ -31,6 +32,17 @@ class Binding final : public NSObject {
  private:
   struct Carry;
   class Side;
+  /// The property of a class that a key names, looked up once; null if the value must be read by the key.
+  struct KnownProperty {
+    KnownProperty(const NSObject& owner, const NSString& key);
+    /// Null if the object has another class, as after it was bound by a constructor.
+    [[nodiscard]] const Property* of(const NSObject& object) const {
+      return &object.classObject() == &ofClass ? property : nullptr;
+    }
+
+    const Class& ofClass;
+    const Property* const property;
+  };
   struct Sides {
     Ref<Side> ofObserved, ofReceiver;
   };
@@ -40,6 +52,8 @@ class Binding final : public NSObject {
   /// is running on this thread.
   [[nodiscard]] bool hasNoted(bool observedChanged);
   void carry(bool toReceiver, NSObject& receiver, NSObject& observed);
+  [[nodiscard]] Value receiverValue(const NSObject& receiver) const;
+  [[nodiscard]] Value observedValue(const NSObject& observed) const;
   bool setReceiver(NSObject& receiver, const NSObject& observed, const Carry& carry);
   void setObserved(const NSObject& receiver, NSObject& observed) const;
   [[nodiscard]] bool canWrite(const NSObject& observed) const;
@@ -48,6 +62,8 @@ class Binding final : public NSObject {
 
   const Weak<NSObject> receiver_, observed_;
   const NSString name_, keyPath_;
+  const KnownProperty ofReceiver_, ofObserved_;
+  const bool isOfValue_;  ///< the name is "value"
   const Ref<NSDictionary> options_;
   const Ref<NSValueTransformer> transformer_;  ///< may be empty
   std::atomic<bool> isStarted_{false}, isEnded_{false};
