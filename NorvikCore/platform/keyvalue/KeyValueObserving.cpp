@@ -5,6 +5,7 @@
 #include "NorvikCore/platform/keyvalue/internal/ObserverList.h"
 #include "NorvikCore/platform/object/Class.h"
 #include "NorvikCore/platform/object/internal/SameName.h"
+#include "NorvikCore/platform/object/internal/SideRecord.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -35,11 +36,14 @@ namespace {
 
 using Entry = ObserverList::Entry;
 
+[[gnu::noinline]] bool isAffectedByAnother(const ObservedKey& key, std::string_view changed) {
+  return std::ranges::any_of(key.affecting, [&](const NSString& other) { return isSameName(other.view(), changed); });
+}
+
 bool isAffected(const Entry& entry, std::string_view changed) {
-  if (!entry.key) return isSameName(entry.registration->key(entry.depth).view(), changed);
-  return isSameName(entry.key->key.view(), changed) ||
-         std::ranges::any_of(entry.key->affecting,
-                             [&](const NSString& key) { return isSameName(key.view(), changed); });
+  const NSString& key = entry.key ? entry.key->key : entry.registration->key(entry.depth);
+  if (isSameName(key.view(), changed)) return true;
+  return entry.key && !entry.key->affecting.empty() && isAffectedByAnother(*entry.key, changed);
 }
 
 /// True if the same registration is notified of the same change at an earlier element of its path, which is circular.
@@ -143,13 +147,49 @@ bool tell(const Entry& entry, NSObject& here, ChangeDelivery& delivery) {
 
 }  // namespace
 
-AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
-    : object_(&object), key_(key), observers_(observersOf(object)) {
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key) : object_(object), key_(key) {
+  if (!object.isObserved()) return;
+  bool isTaken = false;
+  observers_ = SideRecord::find(object)->claimList(isTaken);
+  hold_ = isTaken ? Hold::Claim : Hold::OuterClaim;
+  if (!observers_) retain();
+  announce();
+}
+
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key, InAnyOrder) : object_(object), key_(key) {
+  retain();
+  announce();
+}
+
+void AnnouncedChange::retain() {
+  observers_ = observersOf(object_).take();
+  if (!observers_) return;
+  detail::retain(&object_);
+  hold_ = Hold::Counts;
+}
+
+AnnouncedChange::~AnnouncedChange() {
+  if (!observers_ || hold_ == Hold::OuterClaim) return;
+  if (hold_ == Hold::Claim) {
+    SideRecord::find(object_)->endClaim();
+  } else {
+    release(observers_);
+    release(&object_);
+  }
+}
+
+void AnnouncedChange::announce() {
   if (!observers_) return;
   const auto& observers = static_cast<const ObserverList&>(*observers_);
-  if (!observers.wants(NSKeyValueObservingOptionOld) && !observers.wants(NSKeyValueObservingOptionPrior)) return;
+  if (observers.wants(NSKeyValueObservingOptionOld) || observers.wants(NSKeyValueObservingOptionPrior)) {
+    announceToAll();
+  }
+}
+
+void AnnouncedChange::announceToAll() {
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
   bool isPriorWanted = false;
-  Reader reader(object);
+  Reader reader(object_);
   Neighbours neighbours;
   forEachAffected(observers, key_, [&](const Entry& entry) {
     const Registration& registration = *entry.registration;
@@ -162,7 +202,7 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     }
   });
   if (!isPriorWanted) return;
-  ChangeDelivery delivery(object);
+  ChangeDelivery delivery(object_);
   neighbours.forget();
   std::size_t old = 0;
   forEachAffected(observers, key_, [&](const Entry& entry) {
@@ -170,11 +210,9 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
     if (wantsOld && neighbours.startsNew(entry)) ++old;
     if (!entry.registration->wants(NSKeyValueObservingOptionPrior) || isHeardEarlier(observers, entry, key_)) return;
     delivery.setChange(wantsOld ? oldValue(old - 1) : Value(), Value(), true);
-    (void)tell(entry, object, delivery);  // a destroyed observer is detected again after the change
+    (void)tell(entry, object_, delivery);  // a destroyed observer is detected again after the change
   });
 }
-
-AnnouncedChange::~AnnouncedChange() = default;
 
 const Value& AnnouncedChange::oldValue(std::size_t index) const {
   return index == 0 ? firstOldValue_ : furtherOldValues_[index - 1];
@@ -182,6 +220,15 @@ const Value& AnnouncedChange::oldValue(std::size_t index) const {
 
 void AnnouncedChange::complete() {
   if (!observers_) return;
+  const auto& observers = static_cast<const ObserverList&>(*observers_);
+  const Entry* only = observers.onlyPlain();
+  if (!only) return completeForAll();
+  if (!isAffected(*only, key_) || !only->registration->isActive()) return;
+  ChangeDelivery delivery(object_);
+  if (!only->registration->deliver(delivery, object_)) prune(*only, object_);
+}
+
+void AnnouncedChange::completeForAll() {
   const auto& observers = static_cast<const ObserverList&>(*observers_);
   std::exception_ptr first;
   const auto guarded = [&](auto&& step) {
@@ -194,13 +241,13 @@ void AnnouncedChange::complete() {
   const auto follow = [&](const Entry& entry) {
     if (entry.registration->isLast(entry.depth) || !isHeard(entry)) return;
     guarded([&] {
-      if (const Ref<NSObject> root = entry.registration->root(*object_, entry.depth)) entry.registration->follow(*root);
+      if (const Ref<NSObject> root = entry.registration->root(object_, entry.depth)) entry.registration->follow(*root);
     });
   };
   if (observers.hasPaths()) forEachAffected(observers, key_, follow);
   constexpr auto valueOptions = NSKeyValueObservingOptionOld | NSKeyValueObservingOptionNew;
-  Reader reader(*object_);
-  ChangeDelivery delivery(*object_);
+  Reader reader(object_);
+  ChangeDelivery delivery(object_);
   Neighbours withOld, alike;
   std::uint64_t lastOptions = 0;
   std::size_t old = 0;
@@ -232,13 +279,13 @@ void AnnouncedChange::complete() {
         lastOptions = options;
         alike.startsNew(entry);
       }
-      if (!tell(entry, *object_, delivery)) isAnyGone = true;
+      if (!tell(entry, object_, delivery)) isAnyGone = true;
     });
   });
   if (isAnyGone) {
     // The latest first, because among equal registrations the lists find the latest one first.
     for (auto entry = observers.entries().rbegin(); entry != observers.entries().rend(); ++entry) {
-      if (entry->registration && isAffected(*entry, key_)) prune(*entry, *object_);
+      if (entry->registration && isAffected(*entry, key_)) prune(*entry, object_);
     }
   }
   if (first) std::rethrow_exception(first);
@@ -248,7 +295,8 @@ namespace {
 
 /// A change that was announced by willChangeValueForKey on this thread and is not yet complete.
 struct Pending {
-  Pending(NSObject& changed, const NSString& name) : object(&changed), key(name), change(changed, key.view()) {}
+  Pending(NSObject& changed, const NSString& name)
+      : object(&changed), key(name), change(changed, key.view(), AnnouncedChange::InAnyOrder()) {}
 
   NSObject* const object;
   const NSString key;

@@ -9,17 +9,22 @@
 #include "NorvikCore/platform/export.h"
 #include "NorvikCore/platform/object/NSObject.h"
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 namespace norvik::detail {
 
-/// A change of one key, from its announcement to prior observers until all observers were notified. The object lives as
-/// long as its change. If it is destroyed before complete(), observers are not notified.
+/// A change of one key, from its announcement to prior observers until all observers were notified. If the object is
+/// observed, it lives as long as its change. If the change is destroyed before complete(), observers are not notified.
 class NK_EXPORT AnnouncedChange {
  public:
-  /// `key` stays valid until the change is complete.
+  /// `key` stays valid until the change is complete. Changes of one thread must be destroyed in the opposite order to
+  /// their construction.
   AnnouncedChange(NSObject& object, std::string_view key);
+  /// A change that may be destroyed in another order.
+  struct InAnyOrder {};
+  AnnouncedChange(NSObject& object, std::string_view key, InAnyOrder);
   ~AnnouncedChange();
   AnnouncedChange(const AnnouncedChange&) = delete;
   AnnouncedChange& operator=(const AnnouncedChange&) = delete;
@@ -27,12 +32,19 @@ class NK_EXPORT AnnouncedChange {
   void complete();
 
  private:
+  enum class Hold : std::uint32_t { OuterClaim, Claim, Counts };
+
+  void retain();
+  void announce();
+  void announceToAll();
+  void completeForAll();
   [[nodiscard]] const Value& oldValue(std::size_t index) const;
 
-  const Ref<NSObject> object_;
+  NSObject& object_;
   const std::string_view key_;
-  const Ref<const NSObject> observers_;  ///< the observers at the time of the announcement
-  std::size_t oldValueCount_ = 0;        ///< number of observers that asked for the old value
+  const NSObject* observers_ = nullptr;  ///< the observers at the time of the announcement; null if there are none
+  std::uint32_t oldValueCount_ = 0;      ///< number of observers that asked for the old value
+  Hold hold_ = Hold::OuterClaim;         ///< how the object and the observers are kept alive
   Value firstOldValue_;
   std::vector<Value> furtherOldValues_;
 };

@@ -14,11 +14,19 @@ namespace detail {
 
 void retain(const NSObject* object) noexcept { ObjectAccess::count(*object).addRelaxed(1); }
 
+// The count never becomes zero in passing. So a thread that releases a count other than the last one does not touch the
+// object afterwards, and one that releases the last one has the record's lock.
 void release(const NSObject* object) noexcept {
   // No other thread can retain an unshared object, so its count needs no atomic change.
-  if (ObjectAccess::isUnshared(*object) || ObjectAccess::count(*object).subtractAcquireRelease(1) == 1) {
-    ObjectAccess::destroy(object);
-  }
+  if (ObjectAccess::isUnshared(*object)) return ObjectAccess::destroy(object);
+  auto& count = ObjectAccess::count(*object);
+  std::uint32_t seen = count.loadAcquire();
+  do {
+    while (seen == 1) {
+      if (ObjectAccess::releaseLast(object)) return;
+      seen = count.loadAcquire();
+    }
+  } while (!count.compareExchange(seen, seen - 1));
 }
 
 bool initialise(NSObject* object) { return ObjectAccess::initialise(*object); }
@@ -27,16 +35,30 @@ void ObjectAccess::destroy(const NSObject* object) noexcept {
   // Refs that are taken and released while the object is destroyed must not destroy it again. So the count is set far
   // from zero.
   object->count_.storeRelaxed(dyingCount);
+  delete object;
+}
+
+bool ObjectAccess::releaseLast(const NSObject* object) noexcept {
   SideRecord* record = SideRecord::find(*object);
   if (!record) {
-    delete object;
-    return;
+    destroy(object);
+    return true;
   }
-  const auto [observers, associations] = record->forgetObject();
-  if (observers) endObserving(const_cast<NSObject&>(*object), observers);
-  if (associations) releaseAssociations(associations);
+  SideRecord::Remains remains;
+  switch (record->releaseObject(const_cast<NSObject&>(*object), remains)) {
+    case SideRecord::Release::Done:
+      return true;
+    case SideRecord::Release::NotLast:
+      return false;
+    case SideRecord::Release::Destroy:
+      break;
+  }
+  remains.observers = record->observers.take();
+  if (remains.observers) endObserving(const_cast<NSObject&>(*object), remains.observers);
+  if (remains.associations) releaseAssociations(remains.associations);
   delete object;
   record->release();  // only now, because destructors remove observers by the record
+  return true;
 }
 
 }  // namespace detail

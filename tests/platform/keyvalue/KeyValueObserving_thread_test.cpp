@@ -1,10 +1,14 @@
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 
+#include "NorvikCore/platform/object/Weak.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <latch>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace norvik;
@@ -24,6 +28,19 @@ class Counter : public NSObject {
     if (const auto* object = change.newValue().object()) (void)object->classObject();
   }
   std::atomic<int> calls{0};
+};
+
+/// Calls a function with itself at each change, and counts its destruction.
+class Caller : public NSObject {
+  NK_OBJECT(Caller, NSObject)
+  Caller(std::atomic<int>& destroyed, std::function<void(Caller&)> call)
+      : destroyed_(destroyed), call_(std::move(call)) {}
+  ~Caller() override { ++destroyed_; }
+  void observeValueForKeyPath(const NSString&, NSObject&, const KeyValueChange&, void*) override { call_(*this); }
+
+ private:
+  std::atomic<int>& destroyed_;
+  const std::function<void(Caller&)> call_;
 };
 
 constexpr auto New = NSKeyValueObservingOptionNew, Old = NSKeyValueObservingOptionOld;
@@ -153,4 +170,131 @@ TEST(KeyValueObservingThreads, OnlyOneOfTwoThreadsRemovesARegistration) {
     together(remove, remove);
     ASSERT_EQ(refused, 1) << round;
   }
+}
+
+TEST(KeyValueObservingThreads, AnObserverThatAnotherThreadReleasesDuringItsCallIsDestroyedAfterIt) {
+  const auto account = make<Account>();
+  std::atomic<int> destroyed = 0;
+  int destroyedInTheCall = -1;
+  Ref<Caller> observer;
+  observer = make<Caller>(destroyed, [&](Caller&) {
+    std::jthread([&] { observer = nullptr; }).join();
+    destroyedInTheCall = destroyed;
+  });
+  account->addObserver(*observer, "balance", {});
+  account->setBalance(1);
+  EXPECT_EQ(destroyedInTheCall, 0);
+  EXPECT_EQ(destroyed, 1);
+  account->setBalance(2);
+  EXPECT_FALSE(account->isObserved());
+}
+
+TEST(KeyValueObservingThreads, ARefThatACallTakesToItsObserverOutlivesTheReleaseOnAnotherThread) {
+  const auto account = make<Account>();
+  std::atomic<int> destroyed = 0;
+  Ref<Caller> observer, kept;
+  observer = make<Caller>(destroyed, [&](Caller& self) {
+    std::jthread([&] {
+      observer = nullptr;
+      kept = ref(self);
+    }).join();
+  });
+  account->addObserver(*observer, "balance", {});
+  account->setBalance(1);
+  EXPECT_EQ(destroyed, 0);
+  account->removeObserver(*kept, "balance");
+  std::jthread([&] { kept = nullptr; }).join();
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(KeyValueObservingThreads, AnObjectThatAnotherThreadReleasesDuringItsChangeIsDestroyedAfterIt) {
+  Ref<Account> account = make<Account>();
+  const Weak<Account> weak = account;
+  std::atomic<int> destroyed = 0;
+  bool livesInTheCall = false;
+  const auto observer = make<Caller>(destroyed, [&](Caller&) {
+    std::jthread([&] { account = nullptr; }).join();
+    livesInTheCall = weak.lock() != nullptr;
+  });
+  account->addObserver(*observer, "balance", {});
+  account.get()->setBalance(1);
+  EXPECT_TRUE(livesInTheCall);
+  EXPECT_TRUE(weak.isGone());
+}
+
+TEST(KeyValueObservingThreads, ObserversThatAnotherThreadAddsAndRemovesDuringACallCountFromThenOn) {
+  const auto account = make<Account>();
+  const auto removed = make<Counter>(), staying = make<Counter>(), added = make<Counter>(), nested = make<Counter>();
+  std::atomic<int> destroyed = 0;
+  int depth = 0;
+  const auto first = make<Caller>(destroyed, [&](Caller&) {
+    if (depth++ > 0) return;
+    std::jthread([&] {
+      account->removeObserver(*removed, "balance");
+      for (int i = 0; i < 100; ++i) account->addObserver(*added, "balance", {});
+    }).join();
+    account->setBalance(2);  // a change within the change
+    std::jthread([&] { account->addObserver(*nested, "balance", {}); }).join();
+  });
+  account->addObserver(*first, "balance", {});
+  account->addObserver(*removed, "balance", {});
+  account->addObserver(*staying, "balance", {});
+  account->setBalance(1);
+  EXPECT_EQ(removed->calls, 0);
+  EXPECT_EQ(staying->calls, 2);
+  EXPECT_EQ(added->calls, 100);
+  EXPECT_EQ(nested->calls, 0);
+  account->setBalance(3);
+  EXPECT_EQ(staying->calls, 3);
+  EXPECT_EQ(added->calls, 200);
+  EXPECT_EQ(nested->calls, 1);
+}
+
+TEST(KeyValueObservingThreads, EachObserverIsDestroyedOnceHoweverItsReleaseMeetsTheCalls) {
+  const auto account = make<Account>(), other = make<Account>();
+  std::atomic<int> destroyed = 0;
+  std::atomic<bool> isDone = false;
+  const auto change = [&] {
+    for (int i = 0; !isDone; ++i) account->setBalance(i), other->setBalance(i);
+  };
+  together(change, change, [&] {
+    for (int i = 0; i < 10 * rounds; ++i) {
+      // Calls on two threads take Refs to the observer and release them, while this thread releases the last of its
+      // own.
+      auto observer = make<Caller>(destroyed, [](Caller& self) { const Ref<Caller> passing = ref(self); });
+      account->addObserver(*observer, "balance", {});
+      other->addObserver(*observer, "balance", {});
+      const Weak<Caller> weak = observer;
+      if (i % 2 == 0) observer = nullptr;
+      const Ref<Caller> locked = weak.lock();
+    }
+    isDone = true;
+  });
+  EXPECT_EQ(destroyed, 10 * rounds);
+}
+
+TEST(KeyValueObservingThreads, ChangesByHandMayEndInAnyOrder) {
+  const auto account = make<Account>();
+  const auto counter = make<Counter>();
+  account->addObserver(*counter, "balance", {});
+  account->addObserver(*counter, "next", {});
+  std::atomic<bool> isDone = false;
+  together(
+      [&] {
+        for (int i = 0; i < rounds; ++i) {
+          account->willChangeValueForKey("balance");
+          account->willChangeValueForKey("next");
+          account->didChangeValueForKey("balance");
+          account->didChangeValueForKey("next");
+        }
+        isDone = true;
+      },
+      [&] {
+        while (!isDone) {
+          const auto passing = make<Counter>();
+          account->addObserver(*passing, "next", {});
+          account->removeObserver(*passing, "next");
+        }
+      });
+  EXPECT_EQ(counter->calls, 2 * rounds);
 }

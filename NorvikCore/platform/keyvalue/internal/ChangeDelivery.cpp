@@ -10,23 +10,36 @@
 namespace norvik::detail {
 
 NSObject* ChangeDelivery::kept(SideRecord* record) noexcept {
-  // An observer that its call released is destroyed before the next call.
-  if (kept_ && ObjectAccess::count(*kept_).loadAcquire() == 1) {
-    keptRecord_ = nullptr;
-    kept_ = nullptr;
-  }
+  if (keptRecord_ && isLeft()) leave();  // so an observer that its call released is destroyed before the next call
   if (record->isOf(object_)) return ObjectAccess::isGoing(object_) ? nullptr : &object_;
-  if (record != keptRecord_) {
-    keptRecord_ = nullptr;
-    kept_ = Ref<NSObject>::adopt(record->retainedObject());
-    if (kept_) keptRecord_ = record;
+  if (record == keptRecord_) return kept_;
+  if (keptRecord_) leave();
+  kept_ = record->claimObject(isClaimed_);
+  if (!kept_) {
+    kept_ = record->retainedObject();
+    isRetained_ = kept_;
   }
-  return kept_.get();
+  if (kept_) keptRecord_ = record;
+  return kept_;
 }
 
-void ChangeDelivery::setChangeWithoutValues() noexcept {
-  dictionary_.reset();
-  change_ = &kernel::madeOnce([] {
+/// True if all others have released the kept observer.
+bool ChangeDelivery::isLeft() const noexcept {
+  return isClaimed_ ? keptRecord_->isPassedHere() : isRetained_ && ObjectAccess::count(*kept_).loadAcquire() == 1;
+}
+
+void ChangeDelivery::leave() noexcept {
+  SideRecord* const record = std::exchange(keptRecord_, nullptr);
+  NSObject* const object = std::exchange(kept_, nullptr);
+  if (std::exchange(isClaimed_, false)) {
+    record->endClaim();
+  } else if (std::exchange(isRetained_, false)) {
+    release(object);
+  }
+}
+
+const KeyValueChange& ChangeDelivery::withoutValues() noexcept {
+  return kernel::madeOnce([] {
     alignas(KeyValueChange) static constinit unsigned char memory[sizeof(KeyValueChange)]{};
     return ::new (memory) KeyValueChange(Value(), Value(), false);
   });

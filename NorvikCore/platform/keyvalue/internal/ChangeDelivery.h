@@ -18,6 +18,9 @@ class ChangeDelivery {
  public:
   /// The changed object; it must live as long as the delivery.
   explicit ChangeDelivery(NSObject& object) noexcept : object_(object) {}
+  ~ChangeDelivery() {
+    if (keptRecord_) leave();
+  }
   ChangeDelivery(const ChangeDelivery&) = delete;
   ChangeDelivery& operator=(const ChangeDelivery&) = delete;
 
@@ -30,17 +33,26 @@ class ChangeDelivery {
     made_.emplace(std::move(oldValue), std::move(newValue), isPrior);
     change_ = &*made_;
   }
-  /// A change without values, which all deliveries share.
-  void setChangeWithoutValues() noexcept;
+  /// A change without values, which all deliveries share. A new delivery has it.
+  void setChangeWithoutValues() noexcept {
+    dictionary_.reset();
+    change_ = &withoutValues();
+  }
   [[nodiscard]] const KeyValueChange& change() const noexcept { return *change_; }
   /// The change as a dictionary that also holds the key path, under `pathKey`.
   [[nodiscard]] const NSDictionary& dictionary(const NSString& pathKey, const NSString& keyPath);
 
  private:
+  [[nodiscard]] static const KeyValueChange& withoutValues() noexcept;
+  void leave() noexcept;
+  [[nodiscard]] bool isLeft() const noexcept;
+
   NSObject& object_;
   SideRecord* keptRecord_ = nullptr;
-  Ref<NSObject> kept_;
-  const KeyValueChange* change_ = nullptr;
+  NSObject* kept_ = nullptr;
+  bool isClaimed_ = false;   ///< by this delivery, which must end the claim
+  bool isRetained_ = false;  ///< with one count, because it could not be claimed
+  const KeyValueChange* change_ = &withoutValues();
   std::optional<KeyValueChange> made_;
   std::optional<ChangeDictionary> dictionary_;
 };

@@ -128,18 +128,18 @@ namespace {
 /// Locks the list of a record.
 class NK_SCOPED_CAPABILITY LockedList {
  public:
-  explicit LockedList(LentPointer& lender) noexcept NK_ACQUIRE(lender)
-      : lender_(lender), list_(static_cast<ObserverList*>(lender.lock())) {}
-  ~LockedList() NK_RELEASE() { lender_.unlock(list_); }
+  explicit LockedList(SideRecord& record) noexcept NK_ACQUIRE(record.observers)
+      : record_(record), list_(static_cast<ObserverList*>(record.observers.lock())) {}
+  ~LockedList() NK_RELEASE() { record_.observers.unlock(list_); }
   LockedList(const LockedList&) = delete;
   LockedList& operator=(const LockedList&) = delete;
 
-  /// The list, ready to be modified: a new one if there was none, and a copy if a change that is being announced holds
+  /// The list, ready to be modified: a new one if there was none, and a copy if a change that is being announced uses
   /// it.
   [[nodiscard]] ObserverList& changeable() {
     if (!list_) {
       setList(make<ObserverList>());
-    } else if (!LentPointer::isUnshared(*list_)) {
+    } else if (record_.passList(*list_, earlier_) || !LentPointer::isUnshared(*list_)) {
       ObserverList& held = *list_;
       setList(list_->copy());
       LentPointer::drop(held);
@@ -162,7 +162,8 @@ class NK_SCOPED_CAPABILITY LockedList {
     LentPointer::taken(*list_);
   }
 
-  LentPointer& lender_;
+  SideRecord& record_;
+  SideRecord::Passed earlier_;  ///< released after the lock
   ObserverList* list_;
 };
 
@@ -171,7 +172,7 @@ template <class Remove>
 Ref<Registration> removeFrom(const NSObject& object, Remove&& remove) {
   SideRecord* record = SideRecord::find(object);
   if (!record) return nullptr;
-  LockedList list(record->observers);
+  LockedList list(*record);
   return list.removeFrom(object, remove);
 }
 
@@ -190,7 +191,7 @@ bool attachUnder(const ObservedKey* key, NSObject& object, Ref<Registration> reg
   ObserverList::Entry entry{std::move(registration), key, static_cast<std::uint32_t>(depth), hash};
   std::vector<Ref<Registration>> gone;
   {
-    LockedList list(SideRecord::findOrMake(object).observers);
+    LockedList list(SideRecord::findOrMake(object));
     if (!entry.registration->isActive()) return false;
     // An entry at a later element is added under the lock of its registration, and there no other registration may end.
     list.changeable().add(std::move(entry), depth == 0 ? &gone : nullptr);
@@ -245,7 +246,7 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
 void endRegistration(NSObject* object, Registration& registration) {
   Ref<Registration> removed;  // outlives the lock
   if (SideRecord* record = object ? SideRecord::find(*object) : nullptr) {
-    LockedList locked(record->observers);
+    LockedList locked(*record);
     registration.stop();
     removed = locked.removeFrom(*object, [&](ObserverList& list) { return list.removeRoot(registration); });
   } else {

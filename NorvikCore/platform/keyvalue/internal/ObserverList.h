@@ -32,6 +32,14 @@ class ObserverList final : public NSObject {
   [[nodiscard]] bool wants(NSKeyValueObservingOptions option) const noexcept { return (options_ & option) != 0; }
   [[nodiscard]] bool hasPaths() const noexcept { return hasPaths_; }
 
+  /// The entry if there is only one, and its observer needs nothing but a call after the change of the object itself.
+  [[nodiscard]] const Entry* onlyPlain() const noexcept {
+    constexpr auto further =
+        NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld | NSKeyValueObservingOptionPrior;
+    const bool isOnly = entries_.size() == 1 && entries_[0].depth == 0 && count_ == 1;
+    return isOnly && !hasPaths_ && (options_ & further) == 0 ? &entries_[0] : nullptr;
+  }
+
   /// If `gone` is given, it sometimes also removes the registrations on the object itself whose observers are
   /// destroyed, and appends them to `gone`. So a list with short-lived observers does not grow.
   void add(Entry entry, std::vector<Ref<Registration>>* gone);

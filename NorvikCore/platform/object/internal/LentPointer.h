@@ -40,10 +40,17 @@ class NK_CAPABILITY("mutex") LentPointer {
     return seen == 0 ? nullptr : borrowSlowly();
   }
 
+  /// The object without a count, for a caller that protects it by a claim (ThreadClaim.h); null if there is none or if
+  /// it is locked.
+  [[nodiscard]] NSObject* seen() const noexcept {
+    const std::uint64_t word = word_.load(std::memory_order_seq_cst);
+    return word == isLocked ? nullptr : objectIn(word);
+  }
+
   /// The object or null, for the caller alone until unlock(). Not recursive.
   [[nodiscard]] NSObject* lock() noexcept NK_ACQUIRE() {
     kernel::detail::holdForksHere();
-    std::uint64_t seen = word_.exchange(isLocked, std::memory_order_acquire);
+    std::uint64_t seen = word_.exchange(isLocked, std::memory_order_seq_cst);
     if (seen == isLocked) seen = lockSlowly();
     NSObject* object = objectIn(seen);
     if (seen >= oneLoan) ObjectAccess::count(*object).addRelaxed(static_cast<std::uint32_t>(seen / oneLoan));
@@ -101,7 +108,7 @@ class NK_CAPABILITY("mutex") LentPointer {
     std::uint64_t seen = isLocked;
     release_.wait(half(), isLocked, [&] {
       seen = word_.load(std::memory_order_seq_cst);
-      if (seen != isLocked) seen = word_.exchange(isLocked, std::memory_order_acquire);
+      if (seen != isLocked) seen = word_.exchange(isLocked, std::memory_order_seq_cst);
       return seen != isLocked;
     });
     return seen;

@@ -23,7 +23,10 @@ struct ObjectAccess {
     return object.count_.loadAcquire() == 1 && object.flags_.loadAcquire() == 0;
   }
   static bool initialise(NSObject& object) { return object.init(); }
+  /// Destroys an object without a side record, which no other thread can use.
   [[gnu::noinline]] static void destroy(const NSObject* object) noexcept;
+  /// Releases an object whose count was seen to be 1. False if it has more counts meanwhile.
+  [[gnu::noinline]] static bool releaseLast(const NSObject* object) noexcept;
 
   static void setObserved(const NSObject& object, bool observed) noexcept {
     set(object, NSObject::observedFlag, observed);

@@ -102,6 +102,8 @@ SideRecord& SideRecord::makeGone() {
   return made;
 }
 
+constinit thread_local char ThreadClaim::ownByte __attribute__((tls_model("initial-exec"))) = 0;
+
 void SideRecord::giveBack() noexcept { SideRecordPool::giveBack(*this); }
 
 NSObject* SideRecord::retainedObject() noexcept {
@@ -110,21 +112,86 @@ NSObject* SideRecord::retainedObject() noexcept {
   return object && ObjectAccess::retainUnlessGoing(*object) ? object : nullptr;
 }
 
+// The mutex is needed even if there is no object: a thread that releases the object removes it before it knows whether
+// a claim retains it.
 bool SideRecord::isGone() noexcept {
-  if (!object_.load(std::memory_order_acquire)) return true;
   const WordLock lock(mutex);
   const NSObject* object = object_.load(std::memory_order_relaxed);
   return !object || ObjectAccess::isGoing(*object);
 }
 
-SideRecord::Remains SideRecord::forgetObject() noexcept {
-  AssociationList* associated = nullptr;
-  {
-    const WordLock lock(mutex);
-    object_.store(nullptr, std::memory_order_release);
-    associated = std::exchange(associations, nullptr);
+NSObject* SideRecord::claimObject(bool& isTaken) noexcept {
+  const ThreadClaim::Taking taking = claim_.take();
+  isTaken = taking == ThreadClaim::Taken;
+  if (taking == ThreadClaim::Refused) return nullptr;
+  NSObject* object = object_.load(std::memory_order_seq_cst);
+  if (object) return object;
+  if (std::exchange(isTaken, false)) endClaim();
+  return nullptr;
+}
+
+NSObject* SideRecord::claimList(bool& isTaken) noexcept {
+  const ThreadClaim::Taking taking = claim_.take();
+  isTaken = taking == ThreadClaim::Taken;
+  if (taking == ThreadClaim::Refused) return nullptr;
+  NSObject* list = observers.seen();
+  if (list && !claim_.isPassedHere()) return list;  // in this order, because a list is replaced after it was passed
+  if (std::exchange(isTaken, false)) endClaim();
+  return nullptr;
+}
+
+SideRecord::Passed SideRecord::takePassed() noexcept {
+  claim_.setNothingPassed();
+  return std::exchange(passed_, Passed());
+}
+
+void SideRecord::releasePassed() noexcept {
+  Passed passed;  // outlives the lock
+  const WordLock lock(mutex);
+  if (claim_.isPassedHere()) passed = takePassed();
+}
+
+/// Passes a count of the caller to the claim of that thread. False if the claim has ended.
+bool SideRecord::pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted,
+                      Passed& earlier) noexcept {
+  const bool isFirst = claim_.passedTo() != holder;
+  if (isFirst) earlier = takePassed();  // the thread that ended that claim finds nothing
+  passed_.*what = Ref<NSObject>::adopt(&counted);
+  if (!isFirst || claim_.setPassedTo(holder)) return true;
+  static_cast<void>((passed_.*what).take());
+  claim_.setNothingPassed();
+  return false;
+}
+
+// A claim that already has a list does not use this one, because claimList() refuses it.
+bool SideRecord::passList(NSObject& list, Passed& earlier) noexcept {
+  const ThreadClaim::Thread holder = claim_.holder();
+  if (!holder) [[likely]]
+    return false;
+  const WordLock lock(mutex);
+  if (claim_.passedTo() == holder && passed_.list) return false;
+  detail::retain(&list);
+  if (pass(holder, &Passed::list, list, earlier)) return true;
+  ObjectAccess::count(list).subtractAcquireRelease(1);
+  return false;
+}
+
+// The object is removed before the claim is looked for, so a thread that claims it later finds no object. If the object
+// is claimed, this count becomes the claim's.
+SideRecord::Release SideRecord::releaseObject(NSObject& object, Remains& remains) noexcept {
+  Passed earlier;  // outlives the lock
+  const WordLock lock(mutex);
+  object_.store(nullptr, std::memory_order_seq_cst);
+  auto& count = ObjectAccess::count(object);
+  const ThreadClaim::Thread holder = claim_.holder();
+  std::uint32_t last = 1;
+  if (!holder && count.compareExchange(last, ObjectAccess::dyingCount)) {
+    remains = {nullptr, std::exchange(associations, nullptr)};
+    return Release::Destroy;
   }
-  return {observers.take(), associated};
+  object_.store(&object, std::memory_order_release);
+  if (!holder || count.loadAcquire() != 1) return Release::NotLast;
+  return pass(holder, &Passed::object, object, earlier) ? Release::Done : Release::NotLast;
 }
 
 }  // namespace norvik::detail

@@ -9,10 +9,12 @@
 #include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/object/NSObject.h"
 #include "NorvikCore/platform/object/internal/LentPointer.h"
+#include "NorvikCore/platform/object/internal/ThreadClaim.h"
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
 namespace norvik::detail {
 
@@ -36,7 +38,8 @@ class SideRecord {
     if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) giveBack();
   }
 
-  /// True if it is the record of that object, which must not be destroyed.
+  /// True if it is the record of that object, which must not be destroyed. Sometimes false while another thread
+  /// releases the object.
   [[nodiscard]] bool isOf(const NSObject& object) const noexcept {
     return object_.load(std::memory_order_relaxed) == &object;
   }
@@ -44,13 +47,35 @@ class SideRecord {
   [[nodiscard]] NSObject* retainedObject() noexcept NK_EXCLUDES(mutex);
   /// True if the object is destroyed or is being destroyed.
   [[nodiscard]] bool isGone() noexcept NK_EXCLUDES(mutex);
-  struct Remains {
-    NSObject* observers;  ///< with one count
-    AssociationList* associations;
+
+  /// Counts that were passed to a claim. They must not be released under a lock.
+  struct Passed {
+    Ref<NSObject> list, object;
   };
-  /// Called while the object is being destroyed; its memory remains until this returns. The caller must release what
-  /// was attached to the object.
-  [[nodiscard]] Remains forgetObject() noexcept NK_EXCLUDES(mutex);
+  /// Claims the object (ThreadClaim.h), and returns it; null, without a claim, if another thread claims it, or if it
+  /// may be destroyed. Sets `isTaken` to whether the caller must call endClaim().
+  [[nodiscard]] NSObject* claimObject(bool& isTaken) noexcept;
+  /// Claims the list of observers together with the object, which the caller must know to be alive, and returns the
+  /// list. Null, without a claim, if there is no list, or if it cannot be claimed.
+  [[nodiscard]] NSObject* claimList(bool& isTaken) noexcept;
+  void endClaim() noexcept {
+    if (claim_.end()) [[unlikely]]
+      releasePassed();
+  }
+  /// True if counts were passed to the calling thread's claim.
+  [[nodiscard]] bool isPassedHere() const noexcept { return claim_.isPassedHere(); }
+  /// Passes a count of the list to a claim that may use it, and returns true: the list must then not be changed. The
+  /// list is locked. `earlier` receives counts that were passed to a claim that has ended.
+  [[nodiscard]] bool passList(NSObject& list, Passed& earlier) noexcept NK_EXCLUDES(mutex);
+
+  struct Remains {
+    NSObject* observers = nullptr;  ///< with one count
+    AssociationList* associations = nullptr;
+  };
+  enum class Release { Done, Destroy, NotLast };
+  /// Releases the object, whose count was seen to be 1. If the result is Destroy, the caller must destroy it, and
+  /// release what was attached to it.
+  [[nodiscard]] Release releaseObject(NSObject& object, Remains& remains) noexcept NK_EXCLUDES(mutex);
 
   WordMutex mutex;
   LentPointer observers;                                         ///< the ObserverList; null before the first observer
@@ -59,9 +84,15 @@ class SideRecord {
  private:
   friend class SideRecordPool;
   void giveBack() noexcept;
+  [[nodiscard]] Passed takePassed() noexcept NK_REQUIRES(mutex);
+  [[gnu::noinline]] void releasePassed() noexcept NK_EXCLUDES(mutex);
+  [[nodiscard]] bool pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted,
+                          Passed& earlier) noexcept NK_REQUIRES(mutex);
 
   std::atomic<NSObject*> object_{nullptr};  // written under the mutex
-  std::atomic<std::uint32_t> count_{0};     // one for the object, and one for each reference
+  ThreadClaim claim_;
+  Passed passed_ NK_GUARDED_BY(mutex);
+  std::atomic<std::uint32_t> count_{0};  // one for the object, and one for each reference
   std::uint32_t number_ = 0;
   std::atomic<std::uint32_t> nextFree_{0};  // number of the next record in the pool
 };
