@@ -3,6 +3,7 @@
 #include "NorvikCore/observation/internal/ObservedObjects.h"
 #include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 #include "NorvikCore/platform/collections/NSArray.h"
+#include "NorvikCore/platform/object/internal/ObjectAccess.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "NorvikCore/platform/values/NSException.h"
 
@@ -15,12 +16,13 @@ constinit const NSString FBKVONotificationKeyPathKey = "FBKVONotificationKeyPath
 
 namespace {
 
-using Entries = std::vector<detail::ObservedObjects::Entry>;
+using ObservedEntry = detail::ObservedObjects::Map::Entry;
+using ObservedEntries = std::vector<ObservedEntry>;
 
 _FBKVOSharedController& shared() { return _FBKVOSharedController::sharedController(); }
 
 /// Ends the observations of one object. If the object was destroyed, its registrations were destroyed with it.
-void unobserveEntry(const detail::ObservedObjects::Entry& entry) {
+void unobserveEntry(const ObservedEntry& entry) {
   if (entry.payload.infos().empty()) return;
   const Ref<NSObject> object = entry.object();
   shared().unobserve(object.get(), entry.payload.infos());
@@ -123,10 +125,10 @@ void FBKVOController::unobserve(detail::ObjectArgument object) {
 void FBKVOController::unobserveAll() { _unobserveAll(); }
 
 void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
-  Entries left;  // destroyed after the lock is released
+  ObservedEntries left;  // destroyed after the lock is released
   {
-    MutexLock lock(_lock);
-    if (!_objectInfosMap->findOrInsert(object, left).add(*info)) return;
+    const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+    if (!objects->findOrInsert(object, left).add(*info)) return;
   }
   for (const auto& entry : left) unobserveEntry(entry);
   // The initial call may release the object and this controller.
@@ -136,38 +138,42 @@ void FBKVOController::_observe(NSObject& object, Ref<_FBKVOInfo> info) {
 
 void FBKVOController::_unobserve(NSObject& object, const NSString& keyPath) {
   Ref<_FBKVOInfo> info;
-  detail::ObservedObjects::Entry emptied;
+  ObservedEntry emptied;
   {
-    MutexLock lock(_lock);
-    detail::InfoSet* infos = _objectInfosMap->find(object);
-    if (!infos) return;
-    info = infos->take(keyPath);
-    if (infos->infos().empty()) emptied = _objectInfosMap->take(object);
+    const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+    emptied = objects->takeIf(object, [&](detail::InfoSet& infos) {
+      info = infos.take(keyPath);
+      return infos.infos().empty();
+    });
   }
-  if (info) shared().unobserve(object, *info);
+  if (!info) return;
+  if (Ref<detail::Registration> listed = shared().unobserve(object, *info)) {
+    static_cast<void>(info.take());
+    detail::ObjectAccess::releaseTwice(*listed.take());
+  }
 }
 
 void FBKVOController::_unobserve(NSObject& object) {
-  detail::ObservedObjects::Entry taken;
+  ObservedEntry taken;
   {
-    MutexLock lock(_lock);
-    if (_objectInfosMap->find(object)) taken = _objectInfosMap->take(object);
+    const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+    taken = objects->takeIf(object, [](const detail::InfoSet&) { return true; });
   }
   unobserveEntry(taken);
 }
 
 void FBKVOController::_unobserveAll() {
-  Entries all;
+  ObservedEntries all;
   {
-    MutexLock lock(_lock);
-    all = _objectInfosMap->takeAll();
+    const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+    all = objects->takeAll();
   }
   for (const auto& entry : all) unobserveEntry(entry);
 }
 
 void FBKVOController::addInfosTo(std::vector<Ref<_FBKVOInfo>>& infos) const {
-  MutexLock lock(_lock);
-  _objectInfosMap->forEach([&](const Ref<NSObject>&, const detail::InfoSet& ofObject) {
+  const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+  objects->forEach([&](const Ref<NSObject>&, const detail::InfoSet& ofObject) {
     for (_FBKVOInfo* info : ofObject.infos()) {
       if (info->_state() == _FBKVOInfo::Observing) infos.push_back(ref(*info));
     }
@@ -177,8 +183,8 @@ void FBKVOController::addInfosTo(std::vector<Ref<_FBKVOInfo>>& infos) const {
 NSString FBKVOController::debugDescription() const {
   std::vector<std::pair<Ref<NSObject>, Ref<NSArray>>> observed;
   {
-    MutexLock lock(_lock);
-    _objectInfosMap->forEach([&](Ref<NSObject> object, const detail::InfoSet& infos) {
+    const detail::ObservedObjects::Locked objects(*_objectInfosMap);
+    objects->forEach([&](Ref<NSObject> object, const detail::InfoSet& infos) {
       std::vector<Value> texts;
       for (const _FBKVOInfo* info : infos.infos()) texts.push_back(info->debugDescription());
       observed.emplace_back(std::move(object), make<NSArray>(std::move(texts)));

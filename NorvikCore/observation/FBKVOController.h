@@ -36,7 +36,6 @@
 #include "NorvikCore/observation/ObservingClosure.h"
 #include "NorvikCore/platform/collections/NSDictionary.h"
 #include "NorvikCore/platform/kernel/Hidden.h"
-#include "NorvikCore/platform/kernel/Mutex.h"
 #include "NorvikCore/platform/keyvalue/KeyPath.h"
 #include "NorvikCore/platform/keyvalue/KeyValueObserving.h"
 #include "NorvikCore/platform/object/Block.h"
@@ -169,11 +168,10 @@ class NK_EXPORT FBKVOController : public NSObject {
   /// Appends the observations that are not ended.
   void addInfosTo(std::vector<Ref<_FBKVOInfo>>& infos) const;
 
-  const detail::Hidden<detail::ObservedObjects> _objectInfosMap NK_GUARDED_BY(_lock);
-  mutable Mutex _lock;
-  const Weak<NSObject> _observer;
+  const detail::Hidden<detail::ObservedObjects> _objectInfosMap;
   // The list of all controllers, guarded by the mutex of the shared controller.
   FBKVOController* previous_ = nullptr;
+  const Weak<NSObject> _observer;
   FBKVOController* next_ = nullptr;
 };
 

@@ -14,7 +14,7 @@ bool isFor(const _FBKVOInfo& info, const NSString& keyPath) {
 
 }  // namespace
 
-InfoSet::~InfoSet() {
+void InfoSet::releaseAll() noexcept {
   for (_FBKVOInfo* info : infos()) detail::release(info);
   delete many();
 }

@@ -4,6 +4,7 @@
 
 #include "NorvikCore/observation/internal/_FBKVOInfo.h"
 #include "NorvikCore/platform/collections/internal/IdentityMap.h"
+#include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <cstdint>
 #include <span>
@@ -22,7 +23,9 @@ class InfoSet {
     std::swap(content_, other.content_);
     return *this;
   }
-  ~InfoSet();
+  ~InfoSet() {
+    if (content_) releaseAll();
+  }
 
   /// Adds an observation to which the caller has the only Ref. False if the key path is already in the set.
   bool add(_FBKVOInfo& info);
@@ -36,6 +39,7 @@ class InfoSet {
  private:
   using Many = std::vector<_FBKVOInfo*>;
 
+  void releaseAll() noexcept;
   [[nodiscard]] Many* many() const noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(content_);
     return (address & 1) != 0 ? reinterpret_cast<Many*>(address - 1) : nullptr;
@@ -44,17 +48,39 @@ class InfoSet {
   _FBKVOInfo* content_ = nullptr;  ///< the only observation, or a Many at one address lower; null for none
 };
 
-class ObservedObjects : public IdentityMap<InfoSet> {
+/// Synchronised: the objects are used through Locked.
+class ObservedObjects {
  public:
-  using IdentityMap::IdentityMap;
+  using Map = IdentityMap<InfoSet>;
+
+  explicit ObservedObjects(bool keepsObjects) noexcept : map_(keepsObjects) {}
 
   /// The side record of the controller's observer, which the controller's Weak retains.
   [[nodiscard]] SideRecord* receiver() const noexcept { return receiver_; }
   /// Call it while the controller is constructed.
   void setReceiver(SideRecord* receiver) noexcept { receiver_ = receiver; }
 
+  /// The objects, for one thread from construction to destruction.
+  class NK_SCOPED_CAPABILITY Locked {
+   public:
+    explicit Locked(ObservedObjects& objects) noexcept NK_ACQUIRE(objects.mutex_) : objects_(objects) {
+      objects_.mutex_.lock();
+    }
+    ~Locked() NK_RELEASE() { objects_.mutex_.unlock(); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+    Map* operator->() const noexcept NK_NO_THREAD_SAFETY_ANALYSIS { return &objects_.map_; }
+
+   private:
+    ObservedObjects& objects_;
+  };
+
  private:
   SideRecord* receiver_ = nullptr;
+  /// A thread that uses a controller has a Ref to it, and releases that only after unlocking. So no controller is
+  /// destroyed while its mutex is being unlocked.
+  WordMutex mutex_;
+  Map map_ NK_GUARDED_BY(mutex_);
 };
 
 }  // namespace norvik::detail

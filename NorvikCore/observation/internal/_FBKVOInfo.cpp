@@ -34,8 +34,7 @@ std::variant<std::monostate, FBKVONotificationBlock, detail::ChangeBlock, SEL> h
 
 }  // namespace
 
-// The record is constant, so it needs no lock.
-detail::SideRecord* _FBKVOInfo::receiverOf(const FBKVOController& controller) NK_NO_THREAD_SAFETY_ANALYSIS {
+detail::SideRecord* _FBKVOInfo::receiverOf(const FBKVOController& controller) {
   return controller._objectInfosMap->receiver();
 }
 

@@ -36,7 +36,9 @@ void _FBKVOSharedController::observe(NSObject& object, Ref<_FBKVOInfo> info) {
   }
 }
 
-void _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) { detail::endRegistration(&object, info); }
+Ref<detail::Registration> _FBKVOSharedController::unobserve(NSObject& object, _FBKVOInfo& info) {
+  return detail::endRegistration(&object, info);
+}
 
 void _FBKVOSharedController::unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos) {
   for (_FBKVOInfo* info : infos) detail::endRegistration(object, *info);

@@ -22,7 +22,8 @@ class NK_EXPORT_FOR_TESTS _FBKVOSharedController
 
   /// If observing raises, the observation ends, also in its controller.
   void observe(NSObject& object, Ref<_FBKVOInfo> info);
-  void unobserve(NSObject& object, _FBKVOInfo& info);
+  /// Returns the Ref that the runtime had to the observation; empty if it had none any more.
+  Ref<detail::Registration> unobserve(NSObject& object, _FBKVOInfo& info);
   /// `object` is null if it was destroyed; its registrations were destroyed with it.
   void unobserve(NSObject* object, std::span<_FBKVOInfo* const> infos);
 

@@ -89,6 +89,12 @@ class IdentityMap {
   }
 
   [[nodiscard]] Entry take(const NSObject& object) { return table_.take(&object); }
+  /// The same if shallTake(payload) is true; that may change the payload. Ignores an entry of an earlier object at the
+  /// same address.
+  template <class ShallTake>
+  [[nodiscard]] Entry takeIf(const NSObject& object, ShallTake&& shallTake) {
+    return table_.takeIf(&object, [&](Entry& entry) { return !entry.isGone() && shallTake(entry.payload); });
+  }
   [[nodiscard]] std::vector<Entry> takeAll() {
     std::vector<Entry> all;
     all.reserve(table_.size());

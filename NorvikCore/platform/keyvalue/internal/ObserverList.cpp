@@ -243,8 +243,8 @@ Ref<Registration> takeRegistration(const NSObject& object, const NSObject& obser
   return taken;
 }
 
-void endRegistration(NSObject* object, Registration& registration) {
-  Ref<Registration> removed;  // outlives the lock
+Ref<Registration> endRegistration(NSObject* object, Registration& registration) {
+  Ref<Registration> removed;
   if (SideRecord* record = object ? SideRecord::find(*object) : nullptr) {
     LockedList locked(*record);
     registration.stop();
@@ -253,6 +253,7 @@ void endRegistration(NSObject* object, Registration& registration) {
     registration.stop();
   }
   registration.leavePath();
+  return removed;
 }
 
 void endObserving(NSObject& object, NSObject* observers) noexcept {

@@ -115,7 +115,8 @@ void detach(const NSObject* object, const Registration& registration, std::size_
 /// Checks the path, attaches the registration to all of it, and makes the initial call.
 void observe(NSObject& object, Ref<Registration> registration);
 /// Ends a registration and removes it from all lists, even one that is being made: it will not be attached any more.
-/// `object` is the object on which it was made, or null if that is destroyed.
-void endRegistration(NSObject* object, Registration& registration);
+/// `object` is the object on which it was made, or null if that is destroyed. Returns the Ref that the list of the
+/// object had; empty if it had none.
+Ref<Registration> endRegistration(NSObject* object, Registration& registration);
 
 }  // namespace norvik::detail

@@ -22,17 +22,28 @@ struct ObjectAccess {
   static bool isUnshared(const NSObject& object) noexcept {
     return object.count_.loadAcquire() == 1 && object.flags_.loadAcquire() == 0;
   }
+  /// Releases two counts of the caller.
+  static void releaseTwice(const NSObject& object) noexcept {
+    // As in release(): no other thread can retain an object that only the caller uses.
+    if (object.count_.loadAcquire() == 2 && object.flags_.loadAcquire() == 0) return destroy(&object);
+    release(&object);
+    release(&object);
+  }
   static bool initialise(NSObject& object) { return object.init(); }
   /// Destroys an object without a side record, which no other thread can use.
   [[gnu::noinline]] static void destroy(const NSObject* object) noexcept;
   /// Releases an object whose count was seen to be 1. False if it has more counts meanwhile.
   [[gnu::noinline]] static bool releaseLast(const NSObject* object) noexcept;
 
+  /// For an object with a side record whose list of observers is locked. No other thread changes the flags then,
+  /// because the number of the record never changes: a plain store is sufficient.
   static void setObserved(const NSObject& object, bool observed) noexcept {
-    set(object, NSObject::observedFlag, observed);
+    const std::uint32_t others = object.flags_.loadRelaxed() & ~NSObject::observedFlag;
+    object.flags_.storeRelease(others | (observed ? NSObject::observedFlag : 0));
   }
-  /// For objects of the library that are never destroyed, so that no Weak to them is needed.
-  static void setPermanent(const NSObject& object) noexcept { set(object, NSObject::permanentFlag, true); }
+  /// For objects of the library that are never destroyed, so that no Weak to them is needed. Call it before another
+  /// thread can use the object.
+  static void setPermanent(const NSObject& object) noexcept { object.flags_.orRelease(NSObject::permanentFlag); }
   static bool isPermanent(const NSObject& object) noexcept {
     return (object.flags_.loadRelaxed() & NSObject::permanentFlag) != 0;
   }
@@ -52,15 +63,6 @@ struct ObjectAccess {
   static bool isDying(const NSObject& object) noexcept { return object.count_.loadRelaxed() >= dyingCount / 2; }
   /// True if the last Ref is released.
   static bool isGoing(const NSObject& object) noexcept { return object.count_.loadRelaxed() - 1 >= dyingCount / 2 - 1; }
-
- private:
-  static void set(const NSObject& object, std::uint32_t flag, bool on) noexcept {
-    if (on) {
-      object.flags_.orRelease(flag);
-    } else {
-      object.flags_.andRelease(~flag);
-    }
-  }
 };
 
 struct AssociationList;

@@ -39,12 +39,18 @@ class PointerTable {
 
   /// Removes and returns the payload; a default-constructed one if there was none.
   Payload take(const void* key) {
+    return takeIf(key, [](const Payload&) { return true; });
+  }
+  /// The same if there is one and shallTake(payload) is true; that may change the payload.
+  template <class ShallTake>
+  Payload takeIf(const void* key, ShallTake&& shallTake) {
     if (slots_.empty()) return Payload();
     std::size_t at = home(key);
     while (slots_[at].key != key) {
       if (!slots_[at].key) return Payload();
       at = next(at);
     }
+    if (!shallTake(slots_[at].payload)) return Payload();
     Payload taken = std::move(slots_[at].payload);
     closeGap(at);
     --size_;

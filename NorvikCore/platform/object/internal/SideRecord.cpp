@@ -164,10 +164,7 @@ bool SideRecord::pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, N
 }
 
 // A claim that already has a list does not use this one, because claimList() refuses it.
-bool SideRecord::passList(NSObject& list, Passed& earlier) noexcept {
-  const ThreadClaim::Thread holder = claim_.holder();
-  if (!holder) [[likely]]
-    return false;
+bool SideRecord::passList(NSObject& list, ThreadClaim::Thread holder, Passed& earlier) noexcept {
   const WordLock lock(mutex);
   if (claim_.passedTo() == holder && passed_.list) return false;
   detail::retain(&list);

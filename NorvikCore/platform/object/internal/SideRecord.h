@@ -66,7 +66,10 @@ class SideRecord {
   [[nodiscard]] bool isPassedHere() const noexcept { return claim_.isPassedHere(); }
   /// Passes a count of the list to a claim that may use it, and returns true: the list must then not be changed. The
   /// list is locked. `earlier` receives counts that were passed to a claim that has ended.
-  [[nodiscard]] bool passList(NSObject& list, Passed& earlier) noexcept NK_EXCLUDES(mutex);
+  [[nodiscard]] bool passList(NSObject& list, Passed& earlier) noexcept NK_EXCLUDES(mutex) {
+    const ThreadClaim::Thread holder = claim_.holder();
+    return holder && passList(list, holder, earlier);
+  }
 
   struct Remains {
     NSObject* observers = nullptr;  ///< with one count
@@ -84,6 +87,7 @@ class SideRecord {
  private:
   friend class SideRecordPool;
   void giveBack() noexcept;
+  [[nodiscard]] bool passList(NSObject& list, ThreadClaim::Thread holder, Passed& earlier) noexcept NK_EXCLUDES(mutex);
   [[nodiscard]] Passed takePassed() noexcept NK_REQUIRES(mutex);
   [[gnu::noinline]] void releasePassed() noexcept NK_EXCLUDES(mutex);
   [[nodiscard]] bool pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted,

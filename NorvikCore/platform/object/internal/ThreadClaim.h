@@ -9,8 +9,8 @@
 //   if (claim.end()) record.takePassed();
 //
 // A claim has no counts. So before a thread ends what a claim protects, it looks for a claim, and passes a count to it
-// (SideRecord::releaseObject, SideRecord::passList). The claiming thread releases that count after end(). Usually nobody
-// passes a count, and a change touches no count at all.
+// (SideRecord::releaseObject, SideRecord::passList). The claiming thread releases that count after end(). Usually
+// nobody passes a count, and a change touches no count at all.
 //
 // take() is an atomic exchange that other threads see before the claiming thread reads on. A thread that takes away
 // something first makes it unreachable, then looks for a claim. So it finds the claim, or the claiming thread finds
@@ -18,8 +18,8 @@
 // processor may do that before its store is visible. A thread that passes a count therefore makes the kernel order the
 // memory of all threads, as a thread that waits for a PlainRelease does, and looks again.
 //
-// Claims nest: the calls of one thread end in the opposite order to their beginning. What ends in another order, such as
-// a change between willChangeValueForKey and didChangeValueForKey, must not claim.
+// Claims nest: the calls of one thread end in the opposite order to their beginning. What ends in another order, such
+// as a change between willChangeValueForKey and didChangeValueForKey, must not claim.
 #pragma once
 
 #include "NorvikCore/platform/kernel/internal/ForkGate.h"
@@ -38,8 +38,8 @@ class ThreadClaim {
   [[nodiscard]] Taking take() noexcept {
     Thread seen = holder_.load(std::memory_order_relaxed);
     if (seen == thisThread()) return Held;
-    const bool isTaken =
-        !seen && holder_.compare_exchange_strong(seen, thisThread(), std::memory_order_seq_cst, std::memory_order_relaxed);
+    const bool isTaken = !seen && holder_.compare_exchange_strong(seen, thisThread(), std::memory_order_seq_cst,
+                                                                  std::memory_order_relaxed);
     return isTaken ? Taken : Refused;
   }
   /// True if counts were passed to the claim, which the caller must release.
