@@ -39,6 +39,9 @@ bool InfoSet::add(_FBKVOInfo& info) {
 Ref<_FBKVOInfo> InfoSet::take(const NSString& keyPath) {
   Many* several = many();
   if (!several) {
+    // The observation is about to be ended and destroyed, and if there are many, it is in no cache: its lines are
+    // loaded at once, not one after another.
+    if (content_) __builtin_prefetch(content_ + 1);
     const bool isFound = content_ && isFor(*content_, keyPath);
     return isFound ? Ref<_FBKVOInfo>::adopt(std::exchange(content_, nullptr)) : nullptr;
   }

@@ -36,14 +36,15 @@ namespace {
 
 using Entry = ObserverList::Entry;
 
-[[gnu::noinline]] bool isAffectedByAnother(const ObservedKey& key, std::string_view changed) {
-  return std::ranges::any_of(key.affecting, [&](const NSString& other) { return isSameName(other.view(), changed); });
+[[gnu::noinline]] bool isAffectedOtherwise(const Entry& entry, std::string_view changed) {
+  if (!entry.key) return isSameName(entry.registration->key(entry.depth).view(), changed);
+  return std::ranges::any_of(entry.key->affecting,
+                             [&](const NSString& key) { return isSameName(key.view(), changed); });
 }
 
+/// Inlined as far as it usually goes: the changed key is the observed one.
 bool isAffected(const Entry& entry, std::string_view changed) {
-  const NSString& key = entry.key ? entry.key->key : entry.registration->key(entry.depth);
-  if (isSameName(key.view(), changed)) return true;
-  return entry.key && !entry.key->affecting.empty() && isAffectedByAnother(*entry.key, changed);
+  return (entry.key && isSameName(entry.key->key.view(), changed)) || isAffectedOtherwise(entry, changed);
 }
 
 /// True if the same registration is notified of the same change at an earlier element of its path, which is circular.

@@ -11,9 +11,10 @@ namespace norvik::detail {
 
 void ObserverList::add(Entry entry, std::vector<Ref<Registration>>* gone) {
   const bool isFull = entries_.size() >= std::max<std::size_t>(greatestUnindexed, roomFor_);
-  if (isFull && gone) takeGone(*gone);
+  if (isFull && gone && canLoseObservers_) takeGone(*gone);
   options_ |= entry.registration->options_;
   hasPaths_ = hasPaths_ || !entry.registration->isLast(entry.depth);
+  canLoseObservers_ = canLoseObservers_ || entry.registration->canLoseObserver();
   if (isFull) closeGaps();
   if (entry.depth == 0) entry.registration->position_ = static_cast<std::uint32_t>(entries_.size());
   entries_.push_back(std::move(entry));
@@ -45,7 +46,7 @@ Ref<Registration> ObserverList::takeOut(std::size_t position) {
     slots_.clear();
     older_.clear();
     options_ = 0;
-    hasPaths_ = false;
+    hasPaths_ = canLoseObservers_ = false;
   } else if (position + 1 == entries_.size() && slots_.empty()) {
     entries_.pop_back();
   } else if (entries_.size() <= greatestUnindexed || entries_.size() > 2 * count_ + greatestUnindexed) {
@@ -91,10 +92,12 @@ void ObserverList::enter(std::size_t position) {
 
 /// Closes the gaps, and gives the entries as much room again before it is called for the next time.
 void ObserverList::closeGaps() {
-  std::erase_if(entries_, [](const Entry& e) { return !e.registration; });
-  for (std::size_t position = 0; position < entries_.size(); ++position) {
-    if (entries_[position].depth == 0)
-      entries_[position].registration->position_ = static_cast<std::uint32_t>(position);
+  if (count_ != entries_.size()) {
+    std::erase_if(entries_, [](const Entry& e) { return !e.registration; });
+    for (std::size_t position = 0; position < entries_.size(); ++position) {
+      if (entries_[position].depth == 0)
+        entries_[position].registration->position_ = static_cast<std::uint32_t>(position);
+    }
   }
   roomFor_ = static_cast<std::uint32_t>(2 * entries_.size());
   if (!slots_.empty()) makeIndex();
@@ -119,6 +122,7 @@ Ref<ObserverList> ObserverList::copy() const {
   same->count_ = count_;
   same->options_ = options_;
   same->hasPaths_ = hasPaths_;
+  same->canLoseObservers_ = canLoseObservers_;
   same->closeGaps();
   return same;
 }

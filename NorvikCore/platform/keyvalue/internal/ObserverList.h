@@ -76,6 +76,7 @@ class ObserverList final : public NSObject {
   std::uint32_t roomFor_ = 0;  ///< number of entries at which gaps are closed
   std::uint32_t options_ = 0;  ///< of all entries since the list was last empty
   bool hasPaths_ = false;
+  bool canLoseObservers_ = false;  ///< some observer may be destroyed without being removed
 };
 
 template <class IsWanted>

@@ -39,6 +39,8 @@ class NK_EXPORT_FOR_TESTS Registration : public NSObject {
   [[nodiscard]] bool isObserverGone() const noexcept {
     return !isObserverPermanent_ && detail::isGone(observerRecord_);
   }
+  /// True if the observer may be destroyed without being removed.
+  [[nodiscard]] bool canLoseObserver() const noexcept { return !isObserverPermanent_; }
   /// Null if it is destroyed; otherwise `kept` retains it if necessary.
   [[nodiscard]] NSObject* observer(Ref<NSObject>& kept) const noexcept;
   /// Calls the observer about the delivery's change of the value that the path leads to from `root`. False, without a

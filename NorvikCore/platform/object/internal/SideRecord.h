@@ -13,6 +13,7 @@
 #include "NorvikCore/platform/object/internal/WordMutex.h"
 
 #include <atomic>
+#include <bit>
 #include <cstdint>
 #include <utility>
 
@@ -27,7 +28,10 @@ class SideRecord {
   SideRecord& operator=(const SideRecord&) = delete;
 
   /// The object's record, which lives as long as the object; null if there is none.
-  [[nodiscard]] static SideRecord* find(const NSObject& object) noexcept;
+  [[nodiscard]] static SideRecord* find(const NSObject& object) noexcept {
+    const std::uint32_t number = ObjectAccess::record(object);
+    return number != 0 ? &at(number) : nullptr;
+  }
   /// The same, created if there was none. Not for an object that is being destroyed.
   [[nodiscard]] static SideRecord& findOrMake(const NSObject& object);
   /// A record without an object, which reads as if its object were destroyed; with one count for the caller.
@@ -86,6 +90,25 @@ class SideRecord {
 
  private:
   friend class SideRecordPool;
+
+  // Numbers count from 1. Piece p holds 2^p times as many records as the first one.
+  struct Place {
+    std::size_t piece, offset;
+  };
+  static constexpr std::uint32_t firstPiece = 64;
+  static constexpr std::size_t pieceCount = std::bit_width(ObjectAccess::greatestRecord / firstPiece) + 1;
+  static constinit std::atomic<SideRecord*> pieces[pieceCount];
+
+  static Place placeOf(std::uint32_t number) noexcept {
+    const std::uint32_t counted = number - 1 + firstPiece;
+    const auto piece = static_cast<std::size_t>(std::bit_width(counted / firstPiece) - 1);
+    return {piece, counted - (std::size_t{firstPiece} << piece)};
+  }
+  [[nodiscard]] static SideRecord& at(std::uint32_t number) noexcept {
+    const Place place = placeOf(number);
+    return pieces[place.piece].load(std::memory_order_acquire)[place.offset];
+  }
+
   void giveBack() noexcept;
   [[nodiscard]] bool passList(NSObject& list, ThreadClaim::Thread holder, Passed& earlier) noexcept NK_EXCLUDES(mutex);
   [[nodiscard]] Passed takePassed() noexcept NK_REQUIRES(mutex);
