@@ -25,6 +25,15 @@ class RisingTransformer : public NSValueTransformer {
   Value reverseTransformedValue(const Value& number) override { return number.as<Decimal>() + Decimal(1); }
 };
 
+/// Reads its paths itself: the gross pay with a bonus of 100.
+class SlipWithBonus : public BoundSlip {
+  NK_OBJECT(SlipWithBonus, BoundSlip)
+  [[nodiscard]] Value valueForKeyPath(const NSString& path) const override {
+    const Value value = BoundSlip::valueForKeyPath(path);
+    return path == "grossPay" ? Value(value.as<Decimal>() + 100_dec) : value;
+  }
+};
+
 TEST(KeyValueBinding, HeaderExample) {
   auto payslip = make<BoundSlip>();
   auto field = make<BoundField>();
@@ -54,6 +63,15 @@ TEST(KeyValueBinding, AnyKeyOfTheReceiverCanBeBound) {
   EXPECT_TRUE(field->enabled());
   slip->setNote(false);
   EXPECT_FALSE(field->enabled());
+}
+
+TEST(KeyValueBinding, AClassThatReadsItsPathsItselfIsAsked) {
+  auto slip = make<SlipWithBonus>();
+  auto field = make<BoundField>();
+  bind(*field, *slip, "grossPay");
+  EXPECT_EQ(field->value(), Value(100_dec));
+  slip->setGrossPay(900_dec);
+  EXPECT_EQ(field->value(), Value(1000_dec));
 }
 
 TEST(KeyValueBinding, ADependentKeyIsFollowed) {
