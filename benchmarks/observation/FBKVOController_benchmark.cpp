@@ -2,21 +2,21 @@
 // and removing an observation, compared with GObject's notify, boost::signals2, and Qt's signals and bindable
 // properties.
 //
-// 2026-11-23, Intel Xeon of 2.3 GHz (Sapphire Rapids), two virtual cores shared with other builds (load 25), g++ 12.2,
-// -O2; processor time, ns, medians of 7 runs:
+// 2026-11-23, Intel Xeon of 2.3 GHz (Sapphire Rapids), two virtual cores shared with other builds (load 9), g++ 12.2,
+// -O2; processor time, ns, medians of 5 runs, in turns with the library before changes claimed their objects:
 //   observers                  1      10     1000
-//   ours                      60     177   13,100     2026-11-22: 86, 217, 14,200
-//   each another object       84     375   33,000     117, 465, 39,000
-//   closures of observe()     52     112    8,000     79, 150, 9,400
-//   Qt signal                 39     200   18,200
-//   QProperty                 27      94    8,600
-//   signals2                  54     201   15,400
-//   GObject                  432   1,220   88,500
-//   no observer: as a plain store behind a flag, 0.4; QProperty 4, Qt signal 9, GObject 9, signals2 37 (2026-11-21, on
-//   an Intel Xeon of 2.5 GHz); with the value passed 169, in a closure 96 adding and removing an observation: 179
-//   (2026-11-22: 213), signals2 226 (0.79), GObject 391, Qt signal 145 a thousand controllers with a thousand objects,
-//   each added and removed: 764 ns and 186 bytes (2026-11-22: 760 and 202), signals2 478 ns and 288 bytes; thirty with
-//   thirty: 241 ns (272), signals2 248 ns
+//   ours                      40     182   13,800     before: 59, 201, 14,600
+//   each another object       44     222   18,800     85, 384, 33,600
+//   closures of observe()     28     113    8,400     52, 116, 8,300
+//   Qt signal                 39     202   18,100
+//   QProperty                 28      95    8,600
+//   signals2                  54     198   15,400
+//   GObject                  419   1,210   87,600
+//   no observer: as a plain store behind a flag, 0.3; QProperty 4, Qt signal 6, GObject 8, signals2 33
+//   with the value passed: 164 (180), in a closure 92 (103), GObject 469
+//   adding and removing an observation: 142 (179), signals2 221 (0.64), GObject 391, Qt signal 144
+//   a thousand controllers with a thousand objects, each added and removed: 652 ns (694) and 186 bytes, signals2 560 ns
+//   and 288 bytes; thirty with thirty: 201 ns (238), signals2 236 ns
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include <benchmark/benchmark.h>

@@ -2,12 +2,12 @@
 // with and without closures, and creating and ending a binding, compared with GObject's property bindings, Qt's
 // bindable properties and two boost::signals2 signals that are connected by hand.
 //
-// 2026-11-23, Intel Xeon of 2.3 GHz (Sapphire Rapids), two virtual cores shared with other builds (load 25), g++ 12.2,
-// -O2, processor time, ns, medians of 7 runs, in parentheses those of 2026-11-22: to the view 165 (369), GObject 1270,
-// signals2 99, QProperty 36; to the model 240 (505), GObject 1250; through closures 165 (372), GObject 1265; bind and
-// unbind 1010 (1092), GObject 3600; an edit pushed back 915 (1140).
-// Only GObject's bindings do the same work: they find the property by its name, work in both directions, and survive
-// the end of either side.
+// 2026-11-23, Intel Xeon of 2.3 GHz (Sapphire Rapids), two virtual cores shared with other builds (load 9), g++ 12.2,
+// -O2; processor time, ns, medians of 5 runs, in parentheses the library before changes claimed their objects, in
+// turns: to the view 91 (162), GObject 1280, signals2 100, QProperty 37; to the model 166 (256), GObject 1280; through
+// closures 100 (171), GObject 1280; bind and unbind 960 (986), GObject 3590; an edit pushed back 834 (906). Only
+// GObject's bindings do the same work: they find the property by its name, work in both directions, and survive the end
+// of either side.
 #include "NorvikCore/Categories/NSObject+Norvik_Binding.h"
 
 #include <benchmark/benchmark.h>
