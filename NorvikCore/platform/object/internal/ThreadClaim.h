@@ -6,13 +6,13 @@
 //     case ThreadClaim::Taken: ...        // until end()
 //     case ThreadClaim::Held: ...         // the calling thread claims it already, until the outer call ends it
 //   }
-//   if (claim.end()) record.takePassed();
+//   if (claim.end()) ...                  // release the counts that were passed to the claim
 //
 // A claim has no counts. So before a thread ends what a claim protects, it looks for a claim, and passes a count to it
 // (SideRecord::releaseObject, SideRecord::passList). The claiming thread releases that count after end(). Usually
 // nobody passes a count, and a change touches no count at all.
 //
-// take() is an atomic exchange that other threads see before the claiming thread reads on. A thread that takes away
+// take() is an atomic step that other threads see before the claiming thread reads on. A thread that takes away
 // something first makes it unreachable, then looks for a claim. So it finds the claim, or the claiming thread finds
 // nothing to use. Ending a claim is a plain store, after which the thread loads whether counts were passed, and the
 // processor may do that before its store is visible. A thread that passes a count therefore makes the kernel order the
