@@ -7,9 +7,11 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace norvik {
@@ -20,11 +22,26 @@ Ref<NSFormatter> requiredFormatter(Ref<NSFormatter> formatter) {
   return formatter;
 }
 
+QString partReason() {
+  return QStringLiteral("The text shows only a part of the value. It can only be replaced as a whole.");
+}
+
+/// Whether the text of a number has lost leading digits or the sign. The header says how that differs from rounding.
+bool showsPartOf(const Value& value, const NSString& text, const NSFormatter& formatter) {
+  Value read;
+  if (!value.isNumber() || !formatter.getObjectValue_forString_errorDescription(read, text) || !read.isNumber()) {
+    return false;
+  }
+  const double number = value.as<double>();
+  const double difference = std::abs(number - read.as<double>());
+  return difference >= 1 && difference >= std::abs(number) / 2;
+}
+
 }  // namespace
 
 NKFormatterValidator::NKFormatterValidator(Ref<NSFormatter> formatter, QLineEdit& edit)
     : QValidator(&edit), formatter_(requiredFormatter(std::move(formatter))), edit_(edit) {
-  noteText(edit.text());
+  noteText();
   isEdited_ = false;
   noteSelection();
   edit.setValidator(this);
@@ -33,8 +50,10 @@ NKFormatterValidator::NKFormatterValidator(Ref<NSFormatter> formatter, QLineEdit
   connect(&edit, &QLineEdit::selectionChanged, this, &NKFormatterValidator::noteSelection);
   connect(&edit, &QLineEdit::cursorPositionChanged, this, &NKFormatterValidator::noteSelection);
   connect(&edit, &QLineEdit::textEdited, this, [this] {
+    if (!updatesContinuously_) return;
+    noteText();  // this signal is emitted before textChanged
     Value typed;
-    if (updatesContinuously_ && read(typed, nullptr)) take(typed);
+    if (isEdited_ && read(typed, nullptr)) take(typed);
   });
   connect(&edit, &QLineEdit::editingFinished, this, &NKFormatterValidator::commit);
 }
@@ -47,9 +66,9 @@ void NKFormatterValidator::setValue(const QVariant& value) { setObjectValue(nk_t
 
 void NKFormatterValidator::setObjectValue(const Value& value) {
   const bool isEqual = value == value_;
-  if (isEqual && isEdited_) return;
-  value_ = value;
-  setErrorText({});
+  if (isEqual && isEdited_) return accept();
+  replaceValue(value);
+  setEditReason({});
   if (edit_.hasFocus() && !edit_.isReadOnly()) {
     showEditingText();
   } else {
@@ -61,14 +80,19 @@ void NKFormatterValidator::setObjectValue(const Value& value) {
 QValidator::State NKFormatterValidator::validate(QString& text, int& position) const {
   const bool isEdit = text != original_ && text != judged_ && !isShowing_;
   if (isEdit) {
+    // A text that the program sets is not modified, and replaces the whole text.
+    if (showsPart() && edit_.isModified() && originalSelection_.length < static_cast<NSUInteger>(original_.size())) {
+      setEditReason(partReason());
+      return Invalid;
+    }
     const NSString asTyped = nk_toNSString(text);
     NSString proposed = asTyped, error;
     NSRange selection{static_cast<NSUInteger>(position), 0};
     if (formatter_->isPartialStringValid(proposed, selection, nk_toNSString(original_), originalSelection_, &error)) {
-      setErrorText({});
+      setEditReason({});
       replacementSelection_ = {0, 0};
     } else {
-      setErrorText(nk_toQString(error));
+      setEditReason(nk_toQString(error));
       const bool isReplaced = !proposed.isIdenticalTo(asTyped) || proposed.empty();
       const QString replacement = nk_toQString(proposed);
       // An edit that leaves the text as it was is refused, because Qt then keeps its undo history.
@@ -90,15 +114,21 @@ void NKFormatterValidator::fixup(QString& text) const {
   Value value;
   NSString error;
   // Called at the end of editing, for a text that is not acceptable: it stays for the user to correct.
-  if (!formatter_->getObjectValue_forString_errorDescription(value, nk_toNSString(text), &error)) {
-    setErrorText(nk_toQString(error));
+  if (isEdited_ && !formatter_->getObjectValue_forString_errorDescription(value, nk_toNSString(text), &error)) {
+    setEditReason(nk_toQString(error));
   }
 }
 
 bool NKFormatterValidator::eventFilter(QObject* watched, QEvent* event) {
+  const auto isEscape = [&] { return static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape; };
+  const bool hasSomethingToEnd = isEdited_ || isRefused_ || !editReason_.isEmpty();
   switch (event->type()) {
+    case QEvent::ShortcutOverride:  // accepted: the key is no shortcut of the window then
+      if (!hasSomethingToEnd || !isEscape()) break;
+      event->accept();
+      return true;
     case QEvent::KeyPress:
-      if (isEdited_ && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+      if (hasSomethingToEnd && isEscape()) {
         cancel();
         return true;
       }
@@ -108,7 +138,7 @@ bool NKFormatterValidator::eventFilter(QObject* watched, QEvent* event) {
       noteSelection();
       break;
     case QEvent::FocusIn:
-      if (!isEdited_ && errorText_.isEmpty() && !edit_.isReadOnly()) showEditingText();
+      if (!isEdited_ && !edit_.isReadOnly()) showEditingText();
       break;
     default:
       break;
@@ -117,37 +147,58 @@ bool NKFormatterValidator::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool NKFormatterValidator::commit() {
-  if (isEdited_) {
-    Value typed;
-    NSString error;
-    if (!read(typed, &error)) {
-      setErrorText(nk_toQString(error));
-      return false;
-    }
-    setErrorText({});
-    isEdited_ = false;
-    take(typed);
-    if (isEdited_) return true;  // a receiver of the signal has set another text
+  Value typed = value_;
+  NSString error;
+  if (isEdited_ && !read(typed, &error)) {
+    setEditReason(nk_toQString(error));
+    return false;
   }
-  showValue();
-  return true;
+  setEditReason({});
+  isEdited_ = false;
+  const QPointer<NKFormatterValidator> self(this);
+  take(typed);
+  if (!self) return true;
+  if (!isEdited_) showValue();  // otherwise a receiver of the signal has set another text
+  return !isRefused_;
 }
 
 void NKFormatterValidator::cancel() {
-  setErrorText({});
+  const QPointer<NKFormatterValidator> self(this);
+  setEditReason({});
+  if (isRefused_) {
+    isRestoring_ = true;
+    setObjectValue(Value(acceptedValue_));
+    if (!self) return;
+    isRestoring_ = false;
+  }
   showValue();
   Q_EMIT cancelled();
+}
+
+void NKFormatterValidator::refuse(const QString& reason) {
+  isRefused_ = true;
+  setRefusal(reason.isEmpty() ? QStringLiteral("The value is not accepted.") : reason);
 }
 
 bool NKFormatterValidator::read(Value& value, NSString* error) const {
   return formatter_->getObjectValue_forString_errorDescription(value, nk_toNSString(edit_.text()), error);
 }
 
-bool NKFormatterValidator::take(const Value& value) {
-  if (value == value_) return false;
+void NKFormatterValidator::replaceValue(const Value& value) {
+  if (!isRefused_) acceptedValue_ = value_;
   value_ = value;
+  accept();
+}
+
+void NKFormatterValidator::take(const Value& value) {
+  if (value == value_ && !isRefused_) return;
+  replaceValue(value);
   Q_EMIT valueChanged(this->value());
-  return true;
+}
+
+void NKFormatterValidator::accept() {
+  isRefused_ = false;
+  setRefusal({});
 }
 
 void NKFormatterValidator::showValue() {
@@ -160,18 +211,25 @@ void NKFormatterValidator::showEditingText() {
 
 void NKFormatterValidator::show(const std::optional<NSString>& text) {
   const QString shown = text ? nk_toQString(*text) : QString();
+  partialText_.reset();
+  if (text && showsPartOf(value_, *text, *formatter_)) partialText_ = shown;
   if (shown != edit_.text()) {
     const QScopedValueRollback showing(isShowing_, true);
     edit_.setText(shown);
   }
   isEdited_ = false;
+  updateErrorText();
 }
 
-void NKFormatterValidator::noteText(const QString& text) {
-  original_ = text;
+void NKFormatterValidator::noteText() {
+  const QString text = edit_.text();
   const bool wasJudged = judged_ == text;
   judged_.reset();
-  if (!isShowing_) isEdited_ = true;
+  if (text != std::exchange(original_, text) && !isShowing_) {
+    isEdited_ = text != partialText_;  // the edits may have been undone
+    setRefusal({});
+    updateErrorText();
+  }
   if (wasJudged && replacementSelection_.length > 0) {
     edit_.setSelection(static_cast<int>(replacementSelection_.location),
                        static_cast<int>(replacementSelection_.length));
@@ -185,7 +243,25 @@ void NKFormatterValidator::noteSelection() {
                                                : NSRange{static_cast<NSUInteger>(edit_.cursorPosition()), 0};
 }
 
-void NKFormatterValidator::setErrorText(const QString& text) const {
+bool NKFormatterValidator::showsPart() const { return original_ == partialText_; }
+
+void NKFormatterValidator::setEditReason(const QString& reason) const {
+  editReason_ = reason;
+  updateErrorText();
+}
+
+void NKFormatterValidator::setRefusal(const QString& reason) {
+  if (reason == refusal_) return;
+  refusal_ = reason;
+  updateErrorText();
+  if (reason.isEmpty()) Q_EMIT refusalEnded();
+}
+
+void NKFormatterValidator::updateErrorText() const {
+  const QString text = !editReason_.isEmpty() ? editReason_
+                       : !refusal_.isEmpty()  ? refusal_
+                       : showsPart()          ? partReason()
+                                              : QString();
   if (text == errorText_) return;
   errorText_ = text;
   detail::markError(edit_, *this, text);

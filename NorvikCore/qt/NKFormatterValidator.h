@@ -9,13 +9,27 @@
 // selection before it. The edit is accepted, refused, or replaced by the formatter's text with the formatter's caret or
 // selection. A replaced edit ends the edit's undo history, because Qt has no other way to replace a text.
 //
-// The text becomes the value when editing ends: Return, Enter, or another widget gets the focus. A text that the
-// formatter cannot read stays for the user to correct; Escape shows the value again. While the edit has the focus and
-// nothing is typed, it shows the formatter's editing text. An unchanged text is not read, so that a value with more
-// digits than its text is kept.
+// The text becomes the value when editing ends: Return, Enter, or another widget gets the focus. Then the edit shows
+// the formatter's text of the value, and when it gets the focus again, the formatter's editing text. A text that the
+// formatter cannot read stays for the user to correct. An unchanged text is not read, so that a value with more digits
+// than its text is kept.
 //
-// errorText() says why the last edit or the last end of editing was refused, until an edit is accepted. The edit's tool
-// tip shows it too, and its property "invalid" is true meanwhile, for style sheets: QLineEdit[invalid="true"] {...}.
+// A receiver of valueChanged() may refuse the value (refuse()), as NKPropertyBinding does for its model. The text stays
+// for the user to correct, and each end of editing passes a refused value on again. Escape ends an edit and a refusal,
+// and shows the last value that was not refused; a bound field shows the model's value. Without an edit and a refusal
+// the key is left to the window.
+//
+// errorText() is about the text that the edit shows: the first of these reasons that holds.
+// 1. The formatter refused the last edit, or could not read the text when editing ended.
+// 2. The value was refused.
+// 3. The text shows only a part of the value (see below).
+// An edit that is accepted, another value and Escape end the first two; the end of editing ends a refused edit's
+// reason. The edit's tool tip shows errorText() too, and its property "invalid" is true meanwhile, for style sheets:
+// QLineEdit[invalid="true"] {...}.
+//
+// A text shows only a part of a number if it reads back as a number that differs by one or more, and by half of the
+// number or more. A formatter with at most four integer digits shows 12345 as "2,345", for example. Rounding to whole
+// numbers or finer never changes a number that much. Only an edit that replaces the whole text is accepted then.
 //
 // Ownership: retains the formatter. A child of the line edit, which it is installed in as its validator.
 // Threads:   confined to the thread of the line edit.
@@ -57,7 +71,7 @@ class NK_EXPORT NKFormatterValidator : public QValidator {
   /// Absent until a value is set or typed.
   [[nodiscard]] const Value& objectValue() const noexcept { return value_; }
   /// Shows the value; a text that is being edited is replaced unless the value is equal. The empty text shows an absent
-  /// value and one that the formatter cannot show.
+  /// value and one that the formatter cannot show. Ends a refusal.
   void setObjectValue(const Value& value);
   [[nodiscard]] QVariant value() const;
   void setValue(const QVariant& value);
@@ -71,36 +85,52 @@ class NK_EXPORT NKFormatterValidator : public QValidator {
   [[nodiscard]] bool eventFilter(QObject* watched, QEvent* event) override;
 
  public Q_SLOTS:
-  /// Ends editing: the text becomes the value. False if the formatter cannot read it.
+  /// Ends editing: the text becomes the value. False if the formatter cannot read it or the value is refused.
   bool commit();
-  /// Shows the value again.
+  /// What Escape does.
   void cancel();
+  /// The value cannot be used, because of `reason`. A receiver of valueChanged() calls it, at once or later.
+  void refuse(const QString& reason);
 
  Q_SIGNALS:
+  /// Also emitted when a refused value is passed on again.
   void valueChanged(const QVariant& value);
   void errorTextChanged(const QString& errorText) const;
   void cancelled();
+  /// The reason of refuse() does not hold any more.
+  void refusalEnded();
 
  private:
+  friend class NKPropertyBinding;
   [[nodiscard]] bool read(Value& value, NSString* error) const;
-  bool take(const Value& value);
+  void replaceValue(const Value& value);
+  void take(const Value& value);
+  void accept();
   void show(const std::optional<NSString>& text);
   void showValue();
   void showEditingText();
-  void noteText(const QString& text);
+  void noteText();
   void noteSelection();
-  void setErrorText(const QString& text) const;
+  [[nodiscard]] bool showsPart() const;
+  void setEditReason(const QString& reason) const;
+  void setRefusal(const QString& reason);
+  void updateErrorText() const;
 
   const Ref<NSFormatter> formatter_;
   QLineEdit& edit_;
   Value value_;
+  Value acceptedValue_;  ///< while value_ is refused: the last one that was not
   /// The text and the selection before the edit that validate() checks.
   QString original_;
   NSRange originalSelection_{0, 0};
   mutable std::optional<QString> judged_;  ///< the text that validate() accepted or made, until the edit has it
   mutable NSRange replacementSelection_{0, 0};
-  mutable QString errorText_;
-  bool isEdited_ = false;  ///< the text was changed after it was shown
+  std::optional<QString> partialText_;  ///< the text that was shown last, if it shows only a part of the value
+  mutable QString editReason_, errorText_;
+  QString refusal_;           ///< why value_ was refused, until the text is edited
+  bool isRefused_ = false;    ///< value_ was refused
+  bool isRestoring_ = false;  ///< the accepted value is set again, which is no change of the user
+  bool isEdited_ = false;     ///< the text was changed after it was shown
   bool isShowing_ = false;
   bool updatesContinuously_ = false;
 };

@@ -21,6 +21,11 @@
 namespace norvik {
 namespace detail {
 
+/// Stands for a value that the model refused: it equals no value of a model.
+class RefusedValue : public NSObject {
+  NK_OBJECT(RefusedValue, NSObject)
+};
+
 /// The receiver of the library's binding: passes the model's values on to the property.
 class BoundProperty : public NSObject {
   NK_OBJECT(BoundProperty, NSObject)
@@ -85,6 +90,12 @@ QWidget* widgetOf(QObject& receiver) {
   return qobject_cast<QWidget*>(&receiver);
 }
 
+/// Null if the property is not the value of a field.
+NKFormatterValidator* fieldOf(QObject& receiver, const QMetaProperty& property) {
+  auto* const field = qobject_cast<NKFormatterValidator*>(&receiver);
+  return field != nullptr && property.isUser() ? field : nullptr;
+}
+
 QMetaProperty writableProperty(const QObject& receiver, const char* name) {
   const QMetaObject* const type = receiver.metaObject();
   const int index = name != nullptr ? type->indexOfProperty(name) : -1;
@@ -106,11 +117,16 @@ Ref<NSValueTransformer> bindingTransformer(const NSDictionary& options) {
 }  // namespace
 
 NKPropertyBinding::NKPropertyBinding(QObject& receiver, const QMetaProperty& property)
-    : QObject(&receiver), receiver_(receiver), property_(property), bound_(make<detail::BoundProperty>(*this)) {}
+    : QObject(&receiver),
+      receiver_(receiver),
+      property_(property),
+      field_(fieldOf(receiver, property)),
+      bound_(make<detail::BoundProperty>(*this)) {}
 
 NKPropertyBinding::~NKPropertyBinding() {
   bound_->close();
   norvik::unbind(*bound_, NSValueBinding);
+  if (field_ && !errorText_.isEmpty()) field_->setRefusal({});
 }
 
 void NKPropertyBinding::bind(NSObject& object, const NSString& keyPath, const Ref<NSDictionary>& options) {
@@ -121,8 +137,12 @@ void NKPropertyBinding::bind(NSObject& object, const NSString& keyPath, const Re
       update.isNumber() && receiver_.metaObject()->indexOfProperty("updatesContinuously") >= 0) {
     receiver_.setProperty("updatesContinuously", update.as<bool>());
   }
-  if (auto* const validator = qobject_cast<NKFormatterValidator*>(&receiver_)) {
-    connect(validator, &NKFormatterValidator::cancelled, this, &NKPropertyBinding::refresh);
+  if (field_) {
+    connect(field_, &NKFormatterValidator::cancelled, this, &NKPropertyBinding::refresh);
+    connect(field_, &NKFormatterValidator::refusalEnded, this, [this] {
+      error_ = nullptr;
+      setErrorText({});
+    });
   }
   const auto transformer = bindingTransformer(*processed);
   if (!property_.hasNotifySignal() || (transformer && !transformer->canReverse())) return;
@@ -140,7 +160,8 @@ void NKPropertyBinding::show(const Value& value) {
     isShowing_ = wasShowing;
   }
   error_ = nullptr;
-  setErrorText({});
+  if (field_) field_->accept();
+  if (self) setErrorText({});
 }
 
 void NKPropertyBinding::showSafely(const Value& value) {
@@ -167,7 +188,7 @@ void NKPropertyBinding::refresh() {
 }
 
 bool NKPropertyBinding::commit() {
-  if (isShowing_) return true;
+  if (isShowing_ || (field_ && field_->isRestoring_)) return true;
   const Ref<detail::BoundProperty> bound = bound_;
   const QPointer<NKPropertyBinding> self(this);
   Ref<NSError> error;
@@ -185,8 +206,11 @@ bool NKPropertyBinding::commit() {
   if (isTaken) {
     refresh();
   } else if (infoForBinding(*bound, NSValueBinding)) {
+    bound->note(make<detail::RefusedValue>());  // so that the receiver is set whatever the model has next
     error_ = error;
-    setErrorText(reason.empty() ? QStringLiteral("The value is not accepted.") : nk_toQString(reason));
+    const QString text = reason.empty() ? QStringLiteral("The value is not accepted.") : nk_toQString(reason);
+    if (field_) field_->refuse(text);
+    if (self) setErrorText(text);
   }
   return isTaken;
 }
@@ -194,7 +218,11 @@ bool NKPropertyBinding::commit() {
 void NKPropertyBinding::setErrorText(const QString& text) {
   if (text == errorText_) return;
   errorText_ = text;
-  if (QWidget* const widget = widgetOf(receiver_)) detail::markError(*widget, *this, text);
+  if (field_) {
+    field_->setRefusal(text);
+  } else if (QWidget* const widget = widgetOf(receiver_)) {
+    detail::markError(*widget, *this, text);
+  }
   Q_EMIT errorTextChanged(text);
 }
 

@@ -17,9 +17,13 @@
 // that a binding sets is not carried back.
 //
 // A value that the model refuses stays in the widget for the user to correct. errorText() has the reason: the error of
-// the validation, or the reason of an NSException that the model raised. The receiver's tool tip shows it if the
-// receiver is a widget (or the validator of one), and its property "invalid" is true meanwhile, for style sheets. The
-// next accepted value, a change of the model and refresh() end that state.
+// the validation, or the reason of an NSException that the model raised. The next accepted value, a change of the model
+// and refresh() end that state.
+// - An NKFormatterValidator shows the reason by the rules of its header: an edit that it accepts ends the reason, and
+//   Escape shows the model's value. Bind its property "value", not the text of its edit.
+// - The tool tip of any other widget shows the reason, and its property "invalid" is true meanwhile, for style sheets.
+//   If several bindings of a widget have a reason, it shows the newest. A QLineEdit that is bound by its "text" passes
+//   each edit on, so that the model has the last text that it accepted; Escape has no effect there.
 //
 // Options:   those of NSObject+Norvik_Binding.h. "update" sets the receiver's property "updatesContinuously" if it has
 //            one; "readOnly" has no effect, because the binding never disables its receiver.
@@ -41,6 +45,7 @@
 #include <QByteArray>
 #include <QMetaProperty>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 namespace norvik {
@@ -49,6 +54,7 @@ namespace detail {
 class BoundProperty;
 }
 
+class NKFormatterValidator;
 class NKPropertyBinding;
 /// Binds the property and shows the model's value; an existing binding of the property is ended first. The result is
 /// valid until the receiver is destroyed or the property is bound again or unbound. An unknown or read-only property,
@@ -102,6 +108,7 @@ class NK_EXPORT NKPropertyBinding : public QObject {
 
   QObject& receiver_;
   const QMetaProperty property_;
+  const QPointer<NKFormatterValidator> field_;  ///< the receiver, if the property is its value
   Ref<detail::BoundProperty> bound_;
   QString errorText_;
   Ref<NSError> error_;

@@ -296,13 +296,11 @@ QLineEdit* DeskWindow::addField(QGridLayout& layout, int row, int column, int wi
   auto* const label = labelNamed("field", caption);
   label->setBuddy(edit);
   auto* const field = new NKFormatterValidator(std::move(formatter), *edit);
-  NKPropertyBinding& binding = nk_bind_toObject_withKeyPath_options(
-      *field, "value", *desk_, "selected." + NSString(key), NSDictionary::dictionaryWith({{NKBind, "validate"}}));
-  const auto showProblem = [this, caption](const QString& reason) {
+  nk_bind_toObject_withKeyPath_options(*field, "value", *desk_, "selected." + NSString(key),
+                                       NSDictionary::dictionaryWith({{NKBind, "validate"}}));
+  connect(field, &NKFormatterValidator::errorTextChanged, problem_, [this, caption](const QString& reason) {
     problem_->setText(reason.isEmpty() ? QString() : caption + QStringLiteral(": ") + reason);
-  };
-  connect(field, &NKFormatterValidator::errorTextChanged, problem_, showProblem);
-  connect(&binding, &NKPropertyBinding::errorTextChanged, problem_, showProblem);
+  });
   layout.addWidget(label, row, column, 1, width);
   layout.addWidget(edit, row + 1, column, 1, width);
   return edit;

@@ -3,7 +3,7 @@
 #include "NorvikCore/formatters/NKMonetaryTermDecimalNumberFormatter.h"
 #include "NorvikCore/formatters/NKPlainTextFormatter.h"
 #include "NorvikCore/formatters/NKUKSortCodeFormatter.h"
-#include "NorvikCore/platform/foundation/NSLocale.h"
+#include "NorvikCore/platform/foundation/NSNumberFormatter.h"
 #include "NorvikCore/qt/NKPropertyBinding.h"
 #include "NorvikCore/qt/QtConversions.h"
 #include "tests/qt/QtModels.h"
@@ -13,10 +13,14 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDialog>
 #include <QLineEdit>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
+
+#include <memory>
 
 namespace {
 
@@ -225,6 +229,22 @@ TEST_F(NKFormatterValidatorTest, AnUnreadableTextStaysUntilItIsCorrectedOrEscape
   EXPECT_EQ(marks->errorText(), "");
 }
 
+TEST_F(NKFormatterValidatorTest, TheReasonOfARefusedEditEndsWithEscapeAndWhenEditingEnds) {
+  auto* marks = with(make<MarkFormatter>());
+  marks->setObjectValue("old");
+  edit->setFocus();
+  QTest::keyClicks(edit, "x");
+  EXPECT_EQ(marks->errorText(), "No x.");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "<old>");
+  EXPECT_EQ(marks->errorText(), "");
+  QTest::keyClicks(edit, "x");
+  EXPECT_EQ(marks->errorText(), "No x.");
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(marks->errorText(), "") << "the value was shown unchanged";
+  EXPECT_FALSE(edit->property("invalid").toBool());
+}
+
 TEST_F(NKFormatterValidatorTest, AValueWithMoreDigitsThanItsTextIsKeptUnlessItIsEdited) {
   auto* pay = with(make<NKMonetaryTermDecimalNumberFormatter>());
   QSignalSpy changed(pay, &NKFormatterValidator::valueChanged);
@@ -235,6 +255,194 @@ TEST_F(NKFormatterValidatorTest, AValueWithMoreDigitsThanItsTextIsKeptUnlessItIs
   other->setFocus();
   EXPECT_EQ(to_string(pay->objectValue().as<Decimal>()), "1.23456789");
   EXPECT_EQ(changed.size(), 1);
+}
+
+TEST_F(NKFormatterValidatorTest, AValueMayBeRefusedWithoutABindingAndEscapeShowsTheOneBefore) {
+  auto* marks = with(make<MarkFormatter>());
+  marks->setObjectValue("old");
+  QStringList passedOn;
+  QObject::connect(marks, &NKFormatterValidator::valueChanged, [&](const QVariant& value) {
+    passedOn += value.toString();
+    if (value.toString().startsWith("bad")) marks->refuse("Bad.");
+  });
+  QSignalSpy ended(marks, &NKFormatterValidator::refusalEnded);
+  edit->setFocus();
+  edit->selectAll();
+  QTest::keyClicks(edit, "bad");
+  EXPECT_FALSE(marks->commit());
+  EXPECT_EQ(marks->errorText(), "Bad.");
+  EXPECT_EQ(edit->toolTip(), "Bad.");
+  EXPECT_EQ(marks->objectValue(), Value("bad"));
+  EXPECT_EQ(edit->text(), "<bad>");
+
+  QTest::keyClicks(edit, "x");
+  EXPECT_EQ(marks->errorText(), "No x.") << "a refused edit says why";
+  EXPECT_EQ(ended.size(), 0) << "and leaves the refused text";
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(marks->errorText(), "Bad.");
+
+  edit->selectAll();
+  QTest::keyClicks(edit, "bad?");
+  EXPECT_EQ(ended.size(), 2) << "when it was passed on again, and when it was edited";
+  EXPECT_EQ(marks->errorText(), "");
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(marks->errorText(), "A mark is not a question.");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "<old>");
+  EXPECT_EQ(marks->objectValue(), Value("old"));
+  EXPECT_EQ(marks->errorText(), "");
+  EXPECT_TRUE(marks->commit());
+  EXPECT_EQ(passedOn, QStringList({"bad", "bad", "old"}));
+}
+
+TEST_F(NKFormatterValidatorTest, ARefusalWithoutAReasonHasOneAndAnotherValueEndsIt) {
+  auto* marks = with(make<MarkFormatter>());
+  marks->setObjectValue("first");
+  marks->refuse("");
+  EXPECT_EQ(marks->errorText(), "The value is not accepted.");
+  marks->setObjectValue("second");
+  EXPECT_EQ(marks->errorText(), "");
+  marks->refuse("Later.");
+  marks->setObjectValue("second");
+  EXPECT_EQ(marks->errorText(), "") << "the same value, which is accepted now";
+  EXPECT_EQ(edit->text(), "<second>");
+}
+
+TEST_F(NKFormatterValidatorTest, AReceiverOfTheValueMayDestroyTheEdit) {
+  auto window = std::make_unique<QLineEdit>();
+  auto* marks = new NKFormatterValidator(make<MarkFormatter>(), *window);
+  QTest::keyClicks(window.get(), "abc");
+  QObject::connect(marks, &NKFormatterValidator::valueChanged, [&] { window.reset(); });
+  EXPECT_TRUE(marks->commit());
+  EXPECT_FALSE(window);
+}
+
+TEST_F(NKFormatterValidatorTest, EscapeIsLeftToTheWindowWhenThereIsNothingToEnd) {
+  QDialog dialog;
+  auto* const inner = new QLineEdit(&dialog);
+  auto* marks = new NKFormatterValidator(make<MarkFormatter>(), *inner);
+  marks->setObjectValue("old");
+  dialog.show();
+  inner->setFocus();
+  QTest::keyClicks(inner, "x");
+  QTest::keyClick(inner, Qt::Key_Escape);
+  EXPECT_TRUE(dialog.isVisible()) << "it has ended the refused edit";
+  QTest::keyClick(inner, Qt::Key_Escape);
+  EXPECT_FALSE(dialog.isVisible());
+}
+
+TEST_F(NKFormatterValidatorTest, EscapeEndsAnEditBeforeAShortcutOfTheWindowGetsIt) {
+  auto* marks = with(make<MarkFormatter>());
+  marks->setObjectValue("old");
+  int shortcuts = 0;
+  QShortcut shortcut(Qt::Key_Escape, &window);
+  QObject::connect(&shortcut, &QShortcut::activated, [&] { ++shortcuts; });
+  edit->setFocus();
+  QTest::keyClicks(edit, "abc");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "<old>");
+  EXPECT_EQ(shortcuts, 0);
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(shortcuts, 1);
+}
+
+TEST_F(NKFormatterValidatorTest, ATextThatLacksLeadingDigitsOrTheSignCanOnlyBeReplacedAsAWhole) {
+  auto cutting = make<NSNumberFormatter>();
+  cutting->setFormat("#,##0.00");
+  cutting->setMaximumIntegerDigits(4);
+  auto* pay = with(cutting);
+  const QString reason = "The text shows only a part of the value. It can only be replaced as a whole.";
+  pay->setObjectValue(12345.67_dec);
+  EXPECT_EQ(edit->text(), "2,345.67");
+  EXPECT_EQ(edit->toolTip(), reason);
+  EXPECT_TRUE(edit->property("invalid").toBool());
+
+  edit->setFocus();
+  QTest::keyClick(edit, Qt::Key_End);
+  QTest::keyClick(edit, Qt::Key_Backspace);
+  QTest::keyClicks(edit, "8");
+  EXPECT_EQ(edit->text(), "2,345.67");
+  QTest::keyClick(edit, Qt::Key_Return);
+  other->setFocus();
+  EXPECT_EQ(pay->objectValue(), Value(12345.67_dec));
+  EXPECT_EQ(edit->toolTip(), reason);
+
+  edit->setFocus();
+  edit->selectAll();
+  QTest::keyClicks(edit, "7");
+  EXPECT_EQ(edit->toolTip(), "");
+  QTest::keyClick(edit, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(edit->text(), "2,345.67") << "undone";
+  EXPECT_EQ(edit->toolTip(), reason);
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(pay->objectValue(), Value(12345.67_dec));
+  edit->selectAll();
+  QTest::keyClicks(edit, "7");
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(pay->objectValue(), Value(7));
+  EXPECT_EQ(edit->toolTip(), "");
+
+  pay->setUpdatesContinuously(true);
+  pay->setObjectValue(12345.67_dec);
+  edit->selectAll();
+  QTest::keyClicks(edit, "9");
+  QTest::keyClick(edit, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(edit->text(), "2,345.67");
+  EXPECT_EQ(pay->objectValue(), Value(9)) << "each edit becomes the value, but not the part";
+
+  pay->setUpdatesContinuously(false);
+  pay->setObjectValue(12345.67_dec);
+  edit->setText("8");  // the program replaces the text as a whole
+  EXPECT_EQ(edit->toolTip(), "");
+  QTest::keyClicks(edit, "9");
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(pay->objectValue(), Value(89));
+}
+
+TEST_F(NKFormatterValidatorTest, RoundedTextsAreWhole) {
+  auto formatter = make<NSNumberFormatter>();
+  const struct {
+    const char* format;
+    int integerDigits;
+    Decimal value;
+    const char* text;
+    bool isWhole;
+  } rows[] = {
+      {"0.00", 4, 1.23456789_dec, "1.23", true},
+      {"0.00", 4, 0.004_dec, "0.00", true},
+      {"0", 4, 0.6_dec, "1", true},
+      {"0", 4, 1.5_dec, "2", true},
+      {"0", 5, -9999.5_dec, "-10000", true},
+      {"@@", 40, 149999_dec, "150000", true},
+      {"0", 4, 10000_dec, "0", false},
+      {"0", 4, 19999_dec, "9999", false},
+      {"0", 4, -10001_dec, "-1", false},
+      {"0;0", 4, -5_dec, "5", false},
+      {"0%", 2, 1.25_dec, "25%", false},
+  };
+  for (const auto& row : rows) {
+    formatter->setFormat(row.format);
+    formatter->setMaximumIntegerDigits(row.integerDigits);
+    QLineEdit line;
+    auto* const field = new NKFormatterValidator(formatter, line);
+    field->setObjectValue(row.value);
+    EXPECT_EQ(line.text().toStdString(), row.text);
+    EXPECT_EQ(field->errorText().isEmpty(), row.isWhole) << row.text;
+  }
+}
+
+TEST_F(NKFormatterValidatorTest, AnUnchangedTextIsNotReadEvenIfItWouldBeRefused) {
+  auto bounded = make<NSNumberFormatter>();
+  bounded->setFormat("#,##0.00");
+  bounded->setMaximum(9999);
+  auto* pay = with(bounded);
+  pay->setObjectValue(12345_dec);
+  edit->setFocus();
+  QTest::keyClick(edit, Qt::Key_Return);
+  other->setFocus();
+  EXPECT_EQ(edit->text(), "12,345.00");
+  EXPECT_EQ(pay->errorText(), "");
+  EXPECT_EQ(pay->objectValue(), Value(12345));
 }
 
 TEST_F(NKFormatterValidatorTest, ContinuousUpdatesKeepTheTextAsTyped) {

@@ -16,10 +16,13 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
+#include <QVBoxLayout>
 
 #include <memory>
+#include <string>
 #include <thread>
 
 namespace {
@@ -43,9 +46,74 @@ class Totals : public NSObject {
   NK_PROPERTY(Decimal, pay, setPay)
 };
 
+/// Refuses amounts above its limit, and codes with digits.
+class Contract : public NSObject {
+  NK_OBJECT(Contract, NSObject)
+  NK_ATOMIC_PROPERTY(Decimal, pay, setPay)
+  NK_PROPERTY(Decimal, limit, setLimit)
+  NK_PROPERTY(NSString, code, setCode)
+
+  bool validatePay(Value* value, Ref<NSError>* error) {
+    return value->as<Decimal>() <= limit() || refused("Too much.", error);
+  }
+  NK_METHOD_AS(validatePay, "validatePay:error:")
+  bool validateCode(Value* value, Ref<NSError>* error) {
+    return nk_toQString(value->as<NSString>()).indexOf(QRegularExpression("[0-9]")) < 0 || refused("No digits.", error);
+  }
+  NK_METHOD_AS(validateCode, "validateCode:error:")
+
+ private:
+  static bool refused(const NSString& reason, Ref<NSError>* error) {
+    if (error) {
+      *error =
+          NSError::errorWithDomain("Payroll", 8, NSDictionary::dictionaryWith({{NSLocalizedDescriptionKey, reason}}));
+    }
+    return false;
+  }
+};
+
 Value inPounds(const Value& pay) { return pay.description() + " pounds"; }
 
 Ref<NSDictionary> tokens(const NSString& tokens) { return NSDictionary::dictionaryWith({{NKBind, tokens}}); }
+
+/// A window in which the pay of a contract is edited: 1234.5, and at most 5000.
+class NKPropertyBindingFieldTest : public ::testing::Test {
+ protected:
+  NKPropertyBindingFieldTest()
+      : contract(make<Contract>()),
+        edit(new QLineEdit(&window)),
+        other(new QLineEdit(&window)),
+        field(new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), *edit)) {
+    contract->setPay(1234.5_dec);
+    contract->setLimit(5000);
+    binding = &nk_bind_toObject_withKeyPath_options(*field, "value", *contract, "pay", tokens("validate"));
+    auto* const layout = new QVBoxLayout(&window);
+    layout->addWidget(edit);
+    layout->addWidget(other);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    edit->setFocus();
+  }
+  void typeOver(const char* text) {
+    edit->selectAll();
+    QTest::keyClicks(edit, text);
+  }
+  void enter(const char* text) {
+    typeOver(text);
+    QTest::keyClick(edit, Qt::Key_Return);
+  }
+  /// The reason, if all that show it agree.
+  [[nodiscard]] std::string reason() const {
+    if (edit->property("invalid").toBool() == edit->toolTip().isEmpty()) return "invalid and the tool tip differ";
+    return edit->toolTip() == field->errorText() ? field->errorText().toStdString() : "the tool tip differs";
+  }
+
+  Ref<Contract> contract;
+  QWidget window;
+  QLineEdit *edit, *other;
+  NKFormatterValidator* field;
+  NKPropertyBinding* binding = nullptr;
+};
 
 TEST(NKPropertyBinding, HeaderExample) {
   const auto slip = make<EmployedPayslip>();
@@ -157,6 +225,196 @@ TEST(NKPropertyBinding, EscapeShowsTheModelsValueAgain) {
   QTest::keyClick(&edit, Qt::Key_Escape);
   EXPECT_EQ(edit.text(), "10.00");
   EXPECT_EQ(binding.errorText(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, EscapeAfterARefusalShowsTheModelsValueAgain) {
+  enter("9000");
+  EXPECT_EQ(edit->text(), "9,000.00");
+  EXPECT_EQ(reason(), "Too much.");
+  EXPECT_EQ(binding->errorText(), "Too much.");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "1,234.50");
+  EXPECT_EQ(field->objectValue(), Value(1234.5_dec));
+  EXPECT_EQ(contract->pay(), 1234.5_dec);
+  EXPECT_EQ(reason(), "");
+  EXPECT_EQ(binding->errorText(), "");
+  EXPECT_FALSE(binding->error());
+}
+
+TEST_F(NKPropertyBindingFieldTest, EscapeAfterARefusalAlsoWorksWhenTheFocusHasLeftAndReturned) {
+  typeOver("9000");
+  other->setFocus();
+  EXPECT_EQ(edit->text(), "9,000.00");
+  EXPECT_EQ(reason(), "Too much.");
+  edit->setFocus();
+  EXPECT_EQ(reason(), "Too much.");
+  other->setFocus();
+  EXPECT_EQ(reason(), "Too much.") << "it is left again without an edit";
+  edit->setFocus();
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "1,234.50");
+  EXPECT_EQ(reason(), "");
+  other->setFocus();
+  EXPECT_EQ(edit->text(), "1,234.50");
+  EXPECT_EQ(contract->pay(), 1234.5_dec);
+}
+
+TEST_F(NKPropertyBindingFieldTest, EscapeShowsTheLastValueThatTheModelTookWithContinuousUpdates) {
+  field->setUpdatesContinuously(true);
+  typeOver("9000");
+  EXPECT_EQ(contract->pay(), 900);
+  EXPECT_EQ(reason(), "Too much.");
+  QTest::keyClick(edit, Qt::Key_Backspace);
+  EXPECT_EQ(reason(), "") << "900 is accepted";
+  QTest::keyClicks(edit, "0");
+  EXPECT_EQ(reason(), "Too much.") << "and 9000 refused again";
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "900.00");
+  EXPECT_EQ(contract->pay(), 900);
+  EXPECT_EQ(reason(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, EscapeShowsTheLastAcceptedValueAfterTheModelWasDestroyed) {
+  enter("2000");
+  enter("9000");
+  enter("8000");
+  EXPECT_EQ(reason(), "Too much.");
+  contract = nullptr;
+  QSignalSpy changed(field, &NKFormatterValidator::valueChanged);
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "2,000.00");
+  EXPECT_EQ(reason(), "");
+  ASSERT_EQ(changed.size(), 1);
+  EXPECT_EQ(nk_toValue(changed[0][0]), Value(2000));
+}
+
+TEST_F(NKPropertyBindingFieldTest, EscapeNeverWritesToTheModel) {
+  enter("9000");
+  std::thread([&] { contract->setPay(3000); }).join();  // the event loop has not shown it yet
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "3,000.00");
+  EXPECT_EQ(reason(), "");
+  QCoreApplication::processEvents();
+  EXPECT_EQ(edit->text(), "3,000.00");
+  EXPECT_EQ(contract->pay(), 3000);
+
+  contract->setPay(6000);  // a value that the validation would refuse
+  enter("9000");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "6,000.00");
+  EXPECT_EQ(reason(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, AChangeByAnotherFieldEndsARefusalAndEscapeLeavesTheOtherFieldAlone) {
+  auto* const second = new NKFormatterValidator(make<NKMonetaryTermDecimalNumberFormatter>(), *other);
+  nk_bind_toObject_withKeyPath_options(*second, "value", *contract, "pay", tokens("validate"));
+  enter("9000");
+  EXPECT_EQ(other->text(), "1,234.50");
+  QTest::keyClicks(other, "7");  // being typed there
+  EXPECT_EQ(other->text(), "1,234.507");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "1,234.50");
+  EXPECT_EQ(other->text(), "1,234.507");
+
+  enter("9000");
+  EXPECT_EQ(reason(), "Too much.");
+  other->setFocus();
+  other->selectAll();
+  QTest::keyClicks(other, "2000");
+  QTest::keyClick(other, Qt::Key_Return);
+  EXPECT_EQ(edit->text(), "2,000.00");
+  EXPECT_EQ(reason(), "");
+  EXPECT_EQ(binding->errorText(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, TheReasonIsAboutTheTextThatTheFieldShows) {
+  enter("9000");
+  EXPECT_EQ(reason(), "Too much.");
+  typeOver("4");
+  EXPECT_EQ(reason(), "") << "the refused text is edited";
+  EXPECT_EQ(binding->errorText(), "");
+  QTest::keyClicks(edit, "000");
+  EXPECT_EQ(reason(), "");
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(contract->pay(), 4000);
+
+  enter("9000");
+  typeOver("1.2.3");
+  EXPECT_EQ(reason(), "") << "it is not read yet";
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(reason(), "\"1.2.3\" is not a number that can be entered here.");
+  other->setFocus();
+  EXPECT_EQ(edit->text(), "1.2.3");
+  EXPECT_EQ(reason(), "\"1.2.3\" is not a number that can be entered here.");
+  EXPECT_EQ(binding->errorText(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, AValueThatIsTypedAgainIsRefusedAgain) {
+  enter("9000");
+  typeOver("8");
+  EXPECT_EQ(reason(), "");
+  enter("9000");
+  EXPECT_EQ(reason(), "Too much.");
+  EXPECT_EQ(binding->errorText(), "Too much.");
+  contract->setLimit(9000);
+  QTest::keyClick(edit, Qt::Key_Return);
+  EXPECT_EQ(contract->pay(), 9000) << "Return asks the model again";
+  EXPECT_EQ(reason(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, AModelThatGetsTheRefusedValueByOtherCodeEndsTheRefusal) {
+  enter("9000");
+  contract->setPay(9000);
+  EXPECT_EQ(reason(), "");
+  EXPECT_EQ(binding->errorText(), "");
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->text(), "9,000.00");
+}
+
+TEST_F(NKPropertyBindingFieldTest, AnUnboundFieldKeepsItsValueWithoutTheMark) {
+  enter("9000");
+  unbind(*field, "value");
+  EXPECT_EQ(edit->text(), "9,000.00");
+  EXPECT_EQ(reason(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, ALineEditBoundByItsTextKeepsARefusedTextUntilItIsCorrectedOrRefreshed) {
+  contract->setCode("AB");
+  auto& code = nk_bind_toObject_withKeyPath_options(*other, "text", *contract, "code", tokens("validate"));
+  other->setFocus();
+  QTest::keyClicks(other, "1");
+  QTest::keyClick(other, Qt::Key_Escape);
+  EXPECT_EQ(other->text(), "AB1") << "Escape means nothing to a QLineEdit";
+  EXPECT_EQ(other->toolTip(), "No digits.");
+  EXPECT_EQ(contract->code(), "AB");
+  QTest::keyClick(other, Qt::Key_Backspace);
+  EXPECT_EQ(other->toolTip(), "");
+  QTest::keyClicks(other, "C2");
+  EXPECT_EQ(contract->code(), "ABC");
+  EXPECT_EQ(other->toolTip(), "No digits.");
+  code.refresh();
+  EXPECT_EQ(other->text(), "ABC");
+  EXPECT_EQ(other->toolTip(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, TheToolTipShowsTheNewestReasonOfAWidget) {
+  nk_bind_toObject_withKeyPath_options(*edit, "objectName", *contract, "code", tokens("validate"));
+  edit->setObjectName("1");
+  EXPECT_EQ(edit->toolTip(), "No digits.");
+  enter("9000");
+  EXPECT_EQ(edit->toolTip(), "Too much.");
+  edit->setObjectName("2");
+  EXPECT_EQ(edit->toolTip(), "Too much.") << "the reason has not changed";
+  QTest::keyClick(edit, Qt::Key_Escape);
+  EXPECT_EQ(edit->toolTip(), "No digits.");
+  edit->setObjectName("");
+  EXPECT_EQ(edit->toolTip(), "");
+}
+
+TEST_F(NKPropertyBindingFieldTest, AMarkEndsWithItsBinding) {
+  enter("9000");
+  delete binding;
+  EXPECT_EQ(reason(), "");
 }
 
 TEST(NKPropertyBinding, AnExceptionOfTheModelBecomesTheReason) {

@@ -35,6 +35,7 @@ class ErrorMarks : public QObject {
       reasons_.erase(it);
     } else {
       it->second = reason;
+      std::rotate(it, it + 1, reasons_.end());  // the newest is the last one
     }
     show();
   }
@@ -47,7 +48,7 @@ class ErrorMarks : public QObject {
   }
   /// Ends the object after the last reason.
   void show() {
-    if (!reasons_.empty()) return widget_.setToolTip(reasons_.front().second);
+    if (!reasons_.empty()) return widget_.setToolTip(reasons_.back().second);
     widget_.setToolTip(formerToolTip_);
     setInvalid(false);
     delete this;
