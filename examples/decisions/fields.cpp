@@ -13,7 +13,7 @@ int main() {
   field->setLocale(NSLocale::localeWithLocaleIdentifier("en_GB"));  // else that of the user
   std::cout << field->numberFromString("14,00")->decimalValue() << "\n";
   field->setLenient(false);
-  std::cout << (field->numberFromString("14,00") ? "read" : "refused") << "\n";
+  std::cout << (field->numberFromString("14,00") ? "read" : "refused") << std::endl;
 
   // The maximum limits the digits that are shown, here and in nk_currencyStyleString().
   const Decimal total = 1234567.8925_dec;

@@ -21,6 +21,6 @@ cd "$work"
 export HOME=$work/home XDG_CONFIG_HOME=$work/home XDG_DATA_HOME=$work/home LC_ALL=C
 printed=$("$@" 2>&1) || { printf '%s\nstatus %d\n' "$printed" $?; exit 1; }
 
-# The times and the thread numbers of log lines differ from run to run.
-comparable() { sed -E 's/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+Z/TIME/; s/(\[[^]:]+):[0-9]+\]/\1:THREAD]/' <<<"$1"; }
+# The times and the numbers of processes and threads in log lines and console lines differ from run to run.
+comparable() { sed -E 's/^[0-9-]{10} [0-9:.]{12}[+-][0-9]{4} ([^[]+)\[[0-9]+:[0-9]+\]/TIME \1/; s/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+Z/TIME/; s/(\[[^]:]+):[0-9]+\]/\1:THREAD]/' <<<"$1"; }
 diff <(comparable "$shown") <(comparable "$printed")

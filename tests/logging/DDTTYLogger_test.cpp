@@ -17,6 +17,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -153,13 +154,18 @@ struct Result {
   std::string error, output;
 };
 
-/// The result of a child, which must exit with 0.
+/// The result of a child, which must exit with 0. Standard error is read meanwhile, because a terminal takes few
+/// thousand bytes that nobody reads.
 Result run(const Environment& environment, const Words& commands, Kind kind = Kind::pipe) {
   Console console(environment, commands, kind);
   Result result;
+  std::thread reader;
+  if (kind != Kind::pipeWithoutReader && kind != Kind::full) {
+    reader = std::thread([&] { result.error = console.readError(); });
+  }
   result.output = console.readOutput();
   EXPECT_EQ(console.wait(), 0);
-  if (kind != Kind::pipeWithoutReader && kind != Kind::full) result.error = console.readError();
+  if (reader.joinable()) reader.join();
   return result;
 }
 
