@@ -148,7 +148,8 @@ bool tell(const Entry& entry, NSObject& here, ChangeDelivery& delivery) {
 
 }  // namespace
 
-AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key) : object_(object), key_(key) {
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key)
+    : AnnouncedChange(object, key, Hold::OuterClaim) {
   if (!object.isObserved()) return;
   bool isTaken = false;
   observers_ = SideRecord::find(object)->claimList(isTaken);
@@ -157,7 +158,8 @@ AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key) : objec
   announce();
 }
 
-AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key, InAnyOrder) : object_(object), key_(key) {
+AnnouncedChange::AnnouncedChange(NSObject& object, std::string_view key, InAnyOrder)
+    : AnnouncedChange(object, key, Hold::Counts) {
   retain();
   announce();
 }

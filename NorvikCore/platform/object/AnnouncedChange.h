@@ -34,6 +34,10 @@ class NK_EXPORT AnnouncedChange {
  private:
   enum class Hold : std::uint32_t { OuterClaim, Claim, Counts };
 
+  /// Announces nothing yet. The other constructors begin with it, so that the destructor runs if an observer raises
+  /// while the change is announced.
+  AnnouncedChange(NSObject& object, std::string_view key, Hold hold) noexcept
+      : object_(object), key_(key), hold_(hold) {}
   void retain();
   void announce();
   void announceToAll();
@@ -44,7 +48,7 @@ class NK_EXPORT AnnouncedChange {
   const std::string_view key_;
   const NSObject* observers_ = nullptr;  ///< the observers at the time of the announcement; null if there are none
   std::uint32_t oldValueCount_ = 0;      ///< number of observers that asked for the old value
-  Hold hold_ = Hold::OuterClaim;         ///< how the object and the observers are kept alive
+  Hold hold_;                            ///< how the object and the observers are kept alive
   Value firstOldValue_;
   std::vector<Value> furtherOldValues_;
 };

@@ -143,7 +143,7 @@ class NK_SCOPED_CAPABILITY LockedList {
   [[nodiscard]] ObserverList& changeable() {
     if (!list_) {
       setList(make<ObserverList>());
-    } else if (record_.passList(*list_, earlier_) || !LentPointer::isUnshared(*list_)) {
+    } else if (record_.passList(*list_) || !LentPointer::isUnshared(*list_)) {
       ObserverList& held = *list_;
       setList(list_->copy());
       LentPointer::drop(held);
@@ -167,7 +167,6 @@ class NK_SCOPED_CAPABILITY LockedList {
   }
 
   SideRecord& record_;
-  SideRecord::Passed earlier_;  ///< released after the lock
   ObserverList* list_;
 };
 

@@ -96,8 +96,18 @@ bool SideRecord::isGone() noexcept {
   return !object || ObjectAccess::isGoing(*object);
 }
 
-NSObject* SideRecord::claimObject(bool& isTaken) noexcept {
+// Counts that were passed to the claim before are released by its thread, which has not come to that yet. A claim may
+// then not be used, because counts for two threads cannot be kept apart.
+ThreadClaim::Taking SideRecord::takeClaim() noexcept {
   const ThreadClaim::Taking taking = claim_.take();
+  if (taking != ThreadClaim::Taken || !claim_.passedTo()) [[likely]]
+    return taking;
+  endClaim();
+  return ThreadClaim::Refused;
+}
+
+NSObject* SideRecord::claimObject(bool& isTaken) noexcept {
+  const ThreadClaim::Taking taking = takeClaim();
   isTaken = taking == ThreadClaim::Taken;
   if (taking == ThreadClaim::Refused) return nullptr;
   NSObject* object = object_.load(std::memory_order_seq_cst);
@@ -107,7 +117,7 @@ NSObject* SideRecord::claimObject(bool& isTaken) noexcept {
 }
 
 NSObject* SideRecord::claimList(bool& isTaken) noexcept {
-  const ThreadClaim::Taking taking = claim_.take();
+  const ThreadClaim::Taking taking = takeClaim();
   isTaken = taking == ThreadClaim::Taken;
   if (taking == ThreadClaim::Refused) return nullptr;
   NSObject* list = observers.seen();
@@ -116,35 +126,33 @@ NSObject* SideRecord::claimList(bool& isTaken) noexcept {
   return nullptr;
 }
 
-SideRecord::Passed SideRecord::takePassed() noexcept {
-  claim_.setNothingPassed();
-  return std::exchange(passed_, Passed());
-}
-
 void SideRecord::releasePassed() noexcept {
   Passed passed;  // outlives the lock
   const WordLock lock(mutex);
-  if (claim_.isPassedHere()) passed = takePassed();
+  if (!claim_.isPassedHere()) return;
+  claim_.setNothingPassed();
+  passed = std::exchange(passed_, Passed());
 }
 
-/// Passes a count of the caller to the claim of that thread. False if the claim has ended.
-bool SideRecord::pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted,
-                      Passed& earlier) noexcept {
-  const bool isFirst = claim_.passedTo() != holder;
-  if (isFirst) earlier = takePassed();  // the thread that ended that claim finds nothing
+/// Passes a count of the caller to the claim of that thread, or to a claim before it whose counts are not released yet.
+/// False if the claim has ended.
+bool SideRecord::pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted) noexcept {
   passed_.*what = Ref<NSObject>::adopt(&counted);
-  if (!isFirst || claim_.setPassedTo(holder)) return true;
+  if (claim_.passedTo() || claim_.setPassedTo(holder)) return true;
   static_cast<void>((passed_.*what).take());
   claim_.setNothingPassed();
   return false;
 }
 
-// A claim that already has a list does not use this one, because claimList() refuses it.
-bool SideRecord::passList(NSObject& list, ThreadClaim::Thread holder, Passed& earlier) noexcept {
+// A claim that already has a list does not use this one, because claimList() refuses it. Neither does a claim that was
+// taken while counts of the claim before it were not released, because takeClaim() refuses it.
+bool SideRecord::passList(NSObject& list, ThreadClaim::Thread holder) noexcept {
   const WordLock lock(mutex);
-  if (claim_.passedTo() == holder && passed_.list) return false;
+  if (const ThreadClaim::Thread passedTo = claim_.passedTo(); passedTo && (passedTo != holder || passed_.list)) {
+    return false;
+  }
   detail::retain(&list);
-  if (pass(holder, &Passed::list, list, earlier)) return true;
+  if (pass(holder, &Passed::list, list)) return true;
   ObjectAccess::count(list).subtractAcquireRelease(1);
   return false;
 }
@@ -152,7 +160,6 @@ bool SideRecord::passList(NSObject& list, ThreadClaim::Thread holder, Passed& ea
 // The object is removed before the claim is looked for, so a thread that claims it later finds no object. If the object
 // is claimed, this count becomes the claim's.
 SideRecord::Release SideRecord::releaseObject(NSObject& object, Remains& remains) noexcept {
-  Passed earlier;  // outlives the lock
   const WordLock lock(mutex);
   object_.store(nullptr, std::memory_order_seq_cst);
   auto& count = ObjectAccess::count(object);
@@ -164,7 +171,7 @@ SideRecord::Release SideRecord::releaseObject(NSObject& object, Remains& remains
   }
   object_.store(&object, std::memory_order_release);
   if (!holder || count.loadAcquire() != 1) return Release::NotLast;
-  return pass(holder, &Passed::object, object, earlier) ? Release::Done : Release::NotLast;
+  return pass(holder, &Passed::object, object) ? Release::Done : Release::NotLast;
 }
 
 }  // namespace norvik::detail

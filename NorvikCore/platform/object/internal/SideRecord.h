@@ -52,10 +52,6 @@ class SideRecord {
   /// True if the object is destroyed or is being destroyed.
   [[nodiscard]] bool isGone() noexcept NK_EXCLUDES(mutex);
 
-  /// Counts that were passed to a claim. They must not be released under a lock.
-  struct Passed {
-    Ref<NSObject> list, object;
-  };
   /// Claims the object (ThreadClaim.h), and returns it; null, without a claim, if another thread claims it, or if it
   /// may be destroyed. Sets `isTaken` to whether the caller must call endClaim().
   [[nodiscard]] NSObject* claimObject(bool& isTaken) noexcept;
@@ -69,10 +65,10 @@ class SideRecord {
   /// True if counts were passed to the calling thread's claim.
   [[nodiscard]] bool isPassedHere() const noexcept { return claim_.isPassedHere(); }
   /// Passes a count of the list to a claim that may use it, and returns true: the list must then not be changed. The
-  /// list is locked. `earlier` receives counts that were passed to a claim that has ended.
-  [[nodiscard]] bool passList(NSObject& list, Passed& earlier) noexcept NK_EXCLUDES(mutex) {
+  /// list is locked.
+  [[nodiscard]] bool passList(NSObject& list) noexcept NK_EXCLUDES(mutex) {
     const ThreadClaim::Thread holder = claim_.holder();
-    return holder && passList(list, holder, earlier);
+    return holder && passList(list, holder);
   }
 
   struct Remains {
@@ -110,11 +106,15 @@ class SideRecord {
   }
 
   void giveBack() noexcept;
-  [[nodiscard]] bool passList(NSObject& list, ThreadClaim::Thread holder, Passed& earlier) noexcept NK_EXCLUDES(mutex);
-  [[nodiscard]] Passed takePassed() noexcept NK_REQUIRES(mutex);
+  /// Counts that were passed to a claim. They must not be released under a lock.
+  struct Passed {
+    Ref<NSObject> list, object;
+  };
+  [[nodiscard]] ThreadClaim::Taking takeClaim() noexcept;
+  [[nodiscard]] bool passList(NSObject& list, ThreadClaim::Thread holder) noexcept NK_EXCLUDES(mutex);
   [[gnu::noinline]] void releasePassed() noexcept NK_EXCLUDES(mutex);
-  [[nodiscard]] bool pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted,
-                          Passed& earlier) noexcept NK_REQUIRES(mutex);
+  [[nodiscard]] bool pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, NSObject& counted) noexcept
+      NK_REQUIRES(mutex);
 
   std::atomic<NSObject*> object_{nullptr};  // written under the mutex
   ThreadClaim claim_;

@@ -9,8 +9,8 @@
 //   if (claim.end()) ...                  // release the counts that were passed to the claim
 //
 // A claim has no counts. So before a thread ends what a claim protects, it looks for a claim, and passes a count to it
-// (SideRecord::releaseObject, SideRecord::passList). The claiming thread releases that count after end(). Usually
-// nobody passes a count, and a change touches no count at all.
+// (SideRecord::releaseObject, SideRecord::passList). The claiming thread releases that count after end(); until then
+// nobody else can use a claim to the object. Usually nobody passes a count, and a change touches no count at all.
 //
 // take() is an atomic step that other threads see before the claiming thread reads on. A thread that takes away
 // something first makes it unreachable, then looks for a claim. So it finds the claim, or the claiming thread finds
