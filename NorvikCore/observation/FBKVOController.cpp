@@ -173,7 +173,7 @@ void FBKVOController::_unobserveAll() {
 
 void FBKVOController::addInfosTo(std::vector<Ref<_FBKVOInfo>>& infos) const {
   const detail::ObservedObjects::Locked objects(*_objectInfosMap);
-  objects->forEach([&](const Ref<NSObject>&, const detail::InfoSet& ofObject) {
+  objects->forEachPayload([&](const detail::InfoSet& ofObject) {
     for (_FBKVOInfo* info : ofObject.infos()) {
       if (info->_state() == _FBKVOInfo::Observing) infos.push_back(ref(*info));
     }

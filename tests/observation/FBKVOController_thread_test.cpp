@@ -1,6 +1,7 @@
 #include "NorvikCore/observation/FBKVOController.h"
 
 #include "NorvikCore/observation/NSObject+FBKVOController.h"
+#include "NorvikCore/observation/internal/_FBKVOSharedController.h"
 
 #include <gtest/gtest.h>
 
@@ -84,6 +85,21 @@ TEST_F(FBKVOControllerThreads, ObservationsComeAndGoOnOneControllerFromTwoThread
   together(churn, churn);
   EXPECT_EQ(calls, 2000);
   controller->unobserveAll();
+}
+
+TEST_F(FBKVOControllerThreads, ControllersGoWhileAllObservationsAreDescribed) {
+  const auto come = [&] {
+    for (int i = 0; i < 2000; ++i) {
+      const auto controller = FBKVOController::controllerWithObserver(*auditor);
+      if (i % 2 == 0) controller->observe_keyPath_options_block(account, "balance", New, counting());
+    }
+  };
+  together(come, come, [&] {
+    for (int i = 0; i < 1000; ++i) {
+      EXPECT_FALSE(_FBKVOSharedController::sharedController().debugDescription().empty());
+    }
+  });
+  EXPECT_FALSE(account->isObserved());
 }
 
 TEST_F(FBKVOControllerThreads, ControllersGoWhileTheirObjectsChange) {

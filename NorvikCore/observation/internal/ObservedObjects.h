@@ -77,8 +77,8 @@ class ObservedObjects {
 
  private:
   SideRecord* receiver_ = nullptr;
-  /// A thread that uses a controller has a Ref to it, and releases that only after unlocking. So no controller is
-  /// destroyed while its mutex is being unlocked.
+  /// A thread that uses a controller has a Ref to it, and releases that only after unlocking, or it has the mutex of
+  /// the list of controllers. So no controller is destroyed while its mutex is being unlocked.
   WordMutex mutex_;
   Map map_ NK_GUARDED_BY(mutex_);
 };

@@ -57,16 +57,11 @@ void _FBKVOSharedController::unlist(FBKVOController& controller) noexcept {
 }
 
 std::vector<Ref<_FBKVOInfo>> _FBKVOSharedController::_infos() const {
-  std::vector<Ref<FBKVOController>> controllers;
-  {
-    // A listed controller exists, because one that is being destroyed waits for this mutex.
-    detail::WordLock lock(_mutex);
-    for (FBKVOController* each = latest_; each; each = each->next_) {
-      if (detail::ObjectAccess::retainUnlessGoing(*each)) controllers.push_back(Ref<FBKVOController>::adopt(each));
-    }
-  }
   std::vector<Ref<_FBKVOInfo>> infos;
-  for (const Ref<FBKVOController>& controller : controllers) controller->addInfosTo(infos);
+  // A listed controller and its observations exist, because a controller that is being destroyed waits for this mutex.
+  // It cannot be retained: the thread that destroys it does not look for new counts any more.
+  detail::WordLock lock(_mutex);
+  for (const FBKVOController* each = latest_; each; each = each->next_) each->addInfosTo(infos);
   return infos;
 }
 

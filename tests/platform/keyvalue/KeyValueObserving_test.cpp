@@ -2,6 +2,7 @@
 
 #include "NorvikCore/platform/collections/NSMutableArray.h"
 #include "NorvikCore/platform/collections/NSMutableDictionary.h"
+#include "NorvikCore/platform/object/Weak.h"
 #include "NorvikCore/platform/values/Format.h"
 #include "tests/support/ExpectRaises.h"
 
@@ -630,6 +631,24 @@ TEST_F(KeyValueObserving, WhatAPriorCallRaisesKeepsTheOldValueAndTheNextChangeIs
   person->setManager(other);
   EXPECT_EQ(recorder->heard, (Texts{"manager.name:(null)>(null) prior", "manager.name:(null)>Bea",
                                     "manager.name:(null)>(null) prior", "manager.name:(null)>Ann"}));
+}
+
+TEST_F(KeyValueObserving, AnObjectWhosePriorCallRaisedIsDestroyed) {
+  for (const bool isByHand : {false, true}) {
+    auto other = make<Person>();
+    const Weak<Person> seen = other;
+    other->addObserver(*recorder, "name", Prior);
+    recorder->then = [] { throw std::runtime_error("no"); };
+    if (isByHand) {
+      EXPECT_THROW(other->willChangeValueForKey("name"), std::runtime_error);
+    } else {
+      EXPECT_THROW(other->setName("Ann"), std::runtime_error);
+    }
+    recorder->then = nullptr;
+    other->removeObserver(*recorder, "name");
+    other = nullptr;
+    EXPECT_TRUE(seen.isGone()) << isByHand;
+  }
 }
 
 TEST_F(KeyValueObserving, AllObserversOfOneChangeGetTheSameNewValue) {

@@ -123,6 +123,13 @@ class IdentityMap {
       if (Ref<NSObject> object = entry.object()) visit(std::move(object), entry.payload);
     });
   }
+  /// The same without the objects, none of which it retains.
+  template <class Visit>
+  void forEachPayload(Visit&& visit) const {
+    table_.forEach([&](const void*, const Entry& entry) {
+      if (!entry.isGone()) visit(entry.payload);
+    });
+  }
 
  private:
   static constexpr std::size_t leastSweep = 32;
