@@ -145,7 +145,8 @@ bool SideRecord::pass(ThreadClaim::Thread holder, Ref<NSObject> Passed::*what, N
 }
 
 // A claim that already has a list does not use this one, because claimList() refuses it. Neither does a claim that was
-// taken while counts of the claim before it were not released, because takeClaim() refuses it.
+// taken while counts of the claim before it were not released: takeClaim() refuses it, or, if they were released
+// meanwhile, it finds the list locked or replaced.
 bool SideRecord::passList(NSObject& list, ThreadClaim::Thread holder) noexcept {
   const WordLock lock(mutex);
   if (const ThreadClaim::Thread passedTo = claim_.passedTo(); passedTo && (passedTo != holder || passed_.list)) {
