@@ -18,7 +18,7 @@ int main() {
 
   auto controller = FBKVOController::controllerWithObserver(*screen);
   controller->observe(sian, keyPath<&Payslip::netPay>(), NSKeyValueObservingOptionInitial,
-                      [](Screen& screen, Payslip& slip, const Decimal& netPay) { screen.show(slip.name(), netPay); });
+                      [](Screen& self, Payslip& slip, const Decimal& netPay) { self.show(slip.name(), netPay); });
 
   sian->setGrossPay(2600.00_dec);  // the net pay depends on it
   sian->setPensionRate(8);         // and, through the pension, on this
